@@ -1,0 +1,15 @@
+// Name of the inline namespace for what is compiled at each instruction level, and for what is compiled once.
+// VEK_LEVEL is set by the build for the files k_*.cpp only.
+#pragma once
+
+#if !defined(VEK_LEVEL)
+#define VEK_LEVEL_NS common
+#elif VEK_LEVEL == 0
+#define VEK_LEVEL_NS level0
+#elif VEK_LEVEL == 1
+#define VEK_LEVEL_NS level1
+#elif VEK_LEVEL == 2
+#define VEK_LEVEL_NS level2
+#else
+#error "VEK_LEVEL is 0, 1 or 2"
+#endif

@@ -1,0 +1,51 @@
+// Dispatch of the arithmetic kernels: plain code (level 0), 128-bit (1), 256-bit (2).
+//
+// A topic has a header <topic>.h with a struct of function pointers and a file k_<topic>.cpp, which the build compiles
+// once per level. The file ends with VEK_KERNEL_TABLE(Topic, topic) = {...}; and the header with
+// VEK_KERNEL_PICK(Topic, topic), after which `topic()` is the table in force:
+//
+//     struct DotKernels { int64_t (*dot16)(const int16_t* a, const int16_t* b, int n); };
+//     VEK_KERNEL_PICK(DotKernels, dotKernels)                      // dot.h, in namespace vek
+//     VEK_KERNEL_TABLE(DotKernels, dotKernels) = {dot16};          // k_dot.cpp, in namespace vek
+//     dotKernels().dot16(a, b, n);                                 // users
+//
+// Code in a k_ file lives in an unnamed namespace and calls no inline function of outside but those of fixmath.h and
+// simd.h: what the linker could share between levels must not exist.
+#pragma once
+
+#include <atomic>
+
+#include "sc/common/level_ns.h"
+
+namespace vek {
+
+// The level that vekInit or vekInitCpu set; kept up to date by vekOnKernelLevel (dispatch.cpp).
+extern std::atomic<int> g_level;
+
+inline int level() {
+    return g_level.load(std::memory_order_relaxed);
+}
+
+} // namespace vek
+
+#define VEK_KERNEL_PICK(Type, name)                                                                                    \
+    extern const Type name##_L0;                                                                                       \
+    extern const Type name##_L1;                                                                                       \
+    extern const Type name##_L2;                                                                                       \
+    extern const Type* const name##_all[3];                                                                            \
+    inline const Type& name() {                                                                                        \
+        return *name##_all[::vek::level()];                                                                            \
+    }
+
+// The list of the three tables is defined with the plain one.
+#if defined(VEK_LEVEL)
+#if VEK_LEVEL == 0
+#define VEK_KERNEL_TABLE(Type, name)                                                                                   \
+    const Type* const name##_all[3] = {&name##_L0, &name##_L1, &name##_L2};                                            \
+    const Type name##_L0
+#elif VEK_LEVEL == 1
+#define VEK_KERNEL_TABLE(Type, name) const Type name##_L1
+#else
+#define VEK_KERNEL_TABLE(Type, name) const Type name##_L2
+#endif
+#endif
