@@ -1,0 +1,217 @@
+// The parameter file in memory. Lists are searched from the start: they hold some hundreds of items at most.
+#include "krinifile.h"
+
+#include "krio.h"
+
+static const char* const s_bareKey = "~~~";
+
+krValueItem* krValues::exist(const krString& key) const {
+    for (krValueItem* item : *this) {
+        if (item->key == key) {
+            return item;
+        }
+    }
+    return nullptr;
+}
+
+krSectionItem* krSections::exist(const krString& name) const {
+    for (krSectionItem* item : *this) {
+        if (item->name == name) {
+            return item;
+        }
+    }
+    return nullptr;
+}
+
+static void deleteSection(krSectionItem* section) {
+    for (krValueItem* item : *section->values) {
+        delete item;
+    }
+    delete section->values;
+    delete section;
+}
+
+krIniFile::~krIniFile() {
+    close();
+}
+
+bool krIniFile::open(const krString& name, bool write) {
+    m_write = write;
+    m_fileName = name;
+    i_stream input(name, ioRead | ioRawName, !write);
+    if (input.m_file != nullptr) {
+        krString line;
+        krString section;
+        while (input.getline(line)) {
+            readLine(line, section);
+        }
+        return true;
+    }
+    if (!write) {
+        return false;
+    }
+    const o_stream output(name, ioWrite | ioRawName, true);
+    m_write = output.m_file != nullptr;
+    return m_write;
+}
+
+// `section` is the current one; an empty text is no section, or one whose name is empty and that exists.
+void krIniFile::readLine(krString line, krString& section) {
+    const int comment = line.find("//");
+    if (comment >= 0) {
+        line = line.substr(0, comment);
+    }
+    line.trim();
+    if (line.empty()) {
+        return;
+    }
+    krString name;
+    if (getSection(line, name)) {
+        section = name;
+        write(section);
+        return;
+    }
+    if (m_sections.exist(section) != nullptr) {
+        krString key;
+        krString value;
+        getValue(line, key, value);
+        write(section, key, value, "");
+    }
+}
+
+bool krIniFile::getSection(const krString& line, krString& name) {
+    const int open = line.find("[");
+    if (open < 0) {
+        return false;
+    }
+    const int close = line.find("]", open);
+    if (close < 0) {
+        return false;
+    }
+    name = line.substr(open + 1, close - open - 1);
+    name.trim();
+    return true;
+}
+
+bool krIniFile::getValue(const krString& line, krString& key, krString& value) {
+    const int equals = line.find("=");
+    if (equals < 0) {
+        key = line;
+        value = s_bareKey;
+    } else {
+        key = line.substr(0, equals);
+        value = line.substr(equals + 1);
+        value.trim();
+    }
+    key.trim();
+    return true;
+}
+
+bool krIniFile::sectionExist(const krString& section) const {
+    return m_sections.exist(section) != nullptr;
+}
+
+bool krIniFile::valueExist(const krString& section, const krString& key) const {
+    const krValues* values = getSectionValues(section);
+    return values != nullptr && values->exist(key) != nullptr;
+}
+
+krString krIniFile::read(const krString& section, const krString& key, const krString& defaultValue) const {
+    const krValues* values = getSectionValues(section);
+    if (values == nullptr) {
+        return defaultValue;
+    }
+    krString name = key;
+    name.trim();
+    const krValueItem* item = values->exist(name);
+    return item == nullptr ? defaultValue : item->value;
+}
+
+void krIniFile::write(const krString& section, const krString& key, const krString& value, const krString& comment) {
+    krSectionItem* place = m_sections.exist(section);
+    if (place == nullptr) {
+        place = new krSectionItem{section, new krValues};
+        m_sections.append(place);
+    }
+    krString name = key;
+    name.trim();
+    if (name.empty()) {
+        return;
+    }
+    krValueItem* item = place->values->exist(name);
+    if (item == nullptr) {
+        place->values->append(new krValueItem{name, value, comment});
+    } else {
+        item->value = value;
+    }
+}
+
+void krIniFile::write(const krString& section, const krString& key) {
+    write(section, key, s_bareKey, "");
+}
+
+void krIniFile::write(const krString& section) {
+    write(section, "", "", "");
+}
+
+krValues* krIniFile::getSectionValues(const krString& section) const {
+    const krSectionItem* item = m_sections.exist(section);
+    return item == nullptr ? nullptr : item->values;
+}
+
+void krIniFile::eraseSection(const krString& section) {
+    for (krSections::iterator it = m_sections.begin(); !(it == m_sections.end()); ++it) {
+        if ((*it)->name == section) {
+            deleteSection(*it);
+            m_sections.erase(it);
+            return;
+        }
+    }
+}
+
+void krIniFile::deleteKey(const krString& section, const krString& key) {
+    krValues* values = getSectionValues(section);
+    if (values == nullptr) {
+        return;
+    }
+    for (krValues::iterator it = values->begin(); !(it == values->end()); ++it) {
+        if ((*it)->key == key) {
+            delete *it;
+            values->erase(it);
+            return;
+        }
+    }
+}
+
+void krIniFile::updateFile() const {
+    if (!m_write) {
+        return;
+    }
+    o_stream file(m_fileName, ioWrite | ioRawName, true);
+    if (file.m_file == nullptr) {
+        return;
+    }
+    for (const krSectionItem* section : m_sections) {
+        file << krString("\n[") + section->name + "]\n";
+        for (const krValueItem* item : *section->values) {
+            krString line = item->key;
+            if (!(item->value == s_bareKey)) {
+                line += krString("=") + item->value;
+                if (!item->comment.empty()) {
+                    line += krString("\t// ") + item->comment;
+                }
+            }
+            file << line + "\n";
+        }
+    }
+}
+
+void krIniFile::close() {
+    updateFile();
+    for (krSectionItem* section : m_sections) {
+        deleteSection(section);
+    }
+    m_sections.clear();
+    // The sections are gone: a later close would leave an empty file in place of the one just written.
+    m_write = false;
+}
