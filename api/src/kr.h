@@ -1,0 +1,165 @@
+// The session: the fixed phases of a run, the rules of file names, the option table, and the registration entry points
+// that static constructors call before the run starts.
+#pragma once
+
+#include "krcond.h"
+#include "krio.h"
+#include "krlib.h"
+#include "krstring.h"
+#include "krtest.h"
+
+#include <ctime>
+
+class krSession;
+
+/// One row of the option table.
+struct krOption {
+    char key;
+    bool hidden;
+    krString help;
+    krString (*info)(const krString& arg);
+    void (*apply)(const krString& arg, krSession* session);
+    krString descr;
+};
+
+/// What is asked at the console.
+enum krAskBits { krAskTiming = 1, krAskParms = 2, krAskAlign = 4, krAskTests = 8 };
+
+/// One run of the program. All that a test program may want to change is virtual.
+class krSession {
+public:
+    krSession() = default;
+    krSession(const krSession&) = delete;
+    krSession& operator=(const krSession&) = delete;
+
+    virtual ~krSession();
+    virtual void initSession();
+    /// All phases of a run; the exit status.
+    virtual int run(int argc, char** argv);
+    virtual void funcTitleToCStream();
+    virtual void parmsTitleToCStream();
+    virtual void resultTitleToCStream();
+    virtual void putTableTitle();
+    virtual void putTableTitleLine();
+    virtual bool startSession() { return true; }
+    virtual void updateOptions();
+    virtual bool parseCommandLine(int argc, char** argv);
+    virtual void listTests(int mode);
+    virtual void hint(char key, bool hide);
+    virtual void hint_quick(bool hide);
+    virtual void hint_full(bool hide);
+    virtual void hint_descr(char key);
+    virtual void outputHeader();
+    virtual void outputFooter();
+    virtual void outputSignal();
+    virtual void readCommonData();
+
+    static bool isAbsolutePath(const krString& path);
+    static krString genDirName(const krString& dir);
+    static void setInDir(const krString& dir) { m_inDir = genDirName(dir); }
+    static void setOutDir(const krString& dir) { m_outDir = genDirName(dir); }
+    static void setDefName(const krString& name);
+    static krString genPathName(const krString& dir, const krString& name, const krString& ext);
+    static krString genInPath(const krString& name, const krString& ext);
+    static krString genOutPath(const krString& name, const krString& ext);
+    static krString getDirPath(const krString& path, const krString& dir);
+    static krString getInPath(const krString& path) { return getDirPath(path, m_inDir); }
+    static krString getOutPath(const krString& path) { return getDirPath(path, m_outDir); }
+    void setSglName(const krString& name);
+
+    void addAskMode(int bits) { m_askMode |= bits; }
+    void setQuickMode(bool quick) { m_quickMode = quick; }
+    void setEnumMode(int mode) { m_enumMode = mode; }
+    void addLevelMode(OutputLevel level) { m_levelMode |= level; }
+    void setIniMode(const krString& name, bool write);
+    void addCondition(RunCondition* condition) { m_conditions->append(condition); }
+    void unopenedFile() { m_unopened = true; }
+    void setBatchMode(bool batch) { m_batchMode = batch; }
+
+    void initOption(char key, const krString& help, krString (*info)(const krString&),
+                    void (*apply)(const krString&, krSession*), const krString& descr, bool hidden);
+    krOption* getOption(char key);
+    void applyOption(char key, const krString& arg);
+    static bool isExit(int level) { return m_exitLevel >= level; }
+    static krString getExitInfo();
+    static bool readCfgFile(krString& line, krString& name);
+
+    int readTimingMethod();
+    int readTestParameters();
+    int readDataOffset();
+    void selectTestParameters();
+    void beginCommonData();
+    void endCommonData();
+    static krString getEnterTitle(const krString& title);
+
+    krConditions* m_conditions = nullptr;
+    krList<krOption*> m_options;
+    int m_askMode = 0;
+    bool m_batchMode = false;
+    OutputLevel m_levelMode = ERR;
+    bool m_quickMode = false;
+    int m_enumMode = 100;
+    bool m_unopened = false;
+    krString m_iniName;
+    bool m_iniWrite = false;
+    krString m_optionsLine;
+    krString m_sglName;
+
+    // Of the process: settled while the keys are parsed.
+    static krString m_exePath;
+    static krString m_defName;
+    static krString m_inDir;
+    static krString m_outDir;
+    static int m_nameMode;
+    static bool m_nameExit;
+    static int m_exitLevel;
+
+private:
+    bool quickOutput();
+    void fillOptions();
+};
+
+/// Name rows go into the result table, the name table, or both.
+enum krNameBits { krNameInResults = 1, krNameInNames = 2 };
+
+/// Forms of a table's function and parameter titles that the harness has beside the library-aware ones.
+void krFuncTitleToCStream();
+void krParmsTitleToCStream();
+
+// Registration, for static initialisers: each returns 1. What is registered lives to the end of the process.
+int krRegTest(krTest* test);
+int krRegParm(krParameter& parm);
+int krRegParmFunc(void (*func)());
+int krRegCmdLine(const krString& keys);
+int krRegTimingMethod(void (*init)(krTool& tool));
+int krRegQKeys();
+int krRegHotFunction(const krString& name);
+int krRegSession(krSession* session);
+
+// The registries; null until the first registration.
+extern krTestList* pTestList;
+extern krList<krParameter*>* g_pParmList;
+extern void (*s_parmFunc)();
+extern krString* pCmdLine;
+extern void (*initTimingMethod)(krTool& tool);
+extern krStringList* g_pHotList;
+extern bool qKeys;
+extern krSession* pSession;
+
+extern const char* KR_version;
+extern const char* KR_buildDate;
+extern const char* extIni;
+extern const char* extCsv;
+extern const char* extOut;
+extern const char* extSgl;
+extern const char* extName;
+extern const char* extSum;
+extern const char* extMem;
+
+// Of the key parsing: what -h, -? and -v asked for.
+extern char s_hintArg;
+extern bool s_hintHide;
+extern bool s_version;
+
+/// Deletes every test and the list.
+void deleteTestList();

@@ -1,0 +1,272 @@
+// Aligned memory: the two stages of allocation, the list of live blocks, the settings of the vector layout.
+#include "krbase.h"
+
+#include "krio.h"
+
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <malloc.h>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KR_ADDRESS_SANITIZER 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__)
+#define KR_ADDRESS_SANITIZER 1
+#endif
+#ifdef KR_ADDRESS_SANITIZER
+#include <sanitizer/asan_interface.h>
+#endif
+
+namespace {
+
+class Sentinel final : public krObject {};
+Sentinel bufferOwner;
+Sentinel subobjectOwner;
+
+// Settings of the process, from the common parameters.
+int VectorShift = 512;
+int VectorAlign = 0;
+bool AlignSrc = true;
+bool AlignByByte = true;
+
+AddressList* pAddressList = nullptr;
+// What krFreeAll gave up: still pointed at, so that a leak checker does not take it for lost.
+AddressList* volatile pLeftToExit = nullptr;
+
+constexpr int lineSize = 64;
+constexpr int rawSlack = 256;
+constexpr int rawLead = 192;
+constexpr int rawPlace = 128;
+
+void*& rawOf(void* base) {
+    return *reinterpret_cast<void**>(static_cast<char*>(base) - rawPlace);
+}
+
+#ifdef KR_ADDRESS_SANITIZER
+// Nothing but the payload may be touched, so that a library function that reads beside its vector is seen.
+void poisonSlack(void* base, void* aligned, int size) {
+    char* const raw = static_cast<char*>(rawOf(base));
+    char* const rawEnd = raw + malloc_usable_size(raw);
+    char* const first = static_cast<char*>(aligned);
+    char* const last = first + (size > 0 ? size : 0);
+    ASAN_POISON_MEMORY_REGION(raw, static_cast<size_t>(first - raw));
+    ASAN_POISON_MEMORY_REGION(last, static_cast<size_t>(rawEnd - last));
+}
+
+void unpoisonSlack(void* base) {
+    ASAN_UNPOISON_MEMORY_REGION(&rawOf(base), sizeof(void*));
+    void* const raw = rawOf(base);
+    ASAN_UNPOISON_MEMORY_REGION(raw, malloc_usable_size(raw));
+}
+#else
+void poisonSlack(void* /*base*/, void* /*aligned*/, int /*size*/) {}
+void unpoisonSlack(void* /*base*/) {}
+#endif
+
+krString addressText(void* pointer) {
+    krString text;
+    Address block;
+    if (pAddressList->find(pointer, block)) {
+        text << "size:" << block.size << "  address:" << static_cast<const void*>(block.address)
+             << "  alignedPointer:" << static_cast<const void*>(block.alignedPointer);
+    }
+    return text;
+}
+
+} // namespace
+
+krObject* const MEM_OBJECT_IS_BUFFER = &bufferOwner;
+krObject* const MEM_OBJECT_IS_SUBOBJECT = &subobjectOwner;
+
+AddressList::iterator AddressList::lookUp(void* pointer) {
+    iterator place = begin();
+    while (!(place == end()) && place->alignedPointer != pointer) {
+        ++place;
+    }
+    return place;
+}
+
+bool AddressList::find(void* pointer, Address& found) {
+    const iterator place = lookUp(pointer);
+    if (place == end()) {
+        return false;
+    }
+    found = *place;
+    return true;
+}
+
+bool AddressList::getInfo(void* pointer, int* size, void** info) {
+    Address block;
+    if (!find(pointer, block)) {
+        return false;
+    }
+    if (size) {
+        *size = block.size;
+    }
+    if (info) {
+        *info = block.info;
+    }
+    return true;
+}
+
+void* AddressList::getNext(iterator position, int* size, void** info) {
+    if (position == end()) {
+        m_position = end();
+        return nullptr;
+    }
+    const Address& block = *position;
+    if (block.alignedPointer) {
+        if (size) {
+            *size = block.size;
+        }
+        if (info) {
+            *info = block.info;
+        }
+    }
+    m_position = ++position;
+    return block.alignedPointer;
+}
+
+void* AddressList::remove(void* pointer) {
+    const iterator place = lookUp(pointer);
+    if (place == end()) {
+        return nullptr;
+    }
+    void* const base = place->address;
+    const iterator next = erase(place);
+    if (m_position == place) {
+        m_position = next;
+    }
+    return base;
+}
+
+void* getAlignedPtr(void* ptr, int align) {
+    const std::intptr_t mask = align - lineSize;
+    const std::intptr_t value = reinterpret_cast<std::intptr_t>(ptr);
+    return reinterpret_cast<void*>((value + lineSize - 1) & mask);
+}
+
+void* kr_malloc(int size) {
+    if (size < 0 || size > INT_MAX - rawSlack) {
+        return nullptr;
+    }
+    char* const raw = static_cast<char*>(std::malloc(static_cast<size_t>(size + rawSlack)));
+    if (!raw) {
+        return nullptr;
+    }
+    const std::uintptr_t lead = reinterpret_cast<std::uintptr_t>(raw + rawLead) % lineSize;
+    void* const base = raw + rawLead - lead;
+    rawOf(base) = raw;
+    return base;
+}
+
+void* kr_malloc(void*& base, int size, int align, int shift) {
+    const int a = align % lineSize;
+    const long long total = static_cast<long long>(a) + size + shift + lineSize;
+    base = total > INT_MAX ? nullptr : kr_malloc(static_cast<int>(total));
+    if (!base) {
+        return nullptr;
+    }
+    void* const aligned = getAlignedPtr(static_cast<char*>(base) + shift, a);
+    poisonSlack(base, aligned, size);
+    return aligned;
+}
+
+void kr_free(void* base) {
+    if (base) {
+        unpoisonSlack(base);
+        std::free(rawOf(base));
+    }
+}
+
+bool memError(int size) {
+    g_ostrm << ERR << "-- Memory error: can't allocate " << size << " bytes\n" << msgEnd;
+    return false;
+}
+
+void* krMalloc(int size, int align, int shift, void* info) {
+    void* base = nullptr;
+    void* const aligned = kr_malloc(base, size, align, shift);
+    if (!aligned) {
+        memError(size);
+        return nullptr;
+    }
+    if (!pAddressList) {
+        pAddressList = new AddressList;
+    }
+    pAddressList->append({base, aligned, size, info});
+    const krString text = addressText(aligned);
+    g_ostrm << MEM << " - krMalloc: " << text << "\n" << msgEndFlush;
+    return aligned;
+}
+
+void* krMalloc(void*& pointer, int size, int align, int shift) {
+    pointer = krMalloc(size, align, shift, nullptr);
+    return pointer;
+}
+
+void krFree(void* alignedPointer) {
+    if (!pAddressList) {
+        return;
+    }
+    if (alignedPointer) {
+        const krString text = addressText(alignedPointer);
+        g_ostrm << MEM << " - krFree: " << text << "\n" << msgEndFlush;
+    }
+    kr_free(pAddressList->remove(alignedPointer));
+}
+
+bool krMallocInfo(void* alignedPointer, int* size, void** info) {
+    return pAddressList && pAddressList->getInfo(alignedPointer, size, info);
+}
+
+void* krMallocFirst(int* size, void** info) {
+    return pAddressList ? pAddressList->getNext(pAddressList->begin(), size, info) : nullptr;
+}
+
+void* krMallocNext(int* size, void** info) {
+    return pAddressList ? pAddressList->getNext(pAddressList->position(), size, info) : nullptr;
+}
+
+bool krFreeAll() {
+    if (pAddressList) {
+        pLeftToExit = pAddressList;
+    }
+    pAddressList = nullptr;
+    return false;
+}
+
+int krGetVectorShift() {
+    return VectorShift;
+}
+
+void krSetVectorShift(int shift) {
+    VectorShift = shift;
+}
+
+int krGetVectorAlign() {
+    return VectorAlign;
+}
+
+void krSetVectorAlign(int align) {
+    VectorAlign = align % lineSize;
+}
+
+bool krGetAlignSrc() {
+    return AlignSrc;
+}
+
+void krSetAlignSrc(bool firstOnly) {
+    AlignSrc = firstOnly;
+}
+
+bool krGetAlignByByte() {
+    return AlignByByte;
+}
+
+void krSetAlignByByte(bool byByte) {
+    AlignByByte = byByte;
+}

@@ -1,0 +1,494 @@
+// The life of a test: registration, the phases of a run, the walk over the grid, and how a failure leaves each phase.
+// What a line writes is in krtestout, the list of tests in krtestlist.
+#include "krtest.h"
+
+#include "kr.h"
+#include "krbase.h"
+#include "krcache.h"
+#include "krcond.h"
+#include "krctrl87.h"
+#include "krexcept.h"
+#include "krinfo.h"
+#include "krinifile.h"
+#include "krreport.h"
+#include "krstream.h"
+
+int krTest::m_numParmsColm = 0;
+int krTest::m_numResultColm = 0;
+int krTest::m_hot = 0;
+bool krTest::m_pressing = false;
+bool krTest::m_cache = false;
+krResult krTest::m_currentResult = krUndefined;
+int krTest::m_vectorNum = 0;
+int krTest::m_vectorShift = 0;
+
+// The output level around timing and around a whole test; an exception puts it back.
+static OutputLevel OldOutLevel = ERR;
+
+static constexpr int vectorShiftLimit = 32768;
+
+krTestInfo::krTestInfo(const krString& text) {
+    const int first = text.find('/');
+    if (first < 0) {
+        m_class = text;
+        return;
+    }
+    m_class = text.substr(0, first);
+    const int second = text.find('/', first + 1);
+    if (second < 0) {
+        m_mode = text.substr(first + 1);
+        return;
+    }
+    m_mode = text.substr(first + 1, second - first - 1);
+    m_macro = text.substr(second + 1);
+}
+
+krTest::krTest(krFuncOld funcOld, const krString& name, const krString& file, const krString& info)
+    : m_funcOld(funcOld) {
+    construct(name, file, info);
+}
+
+krTest::krTest(krFuncLoop funcLoop, krFuncStat funcStat, const krString& name, const krString& file,
+               const krString& info)
+    : m_funcLoop(funcLoop), m_funcStat(funcStat) {
+    construct(name, file, info);
+}
+
+krTest::krTest(krFuncCall funcCall, krFuncCall funcInit, krFuncLoop funcLoop, krFuncStat funcStat,
+               const krString& name, const krString& file, const krString& info)
+    : m_funcLoop(funcLoop), m_funcStat(funcStat), m_funcCall(funcCall), m_funcInit(funcInit) {
+    construct(name, file, info);
+}
+
+krTest::~krTest() {
+    delete m_cacheIter;
+}
+
+void krTest::construct(const krString& name, const krString& file, const krString& info) {
+    m_startTime = krTime();
+    m_endTime = m_startTime;
+    m_name = name;
+    m_srcName = file.getFileName();
+    m_info = krTestInfo(info);
+    krTest::initSettings();
+}
+
+void krTest::initSettings() {
+    m_currentResult = krUndefined;
+    m_isFirst = true;
+    m_bad87 = false;
+    m_badSSX = false;
+    delete m_cacheIter;
+    m_cacheIter = nullptr;
+    m_cacheFailed = false;
+    m_deprecated = false;
+    m_parms.clear();
+}
+
+bool krTest::tobeRun(krConditions& conditions) {
+    if (!conditions.tobeRun(this)) {
+        return false;
+    }
+    return m_hot != 2 || krTest::isHotLine();
+}
+
+int krTest::compareFunc(const krTest* other) const {
+    return m_name.compare(other->m_name);
+}
+
+bool krTest::isHotLine() {
+    if (g_pHotList == nullptr) {
+        return false;
+    }
+    for (const krString& name : *g_pHotList) {
+        if (name == m_name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+int krTest::printAllMemoryBlocks(const krString& /*title*/) {
+    return 0;
+}
+
+bool krTest::setIniSection(const krString& section) {
+    krIniFile* file = g_istrm.iniFile();
+    if (m_pressing && file != nullptr && !file->sectionExist(section)) {
+        return false;
+    }
+    if (file != nullptr && g_istrm.iniWrite()) {
+        file->write(section);
+    }
+    g_istrm.setIniSection(section);
+    return true;
+}
+
+// Parameters are walked for the ini-file or the name table, and nothing is measured.
+bool krTest::namesOnly() {
+    return (g_istrm.iniFile() != nullptr && g_istrm.iniWrite()) || krSession::m_nameExit;
+}
+
+void printNotSupportTiming(const krString& word, const krString& name) {
+    g_ostrm << ERR << "-- Can't run " << word << " timing: no program support for function " << name << "\n" << msgEnd;
+}
+
+krResult krTest::run() {
+    m_result = krOk;
+    m_currentResult = krUndefined;
+    OldOutLevel = g_ostrm.outLevel();
+    // A fault that is trapped from here on leaves through the same catch as an exception.
+    krFaultMark mark;
+    try {
+        if (setjmp(tsSignal::m_jmpbuf) != 0) {
+            tsSignal::contain();
+            throw krException(tsSignal::getInfo());
+        }
+        m_tool = g_tool;
+        if (m_info.m_macro.contains("Ibs")) {
+            m_tool.m_ibsMode = true;
+        }
+        g_trace.clearNames();
+        g_trace.traceIn("setIniSection");
+        const bool wanted = setIniSection(m_name);
+        g_trace.traceOut("setIniSection");
+        if (!wanted) {
+            return krUndefined;
+        }
+        runPhases();
+    } catch (const krException& fault) {
+        m_currentResult = krExcptFail;
+        g_ostrm.setOutLevel(OldOutLevel);
+        g_ostrm << ERR << fault.msg() << " in " << g_trace.getCurName() << "\n" << msgEnd;
+    }
+    m_result = m_currentResult;
+    m_endTime = krTime();
+
+    g_trace.traceIn("testResult");
+    krReportTestResult report(this);
+    g_ostrm << report;
+    g_ustrm << report;
+    g_ostrm.flush();
+    g_cstrm.flush();
+    g_ustrm.flush();
+    g_trace.traceOut("testResult");
+    g_trace.traceIn("endTest");
+    endTest();
+    g_trace.traceOut("endTest");
+    return m_result;
+}
+
+void krTest::runPhases() {
+    g_trace.traceIn("beginTest");
+    beginTest();
+    g_trace.traceOut("beginTest");
+    OldOutLevel = g_ostrm.outLevel();
+    m_startTime = krTime();
+
+    g_trace.traceIn("testTitle");
+    krReportTestTitle title(this);
+    g_trace.traceIn("g_ostrm<<testTitle");
+    g_ostrm << ERR;
+    g_ostrm << title;
+    g_ostrm << msgEnd;
+    g_trace.traceOut("g_ostrm<<testTitle");
+    g_trace.traceIn("g_ustrm<<testTitle");
+    g_ustrm << title;
+    g_trace.traceOut("g_ustrm<<testTitle");
+    g_trace.traceOut("testTitle");
+
+    g_trace.traceIn("canStart");
+    const bool started = canStart();
+    g_trace.traceOut("canStart");
+    if (!started) {
+        g_ostrm << ERR << "-- Can't start timing\n" << msgEnd;
+        m_currentResult = krDataFail;
+    } else if (m_cache && m_cacheIter == nullptr) {
+        printNotSupportTiming("In-Outof-Cache", m_name);
+    } else {
+        g_trace.traceIn("parmsFromIstrm");
+        parmsFromIstrm();
+        g_trace.traceOut("parmsFromIstrm");
+        putTableName();
+        if (namesOnly()) {
+            m_currentResult = krOk;
+        } else {
+            outputRegInfo();
+            g_trace.traceIn("loopData");
+            loopData();
+            g_trace.traceOut("loopData");
+        }
+    }
+    g_trace.traceIn("flushStart");
+    flushStart();
+    g_trace.traceOut("flushStart");
+}
+
+void krTest::loopData() {
+    m_isFirst = true;
+    const krString keptLog = g_trace.log();
+    g_cstrm.identicalLinesStart(m_numParmsColm);
+    bool prepared = false;
+    do {
+        g_trace.setLog(keptLog);
+        m_vectorNum = 0;
+        m_vectorShift = 0;
+        g_trace.traceIn("canContinue");
+        const bool more = canContinue();
+        g_trace.traceOut("canContinue");
+        if (!more) {
+            if (m_isFirst) {
+                g_ostrm << ERR << "-- One of argument list for timing is empty\n" << msgEnd;
+                raiseResult(krDataFail);
+            }
+            break;
+        }
+        m_isFirst = false;
+        runLine(prepared);
+        g_trace.traceIn("flushData");
+        flushData();
+        g_trace.traceOut("flushData");
+    } while (!krIsFailure(m_currentResult));
+
+    if (m_currentResult == krUndefined) {
+        g_ostrm << ERR << "-- Error while initialization of function data\n" << msgEnd;
+        raiseResult(krDataFail);
+    }
+    g_cstrm.linePostponeOut(m_numResultColm + m_numParmsColm);
+    if (g_cstrm.identicalLinesStop()) {
+        g_ostrm << WARN << "-- Warning: duplicate lines in performance table (csv-file)\n" << msgEnd;
+        raiseResult(g_ostrm.outLevel() < WARN ? krOk : krDataWrn);
+    }
+}
+
+// One line of the grid, from its data to its written result.
+void krTest::runLine(bool& prepared) {
+    g_trace.traceIn("initData");
+    const bool initialised = initData();
+    g_trace.traceOut("initData");
+    if (!initialised) {
+        return;
+    }
+    if (!prepared) {
+        prepared = true;
+        outputConst();
+    }
+    if (m_cacheIter != nullptr && !m_cacheIter->validateSize()) {
+        m_cacheFailed = true;
+        return;
+    }
+    putTextParms(PERF);
+    if (m_tool.m_setUse) {
+        g_trace.traceIn("reserveAllVectors");
+        reserveAllVectors();
+        g_trace.traceOut("reserveAllVectors");
+    }
+    if (m_hot == 2 && !isHotLine()) {
+        g_ostrm << "  measuring is omitted: not hot line\n";
+        return;
+    }
+    measureLine();
+}
+
+void krTest::measureLine() {
+    printAllMemoryBlocks("before function calls");
+    OldOutLevel = g_ostrm.outLevel();
+    initCtrlStatus();
+    if (OldOutLevel == (ERR | WARN)) {
+        g_ostrm.setOutLevel(ERR | WARN | PERF);
+    }
+    g_trace.traceIn("runTiming");
+    const krResult timed = runTiming();
+    g_trace.traceOut("runTiming");
+    g_ostrm.setOutLevel(OldOutLevel);
+    if (timed != krUndefined) {
+        printAllMemoryBlocks("after function calls");
+    } else {
+        g_ostrm << ERR << "-- Internal test problem: runTiming() function returns undefined result\n" << msgEnd;
+        raiseResult(krFail);
+    }
+    const krResult line = krWorst(timed, checkCtrlStatus());
+    const bool hidden = g_ostrm.outLevel() < WARN && krIsWarning(line);
+    raiseResult(hidden ? krOk : line);
+    outputResult(line);
+}
+
+bool krTest::canContinue() {
+    if (m_parms.empty()) {
+        return m_isFirst;
+    }
+    if (m_cacheIter != nullptr && m_cacheFailed) {
+        return repeatCacheLine();
+    }
+    if (m_isFirst) {
+        for (krParameter* parm : m_parms) {
+            if (!parm->firstValue()) {
+                return false;
+            }
+        }
+        return true;
+    }
+    auto parm = m_parms.end();
+    while (!(parm == m_parms.begin())) {
+        --parm;
+        if ((*parm)->nextValue()) {
+            return true;
+        }
+        (*parm)->firstValue();
+    }
+    return false;
+}
+
+// The data of the line did not fit its cache state: the same line with another size, as long as there is one.
+bool krTest::repeatCacheLine() {
+    m_cacheFailed = false;
+    if (m_cacheIter->repeatValue()) {
+        return true;
+    }
+    g_ostrm << ERR;
+    m_cacheIter->outputInfo();
+    putTextParms();
+    g_ostrm << "-- Fail to allocate " << m_cacheIter->getComment() << " data\n" << msgEnd;
+    raiseResult(krDataFail);
+    return false;
+}
+
+krResult krTest::runTiming() {
+    if (m_funcLoop != nullptr || m_funcStat != nullptr || m_funcCall != nullptr) {
+        return m_tool.timing(m_funcLoop, m_funcStat, m_funcCall, m_funcInit);
+    }
+    return m_funcOld != nullptr ? m_tool.timing(m_funcOld) : krUndefined;
+}
+
+void krTest::startAndStop() {
+    const OutputLevel level = g_ostrm.outLevel();
+    g_ostrm.setOutLevel(ERR);
+    krFaultMark mark;
+    try {
+        if (setjmp(tsSignal::m_jmpbuf) != 0) {
+            tsSignal::contain();
+            throw krException(tsSignal::getInfo());
+        }
+        beginTest();
+        canStart();
+        flushStart();
+        endTest();
+    } catch (const krException& fault) {
+        g_ostrm << ERR << fault.msg() << " in startAndStop of " << m_name << " test\n" << msgEnd;
+    }
+    g_ostrm.setOutLevel(level);
+}
+
+void krTest::parmsFromIstrm() {
+    for (krParameter* parm : m_parms) {
+        parm->fromIStream(g_istrm);
+    }
+}
+
+void krTest::registerCacheIterator(krParameter& parm, krObject* object, bool (*setFunc)(krParameter*, int, int, bool)) {
+    if (m_cache && m_cacheIter == nullptr) {
+        m_cacheIter = new krCacheIteratorInt(parm, object, setFunc);
+        m_parms.append(m_cacheIter);
+    } else {
+        m_parms.append(&parm);
+    }
+}
+
+void krTest::regCacheParm(krIterator<int>& parm, krObject* object, bool (*setFunc)(krParameter*, int, int, bool)) {
+    registerCacheIterator(parm, object, setFunc);
+}
+
+void krTest::regCacheParm(krStepIterator<int>& parm, krObject* object, bool (*setFunc)(krParameter*, int, int, bool)) {
+    registerCacheIterator(parm, object, setFunc);
+}
+
+void* krTest::allocate(int size, int align, void* owner) {
+    int bytes = align;
+    if (align < 0) {
+        bytes = -align * krGetVectorAlign();
+        if (krGetAlignSrc() && m_vectorNum != 0) {
+            bytes = 0;
+        }
+    }
+    void* pointer = krMalloc(size, bytes, m_vectorShift, owner == nullptr ? MEM_OBJECT_IS_BUFFER : owner);
+    if (pointer == nullptr) {
+        return nullptr;
+    }
+    ++m_vectorNum;
+    const int shift = krGetVectorShift() + m_vectorShift;
+    m_vectorShift = shift < vectorShiftLimit ? shift : 0;
+    return pointer;
+}
+
+void krTest::deallocate(void* pointer) {
+    krFree(pointer);
+}
+
+// The object that owns a block, or null for a block without one.
+static krObject* ownerObject(void* info) {
+    if (info == nullptr || info == MEM_OBJECT_IS_BUFFER || info == MEM_OBJECT_IS_SUBOBJECT) {
+        return nullptr;
+    }
+    return static_cast<krObject*>(info);
+}
+
+int krTest::reserveAllVectors() {
+    int count = 0;
+    void* info = nullptr;
+    for (void* block = krMallocFirst(nullptr, &info); block != nullptr; block = krMallocNext(nullptr, &info)) {
+        krObject* owner = ownerObject(info);
+        if (owner != nullptr && owner->reserveCopy()) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+void krTest::resetAllVectors() {
+    void* info = nullptr;
+    for (void* block = krMallocFirst(nullptr, &info); block != nullptr; block = krMallocNext(nullptr, &info)) {
+        krObject* owner = ownerObject(info);
+        if (owner != nullptr) {
+            owner->setReservedCopy();
+        }
+    }
+}
+
+void krTest::initCtrlStatus() {
+    g_ctrl87.init();
+    g_ssx.init();
+}
+
+bool krTest::badCtrlStatus(bool& bad87, bool& badSSX) {
+    bad87 = g_ctrl87.badStatus();
+    badSSX = g_ssx.badStatus();
+    return bad87 || badSSX;
+}
+
+void krTest::printCtrlStatus(bool bad87, bool badSSX) {
+    if (bad87) {
+        g_ostrm << WARN << "-- Status    87: " << g_ctrl87.strSW() << "\n" << msgEnd;
+    }
+    if (badSSX) {
+        g_ostrm << WARN << "-- Status    SSX: " << g_ssx.strExceptionState() << "\n" << msgEnd;
+    }
+}
+
+void krTest::clearCtrlStatus() {
+    g_ctrl87.clear();
+    g_ssx.clear();
+}
+
+krResult krTest::checkCtrlStatus() {
+    krResult result = krUndefined;
+    bool bad87 = false;
+    bool badSSX = false;
+    if (badCtrlStatus(bad87, badSSX)) {
+        m_bad87 = bad87;
+        m_badSSX = badSSX;
+        printCtrlStatus(bad87, badSSX);
+        result = krBadStsWrn;
+    }
+    clearCtrlStatus();
+    return result;
+}
