@@ -36,8 +36,8 @@ struct FlagInfo {
 };
 constexpr int FeatureFlagsCount = 68;
 extern const FlagInfo FeatureFlags[FeatureFlagsCount];
-/// The row of a feature bit, or null.
-const FlagInfo* findFeatureFlag(unsigned function, int reg, int bit);
+/// The row of that short name, or null.
+const FlagInfo* findFeatureFlag(const krString& name);
 
 /// The identification record. Flags are 0 or 1.
 struct vekCyclonIdent {
