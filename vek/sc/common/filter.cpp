@@ -1,0 +1,163 @@
+// Public filters of the common family: harmonic, residual, synthesis, filtered excitation.
+// The recursions themselves are in lpfilter.cpp and the kernels.
+#include "veksc_filter.h"
+
+#include <algorithm>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/lpfilter.h"
+
+namespace {
+
+using namespace vek;
+
+constexpr int kOrder = 10;
+constexpr int kSubframe = 40;
+constexpr int kMaxLen = 65536;
+
+bool badLength(int len) {
+    return len < 1 || len > kMaxLen;
+}
+
+// Stretches of at most T samples read nothing that they write, so that each can be done at once.
+template <class Sample, class Step>
+void inStretches(Sample* x, int T, int len, Step step) {
+    const int stretch = T > 0 ? T : len;
+    for (int i = 0; i < len; i += stretch) {
+        step(x + i, x + i - T, std::min(stretch, len - i));
+    }
+}
+
+VekStatus synthesis(const Vek16s* pLPC, const Vek16s* pSrc, Vek16s* pDst, int len, int scaleFactor, const Vek16s* pMem,
+                    Steps steps) {
+    if (!pLPC || !pSrc || !pDst || !pMem) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (scaleFactor < 0 || scaleFactor > 15) {
+        return vekStsScaleRangeErr;
+    }
+    synthesisFilter(pLPC, kOrder, pSrc, pDst, len, scaleFactor, pMem, steps);
+    return vekStsNoErr;
+}
+
+} // namespace
+
+VekStatus veksHarmonicFilter_NR_16s(Vek16s beta, int T, const Vek16s* pSrc, Vek16s* pDst, int len) {
+    if (!pSrc || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (T < 0) {
+        return vekStsRangeErr;
+    }
+    if (pSrc != pDst) {
+        filterKernels().addScaled(pSrc, pSrc - T, beta, pDst, len, 0x4000);
+        return vekStsNoErr;
+    }
+    inStretches(pDst, T, len,
+                [&](Vek16s* x, const Vek16s* d, int n) { filterKernels().addScaled(x, d, beta, x, n, 0x4000); });
+    return vekStsNoErr;
+}
+
+VekStatus veksHarmonicFilter_16s_I(Vek16s beta, int T, Vek16s* pSrcDst, int len) {
+    if (!pSrcDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (T < 0) {
+        return vekStsRangeErr;
+    }
+    if (beta == -32768) {
+        // The product alone saturates here before it is added.
+        for (int i = 0; i < len; i++) {
+            pSrcDst[i] = fix::add(pSrcDst[i], fix::mult(pSrcDst[i - T], beta));
+        }
+        return vekStsNoErr;
+    }
+    inStretches(pSrcDst, T, len,
+                [&](Vek16s* x, const Vek16s* d, int n) { filterKernels().addScaled(x, d, beta, x, n, 0); });
+    return vekStsNoErr;
+}
+
+VekStatus veksHarmonicFilter_32f_I(int T, Vek32f* pSrcDst, int len, Vek32f beta) {
+    if (!pSrcDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (T < 0) {
+        return vekStsRangeErr;
+    }
+    inStretches(pSrcDst, T, len,
+                [&](Vek32f* x, const Vek32f* d, int n) { filterKernels().addScaled32f(x, d, beta, x, n); });
+    return vekStsNoErr;
+}
+
+VekStatus veksResidualFilter_G729_16s(const Vek16s* pSrc, const Vek16s* pLPC, Vek16s* pDst) {
+    if (!pSrc || !pLPC || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    residualFilter(pLPC, kOrder, pSrc, pDst, kSubframe, 12);
+    return vekStsNoErr;
+}
+
+VekStatus veksSynthesisFilter_NR_16s_Sfs(const Vek16s* pLPC, const Vek16s* pSrc, Vek16s* pDst, int len, int scaleFactor,
+                                         const Vek16s* pMem) {
+    return synthesis(pLPC, pSrc, pDst, len, scaleFactor, pMem, Steps::Saturate);
+}
+
+VekStatus veksSynthesisFilter_NR_16s_ISfs(const Vek16s* pLPC, Vek16s* pSrcDst, int len, int scaleFactor,
+                                          const Vek16s* pMem) {
+    return synthesis(pLPC, pSrcDst, pSrcDst, len, scaleFactor, pMem, Steps::Saturate);
+}
+
+VekStatus veksSynthesisFilterLow_NR_16s_ISfs(const Vek16s* pLPC, Vek16s* pSrcDst, int len, int scaleFactor,
+                                             const Vek16s* pMem) {
+    return synthesis(pLPC, pSrcDst, pSrcDst, len, scaleFactor, pMem, Steps::Wrap);
+}
+
+VekStatus veksSynthesisFilterZeroStateResponse_NR_16s(const Vek16s* pLPC, Vek16s* pDst, int len, int scaleFactor) {
+    if (!pLPC || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (scaleFactor < 0 || scaleFactor > 15) {
+        return vekStsScaleRangeErr;
+    }
+    static constexpr Vek16s kZeroState[kOrder] = {};
+    std::fill_n(pDst, len, static_cast<Vek16s>(0));
+    pDst[0] = 4096;
+    synthesisFilter(pLPC, kOrder, pDst, pDst, len, scaleFactor, kZeroState);
+    return vekStsNoErr;
+}
+
+VekStatus veksFilteredExcitation_G729_32f(const Vek32f* pSrc, Vek32f* pSrcDst, int len, Vek32f val) {
+    if (!pSrc || !pSrcDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    // From the end, in stretches through a buffer: each sample moves up by one.
+    constexpr int kStretch = 64;
+    Vek32f moved[kStretch];
+    for (int end = len; end > 1;) {
+        const int n = std::min(kStretch, end - 1);
+        const int first = end - n;
+        filterKernels().addScaled32f(pSrcDst + first - 1, pSrc + first, val, moved, n);
+        std::copy_n(moved, n, pSrcDst + first);
+        end = first;
+    }
+    pSrcDst[0] = val * pSrc[0];
+    return vekStsNoErr;
+}

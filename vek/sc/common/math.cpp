@@ -1,0 +1,188 @@
+// Element-wise arithmetic of the common family: products, interpolation, inverse square root, powers of a factor.
+#include <algorithm>
+
+#include "sc/common/fixmath.h"
+#include "sc/kernels/filter.h"
+#include "veksc_filter.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::fix;
+
+constexpr int kMaxLen = 65536;
+
+bool badLength(int len) {
+    return len < 1 || len > kMaxLen;
+}
+
+bool badScale(int scaleFactor, int largest) {
+    return scaleFactor < 0 || scaleFactor > largest;
+}
+
+VekStatus product(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len, int scaleFactor) {
+    if (!pSrc1 || !pSrc2 || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (badScale(scaleFactor, 30)) {
+        return vekStsScaleRangeErr;
+    }
+    filterKernels().mul(pSrc1, pSrc2, pDst, len, scaleFactor);
+    return vekStsNoErr;
+}
+
+VekStatus productC(const Vek16s* pSrc, Vek16s val, Vek16s* pDst, int len, int scaleFactor) {
+    if (!pSrc || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (badScale(scaleFactor, 30)) {
+        return vekStsScaleRangeErr;
+    }
+    filterKernels().mulC(pSrc, val, pDst, len, scaleFactor);
+    return vekStsNoErr;
+}
+
+VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, Vek16s val2, Vek16s* pDst, int len,
+                        int scaleFactor, bool rounded) {
+    if (!pSrc1 || !pSrc2 || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (badScale(scaleFactor, 15)) {
+        return vekStsScaleRangeErr;
+    }
+    const int half = rounded && scaleFactor > 0 ? 1 << (scaleFactor - 1) : 0;
+    if (val1 == -32768 && val2 == -32768) {
+        // The one pair of weights for which a sum can leave 32 bits.
+        for (int i = 0; i < len; i++) {
+            pDst[i] = sat16_64(((int64_t{pSrc1[i]} + pSrc2[i]) * -32768 + half) >> scaleFactor);
+        }
+        return vekStsNoErr;
+    }
+    filterKernels().weighted(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, half);
+    return vekStsNoErr;
+}
+
+// 2^14 / sqrt(x) for x = 16/64..64/64 in Q15: the published table.
+constexpr Vek16s kInvSqrt[49] = {
+    32767, 31790, 30894, 30070, 29309, 28602, 27945, 27330, 26755, 26214, 25705, 25225, 24770,
+    24339, 23930, 23541, 23170, 22817, 22479, 22155, 21845, 21548, 21263, 20988, 20724, 20470,
+    20225, 19988, 19760, 19539, 19326, 19119, 18919, 18725, 18536, 18354, 18176, 18004, 17837,
+    17674, 17515, 17361, 17211, 17064, 16921, 16782, 16646, 16514, 16384,
+};
+
+Vek32s invSqrt(Vek32s x) {
+    if (x <= 0) {
+        return 0x3fffffff;
+    }
+    int e = norm_l(x);
+    x <<= e;
+    e = 30 - e;
+    if ((e & 1) == 0) {
+        x >>= 1;
+    }
+    e = (e >> 1) + 1;
+    const int i = (x >> 25) - 16;
+    const int fraction = (x >> 10) & 0x7fff;
+    // Between two entries, which differ by less than 1000: nothing saturates.
+    const int32_t y = kInvSqrt[i] * 65536 - (kInvSqrt[i] - kInvSqrt[i + 1]) * fraction * 2;
+    return y >> e;
+}
+
+} // namespace
+
+VekStatus veksInvSqrt_32s_I(Vek32s* pSrcDst, int len) {
+    if (!pSrcDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    std::transform(pSrcDst, pSrcDst + len, pSrcDst, invSqrt);
+    return vekStsNoErr;
+}
+
+VekStatus veksInterpolateC_NR_G729_16s_Sfs(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, Vek16s val2,
+                                           Vek16s* pDst, int len, int scaleFactor) {
+    return interpolation(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, true);
+}
+
+VekStatus veksInterpolateC_G729_16s_Sfs(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, Vek16s val2,
+                                        Vek16s* pDst, int len, int scaleFactor) {
+    return interpolation(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, false);
+}
+
+VekStatus veksInterpolateC_G729_32f(const Vek32f* pSrc1, const Vek32f* pSrc2, Vek32f* pDst, int len, Vek32f val1,
+                                    Vek32f val2) {
+    if (!pSrc1 || !pSrc2 || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    filterKernels().weighted32f(pSrc1, val1, pSrc2, val2, pDst, len);
+    return vekStsNoErr;
+}
+
+VekStatus veksInterpolate_G729_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len) {
+    if (!pSrc1 || !pSrc2 || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    filterKernels().mean(pSrc1, pSrc2, pDst, len);
+    return vekStsNoErr;
+}
+
+VekStatus veksMulC_NR_16s_Sfs(const Vek16s* pSrc, Vek16s val, Vek16s* pDst, int len, int scaleFactor) {
+    return productC(pSrc, val, pDst, len, scaleFactor);
+}
+
+VekStatus veksMulC_NR_16s_ISfs(Vek16s val, Vek16s* pSrcDst, int len, int scaleFactor) {
+    return productC(pSrcDst, val, pSrcDst, len, scaleFactor);
+}
+
+VekStatus veksMul_NR_16s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len, int scaleFactor) {
+    return product(pSrc1, pSrc2, pDst, len, scaleFactor);
+}
+
+VekStatus veksMul_NR_16s_ISfs(const Vek16s* pSrc, Vek16s* pSrcDst, int len, int scaleFactor) {
+    return product(pSrc, pSrcDst, pSrcDst, len, scaleFactor);
+}
+
+VekStatus veksMulPowerC_NR_16s_Sfs(const Vek16s* pSrc, Vek16s val, Vek16s* pDst, int len, int scaleFactor) {
+    if (!pSrc || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (badScale(scaleFactor, 15)) {
+        return vekStsScaleRangeErr;
+    }
+    pDst[0] = pSrc[0];
+    int power = val;
+    if (scaleFactor == 15 && val != -32768) {
+        // The usual case, a factor below 1: no product can saturate.
+        for (int i = 1; i < len; i++) {
+            pDst[i] = static_cast<Vek16s>((pSrc[i] * power + 0x4000) >> 15);
+            power = (power * val + 0x4000) >> 15;
+        }
+        return vekStsNoErr;
+    }
+    const int half = scaleFactor > 0 ? 1 << (scaleFactor - 1) : 0;
+    for (int i = 1; i < len; i++) {
+        pDst[i] = sat16((pSrc[i] * power + half) >> scaleFactor);
+        power = sat16((power * val + half) >> scaleFactor);
+    }
+    return vekStsNoErr;
+}

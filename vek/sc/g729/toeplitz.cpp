@@ -1,0 +1,128 @@
+// Correlation matrix of the impulse response for the fixed codebook searches of G.729.
+// Rows of running sums come from the kernels; here they are scaled and put in the order that the searches read.
+#include <array>
+
+#include "sc/common/fixmath.h"
+#include "sc/kernels/filter.h"
+#include "veksc_g729.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::fix;
+
+constexpr int kSub = 40;
+constexpr int kTracks = 5;
+constexpr int kPositions = 8;
+constexpr int kSize = 616;
+
+// The sum over h[n-i] * h[n-j] stands in the row of the number of its terms, at the distance |i-j|.
+constexpr uint16_t place(int i, int j) {
+    const int first = i < j ? i : j;
+    const int last = i < j ? j : i;
+    return static_cast<uint16_t>((kSub - 1 - last) * kSub + (last - first));
+}
+
+constexpr std::array<uint16_t, kSize> makeOrder() {
+    std::array<uint16_t, kSize> order{};
+    size_t n = 0;
+    for (int t = 0; t < kTracks; t++) {
+        for (int k = 0; k < kPositions; k++) {
+            order[n++] = place(kTracks * k + t, kTracks * k + t);
+        }
+    }
+    for (int t = 0; t < kTracks; t++) {
+        for (int u = t + 1; u < kTracks; u++) {
+            if (t == 3 && u == 4) {
+                continue; // never searched together: one pulse takes either track
+            }
+            for (int k = 0; k < kPositions; k++) {
+                for (int l = 0; l < kPositions; l++) {
+                    order[n++] = place(kTracks * k + t, kTracks * l + u);
+                }
+            }
+        }
+    }
+    return order;
+}
+
+constexpr std::array<uint16_t, kSize> kOrder = makeOrder();
+
+int64_t doubledEnergy(const Vek16s* h) {
+    int64_t e = 0;
+    for (int i = 0; i < kSub; i++) {
+        e += h[i] * h[i];
+    }
+    return 2 * e;
+}
+
+// The response as large as its energy allows; returns whether no sum of products can saturate.
+bool scale(const Vek16s* pSrc, Vek16s* h) {
+    const int32_t energy = sat32(doubledEnergy(pSrc));
+    const int shift = extract_h(energy) > 32000 ? -1 : norm_l(energy) >> 1;
+    for (int i = 0; i < kSub; i++) {
+        h[i] = shl(pSrc[i], shift);
+    }
+    // No correlation, nor a part of it, exceeds the energy.
+    return doubledEnergy(h) <= kMax32;
+}
+
+void saturatingRows(const Vek16s* h, Vek32s* rows) {
+    for (int d = 0; d < kSub; d++) {
+        int32_t s = 0;
+        for (int m = 0; m + d < kSub; m++) {
+            s = L_mac(s, h[m], h[m + d]);
+            rows[m * kSub + d] = s;
+        }
+    }
+}
+
+} // namespace
+
+VekStatus veksToeplizMatrix_G729_16s(const Vek16s* pSrc, Vek16s* pDst) {
+    if (!pSrc || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    Vek16s h[kSub];
+    alignas(32) Vek32s rows[kSub * kSub];
+    if (scale(pSrc, h)) {
+        filterKernels().corrRows16(h, rows);
+        filterKernels().gather16(rows, kOrder.data(), pDst, kSize);
+        return vekStsNoErr;
+    }
+    saturatingRows(h, rows);
+    for (size_t n = 0; n < kOrder.size(); n++) {
+        pDst[n] = extract_h(rows[kOrder[n]]);
+    }
+    return vekStsNoErr;
+}
+
+VekStatus veksToeplizMatrix_G729_16s32s(const Vek16s* pSrc, Vek32s* pDst) {
+    if (!pSrc || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    Vek16s h[kSub];
+    alignas(32) Vek32s rows[kSub * kSub];
+    if (scale(pSrc, h)) {
+        filterKernels().corrRows16(h, rows);
+        filterKernels().gather32(rows, kOrder.data(), pDst, kSize);
+        return vekStsNoErr;
+    }
+    saturatingRows(h, rows);
+    for (size_t n = 0; n < kOrder.size(); n++) {
+        pDst[n] = rows[kOrder[n]];
+    }
+    return vekStsNoErr;
+}
+
+VekStatus veksToeplizMatrix_G729_32f(const Vek32f* pSrc, Vek32f* pDst) {
+    if (!pSrc || !pDst) {
+        return vekStsNullPtrErr;
+    }
+    alignas(32) Vek32f rows[kSub * kSub];
+    filterKernels().corrRows32f(pSrc, rows);
+    for (size_t n = 0; n < kOrder.size(); n++) {
+        pDst[n] = rows[kOrder[n]];
+    }
+    return vekStsNoErr;
+}

@@ -1,0 +1,47 @@
+// Kernels of the filter room: FIR, all-pole recursion, element-wise products, correlation rows, circular convolution.
+// Sums are 32 bits wide and wrap; who needs the saturating rule of a recommendation proves that nothing wraps, or takes
+// the slow road (sc/common/lpfilter.h does both).
+#pragma once
+
+#include <cstdint>
+
+#include "sc/kernels/kernels.h"
+
+namespace vek {
+
+constexpr int kMaxLpOrder = 40;
+
+struct FilterKernels {
+    // Largest magnitude, 0..32768.
+    int (*maxAbs16)(const int16_t* x, int n);
+    // y[i] = sat16((sum of a[j] * x[i-j], j = 0..order, + half) >> q); x[-order..-1] is read. y apart from x.
+    void (*fir16)(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q);
+    // The same sum, unrounded.
+    void (*fir32)(const int16_t* a, int order, const int16_t* x, int32_t* f, int n);
+    // f[i] -= sum of a[j] * y[i-j], j = 1..order; y[i] = sat16((f[i] + half) >> q); y[-order..-1] is read.
+    // The order is even, 4..kMaxLpOrder.
+    void (*allPole)(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q);
+    // y[i] = sat16((x1[i] * v1 + x2[i] * v2 + half) >> q). Not for v1 = v2 = -32768.
+    void (*weighted)(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half);
+    // y[i] = sat16((x1[i] * x2[i] + half) >> q)
+    void (*mul)(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q);
+    void (*mulC)(const int16_t* x, int v, int16_t* y, int n, int q);
+    // y[i] = sat16(x[i] + ((d[i] * b + half) >> 15))
+    void (*addScaled)(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half);
+    // y[i] = (x1[i] >> 1) + (x2[i] >> 1)
+    void (*mean)(const int16_t* x1, const int16_t* x2, int16_t* y, int n);
+    // rows[m * 40 + d] = sum of h[i] * h[i+d], i = 0..m, for d = 0..39-m; the rest of a row is not defined.
+    void (*corrRows16)(const int16_t* h, int32_t* rows);
+    void (*corrRows32f)(const float* h, float* rows);
+    // dst[n] = rows[index[n]] << 1, and the upper halves of the same
+    void (*gather32)(const int32_t* rows, const uint16_t* index, int32_t* dst, int n);
+    void (*gather16)(const int32_t* rows, const uint16_t* index, int16_t* dst, int n);
+    // y[k] = sum over i of (c[i] * f2[40 + k - i]) >> 15, saturated at each step; 40 elements, f2 is 40 twice.
+    void (*circular40)(const int16_t* c, const int16_t* f2, int16_t* y);
+    void (*addScaled32f)(const float* x, const float* d, float b, float* y, int n);
+    void (*weighted32f)(const float* x1, float v1, const float* x2, float v2, float* y, int n);
+};
+
+VEK_KERNEL_PICK(FilterKernels, filterKernels)
+
+} // namespace vek
