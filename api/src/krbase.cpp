@@ -62,8 +62,10 @@ void unpoisonSlack(void* base) {
     ASAN_UNPOISON_MEMORY_REGION(raw, malloc_usable_size(raw));
 }
 #else
-void poisonSlack(void* /*base*/, void* /*aligned*/, int /*size*/) {}
-void unpoisonSlack(void* /*base*/) {}
+void poisonSlack(void* /*base*/, void* /*aligned*/, int /*size*/) {
+}
+void unpoisonSlack(void* /*base*/) {
+}
 #endif
 
 krString addressText(void* pointer) {

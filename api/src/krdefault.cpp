@@ -174,7 +174,8 @@ void krParameter::fromIStream(krIStream& stream) {
     g_ostrm.setOutLevel(oldLevel);
 }
 
-void krParameter::translate(const krString& /*text*/) {}
+void krParameter::translate(const krString& /*text*/) {
+}
 
 int DefaultAlign::validItem(const krString& text) {
     return krDefault<int>::validItem(text) % 64;

@@ -1,5 +1,6 @@
-// Parameters: named values that are asked for, kept, printed and stepped through. A plain parameter has one value; those
-// with several are in kriterator. The bodies of the templates are in krdefault.inc, for types that are not instantiated here.
+// Parameters: named values that are asked for, kept, printed and stepped through. A plain parameter has one value;
+// those with several are in kriterator. The bodies of the templates are in krdefault.inc, for types that are not
+// instantiated here.
 #pragma once
 
 #include "krio.h"

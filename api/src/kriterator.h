@@ -1,5 +1,6 @@
-// Parameters with several values: the lists and steps that a test's grid is made of. Text forms are "1; 2; 5" for a list
-// and "1; 10; +1" for a step. The bodies of the templates are in kriterator.inc, for types that are not instantiated here.
+// Parameters with several values: the lists and steps that a test's grid is made of. Text forms are "1; 2; 5" for a
+// list and "1; 10; +1" for a step. The bodies of the templates are in kriterator.inc, for types that are not
+// instantiated here.
 #pragma once
 
 #include "krdefault.h"
