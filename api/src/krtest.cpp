@@ -148,7 +148,8 @@ krResult krTest::run() {
         if (m_info.m_macro.contains("Ibs")) {
             m_tool.m_ibsMode = true;
         }
-        g_trace.clearNames();
+        g_trace.m_log = "";
+        g_trace.m_indent = "";
         g_trace.traceIn("setIniSection");
         const bool wanted = setIniSection(m_name);
         g_trace.traceOut("setIniSection");
@@ -226,11 +227,11 @@ void krTest::runPhases() {
 
 void krTest::loopData() {
     m_isFirst = true;
-    const krString keptLog = g_trace.log();
+    const krString keptLog = g_trace.m_log;
     g_cstrm.identicalLinesStart(m_numParmsColm);
     bool prepared = false;
     do {
-        g_trace.setLog(keptLog);
+        g_trace.m_log = keptLog;
         m_vectorNum = 0;
         m_vectorShift = 0;
         g_trace.traceIn("canContinue");
@@ -385,7 +386,7 @@ void krTest::parmsFromIstrm() {
     }
 }
 
-void krTest::registerCacheIterator(krParameter& parm, krObject* object, bool (*setFunc)(krParameter*, int, int, bool)) {
+void krTest::registerCacheIterator(krDefault_NSC<int>& parm, krObject* object, bool (*setFunc)(krParameter*, int, int, bool)) {
     if (m_cache && m_cacheIter == nullptr) {
         m_cacheIter = new krCacheIteratorInt(parm, object, setFunc);
         m_parms.append(m_cacheIter);

@@ -151,7 +151,8 @@ private:
     void putTableNameLine();
     static bool setIniSection(const krString& section);
     static bool namesOnly();
-    void registerCacheIterator(krParameter& parm, krObject* object, bool (*setFunc)(krParameter*, int, int, bool));
+    void registerCacheIterator(krDefault_NSC<int>& parm, krObject* object,
+                               bool (*setFunc)(krParameter*, int, int, bool));
 };
 
 /// "-- Can't run <word> timing: no program support for function <name>".

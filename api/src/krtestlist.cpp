@@ -98,7 +98,7 @@ static bool usesParameter(const krTest& test, const krParameter* parm) {
 
 void krTestList::selectCommonParms(krConditions& conditions, krList<krParameter*>& parms) {
     for (krParameter* parm : parms) {
-        parm->m_enabled = false;
+        parm->setEnabled(false);
     }
     bool all = false;
     for (auto place = begin(); !all && !(place == end()); ++place) {
@@ -109,15 +109,17 @@ void krTestList::selectCommonParms(krConditions& conditions, krList<krParameter*
         test->startAndStop();
         all = true;
         for (krParameter* parm : parms) {
-            parm->m_enabled = parm->m_enabled || usesParameter(*test, parm);
-            all = all && parm->m_enabled;
+            if (!parm->enabled()) {
+                parm->setEnabled(usesParameter(*test, parm));
+            }
+            all = all && parm->enabled();
         }
         delete test->m_cacheIter;
         test->m_cacheIter = nullptr;
         test->m_parms.clear();
     }
     for (auto parm = parms.begin(); !(parm == parms.end());) {
-        if ((*parm)->m_enabled) {
+        if ((*parm)->enabled()) {
             ++parm;
         } else {
             parm = parms.erase(parm);

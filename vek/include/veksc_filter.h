@@ -74,8 +74,8 @@ VEK_API VekStatus veksIIR16s_G723_16s32s(const Vek16s* pCoeffs, const Vek16s* pS
 VEK_API VekStatus veksIIR16s_G729_16s(const Vek16s* pCoeffs, const Vek16s* pSrc, Vek16s* pDst, Vek16s* pMem);
 VEK_API VekStatus veksIIR16sLow_G729_16s(const Vek16s* pCoeffs, const Vek16s* pSrc, Vek16s* pDst, Vek16s* pMem);
 
-// pSrcDst[n] = 2^30 / sqrt(pSrcDst[n]), by a table of 49 entries and linear interpolation (within 2^-15 of the result
-// at least); 0x3fffffff for values below 1. G.729 and TS 26.073 inv_sqrt.
+// pSrcDst[n] = 2^30 / sqrt(pSrcDst[n]), by a table of 49 entries and linear interpolation (within 0.04 % of the
+// root); 0x3fffffff for values below 1. G.729 and TS 26.073 inv_sqrt.
 VEK_API VekStatus veksInvSqrt_32s_I(Vek32s* pSrcDst, int len);
 
 // pDst[n] = (val1 * pSrc1[n] + val2 * pSrc2[n]) * 2^-scaleFactor, the sum exact, rounded (NR) or cut off; scaleFactor

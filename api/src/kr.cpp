@@ -1,0 +1,319 @@
+// The session: the phases of a run in their fixed order, the rules of file names, header and footer, and the registries.
+#include "kr.h"
+
+#include "krcpuidtest.h"
+#include "krinfo.h"
+#include "krreport.h"
+#include "krstream.h"
+
+krTestList* pTestList = nullptr;
+krList<krParameter*>* g_pParmList = nullptr;
+void (*s_parmFunc)() = nullptr;
+krString* pCmdLine = nullptr;
+void (*initTimingMethod)(krTool& tool) = nullptr;
+krStringList* g_pHotList = nullptr;
+bool qKeys = true;
+krSession* pSession = nullptr;
+
+const char* KR_version = "2.0";
+const char* KR_buildDate = "Mar 16 2010";
+const char* extIni = ".ini";
+const char* extCsv = ".csv";
+const char* extOut = ".txt";
+const char* extSgl = ".end";
+const char* extName = "_name.csv";
+const char* extSum = "_sum.csv";
+const char* extMem = "_mem.csv";
+
+krString krSession::m_exePath;
+krString krSession::m_defName;
+krString krSession::m_inDir;
+krString krSession::m_outDir;
+int krSession::m_nameMode = 0;
+bool krSession::m_nameExit = false;
+int krSession::m_exitLevel = 0;
+
+static constexpr int noEnumeration = 100;
+
+int krRegTest(krTest* test) {
+    if (pTestList == nullptr) {
+        pTestList = new krTestList;
+    }
+    pTestList->append(test);
+    return 1;
+}
+
+int krRegParm(krParameter& parm) {
+    if (g_pParmList == nullptr) {
+        g_pParmList = new krList<krParameter*>;
+    }
+    g_pParmList->append(&parm);
+    return 1;
+}
+
+int krRegParmFunc(void (*func)()) {
+    s_parmFunc = func;
+    return 1;
+}
+
+int krRegCmdLine(const krString& keys) {
+    if (pCmdLine == nullptr) {
+        pCmdLine = new krString;
+    }
+    *pCmdLine += krString(" ") + keys;
+    return 1;
+}
+
+int krRegTimingMethod(void (*init)(krTool& tool)) {
+    initTimingMethod = init;
+    return 1;
+}
+
+int krRegQKeys() {
+    qKeys = true;
+    return 1;
+}
+
+int krRegHotFunction(const krString& name) {
+    if (g_pHotList == nullptr) {
+        g_pHotList = new krStringList;
+    }
+    g_pHotList->append(name);
+    return 1;
+}
+
+int krRegSession(krSession* session) {
+    pSession = session;
+    return 1;
+}
+
+krSession::~krSession() {
+    for (krOption* option : m_options) {
+        delete option;
+    }
+    delete m_conditions;
+}
+
+bool krSession::isAbsolutePath(const krString& path) {
+    return path[0] == '/' || path[0] == '\\' || (path.length() >= 2 && path[1] == ':');
+}
+
+krString krSession::genDirName(const krString& dir) {
+    if (dir.empty()) {
+        return m_exePath.getFileDir();
+    }
+    const char last = dir[dir.length() - 1];
+    const krString full = last == '/' || last == '\\' ? dir : dir + "/";
+    return isAbsolutePath(full) ? full : m_exePath.getFileDir() + full;
+}
+
+void krSession::setDefName(const krString& name) {
+    m_defName = name.empty() ? m_exePath.getFileTitle() : name;
+}
+
+krString krSession::genPathName(const krString& dir, const krString& name, const krString& ext) {
+    if (isAbsolutePath(name)) {
+        return name;
+    }
+    if (name.empty()) {
+        return dir + m_defName + ext;
+    }
+    return name.contains('.') ? dir + name : dir + name + ext;
+}
+
+krString krSession::genInPath(const krString& name, const krString& ext) {
+    return genPathName(m_inDir, name, ext);
+}
+
+krString krSession::genOutPath(const krString& name, const krString& ext) {
+    return genPathName(m_outDir, name, ext);
+}
+
+krString krSession::getDirPath(const krString& path, const krString& dir) {
+    if (isAbsolutePath(path)) {
+        return path;
+    }
+    if (dir.empty()) {
+        return m_exePath.getFileDir() + path;
+    }
+    return path.find(dir) == 0 ? path : dir + path;
+}
+
+void krSession::setSglName(const krString& name) {
+    m_sglName = genOutPath(name, extSgl);
+}
+
+void krSession::setIniMode(const krString& name, bool write) {
+    m_iniName = name;
+    m_iniWrite = write;
+}
+
+void krSession::initSession() {
+    delete m_conditions;
+    m_conditions = new krConditions;
+    m_batchMode = false;
+    m_quickMode = false;
+    m_askMode = 0;
+    m_enumMode = noEnumeration;
+    m_levelMode = ERR;
+    fillOptions();
+}
+
+int krSession::run(int argc, char** argv) {
+    g_ostrm.setMsgLevel(PERF);
+    g_ostrm.append(&c_out);
+    setVekEnvironment();
+    initSession();
+    krRegTest(new __krOrvanCpuTest("__krOrvanCpu", "kr", "__krOrvanCpuTest/Orvan CPU information"));
+    pTestList->m_startTime = krTime();
+
+    int result = 0;
+    bool headerWritten = false;
+    if (parseCommandLine(argc, argv) && startSession() && !quickOutput()) {
+        if (vekEnvironment != nullptr) {
+            initStaticCpu();
+            setNumThreads();
+            setVekEnvironment();
+        }
+        setVekLibInfo();
+        if (!m_quickMode) {
+            std::fputs("Sorting functions...", stdout);
+            pTestList->sortFunc();
+            std::fputs("\n", stdout);
+        }
+        headerWritten = true;
+        outputHeader();
+        if (s_parmFunc != nullptr) {
+            s_parmFunc();
+        }
+        selectTestParameters();
+        beginCommonData();
+        readCommonData();
+        endCommonData();
+        if (g_pHotList == nullptr) {
+            g_pHotList = new krStringList;
+        }
+        putTableTitle();
+        result = pTestList->runTests(*m_conditions) ? 1 : 0;
+    }
+    pTestList->m_endTime = krTime();
+    if (headerWritten) {
+        outputFooter();
+    }
+    outputSignal();
+    deleteTestList();
+    return result;
+}
+
+// Every key that ends the run before a test is touched.
+bool krSession::quickOutput() {
+    if (s_version || s_hintArg != 0) {
+        g_ostrm << "\nOrvan Vek Primitives. Kelvar Rig " << KR_version << ", " << KR_buildDate << "\n";
+    }
+    if (s_hintArg != 0) {
+        hint(s_hintArg, s_hintHide);
+        return true;
+    }
+    if (m_enumMode > 1) {
+        return s_version;
+    }
+    if (m_enumMode == 0 && !m_quickMode) {
+        pTestList->sortFunc();
+    }
+    listTests(m_enumMode);
+    return true;
+}
+
+void krSession::listTests(int mode) {
+    krReportTitle title(*pTestList);
+    g_ostrm << title;
+    g_cstrm << title;
+    krReportList list(*pTestList, *m_conditions, mode);
+    g_ostrm << list;
+    g_cstrm << list;
+}
+
+void krSession::outputHeader() {
+    krReportTitle title(*pTestList);
+    g_ostrm << title;
+    g_cstrm << title;
+    g_qstrm << title;
+    g_ustrm << title;
+    krReportTestResult heading(nullptr);
+    g_ustrm << heading;
+}
+
+void krSession::outputFooter() {
+    krReportEnd end(*pTestList);
+    g_ostrm << ERR;
+    g_ostrm << end;
+    g_ostrm << msgEnd;
+    g_ustrm << end;
+}
+
+void krSession::outputSignal() {
+    if (m_sglName.empty()) {
+        return;
+    }
+    o_stream file(m_sglName, ioWrite | ioRawName, true);
+    if (file.m_file == nullptr) {
+        return;
+    }
+    const auto seconds = static_cast<int>(difftime(pTestList->m_endTime, pTestList->m_startTime));
+    file << krReportFormat::getTimeStr(seconds) + "\n";
+    file << krTimeText(pTestList->m_endTime) + "\n";
+}
+
+void krSession::putTableTitle() {
+    putTableTitleLine();
+    if ((m_nameMode & krNameInNames) != 0) {
+        g_cstrm.swap(g_qstrm);
+        putTableTitleLine();
+        g_cstrm.swap(g_qstrm);
+    }
+}
+
+void krSession::putTableTitleLine() {
+    funcTitleToCStream();
+    parmsTitleToCStream();
+    krTest::m_numParmsColm = g_cstrm.colmCount();
+    resultTitleToCStream();
+    krTest::m_numResultColm = g_cstrm.colmCount() - krTest::m_numParmsColm;
+    g_cstrm << "\n";
+}
+
+void krSession::funcTitleToCStream() {
+    g_cstrm << "funcBase"
+            << "funcDataType"
+            << "funcDescriptor";
+}
+
+void krSession::parmsTitleToCStream() {
+    g_cstrm << "Len/Size"
+            << "Parm1"
+            << "Parm2"
+            << "Parm3"
+            << "Parm4"
+            << "scaleFactor";
+}
+
+void krSession::resultTitleToCStream() {
+    g_cstrm << "Comment"
+            << "Clocks"
+            << "per"
+            << "Time (usec)"
+            << "MFlops";
+    if (krTest::m_hot != 0) {
+        g_cstrm << "Interest";
+    }
+}
+
+void krFuncTitleToCStream() {
+    g_cstrm << "function";
+}
+
+void krParmsTitleToCStream() {
+    for (int i = 1; i <= 8; ++i) {
+        g_cstrm << krString("Parm") + krText(i);
+    }
+}

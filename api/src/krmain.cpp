@@ -1,0 +1,15 @@
+// The entry point.
+#include "kr.h"
+#include "krbase.h"
+#include "krstream.h"
+
+int main(int argc, char** argv) {
+    g_trace.traceIn("main");
+    if (pSession == nullptr) {
+        pSession = new krSession;
+    }
+    const int result = pSession->run(argc, argv);
+    krFreeAll();
+    g_trace.traceOut("main");
+    return result;
+}

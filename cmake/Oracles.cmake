@@ -1,0 +1,22 @@
+# Links the independent packages that are on this machine to a test or benchmark program. Debian's static archives where
+# the functions of interest are not exported by the shared objects.
+function(kr_link_oracles target)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/vek)
+  foreach(package opencore-amrnb vo-amrwbenc opencore-amrwb bcg729 gsm fftw3 fftw3f speexdsp)
+    string(MAKE_C_IDENTIFIER ${package} id)
+    find_library(ORACLE_${id} NAMES lib${package}.a ${package})
+    mark_as_advanced(ORACLE_${id})
+    if(ORACLE_${id})
+      target_link_libraries(${target} PRIVATE ${ORACLE_${id}})
+    endif()
+  endforeach()
+  # This one is miscompiled as an archive.
+  find_library(ORACLE_spandsp NAMES spandsp)
+  if(ORACLE_spandsp)
+    target_link_libraries(${target} PRIVATE ${ORACLE_spandsp})
+  endif()
+  find_library(ORACLE_webrtc NAMES webrtc_audio_processing webrtc-audio-processing-1)
+  if(ORACLE_webrtc)
+    target_link_libraries(${target} PRIVATE ${ORACLE_webrtc})
+  endif()
+endfunction()

@@ -1,0 +1,58 @@
+# Shared by ./run and ./test: installs only what is missing, builds quietly, and says in one line what is wrong.
+
+kr_install() { # packages
+    if ! command -v apt-get >/dev/null 2>&1; then
+        return 1
+    fi
+    sudo=
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null 2>&1 && sudo -n true 2>/dev/null || return 1
+        sudo=sudo
+    fi
+    echo "Installing: $*"
+    if ! $sudo apt-get install -y "$@" >/dev/null 2>&1; then
+        $sudo apt-get update >/dev/null 2>&1 && $sudo apt-get install -y "$@" >/dev/null 2>&1
+    fi
+}
+
+kr_fail() {
+    echo "$0: $*" >&2
+    exit 1
+}
+
+kr_need() { # command:package ...
+    missing=
+    for pair in "$@"; do
+        command -v "${pair%%:*}" >/dev/null 2>&1 || missing="$missing ${pair##*:}"
+    done
+    if [ -n "$missing" ]; then
+        kr_install $missing || kr_fail "please install:$missing"
+    fi
+}
+
+kr_need_file() { # file package
+    [ -e "$1" ] || kr_install "$2" || kr_fail "please install: $2"
+}
+
+kr_want() { # packages
+    missing=
+    for package in "$@"; do
+        dpkg -s "$package" >/dev/null 2>&1 || missing="$missing $package"
+    done
+    for package in $missing; do
+        kr_install "$package" || echo "Not installed, some tests will be skipped: $package"
+    done
+}
+
+kr_build() { # top preset target
+    dir=build-$2
+    [ "$2" = release ] && dir=build
+    log="$1/$dir/build.log"
+    mkdir -p "$1/$dir"
+    if [ ! -f "$1/$dir/build.ninja" ]; then
+        echo "Configuring $dir"
+        (cd "$1" && cmake --preset "$2") >"$log" 2>&1 || { cat "$log" >&2; kr_fail "configuring failed"; }
+    fi
+    echo "Building $dir"
+    cmake --build "$1/$dir" --target "$3" >"$log" 2>&1 || { cat "$log" >&2; kr_fail "the build failed"; }
+}

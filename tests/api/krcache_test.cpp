@@ -1,0 +1,330 @@
+// The cache-state iterator: the windows of sizes, the retries, and what shows of it.
+#include "captured_text.h"
+#include "krcache.h"
+#include "krlib.h"
+#include "krstream.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+int cacheBytes = 0;
+int cacheStatus = 0;
+
+int fakeCache(int* size) {
+    *size = cacheBytes;
+    return cacheStatus;
+}
+
+class SizedObject final : public krObject {
+public:
+    int objectSize() const override { return m_size; }
+    int m_size = 0;
+};
+
+// A cache of 1,000,000 bytes, a size parameter, and blocks that are what the line has allocated.
+class KrCacheIterator : public testing::Test {
+protected:
+    void SetUp() override {
+        m_oldCache = vek_GetMaxCacheSizeB;
+        vek_GetMaxCacheSizeB = fakeCache;
+        setCache(1000000, 0);
+    }
+    void TearDown() override {
+        vek_GetMaxCacheSizeB = m_oldCache;
+        kr_vekForgetMaxCacheSizeB();
+        dropBlock();
+    }
+    void setCache(int bytes, int status) {
+        cacheBytes = bytes;
+        cacheStatus = status;
+        kr_vekForgetMaxCacheSizeB();
+    }
+    void takeBlock(int bytes) {
+        dropBlock();
+        m_block = krMalloc(bytes, 0, 0, nullptr);
+    }
+    void dropBlock() {
+        if (m_block) {
+            krFree(m_block);
+        }
+        m_block = nullptr;
+    }
+
+    int (*m_oldCache)(int*) = nullptr;
+    void* m_block = nullptr;
+    SizedObject m_object;
+    krStepIterator<int> m_size{"size", "the size"};
+    CapturedText m_console{ERR | WARN | PERF};
+};
+
+int seenSize = 0;
+int seenBound = 0;
+bool seenStepwise = false;
+
+bool noteAndRefuse(krParameter* /*parm*/, int size, int bound, bool stepwise) {
+    seenSize = size;
+    seenBound = bound;
+    seenStepwise = stepwise;
+    return false;
+}
+
+bool acceptAlways(krParameter* /*parm*/, int /*size*/, int /*bound*/, bool /*stepwise*/) {
+    return true;
+}
+
+} // namespace
+
+TEST_F(KrCacheIterator, WindowsOfBothStates) {
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    ASSERT_TRUE(iter.firstValue());
+    EXPECT_EQ(iter.value(), 0);
+    EXPECT_STREQ(iter.getComment().c_str(), "inCache");
+    EXPECT_EQ(iter.lowSize(), 100000);
+    EXPECT_EQ(iter.highSize(), 900000);
+    ASSERT_TRUE(iter.nextValue());
+    EXPECT_EQ(iter.value(), 1);
+    EXPECT_STREQ(iter.getComment().c_str(), "outofCache");
+    EXPECT_EQ(iter.lowSize(), 1050000);
+    EXPECT_EQ(iter.highSize(), 2147483647);
+    EXPECT_FALSE(iter.nextValue());
+}
+
+TEST_F(KrCacheIterator, EachStateStartsAtTheFirstSize) {
+    m_size.setList({100, 200});
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    iter.firstValue();
+    m_size.setValue(999);
+    EXPECT_TRUE(iter.nextValue());
+    EXPECT_EQ(m_size.value(), 100);
+    EXPECT_FALSE(iter.nextValue());
+}
+
+TEST_F(KrCacheIterator, SizeParameterWithoutValuesEndsTheWalk) {
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    EXPECT_FALSE(iter.firstValue());
+}
+
+TEST_F(KrCacheIterator, UserSeesTheSizeParameterAlone) {
+    m_size.set(40, 80, 20, '+');
+    m_size.firstValue();
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    EXPECT_STREQ(iter.valueString().c_str(), "40");
+    EXPECT_STREQ(iter.defaultString().c_str(), "40; 80; +20");
+    EXPECT_STREQ(iter.description().c_str(), "for (size = 40; size <= 80; size += 20)");
+    EXPECT_STREQ(iter.prompt().c_str(), "for size");
+    EXPECT_STREQ(iter.validString().c_str(), "");
+    EXPECT_STREQ(iter.name().c_str(), "cacheIterator");
+    EXPECT_EQ(iter.parm(), &m_size);
+    iter.toOStream(g_ostrm);
+    krIStream nobody;
+    iter.fromIStream(nobody);
+    EXPECT_EQ(m_console.text(), "size=40  for (size = 40; size <= 80; size += 20)\n");
+    krCStream table;
+    iter.toCStream(table);
+    krString cell;
+    table.getColm(0, cell);
+    EXPECT_STREQ(cell.c_str(), "40");
+}
+
+TEST_F(KrCacheIterator, FittingSizeIsSilent) {
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    iter.firstValue();
+    takeBlock(100000);
+    EXPECT_TRUE(iter.validateSize());
+    takeBlock(900000);
+    EXPECT_TRUE(iter.validateSize());
+    iter.nextValue();
+    takeBlock(1050000);
+    EXPECT_TRUE(iter.validateSize());
+    EXPECT_EQ(m_console.text(), "");
+}
+
+TEST_F(KrCacheIterator, MissedLimitsAreTold) {
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    iter.firstValue();
+    takeBlock(99999);
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_EQ(m_console.text(), "      inCache try: cacheParm=100 totalSize=99999 < 100000\n");
+    takeBlock(900001);
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_EQ(m_console.text(), "      inCache try: cacheParm=100 totalSize=99999 < 100000\n"
+                                "      inCache try: cacheParm=100 totalSize=900001 > 900000\n");
+}
+
+TEST_F(KrCacheIterator, FailedChecksComeLateAtTheErrorLevel) {
+    m_size.setList({100});
+    m_object.m_size = 5;
+    krCacheIteratorInt iter(m_size, &m_object, nullptr);
+    iter.firstValue();
+    takeBlock(500000);
+    g_ostrm.setOutLevel(ERR);
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_EQ(m_console.text(), "");
+    iter.outputInfo();
+    EXPECT_EQ(m_console.text(), "      inCache try: cacheParm=100 objectSize=5 < 100000\n");
+    g_ostrm.setOutLevel(ERR | WARN | PERF);
+    iter.outputInfo();
+    EXPECT_EQ(m_console.text(), "      inCache try: cacheParm=100 objectSize=5 < 100000\n");
+}
+
+TEST_F(KrCacheIterator, BothLimitsMissedDropTheFloorOnceAndThenGiveUp) {
+    m_size.setList({100});
+    m_object.m_size = 5000;
+    krCacheIteratorInt iter(m_size, &m_object, acceptAlways);
+    iter.firstValue();
+    takeBlock(950000);
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_EQ(iter.lowSize(), 10000);
+    EXPECT_TRUE(iter.repeatValue());
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_FALSE(iter.repeatValue());
+}
+
+TEST_F(KrCacheIterator, SwingingSearchLowersTheFloorAndChecksAgain) {
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
+    iter.firstValue();
+    takeBlock(2000000);
+    EXPECT_FALSE(iter.validateSize());
+    iter.repeatValue();
+    EXPECT_FALSE(iter.validateSize());
+    iter.repeatValue();
+    takeBlock(50000);
+    EXPECT_TRUE(iter.validateSize());
+    EXPECT_EQ(iter.lowSize(), 10000);
+}
+
+TEST_F(KrCacheIterator, SwingingSearchEndsWithTheFloorDown) {
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
+    iter.firstValue();
+    takeBlock(2000000);
+    EXPECT_FALSE(iter.validateSize());
+    iter.repeatValue();
+    iter.repeatValue();
+    takeBlock(5000);
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_FALSE(iter.repeatValue());
+}
+
+TEST_F(KrCacheIterator, NewStateHasItsFloorAndRetriesAnew) {
+    m_size.setList({100});
+    m_object.m_size = 5000;
+    krCacheIteratorInt iter(m_size, &m_object, acceptAlways);
+    iter.firstValue();
+    takeBlock(950000);
+    iter.validateSize();
+    EXPECT_EQ(iter.lowSize(), 10000);
+    iter.firstValue();
+    EXPECT_EQ(iter.lowSize(), 100000);
+}
+
+TEST_F(KrCacheIterator, RetriesEndAfterEleven) {
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
+    iter.firstValue();
+    for (int i = 0; i < 11; ++i) {
+        EXPECT_TRUE(iter.repeatValue()) << i;
+    }
+    EXPECT_FALSE(iter.repeatValue());
+}
+
+TEST_F(KrCacheIterator, SetFunctionGetsTheMissedLimit) {
+    m_size.setList({100});
+    m_object.m_size = 60000;
+    krCacheIteratorInt iter(m_size, &m_object, noteAndRefuse);
+    iter.firstValue();
+    takeBlock(70000);
+    iter.validateSize();
+    EXPECT_FALSE(iter.repeatValue());
+    EXPECT_EQ(seenSize, 60000);
+    EXPECT_EQ(seenBound, 100000);
+    EXPECT_FALSE(seenStepwise);
+    takeBlock(980000);
+    iter.validateSize();
+    EXPECT_FALSE(iter.repeatValue());
+    EXPECT_EQ(seenSize, 980000);
+    EXPECT_EQ(seenBound, 900000);
+    EXPECT_TRUE(seenStepwise);
+}
+
+TEST_F(KrCacheIterator, FirstRetryEstimatesTheNextOnesStep) {
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    iter.firstValue();
+    iter.nextValue();
+    takeBlock(100000);
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_TRUE(iter.repeatValue());
+    EXPECT_EQ(m_size.value(), 800);
+    takeBlock(800000);
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_TRUE(iter.repeatValue());
+    EXPECT_EQ(m_size.value(), 1600);
+    takeBlock(1600000);
+    EXPECT_TRUE(iter.validateSize());
+}
+
+TEST_F(KrCacheIterator, SizeThatHalvesToZeroEndsTheRetries) {
+    m_size.setList({2});
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    iter.firstValue();
+    takeBlock(3800000);
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_FALSE(iter.repeatValue());
+    EXPECT_EQ(m_size.value(), 2);
+}
+
+TEST_F(KrCacheIterator, UnknownCacheLetsNoDataFitInside) {
+    setCache(1000000, -1);
+    m_size.setList({64});
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    iter.firstValue();
+    EXPECT_EQ(iter.cacheSize(), 0);
+    EXPECT_EQ(iter.highSize(), 0);
+    takeBlock(1000);
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_FALSE(iter.repeatValue());
+}
+
+TEST(KrCacheIteratorInt, EstimateCountsNetDoublings) {
+    int value = 10;
+    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 1000, 5000, false));
+    EXPECT_EQ(value, 40);
+    value = 160;
+    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 10000, 900, false));
+    EXPECT_EQ(value, 10);
+    value = 8;
+    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 4096, 4096, false));
+    EXPECT_EQ(value, 4);
+}
+
+TEST(KrCacheIteratorInt, StepDoublesBelowTheBoundAndHalvesOtherwise) {
+    int value = 5;
+    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 99, 100, true));
+    EXPECT_EQ(value, 10);
+    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 100, 100, true));
+    EXPECT_EQ(value, 5);
+    value = 1;
+    EXPECT_FALSE(krCacheIteratorInt::updateValue(value, 100, 100, true));
+    EXPECT_EQ(value, 0);
+}
+
+TEST(KrCacheIteratorInt, EstimateEndsWithoutDataAndWithoutBound) {
+    int value = 7;
+    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 0, 1000, false));
+    EXPECT_EQ(value, 7);
+    EXPECT_FALSE(krCacheIteratorInt::updateValue(value, 1000, 0, false));
+    value = 2000000000;
+    EXPECT_FALSE(krCacheIteratorInt::updateValue(value, 1, 2147483647, false));
+}
+
+TEST(KrCacheIteratorBase, ParameterOfUnknownTypeHasNoNewValue) {
+    krDefault<int> parm(3, "x", "");
+    krCacheIterator iter(parm, nullptr, nullptr);
+    EXPECT_FALSE(iter.setNewValueToParm(1, 2, true));
+}

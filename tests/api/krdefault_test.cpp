@@ -1,0 +1,300 @@
+// Parameters: values in text, the asking, the table cells, and faults while a parameter is read.
+#include "captured_text.h"
+#include "krdefault.h"
+#include "krdefault.inc"
+#include "krexcept.h"
+#include "krstream.h"
+
+#include <gtest/gtest.h>
+
+#include <csetjmp>
+#include <csignal>
+#include <cstring>
+
+namespace {
+
+std::string infoOf(krParameter& parm, const char* text) {
+    try {
+        parm.translate(text);
+    } catch (const krException& fault) {
+        return fault.info();
+    }
+    return "no exception";
+}
+
+std::string cellOf(krCStream& table, int index) {
+    krString text;
+    table.getColm(index, text);
+    return text.c_str();
+}
+
+// A console that holds the answers.
+i_stream* answers(const char* text) {
+    FILE* const file = std::tmpfile();
+    std::fputs(text, file);
+    std::rewind(file);
+    return new i_stream(file);
+}
+
+class FaultyParameter : public krDefault<int> {
+public:
+    using krDefault<int>::krDefault;
+    void translate(const krString& /*text*/) override { std::raise(SIGFPE); }
+};
+
+class ColumnParameter : public krDefault<int> {
+public:
+    using krDefault<int>::krDefault;
+    int colmIndex() const override { return 4; }
+};
+
+} // namespace
+
+TEST(KrParameter, PromptIsTheNameUnlessGiven) {
+    EXPECT_STREQ(krDefault<int>(1, "name", "").prompt().c_str(), "name");
+    EXPECT_STREQ(krDefault<int>(1, "name", "the question").prompt().c_str(), "the question");
+}
+
+TEST(KrParameter, PlainParameterHasOneValue) {
+    krDefault<int> parm(5, "x", "");
+    EXPECT_TRUE(parm.firstValue());
+    EXPECT_FALSE(parm.nextValue());
+    EXPECT_TRUE(parm.firstValue());
+    EXPECT_EQ(parm.value(), 5);
+}
+
+TEST(KrParameter, ResetZeroesTheValue) {
+    krDefault<int> parm(5, "x", "");
+    parm.firstValue();
+    parm.reset();
+    EXPECT_EQ(parm.value(), 0);
+    EXPECT_FALSE(parm.hasValue());
+}
+
+TEST(KrParameter, DescriptionIsNameAndDefault) {
+    EXPECT_STREQ(krDefault<int>(5, "x", "q").description().c_str(), "x = 5");
+}
+
+TEST(KrParameter, TextWithoutNumberInFrontRaises) {
+    krDefault<int> parm(5, "x", "");
+    EXPECT_EQ(infoOf(parm, "abc"), "Invalid value of x = abc");
+    EXPECT_EQ(parm.value(), 5);
+}
+
+TEST(KrParameter, TextWithNumberInFrontIsTheNumber) {
+    krDefault<int> parm(5, "x", "");
+    EXPECT_EQ(infoOf(parm, "12abc"), "no exception");
+    EXPECT_EQ(parm.value(), 12);
+}
+
+TEST(KrParameter, ToOStreamIsSilentWithoutAName) {
+    CapturedText console;
+    krDefault<int>(5, "x", "").toOStream(g_ostrm);
+    krDefault<int>(6, "", "").toOStream(g_ostrm);
+    EXPECT_EQ(console.text(), "x=5 ");
+}
+
+TEST(KrParameter, CellIsNextColumnOrTheFixedOne) {
+    krCStream table;
+    krDefault<int>(5, "x", "").toCStream(table);
+    ColumnParameter(6, "y", "").toCStream(table);
+    EXPECT_EQ(table.colmCount(), 1);
+    EXPECT_EQ(cellOf(table, 0), "5");
+    EXPECT_EQ(cellOf(table, 4), "6");
+    table.tableFlush();
+    krDefault<int>(5, "x", "").nameToCStream(table);
+    ColumnParameter(6, "y", "").nameToCStream(table);
+    EXPECT_EQ(cellOf(table, 0), "x");
+    EXPECT_EQ(cellOf(table, 4), "y");
+}
+
+TEST(KrParameter, EmptyNameLeavesAnEmptyColumnAndOneValue) {
+    krCStream table;
+    krDefault<int> parm(5, "", "");
+    parm.toCStream(table);
+    EXPECT_EQ(table.colmCount(), 1);
+    EXPECT_EQ(cellOf(table, 0), "");
+    EXPECT_TRUE(parm.firstValue());
+    EXPECT_FALSE(parm.nextValue());
+}
+
+TEST(KrParameter, ColumnFlagPutsTheCellInQuotes) {
+    krCStream table;
+    krDefault<int> parm(5, "x", "");
+    parm.setColumnFlags(1);
+    parm.toCStream(table);
+    EXPECT_EQ(cellOf(table, 0), " \"5\"");
+}
+
+TEST(KrParameter, DeprecatedValueShowsItsOldText) {
+    krCStream table;
+    krDefault<int> parm(5, "x", "");
+    EXPECT_FALSE(parm.isDeprecatedParm());
+    EXPECT_FALSE(parm.setDeprecatedFlag(true));
+    parm.addDeprecated(4, "four");
+    parm.addDeprecated(5, "five");
+    EXPECT_TRUE(parm.isDeprecatedParm());
+    EXPECT_TRUE(parm.setDeprecatedFlag(true));
+    EXPECT_TRUE(parm.isDeprecatedValue());
+    parm.toCStream(table);
+    EXPECT_EQ(cellOf(table, 0), "five");
+    EXPECT_FALSE(parm.setDeprecatedFlag(false));
+    parm.toCStream(table);
+    EXPECT_EQ(cellOf(table, 1), "5");
+    parm.setValue(6);
+    EXPECT_FALSE(parm.setDeprecatedFlag(true));
+}
+
+TEST(KrMapDefault, AnyBeginningOfAWordInAnyCaseFirstWins) {
+    krMapDefault<int> parm(0, "Method", "");
+    parm[0] = "Auto";
+    parm[3] = "Automatic";
+    parm[1] = "Manual";
+    parm.translate("MAN");
+    EXPECT_EQ(parm.value(), 1);
+    parm.translate("auto");
+    EXPECT_EQ(parm.value(), 0);
+    parm.translate("autom");
+    EXPECT_EQ(parm.value(), 3);
+    EXPECT_EQ(infoOf(parm, "uto"), "Invalid value of Method = uto");
+    EXPECT_EQ(parm.value(), 3);
+}
+
+TEST(KrMapDefault, WordsStandInThePrompt) {
+    krMapDefault<bool> parm(true, "AlignVectorsBy", "");
+    parm[true] = "byte";
+    parm[false] = "element";
+    EXPECT_STREQ(parm.validString().c_str(), "byte|element");
+    EXPECT_STREQ(parm.prompt().c_str(), "AlignVectorsBy {byte|element}");
+    EXPECT_STREQ(parm.valueString().c_str(), "byte");
+    parm.translate("e");
+    EXPECT_FALSE(parm.value());
+}
+
+TEST(KrMapDefault, ValueWithoutAWordIsBlank) {
+    krMapDefault<int> parm(9, "m", "");
+    parm[1] = "one";
+    EXPECT_STREQ(parm.valueString().c_str(), "");
+}
+
+TEST(KrMapDefault, WordCanBeAssignedAnew) {
+    krMapDefault<int> parm(1, "m", "");
+    parm[1] = "one";
+    parm[1] = "uno";
+    EXPECT_STREQ(parm.validString().c_str(), "uno");
+}
+
+TEST(DefaultAlign, KeepsTheRemainderBy64) {
+    DefaultAlign parm(0, "VectorAlign", "");
+    parm.translate("70");
+    EXPECT_EQ(parm.value(), 6);
+    parm.translate("-70");
+    EXPECT_EQ(parm.value(), -6);
+    EXPECT_EQ(infoOf(parm, "x"), "Invalid value of VectorAlign = x");
+}
+
+TEST(DefaultShift, ClearsTheLowSixBits) {
+    DefaultShift parm(0, "MutualVectorShift", "");
+    parm.translate("700");
+    EXPECT_EQ(parm.value(), 640);
+    parm.translate("63");
+    EXPECT_EQ(parm.value(), 0);
+    EXPECT_EQ(infoOf(parm, "x"), "Invalid value of MutualVectorShift = x");
+}
+
+TEST(KrFromIStream, DefaultIsTakenWithoutAConsole) {
+    CapturedText console;
+    krIStream stream;
+    krDefault<int> parm(5, "x", "");
+    parm.fromIStream(stream);
+    EXPECT_EQ(parm.value(), 5);
+    EXPECT_EQ(console.text(), " x = 5\n");
+}
+
+TEST(KrFromIStream, SilentParameterIsNotAsked) {
+    CapturedText console;
+    krIStream stream;
+    stream.setIStream(answers("7\n"));
+    krDefault<int> parm(5, "", "");
+    parm.fromIStream(stream);
+    EXPECT_EQ(parm.value(), 5);
+    EXPECT_EQ(console.text(), "");
+    stream.deleteIStream();
+}
+
+TEST(KrFromIStream, DisabledParameterIsToldButNotAsked) {
+    CapturedText console;
+    krIStream stream;
+    stream.setIStream(answers("7\n"));
+    krDefault<int> parm(5, "x", "");
+    parm.setEnabled(false);
+    parm.fromIStream(stream);
+    EXPECT_EQ(parm.value(), 5);
+    EXPECT_EQ(console.text(), " x = 5\n");
+    stream.deleteIStream();
+}
+
+TEST(KrFromIStream, DialogueShowsAtTheErrorLevelAndTheLevelComesBack) {
+    CapturedText console(ERR);
+    krIStream stream;
+    stream.setIStream(answers("7\n"));
+    krDefault<int> parm(5, "x", "");
+    testing::internal::CaptureStdout();
+    parm.fromIStream(stream);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n x [5] = ");
+    EXPECT_EQ(parm.value(), 7);
+    EXPECT_EQ(console.text(), " x = 7\n");
+    EXPECT_EQ(g_ostrm.outLevel(), ERR);
+    stream.deleteIStream();
+}
+
+TEST(KrFromIStream, BadAnswerIsToldAndTheValueStays) {
+    CapturedText console;
+    krIStream stream;
+    stream.setIStream(answers("abc\n9\n"));
+    krDefault<int> parm(5, "x", "");
+    testing::internal::CaptureStdout();
+    parm.fromIStream(stream);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n x [5] = ");
+    EXPECT_EQ(parm.value(), 5);
+    EXPECT_EQ(console.text(), "-Invalid value of x = abc\n x = 5\n");
+    stream.deleteIStream();
+}
+
+TEST(KrFromIStream, FaultsAreToldAsOftenAsTheyCome) {
+    CapturedText console;
+    krIStream stream;
+    FaultyParameter parm(5, "x", "");
+    parm.fromIStream(stream);
+    parm.fromIStream(stream);
+    const std::string once = "---VEK. Signal: FP error, such as overflow, division by zero, invalid operation.\n x = 5\n";
+    EXPECT_EQ(console.text(), once + once);
+}
+
+TEST(KrFromIStream, MarkOfTheTestOutlivesTheReading) {
+    CapturedText console;
+    krIStream stream;
+    krDefault<int> good(5, "good", "");
+    krDefault<int> bad(5, "bad", "");
+    FaultyParameter faulty(5, "faulty", "");
+    stream.setIStream(answers("\nabc\n\n"));
+    testing::internal::CaptureStdout();
+    volatile int jumps = 0;
+    if (setjmp(tsSignal::m_jmpbuf) == 0) {
+        jmp_buf mark;
+        std::memcpy(&mark, &tsSignal::m_jmpbuf, sizeof mark);
+        for (krParameter* parm : {static_cast<krParameter*>(&good), static_cast<krParameter*>(&bad),
+                                  static_cast<krParameter*>(&faulty)}) {
+            parm->fromIStream(stream);
+            EXPECT_EQ(std::memcmp(&mark, &tsSignal::m_jmpbuf, sizeof mark), 0);
+        }
+        std::raise(SIGSEGV);
+    } else {
+        tsSignal::contain();
+        jumps = jumps + 1;
+    }
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(jumps, 1);
+    EXPECT_EQ(tsSignal::code(), SIGSEGV);
+    stream.deleteIStream();
+}

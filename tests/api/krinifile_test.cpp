@@ -1,0 +1,209 @@
+// The ini-file: its grammar, its memory form and its rewriting.
+#include "krinifile.h"
+#include "streamcapture.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class KrIniFile : public ::testing::Test {
+protected:
+    void open(const std::string& text, bool write = false) {
+        m_dir.write("p.ini", text);
+        ASSERT_TRUE(m_ini.open(path(), write));
+    }
+    krString path() const { return m_dir.path("p.ini").c_str(); }
+    std::string read(const char* section, const char* key) const {
+        return m_ini.read(section, key, "<default>").c_str();
+    }
+    std::string rewritten() {
+        m_ini.close();
+        return m_dir.read("p.ini");
+    }
+    TestDir m_dir;
+    krIniFile m_ini;
+};
+
+TEST_F(KrIniFile, EmptyFileHasNoSections) {
+    open("", true);
+    EXPECT_FALSE(m_ini.sectionExist(""));
+    m_ini.write("Kelvar Rig", "Method", "Auto", "Auto|Manual");
+    EXPECT_EQ(rewritten(), "\n[Kelvar Rig]\nMethod=Auto\t// Auto|Manual\n");
+}
+
+TEST_F(KrIniFile, EmptyValueIsAnEmptyText) {
+    open("[s]\nkey=\n");
+    EXPECT_EQ(read("s", "key"), "");
+    EXPECT_TRUE(m_ini.valueExist("s", "key"));
+}
+
+TEST_F(KrIniFile, BareKeyIsMarkedAndWrittenBackBare) {
+    open("[s]\nkey\n", true);
+    EXPECT_EQ(read("s", "key"), "~~~");
+    EXPECT_EQ(rewritten(), "\n[s]\nkey\n");
+}
+
+TEST_F(KrIniFile, CommentEndsALineAnywhere) {
+    open("[s]\na//b=c\nd=e // f\n// g=h\ni=http://x\n");
+    EXPECT_EQ(read("s", "a"), "~~~");
+    EXPECT_EQ(read("s", "d"), "e");
+    EXPECT_EQ(read("s", "g"), "<default>");
+    EXPECT_EQ(read("s", "i"), "http:");
+}
+
+TEST_F(KrIniFile, SectionNameIsTrimmed) {
+    open("[ sec ]\na=1\n[sec]\nb=2\n");
+    EXPECT_EQ(read("sec", "a"), "1");
+    EXPECT_EQ(read("sec", "b"), "2");
+}
+
+TEST_F(KrIniFile, BracketsInAValueMakeASectionHead) {
+    open("[s]\nx=[y]\nz=1\n");
+    EXPECT_TRUE(m_ini.sectionExist("y"));
+    EXPECT_EQ(read("s", "x"), "<default>");
+    EXPECT_EQ(read("y", "z"), "1");
+}
+
+TEST_F(KrIniFile, ClosingBracketBeforeTheOpeningOneIsNoHead) {
+    open("[s]\n]a[=1\nb[=2\n");
+    EXPECT_EQ(read("s", "]a["), "1");
+    EXPECT_EQ(read("s", "b["), "2");
+}
+
+TEST_F(KrIniFile, RepeatedSectionIsMergedAtItsFirstPlace) {
+    open("[s]\na=1\n[t]\nc=3\n[s]\nb=2\na=4\n", true);
+    EXPECT_EQ(rewritten(), "\n[s]\na=4\nb=2\n\n[t]\nc=3\n");
+}
+
+TEST_F(KrIniFile, CarriageReturnStaysInValuesAndBareKeysOnly) {
+    open("[s]\r\na=1\r\nkey\r\n");
+    EXPECT_TRUE(m_ini.sectionExist("s"));
+    EXPECT_EQ(read("s", "a"), "1\r");
+    EXPECT_TRUE(m_ini.valueExist("s", "key\r"));
+    EXPECT_FALSE(m_ini.valueExist("s", "key"));
+}
+
+TEST_F(KrIniFile, KeyBeforeTheFirstSectionIsLost) {
+    open("a=1\n[s]\nb=2\n", true);
+    EXPECT_FALSE(m_ini.sectionExist(""));
+    EXPECT_EQ(rewritten(), "\n[s]\nb=2\n");
+}
+
+TEST_F(KrIniFile, KeysOfASectionWithoutANameAreKept) {
+    open("[]\na=1\n");
+    EXPECT_EQ(read("", "a"), "1");
+}
+
+TEST_F(KrIniFile, KeyAndValueAreTrimmedAndSplitAtTheFirstEqualsSign) {
+    open("[s]\n \tkey one \t=  \"a = b\"  \n=lost\n");
+    EXPECT_EQ(read("s", "key one"), "\"a = b\"");
+    EXPECT_EQ(read("s", "  key one "), "\"a = b\"");
+    EXPECT_EQ(read("s", ""), "<default>");
+}
+
+TEST_F(KrIniFile, LookUpsAreCaseSensitive) {
+    open("[s]\na=1\n");
+    EXPECT_EQ(read("S", "a"), "<default>");
+    EXPECT_EQ(read("s", "A"), "<default>");
+}
+
+TEST_F(KrIniFile, LastLineNeedsNoNewline) {
+    open("[s]\na=1");
+    EXPECT_EQ(read("s", "a"), "1");
+}
+
+TEST_F(KrIniFile, WriteReplacesTheValueAndKeepsTheComment) {
+    open("", true);
+    m_ini.write("s", " a ", "1", "first");
+    m_ini.write("s", "a", "2", "second");
+    m_ini.write("s", "bare");
+    m_ini.write("empty");
+    m_ini.write("s", "  ", "x", "y");
+    EXPECT_EQ(rewritten(), "\n[s]\na=2\t// first\nbare\n\n[empty]\n");
+}
+
+TEST_F(KrIniFile, CommentsInTheFileAreGoneAfterARewrite) {
+    open("// head\n[s]\na=1\t// old\n", true);
+    m_ini.write("s", "a", "1", "new");
+    EXPECT_EQ(rewritten(), "\n[s]\na=1\n");
+}
+
+TEST_F(KrIniFile, ErasedSectionsAndKeysAreGone) {
+    open("[s]\na=1\nb=2\n[t]\nc=3\n", true);
+    m_ini.eraseSection("t");
+    m_ini.eraseSection("unknown");
+    m_ini.deleteKey("s", "a");
+    m_ini.deleteKey("s", "unknown");
+    m_ini.deleteKey("unknown", "a");
+    EXPECT_EQ(m_ini.getSectionValues("t"), nullptr);
+    ASSERT_NE(m_ini.getSectionValues("s"), nullptr);
+    EXPECT_EQ(m_ini.getSectionValues("s")->size(), 1);
+    EXPECT_EQ(rewritten(), "\n[s]\nb=2\n");
+}
+
+TEST_F(KrIniFile, FileOpenedForReadingIsNeverTouched) {
+    open("[s] // by hand\na=1\n");
+    m_ini.write("s", "a", "2", "");
+    m_ini.updateFile();
+    EXPECT_EQ(rewritten(), "[s] // by hand\na=1\n");
+}
+
+TEST_F(KrIniFile, SecondCloseKeepsTheFile) {
+    {
+        krIniFile ini;
+        m_dir.write("p.ini", "[s]\na=1\n");
+        ASSERT_TRUE(ini.open(path(), true));
+        ini.close();
+        EXPECT_FALSE(ini.sectionExist("s"));
+    }
+    EXPECT_EQ(m_dir.read("p.ini"), "\n[s]\na=1\n");
+}
+
+TEST_F(KrIniFile, MissingFileIsReportedForReading) {
+    ConsoleCapture console;
+    EXPECT_FALSE(m_ini.open(path(), false));
+    EXPECT_EQ(console.text().find("-- Can't open file " + m_dir.path("p.ini") + " to read: "), 0U);
+}
+
+TEST_F(KrIniFile, MissingFileIsCreatedForWritingWithoutAWord) {
+    ConsoleCapture console;
+    EXPECT_TRUE(m_ini.open(path(), true));
+    EXPECT_EQ(console.text(), "");
+    EXPECT_TRUE(std::filesystem::exists(m_dir.path("p.ini")));
+}
+
+TEST_F(KrIniFile, FileThatCannotBeCreatedIsReported) {
+    ConsoleCapture console;
+    const std::string bad = m_dir.path("no/p.ini");
+    EXPECT_FALSE(m_ini.open(bad.c_str(), true));
+    EXPECT_EQ(console.text().find("-- Can't open file " + bad + " to write: "), 0U);
+    const std::string once = console.text();
+    m_ini.close();
+    EXPECT_EQ(console.text(), once);
+}
+
+TEST_F(KrIniFile, LineOfManyThousandCharactersIsOneValue) {
+    const std::string value(5000, 'v');
+    open("[s]\na=" + value + "\n");
+    EXPECT_EQ(read("s", "a"), value);
+}
+
+TEST(KrIniLine, SectionHeadNeedsBothBrackets) {
+    krString name;
+    EXPECT_TRUE(krIniFile::getSection("text [ a b ] more [c]", name));
+    EXPECT_STREQ(name.c_str(), "a b");
+    EXPECT_FALSE(krIniFile::getSection("[a", name));
+    EXPECT_FALSE(krIniFile::getSection("a]", name));
+}
+
+TEST(KrIniLine, ValueIsSplitAtTheFirstEqualsSign) {
+    krString key;
+    krString value;
+    EXPECT_TRUE(krIniFile::getValue("a = b = c", key, value));
+    EXPECT_STREQ(key.c_str(), "a");
+    EXPECT_STREQ(value.c_str(), "b = c");
+    EXPECT_TRUE(krIniFile::getValue("bare", key, value));
+    EXPECT_STREQ(value.c_str(), "~~~");
+}
+
+} // namespace

@@ -1,0 +1,183 @@
+// Answers: the order of sources, the console's question, the way back into the ini-file.
+#include "streamcapture.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class KrIStream : public ::testing::Test {
+protected:
+    std::string value(const char* item, const char* defaultValue = "dflt", const char* prompt = "",
+                      const char* comment = "") {
+        return m_answers.getItemValue(item, defaultValue, prompt, comment).c_str();
+    }
+    void openIni(const std::string& text, bool write = false) {
+        m_dir.write("p.ini", text);
+        ASSERT_TRUE(m_answers.setIniFile(m_dir.path("p.ini").c_str(), write));
+    }
+    TestDir m_dir;
+    krIStream m_answers;
+};
+
+TEST_F(KrIStream, SourceIsUnknownBeforeTheFirstQuestion) {
+    EXPECT_EQ(m_answers.source(), 4);
+    EXPECT_FALSE(m_answers.interactive());
+    EXPECT_FALSE(m_answers.iniWrite());
+    EXPECT_EQ(m_answers.iniFile(), nullptr);
+}
+
+TEST_F(KrIStream, DefaultStandsWithoutAnySource) {
+    EXPECT_EQ(value("Len", "256"), "256");
+    EXPECT_EQ(m_answers.source(), 0);
+}
+
+TEST_F(KrIStream, EmptyIniValueGivesTheDefault) {
+    openIni("[Kelvar Rig]\nLen=\n");
+    EXPECT_EQ(value("Len", "256"), "256");
+    EXPECT_EQ(m_answers.source(), 0);
+}
+
+TEST_F(KrIStream, IniFileBeatsTheConsole) {
+    TypedAnswers typed("typed\n");
+    m_answers.setIStream(&c_in);
+    openIni("[Kelvar Rig]\nLen=512\n");
+    EXPECT_EQ(value("Len"), "512");
+    EXPECT_EQ(m_answers.source(), 2);
+    EXPECT_EQ(typed.prompts(), "");
+    m_answers.setIStream(nullptr);
+}
+
+TEST_F(KrIStream, ForcedValueBeatsTheIniFile) {
+    openIni("[Kelvar Rig]\nLen=512\n");
+    m_answers.dataList().set("Len=64");
+    EXPECT_EQ(value("Len"), "64");
+    EXPECT_EQ(m_answers.source(), 3);
+}
+
+TEST_F(KrIStream, ForcedEmptyValueIsAValue) {
+    m_answers.dataList().set("Len", "");
+    EXPECT_EQ(value("Len", "256"), "");
+    EXPECT_EQ(m_answers.source(), 3);
+}
+
+TEST_F(KrIStream, ConsoleIsAskedWithPromptAndDefault) {
+    TypedAnswers typed("manual\n");
+    m_answers.setIStream(&c_in);
+    EXPECT_TRUE(m_answers.interactive());
+    EXPECT_EQ(value("Method", "Auto", "Method {Auto|Manual}"), "manual");
+    EXPECT_EQ(m_answers.source(), 1);
+    EXPECT_EQ(typed.prompts(), "\n Method {Auto|Manual} [Auto] = ");
+    m_answers.setIStream(nullptr);
+}
+
+TEST_F(KrIStream, ItemIsThePromptWhereNoneIsGiven) {
+    TypedAnswers typed("7\n");
+    m_answers.setIStream(&c_in);
+    EXPECT_EQ(value("NumLoops", "10"), "7");
+    EXPECT_EQ(typed.prompts(), "\n NumLoops [10] = ");
+    m_answers.setIStream(nullptr);
+}
+
+TEST_F(KrIStream, EmptyAnswerIsTheDefaultAndItsSourceTheDefault) {
+    TypedAnswers typed("\n");
+    m_answers.setIStream(&c_in);
+    EXPECT_EQ(value("NumLoops", "10"), "10");
+    EXPECT_EQ(m_answers.source(), 0);
+    m_answers.setIStream(nullptr);
+}
+
+TEST_F(KrIStream, EndOfInputGivesDefaultsFromThereOn) {
+    TypedAnswers typed("1\n");
+    m_answers.setIStream(&c_in);
+    EXPECT_EQ(value("a", "A"), "1");
+    EXPECT_EQ(value("b", "B"), "B");
+    EXPECT_EQ(value("c", "C"), "C");
+    EXPECT_EQ(m_answers.source(), 0);
+    m_answers.setIStream(nullptr);
+}
+
+TEST_F(KrIStream, EveryLookUpIsWrittenBackWhateverItsSource) {
+    openIni("[Kelvar Rig]\nLen=512\n", true);
+    EXPECT_TRUE(m_answers.iniWrite());
+    m_answers.dataList().set("Order=10");
+    EXPECT_EQ(value("Len", "256", "", "1..512"), "512");
+    EXPECT_EQ(value("Order", "8", "", "8|10"), "10");
+    EXPECT_EQ(value("Mode", "fast", "", "fast|slow"), "fast");
+    m_answers.deleteIniFile();
+    EXPECT_EQ(m_dir.read("p.ini"), "\n[Kelvar Rig]\nLen=512\nOrder=10\t// 8|10\nMode=fast\t// fast|slow\n");
+}
+
+TEST_F(KrIStream, ForcedValueReplacesTheOneInAWrittenFile) {
+    openIni("[Kelvar Rig]\nLen=512\n", true);
+    m_answers.dataList().set("Len=64");
+    EXPECT_EQ(value("Len"), "64");
+    m_answers.deleteIniFile();
+    EXPECT_EQ(m_dir.read("p.ini"), "\n[Kelvar Rig]\nLen=64\n");
+}
+
+TEST_F(KrIStream, ReadOnlyFileIsNotTouched) {
+    openIni("[Kelvar Rig]\n// by hand\nLen=512\n");
+    EXPECT_EQ(value("Other", "x"), "x");
+    m_answers.deleteIniFile();
+    EXPECT_EQ(m_dir.read("p.ini"), "[Kelvar Rig]\n// by hand\nLen=512\n");
+}
+
+TEST_F(KrIStream, SectionChangesAndTheFormerOneComesBack) {
+    openIni("[Kelvar Rig]\nLen=1\n[veksFoo]\nLen=2\n");
+    const krString former = m_answers.setIniSection("veksFoo");
+    EXPECT_STREQ(former.c_str(), "Kelvar Rig");
+    EXPECT_EQ(value("Len"), "2");
+    EXPECT_STREQ(m_answers.setIniSection(former).c_str(), "veksFoo");
+    EXPECT_EQ(value("Len"), "1");
+}
+
+TEST_F(KrIStream, MissingFileStaysInPlaceWithoutSections) {
+    ConsoleCapture console;
+    EXPECT_FALSE(m_answers.setIniFile(m_dir.path("none.ini").c_str(), false));
+    ASSERT_NE(m_answers.iniFile(), nullptr);
+    EXPECT_FALSE(m_answers.iniFile()->sectionExist("Kelvar Rig"));
+    EXPECT_EQ(value("Len", "256"), "256");
+}
+
+TEST_F(KrIStream, EndOfTheStreamObjectWritesTheFile) {
+    {
+        krIStream answers;
+        ASSERT_TRUE(answers.setIniFile(m_dir.path("new.ini").c_str(), true));
+        answers.getItemValue("Len", "256", "", "");
+        EXPECT_EQ(m_dir.read("new.ini"), "");
+    }
+    EXPECT_EQ(m_dir.read("new.ini"), "\n[Kelvar Rig]\nLen=256\n");
+}
+
+TEST_F(KrIStream, OwnStreamIsReadAndReleased) {
+    m_dir.write("answers.txt", "one\n");
+    TypedAnswers typed("");
+    m_answers.setIStream(new i_stream(m_dir.path("answers.txt").c_str(), ioRead | ioRawName, true));
+    EXPECT_EQ(value("a"), "one");
+    m_answers.setIStream(nullptr);
+    EXPECT_FALSE(m_answers.interactive());
+}
+
+TEST(KrGetline, LineOfAThousandCharactersComesInOneCall) {
+    const TestDir dir;
+    const std::string longLine(1000, 'x');
+    dir.write("long.txt", longLine + "\n\nlast\r");
+    i_stream stream(dir.path("long.txt").c_str(), ioRead | ioRawName, true);
+    krString line;
+    EXPECT_TRUE(stream.getline(line));
+    EXPECT_EQ(line.c_str(), longLine);
+    EXPECT_TRUE(stream.getline(line));
+    EXPECT_STREQ(line.c_str(), "");
+    EXPECT_TRUE(stream.getline(line));
+    EXPECT_STREQ(line.c_str(), "last\r");
+    EXPECT_FALSE(stream.getline(line));
+}
+
+TEST(KrGetline, NullFileHasNoLine) {
+    i_stream stream(nullptr);
+    krString line = "old";
+    EXPECT_FALSE(stream.getline(line));
+    EXPECT_STREQ(line.c_str(), "");
+}
+
+} // namespace

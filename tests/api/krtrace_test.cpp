@@ -1,0 +1,89 @@
+// The call trace: its lines, its stack, and how it mends itself.
+#include "streamcapture.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(KrTrace, LinesAreIndentedByTheDepth) {
+    ConsoleCapture console(63);
+    krTrace trace;
+    trace.traceIn("run");
+    trace.traceIn("loop");
+    trace.traceOut("loop");
+    trace.traceOut("run");
+    const std::string expected = "****** trace into   run\n"
+                                 "******* trace into   loop\n"
+                                 "******* trace out of loop\n"
+                                 "****** trace out of run\n";
+    EXPECT_EQ(console.text(), expected);
+    EXPECT_EQ(trace.m_log.c_str(), expected);
+}
+
+TEST(KrTrace, OutRestoresTheIndentation) {
+    krTrace trace;
+    trace.traceIn("run");
+    const krString before = trace.m_indent;
+    trace.traceIn("loop");
+    trace.traceOut("loop");
+    EXPECT_TRUE(trace.m_indent == before);
+    EXPECT_STREQ(trace.getCurName().c_str(), "run");
+}
+
+TEST(KrTrace, NothingShowsBelowTheTraceLevel) {
+    ConsoleCapture console(7);
+    krTrace trace;
+    trace.traceIn("run");
+    trace.traceOut("run");
+    EXPECT_EQ(console.text(), "");
+    EXPECT_STREQ(trace.m_log.c_str(), "****** trace into   run\n****** trace out of run\n");
+}
+
+TEST(KrTrace, MessageLevelComesBack) {
+    krTrace trace;
+    const MessageLevel level = g_ostrm.msgLevel();
+    trace.traceIn("run");
+    EXPECT_EQ(g_ostrm.msgLevel(), level);
+    trace.traceOut("run");
+    EXPECT_EQ(g_ostrm.msgLevel(), level);
+}
+
+TEST(KrTrace, OuterFunctionMendsWhatAnExceptionLeft) {
+    krTrace trace;
+    trace.traceIn("main");
+    trace.traceIn("run");
+    trace.traceIn("loop");
+    trace.traceIn("init");
+    trace.traceOut("run");
+    EXPECT_STREQ(trace.m_indent.c_str(), "*");
+    EXPECT_STREQ(trace.getCurName().c_str(), "main");
+    EXPECT_EQ(trace.size(), 1);
+}
+
+TEST(KrTrace, UnknownNameCutsTheIndentationButNotTheStack) {
+    krTrace trace;
+    trace.traceIn("a");
+    trace.traceIn("b");
+    trace.traceOut("nobody");
+    EXPECT_EQ(trace.size(), 2);
+    EXPECT_STREQ(trace.m_indent.c_str(), "");
+    EXPECT_STREQ(trace.getCurName().c_str(), "b");
+}
+
+TEST(KrTrace, BlankedIndentationIsNoHarm) {
+    krTrace trace;
+    trace.traceIn("a");
+    trace.traceIn("b");
+    trace.m_indent = "";
+    trace.traceOut("b");
+    trace.traceOut("a");
+    EXPECT_TRUE(trace.empty());
+    EXPECT_STREQ(trace.m_indent.c_str(), "");
+}
+
+TEST(KrTrace, EmptyStackHasNoName) {
+    const krTrace trace;
+    EXPECT_STREQ(trace.getCurName().c_str(), "");
+}
+
+} // namespace

@@ -1,0 +1,95 @@
+// Textbook versions of the filters, with saturation written out in 64 bits, and a walk over the instruction levels.
+// Used by the tests of the filter room; shares no code with the library.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "vekcore.h"
+
+namespace lpref {
+
+inline int64_t clip(int64_t v, int bits) {
+    const int64_t top = (int64_t{1} << (bits - 1)) - 1;
+    return std::min(std::max(v, -top - 1), top);
+}
+
+// Doubled product, then a sum in which each step saturates.
+inline int64_t step(int64_t s, int a, int b, int sign) {
+    return clip(s + sign * clip(int64_t{2} * a * b, 32), 32);
+}
+
+inline int16_t upperRounded(int64_t s, int shift) {
+    return static_cast<int16_t>(clip(clip(s << shift, 32) + 0x8000, 32) >> 16);
+}
+
+// history: order samples before the first one stand at the head of x.
+inline std::vector<int16_t> residual(const std::vector<int16_t>& a, const std::vector<int16_t>& x, int n, int q) {
+    const int order = static_cast<int>(a.size()) - 1;
+    std::vector<int16_t> y(n);
+    for (int i = 0; i < n; i++) {
+        int64_t s = 0;
+        for (int j = 0; j <= order; j++) {
+            s = step(s, a[j], x[order + i - j], 1);
+        }
+        y[i] = upperRounded(s, 15 - q);
+    }
+    return y;
+}
+
+inline std::vector<int16_t> synthesis(const std::vector<int16_t>& a, const std::vector<int16_t>& x, int q,
+                                      const std::vector<int16_t>& memory) {
+    const int order = static_cast<int>(a.size()) - 1;
+    std::vector<int16_t> y = memory;
+    for (size_t i = 0; i < x.size(); i++) {
+        int64_t s = step(0, x[i], a[0], 1);
+        for (int j = 1; j <= order; j++) {
+            s = step(s, a[j], y[y.size() - j], -1);
+        }
+        y.push_back(upperRounded(s, 15 - q));
+    }
+    return {y.begin() + order, y.end()};
+}
+
+// The same with a sum of 32 bits that wraps.
+inline std::vector<int16_t> synthesisWrapping(const std::vector<int16_t>& a, const std::vector<int16_t>& x, int q,
+                                              const std::vector<int16_t>& memory) {
+    const int order = static_cast<int>(a.size()) - 1;
+    std::vector<int16_t> y = memory;
+    for (size_t i = 0; i < x.size(); i++) {
+        int64_t s = int64_t{x[i]} * a[0];
+        for (int j = 1; j <= order; j++) {
+            s -= int64_t{a[j]} * y[y.size() - j];
+        }
+        s += q > 0 ? int64_t{1} << (q - 1) : 0;
+        y.push_back(static_cast<int16_t>(clip(static_cast<int32_t>(static_cast<uint32_t>(s)) >> q, 16)));
+    }
+    return {y.begin() + order, y.end()};
+}
+
+inline std::vector<int16_t> noise(std::mt19937& random, int n, int low, int high) {
+    std::uniform_int_distribution<int> pick(low, high);
+    std::vector<int16_t> v(n);
+    for (int16_t& e : v) {
+        e = static_cast<int16_t>(pick(random));
+    }
+    return v;
+}
+
+// Runs the body with plain, 128-bit and 256-bit kernels, as far as the machine has them.
+template <class Body>
+void atEveryLevel(Body body) {
+    for (const VekCpuType cpu : {vekCpuUnknown, vekCpuV5, vekCpuV8}) {
+        if (vekInitCpu(cpu) == vekStsNoErr) {
+            SCOPED_TRACE("kernel level " + std::to_string(vekGetKernelLevel()));
+            body();
+        }
+    }
+    vekInit();
+}
+
+} // namespace lpref

@@ -1,0 +1,33 @@
+// Kernels of inner products and correlations, of vector scaling and of the folds of the lapped transform.
+#pragma once
+
+#include <cstdint>
+
+#include "sc/kernels/kernels.h"
+
+namespace vek {
+
+// Elements that must be readable behind the vectors of CorrKernels::corr32; those of `a` must be zero.
+constexpr int kCorrPadding = 32;
+
+struct CorrKernels {
+    // Exact sum of a[i] * b[i].
+    int64_t (*dot16)(const int16_t* a, const int16_t* b, int n);
+    // The sum in single precision.
+    float (*dot32f)(const float* a, const float* b, int n);
+    // out[k] = sum of a[i] * b[i-k], i = k..n-1, modulo 2^32, for k = 0..lags-1 (lags <= n). Padding: see above.
+    void (*corr32)(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out);
+    // Bits that differ from the sign in any element, ored together.
+    int (*usedBits16)(const int16_t* a, int n);
+    // dst[i] = src[i] shifted, positive to the left without saturation, -15..15.
+    void (*shift16)(const int16_t* src, int16_t* dst, int n, int shift);
+    // dst[i] = mult_r(src[i], window[i]).
+    void (*window16)(const int16_t* src, const int16_t* window, int16_t* dst, int n);
+    // The two halves of the folds of a lapped transform of 2 * half samples, window w of 2 * half elements in Q15.
+    void (*fold16)(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half);
+    void (*unfold16)(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half);
+};
+
+VEK_KERNEL_PICK(CorrKernels, corrKernels)
+
+} // namespace vek

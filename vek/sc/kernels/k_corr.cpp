@@ -1,0 +1,264 @@
+// Inner products, correlations, vector scaling, folds.
+// The exact dot product rests on 64-bit sums of biased pair products: a pair sum of two 16-bit products spans
+// -0x7fff0000..0x80000000, which fits 32 unsigned bits after adding 0x7fff0000, the pair of four -32768 included.
+#include "sc/kernels/corr.h"
+
+#include "sc/common/fixmath.h"
+#include "sc/kernels/simd.h"
+
+namespace vek {
+namespace {
+
+using fix::sat16;
+
+#if VEK_LEVEL == 0
+
+int64_t dot16(const int16_t* a, const int16_t* b, int n) {
+    int64_t s = 0;
+    for (int i = 0; i < n; ++i) {
+        s += a[i] * b[i];
+    }
+    return s;
+}
+
+float dot32f(const float* a, const float* b, int n) {
+    float s = 0;
+    for (int i = 0; i < n; ++i) {
+        s += a[i] * b[i];
+    }
+    return s;
+}
+
+void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
+    for (int k = 0; k < lags; ++k) {
+        uint32_t s = 0;
+        for (int i = k; i < n; ++i) {
+            s += static_cast<uint32_t>(a[i] * b[i - k]);
+        }
+        out[k] = static_cast<int32_t>(s);
+    }
+}
+
+#elif VEK_LEVEL == 1
+
+__m128i load16(const int16_t* p) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+int64_t dot16(const int16_t* a, const int16_t* b, int n) {
+    const __m128i bias = _mm_set1_epi32(0x7fff0000);
+    const __m128i low = _mm_set1_epi64x(0xffffffffLL);
+    __m128i s0 = _mm_setzero_si128();
+    __m128i s1 = _mm_setzero_si128();
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        const __m128i p = _mm_add_epi32(_mm_madd_epi16(load16(a + i), load16(b + i)), bias);
+        s0 = _mm_add_epi64(s0, _mm_and_si128(p, low));
+        s1 = _mm_add_epi64(s1, _mm_srli_epi64(p, 32));
+    }
+    s0 = _mm_add_epi64(s0, s1);
+    int64_t s = _mm_cvtsi128_si64(s0) + _mm_extract_epi64(s0, 1) - static_cast<int64_t>(i / 2) * 0x7fff0000;
+    for (; i < n; ++i) {
+        s += a[i] * b[i];
+    }
+    return s;
+}
+
+float dot32f(const float* a, const float* b, int n) {
+    __m128 s0 = _mm_setzero_ps();
+    __m128 s1 = _mm_setzero_ps();
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        s0 = _mm_add_ps(s0, _mm_mul_ps(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
+        s1 = _mm_add_ps(s1, _mm_mul_ps(_mm_loadu_ps(a + i + 4), _mm_loadu_ps(b + i + 4)));
+    }
+    s0 = _mm_add_ps(s0, s1);
+    if (i + 4 <= n) {
+        s0 = _mm_add_ps(s0, _mm_mul_ps(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
+        i += 4;
+    }
+    s0 = _mm_add_ps(s0, _mm_movehl_ps(s0, s0));
+    s0 = _mm_add_ss(s0, _mm_shuffle_ps(s0, s0, 1));
+    float s = _mm_cvtss_f32(s0);
+    for (; i < n; ++i) {
+        s += a[i] * b[i];
+    }
+    return s;
+}
+
+void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
+    for (int k = 0; k < lags; k += 4) {
+        __m128i s0 = _mm_setzero_si128();
+        __m128i s1 = s0;
+        __m128i s2 = s0;
+        __m128i s3 = s0;
+        const int16_t* x = a + k;
+        for (int i = 0; i < n - k; i += 8) {
+            const __m128i y = load16(b + i);
+            s0 = _mm_add_epi32(s0, _mm_madd_epi16(y, load16(x + i)));
+            s1 = _mm_add_epi32(s1, _mm_madd_epi16(y, load16(x + i + 1)));
+            s2 = _mm_add_epi32(s2, _mm_madd_epi16(y, load16(x + i + 2)));
+            s3 = _mm_add_epi32(s3, _mm_madd_epi16(y, load16(x + i + 3)));
+        }
+        simd::transpose4(s0, s1, s2, s3);
+        const __m128i r = _mm_add_epi32(_mm_add_epi32(s0, s1), _mm_add_epi32(s2, s3));
+        if (k + 4 <= lags) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + k), r);
+        } else {
+            int32_t rest[4];
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(rest), r);
+            for (int j = k; j < lags; ++j) {
+                out[j] = rest[j - k];
+            }
+        }
+    }
+}
+
+#else
+
+__m256i load16(const int16_t* p) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+}
+
+__m128i halves(__m256i v) {
+    return _mm_add_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
+}
+
+int64_t dot16(const int16_t* a, const int16_t* b, int n) {
+    const __m256i bias = _mm256_set1_epi32(0x7fff0000);
+    const __m256i low = _mm256_set1_epi64x(0xffffffffLL);
+    __m256i s0 = _mm256_setzero_si256();
+    __m256i s1 = _mm256_setzero_si256();
+    int i = 0;
+    for (; i + 16 <= n; i += 16) {
+        const __m256i p = _mm256_add_epi32(_mm256_madd_epi16(load16(a + i), load16(b + i)), bias);
+        s0 = _mm256_add_epi64(s0, _mm256_and_si256(p, low));
+        s1 = _mm256_add_epi64(s1, _mm256_srli_epi64(p, 32));
+    }
+    s0 = _mm256_add_epi64(s0, s1);
+    __m128i h = _mm_add_epi64(_mm256_castsi256_si128(s0), _mm256_extracti128_si256(s0, 1));
+    if (i + 8 <= n) {
+        const __m128i p = _mm_add_epi32(_mm_madd_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a + i)),
+                                                       _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + i))),
+                                        _mm256_castsi256_si128(bias));
+        h = _mm_add_epi64(h, _mm_and_si128(p, _mm256_castsi256_si128(low)));
+        h = _mm_add_epi64(h, _mm_srli_epi64(p, 32));
+        i += 8;
+    }
+    int64_t s = _mm_cvtsi128_si64(h) + _mm_extract_epi64(h, 1) - static_cast<int64_t>(i / 2) * 0x7fff0000;
+    for (; i < n; ++i) {
+        s += a[i] * b[i];
+    }
+    return s;
+}
+
+float dot32f(const float* a, const float* b, int n) {
+    __m256 s0 = _mm256_setzero_ps();
+    __m256 s1 = _mm256_setzero_ps();
+    int i = 0;
+    for (; i + 16 <= n; i += 16) {
+        s0 = _mm256_add_ps(s0, _mm256_mul_ps(_mm256_loadu_ps(a + i), _mm256_loadu_ps(b + i)));
+        s1 = _mm256_add_ps(s1, _mm256_mul_ps(_mm256_loadu_ps(a + i + 8), _mm256_loadu_ps(b + i + 8)));
+    }
+    if (i + 8 <= n) {
+        s0 = _mm256_add_ps(s0, _mm256_mul_ps(_mm256_loadu_ps(a + i), _mm256_loadu_ps(b + i)));
+        i += 8;
+    }
+    s0 = _mm256_add_ps(s0, s1);
+    __m128 h = _mm_add_ps(_mm256_castps256_ps128(s0), _mm256_extractf128_ps(s0, 1));
+    if (i + 4 <= n) {
+        h = _mm_add_ps(h, _mm_mul_ps(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
+        i += 4;
+    }
+    h = _mm_add_ps(h, _mm_movehl_ps(h, h));
+    h = _mm_add_ss(h, _mm_shuffle_ps(h, h, 1));
+    float s = _mm_cvtss_f32(h);
+    for (; i < n; ++i) {
+        s += a[i] * b[i];
+    }
+    return s;
+}
+
+void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
+    for (int k = 0; k < lags; k += 4) {
+        __m256i s0 = _mm256_setzero_si256();
+        __m256i s1 = s0;
+        __m256i s2 = s0;
+        __m256i s3 = s0;
+        const int16_t* x = a + k;
+        for (int i = 0; i < n - k; i += 16) {
+            const __m256i y = load16(b + i);
+            s0 = _mm256_add_epi32(s0, _mm256_madd_epi16(y, load16(x + i)));
+            s1 = _mm256_add_epi32(s1, _mm256_madd_epi16(y, load16(x + i + 1)));
+            s2 = _mm256_add_epi32(s2, _mm256_madd_epi16(y, load16(x + i + 2)));
+            s3 = _mm256_add_epi32(s3, _mm256_madd_epi16(y, load16(x + i + 3)));
+        }
+        const __m256i s01 = _mm256_hadd_epi32(s0, s1);
+        const __m256i s23 = _mm256_hadd_epi32(s2, s3);
+        const __m128i r = halves(_mm256_hadd_epi32(s01, s23));
+        if (k + 4 <= lags) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + k), r);
+        } else {
+            int32_t rest[4];
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(rest), r);
+            for (int j = k; j < lags; ++j) {
+                out[j] = rest[j - k];
+            }
+        }
+    }
+}
+
+#endif
+
+int usedBits16(const int16_t* a, int n) {
+    int16_t used = 0;
+    for (int i = 0; i < n; ++i) {
+        used = static_cast<int16_t>(used | (a[i] ^ (a[i] >> 15)));
+    }
+    return used;
+}
+
+void shift16(const int16_t* src, int16_t* dst, int n, int shift) {
+    if (shift >= 0) {
+        const auto factor = static_cast<int16_t>(shift < 15 ? 1 << shift : -32768); // a shift by 15 acts on -1 and 0
+        const int sign = shift < 15 ? 1 : -1;
+        for (int i = 0; i < n; ++i) {
+            dst[i] = static_cast<int16_t>(src[i] * sign * factor);
+        }
+    } else {
+        for (int i = 0; i < n; ++i) {
+            dst[i] = static_cast<int16_t>(src[i] >> -shift);
+        }
+    }
+}
+
+void window16(const int16_t* src, const int16_t* window, int16_t* dst, int n) {
+    for (int i = 0; i < n; ++i) {
+        dst[i] = fix::mult_r(src[i], window[i]);
+    }
+}
+
+void fold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half) {
+    for (int n = 0; n < half; ++n) {
+        const int a = w[half - 1 - n] * old[half - 1 - n] + w[half + n] * old[half + n];
+        const int b = w[2 * half - 1 - n] * fresh[n] - w[n] * fresh[2 * half - 1 - n];
+        dst[n] = sat16((a + 0x4000) >> 15);
+        dst[half + n] = sat16((b + 0x4000) >> 15);
+    }
+}
+
+void unfold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half) {
+    for (int n = 0; n < half; ++n) {
+        const int a = w[n] * fresh[half - 1 - n] + w[2 * half - 1 - n] * old[half + n];
+        const int b = w[half + n] * fresh[n] - w[half - 1 - n] * old[2 * half - 1 - n];
+        dst[n] = sat16((a + 0x4000) >> 15);
+        dst[half + n] = sat16((b + 0x4000) >> 15);
+    }
+}
+
+} // namespace
+
+VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,   dot32f,   corr32, usedBits16,
+                                              shift16, window16, fold16, unfold16};
+
+} // namespace vek

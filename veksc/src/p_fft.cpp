@@ -1,0 +1,50 @@
+// Fourier transform of the voice activity detector.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcDst;
+vkVector pTmp;
+krStepIterator<int> lenght;
+vkcGrid grid;
+int dataSize;
+
+class TimFFT : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+};
+
+bool TimFFT::canStart() {
+    vkcRebuild(lenght, "lenght").setList({128});
+    grid.begin({&lenght});
+    pSrcDst.init(m_func, vkArg::src);
+    pTmp.init(m_func, vkArg::src);
+    return true;
+}
+
+bool TimFFT::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    dataSize = lenght.value() * vkVector::item(m_func);
+    return pSrcDst.createVector(lenght.value(), setZero, 0, 0) && pTmp.createVector(lenght.value(), setOne, 0, 0);
+}
+
+void TimFFT::flushData() {
+    pTmp.deleteVector();
+    pSrcDst.deleteVector();
+}
+
+} // namespace
+
+VK_REG_I(TimFFT, veksFFTFwd_RToPerm_GSMAMR_16s_I, veksFFTFwd_RToPerm_GSMAMR_16s_I(pSrcDst.m_16s),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))

@@ -1,0 +1,141 @@
+// Harmonic, residual, synthesis and high-pass filters.
+#include "vkc.h"
+
+namespace {
+
+vkVector pLPC;
+vkVector pSrc;
+vkVector pDst;
+vkVector pMem;
+vkVector pTmp;
+vkVector pSrcDst;
+vkcScaleIterator scaleFactor;
+krStepIterator<int> scale;
+krStepIterator<int> lenght;
+krStepIterator<int> lenght_lpc;
+krStepIterator<int> i_mem;
+vkcGrid grid;
+int dataSize;
+char* pMemUpdated;
+int fltSize;
+
+constexpr int T = 40;
+constexpr int order = 10;
+constexpr Vek16s beta = 16384;
+constexpr Vek32f betaFloat = 0.5F;
+const Vek16s stableLpc[order + 1] = {4096, 852, 825, 441, 159, -209, -411, -420, -494, -593, -711};
+
+class TimFilt : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual bool setData();
+
+private:
+    bool m_harmonic = false;
+    bool m_residual = false;
+    bool m_impulse = false;
+    bool m_highPass = false;
+};
+
+bool TimFilt::canStart() {
+    m_harmonic = m_func.contains("Harmonic");
+    m_residual = m_func.contains("Residual");
+    m_impulse = m_func.contains("ZeroStateResponse");
+    m_highPass = m_func.contains("HighPass");
+    vkcRebuild(lenght, "lenght");
+    vkcFix(scale, 1);
+    vkcFix(lenght_lpc, m_harmonic || m_highPass ? 1 : order + 1);
+    vkcFix(i_mem, 1);
+    vkcScales(scaleFactor, "scaleFactor", m_func, m_highPass ? 13 : 12);
+    if (m_harmonic) {
+        lenght.set(15, 50, 5, '+');
+        grid.begin({&lenght});
+    } else if (m_residual) {
+        // The subframe is part of the function.
+        lenght.setList({40});
+        grid.begin({&lenght});
+    } else if (m_impulse) {
+        lenght.set(40, 60, 10, '+');
+        vkcRebuild(scale, "scaleFactor").set(12, 13, 1, '+');
+        grid.begin({&lenght, &scale});
+    } else if (m_highPass) {
+        lenght.set(40, 60, 10, '+');
+        grid.begin({&lenght, &scaleFactor});
+    } else {
+        lenght.set(40, 60, 10, '+');
+        vkcRebuild(i_mem, "i_mem").set(0, 1, 1, '+');
+        grid.begin({&lenght, &i_mem, &scaleFactor});
+    }
+    for (vkVector* vector : {&pLPC, &pSrc, &pDst, &pMem, &pTmp, &pSrcDst}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimFilt::setData() {
+    for (int i = 0; i < lenght_lpc.value(); ++i) {
+        pLPC.setIndex(i, setValue, stableLpc[i], 0);
+    }
+    if (m_highPass) {
+        veksHighPassFilterSize_G729(&fltSize);
+        pMemUpdated = static_cast<char*>(krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER));
+        if (pMemUpdated == nullptr) {
+            return false;
+        }
+        veksHighPassFilterInit_G729(pMemUpdated);
+    }
+    return true;
+}
+
+bool TimFilt::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    // The harmonic filters read the lag before the pointer, the residual filter its order.
+    const int size = lenght.value() + (m_harmonic ? T : m_residual ? lenght.value() : 0);
+    dataSize = size * vkVector::item(m_func);
+    return pLPC.createVector(lenght_lpc.value(), setZero, 0, 0) && pSrc.createVector(size, setZero, 0, 0) &&
+           pDst.createVector(lenght.value(), setZero, 0, 0) &&
+           pMem.createVector(lenght.value(), setValue, i_mem.value(), 0) && pTmp.createVector(size, setZero, 0, 0) &&
+           pSrcDst.createVector(size, setZero, 0, 0) && setData();
+}
+
+void TimFilt::flushData() {
+    krFree(pMemUpdated);
+    pMemUpdated = nullptr;
+    for (vkVector* vector : {&pSrcDst, &pTmp, &pMem, &pDst, &pSrc, &pLPC}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimFilt, veksHarmonicFilter_NR_16s,
+       veksHarmonicFilter_NR_16s(beta, T, pSrc.m_16s + T, pDst.m_16s, lenght.value()))
+VK_REG_I(TimFilt, veksHarmonicFilter_32f_I, veksHarmonicFilter_32f_I(T, pSrcDst.m_32f + T, lenght.value(), betaFloat),
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
+VK_REG_I(TimFilt, veksHarmonicFilter_16s_I, veksHarmonicFilter_16s_I(beta, T, pSrcDst.m_16s + T, lenght.value()),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
+VK_REG(TimFilt, veksResidualFilter_G729_16s,
+       veksResidualFilter_G729_16s(pSrc.m_16s + lenght.value(), pLPC.m_16s, pDst.m_16s))
+VK_REG(TimFilt, veksSynthesisFilter_NR_16s_ISfs,
+       veksSynthesisFilter_NR_16s_ISfs(pLPC.m_16s, pSrcDst.m_16s, lenght.value(), scaleFactor.value(), pMem.m_16s))
+VK_REG(TimFilt, veksSynthesisFilterZeroStateResponse_NR_16s,
+       veksSynthesisFilterZeroStateResponse_NR_16s(pLPC.m_16s, pDst.m_16s, lenght.value(), scale.value()))
+VK_REG(TimFilt, veksSynthesisFilter_NR_16s_Sfs,
+       veksSynthesisFilter_NR_16s_Sfs(pLPC.m_16s, pSrc.m_16s, pDst.m_16s, lenght.value(), scaleFactor.value(),
+                                      pMem.m_16s))
+VK_REG(TimFilt, veksSynthesisFilterLow_NR_16s_ISfs,
+       veksSynthesisFilterLow_NR_16s_ISfs(pLPC.m_16s, pSrcDst.m_16s, lenght.value(), scaleFactor.value(), pMem.m_16s))
+VK_REG_I(TimFilt, veksHighPassFilter_G729_16s_ISfs,
+         veksHighPassFilter_G729_16s_ISfs(pSrcDst.m_16s, lenght.value(), scaleFactor.value(), pMemUpdated),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))

@@ -1,0 +1,53 @@
+// The first half of the modulated lapped transform: window and fold.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcSpch;
+vkVector pSrcDstSpchOld;
+vkVector pDstSpchDecomposed;
+krStepIterator<int> len;
+
+class TimMLTToDCT : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool initData() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+};
+
+bool TimMLTToDCT::canStart() {
+    vkcRebuild(len, "Lenght");
+    if (m_func.contains("G7221")) {
+        len.set(320, 640, 320, '+');
+    } else {
+        len.setList({320});
+    }
+    m_parms.append(&len);
+    for (vkVector* vector : {&pSrcSpch, &pSrcDstSpchOld, &pDstSpchDecomposed}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimMLTToDCT::initData() {
+    return pSrcSpch.createVector(len.value(), setRand, -1024, 1024) &&
+           pSrcDstSpchOld.createVector(len.value(), setRand, -1024, 1024) &&
+           pDstSpchDecomposed.createVector(len.value(), setZero, 0, 0);
+}
+
+void TimMLTToDCT::flushData() {
+    for (vkVector* vector : {&pDstSpchDecomposed, &pSrcDstSpchOld, &pSrcSpch}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimMLTToDCT, veksDecomposeMLTToDCT_G7221_16s,
+       veksDecomposeMLTToDCT_G7221_16s(pSrcSpch.m_16s, pSrcDstSpchOld.m_16s, pDstSpchDecomposed.m_16s, len.value()))
+VK_REG(TimMLTToDCT, veksDecomposeMLTToDCT_G722_16s,
+       veksDecomposeMLTToDCT_G722_16s(pSrcSpch.m_16s, pSrcDstSpchOld.m_16s, pDstSpchDecomposed.m_16s))

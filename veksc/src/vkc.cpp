@@ -1,0 +1,113 @@
+// What all speech suites share, and the list of hot functions.
+#include "vkc.h"
+
+#include "krlib.h"
+
+static void readVersionTexts(const void* version, krString texts[3]) {
+    const auto* record = static_cast<const VekLibraryVersion*>(version);
+    texts[0] = record->Name;
+    texts[1] = record->Version;
+    texts[2] = record->BuildDate;
+}
+
+// Each call goes through a function of its own, since the types of status and processor are the library's.
+void vkSetVekEnvironment() {
+    krVersionTexts = readVersionTexts;
+    vek_GetCpuType = []() -> int { return vekGetCpuType(); };
+    vek_GetNumCoresOnDie = []() -> int { return vekGetNumCoresOnDie(); };
+    vek_GetMaxCacheSizeB = [](int* size) -> int { return vekGetMaxCacheSizeB(size); };
+    vek_GetStatusString = [](int status) -> const char* { return vekGetStatusString(static_cast<VekStatus>(status)); };
+    vek_Init = []() -> int { return vekInit(); };
+    vek_InitCpu = [](int cpuType) -> int { return vekInitCpu(static_cast<VekCpuType>(cpuType)); };
+    vek_SetNumThreads = [](int numThreads) -> int { return vekSetNumThreads(numThreads); };
+}
+
+const void* vkGetVekVersion_veksc() {
+    return vekscGetLibVersion();
+}
+
+void vkcGrid::begin(std::initializer_list<krParameter*> parms) {
+    m_parms.clear();
+    for (krParameter* parm : parms) {
+        m_parms.append(parm);
+        parm->fromIStream(g_istrm);
+    }
+}
+
+bool vkcGrid::next(bool first) {
+    if (first) {
+        for (krParameter* parm : m_parms) {
+            if (!parm->firstValue()) {
+                return false;
+            }
+        }
+        return true;
+    }
+    auto place = m_parms.end();
+    while (!(place == m_parms.begin())) {
+        --place;
+        if ((*place)->nextValue()) {
+            // The exhausted inner parameters restart by their next step.
+            for (++place; !(place == m_parms.end()); ++place) {
+                if (!(*place)->nextValue()) {
+                    return false;
+                }
+            }
+            return true;
+        }
+    }
+    return false;
+}
+
+void vkcGrid::toOstrm() const {
+    for (const krParameter* parm : m_parms) {
+        parm->toOStream(g_ostrm);
+    }
+}
+
+void vkcGrid::toCstrm() const {
+    for (const krParameter* parm : m_parms) {
+        parm->toCStream(g_cstrm);
+    }
+}
+
+void vkcGrid::namesToCstrm() const {
+    for (const krParameter* parm : m_parms) {
+        parm->nameToCStream(g_cstrm);
+    }
+}
+
+krString vkcUnit(int index) {
+    static const char* const words[] = {" ", "e", "px", "pxch", "cpMac", "e_kp", "px_kp", "pxch_kp"};
+    return words[index];
+}
+
+#define VKC_HOT(function) static const bool hot_##function = krRegHotFunction(#function) != 0;
+VKC_HOT(veksACELPFixedCodebookSearch_G723_32s16s)
+VKC_HOT(veksAdaptiveCodebookSearch_G723)
+VKC_HOT(veksAdaptiveCodebookSearch_GSMAMR_16s)
+VKC_HOT(veksAlgebraicCodebookSearch_GSMAMR_16s)
+VKC_HOT(veksAutoCorr_GSMAMR_16s32s)
+VKC_HOT(veksAutoCorr_NormE_16s32s)
+VKC_HOT(veksAutoCorrLagMax_Inv_16s)
+VKC_HOT(veksFixedCodebookSearch_G729_16s)
+VKC_HOT(veksFixedCodebookSearch_G729_32s16s)
+VKC_HOT(veksFixedCodebookSearch_G729D_16s)
+VKC_HOT(veksFixedCodebookSearch_G729E_16s)
+VKC_HOT(veksGainQuant_G723_16s)
+VKC_HOT(veksHarmonicSearch_G723_16s)
+VKC_HOT(veksHighPassFilter_G729_16s_ISfs)
+VKC_HOT(veksIIR16s_G723_16s32s)
+VKC_HOT(veksIIR16s_G729_16s)
+VKC_HOT(veksLongTermPostFilter_G729_16s)
+VKC_HOT(veksLPCToLSP_G729_16s)
+VKC_HOT(veksLPCToLSP_G729A_16s)
+VKC_HOT(veksLPCToLSP_GSMAMR_16s)
+VKC_HOT(veksLSFQuant_G723_16s32s)
+VKC_HOT(veksOpenLoopPitchSearch_G723_16s)
+VKC_HOT(veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s)
+VKC_HOT(veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s)
+VKC_HOT(veksOpenLoopPitchSearchNonDTX_GSMAMR_16s)
+VKC_HOT(veksPitchPostFilter_G723_16s)
+VKC_HOT(veksSynthesisFilter_NR_16s_ISfs)
+#undef VKC_HOT

@@ -1,0 +1,74 @@
+// What all speech suites share: the binding of the library, the walk over a grid, rebuilding a parameter in place, and
+// the unit words. What a suite does by itself stays visible in the suite.
+#pragma once
+
+#include "vk.h"
+
+#include "vekcore.h"
+#include "veks.h"
+#include "veksc.h"
+
+#include <cstring>
+#include <initializer_list>
+#include <memory>
+
+/// Hands the library's core functions to the harness.
+void vkSetVekEnvironment();
+const void* vkGetVekVersion_veksc();
+
+static const bool regVekEnvironment = krRegVekEnvironment(vkSetVekEnvironment) != 0;
+static const bool regVersion_veksc = krRegVekVersion(vkGetVekVersion_veksc) != 0;
+
+// Words of the library's modes, for suites that show them.
+[[maybe_unused]] static const krString RndStr[] = {"zero", "near"};
+[[maybe_unused]] static const krString HintStr[] = {"none", "fast", "accurate"};
+[[maybe_unused]] static const krString CmpStr[] = {"LT", "LE", "EQ", "GE", "GT"};
+[[maybe_unused]] static const krString FlagStr[] = {"divFwdByN", "divInvByN", "divBySqrtN", "nodivByAny"};
+
+/// Destroys a parameter and builds it anew in its place, empty and with a title.
+template <class Parameter>
+Parameter& vkcRebuild(Parameter& parm, const krString& title) {
+    std::destroy_at(&parm);
+    return *std::construct_at(&parm, title, title);
+}
+
+/// Rebuilds a parameter that does not apply to the function under test: silent, with one value.
+template <class T>
+void vkcFix(krStepIterator<T>& parm, T value) {
+    vkcRebuild(parm, "").setList({value});
+    parm.firstValue();
+}
+
+/// The scale factors of a function under the title of its table; silent for a function that is not scaled.
+template <class... Ints>
+vkcScaleIterator& vkcScales(vkcScaleIterator& parm, const krString& title, const vkFunc& func, Ints... values) {
+    vkcRebuild(parm, title).init(func, values...);
+    if (parm.scaled()) {
+        parm.setName(title);
+    }
+    return parm;
+}
+
+/// The parameters that a function's grid walks, outer first, and that identify a line.
+class vkcGrid {
+public:
+    /// Takes the parameters of the function under test and the user's values for them.
+    void begin(std::initializer_list<krParameter*> parms);
+    /// Steps the grid, the last parameter fastest; false when it is exhausted.
+    bool next(bool first);
+    void toOstrm() const;
+    void toCstrm() const;
+    void namesToCstrm() const;
+
+private:
+    krList<krParameter*> m_parms;
+};
+
+/// The unit words: "e" (elements) is what speech suites answer.
+enum vkcUnitIndex { vkcNoUnit, vkcElements, vkcPixels, vkcPixelChannels, vkcComplexMacs };
+krString vkcUnit(int index);
+
+/// Copies `bytes` of saved input over the data that the last call has overwritten.
+inline void vkcRestore(void* data, const void* saved, int bytes) {
+    std::memcpy(data, saved, static_cast<std::size_t>(bytes));
+}
