@@ -1,4 +1,5 @@
 // The machine reports, whole, on processors played by hand.
+#include "krcond.h"
 #include "krcpuidtest.h"
 #include "krinfo.h"
 #include "streamcapture.h"
@@ -200,6 +201,18 @@ TEST(KrCpuReport, LevelsAreAsBeforeBehindTheReport) {
     const MessageLevel level = g_ostrm.msgLevel();
     report();
     EXPECT_EQ(g_ostrm.msgLevel(), level);
+}
+
+TEST(KrCpuReport, SelectionReachesItLikeAnyTest) {
+    __krOrvanCpuTest test("__krOrvanCpu", "kr", "__krOrvanCpuTest/Orvan CPU information");
+    krConditions all;
+    EXPECT_TRUE(test.tobeRun(all));
+    krConditions other;
+    other.append(new RunCondition_f("veksFoo"));
+    EXPECT_FALSE(test.tobeRun(other));
+    krConditions own;
+    own.append(new RunCondition_f("__krOrvanCpu"));
+    EXPECT_TRUE(test.tobeRun(own));
 }
 
 TEST(KrInfoReports, HostAndSystemAreOneLineEach) {

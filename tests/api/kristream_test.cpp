@@ -149,6 +149,29 @@ TEST_F(KrIStream, EndOfTheStreamObjectWritesTheFile) {
     EXPECT_EQ(m_dir.read("new.ini"), "\n[Kelvar Rig]\nLen=256\n");
 }
 
+TEST_F(KrIStream, ExitOfTheProcessWritesTheFile) {
+    const auto run = [this] {
+        g_istrm.setIniFile(m_dir.path("exit.ini").c_str(), true);
+        g_istrm.getItemValue("Len", "256", "", "1..512");
+        std::exit(0);
+    };
+    EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
+    EXPECT_EQ(m_dir.read("exit.ini"), "\n[Kelvar Rig]\nLen=256\t// 1..512\n");
+}
+
+TEST_F(KrIStream, FileThatIsGoneAtExitIsReportedAndNoHarm) {
+    const auto run = [this] {
+        const TestDir other;
+        g_istrm.setIniFile(other.path("exit.ini").c_str(), true);
+        std::filesystem::remove_all(other.path(""));
+        dup2(STDERR_FILENO, STDOUT_FILENO);
+        g_ostrm.setOutLevel(ERR);
+        g_ostrm.insert(g_ostrm.end(), &c_out);
+        std::exit(0);
+    };
+    EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "-- Can't open file .*exit.ini to write");
+}
+
 TEST_F(KrIStream, OwnStreamIsReadAndReleased) {
     m_dir.write("answers.txt", "one\n");
     TypedAnswers typed("");

@@ -197,10 +197,10 @@ TEST_F(KrReport, RunTitleOnTheConsole) {
     m_tests.m_startTime = s_start;
     ConsoleCapture console(ERR);
     g_ostrm << krReportTitle(m_tests);
-    std::string expected = s_sep + line(" CPU       : " + std::string(cpuInfo().c_str())) +
-                           line(" OS        : " + std::string(g_os.text().c_str())) +
-                           line(" Computer  : " + std::string(g_host.text().c_str())) +
-                           line(" Library   : veksc, 1.0, Nov 14 2026") + line(" Test      : Timing") +
+    std::string expected = s_sep + line(" CPU      : " + std::string(cpuInfo().c_str())) +
+                           line(" OS       : " + std::string(g_os.text().c_str())) +
+                           line(" Computer : " + std::string(g_host.text().c_str())) +
+                           line(" Library  : veksc, 1.0, Nov 14 2026") + line(" Test     : Timing") +
                            line(std::string(53, ' ') + "Sat Nov 14 23:30:00 2026") + s_sep;
     EXPECT_EQ(console.text(), expected);
 }
@@ -274,7 +274,7 @@ TEST_F(KrReport, TestTitleIsABlockAtAHigherLevel) {
     g_ostrm << ERR << krReportTestTitle(&test) << msgEnd;
     EXPECT_EQ(console.text(), s_sep + "| Function  : veksFoo_16s" + std::string(29, ' ') +
                                   "Sat Nov 14 23:30:00 2026|\n" + line(" Test      : TimFoo") +
-                                  line(" Source    : p_foo") + line(" Description: decimating mode") + s_sep);
+                                  line(" Source    : p_foo") + line(" Description : decimating mode") + s_sep);
 }
 
 TEST_F(KrReport, TestRowOfTheSummaryIsTitleAndResult) {
