@@ -174,8 +174,9 @@ VekStatus veksMulPowerC_NR_16s_Sfs(const Vek16s* pSrc, Vek16s val, Vek16s* pDst,
     if (scaleFactor == 15 && val != -32768) {
         // The usual case, a factor below 1: no product can saturate.
         for (int i = 1; i < len; i++) {
-            pDst[i] = static_cast<Vek16s>((pSrc[i] * power + 0x4000) >> 15);
+            const int last = power;
             power = (power * val + 0x4000) >> 15;
+            pDst[i] = static_cast<Vek16s>((pSrc[i] * last + 0x4000) >> 15);
         }
         return vekStsNoErr;
     }

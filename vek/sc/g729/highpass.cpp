@@ -12,15 +12,15 @@ using namespace vek;
 using namespace vek::fix;
 
 struct Section {
-    int b0, b1, b2; // numerator
-    int a1, a2;     // feedback, sign turned
-    int shift;      // from the doubled sum to a sample in the upper half
-    int outShift;   // amplification of the output alone
-    int loud;       // with inputs up to here no step of the sum saturates
+    Vek16s b0, b1; // symmetric numerator b0, b1, b0
+    int a1, a2;    // feedback, sign turned
+    int shift;     // from the doubled sum to a sample in the upper half
+    int outShift;  // amplification of the output alone
+    int loud;      // with inputs up to here no step of the sum saturates
 };
 
-constexpr Section kPre = {1899, -3798, 1899, 7807, -3733, 3, 0, 32768};
-constexpr Section kPost = {7699, -15398, 7699, 15836, -7667, 2, 1, 9800};
+constexpr Section kPre = {1899, -3798, 7807, -3733, 3, 0, 32768};
+constexpr Section kPost = {7699, -15398, 15836, -7667, 2, 1, 9800};
 
 // All zeros is the state of rest. The outputs are halved 32-bit samples.
 struct Memory {
@@ -28,8 +28,9 @@ struct Memory {
     Vek16s x1, x2;
 };
 
-int64_t feedback(const Section& f, const Memory& m) {
-    return ((static_cast<int64_t>(m.y1) * f.a1) >> 15) + ((static_cast<int64_t>(m.y2) * f.a2) >> 15);
+template <Section F>
+int64_t feedback(const Memory& m) {
+    return ((static_cast<int64_t>(m.y1) * F.a1) >> 15) + ((static_cast<int64_t>(m.y2) * F.a2) >> 15);
 }
 
 void push(Memory& m, Vek16s x, int32_t v) {
@@ -39,25 +40,52 @@ void push(Memory& m, Vek16s x, int32_t v) {
     m.x1 = x;
 }
 
-void runQuiet(const Section& f, Memory& m, Vek16s* x, int n) {
-    const int64_t factor = int64_t{2} << f.shift;
+// The loop waits for the last output only: the rest of a sample's sum is made ahead.
+template <Section F>
+void runQuiet(Memory& m, Vek16s* x, int n) {
+    constexpr int64_t kFactor = int64_t{2} << F.shift;
+    int64_t y1 = m.y1;
+    int64_t older = (static_cast<int64_t>(m.y2) * F.a2) >> 15;
+    int x1 = m.x1;
+    int x2 = m.x2;
     for (int i = 0; i < n; i++) {
-        const int input = f.b0 * x[i] + f.b1 * m.x1 + f.b2 * m.x2;
-        const int32_t v = sat32((feedback(f, m) + input) * factor);
-        push(m, x[i], v);
-        x[i] = round_s(L_shl(v, f.outShift));
+        const int64_t known = F.b0 * (x[i] + x2) + F.b1 * x1 + older;
+        x2 = x1;
+        x1 = x[i];
+        older = (y1 * F.a2) >> 15;
+        m.y2 = static_cast<Vek32s>(y1);
+        int64_t v = (((y1 * F.a1) >> 15) + known) * kFactor;
+        if (v != static_cast<int32_t>(v)) [[unlikely]] {
+            v = v < 0 ? kMin32 : kMax32;
+        }
+        y1 = v >> 1;
+        x[i] = sat16_64((v * (1 << F.outShift) + 0x8000) >> 16);
+    }
+    m.y1 = static_cast<Vek32s>(y1);
+    m.x1 = static_cast<Vek16s>(x1);
+    m.x2 = static_cast<Vek16s>(x2);
+}
+
+template <Section F>
+void runLoud(Memory& m, Vek16s* x, int n) {
+    for (int i = 0; i < n; i++) {
+        int32_t s = static_cast<int32_t>(feedback<F>(m) * 2);
+        s = L_mac(s, x[i], F.b0);
+        s = L_mac(s, m.x1, F.b1);
+        s = L_mac(s, m.x2, F.b0);
+        s = L_shl(s, F.shift);
+        push(m, x[i], s);
+        x[i] = round_s(L_shl(s, F.outShift));
     }
 }
 
-void runLoud(const Section& f, Memory& m, Vek16s* x, int n) {
-    for (int i = 0; i < n; i++) {
-        int32_t s = static_cast<int32_t>(feedback(f, m) * 2);
-        s = L_mac(s, x[i], static_cast<Vek16s>(f.b0));
-        s = L_mac(s, m.x1, static_cast<Vek16s>(f.b1));
-        s = L_mac(s, m.x2, static_cast<Vek16s>(f.b2));
-        s = L_shl(s, f.shift);
-        push(m, x[i], s);
-        x[i] = round_s(L_shl(s, f.outShift));
+template <Section F>
+void run(Memory& m, Vek16s* x, int n) {
+    const auto beyond = [](int v) { return v > F.loud || v < -F.loud; };
+    if (beyond(m.x1) || beyond(m.x2) || filterKernels().maxAbs16(x, n) > F.loud) {
+        runLoud<F>(m, x, n);
+    } else {
+        runQuiet<F>(m, x, n);
     }
 }
 
@@ -89,15 +117,13 @@ VekStatus veksHighPassFilter_G729_16s_ISfs(Vek16s* pSrcDst, int len, int scaleFa
     if (scaleFactor != 12 && scaleFactor != 13) {
         return vekStsScaleRangeErr;
     }
-    const Section& f = scaleFactor == 13 ? kPre : kPost;
     // The caller's buffer has no alignment.
     Memory m;
     std::memcpy(&m, pMemUpdated, sizeof m);
-    const auto beyond = [&](int x) { return x > f.loud || x < -f.loud; };
-    if (beyond(m.x1) || beyond(m.x2) || filterKernels().maxAbs16(pSrcDst, len) > f.loud) {
-        runLoud(f, m, pSrcDst, len);
+    if (scaleFactor == 13) {
+        run<kPre>(m, pSrcDst, len);
     } else {
-        runQuiet(f, m, pSrcDst, len);
+        run<kPost>(m, pSrcDst, len);
     }
     std::memcpy(pMemUpdated, &m, sizeof m);
     return vekStsNoErr;

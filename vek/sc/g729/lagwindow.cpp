@@ -1,18 +1,13 @@
 // Lag window of G.729: 60 Hz bandwidth expansion and the noise correction 1.0001 of lag 0.
-#include <array>
-
-#include "sc/common/fixmath.h"
 #include "veksc_filter.h"
 
 namespace {
 
-using namespace vek::fix;
-
 constexpr int kLags = 10;
 
 // The published window for the lags 1..10, upper and lower halves of the double precision format.
-constexpr std::array<Vek16s, kLags> kHigh = {32728, 32619, 32438, 32187, 31867, 31480, 31029, 30517, 29946, 29321};
-constexpr std::array<Vek16s, kLags> kLow = {11904, 17280, 30720, 25856, 24192, 28992, 24384, 7360, 19520, 14784};
+constexpr int kHigh[kLags] = {32728, 32619, 32438, 32187, 31867, 31480, 31029, 30517, 29946, 29321};
+constexpr int kLow[kLags] = {11904, 17280, 30720, 25856, 24192, 28992, 24384, 7360, 19520, 14784};
 
 } // namespace
 
@@ -23,12 +18,11 @@ VekStatus veksLagWindow_G729_32s_I(Vek32s* pSrcDst, int len) {
     if (len < 1 || len > kLags) {
         return vekStsSizeErr;
     }
+    // Factors below 1: none of the split arithmetic's steps can saturate, so the operators are written out.
     for (int i = 0; i < len; i++) {
-        Vek16s hi = 0;
-        Vek16s lo = 0;
-        L_Extract(pSrcDst[i], hi, lo);
-        const auto n = static_cast<unsigned>(i);
-        pSrcDst[i] = Mpy_32(hi, lo, kHigh[n], kLow[n]);
+        const int hi = pSrcDst[i] >> 16;
+        const int lo = (pSrcDst[i] & 0xffff) >> 1;
+        pSrcDst[i] = 2 * (hi * kHigh[i] + ((hi * kLow[i]) >> 15) + ((lo * kHigh[i]) >> 15));
     }
     return vekStsNoErr;
 }

@@ -136,6 +136,22 @@ void fir32Of(const int16_t* a, int order, const int16_t* x, int32_t* f, int n) {
     }
 }
 
+template <int N>
+inline uint32_t lane(__m128i v) {
+    return static_cast<uint32_t>(_mm_extract_epi32(v, N));
+}
+
+// The cut on the chain from output to output: a branch that is hardly ever taken costs it nothing, and the empty
+// statement keeps the compiler from gathering the scalars into a vector.
+inline int cutScalar(uint32_t& sum, int q) {
+    __asm__("" : "+r"(sum));
+    int v = static_cast<int32_t>(sum) >> q;
+    if (v != static_cast<int16_t>(v)) [[unlikely]] {
+        v = v < 0 ? -32768 : 32767;
+    }
+    return v;
+}
+
 // Four outputs a step. What older outputs than the last four give is summed for all four at once and waits in `f`; the
 // last four and the new ones go through scalar registers, where the chain from output to output is shortest.
 // The four results are stored as one word, so that the later loads of pairs need not wait for it.
@@ -164,31 +180,31 @@ void allPoleOf(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q
     int w3 = y[-1];
     int i = 0;
     for (; i + 4 <= n; i += 4) {
-        __m128i s = load(f + i);
+        __m128i s = _mm_add_epi32(load(f + i), _mm_set1_epi32(static_cast<int>(half)));
         for (int p = pairs - 1; p >= 0; p--) {
             int32_t older;
             __builtin_memcpy(&older, y + i - 6 - 2 * p, sizeof older);
             s = _mm_sub_epi32(s, _mm_madd_epi16(_mm_set1_epi32(older), c[p]));
         }
-        const auto s0 = static_cast<uint32_t>(_mm_cvtsi128_si32(s));
-        const auto s1 = static_cast<uint32_t>(_mm_extract_epi32(s, 1));
-        const auto s2 = static_cast<uint32_t>(_mm_extract_epi32(s, 2));
-        const auto s3 = static_cast<uint32_t>(_mm_extract_epi32(s, 3));
-        const uint32_t r0 = s0 - prod(t[4], w0) - prod(t[3], w1) - prod(t[2], w2) - prod(t[1], w3);
-        const uint32_t p1 = s1 - prod(t[5], w0) - prod(t[4], w1) - prod(t[3], w2) - prod(t[2], w3);
-        const uint32_t p2 = s2 - prod(t[6], w0) - prod(t[5], w1) - prod(t[4], w2) - prod(t[3], w3);
-        const uint32_t p3 = s3 - prod(t[7], w0) - prod(t[6], w1) - prod(t[5], w2) - prod(t[4], w3);
-        w0 = roundTo16(r0, half, q);
-        const uint32_t r1 = p1 - prod(t[1], w0);
-        w1 = roundTo16(r1, half, q);
-        const uint32_t r2 = p2 - prod(t[2], w0) - prod(t[1], w1);
-        w2 = roundTo16(r2, half, q);
-        const uint32_t r3 = p3 - prod(t[3], w0) - prod(t[2], w1) - prod(t[1], w2);
-        w3 = roundTo16(r3, half, q);
-        f[i] = static_cast<int32_t>(r0);
-        f[i + 1] = static_cast<int32_t>(r1);
-        f[i + 2] = static_cast<int32_t>(r2);
-        f[i + 3] = static_cast<int32_t>(r3);
+        uint32_t r0 = lane<0>(s) - prod(t[4], w0) - prod(t[3], w1) - prod(t[2], w2);
+        uint32_t r1 = lane<1>(s) - prod(t[5], w0) - prod(t[4], w1) - prod(t[3], w2) - prod(t[2], w3);
+        uint32_t r2 = lane<2>(s) - prod(t[6], w0) - prod(t[5], w1) - prod(t[4], w2) - prod(t[3], w3);
+        uint32_t r3 = lane<3>(s) - prod(t[7], w0) - prod(t[6], w1) - prod(t[5], w2) - prod(t[4], w3);
+        r0 -= prod(t[1], w3);
+        w0 = cutScalar(r0, q);
+        r1 -= prod(t[1], w0);
+        r2 -= prod(t[2], w0);
+        r3 -= prod(t[3], w0);
+        w1 = cutScalar(r1, q);
+        r2 -= prod(t[1], w1);
+        r3 -= prod(t[2], w1);
+        w2 = cutScalar(r2, q);
+        r3 -= prod(t[1], w2);
+        w3 = cutScalar(r3, q);
+        f[i] = static_cast<int32_t>(r0 - half);
+        f[i + 1] = static_cast<int32_t>(r1 - half);
+        f[i + 2] = static_cast<int32_t>(r2 - half);
+        f[i + 3] = static_cast<int32_t>(r3 - half);
         const uint64_t word = static_cast<uint64_t>(static_cast<uint16_t>(w0)) |
                               static_cast<uint64_t>(static_cast<uint16_t>(w1)) << 16 |
                               static_cast<uint64_t>(static_cast<uint16_t>(w2)) << 32 |
