@@ -220,10 +220,9 @@ int usedBits16(const int16_t* a, int n) {
 
 void shift16(const int16_t* src, int16_t* dst, int n, int shift) {
     if (shift >= 0) {
-        const auto factor = static_cast<int16_t>(shift < 15 ? 1 << shift : -32768); // a shift by 15 acts on -1 and 0
-        const int sign = shift < 15 ? 1 : -1;
+        const int factor = 1 << shift;
         for (int i = 0; i < n; ++i) {
-            dst[i] = static_cast<int16_t>(src[i] * sign * factor);
+            dst[i] = static_cast<int16_t>(src[i] * factor);
         }
     } else {
         for (int i = 0; i < n; ++i) {
@@ -258,7 +257,6 @@ void unfold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_
 
 } // namespace
 
-VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,   dot32f,   corr32, usedBits16,
-                                              shift16, window16, fold16, unfold16};
+VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16, dot32f, corr32, usedBits16, shift16, window16, fold16, unfold16};
 
 } // namespace vek

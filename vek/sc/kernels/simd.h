@@ -239,14 +239,12 @@ VEK_INLINE __m256i upper(__m256i a) {
     return _mm256_srli_epi64(a, 32);
 }
 VEK_INLINE V8 mulSum(V8 a, V8 wa, V8 b, V8 wb) {
-    return join(
-        _mm256_add_epi64(_mm256_mul_epi32(a.v, wa.v), _mm256_mul_epi32(b.v, wb.v)),
-        _mm256_add_epi64(_mm256_mul_epi32(upper(a.v), upper(wa.v)), _mm256_mul_epi32(upper(b.v), upper(wb.v))));
+    return join(_mm256_add_epi64(_mm256_mul_epi32(a.v, wa.v), _mm256_mul_epi32(b.v, wb.v)),
+                _mm256_add_epi64(_mm256_mul_epi32(upper(a.v), upper(wa.v)), _mm256_mul_epi32(upper(b.v), upper(wb.v))));
 }
 VEK_INLINE V8 mulDiff(V8 a, V8 wa, V8 b, V8 wb) {
-    return join(
-        _mm256_sub_epi64(_mm256_mul_epi32(a.v, wa.v), _mm256_mul_epi32(b.v, wb.v)),
-        _mm256_sub_epi64(_mm256_mul_epi32(upper(a.v), upper(wa.v)), _mm256_mul_epi32(upper(b.v), upper(wb.v))));
+    return join(_mm256_sub_epi64(_mm256_mul_epi32(a.v, wa.v), _mm256_mul_epi32(b.v, wb.v)),
+                _mm256_sub_epi64(_mm256_mul_epi32(upper(a.v), upper(wa.v)), _mm256_mul_epi32(upper(b.v), upper(wb.v))));
 }
 VEK_INLINE V8 mul(V8 a, V8 w) {
     return join(_mm256_mul_epi32(a.v, w.v), _mm256_mul_epi32(upper(a.v), upper(w.v)));

@@ -1,0 +1,251 @@
+// Cosine transform of type IV (320, 640) and real Fourier transform (128) of 16-bit samples in 32-bit arithmetic.
+// The core is a complex transform of 8 * M points, M = 8, 20, 40: eight transforms of M points side by side, one a
+// lane, a rotation, and M transforms of eight points, again eight at a time. 20 and 40 points go by the prime factor
+// map 4 x 5 and 8 x 5, which needs no rotation.
+#include "sc/kernels/transform.h"
+
+#include "sc/kernels/simd.h"
+
+namespace vek {
+namespace {
+
+using namespace simd;
+
+struct C8 {
+    V8 re, im;
+};
+
+VEK_INLINE C8 operator+(C8 a, C8 b) {
+    return {a.re + b.re, a.im + b.im};
+}
+VEK_INLINE C8 operator-(C8 a, C8 b) {
+    return {a.re - b.re, a.im - b.im};
+}
+// a + j b and a - j b.
+VEK_INLINE C8 plusJ(C8 a, C8 b) {
+    return {a.re - b.im, a.im + b.re};
+}
+VEK_INLINE C8 minusJ(C8 a, C8 b) {
+    return {a.re + b.im, a.im - b.re};
+}
+VEK_INLINE C8 rotate(C8 a, V8 wRe, V8 wIm) {
+    return {mulDiff(a.re, wRe, a.im, wIm), mulSum(a.re, wIm, a.im, wRe)};
+}
+VEK_INLINE C8 loadC(const int32_t* re, const int32_t* im) {
+    return {load(re), load(im)};
+}
+VEK_INLINE void storeC(int32_t* re, int32_t* im, C8 a) {
+    store(re, a.re);
+    store(im, a.im);
+}
+
+VEK_INLINE void fft4(C8 (&x)[4]) {
+    const C8 a = x[0] + x[2];
+    const C8 b = x[0] - x[2];
+    const C8 c = x[1] + x[3];
+    const C8 d = x[1] - x[3];
+    x[0] = a + c;
+    x[1] = minusJ(b, d);
+    x[2] = a - c;
+    x[3] = plusJ(b, d);
+}
+
+VEK_INLINE void fft8(C8 (&x)[8]) {
+    C8 even[4] = {x[0], x[2], x[4], x[6]};
+    C8 odd[4] = {x[1], x[3], x[5], x[7]};
+    fft4(even);
+    fft4(odd);
+    const V8 r = set1(759250125); // sqrt(1/2)
+    const C8 o1 = {mul(odd[1].re + odd[1].im, r), mul(odd[1].im - odd[1].re, r)};
+    const C8 o3 = {mul(odd[3].im - odd[3].re, r), mul(odd[3].re + odd[3].im, r)}; // the second one negative
+    x[0] = even[0] + odd[0];
+    x[4] = even[0] - odd[0];
+    x[1] = even[1] + o1;
+    x[5] = even[1] - o1;
+    x[2] = minusJ(even[2], odd[2]);
+    x[6] = plusJ(even[2], odd[2]);
+    x[3] = {even[3].re + o3.re, even[3].im - o3.im};
+    x[7] = {even[3].re - o3.re, even[3].im + o3.im};
+}
+
+VEK_INLINE void fft5(C8 (&x)[5]) {
+    const V8 c1 = set1(331804471);  // cos(2 pi / 5)
+    const V8 c2 = set1(-868675383); // cos(4 pi / 5)
+    const V8 s1 = set1(1021189159); // sin(2 pi / 5)
+    const V8 s2 = set1(631129609);  // sin(4 pi / 5)
+    const C8 a = x[1] + x[4];
+    const C8 b = x[2] + x[3];
+    const C8 c = x[1] - x[4];
+    const C8 d = x[2] - x[3];
+    const C8 m1 = x[0] + C8{mulSum(a.re, c1, b.re, c2), mulSum(a.im, c1, b.im, c2)};
+    const C8 m2 = x[0] + C8{mulSum(a.re, c2, b.re, c1), mulSum(a.im, c2, b.im, c1)};
+    const C8 n1 = {mulSum(c.re, s1, d.re, s2), mulSum(c.im, s1, d.im, s2)};
+    const C8 n2 = {mulDiff(c.re, s2, d.re, s1), mulDiff(c.im, s2, d.im, s1)};
+    x[0] = x[0] + a + b;
+    x[1] = minusJ(m1, n1);
+    x[4] = plusJ(m1, n1);
+    x[2] = minusJ(m2, n2);
+    x[3] = plusJ(m2, n2);
+}
+
+// Transforms the columns of a row-major matrix of M x 8, in: rows of time, out: rows of frequency, rotated.
+template <int M>
+VEK_INLINE void columnOut(const TransformTable<M>& t, int32_t* re, int32_t* im, int k, C8 x) {
+    storeC(re + 8 * k, im + 8 * k, rotate(x, load(t.twiddleRe + 8 * k), load(t.twiddleIm + 8 * k)));
+}
+
+template <int M>
+VEK_INLINE void columns(const TransformTable<M>& t, const int32_t* srcRe, const int32_t* srcIm, int32_t* re,
+                        int32_t* im) {
+    if constexpr (M == 8) {
+        C8 x[8];
+        for (int n = 0; n < 8; ++n) {
+            x[n] = loadC(srcRe + 8 * n, srcIm + 8 * n);
+        }
+        fft8(x);
+        for (int k = 0; k < 8; ++k) {
+            columnOut<M>(t, re, im, k, x[k]);
+        }
+    } else {
+        constexpr int R = M / 5;
+        alignas(32) int32_t midRe[8 * M];
+        alignas(32) int32_t midIm[8 * M];
+        for (int b = 0; b < 5; ++b) {
+            C8 x[R];
+            for (int a = 0; a < R; ++a) {
+                const int n = (5 * a + R * b) % M;
+                x[a] = loadC(srcRe + 8 * n, srcIm + 8 * n);
+            }
+            if constexpr (R == 4) {
+                fft4(x);
+            } else {
+                fft8(x);
+            }
+            for (int a = 0; a < R; ++a) {
+                storeC(midRe + 8 * (5 * a + b), midIm + 8 * (5 * a + b), x[a]);
+            }
+        }
+        // Row k with k mod R = a and k mod 5 = b: k = (5 i a + R j b) mod M, where 5 i = 1 mod R and R j = 1 mod 5.
+        constexpr int fromA = R == 4 ? 5 : 25;
+        constexpr int fromB = 16;
+        for (int a = 0; a < R; ++a) {
+            C8 x[5];
+            for (int b = 0; b < 5; ++b) {
+                x[b] = loadC(midRe + 8 * (5 * a + b), midIm + 8 * (5 * a + b));
+            }
+            fft5(x);
+            for (int b = 0; b < 5; ++b) {
+                columnOut<M>(t, re, im, (fromA * a + fromB * b) % M, x[b]);
+            }
+        }
+    }
+}
+
+// The complex transform: src holds 8 M numbers, dst gets them in natural order. dst has room for 8 more.
+template <int M>
+VEK_INLINE void complexFft(const TransformTable<M>& t, const int32_t* srcRe, const int32_t* srcIm, int32_t* dstRe,
+                           int32_t* dstIm) {
+    constexpr int rows = (M + 7) / 8 * 8;
+    alignas(32) int32_t midRe[8 * rows];
+    alignas(32) int32_t midIm[8 * rows];
+    for (int i = 8 * M; i < 8 * rows; ++i) {
+        midRe[i] = 0;
+        midIm[i] = 0;
+    }
+    columns<M>(t, srcRe, srcIm, midRe, midIm);
+    // From the last block down: what a block that is not full writes too much, the next one overwrites.
+    for (int k1 = rows - 8; k1 >= 0; k1 -= 8) {
+        V8 re[8];
+        V8 im[8];
+        for (int i = 0; i < 8; ++i) {
+            re[i] = load(midRe + 8 * (k1 + i));
+            im[i] = load(midIm + 8 * (k1 + i));
+        }
+        transpose(re);
+        transpose(im);
+        C8 x[8];
+        for (int i = 0; i < 8; ++i) {
+            x[i] = {re[i], im[i]};
+        }
+        fft8(x);
+        for (int k2 = 0; k2 < 8; ++k2) {
+            storeC(dstRe + M * k2 + k1, dstIm + M * k2 + k1, x[k2]);
+        }
+    }
+}
+
+// 10 bits behind the point: full scale grows to 2^19.7 over the orthonormal transform of 640.
+template <int M>
+VEK_INLINE void dct4(const TransformTable<M>& t, const int16_t* src, int16_t* dst) {
+    constexpr int half = 8 * M;
+    constexpr int guard = 10;
+    alignas(32) int32_t re[half + 8];
+    alignas(32) int32_t im[half + 8];
+    alignas(32) int32_t outRe[half + 8];
+    alignas(32) int32_t outIm[half + 8];
+    // The even samples forwards, the odd ones backwards.
+    for (int n = 0; n < half; n += 8) {
+        V8 even;
+        V8 odd;
+        loadPairs(src + 2 * n, even, odd);
+        store(re + n, even);
+        store(im + half - 8 - n, reverse(odd));
+    }
+    for (int n = 0; n < half; n += 8) {
+        const C8 x = {shiftLeft<guard>(load(re + n)), shiftLeft<guard>(load(im + n))};
+        storeC(re + n, im + n, rotate(x, load(t.preRe + n), load(t.preIm + n)));
+    }
+    complexFft<M>(t, re, im, outRe, outIm);
+    for (int n = 0; n < half; n += 8) {
+        const C8 y = rotate(loadC(outRe + n, outIm + n), load(t.postRe + n), load(t.postIm + n));
+        store(re + n, shiftRightRounded<guard>(y.re));
+        store(im + half - 8 - n, reverse(shiftRightRounded<guard>(set1(0) - y.im)));
+    }
+    for (int n = 0; n < half; n += 8) {
+        storePairs(dst + 2 * n, load(re + n), load(im + n));
+    }
+}
+
+void dct320(const int16_t* src, int16_t* dst) {
+    dct4<20>(g_dct320, src, dst);
+}
+
+void dct640(const int16_t* src, int16_t* dst) {
+    dct4<40>(g_dct640, src, dst);
+}
+
+// 7 bits behind the point: with the gain of 128 and the doubling of the split a full scale fills 31 bits.
+void fft128(int16_t* srcDst) {
+    constexpr int guard = 7;
+    alignas(32) int32_t re[64];
+    alignas(32) int32_t im[64];
+    alignas(32) int32_t zRe[72];
+    alignas(32) int32_t zIm[72];
+    for (int n = 0; n < 64; n += 8) {
+        V8 even;
+        V8 odd;
+        loadPairs(srcDst + 2 * n, even, odd);
+        storeC(re + n, im + n, {shiftLeft<guard>(even), shiftLeft<guard>(odd)});
+    }
+    complexFft<8>(g_fft128, re, im, zRe, zIm);
+    zRe[64] = zRe[0];
+    zIm[64] = zIm[0];
+    for (int k = 0; k < 64; k += 8) {
+        const C8 z = loadC(zRe + k, zIm + k);
+        const C8 m = {reverse(load(zRe + 57 - k)), reverse(load(zIm + 57 - k))}; // Z(64 - k)
+        const C8 even = {z.re + m.re, z.im - m.im};
+        const C8 odd = {z.im + m.im, m.re - z.re};
+        const C8 x = even + rotate(odd, load(g_fft128.postRe + k), load(g_fft128.postIm + k));
+        storePairs(srcDst + 2 * k, shiftRightRounded<guard + 8>(x.re), shiftRightRounded<guard + 8>(x.im));
+    }
+    int16_t nyquist[16];
+    const V8 difference = shiftRightRounded<guard + 7>(set1(zRe[0]) - set1(zIm[0]));
+    storePairs(nyquist, difference, difference);
+    srcDst[1] = nyquist[0];
+}
+
+} // namespace
+
+VEK_KERNEL_TABLE(TransformKernels, transformKernels) = {dct320, dct640, fft128};
+
+} // namespace vek
