@@ -160,7 +160,7 @@ TEST_F(KrIStream, ExitOfTheProcessWritesTheFile) {
 }
 
 TEST_F(KrIStream, FileThatIsGoneAtExitIsReportedAndNoHarm) {
-    const auto run = [this] {
+    const auto run = [] {
         const TestDir other;
         g_istrm.setIniFile(other.path("exit.ini").c_str(), true);
         std::filesystem::remove_all(other.path(""));
