@@ -145,7 +145,7 @@ TEST(KrCpuReport, OnlyTheHeadIsLeftWithoutFunctionOne) {
 TEST(KrCpuReport, SignatureAddsTheExtendedFields) {
     PlayedCpu cpu;
     cpu.vendor(1);
-    cpu.set(1, 0, {2U << 20 | 1U << 16 | 2U << 12 | 15U << 8 | 10U << 4 | 3U, 0xAB, 0, 1U << 28});
+    cpu.set(1, 0, {2U << 20 | 1U << 16 | 2U << 12 | 15U << 8 | 10U << 4 | 3U, 1U << 16 | 0xAB, 0, 1U << 28});
     const std::string text = report();
     EXPECT_NE(text.find("Family   17\nModel    26\nStepping 3\nType     2\nBrand ID 0xAB\n"), std::string::npos);
     EXPECT_NE(text.find("Neither simultaneous threads nor several cores are supported\n"), std::string::npos);
