@@ -309,6 +309,7 @@ TEST(VekHighPassFilter, PreProcessingHalvesPostProcessingDoublesAndBothStopACons
         ASSERT_EQ(vekStsNoErr, veksHighPassFilterSize_G729(&size));
         std::vector<char> memory(static_cast<size_t>(size), 'x');
         ASSERT_EQ(vekStsNoErr, veksHighPassFilterInit_G729(memory.data()));
+        ASSERT_EQ(std::vector<char>(memory.size(), 0), memory);
         Samples x(4000);
         for (size_t i = 0; i < x.size(); i++) {
             x[i] = static_cast<int16_t>(i % 4 < 2 ? 1000 : -1000); // 2 kHz, well above the edge
