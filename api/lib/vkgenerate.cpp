@@ -36,11 +36,18 @@ constexpr vkType typeOf() {
     return static_cast<vkType>(width | kind);
 }
 
+// Both parts of a complex element.
+template <class T>
+void storePair(T* data, int index, T value) {
+    vkStore(data, 2 * index, value);
+    vkStore(data, 2 * index + 1, value);
+}
+
 template <class T>
 void setReal(T* data, int count, double re) {
     const T value = vkConvert<T>(re);
     for (int i = 0; i < count; ++i) {
-        data[i] = value;
+        vkStore(data, i, value);
     }
 }
 
@@ -49,8 +56,8 @@ void setComplex(T* data, int count, double re, double im) {
     const T real = vkConvert<T>(re);
     const T imag = vkConvert<T>(im);
     for (int i = 0; i < count; ++i) {
-        data[2 * i] = real;
-        data[2 * i + 1] = imag;
+        vkStore(data, 2 * i, real);
+        vkStore(data, 2 * i + 1, imag);
     }
 }
 
@@ -74,7 +81,7 @@ void setRandUniform(T* data, int count, double lo, double hi, unsigned int* seed
         if (borrows) {
             t -= borrowTerm;
         }
-        data[i] = vkConvert<T>(static_cast<int>(y + t) * scale + middle);
+        vkStore(data, i, vkConvert<T>(static_cast<int>(y + t) * scale + middle));
         x0 = x1;
         x1 = x2;
         x2 = t;
@@ -98,12 +105,12 @@ void putSequence(int count, double first, double last, double step, double wrap,
 
 template <class T>
 void setRealSeq(T* data, int count, double first, double last, double step, double wrap) {
-    putSequence<T>(count, first, last, step, wrap, [data](int i, T x) { data[i] = x; });
+    putSequence<T>(count, first, last, step, wrap, [data](int i, T x) { vkStore(data, i, x); });
 }
 
 template <class T>
 void setCplxSeq(T* data, int count, double first, double last, double step, double wrap) {
-    putSequence<T>(count, first, last, step, wrap, [data](int i, T x) { data[2 * i] = data[2 * i + 1] = x; });
+    putSequence<T>(count, first, last, step, wrap, [data](int i, T x) { storePair(data, i, x); });
 }
 
 template <class T>
@@ -115,7 +122,7 @@ template <class T>
 void setRealJaehne(T* data, int count, double magnitude, double offset) {
     const double factor = halfPi / count;
     for (int i = 0; i < count; ++i) {
-        data[i] = jaehneAt<T>(i, factor, magnitude, offset);
+        vkStore(data, i, jaehneAt<T>(i, factor, magnitude, offset));
     }
 }
 
@@ -123,7 +130,7 @@ template <class T>
 void setCplxJaehne(T* data, int count, double magnitude, double offset) {
     const double factor = halfPi / count;
     for (int i = 0; i < count; ++i) {
-        data[2 * i] = data[2 * i + 1] = jaehneAt<T>(i, factor, magnitude, offset);
+        storePair(data, i, jaehneAt<T>(i, factor, magnitude, offset));
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "vekdefs.h"
 
+#include <cstring>
 #include <limits>
 #include <type_traits>
 
@@ -45,6 +46,21 @@ bool vkWithComponent(vkType type, Work&& work) {
     default:
         return false;
     }
+}
+
+/// One number of a vector. On request vectors lie across the boundaries of their type, so it goes byte by byte.
+template <class T>
+T vkLoad(const T* data, int index) {
+    T value;
+    std::memcpy(&value,
+                reinterpret_cast<const char*>(data) + static_cast<long long>(index) * static_cast<long long>(sizeof(T)),
+                sizeof value);
+    return value;
+}
+template <class T>
+void vkStore(T* data, int index, T value) {
+    std::memcpy(reinterpret_cast<char*>(data) + static_cast<long long>(index) * static_cast<long long>(sizeof(T)),
+                &value, sizeof value);
 }
 
 /// Truncation towards zero; what T can't hold becomes the nearest value that it can.

@@ -286,9 +286,9 @@ void* vkVector::getPointerAt(int index) {
 void vkVector::readElement(const void* data, double& re, double& im) const {
     vkWithComponent(m_type, [&](auto component) {
         const auto* parts = static_cast<const decltype(component)*>(data);
-        re = static_cast<double>(parts[0]);
+        re = static_cast<double>(vkLoad(parts, 0));
         if (vkIsComplex(m_type)) {
-            im = static_cast<double>(parts[1]);
+            im = static_cast<double>(vkLoad(parts, 1));
         }
     });
 }
@@ -315,9 +315,9 @@ krString vkVector::getDataString(vkType type, const void* data, int count) {
     const int step = vkIsComplex(type) ? 2 : 1;
     vkWithComponent(type, [&](auto component) {
         const auto* parts = static_cast<const decltype(component)*>(data);
-        for (int i = 0; i < count; ++i, parts += step) {
+        for (int i = 0; i < count; ++i) {
             // A real type's format takes no second part.
-            text += krFormat(format, parts[0], parts[step - 1]);
+            text += krFormat(format, vkLoad(parts, step * i), vkLoad(parts, step * i + step - 1));
         }
     });
     return text;

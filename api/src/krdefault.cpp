@@ -7,7 +7,6 @@
 
 #include <csetjmp>
 #include <cstdio>
-#include <cstring>
 
 template class krDefault_NSC<int>;
 template class krDefault_NSC<bool>;
@@ -15,23 +14,8 @@ template class krDefault<int>;
 template class krMapDefault<int>;
 template class krMapDefault<bool>;
 
-namespace {
-
-// Keeps the mark of the test in work while a parameter is read behind a mark of its own.
-class MarkKeeper {
-public:
-    MarkKeeper() { std::memcpy(&m_saved, &tsSignal::m_jmpbuf, sizeof m_saved); }
-    MarkKeeper(const MarkKeeper&) = delete;
-    MarkKeeper& operator=(const MarkKeeper&) = delete;
-    ~MarkKeeper() { std::memcpy(&tsSignal::m_jmpbuf, &m_saved, sizeof m_saved); }
-
-private:
-    jmp_buf m_saved;
-};
-
-constexpr int quoted = 1;
-
-} // namespace
+// The column flag of a value in quotes.
+static constexpr int quoted = 1;
 
 krParameter::krParameter(const krString& name, const krString& prompt) {
     setName(name, prompt);
@@ -130,21 +114,29 @@ void krParameter::nameToCStream(krCStream& stream) const {
     putCell(stream, colmIndex(), m_name);
 }
 
-void krParameter::ask(krIStream& stream) {
-    const krString valid = validString();
-    const krString question = prompt();
-    const krString proposal = defaultString();
-    translate(stream.getItemValue(m_name, proposal, question, valid));
+// The texts of one question. They outlive a jump out of the reading, so that a fault leaves none of them behind.
+struct krParameter::Dialogue {
+    krString valid;
+    krString question;
+    krString proposal;
+    krString answer;
+};
+
+void krParameter::ask(krIStream& stream, Dialogue& dialogue) {
+    dialogue.valid = validString();
+    dialogue.question = prompt();
+    dialogue.proposal = defaultString();
+    dialogue.answer = stream.getItemValue(m_name, dialogue.proposal, dialogue.question, dialogue.valid);
+    translate(dialogue.answer);
 }
 
-// The only frame between the mark and the jump's end: it holds nothing that a jump could leave half done.
-void krParameter::askGuarded(krIStream& stream) {
+void krParameter::askGuarded(krIStream& stream, Dialogue& dialogue) {
     try {
         if (setjmp(tsSignal::m_jmpbuf) != 0) {
             tsSignal::contain();
             throw krException(tsSignal::getInfo());
         }
-        ask(stream);
+        ask(stream, dialogue);
     } catch (const krException& fault) {
         const bool conversion = fault.info()[0] != '\0';
         g_ostrm << "-" << (conversion ? fault.info() : fault.msg()) << "\n";
@@ -164,8 +156,9 @@ void krParameter::fromIStream(krIStream& stream) {
         g_ostrm.setOutLevel(oldLevel | ERR | WARN | PERF);
     }
     {
-        const MarkKeeper keeper;
-        askGuarded(stream);
+        Dialogue dialogue;
+        const krFaultMark keeper;
+        askGuarded(stream, dialogue);
     }
     g_ostrm << " " << description() << "\n";
     if (stream.source() == 1 && c_out.m_file) {

@@ -69,8 +69,9 @@ protected:
     krString m_deprecatedText;
 
 private:
-    void ask(krIStream& stream);
-    void askGuarded(krIStream& stream);
+    struct Dialogue;
+    void ask(krIStream& stream, Dialogue& dialogue);
+    void askGuarded(krIStream& stream, Dialogue& dialogue);
 };
 
 /// A parameter with a value of type T, without text conversion.

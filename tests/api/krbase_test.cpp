@@ -1,7 +1,7 @@
 // Aligned memory: where blocks lie, what the list of live blocks tells, the settings of the vector layout.
-#include "captured_text.h"
 #include "krbase.h"
 #include "krtest.h"
+#include "streamcapture.h"
 
 #include <gtest/gtest.h>
 
@@ -85,7 +85,7 @@ TEST(KrMalloc, GetAlignedPtrKeepsTheBitsOfAlign) {
 }
 
 TEST(KrMalloc, FailureIsReportedAndGivesNull) {
-    CapturedText console(ERR);
+    ConsoleCapture console(ERR);
     EXPECT_EQ(krMalloc(2147483647, 0, 0, nullptr), nullptr);
     EXPECT_EQ(console.text(), "-- Memory error: can't allocate 2147483647 bytes\n");
     EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr);
@@ -98,7 +98,7 @@ TEST(KrMalloc, SizeZeroIsABlock) {
 }
 
 TEST(KrMalloc, MemErrorReportsAndIsFalse) {
-    CapturedText console(ERR);
+    ConsoleCapture console(ERR);
     EXPECT_FALSE(memError(-3));
     EXPECT_EQ(console.text(), "-- Memory error: can't allocate -3 bytes\n");
 }
@@ -147,7 +147,7 @@ TEST(KrMalloc, OwnerMarksAreTwoObjects) {
 TEST(KrMalloc, UnknownPointerIsHarmlessAndItsLineEmpty) {
     void* const block = krMalloc(16, 0, 0, nullptr);
     int local = 0;
-    CapturedText console(ERR | MEM);
+    ConsoleCapture console(ERR | MEM);
     krFree(&local);
     krFree(nullptr);
     EXPECT_EQ(console.text(), " - krFree: \n");
@@ -156,12 +156,11 @@ TEST(KrMalloc, UnknownPointerIsHarmlessAndItsLineEmpty) {
 }
 
 TEST(KrMalloc, MemoryLevelShowsEachBlock) {
-    CapturedText console(ERR | MEM);
+    ConsoleCapture console(ERR | MEM);
     void* const block = krMalloc(48, 0, 0, nullptr);
     char address[40];
     std::snprintf(address, sizeof address, "%llX", static_cast<unsigned long long>(number(block)));
-    const std::string line =
-        std::string("size:48  address:") + address + "  alignedPointer:" + address + "\n";
+    const std::string line = std::string("size:48  address:") + address + "  alignedPointer:" + address + "\n";
     krFree(block);
     EXPECT_EQ(console.text(), " - krMalloc: " + line + " - krFree: " + line);
 }
@@ -171,7 +170,7 @@ TEST(KrMallocDeath, FirstFreeBeforeAnyBlockPrintsNothingAndForgottenBlocksAreNoB
     EXPECT_EXIT(
         {
             krFreeAll();
-            CapturedText console(ERR | MEM);
+            ConsoleCapture console(ERR | MEM);
             int local = 0;
             krFree(&local);
             bool good = console.text().empty() && krMallocFirst(nullptr, nullptr) == nullptr;
@@ -263,7 +262,7 @@ TEST_F(KrTestAllocate, NullOwnerIsTheBufferMark) {
 }
 
 TEST_F(KrTestAllocate, FailureLeavesTheCounters) {
-    CapturedText console(ERR);
+    ConsoleCapture console(ERR);
     EXPECT_EQ(krTest::allocate(2147483647, 0), nullptr);
     EXPECT_EQ(krTest::m_vectorNum, 0);
     EXPECT_EQ(krTest::m_vectorShift, 0);

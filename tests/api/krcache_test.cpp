@@ -1,20 +1,12 @@
 // The cache-state iterator: the windows of sizes, the retries, and what shows of it.
-#include "captured_text.h"
 #include "krcache.h"
 #include "krlib.h"
 #include "krstream.h"
+#include "streamcapture.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-int cacheBytes = 0;
-int cacheStatus = 0;
-
-int fakeCache(int* size) {
-    *size = cacheBytes;
-    return cacheStatus;
-}
 
 class SizedObject final : public krObject {
 public:
@@ -26,19 +18,13 @@ public:
 class KrCacheIterator : public testing::Test {
 protected:
     void SetUp() override {
-        m_oldCache = vek_GetMaxCacheSizeB;
-        vek_GetMaxCacheSizeB = fakeCache;
-        setCache(1000000, 0);
+        m_cpu.vendor(4);
+        m_cpu.cache(0, 1, 1, 125, 125);
+        kr_vekForgetMaxCacheSizeB();
     }
     void TearDown() override {
-        vek_GetMaxCacheSizeB = m_oldCache;
         kr_vekForgetMaxCacheSizeB();
         dropBlock();
-    }
-    void setCache(int bytes, int status) {
-        cacheBytes = bytes;
-        cacheStatus = status;
-        kr_vekForgetMaxCacheSizeB();
     }
     void takeBlock(int bytes) {
         dropBlock();
@@ -51,11 +37,11 @@ protected:
         m_block = nullptr;
     }
 
-    int (*m_oldCache)(int*) = nullptr;
+    PlayedCpu m_cpu;
     void* m_block = nullptr;
     SizedObject m_object;
     krStepIterator<int> m_size{"size", "the size"};
-    CapturedText m_console{ERR | WARN | PERF};
+    ConsoleCapture m_console{ERR | WARN | PERF};
 };
 
 int seenSize = 0;
@@ -280,7 +266,8 @@ TEST_F(KrCacheIterator, SizeThatHalvesToZeroEndsTheRetries) {
 }
 
 TEST_F(KrCacheIterator, UnknownCacheLetsNoDataFitInside) {
-    setCache(1000000, -1);
+    m_cpu.vendor(0);
+    kr_vekForgetMaxCacheSizeB();
     m_size.setList({64});
     krCacheIteratorInt iter(m_size, nullptr, nullptr);
     iter.firstValue();

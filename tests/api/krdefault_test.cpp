@@ -1,9 +1,8 @@
 // Parameters: values in text, the asking, the table cells, and faults while a parameter is read.
-#include "captured_text.h"
 #include "krdefault.h"
-#include "krdefault.inc"
 #include "krexcept.h"
 #include "krstream.h"
+#include "streamcapture.h"
 
 #include <gtest/gtest.h>
 
@@ -26,14 +25,6 @@ std::string cellOf(krCStream& table, int index) {
     krString text;
     table.getColm(index, text);
     return text.c_str();
-}
-
-// A console that holds the answers.
-i_stream* answers(const char* text) {
-    FILE* const file = std::tmpfile();
-    std::fputs(text, file);
-    std::rewind(file);
-    return new i_stream(file);
 }
 
 class FaultyParameter : public krDefault<int> {
@@ -88,7 +79,7 @@ TEST(KrParameter, TextWithNumberInFrontIsTheNumber) {
 }
 
 TEST(KrParameter, ToOStreamIsSilentWithoutAName) {
-    CapturedText console;
+    ConsoleCapture console;
     krDefault<int>(5, "x", "").toOStream(g_ostrm);
     krDefault<int>(6, "", "").toOStream(g_ostrm);
     EXPECT_EQ(console.text(), "x=5 ");
@@ -203,7 +194,7 @@ TEST(DefaultShift, ClearsTheLowSixBits) {
 }
 
 TEST(KrFromIStream, DefaultIsTakenWithoutAConsole) {
-    CapturedText console;
+    ConsoleCapture console;
     krIStream stream;
     krDefault<int> parm(5, "x", "");
     parm.fromIStream(stream);
@@ -212,79 +203,79 @@ TEST(KrFromIStream, DefaultIsTakenWithoutAConsole) {
 }
 
 TEST(KrFromIStream, SilentParameterIsNotAsked) {
-    CapturedText console;
+    ConsoleCapture console;
     krIStream stream;
-    stream.setIStream(answers("7\n"));
+    TypedAnswers answers("7\n");
+    stream.setIStream(&c_in);
     krDefault<int> parm(5, "", "");
     parm.fromIStream(stream);
     EXPECT_EQ(parm.value(), 5);
     EXPECT_EQ(console.text(), "");
-    stream.deleteIStream();
 }
 
 TEST(KrFromIStream, DisabledParameterIsToldButNotAsked) {
-    CapturedText console;
+    ConsoleCapture console;
     krIStream stream;
-    stream.setIStream(answers("7\n"));
+    TypedAnswers answers("7\n");
+    stream.setIStream(&c_in);
     krDefault<int> parm(5, "x", "");
     parm.setEnabled(false);
     parm.fromIStream(stream);
     EXPECT_EQ(parm.value(), 5);
     EXPECT_EQ(console.text(), " x = 5\n");
-    stream.deleteIStream();
 }
 
 TEST(KrFromIStream, DialogueShowsAtTheErrorLevelAndTheLevelComesBack) {
-    CapturedText console(ERR);
+    ConsoleCapture console(ERR);
     krIStream stream;
-    stream.setIStream(answers("7\n"));
+    TypedAnswers answers("7\n");
+    stream.setIStream(&c_in);
     krDefault<int> parm(5, "x", "");
-    testing::internal::CaptureStdout();
     parm.fromIStream(stream);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n x [5] = ");
+    EXPECT_EQ(answers.prompts(), "\n x [5] = ");
     EXPECT_EQ(parm.value(), 7);
     EXPECT_EQ(console.text(), " x = 7\n");
     EXPECT_EQ(g_ostrm.outLevel(), ERR);
-    stream.deleteIStream();
 }
 
 TEST(KrFromIStream, BadAnswerIsToldAndTheValueStays) {
-    CapturedText console;
+    ConsoleCapture console;
     krIStream stream;
-    stream.setIStream(answers("abc\n9\n"));
+    TypedAnswers answers("abc\n9\n");
+    stream.setIStream(&c_in);
     krDefault<int> parm(5, "x", "");
-    testing::internal::CaptureStdout();
     parm.fromIStream(stream);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n x [5] = ");
+    EXPECT_EQ(answers.prompts(), "\n x [5] = ");
     EXPECT_EQ(parm.value(), 5);
     EXPECT_EQ(console.text(), "-Invalid value of x = abc\n x = 5\n");
-    stream.deleteIStream();
 }
 
 TEST(KrFromIStream, FaultsAreToldAsOftenAsTheyCome) {
-    CapturedText console;
+    ConsoleCapture console;
     krIStream stream;
     FaultyParameter parm(5, "x", "");
     parm.fromIStream(stream);
     parm.fromIStream(stream);
-    const std::string once = "---VEK. Signal: FP error, such as overflow, division by zero, invalid operation.\n x = 5\n";
+    const std::string once =
+        "---VEK. Signal: FP error, such as overflow, division by zero, invalid operation.\n x = 5\n";
     EXPECT_EQ(console.text(), once + once);
 }
 
 TEST(KrFromIStream, MarkOfTheTestOutlivesTheReading) {
-    CapturedText console;
+    ConsoleCapture console;
     krIStream stream;
     krDefault<int> good(5, "good", "");
     krDefault<int> bad(5, "bad", "");
     FaultyParameter faulty(5, "faulty", "");
-    stream.setIStream(answers("\nabc\n\n"));
-    testing::internal::CaptureStdout();
+    TypedAnswers answers("\nabc\n\n");
+    stream.setIStream(&c_in);
     volatile int jumps = 0;
+    const krFaultMark outer;
     if (setjmp(tsSignal::m_jmpbuf) == 0) {
         jmp_buf mark;
         std::memcpy(&mark, &tsSignal::m_jmpbuf, sizeof mark);
-        for (krParameter* parm : {static_cast<krParameter*>(&good), static_cast<krParameter*>(&bad),
-                                  static_cast<krParameter*>(&faulty)}) {
+        for (krParameter* parm :
+             {static_cast<krParameter*>(&good), static_cast<krParameter*>(&bad), static_cast<krParameter*>(&faulty)}) {
             parm->fromIStream(stream);
             EXPECT_EQ(std::memcmp(&mark, &tsSignal::m_jmpbuf, sizeof mark), 0);
         }
@@ -293,8 +284,6 @@ TEST(KrFromIStream, MarkOfTheTestOutlivesTheReading) {
         tsSignal::contain();
         jumps = jumps + 1;
     }
-    testing::internal::GetCapturedStdout();
     EXPECT_EQ(jumps, 1);
     EXPECT_EQ(tsSignal::code(), SIGSEGV);
-    stream.deleteIStream();
 }
