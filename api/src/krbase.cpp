@@ -138,10 +138,10 @@ void* AddressList::remove(void* pointer) {
         return nullptr;
     }
     void* const base = place->address;
-    const iterator next = erase(place);
     if (m_position == place) {
-        m_position = next;
+        ++m_position;
     }
+    erase(place);
     return base;
 }
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -64,18 +65,26 @@ TEST(VkVector, EveryTypeHasItsOneView) {
     for (const vkType type : allTypes) {
         vkVector vector(type);
         ASSERT_TRUE(vector.createVector(5, 0)) << type;
-        const void* const views[] = {vector.m_8u,   vector.m_16u,  vector.m_32u,  vector.m_64u, vector.m_8s,
-                                     vector.m_16s,  vector.m_32s,  vector.m_64s,  vector.m_8sc, vector.m_16sc,
-                                     vector.m_16uc, vector.m_32sc, vector.m_64sc, vector.m_32f, vector.m_64f,
-                                     vector.m_32fc, vector.m_64fc};
-        for (int i = 0; i < 17; ++i) {
-            EXPECT_EQ(views[i], allTypes[i] == type ? vector.data() : nullptr) << type << " " << i;
+        const auto views = [&vector] {
+            return std::vector<const void*>{vector.m_8u,   vector.m_16u,  vector.m_32u,  vector.m_64u, vector.m_8s,
+                                            vector.m_16s,  vector.m_32s,  vector.m_64s,  vector.m_8sc, vector.m_16sc,
+                                            vector.m_16uc, vector.m_32sc, vector.m_64sc, vector.m_32f, vector.m_64f,
+                                            vector.m_32fc, vector.m_64fc};
+        };
+        for (size_t i = 0; i < 17; ++i) {
+            EXPECT_EQ(views()[i], allTypes[i] == type ? vector.data() : nullptr) << type << " " << i;
         }
         EXPECT_EQ(vector.length(), 5);
         EXPECT_EQ(vector.size(), 5 * vkVector::item(vector.func()));
         EXPECT_EQ(vector.getIndex(4), (type & vkFloat) == 0             ? 2.0
                                       : type == vk32f || type == vk32fc ? 1.00001F
                                                                         : 1.00001);
+        vector.deleteVector();
+        for (size_t i = 0; i < 17; ++i) {
+            if (allTypes[i] != vk16uc) {
+                EXPECT_EQ(views()[i], nullptr) << type << " " << i;
+            }
+        }
     }
 }
 
