@@ -1,5 +1,5 @@
 // Matrices: rows of a stride, fills that leave the gaps, and failed allocation.
-#include "streamcapture.h"
+#include "../api/streamcapture.h"
 #include "vkrmatr.h"
 
 #include <gtest/gtest.h>

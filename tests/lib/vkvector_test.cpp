@@ -1,6 +1,6 @@
 // Test vectors: types, memory, the reserved copy, access and print.
+#include "../api/streamcapture.h"
 #include "krtest.h"
-#include "streamcapture.h"
 #include "vkvector.h"
 
 #include <gtest/gtest.h>
