@@ -1,0 +1,112 @@
+// The exported names of the three shared objects are the documented ones, each declared in a public header, and each
+// declared one is there. Every speech function has its row in the coverage table.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::set<std::string>;
+
+Names exported(const std::string& library) {
+    const std::string command = "nm -D --defined-only '" VEK_LIBRARY_DIR "/lib" + library + ".so'";
+    Names names;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+        return names;
+    }
+    char line[1024];
+    while (std::fgets(line, sizeof line, pipe) != nullptr) {
+        std::istringstream words(line);
+        std::string address;
+        std::string kind;
+        std::string name;
+        words >> address >> kind >> name;
+        names.insert(name);
+    }
+    EXPECT_EQ(0, pclose(pipe));
+    return names;
+}
+
+std::string textOf(const fs::path& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+Names declared(bool (*isOurs)(const std::string& header)) {
+    Names names;
+    for (const auto& entry : fs::directory_iterator(VEK_INCLUDE_DIR)) {
+        if (!isOurs(entry.path().filename().string())) {
+            continue;
+        }
+        const std::string text = textOf(entry.path());
+        const std::regex declaration(R"(VEK_API\s+[\w\s\*]*?(vek\w+)\()");
+        for (std::sregex_iterator it(text.begin(), text.end(), declaration), end; it != end; ++it) {
+            names.insert((*it)[1]);
+        }
+    }
+    return names;
+}
+
+std::string difference(const Names& a, const Names& b) {
+    std::string text;
+    for (const std::string& name : a) {
+        text += b.count(name) == 0 ? name + " " : "";
+    }
+    return text;
+}
+
+void expectSame(const std::string& library, const Names& documented) {
+    const Names names = exported(library);
+    EXPECT_FALSE(names.empty());
+    EXPECT_EQ("", difference(names, documented)) << "exported, not documented";
+    EXPECT_EQ("", difference(documented, names)) << "documented, not exported";
+}
+
+bool ofSpeech(const std::string& header) {
+    return header.rfind("veksc", 0) == 0;
+}
+
+TEST(VekSymbols, CoreExportsTheDocumentedNames) {
+    expectSame("vekcore", declared([](const std::string& header) { return header == "vekcore.h"; }));
+}
+
+TEST(VekSymbols, VectorLibraryExportsTheDocumentedNames) {
+    expectSame("veks", declared([](const std::string& header) { return header == "veks.h"; }));
+}
+
+TEST(VekSymbols, SpeechLibraryExportsTheDocumentedNames) {
+    expectSame("veksc", declared(ofSpeech));
+}
+
+TEST(VekSymbols, EachSharedObjectTellsItsSoname) {
+    for (const std::string library : {"vekcore", "veks", "veksc"}) {
+        const std::string command =
+            "readelf -d '" VEK_LIBRARY_DIR "/lib" + library + ".so' | grep -q '\\[lib" + library + "\\.so\\.1\\]'";
+        EXPECT_EQ(0, std::system(command.c_str())) << library;
+    }
+}
+
+TEST(VekSymbols, EachSpeechFunctionHasItsRowInTheCoverageTable) {
+    std::string tables;
+    for (const auto& entry : fs::directory_iterator(fs::path(VEK_INCLUDE_DIR) / "../../docs")) {
+        if (entry.path().filename().string().rfind("library", 0) == 0) {
+            tables += textOf(entry.path());
+        }
+    }
+    std::string missing;
+    for (const std::string& name : declared(ofSpeech)) {
+        const bool row = std::regex_search(tables, std::regex("\\b" + name + "\\b"));
+        missing += row || name == "vekscGetLibVersion" ? "" : name + " ";
+    }
+    EXPECT_EQ("", missing);
+}
+
+} // namespace
