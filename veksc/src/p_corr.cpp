@@ -44,8 +44,8 @@ bool TimCorr::canStart() {
     vkcFix(lagMin, 1);
     vkcFix(lagMax, 1);
     if (m_shortDst) {
-        lenght.set(40, 60, 10, '+');
-        lenghtDst.set(30, 40, 2, '+');
+        lenght.set(40, 240, 40, '+');
+        lenghtDst.set(4, 12, 4, '+');
         grid.begin({&lenght, &lenghtDst});
     } else {
         vkcFix(lenghtDst, 1);
@@ -69,9 +69,8 @@ bool TimCorr::canContinue() {
     }
     // The whole length is written where the call takes no length of the destination.
     const int written = m_shortDst ? lenghtDst.value() : lenght.value();
-    const bool made = m_shortDst ? pSrc1.createVector(lenght1.value(), setValue, 1024, 0)
-                                 : pSrc1.createVector(lenght.value(), setValue, 2098, 0);
-    return made && pSrc2.createVector(lenght.value(), setValue, 2098, 0) &&
+    return pSrc1.createVector(lenght.value(), setValue, 2098, 0) &&
+           pSrc2.createVector(lenght.value(), setValue, 2098, 0) &&
            pSrc3.createVector(lenght.value(), setValue, 1024, 0) && pDst.createVector(written, setZero, 0, 0);
 }
 

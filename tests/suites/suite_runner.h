@@ -1,0 +1,71 @@
+// Runs registered tests as a session does, one loop a line, and gives the lines of the result table.
+#pragma once
+
+#include "vkc.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+/// The lines that `work` writes to the result table.
+template <class Work>
+std::vector<std::string> tableLines(const Work& work) {
+    char name[] = "/tmp/suiteXXXXXX";
+    const int file = mkstemp(name);
+    setVekEnvironment();
+    krCpuTicker::m_freqMHz = 2400;
+    krTest::m_numParmsColm = 9;
+    krTest::m_numResultColm = 5;
+    g_cstrm.addStream(name, false);
+    work();
+    g_cstrm.close();
+    std::vector<std::string> lines;
+    std::string line;
+    FILE* stream = fdopen(file, "r");
+    for (int c = std::fgetc(stream); c != EOF; c = std::fgetc(stream)) {
+        if (c == '\n') {
+            lines.push_back(line);
+            line.clear();
+        } else {
+            line += static_cast<char>(c);
+        }
+    }
+    std::fclose(stream);
+    std::remove(name);
+    return lines;
+}
+
+/// Runs a test over its whole grid with one loop a line.
+inline std::vector<std::string> runOnce(krTest& test, krResult& result) {
+    g_ostrm.setOutLevel(ERR);
+    krSession::m_nameExit = false;
+    g_tool.setMethodLoop(1);
+    return tableLines([&] { result = test.run(); });
+}
+
+/// The test of a function, or null.
+inline krTest* findTest(const char* name) {
+    for (krTest* test : *pTestList) {
+        if (test->m_name == name) {
+            return test;
+        }
+    }
+    return nullptr;
+}
+
+/// Cells `first` to `last` of a table line.
+inline std::string cells(const std::string& line, int first, int last) {
+    std::string part;
+    int index = 0;
+    for (const char c : line) {
+        if (c == ',' && index++ == last) {
+            break;
+        }
+        if (index > first || (index == first && c != ',')) {
+            part += c;
+        }
+    }
+    return part;
+}
