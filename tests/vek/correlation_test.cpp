@@ -256,7 +256,7 @@ TEST(VekCrossCorr, NormalisedFormLeavesThirteenBits) {
                     largest = std::max(largest, v < 0 ? -v : v);
                 }
                 int shift = -14;
-                while (largest >> shift >> 13 != 0 || (shift < 0 && (largest << -shift) >= 8192)) {
+                while (shift < 0 ? largest * (1 << -shift) >= 8192 : largest >> shift >= 8192) {
                     shift++;
                 }
                 for (size_t k = 0; k < d.size(); k++) {

@@ -2,10 +2,11 @@
 // declared one is there. Every speech function has its row in the coverage table.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -40,6 +41,20 @@ std::string textOf(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+bool isNameChar(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
+
+bool holdsWord(const std::string& text, const std::string& word) {
+    for (size_t at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) {
+        const size_t end = at + word.size();
+        if ((at == 0 || !isNameChar(text[at - 1])) && (end == text.size() || !isNameChar(text[end]))) {
+            return true;
+        }
+    }
+    return false;
+}
+
 Names declared(bool (*isOurs)(const std::string& header)) {
     Names names;
     for (const auto& entry : fs::directory_iterator(VEK_INCLUDE_DIR)) {
@@ -47,9 +62,14 @@ Names declared(bool (*isOurs)(const std::string& header)) {
             continue;
         }
         const std::string text = textOf(entry.path());
-        const std::regex declaration(R"(VEK_API\s+[\w\s\*]*?(vek\w+)\()");
-        for (std::sregex_iterator it(text.begin(), text.end(), declaration), end; it != end; ++it) {
-            names.insert((*it)[1]);
+        // VEK_API <type> vek...(
+        for (size_t at = text.find("VEK_API "); at != std::string::npos; at = text.find("VEK_API ", at + 1)) {
+            const size_t open = text.find('(', at);
+            size_t first = open;
+            while (first > at && isNameChar(text[first - 1])) {
+                first--;
+            }
+            names.insert(text.substr(first, open - first));
         }
     }
     return names;
@@ -103,8 +123,7 @@ TEST(VekSymbols, EachSpeechFunctionHasItsRowInTheCoverageTable) {
     }
     std::string missing;
     for (const std::string& name : declared(ofSpeech)) {
-        const bool row = std::regex_search(tables, std::regex("\\b" + name + "\\b"));
-        missing += row || name == "vekscGetLibVersion" ? "" : name + " ";
+        missing += holdsWord(tables, name) || name == "vekscGetLibVersion" ? "" : name + " ";
     }
     EXPECT_EQ("", missing);
 }

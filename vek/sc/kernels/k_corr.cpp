@@ -124,6 +124,10 @@ __m128i halves(__m256i v) {
     return _mm_add_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
 }
 
+// Read from element m on: a mask of the last m of sixteen.
+alignas(32) const int16_t kLastOf16[32] = {0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,
+                                           -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+
 int64_t dot16(const int16_t* a, const int16_t* b, int n) {
     const __m256i bias = _mm256_set1_epi32(0x7fff0000);
     const __m256i low = _mm256_set1_epi64x(0xffffffffLL);
@@ -135,17 +139,20 @@ int64_t dot16(const int16_t* a, const int16_t* b, int n) {
         s0 = _mm256_add_epi64(s0, _mm256_and_si256(p, low));
         s1 = _mm256_add_epi64(s1, _mm256_srli_epi64(p, 32));
     }
-    s0 = _mm256_add_epi64(s0, s1);
-    __m128i h = _mm_add_epi64(_mm256_castsi256_si128(s0), _mm256_extracti128_si256(s0, 1));
-    if (i + 8 <= n) {
-        const __m128i p = _mm_add_epi32(_mm_madd_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a + i)),
-                                                       _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + i))),
-                                        _mm256_castsi256_si128(bias));
-        h = _mm_add_epi64(h, _mm_and_si128(p, _mm256_castsi256_si128(low)));
-        h = _mm_add_epi64(h, _mm_srli_epi64(p, 32));
-        i += 8;
+    int pairs = i / 2;
+    if (i > 0 && i < n) {
+        // The rest with the last sixteen elements, of which those already counted are masked out.
+        const __m256i fresh = load16(kLastOf16 + (n - i));
+        const __m256i x = _mm256_and_si256(load16(a + n - 16), fresh);
+        const __m256i p = _mm256_add_epi32(_mm256_madd_epi16(x, load16(b + n - 16)), bias);
+        s0 = _mm256_add_epi64(s0, _mm256_and_si256(p, low));
+        s1 = _mm256_add_epi64(s1, _mm256_srli_epi64(p, 32));
+        pairs += 8;
+        i = n;
     }
-    int64_t s = _mm_cvtsi128_si64(h) + _mm_extract_epi64(h, 1) - static_cast<int64_t>(i / 2) * 0x7fff0000;
+    s0 = _mm256_add_epi64(s0, s1);
+    const __m128i h = _mm_add_epi64(_mm256_castsi256_si128(s0), _mm256_extracti128_si256(s0, 1));
+    int64_t s = _mm_cvtsi128_si64(h) + _mm_extract_epi64(h, 1) - static_cast<int64_t>(pairs) * 0x7fff0000;
     for (; i < n; ++i) {
         s += a[i] * b[i];
     }
@@ -237,22 +244,76 @@ void window16(const int16_t* src, const int16_t* window, int16_t* dst, int n) {
     }
 }
 
-void fold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half) {
-    for (int n = 0; n < half; ++n) {
-        const int a = w[half - 1 - n] * old[half - 1 - n] + w[half + n] * old[half + n];
-        const int b = w[2 * half - 1 - n] * fresh[n] - w[n] * fresh[2 * half - 1 - n];
-        dst[n] = sat16((a + 0x4000) >> 15);
-        dst[half + n] = sat16((b + 0x4000) >> 15);
+// One half of a fold: dst[n] = (w1[n] * x1[n] + w2[n] * x2[n]) in Q15, where each of the four runs forwards or
+// backwards from its pointer, and the second product counts negative if asked.
+enum class Run { forwards, backwards };
+
+#if VEK_LEVEL == 0
+
+template <Run run>
+VEK_INLINE int at(const int16_t* p, int n) {
+    return run == Run::forwards ? p[n] : p[-n];
+}
+
+template <Run runW1, Run runX1, Run runW2, Run runX2, bool minus>
+VEK_INLINE void halfFold(const int16_t* w1, const int16_t* x1, const int16_t* w2, const int16_t* x2, int16_t* dst,
+                         int count) {
+    for (int n = 0; n < count; ++n) {
+        const int first = at<runW1>(w1, n) * at<runX1>(x1, n);
+        const int second = at<runW2>(w2, n) * at<runX2>(x2, n);
+        dst[n] = sat16(((minus ? first - second : first + second) + 0x4000) >> 15);
     }
 }
 
-void unfold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half) {
-    for (int n = 0; n < half; ++n) {
-        const int a = w[n] * fresh[half - 1 - n] + w[2 * half - 1 - n] * old[half + n];
-        const int b = w[half + n] * fresh[n] - w[half - 1 - n] * old[2 * half - 1 - n];
-        dst[n] = sat16((a + 0x4000) >> 15);
-        dst[half + n] = sat16((b + 0x4000) >> 15);
+#else
+
+template <Run run>
+VEK_INLINE __m128i eight(const int16_t* p, int n) {
+    if constexpr (run == Run::forwards) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + n));
+    } else {
+        const __m128i turn = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
+        return _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p - n - 7)), turn);
     }
+}
+
+// count is a multiple of eight.
+template <Run runW1, Run runX1, Run runW2, Run runX2, bool minus>
+VEK_INLINE void halfFold(const int16_t* w1, const int16_t* x1, const int16_t* w2, const int16_t* x2, int16_t* dst,
+                         int count) {
+    const __m128i half = _mm_set1_epi32(0x4000);
+    for (int n = 0; n < count; n += 8) {
+        const __m128i a = eight<runX1>(x1, n);
+        const __m128i b = eight<runX2>(x2, n);
+        const __m128i wa = eight<runW1>(w1, n);
+        __m128i wb = eight<runW2>(w2, n);
+        if constexpr (minus) {
+            wb = _mm_sub_epi16(_mm_setzero_si128(), wb); // a window has no -32768
+        }
+        const __m128i low = _mm_madd_epi16(_mm_unpacklo_epi16(a, b), _mm_unpacklo_epi16(wa, wb));
+        const __m128i high = _mm_madd_epi16(_mm_unpackhi_epi16(a, b), _mm_unpackhi_epi16(wa, wb));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + n),
+                         _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(low, half), 15),
+                                         _mm_srai_epi32(_mm_add_epi32(high, half), 15)));
+    }
+}
+
+#endif
+
+void fold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half) {
+    using enum Run;
+    const int last = 2 * half - 1;
+    halfFold<backwards, backwards, forwards, forwards, false>(w + half - 1, old + half - 1, w + half, old + half, dst,
+                                                              half);
+    halfFold<backwards, forwards, forwards, backwards, true>(w + last, fresh, w, fresh + last, dst + half, half);
+}
+
+void unfold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half) {
+    using enum Run;
+    const int last = 2 * half - 1;
+    halfFold<forwards, backwards, backwards, forwards, false>(w, fresh + half - 1, w + last, old + half, dst, half);
+    halfFold<forwards, forwards, backwards, backwards, true>(w + half, fresh, w + half - 1, old + last, dst + half,
+                                                             half);
 }
 
 } // namespace
