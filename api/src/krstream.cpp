@@ -4,6 +4,7 @@
 #include "kr.h"
 
 #include <cstdint>
+#include <cstring>
 
 // All streams stand here in one order: what is used while a stream is destroyed is defined above it. The destructor of
 // g_istrm writes the ini-file and may report a failure through g_ostrm to c_out.
@@ -328,8 +329,14 @@ static void cutIndent(krString& indent) {
 }
 
 void krTrace::put(const char* what, const krString& name) {
-    const krString line = m_indent + "*****" + what + name + "\n";
-    g_ostrm << line;
+    // Composed in one piece: a trace line is made some fifty times for each line of a grid.
+    krString line;
+    line.allocate(m_indent.length() + 5 + static_cast<int>(std::strlen(what)) + name.length() + 1);
+    std::snprintf(line.data(), static_cast<size_t>(line.capacity()), "%s*****%s%s\n", m_indent.c_str(), what,
+                  name.c_str());
+    if (g_ostrm.passes()) {
+        g_ostrm << line;
+    }
     m_log += line;
     flush();
 }

@@ -91,13 +91,11 @@ void krString::growBy(int n) {
         m_length = length;
         return;
     }
-    char* old = m_buffer;
-    const int oldLength = m_length;
-    m_buffer = nullptr;
-    m_capacity = 0;
-    allocate(length);
-    std::memcpy(m_buffer, old, static_cast<size_t>(oldLength));
-    std::free(old);
+    const int size = getBufSize(length);
+    m_buffer = static_cast<char*>(std::realloc(m_buffer, static_cast<size_t>(size)));
+    std::memset(m_buffer + m_length, 0, static_cast<size_t>(size - m_length));
+    m_capacity = size;
+    m_length = length;
 }
 
 void krString::assign(char c) {
@@ -315,7 +313,8 @@ bool fitString(const krString& word, const krString& name, int skip) {
 static constexpr int noQuotes = -100;
 static constexpr int outside = -1;
 
-krParse::krParse(const krString& text) : m_text(text) {}
+krParse::krParse(const krString& text) : m_text(text) {
+}
 
 void krParse::initParse(const krString& seps) {
     m_position = 0;
