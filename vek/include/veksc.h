@@ -11,6 +11,7 @@
 #if __has_include("veksc_g729.h")
 #include "veksc_g729.h"
 #endif
+#include "veksc_g729lp.h"
 #if __has_include("veksc_gsmamr.h")
 #include "veksc_gsmamr.h"
 #endif

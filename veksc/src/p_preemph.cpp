@@ -1,0 +1,66 @@
+// Pre-emphasis of G.729.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcDst;
+vkVector pTmp;
+vkVector pMem;
+vkVector pSrc;
+vkVector pDst;
+krStepIterator<int> lenght;
+vkcGrid grid;
+int dataSize;
+
+constexpr Vek16s gamma_16s = 26214;
+constexpr Vek32f gamma_32f = 0.8F;
+
+class TimPreemph : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+};
+
+bool TimPreemph::canStart() {
+    vkcRebuild(lenght, "lenght").set(40, 80, 10, '+');
+    grid.begin({&lenght});
+    for (vkVector* vector : {&pSrcDst, &pTmp, &pMem, &pSrc, &pDst}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimPreemph::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    dataSize = lenght.value() * vkVector::item(m_func);
+    return pSrcDst.createVector(lenght.value(), setZero, 0, 0) && pTmp.createVector(lenght.value(), setValue, 10, 0) &&
+           pMem.createVector(1, setValue, 6, 0) && pSrc.createVector(lenght.value(), setValue, 10, 0) &&
+           pDst.createVector(lenght.value(), setZero, 0, 0);
+}
+
+void TimPreemph::flushData() {
+    for (vkVector* vector : {&pDst, &pSrc, &pMem, &pTmp, &pSrcDst}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG_I(TimPreemph, veksPreemphasize_32f_I,
+         veksPreemphasize_32f_I(pSrcDst.m_32f, lenght.value(), pMem.m_32f, gamma_32f),
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
+VK_REG_I(TimPreemph, veksPreemphasize_G729A_16s_I,
+         veksPreemphasize_G729A_16s_I(gamma_16s, pSrcDst.m_16s, lenght.value(), pMem.m_16s),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
+VK_REG(TimPreemph, veksPreemphasize_G729A_16s,
+       veksPreemphasize_G729A_16s(gamma_16s, pSrc.m_16s, pDst.m_16s, lenght.value(), pMem.m_16s))
