@@ -3,6 +3,9 @@
 
 #include "kr.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 static const char* fopenMode(int mode) {
     const bool binary = (mode & ioBinary) != 0;
     if ((mode & ioRead) != 0) {
@@ -88,6 +91,16 @@ o_stream* createOStream(const krString& name, bool append) {
 
 krString getLastErrorMessage() {
     return "";
+}
+
+void krHoldConsole() {
+    int descriptor = 0;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
+        descriptor = open("/dev/null", O_RDWR);
+    }
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
 }
 
 krOStream::~krOStream() {

@@ -1,9 +1,11 @@
 // The entry point.
 #include "kr.h"
 #include "krbase.h"
+#include "krio.h"
 #include "krstream.h"
 
 int main(int argc, char** argv) {
+    krHoldConsole();
     g_trace.traceIn("main");
     if (pSession == nullptr) {
         pSession = new krSession;

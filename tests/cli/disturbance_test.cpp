@@ -1,0 +1,159 @@
+// Runs that something from outside disturbs: a kill, a full disk, a directory that vanishes or can't be written, and a
+// console that is not there.
+#include "rig_process.h"
+
+#include <csignal>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace {
+
+std::vector<std::string> quickKeys(const std::vector<std::string>& more) {
+    std::vector<std::string> keys = {"-B", "-s-", "-dMethod=Manual", "-dNumLoops=2"};
+    keys.insert(keys.end(), more.begin(), more.end());
+    return keys;
+}
+
+const char* const s_tableHead = "CPU,<text>\n"
+                                "OS,<text>\n"
+                                "Computer,<text>\n"
+                                "Start,Day Mon dd hh:mm:ss yyyy\n"
+                                "function,Parm1,Parm2,Parm3,Parm4,Parm5,Parm6,Parm7,Parm8,Comment,Clocks,per,"
+                                "Time (usec),MFlops\n";
+
+std::string sized(const char* name, const char* size) {
+    return std::string(name) + "," + size + ",-,-,-,-,-,-,-,nLps=2,<clocks>,el,<usec>,<mflops>\n";
+}
+
+} // namespace
+
+TEST(DisturbedRun, KillInMidMeasurementLeavesEveryFinishedLineAndTheNextRunWorks) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    rig.write("hold", "");
+    const std::vector<std::string> measuring = quickKeys({"-ffrGood", "-f=hdHolds", "-f-AtTheEnd", "-r", "-u", "-g"});
+    const pid_t process = rig.start(measuring);
+    EXPECT_TRUE(waitUntil([&] { return countOf(rig.read("rig.csv"), "\nhdHolds,") == 2; }));
+    kill(process, SIGKILL);
+    EXPECT_EQ(SIGKILL, RigDirectory::wait(process).signal);
+    const std::string finished = sized("frGood", "8") + sized("frGood", "16") + sized("frGood", "32") +
+                                 sized("hdHolds", "8") + sized("hdHolds", "16");
+    EXPECT_EQ(s_tableHead + finished, rig.masked("rig.csv"));
+    EXPECT_EQ(1, countOf(rig.read("rig_sum.csv"), "frGood,Timing,"));
+    EXPECT_FALSE(rig.exists("rig.end"));
+
+    std::filesystem::remove(rig.file("hold"));
+    EXPECT_EQ(0, rig.run(measuring).exitCode);
+    EXPECT_EQ(s_tableHead + finished + sized("hdHolds", "32"), rig.masked("rig.csv"));
+    EXPECT_TRUE(rig.exists("rig.end"));
+}
+
+TEST(DisturbedRun, KillBeforeTheRegularExitKeepsTheOldIniFile) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    rig.write("rig.ini", "[frGood]\nSize=4\n");
+    rig.write("hold", "");
+    const pid_t process = rig.start(quickKeys({"-f=hdHolds", "-i", "-r"}));
+    EXPECT_TRUE(waitUntil([&] { return countOf(rig.read("rig.csv"), "\nhdHolds,") == 2; }));
+    kill(process, SIGKILL);
+    RigDirectory::wait(process);
+    EXPECT_EQ("[frGood]\nSize=4\n", rig.read("rig.ini"));
+}
+
+TEST(DisturbedRun, FullDiskEndsNoRun) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys(
+        {"-ffrGood", "-r/dev/full", "-rgood", "-o/dev/full", "-u/dev/full", "-q/dev/full", "-g/dev/full", "-LI"}));
+    EXPECT_EQ(0, run.exitCode) << run.signal;
+    EXPECT_EQ(3, countOf(rig.read("good.csv"), "\nfrGood,"));
+    EXPECT_NE(std::string::npos, run.out.find(".Successes       : 2"));
+}
+
+TEST(DisturbedRun, VanishedOutputDirectoryEndsNoRun) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    std::filesystem::create_directory(rig.file("results"));
+    rig.write("hold", "");
+    const pid_t process = rig.start(quickKeys({"-f=hdHolds", "-f=frGood", "-lresults", "-r", "-u", "-o", "-g"}));
+    EXPECT_TRUE(waitUntil([&] { return countOf(rig.read("results/rig.csv"), "\nhdHolds,") == 2; }));
+    std::filesystem::remove_all(rig.file("results"));
+    std::filesystem::remove(rig.file("hold"));
+    EXPECT_EQ(0, RigDirectory::wait(process).exitCode);
+    EXPECT_FALSE(rig.exists("results"));
+}
+
+TEST(DisturbedRun, SignalFileThatCantBeWrittenIsToldAndNothingElseHappens) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys({"-f=frGood", "-g/proc/none/x.end"}));
+    EXPECT_EQ(0, run.exitCode);
+    EXPECT_NE(std::string::npos, run.out.find("-- Can't open file /proc/none/x.end to write: ")) << run.out;
+}
+
+TEST(DisturbedRun, UnwritableDirectoryIsAFatalErrorWithExitStatusZeroAndTheSignalFile) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    for (const char* key : {"-r/proc/none/t.csv", "-R/proc/none/t.csv", "-u/proc/none/t.csv", "-U/proc/none/t.csv",
+                            "-q/proc/none/t.csv", "-o/proc/none/t.txt", "-O/proc/none/t.txt"}) {
+        std::filesystem::remove(rig.file("rig.end"));
+        const RigResult run = rig.run({"-B", key, "-f=frGood", "-g"});
+        EXPECT_EQ(0, run.exitCode) << key;
+        EXPECT_EQ(1, countOf(run.out, "-- Can't open file /proc/none/t.")) << run.out;
+        EXPECT_EQ(1, countOf(run.out, "FATAL ERROR: can't open output file for writing\n")) << key;
+        EXPECT_EQ(0, countOf(run.out, "Sorting functions...")) << key;
+        EXPECT_EQ(0, countOf(run.out, "KR Summary")) << key;
+        EXPECT_TRUE(rig.exists("rig.end")) << key;
+    }
+}
+
+TEST(DisturbedRun, FileInThePlaceOfTheOutputDirectoryIsAFatalError) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    rig.write("results", "a file");
+    const RigResult run = rig.run({"-B", "-lresults", "-r", "-f=frGood"});
+    EXPECT_EQ(0, run.exitCode);
+    EXPECT_EQ(1, countOf(run.out, "FATAL ERROR: can't open output file for writing\n"));
+}
+
+TEST(DisturbedRun, IniFileThatCantBeCreatedIsAFatalError) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run({"-B", "-I/proc/none/x.ini", "-f=frGood"});
+    EXPECT_EQ(0, run.exitCode);
+    EXPECT_EQ(1, countOf(run.out, "-- Can't open file /proc/none/x.ini to write: "));
+    EXPECT_EQ(1, countOf(run.out, "FATAL ERROR: can't open ini-file for writing\n"));
+    EXPECT_EQ(0, countOf(run.out, "Method = "));
+}
+
+TEST(DisturbedRun, IniFileThatIsMissingForReadingLeavesTheDefaults) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run({"-B", "-inone", "-f=frGood", "-dMethod=Manual"});
+    EXPECT_EQ(0, run.exitCode);
+    EXPECT_EQ(1, countOf(rig.mask(run.out), "-- Can't open file <dir>/none.ini to read: "));
+    EXPECT_EQ(1, countOf(run.out, "\n NumLoops = 10\n"));
+    EXPECT_EQ(1, countOf(run.out, "-OK         frGood"));
+}
+
+TEST(DisturbedRun, ClosedInputTakesTheDefaults) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    RigConsole console;
+    console.inputClosed = true;
+    const RigResult run = rig.run({"-AAll", "-f=frGood", "-o"}, console);
+    EXPECT_EQ(0, run.exitCode);
+    EXPECT_EQ(1, countOf(run.out, "\n Method {Auto|Manual|Statistic|Iterative} [Auto] =  Method = Auto\n"));
+    EXPECT_EQ(1, countOf(run.out, "\n Size [8; 16; 32] =  Size = 8; 16; 32\n"));
+}
+
+TEST(DisturbedRun, ClosedConsoleKeepsConsoleTextOutOfTheTables) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    RigConsole console;
+    console.inputClosed = true;
+    console.outputClosed = true;
+    EXPECT_EQ(0, rig.run(quickKeys({"-f=frGood", "-r", "-u", "-o", "-LI"}), console).exitCode);
+    EXPECT_EQ(s_tableHead + sized("frGood", "8") + sized("frGood", "16") + sized("frGood", "32"),
+              rig.masked("rig.csv"));
+    EXPECT_EQ(0U, rig.read("rig_sum.csv").find("CPU,"));
+    EXPECT_EQ(1, countOf(rig.read("rig.txt"), "KR Summary"));
+}
+
+TEST(DisturbedRun, ConsoleOnAFullDiskLosesNoFile) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    RigConsole console;
+    console.outputFile = "/dev/full";
+    EXPECT_EQ(0, rig.run(quickKeys({"-f=frGood", "-r", "-o", "-LI"}), console).exitCode);
+    EXPECT_EQ(3, countOf(rig.read("rig.csv"), "\nfrGood,"));
+    EXPECT_EQ(1, countOf(rig.read("rig.txt"), "KR Summary"));
+}

@@ -1,0 +1,465 @@
+// Runs of the fault program: every kind of fault in every phase of a test, its result, and that the run gets over it.
+#include "rig_process.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const std::vector<std::string> s_quick = {"-B", "-s-", "-dMethod=Manual", "-dNumLoops=2"};
+
+std::vector<std::string> quickKeys(const std::vector<std::string>& more) {
+    std::vector<std::string> keys = s_quick;
+    keys.insert(keys.end(), more.begin(), more.end());
+    return keys;
+}
+
+const char* const s_tableHead = "CPU,<text>\n"
+                                "OS,<text>\n"
+                                "Computer,<text>\n"
+                                "Start,Day Mon dd hh:mm:ss yyyy\n";
+const char* const s_tableTitle = "function,Parm1,Parm2,Parm3,Parm4,Parm5,Parm6,Parm7,Parm8,Comment,Clocks,per,"
+                                 "Time (usec),MFlops\n";
+
+// A test of one line has no element and no known operations.
+std::string single(const char* name) {
+    return std::string(name) + ",-,-,-,-,-,-,-,-,nLps=2,<clocks>, ,<usec>,-\n";
+}
+std::string sized(const char* name, const char* size) {
+    return std::string(name) + "," + size + ",-,-,-,-,-,-,-,nLps=2,<clocks>,el,<usec>,<mflops>\n";
+}
+
+} // namespace
+
+TEST(FaultRun, ConsoleTellsEachFaultWhereItStruckAndTheRunGoesOn) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys({"-ffr", "-f-frMany", "-LWARN"}));
+    EXPECT_EQ(1, run.exitCode);
+    const std::string expected = R"(Command line options: 
+-B: batch mode
+-s-: don't sort functions
+-dMethod=Manual: set KR parameter Method=Manual
+-dNumLoops=2: set KR parameter NumLoops=2
+-ffr: test functions containing 'fr'
+-f-frMany: don't test functions containing 'frMany'
+-LWARN: write errors,warnings to console
++-----------------------------------------------------------------------------+
+| CPU      : <text>
+| OS       : <text>
+| Computer : <text>
+| Test     : Timing                                                           |
+|                                                     Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
+--VEK. Signal: Illegal storage access. in startAndStop of frCrashInBegin test
+--VEK. Signal: FP error, such as overflow, division by zero, invalid operation. in startAndStop of frCrashInStart test
+ Method = Manual
+ NumLoops = 2
+ AlignVectorsBy = element
+ VectorAlign = 0
++-----------------------------------------------------------------------------+
+| Function  : frGood                                  Day Mon dd hh:mm:ss yyyy|
+| Test      : FrGrid                                                          |
+| Source    : faultrig.cpp                                                    |
+| Description : adding up                                                     |
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| -OK         frGood                                  Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frNullWrite                             Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+--VEK. Signal: Illegal storage access. in vekFunctionCalls
++-----------------------------------------------------------------------------+
+| -EXCPTFAIL  frNullWrite                             Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frIntegerDivide                         Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+--VEK. Signal: FP error, such as overflow, division by zero, invalid operation. in vekFunctionCalls
++-----------------------------------------------------------------------------+
+| -EXCPTFAIL  frIntegerDivide                         Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frX87Divide                             Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+--VEK. Signal: FP error, such as overflow, division by zero, invalid operation. in vekFunctionCalls
++-----------------------------------------------------------------------------+
+| -EXCPTFAIL  frX87Divide                             Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frIllegalInstruction                    Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+--VEK. Signal: Illegal instruction. in vekFunctionCalls
++-----------------------------------------------------------------------------+
+| -EXCPTFAIL  frIllegalInstruction                    Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frRunAway                               Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+--VEK. Signal: Illegal storage access. in vekFunctionCalls
++-----------------------------------------------------------------------------+
+| -EXCPTFAIL  frRunAway                               Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frWordsAfterFaults                      Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| -OK         frWordsAfterFaults                      Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frDenormalFlag                          Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+-- Status    SSX: ?Denormal 
+-- modified control status on test parameters:
+
+-- performance:
+  nLps=2      perf=<clocks>/1=<clocks> clocks
++-----------------------------------------------------------------------------+
+| -BADSTSWRN  frDenormalFlag                          Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frInexactFlag                           Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| -OK         frInexactFlag                           Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frRoundingMode                          Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| -OK         frRoundingMode                          Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frWordsAfterRounding                    Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| -OK         frWordsAfterRounding                    Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frError                                 Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+-- lib function error on test parameters:
+
++-----------------------------------------------------------------------------+
+| -FUNCFAIL   frError                                 Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frWarning                               Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSingle                                                        |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+-- lib function warning on test parameters:
+
+-- performance:
+  nLps=2      perf=<clocks>/1=<clocks> clocks
++-----------------------------------------------------------------------------+
+| -FUNCWRN    frWarning                               Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frCantStart                             Day Mon dd hh:mm:ss yyyy|
+| Test      : FrCantStart                                                     |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+-- Can't start timing
++-----------------------------------------------------------------------------+
+| -DATAFAIL   frCantStart                             Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
+--VEK. Signal: Illegal storage access. in beginTest
++-----------------------------------------------------------------------------+
+| -EXCPTFAIL  frCrashInBegin                          Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frCrashInStart                          Day Mon dd hh:mm:ss yyyy|
+| Test      : FrCrashInStart                                                  |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+--VEK. Signal: FP error, such as overflow, division by zero, invalid operation. in canStart
++-----------------------------------------------------------------------------+
+| -EXCPTFAIL  frCrashInStart                          Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frCrashInData                           Day Mon dd hh:mm:ss yyyy|
+| Test      : FrCrashInData                                                   |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+--VEK. Signal: Illegal instruction. in initData
++-----------------------------------------------------------------------------+
+| -EXCPTFAIL  frCrashInData                           Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frFailsAtSixteen                        Day Mon dd hh:mm:ss yyyy|
+| Test      : FrGrid                                                          |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+-- lib function error on test parameters:
+Size=16 
++-----------------------------------------------------------------------------+
+| -FUNCFAIL   frFailsAtSixteen                        Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frCrashesAtSixteen                      Day Mon dd hh:mm:ss yyyy|
+| Test      : FrGrid                                                          |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+--VEK. Signal: Illegal storage access. in vekFunctionCalls
++-----------------------------------------------------------------------------+
+| -EXCPTFAIL  frCrashesAtSixteen                      Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frEmptyGrid                             Day Mon dd hh:mm:ss yyyy|
+| Test      : FrEmptyGrid                                                     |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+-- One of argument list for timing is empty
++-----------------------------------------------------------------------------+
+| -DATAFAIL   frEmptyGrid                             Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frDuplicates                            Day Mon dd hh:mm:ss yyyy|
+| Test      : FrDuplicates                                                    |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+ Performance table warning:
+ Lines 19 & 21 have identical parameters
+-- Warning: duplicate lines in performance table (csv-file)
++-----------------------------------------------------------------------------+
+| -DATAWRN    frDuplicates                            Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frSkipsAll                              Day Mon dd hh:mm:ss yyyy|
+| Test      : FrSkipsAll                                                      |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+-- Error while initialization of function data
++-----------------------------------------------------------------------------+
+| -DATAFAIL   frSkipsAll                              Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frNoFunction                            Day Mon dd hh:mm:ss yyyy|
+| Test      : FrNoFunction                                                    |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
+-- Internal test problem: runTiming() function returns undefined result
++-----------------------------------------------------------------------------+
+| -FAIL       frNoFunction                            Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| Function  : frGoodAtTheEnd                          Day Mon dd hh:mm:ss yyyy|
+| Test      : FrGrid                                                          |
+| Source    : faultrig.cpp                                                    |
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| -OK         frGoodAtTheEnd                          Day Mon dd hh:mm:ss yyyy|
++-----------------------------------------------------------------------------+
++-----------------------------------------------------------------------------+
+| KR Summary                                                                  |
+| .Number of tests : 24                                                       |
+| .Successes       : 6                                                        |
+| .Failures        : 17                                                       |
+| ...Fails         : 14                                                       |
+| .....-FAIL       : 5                                                        |
+| .....-EXCPTFAIL  : 9                                                        |
+| ...Warnings      : 3                                                        |
+| .....-WARNING    : 2                                                        |
+| .....-BADSTSWRN  : 1                                                        |
+| ...Undefined     : 1                                                        |
+| .Total time      : hh:mm:ss                                                 |
++-----------------------------------------------------------------------------+
+)";
+    EXPECT_EQ(expected, rig.mask(run.out));
+}
+
+TEST(FaultRun, TableHoldsEveryLineThatWasMeasuredBeforeAFault) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys({"-ffr", "-f-frMany", "-r"}));
+    EXPECT_EQ(1, run.exitCode);
+    const std::string expected =
+        std::string(s_tableHead) + s_tableTitle + sized("frGood", "8") + sized("frGood", "16") + sized("frGood", "32") +
+        single("frWordsAfterFaults") + single("frDenormalFlag") + single("frInexactFlag") + single("frRoundingMode") +
+        single("frWordsAfterRounding") + single("frWarning") + sized("frCrashInData", "8") +
+        sized("frCrashInData", "16") + sized("frFailsAtSixteen", "8") + sized("frCrashesAtSixteen", "8") +
+        sized("frDuplicates", "8") + sized("frDuplicates", "16") + sized("frDuplicates", "8") +
+        sized("frGoodAtTheEnd", "8") + sized("frGoodAtTheEnd", "16") + sized("frGoodAtTheEnd", "32");
+    EXPECT_EQ(expected, rig.masked("rig.csv"));
+}
+
+TEST(FaultRun, SummaryTableGivesEachTestItsResultAndTheCounters) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    rig.run(quickKeys({"-ffr", "-f-frMany", "-LWARN", "-u"}));
+    const std::string expected =
+        std::string(s_tableHead) +
+        R"(Function,Class,Control87,Status87,ControlSSX,StatusSSX,Test,Time (sec.),SrcName,Result,ExeName
+frGood,Timing,-,-,-,-,FrGrid,<sec>,faultrig.cpp,OK,rig
+frNullWrite,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,EXCPTFAIL,rig
+frIntegerDivide,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,EXCPTFAIL,rig
+frX87Divide,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,EXCPTFAIL,rig
+frIllegalInstruction,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,EXCPTFAIL,rig
+frRunAway,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,EXCPTFAIL,rig
+frWordsAfterFaults,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,OK,rig
+frDenormalFlag,Timing,-,-,-,?,FrSingle,<sec>,faultrig.cpp,BADSTSWRN,rig
+frInexactFlag,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,OK,rig
+frRoundingMode,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,OK,rig
+frWordsAfterRounding,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,OK,rig
+frError,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,FUNCFAIL,rig
+frWarning,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,FUNCWRN,rig
+frCantStart,Timing,-,-,-,-,FrCantStart,<sec>,faultrig.cpp,DATAFAIL,rig
+-,-,-,-,FrCrashInBegin,<sec>,faultrig.cpp,EXCPTFAIL,rig
+frCrashInStart,Timing,-,-,-,-,FrCrashInStart,<sec>,faultrig.cpp,EXCPTFAIL,rig
+frCrashInData,Timing,-,-,-,-,FrCrashInData,<sec>,faultrig.cpp,EXCPTFAIL,rig
+frFailsAtSixteen,Timing,-,-,-,-,FrGrid,<sec>,faultrig.cpp,FUNCFAIL,rig
+frCrashesAtSixteen,Timing,-,-,-,-,FrGrid,<sec>,faultrig.cpp,EXCPTFAIL,rig
+frEmptyGrid,Timing,-,-,-,-,FrEmptyGrid,<sec>,faultrig.cpp,DATAFAIL,rig
+frDuplicates,Timing,-,-,-,-,FrDuplicates,<sec>,faultrig.cpp,DATAWRN,rig
+frSkipsAll,Timing,-,-,-,-,FrSkipsAll,<sec>,faultrig.cpp,DATAFAIL,rig
+frNoFunction,Timing,-,-,-,-,FrNoFunction,<sec>,faultrig.cpp,FAIL,rig
+frGoodAtTheEnd,Timing,-,-,-,-,FrGrid,<sec>,faultrig.cpp,OK,rig
+END_DATA
+.Number of tests,24
+.Successes      ,6
+.Failures       ,17
+...Fails        ,14
+.....-FAIL      ,5
+.....-EXCPTFAIL ,9
+...Warnings     ,3
+.....-WARNING   ,2
+.....-BADSTSWRN ,1
+...Undefined    ,1
+.Total time     ,hh:mm:ss
+)";
+    EXPECT_EQ(expected, rig.masked("rig_sum.csv"));
+}
+
+TEST(FaultRun, WarningsCountAsSuccessesWhenOnlyErrorsAreShown) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys({"-f=frDenormalFlag", "-f=frWarning", "-f=frDuplicates", "-u"}));
+    EXPECT_EQ(0, run.exitCode);
+    const std::string summary = rig.masked("rig_sum.csv");
+    EXPECT_NE(std::string::npos, summary.find("frDenormalFlag,Timing,-,-,-,?,FrSingle,<sec>,faultrig.cpp,OK,rig\n"));
+    EXPECT_NE(std::string::npos, summary.find(".Successes      ,3\n"));
+    EXPECT_NE(std::string::npos, summary.find(".Failures       ,0\n"));
+}
+
+TEST(FaultRun, WarningsAloneGiveExitStatusZero) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys({"-f=frDenormalFlag", "-f=frWarning", "-f=frDuplicates", "-LW", "-u"}));
+    EXPECT_EQ(0, run.exitCode);
+    const std::string summary = rig.masked("rig_sum.csv");
+    EXPECT_NE(std::string::npos, summary.find(".....-WARNING   ,2\n"));
+    EXPECT_NE(std::string::npos, summary.find(".....-BADSTSWRN ,1\n"));
+}
+
+TEST(FaultRun, UndefinedTimingResultIsAnErrorThatKeepsExitStatusZero) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys({"-f=frNoFunction", "-u"}));
+    EXPECT_EQ(0, run.exitCode);
+    EXPECT_NE(std::string::npos, rig.read("rig_sum.csv").find(",FAIL,rig\n"));
+    EXPECT_NE(std::string::npos, rig.read("rig_sum.csv").find("...Undefined    ,1\n"));
+}
+
+TEST(FaultRun, OneFailureAmongGoodTestsGivesExitStatusOne) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    EXPECT_EQ(0, rig.run(quickKeys({"-ffrGood"})).exitCode);
+    EXPECT_EQ(1, rig.run(quickKeys({"-ffrGood", "-f=frError"})).exitCode);
+    EXPECT_EQ(1, rig.run(quickKeys({"-ffrGood", "-f=frCantStart"})).exitCode);
+    EXPECT_EQ(1, rig.run(quickKeys({"-ffrGood", "-f=frIllegalInstruction"})).exitCode);
+}
+
+TEST(FaultRun, AThousandFaultsOfFourKindsCostOneTestEach) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys({"-ffrMany", "-r", "-u", "-g"}));
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_EQ(500, countOf(run.out, "--VEK. Signal: FP error, such as overflow, division by zero, invalid operation."
+                                    " in vekFunctionCalls\n"));
+    EXPECT_EQ(250, countOf(run.out, "--VEK. Signal: Illegal storage access. in vekFunctionCalls\n"));
+    EXPECT_EQ(250, countOf(run.out, "--VEK. Signal: Illegal instruction. in vekFunctionCalls\n"));
+    const std::string rows =
+        sized("frManySurvived", "8") + sized("frManySurvived", "16") + sized("frManySurvived", "32");
+    EXPECT_EQ(std::string(s_tableHead) + s_tableTitle + rows, rig.masked("rig.csv"));
+    const std::string summary = rig.read("rig_sum.csv");
+    EXPECT_EQ(1000, countOf(summary, ",EXCPTFAIL,rig\n"));
+    EXPECT_NE(std::string::npos, summary.find(".Number of tests,1001\n.Successes      ,1\n.Failures       ,1000\n"
+                                              "...Fails        ,1000\n.....-FAIL      ,0\n.....-EXCPTFAIL ,1000\n"));
+    EXPECT_TRUE(rig.exists("rig.end"));
+}
+
+TEST(FaultRun, EveryTimingMethodGetsOverAFault) {
+    for (const char* method : {"Auto", "Manual", "Statistic", "Iterative"}) {
+        const RigDirectory rig(FAULTRIG, "rig");
+        const RigResult run = rig.run({"-B", "-s-", "-LI", "-r", "-dAccuracy=100", std::string("-dMethod=") + method,
+                                       "-ffrGood", "-f=frNullWrite", "-f=frX87Divide", "-f=frRunAway"});
+        EXPECT_EQ(1, run.exitCode) << method;
+        EXPECT_EQ(3, countOf(run.out, "in vekFunctionCalls\n")) << method;
+        EXPECT_EQ(3, countOf(rig.read("rig.csv"), "\nfrGoodAtTheEnd,")) << method;
+    }
+}
+
+TEST(FaultRun, AFaultIsContainedAtEveryLevelOfOutput) {
+    for (const char* level : {"-LE", "-LW", "-LP", "-LI", "-LT", "-LD", "-LM", "-LTDMI"}) {
+        const RigDirectory rig(FAULTRIG, "rig");
+        const RigResult run = rig.run(quickKeys({level, "-f=frCrashesAtSixteen", "-f=frGoodAtTheEnd", "-o"}));
+        EXPECT_EQ(1, run.exitCode) << level;
+        EXPECT_NE(std::string::npos, run.out.find("--VEK. Signal: Illegal storage access. in vekFunctionCalls\n"));
+        EXPECT_NE(std::string::npos, run.out.find("-OK         frGoodAtTheEnd")) << level;
+    }
+}
+
+TEST(FaultRun, EveryPriorityGetsOverAFault) {
+    for (const char* priority : {"-YHIGH", "-YNORMAL", "-YLOW"}) {
+        const RigDirectory rig(FAULTRIG, "rig");
+        const RigResult run = rig.run(quickKeys({priority, "-f=frIntegerDivide", "-f=frGoodAtTheEnd"}));
+        EXPECT_EQ(1, run.exitCode);
+        EXPECT_NE(std::string::npos, run.out.find("-OK         frGoodAtTheEnd")) << priority;
+    }
+}
+
+TEST(FaultRun, ACrashWhileAParameterIsReadIsToldAndTheParameterKeepsItsValue) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys({"-f=cmParameter", "-f=frIllegalInstruction", "-dCommon=crash"}));
+    EXPECT_EQ(1, run.exitCode);
+    const std::string expected = " NumLoops = 2\n"
+                                 "---VEK. Signal: Illegal storage access.\n"
+                                 " Common = 3\n"
+                                 " AlignVectorsBy = element\n";
+    EXPECT_NE(std::string::npos, run.out.find(expected)) << run.out;
+    EXPECT_NE(std::string::npos, run.out.find("-OK         cmParameter"));
+    EXPECT_NE(std::string::npos, run.out.find("--VEK. Signal: Illegal instruction. in vekFunctionCalls\n"));
+}
+
+TEST(FaultRun, AFaultWhileParametersAreWrittenToTheIniFileKeepsTheOthers) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys({"-ffrCrash", "-ffrGood", "-I"}));
+    EXPECT_EQ(1, run.exitCode);
+    const std::string expected = "\n[Kelvar Rig]\n"
+                                 "Method=Manual\t// Auto|Manual|Statistic|Iterative\n"
+                                 "NumLoops=2\n"
+                                 "AlignVectorsBy=element\t// byte|element\n"
+                                 "VectorAlign=0\n"
+                                 "\n[frGood]\nSize=8; 16; 32\n"
+                                 "\n[frCrashInBegin]\n"
+                                 "\n[frCrashInStart]\n"
+                                 "\n[frCrashInData]\nSize=8; 16; 32\n"
+                                 "\n[frCrashesAtSixteen]\nSize=8; 16; 32\n"
+                                 "\n[frGoodAtTheEnd]\nSize=8; 16; 32\n";
+    EXPECT_EQ(expected, rig.read("rig.ini"));
+}
