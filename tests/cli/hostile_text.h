@@ -82,7 +82,7 @@ public:
                                                         "\x01"};
         switch (number(8)) {
         case 0:
-            return std::string(static_cast<size_t>(number(400)), static_cast<char>('!' + number(90)));
+            return run();
         case 1: {
             std::string noise;
             for (int i = number(20); i > 0; --i) {
@@ -109,8 +109,9 @@ public:
         if (number(6) == 0) {
             return text(3);
         }
-        const char lead = number(8) == 0 ? '/' : '-';
-        return lead + std::string(1, letters[static_cast<size_t>(number(static_cast<int>(letters.size())))]) + text(2);
+        std::string word = number(8) == 0 ? "/" : "-";
+        word += letters[static_cast<size_t>(number(static_cast<int>(letters.size())))];
+        return word + text(2);
     }
 
     /// The same key without a way out of the working directory: no slash behind its first character, no "..".
@@ -129,5 +130,12 @@ public:
     }
 
 private:
+    // One number a statement: the order in which a compiler takes operands would change the cases.
+    std::string run() {
+        const int length = number(400);
+        const int letter = number(90);
+        return std::string(static_cast<size_t>(length), static_cast<char>('!' + letter));
+    }
+
     std::mt19937 m_random;
 };
