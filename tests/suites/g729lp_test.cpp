@@ -26,6 +26,19 @@ const GridCase gridCases[] = {
     {"veksPreemphasize_32f_I", 5, "40,-,-,-,-,-", "80,-,-,-,-,-", "p_preemph", true, 80},
     {"veksPreemphasize_G729A_16s_I", 5, "40,-,-,-,-,-", "80,-,-,-,-,-", "p_preemph", true, 80},
     {"veksPreemphasize_G729A_16s", 5, "40,-,-,-,-,-", "80,-,-,-,-,-", "p_preemph", false, 80},
+    {"veksLSPToLPC_G729_32f", 1, "11,-,-,-,-,-", "11,-,-,-,-,-", "p_lpcnv", false, 11},
+    {"veksLPCToLSP_G729A_32f", 1, "11,-,-,-,-,-", "11,-,-,-,-,-", "p_lpcnv", false, 11},
+    {"veksLPCToLSP_G729_32f", 1, "11,-,-,-,-,-", "11,-,-,-,-,-", "p_lpcnv", false, 11},
+    {"veksLSPToLPC_G729_16s", 1, "11,-,-,-,-,-", "11,-,-,-,-,-", "p_lpcnv", false, 11},
+    {"veksLPCToLSP_G729A_16s", 1, "11,-,-,-,-,-", "11,-,-,-,-,-", "p_lpcnv", false, 11},
+    {"veksLPCToLSP_GSMAMR_16s", 1, "11,-,-,-,-,-", "11,-,-,-,-,-", "p_lpcnv", false, 11},
+    {"veksLPCToLSP_G729_16s", 1, "11,-,-,-,-,-", "11,-,-,-,-,-", "p_lpcnv", false, 11},
+    {"veksLSPToLSF_Norm_G729_16s", 1, "11,-,-,-,-,-", "11,-,-,-,-,-", "p_lpcnv", false, 11},
+    {"veksLSPToLSF_G729_16s", 1, "11,-,-,-,-,-", "11,-,-,-,-,-", "p_lpcnv", false, 11},
+    {"veksLSFToLSP_G729_16s", 1, "11,-,-,-,-,-", "11,-,-,-,-,-", "p_lpcnv", false, 11},
+    {"veksLevinsonDurbin_G729_32f", 5, "10,-,-,-,-,-", "30,-,-,-,-,-", "p_lpld", false, 900},
+    {"veksLevinsonDurbin_G729_32s16s", 5, "10,-,-,-,-,-", "30,-,-,-,-,-", "p_lpld", false, 900},
+    {"veksLevinsonDurbin_G729B", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_lpld", false, 100},
 };
 
 class G729LpSuites : public testing::TestWithParam<GridCase> {};
@@ -67,6 +80,10 @@ std::string nameRow(const char* function) {
 TEST(G729LpSuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksToeplizMatrix_G729_16s"), "Lenght Src,Lenght Dst,-,-,-,-");
     EXPECT_EQ(nameRow("veksPreemphasize_32f_I"), "lenght,-,-,-,-,-");
+}
+
+TEST(G729LpSuiteNames, TheRecursionHasAnOrder) {
+    EXPECT_EQ(nameRow("veksLevinsonDurbin_G729B"), "Order,-,-,-,-,-");
 }
 
 TEST(G729LpSuiteNames, TheLengthOfPhaseDispersionHasNoTitleAndDoesNotShow) {

@@ -1,5 +1,8 @@
-// Pre-emphasis against its definition.
+// Pre-emphasis, recursion and spectral conversions against their definitions in double precision.
 #include "lp_reference.h"
+
+#include <cmath>
+
 #include "veksc.h"
 
 namespace {
@@ -76,6 +79,324 @@ TEST(VekPreemphasize, RefusesNullAndLengthsOutOfRange) {
     EXPECT_EQ(vekStsSizeErr, veksPreemphasize_32f_I(f, -1, &m, 1));
     EXPECT_EQ(7, memory);
     EXPECT_EQ(4, x[3]);
+}
+
+constexpr double kPi = 3.14159265358979;
+
+// Ten rising angles of pairs, apart from each other as those of speech.
+std::vector<double> angles(std::mt19937& random) {
+    std::uniform_real_distribution<double> step(0.08, 0.4);
+    std::vector<double> at(11);
+    double sum = 0;
+    for (double& a : at) {
+        sum += step(random);
+        a = sum;
+    }
+    at.pop_back();
+    for (double& a : at) {
+        a *= kPi / sum;
+    }
+    return at;
+}
+
+// Sum and difference polynomials multiplied out.
+std::vector<double> coefficientsOf(const std::vector<double>& at) {
+    std::vector<double> p = {1, 1};
+    std::vector<double> q = {1, -1};
+    for (size_t i = 0; i < at.size(); ++i) {
+        std::vector<double>& f = i % 2 == 0 ? p : q;
+        std::vector<double> g(f.size() + 2, 0.0);
+        for (size_t j = 0; j < f.size(); ++j) {
+            g[j] += f[j];
+            g[j + 1] -= 2 * std::cos(at[i]) * f[j];
+            g[j + 2] += f[j];
+        }
+        f = g;
+    }
+    std::vector<double> a;
+    for (size_t j = 0; j <= at.size(); ++j) {
+        a.push_back((p[j] + q[j]) / 2);
+    }
+    return a;
+}
+
+TEST(VekSpectralPairs, CoefficientsAreTheProductsOfThePairs) {
+    std::mt19937 random(2);
+    for (int round = 0; round < 200; ++round) {
+        const std::vector<double> at = angles(random);
+        Samples lsp(10);
+        std::vector<float> lspFloat(10);
+        for (size_t i = 0; i < 10; ++i) {
+            lsp[i] = static_cast<int16_t>(std::lround(32767 * std::cos(at[i])));
+            lspFloat[i] = static_cast<float>(std::cos(at[i]));
+        }
+        const std::vector<double> want = coefficientsOf(at);
+        Samples a(11);
+        std::vector<float> aFloat(11);
+        ASSERT_EQ(vekStsNoErr, veksLSPToLPC_G729_16s(lsp.data(), a.data()));
+        ASSERT_EQ(vekStsNoErr, veksLSPToLPC_G729_32f(lspFloat.data(), aFloat.data()));
+        EXPECT_EQ(4096, a[0]);
+        EXPECT_EQ(1.0F, aFloat[0]);
+        for (size_t j = 0; j <= 10; ++j) {
+            ASSERT_NEAR(want[j] * 4096, a[j], 12) << j;
+            ASSERT_NEAR(want[j], aFloat[j], 2e-5) << j;
+        }
+    }
+}
+
+TEST(VekSpectralPairs, EqualPairsSaturateInsteadOfWrapping) {
+    const Samples lsp(10, -32768);
+    Samples a(11);
+    ASSERT_EQ(vekStsNoErr, veksLSPToLPC_G729_16s(lsp.data(), a.data()));
+    // (1 + z)^10 in Q12 has 10 * 4096 in second place, which the word cuts to its lower 16 bits.
+    EXPECT_EQ(static_cast<int16_t>(40960), a[1]);
+}
+
+TEST(VekSpectralPairs, AreTheRootsOfTheCoefficients) {
+    std::mt19937 random(3);
+    int whole = 0;
+    for (int round = 0; round < 300; ++round) {
+        const std::vector<double> at = angles(random);
+        const std::vector<double> exact = coefficientsOf(at);
+        Samples a(11);
+        std::vector<float> aFloat(11);
+        for (size_t j = 0; j <= 10; ++j) {
+            a[j] = static_cast<int16_t>(clip(std::lround(exact[j] * 4096), 16));
+            aFloat[j] = static_cast<float>(exact[j]);
+        }
+        const std::vector<float> previous(10, 0.5F);
+        for (const bool annexA : {false, true}) {
+            std::vector<float> found(10);
+            const auto search = annexA ? veksLPCToLSP_G729A_32f : veksLPCToLSP_G729_32f;
+            if (search(aFloat.data(), previous.data(), found.data()) == vekStsNoErr) {
+                ++whole;
+                for (size_t i = 0; i < 10; ++i) {
+                    ASSERT_NEAR(std::cos(at[i]), found[i], annexA ? 1e-3 : 2e-4) << round;
+                }
+            }
+            Samples foundFixed(10);
+            const Samples previousFixed(10, 100);
+            const auto searchFixed = annexA ? veksLPCToLSP_G729A_16s : veksLPCToLSP_G729_16s;
+            if (searchFixed(a.data(), previousFixed.data(), foundFixed.data()) == vekStsNoErr) {
+                for (size_t i = 0; i < 10; ++i) {
+                    ASSERT_NEAR(32768 * std::cos(at[i]), foundFixed[i], 100) << round;
+                }
+            }
+        }
+    }
+    EXPECT_GT(whole, 500);
+}
+
+TEST(VekSpectralPairs, OfAFlatSpectrumAreEvenlySpread) {
+    const Samples a = {4096, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    const Samples previous(10, 2000);
+    Samples lsp(10);
+    ASSERT_EQ(vekStsNoErr, veksLPCToLSP_G729_16s(a.data(), previous.data(), lsp.data()));
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_NEAR(32768 * std::cos((i + 1) * kPi / 11), lsp[static_cast<size_t>(i)], 12) << i;
+    }
+}
+
+TEST(VekSpectralPairs, WithoutTenRootsThePreviousOnesAreGiven) {
+    Samples a(11, 0);
+    a[0] = 4096;
+    a[10] = 8000; // a root outside the unit circle
+    Samples previous = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
+    Samples lsp(10, 1);
+    EXPECT_EQ(vekStsUnstableFilter, veksLPCToLSP_G729_16s(a.data(), previous.data(), lsp.data()));
+    EXPECT_EQ(previous, lsp);
+    lsp.assign(10, 1);
+    EXPECT_EQ(vekStsUnstableFilter, veksLPCToLSP_G729A_16s(a.data(), previous.data(), lsp.data()));
+    EXPECT_EQ(previous, lsp);
+    const std::vector<float> f = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2};
+    const std::vector<float> before = {.9F, .8F, .7F, .6F, .5F, .4F, .3F, .2F, .1F, 0};
+    std::vector<float> now(10);
+    EXPECT_EQ(vekStsUnstableFilter, veksLPCToLSP_G729_32f(f.data(), before.data(), now.data()));
+    EXPECT_EQ(before, now);
+}
+
+TEST(VekSpectralFrequencies, AreTheArcCosine) {
+    for (int base = -32768; base <= 32767 - 9; base += 97) {
+        Samples lsp(10);
+        for (int i = 0; i < 10; ++i) {
+            lsp[static_cast<size_t>(i)] = static_cast<int16_t>(base + 9 - i);
+        }
+        Samples norm(10);
+        Samples radians(10);
+        ASSERT_EQ(vekStsNoErr, veksLSPToLSF_Norm_G729_16s(lsp.data(), norm.data()));
+        ASSERT_EQ(vekStsNoErr, veksLSPToLSF_G729_16s(lsp.data(), radians.data()));
+        for (size_t i = 0; i < 10; ++i) {
+            // Straight lines: far off only at both ends, where the arc cosine is steep.
+            const double angle = std::acos(std::min(1.0, lsp[i] / 32768.0));
+            const double allowed = std::abs(lsp[i]) > 32600 ? 0.025 : 0.0025;
+            ASSERT_NEAR(angle, norm[i] * kPi / 16384, allowed) << lsp[i];
+            ASSERT_NEAR(angle, radians[i] / 8192.0, allowed) << lsp[i];
+        }
+    }
+}
+
+TEST(VekSpectralFrequencies, GoBackByTheCosine) {
+    for (int base = 0; base <= 25736 - 9; base += 61) {
+        Samples lsf(10);
+        for (int i = 0; i < 10; ++i) {
+            lsf[static_cast<size_t>(i)] = static_cast<int16_t>(base + i);
+        }
+        Samples lsp(10);
+        ASSERT_EQ(vekStsNoErr, veksLSFToLSP_G729_16s(lsf.data(), lsp.data()));
+        for (size_t i = 0; i < 10; ++i) {
+            ASSERT_NEAR(32768 * std::cos(lsf[i] / 8192.0), lsp[i], 16) << lsf[i];
+        }
+    }
+}
+
+TEST(VekSpectralFrequencies, NegativeOnesAreRefused) {
+    Samples lsf(10, 100);
+    lsf[9] = -1;
+    Samples lsp(10, 7);
+    EXPECT_EQ(vekStsRangeErr, veksLSFToLSP_G729_16s(lsf.data(), lsp.data()));
+    EXPECT_EQ(Samples(10, 7), lsp);
+}
+
+TEST(VekSpectralPairs, RefuseNull) {
+    int16_t x[11] = {};
+    float f[11] = {};
+    for (const auto search : {veksLPCToLSP_G729_16s, veksLPCToLSP_G729A_16s, veksLPCToLSP_GSMAMR_16s}) {
+        EXPECT_EQ(vekStsNullPtrErr, search(nullptr, x, x));
+        EXPECT_EQ(vekStsNullPtrErr, search(x, nullptr, x));
+        EXPECT_EQ(vekStsNullPtrErr, search(x, x, nullptr));
+    }
+    for (const auto search : {veksLPCToLSP_G729_32f, veksLPCToLSP_G729A_32f}) {
+        EXPECT_EQ(vekStsNullPtrErr, search(nullptr, f, f));
+        EXPECT_EQ(vekStsNullPtrErr, search(f, nullptr, f));
+        EXPECT_EQ(vekStsNullPtrErr, search(f, f, nullptr));
+    }
+    for (const auto convert :
+         {veksLSPToLPC_G729_16s, veksLSPToLSF_Norm_G729_16s, veksLSPToLSF_G729_16s, veksLSFToLSP_G729_16s}) {
+        EXPECT_EQ(vekStsNullPtrErr, convert(nullptr, x));
+        EXPECT_EQ(vekStsNullPtrErr, convert(x, nullptr));
+    }
+    EXPECT_EQ(vekStsNullPtrErr, veksLSPToLPC_G729_32f(nullptr, f));
+    EXPECT_EQ(vekStsNullPtrErr, veksLSPToLPC_G729_32f(f, nullptr));
+}
+
+struct Recursion {
+    std::vector<double> a, rc;
+    double error;
+};
+
+Recursion recursion(const std::vector<double>& r, int order) {
+    Recursion x = {{1}, {}, r[0]};
+    for (int i = 1; i <= order; ++i) {
+        double sum = 0;
+        for (int j = 0; j < i; ++j) {
+            sum += x.a[static_cast<size_t>(j)] * r[static_cast<size_t>(i - j)];
+        }
+        const double k = -sum / x.error;
+        std::vector<double> next = x.a;
+        next.push_back(k);
+        for (int j = 1; j < i; ++j) {
+            next[static_cast<size_t>(j)] += k * x.a[static_cast<size_t>(i - j)];
+        }
+        x.a = next;
+        x.rc.push_back(k);
+        x.error *= 1 - k * k;
+    }
+    return x;
+}
+
+TEST(VekLevinsonDurbin, AgreesWithDoublePrecisionAtAllOrders) {
+    std::mt19937 random(6);
+    for (const int order : {1, 2, 10, 15, 20, 25, 30, 32}) {
+        for (int round = 0; round < 30; ++round) {
+            const std::vector<int16_t> x = noise(random, 300, -1000, 1000);
+            std::vector<double> r;
+            std::vector<int32_t> fixedR;
+            std::vector<float> floatR;
+            for (int lag = 0; lag <= order; ++lag) {
+                double sum = 0;
+                for (size_t i = static_cast<size_t>(lag) + 2; i < x.size(); ++i) {
+                    const size_t j = i - static_cast<size_t>(lag);
+                    sum += (x[i] + x[i - 1] + 0.5 * x[i - 2]) * (x[j] + x[j - 1] + (j < 2 ? 0 : 0.5 * x[j - 2]));
+                }
+                r.push_back(lag == 0 ? sum * 1.05 : sum * std::exp(-0.0005 * lag * lag));
+                fixedR.push_back(static_cast<int32_t>(r.back() / r[0] * 2e9));
+                floatR.push_back(static_cast<float>(r.back()));
+            }
+            const Recursion want = recursion(r, order);
+            const auto size = static_cast<size_t>(order);
+            Samples a(size + 1);
+            Samples rc(size);
+            int16_t err = 0;
+            ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G729_32s16s(fixedR.data(), order, a.data(), rc.data(), &err));
+            std::vector<float> aFloat(size + 1);
+            std::vector<float> rcFloat(size);
+            float errFloat = 0;
+            ASSERT_EQ(vekStsNoErr,
+                      veksLevinsonDurbin_G729_32f(floatR.data(), order, aFloat.data(), rcFloat.data(), &errFloat));
+            for (size_t j = 0; j <= size; ++j) {
+                ASSERT_NEAR(want.a[j] * 4096, a[j], 3) << order;
+                ASSERT_NEAR(want.a[j], aFloat[j], 2e-4) << order;
+            }
+            for (size_t j = 0; j < size; ++j) {
+                ASSERT_NEAR(want.rc[j] * 32768, rc[j], 6) << order;
+                ASSERT_NEAR(want.rc[j], rcFloat[j], 1e-4) << order;
+            }
+            ASSERT_NEAR(want.error / r[0] * 2e9 / 65536, err, 8);
+            ASSERT_NEAR(want.error / r[0], errFloat / floatR[0], 1e-4);
+        }
+    }
+}
+
+TEST(VekLevinsonDurbin, OfAnUnstableFilterLeavesTheLastOne) {
+    // No signal has these correlations.
+    const std::vector<int32_t> r = {1 << 30, 0, 1 << 30, 1 << 29, 0, 0, 0, 0, 0, 0, 0};
+    Samples a(11, 77);
+    Samples rc(10, 78);
+    int16_t err = 79;
+    EXPECT_EQ(vekStsUnstableFilter, veksLevinsonDurbin_G729_32s16s(r.data(), 10, a.data(), rc.data(), &err));
+    EXPECT_EQ(Samples(11, 77), a);
+    EXPECT_EQ(Samples(10, 78), rc);
+    EXPECT_EQ(79, err);
+    const std::vector<float> f = {1, 0, 2, 0};
+    std::vector<float> aFloat(4, 5);
+    std::vector<float> rcFloat(3, 6);
+    float errFloat = 7;
+    EXPECT_EQ(vekStsUnstableFilter, veksLevinsonDurbin_G729_32f(f.data(), 3, aFloat.data(), rcFloat.data(), &errFloat));
+    EXPECT_EQ(std::vector<float>(4, 5), aFloat);
+    EXPECT_EQ(7, errFloat);
+}
+
+TEST(VekLevinsonDurbin, RefusesNullOrdersAndEnergiesOutOfRange) {
+    const std::vector<int32_t> r(34, 1 << 30);
+    Samples a(34);
+    Samples rc(34);
+    int16_t err = 0;
+    EXPECT_EQ(vekStsNullPtrErr, veksLevinsonDurbin_G729B(nullptr, a.data(), rc.data(), &err));
+    EXPECT_EQ(vekStsNullPtrErr, veksLevinsonDurbin_G729B(r.data(), nullptr, rc.data(), &err));
+    EXPECT_EQ(vekStsNullPtrErr, veksLevinsonDurbin_G729B(r.data(), a.data(), nullptr, &err));
+    EXPECT_EQ(vekStsNullPtrErr, veksLevinsonDurbin_G729B(r.data(), a.data(), rc.data(), nullptr));
+    EXPECT_EQ(vekStsSizeErr, veksLevinsonDurbin_G729_32s16s(r.data(), 0, a.data(), rc.data(), &err));
+    EXPECT_EQ(vekStsSizeErr, veksLevinsonDurbin_G729_32s16s(r.data(), 33, a.data(), rc.data(), &err));
+    const std::vector<int32_t> low(11, (1 << 30) - 1);
+    EXPECT_EQ(vekStsRangeErr, veksLevinsonDurbin_G729B(low.data(), a.data(), rc.data(), &err));
+    const std::vector<float> silence(11, 0);
+    std::vector<float> f(11);
+    float e = 0;
+    EXPECT_EQ(vekStsRangeErr, veksLevinsonDurbin_G729_32f(silence.data(), 10, f.data(), f.data(), &e));
+    EXPECT_EQ(vekStsSizeErr, veksLevinsonDurbin_G729_32f(silence.data(), 33, f.data(), f.data(), &e));
+    EXPECT_EQ(vekStsNullPtrErr, veksLevinsonDurbin_G729_32f(nullptr, 10, f.data(), f.data(), &e));
+}
+
+TEST(VekLevinsonDurbin, TakesTheLimitingCaseOfAConstantSignal) {
+    const std::vector<int32_t> r(31, 1 << 30);
+    for (const int order : {10, 15, 20, 25, 30}) {
+        Samples a(31);
+        Samples rc(30);
+        int16_t err = -1;
+        ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G729_32s16s(r.data(), order, a.data(), rc.data(), &err)) << order;
+        EXPECT_EQ(-32768, rc[0]);
+        EXPECT_EQ(0, err);
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
-// Linear prediction of G.729 and its annexes: pre-emphasis. Filters and interpolations are in veksc_filter.h, the
-// autocorrelation in veksc_signal.h.
+// Linear prediction of G.729 and its annexes: pre-emphasis, Levinson-Durbin recursion, conversions between prediction
+// coefficients, line spectral pairs and line spectral frequencies. Filters and interpolations are in veksc_filter.h,
+// the autocorrelation in veksc_signal.h.
 //
 // All functions: vekStsNullPtrErr for a null pointer, before anything is written.
 #pragma once
@@ -16,6 +17,43 @@ extern "C" {
 VEK_API VekStatus veksPreemphasize_G729A_16s(Vek16s gamma, const Vek16s* pSrc, Vek16s* pDst, int len, Vek16s* pMem);
 VEK_API VekStatus veksPreemphasize_G729A_16s_I(Vek16s gamma, Vek16s* pSrcDst, int len, Vek16s* pMem);
 VEK_API VekStatus veksPreemphasize_32f_I(Vek32f* pSrcDst, int len, Vek32f* pMem, Vek32f gamma);
+
+// Conversions of order 10. LPC: 11 coefficients, the leading 1.0 first; fixed point Q12. LSP: 10 falling cosines in
+// -1..1; fixed point Q15.
+
+// Roots of the sum and difference filters: on a grid of 60 points with four bisections (50 and two for G729A), then by
+// a straight line. G.729 3.2.3, A.3.2.3, TS 26.090 5.2.3. Where fewer than ten are found, pDstLSP receives pSrcPrevLSP,
+// and the status is vekStsUnstableFilter. pDstLSP may be pSrcPrevLSP.
+VEK_API VekStatus veksLPCToLSP_G729_16s(const Vek16s* pSrcLPC, const Vek16s* pSrcPrevLSP, Vek16s* pDstLSP);
+VEK_API VekStatus veksLPCToLSP_G729A_16s(const Vek16s* pSrcLPC, const Vek16s* pSrcPrevLSP, Vek16s* pDstLSP);
+VEK_API VekStatus veksLPCToLSP_GSMAMR_16s(const Vek16s* pSrcLPC, const Vek16s* pSrcPrevLSP, Vek16s* pDstLSP);
+VEK_API VekStatus veksLPCToLSP_G729_32f(const Vek32f* pSrcLPC, const Vek32f* pSrcPrevLSP, Vek32f* pDstLSP);
+VEK_API VekStatus veksLPCToLSP_G729A_32f(const Vek32f* pSrcLPC, const Vek32f* pSrcPrevLSP, Vek32f* pDstLSP);
+
+// G.729 3.2.6. Fixed point: split words, each sum saturates.
+VEK_API VekStatus veksLSPToLPC_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLPC);
+VEK_API VekStatus veksLSPToLPC_G729_32f(const Vek32f* pSrcLSP, Vek32f* pDstLPC);
+
+// Arc cosine by table and straight lines: to 0..16384 for 0..pi (Norm), and to radians in Q13. G.729 3.2.4.
+VEK_API VekStatus veksLSPToLSF_Norm_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF);
+VEK_API VekStatus veksLSPToLSF_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF);
+
+// Cosine of radians in Q13, 0..25736; what is above goes on with the table's last line. vekStsRangeErr for a negative
+// frequency. G.729 3.2.4. May work in place.
+VEK_API VekStatus veksLSFToLSP_G729_16s(const Vek16s* pSrcLSF, Vek16s* pDstLSP);
+
+// From the autocorrelations pSrc[0..order] to the prediction coefficients pDstLPC[0..order] (the leading 1.0 first),
+// the reflection coefficients pDstRC[0..order-1] and the prediction error. G.729 3.2.2, B.3. order 1..32, else
+// vekStsSizeErr; 10 for G729B.
+// Fixed point: pSrc is normalised (pSrc[0] from 2^30 on, else vekStsRangeErr); coefficients Q12, reflections Q15, error
+// in units of 2^16 of pSrc. Floating point: pSrc[0] above 0, else vekStsRangeErr.
+// Where a reflection leaves the unit circle (fixed point: 32750 of 2^15), nothing is written, so that the vectors keep
+// the last stable filter, and the status is vekStsUnstableFilter.
+VEK_API VekStatus veksLevinsonDurbin_G729_32s16s(const Vek32s* pSrc, int order, Vek16s* pDstLPC, Vek16s* pDstRC,
+                                                 Vek16s* pResultErr);
+VEK_API VekStatus veksLevinsonDurbin_G729B(const Vek32s* pSrc, Vek16s* pDstLPC, Vek16s* pDstRC, Vek16s* pResultErr);
+VEK_API VekStatus veksLevinsonDurbin_G729_32f(const Vek32f* pSrc, int order, Vek32f* pDstLPC, Vek32f* pDstRC,
+                                              Vek32f* pResultErr);
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,146 @@
+// Levinson-Durbin recursion: in split 32-bit words, with the coefficients in Q27, and in floating point.
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "veksc_g729lp.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::fix;
+
+constexpr int kMaxOrder = 32;
+constexpr int kOrderB = 10;
+constexpr int kStable = 32750;
+
+// A 32-bit value as upper half and the 15 bits below.
+struct Split {
+    int32_t hi, lo;
+};
+
+Split split(int32_t v) {
+    return {v >> 16, (v >> 1) & 0x7fff};
+}
+
+// Product of two split words, halved.
+int64_t product(Split a, Split b) {
+    return static_cast<int64_t>(a.hi * b.hi) + ((a.hi * b.lo) >> 15) + ((a.lo * b.hi) >> 15);
+}
+
+// numerator / denominator in Q31 with the sign turned. The denominator is normalised.
+int32_t negativeQuotient(int32_t numerator, Split denominator) {
+    const int32_t q =
+        Div_32(L_abs(numerator), static_cast<Vek16s>(denominator.hi), static_cast<Vek16s>(denominator.lo));
+    return numerator > 0 ? L_negate(q) : q;
+}
+
+// What one coefficient of reflection leaves of the error, with the shift that normalises it added to exp.
+Split remaining(Split error, Split k, int& exp) {
+    const int32_t square = L_abs(sat32(2 * product(k, k)));
+    const int32_t rest = sat32(2 * product(error, split(kMax32 - square)));
+    const int norm = norm_l(rest);
+    exp += norm;
+    return split(L_shl(rest, norm));
+}
+
+VekStatus levinson(const Vek32s* r, int order, Vek16s* a, Vek16s* rc, Vek16s* err) {
+    Split lag[kMaxOrder + 1];
+    for (int i = 0; i <= order; ++i) {
+        lag[i] = split(r[i]);
+    }
+    Vek16s reflection[kMaxOrder];
+    Split now[kMaxOrder + 1];
+    Split next[kMaxOrder + 1];
+    int32_t k = negativeQuotient(sat32(int64_t{lag[1].hi} * 65536 + lag[1].lo * 2), lag[0]);
+    reflection[0] = round_s(k);
+    now[1] = split(k >> 4);
+    int exp = 0;
+    Split error = remaining(lag[0], split(k), exp);
+    for (int i = 2; i <= order; ++i) {
+        int64_t sum = 0;
+        for (int j = 1; j < i; ++j) {
+            sum += product(lag[j], now[i - j]);
+        }
+        const int64_t whole = int64_t{lag[i].hi} * 65536 + lag[i].lo * 2;
+        k = L_shl(negativeQuotient(sat32(sum * 32 + whole), error), exp);
+        const Split ks = split(k);
+        reflection[i - 1] = round_s(k);
+        if (abs_s(static_cast<Vek16s>(ks.hi)) > kStable) {
+            return vekStsUnstableFilter;
+        }
+        for (int j = 1; j < i; ++j) {
+            const int64_t sumOf = product(ks, now[i - j]) + int64_t{now[j].hi} * 32768 + now[j].lo;
+            next[j] = split(sat32(sumOf * 2));
+        }
+        next[i] = split(k >> 4);
+        error = remaining(error, ks, exp);
+        std::memcpy(now + 1, next + 1, static_cast<size_t>(i) * sizeof(Split));
+    }
+    a[0] = 4096;
+    for (int i = 1; i <= order; ++i) {
+        a[i] = round_s(L_shl(L_Comp(static_cast<Vek16s>(now[i].hi), static_cast<Vek16s>(now[i].lo)), 1));
+    }
+    std::memcpy(rc, reflection, static_cast<size_t>(order) * sizeof(Vek16s));
+    *err = shr(static_cast<Vek16s>(error.hi), exp);
+    return vekStsNoErr;
+}
+
+} // namespace
+
+VekStatus veksLevinsonDurbin_G729_32s16s(const Vek32s* pSrc, int order, Vek16s* pDstLPC, Vek16s* pDstRC,
+                                         Vek16s* pResultErr) {
+    if (anyNull(pSrc, pDstLPC, pDstRC, pResultErr)) {
+        return vekStsNullPtrErr;
+    }
+    if (order < 1 || order > kMaxOrder) {
+        return vekStsSizeErr;
+    }
+    if (pSrc[0] < 0x40000000) {
+        return vekStsRangeErr;
+    }
+    return levinson(pSrc, order, pDstLPC, pDstRC, pResultErr);
+}
+
+VekStatus veksLevinsonDurbin_G729B(const Vek32s* pSrc, Vek16s* pDstLPC, Vek16s* pDstRC, Vek16s* pResultErr) {
+    return veksLevinsonDurbin_G729_32s16s(pSrc, kOrderB, pDstLPC, pDstRC, pResultErr);
+}
+
+VekStatus veksLevinsonDurbin_G729_32f(const Vek32f* pSrc, int order, Vek32f* pDstLPC, Vek32f* pDstRC,
+                                      Vek32f* pResultErr) {
+    if (anyNull(pSrc, pDstLPC, pDstRC, pResultErr)) {
+        return vekStsNullPtrErr;
+    }
+    if (order < 1 || order > kMaxOrder) {
+        return vekStsSizeErr;
+    }
+    if (!(pSrc[0] > 0)) {
+        return vekStsRangeErr;
+    }
+    float a[kMaxOrder + 1] = {1};
+    float rc[kMaxOrder];
+    float error = pSrc[0];
+    for (int i = 1; i <= order; ++i) {
+        float sum = pSrc[i];
+        for (int j = 1; j < i; ++j) {
+            sum += a[j] * pSrc[i - j];
+        }
+        const float k = -sum / error;
+        rc[i - 1] = k;
+        for (int j = 1; j <= i / 2; ++j) {
+            const float front = a[j];
+            const float back = a[i - j];
+            a[j] = front + k * back;
+            a[i - j] = back + k * front;
+        }
+        a[i] = k;
+        error *= 1 - k * k;
+        if (!(error > 0)) {
+            return vekStsUnstableFilter;
+        }
+    }
+    std::memcpy(pDstLPC, a, static_cast<size_t>(order + 1) * sizeof(float));
+    std::memcpy(pDstRC, rc, static_cast<size_t>(order) * sizeof(float));
+    *pResultErr = error;
+    return vekStsNoErr;
+}

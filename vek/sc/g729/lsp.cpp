@@ -1,0 +1,247 @@
+// Conversions between prediction coefficients, line spectral pairs (the cosine domain) and line spectral frequencies,
+// order 10, in fixed point. The floating point forms are in lspfloat.cpp.
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/g729/lsptables.h"
+#include "veksc_g729lp.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::fix;
+using namespace vek::g729;
+
+constexpr int kHalf = kOrder / 2;
+
+// Chebyshev series of f (Q10, f[0] = 1.0) at x, Q10 with saturation. The products are those of split words; the sums
+// have room for any coefficients.
+inline Vek16s chebyshev(int64_t x, const int64_t* f) {
+    int64_t b2 = 1 << 24;
+    int64_t t = (x << 10) + f[1] * (1 << 14);
+    for (int i = 2; i < kHalf; ++i) {
+        const int64_t next = 4 * ((t >> 16) * x + ((((t >> 1) & 0x7fff) * x) >> 15)) - b2 + f[i] * (1 << 14);
+        b2 = t & ~int64_t{1};
+        t = next;
+    }
+    t = 2 * ((t >> 16) * x + ((((t >> 1) & 0x7fff) * x) >> 15)) - b2 + f[kHalf] * (1 << 13);
+    return sat16_64(t >> 10);
+}
+
+// The coefficients of sum and difference filter, without their fixed roots.
+void sumAndDifference(const Vek16s* a, int64_t (*f)[kHalf + 1]) {
+    Vek16s sum = 1024;
+    Vek16s difference = 1024;
+    f[0][0] = f[1][0] = 1024;
+    for (int i = 0; i < kHalf; ++i) {
+        const int up = a[i + 1];
+        const int down = a[kOrder - i];
+        sum = sub(static_cast<Vek16s>((up + down) >> 2), sum);
+        difference = add(static_cast<Vek16s>((up - down) >> 2), difference);
+        f[0][i + 1] = sum;
+        f[1][i + 1] = difference;
+    }
+}
+
+// The zero of the line through both ends of an interval.
+Vek16s zeroBetween(Vek16s xLow, Vek16s yLow, Vek16s xHigh, Vek16s yHigh) {
+    const Vek16s width = sub(xHigh, xLow);
+    const Vek16s rise = sub(yHigh, yLow);
+    if (rise == 0) {
+        return xLow;
+    }
+    const Vek16s steep = abs_s(rise);
+    const int exp = norm_s(steep);
+    const Vek16s inverse = div_s(16383, shl(steep, exp));
+    Vek16s slope = extract_l(L_shr(L_mult(width, inverse), 20 - exp));
+    if (rise < 0) {
+        slope = negate(slope);
+    }
+    return sub(xLow, extract_l(L_shr(L_mult(yLow, slope), 11)));
+}
+
+// The roots of both filters interlace: each one found changes over to the other filter.
+template <int Points, int Bisections>
+VekStatus roots(const Vek16s* a, const Vek16s* previous, const Vek16s (&grid)[Points + 1], Vek16s* lsp) {
+    int64_t f[2][kHalf + 1];
+    sumAndDifference(a, f);
+    Vek16s found[kOrder];
+    int count = 0;
+    const int64_t* series = f[0];
+    Vek16s xLow = grid[0];
+    Vek16s yLow = chebyshev(xLow, series);
+    for (int j = 1; count < kOrder && j <= Points; ++j) {
+        Vek16s xHigh = xLow;
+        Vek16s yHigh = yLow;
+        xLow = grid[j];
+        yLow = chebyshev(xLow, series);
+        if (yLow * yHigh > 0) {
+            continue;
+        }
+        for (int i = 0; i < Bisections; ++i) {
+            const auto xMid = static_cast<Vek16s>((xLow >> 1) + (xHigh >> 1));
+            const Vek16s yMid = chebyshev(xMid, series);
+            if (yLow * yMid <= 0) {
+                yHigh = yMid;
+                xHigh = xMid;
+            } else {
+                yLow = yMid;
+                xLow = xMid;
+            }
+        }
+        xLow = zeroBetween(xLow, yLow, xHigh, yHigh);
+        found[count++] = xLow;
+        series = f[count & 1];
+        yLow = chebyshev(xLow, series);
+    }
+    if (count < kOrder) {
+        std::memmove(lsp, previous, sizeof found);
+        return vekStsUnstableFilter;
+    }
+    std::memcpy(lsp, found, sizeof found);
+    return vekStsNoErr;
+}
+
+// Sums that wrap and remember whether they left 32 bits, and sums that saturate.
+struct QuickSums {
+    int64_t over = 0;
+    int64_t operator()(int64_t v) {
+        over |= v ^ static_cast<int32_t>(v);
+        return v;
+    }
+};
+struct SaturatingSums {
+    int64_t operator()(int64_t v) { return sat32(v); }
+};
+
+// The product of 1 - 2 lsp[2i] z^-1 + z^-2 over five pairs, Q24.
+template <class Sums>
+void pairProduct(const Vek16s* lsp, int64_t* f, Sums& sum) {
+    f[0] = 1 << 24;
+    f[1] = -(lsp[0] * 1024);
+    for (int i = 2; i <= kHalf; ++i) {
+        const int64_t x = lsp[2 * (i - 1)];
+        f[i] = f[i - 2];
+        for (int j = i; j > 1; --j) {
+            const int64_t hi = f[j - 1] >> 16;
+            const int64_t lo = (f[j - 1] >> 1) & 0x7fff;
+            const int64_t twice = sum(4 * (hi * x + ((lo * x) >> 15)));
+            f[j] = sum(sum(f[j] + f[j - 2]) - twice);
+        }
+        f[1] = sum(f[1] - x * 1024);
+    }
+}
+
+template <class Sums>
+void coefficients(const Vek16s* lsp, Vek16s* a, Sums& sum) {
+    int64_t f1[kHalf + 1];
+    int64_t f2[kHalf + 1];
+    pairProduct(lsp, f1, sum);
+    pairProduct(lsp + 1, f2, sum);
+    for (int i = kHalf; i > 0; --i) {
+        f1[i] = sum(f1[i] + f1[i - 1]);
+        f2[i] = sum(f2[i] - f2[i - 1]);
+    }
+    a[0] = 4096;
+    for (int i = 1; i <= kHalf; ++i) {
+        const int64_t up = sum(f1[i] + f2[i]);
+        const int64_t down = sum(f1[i] - f2[i]);
+        a[i] = static_cast<Vek16s>((up + 4096) >> 13);
+        a[kOrder + 1 - i] = static_cast<Vek16s>((down + 4096) >> 13);
+    }
+}
+
+constexpr int kLastStep = 63;
+
+// The step of the cosine table whose upper end is not below the pair. The pairs of a frame are visited in rising order,
+// so that it only moves to the front.
+inline int stepOf(Vek16s lsp, int place) {
+    while (kCos[place] < lsp) {
+        --place;
+    }
+    return place;
+}
+
+} // namespace
+
+VekStatus veksLPCToLSP_G729_16s(const Vek16s* pSrcLPC, const Vek16s* pSrcPrevLSP, Vek16s* pDstLSP) {
+    if (anyNull(pSrcLPC, pSrcPrevLSP, pDstLSP)) {
+        return vekStsNullPtrErr;
+    }
+    return roots<60, 4>(pSrcLPC, pSrcPrevLSP, kGrid60, pDstLSP);
+}
+
+VekStatus veksLPCToLSP_GSMAMR_16s(const Vek16s* pSrcLPC, const Vek16s* pSrcPrevLSP, Vek16s* pDstLSP) {
+    return veksLPCToLSP_G729_16s(pSrcLPC, pSrcPrevLSP, pDstLSP);
+}
+
+VekStatus veksLPCToLSP_G729A_16s(const Vek16s* pSrcLPC, const Vek16s* pSrcPrevLSP, Vek16s* pDstLSP) {
+    if (anyNull(pSrcLPC, pSrcPrevLSP, pDstLSP)) {
+        return vekStsNullPtrErr;
+    }
+    return roots<50, 2>(pSrcLPC, pSrcPrevLSP, kGrid50, pDstLSP);
+}
+
+VekStatus veksLSPToLPC_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLPC) {
+    if (anyNull(pSrcLSP, pDstLPC)) {
+        return vekStsNullPtrErr;
+    }
+    QuickSums quick;
+    Vek16s a[kOrder + 1];
+    coefficients(pSrcLSP, a, quick);
+    if (quick.over != 0) {
+        SaturatingSums saturating;
+        coefficients(pSrcLSP, a, saturating);
+    }
+    std::memcpy(pDstLPC, a, sizeof a);
+    return vekStsNoErr;
+}
+
+VekStatus veksLSPToLSF_Norm_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF) {
+    if (anyNull(pSrcLSP, pDstLSF)) {
+        return vekStsNullPtrErr;
+    }
+    int place = kLastStep;
+    for (int i = kOrder - 1; i >= 0; --i) {
+        place = stepOf(pSrcLSP[i], place);
+        const int64_t within = int64_t{kAcosSlope[place]} * sub(pSrcLSP[i], kCos[place]);
+        pDstLSF[i] = sat16(place * 256 + sat16_64((within + 0x800) >> 12));
+    }
+    return vekStsNoErr;
+}
+
+VekStatus veksLSPToLSF_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF) {
+    if (anyNull(pSrcLSP, pDstLSF)) {
+        return vekStsNullPtrErr;
+    }
+    constexpr Vek16s kTwoPi = 25736; // Q12
+    int place = kLastStep;
+    for (int i = kOrder - 1; i >= 0; --i) {
+        place = stepOf(pSrcLSP[i], place);
+        const int within = (kAcosSlope[place] * sub(pSrcLSP[i], kCos[place])) >> 11;
+        pDstLSF[i] = mult(sat16(place * 512 + extract_l(within)), kTwoPi);
+    }
+    return vekStsNoErr;
+}
+
+VekStatus veksLSFToLSP_G729_16s(const Vek16s* pSrcLSF, Vek16s* pDstLSP) {
+    if (anyNull(pSrcLSF, pDstLSP)) {
+        return vekStsNullPtrErr;
+    }
+    int signs = 0;
+    for (int i = 0; i < kOrder; ++i) {
+        signs |= pSrcLSF[i];
+    }
+    if (signs < 0) {
+        return vekStsRangeErr;
+    }
+    constexpr int kSteps = 20861; // steps of 1/256 in a radian: 2^17 / 2 pi
+    for (int i = 0; i < kOrder; ++i) {
+        const int frequency = (pSrcLSF[i] * kSteps) >> 15;
+        const int place = frequency >> 8 > kLastStep ? kLastStep : frequency >> 8;
+        // A table value and the slope up to the next one stay within 16 bits.
+        pDstLSP[i] = static_cast<Vek16s>(kCos[place] + ((kCosSlope[place] * (frequency & 0xff)) >> 12));
+    }
+    return vekStsNoErr;
+}

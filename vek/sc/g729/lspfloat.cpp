@@ -1,0 +1,119 @@
+// Conversions between prediction coefficients and line spectral pairs, order 10, in floating point.
+#include <cstring>
+
+#include "sc/common/signal_check.h"
+#include "sc/g729/lsptables.h"
+#include "veksc_g729lp.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::g729;
+
+constexpr int kHalf = kOrder / 2;
+
+float chebyshev(float x, const float* f) {
+    const float twice = 2 * x;
+    float b2 = 1;
+    float b1 = twice + f[1];
+    for (int i = 2; i < kHalf; ++i) {
+        const float b0 = twice * b1 - b2 + f[i];
+        b2 = b1;
+        b1 = b0;
+    }
+    return x * b1 - b2 + 0.5F * f[kHalf];
+}
+
+template <int Points, int Bisections>
+VekStatus roots(const float* a, const float* previous, const Vek16s (&grid)[Points + 1], float* lsp) {
+    constexpr float kUnit = 1.0F / 32768;
+    float f[2][kHalf + 1] = {{1}, {1}};
+    for (int i = 0; i < kHalf; ++i) {
+        f[0][i + 1] = a[i + 1] + a[kOrder - i] - f[0][i];
+        f[1][i + 1] = a[i + 1] - a[kOrder - i] + f[1][i];
+    }
+    float found[kOrder];
+    int count = 0;
+    const float* series = f[0];
+    float xLow = static_cast<float>(grid[0]) * kUnit;
+    float yLow = chebyshev(xLow, series);
+    for (int j = 1; count < kOrder && j <= Points; ++j) {
+        float xHigh = xLow;
+        float yHigh = yLow;
+        xLow = static_cast<float>(grid[j]) * kUnit;
+        yLow = chebyshev(xLow, series);
+        if (!(yLow * yHigh <= 0)) {
+            continue;
+        }
+        for (int i = 0; i < Bisections; ++i) {
+            const float xMid = 0.5F * (xLow + xHigh);
+            const float yMid = chebyshev(xMid, series);
+            if (yLow * yMid <= 0) {
+                yHigh = yMid;
+                xHigh = xMid;
+            } else {
+                yLow = yMid;
+                xLow = xMid;
+            }
+        }
+        if (yHigh != yLow) {
+            xLow -= yLow * (xHigh - xLow) / (yHigh - yLow);
+        }
+        found[count++] = xLow;
+        series = f[count & 1];
+        yLow = chebyshev(xLow, series);
+    }
+    if (count < kOrder) {
+        std::memmove(lsp, previous, sizeof found);
+        return vekStsUnstableFilter;
+    }
+    std::memcpy(lsp, found, sizeof found);
+    return vekStsNoErr;
+}
+
+void pairProduct(const float* lsp, float* f) {
+    f[0] = 1;
+    f[1] = -2 * lsp[0];
+    for (int i = 2; i <= kHalf; ++i) {
+        const float b = -2 * lsp[2 * (i - 1)];
+        f[i] = b * f[i - 1] + 2 * f[i - 2];
+        for (int j = i - 1; j > 1; --j) {
+            f[j] += b * f[j - 1] + f[j - 2];
+        }
+        f[1] += b;
+    }
+}
+
+} // namespace
+
+VekStatus veksLPCToLSP_G729_32f(const Vek32f* pSrcLPC, const Vek32f* pSrcPrevLSP, Vek32f* pDstLSP) {
+    if (anyNull(pSrcLPC, pSrcPrevLSP, pDstLSP)) {
+        return vekStsNullPtrErr;
+    }
+    return roots<60, 4>(pSrcLPC, pSrcPrevLSP, kGrid60, pDstLSP);
+}
+
+VekStatus veksLPCToLSP_G729A_32f(const Vek32f* pSrcLPC, const Vek32f* pSrcPrevLSP, Vek32f* pDstLSP) {
+    if (anyNull(pSrcLPC, pSrcPrevLSP, pDstLSP)) {
+        return vekStsNullPtrErr;
+    }
+    return roots<50, 2>(pSrcLPC, pSrcPrevLSP, kGrid50, pDstLSP);
+}
+
+VekStatus veksLSPToLPC_G729_32f(const Vek32f* pSrcLSP, Vek32f* pDstLPC) {
+    if (anyNull(pSrcLSP, pDstLPC)) {
+        return vekStsNullPtrErr;
+    }
+    float f1[kHalf + 1];
+    float f2[kHalf + 1];
+    pairProduct(pSrcLSP, f1);
+    pairProduct(pSrcLSP + 1, f2);
+    pDstLPC[0] = 1;
+    for (int i = 1; i <= kHalf; ++i) {
+        const float sum = f1[i] + f1[i - 1];
+        const float difference = f2[i] - f2[i - 1];
+        pDstLPC[i] = 0.5F * (sum + difference);
+        pDstLPC[kOrder + 1 - i] = 0.5F * (sum - difference);
+    }
+    return vekStsNoErr;
+}

@@ -1,0 +1,86 @@
+// Levinson-Durbin recursion.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc;
+vkVector pLPC;
+vkVector pRC;
+krStepIterator<int> order;
+vkcGrid grid;
+Vek16s err_;
+Vek32f errFloat_;
+
+class TimLPCLevinsonDurbin : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return static_cast<double>(order.value()) * order.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual void setData_32f();
+
+private:
+    bool m_float = false;
+};
+
+bool TimLPCLevinsonDurbin::canStart() {
+    m_float = m_func.contains("32f");
+    const bool annexB = m_func.contains("729B");
+    vkcRebuild(order, "Order");
+    if (annexB) {
+        order.setList({10});
+        // The name has no type word.
+        pSrc.init(vk32s);
+        pLPC.init(vk16s);
+        pRC.init(vk16s);
+    } else {
+        order.set(10, 30, 5, '+');
+        pSrc.init(m_func, vkArg::src);
+        pLPC.init(m_func, vkArg::dst);
+        pRC.init(m_func, vkArg::dst);
+    }
+    grid.begin({&order});
+    return true;
+}
+
+void TimLPCLevinsonDurbin::setData_32f() {
+    pSrc.setIndex(0, setValue, 2, 0);
+}
+
+bool TimLPCLevinsonDurbin::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    // Lag 0 and the leading coefficient come on top of the order.
+    const int size = order.value() + 1;
+    const bool source =
+        m_float ? pSrc.createVector(size, setOne, 0, 0) : pSrc.createVector(size, setValue, 1073741824, 0);
+    if (!source || !pLPC.createVector(size, setZero, 0, 0) || !pRC.createVector(size, setZero, 0, 0)) {
+        return false;
+    }
+    if (m_float) {
+        setData_32f();
+    }
+    return true;
+}
+
+void TimLPCLevinsonDurbin::flushData() {
+    for (vkVector* vector : {&pRC, &pLPC, &pSrc}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimLPCLevinsonDurbin, veksLevinsonDurbin_G729_32f,
+       veksLevinsonDurbin_G729_32f(pSrc.m_32f, order.value(), pLPC.m_32f, pRC.m_32f, &errFloat_))
+VK_REG(TimLPCLevinsonDurbin, veksLevinsonDurbin_G729_32s16s,
+       veksLevinsonDurbin_G729_32s16s(pSrc.m_32s, order.value(), pLPC.m_16s, pRC.m_16s, &err_))
+VK_REG(TimLPCLevinsonDurbin, veksLevinsonDurbin_G729B,
+       veksLevinsonDurbin_G729B(pSrc.m_32s, pLPC.m_16s, pRC.m_16s, &err_))
