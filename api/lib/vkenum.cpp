@@ -42,5 +42,11 @@ VekPCMFrequency& operator<<(VekPCMFrequency& value, krString& text) {
     return value;
 }
 
+template class krDefault_NSC<VekSpchBitRate>;
+template class krDefault_NSC<VekPCMLaw>;
+template class krIterator_NSC<VekSpchBitRate>;
+template class krIterator_NSC<VekPCMLaw>;
+template class krEnumIterator_NCS<VekSpchBitRate>;
+template class krEnumIterator_NCS<VekPCMLaw>;
 template class krEnumIterator<VekSpchBitRate>;
 template class krEnumIterator<VekPCMLaw>;

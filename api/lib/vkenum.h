@@ -22,5 +22,11 @@ VekSpchBitRate& operator<<(VekSpchBitRate& value, krString& text);
 VekPCMLaw& operator<<(VekPCMLaw& value, krString& text);
 VekPCMFrequency& operator<<(VekPCMFrequency& value, krString& text);
 
+extern template class krDefault_NSC<VekSpchBitRate>;
+extern template class krDefault_NSC<VekPCMLaw>;
+extern template class krIterator_NSC<VekSpchBitRate>;
+extern template class krIterator_NSC<VekPCMLaw>;
+extern template class krEnumIterator_NCS<VekSpchBitRate>;
+extern template class krEnumIterator_NCS<VekPCMLaw>;
 extern template class krEnumIterator<VekSpchBitRate>;
 extern template class krEnumIterator<VekPCMLaw>;

@@ -1,4 +1,5 @@
-// The session: the phases of a run in their fixed order, the rules of file names, header and footer, and the registries.
+// The session: the phases of a run in their fixed order, the rules of file names, header and footer, and the
+// registries.
 #include "kr.h"
 
 #include "krcpuidtest.h"

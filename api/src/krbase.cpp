@@ -155,7 +155,7 @@ void* kr_malloc(int size) {
     if (size < 0 || size > INT_MAX - rawSlack) {
         return nullptr;
     }
-    char* const raw = static_cast<char*>(std::malloc(static_cast<size_t>(size + rawSlack)));
+    char* const raw = static_cast<char*>(std::malloc(static_cast<size_t>(size) + rawSlack));
     if (!raw) {
         return nullptr;
     }

@@ -15,8 +15,8 @@
 int krCpuTicker::m_freqMHz = 0;
 LinuxRTClock g_rtc;
 
-static const int nominalMHz[] = {60,  66,  75,  90,  100,  120,  133,  150,  166,  185,  200,  220,  240,
-                                 266, 300, 333, 400, 450,  500,  530,  550,  600,  800,  1000, 1400, 1700,
+static const int nominalMHz[] = {60,   66,   75,   90,   100,  120,  133,  150,  166,  185,  200,  220,  240,
+                                 266,  300,  333,  400,  450,  500,  530,  550,  600,  800,  1000, 1400, 1700,
                                  1800, 1900, 2000, 2200, 2260, 2400, 2500, 2530, 2600, 2660, 2800, 3060};
 
 // The scheduling of the process before the bracket was opened.
@@ -25,7 +25,8 @@ static int _policy = 0;
 static sched_param _param = {};
 static bool _bSavedPrio = false;
 
-// When the core was last known to run dense code, in nanoseconds of the monotonic clock; 0 before the first measurement.
+// When the core was last known to run dense code, in nanoseconds of the monotonic clock; 0 before the first
+// measurement.
 static long long s_lastBusy = 0;
 static constexpr long long idleGapNs = 2000000;
 static constexpr long long wakeNs = 10000000;
@@ -62,7 +63,7 @@ static int estimateCpuFreqMHz() {
     timer.stop();
     krResetPriority();
     const auto clocks = static_cast<float>(krCpuTicker::getClockFactor()) * static_cast<float>(last - first);
-    return krNominalMHz(static_cast<int>(clocks / timer.getUSec() + 0.5F));
+    return krNominalMHz(static_cast<int>(clocks / timer.getUSec() + 0.5F)); // NOLINT(bugprone-incorrect-roundings)
 }
 
 int krCpuTicker::getFreq() {

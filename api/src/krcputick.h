@@ -55,8 +55,8 @@ void krSetPriority(int mode);
 void krResetPriority();
 int krGetNumOfProcessors();
 
-/// Some 10 ms of dense integer work if the core has not measured for a while: after a pause or mere clock polling it runs
-/// dense code 1.3 to 1.4 times slower for some milliseconds.
+/// Some 10 ms of dense integer work if the core has not measured for a while: after a pause or mere clock polling it
+/// runs dense code 1.3 to 1.4 times slower for some milliseconds.
 void krWakeCore();
 /// Notes that the core has just been busy with measured work.
 void krCoreWasBusy();

@@ -13,8 +13,8 @@ struct WordText {
     const char* text;
 };
 
-constexpr WordText statusTexts[] = {{0x1, "?Invalid "},   {0x2, "?Denormal "},   {0x4, "?Zerodivide "},
-                                    {0x8, "?Overflow "},  {0x10, "?Underflow "}, {0x20, "_Inexact "}};
+constexpr WordText statusTexts[] = {{0x1, "?Invalid "},  {0x2, "?Denormal "},   {0x4, "?Zerodivide "},
+                                    {0x8, "?Overflow "}, {0x10, "?Underflow "}, {0x20, "_Inexact "}};
 constexpr WordText control87Texts[] = {{0x1, "Invalid "},  {0x2, "Denormal "},   {0x4, "Zerodivide "},
                                        {0x8, "Overflow "}, {0x10, "Underflow "}, {0x20, "Inexact "}};
 constexpr unsigned precision87Mask = 0x300;
@@ -133,7 +133,8 @@ krString ts87Base::strCW(unsigned word) const {
            bitTexts(word, control87Texts);
 }
 
-tsSSXBase::tsSSXBase() : m_present(vek_is_ssx_extension()) {}
+tsSSXBase::tsSSXBase() : m_present(vek_is_ssx_extension()) {
+}
 
 void tsSSXBase::set(unsigned bits, unsigned mask) const {
     if (m_present) {

@@ -33,8 +33,8 @@ public:
     static int code() { return m_code; }
     /// The text of the last signal.
     static const char* getInfo();
-    /// After a jump: lets the signal through again, closes the priority bracket and sets the floating-point words anew, so
-    /// that any number of faults cost one test each.
+    /// After a jump: lets the signal through again, closes the priority bracket and sets the floating-point words anew,
+    /// so that any number of faults cost one test each.
     static void contain();
 
     static jmp_buf m_jmpbuf;

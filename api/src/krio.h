@@ -43,7 +43,8 @@ o_stream& operator<<(o_stream& stream, const krString& text);
 /// A new text file, or null after the report of the failure.
 o_stream* createOStream(const krString& name, bool append);
 krString getLastErrorMessage();
-/// Puts the null device where the console is closed; else the first file opened would take its descriptor, and its text.
+/// Puts the null device where the console is closed; else the first file opened would take its descriptor, and its
+/// text.
 void krHoldConsole();
 
 extern i_stream c_in;

@@ -166,8 +166,9 @@ void O_apply(const krString& arg, krSession* session) {
 }
 
 krString L_info(const krString& arg) {
-    static const char* const levels[] = {"errors",        ",warnings",    ",performance results", ",measurement process",
-                                         ",tracing info", ",memory info", ",data info"};
+    static const char* const levels[] = {
+        "errors",       ",warnings", ",performance results", ",measurement process", ",tracing info",
+        ",memory info", ",data info"};
     const int bits = getLevel(arg);
     if (bits == 0) {
         return gated(1, "ignored: incorrect level of console output");
@@ -263,21 +264,24 @@ krString n_info(const krString& arg) {
 }
 
 // -n, -p and -l are used before all other keys are applied.
-void n_apply(const krString& /*arg*/, krSession* /*session*/) {}
+void n_apply(const krString& /*arg*/, krSession* /*session*/) {
+}
 
 krString p_info(const krString& arg) {
     return arg.empty() ? krString("ignored: empty directory name")
                        : krString("open test data files & ini-file in ") + krSession::genDirName(arg);
 }
 
-void p_apply(const krString& /*arg*/, krSession* /*session*/) {}
+void p_apply(const krString& /*arg*/, krSession* /*session*/) {
+}
 
 krString l_info(const krString& arg) {
     return arg.empty() ? krString("ignored: empty directory name")
                        : krString("open output files in ") + krSession::genDirName(arg);
 }
 
-void l_apply(const krString& /*arg*/, krSession* /*session*/) {}
+void l_apply(const krString& /*arg*/, krSession* /*session*/) {
+}
 
 krString f_info(const krString& arg) {
     krString pattern = arg;

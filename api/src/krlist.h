@@ -55,7 +55,7 @@ public:
             return *this;
         }
         bool operator==(const iterator& other) const { return m_node == other.m_node; }
-        operator const_iterator() const { return const_iterator(m_node); }
+        operator const_iterator() const { return const_iterator(m_node); } // NOLINT(google-explicit-constructor)
 
     private:
         friend class krList;

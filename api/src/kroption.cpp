@@ -26,7 +26,8 @@ krOption* krSession::getOption(char key) {
 }
 
 #define KR_OPTION(letter) initOption(#letter[0], letter##_help, letter##_info, letter##_apply, letter##_descr, false)
-#define KR_HIDDEN_OPTION(letter) initOption(#letter[0], letter##_help, letter##_info, letter##_apply, letter##_descr, true)
+#define KR_HIDDEN_OPTION(letter)                                                                                       \
+    initOption(#letter[0], letter##_help, letter##_info, letter##_apply, letter##_descr, true)
 
 void krSession::fillOptions() {
     KR_OPTION(B);

@@ -69,7 +69,7 @@ void krString::allocate(int n) {
     }
     const int size = getBufSize(n);
     if (size == m_capacity) {
-        std::memset(m_buffer, 0, static_cast<size_t>(size));
+        std::memset(m_buffer, 0, static_cast<size_t>(size)); // NOLINT(clang-analyzer-core.NonNullParamChecker)
     } else {
         std::free(m_buffer);
         m_buffer = static_cast<char*>(std::calloc(static_cast<size_t>(size), 1));

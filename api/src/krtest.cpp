@@ -54,8 +54,8 @@ krTest::krTest(krFuncLoop funcLoop, krFuncStat funcStat, const krString& name, c
     construct(name, file, info);
 }
 
-krTest::krTest(krFuncCall funcCall, krFuncCall funcInit, krFuncLoop funcLoop, krFuncStat funcStat,
-               const krString& name, const krString& file, const krString& info)
+krTest::krTest(krFuncCall funcCall, krFuncCall funcInit, krFuncLoop funcLoop, krFuncStat funcStat, const krString& name,
+               const krString& file, const krString& info)
     : m_funcLoop(funcLoop), m_funcStat(funcStat), m_funcCall(funcCall), m_funcInit(funcInit) {
     construct(name, file, info);
 }
@@ -386,7 +386,8 @@ void krTest::parmsFromIstrm() {
     }
 }
 
-void krTest::registerCacheIterator(krDefault_NSC<int>& parm, krObject* object, bool (*setFunc)(krParameter*, int, int, bool)) {
+void krTest::registerCacheIterator(krDefault_NSC<int>& parm, krObject* object,
+                                   bool (*setFunc)(krParameter*, int, int, bool)) {
     if (m_cache && m_cacheIter == nullptr) {
         m_cacheIter = new krCacheIteratorInt(parm, object, setFunc);
         m_parms.append(m_cacheIter);

@@ -1,5 +1,5 @@
-// One test: a library function with its own grid of parameters, its life from registration to result, and the list of all
-// tests. The numbers come from krtool, the layout of what is written from krreport.
+// One test: a library function with its own grid of parameters, its life from registration to result, and the list of
+// all tests. The numbers come from krtool, the layout of what is written from krreport.
 #pragma once
 
 #include "krdefault.h"

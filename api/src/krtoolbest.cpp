@@ -1,7 +1,7 @@
 // The adaptive search shared by Auto and Iterative: a prior measurement, the doubling of the loop count until two
 // successive values agree, and the confirmation by repeated measurements, of which the smallest is kept.
-#include "krio.h"
 #include "krcputick.h"
+#include "krio.h"
 #include "krstream.h"
 #include "krtest.h"
 #include "krtool.h"
