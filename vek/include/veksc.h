@@ -12,6 +12,7 @@
 #include "veksc_g729.h"
 #endif
 #include "veksc_g729lp.h"
+#include "veksc_g729pitch.h"
 #if __has_include("veksc_gsmamr.h")
 #include "veksc_gsmamr.h"
 #endif

@@ -1,0 +1,33 @@
+// Pitch and gain steps of G.729 and its annexes A and B: gain control of the post filters, share of the adaptive
+// codebook, open-loop search, correlation maxima. The codebook of pulses is elsewhere.
+//
+// All functions: vekStsNullPtrErr for a null pointer, before anything is written. Subframes have 40 samples, frames 80.
+#pragma once
+
+#include "vekdefs.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// Gain control of a subframe: the post filter's output pSrcDst is brought to the level of its input pSrc by a gain that
+// moves from sample to sample. *pGain is the gain of the last sample before and after; an output of zeros makes it 0
+// and is left alone (in the G729 form an input of zeros goes first: the gain decays then).
+//
+// Level by energy, gain Q12 (4096 is 1.0), g[n] = 0.9 * g[n-1] + 0.1 * ratio: G.729 A.4.2.4. Energies of the samples
+// without their last two bits; a ratio below 0.044 counts as 0.044.
+VEK_API VekStatus veksGainControl_G729A_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s* pGain);
+
+// Level by sum of magnitudes, gain Q14 (16384 is 1.0), g[n] = 0.9875 * g[n-1] + 0.0125 * ratio: G.729 4.2.4.
+VEK_API VekStatus veksGainControl_G729_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s* pGain);
+
+// Target of the fixed codebook search: pDst[n] = pSrcTarget[n] - gain * pFltAdptVector[n]. G.729 3.8 eq 50. The gain is
+// Q14, the product is cut off; product and difference saturate. pDst may be pSrcTarget.
+VEK_API VekStatus veksAdaptiveCodebookContribution_G729_16s(Vek16s gain, const Vek16s* pFltAdptVector,
+                                                            const Vek16s* pSrcTarget, Vek16s* pDst);
+VEK_API VekStatus veksAdaptiveCodebookContribution_G729_32f(Vek32f gain, const Vek32f* pFltAdptVector,
+                                                            const Vek32f* pSrcTarget, Vek32f* pDst);
+
+#ifdef __cplusplus
+}
+#endif
