@@ -1,0 +1,147 @@
+// Time base and priority: the snap to nominal frequencies, the system clock, the bracket of the process priority.
+#include "krcputick.h"
+
+#include <gtest/gtest.h>
+
+#include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+TEST(KrNominalFrequency, SnapsWithinThreePerCent) {
+    EXPECT_EQ(krNominalMHz(2394), 2400);
+    EXPECT_EQ(krNominalMHz(1200), 1200);
+    EXPECT_EQ(krNominalMHz(60), 60);
+    EXPECT_EQ(krNominalMHz(59), 60);
+    EXPECT_EQ(krNominalMHz(50), 50);
+    EXPECT_EQ(krNominalMHz(3060), 3060);
+    EXPECT_EQ(krNominalMHz(3150), 3060);
+    EXPECT_EQ(krNominalMHz(3160), 3160);
+    EXPECT_EQ(krNominalMHz(5000), 5000);
+    EXPECT_EQ(krNominalMHz(0), 0);
+}
+
+TEST(KrNominalFrequency, OfTwoEquallyDistantTheLowerIsTaken) {
+    EXPECT_EQ(krNominalMHz(2230), 2200);
+    EXPECT_EQ(krNominalMHz(1850), 1800);
+    EXPECT_EQ(krNominalMHz(2630), 2600);
+}
+
+TEST(KrNominalFrequency, EveryEntryIsItsOwnNominal) {
+    const int table[] = {60,   66,   75,   90,   100,  120,  133,  150,  166,  185,  200,  220,  240,
+                         266,  300,  333,  400,  450,  500,  530,  550,  600,  800,  1000, 1400, 1700,
+                         1800, 1900, 2000, 2200, 2260, 2400, 2500, 2530, 2600, 2660, 2800, 3060};
+    for (const int mhz : table) {
+        EXPECT_EQ(krNominalMHz(mhz), mhz);
+        EXPECT_EQ(krNominalMHz(mhz + (mhz >= 100 ? 1 : 0)), mhz);
+    }
+}
+
+TEST(KrTicker, StoredFrequencyIsNotEstimatedAgain) {
+    const int before = krCpuTicker::m_freqMHz;
+    krCpuTicker::m_freqMHz = 1234;
+    EXPECT_EQ(krCpuTicker::getFreq(), 1234);
+    krCpuTicker::m_freqMHz = before;
+    EXPECT_EQ(krCpuTicker::getClockFactor(), 1);
+}
+
+TEST(KrTicker, CounterGoesOn) {
+    ASSERT_TRUE(vek_has_rdtsc());
+    const unsigned long long first = vek_get_cyclon_counter();
+    EXPECT_GT(vek_get_cyclon_counter(), first);
+    EXPECT_GT(first, 0xFFFFFFFFULL) << "the upper half is in place";
+}
+
+TEST(KrOsTimer, CountsProcessMicrosecondsWhileTheRealTimeClockIsClosed) {
+    EXPECT_EQ(g_rtc.m_descriptor, -1);
+    EXPECT_EQ(OSTimer::getOSFreq(), 1000000);
+    long long first = 0;
+    OSTimer::GetCounter(&first);
+    EXPECT_NEAR(static_cast<double>(first), static_cast<double>(clock()), 1e6);
+}
+
+struct OpenClock {
+    OpenClock() {
+        EXPECT_EQ(pipe(ends), 0);
+        g_rtc.m_descriptor = ends[0];
+    }
+    ~OpenClock() {
+        close(ends[0]);
+        close(ends[1]);
+        g_rtc = LinuxRTClock();
+    }
+    void put(long long value) const { EXPECT_EQ(write(ends[1], &value, sizeof value), 8); }
+    int ends[2] = {};
+};
+
+TEST(KrOsTimer, OpenRealTimeClockIsReadAndShifted) {
+    OpenClock rtc;
+    EXPECT_EQ(OSTimer::getOSFreq(), 8192);
+    long long value = 7;
+    OSTimer::GetCounter(&value);
+    EXPECT_EQ(value, 0) << "not active";
+    g_rtc.m_active = true;
+    rtc.put(0x12345);
+    OSTimer::GetCounter(&value);
+    EXPECT_EQ(value, 0x123);
+}
+
+TEST(KrOsTimer, SecondsAreTheDifferenceOverTheFrequency) {
+    OpenClock rtc;
+    g_rtc.m_active = true;
+    rtc.put(100 << 8);
+    rtc.put((100 + 4096) << 8);
+    OSTimer timer;
+    timer.start();
+    timer.stop();
+    EXPECT_FLOAT_EQ(timer.getSec(), 0.5F);
+    EXPECT_FLOAT_EQ(timer.getUSec(), 500000.0F);
+}
+
+TEST(KrOsTimerDeathTest, FailedReadOfTheClockEndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            g_rtc.m_descriptor = 12345;
+            g_rtc.m_active = true;
+            long long value = 0;
+            OSTimer::GetCounter(&value);
+        },
+        testing::ExitedWithCode(EBADF), "\n-- OSTimer. read: Reading of TRC data fails\n: ");
+}
+
+TEST(KrPriority, BracketPutsThePriorityBack) {
+    const int nice = getpriority(PRIO_PROCESS, 0);
+    const int policy = sched_getscheduler(0);
+    for (const int mode : {0, 2, 3}) {
+        krSetPriority(mode);
+        if (geteuid() == 0 && mode == 3) {
+            EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 10);
+        }
+        krResetPriority();
+        EXPECT_EQ(getpriority(PRIO_PROCESS, 0), nice) << mode;
+        EXPECT_EQ(sched_getscheduler(0), policy) << mode;
+    }
+    krResetPriority();
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), nice);
+}
+
+TEST(KrPriority, ModeZeroForgetsTheSavedPriority) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "needs root rights";
+    }
+    krSetPriority(3);
+    krSetPriority(0);
+    krResetPriority();
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 10);
+    krSetPriority(2);
+    krSetPriority(0);
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 0);
+}
+
+TEST(KrProcessors, ThereIsAtLeastOne) {
+    EXPECT_EQ(krGetNumOfProcessors(), sysconf(_SC_NPROCESSORS_ONLN));
+}
+
+} // namespace

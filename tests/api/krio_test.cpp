@@ -1,0 +1,238 @@
+// Files and console messages: opening modes, level masks, the stack of message levels and the routing of text.
+#include "kr.h"
+#include "krio.h"
+#include "streamcapture.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// A stream with one destination in memory, level by level.
+struct Routed {
+    explicit Routed(OutputLevel level) {
+        stream.setOutLevel(level);
+        stream.append(text.stream());
+    }
+    ~Routed() { stream.clear(); }
+    TextStream text;
+    krOStream stream;
+};
+
+TEST(KrMessages, NewStreamShowsErrorsOnly) {
+    krOStream stream;
+    EXPECT_EQ(stream.outLevel(), 1);
+    EXPECT_EQ(stream.msgLevel(), PERF);
+    EXPECT_FALSE(stream.passes());
+}
+
+TEST(KrMessages, LevelBits) {
+    EXPECT_EQ(ERR, 1);
+    EXPECT_EQ(WARN, 2);
+    EXPECT_EQ(PERF, 4);
+    EXPECT_EQ(INFO, 8);
+    EXPECT_EQ(TRACE, 16);
+    EXPECT_EQ(MEM, 32);
+    EXPECT_EQ(DATA, 64);
+    EXPECT_EQ(msgEnd, -10);
+    EXPECT_EQ(msgEndFlush, -11);
+}
+
+TEST(KrMessages, TextPassesWhenItsBitIsInTheMask) {
+    Routed r(ERR);
+    r.stream << PERF << "performance\n" << msgEnd;
+    r.stream << ERR << "error\n" << msgEnd;
+    r.stream << WARN << "warning\n" << msgEnd;
+    EXPECT_EQ(r.text.text(), "error\n");
+}
+
+TEST(KrMessages, MaskIsNoThreshold) {
+    Routed r(ERR | TRACE);
+    r.stream << INFO << "info\n" << msgEnd << TRACE << "trace\n" << msgEnd;
+    EXPECT_EQ(r.text.text(), "trace\n");
+}
+
+TEST(KrMessages, TextGoesToEveryDestinationUnaltered) {
+    Routed r(ERR | PERF);
+    TextStream second;
+    r.stream.append(second.stream());
+    r.stream << "a" << 1 << ' ' << true << 2.5 << " " << 9000000000LL << "\n";
+    EXPECT_EQ(r.text.text(), "a1 yes2.5 9000000000\n");
+    EXPECT_EQ(second.text(), r.text.text());
+}
+
+TEST(KrMessages, DoubleHasThreeSignificantDigits) {
+    Routed r(PERF);
+    r.stream << 1234.5678;
+    EXPECT_EQ(r.text.text(), "1.23e+03");
+}
+
+TEST(KrMessages, RestoreOnAnEmptyStackGivesErrors) {
+    krOStream stream;
+    stream.setMsgLevel(INFO);
+    stream.restoreMsgLevel();
+    EXPECT_EQ(stream.msgLevel(), PERF);
+    stream.restoreMsgLevel();
+    EXPECT_EQ(stream.msgLevel(), ERR);
+    stream.restoreMsgLevel();
+    EXPECT_EQ(stream.msgLevel(), ERR);
+}
+
+TEST(KrMessages, LevelsNest) {
+    krOStream stream;
+    stream << WARN << INFO;
+    EXPECT_EQ(stream.msgLevel(), INFO);
+    stream << msgEnd;
+    EXPECT_EQ(stream.msgLevel(), WARN);
+    stream << msgEndFlush;
+    EXPECT_EQ(stream.msgLevel(), PERF);
+}
+
+TEST(KrMessages, BeginMessageComparesNumbers) {
+    krOStream stream;
+    stream.setOutLevel(ERR | WARN | TRACE);
+    EXPECT_TRUE(stream.beginMessage(INFO));
+    EXPECT_EQ(stream.msgLevel(), INFO);
+    EXPECT_FALSE(stream.passes());
+    stream.endMessage();
+    EXPECT_EQ(stream.msgLevel(), PERF);
+    EXPECT_FALSE(stream.beginMessage(MEM));
+    EXPECT_EQ(stream.msgLevel(), PERF);
+    EXPECT_TRUE(stream.beginMessage(TRACE));
+    stream.endMessageFlush();
+    EXPECT_EQ(stream.msgLevel(), PERF);
+}
+
+TEST(KrMessages, EndMessageFlushFlushesFiles) {
+    const TestDir dir;
+    krOStream stream;
+    ASSERT_TRUE(stream.addStream(dir.path("a.txt").c_str(), false));
+    stream << ERR << "text\n" << msgEnd;
+    EXPECT_EQ(dir.read("a.txt"), "");
+    stream << ERR << "more\n" << msgEndFlush;
+    EXPECT_EQ(dir.read("a.txt"), "text\nmore\n");
+}
+
+TEST(KrOStreamFiles, CreateEmptiesAndAppendAdds) {
+    const TestDir dir;
+    dir.write("a.txt", "old\n");
+    for (const bool append : {false, true}) {
+        krOStream stream;
+        ASSERT_TRUE(stream.addStream(dir.path("a.txt").c_str(), append));
+        stream << ERR << "new\n" << msgEnd;
+        stream.close();
+        EXPECT_TRUE(stream.empty());
+    }
+    EXPECT_EQ(dir.read("a.txt"), "new\nnew\n");
+}
+
+TEST(KrOStreamFiles, UnopenableFileIsToldAtErrorLevel) {
+    const TestDir dir;
+    const ConsoleCapture console(ERR);
+    krOStream stream;
+    const std::string path = dir.path("none/a.txt");
+    EXPECT_FALSE(stream.addStream(path.c_str(), false));
+    EXPECT_TRUE(stream.empty());
+    EXPECT_EQ(const_cast<ConsoleCapture&>(console).text(), "-- Can't open file " + path + " to write: \n");
+}
+
+TEST(KrFiles, FailureToReadIsToldOnlyWhenAsked) {
+    const TestDir dir;
+    const std::string path = dir.path("missing");
+    ConsoleCapture console(ERR);
+    const i_stream silent(path.c_str(), ioRead | ioRawName, false);
+    EXPECT_EQ(silent.m_file, nullptr);
+    EXPECT_EQ(console.text(), "");
+    const i_stream told(path.c_str(), ioRead | ioRawName, true);
+    EXPECT_EQ(told.m_file, nullptr);
+    EXPECT_EQ(console.text(), "-- Can't open file " + path + " to read: \n");
+}
+
+TEST(KrFiles, ModeWithoutReadOrWriteNamesNoPurpose) {
+    ConsoleCapture console(ERR);
+    const io_stream file("/tmp", ioRawName, true);
+    EXPECT_EQ(file.m_file, nullptr);
+    EXPECT_EQ(console.text(), "-- Can't open file /tmp: \n");
+}
+
+TEST(KrFiles, ReadWinsOverWrite) {
+    const TestDir dir;
+    dir.write("a", "kept\n");
+    {
+        i_stream file(dir.path("a").c_str(), ioRead | ioWrite | ioRawName, true);
+        krString line;
+        EXPECT_TRUE(file.getline(line));
+        EXPECT_STREQ(line.c_str(), "kept");
+    }
+    EXPECT_EQ(dir.read("a"), "kept\n");
+}
+
+TEST(KrFiles, BinaryModesWriteAndRead) {
+    const TestDir dir;
+    {
+        o_stream file(dir.path("a").c_str(), ioWrite | ioBinary | ioRawName, true);
+        file << "x\n";
+        o_stream more(dir.path("b").c_str(), ioWrite | ioAppend | ioBinary | ioRawName, true);
+        more << "y\n";
+    }
+    EXPECT_EQ(dir.read("a"), "x\n");
+    EXPECT_EQ(dir.read("b"), "y\n");
+    i_stream back(dir.path("a").c_str(), ioRead | ioBinary | ioRawName, true);
+    krString line;
+    EXPECT_TRUE(back.getline(line));
+    EXPECT_STREQ(line.c_str(), "x");
+}
+
+TEST(KrFiles, BareNamesGoThroughTheSessionsDirectories) {
+    const TestDir dir;
+    const krString in = krSession::m_inDir;
+    const krString out = krSession::m_outDir;
+    krSession::m_outDir = (dir.path("") + "out_").c_str();
+    krSession::m_inDir = (dir.path("") + "in_").c_str();
+    {
+        o_stream file("a.txt", ioWrite, true);
+        file << "written\n";
+    }
+    EXPECT_EQ(dir.read("out_a.txt"), "written\n");
+    dir.write("in_a.txt", "given\n");
+    krString line;
+    {
+        i_stream file("a.txt", ioRead, true);
+        file.getline(line);
+    }
+    EXPECT_STREQ(line.c_str(), "given");
+    krSession::m_inDir = in;
+    krSession::m_outDir = out;
+}
+
+TEST(KrFiles, LastErrorTextIsEmpty) {
+    EXPECT_STREQ(getLastErrorMessage().c_str(), "");
+}
+
+TEST(KrFiles, GetlineTakesLinesOfAnyLengthAndALastOneWithoutNewline) {
+    const TestDir dir;
+    const std::string lengthy(3000, 'x');
+    dir.write("a", "short\n\n" + lengthy + "\n" + std::string(511, 'y') + "\nend");
+    i_stream file(dir.path("a").c_str(), ioRead | ioRawName, true);
+    krString line;
+    ASSERT_TRUE(file.getline(line));
+    EXPECT_STREQ(line.c_str(), "short");
+    ASSERT_TRUE(file.getline(line));
+    EXPECT_STREQ(line.c_str(), "");
+    ASSERT_TRUE(file.getline(line));
+    EXPECT_EQ(line.c_str(), lengthy);
+    ASSERT_TRUE(file.getline(line));
+    EXPECT_EQ(line.c_str(), std::string(511, 'y'));
+    ASSERT_TRUE(file.getline(line));
+    EXPECT_STREQ(line.c_str(), "end");
+    EXPECT_FALSE(file.getline(line));
+    EXPECT_STREQ(line.c_str(), "");
+}
+
+TEST(KrFiles, NoFileHasNoLines) {
+    i_stream none(nullptr);
+    krString line = "old";
+    EXPECT_FALSE(none.getline(line));
+    EXPECT_STREQ(line.c_str(), "");
+}
+
+} // namespace
