@@ -3,6 +3,9 @@
 
 #include "krio.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 static const char* const s_bareKey = "~~~";
 
 krValueItem* krValues::exist(const krString& key) const {
@@ -35,11 +38,20 @@ krIniFile::~krIniFile() {
     close();
 }
 
+// A character device other than a terminal has no end that could be reached: it counts as an empty file.
+static bool isDevice(FILE* file) {
+    struct stat status = {};
+    return fstat(fileno(file), &status) == 0 && S_ISCHR(status.st_mode) && isatty(fileno(file)) == 0;
+}
+
 bool krIniFile::open(const krString& name, bool write) {
     m_write = write;
     m_fileName = name;
     i_stream input(name, ioRead | ioRawName, !write);
     if (input.m_file != nullptr) {
+        if (isDevice(input.m_file)) {
+            return true;
+        }
         krString line;
         krString section;
         while (input.getline(line)) {

@@ -207,3 +207,17 @@ TEST(KrIniLine, ValueIsSplitAtTheFirstEqualsSign) {
 }
 
 } // namespace
+
+TEST(KrIniFileDevice, WithoutAnEndCountsAsAnEmptyFile) {
+    krIniFile ini;
+    EXPECT_TRUE(ini.open("/dev/zero", false));
+    EXPECT_FALSE(ini.sectionExist("Kelvar Rig"));
+}
+
+TEST(KrIniFileDevice, FullDiskAtTheRewriteEndsQuietly) {
+    krIniFile ini;
+    EXPECT_TRUE(ini.open("/dev/full", true));
+    ini.write("Kelvar Rig", "Method", "Auto", "");
+    ini.close();
+    EXPECT_FALSE(ini.sectionExist("Kelvar Rig"));
+}
