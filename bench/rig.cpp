@@ -7,7 +7,6 @@
 #include "subjects.h"
 
 #include <cstdio>
-#include <cstring>
 #include <ctime>
 
 VK_REG(vkTest, subjectEmpty, subjectEmpty())
@@ -24,23 +23,28 @@ static double nowUs() {
     return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) * 1e-3;
 }
 
+static void sleep50ms() {
+    const timespec pause = {0, 50000000};
+    nanosleep(&pause, nullptr);
+}
+
 int main(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "iterative") == 0) {
-            g_tool.setMethodBest(64, 65536, 100);
-        } else if (std::strcmp(argv[i], "asleep") == 0) {
-            krCoreWasBusy();
-            const timespec pause = {0, 1500000};
-            nanosleep(&pause, nullptr);
-        }
+    const krString mode = argc > 1 ? argv[1] : "auto";
+    if (mode == "iterative") {
+        g_tool.setMethodBest(64, 65536, 100);
     }
     krCpuTicker::m_freqMHz = 1000;
     g_ostrm.setOutLevel(ERR);
-    if (argc < 2 || std::strcmp(argv[argc - 1], "asleep") != 0) {
-        krWakeCore();
-    }
+    krWakeCore();
     int i = 0;
     for (krTest* test : *pTestList) {
+        if (mode == "asleep" || mode == "woken") {
+            sleep50ms();
+        }
+        if (mode == "asleep") {
+            // The tool takes the core for awake and does not wake it.
+            krCoreWasBusy();
+        }
         const double begin = nowUs();
         test->m_tool = g_tool;
         krTest::initCtrlStatus();
