@@ -2,6 +2,7 @@
 // Their step functions are in no public header: they are declared here, and the package's header tells whether to link.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <vector>
@@ -12,6 +13,15 @@
 #define ORACLE_AMRNB 1
 extern "C" {
 void agc(int16_t* gain, int16_t* in, int16_t* out, int16_t factor, int16_t n, int* overflow);
+int16_t Pitch_ol(void* vad, int mode, int16_t* signal, int16_t shortest, int16_t longest, int16_t n, int16_t half,
+                 int dtx, int* overflow);
+}
+#endif
+
+#if __has_include(<bcg729/encoder.h>)
+#define ORACLE_BCG729 1
+extern "C" {
+uint16_t findOpenLoopPitchDelay(int16_t* signal);
 }
 #endif
 
@@ -26,6 +36,20 @@ using Samples = std::vector<int16_t>;
         e = static_cast<int16_t>(pick(random) * step);
     }
     return v;
+}
+
+// Noise through a resonance and a delay loop: 223 samples with a pitch.
+[[maybe_unused]] Samples voiced(std::mt19937& random, int level) {
+    const auto period = static_cast<size_t>(noise(random, 1, 20, 143)[0]);
+    std::vector<double> y(600);
+    Samples x;
+    for (size_t i = 2; i < y.size(); ++i) {
+        y[i] = noise(random, 1, -level / 8, level / 8)[0] + (i > period ? 0.8 * y[i - period] : 0);
+        if (i >= y.size() - 223) {
+            x.push_back(static_cast<int16_t>(std::max(-32768.0, std::min(32767.0, y[i] + 0.7 * y[i - 1]))));
+        }
+    }
+    return x;
 }
 
 TEST(GainControlOracle, EqualsTheAmrCodec) {
@@ -47,6 +71,40 @@ TEST(GainControlOracle, EqualsTheAmrCodec) {
     }
 #else
     GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
+#endif
+}
+
+TEST(OpenLoopPitchOracle, EqualsTheAmrCodecAt7400BitsASecond) {
+#ifdef ORACLE_AMRNB
+    std::mt19937 random(2);
+    constexpr int mode7400 = 4;
+    std::vector<int64_t> vad(1000);
+    for (int round = 0; round < 400; ++round) {
+        Samples x = voiced(random, 16 << (round % 9));
+        int overflow = 0;
+        int16_t lag = 0;
+        ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729_16s(x.data() + 143, &lag));
+        ASSERT_EQ(Pitch_ol(vad.data(), mode7400, x.data() + 143, 20, 143, 80, 0, 0, &overflow), lag) << round;
+    }
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
+#endif
+}
+
+TEST(OpenLoopPitchOracle, AgreesWithTheG729Codec) {
+#ifdef ORACLE_BCG729
+    std::mt19937 random(3);
+    int equal = 0;
+    for (int round = 0; round < 1000; ++round) {
+        Samples x = voiced(random, 64 << (round % 8));
+        int16_t lag = 0;
+        ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729A_16s(x.data() + 143, &lag));
+        equal += findOpenLoopPitchDelay(x.data() + 143) == lag ? 1 : 0;
+    }
+    // It scales and takes roots in other formats: near ties may fall otherwise.
+    EXPECT_GE(equal, 970);
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
 #endif
 }
 

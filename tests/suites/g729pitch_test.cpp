@@ -23,6 +23,10 @@ const GridCase gridCases[] = {
     {"veksGainControl_G729_16s_I", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_agctrl", true, 40},
     {"veksAdaptiveCodebookContribution_G729_32f", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_adaptcdbgain", false, 40},
     {"veksAdaptiveCodebookContribution_G729_16s", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_adaptcdbgain", false, 40},
+    {"veksOpenLoopPitchSearch_G729_16s", 1, "160,143,1,1,-,-", "160,143,1,1,-,-", "p_pitch", false, 160},
+    {"veksOpenLoopPitchSearch_G729A_16s", 1, "160,143,1,1,-,-", "160,143,1,1,-,-", "p_pitch", false, 160},
+    {"veksAutoCorrLagMax_Fwd_16s", 5, "40,1,20,40,-,-", "80,1,20,40,-,-", "p_pitch", false, 80},
+    {"veksAutoCorrLagMax_Inv_16s", 5, "40,1,20,40,-,-", "80,1,20,40,-,-", "p_pitch", false, 80},
 };
 
 class G729PitchSuites : public testing::TestWithParam<GridCase> {};
@@ -64,6 +68,11 @@ std::string nameRow(const char* function) {
 TEST(G729PitchSuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksGainControl_G729_16s_I"), "lenght,-,-,-,-,-");
     EXPECT_EQ(nameRow("veksAdaptiveCodebookContribution_G729_16s"), "Lenght,-,-,-,-,-");
+    EXPECT_EQ(nameRow("veksAutoCorrLagMax_Inv_16s"), "lenght,maxLag,lowerLag,upperLag,-,-");
+}
+
+TEST(G729PitchSuiteNames, TheSubframeOfTheOpenLoopSearchHasNoTitleAndDoesNotShow) {
+    EXPECT_EQ(nameRow("veksOpenLoopPitchSearch_G729_16s"), "lenght,maxLag,lowerLag,upperLag,-,-");
 }
 
 } // namespace

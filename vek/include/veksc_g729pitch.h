@@ -28,6 +28,28 @@ VEK_API VekStatus veksAdaptiveCodebookContribution_G729_16s(Vek16s gain, const V
 VEK_API VekStatus veksAdaptiveCodebookContribution_G729_32f(Vek32f gain, const Vek32f* pFltAdptVector,
                                                             const Vek32f* pSrcTarget, Vek32f* pDst);
 
+// Open-loop delay of a frame of 80 samples of weighted speech, 20..143. pSrc points to the frame; pSrc[-143..-1] must
+// be there. The signal is first divided by 8 when the sum of its doubled energy does not fit 32 bits, multiplied by 8
+// when that sum is below 2^20; sums saturate at each step.
+//
+// Best of the ranges 143..80, 79..40 and 39..20 by normalised correlation, a shorter delay being taken when it reaches
+// more than 0.85 of the best: G.729 3.4.
+VEK_API VekStatus veksOpenLoopPitchSearch_G729_16s(const Vek16s* pSrc, Vek16s* pBestLag);
+
+// The same over every second sample, in 80..143 over the even delays first and then beside the best of them; delays
+// with a multiple in the next range are favoured: G.729 A.3.4. The energy that scales the signal counts every second
+// sample from pSrc[-143] on.
+VEK_API VekStatus veksOpenLoopPitchSearch_G729A_16s(const Vek16s* pSrc, Vek16s* pBestLag);
+
+// Largest correlation over the delays lowerLag..upperLag, and its delay; of equal ones the smallest delay. *pMax is the
+// doubled sum of pSrc[n] * pSrc[n+k] (Fwd, reads pSrc[0..len+upperLag-1]) or pSrc[n] * pSrc[n-k] (Inv, reads
+// pSrc[-upperLag..len-1]) over n = 0..len-1, saturated to 32 bits. len 1..65536, else vekStsSizeErr;
+// 0 <= lowerLag <= upperLag <= 65536, else vekStsRangeErr. G.729 3.4.
+VEK_API VekStatus veksAutoCorrLagMax_Fwd_16s(const Vek16s* pSrc, int len, int lowerLag, int upperLag, Vek32s* pMax,
+                                             int* pMaxLag);
+VEK_API VekStatus veksAutoCorrLagMax_Inv_16s(const Vek16s* pSrc, int len, int lowerLag, int upperLag, Vek32s* pMax,
+                                             int* pMaxLag);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,242 @@
+// Open-loop pitch: the search over three ranges of delays, in full and over every second sample, and the plain maximum
+// of a correlation.
+// Inner products come from the kernels, exact; where the energy proves that a saturating sum could have saturated on
+// its way, it is made step by step instead.
+#include <cstdlib>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/kernels/corr.h"
+#include "veksc_filter.h"
+#include "veksc_g729pitch.h"
+
+using namespace vek;
+using namespace vek::fix;
+
+namespace {
+
+constexpr int kFrame = 80;
+constexpr int kMaxLag = 143;
+constexpr int kSpan = kMaxLag + kFrame;
+constexpr int kHalfFrame = kFrame / 2;
+constexpr int kHalfHistory = (kMaxLag + 1) / 2;
+
+int32_t doubled(int64_t sum) {
+    return sat32(2 * sum);
+}
+
+// Inner products as the basic operators make them.
+class Products {
+public:
+    explicit Products(bool exact) : m_exact(exact) {}
+
+    int32_t operator()(const Vek16s* a, const Vek16s* b, int n, int32_t start = 0) const {
+        if (m_exact) {
+            return sat32(start + 2 * corrKernels().dot16(a, b, n));
+        }
+        int32_t sum = start;
+        for (int i = 0; i < n; ++i) {
+            sum = L_mac(sum, a[i], b[i]);
+        }
+        return sum;
+    }
+
+private:
+    bool m_exact;
+};
+
+// The scaled frame with its history before it, and how its products are to be summed.
+Products scaleFrame(const Vek16s* pSrc, int64_t energy, Vek16s* scaled) {
+    const int shift = 2 * energy > kMax32 ? -3 : 2 * energy < 1048576 ? 3 : 0;
+    corrKernels().shift16(pSrc - kMaxLag, scaled, kSpan, shift);
+    // No partial sum over two stretches of the signal exceeds the energy of the whole.
+    return Products(2 * corrKernels().dot16(scaled, scaled, kSpan) < kMax32);
+}
+
+// max / sqrt(energy), with the energy's root in Q30.
+int32_t normalised(int32_t max, int32_t energy) {
+    Vek32s root = energy;
+    veksInvSqrt_32s_I(&root, 1);
+    int16_t maxHigh = 0;
+    int16_t maxLow = 0;
+    int16_t rootHigh = 0;
+    int16_t rootLow = 0;
+    L_Extract(max, maxHigh, maxLow);
+    L_Extract(root, rootHigh, rootLow);
+    return Mpy_32(maxHigh, maxLow, rootHigh, rootLow);
+}
+
+struct Peak {
+    int lag;
+    int32_t value;
+};
+
+Peak fullPeak(const Products& products, const Vek16s* x, int longest, int shortest) {
+    Peak best{longest, kMin32};
+    for (int lag = longest; lag >= shortest; --lag) {
+        const int32_t sum = products(x, x - lag, kFrame);
+        if (sum >= best.value) {
+            best = {lag, sum};
+        }
+    }
+    const Vek16s* past = x - best.lag;
+    best.value = extract_l(normalised(best.value, products(past, past, kFrame)));
+    return best;
+}
+
+// The frame's samples of even and of odd index, history included: x[2k] and x[2k+1], k = -72..39.
+struct Phases {
+    Vek16s even[kHalfHistory + kHalfFrame];
+    Vek16s odd[kHalfHistory + kHalfFrame];
+
+    explicit Phases(const Vek16s* x) {
+        even[0] = 0; // x[-144] is not there, and no delay reaches it
+        odd[0] = x[-kMaxLag];
+        for (int k = 1; k < kHalfHistory + kHalfFrame; ++k) {
+            even[k] = x[2 * (k - kHalfHistory)];
+            odd[k] = x[2 * (k - kHalfHistory) + 1];
+        }
+    }
+
+    const Vek16s* now() const { return even + kHalfHistory; }
+    const Vek16s* past(int lag) const { return (lag % 2 == 0 ? even : odd) + kHalfHistory - (lag + 1) / 2; }
+};
+
+class HalfSearch {
+public:
+    HalfSearch(const Products& products, const Vek16s* x) : m_products(products), m_phases(x) {}
+
+    Peak peak(int shortest, int end, int step) const {
+        Peak best{shortest, kMin32};
+        for (int lag = shortest; lag < end; lag += step) {
+            take(best, lag);
+        }
+        return best;
+    }
+    void take(Peak& best, int lag) const {
+        const int32_t sum = m_products(m_phases.now(), m_phases.past(lag), kHalfFrame);
+        if (sum > best.value) {
+            best = {lag, sum};
+        }
+    }
+    void normalise(Peak& best) const {
+        const Vek16s* past = m_phases.past(best.lag);
+        best.value = normalised(best.value, m_products(past, past, kHalfFrame, 1));
+    }
+
+private:
+    Products m_products;
+    Phases m_phases;
+};
+
+bool near(int a, int b, int distance) {
+    return std::abs(a - b) < distance;
+}
+
+int32_t fifth(int32_t v) {
+    int16_t high = 0;
+    int16_t low = 0;
+    L_Extract(v, high, low);
+    return Mpy_32_16(high, low, 6554);
+}
+
+VekStatus lagMax(const Vek16s* pSrc, int len, int lowerLag, int upperLag, int direction, Vek32s* pMax, int* pMaxLag) {
+    if (anyNull(pSrc) || anyNull(pMax) || anyNull(pMaxLag)) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (lowerLag < 0 || lowerLag > upperLag || upperLag > kMaxSignalLength) {
+        return vekStsRangeErr;
+    }
+    const CorrKernels& kernels = corrKernels();
+    int64_t best = kernels.dot16(pSrc, pSrc + direction * lowerLag, len);
+    int bestLag = lowerLag;
+    for (int lag = lowerLag + 1; lag <= upperLag; ++lag) {
+        const int64_t sum = kernels.dot16(pSrc, pSrc + direction * lag, len);
+        if (sum > best) {
+            best = sum;
+            bestLag = lag;
+        }
+    }
+    *pMax = doubled(best);
+    *pMaxLag = bestLag;
+    return vekStsNoErr;
+}
+
+} // namespace
+
+VekStatus veksOpenLoopPitchSearch_G729_16s(const Vek16s* pSrc, Vek16s* pBestLag) {
+    if (anyNull(pSrc, pBestLag)) {
+        return vekStsNullPtrErr;
+    }
+    constexpr Vek16s threshold = 27853; // 0.85
+    Vek16s scaled[kSpan];
+    const Vek16s* from = pSrc - kMaxLag;
+    const Products products = scaleFrame(pSrc, corrKernels().dot16(from, from, kSpan), scaled);
+    const Vek16s* x = scaled + kMaxLag;
+    Peak best = fullPeak(products, x, kMaxLag, 80);
+    for (const int longest : {79, 39}) {
+        const Peak shorter = fullPeak(products, x, longest, (longest + 1) / 2);
+        if (mult(static_cast<Vek16s>(best.value), threshold) < shorter.value) {
+            best = shorter;
+        }
+    }
+    *pBestLag = static_cast<Vek16s>(best.lag);
+    return vekStsNoErr;
+}
+
+VekStatus veksOpenLoopPitchSearch_G729A_16s(const Vek16s* pSrc, Vek16s* pBestLag) {
+    if (anyNull(pSrc, pBestLag)) {
+        return vekStsNullPtrErr;
+    }
+    int64_t energy = 0;
+    for (int i = -kMaxLag; i < kFrame; i += 2) {
+        energy += pSrc[i] * pSrc[i];
+    }
+    Vek16s scaled[kSpan];
+    const Products products = scaleFrame(pSrc, energy, scaled);
+    const HalfSearch search(products, scaled + kMaxLag);
+    Peak first = search.peak(20, 40, 1);
+    Peak second = search.peak(40, 80, 1);
+    Peak third = search.peak(80, kMaxLag, 2);
+    const int even = third.lag;
+    if (even > 80) {
+        search.take(third, even - 1);
+    }
+    search.take(third, even + 1);
+    for (Peak* peak : {&first, &second, &third}) {
+        search.normalise(*peak);
+    }
+    if (near(2 * second.lag, third.lag, 5)) {
+        second.value = L_add(second.value, third.value >> 2);
+    }
+    if (near(3 * second.lag, third.lag, 7)) {
+        second.value = L_add(second.value, third.value >> 2);
+    }
+    if (near(2 * first.lag, second.lag, 5)) {
+        first.value = L_add(first.value, fifth(second.value));
+    }
+    if (near(3 * first.lag, second.lag, 7)) {
+        first.value = L_add(first.value, fifth(second.value));
+    }
+    if (first.value < second.value) {
+        first = second;
+    }
+    if (first.value < third.value) {
+        first = third;
+    }
+    *pBestLag = static_cast<Vek16s>(first.lag);
+    return vekStsNoErr;
+}
+
+VekStatus veksAutoCorrLagMax_Fwd_16s(const Vek16s* pSrc, int len, int lowerLag, int upperLag, Vek32s* pMax,
+                                     int* pMaxLag) {
+    return lagMax(pSrc, len, lowerLag, upperLag, 1, pMax, pMaxLag);
+}
+
+VekStatus veksAutoCorrLagMax_Inv_16s(const Vek16s* pSrc, int len, int lowerLag, int upperLag, Vek32s* pMax,
+                                     int* pMaxLag) {
+    return lagMax(pSrc, len, lowerLag, upperLag, -1, pMax, pMaxLag);
+}

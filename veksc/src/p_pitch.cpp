@@ -1,0 +1,72 @@
+// Open-loop pitch search of G.729 and the maximum of a correlation.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc;
+krStepIterator<int> lenght;
+krStepIterator<int> maxLag_pithch;
+krStepIterator<int> lowerLag;
+krStepIterator<int> upperLag;
+krStepIterator<int> subFrame;
+vkcGrid grid;
+Vek16s bestLag;
+Vek32s max_src;
+int maxLag;
+
+class TimACorrLagMax : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+};
+
+bool TimACorrLagMax::canStart() {
+    vkcRebuild(lenght, "lenght");
+    vkcRebuild(maxLag_pithch, "maxLag").setList({1});
+    vkcRebuild(lowerLag, "lowerLag").setList({1});
+    vkcRebuild(upperLag, "upperLag").setList({1});
+    vkcRebuild(subFrame, "").setList({1});
+    if (m_func.contains("OpenLoopPitchSearch_G729")) {
+        lenght.setList({160});
+        maxLag_pithch.setList({143});
+    } else if (m_func.contains("veksAutoCorrLagMax")) {
+        lenght.set(40, 80, 10, '+');
+        lowerLag.setList({20});
+        upperLag.setList({40});
+    } else {
+        lenght.setList({80});
+    }
+    grid.begin({&lenght, &maxLag_pithch, &lowerLag, &upperLag, &subFrame});
+    pSrc.init(m_func, vkArg::src);
+    return true;
+}
+
+bool TimACorrLagMax::canContinue() {
+    // The calls read up to the longest delay before or behind the samples.
+    return grid.next(m_isFirst) &&
+           pSrc.createVector(maxLag_pithch.value() + upperLag.value() + lenght.value(), setValue, 2, 0);
+}
+
+void TimACorrLagMax::flushData() {
+    pSrc.deleteVector();
+}
+
+} // namespace
+
+VK_REG(TimACorrLagMax, veksOpenLoopPitchSearch_G729_16s,
+       veksOpenLoopPitchSearch_G729_16s(pSrc.m_16s + maxLag_pithch.value(), &bestLag))
+VK_REG(TimACorrLagMax, veksOpenLoopPitchSearch_G729A_16s,
+       veksOpenLoopPitchSearch_G729A_16s(pSrc.m_16s + maxLag_pithch.value(), &bestLag))
+VK_REG(TimACorrLagMax, veksAutoCorrLagMax_Fwd_16s,
+       veksAutoCorrLagMax_Fwd_16s(pSrc.m_16s, lenght.value(), lowerLag.value(), upperLag.value(), &max_src, &maxLag))
+VK_REG(TimACorrLagMax, veksAutoCorrLagMax_Inv_16s,
+       veksAutoCorrLagMax_Inv_16s(pSrc.m_16s + upperLag.value() + 1, lenght.value(), lowerLag.value(), upperLag.value(),
+                                  &max_src, &maxLag))
