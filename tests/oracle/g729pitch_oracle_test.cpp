@@ -15,6 +15,7 @@ extern "C" {
 void agc(int16_t* gain, int16_t* in, int16_t* out, int16_t factor, int16_t n, int* overflow);
 int16_t Pitch_ol(void* vad, int mode, int16_t* signal, int16_t shortest, int16_t longest, int16_t n, int16_t half,
                  int dtx, int* overflow);
+void Pred_lt_3or6(int16_t* excitation, int16_t delay, int16_t fraction, int16_t n, int16_t thirds, int* overflow);
 }
 #endif
 
@@ -68,6 +69,26 @@ TEST(GainControlOracle, EqualsTheAmrCodec) {
         agc(&theirs, in.data(), want.data(), 29491, 40, &overflow);
         ASSERT_EQ(want, x) << round;
         ASSERT_EQ(theirs, ours);
+    }
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
+#endif
+}
+
+TEST(DecodeAdaptiveVectorOracle, EqualsTheAmrCodec) {
+#ifdef ORACLE_AMRNB
+    std::mt19937 random(4);
+    for (int16_t delay = 20; delay <= 143; ++delay) {
+        for (int16_t fraction = -1; fraction <= 1; ++fraction) {
+            // Up to the level where no step of the sum saturates: the AMR codec's sums wrap.
+            Samples x = noise(random, 194, -15000, 15000);
+            Samples want = x;
+            const int16_t at[] = {delay, fraction};
+            int overflow = 0;
+            ASSERT_EQ(vekStsNoErr, veksDecodeAdaptiveVector_G729_16s_I(at, x.data()));
+            Pred_lt_3or6(want.data() + 154, delay, fraction, 40, 1, &overflow);
+            ASSERT_EQ(want, x) << delay << " " << fraction;
+        }
     }
 #else
     GTEST_SKIP() << "libopencore-amrnb-dev is not installed";

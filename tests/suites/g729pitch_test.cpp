@@ -27,6 +27,9 @@ const GridCase gridCases[] = {
     {"veksOpenLoopPitchSearch_G729A_16s", 1, "160,143,1,1,-,-", "160,143,1,1,-,-", "p_pitch", false, 160},
     {"veksAutoCorrLagMax_Fwd_16s", 5, "40,1,20,40,-,-", "80,1,20,40,-,-", "p_pitch", false, 80},
     {"veksAutoCorrLagMax_Inv_16s", 5, "40,1,20,40,-,-", "80,1,20,40,-,-", "p_pitch", false, 80},
+    {"veksDecodeAdaptiveVector_G729_32f_I", 4, "10,-,-,-,-,-", "40,-,-,-,-,-", "p_pitch1", true, 40},
+    {"veksDecodeAdaptiveVector_G729_16s", 1, "1,-,-,-,-,-", "1,-,-,-,-,-", "p_pitch1", true, 1},
+    {"veksDecodeAdaptiveVector_G729_16s_I", 1, "1,-,-,-,-,-", "1,-,-,-,-,-", "p_pitch1", true, 1},
 };
 
 class G729PitchSuites : public testing::TestWithParam<GridCase> {};
@@ -68,6 +71,7 @@ std::string nameRow(const char* function) {
 TEST(G729PitchSuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksGainControl_G729_16s_I"), "lenght,-,-,-,-,-");
     EXPECT_EQ(nameRow("veksAdaptiveCodebookContribution_G729_16s"), "Lenght,-,-,-,-,-");
+    EXPECT_EQ(nameRow("veksDecodeAdaptiveVector_G729_16s"), "length,-,-,-,-,-");
     EXPECT_EQ(nameRow("veksAutoCorrLagMax_Inv_16s"), "lenght,maxLag,lowerLag,upperLag,-,-");
 }
 

@@ -50,6 +50,18 @@ VEK_API VekStatus veksAutoCorrLagMax_Fwd_16s(const Vek16s* pSrc, int len, int lo
 VEK_API VekStatus veksAutoCorrLagMax_Inv_16s(const Vek16s* pSrc, int len, int lowerLag, int upperLag, Vek32s* pMax,
                                              int* pMaxLag);
 
+// Adaptive codebook vector of a subframe: the excitation before it, delayed by pSrcDelay[0] + pSrcDelay[1] / 3 samples
+// through the interpolation filter of 20 taps. G.729 3.7.1 eq 40. Delay 0..143 (20..143 in a codec) and fraction -1..1,
+// else vekStsRangeErr. Samples of the vector serve as excitation for its later ones; a delay below 11 makes the filter
+// reach up to 11 samples further on than that, which must be there then. Rounded, saturating steps.
+//
+// pSrcDst holds 154 samples of excitation, the oldest first, and behind them receives the 40 of the vector.
+VEK_API VekStatus veksDecodeAdaptiveVector_G729_16s_I(const Vek16s* pSrcDelay, Vek16s* pSrcDst);
+// The same, and pDst receives the vector too.
+VEK_API VekStatus veksDecodeAdaptiveVector_G729_16s(const Vek16s* pSrcDelay, Vek16s* pSrcDst, Vek16s* pDst);
+// pSrcDst points to the subframe: pSrcDst[-delay-10..-1] is the excitation, pSrcDst[0..39] receives the vector.
+VEK_API VekStatus veksDecodeAdaptiveVector_G729_32f_I(const Vek32s* pSrcDelay, Vek32f* pSrcDst);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,15 @@
+// The adaptive codebook vector, for the decoder and the closed-loop search.
+#pragma once
+
+#include <cstdint>
+
+namespace vek::g729 {
+
+constexpr int kSubframe = 40;
+// Excitation before a subframe: the longest delay and half of the interpolation filter.
+constexpr int kPastExcitation = 154;
+
+// Writes exc[0..39] from the excitation delay + fraction / 3 samples before; fraction -1..1.
+void adaptiveVector(int16_t* exc, int delay, int fraction);
+
+} // namespace vek::g729

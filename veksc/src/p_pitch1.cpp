@@ -1,0 +1,82 @@
+// Adaptive codebook vector of the G.729 decoder.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcDst;
+vkVector pTmp;
+vkVector pSrcDelay;
+vkVector pDst;
+krStepIterator<int> length;
+vkcGrid grid;
+const Vek32s* valPitchLag;
+int dataSize;
+
+constexpr int subframe = 40;
+// The longest history before the subframe, and what the shortest delays read behind it.
+constexpr int history = 154;
+constexpr int readAhead = 11;
+constexpr int floatHistory = 10;
+
+class TimDecAdVector : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return length.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+};
+
+bool TimDecAdVector::canStart() {
+    vkcRebuild(length, "length");
+    if (m_func.contains("_32f")) {
+        length.set(10, 40, 10, '+');
+    } else {
+        length.setList({1});
+    }
+    grid.begin({&length});
+    for (vkVector* vector : {&pSrcDst, &pTmp, &pSrcDelay, &pDst}) {
+        vector->init(m_func, vkArg::src);
+    }
+    if (m_func.contains("_32f")) {
+        pSrcDelay.init(vk32s); // a delay is no floating number
+    }
+    return true;
+}
+
+bool TimDecAdVector::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    constexpr int size = history + subframe + readAhead;
+    dataSize = size * vkVector::item(m_func);
+    if (!pSrcDst.createVector(size, setZero, 0, 0) || !pTmp.createVector(size, setRand, -16384, 16384) ||
+        !pSrcDelay.createVector(2, setZero, 0, 0) || !pDst.createVector(subframe, setZero, 0, 0)) {
+        return false;
+    }
+    valPitchLag = pSrcDelay.m_32s;
+    return true;
+}
+
+void TimDecAdVector::flushData() {
+    for (vkVector* vector : {&pDst, &pSrcDelay, &pTmp, &pSrcDst}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG_I(TimDecAdVector, veksDecodeAdaptiveVector_G729_32f_I,
+         veksDecodeAdaptiveVector_G729_32f_I(pSrcDelay.m_32s, pSrcDst.m_32f + *valPitchLag + floatHistory),
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
+VK_REG_I(TimDecAdVector, veksDecodeAdaptiveVector_G729_16s,
+         veksDecodeAdaptiveVector_G729_16s(pSrcDelay.m_16s, pSrcDst.m_16s, pDst.m_16s),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
+VK_REG_I(TimDecAdVector, veksDecodeAdaptiveVector_G729_16s_I,
+         veksDecodeAdaptiveVector_G729_16s_I(pSrcDelay.m_16s, pSrcDst.m_16s),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
