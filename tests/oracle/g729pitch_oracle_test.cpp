@@ -16,6 +16,9 @@ void agc(int16_t* gain, int16_t* in, int16_t* out, int16_t factor, int16_t n, in
 int16_t Pitch_ol(void* vad, int mode, int16_t* signal, int16_t shortest, int16_t longest, int16_t n, int16_t half,
                  int dtx, int* overflow);
 void Pred_lt_3or6(int16_t* excitation, int16_t delay, int16_t fraction, int16_t n, int16_t thirds, int* overflow);
+int16_t G_pitch(int mode, int16_t* target, int16_t* filtered, int16_t* products, int16_t n, int* overflow);
+int16_t Pitch_fr(int16_t* lastDelay, int mode, int16_t* open, int16_t* excitation, int16_t* target, int16_t* h,
+                 int16_t n, int16_t offset, int16_t* fraction, int16_t* thirds, int16_t* index, int* overflow);
 }
 #endif
 
@@ -23,6 +26,8 @@ void Pred_lt_3or6(int16_t* excitation, int16_t delay, int16_t fraction, int16_t 
 #define ORACLE_BCG729 1
 extern "C" {
 uint16_t findOpenLoopPitchDelay(int16_t* signal);
+void adaptativeCodebookSearch(int16_t* excitation, int16_t* shortest, int16_t* longest, int16_t* h, int16_t* target,
+                              int16_t* delay, int16_t* fraction, uint16_t* code, uint16_t offset);
 }
 #endif
 
@@ -126,6 +131,103 @@ TEST(OpenLoopPitchOracle, AgreesWithTheG729Codec) {
     EXPECT_GE(equal, 970);
 #else
     GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+// A decaying impulse response, Q12.
+[[maybe_unused]] Samples response(std::mt19937& random) {
+    Samples h = noise(random, 40, -2000, 2000);
+    for (size_t i = 1; i < h.size(); ++i) {
+        h[i] = static_cast<int16_t>(h[i] * 4 / static_cast<int>(4 + i));
+    }
+    h[0] = 4096;
+    return h;
+}
+
+TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
+#ifdef ORACLE_AMRNB
+    std::mt19937 random(5);
+    int equal = 0;
+    for (int round = 0; round < 400; ++round) {
+        Samples x = noise(random, 194, -1000, 1000);
+        Samples target = noise(random, 40, -2000, 2000);
+        Samples h = response(random);
+        Samples theirs = x;
+        int16_t open = noise(random, 1, 20, 143)[0];
+        const auto second = static_cast<int16_t>(round % 2);
+        int16_t last = open;
+        int16_t fraction = 0;
+        int16_t thirds = 0;
+        int16_t index = 0;
+        int overflow = 0;
+        const int16_t delay = Pitch_fr(&last, 4, &open, theirs.data() + 154, target.data(), h.data(), 40,
+                                       static_cast<int16_t>(40 * second), &fraction, &thirds, &index, &overflow);
+        int16_t got[2] = {};
+        Samples vector(40);
+        ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G729_16s(open, target.data(), h.data(), x.data(), got,
+                                                                   vector.data(), second));
+        equal += got[0] == delay && got[1] == fraction ? 1 : 0;
+    }
+    EXPECT_GE(equal, 396);
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
+#endif
+}
+
+TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheG729Codec) {
+#ifdef ORACLE_BCG729
+    std::mt19937 random(6);
+    int equal = 0;
+    for (int round = 0; round < 400; ++round) {
+        Samples x = noise(random, 194, -1000, 1000);
+        Samples target = noise(random, 40, -2000, 2000);
+        Samples h = response(random);
+        Samples theirs = x;
+        const int16_t open = noise(random, 1, 23, 140)[0];
+        auto shortest = static_cast<int16_t>(open - 3);
+        auto longest = static_cast<int16_t>(open + 3);
+        int16_t delay = 0;
+        int16_t fraction = 0;
+        uint16_t code = 0;
+        adaptativeCodebookSearch(theirs.data() + 154, &shortest, &longest, h.data(), target.data(), &delay, &fraction,
+                                 &code, 0);
+        int16_t got[2] = {};
+        Samples vector(40);
+        ASSERT_EQ(vekStsNoErr,
+                  veksAdaptiveCodebookSearch_G729A_16s(open, target.data(), h.data(), x.data(), got, vector.data(), 0));
+        if (got[0] == delay && got[1] == fraction) {
+            ++equal;
+            ASSERT_EQ(theirs, x);
+        }
+    }
+    EXPECT_GE(equal, 388);
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+TEST(AdaptiveGainOracle, IsWithinOneOfTheAmrCodec) {
+#ifdef ORACLE_AMRNB
+    std::mt19937 random(7);
+    for (int round = 0; round < 300; ++round) {
+        const int level = 100 << (round % 7);
+        const Samples h = response(random);
+        const Samples vector = noise(random, 40, -level, level);
+        Samples target = noise(random, 40, -level, level);
+        Samples filtered(40);
+        int16_t gain = 0;
+        for (int again = 0; again < 2; ++again) {
+            ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookGain_G729_16s(target.data(), h.data(), vector.data(),
+                                                                     filtered.data(), &gain));
+            int16_t products[4] = {};
+            int overflow = 0;
+            ASSERT_NEAR(G_pitch(4, target.data(), filtered.data(), products, 40, &overflow), gain, 1);
+            target = filtered; // now a gain of 1
+        }
+        EXPECT_NEAR(16384, gain, 2);
+    }
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
 #endif
 }
 

@@ -30,6 +30,10 @@ const GridCase gridCases[] = {
     {"veksDecodeAdaptiveVector_G729_32f_I", 4, "10,-,-,-,-,-", "40,-,-,-,-,-", "p_pitch1", true, 40},
     {"veksDecodeAdaptiveVector_G729_16s", 1, "1,-,-,-,-,-", "1,-,-,-,-,-", "p_pitch1", true, 1},
     {"veksDecodeAdaptiveVector_G729_16s_I", 1, "1,-,-,-,-,-", "1,-,-,-,-,-", "p_pitch1", true, 1},
+    {"veksAdaptiveCodebookSearch_G729A_16s", 2, "0,-,-,-,-,-", "1,-,-,-,-,-", "p_adap", true, 40},
+    {"veksAdaptiveCodebookSearch_G729_16s", 2, "0,-,-,-,-,-", "1,-,-,-,-,-", "p_adap", true, 40},
+    {"veksAdaptiveCodebookGain_G729A_16s", 1, "1,-,-,-,-,-", "1,-,-,-,-,-", "p_adap", false, 40},
+    {"veksAdaptiveCodebookGain_G729_16s", 1, "1,-,-,-,-,-", "1,-,-,-,-,-", "p_adap", false, 40},
 };
 
 class G729PitchSuites : public testing::TestWithParam<GridCase> {};

@@ -112,4 +112,85 @@ TEST(VekDecodeAdaptiveVector, RefusesNullAndDelaysOutOfRange) {
     EXPECT_EQ(before, x);
 }
 
+Samples unitResponse() {
+    Samples h(40);
+    h[0] = 4096;
+    return h;
+}
+
+TEST(VekAdaptiveCodebookSearch, FindsTheDelayThatMadeTheTargetAndLeavesItsVector) {
+    atEveryLevel([] {
+        std::mt19937 random(11);
+        for (const auto search : {veksAdaptiveCodebookSearch_G729_16s, veksAdaptiveCodebookSearch_G729A_16s}) {
+            for (int16_t delay = 52; delay <= 140; delay = static_cast<int16_t>(delay + 11)) {
+                for (int16_t sub = 0; sub <= 1; ++sub) {
+                    Samples x = noise(random, 194, -3000, 3000);
+                    const int16_t at[] = {delay, static_cast<int16_t>(delay < 85 ? delay % 3 - 1 : 0)};
+                    Samples target(40);
+                    Samples made = x;
+                    ASSERT_EQ(vekStsNoErr, veksDecodeAdaptiveVector_G729_16s(at, made.data(), target.data()));
+                    int16_t got[2] = {};
+                    Samples vector(40);
+                    const auto open = static_cast<int16_t>(delay + 2);
+                    ASSERT_EQ(vekStsNoErr,
+                              search(open, target.data(), unitResponse().data(), x.data(), got, vector.data(), sub));
+                    EXPECT_EQ(at[0], got[0]);
+                    EXPECT_EQ(at[1], got[1]);
+                    EXPECT_EQ(target, vector);
+                    EXPECT_EQ(made, x);
+                }
+            }
+        }
+    });
+}
+
+TEST(VekAdaptiveCodebookSearch, RefusesNullAndValuesOutOfRange) {
+    const Samples h = unitResponse();
+    Samples x(194, 5);
+    const Samples before = x;
+    int16_t at[2] = {7, 7};
+    Samples v(40);
+    for (const auto search : {veksAdaptiveCodebookSearch_G729_16s, veksAdaptiveCodebookSearch_G729A_16s}) {
+        EXPECT_EQ(vekStsNullPtrErr, search(60, nullptr, h.data(), x.data(), at, v.data(), 0));
+        EXPECT_EQ(vekStsNullPtrErr, search(60, h.data(), nullptr, x.data(), at, v.data(), 0));
+        EXPECT_EQ(vekStsNullPtrErr, search(60, h.data(), h.data(), nullptr, at, v.data(), 0));
+        EXPECT_EQ(vekStsNullPtrErr, search(60, h.data(), h.data(), x.data(), nullptr, v.data(), 0));
+        EXPECT_EQ(vekStsNullPtrErr, search(60, h.data(), h.data(), x.data(), at, nullptr, 0));
+        EXPECT_EQ(vekStsRangeErr, search(18, h.data(), h.data(), x.data(), at, v.data(), 0));
+        EXPECT_EQ(vekStsRangeErr, search(145, h.data(), h.data(), x.data(), at, v.data(), 0));
+        EXPECT_EQ(vekStsRangeErr, search(60, h.data(), h.data(), x.data(), at, v.data(), 2));
+    }
+    EXPECT_EQ(before, x);
+    EXPECT_EQ(7, at[0]);
+}
+
+TEST(VekAdaptiveCodebookGain, IsTheQuotientOfProductsWithinItsBounds) {
+    const Samples lpc = {4096, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    std::mt19937 random(12);
+    for (const int level : {20, 500, 15000}) {
+        const Samples v = noise(random, 40, -level, level);
+        for (const int percent : {0, 30, 100, 115, 150, -50}) {
+            Samples target(40);
+            for (size_t i = 0; i < 40; ++i) {
+                target[i] = static_cast<int16_t>(lpref::clip(v[i] * percent / 100, 16));
+            }
+            Samples y(40);
+            int16_t gain = -1;
+            const double want = std::min(std::max(percent / 100.0, 0.0), 1.2);
+            ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookGain_G729_16s(target.data(), unitResponse().data(), v.data(),
+                                                                     y.data(), &gain));
+            EXPECT_EQ(v, y);
+            EXPECT_NEAR(want, gain / 16384.0, 0.06);
+            gain = -1;
+            ASSERT_EQ(vekStsNoErr,
+                      veksAdaptiveCodebookGain_G729A_16s(target.data(), lpc.data(), v.data(), y.data(), &gain));
+            EXPECT_EQ(v, y);
+            EXPECT_NEAR(want, gain / 16384.0, 0.06);
+        }
+    }
+    int16_t gain = -1;
+    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookGain_G729_16s(nullptr, lpc.data(), lpc.data(), nullptr, &gain));
+    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookGain_G729A_16s(nullptr, lpc.data(), lpc.data(), nullptr, &gain));
+}
+
 } // namespace

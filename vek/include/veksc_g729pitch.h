@@ -1,5 +1,6 @@
 // Pitch and gain steps of G.729 and its annexes A and B: gain control of the post filters, share of the adaptive
-// codebook, open-loop search, correlation maxima. The codebook of pulses is elsewhere.
+// codebook, open-loop and closed-loop search, correlation maxima, adaptive codebook vector and gain. The pulses are
+// elsewhere.
 //
 // All functions: vekStsNullPtrErr for a null pointer, before anything is written. Subframes have 40 samples, frames 80.
 #pragma once
@@ -61,6 +62,32 @@ VEK_API VekStatus veksDecodeAdaptiveVector_G729_16s_I(const Vek16s* pSrcDelay, V
 VEK_API VekStatus veksDecodeAdaptiveVector_G729_16s(const Vek16s* pSrcDelay, Vek16s* pSrcDst, Vek16s* pDst);
 // pSrcDst points to the subframe: pSrcDst[-delay-10..-1] is the excitation, pSrcDst[0..39] receives the vector.
 VEK_API VekStatus veksDecodeAdaptiveVector_G729_32f_I(const Vek32s* pSrcDelay, Vek32f* pSrcDst);
+
+// Closed-loop search of the adaptive codebook in a subframe. subFrame 0: valOpenDelay is the open-loop delay, searched
+// are the 7 whole delays around it; subFrame 1: valOpenDelay is the whole delay of the first subframe, searched are the
+// 10 from 5 below it; within 20..143, in thirds below 85 or in subframe 1. valOpenDelay 19..144 and subFrame 0..1, else
+// vekStsRangeErr. Target Q0, impulse response Q12. pSrcDstPrevExcitation holds 154 samples of excitation and behind
+// them the 40 of the residual; these receive the adaptive codebook vector, as pDstAdptVector does. pDstDelay receives
+// the whole delay and the thirds (-1..1). Sums are exact and saturate once.
+//
+// Normalised correlation of target and filtered excitation, interpolated at thirds: G.729 3.7.
+VEK_API VekStatus veksAdaptiveCodebookSearch_G729_16s(Vek16s valOpenDelay, const Vek16s* pSrcAdptTarget,
+                                                      const Vek16s* pSrcImpulseResponse, Vek16s* pSrcDstPrevExcitation,
+                                                      Vek16s* pDstDelay, Vek16s* pDstAdptVector, Vek16s subFrame);
+// Correlation of the excitation with the target filtered backwards: G.729 A.3.7.
+VEK_API VekStatus veksAdaptiveCodebookSearch_G729A_16s(Vek16s valOpenDelay, const Vek16s* pSrcAdptTarget,
+                                                       const Vek16s* pSrcImpulseResponse, Vek16s* pSrcDstPrevExcitation,
+                                                       Vek16s* pDstDelay, Vek16s* pDstAdptVector, Vek16s subFrame);
+
+// Filtered adaptive codebook vector pDstAdptVector, and its gain to the target, Q14, 0..19661 (1.2): G.729 3.7.3. The
+// filter is the impulse response (Q12), or the synthesis by pSrcLpc (Q12, 11 elements) from rest. The product of target
+// and vector saturates at 2^32: beyond it the gain comes out low.
+VEK_API VekStatus veksAdaptiveCodebookGain_G729_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcImpulseResponse,
+                                                    const Vek16s* pSrcAdptVector, Vek16s* pDstAdptVector,
+                                                    Vek16s* pResultAdptGain);
+VEK_API VekStatus veksAdaptiveCodebookGain_G729A_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcLpc,
+                                                     const Vek16s* pSrcAdptVector, Vek16s* pDstAdptVector,
+                                                     Vek16s* pResultAdptGain);
 
 #ifdef __cplusplus
 }

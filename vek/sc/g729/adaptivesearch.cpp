@@ -1,0 +1,260 @@
+// Closed-loop search of the adaptive codebook, in full and by a target filtered backwards, and the codebook's gain.
+#include <algorithm>
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/g729/adaptivevector.h"
+#include "sc/kernels/corr.h"
+#include "veksc_filter.h"
+#include "veksc_g729pitch.h"
+
+using namespace vek;
+using namespace vek::fix;
+using namespace vek::g729;
+
+namespace {
+
+constexpr int kMargin = 4;
+constexpr int kMostDelays = 10 + 2 * kMargin;
+constexpr int kLastThird = 84;
+
+struct Range {
+    int first;
+    int last;
+
+    Range(int open, int subFrame) {
+        const int below = subFrame == 0 ? 3 : 5;
+        const int width = subFrame == 0 ? 6 : 9;
+        first = std::min(std::max(open - below, 20), 143 - width);
+        last = first + width;
+    }
+};
+
+int32_t product(const Vek16s* a, const Vek16s* b, int n = kSubframe) {
+    return sat32(2 * corrKernels().dot16(a, b, n));
+}
+
+// y = x * h, h in Q12.
+void convolve(const Vek16s* x, const Vek16s* h, Vek16s* y) {
+    Vek16s turned[kSubframe];
+    std::reverse_copy(h, h + kSubframe, turned);
+    for (int n = 0; n < kSubframe; ++n) {
+        y[n] = extract_h(L_shl(product(x, turned + kSubframe - 1 - n, n + 1), 3));
+    }
+}
+
+// The correlations of the target with the filtered excitation of each delay, each over the root of its energy.
+void normalisedCorrelations(const Vek16s* exc, const Vek16s* target, const Vek16s* h, int first, int last,
+                            Vek16s* out) {
+    Vek16s y[kSubframe];
+    convolve(exc - first, h, y);
+    const bool strong = product(y, y) > 67108864;
+    const int drop = strong ? 2 : 0;
+    if (strong) {
+        for (Vek16s& v : y) {
+            v = static_cast<Vek16s>(v >> 2);
+        }
+    }
+    for (int delay = first; delay <= last; ++delay) {
+        Vek32s root = product(y, y);
+        veksInvSqrt_32s_I(&root, 1);
+        int16_t high = 0;
+        int16_t low = 0;
+        int16_t rootHigh = 0;
+        int16_t rootLow = 0;
+        L_Extract(product(target, y), high, low);
+        L_Extract(root, rootHigh, rootLow);
+        out[delay - first] = extract_h(L_shl(Mpy_32(high, low, rootHigh, rootLow), 16));
+        // One sample more of delay: the response goes one on and takes in one sample of the past.
+        const Vek16s fresh = exc[-delay - 1];
+        for (int j = kSubframe - 1; j > 0; --j) {
+            y[j] = sat16(sat16((fresh * h[j]) >> (12 + drop)) + y[j - 1]);
+        }
+        y[0] = static_cast<Vek16s>(fresh >> drop);
+    }
+}
+
+// The correlation at `thirds` of a sample (-2..2) from x[0].
+Vek16s between(const Vek16s* x, int thirds) {
+    constexpr Vek16s sinc[13] = {29519, 24906, 13896, 2755, -3459, -3969, -1561, 534, 1023, 516, 0, -194, 0};
+    if (thirds < 0) {
+        thirds += 3;
+        --x;
+    }
+    int32_t sum = 0;
+    for (int i = 0; i < kMargin; ++i) {
+        sum = L_mac(sum, x[-i], sinc[thirds + 3 * i]);
+        sum = L_mac(sum, x[1 + i], sinc[3 - thirds + 3 * i]);
+    }
+    return round_s(sum);
+}
+
+VekStatus check(int open, const Vek16s* target, const Vek16s* h, const Vek16s* exc, const Vek16s* delay,
+                const Vek16s* vector, int subFrame) {
+    if (anyNull(target, h, exc, delay, vector)) {
+        return vekStsNullPtrErr;
+    }
+    return open < 19 || open > 144 || subFrame < 0 || subFrame > 1 ? vekStsRangeErr : vekStsNoErr;
+}
+
+void deliver(int delay, int thirds, const Vek16s* exc, Vek16s* pDstDelay, Vek16s* pDstAdptVector) {
+    pDstDelay[0] = static_cast<Vek16s>(delay);
+    pDstDelay[1] = static_cast<Vek16s>(thirds);
+    std::memcpy(pDstAdptVector, exc, kSubframe * sizeof(Vek16s));
+}
+
+// The target filtered backwards, at most 13 bits.
+void backward(const Vek16s* target, const Vek16s* h, Vek16s* d) {
+    int32_t sums[kSubframe];
+    int32_t largest = 0;
+    for (int i = 0; i < kSubframe; ++i) {
+        sums[i] = product(target + i, h, kSubframe - i);
+        largest = std::max(largest, L_abs(sums[i]));
+    }
+    const int shift = 18 - std::min<int>(norm_l(largest), 16);
+    for (int i = 0; i < kSubframe; ++i) {
+        d[i] = extract_l(L_shr(sums[i], shift));
+    }
+}
+
+// A sum as a mantissa of 16 bits and its exponent; what does not fit 32 bits is made of quarters.
+struct Mantissa {
+    Vek16s value;
+    int exponent;
+
+    Mantissa(int64_t sum, int quarters) {
+        if (sum > kMax32 || sum < kMin32) {
+            sum >>= quarters;
+            exponent = -quarters;
+        } else {
+            exponent = 0;
+        }
+        const int32_t narrow = sat32(sum);
+        const int shift = norm_l(narrow);
+        value = round_s(L_shl(narrow, shift));
+        exponent += shift;
+    }
+};
+
+Vek16s gainOf(const Vek16s* target, const Vek16s* y) {
+    const CorrKernels& kernels = corrKernels();
+    const Mantissa yy(2 * kernels.dot16(y, y, kSubframe) + 1, 4);
+    const Mantissa xy(2 * kernels.dot16(target, y, kSubframe), 2);
+    if (xy.value <= 0) {
+        return 0;
+    }
+    const Vek16s gain = shr(div_s(static_cast<Vek16s>(xy.value >> 1), yy.value), xy.exponent - yy.exponent);
+    return std::min<Vek16s>(gain, 19661);
+}
+
+} // namespace
+
+VekStatus veksAdaptiveCodebookSearch_G729_16s(Vek16s valOpenDelay, const Vek16s* pSrcAdptTarget,
+                                              const Vek16s* pSrcImpulseResponse, Vek16s* pSrcDstPrevExcitation,
+                                              Vek16s* pDstDelay, Vek16s* pDstAdptVector, Vek16s subFrame) {
+    const VekStatus status = check(valOpenDelay, pSrcAdptTarget, pSrcImpulseResponse, pSrcDstPrevExcitation, pDstDelay,
+                                   pDstAdptVector, subFrame);
+    if (status != vekStsNoErr) {
+        return status;
+    }
+    Vek16s* exc = pSrcDstPrevExcitation + kPastExcitation;
+    const Range range(valOpenDelay, subFrame);
+    Vek16s correlations[kMostDelays];
+    normalisedCorrelations(exc, pSrcAdptTarget, pSrcImpulseResponse, range.first - kMargin, range.last + kMargin,
+                           correlations);
+    const Vek16s* at = correlations + kMargin - range.first;
+    int delay = range.first;
+    for (int i = range.first + 1; i <= range.last; ++i) {
+        if (at[i] >= at[delay]) {
+            delay = i;
+        }
+    }
+    int thirds = 0;
+    if (subFrame == 1 || delay <= kLastThird) {
+        thirds = -2;
+        Vek16s best = between(at + delay, thirds);
+        for (int i = -1; i <= 2; ++i) {
+            const Vek16s value = between(at + delay, i);
+            if (value > best) {
+                best = value;
+                thirds = i;
+            }
+        }
+        if (thirds == -2) {
+            thirds = 1;
+            --delay;
+        } else if (thirds == 2) {
+            thirds = -1;
+            ++delay;
+        }
+    }
+    adaptiveVector(exc, delay, thirds);
+    deliver(delay, thirds, exc, pDstDelay, pDstAdptVector);
+    return vekStsNoErr;
+}
+
+VekStatus veksAdaptiveCodebookSearch_G729A_16s(Vek16s valOpenDelay, const Vek16s* pSrcAdptTarget,
+                                               const Vek16s* pSrcImpulseResponse, Vek16s* pSrcDstPrevExcitation,
+                                               Vek16s* pDstDelay, Vek16s* pDstAdptVector, Vek16s subFrame) {
+    const VekStatus status = check(valOpenDelay, pSrcAdptTarget, pSrcImpulseResponse, pSrcDstPrevExcitation, pDstDelay,
+                                   pDstAdptVector, subFrame);
+    if (status != vekStsNoErr) {
+        return status;
+    }
+    Vek16s* exc = pSrcDstPrevExcitation + kPastExcitation;
+    const Range range(valOpenDelay, subFrame);
+    Vek16s d[kSubframe];
+    backward(pSrcAdptTarget, pSrcImpulseResponse, d);
+    int delay = range.first;
+    int32_t best = kMin32;
+    for (int i = range.first; i <= range.last; ++i) {
+        const int32_t sum = product(d, exc - i);
+        if (sum > best) {
+            best = sum;
+            delay = i;
+        }
+    }
+    adaptiveVector(exc, delay, 0);
+    int thirds = 0;
+    if (subFrame == 1 || delay <= kLastThird) {
+        best = product(d, exc);
+        Vek16s vector[kSubframe];
+        std::copy_n(exc, kSubframe, vector);
+        for (const int i : {-1, 1}) {
+            adaptiveVector(exc, delay, i);
+            const int32_t sum = product(d, exc);
+            if (sum > best) {
+                best = sum;
+                thirds = i;
+                std::copy_n(exc, kSubframe, vector);
+            }
+        }
+        std::copy_n(vector, kSubframe, exc);
+    }
+    deliver(delay, thirds, exc, pDstDelay, pDstAdptVector);
+    return vekStsNoErr;
+}
+
+VekStatus veksAdaptiveCodebookGain_G729_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcImpulseResponse,
+                                            const Vek16s* pSrcAdptVector, Vek16s* pDstAdptVector,
+                                            Vek16s* pResultAdptGain) {
+    if (anyNull(pSrcAdptTarget, pSrcImpulseResponse, pSrcAdptVector, pDstAdptVector, pResultAdptGain)) {
+        return vekStsNullPtrErr;
+    }
+    convolve(pSrcAdptVector, pSrcImpulseResponse, pDstAdptVector);
+    *pResultAdptGain = gainOf(pSrcAdptTarget, pDstAdptVector);
+    return vekStsNoErr;
+}
+
+VekStatus veksAdaptiveCodebookGain_G729A_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcLpc,
+                                             const Vek16s* pSrcAdptVector, Vek16s* pDstAdptVector,
+                                             Vek16s* pResultAdptGain) {
+    if (anyNull(pSrcAdptTarget, pSrcLpc, pSrcAdptVector, pDstAdptVector, pResultAdptGain)) {
+        return vekStsNullPtrErr;
+    }
+    const Vek16s rest[10] = {};
+    veksSynthesisFilter_NR_16s_Sfs(pSrcLpc, pSrcAdptVector, pDstAdptVector, kSubframe, 12, rest);
+    *pResultAdptGain = gainOf(pSrcAdptTarget, pDstAdptVector);
+    return vekStsNoErr;
+}

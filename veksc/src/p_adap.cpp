@@ -1,0 +1,106 @@
+// Closed-loop search of the adaptive codebook of G.729, and its gain.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcAdptTarget;
+vkVector pSrcAdptVector;
+vkVector pDstAdptVector;
+vkVector pSrcDstPrevExcitation;
+vkVector pTmp;
+vkVector pDstDelay;
+vkVector pSrcLpc;
+vkVector pSrcImpulseResponse;
+krStepIterator<int> subFrame;
+vkcGrid grid;
+Vek16s pResultAdptGain;
+int dataSize;
+
+constexpr int subframeLength = 40;
+constexpr int excitation = 194;
+constexpr Vek16s valOpenDelay = 60;
+
+class TimAdap : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return subframeLength; }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual void setData_LPC();
+    virtual void setDataSrc();
+};
+
+bool TimAdap::canStart() {
+    vkcRebuild(subFrame, "subFrame");
+    if (m_func.contains("Search")) {
+        subFrame.set(0, 1, 1, '+');
+    } else {
+        subFrame.setList({1});
+    }
+    grid.begin({&subFrame});
+    for (vkVector* vector : {&pSrcAdptTarget, &pSrcAdptVector, &pDstAdptVector, &pSrcDstPrevExcitation, &pTmp,
+                             &pDstDelay, &pSrcLpc, &pSrcImpulseResponse}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimAdap::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    dataSize = excitation * vkVector::item(m_func);
+    if (!pSrcAdptTarget.createVector(subframeLength, setOne, 0, 0) ||
+        !pSrcAdptVector.createVector(subframeLength, setOne, 0, 0) ||
+        !pDstAdptVector.createVector(subframeLength, setZero, 0, 0) ||
+        !pSrcDstPrevExcitation.createVector(excitation, setZero, 0, 0) ||
+        !pTmp.createVector(excitation, setRand, -2048, 2048) || !pDstDelay.createVector(2, setZero, 0, 0) ||
+        !pSrcLpc.createVector(11, setZero, 0, 0) ||
+        !pSrcImpulseResponse.createVector(subframeLength, setValue, 2048, 0)) {
+        return false;
+    }
+    setData_LPC();
+    setDataSrc();
+    return true;
+}
+
+void TimAdap::setData_LPC() {
+    static constexpr Vek16s lpc[] = {4096, 715, 703, 679, 656, 150, 132, -124, -479, -529, -845};
+    std::memcpy(pSrcLpc.m_16s, lpc, sizeof lpc);
+}
+
+void TimAdap::setDataSrc() {
+    pSrcImpulseResponse.m_16s[0] = 8192;
+}
+
+void TimAdap::flushData() {
+    for (vkVector* vector : {&pSrcImpulseResponse, &pSrcLpc, &pDstDelay, &pTmp, &pSrcDstPrevExcitation, &pDstAdptVector,
+                             &pSrcAdptVector, &pSrcAdptTarget}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG_I(TimAdap, veksAdaptiveCodebookSearch_G729A_16s,
+         veksAdaptiveCodebookSearch_G729A_16s(valOpenDelay, pSrcAdptTarget.m_16s, pSrcImpulseResponse.m_16s,
+                                              pSrcDstPrevExcitation.m_16s, pDstDelay.m_16s, pDstAdptVector.m_16s,
+                                              static_cast<Vek16s>(subFrame.value())),
+         vkcRestore(pSrcDstPrevExcitation.m_16s, pTmp.m_16s, dataSize))
+VK_REG_I(TimAdap, veksAdaptiveCodebookSearch_G729_16s,
+         veksAdaptiveCodebookSearch_G729_16s(valOpenDelay, pSrcAdptTarget.m_16s, pSrcImpulseResponse.m_16s,
+                                             pSrcDstPrevExcitation.m_16s, pDstDelay.m_16s, pDstAdptVector.m_16s,
+                                             static_cast<Vek16s>(subFrame.value())),
+         vkcRestore(pSrcDstPrevExcitation.m_16s, pTmp.m_16s, dataSize))
+VK_REG(TimAdap, veksAdaptiveCodebookGain_G729A_16s,
+       veksAdaptiveCodebookGain_G729A_16s(pSrcAdptTarget.m_16s, pSrcLpc.m_16s, pSrcAdptVector.m_16s,
+                                          pDstAdptVector.m_16s, &pResultAdptGain))
+VK_REG(TimAdap, veksAdaptiveCodebookGain_G729_16s,
+       veksAdaptiveCodebookGain_G729_16s(pSrcAdptTarget.m_16s, pSrcImpulseResponse.m_16s, pSrcAdptVector.m_16s,
+                                         pDstAdptVector.m_16s, &pResultAdptGain))
