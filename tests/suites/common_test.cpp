@@ -105,14 +105,15 @@ TEST(CommonSuiteList, SourceNamesHaveNoPathAndNoExtension) {
 }
 
 TEST(CommonSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksAutoCorr_16s32s"), "veksAutoCorr,16s32s,-,lenght,lenght Dst,-,-,-,-,parmNames");
-    EXPECT_EQ(nameRow("veksSynthesisFilter_NR_16s_ISfs"),
+    EXPECT_EQ(nameRow("veksAutoCorr_16s32s", 0, 9), "veksAutoCorr,16s32s,-,lenght,lenght Dst,-,-,-,-,parmNames");
+    EXPECT_EQ(nameRow("veksSynthesisFilter_NR_16s_ISfs", 0, 9),
               "veksSynthesisFilter_NR,16s,ISfs,lenght,i_mem,-,-,-,scaleFactor,parmNames");
-    EXPECT_EQ(nameRow("veksSynthesisFilterZeroStateResponse_NR_16s"),
+    EXPECT_EQ(nameRow("veksSynthesisFilterZeroStateResponse_NR_16s", 0, 9),
               "veksSynthesisFilterZeroStateResponse_NR,16s,-,lenght,scaleFactor,-,-,-,-,parmNames");
-    EXPECT_EQ(nameRow("veksInterpolate_G729_16s"), "veksInterpolate_G729,16s,-,length,-,-,-,-,-,parmNames");
-    EXPECT_EQ(nameRow("veksDCTFwd_G722_16s"), "veksDCTFwd_G722,16s,-,Lenght,-,-,-,-,-,parmNames");
-    EXPECT_EQ(nameRow("veksMulPowerC_NR_16s_Sfs"), "veksMulPowerC_NR,16s,Sfs,length,-,-,-,-,scaleFactor,parmNames");
+    EXPECT_EQ(nameRow("veksInterpolate_G729_16s", 0, 9), "veksInterpolate_G729,16s,-,length,-,-,-,-,-,parmNames");
+    EXPECT_EQ(nameRow("veksDCTFwd_G722_16s", 0, 9), "veksDCTFwd_G722,16s,-,Lenght,-,-,-,-,-,parmNames");
+    EXPECT_EQ(nameRow("veksMulPowerC_NR_16s_Sfs", 0, 9),
+              "veksMulPowerC_NR,16s,Sfs,length,-,-,-,-,scaleFactor,parmNames");
 }
 
 TEST(CommonSuiteUser, ValuesReplaceTheGrid) {

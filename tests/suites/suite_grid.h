@@ -48,8 +48,8 @@ inline void expectGrid(const GridCase& expected) {
     INSTANTIATE_TEST_SUITE_P(Grid, Suites, testing::ValuesIn(table),                                                   \
                              [](const auto& test) { return std::string(test.param.function); });
 
-/// The name row of a function: its parameter columns behind the three of the function.
-inline std::string nameRow(const char* function) {
+/// Cells of a function's name row, by default those of the parameters.
+inline std::string nameRow(const char* function, int first = 3, int last = 8) {
     krTest* test = findTest(function);
     krSession::m_nameMode = krNameInResults;
     krSession::m_nameExit = true;
@@ -57,5 +57,5 @@ inline std::string nameRow(const char* function) {
     const std::vector<std::string> lines = tableLines([&] { test->run(); });
     krSession::m_nameMode = 0;
     krSession::m_nameExit = false;
-    return lines.size() == 1 ? cells(lines.front(), 0, 9) : std::string("no single line");
+    return lines.size() == 1 ? cells(lines.front(), first, last) : std::string("no single line");
 }

@@ -5,47 +5,10 @@
 #include "vekdefs.h"
 #include "veksc_signal.h"
 
-#if __has_include("veksc_filter.h")
 #include "veksc_filter.h"
-#endif
-#if __has_include("veksc_g729.h")
 #include "veksc_g729.h"
-#endif
 #include "veksc_g729lp.h"
 #include "veksc_g729pitch.h"
-#if __has_include("veksc_gsmamr.h")
-#include "veksc_gsmamr.h"
-#endif
-#if __has_include("veksc_amrwb.h")
-#include "veksc_amrwb.h"
-#endif
-#if __has_include("veksc_amrwbe.h")
-#include "veksc_amrwbe.h"
-#endif
-#if __has_include("veksc_ec.h")
-#include "veksc_ec.h"
-#endif
-#if __has_include("veksc_g723.h")
-#include "veksc_g723.h"
-#endif
-#if __has_include("veksc_g728.h")
-#include "veksc_g728.h"
-#endif
-#if __has_include("veksc_g722.h")
-#include "veksc_g722.h"
-#endif
-#if __has_include("veksc_g726.h")
-#include "veksc_g726.h"
-#endif
-#if __has_include("veksc_g7291.h")
-#include "veksc_g7291.h"
-#endif
-#if __has_include("veksc_rta.h")
-#include "veksc_rta.h"
-#endif
-#if __has_include("veksc_gsmfr.h")
-#include "veksc_gsmfr.h"
-#endif
 
 #ifdef __cplusplus
 extern "C" {
