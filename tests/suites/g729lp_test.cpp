@@ -39,6 +39,11 @@ const GridCase gridCases[] = {
     {"veksLevinsonDurbin_G729_32f", 5, "10,-,-,-,-,-", "30,-,-,-,-,-", "p_lpld", false, 900},
     {"veksLevinsonDurbin_G729_32s16s", 5, "10,-,-,-,-,-", "30,-,-,-,-,-", "p_lpld", false, 900},
     {"veksLevinsonDurbin_G729B", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_lpld", false, 100},
+    {"veksLSFDecodeErased_G729_16s", 1, "10,40,-,-,-,-", "10,40,-,-,-,-", "p_lspqnt", false, 10},
+    {"veksLSFDecode_G729B_16s", 1, "10,40,-,-,-,-", "10,40,-,-,-,-", "p_lspqnt", false, 10},
+    {"veksLSFDecode_G729_16s", 1, "10,40,-,-,-,-", "10,40,-,-,-,-", "p_lspqnt", false, 10},
+    {"veksLSFQuant_G729B_16s", 1, "10,40,-,-,-,-", "10,40,-,-,-,-", "p_lspqnt", false, 10},
+    {"veksLSFQuant_G729_16s", 1, "10,40,-,-,-,-", "10,40,-,-,-,-", "p_lspqnt", false, 10},
 };
 
 class G729LpSuites : public testing::TestWithParam<GridCase> {};
@@ -79,6 +84,7 @@ std::string nameRow(const char* function) {
 
 TEST(G729LpSuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksToeplizMatrix_G729_16s"), "Lenght Src,Lenght Dst,-,-,-,-");
+    EXPECT_EQ(nameRow("veksLSFQuant_G729_16s"), "lenght,lenght LSFTable,-,-,-,-");
     EXPECT_EQ(nameRow("veksPreemphasize_32f_I"), "lenght,-,-,-,-,-");
 }
 

@@ -1,6 +1,6 @@
 // Linear prediction of G.729 and its annexes: pre-emphasis, Levinson-Durbin recursion, conversions between prediction
-// coefficients, line spectral pairs and line spectral frequencies. Filters and interpolations are in veksc_filter.h,
-// the autocorrelation in veksc_signal.h.
+// coefficients, line spectral pairs and line spectral frequencies, and their quantiser. Filters and interpolations are
+// in veksc_filter.h, the autocorrelation in veksc_signal.h.
 //
 // All functions: vekStsNullPtrErr for a null pointer, before anything is written.
 #pragma once
@@ -54,6 +54,31 @@ VEK_API VekStatus veksLevinsonDurbin_G729_32s16s(const Vek32s* pSrc, int order, 
 VEK_API VekStatus veksLevinsonDurbin_G729B(const Vek32s* pSrc, Vek16s* pDstLPC, Vek16s* pDstRC, Vek16s* pResultErr);
 VEK_API VekStatus veksLevinsonDurbin_G729_32f(const Vek32f* pSrc, int order, Vek32f* pDstLPC, Vek32f* pDstRC,
                                               Vek32f* pResultErr);
+
+// Quantiser of the line spectral frequencies: a predictor of moving average over the last four code vectors, and two
+// stages of codebooks. G.729 3.2.4. Frequencies are 10 rising radians in Q13. pPrevLSF holds the last four code
+// vectors, newest first, 40 elements, and is brought up to date; at the start of a codec each is k * pi / 11. Indices:
+// predictor 0..1, first stage 0..127, lower half 0..31, upper half 0..31. For background noise (G729B, Annex B.4.2.2)
+// three: predictor 0..1, first stage 0..31, second stage 0..15. The quantised frequencies are rounded, in order, 321
+// apart and within 40..25681.
+
+// vekStsRangeErr for an index out of range.
+VEK_API VekStatus veksLSFDecode_G729_16s(const Vek16s* pSrcIndex, Vek16s* pPrevLSF, Vek16s* pDstQLSF);
+VEK_API VekStatus veksLSFDecode_G729B_16s(const Vek16s* pSrcIndex, Vek16s* pPrevLSF, Vek16s* pDstQLSF);
+
+// An erased frame repeats the frequencies pSrcQLSF of the last good one; the code vector that would have given them
+// with the predictor maIndex of that frame goes into pPrevLSF. G.729 4.4.1.
+VEK_API VekStatus veksLSFDecodeErased_G729_16s(int maIndex, Vek16s* pPrevLSF, const Vek16s* pSrcQLSF);
+
+// Searches the indices: the first stage by plain distance, the second by distance weighted as in eq 22, the predictor
+// by the weighted distance of the whole.
+VEK_API VekStatus veksLSFQuant_G729_16s(const Vek16s* pSrcLSF, Vek16s* pPrevLSF, Vek16s* pDstQLSF, Vek16s* pDstIndex);
+VEK_API VekStatus veksLSFQuant_G729B_16s(const Vek16s* pSrcLSF, Vek16s* pPrevLSF, Vek16s* pDstQLSF, Vek16s* pDstIndex);
+
+// The same from line spectral pairs to line spectral pairs. The two words of pDstQLSPIndex are those of the bit stream:
+// predictor and first stage (8 bits), lower and upper half (10 bits).
+VEK_API VekStatus veksLSPQuant_G729_16s(const Vek16s* pSrcLSP, Vek16s* pPrevLSF, Vek16s* pDstQLSP,
+                                        Vek16s* pDstQLSPIndex);
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,291 @@
+// The predictive two-stage quantiser of line spectral frequencies, for speech and for background noise.
+#include <algorithm>
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/g729/lsfquant.h"
+#include "sc/g729/lsptables.h"
+#include "veksc_g729lp.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::fix;
+using namespace vek::g729;
+
+constexpr int kHalf = kOrder / 2;
+constexpr int kWideGap = 10;
+constexpr int kNarrowGap = 5;
+constexpr int kLowest = 40;
+constexpr int kHighest = 25681;
+constexpr int kLeastDistance = 321;
+
+// Rows of the codebooks that a choice of indices stands for.
+struct Rows {
+    const Vek16s* first;
+    const Vek16s* lower;
+    const Vek16s* upper;
+};
+
+Rows speechRows(const Vek16s* index) {
+    return {kLsfFirst[index[1]], kLsfSecond[index[2]], kLsfSecond[index[3]]};
+}
+
+Rows noiseRows(const Vek16s* index) {
+    return {kLsfFirst[kNoiseFirst[index[1]]], kLsfSecond[kNoiseLower[index[2]]], kLsfSecond[kNoiseUpper[index[2]]]};
+}
+
+void spread(Vek16s* v, int gap) {
+    for (int i = 1; i < kOrder; ++i) {
+        const int lack = (v[i - 1] - v[i] + gap) / 2;
+        if (lack > 0) {
+            v[i - 1] = static_cast<Vek16s>(v[i - 1] - lack);
+            v[i] = static_cast<Vek16s>(v[i] + lack);
+        }
+    }
+}
+
+void codeVector(const Rows& rows, Vek16s* code) {
+    for (int i = 0; i < kOrder; ++i) {
+        code[i] = static_cast<Vek16s>(rows.first[i] + (i < kHalf ? rows.lower[i] : rows.upper[i]));
+    }
+    spread(code, kWideGap);
+    spread(code, kNarrowGap);
+}
+
+// Sum of the last code vectors' shares, Q28.
+int32_t predicted(const LsfPredictor& predictor, const Vek16s* previous, int i) {
+    int32_t sum = 0;
+    for (int k = 0; k < kHistory; ++k) {
+        sum += predictor.weight[k][i] * previous[k * kOrder + i];
+    }
+    return sum;
+}
+
+void push(Vek16s* previous, const Vek16s* code) {
+    std::memmove(previous + kOrder, previous, sizeof(Vek16s) * (kHistory - 1) * kOrder);
+    std::memcpy(previous, code, sizeof(Vek16s) * kOrder);
+}
+
+void stabilise(Vek16s* lsf) {
+    std::sort(lsf, lsf + kOrder);
+    lsf[0] = static_cast<Vek16s>(std::max<int>(lsf[0], kLowest));
+    for (int i = 1; i < kOrder; ++i) {
+        lsf[i] = sat16(std::max(lsf[i] + 0, lsf[i - 1] + kLeastDistance));
+    }
+    lsf[kOrder - 1] = static_cast<Vek16s>(std::min<int>(lsf[kOrder - 1], kHighest));
+}
+
+void reconstruct(const LsfPredictor& predictor, const Rows& rows, Vek16s* previous, Vek16s* lsf) {
+    Vek16s code[kOrder];
+    codeVector(rows, code);
+    Vek16s out[kOrder];
+    for (int i = 0; i < kOrder; ++i) {
+        const int64_t sum = int64_t{predictor.rest[i]} * code[i] + predicted(predictor, previous, i);
+        out[i] = sat16_64((sum + 0x4000) >> 15);
+    }
+    push(previous, code);
+    stabilise(out);
+    std::memcpy(lsf, out, sizeof out);
+}
+
+// Q11: close neighbours make an element weigh more.
+void weights(const Vek16s* lsf, int* weight) {
+    constexpr int kPi04 = 1029;  // 0.04 pi
+    constexpr int kPi92 = 23677; // 0.92 pi
+    constexpr int kOne = 8192;
+    constexpr int kCentre = 19661; // 1.2 in Q14
+    for (int i = 0; i < kOrder; ++i) {
+        const int below = i == 0 ? kPi04 : lsf[i - 1];
+        const int above = i == kOrder - 1 ? kPi92 : lsf[i + 1];
+        const int distance = above - below - kOne;
+        if (distance > 0) {
+            weight[i] = 2048;
+        } else {
+            const int64_t square = (int64_t{distance} * distance) >> 13;
+            weight[i] = static_cast<int>(std::min<int64_t>(((square * 10 + 2) >> 2) + 2048, 32767));
+        }
+    }
+    weight[4] = (weight[4] * kCentre) >> 14;
+    weight[5] = (weight[5] * kCentre) >> 14;
+}
+
+// Weighted square of a difference of code vectors, as a difference of frequencies.
+inline int64_t weighted(int difference, int rest, int weight) {
+    const int d = sat16_64((int64_t{difference} * rest) >> 15);
+    return d * ((int64_t{d} * weight) >> 11);
+}
+
+int64_t weightedHalf(const int* left, const Vek16s* row, const LsfPredictor& predictor, const int* weight, int begin) {
+    int64_t sum = 0;
+    for (int i = begin; i < begin + kHalf; ++i) {
+        sum += weighted(left[i] - row[i], predictor.rest[i], weight[i]);
+    }
+    return sum;
+}
+
+// The row of the first stage next to the target; rowOf gives a codebook row for each of n indices.
+template <class RowOf>
+int nearest(const Vek16s* target, int n, RowOf rowOf) {
+    int64_t least = INT64_MAX;
+    int best = 0;
+    for (int k = 0; k < n; ++k) {
+        const Vek16s* row = rowOf(k);
+        int64_t sum = 0;
+        for (int i = 0; i < kOrder; ++i) {
+            const int d = target[i] - row[i];
+            sum += int64_t{d} * d;
+        }
+        if (sum < least) {
+            least = sum;
+            best = k;
+        }
+    }
+    return best;
+}
+
+template <class Distance>
+int least(int n, Distance distance) {
+    int64_t smallest = INT64_MAX;
+    int best = 0;
+    for (int k = 0; k < n; ++k) {
+        const int64_t d = distance(k);
+        if (d < smallest) {
+            smallest = d;
+            best = k;
+        }
+    }
+    return best;
+}
+
+// Chooses index[1..] for one predictor's target. rest is what a first stage leaves.
+void chooseSpeech(const Vek16s* target, const LsfPredictor& predictor, const int* weight, Vek16s* index) {
+    index[1] = static_cast<Vek16s>(nearest(target, 128, [](int k) { return kLsfFirst[k]; }));
+    int left[kOrder];
+    for (int i = 0; i < kOrder; ++i) {
+        left[i] = target[i] - kLsfFirst[index[1]][i];
+    }
+    for (int half = 0; half < 2; ++half) {
+        index[2 + half] = static_cast<Vek16s>(
+            least(32, [&](int k) { return weightedHalf(left, kLsfSecond[k], predictor, weight, half * kHalf); }));
+    }
+}
+
+void chooseNoise(const Vek16s* target, const LsfPredictor& predictor, const int* weight, Vek16s* index) {
+    index[1] = static_cast<Vek16s>(nearest(target, 32, [](int k) { return kLsfFirst[kNoiseFirst[k]]; }));
+    int left[kOrder];
+    for (int i = 0; i < kOrder; ++i) {
+        left[i] = target[i] - kLsfFirst[kNoiseFirst[index[1]]][i];
+    }
+    index[2] = static_cast<Vek16s>(least(16, [&](int k) {
+        return weightedHalf(left, kLsfSecond[kNoiseLower[k]], predictor, weight, 0) +
+               weightedHalf(left, kLsfSecond[kNoiseUpper[k]], predictor, weight, kHalf);
+    }));
+}
+
+template <class Choose, class RowsOf>
+void quantise(const Vek16s* lsf, Vek16s* previous, Vek16s* out, Vek16s* index, int indices,
+              const LsfPredictor* predictors, Choose choose, RowsOf rowsOf) {
+    int weight[kOrder];
+    weights(lsf, weight);
+    Vek16s best[4] = {};
+    int64_t leastError = INT64_MAX;
+    for (int p = 0; p < 2; ++p) {
+        const LsfPredictor& predictor = predictors[p];
+        Vek16s target[kOrder];
+        for (int i = 0; i < kOrder; ++i) {
+            const int64_t rest = int64_t{lsf[i]} * 32768 - predicted(predictor, previous, i);
+            target[i] = sat16_64((((rest + 0x4000) >> 15) * predictor.inverse[i]) >> 12);
+        }
+        Vek16s candidate[4] = {static_cast<Vek16s>(p)};
+        choose(target, predictor, weight, candidate);
+        Vek16s code[kOrder];
+        codeVector(rowsOf(candidate), code);
+        int64_t error = 0;
+        for (int i = 0; i < kOrder; ++i) {
+            error += weighted(target[i] - code[i], predictor.rest[i], weight[i]);
+        }
+        if (p == 0 || error <= leastError) {
+            leastError = error;
+            std::memcpy(best, candidate, sizeof best);
+        }
+    }
+    reconstruct(predictors[best[0]], rowsOf(best), previous, out);
+    std::memcpy(index, best, static_cast<size_t>(indices) * sizeof(Vek16s));
+}
+
+bool outside(Vek16s v, int count) {
+    return v < 0 || v >= count;
+}
+
+} // namespace
+
+VekStatus veksLSFDecode_G729_16s(const Vek16s* pSrcIndex, Vek16s* pPrevLSF, Vek16s* pDstQLSF) {
+    if (anyNull(pSrcIndex, pPrevLSF, pDstQLSF)) {
+        return vekStsNullPtrErr;
+    }
+    if (outside(pSrcIndex[0], 2) || outside(pSrcIndex[1], 128) || outside(pSrcIndex[2], 32) ||
+        outside(pSrcIndex[3], 32)) {
+        return vekStsRangeErr;
+    }
+    reconstruct(kLsfPredictors[pSrcIndex[0]], speechRows(pSrcIndex), pPrevLSF, pDstQLSF);
+    return vekStsNoErr;
+}
+
+VekStatus veksLSFDecode_G729B_16s(const Vek16s* pSrcIndex, Vek16s* pPrevLSF, Vek16s* pDstQLSF) {
+    if (anyNull(pSrcIndex, pPrevLSF, pDstQLSF)) {
+        return vekStsNullPtrErr;
+    }
+    if (outside(pSrcIndex[0], 2) || outside(pSrcIndex[1], 32) || outside(pSrcIndex[2], 16)) {
+        return vekStsRangeErr;
+    }
+    reconstruct(kNoisePredictors[pSrcIndex[0]], noiseRows(pSrcIndex), pPrevLSF, pDstQLSF);
+    return vekStsNoErr;
+}
+
+VekStatus veksLSFDecodeErased_G729_16s(int maIndex, Vek16s* pPrevLSF, const Vek16s* pSrcQLSF) {
+    if (anyNull(pPrevLSF, pSrcQLSF)) {
+        return vekStsNullPtrErr;
+    }
+    if (maIndex < 0 || maIndex > 1) {
+        return vekStsRangeErr;
+    }
+    const LsfPredictor& predictor = kLsfPredictors[maIndex];
+    Vek16s code[kOrder];
+    for (int i = 0; i < kOrder; ++i) {
+        const int64_t rest = int64_t{pSrcQLSF[i]} * 32768 - predicted(predictor, pPrevLSF, i);
+        code[i] = sat16_64((((rest * predictor.inverse[i]) >> 12) + 0x4000) >> 15);
+    }
+    push(pPrevLSF, code);
+    return vekStsNoErr;
+}
+
+VekStatus veksLSFQuant_G729_16s(const Vek16s* pSrcLSF, Vek16s* pPrevLSF, Vek16s* pDstQLSF, Vek16s* pDstIndex) {
+    if (anyNull(pSrcLSF, pPrevLSF, pDstQLSF, pDstIndex)) {
+        return vekStsNullPtrErr;
+    }
+    quantise(pSrcLSF, pPrevLSF, pDstQLSF, pDstIndex, 4, kLsfPredictors, chooseSpeech, speechRows);
+    return vekStsNoErr;
+}
+
+VekStatus veksLSFQuant_G729B_16s(const Vek16s* pSrcLSF, Vek16s* pPrevLSF, Vek16s* pDstQLSF, Vek16s* pDstIndex) {
+    if (anyNull(pSrcLSF, pPrevLSF, pDstQLSF, pDstIndex)) {
+        return vekStsNullPtrErr;
+    }
+    quantise(pSrcLSF, pPrevLSF, pDstQLSF, pDstIndex, 3, kNoisePredictors, chooseNoise, noiseRows);
+    return vekStsNoErr;
+}
+
+VekStatus veksLSPQuant_G729_16s(const Vek16s* pSrcLSP, Vek16s* pPrevLSF, Vek16s* pDstQLSP, Vek16s* pDstQLSPIndex) {
+    if (anyNull(pSrcLSP, pPrevLSF, pDstQLSP, pDstQLSPIndex)) {
+        return vekStsNullPtrErr;
+    }
+    Vek16s lsf[kOrder];
+    Vek16s index[4];
+    veksLSPToLSF_G729_16s(pSrcLSP, lsf);
+    veksLSFQuant_G729_16s(lsf, pPrevLSF, lsf, index);
+    pDstQLSPIndex[0] = static_cast<Vek16s>(index[0] << 7 | index[1]);
+    pDstQLSPIndex[1] = static_cast<Vek16s>(index[2] << 5 | index[3]);
+    return veksLSFToLSP_G729_16s(lsf, pDstQLSP);
+}

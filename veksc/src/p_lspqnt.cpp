@@ -1,0 +1,88 @@
+// Quantiser of the line spectral frequencies of G.729 and Annex B.
+#include "vkc.h"
+
+namespace {
+
+vkVector quantIndex;
+vkVector pLSP;
+vkVector pQuantLSFTable;
+vkVector pQuantLSF;
+krStepIterator<int> lenght;
+krStepIterator<int> lenght_table;
+vkcGrid grid;
+
+constexpr int maIndex = 0;
+constexpr int freqCount = 10;
+const Vek16s freq_prev_reset[freqCount] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
+const Vek16s speechLsf[freqCount] = {2963, 4560, 6471, 8523, 11936, 14431, 16601, 18394, 20338, 22179};
+
+class TimLspqnt : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual bool setData();
+    virtual void setDataL();
+};
+
+bool TimLspqnt::canStart() {
+    vkcRebuild(lenght, "lenght").setList({10});
+    vkcRebuild(lenght_table, "lenght LSFTable").setList({40});
+    grid.begin({&lenght, &lenght_table});
+    for (vkVector* vector : {&quantIndex, &pLSP, &pQuantLSFTable, &pQuantLSF}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimLspqnt::setData() {
+    for (int row = 0; row + freqCount <= lenght_table.value(); row += freqCount) {
+        if (veksCopy_16s(freq_prev_reset, pQuantLSFTable.m_16s + row, freqCount) != vekStsNoErr) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void TimLspqnt::setDataL() {
+    for (int i = 0; i < freqCount && i < lenght.value(); ++i) {
+        pLSP.setIndex(i, setValue, speechLsf[i], 0);
+    }
+}
+
+bool TimLspqnt::canContinue() {
+    if (!grid.next(m_isFirst) || !quantIndex.createVector(lenght.value(), setZero, 0, 0) ||
+        !pLSP.createVector(lenght.value(), setZero, 0, 0) ||
+        !pQuantLSFTable.createVector(lenght_table.value(), setZero, 0, 0) ||
+        !pQuantLSF.createVector(lenght.value(), setZero, 0, 0)) {
+        return false;
+    }
+    setDataL();
+    return setData();
+}
+
+void TimLspqnt::flushData() {
+    for (vkVector* vector : {&pQuantLSF, &pQuantLSFTable, &pLSP, &quantIndex}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimLspqnt, veksLSFDecodeErased_G729_16s,
+       veksLSFDecodeErased_G729_16s(maIndex, pQuantLSFTable.m_16s, pQuantLSF.m_16s))
+VK_REG(TimLspqnt, veksLSFDecode_G729B_16s,
+       veksLSFDecode_G729B_16s(quantIndex.m_16s, pQuantLSFTable.m_16s, pQuantLSF.m_16s))
+VK_REG(TimLspqnt, veksLSFDecode_G729_16s,
+       veksLSFDecode_G729_16s(quantIndex.m_16s, pQuantLSFTable.m_16s, pQuantLSF.m_16s))
+VK_REG(TimLspqnt, veksLSFQuant_G729B_16s,
+       veksLSFQuant_G729B_16s(pLSP.m_16s, pQuantLSFTable.m_16s, pQuantLSF.m_16s, quantIndex.m_16s))
+VK_REG(TimLspqnt, veksLSFQuant_G729_16s,
+       veksLSFQuant_G729_16s(pLSP.m_16s, pQuantLSFTable.m_16s, pQuantLSF.m_16s, quantIndex.m_16s))
