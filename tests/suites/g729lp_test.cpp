@@ -1,22 +1,8 @@
 // The grids of the G.729 suites of linear prediction, phase dispersion and correlation matrix: every test's lines,
 // first and last, and that each call succeeds on the suite's data without leaving memory behind.
-#include "suite_runner.h"
-
-#include "krbase.h"
-
-#include <gtest/gtest.h>
+#include "suite_grid.h"
 
 namespace {
-
-struct GridCase {
-    const char* function;
-    int lines;
-    const char* first;
-    const char* last;
-    const char* source;
-    bool restored;
-    double divisor;
-};
 
 const GridCase gridCases[] = {
     {"veksPhaseDispersion_G729D_16s", 1, "-,-,-,-,-,-", "-,-,-,-,-,-", "p_729dphd", false, 40},
@@ -46,41 +32,9 @@ const GridCase gridCases[] = {
     {"veksLSFQuant_G729_16s", 1, "10,40,-,-,-,-", "10,40,-,-,-,-", "p_lspqnt", false, 10},
 };
 
-class G729LpSuites : public testing::TestWithParam<GridCase> {};
+} // namespace
 
-TEST_P(G729LpSuites, WalkTheirGridAndEveryCallSucceeds) {
-    const GridCase& expected = GetParam();
-    krTest* test = findTest(expected.function);
-    ASSERT_NE(test, nullptr);
-    krResult result = krUndefined;
-    const std::vector<std::string> lines = runOnce(*test, result);
-    EXPECT_EQ(result, krOk);
-    ASSERT_EQ(static_cast<int>(lines.size()), expected.lines);
-    EXPECT_EQ(cells(lines.front(), 3, 8), expected.first);
-    EXPECT_EQ(cells(lines.back(), 3, 8), expected.last);
-    EXPECT_EQ(cells(lines.front(), 11, 11), "e");
-    EXPECT_EQ(test->m_srcName, expected.source);
-    EXPECT_EQ(test->m_funcInit != nullptr, expected.restored);
-    EXPECT_EQ(test->m_info.m_macro == "VK_REG_I", expected.restored);
-    const double perElement = std::atof(cells(lines.back(), 10, 10).c_str());
-    EXPECT_NEAR(test->m_tool.m_funcClocks / perElement, expected.divisor, expected.divisor * 0.02);
-    EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr);
-}
-
-INSTANTIATE_TEST_SUITE_P(Grid, G729LpSuites, testing::ValuesIn(gridCases),
-                         [](const testing::TestParamInfo<GridCase>& test) { return std::string(test.param.function); });
-
-// The names of a function's parameters, in the columns of their values.
-std::string nameRow(const char* function) {
-    krTest* test = findTest(function);
-    krSession::m_nameMode = krNameInResults;
-    krSession::m_nameExit = true;
-    g_ostrm.setOutLevel(ERR);
-    const std::vector<std::string> lines = tableLines([&] { test->run(); });
-    krSession::m_nameMode = 0;
-    krSession::m_nameExit = false;
-    return lines.size() == 1 ? cells(lines.front(), 3, 8) : std::string("no single line");
-}
+SUITE_GRIDS(G729LpSuites, gridCases)
 
 TEST(G729LpSuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksToeplizMatrix_G729_16s"), "Lenght Src,Lenght Dst,-,-,-,-");
@@ -95,5 +49,3 @@ TEST(G729LpSuiteNames, TheRecursionHasAnOrder) {
 TEST(G729LpSuiteNames, TheLengthOfPhaseDispersionHasNoTitleAndDoesNotShow) {
     EXPECT_EQ(nameRow("veksPhaseDispersion_G729D_16s"), "-,-,-,-,-,-");
 }
-
-} // namespace
