@@ -399,4 +399,36 @@ TEST(VekLevinsonDurbin, TakesTheLimitingCaseOfAConstantSignal) {
     }
 }
 
+TEST(VekLevinsonDurbin, TakesAnyCorrelations) {
+    std::mt19937 random(8);
+    std::uniform_int_distribution<int32_t> any(INT32_MIN, INT32_MAX);
+    int stable = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::vector<int32_t> r(33);
+        const int reach = round % 33;
+        for (int32_t& v : r) {
+            v = any(random) >> (round % 7 == 0 ? 0 : reach % 31);
+        }
+        r[0] = (any(random) & 0x3fffffff) | 0x40000000;
+        if (round % 5 == 0) {
+            r[1] = round % 2 == 0 ? r[0] : -r[0];
+            r[2] = round % 3 == 0 ? INT32_MIN : r[0];
+        }
+        Samples a(33, 77);
+        Samples rc(32);
+        int16_t err = -1;
+        const VekStatus status = veksLevinsonDurbin_G729_32s16s(r.data(), 32, a.data(), rc.data(), &err);
+        if (status == vekStsNoErr) {
+            ++stable;
+            EXPECT_EQ(4096, a[0]);
+            EXPECT_GE(err, 0);
+        } else {
+            ASSERT_EQ(vekStsUnstableFilter, status);
+            EXPECT_EQ(Samples(33, 77), a);
+        }
+    }
+    EXPECT_GT(stable, 1000);
+    EXPECT_LT(stable, 19000);
+}
+
 } // namespace

@@ -1,5 +1,6 @@
 // Levinson-Durbin recursion: in split 32-bit words, with the coefficients in Q27, and in floating point.
 #include <cstring>
+#include <utility>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
@@ -24,24 +25,32 @@ Split split(int32_t v) {
 }
 
 // Product of two split words, halved.
-int64_t product(Split a, Split b) {
-    return static_cast<int64_t>(a.hi * b.hi) + ((a.hi * b.lo) >> 15) + ((a.lo * b.hi) >> 15);
+int32_t product(Split a, Split b) {
+    return a.hi * b.hi + ((a.hi * b.lo) >> 15) + ((a.lo * b.hi) >> 15);
 }
 
-// numerator / denominator in Q31 with the sign turned. The denominator is normalised.
+// Twice the product of a split word with 16 bits.
+int32_t productTwice(Split a, int32_t b) {
+    return 2 * (a.hi * b + ((a.lo * b) >> 15));
+}
+
+// numerator / denominator in Q31 with the sign turned. The denominator is normalised, so that only the last step of the
+// published division can saturate; the operators of the others are written out.
 int32_t negativeQuotient(int32_t numerator, Split denominator) {
-    const int32_t q =
-        Div_32(L_abs(numerator), static_cast<Vek16s>(denominator.hi), static_cast<Vek16s>(denominator.lo));
-    return numerator > 0 ? L_negate(q) : q;
+    const int32_t guess = (0x3fff << 15) / denominator.hi;
+    const Split correction = split(kMax32 - productTwice(denominator, guess));
+    const Split inverse = split(productTwice(correction, guess));
+    const int32_t q = sat32(int64_t{8} * product(split(L_abs(numerator)), inverse));
+    return numerator > 0 ? -q : q;
 }
 
 // What one coefficient of reflection leaves of the error, with the shift that normalises it added to exp.
 Split remaining(Split error, Split k, int& exp) {
-    const int32_t square = L_abs(sat32(2 * product(k, k)));
-    const int32_t rest = sat32(2 * product(error, split(kMax32 - square)));
+    const int32_t square = L_abs(sat32(int64_t{2} * product(k, k)));
+    const auto rest = 2 * product(error, split(kMax32 - square));
     const int norm = norm_l(rest);
     exp += norm;
-    return split(L_shl(rest, norm));
+    return split(rest << norm);
 }
 
 VekStatus levinson(const Vek32s* r, int order, Vek16s* a, Vek16s* rc, Vek16s* err) {
@@ -50,14 +59,18 @@ VekStatus levinson(const Vek32s* r, int order, Vek16s* a, Vek16s* rc, Vek16s* er
         lag[i] = split(r[i]);
     }
     Vek16s reflection[kMaxOrder];
-    Split now[kMaxOrder + 1];
-    Split next[kMaxOrder + 1];
+    Split buffers[2][kMaxOrder + 1];
+    Split* now = buffers[0];
+    Split* next = buffers[1];
     int32_t k = negativeQuotient(sat32(int64_t{lag[1].hi} * 65536 + lag[1].lo * 2), lag[0]);
     reflection[0] = round_s(k);
     now[1] = split(k >> 4);
     int exp = 0;
     Split error = remaining(lag[0], split(k), exp);
     for (int i = 2; i <= order; ++i) {
+        if (error.hi == 0) {
+            return vekStsUnstableFilter; // the last reflection was 1.0
+        }
         int64_t sum = 0;
         for (int j = 1; j < i; ++j) {
             sum += product(lag[j], now[i - j]);
@@ -75,7 +88,7 @@ VekStatus levinson(const Vek32s* r, int order, Vek16s* a, Vek16s* rc, Vek16s* er
         }
         next[i] = split(k >> 4);
         error = remaining(error, ks, exp);
-        std::memcpy(now + 1, next + 1, static_cast<size_t>(i) * sizeof(Split));
+        std::swap(now, next);
     }
     a[0] = 4096;
     for (int i = 1; i <= order; ++i) {

@@ -103,33 +103,45 @@ VekStatus roots(const Vek16s* a, const Vek16s* previous, const Vek16s (&grid)[Po
     return vekStsNoErr;
 }
 
-// Sums that wrap and remember whether they left 32 bits, and sums that saturate.
+// Sums that have room and remember how large the coefficients have become, and sums that saturate. While all
+// coefficients stay below 2^29, no sum nor product on the way to the next one leaves 32 bits.
 struct QuickSums {
-    int64_t over = 0;
-    int64_t operator()(int64_t v) {
-        over |= v ^ static_cast<int32_t>(v);
+    int64_t used = 0;
+    int64_t operator()(int64_t v) { return v; }
+    int64_t keep(int64_t v) {
+        used |= v ^ (v >> 63);
         return v;
     }
+    bool within() const { return used < 1 << 29; }
 };
 struct SaturatingSums {
     int64_t operator()(int64_t v) { return sat32(v); }
+    int64_t keep(int64_t v) { return sat32(v); }
 };
 
-// The product of 1 - 2 lsp[2i] z^-1 + z^-2 over five pairs, Q24.
-template <class Sums>
-void pairProduct(const Vek16s* lsp, int64_t* f, Sums& sum) {
-    f[0] = 1 << 24;
-    f[1] = -(lsp[0] * 1024);
-    for (int i = 2; i <= kHalf; ++i) {
-        const int64_t x = lsp[2 * (i - 1)];
-        f[i] = f[i - 2];
-        for (int j = i; j > 1; --j) {
-            const int64_t hi = f[j - 1] >> 16;
-            const int64_t lo = (f[j - 1] >> 1) & 0x7fff;
-            const int64_t twice = sum(4 * (hi * x + ((lo * x) >> 15)));
-            f[j] = sum(sum(f[j] + f[j - 2]) - twice);
-        }
-        f[1] = sum(f[1] - x * 1024);
+// The coefficients J to 2 of a product of pairs take in one pair more; written out by the compiler.
+template <int J, class Sums>
+inline void takeIn(int64_t x, int64_t* f, Sums& sum) {
+    if constexpr (J > 1) {
+        const int64_t hi = f[J - 1] >> 16;
+        const int64_t lo = (f[J - 1] >> 1) & 0x7fff;
+        const int64_t twice = sum(4 * (hi * x + ((lo * x) >> 15)));
+        f[J] = sum.keep(sum(f[J] + f[J - 2]) - twice);
+        takeIn<J - 1>(x, f, sum);
+    }
+}
+
+template <int I, class Sums>
+inline void pairProduct(const Vek16s* lsp, int64_t* f, Sums& sum) {
+    if constexpr (I > 1) {
+        pairProduct<I - 1>(lsp, f, sum);
+        const int64_t x = lsp[2 * (I - 1)];
+        f[I] = f[I - 2];
+        takeIn<I>(x, f, sum);
+        f[1] = sum.keep(f[1] - x * 1024);
+    } else {
+        f[0] = 1 << 24;
+        f[1] = -(lsp[0] * 1024);
     }
 }
 
@@ -137,8 +149,9 @@ template <class Sums>
 void coefficients(const Vek16s* lsp, Vek16s* a, Sums& sum) {
     int64_t f1[kHalf + 1];
     int64_t f2[kHalf + 1];
-    pairProduct(lsp, f1, sum);
-    pairProduct(lsp + 1, f2, sum);
+    // Of 1 - 2 lsp[2i] z^-1 + z^-2 over five pairs, Q24.
+    pairProduct<kHalf>(lsp, f1, sum);
+    pairProduct<kHalf>(lsp + 1, f2, sum);
     for (int i = kHalf; i > 0; --i) {
         f1[i] = sum(f1[i] + f1[i - 1]);
         f2[i] = sum(f2[i] - f2[i - 1]);
@@ -190,7 +203,7 @@ VekStatus veksLSPToLPC_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLPC) {
     QuickSums quick;
     Vek16s a[kOrder + 1];
     coefficients(pSrcLSP, a, quick);
-    if (quick.over != 0) {
+    if (!quick.within()) {
         SaturatingSums saturating;
         coefficients(pSrcLSP, a, saturating);
     }
@@ -205,8 +218,8 @@ VekStatus veksLSPToLSF_Norm_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF) {
     int place = kLastStep;
     for (int i = kOrder - 1; i >= 0; --i) {
         place = stepOf(pSrcLSP[i], place);
-        const int64_t within = int64_t{kAcosSlope[place]} * sub(pSrcLSP[i], kCos[place]);
-        pDstLSF[i] = sat16(place * 256 + sat16_64((within + 0x800) >> 12));
+        const int within = kAcosSlope[place] * sub(pSrcLSP[i], kCos[place]);
+        pDstLSF[i] = sat16(place * 256 + sat16((within + 0x800) >> 12));
     }
     return vekStsNoErr;
 }
