@@ -1,11 +1,12 @@
-// What the harness costs beyond measured code: a grid of 100,000 lines of an empty function, the search for identical
-// rows included. Prints microseconds a line and the growth of memory a line.
+// What the harness costs beyond measured code: a grid of 100,000 lines of an empty function, given by an ini-file, the
+// search for identical rows included. Prints microseconds a line and the growth of memory a line.
 #include "kr.h"
 #include "krcputick.h"
 #include "kriterator.h"
 #include "krstream.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <sys/resource.h>
 
@@ -29,7 +30,7 @@ class GridTest : public krTest {
 public:
     using krTest::krTest;
     bool canStart() override {
-        m_x.set(1, lines, 1, '+');
+        m_x.setList({1});
         m_parms.append(&m_x);
         return true;
     }
@@ -58,11 +59,17 @@ int main() {
     krTest::m_numResultColm = 5;
     g_cstrm.addStream("/dev/null", false);
     g_tool.setMethodLoop(1);
+    char ini[] = "/tmp/gridXXXXXX";
+    FILE* file = fdopen(mkstemp(ini), "w");
+    std::fprintf(file, "[grid]\nx=1; %d; +1\n", lines);
+    std::fclose(file);
+    g_istrm.setIniFile(ini, false);
     GridTest test(loop, nullptr, "grid", "overhead", "GridTest");
     const long before = peakKb();
     const double begin = nowUs();
     const krResult result = test.run();
     const double end = nowUs();
+    std::remove(ini);
     std::printf("result %s, %.2f us a line, %.0f bytes a line, %.1f clocks measured a line\n",
                 krResultName(result).c_str(), (end - begin) / lines,
                 static_cast<double>(peakKb() - before) * 1024.0 / lines, static_cast<double>(measuredClocks) / lines);
