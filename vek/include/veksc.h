@@ -7,8 +7,12 @@
 
 #include "veksc_filter.h"
 #include "veksc_g729.h"
+#include "veksc_g729code.h"
 #include "veksc_g729lp.h"
 #include "veksc_g729pitch.h"
+#include "veksc_g729post.h"
+#include "veksc_gsmamr.h"
+#include "veksc_gsmamrdtx.h"
 
 #ifdef __cplusplus
 extern "C" {
