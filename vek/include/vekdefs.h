@@ -54,29 +54,35 @@ typedef struct {
 typedef int VekStatus;
 
 // The one table of statuses: row(name, value, text).
+// clang-format off
 #define VEK_STATUSES(row)                                                                                              \
-    row(vekStsNoErr, 0, "no error") row(vekStsNullPtrErr, -10, "null pointer")                                         \
-        row(vekStsSizeErr, -11, "size out of range") row(vekStsLengthErr, -12, "length out of range") row(             \
-            vekStsScaleRangeErr, -13, "scale factor out of range") row(vekStsRangeErr, -14, "value out of range")      \
-            row(vekStsBadArgErr, -15, "bad argument") row(vekStsOutOfRangeErr, -16, "index or offset out of range")    \
-                row(vekStsNoMemErr, -17, "no memory") row(vekStsBitRateErr, -18, "unknown bit rate")                   \
-                    row(vekStsModeErr, -19, "unknown mode") row(vekStsLawErr, -20, "unknown companding law") row(      \
-                        vekStsFftOrderErr, -21,                                                                        \
-                        "transform length not supported") row(vekStsStateErr, -22, "state has not been initialised")   \
-                        row(vekStsBitstreamErr, -23, "bit stream holds no valid code")                                 \
-                            row(vekStsFilterOrderErr, -24, "filter order not supported") row(vekStsStepErr, -25,       \
-                                                                                             "step out of range")      \
-                                row(vekStsStreamEndErr, -26, "bit stream ends too early") row(                         \
-                                    vekStsCpuNotSupportedErr, -40, "this machine lacks what the processor type needs") \
-                                    row(vekStsUnknownCpuErr, -41, "unknown processor type")                            \
-                                        row(vekStsNoCacheInfoErr, -42, "the processor does not tell its cache sizes")  \
-                                            row(vekStsOverflow, 1, "a result has been saturated")                      \
-                                                row(vekStsSingleThread, 2, "the library works on one thread")          \
-                                                    row(vekStsUnstableFilter, 3,                                       \
-                                                        "the filter is not stable, the last stable one is given")      \
-                                                        row(vekStsNoOperation, 4, "nothing to do")                     \
-                                                            row(vekStsDivByZero, 5,                                    \
-                                                                "a divisor was zero, the largest value is given")
+    row(vekStsNoErr, 0, "no error")                                                                                    \
+    row(vekStsNullPtrErr, -10, "null pointer")                                                                         \
+    row(vekStsSizeErr, -11, "size out of range")                                                                       \
+    row(vekStsLengthErr, -12, "length out of range")                                                                   \
+    row(vekStsScaleRangeErr, -13, "scale factor out of range")                                                         \
+    row(vekStsRangeErr, -14, "value out of range")                                                                     \
+    row(vekStsBadArgErr, -15, "bad argument")                                                                          \
+    row(vekStsOutOfRangeErr, -16, "index or offset out of range")                                                      \
+    row(vekStsNoMemErr, -17, "no memory")                                                                              \
+    row(vekStsBitRateErr, -18, "unknown bit rate")                                                                     \
+    row(vekStsModeErr, -19, "unknown mode")                                                                            \
+    row(vekStsLawErr, -20, "unknown companding law")                                                                   \
+    row(vekStsFftOrderErr, -21, "transform length not supported")                                                      \
+    row(vekStsStateErr, -22, "state has not been initialised")                                                         \
+    row(vekStsBitstreamErr, -23, "bit stream holds no valid code")                                                     \
+    row(vekStsFilterOrderErr, -24, "filter order not supported")                                                       \
+    row(vekStsStepErr, -25, "step out of range")                                                                       \
+    row(vekStsStreamEndErr, -26, "bit stream ends too early")                                                          \
+    row(vekStsCpuNotSupportedErr, -40, "this machine lacks what the processor type needs")                             \
+    row(vekStsUnknownCpuErr, -41, "unknown processor type")                                                            \
+    row(vekStsNoCacheInfoErr, -42, "the processor does not tell its cache sizes")                                      \
+    row(vekStsOverflow, 1, "a result has been saturated")                                                              \
+    row(vekStsSingleThread, 2, "the library works on one thread")                                                      \
+    row(vekStsUnstableFilter, 3, "the filter is not stable, the last stable one is given")                             \
+    row(vekStsNoOperation, 4, "nothing to do")                                                                         \
+    row(vekStsDivByZero, 5, "a divisor was zero, the largest value is given")
+// clang-format on
 
 enum {
 #define VEK_ROW(name, value, text) name = value,
@@ -90,25 +96,39 @@ typedef int VekCpuType;
 // The published list of processor types: row(code, label, name, need). `need` is the instruction level, as a code of
 // 64 to 71 or 96, that a machine must have for vekInitCpu to accept the row; 0 needs nothing.
 // The constants are vekCpu<label>.
+// clang-format off
 #define VEK_CPU_TYPES(row)                                                                                             \
-    row(0, Unknown, "Unknown processor", 0) row(1, G1, "Orvan generation 1", 0) row(                                   \
-        2, G2, "Orvan generation 2", 0) row(3, G3, "Orvan generation 3", 0) row(4, G4, "Orvan generation 4", 64)       \
-        row(5, G5, "Orvan generation 5", 64) row(6, G6, "Orvan generation 6", 64) row(                                 \
-            7, G7, "Orvan generation 7", 65) row(8, G8, "Orvan generation 8", 65) row(9, G9, "Orvan generation 9", 65) \
-            row(10, G10, "Orvan generation 10", 66) row(11, G11, "Orvan generation 11", 66) row(                       \
-                16, G16, "Orvan generation 16, server line", 65) row(17, G17, "Orvan generation 17, server line", 66)  \
-                row(32, G32, "Orvan generation 32", 66) row(33, G33, "Orvan generation 33, two cores", 67) row(        \
-                    34, G34, "Orvan generation 34, four cores", 67) row(35, G35, "Orvan generation 2 series 35", 68)   \
-                    row(36, G36, "Orvan generation 36, low power", 67) row(37, G37, "Orvan generation 37", 69) row(    \
-                        38, G38, "Orvan Next generation 38", 70) row(64, V1, "Processor supporting SSX level 1", 64)   \
-                        row(65, V2, "Processor supporting SSX level 2", 65)                                            \
-                            row(66, V3, "Processor supporting SSX level 3", 66)                                        \
-                                row(67, V4, "Processor supporting SSX level 4", 67)                                    \
-                                    row(68, V5, "Processor supporting SSX level 5", 68)                                \
-                                        row(69, V6, "Processor supporting SSX level 6", 69)                            \
-                                            row(70, V7, "Processor supporting the 256-bit float extension", 70)        \
-                                                row(71, V8, "Processor supporting the 256-bit integer extension", 71)  \
-                                                    row(96, X64, "Processor supporting the 64-bit extension", 96)
+    row(0, Unknown, "Unknown processor", 0)                                                                            \
+    row(1, G1, "Orvan generation 1", 0)                                                                                \
+    row(2, G2, "Orvan generation 2", 0)                                                                                \
+    row(3, G3, "Orvan generation 3", 0)                                                                                \
+    row(4, G4, "Orvan generation 4", 64)                                                                               \
+    row(5, G5, "Orvan generation 5", 64)                                                                               \
+    row(6, G6, "Orvan generation 6", 64)                                                                               \
+    row(7, G7, "Orvan generation 7", 65)                                                                               \
+    row(8, G8, "Orvan generation 8", 65)                                                                               \
+    row(9, G9, "Orvan generation 9", 65)                                                                               \
+    row(10, G10, "Orvan generation 10", 66)                                                                            \
+    row(11, G11, "Orvan generation 11", 66)                                                                            \
+    row(16, G16, "Orvan generation 16, server line", 65)                                                               \
+    row(17, G17, "Orvan generation 17, server line", 66)                                                               \
+    row(32, G32, "Orvan generation 32", 66)                                                                            \
+    row(33, G33, "Orvan generation 33, two cores", 67)                                                                 \
+    row(34, G34, "Orvan generation 34, four cores", 67)                                                                \
+    row(35, G35, "Orvan generation 2 series 35", 68)                                                                   \
+    row(36, G36, "Orvan generation 36, low power", 67)                                                                 \
+    row(37, G37, "Orvan generation 37", 69)                                                                            \
+    row(38, G38, "Orvan Next generation 38", 70)                                                                       \
+    row(64, V1, "Processor supporting SSX level 1", 64)                                                                \
+    row(65, V2, "Processor supporting SSX level 2", 65)                                                                \
+    row(66, V3, "Processor supporting SSX level 3", 66)                                                                \
+    row(67, V4, "Processor supporting SSX level 4", 67)                                                                \
+    row(68, V5, "Processor supporting SSX level 5", 68)                                                                \
+    row(69, V6, "Processor supporting SSX level 6", 69)                                                                \
+    row(70, V7, "Processor supporting the 256-bit float extension", 70)                                                \
+    row(71, V8, "Processor supporting the 256-bit integer extension", 71)                                              \
+    row(96, X64, "Processor supporting the 64-bit extension", 96)
+// clang-format on
 
 enum {
 #define VEK_ROW(code, label, name, need) vekCpu##label = code,
