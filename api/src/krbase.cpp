@@ -152,10 +152,11 @@ void* getAlignedPtr(void* ptr, int align) {
 }
 
 void* kr_malloc(int size) {
-    if (size < 0 || size > INT_MAX - rawSlack) {
+    if (size > INT_MAX - rawSlack) {
         return nullptr;
     }
-    char* const raw = static_cast<char*>(std::malloc(static_cast<size_t>(size) + rawSlack));
+    // A negative size is an empty block: the base and the place of the raw pointer are always there.
+    char* const raw = static_cast<char*>(std::malloc(static_cast<size_t>(size > 0 ? size : 0) + rawSlack));
     if (!raw) {
         return nullptr;
     }
@@ -168,7 +169,7 @@ void* kr_malloc(int size) {
 void* kr_malloc(void*& base, int size, int align, int shift) {
     const int a = align % lineSize;
     const long long total = static_cast<long long>(a) + size + shift + lineSize;
-    base = total > INT_MAX ? nullptr : kr_malloc(static_cast<int>(total));
+    base = total > INT_MAX ? nullptr : kr_malloc(total > 0 ? static_cast<int>(total) : 0);
     if (!base) {
         return nullptr;
     }

@@ -97,6 +97,14 @@ TEST(KrMalloc, SizeZeroIsABlock) {
     krFree(block);
 }
 
+TEST(KrMalloc, NegativeSizeIsABlockToo) {
+    for (const int size : {-1, -100, -2147483647 - 1}) {
+        void* const block = krMalloc(size, 0, 0, nullptr);
+        EXPECT_NE(block, nullptr) << size;
+        krFree(block);
+    }
+}
+
 TEST(KrMalloc, MemErrorReportsAndIsFalse) {
     ConsoleCapture console(ERR);
     EXPECT_FALSE(memError(-3));

@@ -261,6 +261,9 @@ TEST(KrEnumIterator, ValueOutsideTheAdmissibleRaises) {
     EXPECT_STREQ(parm.prompt().c_str(), "x {1|2}");
     EXPECT_EQ(infoOf(parm, "2; 3"), "Invalid value of x = 3");
     EXPECT_EQ(walk(parm), (Values{1, 2}));
+    krString outside = "3";
+    EXPECT_EQ(parm.stringToValue(outside), 0);
+    EXPECT_TRUE(outside.m_failed);
     parm.translate("2");
     EXPECT_EQ(walk(parm), (Values{2}));
 }

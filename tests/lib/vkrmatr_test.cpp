@@ -118,6 +118,8 @@ TEST(VkrMatrice, FailedAllocationLeavesRowsAndColumns) {
     EXPECT_EQ(console.text(), "-- Memory error: can't allocate 2147483647 bytes\n");
     matrix.setConst(1, 1);
     EXPECT_EQ(matrix.objectSize(), 2147483647);
+    matrix.deleteMatrice();
+    EXPECT_EQ(matrix.rows(), 100000);
     EXPECT_FALSE(matrix.createMatrice(0, 5, -1, -1));
     EXPECT_FALSE(matrix.createMatrice(2000000000, 2000000000, 16, -1));
 }

@@ -6,6 +6,7 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/common/lpfilter.h"
+#include "sc/common/signal_check.h"
 
 namespace {
 
@@ -13,12 +14,6 @@ using namespace vek;
 
 constexpr int kOrder = 10;
 constexpr int kSubframe = 40;
-constexpr int kMaxLen = 65536;
-
-bool badLength(int len) {
-    return len < 1 || len > kMaxLen;
-}
-
 // Stretches of at most T samples read nothing that they write, so that each can be done at once.
 template <class Sample, class Step>
 void inStretches(Sample* x, int T, int len, Step step) {

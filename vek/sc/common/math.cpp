@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
 #include "sc/kernels/filter.h"
 #include "veksc_filter.h"
 
@@ -9,12 +10,6 @@ namespace {
 
 using namespace vek;
 using namespace vek::fix;
-
-constexpr int kMaxLen = 65536;
-
-bool badLength(int len) {
-    return len < 1 || len > kMaxLen;
-}
 
 bool badScale(int scaleFactor, int largest) {
     return scaleFactor < 0 || scaleFactor > largest;

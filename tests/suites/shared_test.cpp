@@ -1,0 +1,78 @@
+// What the suites share: the list of hot functions, and the class that is built with no function to measure.
+#include "suite_runner.h"
+
+#include <gtest/gtest.h>
+
+// The suite once more, under a name of its own, so that a test can hand it a function.
+namespace unmeasured {
+#include "p_math2.cpp" // NOLINT(bugprone-suspicious-include)
+}
+
+namespace {
+
+TEST(HotList, HoldsTheTwentySevenFunctionsInTheirOrder) {
+    const char* const expected[] = {
+        "veksACELPFixedCodebookSearch_G723_32s16s",
+        "veksAdaptiveCodebookSearch_G723",
+        "veksAdaptiveCodebookSearch_GSMAMR_16s",
+        "veksAlgebraicCodebookSearch_GSMAMR_16s",
+        "veksAutoCorr_GSMAMR_16s32s",
+        "veksAutoCorr_NormE_16s32s",
+        "veksAutoCorrLagMax_Inv_16s",
+        "veksFixedCodebookSearch_G729_16s",
+        "veksFixedCodebookSearch_G729_32s16s",
+        "veksFixedCodebookSearch_G729D_16s",
+        "veksFixedCodebookSearch_G729E_16s",
+        "veksGainQuant_G723_16s",
+        "veksHarmonicSearch_G723_16s",
+        "veksHighPassFilter_G729_16s_ISfs",
+        "veksIIR16s_G723_16s32s",
+        "veksIIR16s_G729_16s",
+        "veksLongTermPostFilter_G729_16s",
+        "veksLPCToLSP_G729_16s",
+        "veksLPCToLSP_G729A_16s",
+        "veksLPCToLSP_GSMAMR_16s",
+        "veksLSFQuant_G723_16s32s",
+        "veksOpenLoopPitchSearch_G723_16s",
+        "veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s",
+        "veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s",
+        "veksOpenLoopPitchSearchNonDTX_GSMAMR_16s",
+        "veksPitchPostFilter_G723_16s",
+        "veksSynthesisFilter_NR_16s_ISfs",
+    };
+    ASSERT_NE(g_pHotList, nullptr);
+    std::vector<std::string> names;
+    for (const krString& name : *g_pHotList) {
+        names.emplace_back(name.c_str());
+    }
+    EXPECT_EQ(names, std::vector<std::string>(std::begin(expected), std::end(expected)));
+}
+
+int callNothing() {
+    return 0;
+}
+
+krResult loopNothing(int calls, long long* clocks) {
+    *clocks = 1000LL * calls;
+    return krOk;
+}
+
+TEST(UnmeasuredSuite, IsAWholeSuiteWithNoTest) {
+    for (const krTest* test : *pTestList) {
+        EXPECT_NE(test->m_info.m_class, "TimMath2");
+    }
+    unmeasured::TimMath2 suite(callNothing, nullptr, loopNothing, nullptr, "veksFoo_16s", "p_math2",
+                               "TimMath2//VK_REG");
+    krResult result = krUndefined;
+    const std::vector<std::string> lines = runOnce(suite, result);
+    EXPECT_EQ(result, krOk);
+    ASSERT_EQ(lines.size(), 6U);
+    EXPECT_EQ(cells(lines.front(), 3, 5), "200,10,-");
+    EXPECT_EQ(cells(lines.back(), 3, 5), "200,60,-");
+    EXPECT_EQ(cells(lines.back(), 11, 11), "e");
+    const double perElement = std::atof(cells(lines.back(), 10, 10).c_str());
+    EXPECT_NEAR(suite.m_tool.m_funcClocks / perElement, 60, 1);
+    EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr);
+}
+
+} // namespace
