@@ -3,7 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
+#include <cstddef>
+#include <utility>
 
 #include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
@@ -171,55 +172,93 @@ void matrix(const Vek32f* h, const signed char* sign, Vek32f (*rr)[kSub]) {
     }
 }
 
-void search(const Vek16s* d, const Vek16s (*rr)[kSub], int tracks, int pulses, Start start, int* positions) {
+namespace {
+
+// What the pulses found so far add up to: correlation, energy as the next round weighs it.
+struct Sums {
+    int correlation;
+    int64_t energy;
+};
+
+template <class Row, std::size_t... P>
+inline int crossTerms(const Row* row, const int* at, std::index_sequence<P...> /*before*/) {
+    return (row[at[P]] + ...);
+}
+
+// The pair of pulses N and N + 1 of the best energy ratio; `at` receives their positions.
+template <int Tracks, std::size_t N>
+Best searchPair(const Vek16s* d, const Vek16s (*rr)[kSub], const Start& start, int* at, Sums& sums) {
+    constexpr std::make_index_sequence<N> before;
+    constexpr Weights w = kWeights[N / 2 - 1];
+    constexpr int positions = kSub / Tracks;
+    const int first = start.track[N];
+    const int other = start.track[N + 1];
+    int64_t second[positions];
+    int correlation[positions];
+    for (int l = 0; l < positions; ++l) {
+        const int j = other + Tracks * l;
+        const int64_t s = times(rr[j][j], w.secondOwn) + int64_t{crossTerms(rr[j], at, before)} * (1 << w.secondCross);
+        second[l] = times(upper(s), w.second) + 0x8000;
+        correlation[l] = sums.correlation + d[j];
+    }
+    Best best;
+    int found = 0;
+    int foundFirst = first;
+    int foundOther = other;
+    for (int i = first; i < kSub; i += Tracks) {
+        const Vek16s* row = rr[i];
+        const int64_t e1 = sums.energy + times(row[i], w.own) + int64_t{crossTerms(row, at, before)} * (1 << w.cross);
+        for (int l = 0; l < positions; ++l) {
+            const int j = other + Tracks * l;
+            const int c = d[i] + correlation[l];
+            const int e = sat16_64((e1 + second[l] + times(row[j], w.both)) >> 16);
+            if (best.take((c * c) >> 15, e)) {
+                found = c;
+                foundFirst = i;
+                foundOther = j;
+            }
+        }
+    }
+    at[N] = foundFirst;
+    at[N + 1] = foundOther;
+    sums = {found, times(static_cast<Vek16s>(best.energy), 15)};
+    return best;
+}
+
+template <int Tracks>
+void searchTracks(const Vek16s* d, const Vek16s (*rr)[kSub], int pulses, Start start, int* positions) {
     for (int n = 0; n < pulses; ++n) {
         positions[n] = n;
     }
     Best best;
-    for (int turn = 1; turn < tracks; ++turn) {
+    for (int turn = 1; turn < Tracks; ++turn) {
         int at[kMostPulses] = {start.position[start.track[0]], start.position[start.track[1]]};
-        int c0 = d[at[0]] + d[at[1]];
-        int64_t e0 = times(rr[at[0]][at[0]], 12) + times(rr[at[1]][at[1]], 12) + times(rr[at[0]][at[1]], 13);
-        Best round;
-        for (int n = 2; n < pulses; n += 2) {
-            const Weights& w = kWeights[n / 2 - 1];
-            int64_t second[kSub];
-            for (int j = start.track[n + 1]; j < kSub; j += tracks) {
-                int cross = 0;
-                for (int p = 0; p < n; ++p) {
-                    cross += rr[j][at[p]];
-                }
-                const int64_t s = times(rr[j][j], w.secondOwn) + int64_t{cross} * (1 << w.secondCross);
-                second[j] = times(upper(s), w.second);
-            }
-            round = Best{};
-            int c2 = 0;
-            at[n] = start.track[n];
-            at[n + 1] = start.track[n + 1];
-            for (int i = start.track[n]; i < kSub; i += tracks) {
-                const Vek16s* row = rr[i];
-                int cross = 0;
-                for (int p = 0; p < n; ++p) {
-                    cross += row[at[p]];
-                }
-                const int64_t e1 = e0 + times(row[i], w.own) + int64_t{cross} * (1 << w.cross);
-                for (int j = start.track[n + 1]; j < kSub; j += tracks) {
-                    const int c = c0 + d[i] + d[j];
-                    if (round.take((c * c) >> 15, upper(e1 + second[j] + times(row[j], w.both)))) {
-                        c2 = c;
-                        at[n] = i;
-                        at[n + 1] = j;
-                    }
-                }
-            }
-            c0 = c2;
-            e0 = times(static_cast<Vek16s>(round.energy), 15);
+        Sums sums = {d[at[0]] + d[at[1]],
+                     times(rr[at[0]][at[0]], 12) + times(rr[at[1]][at[1]], 12) + times(rr[at[0]][at[1]], 13)};
+        Best last = searchPair<Tracks, 2>(d, rr, start, at, sums);
+        if (pulses > 4) {
+            last = searchPair<Tracks, 4>(d, rr, start, at, sums);
         }
-        if (best.take(round.square, round.energy)) {
+        if (pulses > 6) {
+            last = searchPair<Tracks, 6>(d, rr, start, at, sums);
+        }
+        if (pulses > 8) {
+            last = searchPair<Tracks, 8>(d, rr, start, at, sums);
+        }
+        if (pulses > 10) {
+            last = searchPair<Tracks, 10>(d, rr, start, at, sums);
+        }
+        if (best.take(last.square, last.energy)) {
             std::copy_n(at, pulses, positions);
         }
         rotate(start, pulses);
     }
+}
+
+} // namespace
+
+void search(const Vek16s* d, const Vek16s (*rr)[kSub], int tracks, int pulses, Start start, int* positions) {
+    tracks == 5 ? searchTracks<5>(d, rr, pulses, start, positions) : searchTracks<4>(d, rr, pulses, start, positions);
 }
 
 void search(const Vek32f* d, const Vek32f (*rr)[kSub], int tracks, int pulses, Start start, int* positions) {

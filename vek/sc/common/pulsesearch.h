@@ -30,7 +30,7 @@ void matrix(const Vek16s* h, const signed char* sign, Vek16s (*rr)[kSub]);
 void matrix(const Vek32f* h, const signed char* sign, Vek32f (*rr)[kSub]);
 
 // The first pulse stays on its start; for each start of the second, on each track but one, the others are searched in
-// pairs. 2 to 12 pulses, an even number; 4 or 5 tracks. The integer form rounds energies as TS 26.090 does.
+// pairs. 4 to 12 pulses, an even number; 4 or 5 tracks. The integer form rounds energies as TS 26.090 does.
 void search(const Vek16s* d, const Vek16s (*rr)[kSub], int tracks, int pulses, Start start, int* positions);
 void search(const Vek32f* d, const Vek32f (*rr)[kSub], int tracks, int pulses, Start start, int* positions);
 

@@ -1,0 +1,202 @@
+// Fixed codebook, gains and noise of G.729 against independent open codecs.
+// Their step functions are in no public header: they are declared here, and the package's header tells whether to link.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "veksc.h"
+
+#if __has_include(<opencore-amrnb/interf_enc.h>)
+#define ORACLE_AMRNB 1
+extern "C" {
+void cor_h_x(int16_t h[], int16_t x[], int16_t d[], int16_t scale, int* overflow);
+void cor_h(int16_t h[], int16_t sign[], int16_t rr[][40], int* overflow);
+void set_sign12k2(int16_t d[], int16_t r[], int16_t sign[], int16_t largest[], int16_t tracks, int16_t start[],
+                  int16_t step, int* overflow);
+void search_10and8i40(int16_t pulses, int16_t step, int16_t tracks, int16_t d[], int16_t rr[][40], int16_t start[],
+                      int16_t largest[], int16_t positions[], int* overflow);
+}
+#endif
+
+#if __has_include(<bcg729/encoder.h>)
+#define ORACLE_BCG729 1
+extern "C" {
+void fixedCodebookSearch(int16_t* target, int16_t* h, int16_t delay, int16_t sharp, int16_t* adaptive, int16_t gain,
+                         uint16_t* positions, uint16_t* signs, int16_t* code, int16_t* filtered);
+uint16_t pseudoRandom(uint16_t* seed);
+int32_t MACodeGainPrediction(int16_t* past, int16_t* code);
+void computeGainPredictionError(int16_t factor, int16_t* past);
+}
+#endif
+
+namespace {
+
+using Samples = std::vector<int16_t>;
+
+[[maybe_unused]] Samples noise(std::mt19937& random, int n, int low, int high) {
+    std::uniform_int_distribution<int> pick(low, high);
+    Samples v(static_cast<size_t>(n));
+    for (int16_t& e : v) {
+        e = static_cast<int16_t>(pick(random));
+    }
+    return v;
+}
+
+[[maybe_unused]] Samples response(std::mt19937& random) {
+    Samples h = noise(random, 40, -2500, 2500);
+    for (size_t i = 1; i < h.size(); ++i) {
+        h[i] = static_cast<int16_t>(h[i] * 4 / static_cast<int>(4 + i));
+    }
+    h[0] = 4096;
+    return h;
+}
+
+TEST(FourPulsesOracle, FindsTheCodewordsOfTheG729Codec) {
+#ifdef ORACLE_BCG729
+    std::mt19937 random(1);
+    int equal = 0;
+    constexpr int rounds = 1000;
+    for (int round = 0; round < rounds; ++round) {
+        Samples h = response(random);
+        Samples target = noise(random, 40, -100 << (round % 6), 100 << (round % 6));
+        Samples d(40), code(40), index(2), theirs(40), filtered(40);
+        std::vector<int32_t> matrix(616);
+        veksCrossCorr_NormM_16s(target.data(), h.data(), 40, d.data());
+        veksToeplizMatrix_G729_16s32s(h.data(), matrix.data());
+        ASSERT_EQ(vekStsNoErr,
+                  veksFixedCodebookSearch_G729A_32s16s(d.data(), matrix.data(), code.data(), index.data()));
+        Samples none(40);
+        uint16_t positions = 0;
+        uint16_t signs = 0;
+        fixedCodebookSearch(target.data(), h.data(), 40, 0, none.data(), 0, &positions, &signs, theirs.data(),
+                            filtered.data());
+        equal += positions == index[0] && signs == index[1] ? 1 : 0;
+    }
+    RecordProperty("equal", equal);
+    // It keeps a bit less of small correlations and of energies halved.
+    EXPECT_GE(equal, rounds * 98 / 100);
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+// Squared correlation over energy of a code vector.
+[[maybe_unused]] double merit(const Samples& target, const Samples& h, const Samples& code) {
+    double c = 0;
+    double e = 0;
+    for (size_t n = 0; n < 40; ++n) {
+        double y = 0;
+        for (size_t i = 0; i <= n; ++i) {
+            y += double{1} * code[i] * h[n - i];
+        }
+        c += y * target[n];
+        e += y * y;
+    }
+    return c * c / e;
+}
+
+TEST(FourPulsesOracle, NestedSearchIsBetterThanTheDepthFirstOneOfTheG729Codec) {
+#ifdef ORACLE_BCG729
+    std::mt19937 random(2);
+    double ours = 0;
+    double theirs = 0;
+    for (int round = 0; round < 500; ++round) {
+        Samples h = response(random);
+        Samples target = noise(random, 40, -3000, 3000);
+        Samples d(40), code(40), index(2), other(40), filtered(40), none(40), matrix(616);
+        veksCrossCorr_NormM_16s(target.data(), h.data(), 40, d.data());
+        veksToeplizMatrix_G729_16s(h.data(), matrix.data());
+        int16_t times = 0;
+        ASSERT_EQ(vekStsNoErr,
+                  veksFixedCodebookSearch_G729_16s(d.data(), matrix.data(), code.data(), index.data(), &times, 0));
+        uint16_t positions = 0;
+        uint16_t signs = 0;
+        ours += merit(target, h, code);
+        fixedCodebookSearch(target.data(), h.data(), 40, 0, none.data(), 0, &positions, &signs, other.data(),
+                            filtered.data());
+        theirs += merit(target, h, other);
+    }
+    RecordProperty("percent", static_cast<int>(100 * ours / theirs));
+    EXPECT_GE(ours, 0.99 * theirs);
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+TEST(ManyPulsesOracle, AreThePulsesOfTheAmrCodec) {
+#ifdef ORACLE_AMRNB
+    std::mt19937 random(3);
+    for (int round = 0; round < 1000; ++round) {
+        Samples h = response(random);
+        Samples target = noise(random, 40, -50 << (round % 7), 50 << (round % 7));
+        Samples residual = noise(random, 40, -30 << (round % 8), 30 << (round % 8));
+        Samples code(40), y(40), words(5), want(40);
+        ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729E_16s(0, target.data(), residual.data(), h.data(),
+                                                                 code.data(), y.data(), words.data()));
+        int overflow = 0;
+        int16_t d[40], sign[40], largest[5], start[10], positions[10], rr[40][40];
+        cor_h_x(h.data(), target.data(), d, 2, &overflow);
+        set_sign12k2(d, residual.data(), sign, largest, 5, start, 5, &overflow);
+        cor_h(h.data(), sign, rr, &overflow);
+        search_10and8i40(10, 5, 5, d, rr, start, largest, positions, &overflow);
+        for (const int16_t at : positions) {
+            want[static_cast<size_t>(at)] =
+                static_cast<int16_t>(want[static_cast<size_t>(at)] + (sign[at] > 0 ? 8192 : -8192));
+        }
+        ASSERT_EQ(want, code) << round;
+    }
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
+#endif
+}
+
+TEST(NoiseOracle, GeneratorEqualsTheG729Codec) {
+#ifdef ORACLE_BCG729
+    int16_t seed = 1000;
+    uint16_t theirs = 1000;
+    for (int round = 0; round < 100; ++round) {
+        Samples y(40);
+        ASSERT_EQ(vekStsNoErr, veksRandomNoiseExcitation_G729B_16s(&seed, y.data(), 40));
+        for (const int16_t v : y) {
+            int sum = 0;
+            for (int i = 0; i < 12; ++i) {
+                sum += static_cast<int16_t>(pseudoRandom(&theirs));
+            }
+            ASSERT_EQ(sum >> 7, v);
+        }
+        ASSERT_EQ(static_cast<int16_t>(theirs), seed);
+    }
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+TEST(DecodeGainOracle, FollowsTheG729Codec) {
+#ifdef ORACLE_BCG729
+    std::mt19937 random(4);
+    // The factors of two codes, Q12: one small, one middle.
+    const int factors[][3] = {{5, 6, 758}, {4, 10, 2511 + 598}, {2, 13, 13581 + 7138}};
+    for (int round = 0; round < 300; ++round) {
+        Samples past = noise(random, 4, -14336, 6000);
+        Samples theirPast = past;
+        Samples code(40);
+        for (size_t t = 0; t < 4; ++t) {
+            code[static_cast<size_t>(noise(random, 1, 0, 7)[0]) * 5 + t] = 8192;
+        }
+        const int(&one)[3] = factors[round % 3];
+        const int16_t codes[] = {static_cast<int16_t>(one[0]), static_cast<int16_t>(one[1])};
+        int16_t gains[2] = {};
+        ASSERT_EQ(vekStsNoErr, veksDecodeGain_G729_16s(4 << 26, past.data(), codes, gains));
+        const double want = MACodeGainPrediction(theirPast.data(), code.data()) / 65536.0 * one[2] / 4096 * 2;
+        computeGainPredictionError(static_cast<int16_t>(one[2]), theirPast.data());
+        EXPECT_NEAR(want, gains[1], 2 + 0.004 * want);
+        EXPECT_NEAR(theirPast[0], past[0], 4);
+    }
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+} // namespace

@@ -1,0 +1,463 @@
+// Fixed codebook searches of G.729 and its annexes against plain ones, and their codewords read back.
+#include "lp_reference.h"
+#include "veksc.h"
+
+#include <cmath>
+
+namespace {
+
+using lpref::atEveryLevel;
+using lpref::noise;
+using Samples = std::vector<int16_t>;
+using Words = std::vector<int32_t>;
+using Reals = std::vector<float>;
+
+Samples response(std::mt19937& random) {
+    Samples h = noise(random, 40, -3000, 3000);
+    for (size_t i = 1; i < h.size(); ++i) {
+        h[i] = static_cast<int16_t>(h[i] * 5 / static_cast<int>(5 + i));
+    }
+    h[0] = 4096;
+    return h;
+}
+
+struct Problem {
+    Samples target, h, d = Samples(40);
+    Samples matrix = Samples(616);
+    Words wide = Words(616);
+    Reals real = Reals(616), realD, realH;
+
+    explicit Problem(std::mt19937& random) : target(noise(random, 40, -3000, 3000)), h(response(random)) {
+        veksCrossCorr_NormM_16s(target.data(), h.data(), 40, d.data());
+        veksToeplizMatrix_G729_16s(h.data(), matrix.data());
+        veksToeplizMatrix_G729_16s32s(h.data(), wide.data());
+        realD.assign(d.begin(), d.end());
+        realH.assign(h.begin(), h.end());
+        veksToeplizMatrix_G729_32f(realH.data(), real.data());
+    }
+
+    double phi(int i, int j) const {
+        double s = 0;
+        for (int n = std::max(i, j); n < 40; ++n) {
+            s += double{1} * h[n - i] * h[n - j];
+        }
+        return s;
+    }
+
+    // Squared correlation over energy of pulses with signs.
+    template <class Code>
+    double merit(const Code& code) const {
+        double c = 0;
+        double e = 0;
+        for (int i = 0; i < 40; ++i) {
+            c += double{1} * code[i] * d[i];
+            for (int j = 0; j < 40; ++j) {
+                e += code[i] != 0 && code[j] != 0 ? phi(i, j) * code[i] * code[j] : 0;
+            }
+        }
+        return c * c / e;
+    }
+};
+
+// The code vector of a codeword of four pulses, ones.
+std::vector<int> decodeFour(int positions, int signs) {
+    std::vector<int> code(40);
+    for (int n = 0; n < 4; ++n) {
+        const int field = positions >> (3 * n);
+        const int at = n < 3 ? 5 * (field & 7) + n : 5 * (field >> 1 & 7) + 3 + (field & 1);
+        code[at] = signs >> n & 1 ? 1 : -1;
+    }
+    return code;
+}
+
+template <class Code>
+std::vector<int> ones(const Code& code, double size) {
+    std::vector<int> v;
+    for (const auto e : code) {
+        v.push_back(static_cast<int>(std::lround(e / size)));
+    }
+    return v;
+}
+
+// The best of all four pulses with the signs of the correlations.
+double best(const Problem& p) {
+    double merit = 0;
+    double phi[40][40];
+    for (int i = 0; i < 40; ++i) {
+        for (int j = 0; j < 40; ++j) {
+            phi[i][j] = p.phi(i, j) * ((p.d[i] < 0) != (p.d[j] < 0) ? -1 : 1);
+        }
+    }
+    for (int i = 0; i < 40; i += 5) {
+        for (int j = 1; j < 40; j += 5) {
+            for (int k = 2; k < 40; k += 5) {
+                for (int l = 3; l < 40; ++l) {
+                    if (l % 5 >= 3) {
+                        const double c = std::abs(p.d[i]) + std::abs(p.d[j]) + std::abs(p.d[k]) + std::abs(p.d[l]);
+                        const double e = phi[i][i] + phi[j][j] + phi[k][k] + phi[l][l] +
+                                         2 * (phi[i][j] + phi[i][k] + phi[i][l] + phi[j][k] + phi[j][l] + phi[k][l]);
+                        merit = std::max(merit, c * c / e);
+                    }
+                }
+            }
+        }
+    }
+    return merit;
+}
+
+TEST(VekFourPulses, NestedSearchComesNearTheBestOfAllAndAllFormsAgree) {
+    atEveryLevel([] {
+        std::mt19937 random(1);
+        int same = 0;
+        double ratio = 0;
+        for (int round = 0; round < 60; ++round) {
+            Problem p(random);
+            Samples code(40), index(2), wideIndex(2), realIndex(2);
+            Reals realCode(40);
+            int16_t times = 0;
+            ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729_16s(p.d.data(), p.matrix.data(), code.data(),
+                                                                    index.data(), &times, 0));
+            ASSERT_EQ(ones(code, 8192), decodeFour(index[0], index[1]));
+            ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729_32s16s(p.d.data(), p.wide.data(), code.data(),
+                                                                       wideIndex.data(), &times, 0));
+            ASSERT_EQ(ones(code, 8192), decodeFour(wideIndex[0], wideIndex[1]));
+            ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729_32f(p.realD.data(), p.real.data(), realCode.data(),
+                                                                    realIndex.data(), &times, 0));
+            ASSERT_EQ(ones(realCode, 1), decodeFour(realIndex[0], realIndex[1]));
+            same += index == wideIndex && wideIndex == realIndex ? 1 : 0;
+            ratio += p.merit(realCode) / best(p) / 60;
+        }
+        EXPECT_GE(same, 57);
+        EXPECT_GE(ratio, 0.95);
+    });
+}
+
+TEST(VekFourPulses, DepthFirstSearchComesNearTheBestOfAllAndAllFormsAgree) {
+    atEveryLevel([] {
+        std::mt19937 random(2);
+        int same = 0;
+        double ratio = 0;
+        for (int round = 0; round < 60; ++round) {
+            Problem p(random);
+            Samples code(40), index(2), wideIndex(2), realIndex(2);
+            Reals realCode(40);
+            ASSERT_EQ(vekStsNoErr,
+                      veksFixedCodebookSearch_G729A_16s(p.d.data(), p.matrix.data(), code.data(), index.data()));
+            ASSERT_EQ(ones(code, 8192), decodeFour(index[0], index[1]));
+            ASSERT_EQ(vekStsNoErr,
+                      veksFixedCodebookSearch_G729A_32s16s(p.d.data(), p.wide.data(), code.data(), wideIndex.data()));
+            ASSERT_EQ(ones(code, 8192), decodeFour(wideIndex[0], wideIndex[1]));
+            ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729A_32f(p.realD.data(), p.real.data(), realCode.data(),
+                                                                     realIndex.data()));
+            ASSERT_EQ(ones(realCode, 1), decodeFour(realIndex[0], realIndex[1]));
+            same += index == wideIndex && wideIndex == realIndex ? 1 : 0;
+            ratio += p.merit(realCode) / best(p) / 60;
+        }
+        EXPECT_GE(same, 57);
+        EXPECT_GE(ratio, 0.9);
+    });
+}
+
+TEST(VekFourPulses, SignsGoIntoTheMatrixAndPulsesAreThoseOfQ13) {
+    Samples d(40, 100);
+    d[5] = -300;
+    d[1] = 300;
+    Samples matrix(616, 10);
+    std::fill(matrix.begin(), matrix.begin() + 40, int16_t{1000});
+    Samples code(40), index(2);
+    ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729A_16s(d.data(), matrix.data(), code.data(), index.data()));
+    EXPECT_EQ(-8192, code[5]);
+    EXPECT_EQ(8191, code[1]);
+    EXPECT_EQ(10, matrix[40]);      // 0 and 1
+    EXPECT_EQ(-10, matrix[40 + 8]); // 5 and 1
+    EXPECT_EQ(1000, matrix[1]);
+    EXPECT_EQ(1, index[0] & 7);
+    EXPECT_EQ(14, index[1]);
+}
+
+TEST(VekFourPulses, EntriesOfTheLastLoopAreCounted) {
+    Samples d(40), code(40), index(2);
+    for (size_t i = 0; i < 40; ++i) {
+        d[i] = i < 5 ? 100 : 99; // nearly all sums pass no threshold or all do
+    }
+    const Samples matrix(616, 1);
+    Samples m = matrix;
+    int16_t times = 7;
+    // Equal correlations: no sum is above its mean.
+    Samples flat(40, 50);
+    ASSERT_EQ(vekStsNoErr,
+              veksFixedCodebookSearch_G729_16s(flat.data(), m.data(), code.data(), index.data(), &times, 0));
+    EXPECT_EQ(105, times);
+    EXPECT_EQ(0, index[0]);
+    EXPECT_EQ(15, index[1]);
+    m = matrix;
+    ASSERT_EQ(vekStsNoErr,
+              veksFixedCodebookSearch_G729_16s(flat.data(), m.data(), code.data(), index.data(), &times, 1));
+    EXPECT_EQ(180, times);
+    // One pulse of the tracks 0 to 2 stands out: of the 512 triples 8 * 8 hold it, and 64 entries are counted.
+    Samples one(40, 10);
+    one[0] = 1000;
+    m = matrix;
+    ASSERT_EQ(vekStsNoErr,
+              veksFixedCodebookSearch_G729_16s(one.data(), m.data(), code.data(), index.data(), &times, 0));
+    EXPECT_EQ(41, times);
+    // Subframe 1 is granted what is left, up to 105; a count below 0 is none.
+    for (const auto& [before, after] : {std::pair{41, 52}, {200, 116}, {-5, 11}}) {
+        m = matrix;
+        times = static_cast<int16_t>(before);
+        ASSERT_EQ(vekStsNoErr,
+                  veksFixedCodebookSearch_G729_16s(one.data(), m.data(), code.data(), index.data(), &times, 1));
+        EXPECT_EQ(after, times);
+    }
+    // Two of a track: 128 entries, more than the 105 of subframe 0.
+    one[5] = 1000;
+    m = matrix;
+    ASSERT_EQ(vekStsNoErr,
+              veksFixedCodebookSearch_G729_16s(one.data(), m.data(), code.data(), index.data(), &times, 0));
+    EXPECT_EQ(0, times);
+}
+
+TEST(VekFourPulses, RefuseNullAndOtherSubframes) {
+    std::mt19937 random(3);
+    Problem p(random);
+    Samples code(40, 5), index(2, 5);
+    Reals realCode(40, 5);
+    int16_t times = 9;
+    const Samples before = p.matrix;
+    const auto nested = veksFixedCodebookSearch_G729_16s;
+    EXPECT_EQ(vekStsNullPtrErr, nested(nullptr, p.matrix.data(), code.data(), index.data(), &times, 0));
+    EXPECT_EQ(vekStsNullPtrErr, nested(p.d.data(), nullptr, code.data(), index.data(), &times, 0));
+    EXPECT_EQ(vekStsNullPtrErr, nested(p.d.data(), p.matrix.data(), nullptr, index.data(), &times, 0));
+    EXPECT_EQ(vekStsNullPtrErr, nested(p.d.data(), p.matrix.data(), code.data(), nullptr, &times, 0));
+    EXPECT_EQ(vekStsNullPtrErr, nested(p.d.data(), p.matrix.data(), code.data(), index.data(), nullptr, 0));
+    EXPECT_EQ(vekStsRangeErr, nested(p.d.data(), p.matrix.data(), code.data(), index.data(), &times, -1));
+    EXPECT_EQ(vekStsRangeErr, nested(p.d.data(), p.matrix.data(), code.data(), index.data(), &times, 2));
+    EXPECT_EQ(vekStsRangeErr,
+              veksFixedCodebookSearch_G729_32s16s(p.d.data(), p.wide.data(), code.data(), index.data(), &times, 2));
+    EXPECT_EQ(vekStsRangeErr, veksFixedCodebookSearch_G729_32f(p.realD.data(), p.real.data(), realCode.data(),
+                                                               index.data(), &times, 2));
+    EXPECT_EQ(vekStsNullPtrErr,
+              veksFixedCodebookSearch_G729_32s16s(p.d.data(), nullptr, code.data(), index.data(), &times, 0));
+    EXPECT_EQ(vekStsNullPtrErr,
+              veksFixedCodebookSearch_G729_32f(nullptr, p.real.data(), realCode.data(), index.data(), &times, 0));
+    EXPECT_EQ(vekStsNullPtrErr, veksFixedCodebookSearch_G729A_16s(p.d.data(), p.matrix.data(), code.data(), nullptr));
+    EXPECT_EQ(vekStsNullPtrErr, veksFixedCodebookSearch_G729A_32s16s(p.d.data(), nullptr, code.data(), index.data()));
+    EXPECT_EQ(vekStsNullPtrErr,
+              veksFixedCodebookSearch_G729A_32f(p.realD.data(), p.real.data(), nullptr, index.data()));
+    EXPECT_EQ(before, p.matrix);
+    EXPECT_EQ(Samples(40, 5), code);
+    EXPECT_EQ(Samples(2, 5), index);
+    EXPECT_EQ(9, times);
+}
+
+const int firstOfTwo[16] = {1, 3, 8, 6, 18, 16, 11, 13, 38, 36, 31, 33, 21, 23, 28, 26};
+const int secondOfTwo[32] = {0,  2,  5,  4,  12, 10, 7,  9,  25, 24, 20, 22, 14, 15, 19, 17,
+                             36, 31, 21, 26, 1,  6,  16, 11, 27, 29, 32, 30, 39, 37, 34, 35};
+
+std::vector<int> decodeTwo(int index, int signs) {
+    std::vector<int> code(40);
+    code[firstOfTwo[index & 15]] += signs & 1 ? 1 : -1;
+    code[secondOfTwo[index >> 4]] += signs & 2 ? 1 : -1;
+    return code;
+}
+
+template <class H>
+std::vector<int> filtered(const std::vector<int>& code, const H& h) {
+    std::vector<int> y(40);
+    for (int n = 0; n < 40; ++n) {
+        for (int i = 0; i <= n; ++i) {
+            y[n] += code[i] * static_cast<int>(h[n - i]);
+        }
+    }
+    return y;
+}
+
+TEST(VekTwoPulses, AreTheBestPairAndReadBack) {
+    atEveryLevel([] {
+        std::mt19937 random(4);
+        for (int round = 0; round < 60; ++round) {
+            Problem p(random);
+            double most = 0;
+            for (const int i : firstOfTwo) {
+                for (const int j : secondOfTwo) {
+                    const double c = std::abs(p.d[i]) + std::abs(p.d[j]);
+                    const double cross = p.phi(i, j) * ((p.d[i] < 0) != (p.d[j] < 0) ? -1 : 1);
+                    most = std::max(most, c * c / (p.phi(i, i) + p.phi(j, j) + 2 * cross));
+                }
+            }
+            Samples code(40), y(40), realIndex(2);
+            Reals realCode(40), realY(40);
+            int16_t sign = 0;
+            int16_t index = 0;
+            ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729D_16s(p.target.data(), p.h.data(), code.data(), y.data(),
+                                                                     &sign, &index));
+            ASSERT_EQ(ones(code, 8192), decodeTwo(index, sign));
+            ASSERT_EQ(std::vector<int>(y.begin(), y.end()), filtered(decodeTwo(index, sign), p.h));
+            ASSERT_GE(p.merit(ones(code, 8192)), 0.995 * most);
+            ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729D_32f(p.realD.data(), p.real.data(), p.realH.data(),
+                                                                     realCode.data(), realY.data(), realIndex.data()));
+            ASSERT_EQ(ones(realCode, 1), decodeTwo(realIndex[0], realIndex[1]));
+            ASSERT_EQ(ones(realY, 1), filtered(decodeTwo(realIndex[0], realIndex[1]), p.h));
+            ASSERT_GE(p.merit(realCode), 0.99999 * most);
+        }
+    });
+}
+
+TEST(VekTwoPulses, OnOnePositionAddUp) {
+    Samples h(40), target(40), code(40), y(40);
+    h[0] = 4096;
+    target[6] = 1000;
+    for (size_t i = 0; i < 40; ++i) {
+        target[i] = i == 6 ? 2000 : 1;
+    }
+    int16_t sign = 0;
+    int16_t index = 0;
+    ASSERT_EQ(vekStsNoErr,
+              veksFixedCodebookSearch_G729D_16s(target.data(), h.data(), code.data(), y.data(), &sign, &index));
+    // The same merit as one pulse and nothing else, more than with any other: 4 c c / 4 e.
+    EXPECT_EQ(16382, code[6]);
+    EXPECT_EQ(8192, y[6]);
+    EXPECT_EQ(3, sign);
+    EXPECT_EQ(3 + 16 * 21, index);
+}
+
+TEST(VekTwoPulses, RefuseNull) {
+    Samples x(40, 3), h(40, 4), code(40, 5), y(40, 6), index(2, 7);
+    Reals f(616, 1);
+    int16_t sign = 8;
+    const auto two = veksFixedCodebookSearch_G729D_16s;
+    EXPECT_EQ(vekStsNullPtrErr, two(nullptr, h.data(), code.data(), y.data(), &sign, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, two(x.data(), nullptr, code.data(), y.data(), &sign, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, two(x.data(), h.data(), nullptr, y.data(), &sign, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, two(x.data(), h.data(), code.data(), nullptr, &sign, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, two(x.data(), h.data(), code.data(), y.data(), nullptr, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, two(x.data(), h.data(), code.data(), y.data(), &sign, nullptr));
+    float* g = f.data();
+    const auto real = veksFixedCodebookSearch_G729D_32f;
+    EXPECT_EQ(vekStsNullPtrErr, real(nullptr, g, g, g, g, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, real(g, nullptr, g, g, g, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, real(g, g, nullptr, g, g, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, real(g, g, g, nullptr, g, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, real(g, g, g, g, nullptr, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, real(g, g, g, g, g, nullptr));
+    EXPECT_EQ(Samples(40, 5), code);
+    EXPECT_EQ(Samples(40, 6), y);
+    EXPECT_EQ(Samples(2, 7), index);
+    EXPECT_EQ(Reals(616, 1), f);
+}
+
+// The pulses of a word: each has the sign of the one before it unless it lies below it.
+void addWord(int word, int count, int track, std::vector<int>& code) {
+    int sign = word >> (3 * count) & 1 ? 1 : -1;
+    int last = -1;
+    for (int n = 0; n < count; ++n) {
+        const int at = word >> (3 * n) & 7;
+        sign = at < last ? -sign : sign;
+        code[5 * at + track] += sign;
+        last = at;
+    }
+}
+
+std::vector<int> decodeMany(int mode, const Samples& words) {
+    std::vector<int> code(40);
+    const int first = mode == 0 ? 0 : words[0] >> 10;
+    for (int n = 0; n < 5; ++n) {
+        addWord(words[n] & 1023, mode == 1 && n < 2 ? 3 : 2, (first + n) % 5, code);
+    }
+    return code;
+}
+
+TEST(VekManyPulses, ReadBackFromTheirWordsAndMatchTheTarget) {
+    atEveryLevel([] {
+        std::mt19937 random(5);
+        for (int round = 0; round < 300; ++round) {
+            Problem p(random);
+            const Samples residual = noise(random, 40, -2000, 2000);
+            const Reals realTarget(p.target.begin(), p.target.end());
+            const Reals realResidual(residual.begin(), residual.end());
+            for (int mode = 0; mode < 2; ++mode) {
+                Samples code(40), y(40), words(5);
+                Reals realCode(40), realY(40);
+                ASSERT_EQ(vekStsNoErr,
+                          veksFixedCodebookSearch_G729E_16s(mode, p.target.data(), residual.data(), p.h.data(),
+                                                            code.data(), y.data(), words.data()));
+                const std::vector<int> back = decodeMany(mode, words);
+                ASSERT_EQ(ones(code, 8192), back);
+                ASSERT_EQ(std::vector<int>(y.begin(), y.end()), filtered(back, p.h));
+                int pulses = 0;
+                for (const int v : back) {
+                    pulses += std::abs(v);
+                }
+                ASSERT_EQ(mode == 0 ? 10 : 12, pulses);
+                ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729E_32f(mode, realTarget.data(), realResidual.data(),
+                                                                         p.realH.data(), realCode.data(), realY.data(),
+                                                                         words.data()));
+                ASSERT_EQ(ones(realCode, 1), decodeMany(mode, words));
+                ASSERT_EQ(ones(realY, 1), filtered(decodeMany(mode, words), p.h));
+                ASSERT_NEAR(1, p.merit(realCode) / p.merit(ones(code, 8192)), 0.35);
+            }
+        }
+    });
+}
+
+TEST(VekManyPulses, MorePulsesMatchBetter) {
+    std::mt19937 random(6);
+    double two = 0;
+    double ten = 0;
+    double twelve = 0;
+    for (int round = 0; round < 100; ++round) {
+        Problem p(random);
+        Samples code(40), y(40), words(5);
+        int16_t sign = 0;
+        veksFixedCodebookSearch_G729D_16s(p.target.data(), p.h.data(), code.data(), y.data(), &sign, words.data());
+        two += p.merit(ones(code, 8192));
+        veksFixedCodebookSearch_G729E_16s(0, p.target.data(), p.target.data(), p.h.data(), code.data(), y.data(),
+                                          words.data());
+        ten += p.merit(ones(code, 8192));
+        veksFixedCodebookSearch_G729E_16s(1, p.target.data(), p.target.data(), p.h.data(), code.data(), y.data(),
+                                          words.data());
+        twelve += p.merit(ones(code, 8192));
+    }
+    EXPECT_GT(ten, 1.8 * two);
+    EXPECT_GT(twelve, 1.01 * ten);
+}
+
+TEST(VekManyPulses, LoudTargetsAndResponsesSaturateWithoutHarm) {
+    for (int mode = 0; mode < 2; ++mode) {
+        Samples loud(40, 32767), code(40), y(40), words(5);
+        ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729E_16s(mode, loud.data(), loud.data(), loud.data(),
+                                                                 code.data(), y.data(), words.data()));
+        EXPECT_EQ(ones(code, 8192), decodeMany(mode, words));
+        EXPECT_EQ(32767, y[39]);
+        const Samples none(40);
+        ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729E_16s(mode, none.data(), none.data(), none.data(),
+                                                                 code.data(), y.data(), words.data()));
+        EXPECT_EQ(ones(code, 8192), decodeMany(mode, words));
+        EXPECT_EQ(none, y);
+    }
+}
+
+TEST(VekManyPulses, RefuseNullAndOtherModes) {
+    Samples x(40, 3), code(40, 5), y(40, 6), words(5, 7);
+    Reals f(40, 1);
+    const auto many = veksFixedCodebookSearch_G729E_16s;
+    EXPECT_EQ(vekStsNullPtrErr, many(0, nullptr, x.data(), x.data(), code.data(), y.data(), words.data()));
+    EXPECT_EQ(vekStsNullPtrErr, many(0, x.data(), nullptr, x.data(), code.data(), y.data(), words.data()));
+    EXPECT_EQ(vekStsNullPtrErr, many(0, x.data(), x.data(), nullptr, code.data(), y.data(), words.data()));
+    EXPECT_EQ(vekStsNullPtrErr, many(0, x.data(), x.data(), x.data(), nullptr, y.data(), words.data()));
+    EXPECT_EQ(vekStsNullPtrErr, many(0, x.data(), x.data(), x.data(), code.data(), nullptr, words.data()));
+    EXPECT_EQ(vekStsNullPtrErr, many(0, x.data(), x.data(), x.data(), code.data(), y.data(), nullptr));
+    EXPECT_EQ(vekStsModeErr, many(-1, x.data(), x.data(), x.data(), code.data(), y.data(), words.data()));
+    EXPECT_EQ(vekStsModeErr, many(2, x.data(), x.data(), x.data(), code.data(), y.data(), words.data()));
+    float* g = f.data();
+    const auto real = veksFixedCodebookSearch_G729E_32f;
+    EXPECT_EQ(vekStsNullPtrErr, real(0, nullptr, g, g, g, g, words.data()));
+    EXPECT_EQ(vekStsNullPtrErr, real(0, g, g, g, g, g, nullptr));
+    EXPECT_EQ(vekStsModeErr, real(2, g, g, g, g, g, words.data()));
+    EXPECT_EQ(Samples(40, 5), code);
+    EXPECT_EQ(Samples(40, 6), y);
+    EXPECT_EQ(Samples(5, 7), words);
+    EXPECT_EQ(Reals(40, 1), f);
+}
+
+} // namespace

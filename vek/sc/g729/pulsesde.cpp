@@ -1,0 +1,241 @@
+// Pulse searches of G.729 Annex D (two pulses) and Annex E (ten and twelve), with their codewords.
+#include <algorithm>
+#include <type_traits>
+#include <utility>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/pulsesearch.h"
+#include "sc/common/signal_check.h"
+#include "veksc_g729code.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::pulses;
+
+constexpr int kTracks = 5;
+
+// Annex D: the positions of the two pulses by their codes, neighbours differing in one bit.
+constexpr int kFirstPositions[16] = {1, 3, 8, 6, 18, 16, 11, 13, 38, 36, 31, 33, 21, 23, 28, 26};
+constexpr int kSecondPositions[32] = {0,  2,  5,  4,  12, 10, 7,  9,  25, 24, 20, 22, 14, 15, 19, 17,
+                                      36, 31, 21, 26, 1,  6,  16, 11, 27, 29, 32, 30, 39, 37, 34, 35};
+
+struct TwoPulses {
+    int first = 0; // codes
+    int second = 0;
+
+    int index() const { return first + 16 * second; }
+};
+
+// All pairs; rr(i, j) is the matrix with the signs.
+template <class Value, class Matrix>
+TwoPulses searchTwo(const Value* d, Matrix rr) {
+    double square = -1;
+    double energy = 1;
+    TwoPulses best;
+    for (int a = 0; a < 16; ++a) {
+        const int i = kFirstPositions[a];
+        for (int b = 0; b < 32; ++b) {
+            const int j = kSecondPositions[b];
+            const double c = static_cast<double>(d[i]) + static_cast<double>(d[j]);
+            const double e =
+                static_cast<double>(rr(i, i)) + static_cast<double>(rr(j, j)) + 2 * static_cast<double>(rr(i, j));
+            if (c * c * energy > square * e) {
+                square = c * c;
+                energy = e;
+                best = {a, b};
+            }
+        }
+    }
+    return best;
+}
+
+template <class Value>
+int deliverTwo(const TwoPulses& two, const signed char* sign, const Value* h, Value* code, Value* filtered) {
+    std::fill_n(code, kSub, Value{0});
+    std::fill_n(filtered, kSub, Value{0});
+    int signs = 0;
+    const int positions[] = {kFirstPositions[two.first], kSecondPositions[two.second]};
+    for (int n = 0; n < 2; ++n) {
+        const int at = positions[n];
+        if constexpr (std::is_same_v<Value, Vek32f>) {
+            code[at] += sign[at] > 0 ? 1.0F : -1.0F;
+        } else {
+            code[at] = static_cast<Value>(code[at] + (sign[at] > 0 ? 8191 : -8192));
+        }
+        signs |= sign[at] > 0 ? 1 << n : 0;
+        addResponse(h, at, sign[at], filtered);
+    }
+    return signs;
+}
+
+// Annex E: the pulses of a track as a word. They stand in the one order, or one of the orders, in which a pulse lies
+// below the one before it exactly where the sign changes; there is such an order for up to three pulses.
+int word(const int* positions, int count, const signed char* sign) {
+    int p[3] = {positions[0], positions[1], count > 2 ? positions[2] : kSub};
+    for (const auto& [low, high] : {std::pair{0, 1}, {1, 2}, {0, 1}}) {
+        if (p[low] > p[high]) {
+            std::swap(p[low], p[high]);
+        }
+    }
+    const auto ordered = [&] {
+        for (int n = 1; n < count; ++n) {
+            if ((p[n] < p[n - 1]) != (sign[p[n]] != sign[p[n - 1]])) {
+                return false;
+            }
+        }
+        return true;
+    };
+    while (!ordered() && std::next_permutation(p, p + count)) {
+    }
+    int code = sign[p[0]] > 0 ? 1 : 0;
+    for (int n = count - 1; n >= 0; --n) {
+        code = 8 * code + p[n] / kTracks;
+    }
+    return code;
+}
+
+void deliverWords(const int* positions, int pulses, int firstTrack, const signed char* sign, Vek16s* index) {
+    int on[kTracks][3];
+    int count[kTracks] = {};
+    for (int n = 0; n < pulses; ++n) {
+        const int t = positions[n] % kTracks;
+        on[t][count[t]++] = positions[n];
+    }
+    const bool twelve = pulses == kMostPulses;
+    for (int n = 0; n < kTracks; ++n) {
+        const int t = twelve ? (firstTrack + n) % kTracks : n;
+        index[n] = static_cast<Vek16s>(word(on[t], count[t], sign));
+    }
+    if (twelve) {
+        index[0] = static_cast<Vek16s>(index[0] + 1024 * firstTrack);
+    }
+}
+
+void correlation(const Vek16s* h, const Vek16s* x, int pulses, Vek16s* d) {
+    correlate(h, x, kTracks, pulses == kMostPulses ? 3 : 2, d);
+}
+
+void correlation(const Vek32f* h, const Vek32f* x, int /*pulses*/, Vek32f* d) {
+    for (int n = 0; n < kSub; ++n) {
+        float s = 0;
+        for (int i = n; i < kSub; ++i) {
+            s += x[i] * h[i - n];
+        }
+        d[n] = s;
+    }
+}
+
+template <class Value>
+VekStatus searchMany(int mode, const Value* target, const Value* residual, const Value* h, Value* code, Value* filtered,
+                     Vek16s* index) {
+    if (anyNull(target, residual, h, code, filtered) || anyNull(index)) {
+        return vekStsNullPtrErr;
+    }
+    if (mode < 0 || mode > 1) {
+        return vekStsModeErr;
+    }
+    const int pulses = mode == 0 ? 10 : kMostPulses;
+    Value d[kSub];
+    signed char sign[kSub];
+    Value rr[kSub][kSub];
+    Start start{};
+    correlation(h, target, pulses, d);
+    presetSigns(d, residual, kTracks, pulses, sign, start);
+    matrix(h, sign, rr);
+    int positions[kMostPulses];
+    search(d, rr, kTracks, pulses, start, positions);
+    deliverWords(positions, pulses, start.track[0], sign, index);
+    Value y[kSub] = {};
+    std::fill_n(code, kSub, Value{0});
+    for (int n = 0; n < pulses; ++n) {
+        const int at = positions[n];
+        addResponse(h, at, sign[at], y);
+        const Value one = std::is_same_v<Value, Vek32f> ? Value{1} : static_cast<Value>(8192);
+        code[at] = static_cast<Value>(sign[at] > 0 ? code[at] + one : code[at] - one);
+    }
+    std::copy_n(y, kSub, filtered);
+    return vekStsNoErr;
+}
+
+// Elements of the matrix of the four-pulse search, or null for the pairs that it lacks.
+Vek32f* element(Vek32f* matrix, int i, int j) {
+    constexpr int before[] = {0, 4, 7};
+    if (i % kTracks > j % kTracks) {
+        std::swap(i, j);
+    }
+    const int t = i % kTracks;
+    const int u = j % kTracks;
+    if (i == j) {
+        return matrix + 8 * t + i / kTracks;
+    }
+    return t == u || t == 3 ? nullptr : matrix + kSub + 64 * (before[t] + u - t - 1) + 8 * (i / kTracks) + j / kTracks;
+}
+
+} // namespace
+
+VekStatus veksFixedCodebookSearch_G729D_16s(const Vek16s* pSrcFixed, const Vek16s* pSrcImpulseResponse,
+                                            Vek16s* pDstFixedVector, Vek16s* pDstFltFixedVector, Vek16s* pDstSign,
+                                            Vek16s* pDstIndex) {
+    if (anyNull(pSrcFixed, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstSign, pDstIndex)) {
+        return vekStsNullPtrErr;
+    }
+    Vek16s d[kSub];
+    signed char sign[kSub];
+    Vek16s rr[kSub][kSub];
+    correlate(pSrcImpulseResponse, pSrcFixed, kTracks, 1, d);
+    for (int i = 0; i < kSub; ++i) {
+        sign[i] = d[i] >= 0 ? 1 : -1;
+        d[i] = fix::abs_s(d[i]);
+    }
+    matrix(pSrcImpulseResponse, sign, rr);
+    const TwoPulses two = searchTwo(d, [&](int i, int j) { return rr[i][j]; });
+    *pDstIndex = static_cast<Vek16s>(two.index());
+    *pDstSign = static_cast<Vek16s>(deliverTwo(two, sign, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector));
+    return vekStsNoErr;
+}
+
+VekStatus veksFixedCodebookSearch_G729D_32f(const Vek32f* pSrcFixed, Vek32f* pSrcDst, const Vek32f* pSrcImpulseResponse,
+                                            Vek32f* pDstFixedVector, Vek32f* pDstFltFixedVector,
+                                            Vek16s* pDstFixedIndex) {
+    if (anyNull(pSrcFixed, pSrcDst, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector) ||
+        anyNull(pDstFixedIndex)) {
+        return vekStsNullPtrErr;
+    }
+    Vek32f d[kSub];
+    signed char sign[kSub];
+    Vek32f rr[kSub][kSub];
+    for (int i = 0; i < kSub; ++i) {
+        sign[i] = pSrcFixed[i] >= 0 ? 1 : -1;
+        d[i] = sign[i] > 0 ? pSrcFixed[i] : -pSrcFixed[i];
+    }
+    matrix(pSrcImpulseResponse, sign, rr);
+    for (int i = 0; i < kSub; ++i) {
+        for (int j = i; j < kSub; ++j) {
+            if (Vek32f* e = element(pSrcDst, i, j)) {
+                *e = sign[i] == sign[j] ? *e : -*e;
+                rr[i][j] = *e;
+                rr[j][i] = *e;
+            }
+        }
+    }
+    const TwoPulses two = searchTwo(d, [&](int i, int j) { return rr[i][j]; });
+    pDstFixedIndex[0] = static_cast<Vek16s>(two.index());
+    pDstFixedIndex[1] =
+        static_cast<Vek16s>(deliverTwo(two, sign, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector));
+    return vekStsNoErr;
+}
+
+VekStatus veksFixedCodebookSearch_G729E_16s(int mode, const Vek16s* pSrcFixed, const Vek16s* pSrcLtpResidual,
+                                            const Vek16s* pSrcImpulseResponse, Vek16s* pDstFixedVector,
+                                            Vek16s* pDstFltFixedVector, Vek16s* pDstFixedIndex) {
+    return searchMany(mode, pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector,
+                      pDstFixedIndex);
+}
+
+VekStatus veksFixedCodebookSearch_G729E_32f(int mode, const Vek32f* pSrcFixed, const Vek32f* pSrcLtpResidual,
+                                            const Vek32f* pSrcImpulseResponse, Vek32f* pDstFixedVector,
+                                            Vek32f* pDstFltFixedVector, Vek16s* pDstFixedIndex) {
+    return searchMany(mode, pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector,
+                      pDstFixedIndex);
+}
