@@ -1,0 +1,113 @@
+// Search of the four pulses of G.729 and its Annex A.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc1;
+vkVector pTmp;
+vkVector pSrcDst;
+vkVector pDst;
+vkVector ind;
+krStepIterator<int> lenght;
+krStepIterator<int> lenght_srcdst;
+krStepIterator<int> subFrame;
+vkcGrid grid;
+Vek16s pSearchTimes;
+int dataSize;
+
+class TimCdbk : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual bool setData();
+};
+
+bool TimCdbk::canStart() {
+    vkcRebuild(lenght, "lenght").setList({40});
+    vkcRebuild(lenght_srcdst, "lenght_srcdst").setList({616});
+    vkcRebuild(subFrame, "subFrame");
+    // The depth-first search does not know of subframes.
+    if (m_func.contains("G729A")) {
+        subFrame.setList({1});
+    } else {
+        subFrame.set(0, 1, 1, '+');
+    }
+    grid.begin({&lenght, &lenght_srcdst, &subFrame});
+    const vkType element = m_func.contains("_32f") ? vk32f : vk16s;
+    const vkType matrix = m_func.contains("_32s16s") ? vk32s : element;
+    pSrc1.init(element);
+    pTmp.init(matrix);
+    pSrcDst.init(matrix);
+    pDst.init(element);
+    ind.init(vk16s);
+    return true;
+}
+
+bool TimCdbk::setData() {
+    if (m_func.contains("_32f")) {
+        return veksToeplizMatrix_G729_32f(pSrc1.m_32f, pTmp.m_32f) == vekStsNoErr;
+    }
+    if (m_func.contains("_32s16s")) {
+        return veksToeplizMatrix_G729_16s32s(pSrc1.m_16s, pTmp.m_32s) == vekStsNoErr;
+    }
+    // The narrow matrix is the upper half of the wide one.
+    Vek32s wide[616];
+    if (veksToeplizMatrix_G729_16s32s(pSrc1.m_16s, wide) != vekStsNoErr) {
+        return false;
+    }
+    for (int i = 0; i < lenght_srcdst.value(); ++i) {
+        pTmp.m_16s[i] = static_cast<Vek16s>(wide[i] >> 16);
+    }
+    return true;
+}
+
+bool TimCdbk::canContinue() {
+    if (!grid.next(m_isFirst) || !pSrc1.createVector(lenght.value(), setRand, 0, 4096) ||
+        !pTmp.createVector(lenght_srcdst.value(), setRand, 0, 4096) ||
+        !pSrcDst.createVector(lenght_srcdst.value(), setZero, 0, 0) ||
+        !pDst.createVector(lenght.value(), setZero, 0, 0) || !ind.createVector(2, setZero, 0, 0)) {
+        return false;
+    }
+    const bool narrow = !m_func.contains("_32f") && !m_func.contains("_32s16s");
+    dataSize = lenght_srcdst.value() * static_cast<int>(narrow ? sizeof(Vek16s) : sizeof(Vek32s));
+    pSearchTimes = 0;
+    return setData();
+}
+
+void TimCdbk::flushData() {
+    for (vkVector* vector : {&ind, &pDst, &pSrcDst, &pTmp, &pSrc1}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729_32f,
+         veksFixedCodebookSearch_G729_32f(pSrc1.m_32f, pSrcDst.m_32f, pDst.m_32f, ind.m_16s, &pSearchTimes,
+                                          static_cast<Vek16s>(subFrame.value())),
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
+VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729A_32f,
+         veksFixedCodebookSearch_G729A_32f(pSrc1.m_32f, pSrcDst.m_32f, pDst.m_32f, ind.m_16s),
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
+VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729A_16s,
+         veksFixedCodebookSearch_G729A_16s(pSrc1.m_16s, pSrcDst.m_16s, pDst.m_16s, ind.m_16s),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
+VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729_16s,
+         veksFixedCodebookSearch_G729_16s(pSrc1.m_16s, pSrcDst.m_16s, pDst.m_16s, ind.m_16s, &pSearchTimes,
+                                          static_cast<Vek16s>(subFrame.value())),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
+VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729A_32s16s,
+         veksFixedCodebookSearch_G729A_32s16s(pSrc1.m_16s, pSrcDst.m_32s, pDst.m_16s, ind.m_16s),
+         vkcRestore(pSrcDst.m_32s, pTmp.m_32s, dataSize))
+VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729_32s16s,
+         veksFixedCodebookSearch_G729_32s16s(pSrc1.m_16s, pSrcDst.m_32s, pDst.m_16s, ind.m_16s, &pSearchTimes,
+                                             static_cast<Vek16s>(subFrame.value())),
+         vkcRestore(pSrcDst.m_32s, pTmp.m_32s, dataSize))

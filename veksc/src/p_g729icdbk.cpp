@@ -1,0 +1,98 @@
+// Pulse searches of G.729 Annexes D and E.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcFixed;
+vkVector pSrcLtpResidual;
+vkVector pSrcImpulseResponse;
+vkVector pDstFixedVector;
+vkVector pDstFltFixedVector;
+vkVector pDstFixedIndex;
+vkVector pTmp;
+vkVector pSrcDst;
+krStepIterator<int> mode;
+vkcGrid grid;
+Vek16s pDstSign;
+Vek16s dstIndex;
+int dataSize;
+
+constexpr int subframe = 40;
+constexpr int matrixSize = 616;
+
+class TimICdbk : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return subframe; }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual bool setData();
+};
+
+bool TimICdbk::canStart() {
+    vkcRebuild(mode, "mode");
+    if (m_func.contains("G729E")) {
+        mode.set(0, 1, 1, '+');
+    } else {
+        mode.setList({1});
+    }
+    grid.begin({&mode});
+    const vkType element = m_func.contains("_32f") ? vk32f : vk16s;
+    for (vkVector* vector :
+         {&pSrcFixed, &pSrcLtpResidual, &pSrcImpulseResponse, &pDstFixedVector, &pDstFltFixedVector, &pTmp, &pSrcDst}) {
+        vector->init(element);
+    }
+    pDstFixedIndex.init(vk16s);
+    return true;
+}
+
+// The matrix of the response, for the search that takes one.
+bool TimICdbk::setData() {
+    return m_func.contains("_32f") ? veksToeplizMatrix_G729_32f(pSrcImpulseResponse.m_32f, pTmp.m_32f) == vekStsNoErr
+                                   : veksToeplizMatrix_G729_16s(pSrcImpulseResponse.m_16s, pTmp.m_16s) == vekStsNoErr;
+}
+
+bool TimICdbk::canContinue() {
+    if (!grid.next(m_isFirst) || !pSrcFixed.createVector(subframe, setRand, -4096, 4096) ||
+        !pSrcLtpResidual.createVector(subframe, setRand, -4096, 4096) ||
+        !pSrcImpulseResponse.createVector(subframe, setRand, -4096, 4096) ||
+        !pDstFixedVector.createVector(subframe, setZero, 0, 0) ||
+        !pDstFltFixedVector.createVector(subframe, setZero, 0, 0) || !pDstFixedIndex.createVector(5, setZero, 0, 0) ||
+        !pTmp.createVector(matrixSize, setRand, 0, 4096) || !pSrcDst.createVector(matrixSize, setZero, 0, 0)) {
+        return false;
+    }
+    dataSize = matrixSize * static_cast<int>(m_func.contains("_32f") ? sizeof(Vek32f) : sizeof(Vek16s));
+    return setData();
+}
+
+void TimICdbk::flushData() {
+    for (vkVector* vector : {&pSrcDst, &pTmp, &pDstFixedIndex, &pDstFltFixedVector, &pDstFixedVector,
+                             &pSrcImpulseResponse, &pSrcLtpResidual, &pSrcFixed}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG_I(TimICdbk, veksFixedCodebookSearch_G729E_32f,
+         veksFixedCodebookSearch_G729E_32f(mode.value(), pSrcFixed.m_32f, pSrcLtpResidual.m_32f,
+                                           pSrcImpulseResponse.m_32f, pDstFixedVector.m_32f, pDstFltFixedVector.m_32f,
+                                           pDstFixedIndex.m_16s),
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
+VK_REG_I(TimICdbk, veksFixedCodebookSearch_G729D_32f,
+         veksFixedCodebookSearch_G729D_32f(pSrcFixed.m_32f, pSrcDst.m_32f, pSrcImpulseResponse.m_32f,
+                                           pDstFixedVector.m_32f, pDstFltFixedVector.m_32f, pDstFixedIndex.m_16s),
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
+VK_REG(TimICdbk, veksFixedCodebookSearch_G729E_16s,
+       veksFixedCodebookSearch_G729E_16s(mode.value(), pSrcFixed.m_16s, pSrcLtpResidual.m_16s,
+                                         pSrcImpulseResponse.m_16s, pDstFixedVector.m_16s, pDstFltFixedVector.m_16s,
+                                         pDstFixedIndex.m_16s))
+VK_REG(TimICdbk, veksFixedCodebookSearch_G729D_16s,
+       veksFixedCodebookSearch_G729D_16s(pSrcFixed.m_16s, pSrcImpulseResponse.m_16s, pDstFixedVector.m_16s,
+                                         pDstFltFixedVector.m_16s, &pDstSign, &dstIndex))

@@ -1,0 +1,78 @@
+// Gains of G.729 Annexes D and I: quantiser, and decoder for lost frames.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc1;
+vkVector pSrc2;
+vkVector pSrc3;
+vkVector pSrc4;
+vkVector pPastEnergy;
+vkVector quaIndex;
+vkVector pGain;
+krStepIterator<int> tameflag;
+vkcGrid grid;
+Vek16s pDstQGain[2];
+Vek16s indx[2];
+Vek32s energy;
+
+constexpr Vek16s valGainAttenuation = 32113; // 0.98
+constexpr int subframe = 40;
+
+class TimGainQnte : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return subframe; }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual void setData();
+};
+
+bool TimGainQnte::canStart() {
+    vkcRebuild(tameflag, "tameflag").set(0, 1, 1, '+');
+    grid.begin({&tameflag});
+    for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4, &pPastEnergy, &quaIndex, &pGain}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+void TimGainQnte::setData() {
+    for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
+        vector->m_16s[0] = 4096;
+    }
+}
+
+bool TimGainQnte::canContinue() {
+    if (!grid.next(m_isFirst) || !pPastEnergy.createVector(4, setRand, 1, 512) ||
+        !quaIndex.createVector(2, setOne, 0, 0) || !pGain.createVector(2, setRand, 1, 512)) {
+        return false;
+    }
+    for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
+        if (!vector->createVector(subframe, setRand, 1, 512)) {
+            return false;
+        }
+    }
+    setData();
+    return veksDotProd_G729A_16s32s(pSrc3.m_16s, pSrc3.m_16s, subframe, &energy) == vekStsNoErr;
+}
+
+void TimGainQnte::flushData() {
+    for (vkVector* vector : {&pGain, &quaIndex, &pPastEnergy, &pSrc4, &pSrc3, &pSrc2, &pSrc1}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimGainQnte, veksDecodeGain_G729I_16s,
+       veksDecodeGain_G729I_16s(energy, valGainAttenuation, pPastEnergy.m_16s, quaIndex.m_16s, pGain.m_16s))
+VK_REG(TimGainQnte, veksGainQuant_G729D_16s,
+       veksGainQuant_G729D_16s(pSrc1.m_16s, pSrc2.m_16s, pSrc3.m_16s, pSrc4.m_16s, pPastEnergy.m_16s, pDstQGain, indx,
+                               static_cast<Vek16s>(tameflag.value())))
