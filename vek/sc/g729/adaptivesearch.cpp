@@ -8,6 +8,7 @@
 #include "sc/kernels/corr.h"
 #include "veksc_filter.h"
 #include "veksc_g729pitch.h"
+#include "veksc_g729post.h"
 
 using namespace vek;
 using namespace vek::fix;
@@ -90,6 +91,41 @@ Vek16s between(const Vek16s* x, int thirds) {
     return round_s(sum);
 }
 
+struct Delay {
+    int whole;
+    int thirds;
+};
+
+// The best delay of the range: the whole one, and its thirds below 85 or where `always` asks for them. `coarse` has
+// thirds only around the middle of the range, as four bits tell them.
+Delay closedLoop(const Vek16s* exc, const Vek16s* target, const Vek16s* h, const Range& range, bool always,
+                 bool coarse) {
+    Vek16s correlations[kMostDelays];
+    normalisedCorrelations(exc, target, h, range.first - kMargin, range.last + kMargin, correlations);
+    const Vek16s* at = correlations + kMargin - range.first;
+    int delay = range.first;
+    for (int i = range.first + 1; i <= range.last; ++i) {
+        if (at[i] >= at[delay]) {
+            delay = i;
+        }
+    }
+    const int from = coarse ? delay - (range.last - 4) : 0;
+    if (from < -2 || from > 1 || (!always && !coarse && delay > kLastThird)) {
+        return {delay, 0};
+    }
+    int thirds = from == -2 ? 0 : -2;
+    const int last = from == 1 ? 0 : 2;
+    Vek16s best = between(at + delay, thirds);
+    for (int i = thirds + 1; i <= last; ++i) {
+        const Vek16s value = between(at + delay, i);
+        if (value > best) {
+            best = value;
+            thirds = i;
+        }
+    }
+    return thirds == -2 ? Delay{delay - 1, 1} : thirds == 2 ? Delay{delay + 1, -1} : Delay{delay, thirds};
+}
+
 VekStatus check(int open, const Vek16s* target, const Vek16s* h, const Vek16s* exc, const Vek16s* delay,
                 const Vek16s* vector, int subFrame) {
     if (anyNull(target, h, exc, delay, vector)) {
@@ -160,37 +196,26 @@ VekStatus veksAdaptiveCodebookSearch_G729_16s(Vek16s valOpenDelay, const Vek16s*
     }
     Vek16s* exc = pSrcDstPrevExcitation + kPastExcitation;
     const Range range(valOpenDelay, subFrame);
-    Vek16s correlations[kMostDelays];
-    normalisedCorrelations(exc, pSrcAdptTarget, pSrcImpulseResponse, range.first - kMargin, range.last + kMargin,
-                           correlations);
-    const Vek16s* at = correlations + kMargin - range.first;
-    int delay = range.first;
-    for (int i = range.first + 1; i <= range.last; ++i) {
-        if (at[i] >= at[delay]) {
-            delay = i;
-        }
+    const Delay found = closedLoop(exc, pSrcAdptTarget, pSrcImpulseResponse, range, subFrame == 1, false);
+    adaptiveVector(exc, found.whole, found.thirds);
+    deliver(found.whole, found.thirds, exc, pDstDelay, pDstAdptVector);
+    return vekStsNoErr;
+}
+
+VekStatus veksAdaptiveCodebookSearch_G729D_16s(Vek16s valOpenDelay, const Vek16s* pSrcAdptTarget,
+                                               const Vek16s* pSrcImpulseResponse, Vek16s* pSrcDstPrevExcitation,
+                                               Vek16s subFrame, Vek16s* pDstDelay) {
+    const VekStatus status = check(valOpenDelay, pSrcAdptTarget, pSrcImpulseResponse, pSrcDstPrevExcitation, pDstDelay,
+                                   pSrcDstPrevExcitation, subFrame);
+    if (status != vekStsNoErr) {
+        return status;
     }
-    int thirds = 0;
-    if (subFrame == 1 || delay <= kLastThird) {
-        thirds = -2;
-        Vek16s best = between(at + delay, thirds);
-        for (int i = -1; i <= 2; ++i) {
-            const Vek16s value = between(at + delay, i);
-            if (value > best) {
-                best = value;
-                thirds = i;
-            }
-        }
-        if (thirds == -2) {
-            thirds = 1;
-            --delay;
-        } else if (thirds == 2) {
-            thirds = -1;
-            ++delay;
-        }
-    }
-    adaptiveVector(exc, delay, thirds);
-    deliver(delay, thirds, exc, pDstDelay, pDstAdptVector);
+    Vek16s* exc = pSrcDstPrevExcitation + kPastExcitation;
+    const Range range(valOpenDelay, subFrame);
+    const Delay found = closedLoop(exc, pSrcAdptTarget, pSrcImpulseResponse, range, false, subFrame == 1);
+    adaptiveVector(exc, found.whole, found.thirds);
+    pDstDelay[0] = static_cast<Vek16s>(found.whole);
+    pDstDelay[1] = static_cast<Vek16s>(found.thirds);
     return vekStsNoErr;
 }
 

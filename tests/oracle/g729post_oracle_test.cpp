@@ -1,0 +1,180 @@
+// Post filters, analysis and searches of G.729 against independent open codecs.
+// Their step functions are in no public header: they are declared here, and the package's header tells whether to link.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "veksc.h"
+
+#if __has_include(<bcg729/decoder.h>)
+#define ORACLE_BCG729 1
+extern "C" {
+void initPostFilter(void* channel);
+void postFilter(void* channel, int16_t* lpc, int16_t* speech, int16_t delay, int subframe, int16_t* out);
+void computeLP(int16_t* signal, int16_t* lpc, int32_t* reflection, int32_t* windowed, int32_t* plain, int8_t* scale,
+               uint8_t count);
+uint16_t findOpenLoopPitchDelay(int16_t* signal);
+}
+#endif
+
+#if __has_include(<opencore-amrnb/interf_enc.h>)
+#define ORACLE_AMRNB 1
+extern "C" {
+int16_t Pitch_fr(int16_t* lastDelay, int mode, int16_t* open, int16_t* excitation, int16_t* target, int16_t* h,
+                 int16_t n, int16_t offset, int16_t* fraction, int16_t* thirds, int16_t* index, int* overflow);
+}
+#endif
+
+namespace {
+
+using Samples = std::vector<int16_t>;
+
+[[maybe_unused]] Samples noise(std::mt19937& random, int n, int low, int high) {
+    std::uniform_int_distribution<int> pick(low, high);
+    Samples v(static_cast<size_t>(n));
+    for (int16_t& e : v) {
+        e = static_cast<int16_t>(pick(random));
+    }
+    return v;
+}
+
+TEST(PostFilterOracle, TheChainOfAnnexAStaysByTheG729Codec) {
+#ifdef ORACLE_BCG729
+    std::mt19937 random(1);
+    // The other codec's channel state is in no header: there is room for all of it.
+    std::vector<int64_t> channel(4096);
+    initPostFilter(channel.data());
+    Samples lpc = {4096, -5200, 1900, 1300, -900, -500, 800, -300, -200, 200, -50};
+    Samples speech(10 + 40);
+    Samples residual(194);
+    Samples harmonic(41);
+    Samples out(50);
+    int16_t gain = 4096;
+    Samples past(400);
+    int near = 0;
+    // The other codec rounds where the published arithmetic cuts off.
+    constexpr int rounds = 600;
+    for (int round = 0; round < rounds; ++round) {
+        if (round % 8 == 0) {
+            for (size_t i = 1; i < 11; ++i) {
+                lpc[i] = static_cast<int16_t>(lpc[i] * 0.97 + noise(random, 1, -20, 20)[0]);
+            }
+        }
+        const auto period = static_cast<size_t>(25 + (round / 8 * 13) % 115);
+        for (int i = 0; i < 40; ++i) {
+            double v = noise(random, 1, -250, 250)[0] + 0.75 * past[past.size() - period];
+            past.push_back(static_cast<int16_t>(std::max(-20000.0, std::min(20000.0, v))));
+        }
+        std::copy(speech.begin() + 40, speech.end(), speech.begin());
+        std::copy(past.end() - 40, past.end(), speech.begin() + 10);
+        Samples theirs(40);
+        postFilter(channel.data(), lpc.data() + 1, speech.data() + 10, static_cast<int16_t>(period), round % 2 * 40,
+                   theirs.data());
+
+        Samples level(speech.begin() + 10, speech.end());
+        ASSERT_EQ(vekStsNoErr, veksLongTermPostFilter_G729A_16s(static_cast<int16_t>(period), speech.data() + 10,
+                                                                lpc.data(), residual.data(), harmonic.data() + 1));
+        ASSERT_EQ(vekStsNoErr, veksTiltCompensation_G729A_16s(lpc.data(), harmonic.data() + 1));
+        std::copy(out.begin() + 40, out.end(), out.begin());
+        ASSERT_EQ(vekStsNoErr, veksShortTermPostFilter_G729A_16s(lpc.data(), harmonic.data() + 1, out.data() + 10));
+        Samples ours(out.begin() + 10, out.end());
+        ASSERT_EQ(vekStsNoErr, veksGainControl_G729A_16s_I(level.data(), ours.data(), &gain));
+        std::copy(residual.begin() + 40, residual.end(), residual.begin());
+        int far = 0;
+        for (size_t i = 0; i < 40; ++i) {
+            far = std::max(far, std::abs(theirs[i] - ours[i]));
+        }
+        near += far <= 8 ? 1 : 0;
+    }
+    EXPECT_GE(near, rounds * 97 / 100);
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+TEST(AnalysisOracle, ThirteenLagsAreThoseOfTheG729Codec) {
+#ifdef ORACLE_BCG729
+    std::mt19937 random(2);
+    for (const int high : {20, 300, 4000, 32767}) {
+        for (int round = 0; round < 50; ++round) {
+            Samples x = noise(random, 240, -high, high);
+            int16_t lpc[10];
+            int32_t reflection[10];
+            int32_t windowed[13];
+            int32_t plain[13];
+            int8_t scale = 0;
+            computeLP(x.data(), lpc, reflection, windowed, plain, &scale, 13);
+            int16_t exponent = 0;
+            int32_t got[13];
+            ASSERT_EQ(vekStsNoErr, veksAutoCorr_G729B(x.data(), &exponent, got));
+            for (int k = 0; k < 13; ++k) {
+                const double theirs = std::ldexp(plain[k], -scale);
+                const double ours = std::ldexp(got[k], exponent - 2);
+                ASSERT_NEAR(theirs / std::ldexp(plain[0], -scale), ours / std::ldexp(got[0], exponent - 2), 1e-3);
+                ASSERT_NEAR(theirs, ours, 1e-3 * std::ldexp(plain[0], -scale) + 1);
+            }
+        }
+    }
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+TEST(OpenLoopOracle, TheFloatingSearchFindsTheDelaysOfTheG729Codec) {
+#ifdef ORACLE_BCG729
+    std::mt19937 random(3);
+    int equal = 0;
+    for (int round = 0; round < 400; ++round) {
+        Samples x = noise(random, 223, -3000, 3000);
+        const auto period = static_cast<size_t>(noise(random, 1, 20, 143)[0]);
+        for (size_t i = period; i < x.size(); ++i) {
+            x[i] = static_cast<int16_t>(x[i] / 4 + 0.8 * x[i - period]);
+        }
+        const std::vector<float> y(x.begin(), x.end());
+        int lag = 0;
+        ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729A_32f(y.data() + 143, &lag));
+        equal += lag == findOpenLoopPitchDelay(x.data() + 143) ? 1 : 0;
+    }
+    EXPECT_GE(equal, 394);
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+TEST(AdaptiveSearchOracle, TheFourBitGridFindsTheDelaysOfTheAmrCodecAt5900) {
+#ifdef ORACLE_AMRNB
+    std::mt19937 random(4);
+    int equal = 0;
+    for (int round = 0; round < 400; ++round) {
+        Samples x = noise(random, 194, -1000, 1000);
+        Samples target = noise(random, 40, -2000, 2000);
+        Samples h = noise(random, 40, -700, 700);
+        h[0] = 4096;
+        Samples theirs = x;
+        const auto second = static_cast<int16_t>(round % 2);
+        int16_t open = noise(random, 1, 26, 138)[0];
+        int16_t last = open;
+        int16_t opens[2] = {open, open};
+        int16_t fraction = 0;
+        int16_t thirds = 0;
+        int16_t index = 0;
+        int overflow = 0;
+        const int16_t delay = Pitch_fr(&last, 2, opens, theirs.data() + 154, target.data(), h.data(), 40,
+                                       static_cast<int16_t>(40 * second), &fraction, &thirds, &index, &overflow);
+        int16_t got[2] = {};
+        ASSERT_EQ(vekStsNoErr,
+                  veksAdaptiveCodebookSearch_G729D_16s(open, target.data(), h.data(), x.data(), second, got));
+        equal += got[0] == delay && got[1] == fraction ? 1 : 0;
+    }
+    EXPECT_GE(equal, 390);
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
+#endif
+}
+
+} // namespace

@@ -1,0 +1,212 @@
+// Pitch and gain steps of the floating G.729: open-loop search over every second sample, maxima of correlations, gain
+// control.
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "sc/common/signal_check.h"
+#include "sc/kernels/corr.h"
+#include "sc/kernels/floatcorr.h"
+#include "veksc_g729post.h"
+
+using namespace vek;
+
+namespace {
+
+constexpr int kSubframe = 40;
+constexpr int kMaxLag = 143;
+constexpr int kHalfFrame = 40;
+constexpr int kHalfHistory = (kMaxLag + 1) / 2;
+constexpr int kDelays = 256;
+
+struct Peak {
+    int lag;
+    Vek32f value;
+};
+
+// Correlations of every second sample with those of each delay.
+class HalfSearch {
+public:
+    explicit HalfSearch(const Vek32f* x) {
+        m_even[0] = 0; // x[-144] is not there, and no delay reaches it
+        m_odd[0] = x[-kMaxLag];
+        for (int k = 1; k < kHalfHistory + kHalfFrame; ++k) {
+            m_even[k] = x[2 * (k - kHalfHistory)];
+            m_odd[k] = x[2 * (k - kHalfHistory) + 1];
+        }
+        // Delays 2m go over even samples, 2m - 1 over odd ones, both m down from kHalfHistory - 1.
+        const FloatCorrKernels& kernels = floatCorrKernels();
+        Vek32f sums[kHalfHistory];
+        kernels.corr32f(now(), m_even + 1, kHalfFrame, kHalfHistory - 10, sums);
+        for (int m = 10; m < kHalfHistory; ++m) {
+            m_sums[2 * m] = sums[kHalfHistory - 1 - m];
+        }
+        // Above 80 the odd delays are tried beside the best one only, which is cheaper alone.
+        kernels.corr32f(now(), m_odd + kHalfHistory - 40, kHalfFrame, 30, sums);
+        for (int m = 11; m <= 40; ++m) {
+            m_sums[2 * m - 1] = sums[40 - m];
+        }
+    }
+
+    Peak peak(int shortest, int end, int step) const {
+        Peak best{shortest, m_sums[shortest]};
+        for (int lag = shortest + step; lag < end; lag += step) {
+            if (m_sums[lag] > best.value) {
+                best = {lag, m_sums[lag]};
+            }
+        }
+        return best;
+    }
+    void takeOdd(Peak& best, int lag) const {
+        const Vek32f sum = corrKernels().dot32f(now(), past(lag), kHalfFrame);
+        if (sum > best.value) {
+            best = {lag, sum};
+        }
+    }
+    void normalise(Peak& best) const {
+        constexpr Vek32f silence = 0.01F;
+        const Vek32f* from = past(best.lag);
+        best.value /= std::sqrt(corrKernels().dot32f(from, from, kHalfFrame) + silence);
+    }
+
+private:
+    const Vek32f* now() const { return m_even + kHalfHistory; }
+    const Vek32f* past(int lag) const { return (lag % 2 == 0 ? m_even : m_odd) + kHalfHistory - (lag + 1) / 2; }
+
+    Vek32f m_even[kHalfHistory + kHalfFrame];
+    Vek32f m_odd[kHalfHistory + kHalfFrame];
+    Vek32f m_sums[kMaxLag + 1];
+};
+
+bool near(int a, int b, int distance) {
+    return std::abs(a - b) < distance;
+}
+
+Vek32f sumOfMagnitudes(const Vek32f* x) {
+    Vek32f sum[8] = {};
+    for (int i = 0; i < kSubframe; i += 8) {
+        for (int k = 0; k < 8; ++k) {
+            sum[k] += std::fabs(x[i + k]);
+        }
+    }
+    return ((sum[0] + sum[4]) + (sum[1] + sum[5])) + ((sum[2] + sum[6]) + (sum[3] + sum[7]));
+}
+
+} // namespace
+
+VekStatus veksOpenLoopPitchSearch_G729A_32f(const Vek32f* pSrc, int* pBestLag) {
+    if (anyNull(pSrc) || anyNull(pBestLag)) {
+        return vekStsNullPtrErr;
+    }
+    const HalfSearch search(pSrc);
+    Peak first = search.peak(20, 40, 1);
+    Peak second = search.peak(40, 80, 1);
+    Peak third = search.peak(80, kMaxLag, 2);
+    const int even = third.lag;
+    if (even > 80) {
+        search.takeOdd(third, even - 1);
+    }
+    search.takeOdd(third, even + 1);
+    for (Peak* peak : {&first, &second, &third}) {
+        search.normalise(*peak);
+    }
+    if (near(2 * second.lag, third.lag, 5)) {
+        second.value += 0.25F * third.value;
+    }
+    if (near(3 * second.lag, third.lag, 7)) {
+        second.value += 0.25F * third.value;
+    }
+    if (near(2 * first.lag, second.lag, 5)) {
+        first.value += 0.2F * second.value;
+    }
+    if (near(3 * first.lag, second.lag, 7)) {
+        first.value += 0.2F * second.value;
+    }
+    if (first.value < second.value) {
+        first = second;
+    }
+    if (first.value < third.value) {
+        first = third;
+    }
+    *pBestLag = first.lag;
+    return vekStsNoErr;
+}
+
+VekStatus veksAutoCorrLagMax_32f(const Vek32f* pSrc, int len, int lowerLag, int upperLag, Vek32f* pMax, int* pMaxLag) {
+    if (anyNull(pSrc, pMax) || anyNull(pMaxLag)) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (lowerLag < 0 || lowerLag > upperLag || upperLag > kMaxSignalLength) {
+        return vekStsRangeErr;
+    }
+    Vek32f best = 0;
+    int bestLag = -1;
+    for (int first = lowerLag; first <= upperLag; first += kDelays) {
+        const int count = std::min(upperLag - first + 1, kDelays);
+        const int longest = first + count - 1;
+        Vek32f sums[kDelays];
+        floatCorrKernels().corr32f(pSrc, pSrc - longest, len, count, sums);
+        for (int k = count - 1; k >= 0; --k) {
+            if (bestLag < 0 || sums[k] > best) {
+                best = sums[k];
+                bestLag = longest - k;
+            }
+        }
+    }
+    *pMax = best;
+    *pMaxLag = bestLag;
+    return vekStsNoErr;
+}
+
+VekStatus veksCrossCorrLagMax_32f64f(const Vek32f* pSrc1, const Vek32f* pSrc2, int len, int lags, Vek64f* pMax,
+                                     int* pMaxLag) {
+    if (anyNull(pSrc1, pSrc2) || anyNull(pMax) || anyNull(pMaxLag)) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len) || badLength(lags)) {
+        return vekStsSizeErr;
+    }
+    Vek64f best = 0;
+    int bestLag = -1;
+    for (int first = 0; first < lags; first += kDelays) {
+        const int count = std::min(lags - first, kDelays);
+        Vek64f sums[kDelays];
+        floatCorrKernels().corr32f64f(pSrc1, pSrc2 + first, len, count, sums);
+        for (int k = 0; k < count; ++k) {
+            if (bestLag < 0 || sums[k] > best) {
+                best = sums[k];
+                bestLag = first + k;
+            }
+        }
+    }
+    *pMax = best;
+    *pMaxLag = bestLag;
+    return vekStsNoErr;
+}
+
+VekStatus veksGainControl_G729_32f_I(const Vek32f* pSrc, Vek32f* pSrcDst, Vek32f* pGain) {
+    if (anyNull(pSrc, pSrcDst, pGain)) {
+        return vekStsNullPtrErr;
+    }
+    constexpr Vek32f keep = 0.9875F;
+    const Vek32f in = sumOfMagnitudes(pSrc);
+    Vek32f share = 0;
+    if (in > 0) {
+        const Vek32f out = sumOfMagnitudes(pSrcDst);
+        if (!(out > 0)) {
+            *pGain = 0;
+            return vekStsNoErr;
+        }
+        share = (1 - keep) * in / out;
+    }
+    Vek32f gain = *pGain;
+    for (int i = 0; i < kSubframe; ++i) {
+        gain = keep * gain + share;
+        pSrcDst[i] *= gain;
+    }
+    *pGain = gain;
+    return vekStsNoErr;
+}

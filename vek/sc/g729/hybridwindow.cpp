@@ -1,0 +1,168 @@
+// Backward linear prediction of Annex E: autocorrelation of past synthesis through a hybrid window, a sine over the
+// newest 35 samples and a falling exponential over all before, whose part is kept from frame to frame.
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/kernels/corr.h"
+#include "sc/kernels/floatcorr.h"
+#include "veksc_g729post.h"
+
+namespace {
+
+using namespace vek;
+
+constexpr int kOrder = 30;
+constexpr int kFrame = 80;
+constexpr int kNewest = 35;
+constexpr int kSpan = kOrder + kFrame + kNewest;
+// The exponential falls to 3/4 in 20 samples of energy; what is left of it after a frame.
+constexpr Vek16s kKept = 10368; // (3/4)^4, Q15, exact
+constexpr int kFormat = 15;
+
+using Window = std::array<double, kSpan>;
+
+// sin(c (m - n)) meets b alpha^(m-36-n) at 36 samples from the end with the same value and the same slope:
+// c / tan(36 c) = ln(alpha).
+const Window g_window = [] {
+    const double logAlpha = std::log(0.75) / 40;
+    double low = 1.5708 / (kNewest + 1);
+    double high = 3.1415 / (kNewest + 1);
+    for (int i = 0; i < 60; ++i) {
+        const double c = (low + high) / 2;
+        (c / std::tan((kNewest + 1) * c) > logAlpha ? low : high) = c;
+    }
+    Window w{};
+    for (int n = 0; n < kSpan; ++n) {
+        const int age = kSpan - n;
+        w[static_cast<size_t>(n)] = age <= kNewest
+                                        ? std::sin(low * age)
+                                        : std::sin(low * (kNewest + 1)) * std::exp(logAlpha * (age - kNewest - 1));
+    }
+    return w;
+}();
+
+const std::array<Vek16s, kSpan> g_fixedWindow = [] {
+    std::array<Vek16s, kSpan> w{};
+    for (size_t n = 0; n < w.size(); ++n) {
+        w[n] = fix::sat16(static_cast<int32_t>(std::lround(32768 * g_window[n])));
+    }
+    return w;
+}();
+
+const std::array<Vek32f, kSpan> g_floatWindow = [] {
+    std::array<Vek32f, kSpan> w{};
+    for (size_t n = 0; n < w.size(); ++n) {
+        w[n] = static_cast<Vek32f>(g_window[n]);
+    }
+    return w;
+}();
+
+// The recursive part of the correlations, at the end of the frame before.
+template <typename T>
+struct State {
+    static constexpr uint32_t kMark = 0x48594257;
+    uint32_t mark = kMark;
+    T past[kOrder + 1] = {};
+};
+
+template <typename T>
+VekStatus sizeOf(int* pSize) {
+    if (pSize == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    *pSize = static_cast<int>(sizeof(State<T>));
+    return vekStsNoErr;
+}
+
+template <typename T>
+VekStatus init(void* pMem) {
+    if (pMem == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    const State<T> fresh;
+    std::memcpy(pMem, &fresh, sizeof fresh);
+    return vekStsNoErr;
+}
+
+template <typename T>
+bool take(State<T>& state, const void* pMem) {
+    std::memcpy(&state, pMem, sizeof state);
+    return state.mark == State<T>::kMark;
+}
+
+} // namespace
+
+VekStatus veksWinHybridGetStateSize_G729E_16s(int* pSize) {
+    return sizeOf<int64_t>(pSize);
+}
+
+VekStatus veksWinHybridInit_G729E_16s(void* pMem) {
+    return init<int64_t>(pMem);
+}
+
+VekStatus veksWinHybrid_G729E_16s32s(const Vek16s* pSrcSynthSpeech, Vek32s* pDstInvAutoCorr, void* pMem) {
+    if (anyNull(pSrcSynthSpeech) || anyNull(pDstInvAutoCorr) || pMem == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    State<int64_t> state;
+    if (!take(state, pMem)) {
+        return vekStsStateErr;
+    }
+    const CorrKernels& kernels = corrKernels();
+    Vek16s x[kSpan];
+    kernels.window16(pSrcSynthSpeech, g_fixedWindow.data(), x, kSpan);
+    const Vek16s* frame = x + kOrder;
+    const Vek16s* newest = frame + kFrame;
+    int64_t sums[kOrder + 1];
+    for (int k = 0; k <= kOrder; ++k) {
+        state.past[k] = ((state.past[k] * kKept) >> kFormat) + kernels.dot16(frame, frame - k, kFrame);
+        sums[k] = state.past[k] + kernels.dot16(newest, newest - k, kNewest);
+    }
+    std::memcpy(pMem, &state, sizeof state);
+    if (sums[0] == 0) {
+        sums[0] = 1; // silence is white
+    }
+    const int shift = 32 - fix::norm_64(sums[0]);
+    for (int k = 0; k <= kOrder; ++k) {
+        pDstInvAutoCorr[k] = fix::scaleSat32(sums[k], shift);
+    }
+    return vekStsNoErr;
+}
+
+VekStatus veksWinHybridGetStateSize_G729E_32f(int* pSize) {
+    return sizeOf<Vek32f>(pSize);
+}
+
+VekStatus veksWinHybridInit_G729E_32f(void* pMem) {
+    return init<Vek32f>(pMem);
+}
+
+VekStatus veksWinHybrid_G729E_32f(const Vek32f* pSrcSynthSpeech, Vek32f* pDstInvAutoCorr, void* pMem) {
+    if (anyNull(pSrcSynthSpeech, pDstInvAutoCorr) || pMem == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    State<Vek32f> state;
+    if (!take(state, pMem)) {
+        return vekStsStateErr;
+    }
+    constexpr Vek32f kept = static_cast<Vek32f>(kKept) / 32768;
+    Vek32f x[kSpan];
+    for (int n = 0; n < kSpan; ++n) {
+        x[n] = pSrcSynthSpeech[n] * g_floatWindow[static_cast<size_t>(n)];
+    }
+    // From the longest delay to none.
+    Vek32f frame[kOrder + 1];
+    Vek32f newest[kOrder + 1];
+    floatCorrKernels().corr32f(x + kOrder, x, kFrame, kOrder + 1, frame);
+    floatCorrKernels().corr32f(x + kOrder + kFrame, x + kFrame, kNewest, kOrder + 1, newest);
+    for (int k = 0; k <= kOrder; ++k) {
+        state.past[k] = kept * state.past[k] + frame[kOrder - k];
+        pDstInvAutoCorr[k] = state.past[k] + newest[kOrder - k];
+    }
+    std::memcpy(pMem, &state, sizeof state);
+    return vekStsNoErr;
+}

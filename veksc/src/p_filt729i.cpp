@@ -1,0 +1,68 @@
+// Prediction filters of G.729 Annex E, of order 10 and 30.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcLpc;
+vkVector pDstSignal;
+vkVector pSrcSpeech;
+krStepIterator<int> valLPCOrder;
+krStepIterator<int> lenght;
+vkcGrid grid;
+
+constexpr int longestOrder = 30;
+Vek16s pSrcDstSynFltMemory[longestOrder];
+
+class TimFilt729I : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+};
+
+bool TimFilt729I::canStart() {
+    vkcRebuild(valLPCOrder, "valLPCOrder").set(10, 30, 20, '+');
+    vkcRebuild(lenght, "lenght").set(40, 80, 20, '+');
+    grid.begin({&valLPCOrder, &lenght});
+    for (vkVector* vector : {&pSrcLpc, &pDstSignal, &pSrcSpeech}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimFilt729I::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    // The residual filter reads the samples of its order before the first.
+    const int before = m_func.contains("Residual") ? valLPCOrder.value() : 0;
+    veksZero_16s(pSrcDstSynFltMemory, longestOrder);
+    return pSrcLpc.createVector(longestOrder + 1, setOne, 0, 0) &&
+           pDstSignal.createVector(lenght.value(), setZero, 0, 0) &&
+           pSrcSpeech.createVector(before + lenght.value(), setRand, -512, 512);
+}
+
+void TimFilt729I::flushData() {
+    for (vkVector* vector : {&pSrcSpeech, &pDstSignal, &pSrcLpc}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimFilt729I, veksSynthesisFilter_G729E_16s_I,
+       veksSynthesisFilter_G729E_16s_I(pSrcLpc.m_16s, valLPCOrder.value(), pDstSignal.m_16s, lenght.value(),
+                                       pSrcDstSynFltMemory))
+VK_REG(TimFilt729I, veksSynthesisFilter_G729E_16s,
+       veksSynthesisFilter_G729E_16s(pSrcLpc.m_16s, valLPCOrder.value(), pSrcSpeech.m_16s, pDstSignal.m_16s,
+                                     lenght.value(), pSrcDstSynFltMemory))
+VK_REG(TimFilt729I, veksResidualFilter_G729E_16s,
+       veksResidualFilter_G729E_16s(pSrcLpc.m_16s, valLPCOrder.value(), pSrcSpeech.m_16s + valLPCOrder.value(),
+                                    pDstSignal.m_16s, lenght.value()))

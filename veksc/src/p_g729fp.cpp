@@ -1,0 +1,150 @@
+// Open-loop pitch and kernels of the floating G.729.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc;
+vkVector pDst;
+vkVector pSrcLpc;
+vkVector pSrcSignal;
+vkVector pSrcSpeech;
+vkVector pSrcSynFltMemory;
+vkVector pSrc1;
+vkVector pSrc2;
+krStepIterator<int> len;
+krStepIterator<int> valLPCOrder;
+krStepIterator<int> nLag;
+vkcGrid grid;
+int bestLag;
+int maxLag;
+int lowerLag;
+int upperLag;
+Vek32f pMax_32;
+Vek64f pMax_64;
+Vek32f gain;
+
+constexpr int history = 143;
+constexpr int span = 223;
+
+// The ranges of delays that a coder searches.
+constexpr int lags[][2] = {{20, 39}, {40, 79}, {80, 143}, {20, 79}, {40, 143}, {20, 143}, {30, 36}};
+
+class Timg729fpOpenLoopP : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override { pSrc.deleteVector(); }
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+};
+
+bool Timg729fpOpenLoopP::canStart() {
+    vkcRebuild(len, "len").setList({span});
+    grid.begin({&len});
+    pSrc.init(m_func, vkArg::src);
+    return true;
+}
+
+bool Timg729fpOpenLoopP::canContinue() {
+    return grid.next(m_isFirst) && pSrc.createVector(span, setOne, 0, 0);
+}
+
+class Timg729fp : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override;
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool m_gain = false;
+    bool m_synthesis = false;
+    bool m_cross = false;
+    bool m_auto = false;
+};
+
+bool Timg729fp::canStart() {
+    m_gain = m_func.contains("GainControl");
+    m_synthesis = m_func.contains("SynthesisFilter");
+    m_cross = m_func.contains("CrossCorrLagMax");
+    m_auto = m_func.contains("AutoCorrLagMax");
+    vkcRebuild(len, "len");
+    vkcFix(valLPCOrder, 10);
+    vkcFix(nLag, 0);
+    if (m_synthesis) {
+        len.set(40, 640, 40, '+');
+        vkcRebuild(valLPCOrder, "valLPCOrder").setList({3, 4, 6, 10, 16, 30});
+        grid.begin({&len, &valLPCOrder});
+    } else if (m_cross || m_auto) {
+        len.set(40, 80, 40, '+');
+        vkcRebuild(nLag, "nLag").set(0, 6, 1, '+');
+        grid.begin({&len, &nLag});
+    } else {
+        len.setList({40});
+        grid.begin({&len});
+    }
+    for (vkVector* vector : {&pDst, &pSrcLpc, &pSrcSignal, &pSrcSpeech, &pSrcSynFltMemory, &pSrc1, &pSrc2}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool Timg729fp::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    lowerLag = lags[nLag.value()][0];
+    upperLag = lags[nLag.value()][1];
+    gain = 1;
+    // The correlations read as far as the longest delay beside the samples.
+    const int beside = m_cross || m_auto ? upperLag : 0;
+    const int order = valLPCOrder.value();
+    return pDst.createVector(len.value(), setZero, 0, 0) && pSrcLpc.createVector(order + 1, setSeq, 0, 1) &&
+           pSrcSignal.createVector(len.value(), setZero, 0, 0) && pSrcSpeech.createVector(order, setSeq, -500, 500) &&
+           pSrcSynFltMemory.createVector(order, setSeq, -10, 10) &&
+           pSrc1.createVector(len.value() + beside, setOne, 0, 0) &&
+           pSrc2.createVector(len.value() + beside, setOne, 0, 0);
+}
+
+double Timg729fp::getDivisor() {
+    if (m_synthesis) {
+        return len.value() * valLPCOrder.value();
+    }
+    if (m_auto) {
+        return len.value() * (upperLag - lowerLag + 1);
+    }
+    if (m_cross) {
+        return len.value() * (upperLag - lowerLag - 1);
+    }
+    return len.value();
+}
+
+void Timg729fp::flushData() {
+    for (vkVector* vector : {&pSrc2, &pSrc1, &pSrcSynFltMemory, &pSrcSpeech, &pSrcSignal, &pSrcLpc, &pDst}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(Timg729fpOpenLoopP, veksOpenLoopPitchSearch_G729A_32f,
+       veksOpenLoopPitchSearch_G729A_32f(pSrc.m_32f + history, &bestLag))
+VK_REG(Timg729fp, veksGainControl_G729_32f_I, veksGainControl_G729_32f_I(pSrc1.m_32f, pSrc2.m_32f, &gain))
+VK_REG(Timg729fp, veksSynthesisFilter_G729_32f,
+       veksSynthesisFilter_G729_32f(pSrcLpc.m_32f, valLPCOrder.value(), pSrcSignal.m_32f, pDst.m_32f, len.value(),
+                                    pSrcSynFltMemory.m_32f))
+VK_REG(Timg729fp, veksCrossCorrLagMax_32f64f,
+       veksCrossCorrLagMax_32f64f(pSrc1.m_32f, pSrc2.m_32f, len.value(), upperLag - lowerLag - 1, &pMax_64, &maxLag))
+VK_REG(Timg729fp, veksAutoCorrLagMax_32f,
+       veksAutoCorrLagMax_32f(pSrc1.m_32f + upperLag, len.value(), lowerLag, upperLag, &pMax_32, &maxLag))
