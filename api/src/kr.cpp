@@ -34,8 +34,6 @@ int krSession::m_nameMode = 0;
 bool krSession::m_nameExit = false;
 int krSession::m_exitLevel = 0;
 
-static constexpr int noEnumeration = 100;
-
 int krRegTest(krTest* test) {
     if (pTestList == nullptr) {
         pTestList = new krTestList;
@@ -89,9 +87,7 @@ int krRegSession(krSession* session) {
 }
 
 krSession::~krSession() {
-    for (krOption* option : m_options) {
-        delete option;
-    }
+    dropOptions();
     delete m_conditions;
 }
 
@@ -155,7 +151,7 @@ void krSession::initSession() {
     m_batchMode = false;
     m_quickMode = false;
     m_askMode = 0;
-    m_enumMode = noEnumeration;
+    m_enumMode = krNoEnumeration;
     m_levelMode = ERR;
     fillOptions();
 }
@@ -284,18 +280,11 @@ void krSession::putTableTitleLine() {
 }
 
 void krSession::funcTitleToCStream() {
-    g_cstrm << "funcBase"
-            << "funcDataType"
-            << "funcDescriptor";
+    vkFuncTitleToCStream();
 }
 
 void krSession::parmsTitleToCStream() {
-    g_cstrm << "Len/Size"
-            << "Parm1"
-            << "Parm2"
-            << "Parm3"
-            << "Parm4"
-            << "scaleFactor";
+    vkParmsTitleToCStream();
 }
 
 void krSession::resultTitleToCStream() {
@@ -307,6 +296,21 @@ void krSession::resultTitleToCStream() {
     if (krTest::m_hot != 0) {
         g_cstrm << "Interest";
     }
+}
+
+void vkFuncTitleToCStream() {
+    g_cstrm << "funcBase"
+            << "funcDataType"
+            << "funcDescriptor";
+}
+
+void vkParmsTitleToCStream() {
+    g_cstrm << "Len/Size"
+            << "Parm1"
+            << "Parm2"
+            << "Parm3"
+            << "Parm4"
+            << "scaleFactor";
 }
 
 void krFuncTitleToCStream() {

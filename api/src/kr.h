@@ -22,6 +22,9 @@ struct krOption {
     krString descr;
 };
 
+/// No test list is asked for: the run measures.
+constexpr int krNoEnumeration = 100;
+
 /// What is asked at the console.
 enum krAskBits { krAskTiming = 1, krAskParms = 2, krAskAlign = 4, krAskTests = 8 };
 
@@ -98,7 +101,7 @@ public:
     bool m_batchMode = false;
     OutputLevel m_levelMode = ERR;
     bool m_quickMode = false;
-    int m_enumMode = 100;
+    int m_enumMode = krNoEnumeration;
     bool m_unopened = false;
     krString m_iniName;
     bool m_iniWrite = false;
@@ -117,16 +120,21 @@ public:
 private:
     bool quickOutput();
     void fillOptions();
+    void dropOptions();
 };
 
 /// Name rows go into the result table, the name table, or both.
 enum krNameBits { krNameInResults = 1, krNameInNames = 2 };
 
-/// Forms of a table's function and parameter titles that the harness has beside the library-aware ones.
+/// A table's function and parameter titles for tests of library functions: what the session writes.
+void vkFuncTitleToCStream();
+void vkParmsTitleToCStream();
+/// The same for a harness without a library.
 void krFuncTitleToCStream();
 void krParmsTitleToCStream();
 
-// Registration, for static initialisers: each returns 1. What is registered lives to the end of the process.
+// Registration, for static initialisers: each returns 1. The list owns its tests and ends with the run; all else lives
+// to the end of the process.
 int krRegTest(krTest* test);
 int krRegParm(krParameter& parm);
 int krRegParmFunc(void (*func)());

@@ -62,7 +62,7 @@ bool vek_is_GenuineOrvan() {
     return true;
 }
 
-static unsigned coresOfPackage() {
+unsigned krCoresOfPackage() {
     return CPUID::validFunction(4) ? CPUID(4, 0).getBits(CPUID::EAX, 31, 26) + 1 : 1;
 }
 
@@ -83,7 +83,7 @@ void vek_get_cyclon_ident(vekCyclonIdent* ident) {
     ident->hasSsx3 = one.getBit(CPUID::ECX, 0);
     ident->has64bit = CPUID(0x80000001U, 0).getBit(CPUID::EDX, 29);
     ident->hasSsx3s = one.getBit(CPUID::ECX, 9);
-    ident->cores = coresOfPackage();
+    ident->cores = krCoresOfPackage();
     ident->hasSsx41 = one.getBit(CPUID::ECX, 19);
     ident->hasSsx42 = one.getBit(CPUID::ECX, 20);
     ident->exFamily = one.getBits(CPUID::EAX, 27, 20);
@@ -93,26 +93,22 @@ void vek_get_cyclon_ident(vekCyclonIdent* ident) {
     ident->hasOsxsave = one.getBit(CPUID::ECX, 27);
 }
 
+krCacheParms::krCacheParms(const CPUID& leaf)
+    : ways(leaf.getBits(CPUID::EBX, 31, 22) + 1), partitions(leaf.getBits(CPUID::EBX, 21, 12) + 1),
+      line(leaf.getBits(CPUID::EBX, 11, 0) + 1), sets(leaf.m_regs[CPUID::ECX] + 1) {
+}
+
 int getCacheSizeB(int index) {
     const CPUID leaf(4, static_cast<unsigned>(index));
-    if (leaf.getBits(CPUID::EAX, 4, 0) == 0) {
-        return -1;
-    }
-    const unsigned sets = leaf.m_regs[CPUID::ECX] + 1;
-    const unsigned line = leaf.getBits(CPUID::EBX, 11, 0) + 1;
-    const unsigned partitions = leaf.getBits(CPUID::EBX, 21, 12) + 1;
-    const unsigned ways = leaf.getBits(CPUID::EBX, 31, 22) + 1;
-    return static_cast<int>(sets * line * partitions * ways);
+    return leaf.getBits(CPUID::EAX, 4, 0) == 0 ? -1 : static_cast<int>(krCacheParms(leaf).bytes());
 }
 
 int getMaxCacheSizeB() {
     if (!CPUID::validFunction(4)) {
         return 0;
     }
-    // A processor has a handful of caches. The bound holds against one that never reports the end of its list.
-    constexpr int mostCaches = 256;
     int largest = 0;
-    for (int i = 0; i < mostCaches; ++i) {
+    for (int i = 0; i < krMostCaches; ++i) {
         const int size = getCacheSizeB(i);
         if (size == -1) {
             break;

@@ -65,10 +65,24 @@ struct vekCyclonIdent {
     unsigned hasOsxsave;
 };
 
+/// Deterministic parameters of one cache. A processor has a handful of caches; the bound holds against one that never
+/// reports the end of its list.
+struct krCacheParms {
+    explicit krCacheParms(const CPUID& leaf);
+    unsigned bytes() const { return sets * line * partitions * ways; }
+    unsigned ways;
+    unsigned partitions;
+    unsigned line;
+    unsigned sets;
+};
+constexpr int krMostCaches = 256;
+
 bool vek_has_cpuid();
 unsigned vek_max_cpuid_input();
 bool vek_is_GenuineOrvan();
 void vek_get_cyclon_ident(vekCyclonIdent* ident);
+/// Cores that function 4 tells; 1 without it.
+unsigned krCoresOfPackage();
 
 /// Bytes of the cache of that sub-leaf; -1 if there is none.
 int getCacheSizeB(int index);

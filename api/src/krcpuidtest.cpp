@@ -177,8 +177,7 @@ void __krOrvanCpuTest::printCacheParms() {
     }
     g_ostrm << "\n" << doubleLine << "    Deterministic Cache Parameters\n";
     // A processor has a handful of caches. The bound holds against one that never reports the end of its list.
-    constexpr int mostCaches = 256;
-    for (int index = 0; index < mostCaches && printCacheParms(index); ++index) {
+    for (int index = 0; index < krMostCaches && printCacheParms(index); ++index) {
     }
 }
 
@@ -190,19 +189,16 @@ bool __krOrvanCpuTest::printCacheParms(int index) {
     }
     static const char* const titles[] = {"", "Data Cache", "Instruction Cache", "Unified Cache"};
     const krString title = type < 4 ? krString(titles[type]) : krFormat("Cache Type %u", type);
-    const unsigned ways = id.getBits(CPUID::EBX, 31, 22) + 1;
-    const unsigned partitions = id.getBits(CPUID::EBX, 21, 12) + 1;
-    const unsigned line = id.getBits(CPUID::EBX, 11, 0) + 1;
-    const unsigned sets = id.m_regs[CPUID::ECX] + 1;
+    const krCacheParms cache(id);
     g_ostrm << "\n" << singleLine << "    " << title << "\n\n";
     printNumber("Cache Level       ", id.getBits(CPUID::EAX, 7, 5));
-    printNumber("Cache Size Kb     ", sets * line * partitions * ways / 1024);
+    printNumber("Cache Size Kb     ", cache.bytes() / 1024);
     printNoted("Threads Sharing   ", id.getBits(CPUID::EAX, 25, 14) + 1,
                "Maximum number of threads sharing this cache");
-    printNumber("Number of Sets    ", sets);
-    printNoted("Line Size         ", line, "System coherency line size");
-    printNoted("Line Partitions   ", partitions, "Physical line partitions");
-    printNoted("Associativity     ", ways, "Ways of associativity");
+    printNumber("Number of Sets    ", cache.sets);
+    printNoted("Line Size         ", cache.line, "System coherency line size");
+    printNoted("Line Partitions   ", cache.partitions, "Physical line partitions");
+    printNoted("Associativity     ", cache.ways, "Ways of associativity");
     if (id.getBit(CPUID::EAX, 9) != 0) {
         g_ostrm << "Fully Associative cache\n";
     }

@@ -48,6 +48,11 @@ int krNominalMHz(int mhz) {
     return mhz > 0 && static_cast<double>(distance) / mhz < 0.03 ? best : mhz;
 }
 
+int krFrequencyOf(unsigned long long counts, float microseconds) {
+    const auto clocks = static_cast<float>(krCpuTicker::getClockFactor()) * static_cast<float>(counts);
+    return krNominalMHz(static_cast<int>(clocks / microseconds + 0.5F)); // NOLINT(bugprone-incorrect-roundings)
+}
+
 static int estimateCpuFreqMHz() {
     if (!vek_has_rdtsc()) {
         return 0;
@@ -62,8 +67,7 @@ static int estimateCpuFreqMHz() {
     const unsigned long long last = vek_get_cyclon_counter();
     timer.stop();
     krResetPriority();
-    const auto clocks = static_cast<float>(krCpuTicker::getClockFactor()) * static_cast<float>(last - first);
-    return krNominalMHz(static_cast<int>(clocks / timer.getUSec() + 0.5F)); // NOLINT(bugprone-incorrect-roundings)
+    return krFrequencyOf(last - first, timer.getUSec());
 }
 
 int krCpuTicker::getFreq() {

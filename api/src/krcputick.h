@@ -25,6 +25,8 @@ public:
 
 /// The nominal frequency nearest to a measured one if it lies within 3 per cent, else the measured one. Both in MHz.
 int krNominalMHz(int mhz);
+/// MHz of a counter that made `counts` steps in a time: rounded, then taken to the nominal frequency near it.
+int krFrequencyOf(unsigned long long counts, float microseconds);
 
 /// The real-time clock of the system as an optional source of time; closed unless a caller opens it.
 class LinuxRTClock {

@@ -165,10 +165,7 @@ int kr_vekGetCpuType() {
 }
 
 int kr_vekGetNumCoresOnDie() {
-    if (!vek_has_cpuid() || vek_max_cpuid_input() < 4) {
-        return 1;
-    }
-    return static_cast<int>(CPUID(4, 0).getBits(CPUID::EAX, 31, 26)) + 1;
+    return static_cast<int>(krCoresOfPackage());
 }
 
 // ---------------------------------------------------------------------------------------------------- cache size

@@ -66,11 +66,6 @@ void tsSignal::contain() {
     sigemptyset(&trapped);
     sigaddset(&trapped, m_code);
     sigprocmask(SIG_UNBLOCK, &trapped, nullptr);
-    // The handler was left by a jump, so the system still believes that its stack is in use.
-    stack_t stack = {};
-    stack.ss_sp = handlerStack;
-    stack.ss_size = handlerStackSize;
-    sigaltstack(&stack, nullptr);
     krResetPriority();
     krRestoreCtrlWords();
 }

@@ -62,7 +62,7 @@ bool krIniFile::open(const krString& name, bool write) {
     if (!write) {
         return false;
     }
-    const o_stream output(name, ioWrite | ioRawName, true);
+    const o_stream output(name, ioWrite | ioAppend | ioRawName, true);
     m_write = output.m_file != nullptr;
     return m_write;
 }

@@ -4,6 +4,7 @@
 #include "kr.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 static const char* fopenMode(int mode) {
@@ -25,6 +26,11 @@ io_stream::io_stream(const krString& name, int mode, bool reportError) : m_file(
     if ((mode & (ioRead | ioWrite)) != 0) {
         m_file = std::fopen(path.c_str(), fopenMode(mode));
     }
+    // A directory opens for reading, and has nothing to read.
+    struct stat status = {};
+    if (m_file != nullptr && fstat(fileno(m_file), &status) == 0 && S_ISDIR(status.st_mode)) {
+        close();
+    }
     if (m_file == nullptr && reportError) {
         const char* purpose = (mode & ioRead) != 0 ? " to read" : (mode & ioWrite) != 0 ? " to write" : "";
         g_ostrm << ERR << "-- Can't open file " << path << purpose << ": " << getLastErrorMessage() << "\n" << msgEnd;
@@ -39,6 +45,12 @@ void io_stream::close() {
     if (m_file != nullptr && m_file != stdin && m_file != stdout) {
         std::fclose(m_file);
         m_file = nullptr;
+    }
+}
+
+void o_stream::flush() const {
+    if (m_file != nullptr) {
+        std::fflush(m_file);
     }
 }
 
@@ -107,13 +119,19 @@ krOStream::~krOStream() {
     close();
 }
 
-bool krOStream::addStream(const krString& name, bool append) {
+bool krDestinations::addStream(const krString& name, bool append) {
     o_stream* stream = createOStream(name, append);
     if (stream == nullptr) {
         return false;
     }
     krList<o_stream*>::append(stream);
     return true;
+}
+
+void krDestinations::flush() {
+    for (o_stream* stream : *this) {
+        stream->flush();
+    }
 }
 
 void krOStream::close() {
@@ -128,14 +146,6 @@ void krOStream::close() {
     clear();
 }
 
-void krOStream::flush() {
-    for (o_stream* stream : *this) {
-        if (stream->m_file != nullptr) {
-            std::fflush(stream->m_file);
-        }
-    }
-}
-
 void krOStream::setMsgLevel(MessageLevel level) {
     m_savedLevels.insert(m_savedLevels.begin(), m_msgLevel);
     m_msgLevel = level;
@@ -148,6 +158,12 @@ void krOStream::restoreMsgLevel() {
     }
     m_msgLevel = *m_savedLevels.begin();
     m_savedLevels.erase(m_savedLevels.begin());
+}
+
+void krOStream::closeMessages(int open) {
+    for (int more = openMessages() - open; more > 0; --more) {
+        restoreMsgLevel();
+    }
 }
 
 bool krOStream::beginMessage(MessageLevel level) {

@@ -34,6 +34,8 @@ public:
 class o_stream : public io_stream {
 public:
     using io_stream::io_stream;
+    /// Does nothing without a file.
+    void flush() const;
 };
 
 /// Reads one piece of a line. True when the line is complete (or the file ended), false when more of it follows.
@@ -65,19 +67,24 @@ enum MessageLevel : int {
 /// Mask of the message levels that are let through.
 using OutputLevel = int;
 
+/// The destinations of a stream.
+class krDestinations : public krList<o_stream*> {
+public:
+    /// Adds a text file; false if it could not be opened.
+    bool addStream(const krString& name, bool append);
+    void flush();
+};
+
 /// Human-readable text with a level filter, written to all its destinations.
-class krOStream : public krList<o_stream*> {
+class krOStream : public krDestinations {
 public:
     krOStream() = default;
     krOStream(const krOStream&) = delete;
     krOStream& operator=(const krOStream&) = delete;
     ~krOStream() override;
 
-    /// Adds a text file; false if it could not be opened.
-    bool addStream(const krString& name, bool append);
     /// Closes the files of all destinations and forgets them.
     void close();
-    void flush();
 
     void setOutLevel(OutputLevel level) { m_outLevel = level; }
     OutputLevel outLevel() const { return m_outLevel; }
@@ -88,6 +95,9 @@ public:
     bool beginMessage(MessageLevel level);
     void endMessage() { restoreMsgLevel(); }
     void endMessageFlush();
+    int openMessages() const { return m_savedLevels.size(); }
+    /// Closes the messages that were opened since there were `open` of them, as after a fault in the middle of one.
+    void closeMessages(int open);
     /// Whether text sent now would be written.
     bool passes() const { return (m_msgLevel & m_outLevel) != 0; }
 
@@ -126,5 +136,8 @@ inline krOStream& operator<<(krOStream& stream, long long value) {
     return tsOutTpl(stream, value);
 }
 inline krOStream& operator<<(krOStream& stream, double value) {
+    return tsOutTpl(stream, value);
+}
+inline krOStream& operator<<(krOStream& stream, const void* value) {
     return tsOutTpl(stream, value);
 }

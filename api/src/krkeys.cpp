@@ -4,6 +4,8 @@
 #include "kr.h"
 #include "krstream.h"
 
+#include <climits>
+
 // The texts of a gated key while a key that ends the run early makes it pointless.
 static krString gated(int level, const krString& text) {
     return krSession::isExit(level) ? krSession::getExitInfo() : text;
@@ -407,9 +409,9 @@ void T_apply(const krString& arg, krSession* /*session*/) {
 
 static int numberOf(const krString& arg) {
     krString text = arg;
-    int number = 0;
+    long long number = 0;
     number << text;
-    return number;
+    return number > INT_MAX ? 0 : static_cast<int>(number < 0 ? 0 : number);
 }
 
 krString N_info(const krString& arg) {

@@ -21,7 +21,10 @@ void (*krVersionTexts)(const void* version, krString texts[3]) = nullptr;
 int s_cpuType = -1;
 int s_numThreads = 0;
 
-constexpr int s_noLibrary = -2;
+int krRegVersionTexts(void (*read)(const void* version, krString texts[3])) {
+    krVersionTexts = read;
+    return 1;
+}
 
 int krRegVekEnvironment(void (*bind)()) {
     vekEnvironment = bind;

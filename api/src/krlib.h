@@ -13,6 +13,9 @@ extern int (*vek_Init)();
 extern int (*vek_InitCpu)(int cpuType);
 extern int (*vek_SetNumThreads)(int numThreads);
 
+/// What the pointers answer where no library is bound.
+constexpr int s_noLibrary = -2;
+
 using krVekVersionFunc = const void* (*)();
 using krVekVersionList = krList<krVekVersionFunc>;
 
@@ -23,12 +26,13 @@ extern krVekVersionList* vekVersionList;
 extern krStringList* g_pLibInfoList;
 extern krStringList* g_pLibFuncList;
 
-/// Reads the three texts of a version record, whose form is the library's own. Set by the test layer.
+/// Reads the three texts of a version record, whose form is the library's own. Registered by the test layer.
 extern void (*krVersionTexts)(const void* version, krString texts[3]);
 
 /// Each returns 1, so that a static initialiser can call it. The binder that comes last wins.
 int krRegVekEnvironment(void (*bind)());
 int krRegVekVersion(krVekVersionFunc version);
+int krRegVersionTexts(void (*read)(const void* version, krString texts[3]));
 /// 0 if the text stands in the list already.
 int krRegLibInfo(const krString& info);
 /// 0 for an empty name.

@@ -8,9 +8,6 @@ char s_hintArg = 0;
 bool s_hintHide = false;
 bool s_version = false;
 
-// The value of the probe when the library core is not bound.
-static constexpr int notBound = -2;
-
 void krSession::initOption(char key, const krString& help, krString (*info)(const krString&),
                            void (*apply)(const krString&, krSession*), const krString& descr, bool hidden) {
     m_options.append(new krOption{key, hidden, help, info, apply, descr});
@@ -25,11 +22,19 @@ krOption* krSession::getOption(char key) {
     return nullptr;
 }
 
+void krSession::dropOptions() {
+    for (const krOption* option : m_options) {
+        delete option;
+    }
+    m_options.clear();
+}
+
 #define KR_OPTION(letter) initOption(#letter[0], letter##_help, letter##_info, letter##_apply, letter##_descr, false)
 #define KR_HIDDEN_OPTION(letter)                                                                                       \
     initOption(#letter[0], letter##_help, letter##_info, letter##_apply, letter##_descr, true)
 
 void krSession::fillOptions() {
+    dropOptions();
     KR_OPTION(B);
     KR_OPTION(A);
     KR_OPTION(d);
@@ -56,7 +61,7 @@ void krSession::fillOptions() {
     KR_OPTION(F);
     KR_OPTION(Y);
     KR_OPTION(H);
-    if (vek_Init() != notBound) {
+    if (vek_Init() != s_noLibrary) {
         KR_OPTION(T);
         KR_OPTION(N);
     }
@@ -130,7 +135,7 @@ bool krSession::parseCommandLine(int argc, char** argv) {
     m_nameMode = 0;
     m_nameExit = false;
     m_unopened = false;
-    m_enumMode = 100;
+    m_enumMode = krNoEnumeration;
     m_iniName = "";
     m_optionsLine = "Command line options: ";
 

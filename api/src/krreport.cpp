@@ -5,7 +5,8 @@
 #include "krcputick.h"
 #include "krinfo.h"
 
-// Width of a frame's inside, and the level up to which a test's title and result are single lines.
+// Place of an item at the right border of a frame, and the level up to which a test's title and result are single
+// lines.
 constexpr int s_right = -79;
 constexpr OutputLevel s_singleLine = 2;
 

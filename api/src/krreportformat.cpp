@@ -87,17 +87,17 @@ bool krReportFormat::getPieceItem(krString& text, krString& piece, int limit) {
     if (text.length() <= limit) {
         return false;
     }
-    krString head = text;
-    int blank = head.rfind(" ");
-    while (blank > limit) {
-        head = head.substr(0, blank);
-        blank = head.rfind(" ");
+    piece = text;
+    int behind = -1;
+    int blank = limit + 1;
+    while (blank > limit && (blank = piece.rfind(" ")) >= 0) {
+        behind = blank + 1;
+        piece = piece.substr(0, blank);
     }
-    if (blank < 0) {
+    if (behind < 0) {
         return false;
     }
-    piece = head.substr(0, blank);
-    text = text.substr(blank + 1);
+    text = text.substr(behind);
     return true;
 }
 

@@ -58,15 +58,6 @@ krCStream::~krCStream() {
     close();
 }
 
-bool krCStream::addStream(const krString& name, bool append) {
-    o_stream* stream = createOStream(name, append);
-    if (stream == nullptr) {
-        return false;
-    }
-    krList<o_stream*>::append(stream);
-    return true;
-}
-
 void krCStream::close() {
     for (o_stream* stream : *this) {
         if (stream != &c_out) {
@@ -74,14 +65,6 @@ void krCStream::close() {
         }
     }
     clear();
-}
-
-void krCStream::flush() {
-    for (o_stream* stream : *this) {
-        if (stream->m_file != nullptr) {
-            std::fflush(stream->m_file);
-        }
-    }
 }
 
 void krCStream::putCell(const krString& text) {
@@ -125,9 +108,7 @@ void krCStream::tableOut(int n) {
         }
         *stream << "\n";
         // Line by line, so that a crash of a measured function leaves every finished line behind.
-        if (stream->m_file != nullptr) {
-            std::fflush(stream->m_file);
-        }
+        stream->flush();
     }
 }
 
@@ -307,9 +288,7 @@ krString krIStream::getItemValue(const krString& item, const krString& defaultVa
 
 krString krIStream::getItemValue(i_stream& stream, const krString& prompt, const krString& defaultValue) {
     c_out << krString("\n ") + prompt + " [" + defaultValue + "] = ";
-    if (c_out.m_file != nullptr) {
-        std::fflush(c_out.m_file); // a person may sit behind a pipe
-    }
+    c_out.flush(); // a person may sit behind a pipe
     krString line;
     stream.getline(line);
     if (line.empty()) {
@@ -359,6 +338,13 @@ void krTrace::traceOut(const krString& name) {
             erase(begin(), ++it);
             return;
         }
+    }
+}
+
+void krTrace::leave(int depth) {
+    for (int more = size() - depth; more > 0; --more) {
+        erase(begin());
+        cutIndent(m_indent);
     }
 }
 

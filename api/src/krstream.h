@@ -23,18 +23,15 @@ void resetStoreIterator(const krRowStore& store, krRowIterators& iterators);
 bool getStoreNext(const krRowStore& store, krString* row, krRowIterators& iterators, int colms = krMaxColm);
 
 /// A table: lines of at most 32 cells, joined by "," with "-" for an empty one, written to all destinations.
-class krCStream : public krList<o_stream*> {
+class krCStream : public krDestinations {
 public:
     krCStream() = default;
     krCStream(const krCStream&) = delete;
     krCStream& operator=(const krCStream&) = delete;
     ~krCStream() override;
 
-    /// Adds a text file; false if it could not be opened.
-    bool addStream(const krString& name, bool append);
     /// Closes the files of all destinations and forgets them.
     void close();
-    void flush();
 
     /// Puts a cell into the next column; a 33rd is dropped. The exact text "\n" ends the line.
     void putCell(const krString& text);
@@ -96,6 +93,18 @@ inline krCStream& operator<<(krCStream& stream, long long value) {
 inline krCStream& operator<<(krCStream& stream, double value) {
     return tmOutTpl(stream, value);
 }
+inline krCStream& operator<<(krCStream& stream, unsigned value) {
+    return tmOutTpl(stream, value);
+}
+inline krCStream& operator<<(krCStream& stream, bool value) {
+    return tmOutTpl(stream, value);
+}
+inline krCStream& operator<<(krCStream& stream, char value) {
+    return tmOutTpl(stream, value);
+}
+inline krCStream& operator<<(krCStream& stream, const void* value) {
+    return tmOutTpl(stream, value);
+}
 
 /// Where the last answer came from; ivUnknown before the first question.
 enum krItemSource { ivDefault = 0, ivConsole = 1, ivIniFile = 2, ivData = 3, ivUnknown = 4 };
@@ -130,7 +139,6 @@ public:
     int source() const { return m_source; }
     krIniFile* iniFile() const { return m_iniFile; }
     bool iniWrite() const { return m_iniWrite; }
-    const krString& iniSection() const { return m_section; }
     krDataList& dataList() { return m_dataList; }
 
 private:
@@ -150,6 +158,8 @@ public:
     void traceOut(const krString& name);
     /// Flushes the console if the present message passes.
     void flush() const;
+    /// Forgets the functions entered since there were `depth` of them.
+    void leave(int depth);
     /// The newest name, or an empty text.
     krString getCurName() const;
 

@@ -6,6 +6,7 @@
 #include "krbase.h"
 #include "krcache.h"
 #include "krcond.h"
+#include "krcputick.h"
 #include "krctrl87.h"
 #include "krexcept.h"
 #include "krinfo.h"
@@ -133,38 +134,68 @@ void printNotSupportTiming(const krString& word, const krString& name) {
     g_ostrm << ERR << "-- Can't run " << word << " timing: no program support for function " << name << "\n" << msgEnd;
 }
 
+// Runs a stretch in which a trapped fault leaves by the same exception as bad input.
+bool krTest::trapped(bool (krTest::*stretch)()) {
+    const krFaultMark mark;
+    if (setjmp(tsSignal::m_jmpbuf) != 0) {
+        tsSignal::contain();
+        throw krException(tsSignal::getInfo());
+    }
+    return (this->*stretch)();
+}
+
+// EXCPTFAIL after a fault, with what the stretch left half done put in order; else OK, or undefined if it declines.
+krResult krTest::guarded(bool (krTest::*stretch)()) {
+    const int depth = g_trace.size();
+    const int messages = g_ostrm.openMessages();
+    try {
+        return trapped(stretch) ? krOk : krUndefined;
+    } catch (const krException& fault) {
+        krResetPriority();
+        g_ostrm.closeMessages(messages);
+        g_ostrm.setOutLevel(OldOutLevel);
+        g_ostrm << ERR << fault.msg() << " in " << g_trace.getCurName() << "\n" << msgEnd;
+        g_trace.leave(depth);
+        dropTableLine();
+    }
+    m_currentResult = krExcptFail;
+    return krExcptFail;
+}
+
 krResult krTest::run() {
     m_result = krOk;
     m_currentResult = krUndefined;
     OldOutLevel = g_ostrm.outLevel();
-    // A fault that is trapped from here on leaves through the same catch as an exception.
-    krFaultMark mark;
-    try {
-        if (setjmp(tsSignal::m_jmpbuf) != 0) {
-            tsSignal::contain();
-            throw krException(tsSignal::getInfo());
-        }
-        m_tool = g_tool;
-        if (m_info.m_macro.contains("Ibs")) {
-            m_tool.m_ibsMode = true;
-        }
-        g_trace.m_log = "";
-        g_trace.m_indent = "";
-        g_trace.traceIn("setIniSection");
-        const bool wanted = setIniSection(m_name);
-        g_trace.traceOut("setIniSection");
-        if (!wanted) {
-            return krUndefined;
-        }
-        runPhases();
-    } catch (const krException& fault) {
-        m_currentResult = krExcptFail;
-        g_ostrm.setOutLevel(OldOutLevel);
-        g_ostrm << ERR << fault.msg() << " in " << g_trace.getCurName() << "\n" << msgEnd;
+    if (guarded(&krTest::runInSection) == krUndefined) {
+        return krUndefined;
     }
     m_result = m_currentResult;
     m_endTime = krTime();
+    for (const auto stretch : {&krTest::reportResult, &krTest::runEnd}) {
+        if (guarded(stretch) == krExcptFail) {
+            m_result = krExcptFail;
+        }
+    }
+    return m_result;
+}
 
+bool krTest::runInSection() {
+    m_tool = g_tool;
+    if (m_info.m_macro.contains("Ibs")) {
+        m_tool.m_ibsMode = true;
+    }
+    g_trace.m_log = "";
+    g_trace.m_indent = "";
+    g_trace.traceIn("setIniSection");
+    const bool wanted = setIniSection(m_name);
+    g_trace.traceOut("setIniSection");
+    if (wanted) {
+        runPhases();
+    }
+    return wanted;
+}
+
+bool krTest::reportResult() {
     g_trace.traceIn("testResult");
     krReportTestResult report(this);
     g_ostrm << report;
@@ -173,10 +204,14 @@ krResult krTest::run() {
     g_cstrm.flush();
     g_ustrm.flush();
     g_trace.traceOut("testResult");
+    return true;
+}
+
+bool krTest::runEnd() {
     g_trace.traceIn("endTest");
     endTest();
     g_trace.traceOut("endTest");
-    return m_result;
+    return true;
 }
 
 void krTest::runPhases() {
@@ -363,21 +398,23 @@ krResult krTest::runTiming() {
 
 void krTest::startAndStop() {
     const OutputLevel level = g_ostrm.outLevel();
+    const int depth = g_trace.size();
     g_ostrm.setOutLevel(ERR);
-    krFaultMark mark;
     try {
-        if (setjmp(tsSignal::m_jmpbuf) != 0) {
-            tsSignal::contain();
-            throw krException(tsSignal::getInfo());
-        }
-        beginTest();
-        canStart();
-        flushStart();
-        endTest();
+        trapped(&krTest::startAndStopPhases);
     } catch (const krException& fault) {
         g_ostrm << ERR << fault.msg() << " in startAndStop of " << m_name << " test\n" << msgEnd;
+        g_trace.leave(depth);
     }
     g_ostrm.setOutLevel(level);
+}
+
+bool krTest::startAndStopPhases() {
+    beginTest();
+    canStart();
+    flushStart();
+    endTest();
+    return true;
 }
 
 void krTest::parmsFromIstrm() {
@@ -486,8 +523,8 @@ krResult krTest::checkCtrlStatus() {
     bool bad87 = false;
     bool badSSX = false;
     if (badCtrlStatus(bad87, badSSX)) {
-        m_bad87 = bad87;
-        m_badSSX = badSSX;
+        m_bad87 = m_bad87 || bad87;
+        m_badSSX = m_badSSX || badSSX;
         printCtrlStatus(bad87, badSSX);
         result = krBadStsWrn;
     }

@@ -144,11 +144,19 @@ public:
 
 private:
     void construct(const krString& name, const krString& file, const krString& info);
+    krResult guarded(bool (krTest::*stretch)());
+    bool trapped(bool (krTest::*stretch)());
+    bool startAndStopPhases();
+    bool runInSection();
+    bool reportResult();
+    bool runEnd();
     void runPhases();
     void runLine(bool& prepared);
     void measureLine();
     bool repeatCacheLine();
     void putTableNameLine();
+    static void swapNameTable();
+    static void dropTableLine();
     static bool setIniSection(const krString& section);
     static bool namesOnly();
     void registerCacheIterator(krDefault_NSC<int>& parm, krObject* object,

@@ -100,7 +100,7 @@ void krTestList::selectCommonParms(krConditions& conditions, krList<krParameter*
     for (krParameter* parm : parms) {
         parm->setEnabled(false);
     }
-    bool all = false;
+    bool all = parms.empty();
     for (auto place = begin(); !all && !(place == end()); ++place) {
         krTest* test = *place;
         if (!test->tobeRun(conditions)) {

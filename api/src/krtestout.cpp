@@ -129,10 +129,28 @@ void krTest::putTableName() {
         putTableNameLine();
     }
     if ((krSession::m_nameMode & krNameInNames) != 0) {
-        g_cstrm.swap(g_qstrm);
+        swapNameTable();
         putTableNameLine();
-        g_cstrm.swap(g_qstrm);
+        swapNameTable();
     }
+}
+
+// Whether the destinations of the result table and the name table are exchanged.
+static bool s_tablesSwapped = false;
+
+void krTest::swapNameTable() {
+    g_cstrm.swap(g_qstrm);
+    s_tablesSwapped = !s_tablesSwapped;
+}
+
+// After a fault: a line in work is lost, lines held back are not.
+void krTest::dropTableLine() {
+    if (s_tablesSwapped) {
+        swapNameTable();
+    }
+    g_cstrm.tableFlush();
+    g_cstrm.identicalLinesStart(0);
+    g_cstrm.linePostponeOut(m_numResultColm + m_numParmsColm);
 }
 
 void krTest::putTableNameLine() {

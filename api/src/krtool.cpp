@@ -7,6 +7,9 @@
 #include "krstream.h"
 #include "krtest.h"
 
+#include <algorithm>
+#include <climits>
+
 krTool g_tool;
 krResult (*krTool::m_pCheckStatus)(int status) = nullptr;
 int krTool::m_priority = 0;
@@ -117,8 +120,10 @@ void krTool::setLoopFactor(int f) {
         m_factorStart = f < 32 ? start >> f : 0;
         m_factorStop = f < 32 ? stop >> f : 0;
     } else {
-        m_factorStart = start << -f;
-        m_factorStop = stop << -f;
+        constexpr int most = 31;
+        const int shift = f < -most ? most : -f;
+        m_factorStart = static_cast<int>(std::min<long long>(static_cast<long long>(start) << shift, INT_MAX));
+        m_factorStop = static_cast<int>(std::min<long long>(static_cast<long long>(stop) << shift, INT_MAX));
     }
 }
 

@@ -55,6 +55,7 @@ TEST(KrCommandKeys, PrefixIsCutOffAndPutBackBeforeTheNextWord) {
     EXPECT_EQ(keysOf({"-q+x", "y"}), "q(+x)");
     EXPECT_EQ(keysOf({"-f-", "abc"}), "f(-abc)");
     EXPECT_EQ(keysOf({"-f=abc"}), "f(=abc)");
+    EXPECT_EQ(keysOf({"-f=", "abc"}), "f(=abc)");
     EXPECT_EQ(keysOf({"-s-"}), "s(-)");
     EXPECT_EQ(keysOf({"-f", "=abc"}), "f(=abc)");
     EXPECT_EQ(keysOf({"-f--x"}), "f(--x)");

@@ -22,6 +22,13 @@ TEST(KrNominalFrequency, SnapsWithinThreePerCent) {
     EXPECT_EQ(krNominalMHz(0), 0);
 }
 
+TEST(KrNominalFrequency, IsThatOfTheCountsOverTheTime) {
+    EXPECT_EQ(krFrequencyOf(5000000000ULL, 2000000), 2500);
+    EXPECT_EQ(krFrequencyOf(4980000000ULL, 2000000), 2500);
+    EXPECT_EQ(krFrequencyOf(6550000000ULL, 2000000), 3275) << "no nominal frequency is near";
+    EXPECT_EQ(krFrequencyOf(6551100000ULL, 2000000), 3276) << "rounded";
+}
+
 TEST(KrNominalFrequency, OfTwoEquallyDistantTheLowerIsTaken) {
     EXPECT_EQ(krNominalMHz(2230), 2200);
     EXPECT_EQ(krNominalMHz(1850), 1800);
@@ -127,6 +134,23 @@ TEST(KrPriority, BracketPutsThePriorityBack) {
     EXPECT_EQ(getpriority(PRIO_PROCESS, 0), nice);
 }
 
+TEST(KrPriority, HighestModeIsRoundRobinInRealTime) {
+    const int nice = getpriority(PRIO_PROCESS, 0);
+    const int policy = sched_getscheduler(0);
+    krSetPriority(1);
+    if (geteuid() != 0 || sched_getscheduler(0) != SCHED_RR) {
+        krResetPriority();
+        GTEST_SKIP() << "real-time scheduling is not allowed here";
+    }
+    sched_param param = {};
+    sched_getparam(0, &param);
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), -20);
+    EXPECT_EQ(param.sched_priority, sched_get_priority_max(SCHED_FIFO));
+    krResetPriority();
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), nice);
+    EXPECT_EQ(sched_getscheduler(0), policy);
+}
+
 TEST(KrPriority, ModeZeroForgetsTheSavedPriority) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "needs root rights";
@@ -134,7 +158,7 @@ TEST(KrPriority, ModeZeroForgetsTheSavedPriority) {
     krSetPriority(3);
     krSetPriority(0);
     krResetPriority();
-    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 10);
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 10) << "what was saved is forgotten";
     krSetPriority(2);
     krSetPriority(0);
     EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 0);

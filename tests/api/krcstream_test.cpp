@@ -23,6 +23,11 @@ TEST_F(KrCStream, CellsAreJoinedByCommas) {
     EXPECT_EQ(m_text.text(), "veksFoo,16,2.5\n");
 }
 
+TEST_F(KrCStream, EveryTypeHasItsSpelling) {
+    m_table << true << 'c' << 7U << static_cast<const void*>(nullptr) << "\n";
+    EXPECT_EQ(m_text.text(), "yes,c,7,NULL\n");
+}
+
 TEST_F(KrCStream, EmptyCellIsADash) {
     line("a", "", "c");
     EXPECT_EQ(m_text.text(), "a,-,c\n");

@@ -61,7 +61,7 @@ TEST(KrWords87, DefaultLeavesZeroDivideAlone) {
     divideByZero87();
     EXPECT_EQ(kr_get_sw_fpu() & 0x3F, 0x4U);
     const ts87Base base;
-    kr_set_cw_fpu(0, 0xC00);
+    kr_set_cw_fpu(0xC00, 0xC00);
     base.setDefault();
     EXPECT_EQ(base.getCW() & 0xF3F, 0x23BU);
     EXPECT_EQ(base.getSW() & 0x3F, 0U);
@@ -185,6 +185,21 @@ TEST_F(KrGuard, MeasurementsOfALineAccumulate) {
     EXPECT_EQ(g_ssx.get(), 0x9F88U);
     EXPECT_STREQ(g_ssx.strExceptionState().c_str(), "?Overflow ");
     EXPECT_EQ(g_ctrl87.getCW() & 0xF3F, 0x23BU);
+}
+
+TEST_F(KrGuard, X87WordsOfALineAccumulate) {
+    krTool::ctrlStart();
+    divideByZero87();
+    kr_set_cw_fpu(0x400, 0xC00);
+    krTool::ctrlStop();
+    krTool::ctrlStart();
+    krTool::ctrlStop();
+    bool bad87 = false;
+    bool badSSX = true;
+    EXPECT_TRUE(krTest::badCtrlStatus(bad87, badSSX));
+    EXPECT_TRUE(bad87);
+    EXPECT_FALSE(badSSX);
+    EXPECT_EQ(g_ctrl87.getCW() & 0xC00, 0x400U);
 }
 
 TEST_F(KrGuard, X87StatusIsTold) {

@@ -72,6 +72,25 @@ TEST(KrParameter, TextWithoutNumberInFrontRaises) {
     EXPECT_EQ(parm.value(), 5);
 }
 
+TEST(KrParameter, BlankTextRaises) {
+    krDefault<int> parm(5, "x", "");
+    for (const char* blank : {"", " ", "\r", " \t "}) {
+        EXPECT_EQ(infoOf(parm, blank), std::string("Invalid value of x = ") + blank);
+        EXPECT_EQ(parm.value(), 5);
+    }
+}
+
+TEST(KrParameter, CarriageReturnIsSeenByTheConversion) {
+    krMapDefault<int> method(1, "Method", "");
+    method[1] = "Auto";
+    method[2] = "Manual";
+    EXPECT_EQ(infoOf(method, "Manual\r"), "Invalid value of Method = Manual\r");
+    EXPECT_EQ(method.value(), 1);
+    krDefault<int> loops(5, "NumLoops", "");
+    EXPECT_EQ(infoOf(loops, "4\r"), "no exception");
+    EXPECT_EQ(loops.value(), 4);
+}
+
 TEST(KrParameter, TextWithNumberInFrontIsTheNumber) {
     krDefault<int> parm(5, "x", "");
     EXPECT_EQ(infoOf(parm, "12abc"), "no exception");
@@ -160,6 +179,13 @@ TEST(KrMapDefault, WordsStandInThePrompt) {
     EXPECT_STREQ(parm.valueString().c_str(), "byte");
     parm.translate("e");
     EXPECT_FALSE(parm.value());
+}
+
+TEST(KrMapDefault, EmptyFirstWordKeepsItsPlaceInThePrompt) {
+    krMapDefault<int> parm(1, "x", "");
+    parm[0] = "";
+    parm[1] = "b";
+    EXPECT_STREQ(parm.validString().c_str(), "|b");
 }
 
 TEST(KrMapDefault, ValueWithoutAWordIsBlank) {

@@ -6,8 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <string>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -190,11 +193,102 @@ TEST_F(KrFaults, FaultInAPhaseNamesThePhase) {
     EXPECT_EQ(second.text(), "--VEK. Signal: Illegal storage access. in startAndStop of veksFaulty test\n");
 }
 
-TEST_F(KrFaults, FaultClosesThePriorityBracketAndSetsTheWords) {
-    krTool::m_priority = 2;
-    faultText(nullWrite);
+TEST_F(KrFaults, FaultSetsTheWordsAnew) {
+    faultText([] {
+        kr_set_cw_fpu(0xC3F, 0xF3F);
+        kr_set_ssx(0x7F80, 0xFFC0);
+        nullWrite();
+    });
     EXPECT_EQ(kr_get_cw_fpu() & 0xF3F, 0x23BU);
     EXPECT_EQ(kr_get_ssx() & 0xFFBF, 0x9F80U);
+}
+
+TEST_F(KrFaults, FaultAndBadInputCloseThePriorityBracket) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "priorities need root rights";
+    }
+    const int before = getpriority(PRIO_PROCESS, 0);
+    krTool::m_priority = 3;
+    static int s_within = 0;
+    faultText([] {
+        s_within = getpriority(PRIO_PROCESS, 0);
+        nullWrite();
+    });
+    EXPECT_NE(s_within, before) << "the bracket was open";
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
+    faultText([] { throw krException(krString("bad value")); });
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
+}
+
+// Faults in what a test answers while its lines, its report or its end are in work.
+class FaultyAnswer : public Faulty {
+public:
+    enum class Where { nowhere, comment, cell, names, text, report, end };
+    explicit FaultyAnswer(Where where) : m_where(where) { m_name = "veksFaulty"; }
+    bool canContinue() override { return m_isFirst; }
+    krString getComment() override { return strike(Where::comment, "note"); }
+    krString getUnit() override { return strike(Where::cell, "e"); }
+    void parmsNameToCstrm() override { strike(Where::names, ""); }
+    void parmsToOstrm() override { strike(Where::text, ""); }
+    krString regInfo() override { return strike(Where::report, "info"); }
+    void endTest() override {
+        ++s_stopped;
+        strike(Where::end, "");
+    }
+
+private:
+    krString strike(Where where, const char* text) const {
+        if (where == m_where) {
+            nullWrite();
+        }
+        return text;
+    }
+    Where m_where;
+};
+
+TEST_F(KrFaults, FaultWhileARowIsWrittenSparesTheNextRow) {
+    using Where = FaultyAnswer::Where;
+    krSession::m_nameMode = krNameInNames;
+    for (const Where where : {Where::comment, Where::cell, Where::names, Where::text}) {
+        ConsoleCapture console;
+        TableCapture table(g_cstrm);
+        TableCapture names(g_qstrm);
+        FaultyAnswer faulty(where);
+        faulty.m_name = "veksFaulty";
+        EXPECT_EQ(faulty.run(), krExcptFail);
+        EXPECT_EQ(g_ostrm.msgLevel(), PERF);
+        const size_t written = table.text().size();
+        const size_t named = names.text().size();
+        FaultyAnswer good(Where::nowhere);
+        good.m_name = "veksGood";
+        EXPECT_EQ(good.run(), krOk);
+        EXPECT_EQ(table.text().substr(written, 14), "veksGood,note,") << static_cast<int>(where);
+        EXPECT_EQ(names.text().substr(named), "veksGood,parmNames,-,-,-,-\n");
+    }
+    krSession::m_nameMode = 0;
+}
+
+TEST_F(KrFaults, FaultInTheEndCostsTheTestOnce) {
+    ConsoleCapture console;
+    TableCapture summary(g_ustrm);
+    FaultyAnswer test(FaultyAnswer::Where::end);
+    EXPECT_EQ(test.run(), krExcptFail);
+    EXPECT_EQ(s_stopped, 1);
+    const std::string text = console.text();
+    const size_t at = text.find("--VEK. Signal: Illegal storage access. in endTest\n");
+    ASSERT_NE(at, std::string::npos);
+    EXPECT_EQ(text.find("--VEK.", at + 1), std::string::npos);
+    const std::string rows = summary.text();
+    EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1);
+    EXPECT_EQ(tsSignal::m_armed, 0);
+}
+
+TEST_F(KrFaults, TraceForgetsThePhasesOfAFault) {
+    const int before = g_trace.size();
+    for (int i = 0; i < 3; ++i) {
+        faultText(nullWrite);
+    }
+    EXPECT_EQ(g_trace.size(), before);
 }
 
 TEST_F(KrFaults, BadParameterTextIsToldAndNotAskedAgain) {

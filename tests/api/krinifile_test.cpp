@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 class KrIniFile : public ::testing::Test {
@@ -180,6 +183,27 @@ TEST_F(KrIniFile, FileThatCannotBeCreatedIsReported) {
     const std::string once = console.text();
     m_ini.close();
     EXPECT_EQ(console.text(), once);
+}
+
+TEST_F(KrIniFile, DirectoryIsNoFile) {
+    ConsoleCapture console;
+    const std::string directory = m_dir.path("");
+    EXPECT_FALSE(m_ini.open(directory.c_str(), false));
+    EXPECT_EQ(console.text(), "-- Can't open file " + directory + " to read: \n");
+    EXPECT_FALSE(m_ini.open(directory.c_str(), true));
+    EXPECT_EQ(console.text(),
+              "-- Can't open file " + directory + " to read: \n-- Can't open file " + directory + " to write: \n");
+}
+
+TEST_F(KrIniFile, ProbeForWritingDoesNotEmptyAFileThatCannotBeRead) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root reads every file";
+    }
+    m_dir.write("p.ini", "[s]\na=1\n");
+    chmod(m_dir.path("p.ini").c_str(), 0200);
+    EXPECT_TRUE(m_ini.open(path(), true));
+    chmod(m_dir.path("p.ini").c_str(), 0600);
+    EXPECT_EQ(m_dir.read("p.ini"), "[s]\na=1\n");
 }
 
 TEST_F(KrIniFile, LineOfManyThousandCharactersIsOneValue) {

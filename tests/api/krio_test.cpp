@@ -66,6 +66,32 @@ TEST(KrMessages, DoubleHasThreeSignificantDigits) {
     EXPECT_EQ(r.text.text(), "1.23e+03");
 }
 
+TEST(KrMessages, EveryTypeHasItsSpelling) {
+    Routed r(PERF);
+    r.stream << true << 'c' << 7U << static_cast<const void*>(nullptr);
+    EXPECT_EQ(r.text.text(), "yesc7NULL");
+}
+
+TEST(KrMessages, StreamWithoutAFileWritesToStandardOutput) {
+    o_stream none(nullptr);
+    testing::internal::CaptureStdout();
+    none << "text";
+    none.flush();
+    std::fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "text");
+}
+
+TEST(KrMessages, DestructorClosesTheConsole) {
+    FILE* const console = c_out.m_file;
+    c_out.m_file = std::tmpfile();
+    {
+        krOStream stream;
+        stream.insert(stream.end(), &c_out);
+    }
+    EXPECT_EQ(c_out.m_file, nullptr);
+    c_out.m_file = console;
+}
+
 TEST(KrMessages, RestoreOnAnEmptyStackGivesErrors) {
     krOStream stream;
     stream.setMsgLevel(INFO);

@@ -90,6 +90,13 @@ TEST(KrIterator, TextIsSplitAtSemicolonsAndTrimmed) {
     EXPECT_EQ(walk(parm), (Values{5, 7, 16}));
 }
 
+TEST(KrIterator, BlankItemRaises) {
+    krIterator<int> parm("x");
+    parm.setList({7});
+    EXPECT_EQ(infoOf(parm, "8; ;16"), "Invalid value of x = ");
+    EXPECT_EQ(walk(parm), (Values{7}));
+}
+
 TEST(KrIterator, EmptyTextRaises) {
     krIterator<int> parm("x");
     EXPECT_EQ(infoOf(parm, ""), "Empty iterator definition");

@@ -158,6 +158,17 @@ TEST_F(KrLib, RefusedProcessorFallsBackToTheLibrarysDispatch) {
                               "--calling vekInit()\n");
 }
 
+TEST_F(KrLib, WarningOfTheFallBackIsNotTold) {
+    bind();
+    setCpuType(64);
+    s_status = -9;
+    s_initStatus = 5;
+    ConsoleCapture console(ERR);
+    initStaticCpu();
+    EXPECT_EQ(console.text(), "\n--calling vekInitCpu( vekCpuV1=64 )\n--VEK ERROR. status = -9: bad\n"
+                              "--calling vekInit()\n");
+}
+
 TEST_F(KrLib, FailureOfTheFallBackIsToldAndTheRunGoesOn) {
     bind();
     setCpuType(64);
@@ -369,7 +380,7 @@ TEST(KrDetection, ExtendedFamilyIsAddedToFifteen) {
     EXPECT_EQ(detect({1U << 20 | 15U << 8, 0, 0, 1}), 0);
 }
 
-TEST(KrDetection, ExtendedModelCountsInFamilySixAndFifteenOnly) {
+TEST(KrDetection, FamiliesOutsideTheMakersListGoByTheLevels) {
     EXPECT_EQ(detect({1U << 16 | 5U << 8 | 7U << 4, 1U << 19, 0, 1}), 68);
 }
 
@@ -488,6 +499,38 @@ TEST_F(KrLargestCache, LowByteOfTheFirstRegisterThatCountsIsNeverCompared) {
     m_cpu.set(2, 0, {0x80000001U, 0x000000EC, 0x41, 0});
     EXPECT_EQ(ask(), 0);
     EXPECT_EQ(m_size, 128 * 1024);
+}
+
+TEST_F(KrLargestCache, EveryDescriptorHasItsSize) {
+    constexpr struct {
+        unsigned descriptor;
+        int kilobytes;
+    } known[] = {
+        {0xEC, 24576}, {0xEB, 18432}, {0x4D, 16384}, {0xEA, 12288}, {0x4C, 12288}, {0xE4, 8192}, {0xDE, 8192},
+        {0x4B, 8192},  {0x47, 8192},  {0x4E, 6144},  {0x4A, 6144},  {0xE3, 4096},  {0xDD, 4096}, {0xD8, 4096},
+        {0x49, 4096},  {0x29, 4096},  {0x46, 4096},  {0x48, 3072},  {0xE2, 2048},  {0xDC, 2048}, {0xD7, 2048},
+        {0xD2, 2048},  {0x25, 2048},  {0x7D, 2048},  {0x85, 2048},  {0x45, 2048},  {0xD6, 1024}, {0xD1, 1024},
+        {0x23, 1024},  {0x87, 1024},  {0x7C, 1024},  {0x78, 1024},  {0x84, 1024},  {0x44, 1024}, {0xD0, 512},
+        {0x22, 512},   {0x7B, 512},   {0x80, 512},   {0x86, 512},   {0x3E, 512},   {0x7F, 512},  {0x83, 512},
+        {0x43, 512},   {0x3D, 384},   {0x21, 256},   {0x7A, 256},   {0x82, 256},   {0x3C, 256},  {0x3F, 256},
+        {0x42, 256},   {0x3A, 192},   {0x79, 128},   {0x39, 128},   {0x3B, 128},   {0x41, 128},
+    };
+    static_assert(std::size(known) == 55);
+    for (const auto& row : known) {
+        m_cpu.vendor(2);
+        m_cpu.set(2, 0, {row.descriptor << 8 | 1U, 0, 0, 0});
+        EXPECT_EQ(ask(), 0) << row.descriptor;
+        EXPECT_EQ(m_size, row.kilobytes * 1024) << row.descriptor;
+    }
+}
+
+TEST_F(KrLargestCache, ThirtyTwoSubLeavesAreLookedAt) {
+    m_cpu.vendor(4);
+    for (unsigned i = 0; i < 33; ++i) {
+        m_cpu.cache(i, 1, 1, 8, 64 * (i + 1));
+    }
+    EXPECT_EQ(ask(), 0);
+    EXPECT_EQ(m_size, 32 * 32768);
 }
 
 TEST_F(KrLargestCache, UnknownDescriptorsAreNoAnswer) {

@@ -33,10 +33,6 @@ protected:
     void bindLibrary() {
         vekEnvironment = [] {};
         vek_Init = [] { return 0; };
-        for (const krOption* option : session.m_options) {
-            delete option;
-        }
-        session.m_options.clear();
         session.initSession();
     }
 
@@ -185,6 +181,10 @@ TEST_F(KrOptions, LibraryKeysExistWhenTheProbeFindsALibrary) {
     EXPECT_EQ(echoOf({"-N0"}), "-N0: ignored: incorrect number of threads\n");
     EXPECT_EQ(s_numThreads, 0);
     EXPECT_EQ(echoOf({"-N"}), "-N: ignored: incorrect number of threads\n");
+    EXPECT_EQ(echoOf({"-N99999999999999"}), "-N99999999999999: ignored: incorrect number of threads\n");
+    EXPECT_EQ(s_numThreads, 0);
+    EXPECT_EQ(echoOf({"-TUnknown"}), "-TUnknown: call vekInitStaticCpu ( vekCpuUnknown )\n");
+    EXPECT_EQ(s_cpuType, 0);
     vekEnvironment = nullptr;
     const char* missing = "ignored: <vekcore.h> is not included before <vk.h> in test files\n";
     EXPECT_EQ(echoOf({"-N4"}), std::string("-N4: ") + missing);
@@ -502,9 +502,12 @@ TEST_F(KrOptions, EachFileKeyAddsOneMoreFile) {
         EXPECT_TRUE(std::filesystem::exists(dir.path(name))) << name;
     }
     EXPECT_EQ(krSession::m_nameMode, 2);
-    parse({"-q+"});
-    EXPECT_EQ(krSession::m_nameMode, 1);
-    EXPECT_EQ(g_qstrm.size(), 1);
+    for (const Argv& plus : {Argv{"-q+"}, Argv{"-q+", "x"}}) {
+        parse(plus);
+        EXPECT_EQ(krSession::m_nameMode, 1);
+        EXPECT_EQ(g_qstrm.size(), 1);
+    }
+    EXPECT_FALSE(std::filesystem::exists(dir.path("+x_name.csv")));
 }
 
 TEST_F(KrOptions, CapitalLetterAddsToAFileAndSmallOneEmptiesIt) {
@@ -534,9 +537,19 @@ TEST_F(KrOptions, MemoryTableFunctionsStandReadyWithoutAKey) {
 }
 
 TEST_F(KrOptions, OutputLevelIsPerformanceWhileKeysAreParsed) {
-    parse({"-LERR"});
-    EXPECT_EQ(g_ostrm.outLevel(), ERR) << "put back by the capture";
-    EXPECT_EQ(text, "Command line options: \n-LERR: write errors to console\n");
+    std::string program = dir.path("rig.exe");
+    std::string key = "-LERR";
+    char* argv[] = {program.data(), key.data(), nullptr};
+    ConsoleCapture console(ERR);
+    EXPECT_TRUE(session.parseCommandLine(2, argv));
+    EXPECT_EQ(g_ostrm.outLevel(), ERR | WARN | PERF);
+    EXPECT_EQ(console.text(), "Command line options: \n-LERR: write errors to console\n");
+}
+
+TEST_F(KrOptions, NewSessionStateHasTheTableOnce) {
+    const int before = session.m_options.size();
+    session.initSession();
+    EXPECT_EQ(session.m_options.size(), before);
 }
 
 // ---------------------------------------------------------------------------------------------------------- help

@@ -107,10 +107,20 @@ TEST(KrReportFormat, TextWithoutAFittingBlankIsNotCut) {
     krString piece = "kept";
     EXPECT_FALSE(krReportFormat::getPieceItem(text, piece, 5));
     EXPECT_STREQ(text.c_str(), "aaaaaaaa");
-    EXPECT_STREQ(piece.c_str(), "kept");
+    EXPECT_STREQ(piece.c_str(), "aaaaaaaa");
     text = "short";
+    piece = "kept";
     EXPECT_FALSE(krReportFormat::getPieceItem(text, piece, 5));
     EXPECT_STREQ(text.c_str(), "short");
+    EXPECT_STREQ(piece.c_str(), "kept");
+}
+
+TEST(KrReportFormat, TextIsCutAtItsFirstBlankIfThatStandsBeyondTheLimit) {
+    krString text = "aaaaaaaa bbb ccc";
+    krString piece;
+    EXPECT_TRUE(krReportFormat::getPieceItem(text, piece, 5));
+    EXPECT_STREQ(piece.c_str(), "aaaaaaaa");
+    EXPECT_STREQ(text.c_str(), "bbb ccc");
 }
 
 TEST(KrReportFormat, TextIsCutAtItsFirstNewline) {

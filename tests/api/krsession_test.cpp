@@ -184,6 +184,15 @@ TEST_F(KrSessionRun, PhasesHaveTheirOrder) {
     g_pHotList = nullptr;
 }
 
+TEST_F(KrSessionRun, ProcessorReportAloneIsATest) {
+    EXPECT_EQ(run({"-B"}), 0);
+    EXPECT_TRUE(told("| -OK         __krOrvanCpu "));
+    EXPECT_TRUE(told("| .Number of tests : 1 "));
+    EXPECT_TRUE(told("| .Successes       : 1 "));
+    delete g_pHotList;
+    g_pHotList = nullptr;
+}
+
 TEST_F(KrSessionRun, UnsortedRunKeepsTheRegistrationOrder) {
     krRegTest(new Chosen("veksB"));
     krRegTest(new Chosen("veksA"));
@@ -261,8 +270,9 @@ TEST_F(KrSessionRun, FailedParseStillWritesTheSignalFile) {
 
 TEST_F(KrSessionRun, ExclusionOfEverythingStillReports) {
     krRegTest(new Chosen("veksA"));
-    EXPECT_EQ(run({"-B", "-f=none", "-HO"}), 0);
+    EXPECT_EQ(run({"-B", "-HO"}), 0);
     EXPECT_EQ(Chosen::s_ran, "");
+    EXPECT_TRUE(told("| .Number of tests : 0 ")) << "the processor report is no hot test";
     EXPECT_EQ(s_phases, "init parse options start header common title footer signal ");
     EXPECT_TRUE(told("KR Summary"));
     delete g_pHotList;
@@ -349,7 +359,12 @@ TEST_F(KrSessionRun, RegistrationCreatesItsLists) {
     krDefault<int> parm(1, "p");
     EXPECT_EQ(krRegParm(parm), 1);
     EXPECT_EQ(*g_pParmList->begin(), &parm);
+    const auto timing = [](krTool& /*tool*/) {};
+    void (*const timingFunc)(krTool&) = timing;
+    EXPECT_EQ(krRegTimingMethod(timingFunc), 1);
+    EXPECT_EQ(initTimingMethod, timingFunc);
     EXPECT_EQ(krRegTimingMethod(nullptr), 1);
+    EXPECT_EQ(initTimingMethod, nullptr);
     EXPECT_EQ(krRegParmFunc(nullptr), 1);
     krSession* before = pSession;
     EXPECT_EQ(krRegSession(&session), 1);

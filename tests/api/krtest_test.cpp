@@ -203,6 +203,156 @@ TEST_F(KrTestRun, WarningAtErrorLevelStaysOkAndIsWritten) {
     EXPECT_EQ(run(test, ERR), krAccurFail);
 }
 
+TEST_F(KrTestRun, HiddenWarningReachesTheOutputAllTheSame) {
+    struct Outputs : Noted {
+        void outputResult(krResult result) override { seen = result; }
+        krResult seen = krUndefined;
+    } test;
+    test.time = [] { return krAccurWrn; };
+    EXPECT_EQ(run(test, ERR), krOk);
+    EXPECT_EQ(test.seen, krAccurWrn);
+}
+
+TEST_F(KrTestRun, MemoryIsShownBeforeAndAfterTheMeasurement) {
+    struct Shown : Noted {
+        int printAllMemoryBlocks(const krString& title) override {
+            log += std::string("<") + title.c_str() + "> ";
+            return 0;
+        }
+    } test;
+    test.withParms = false;
+    run(test);
+    EXPECT_NE(test.log.find("<before function calls> time <after function calls> flush"), std::string::npos)
+        << test.log;
+    test.time = [] { return krUndefined; };
+    run(test, ERR);
+    EXPECT_NE(test.log.find("<before function calls> time flush"), std::string::npos) << test.log;
+}
+
+TEST_F(KrTestRun, SetAndUseReservesTheVectorsOfEachLine) {
+    struct Owner final : krObject {
+        bool reserveCopy() override { return ++copies > 0; }
+        int copies = 0;
+    } owner;
+    void* const block = krMalloc(8, 0, 0, &owner);
+    Noted test;
+    run(test);
+    EXPECT_EQ(owner.copies, 0);
+    g_tool.m_setUse = true;
+    run(test);
+    EXPECT_EQ(owner.copies, 4);
+    krFree(block);
+}
+
+TEST_F(KrTestRun, RowsHeldBackStandBehindAllOthers) {
+    Noted test;
+    test.a.addDeprecated(1, "old");
+    EXPECT_EQ(run(test), krOk);
+    EXPECT_EQ(rows, "veksFoo,1,10,-,nLps=1,100, ,0.1,-\n"
+                    "veksFoo,1,20,-,nLps=1,100, ,0.1,-\n"
+                    "veksFoo,2,10,-,nLps=1,100, ,0.1,-\n"
+                    "veksFoo,2,20,-,nLps=1,100, ,0.1,-\n"
+                    "veksFoo,old,10,-,deprecated,100, ,0.1,-\n"
+                    "veksFoo,old,20,-,deprecated,100, ,0.1,-\n");
+}
+
+// A test whose only vector has `size` bytes, on a processor with a cache of 64 KB.
+class KrCacheRun : public KrTestRun {
+protected:
+    struct Sized : Noted {
+        void beginTest() override {
+            initSettings();
+            a.setList({start});
+            regCacheParm(a, nullptr);
+        }
+        bool initData() override {
+            block = krTest::allocate(a.value(), 0);
+            return block != nullptr;
+        }
+        void flushData() override {
+            krTest::deallocate(block);
+            block = nullptr;
+        }
+        krString getComment() override { return krTest::getComment(); }
+        int start = 1000;
+        void* block = nullptr;
+    };
+    KrCacheRun() {
+        cpu.vendor(4);
+        cpu.cache(0, 1, 1, 8, 128);
+        kr_vekForgetMaxCacheSizeB();
+        krTest::m_cache = true;
+    }
+    ~KrCacheRun() override { kr_vekForgetMaxCacheSizeB(); }
+    PlayedCpu cpu;
+};
+
+TEST_F(KrCacheRun, LineIsRepeatedUntilItsDataFitTheState) {
+    Sized test;
+    EXPECT_EQ(run(test), krOk);
+    EXPECT_EQ(rows, "veksFoo,8000,-,-,inCache nLps=1,100, ,0.1,-\n"
+                    "veksFoo,128000,-,-,outofCache nLps=1,100, ,0.1,-\n");
+    EXPECT_TRUE(told("      inCache try: cacheParm=1000 totalSize=1000 < 6553\n")) << text;
+    EXPECT_FALSE(told("-- Fail to allocate"));
+}
+
+TEST_F(KrCacheRun, SizeThatCanNotFitIsTold) {
+    struct Huge : Sized {
+        bool initData() override {
+            block = krTest::allocate(1000000, 0);
+            return true;
+        }
+    } test;
+    test.start = 1;
+    EXPECT_EQ(run(test, ERR), krDataFail);
+    EXPECT_EQ(rows, "");
+    EXPECT_TRUE(told("      inCache try: cacheParm=1 totalSize=1000000 > 58982\n")) << text;
+    EXPECT_TRUE(told("-- Fail to allocate inCache data\n"));
+    EXPECT_FALSE(told("-- One of argument list"));
+    EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr);
+}
+
+TEST_F(KrTestRun, TraceLogDoesNotGrowWithTheGridAndStartsEmpty) {
+    Noted test;
+    g_trace.m_log = "old";
+    run(test);
+    const int length = g_trace.m_log.length();
+    EXPECT_EQ(g_trace.m_log.find("old"), -1);
+    struct Wide : Noted {
+        void beginTest() override {
+            Noted::beginTest();
+            for (int i = 3; i < 30; ++i) {
+                a.add(i);
+            }
+        }
+    } wide;
+    run(wide);
+    EXPECT_EQ(g_trace.m_log.length(), length);
+}
+
+TEST_F(KrTestRun, BadStatusOfAnyLineMarksTheTestAndTheNextRunStartsClean) {
+    Noted test;
+    int line = 0;
+    test.time = [&line] {
+        krTool::ctrlStart();
+        ++line;
+        if (line == 1) {
+            const double denormal = 4.9406564584124654e-324;
+            __asm__ volatile("fldl %0\n\tfstp %%st(0)" : : "m"(denormal));
+        } else if (line == 2) {
+            kr_set_ssx(2, 2);
+        }
+        krTool::ctrlStop();
+        return krOk;
+    };
+    EXPECT_EQ(run(test), krBadStsWrn);
+    EXPECT_TRUE(test.m_bad87);
+    EXPECT_TRUE(test.m_badSSX);
+    EXPECT_EQ(run(test), krOk);
+    EXPECT_FALSE(test.m_bad87);
+    EXPECT_FALSE(test.m_badSSX);
+}
+
 TEST_F(KrTestRun, UndefinedTimingIsAFailure) {
     Noted test;
     test.time = [] { return krUndefined; };

@@ -8,6 +8,8 @@
 
 #include <functional>
 #include <string>
+#include <sys/resource.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -126,6 +128,11 @@ TEST_F(KrToolRun, LoopFactorShiftsTheBoundsOfAuto) {
     tool.setLoopFactor(-2);
     EXPECT_EQ(tool.m_factorStart, 4);
     EXPECT_EQ(tool.m_factorStop, 8192);
+    for (const int far : {-40, -2147483647 - 1}) {
+        tool.setLoopFactor(far);
+        EXPECT_EQ(tool.m_factorStart, 2147483647);
+        EXPECT_EQ(tool.m_factorStop, 2147483647);
+    }
     tool.setLoopFactor(0);
     EXPECT_EQ(tool.m_factorStart, 0);
     EXPECT_EQ(tool.m_factorStop, 0);
@@ -521,6 +528,57 @@ TEST_F(KrToolRun, SetAndUseResetsTheVectorsBeforeEachTimedCall) {
     EXPECT_EQ(run(nullptr, stat, call), krOk);
     EXPECT_EQ(owner.resets, 7);
     krFree(block);
+}
+
+int s_nice = 0;
+
+krResult notePriority(int loops, long long* clocks) {
+    s_nice = getpriority(PRIO_PROCESS, 0);
+    return loop(loops, clocks);
+}
+
+krResult notePriorityStat(int* calls, long long* clocks) {
+    s_nice = getpriority(PRIO_PROCESS, 0);
+    return stat(calls, clocks);
+}
+
+int notePriorityCall() {
+    s_nice = getpriority(PRIO_PROCESS, 0);
+    return 0;
+}
+
+TEST_F(KrToolRun, MeasuredCallsHaveThePriorityOfTheSetting) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "priorities need root rights";
+    }
+    const int before = getpriority(PRIO_PROCESS, 0);
+    krTool::m_priority = 3;
+    tool.setMethodLoop(5);
+    EXPECT_EQ(run(notePriority), krOk);
+    EXPECT_EQ(s_nice, 10);
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
+    tool.setMethodStat(2, 0);
+    s_nice = 0;
+    EXPECT_EQ(run(nullptr, notePriorityStat), krOk);
+    EXPECT_EQ(s_nice, 10);
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
+    tool.m_setUse = true;
+    tool.setMethodLoop(5);
+    EXPECT_EQ(run(notePriority, nullptr, notePriorityCall), krOk);
+    EXPECT_EQ(s_nice, before) << "a set-and-use call is not bracketed";
+}
+
+TEST_F(KrToolRun, SetAndUseCallsAreNotGuarded) {
+    tool.m_setUse = true;
+    tool.setMethodLoop(1);
+    krTest::clearCtrlStatus();
+    const unsigned before = kr_get_ssx();
+    run(loop, nullptr, [] {
+        kr_set_ssx(2, 2);
+        return 0;
+    });
+    EXPECT_FALSE(g_ssx.badStatus());
+    kr_set_ssx(before, 0xFFFF);
 }
 
 TEST_F(KrToolRun, SetAndUseWithoutCallIsUndefined) {

@@ -39,6 +39,25 @@ TEST(KrTrace, NothingShowsBelowTheTraceLevel) {
     EXPECT_STREQ(trace.m_log.c_str(), "****** trace into   run\n****** trace out of run\n");
 }
 
+TEST(KrTrace, ConsoleIsFlushedOnlyIfTheMessagePasses) {
+    const TestDir dir;
+    for (const OutputLevel level : {ERR | WARN | PERF, ERR | WARN | PERF | TRACE}) {
+        const std::string name = level > TRACE ? "shown" : "hidden";
+        krList<o_stream*> saved;
+        g_ostrm.swap(saved);
+        const OutputLevel before = g_ostrm.outLevel();
+        g_ostrm.setOutLevel(level);
+        ASSERT_TRUE(g_ostrm.addStream(dir.path(name).c_str(), false));
+        g_ostrm << "text\n";
+        krTrace trace;
+        trace.traceIn("a");
+        EXPECT_EQ(dir.read(name).empty(), level < TRACE);
+        g_ostrm.close();
+        g_ostrm.setOutLevel(before);
+        g_ostrm.swap(saved);
+    }
+}
+
 TEST(KrTrace, MessageLevelComesBack) {
     krTrace trace;
     const MessageLevel level = g_ostrm.msgLevel();

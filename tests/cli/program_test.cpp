@@ -288,3 +288,17 @@ TEST(ProgramRun, ProcessorReportRunsAloneAndOnlyTheNameTableIsMade) {
               rig.masked("kelvarrig_name.csv"));
     EXPECT_NE("", lineOf(run.out, "| -OK         veksAutoScale_16s"));
 }
+
+TEST(ProgramRun, ProcessorAndThreadsOfTheKeysReachTheLibraryBeforeTheMessageOfItsBinding) {
+    const RigDirectory rig(KELVARRIG, "kelvarrig");
+    const RigResult run = rig.run({"-B", "-f=none", "-TUnknown", "-N1", "-o", "-LTRACE"});
+    EXPECT_EQ(0, run.exitCode);
+    const std::string expected = "\n--calling vekInitCpu( vekCpuUnknown=0 )\n--status = vekStsNoErr\n"
+                                 "\n--calling vekSetNumThreads( 1 )\n--status = vekStsNoErr\n"
+                                 "\nVEK Core library functions have been integrated into KR\n"
+                                 "VEK libraries information has been set into KR\n";
+    EXPECT_EQ(1, countOf(run.out, expected));
+    EXPECT_EQ(1, countOf(rig.read("kelvarrig.txt"), expected));
+    const std::string end = "****** trace out of main\n";
+    EXPECT_TRUE(run.out.size() > end.size() && run.out.substr(run.out.size() - end.size()) == end);
+}

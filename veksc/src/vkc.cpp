@@ -10,9 +10,10 @@ static void readVersionTexts(const void* version, krString texts[3]) {
     texts[2] = record->BuildDate;
 }
 
+static const bool regVersionTexts = krRegVersionTexts(readVersionTexts) != 0;
+
 // Each call goes through a function of its own, since the types of status and processor are the library's.
 void vkSetVekEnvironment() {
-    krVersionTexts = readVersionTexts;
     vek_GetCpuType = []() -> int { return vekGetCpuType(); };
     vek_GetNumCoresOnDie = []() -> int { return vekGetNumCoresOnDie(); };
     vek_GetMaxCacheSizeB = [](int* size) -> int { return vekGetMaxCacheSizeB(size); };
