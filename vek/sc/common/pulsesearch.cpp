@@ -212,7 +212,7 @@ Best searchPair(const Vek16s* d, const Vek16s (*rr)[kSub], const Start& start, i
             const int j = other + Tracks * l;
             const int c = d[i] + correlation[l];
             const int e = sat16_64((e1 + second[l] + times(row[j], w.both)) >> 16);
-            if (best.take((c * c) >> 15, e)) {
+            if (best.take(static_cast<int>((int64_t{c} * c) >> 15), e)) {
                 found = c;
                 foundFirst = i;
                 foundOther = j;
