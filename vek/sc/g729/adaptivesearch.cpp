@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/pitchcorr.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/adaptivevector.h"
 #include "sc/kernels/corr.h"
@@ -16,8 +17,7 @@ using namespace vek::g729;
 
 namespace {
 
-constexpr int kMargin = 4;
-constexpr int kMostDelays = 10 + 2 * kMargin;
+constexpr int kMostDelays = 10 + 2 * kPitchMargin;
 constexpr int kLastThird = 84;
 
 struct Range {
@@ -36,61 +36,6 @@ int32_t product(const Vek16s* a, const Vek16s* b, int n = kSubframe) {
     return sat32(2 * corrKernels().dot16(a, b, n));
 }
 
-// y = x * h, h in Q12.
-void convolve(const Vek16s* x, const Vek16s* h, Vek16s* y) {
-    Vek16s turned[kSubframe];
-    std::reverse_copy(h, h + kSubframe, turned);
-    for (int n = 0; n < kSubframe; ++n) {
-        y[n] = extract_h(L_shl(product(x, turned + kSubframe - 1 - n, n + 1), 3));
-    }
-}
-
-// The correlations of the target with the filtered excitation of each delay, each over the root of its energy.
-void normalisedCorrelations(const Vek16s* exc, const Vek16s* target, const Vek16s* h, int first, int last,
-                            Vek16s* out) {
-    Vek16s y[kSubframe];
-    convolve(exc - first, h, y);
-    const bool strong = product(y, y) > 67108864;
-    const int drop = strong ? 2 : 0;
-    if (strong) {
-        for (Vek16s& v : y) {
-            v = static_cast<Vek16s>(v >> 2);
-        }
-    }
-    for (int delay = first; delay <= last; ++delay) {
-        Vek32s root = product(y, y);
-        veksInvSqrt_32s_I(&root, 1);
-        int16_t high = 0;
-        int16_t low = 0;
-        int16_t rootHigh = 0;
-        int16_t rootLow = 0;
-        L_Extract(product(target, y), high, low);
-        L_Extract(root, rootHigh, rootLow);
-        out[delay - first] = extract_h(L_shl(Mpy_32(high, low, rootHigh, rootLow), 16));
-        // One sample more of delay: the response goes one on and takes in one sample of the past.
-        const Vek16s fresh = exc[-delay - 1];
-        for (int j = kSubframe - 1; j > 0; --j) {
-            y[j] = sat16(sat16((fresh * h[j]) >> (12 + drop)) + y[j - 1]);
-        }
-        y[0] = static_cast<Vek16s>(fresh >> drop);
-    }
-}
-
-// The correlation at `thirds` of a sample (-2..2) from x[0].
-Vek16s between(const Vek16s* x, int thirds) {
-    constexpr Vek16s sinc[13] = {29519, 24906, 13896, 2755, -3459, -3969, -1561, 534, 1023, 516, 0, -194, 0};
-    if (thirds < 0) {
-        thirds += 3;
-        --x;
-    }
-    int32_t sum = 0;
-    for (int i = 0; i < kMargin; ++i) {
-        sum = L_mac(sum, x[-i], sinc[thirds + 3 * i]);
-        sum = L_mac(sum, x[1 + i], sinc[3 - thirds + 3 * i]);
-    }
-    return round_s(sum);
-}
-
 struct Delay {
     int whole;
     int thirds;
@@ -101,8 +46,8 @@ struct Delay {
 Delay closedLoop(const Vek16s* exc, const Vek16s* target, const Vek16s* h, const Range& range, bool always,
                  bool coarse) {
     Vek16s correlations[kMostDelays];
-    normalisedCorrelations(exc, target, h, range.first - kMargin, range.last + kMargin, correlations);
-    const Vek16s* at = correlations + kMargin - range.first;
+    pitchCorrelations(exc, target, h, range.first - kPitchMargin, range.last + kPitchMargin, correlations);
+    const Vek16s* at = correlations + kPitchMargin - range.first;
     int delay = range.first;
     for (int i = range.first + 1; i <= range.last; ++i) {
         if (at[i] >= at[delay]) {
@@ -115,9 +60,9 @@ Delay closedLoop(const Vek16s* exc, const Vek16s* target, const Vek16s* h, const
     }
     int thirds = from == -2 ? 0 : -2;
     const int last = from == 1 ? 0 : 2;
-    Vek16s best = between(at + delay, thirds);
+    Vek16s best = pitchCorrelationBetween(at + delay, 2 * thirds);
     for (int i = thirds + 1; i <= last; ++i) {
-        const Vek16s value = between(at + delay, i);
+        const Vek16s value = pitchCorrelationBetween(at + delay, 2 * i);
         if (value > best) {
             best = value;
             thirds = i;
@@ -267,7 +212,7 @@ VekStatus veksAdaptiveCodebookGain_G729_16s(const Vek16s* pSrcAdptTarget, const 
     if (anyNull(pSrcAdptTarget, pSrcImpulseResponse, pSrcAdptVector, pDstAdptVector, pResultAdptGain)) {
         return vekStsNullPtrErr;
     }
-    convolve(pSrcAdptVector, pSrcImpulseResponse, pDstAdptVector);
+    convolveSubframe(pSrcAdptVector, pSrcImpulseResponse, pDstAdptVector);
     *pResultAdptGain = gainOf(pSrcAdptTarget, pDstAdptVector);
     return vekStsNoErr;
 }

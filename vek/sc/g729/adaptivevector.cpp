@@ -1,4 +1,4 @@
-// Adaptive codebook vector: the past excitation delayed by thirds of a sample.
+// Adaptive codebook vector: the past excitation delayed by sixths of a sample.
 // Where the delay is short the vector feeds itself: it is made in stretches that lie wholly behind it.
 #include "sc/g729/adaptivevector.h"
 
@@ -22,17 +22,21 @@ namespace {
 constexpr int kReach = 10;
 constexpr int kTaps = 2 * kReach;
 
-// The windowed sinc at thirds of a sample from its middle on, Q15.
-constexpr int16_t kSinc[31] = {29443, 25207, 14701, 3143, -4402, -5850, -2783, 1211, 3130, 2259, 0,
-                               -1652, -1666, -464,  756,  1099,  550,   -245,  -634, -451, 0,    308,
-                               296,   78,    -120,  -165, -79,   34,    91,    70,   0};
+// The windowed sinc at sixths of a sample from its middle on, Q15.
+constexpr int16_t kSinc[61] = {29443, 28346, 25207, 20449, 14701, 8693, 3143, -1352, -4402, -5865, -5850, -4673, -2783,
+                               -672,  1211,  2536,  3130,  2991,  2259, 1170, 0,     -1001, -1652, -1868, -1666, -1147,
+                               -464,  218,   756,   1060,  1099,  904,  550,  135,   -245,  -514,  -634,  -602,  -451,
+                               -231,  0,     191,   308,   340,   296,  198,  78,    -36,   -120,  -163,  -165,  -132,
+                               -79,   -19,   34,    73,    91,    89,   70,   38,    0};
+constexpr int kParts = 6;
 
-// Whole samples back, and the third to go on from there.
+// Whole samples back, and the sixth to go on from there.
 struct Delay {
     int whole;
-    int third;
+    int part;
 
-    Delay(int delay, int fraction) : whole(fraction > 0 ? delay + 1 : delay), third(fraction > 0 ? 2 : -fraction) {}
+    Delay(int delay, int sixths)
+        : whole(sixths > 0 ? delay + 1 : delay), part(sixths > 0 ? kParts - sixths : -sixths) {}
     // Samples that can be made before the filter meets the first of them.
     int stretch() const { return std::max(whole - kReach, 1); }
 };
@@ -42,10 +46,10 @@ template <typename T>
 struct Taps {
     T at[kTaps];
 
-    Taps(int third, T unit) {
+    Taps(int part, T unit) {
         for (int i = 0; i < kReach; ++i) {
-            at[kReach - 1 - i] = static_cast<T>(kSinc[third + 3 * i] * unit);
-            at[kReach + i] = static_cast<T>(kSinc[3 - third + 3 * i] * unit);
+            at[kReach - 1 - i] = static_cast<T>(kSinc[part + kParts * i] * unit);
+            at[kReach + i] = static_cast<T>(kSinc[kParts - part + kParts * i] * unit);
         }
     }
 };
@@ -55,11 +59,11 @@ bool badDelay(int delay, int fraction) {
 }
 
 // Step by step in the order of the recommendation: outwards from the middle.
-int16_t interpolated(const int16_t* x, int third) {
+int16_t interpolated(const int16_t* x, int part) {
     int32_t sum = 0;
     for (int i = 0; i < kReach; ++i) {
-        sum = L_mac(sum, x[-i], kSinc[third + 3 * i]);
-        sum = L_mac(sum, x[1 + i], kSinc[3 - third + 3 * i]);
+        sum = L_mac(sum, x[-i], kSinc[part + kParts * i]);
+        sum = L_mac(sum, x[1 + i], kSinc[kParts - part + kParts * i]);
     }
     return round_s(sum);
 }
@@ -67,9 +71,13 @@ int16_t interpolated(const int16_t* x, int third) {
 } // namespace
 
 void vek::g729::adaptiveVector(int16_t* exc, int delay, int fraction) {
-    const Delay back(delay, fraction);
+    adaptiveVectorSixths(exc, delay, 2 * fraction);
+}
+
+void vek::g729::adaptiveVectorSixths(int16_t* exc, int delay, int sixths) {
+    const Delay back(delay, sixths);
     const int16_t* x = exc - back.whole;
-    Taps<int16_t> taps(back.third, 1);
+    Taps<int16_t> taps(back.part, 1);
     std::reverse(taps.at, taps.at + kTaps);
     const int64_t gain = sumAbs(taps.at, kTaps);
     const int stretch = back.stretch();
@@ -80,7 +88,7 @@ void vek::g729::adaptiveVector(int16_t* exc, int delay, int fraction) {
             filterKernels().fir16(taps.at, kTaps - 1, x + i + kReach, exc + i, count, 15);
         } else {
             for (int k = i; k < i + count; ++k) {
-                exc[k] = interpolated(x + k, back.third);
+                exc[k] = interpolated(x + k, back.part);
             }
         }
     }
@@ -115,8 +123,8 @@ VekStatus veksDecodeAdaptiveVector_G729_32f_I(const Vek32s* pSrcDelay, Vek32f* p
     if (badDelay(pSrcDelay[0], pSrcDelay[1])) {
         return vekStsRangeErr;
     }
-    const Delay back(pSrcDelay[0], pSrcDelay[1]);
-    const Taps<float> taps(back.third, 1.0F / 32768);
+    const Delay back(pSrcDelay[0], 2 * pSrcDelay[1]);
+    const Taps<float> taps(back.part, 1.0F / 32768);
     for (int i = 0; i < kSubframe; ++i) {
         pSrcDst[i] = corrKernels().dot32f(pSrcDst - back.whole + i - kReach + 1, taps.at, kTaps);
     }

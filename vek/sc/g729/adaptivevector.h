@@ -11,5 +11,7 @@ constexpr int kPastExcitation = 154;
 
 // Writes exc[0..39] from the excitation delay + fraction / 3 samples before; fraction -1..1.
 void adaptiveVector(int16_t* exc, int delay, int fraction);
+// The same at delay + sixths / 6; sixths -3..3.
+void adaptiveVectorSixths(int16_t* exc, int delay, int sixths);
 
 } // namespace vek::g729

@@ -2,10 +2,10 @@
 // codebook's share.
 #include <cstdlib>
 
+#include "sc/common/energylevel.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
-#include "veksc_filter.h"
 #include "veksc_g729pitch.h"
 
 using namespace vek;
@@ -30,22 +30,7 @@ int32_t sumOfMagnitudes(const Vek16s* x) {
     return sum;
 }
 
-// The share of a new gain in the moving one, Q12: 0.1 * sqrt(in / out).
-Vek16s energyShare(int32_t in, int32_t out) {
-    constexpr Vek16s share = 32767 - 29491;
-    if (in == 0) {
-        return 0;
-    }
-    const int shiftOut = norm_l(out) - 1;
-    const int shiftIn = norm_l(in);
-    // The quotient out / in is at most 1 in Q15, since the divisor has one bit more.
-    const Vek16s quotient = div_s(round_s(L_shl(out, shiftOut)), round_s(L_shl(in, shiftIn)));
-    Vek32s root = L_shr(quotient * 128, shiftOut - shiftIn);
-    veksInvSqrt_32s_I(&root, 1);
-    return mult(round_s(L_shl(root, 9)), share);
-}
-
-// The same in Q14 for sums of magnitudes: 0.0125 * in / out.
+// The share of a new gain in the moving one, Q14, for sums of magnitudes: 0.0125 * in / out.
 Vek16s magnitudeShare(int32_t in, int32_t out) {
     constexpr Vek16s share = 410;
     const int shiftIn = norm_l(in);
@@ -66,18 +51,7 @@ VekStatus veksGainControl_G729A_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16
     if (anyNull(pSrc, pSrcDst, pGain)) {
         return vekStsNullPtrErr;
     }
-    const int32_t out = quarteredEnergy(pSrcDst);
-    if (out == 0) {
-        *pGain = 0;
-        return vekStsNoErr;
-    }
-    const Vek16s share = energyShare(quarteredEnergy(pSrc), out);
-    Vek16s gain = *pGain;
-    for (int i = 0; i < kSubframe; ++i) {
-        gain = add(mult(gain, 29491), share);
-        pSrcDst[i] = sat16((pSrcDst[i] * gain) >> 12);
-    }
-    *pGain = gain;
+    levelByEnergy(quarteredEnergy(pSrc), quarteredEnergy(pSrcDst), pSrcDst, kSubframe, *pGain);
     return vekStsNoErr;
 }
 

@@ -1,0 +1,42 @@
+// Line spectral frequencies: their cosines, and the interpolation between two frames.
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/g729/lsptables.h"
+#include "veksc_gsmamr.h"
+
+using namespace vek;
+using namespace vek::fix;
+using vek::g729::kCos;
+using vek::g729::kOrder;
+
+VekStatus veksInterpolate_GSMAMR_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len) {
+    if (anyNull(pSrc1, pSrc2, pDst)) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    for (int i = 0; i < len; ++i) {
+        pDst[i] = sat16((pSrc1[i] >> 2) + (pSrc2[i] - (pSrc2[i] >> 2)));
+    }
+    return vekStsNoErr;
+}
+
+VekStatus veksLSFToLSP_GSMAMR_16s(const Vek16s* pLSF, Vek16s* pLSP) {
+    constexpr int half = 16384;
+    if (anyNull(pLSF, pLSP)) {
+        return vekStsNullPtrErr;
+    }
+    for (int i = 0; i < kOrder; ++i) {
+        if (pLSF[i] < 0 || pLSF[i] > half) {
+            return vekStsRangeErr;
+        }
+    }
+    for (int i = 0; i < kOrder; ++i) {
+        const int step = pLSF[i] >> 8;
+        const int within = pLSF[i] & 0xff;
+        const int rise = within == 0 ? 0 : kCos[step + 1] - kCos[step];
+        pLSP[i] = static_cast<Vek16s>(kCos[step] + (rise * within >> 8));
+    }
+    return vekStsNoErr;
+}

@@ -1,0 +1,234 @@
+// The data of the pulse searches: target filtered backwards, signs, correlation matrix in the order of tracks.
+#include "sc/gsmamr/pulsesearch.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "sc/common/correlate.h"
+#include "sc/common/fixmath.h"
+#include "sc/kernels/filter.h"
+#include "veksc_filter.h"
+
+using namespace vek;
+using namespace vek::fix;
+
+namespace {
+
+constexpr int kLen = kPulsePositions;
+
+// How positions are dealt out to tracks: position = lane * tracks + track.
+template <int Tracks, int Width>
+struct Layout {
+    static constexpr int kTracks = Tracks;
+    static constexpr int kCount = kLen / Tracks;
+    static constexpr int kStride = Tracks * Width;
+    static constexpr int slot(int position) { return position % Tracks * Width + position / Tracks; }
+    static constexpr int row(int position) { return position % Tracks * kCount + position / Tracks; }
+    static int position(Pulse p) { return p.lane * Tracks + p.track; }
+};
+using Five = Layout<5, 8>;
+using Four = Layout<4, 16>;
+
+int32_t inverseRoot(int32_t v) {
+    veksInvSqrt_32s_I(&v, 1);
+    return v;
+}
+
+// The target filtered backwards, as large as the maxima of the tracks allow.
+template <class L>
+void backward(const Vek16s* target, const Vek16s* h, int drop, Vek16s* dn) {
+    alignas(32) Vek16s a[kLen + kCorrPadding] = {};
+    alignas(32) Vek16s b[kLen + kCorrPadding] = {};
+    std::memcpy(a, target, kLen * sizeof(Vek16s));
+    std::memcpy(b, h, kLen * sizeof(Vek16s));
+    int32_t sums[kLen];
+    correlate(a, b, kLen, kLen, [&sums](int k, int64_t sum) { sums[k] = sat32(2 * sum); });
+    int32_t total = 5;
+    for (int t = 0; t < L::kTracks; ++t) {
+        int32_t most = 0;
+        for (int i = t; i < kLen; i += L::kTracks) {
+            most = std::max(most, L_abs(sums[i]));
+        }
+        total = L_add(total, most >> 1);
+    }
+    const int shift = norm_l(total) - drop;
+    for (int i = 0; i < kLen; ++i) {
+        dn[i] = round_s(L_shl(sums[i], shift));
+    }
+}
+
+// The response with an energy a little below 1.0. Tells whether no sum of its products leaves 32 bits.
+bool normalise(const Vek16s* h, Vek16s* scaled) {
+    const int32_t energy = sat32(2 * corrKernels().dot16(h, h, kLen) + 2);
+    if (extract_h(energy) == 32767) {
+        for (int i = 0; i < kLen; ++i) {
+            scaled[i] = static_cast<Vek16s>(h[i] >> 1);
+        }
+        return 2 * corrKernels().dot16(scaled, scaled, kLen) <= kMax32;
+    }
+    const Vek16s factor = mult(extract_h(L_shl(inverseRoot(energy >> 1), 7)), 32440);
+    for (int i = 0; i < kLen; ++i) {
+        scaled[i] = round_s(L_shl(L_mult(h[i], factor), 9));
+    }
+    return true;
+}
+
+void saturatingRows(const Vek16s* h, int32_t* rows) {
+    for (int d = 0; d < kLen; ++d) {
+        int32_t sum = 0;
+        for (int m = 0; m + d < kLen; ++m) {
+            sum = L_mac(sum, h[m], h[m + d]);
+            rows[m * kLen + d] = sum >> 1;
+        }
+    }
+}
+
+// Where the matrix's elements stand among the signed rows, in the order of tracks.
+template <class L>
+constexpr std::array<uint16_t, kLen * kLen> places() {
+    std::array<uint16_t, kLen * kLen> at{};
+    for (int i = 0; i < kLen; ++i) {
+        for (int j = 0; j < kLen; ++j) {
+            const int last = i > j ? i : j;
+            const int first = i > j ? j : i;
+            at[static_cast<size_t>(L::row(i) * kLen + L::row(j))] = static_cast<uint16_t>(last * kLen + last - first);
+        }
+    }
+    return at;
+}
+template <class L>
+constexpr auto kPlaces = places<L>();
+
+template <class L>
+void fill(const Vek16s* h, const Vek16s* dn, const Vek16s* sign, PulseField& field) {
+    alignas(32) Vek16s scaled[kLen];
+    alignas(32) int32_t rows[kLen * kLen];
+    alignas(32) Vek16s signedRows[kLen * kLen];
+    if (normalise(h, scaled)) {
+        filterKernels().corrRows16(scaled, rows);
+    } else {
+        std::fill_n(rows, kLen * kLen, 0);
+        saturatingRows(scaled, rows);
+    }
+    pulseKernels().signRows(rows, sign, signedRows);
+    constexpr int width = L::kStride / L::kTracks;
+    if constexpr (width != L::kCount) {
+        std::memset(field.dn, 0, sizeof field.dn);
+        std::memset(field.energy, 0, sizeof field.energy);
+    }
+    for (int i = 0; i < kLen; ++i) {
+        field.dn[L::slot(i)] = dn[i];
+        field.energy[L::slot(i)] = signedRows[i * kLen];
+    }
+    const uint16_t* at = kPlaces<L>.data();
+    Vek16s* to = field.rr;
+    for (int i = 0; i < kLen; ++i) {
+        for (int t = 0; t < L::kTracks; ++t) {
+            for (int k = 0; k < L::kCount; ++k) {
+                to[k] = signedRows[at[k]];
+            }
+            for (int k = L::kCount; k < width; ++k) {
+                to[k] = 0;
+            }
+            at += L::kCount;
+            to += width;
+        }
+    }
+}
+
+} // namespace
+
+void vek::gsmamr::searchChains(const Vek16s* target, const Vek16s* h, const PulseChain* chains, int count, int pulses,
+                               int kept, PulsesFound& found) {
+    Vek16s dn[kLen];
+    backward<Five>(target, h, 1, dn);
+    for (int i = 0; i < kLen; ++i) {
+        found.sign[i] = static_cast<Vek16s>(dn[i] >= 0 ? 32767 : -32767);
+        dn[i] = abs_s(dn[i]);
+    }
+    PulseField field;
+    fill<Five>(h, dn, found.sign, field);
+    std::fill_n(field.kept, kLen, true);
+    for (int t = 0; t < Five::kTracks; ++t) {
+        const Vek16s* strength = field.dn + t * Five::kCount;
+        bool* keep = field.kept + t * Five::kCount;
+        for (int dropped = kept; dropped < Five::kCount; ++dropped) {
+            int weakest = -1;
+            for (int k = 0; k < Five::kCount; ++k) {
+                if (keep[k] && (weakest < 0 || strength[k] < strength[weakest])) {
+                    weakest = k;
+                }
+            }
+            keep[weakest] = false;
+        }
+    }
+    Pulse best[4];
+    pulseKernels().chains(field, chains, count, pulses, best);
+    for (int i = 0; i < pulses; ++i) {
+        found.positions[i] = Five::position(best[i]);
+    }
+}
+
+namespace {
+
+// Signs by the target and the residual, each over its root of energy; the strongest position of each track, and the
+// tracks in turn from the one with the strongest of all.
+template <class L>
+void prepare(const Vek16s* residual, Vek16s* dn, Vek16s* sign, int8_t* tracks, int8_t* peaks, int pulses) {
+    const Vek16s byResidual =
+        extract_h(L_shl(inverseRoot(sat32(2 * corrKernels().dot16(residual, residual, kLen) + 256)), 5));
+    const Vek16s byTarget = extract_h(L_shl(inverseRoot(sat32(2 * corrKernels().dot16(dn, dn, kLen) + 256)), 5));
+    Vek16s strength[kLen];
+    for (int i = 0; i < kLen; ++i) {
+        const Vek16s both = round_s(L_shl(L_mac(L_mult(byResidual, residual[i]), byTarget, dn[i]), 10));
+        sign[i] = static_cast<Vek16s>(both >= 0 ? 32767 : -32767);
+        strength[i] = both >= 0 ? both : negate(both);
+        dn[i] = both >= 0 ? dn[i] : negate(dn[i]);
+    }
+    int most = -1;
+    int first = 0;
+    for (int t = 0; t < L::kTracks; ++t) {
+        int peak = t;
+        for (int i = t; i < kLen; i += L::kTracks) {
+            if (strength[i] > strength[peak]) {
+                peak = i;
+            }
+        }
+        peaks[t] = static_cast<int8_t>(peak / L::kTracks);
+        if (strength[peak] > most) {
+            most = strength[peak];
+            first = t;
+        }
+    }
+    for (int i = 0; i < pulses; ++i) {
+        tracks[i] = static_cast<int8_t>((first + i) % L::kTracks);
+    }
+}
+
+template <class L>
+void pairsOn(const Vek16s* target, const Vek16s* residual, const Vek16s* h, int pulses, gsmamr::PulsesFound& found) {
+    Vek16s dn[kLen];
+    backward<L>(target, h, 2, dn);
+    int8_t tracks[kMostPulses];
+    int8_t peaks[5];
+    prepare<L>(residual, dn, found.sign, tracks, peaks, pulses);
+    PulseField field;
+    fill<L>(h, dn, found.sign, field);
+    Pulse best[kMostPulses];
+    pulseKernels().pairs(field, tracks, peaks, pulses, best);
+    for (int i = 0; i < pulses; ++i) {
+        found.positions[i] = L::position(best[i]);
+    }
+}
+
+} // namespace
+
+void vek::gsmamr::searchPairs(const Vek16s* target, const Vek16s* residual, const Vek16s* h, int pulses,
+                              PulsesFound& found) {
+    if (pulses == kMostPulses) {
+        pairsOn<Five>(target, residual, h, pulses, found);
+    } else {
+        pairsOn<Four>(target, residual, h, pulses, found);
+    }
+}

@@ -1,0 +1,47 @@
+// Kernels of the searches for pulses on tracks: the signed correlation matrix, chains of single pulses, nested pairs.
+// A track's positions stand side by side ("lanes"); what a recommendation makes of the pulses found is elsewhere.
+#pragma once
+
+#include <cstdint>
+
+#include "sc/kernels/kernels.h"
+
+namespace vek {
+
+constexpr int kMostPulses = 10;
+constexpr int kPulsePositions = 40;
+
+struct Pulse {
+    int8_t track;
+    int8_t lane;
+};
+
+// The order of tracks that a chain tries.
+struct PulseChain {
+    int8_t tracks[4];
+};
+
+// Positions in the order of tracks. Five tracks of eight lanes, or four of ten that are padded to sixteen.
+struct PulseField {
+    // Correlations, signs taken out, and whether a chain may begin there.
+    alignas(32) int16_t dn[64];
+    bool kept[kPulsePositions];
+    // Energies, and their correlations: one row of 40 or 64 a position, rows without padding.
+    alignas(32) int16_t energy[64];
+    alignas(32) int16_t rr[kPulsePositions * 64];
+};
+
+struct PulseKernels {
+    // out[j * 40 + d] = correlation of the responses from j and from j-d with their signs (32767 or -32767); the rows
+    // are those of FilterKernels::corrRows16. Behind d = j undefined.
+    void (*signRows)(const int32_t* rows, const int16_t* sign, int16_t* out);
+    // Chains of two to four single pulses on five tracks.
+    void (*chains)(const PulseField& field, const PulseChain* chains, int count, int pulses, Pulse* best);
+    // Pairs nested behind the two strongest: ten pulses on five tracks, eight on four. tracks[0..pulses-1] are the
+    // pulses' tracks, peaks the strongest lane of each.
+    void (*pairs)(const PulseField& field, const int8_t* tracks, const int8_t* peaks, int pulses, Pulse* best);
+};
+
+VEK_KERNEL_PICK(PulseKernels, pulseKernels)
+
+} // namespace vek
