@@ -1,0 +1,104 @@
+// Adaptive codebook of GSM AMR: closed-loop search and decoding, by rate and subframe.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcAdptTarget;
+vkVector pSrcImpulseResponse;
+vkVector pSrcOpenLoopLag;
+vkVector pSrcDstExcitation;
+vkVector pDstAdptVector;
+vkVector pTmp;
+krStepIterator<int> subFrame;
+krEnumIterator<VekSpchBitRate> mode;
+krStepIterator<int> bfi;
+vkcGrid grid;
+Vek16s pValResultPrevIntPitchLag;
+Vek16s pResultIntPitchLag;
+Vek16s pResultFracPitchLag;
+Vek16s pResultAdptIndex;
+int dataSize;
+
+constexpr int subframeLength = 40;
+constexpr int excitation = 194;
+constexpr Vek16s formerLag = 60;
+constexpr Vek16s valAdptIndex = 9;
+constexpr Vek16s inBgNoise = 0;
+constexpr Vek16s voicedHangover = 0;
+
+class TimAdcv : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return subframeLength; }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+};
+
+bool TimAdcv::canStart() {
+    vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
+    vkcRebuild(mode, "BitRate");
+    for (const VekSpchBitRate rate : {VEK_SPCHBR_4750, VEK_SPCHBR_5150, VEK_SPCHBR_5900, VEK_SPCHBR_6700,
+                                      VEK_SPCHBR_7400, VEK_SPCHBR_7950, VEK_SPCHBR_10200, VEK_SPCHBR_12200}) {
+        mode.add(rate);
+        mode.addValidation(rate);
+    }
+    vkcRebuild(bfi, "Bfi");
+    if (m_func.contains("Decode")) {
+        bfi.set(0, 1, 1, '+');
+    } else {
+        bfi.set(1, 1, 1, '+');
+    }
+    grid.begin({&bfi, &mode, &subFrame});
+    for (vkVector* vector :
+         {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcOpenLoopLag, &pSrcDstExcitation, &pDstAdptVector, &pTmp}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimAdcv::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    dataSize = excitation * vkVector::item(m_func);
+    return pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) &&
+           pSrcImpulseResponse.createVector(subframeLength, setRand, -2048, 2048) &&
+           pSrcOpenLoopLag.createVector(2, setRand, -2048, 2048) &&
+           pSrcDstExcitation.createVector(excitation, setZero, 0, 0) &&
+           pDstAdptVector.createVector(subframeLength, setZero, 0, 0) &&
+           pTmp.createVector(excitation, setRand, -2048, 2048);
+}
+
+void TimAdcv::flushData() {
+    for (vkVector* vector :
+         {&pTmp, &pDstAdptVector, &pSrcDstExcitation, &pSrcOpenLoopLag, &pSrcImpulseResponse, &pSrcAdptTarget}) {
+        vector->deleteVector();
+    }
+}
+
+// The lag of the subframe before is rewritten with the excitation.
+void restore() {
+    vkcRestore(pSrcDstExcitation.m_16s, pTmp.m_16s, dataSize);
+    pValResultPrevIntPitchLag = formerLag;
+}
+
+} // namespace
+
+VK_REG_I(TimAdcv, veksAdaptiveCodebookDecode_GSMAMR_16s,
+         veksAdaptiveCodebookDecode_GSMAMR_16s(valAdptIndex, &pValResultPrevIntPitchLag, &pResultIntPitchLag,
+                                               pSrcDstExcitation.m_16s, pDstAdptVector.m_16s,
+                                               static_cast<Vek16s>(subFrame.value()), static_cast<Vek16s>(bfi.value()),
+                                               inBgNoise, voicedHangover, mode.value()),
+         restore())
+VK_REG_I(TimAdcv, veksAdaptiveCodebookSearch_GSMAMR_16s,
+         veksAdaptiveCodebookSearch_GSMAMR_16s(pSrcAdptTarget.m_16s, pSrcImpulseResponse.m_16s, pSrcOpenLoopLag.m_16s,
+                                               &pValResultPrevIntPitchLag, pSrcDstExcitation.m_16s,
+                                               &pResultFracPitchLag, &pResultAdptIndex, pDstAdptVector.m_16s,
+                                               static_cast<Vek16s>(subFrame.value()), mode.value()),
+         restore())

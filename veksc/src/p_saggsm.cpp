@@ -1,0 +1,81 @@
+// Pitch gain, pre-emphasis and conversions of line spectra of GSM AMR.
+#include "vkc.h"
+
+namespace {
+
+vkVector pLSF;
+vkVector pLSP;
+vkVector pSrc1;
+vkVector pSrc2;
+vkVector pResultCoeffs;
+vkVector pDst;
+krStepIterator<int> lenght;
+vkcGrid grid;
+Vek16s pResult;
+
+constexpr Vek16s gamma_ = 19661;
+
+class TimSAG : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual void SetData_LSF();
+};
+
+bool TimSAG::canStart() {
+    vkcRebuild(lenght, "lenght");
+    if (m_func.contains("Gain")) {
+        lenght.setList({40});
+    } else if (m_func.contains("Preemphasize")) {
+        lenght.set(10, 80, 2, '*');
+    } else {
+        lenght.setList({10});
+    }
+    grid.begin({&lenght});
+    for (vkVector* vector : {&pLSF, &pLSP, &pSrc1, &pSrc2, &pResultCoeffs, &pDst}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimSAG::canContinue() {
+    if (!grid.next(m_isFirst) || !pLSF.createVector(lenght.value(), setZero, 0, 0) ||
+        !pLSP.createVector(lenght.value(), setZero, 0, 0) || !pSrc1.createVector(lenght.value(), setOne, 0, 0) ||
+        !pSrc2.createVector(lenght.value(), setOne, 0, 0) || !pResultCoeffs.createVector(4, setZero, 0, 0) ||
+        !pDst.createVector(lenght.value(), setZero, 0, 0)) {
+        return false;
+    }
+    SetData_LSF();
+    return true;
+}
+
+void TimSAG::SetData_LSF() {
+    static constexpr Vek16s lsf[] = {3992, 1236, 1534, 405, 5007, 1794, 4929, 242, 5181, 3605};
+    std::memcpy(pLSF.m_16s, lsf, sizeof lsf);
+}
+
+void TimSAG::flushData() {
+    for (vkVector* vector : {&pDst, &pResultCoeffs, &pSrc2, &pSrc1, &pLSP, &pLSF}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimSAG, veksAdaptiveCodebookGainCoeffs_GSMAMR_16s,
+       veksAdaptiveCodebookGainCoeffs_GSMAMR_16s(pSrc1.m_16s, pSrc2.m_16s, &pResult, pResultCoeffs.m_16s))
+VK_REG(TimSAG, veksAdaptiveCodebookGain_GSMAMR_16s,
+       veksAdaptiveCodebookGain_GSMAMR_16s(pSrc1.m_16s, pSrc2.m_16s, &pResult))
+VK_REG(TimSAG, veksPreemphasize_GSMAMR_16s,
+       veksPreemphasize_GSMAMR_16s(gamma_, pSrc1.m_16s, pDst.m_16s, lenght.value(), &pResult))
+VK_REG(TimSAG, veksInterpolate_GSMAMR_16s,
+       veksInterpolate_GSMAMR_16s(pSrc1.m_16s, pSrc2.m_16s, pDst.m_16s, lenght.value()))
+VK_REG(TimSAG, veksLSFToLSP_GSMAMR_16s, veksLSFToLSP_GSMAMR_16s(pLSF.m_16s, pLSP.m_16s))
