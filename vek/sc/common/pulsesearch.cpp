@@ -129,9 +129,8 @@ void presetSigns(Vek32f* d, const Vek32f* r, int tracks, int pulses, signed char
 }
 
 void matrix(const Vek16s* h, const signed char* sign, Vek16s (*rr)[kSub]) {
-    // Products of two signs of 32767 in Q15.
-    constexpr int same = 32766;
-    constexpr int other = -32767;
+    // Products of two signs of 32767 in Q15: different, equal.
+    constexpr int factor[] = {-32767, 32766};
     const int32_t energy = sat32(2 + 2 * corrKernels().dot16(h, h, kSub));
     Vek16s scaled[kSub];
     if (extract_h(energy) == 32767) {
@@ -151,7 +150,7 @@ void matrix(const Vek16s* h, const signed char* sign, Vek16s (*rr)[kSub]) {
         for (int distance = 1; distance <= j; ++distance) {
             const int i = j - distance;
             const int v = sat16((row[distance] + 0x4000) >> 15);
-            const auto e = static_cast<Vek16s>((v * (sign[i] == sign[j] ? same : other)) >> 15);
+            const auto e = static_cast<Vek16s>((v * factor[sign[i] == sign[j]]) >> 15);
             rr[i][j] = e;
             rr[j][i] = e;
         }
@@ -211,7 +210,7 @@ Best searchPair(const Vek16s* d, const Vek16s (*rr)[kSub], const Start& start, i
         for (int l = 0; l < positions; ++l) {
             const int j = other + Tracks * l;
             const int c = d[i] + correlation[l];
-            const int e = sat16_64((e1 + second[l] + times(row[j], w.both)) >> 16);
+            const int e = static_cast<int>((e1 + second[l] + times(row[j], w.both)) >> 16);
             if (best.take(static_cast<int>((int64_t{c} * c) >> 15), e)) {
                 found = c;
                 foundFirst = i;
@@ -221,7 +220,7 @@ Best searchPair(const Vek16s* d, const Vek16s (*rr)[kSub], const Start& start, i
     }
     at[N] = foundFirst;
     at[N + 1] = foundOther;
-    sums = {found, times(static_cast<Vek16s>(best.energy), 15)};
+    sums = {found, int64_t{best.energy} * (1 << 15)};
     return best;
 }
 
