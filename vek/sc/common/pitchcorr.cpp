@@ -2,9 +2,11 @@
 #include "sc/common/pitchcorr.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "sc/common/fixmath.h"
 #include "sc/kernels/corr.h"
+#include "sc/kernels/filter.h"
 #include "veksc_filter.h"
 
 using namespace vek;
@@ -21,6 +23,18 @@ int32_t product(const int16_t* a, const int16_t* b, int n = kSubframe) {
 } // namespace
 
 void vek::convolveSubframe(const int16_t* x, const int16_t* h, int16_t* y) {
+    const auto energyX = static_cast<double>(corrKernels().dot16(x, x, kSubframe));
+    const auto energyH = static_cast<double>(corrKernels().dot16(h, h, kSubframe));
+    if (energyX * energyH < 1.0e18) { // no sum reaches 2^30
+        int16_t padded[2 * kSubframe] = {};
+        int32_t sums[kSubframe];
+        std::copy_n(x, kSubframe, padded + kSubframe);
+        filterKernels().fir32(h, kSubframe - 1, padded + kSubframe, sums, kSubframe);
+        for (int n = 0; n < kSubframe; ++n) {
+            y[n] = sat16(sums[n] >> 12);
+        }
+        return;
+    }
     int16_t turned[kSubframe];
     std::reverse_copy(h, h + kSubframe, turned);
     for (int n = 0; n < kSubframe; ++n) {
@@ -30,13 +44,15 @@ void vek::convolveSubframe(const int16_t* x, const int16_t* h, int16_t* y) {
 
 void vek::pitchCorrelations(const int16_t* exc, const int16_t* target, const int16_t* h, int first, int last,
                             int16_t* out) {
-    int16_t y[kSubframe];
+    int16_t buffers[2][kSubframe];
+    int16_t* y = buffers[0];
+    int16_t* longer = buffers[1];
     convolveSubframe(exc - first, h, y);
     const bool strong = product(y, y) > 67108864;
     const int drop = strong ? 2 : 0;
     if (strong) {
-        for (int16_t& v : y) {
-            v = static_cast<int16_t>(v >> 2);
+        for (int i = 0; i < kSubframe; ++i) {
+            y[i] = static_cast<int16_t>(y[i] >> 2);
         }
     }
     for (int delay = first; delay <= last; ++delay) {
@@ -51,10 +67,16 @@ void vek::pitchCorrelations(const int16_t* exc, const int16_t* target, const int
         out[delay - first] = extract_h(L_shl(Mpy_32(high, low, rootHigh, rootLow), 16));
         // One sample more of delay: the response goes one on and takes in one sample of the past.
         const int16_t fresh = exc[-delay - 1];
-        for (int j = kSubframe - 1; j > 0; --j) {
-            y[j] = sat16(sat16((fresh * h[j]) >> (12 + drop)) + y[j - 1]);
+        const int scaled = fresh * (8 >> drop);
+        if (sat16(scaled) == scaled) {
+            filterKernels().addScaled(y, h + 1, scaled, longer + 1, kSubframe - 1, 0);
+        } else {
+            for (int j = kSubframe - 1; j > 0; --j) {
+                longer[j] = sat16(sat16((fresh * h[j]) >> (12 + drop)) + y[j - 1]);
+            }
         }
-        y[0] = static_cast<int16_t>(fresh >> drop);
+        longer[0] = static_cast<int16_t>(fresh >> drop);
+        std::swap(y, longer);
     }
 }
 

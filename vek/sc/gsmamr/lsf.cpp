@@ -23,20 +23,22 @@ VekStatus veksInterpolate_GSMAMR_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, V
 }
 
 VekStatus veksLSFToLSP_GSMAMR_16s(const Vek16s* pLSF, Vek16s* pLSP) {
-    constexpr int half = 16384;
+    constexpr unsigned half = 16384;
     if (anyNull(pLSF, pLSP)) {
         return vekStsNullPtrErr;
     }
+    bool outside = false;
     for (int i = 0; i < kOrder; ++i) {
-        if (pLSF[i] < 0 || pLSF[i] > half) {
-            return vekStsRangeErr;
-        }
+        outside |= static_cast<unsigned>(pLSF[i]) > half;
+    }
+    if (outside) {
+        return vekStsRangeErr;
     }
     for (int i = 0; i < kOrder; ++i) {
         const int step = pLSF[i] >> 8;
-        const int within = pLSF[i] & 0xff;
-        const int rise = within == 0 ? 0 : kCos[step + 1] - kCos[step];
-        pLSP[i] = static_cast<Vek16s>(kCos[step] + (rise * within >> 8));
+        // The last step has no next one, and nothing lies within it.
+        const int rise = kCos[step + 1 - (step >> 6)] - kCos[step];
+        pLSP[i] = static_cast<Vek16s>(kCos[step] + (rise * (pLSF[i] & 0xff) >> 8));
     }
     return vekStsNoErr;
 }

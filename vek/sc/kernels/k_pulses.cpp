@@ -193,8 +193,8 @@ struct Nest {
         const int pairScale = 2 << stage.ownShift;
         for (int i = 0; i < Count; ++i) {
             const int16_t* both = field.rr + (trackA * Count + i) * kStride + atB;
-            Lanes<Width> lanes;
-            for (int k = 0; k < Width; ++k) {
+            Lanes<Count> lanes;
+            for (int k = 0; k < Count; ++k) {
                 lanes.ps[k] = psA[i] + dnB[k];
                 lanes.energy[k] = energyA[i] + energyB[k] + both[k] * pairScale;
             }
