@@ -28,6 +28,11 @@ void fixedCodebookSearch(int16_t* target, int16_t* h, int16_t delay, int16_t sha
 uint16_t pseudoRandom(uint16_t* seed);
 int32_t MACodeGainPrediction(int16_t* past, int16_t* code);
 void computeGainPredictionError(int16_t factor, int16_t* past);
+void* initBcg729EncoderChannel(uint8_t noVoice);
+void closeBcg729EncoderChannel(void* encoder);
+void initGainQuantization(void* encoder);
+void gainQuantization(void* encoder, int16_t* target, int16_t* adaptive, int16_t* filtered, int16_t* code, int64_t xy,
+                      int64_t yy, int16_t* pitch, int16_t* gain, uint16_t* first, uint16_t* second);
 }
 #endif
 
@@ -194,6 +199,51 @@ TEST(DecodeGainOracle, FollowsTheG729Codec) {
         EXPECT_NEAR(want, gains[1], 2 + 0.004 * want);
         EXPECT_NEAR(theirPast[0], past[0], 4);
     }
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+TEST(GainQuantOracle, FindsTheCodesOfTheG729Codec) {
+#ifdef ORACLE_BCG729
+    std::mt19937 random(5);
+    void* encoder = initBcg729EncoderChannel(0);
+    int equal = 0;
+    constexpr int rounds = 500;
+    for (int round = 0; round < rounds; ++round) {
+        const Samples h = response(random);
+        Samples target = noise(random, 40, -300, 300);
+        Samples adaptive = noise(random, 40, -300, 300);
+        Samples code(40), z(40), gains(2), codes(2), past(4, -14336);
+        for (size_t t = 0; t < 4; ++t) {
+            const size_t at = static_cast<size_t>(noise(random, 1, 0, 7)[0]) * 5 + t;
+            code[at] = 8192;
+            for (size_t i = at; i < 40; ++i) {
+                z[i] = static_cast<int16_t>(z[i] + h[i - at]);
+            }
+        }
+        int64_t xy = 0;
+        int64_t yy = 0;
+        for (size_t i = 0; i < 40; ++i) {
+            target[i] = static_cast<int16_t>(target[i] + adaptive[i] * (round % 10) / 10 + z[i] * (round % 7) / 400);
+            xy += target[i] * adaptive[i];
+            yy += adaptive[i] * adaptive[i];
+        }
+        ASSERT_EQ(vekStsNoErr, veksGainQuant_G729_16s(target.data(), adaptive.data(), code.data(), z.data(),
+                                                      past.data(), gains.data(), codes.data(), 0));
+        initGainQuantization(encoder);
+        int16_t pitch = 0;
+        int16_t gain = 0;
+        uint16_t first = 0;
+        uint16_t second = 0;
+        gainQuantization(encoder, target.data(), adaptive.data(), z.data(), code.data(), xy, yy, &pitch, &gain, &first,
+                         &second);
+        equal += first == codes[0] && second == codes[1] ? 1 : 0;
+    }
+    closeBcg729EncoderChannel(encoder);
+    RecordProperty("equal", equal);
+    // Its prediction has other roundings: near ties may fall otherwise.
+    EXPECT_GE(equal, rounds * 95 / 100);
 #else
     GTEST_SKIP() << "libbcg729-dev is not installed";
 #endif
