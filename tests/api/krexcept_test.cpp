@@ -208,7 +208,7 @@ TEST_F(KrFaults, FaultAndBadInputCloseThePriorityBracket) {
         GTEST_SKIP() << "priorities need root rights";
     }
     const int before = getpriority(PRIO_PROCESS, 0);
-    krTool::m_priority = 3;
+    krTool::m_priority = before == 10 ? 2 : 3;
     static int s_within = 0;
     faultText([] {
         s_within = getpriority(PRIO_PROCESS, 0);
@@ -266,6 +266,26 @@ TEST_F(KrFaults, FaultWhileARowIsWrittenSparesTheNextRow) {
         EXPECT_EQ(names.text().substr(named), "veksGood,parmNames,-,-,-,-\n");
     }
     krSession::m_nameMode = 0;
+}
+
+TEST_F(KrFaults, FaultWithinAMessageClosesIt) {
+    struct Within : Faulty {
+        bool canContinue() override { return m_isFirst; }
+        krResult runTiming() override { return krFuncFail; }
+        void parmsToOstrm() override {
+            if (g_ostrm.msgLevel() == ERR) {
+                struck = true;
+                nullWrite();
+            }
+        }
+        bool struck = false;
+    } test;
+    ConsoleCapture console;
+    const int open = g_ostrm.openMessages();
+    EXPECT_EQ(test.run(), krExcptFail);
+    EXPECT_TRUE(test.struck);
+    EXPECT_EQ(g_ostrm.msgLevel(), PERF);
+    EXPECT_EQ(g_ostrm.openMessages(), open);
 }
 
 TEST_F(KrFaults, FaultInTheEndCostsTheTestOnce) {
