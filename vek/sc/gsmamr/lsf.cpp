@@ -1,4 +1,6 @@
 // Line spectral frequencies: their cosines, and the interpolation between two frames.
+#include <algorithm>
+
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/lsptables.h"
@@ -27,18 +29,17 @@ VekStatus veksLSFToLSP_GSMAMR_16s(const Vek16s* pLSF, Vek16s* pLSP) {
     if (anyNull(pLSF, pLSP)) {
         return vekStsNullPtrErr;
     }
-    bool outside = false;
+    Vek16s lsp[kOrder];
     for (int i = 0; i < kOrder; ++i) {
-        outside |= static_cast<unsigned>(pLSF[i]) > half;
-    }
-    if (outside) {
-        return vekStsRangeErr;
-    }
-    for (int i = 0; i < kOrder; ++i) {
-        const int step = pLSF[i] >> 8;
+        const int frequency = pLSF[i];
+        if (static_cast<unsigned>(frequency) > half) {
+            return vekStsRangeErr;
+        }
+        const int step = frequency >> 8;
         // The last step has no next one, and nothing lies within it.
         const int rise = kCos[step + 1 - (step >> 6)] - kCos[step];
-        pLSP[i] = static_cast<Vek16s>(kCos[step] + (rise * (pLSF[i] & 0xff) >> 8));
+        lsp[i] = static_cast<Vek16s>(kCos[step] + (rise * (frequency & 0xff) >> 8));
     }
+    std::copy_n(lsp, kOrder, pLSP);
     return vekStsNoErr;
 }

@@ -24,10 +24,13 @@ struct Lanes {
     alignas(32) int energy[Width];
     alignas(32) int sq[Width];
 
-    void measure() {
+    // Energies come in units of 2^unit, so that no sum of them leaves 32 bits.
+    void measure(int unit) {
+        const int half = 1 << (15 - unit);
         for (int k = 0; k < Width; ++k) {
             ps[k] = ps[k] > 32767 ? 32767 : ps[k] < -32768 ? -32768 : ps[k];
-            energy[k] = ((energy[k] > 0x7fff7fff ? 0x7fff7fff : energy[k]) + 0x8000) >> 16;
+            energy[k] = (energy[k] + half) >> (16 - unit);
+            energy[k] = energy[k] > 32767 ? 32767 : energy[k] < -32768 ? -32768 : energy[k];
             sq[k] = (ps[k] * ps[k]) >> 15;
             sq[k] = sq[k] > 32767 ? 32767 : sq[k];
         }
@@ -79,7 +82,7 @@ void signRows(const int32_t* rows, const int16_t* sign, int16_t* out) {
 }
 
 // One pulse more on a track: the best of its lanes.
-int addPulse(const PulseField& field, int track, const Pulse* fixed, int count, int energy, int ownShift, Best& best) {
+int addPulse(const PulseField& field, int track, const Pulse* fixed, int count, int energy, int unit, Best& best) {
     constexpr int width = 8;
     Lanes<width> lanes;
     alignas(32) int cross[width] = {};
@@ -93,9 +96,9 @@ int addPulse(const PulseField& field, int track, const Pulse* fixed, int count, 
     const int16_t* own = field.energy + track * width;
     for (int k = 0; k < width; ++k) {
         lanes.ps[k] = best.ps + dn[k];
-        lanes.energy[k] = energy + ((own[k] + 2 * cross[k]) * (1 << ownShift));
+        lanes.energy[k] = energy + own[k] + 2 * cross[k];
     }
-    lanes.measure();
+    lanes.measure(unit);
     best = Best();
     const int lane = lanes.pick(best, width);
     return lane < 0 ? 0 : lane;
@@ -117,15 +120,12 @@ void chains(const PulseField& field, const PulseChain* list, int count, int puls
             Best now;
             now.ps = field.dn[slot];
             // Energies are in quarters of two pulses, then in sixteenths.
-            at[1] = {tracks[1],
-                     static_cast<int8_t>(addPulse(field, tracks[1], at, 1, field.energy[slot] * (1 << 14), 14, now))};
+            at[1] = {tracks[1], static_cast<int8_t>(addPulse(field, tracks[1], at, 1, field.energy[slot], 14, now))};
             if (pulses > 2) {
-                at[2] = {tracks[2],
-                         static_cast<int8_t>(addPulse(field, tracks[2], at, 2, now.energy * (1 << 14), 12, now))};
+                at[2] = {tracks[2], static_cast<int8_t>(addPulse(field, tracks[2], at, 2, now.energy * 4, 12, now))};
             }
             if (pulses > 3) {
-                at[3] = {tracks[3],
-                         static_cast<int8_t>(addPulse(field, tracks[3], at, 3, now.energy * (1 << 16), 12, now))};
+                at[3] = {tracks[3], static_cast<int8_t>(addPulse(field, tracks[3], at, 3, now.energy * 16, 12, now))};
             }
             if (better(now, most)) {
                 most = now;
@@ -137,9 +137,9 @@ void chains(const PulseField& field, const PulseChain* list, int count, int puls
     }
 }
 
-// Scales of a stage: the lanes of its first pulse, the rounding and the weight of its second, their product.
+// Scales of a stage: the unit of its energies, the rounding and the weight of those of the second pulse.
 struct Stage {
-    int ownShift;
+    int unit;
     int roundShift;
     int weightShift;
 };
@@ -181,24 +181,23 @@ struct Nest {
         for (int k = 0; k < Width; ++k) {
             const int p = ps + field.dn[atA + k];
             psA[k] = p > 32767 ? 32767 : p < -32768 ? -32768 : p;
-            energyA[k] = energy + (field.energy[atA + k] + 2 * cross[atA + k]) * (1 << stage.ownShift);
+            energyA[k] = energy + field.energy[atA + k] + 2 * cross[atA + k];
             int r = (field.energy[atB + k] + 2 * cross[atB + k] + half) >> stage.roundShift;
             r = r > 32767 ? 32767 : r < -32768 ? -32768 : r;
-            energyB[k] = r * (1 << stage.weightShift);
+            energyB[k] = r * (1 << (stage.weightShift - stage.unit));
             dnB[k] = field.dn[atB + k];
         }
         Best best;
         a = {static_cast<int8_t>(trackA), 0};
         b = {static_cast<int8_t>(trackB), 0};
-        const int pairScale = 2 << stage.ownShift;
         for (int i = 0; i < Count; ++i) {
             const int16_t* both = field.rr + (trackA * Count + i) * kStride + atB;
             Lanes<Count> lanes;
             for (int k = 0; k < Count; ++k) {
                 lanes.ps[k] = psA[i] + dnB[k];
-                lanes.energy[k] = energyA[i] + energyB[k] + both[k] * pairScale;
+                lanes.energy[k] = energyA[i] + energyB[k] + 2 * both[k];
             }
-            lanes.measure();
+            lanes.measure(stage.unit);
             if (lanes.beat(best)) {
                 const int lane = lanes.pick(best, Count);
                 if (lane >= 0) {
@@ -222,17 +221,18 @@ struct Nest {
             at[0] = {tracks[0], peaks[tracks[0]]};
             at[1] = {tracks[1], peaks[tracks[1]]};
             int ps = sat16(field.dn[slot(at[0])] + field.dn[slot(at[1])]);
-            int energy =
-                (field.energy[slot(at[0])] + field.energy[slot(at[1])] + 2 * row(at[0])[slot(at[1])]) * (1 << 12);
+            int energy = field.energy[slot(at[0])] + field.energy[slot(at[1])] + 2 * row(at[0])[slot(at[1])];
             clear();
             fix(at[0]);
             fix(at[1]);
             Best now;
             for (int s = 0; 2 * s + 2 < pulses; ++s) {
                 Pulse* p = at + 2 * s + 2;
+                if (s > 0) {
+                    energy = now.energy * (1 << (15 - kStages[s].unit));
+                }
                 now = pair(tracks[2 * s + 2], tracks[2 * s + 3], kStages[s], ps, energy, p[0], p[1]);
                 ps = now.ps;
-                energy = now.energy * (1 << 15);
                 fix(p[0]);
                 fix(p[1]);
             }
