@@ -1,0 +1,46 @@
+// The grids of the DTX, open-loop, line spectrum and voice activity suites of AMR: every test's lines, first and last,
+// and that each call succeeds on the suite's data without leaving memory behind.
+#include "suite_grid.h"
+
+namespace {
+
+const GridCase gridCases[] = {
+    {"veksDecDTXBuffer_GSMAMR_16s", 1, "-,-,-,-,-,-", "-,-,-,-,-,-", "p_adtx", true, 10},
+    {"veksEncDTXBuffer_GSMAMR_16s", 1, "-,-,-,-,-,-", "-,-,-,-,-,-", "p_adtx", true, 10},
+    {"veksEncDTXHandler_GSMAMR_16s", 1, "-,-,-,-,-,-", "-,-,-,-,-,-", "p_adtx", false, 160},
+    {"veksEncDTXSID_GSMAMR_16s", 1, "-,-,-,-,-,-", "-,-,-,-,-,-", "p_adtx", true, 80},
+    {"veksImpulseResponseTarget_GSMAMR_16s", 8, "BR_4750,-,-,-,-,-", "BR_12200,-,-,-,-,-", "p_olps", false, 363},
+    {"veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s", 8, "BR_4750,-,-,-,-,-", "BR_12200,-,-,-,-,-", "p_olps", true, 363},
+    {"veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s", 8, "BR_4750,-,-,-,-,-", "BR_12200,-,-,-,-,-", "p_olps", true, 363},
+    {"veksOpenLoopPitchSearchNonDTX_GSMAMR_16s", 8, "BR_4750,-,-,-,-,-", "BR_12200,-,-,-,-,-", "p_olps", true, 363},
+    {"veksQuantLSPDecode_GSMAMR_16s", 18, "BR_DTX,-,-,0,-,-", "BR_12200,-,-,1,-,-", "p_salpanls", false, 10},
+    {"veksLSPQuant_GSMAMR_16s", 9, "BR_DTX,-,-,-,-,-", "BR_12200,-,-,-,-,-", "p_salpanls", false, 10},
+    {"veksAutoCorr_GSMAMR_16s32s", 9, "BR_DTX,-,-,-,-,-", "BR_12200,-,-,-,-,-", "p_salpanls", false, 240},
+    {"veksVAD1_GSMAMR_16s", 1, "-,-,-,-,-,-", "-,-,-,-,-,-", "p_vad1", false, 200},
+    {"veksVAD2_GSMAMR_16s", 1, "-,-,-,-,-,-", "-,-,-,-,-,-", "p_vad2", false, 160},
+};
+
+} // namespace
+
+SUITE_GRIDS(AmrDtxSuites, gridCases)
+
+TEST(AmrDtxSuiteNames, RatesAndBadFramesHaveTitlesAndLengthsHaveNone) {
+    EXPECT_EQ(nameRow("veksQuantLSPDecode_GSMAMR_16s"), "BitRate,-,-,Num bfi,-,-");
+    EXPECT_EQ(nameRow("veksLSPQuant_GSMAMR_16s"), "BitRate,-,-,-,-,-");
+    EXPECT_EQ(nameRow("veksOpenLoopPitchSearchNonDTX_GSMAMR_16s"), "BitRate,-,-,-,-,-");
+    EXPECT_EQ(nameRow("veksVAD1_GSMAMR_16s"), "-,-,-,-,-,-");
+    EXPECT_EQ(nameRow("veksEncDTXSID_GSMAMR_16s"), "-,-,-,-,-,-");
+}
+
+TEST(AmrDtxSuiteRates, FramesOfSilenceComeFirstInTheLineSpectrumSuite) {
+    krTest* test = findTest("veksLSPQuant_GSMAMR_16s");
+    ASSERT_NE(test, nullptr);
+    krResult result = krUndefined;
+    const std::vector<std::string> lines = runOnce(*test, result);
+    const char* const rates[] = {"BR_DTX",  "BR_4750", "BR_5150",  "BR_5900", "BR_6700",
+                                 "BR_7400", "BR_7950", "BR_10200", "BR_12200"};
+    ASSERT_EQ(lines.size(), std::size(rates));
+    for (size_t i = 0; i < lines.size(); ++i) {
+        EXPECT_EQ(cells(lines[i], 3, 3), rates[i]);
+    }
+}

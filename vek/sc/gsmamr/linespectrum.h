@@ -1,0 +1,20 @@
+// Line spectra of AMR as the quantiser and the frames of silence share them.
+#pragma once
+
+#include "sc/gsmamr/rates.h"
+
+namespace vek::gsmamr {
+
+constexpr Vek16s kLsfGap = 205; // 50 Hz
+
+// Brings frequencies (Q15 of the sampling rate) into order with the least distance between them.
+void keepApart(Vek16s* lsf);
+
+// Pairs (Q15) of frequencies; those beyond half the sampling rate, which a damaged history may give, count as it.
+void lsfToLsp(const Vek16s* lsf, Vek16s* lsp);
+
+// Quantiser in three parts, for all rates but 12.2. In frames of silence *start receives the start residual; else it is
+// not used. residual is the last frame's, and receives this one's.
+void quantiseBy3(Rate rate, const Vek16s* lsp, Vek16s* residual, Vek16s* quantised, Vek16s* index, Vek16s* start);
+
+} // namespace vek::gsmamr

@@ -1,0 +1,296 @@
+// Voice activity of AMR, option 1: levels of nine bands from a tree of all-pass filters, the noise beneath them, and a
+// decision with hangover.
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/kernels/corr.h"
+#include "veksc_gsmamrdtx.h"
+
+static_assert(sizeof(VeksVAD1State_GSMAMR) == 116);
+
+namespace {
+
+using namespace vek;
+using namespace vek::fix;
+
+using State = VeksVAD1State_GSMAMR;
+
+constexpr int kFrame = 160;
+constexpr int kLookAhead = 40;
+constexpr int kBands = 9;
+constexpr int kLeastNoise = 40;
+constexpr int kMostNoise = 16000;
+constexpr Vek16s kStationary = 20;
+constexpr Vek16s kLeastCorrelation = 13106; // 0.4
+constexpr Vek16s kFilter5First = 21955;
+constexpr Vek16s kFilter5Second = 6390;
+constexpr Vek16s kFilter3 = 13363;
+
+// One step of an all-pass filter of first order.
+inline Vek16s allPass(Vek16s x, Vek16s& memory, Vek16s c) {
+    const Vek16s before = memory;
+    memory = sub(x, mult(c, before));
+    return add(before, mult(c, memory));
+}
+
+inline Vek16s halved(int v) {
+    return static_cast<Vek16s>(sat16(v) >> 1);
+}
+
+// Splits two successive samples into the lower and the upper half of their band.
+inline void split5(Vek16s& even, Vek16s& odd, Vek16s* memory) {
+    const Vek16s a = allPass(even, memory[0], kFilter5First);
+    const Vek16s b = allPass(odd, memory[1], kFilter5Second);
+    even = halved(a + b);
+    odd = halved(a - b);
+}
+
+inline void split3(Vek16s& even, Vek16s& odd, Vek16s& memory) {
+    const Vek16s a = even;
+    const Vek16s b = allPass(odd, memory, kFilter3);
+    even = halved(a + b);
+    odd = halved(a - b);
+}
+
+// Sum of magnitudes of every step-th element over the frame before the last `ahead` of this one, with those of the last
+// frame before them, which *kept brings along.
+Vek16s level(const Vek16s* data, Vek16s* kept, int ahead, int step, int first, int scale) {
+    const int end = kFrame / step;
+    int32_t last = 0;
+    for (int i = end - ahead; i < end; ++i) {
+        last += 2 * abs_s(data[step * i + first]);
+    }
+    int32_t sum = L_add(last, L_shl(*kept, 16 - scale));
+    *kept = extract_h(L_shl(last, scale));
+    for (int i = 0; i < end - ahead; ++i) {
+        sum = L_add(sum, 2 * abs_s(data[step * i + first]));
+    }
+    return extract_h(L_shl(sum, scale));
+}
+
+void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
+    Vek16s x[kFrame];
+    Vek16s m0 = s.filter5[0][0];
+    Vek16s m1 = s.filter5[0][1];
+    for (int i = 0; i < kFrame; i += 2) {
+        const Vek16s a = allPass(static_cast<Vek16s>(in[i] >> 2), m0, kFilter5First);
+        const Vek16s b = allPass(static_cast<Vek16s>(in[i + 1] >> 2), m1, kFilter5Second);
+        x[i] = add(a, b);
+        x[i + 1] = sub(a, b);
+    }
+    s.filter5[0][0] = m0;
+    s.filter5[0][1] = m1;
+    for (int i = 0; i < kFrame; i += 4) {
+        split5(x[i], x[i + 2], s.filter5[1]);
+        split5(x[i + 1], x[i + 3], s.filter5[2]);
+    }
+    for (int i = 0; i < kFrame; i += 8) {
+        split3(x[i], x[i + 4], s.filter3[0]);
+        split3(x[i + 2], x[i + 6], s.filter3[1]);
+        split3(x[i + 3], x[i + 7], s.filter3[4]);
+    }
+    for (int i = 0; i < kFrame; i += 16) {
+        split3(x[i], x[i + 8], s.filter3[2]);
+        split3(x[i + 4], x[i + 12], s.filter3[3]);
+    }
+    struct Band {
+        int ahead, step, first, scale;
+    };
+    static constexpr Band bands[kBands] = {{2, 16, 0, 16}, {2, 16, 8, 16}, {2, 16, 12, 16},
+                                           {2, 16, 4, 16}, {4, 8, 6, 16},  {4, 8, 2, 16},
+                                           {4, 8, 3, 16},  {4, 8, 7, 16},  {8, 4, 1, 15}};
+    for (int b = 0; b < kBands; ++b) {
+        levels[b] = level(x, s.subLevel + b, bands[b].ahead, bands[b].step, bands[b].first, bands[b].scale);
+    }
+}
+
+// Whether the signal has been complex for long; smooths the correlation first.
+bool complexSignal(State& s, Vek16s maxHpCorr, bool quiet) {
+    constexpr Vek16s kHigh = 19660; // 0.6
+    constexpr Vek16s kLow = 16383;  // 0.5
+    constexpr Vek16s kHang = 22936; // 0.7
+    constexpr Vek16s kSlow = 655;
+    constexpr Vek16s kFast = 2621;
+    constexpr Vek16s kFastest = 6553;
+    const bool below = s.corrHpFast < kHigh;
+    const Vek16s speed = below ? kFast : maxHpCorr < s.corrHpFast ? kFastest : kSlow;
+    int32_t smooth = L_deposit_h(s.corrHpFast);
+    smooth = L_msu(smooth, speed, s.corrHpFast);
+    s.corrHpFast = round_s(L_mac(smooth, speed, maxHpCorr));
+    if (s.corrHpFast < kLeastCorrelation || quiet) {
+        s.corrHpFast = kLeastCorrelation;
+    }
+    s.complexHigh = shr(s.complexHigh, 1);
+    s.complexLow = shr(s.complexLow, 1);
+    if (!quiet && s.corrHpFast > kHigh) {
+        s.complexHigh = static_cast<Vek16s>(s.complexHigh | 0x4000);
+    }
+    if (!quiet && s.corrHpFast > kLow) {
+        s.complexLow = static_cast<Vek16s>(s.complexLow | 0x4000);
+    }
+    s.complexHangTimer = s.corrHpFast > kHang ? add(s.complexHangTimer, 1) : Vek16s{0};
+    return (s.complexHigh & 0x7f80) == 0x7f80 || (s.complexLow & 0x7fff) == 0x7fff;
+}
+
+// Sum over the bands of the larger of level and mean over the smaller, Q6.
+Vek16s unrest(const Vek16s* levels, const Vek16s* means) {
+    constexpr Vek16s kLeast = 184;
+    Vek16s sum = 0;
+    for (int i = 0; i < kBands; ++i) {
+        Vek16s num = levels[i] > means[i] ? levels[i] : means[i];
+        Vek16s den = levels[i] > means[i] ? means[i] : levels[i];
+        num = num < kLeast ? kLeast : num;
+        den = den < kLeast ? kLeast : den;
+        const int norm = norm_s(den);
+        sum = add(sum, shr(div_s(shr(num, 1), shl(den, norm)), 8 - norm));
+    }
+    return sum;
+}
+
+void countStationary(State& s, const Vek16s* levels, Vek16s toneFlag, bool complex) {
+    constexpr Vek16s kLeastComplex = 5;
+    constexpr Vek16s kRestless = 1000;
+    if (complex && s.statCount < kLeastComplex) {
+        s.statCount = kLeastComplex;
+    }
+    if ((s.pitch & 0x6000) == 0x6000 || (toneFlag & 0x7c00) == 0x7c00 || (s.vadReg & 0x7f80) == 0 ||
+        unrest(levels, s.aveLevel) > kRestless) {
+        s.statCount = kStationary;
+    } else if ((s.vadReg & 0x4000) != 0 && s.statCount != 0) {
+        s.statCount = sub(s.statCount, 1);
+    }
+    const Vek16s speed = s.statCount == kStationary ? Vek16s{32767}
+                         : (s.vadReg & 0x4000) == 0 ? Vek16s{16383}
+                                                    : Vek16s{3276};
+    for (int i = 0; i < kBands; ++i) {
+        s.aveLevel[i] = add(s.aveLevel[i], mult_r(speed, sub(levels[i], s.aveLevel[i])));
+    }
+}
+
+void updateNoise(State& s, const Vek16s* levels, Vek16s toneFlag, bool complex) {
+    countStationary(s, levels, toneFlag, complex);
+    Vek16s up = 0;
+    Vek16s down = 1638;
+    Vek16s rise = 0;
+    if ((s.vadReg & 0x7800) == 0 && (s.pitch & 0x7800) == 0 && s.complexHangCount == 0) {
+        up = 1638;
+        down = 2097;
+        rise = 2;
+    } else if (s.statCount == 0 && s.complexHangCount == 0) {
+        up = 491;
+        down = 1867;
+        rise = 2;
+    }
+    for (int i = 0; i < kBands; ++i) {
+        const Vek16s above = sub(s.oldLevel[i], s.bckrEst[i]);
+        if (above < 0) {
+            const Vek16s next = add(-2, add(s.bckrEst[i], mult_r(down, above)));
+            s.bckrEst[i] = next < kLeastNoise ? Vek16s{kLeastNoise} : next;
+        } else {
+            const Vek16s next = add(rise, add(s.bckrEst[i], mult_r(up, above)));
+            s.bckrEst[i] = next > kMostNoise ? Vek16s{kMostNoise} : next;
+        }
+    }
+    std::memcpy(s.oldLevel, levels, sizeof s.oldLevel);
+}
+
+bool withHangover(State& s, Vek16s noise, bool quiet) {
+    constexpr Vek16s kComplexFrames = 100;
+    constexpr Vek16s kComplexHang = 250;
+    constexpr Vek16s kInNoise = 21298; // 0.65
+    const bool noisy = noise > 100;
+    if (quiet) {
+        s.burstCount = 0;
+        s.hangCount = 0;
+        s.complexHangCount = 0;
+        s.complexHangTimer = 0;
+        return false;
+    }
+    if (s.complexHangTimer > kComplexFrames && s.complexHangCount < kComplexHang) {
+        s.complexHangCount = kComplexHang;
+    }
+    if (s.complexHangCount != 0) {
+        s.burstCount = 4;
+        s.complexHangCount = sub(s.complexHangCount, 1);
+        return true;
+    }
+    if ((s.vadReg & 0x3ff0) == 0 && s.corrHpFast > kInNoise) {
+        return true;
+    }
+    if ((s.vadReg & 0x4000) != 0) {
+        s.burstCount = add(s.burstCount, 1);
+        if (s.burstCount >= (noisy ? 4 : 5)) {
+            s.hangCount = noisy ? 7 : 4;
+        }
+        return true;
+    }
+    s.burstCount = 0;
+    if (s.hangCount > 0) {
+        s.hangCount = sub(s.hangCount, 1);
+        return true;
+    }
+    return false;
+}
+
+// Mean over the bands of the squared ratio of level to noise.
+Vek16s ratio(const Vek16s* levels, const Vek16s* noise) {
+    constexpr Vek16s kOneOfNine = 3641;
+    int32_t sum = 0;
+    for (int i = 0; i < kBands; ++i) {
+        const int norm = norm_s(noise[i]);
+        const Vek16s q = shl(div_s(shr(levels[i], 1), shl(noise[i], norm)), norm - 5);
+        sum = L_mac(sum, q, q);
+    }
+    return mult(extract_h(L_shl(sum, 6)), kOneOfNine);
+}
+
+bool decide(State& s, const Vek16s* levels, bool quiet, Vek16s maxHpCorr, Vek16s toneFlag) {
+    constexpr Vek16s kHigh = 1260;
+    constexpr Vek16s kLow = 720;
+    constexpr Vek16s kSlope = -2808; // from high to low over a noise of 0 to 6300
+    const Vek16s mean = ratio(levels, s.bckrEst);
+    int32_t sum = 0;
+    for (const Vek16s v : s.bckrEst) {
+        sum += v;
+    }
+    const Vek16s noise = extract_h(L_shl(sum, 13));
+    Vek16s threshold = add(mult(kSlope, noise), kHigh);
+    threshold = threshold < kLow ? kLow : threshold;
+    s.vadReg = shr(s.vadReg, 1);
+    if (mean > threshold) {
+        s.vadReg = static_cast<Vek16s>(s.vadReg | 0x4000);
+    }
+    const bool complex = complexSignal(s, maxHpCorr, quiet);
+    updateNoise(s, levels, toneFlag, complex);
+    return withHangover(s, noise, quiet);
+}
+
+} // namespace
+
+VekStatus veksVAD1_GSMAMR_16s(const Vek16s* pSrcSpch, VeksVAD1State_GSMAMR* pSrcDstVad1State, Vek16s* pResultVadFlag,
+                              Vek16s maxHpCorr, Vek16s toneFlag) {
+    constexpr int32_t kNoPitch = 343040;
+    constexpr int32_t kQuiet = 15000;
+    if (anyNull(pSrcSpch, pResultVadFlag) || anyNull(pSrcDstVad1State)) {
+        return vekStsNullPtrErr;
+    }
+    State& s = *pSrcDstVad1State;
+    for (const Vek16s noise : s.bckrEst) {
+        if (noise < kLeastNoise || noise > kMostNoise) {
+            return vekStsStateErr;
+        }
+    }
+    const int32_t power = sat32(2 * corrKernels().dot16(pSrcSpch, pSrcSpch, kFrame));
+    if (power < kNoPitch) {
+        s.pitch = static_cast<Vek16s>(s.pitch & 0x3fff);
+    }
+    if (power < kQuiet) {
+        s.complexLow = static_cast<Vek16s>(s.complexLow & 0x3fff);
+    }
+    Vek16s levels[kBands];
+    filterBank(s, pSrcSpch + kLookAhead, levels);
+    s.vadDecision = decide(s, levels, power < kQuiet, maxHpCorr, toneFlag) ? 1 : 0;
+    *pResultVadFlag = s.vadDecision;
+    return vekStsNoErr;
+}
