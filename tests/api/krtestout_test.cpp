@@ -204,6 +204,10 @@ TEST_F(KrOutput, NameLinesGoWhereTheModeSays) {
     test.putTableName();
     EXPECT_EQ(results.text(), "veksFoo,a,-,parmNames,-,-,-,-\n");
     EXPECT_EQ(names.text(), "veksFoo,a,-,parmNames,-,-,-,-\nveksFoo,a,-,parmNames,-,-,-,-\n");
+    krSession::m_nameMode = krNameInResults;
+    test.putTableName();
+    EXPECT_EQ(results.text(), "veksFoo,a,-,parmNames,-,-,-,-\nveksFoo,a,-,parmNames,-,-,-,-\n");
+    EXPECT_EQ(names.text(), "veksFoo,a,-,parmNames,-,-,-,-\nveksFoo,a,-,parmNames,-,-,-,-\n");
 }
 
 TEST_F(KrOutput, ParametersAreWrittenWhenTheirLevelPasses) {
