@@ -1,4 +1,4 @@
-// Pre-emphasis of G.729.
+// Pre-emphasis of G.729 and of GSM full rate.
 #include "vkc.h"
 
 namespace {
@@ -9,6 +9,7 @@ vkVector pMem;
 vkVector pSrc;
 vkVector pDst;
 krStepIterator<int> lenght;
+krStepIterator<int> len;
 vkcGrid grid;
 int dataSize;
 
@@ -54,6 +55,40 @@ void TimPreemph::flushData() {
     }
 }
 
+class TimPreemphGSMFR : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+};
+
+bool TimPreemphGSMFR::canStart() {
+    vkcRebuild(len, "length").set(100, 180, 10, '+');
+    grid.begin({&len});
+    for (vkVector* vector : {&pSrc, &pDst, &pMem}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimPreemphGSMFR::canContinue() {
+    return grid.next(m_isFirst) && pSrc.createVector(len.value(), setValue, 1, 0) &&
+           pDst.createVector(len.value(), setZero, 0, 0) && pMem.createVector(1, setZero, 0, 0);
+}
+
+void TimPreemphGSMFR::flushData() {
+    for (vkVector* vector : {&pMem, &pDst, &pSrc}) {
+        vector->deleteVector();
+    }
+}
+
 } // namespace
 
 VK_REG_I(TimPreemph, veksPreemphasize_32f_I,
@@ -64,3 +99,5 @@ VK_REG_I(TimPreemph, veksPreemphasize_G729A_16s_I,
          vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
 VK_REG(TimPreemph, veksPreemphasize_G729A_16s,
        veksPreemphasize_G729A_16s(gamma_16s, pSrc.m_16s, pDst.m_16s, lenght.value(), pMem.m_16s))
+VK_REG(TimPreemphGSMFR, veksPreemphasize_GSMFR_16s,
+       veksPreemphasize_GSMFR_16s(pSrc.m_16s, pDst.m_16s, len.value(), pMem.m_16s))

@@ -1,0 +1,74 @@
+// First and last steps of GSM full rate: offset compensation, pre-emphasis, de-emphasis.
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "veksc_gsmfr.h"
+
+using namespace vek;
+using namespace vek::fix;
+
+namespace {
+
+constexpr Vek16s kEmphasis = 28180; // 0.86
+constexpr Vek16s kOffsetPole = 32735;
+
+} // namespace
+
+VekStatus veksHighPassFilter_GSMFR_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek32s* pMem) {
+    if (anyNull(pSrc, pDst) || anyNull(pMem)) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    auto past = static_cast<int32_t>(extract_l(pMem[0]));
+    int32_t sum = pMem[1];
+    for (int i = 0; i < len; ++i) {
+        const int32_t scaled = (pSrc[i] >> 3) * 4;
+        const int32_t step = scaled - past;
+        past = scaled;
+        // The pole's product in two words, the lower one rounded, is the rounded product of the whole.
+        const int64_t next = ((int64_t{sum} * kOffsetPole + 0x4000) >> 15) + step * 32768;
+        sum = static_cast<int32_t>(next);
+        if (sum != next) [[unlikely]] {
+            sum = sat32(next);
+        }
+        pDst[i] = static_cast<Vek16s>((int64_t{sum} + 0x4000) >> 15);
+    }
+    pMem[0] = past;
+    pMem[1] = sum;
+    return vekStsNoErr;
+}
+
+VekStatus veksPreemphasize_GSMFR_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek16s* pMem) {
+    if (anyNull(pSrc, pDst, pMem)) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    Vek16s past = *pMem;
+    for (int i = 0; i < len; ++i) {
+        const Vek16s now = pSrc[i];
+        pDst[i] = sat16(now + ((past * -kEmphasis + 0x4000) >> 15));
+        past = now;
+    }
+    *pMem = past;
+    return vekStsNoErr;
+}
+
+VekStatus veksDeemphasize_GSMFR_16s_I(Vek16s* pSrcDst, int len, Vek16s* pMem) {
+    if (anyNull(pSrcDst, pMem)) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    constexpr int kThirteenBits = ~7;
+    Vek16s sum = *pMem;
+    for (int i = 0; i < len; ++i) {
+        sum = sat16(pSrcDst[i] + ((sum * kEmphasis + 0x4000) >> 15));
+        pSrcDst[i] = static_cast<Vek16s>(add(sum, sum) & kThirteenBits);
+    }
+    *pMem = sum;
+    return vekStsNoErr;
+}
