@@ -272,6 +272,39 @@ TEST(VekGainQuant, DecoderGivesTheSameGains) {
     }
 }
 
+TEST(VekGainQuant, SilenceTakesTheSmallestFactors) {
+    const Samples none(40);
+    Samples past = fresh;
+    Samples gains(2), codes(2);
+    ASSERT_EQ(vekStsNoErr, veksGainQuant_G729_16s(none.data(), none.data(), none.data(), none.data(), past.data(),
+                                                  gains.data(), codes.data(), 0));
+    EXPECT_EQ((Samples{5, 6}), codes);
+    EXPECT_EQ(1 + 1994, gains[0]);
+}
+
+TEST(VekGainQuant, FullScaleIsWeighedWithoutSaturation) {
+    // The target is the adaptive vector alone, at the largest size; the fixed vector is orthogonal to it.
+    Samples x(40), z(40), code(40), past(4, 0);
+    for (size_t i = 0; i < 40; ++i) {
+        x[i] = i % 2 == 0 ? 32767 : -32768;
+        z[i] = i % 4 < 2 ? 32767 : -32768;
+        code[i] = i % 10 == 0 ? 8191 : 0;
+    }
+    Samples gains(2), codes(2);
+    ASSERT_EQ(vekStsNoErr, veksGainQuant_G729_16s(x.data(), x.data(), code.data(), z.data(), past.data(), gains.data(),
+                                                  codes.data(), 0));
+    EXPECT_NEAR(16384, gains[0], 1300);
+    // Target -x / 2: no adaptive gain helps, the smallest entries of all are taken.
+    Samples against(40);
+    for (size_t i = 0; i < 40; ++i) {
+        against[i] = static_cast<int16_t>(-x[i] / 2);
+    }
+    past = fresh;
+    ASSERT_EQ(vekStsNoErr, veksGainQuant_G729_16s(against.data(), x.data(), code.data(), z.data(), past.data(),
+                                                  gains.data(), codes.data(), 0));
+    EXPECT_EQ((Samples{5, 4}), codes);
+}
+
 TEST(VekGainQuant, TamedGainStaysBelowOne) {
     std::mt19937 random(4);
     for (const Quantiser quantise : {veksGainQuant_G729_16s, veksGainQuant_G729D_16s}) {

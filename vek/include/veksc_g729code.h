@@ -88,7 +88,7 @@ VEK_API VekStatus veksDecodeGain_G729I_16s(Vek32s energy, Vek16s valGainAttenuat
 // Gains of a subframe: target (Q0), filtered adaptive vector (Q0), code vector (Q13), filtered code vector (Q12).
 // pDstQGain receives both gains as the decoder has them (Q14, Q1), pDstIndex the two codes, pPastEnergy is moved on. Of
 // each codebook those entries are tried that lie around the gains of least error. tameflag 1 keeps the adaptive gain
-// below 1.0; 0 or 1, else vekStsRangeErr. Sums are exact.
+// below 1.0; 0 or 1, else vekStsRangeErr. Sums are exact; errors are weighed with weights of 32 bits.
 //
 // 3 and 4 bits, 4 and 8 entries tried: 3.9. 3 and 3 bits, 6 and 6 entries tried: D.3.9.
 VEK_API VekStatus veksGainQuant_G729_16s(const Vek16s* pSrcTarget, const Vek16s* pSrcFltAdptVector,

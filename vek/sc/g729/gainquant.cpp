@@ -1,10 +1,11 @@
-// Quantiser of the two gains of G.729 and its Annex D: the entries near the best gains, then the least error of all
-// their pairs. Sums of products are exact; the error is weighed in double precision, which all levels share.
+// Quantiser of the two gains of G.729 and its Annex D in fixed point: the entries near the best gains, then the least
+// error of all their pairs. Codebooks and prediction are in gains.h.
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <limits>
 
+#include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/gains.h"
 #include "sc/kernels/corr.h"
@@ -13,167 +14,197 @@
 namespace {
 
 using namespace vek;
+using namespace vek::fix;
 using namespace vek::g729;
 
 constexpr int kSub = 40;
+constexpr int kGainBits = 14; // of the adaptive gain
 
-// With a tamed filter: the best adaptive gain that is aimed at, and the bound of the quantised one.
-constexpr double kTamedAim = 481.0 / 512;
-constexpr double kTamedBound = 16383.0 / 16384;
+// With a tamed filter: the best adaptive gain that is aimed at, and the bound of the quantised one. Q14.
+constexpr int16_t kTamedAim = 481 << 5;
+constexpr int16_t kTamedBound = 16383;
 
-// yy, -2xy, zz, -2xz, 2yz
-struct Terms {
-    double yy, xy, zz, xz, yz;
-
-    double error(double adaptive, double fixed) const {
-        return adaptive * (adaptive * yy + xy) + fixed * (fixed * zz + xz + adaptive * yz);
-    }
+// mantissa * 2^-exponent, the mantissa normalised.
+struct Scaled {
+    int32_t mantissa;
+    int exponent;
 };
 
-// An entry in units of 1.0, and its code.
-struct Ranked {
-    double adaptive;
-    double factor;
-    int code;
-};
-
-template <std::size_t N>
-std::array<Ranked, N> rank(const std::array<GainEntry, N>& entries, double unit, bool byFactor) {
-    std::array<Ranked, N> ranked{};
-    for (std::size_t i = 0; i < N; ++i) {
-        ranked[i] = {entries[i].adaptive / 16384.0, entries[i].factor / unit, static_cast<int>(i)};
-    }
-    std::sort(ranked.begin(), ranked.end(), [&](const Ranked& a, const Ranked& b) {
-        return byFactor ? a.factor < b.factor : a.adaptive < b.adaptive;
-    });
-    return ranked;
+Scaled normalised(int64_t v, int exponent) {
+    const int shift = norm_64(v) - 32;
+    return {static_cast<int32_t>(shift >= 0 ? v << shift : v >> -shift), exponent + shift};
 }
 
+// a b - c d
+Scaled difference(const Scaled& a, const Scaled& b, const Scaled& c, const Scaled& d) {
+    int64_t one = int64_t{a.mantissa} * b.mantissa >> 1;
+    int64_t two = int64_t{c.mantissa} * d.mantissa >> 1;
+    const int oneExponent = a.exponent + b.exponent - 1;
+    const int twoExponent = c.exponent + d.exponent - 1;
+    const int exponent = one == 0 ? twoExponent : two == 0 ? oneExponent : std::min(oneExponent, twoExponent);
+    one >>= std::clamp(oneExponent - exponent, 0, 63);
+    two >>= std::clamp(twoExponent - exponent, 0, 63);
+    return normalised(one - two, exponent);
+}
+
+// numerator / denominator (above 0) with so many bits behind the point, saturated.
+int16_t quotient(const Scaled& numerator, const Scaled& denominator, int bits) {
+    const int16_t size = extract_h(L_shr(L_abs(numerator.mantissa), 1));
+    const int32_t q = div_s(size, extract_h(denominator.mantissa));
+    const int shift = bits + denominator.exponent - numerator.exponent - 14;
+    const int16_t v = sat16(L_shl(q, std::clamp(shift, -31, 31)));
+    return numerator.mantissa < 0 ? negate(v) : v;
+}
+
+// An entry of a codebook and its code.
+struct Ranked {
+    int16_t adaptive;
+    int16_t factor;
+    int16_t code;
+};
+
+struct Gains {
+    int16_t adaptive; // Q14
+    int16_t fixed;
+};
+
+// The error in the gains: yy, -2xy, zz, -2xz, 2yz for products of Q15, with one common exponent.
+struct Weights {
+    std::array<int64_t, 5> w;
+
+    // No step exceeds 64 bits: weights have 32, gains 16.
+    int64_t error(int gp, int gc) const {
+        const int64_t slope = ((w[0] * gp + w[4] * gc) >> 15) + w[1];
+        return slope * gp + (((w[2] * gc) >> 15) + w[3]) * gc;
+    }
+};
+
+struct Correlations {
+    int64_t yy, xy, zz, xz, yz;
+
+    Weights weights(int fixedBits) const {
+        const Scaled terms[] = {normalised(yy, 2 * kGainBits - 15), normalised(-2 * xy, kGainBits),
+                                normalised(zz, 24 + 2 * fixedBits - 15), normalised(-2 * xz, 12 + fixedBits),
+                                normalised(2 * yz, 12 + kGainBits + fixedBits - 15)};
+        int least = terms[0].exponent;
+        for (const Scaled& t : terms) {
+            least = t.mantissa == 0 ? least : std::min(least, t.exponent);
+        }
+        Weights weights{};
+        for (std::size_t i = 0; i < weights.w.size(); ++i) {
+            weights.w[i] = L_shr(terms[i].mantissa, std::min(terms[i].exponent - least, 31));
+        }
+        return weights;
+    }
+
+    // The gains of least error.
+    Gains best(int fixedBits) const {
+        const Scaled y2 = normalised(yy, 0);
+        const Scaled z2 = normalised(zz, 24);
+        const Scaled yx = normalised(xy, 0);
+        const Scaled zx = normalised(xz, 12);
+        const Scaled zy = normalised(yz, 12);
+        const Scaled denominator = difference(y2, z2, zy, zy);
+        if (denominator.mantissa <= 0) {
+            return {0, 0};
+        }
+        return {quotient(difference(z2, yx, zx, zy), denominator, kGainBits),
+                quotient(difference(y2, zx, yx, zy), denominator, fixedBits)};
+    }
+};
+
+// The first codebook in order of the factors, the second in order of the adaptive gains.
+template <std::size_t Seconds, int FirstTried, int SecondTried>
 struct Codebook {
-    std::array<Ranked, kFirstEntries> first;
-    std::array<Ranked, kSecondEntries> second;
-    int secondEntries;
-    int firstTried;
-    int secondTried;
+    std::array<Ranked, kFirstEntries> first{};
+    std::array<Ranked, Seconds> second{};
+    int factorBits;
 
-    struct Pair {
-        int first;
-        int second;
-    };
-
-    bool refuses(int a, int b) const {
-        return a < 0 || a > kFirstEntries - firstTried || b < 0 || b > secondEntries - secondTried;
+    Codebook(const std::array<GainEntry, kFirstEntries>& firsts, const std::array<GainEntry, Seconds>& seconds,
+             int bits)
+        : factorBits(bits) {
+        const auto ranked = [](const GainEntry& e, std::size_t i) {
+            return Ranked{e.adaptive, e.factor, static_cast<int16_t>(i)};
+        };
+        for (std::size_t i = 0; i < first.size(); ++i) {
+            first[i] = ranked(firsts[i], i);
+        }
+        for (std::size_t i = 0; i < Seconds; ++i) {
+            second[i] = ranked(seconds[i], i);
+        }
+        std::sort(first.begin(), first.end(), [](const Ranked& a, const Ranked& b) { return a.factor < b.factor; });
+        std::sort(second.begin(), second.end(),
+                  [](const Ranked& a, const Ranked& b) { return a.adaptive < b.adaptive; });
     }
 
-    // The first entries to try, by the gains of least error.
-    Pair near(const Terms& t, double predicted, bool tamed) const {
-        const double xy = -0.5 * t.xy;
-        const double xz = -0.5 * t.xz;
-        const double yz = 0.5 * t.yz;
-        const double den = t.yy * t.zz - yz * yz;
-        const double inverse = 1 / (den > 0 ? den : 1);
-        double adaptive = (t.zz * xy - xz * yz) * inverse;
-        const double fixed = (t.yy * xz - xy * yz) * inverse;
+    // The pair of least error of the entries around the best gains; the tables are left to the caller.
+    std::array<Ranked, 2> search(const Weights& weights, Gains best, int predicted, bool tamed) const {
         if (tamed) {
-            adaptive = std::min(adaptive, kTamedAim);
+            best.adaptive = std::min(best.adaptive, kTamedAim);
         }
-        int a = 0;
-        while (a < kFirstEntries && fixed > first[static_cast<std::size_t>(a)].factor * predicted) {
-            ++a;
-        }
-        int b = 0;
-        while (b < secondEntries && adaptive > second[static_cast<std::size_t>(b)].adaptive) {
-            ++b;
-        }
-        return {std::clamp(a - firstTried / 2, 0, kFirstEntries - firstTried),
-                std::clamp(b - secondTried / 2, 0, secondEntries - secondTried)};
-    }
-
-    // The codes of least error of the entries from `from` on.
-    Pair search(const Terms& t, double predicted, const Pair& from, bool tamed) const {
-        double least = std::numeric_limits<double>::infinity();
-        Pair best{first[static_cast<std::size_t>(from.first)].code, second[static_cast<std::size_t>(from.second)].code};
-        for (int i = 0; i < firstTried; ++i) {
-            const Ranked& one = first[static_cast<std::size_t>(from.first + i)];
-            for (int j = 0; j < secondTried; ++j) {
-                const Ranked& two = second[static_cast<std::size_t>(from.second + j)];
-                const double adaptive = one.adaptive + two.adaptive;
-                const double error = t.error(adaptive, (one.factor + two.factor) * predicted);
-                if (error < least && (!tamed || adaptive < kTamedBound)) {
-                    least = error;
-                    best = {one.code, two.code};
-                }
+        const int32_t aim = best.fixed * (1 << 16);
+        const auto a =
+            std::count_if(first.begin(), first.end(), [&](const Ranked& e) { return aim > e.factor * predicted; });
+        const auto b =
+            std::count_if(second.begin(), second.end(), [&](const Ranked& e) { return best.adaptive > e.adaptive; });
+        const auto from = [](auto at, int tried, std::size_t entries) {
+            return std::clamp(static_cast<int>(at) - tried / 2, 0, static_cast<int>(entries) - tried);
+        };
+        const Ranked* const one = first.data() + from(a, FirstTried, first.size());
+        const Ranked* const two = second.data() + from(b, SecondTried, second.size());
+        const int bound = tamed ? kTamedBound : 32767;
+        int64_t least = std::numeric_limits<int64_t>::max();
+        int best1 = 0;
+        int best2 = 0;
+        for (int i = 0; i < FirstTried; ++i) {
+            for (int j = 0; j < SecondTried; ++j) {
+                const int adaptive = one[i].adaptive + two[j].adaptive;
+                const int fixed = ((one[i].factor + two[j].factor) >> 1) * predicted >> 15;
+                const int64_t error = weights.error(adaptive, fixed);
+                const bool better = (error < least) & (adaptive < bound);
+                least = better ? error : least;
+                best1 = better ? i : best1;
+                best2 = better ? j : best2;
             }
         }
-        return best;
+        return {one[best1], two[best2]};
     }
 };
 
-const Codebook& codebook() {
-    static const Codebook book{rank(kFirstGains, 8192, true), rank(kSecondGains, 8192, false), kSecondEntries, 4, 8};
+const auto& codebook() {
+    static const Codebook<kSecondEntries, 4, 8> book(kFirstGains, kSecondGains, 13);
     return book;
 }
 
-const Codebook& codebookD() {
-    static const Codebook book = [] {
-        Codebook b{rank(kFirstGainsD, 16384, true), {}, kSecondEntriesD, 6, 6};
-        const auto ranked = rank(kSecondGainsD, 16384, false);
-        std::copy(ranked.begin(), ranked.end(), b.second.begin());
-        return b;
-    }();
+const auto& codebookD() {
+    static const Codebook<kSecondEntriesD, 6, 6> book(kFirstGainsD, kSecondGainsD, 14);
     return book;
 }
 
-double product(const Vek16s* a, const Vek16s* b) {
-    return static_cast<double>(corrKernels().dot16(a, b, kSub));
-}
-
-template <class First, class Second>
-VekStatus quantise(const Codebook& book, const First& firsts, const Second& seconds, int factorBits, const Vek16s* x,
-                   const Vek16s* y, const Vek16s* code, const Vek16s* z, Vek16s* past, Vek16s* gains, Vek16s* index,
-                   int tame) {
+template <class Book>
+VekStatus quantise(const Book& book, const Vek16s* x, const Vek16s* y, const Vek16s* code, const Vek16s* z,
+                   Vek16s* past, Vek16s* gains, Vek16s* index, int tame) {
     if (anyNull(x, y, code, z, past, gains, index)) {
         return vekStsNullPtrErr;
     }
     if (tame < 0 || tame > 1) {
         return vekStsRangeErr;
     }
-    constexpr double q12 = 1.0 / 4096;
-    const Terms terms{product(y, y), -2 * product(x, y), product(z, z) * q12 * q12, -2 * product(x, z) * q12,
-                      2 * product(y, z) * q12};
-    const auto energy = static_cast<int32_t>(std::min<int64_t>(corrKernels().dot16(code, code, kSub), INT32_MAX));
+    const auto product = corrKernels().dot16;
+    // One more than nothing: silence has a least error too.
+    const Correlations sums{std::max<int64_t>(product(y, y, kSub), 1), product(x, y, kSub),
+                            std::max<int64_t>(product(z, z, kSub), 1), product(x, z, kSub), product(y, z, kSub)};
+    const auto energy = static_cast<int32_t>(std::min<int64_t>(product(code, code, kSub), INT32_MAX));
     const PredictedGain predicted = predictGain(energy, past);
-    double size = predicted.mantissa;
-    for (int i = 0; i < predicted.exponent; ++i) {
-        size *= 0.5;
-    }
-    for (int i = predicted.exponent; i < 0; ++i) {
-        size *= 2;
-    }
-    const Codebook::Pair codes = book.search(terms, size, book.near(terms, size, tame == 1), tame == 1);
-    const GainEntry first = firsts[static_cast<std::size_t>(codes.first)];
-    const GainEntry second = seconds[static_cast<std::size_t>(codes.second)];
-    const int factor = (first.factor + second.factor) >> (factorBits - 13);
-    gains[0] = static_cast<Vek16s>(first.adaptive + second.adaptive);
+    // A fixed gain is (factor / 2) * mantissa / 2^15.
+    const int fixedBits = predicted.exponent + book.factorBits - 1 - 15;
+    const auto found = book.search(sums.weights(fixedBits), sums.best(fixedBits), predicted.mantissa, tame == 1);
+    const int factor = (found[0].factor + found[1].factor) >> (book.factorBits - 13);
+    gains[0] = static_cast<Vek16s>(found[0].adaptive + found[1].adaptive);
     gains[1] = fixedGain(factor, predicted);
-    index[0] = static_cast<Vek16s>(codes.first);
-    index[1] = static_cast<Vek16s>(codes.second);
+    index[0] = found[0].code;
+    index[1] = found[1].code;
     movePast(factor, past);
-    return vekStsNoErr;
-}
-
-VekStatus searchCodes(const Codebook& book, const Vek32f* terms, const Vek16s* cand, Vek16s* index, int tame,
-                      Vek32f predicted) {
-    if (anyNull(terms) || anyNull(cand, index)) {
-        return vekStsNullPtrErr;
-    }
-    if (book.refuses(cand[0], cand[1]) || tame < 0 || tame > 1) {
-        return vekStsRangeErr;
-    }
-    const Terms t{terms[0], terms[1], terms[2], terms[3], terms[4]};
-    const Codebook::Pair codes = book.search(t, predicted, {cand[0], cand[1]}, tame == 1);
-    index[0] = static_cast<Vek16s>(codes.first);
-    index[1] = static_cast<Vek16s>(codes.second);
     return vekStsNoErr;
 }
 
@@ -182,23 +213,13 @@ VekStatus searchCodes(const Codebook& book, const Vek32f* terms, const Vek16s* c
 VekStatus veksGainQuant_G729_16s(const Vek16s* pSrcTarget, const Vek16s* pSrcFltAdptVector,
                                  const Vek16s* pSrcFixedVector, const Vek16s* pSrcFltFixedVector, Vek16s* pPastEnergy,
                                  Vek16s* pDstQGain, Vek16s* pDstIndex, Vek16s tameflag) {
-    return quantise(codebook(), kFirstGains, kSecondGains, 13, pSrcTarget, pSrcFltAdptVector, pSrcFixedVector,
-                    pSrcFltFixedVector, pPastEnergy, pDstQGain, pDstIndex, tameflag);
+    return quantise(codebook(), pSrcTarget, pSrcFltAdptVector, pSrcFixedVector, pSrcFltFixedVector, pPastEnergy,
+                    pDstQGain, pDstIndex, tameflag);
 }
 
 VekStatus veksGainQuant_G729D_16s(const Vek16s* pSrcTarget, const Vek16s* pSrcFltAdptVector,
                                   const Vek16s* pSrcFixedVector, const Vek16s* pSrcFltFixedVector, Vek16s* pPastEnergy,
                                   Vek16s* pDstQGain, Vek16s* pDstIndex, Vek16s tameflag) {
-    return quantise(codebookD(), kFirstGainsD, kSecondGainsD, 14, pSrcTarget, pSrcFltAdptVector, pSrcFixedVector,
-                    pSrcFltFixedVector, pPastEnergy, pDstQGain, pDstIndex, tameflag);
-}
-
-VekStatus veksGainCodebookSearch_G729_32f(const Vek32f* pSrc, const Vek16s* pSrcCand, Vek16s* pDstIdxs, int valTimeFlag,
-                                          Vek32f valPredictedCodebookGain) {
-    return searchCodes(codebook(), pSrc, pSrcCand, pDstIdxs, valTimeFlag, valPredictedCodebookGain);
-}
-
-VekStatus veksGainCodebookSearch_G729D_32f(const Vek32f* pSrc, const Vek16s* pSrcCand, Vek16s* pDstIdxs,
-                                           int valTimeFlag, Vek32f valPredictedCodebookGain) {
-    return searchCodes(codebookD(), pSrc, pSrcCand, pDstIdxs, valTimeFlag, valPredictedCodebookGain);
+    return quantise(codebookD(), pSrcTarget, pSrcFltAdptVector, pSrcFixedVector, pSrcFltFixedVector, pPastEnergy,
+                    pDstQGain, pDstIndex, tameflag);
 }
