@@ -1,0 +1,196 @@
+// Echo cancellation beside a telephony package's vector functions and tone detector, and a transform package.
+#include "peers.h"
+
+#include "veksc.h"
+
+#include <cmath>
+#include <random>
+
+#if __has_include(<spandsp.h>) && __has_include(<fftw3.h>)
+#include <fftw3.h>
+#include <spandsp.h>
+
+namespace {
+
+constexpr int kLen = 8;
+Vek16s ref[300], speech[80], out[kLen], coef[256], step[kLen], err;
+Vek32f refF[300], speechF[80], outF[kLen], coefF[256], stepF[kLen], errF;
+
+// A process of the suites' shape, at rest in aligned memory.
+template <class State>
+struct Shape {
+    alignas(32) Vek8u state[8192];
+    alignas(32) Vek8u work[1024];
+    State* get() { return reinterpret_cast<State*>(state); }
+};
+Shape<VeksSubbandProcessState_32f> process5, process6;
+Shape<VeksSubbandProcessState_16s> processFixed;
+Vek32f window[128], history[128], sums[128];
+Vek16s windowFixed[64];
+Vek32fc bands[33];
+Vek32sc bandsFixed[33];
+float* folded;
+fftwf_complex* spectrum;
+
+// Their side of an analysis: a frame into the history, the fold, the transform.
+void analyse(fftwf_plan plan, int points, int frame, int len) {
+    for (int i = 0; i < len - frame; ++i) {
+        history[i] = history[i + frame];
+    }
+    for (int i = 0; i < frame; ++i) {
+        history[len - frame + i] = speechF[i];
+    }
+    for (int n = 0; n < points; ++n) {
+        folded[n] = history[n] * window[n];
+    }
+    for (int b = points; b < len; b += points) {
+        for (int n = 0; n < points; ++n) {
+            folded[n] += history[b + n] * window[b + n];
+        }
+    }
+    fftwf_execute(plan);
+}
+
+void synthesise(fftwf_plan plan, int points, int frame, int len) {
+    for (int k = 0; k <= points / 2; ++k) {
+        spectrum[k][0] = bands[k].re;
+        spectrum[k][1] = bands[k].im;
+    }
+    fftwf_execute(plan);
+    for (int b = 0; b < len; b += points) {
+        for (int n = 0; n < points; ++n) {
+            sums[b + n] += folded[n] * window[b + n];
+        }
+    }
+    for (int i = 0; i < frame; ++i) {
+        speechF[i] = sums[i];
+    }
+    for (int i = 0; i < len - frame; ++i) {
+        sums[i] = sums[i + frame];
+    }
+    for (int i = len - frame; i < len; ++i) {
+        sums[i] = 0;
+    }
+}
+
+void fill() {
+    std::mt19937 random(1);
+    for (int i = 0; i < 300; ++i) {
+        ref[i] = static_cast<Vek16s>(static_cast<int>(random() % 2001) - 1000);
+        refF[i] = static_cast<Vek32f>(ref[i]) / 32768;
+    }
+    for (int i = 0; i < 80; ++i) {
+        speech[i] = static_cast<Vek16s>(static_cast<int>(random() % 2001) - 1000);
+        speechF[i] = static_cast<Vek32f>(speech[i]) / 32768;
+    }
+    for (int i = 0; i < 256; ++i) {
+        coef[i] = static_cast<Vek16s>(static_cast<int>(random() % 401) - 200);
+        coefF[i] = static_cast<Vek32f>(coef[i]) / 32768;
+    }
+    for (int i = 0; i < kLen; ++i) {
+        step[i] = 8192;
+        stepF[i] = 0.25F;
+    }
+    for (int n = 0; n < 128; ++n) {
+        window[n] = static_cast<Vek32f>(std::sin(3.14159265 * (n + 0.5) / 128));
+    }
+    for (int n = 0; n < 64; ++n) {
+        windowFixed[n] = static_cast<Vek16s>(32767 * std::sin(3.14159265 * (n + 0.5) / 64));
+    }
+}
+
+void fullBand(int taps) {
+    peerRow(
+        "veksFIR_EC_16s", taps == 128 ? "spandsp vec_dot_prodi16, 8x128" : "spandsp vec_dot_prodi16, 8x256",
+        [taps] { veksFIR_EC_16s(ref + taps, speech, out, kLen, coef, taps); },
+        [taps] {
+            for (int i = 0; i < kLen; ++i) {
+                out[i] = static_cast<Vek16s>(speech[i] - (vec_dot_prodi16(coef, ref + i + 1, taps) >> 15));
+            }
+        });
+    peerRow(
+        "veksFIR_EC_32f", taps == 128 ? "spandsp vec_dot_prodf, 8x128" : "spandsp vec_dot_prodf, 8x256",
+        [taps] { veksFIR_EC_32f(refF + taps, speechF, outF, kLen, coefF, taps); },
+        [taps] {
+            for (int i = 0; i < kLen; ++i) {
+                outF[i] = speechF[i] - vec_dot_prodf(coefF, refF + i + 1, taps);
+            }
+        });
+    peerRow(
+        "veksNLMS_EC_16s", taps == 128 ? "spandsp vec_lmsi16, dot, 8x128" : "spandsp vec_lmsi16, dot, 8x256",
+        [taps] { veksNLMS_EC_16s(ref + taps + 1, speech, step, out, kLen, coef, taps, &err); },
+        [taps] {
+            for (int i = 0; i < kLen; ++i) {
+                vec_lmsi16(ref + i, coef, taps, static_cast<Vek16s>(err >> 6));
+                err = static_cast<Vek16s>(speech[i] - (vec_dot_prodi16(coef, ref + i + 1, taps) >> 15));
+                out[i] = err;
+            }
+        });
+    peerRow(
+        "veksNLMS_EC_32f", taps == 128 ? "spandsp vec_lmsf, dot, 8x128" : "spandsp vec_lmsf, dot, 8x256",
+        [taps] { veksNLMS_EC_32f(refF + taps + 1, speechF, stepF, outF, kLen, coefF, taps, &errF); },
+        [taps] {
+            for (int i = 0; i < kLen; ++i) {
+                vec_lmsf(refF + i, coefF, taps, 0.01F * errF);
+                errF = speechF[i] - vec_dot_prodf(coefF, refF + i + 1, taps);
+                outF[i] = errF;
+            }
+        });
+}
+
+} // namespace
+
+PEER_ROWS(ec) {
+    fill();
+    fullBand(128);
+    fullBand(256);
+    folded = fftwf_alloc_real(64);
+    spectrum = fftwf_alloc_complex(33);
+    fftwf_plan forward5 = fftwf_plan_dft_r2c_1d(32, folded, spectrum, FFTW_MEASURE);
+    fftwf_plan forward6 = fftwf_plan_dft_r2c_1d(64, folded, spectrum, FFTW_MEASURE);
+    fftwf_plan backward5 = fftwf_plan_dft_c2r_1d(32, spectrum, folded, FFTW_MEASURE);
+    fftwf_plan backward6 = fftwf_plan_dft_c2r_1d(64, spectrum, folded, FFTW_MEASURE);
+    fill();
+    veksSubbandProcessInit_32f(process5.get(), 5, 24, 128, window, process5.work);
+    veksSubbandProcessInit_32f(process6.get(), 6, 16, 64, window, process6.work);
+    veksSubbandProcessInit_16s(processFixed.get(), 6, 16, 64, windowFixed, processFixed.work);
+    peerRow(
+        "veksSubbandAnalysis_32f32fc", "fold, fftw3f 32",
+        [] { veksSubbandAnalysis_32f32fc(speechF, bands, process5.get(), process5.work); },
+        [=] { analyse(forward5, 32, 24, 128); });
+    peerRow(
+        "veksSubbandAnalysis_32f32fc", "fold, fftw3f 64",
+        [] { veksSubbandAnalysis_32f32fc(speechF, bands, process6.get(), process6.work); },
+        [=] { analyse(forward6, 64, 16, 64); });
+    peerRow(
+        "veksSubbandAnalysis_16s32sc_Sfs", "fold, fftw3f 64",
+        [] { veksSubbandAnalysis_16s32sc_Sfs(speech, bandsFixed, processFixed.get(), 0, processFixed.work); },
+        [=] { analyse(forward6, 64, 16, 64); });
+    peerRow(
+        "veksSubbandSynthesis_32fc32f", "fftw3f 32, overlap",
+        [] { veksSubbandSynthesis_32fc32f(bands, sums, process5.get(), process5.work); },
+        [=] { synthesise(backward5, 32, 24, 128); });
+    peerRow(
+        "veksSubbandSynthesis_32fc32f", "fftw3f 64, overlap",
+        [] { veksSubbandSynthesis_32fc32f(bands, sums, process6.get(), process6.work); },
+        [=] { synthesise(backward6, 64, 16, 64); });
+    peerRow(
+        "veksSubbandSynthesis_32sc16s_Sfs", "fftw3f 64, overlap",
+        [] { veksSubbandSynthesis_32sc16s_Sfs(bandsFixed, windowFixed, processFixed.get(), 0, processFixed.work); },
+        [=] { synthesise(backward6, 64, 16, 64); });
+    static Shape<VeksToneDetectState_EC_16s> tone;
+    static Shape<VeksToneDetectState_EC_32f> toneF;
+    veksToneDetectInit_EC_16s(tone.get(), 8000);
+    veksToneDetectInit_EC_32f(toneF.get(), 8000);
+    static int result;
+    static modem_connect_tones_rx_state_t* rx =
+        modem_connect_tones_rx_init(nullptr, MODEM_CONNECT_TONES_ANS_PR, nullptr, nullptr);
+    peerRow(
+        "veksToneDetect_EC_16s", "spandsp modem_connect_tones_rx, 80",
+        [] { veksToneDetect_EC_16s(speech, 80, &result, tone.get()); }, [] { modem_connect_tones_rx(rx, speech, 80); });
+    peerRow(
+        "veksToneDetect_EC_32f", "spandsp modem_connect_tones_rx, 80",
+        [] { veksToneDetect_EC_32f(speechF, 80, &result, toneF.get()); },
+        [] { modem_connect_tones_rx(rx, speech, 80); });
+}
+#endif

@@ -1,0 +1,516 @@
+// Controllers of echo cancellers, in whole cancellers: an echo path is learnt by the adaptive filter and handed to the
+// fixed one, steps fall in double talk and rise in single talk, never outside their range, the fixed filter survives
+// double talk, a changed path is learnt anew. The decisions are plain code: one level serves for all.
+#include <cmath>
+#include <complex>
+#include <cstring>
+#include <random>
+
+#include "lp_reference.h"
+#include "veksc.h"
+
+namespace {
+
+using Bytes = std::vector<Vek8u>;
+constexpr int kRate = 8000;
+constexpr int kTaps = 128;
+constexpr int kFrame = 8;
+
+struct Scene {
+    std::vector<double> far, near, echo;
+};
+
+// Far end for `seconds`; the near end talks, 6 dB above the echo's 12 dB of loss, from `from` to `to`; at `change`
+// the path turns its sign.
+Scene scene(double seconds, double from, double to, double change = 1e9) {
+    std::mt19937 random(21);
+    std::normal_distribution<double> normal;
+    std::vector<double> path(kTaps);
+    double energy = 0;
+    for (int j = 0; j < kTaps; j++) {
+        path[j] = normal(random) * std::exp(-j / 20.0);
+        energy += path[j] * path[j];
+    }
+    for (double& p : path) {
+        p *= 0.25 / std::sqrt(energy);
+    }
+    const int n = static_cast<int>(seconds * kRate);
+    Scene s;
+    s.far.resize(static_cast<size_t>(n) + kTaps + 1);
+    for (double& v : s.far) {
+        v = 0.1 * normal(random);
+    }
+    for (int i = 0; i < n; i++) {
+        double sum = 0;
+        for (int j = 0; j < kTaps; j++) {
+            sum += path[j] * s.far[kTaps + 1 + i - j];
+        }
+        const double t = static_cast<double>(i) / kRate;
+        s.echo.push_back(t < change ? sum : -sum);
+        s.near.push_back(t >= from && t < to ? 0.05 * normal(random) : 0);
+    }
+    return s;
+}
+
+template <class S>
+struct Full;
+template <>
+struct Full<float> {
+    using State = VeksFullbandControllerState_EC_32f;
+    static constexpr double scale = 1;
+    static constexpr auto size = veksFullbandControllerGetSize_EC_32f;
+    static constexpr auto init = veksFullbandControllerInit_EC_32f;
+    static constexpr auto update = veksFullbandControllerUpdate_EC_32f;
+    static constexpr auto control = veksFullbandController_EC_32f;
+    static constexpr auto fir = veksFIR_EC_32f;
+    static constexpr auto nlms = veksNLMS_EC_32f;
+};
+template <>
+struct Full<int16_t> {
+    using State = VeksFullbandControllerState_EC_16s;
+    static constexpr double scale = 32768;
+    static constexpr auto size = veksFullbandControllerGetSize_EC_16s;
+    static constexpr auto init = veksFullbandControllerInit_EC_16s;
+    static constexpr auto update = veksFullbandControllerUpdate_EC_16s;
+    static constexpr auto control = veksFullbandController_EC_16s;
+    static constexpr auto fir = veksFIR_EC_16s;
+    static constexpr auto nlms = veksNLMS_EC_16s;
+};
+
+struct Track {
+    std::vector<double> step, gain, loss; // per frame: relative step, gain; loss: echo over what is left of it, powers
+    std::vector<double> echo, left;
+
+    // Return loss of the fixed filter from t0 to t1, in dB.
+    double lossOf(double t0, double t1) const {
+        double e = 0;
+        double l = 1e-20;
+        for (auto i = static_cast<size_t>(t0 * kRate / kFrame); i < static_cast<size_t>(t1 * kRate / kFrame); i++) {
+            e += echo[i];
+            l += left[i];
+        }
+        return 10 * std::log10(e / l);
+    }
+    static double mean(const std::vector<double>& v, double t0, double t1) {
+        double sum = 0;
+        int n = 0;
+        for (auto i = static_cast<size_t>(t0 * kRate / kFrame); i < static_cast<size_t>(t1 * kRate / kFrame); i++) {
+            sum += v[i];
+            n++;
+        }
+        return sum / n;
+    }
+};
+
+template <class S>
+Track cancel(const Scene& s) {
+    using F = Full<S>;
+    int size = 0;
+    EXPECT_EQ(vekStsNoErr, F::size(kFrame, kTaps, kRate, &size));
+    Bytes memory(static_cast<size_t>(size) + 1);
+    auto* state = reinterpret_cast<typename F::State*>(memory.data() + 1);
+    EXPECT_EQ(vekStsNoErr, F::init(state, kFrame, kTaps, kRate));
+    const auto to = [](double v) { return static_cast<S>(F::scale == 1 ? v : std::lround(v * F::scale)); };
+    std::vector<S> far;
+    for (const double v : s.far) {
+        far.push_back(to(v));
+    }
+    std::vector<S> adaptive(kTaps);
+    std::vector<S> fixed(kTaps);
+    S err = 0;
+    Track track;
+    for (size_t i = 0; i + kFrame <= s.echo.size(); i += kFrame) {
+        const S* ref = far.data() + kTaps + 1 + i;
+        S sin[kFrame];
+        S step[kFrame];
+        S errA[kFrame];
+        S errF[kFrame];
+        S gain = 0;
+        for (int k = 0; k < kFrame; k++) {
+            sin[k] = to(s.echo[i + k] + s.near[i + k]);
+        }
+        EXPECT_EQ(vekStsNoErr, F::update(ref, sin, step, state));
+        EXPECT_EQ(vekStsNoErr, F::nlms(ref, sin, step, errA, kFrame, adaptive.data(), kTaps, &err));
+        EXPECT_EQ(vekStsNoErr, F::fir(ref, sin, errF, kFrame, fixed.data(), kTaps));
+        EXPECT_EQ(vekStsNoErr, F::control(errA, errF, adaptive.data(), fixed.data(), &gain, state));
+        double e = 0;
+        double l = 0;
+        for (int k = 0; k < kFrame; k++) {
+            e += s.echo[i + k] * s.echo[i + k];
+            const double left = errF[k] / F::scale - s.near[i + k];
+            l += left * left;
+            EXPECT_GE(step[k], 0);
+            EXPECT_LE(step[k] / F::scale, 0.5);
+        }
+        EXPECT_GE(gain / F::scale, 0.0999);
+        EXPECT_LE(gain / F::scale, 1);
+        track.echo.push_back(e);
+        track.left.push_back(l);
+        track.step.push_back(step[0] / F::scale);
+        track.gain.push_back(gain / F::scale);
+    }
+    return track;
+}
+
+template <class S>
+class VekEcFullband : public testing::Test {};
+using Forms = testing::Types<float, int16_t>;
+TYPED_TEST_SUITE(VekEcFullband, Forms);
+
+TYPED_TEST(VekEcFullband, LearnsHandsOverAndSurvivesDoubleTalk) {
+    const Track t = cancel<TypeParam>(scene(5, 2, 3));
+    EXPECT_GT(t.lossOf(1.5, 2), 30);
+    EXPECT_GT(t.lossOf(2, 3), 20);
+    EXPECT_GT(t.lossOf(3.5, 5), 30);
+    EXPECT_GT(Track::mean(t.step, 1, 2), 0.45);
+    EXPECT_LT(Track::mean(t.step, 2.05, 2.95), 0.05);
+    EXPECT_GT(Track::mean(t.step, 3.5, 5), 0.45);
+    EXPECT_LT(Track::mean(t.gain, 1.5, 2), 0.15);
+    EXPECT_GT(Track::mean(t.gain, 2.2, 2.9), 0.9);
+}
+
+TYPED_TEST(VekEcFullband, LearnsAChangedPathAnew) {
+    const Track t = cancel<TypeParam>(scene(6, 9, 9, 2));
+    EXPECT_GT(t.lossOf(1.5, 2), 30);
+    EXPECT_LT(t.lossOf(2, 2.2), 10);
+    EXPECT_GT(t.lossOf(5, 6), 30);
+}
+
+TYPED_TEST(VekEcFullband, ASilentFarEndStopsLearning) {
+    Scene s = scene(1, 0, 1);
+    std::fill(s.far.begin(), s.far.end(), 0.0);
+    std::fill(s.echo.begin(), s.echo.end(), 0.0);
+    const Track t = cancel<TypeParam>(s);
+    EXPECT_EQ(0, Track::mean(t.step, 0, 1));
+    EXPECT_EQ(1, std::round(Track::mean(t.gain, 0, 1) * 1000) / 1000);
+}
+
+// ---- Subbands: synthetic ones, each with its own short path ----
+
+constexpr int kBands = 33;
+constexpr int kSegments = 4;
+
+template <class C>
+struct Sub;
+template <>
+struct Sub<Vek32fc> {
+    using Real = float;
+    using Step = float;
+    using State = VeksSubbandControllerState_EC_32f;
+    static constexpr double scale = 1;
+    static constexpr auto size = veksSubbandControllerGetSize_EC_32f;
+    static constexpr auto init = veksSubbandControllerInit_EC_32f;
+    static constexpr auto update = veksSubbandControllerUpdate_EC_32f;
+    static constexpr auto control = veksSubbandController_EC_32f;
+};
+template <>
+struct Sub<Vek32sc> {
+    using Real = int16_t;
+    using Step = int32_t;
+    using State = VeksSubbandControllerState_EC_16s;
+    static constexpr double scale = 32768;
+    static constexpr auto size = veksSubbandControllerGetSize_EC_16s;
+    static constexpr auto init = veksSubbandControllerInit_EC_16s;
+    static constexpr auto update = veksSubbandControllerUpdate_EC_16s;
+    static constexpr auto control = veksSubbandController_EC_16s;
+};
+
+template <class C>
+using Bank = std::vector<std::vector<C>>;
+
+template <class C>
+std::vector<C*> rowsOf(Bank<C>& m) {
+    std::vector<C*> rows;
+    for (auto& row : m) {
+        rows.push_back(row.data());
+    }
+    return rows;
+}
+
+void filter(Bank<Vek32fc>& x, Bank<Vek32fc>& c, std::vector<Vek32fc>& y) {
+    for (int k = 0; k < kBands; k++) {
+        y[k] = {0, 0};
+        for (int s = 0; s < kSegments; s++) {
+            y[k].re += x[s][k].re * c[s][k].re - x[s][k].im * c[s][k].im;
+            y[k].im += x[s][k].re * c[s][k].im + x[s][k].im * c[s][k].re;
+        }
+    }
+}
+void filter(Bank<Vek32sc>& x, Bank<Vek32sc>& c, std::vector<Vek32sc>& y) {
+    ASSERT_EQ(vekStsNoErr,
+              veksFIRSubband_EC_32sc_Sfs(rowsOf(x).data(), rowsOf(c).data(), y.data(), kSegments, kBands, 15));
+}
+void learn(Bank<Vek32fc>& x, std::vector<Vek32fc>& e, Bank<Vek32fc>& c, const std::vector<float>& step) {
+    const std::vector<double> wide(step.begin(), step.end());
+    const double* steps[] = {wide.data()};
+    Vek32fc* errors[] = {e.data()};
+    ASSERT_EQ(vekStsNoErr, veksFIRSubbandAPCoeffUpdate_EC_32fc_I(steps, rowsOf(x).data(), errors, rowsOf(c).data(),
+                                                                 kSegments, kBands, 1));
+}
+void learn(Bank<Vek32sc>& x, std::vector<Vek32sc>& e, Bank<Vek32sc>& c, const std::vector<int32_t>& step) {
+    ASSERT_EQ(vekStsNoErr, veksFIRSubbandCoeffUpdate_EC_32sc_I(step.data(), rowsOf(x).data(), e.data(),
+                                                               rowsOf(c).data(), kSegments, kBands, 16));
+}
+
+double powerOf(double re, double im) {
+    return re * re + im * im;
+}
+
+// Frames 0..1999; the near end talks in 1000..1299. Told: return loss of the fixed filter and mean step times the
+// history's power, before, within and after the double talk.
+template <class C, class Observe>
+void cancelBands(const Observe& observe, bool dt) {
+    using F = Sub<C>;
+    using Real = typename F::Real;
+    std::mt19937 random(31);
+    std::normal_distribution<double> normal;
+    int size = 0;
+    int sizeDt = 0;
+    ASSERT_EQ(vekStsNoErr, F::size(kBands, 16, 1, kRate, &size));
+    ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTGetSize_EC_16s(kBands, 16, 1, kRate, &sizeDt));
+    Bytes memory(static_cast<size_t>(size) + 1);
+    Bytes memoryDt(static_cast<size_t>(sizeDt) + 1);
+    auto* state = reinterpret_cast<typename F::State*>(memory.data() + 1);
+    auto* stateDt = reinterpret_cast<VeksSubbandControllerDTState_EC_16s*>(memoryDt.data() + 1);
+    ASSERT_EQ(vekStsNoErr, F::init(state, kBands, 16, kSegments, kRate));
+    ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTInit_EC_16s(stateDt, kBands, 16, kSegments, kRate));
+    const auto to = [](double v) { return static_cast<decltype(C::re)>(F::scale == 1 ? v : std::lround(v * 32768)); };
+    const auto toReal = [](double v) { return static_cast<Real>(F::scale == 1 ? v : std::lround(v * 32768)); };
+    std::vector<std::complex<double>> path(kBands * kSegments);
+    for (auto& p : path) {
+        p = {0.1 * normal(random), 0.1 * normal(random)};
+    }
+    Bank<C> x(kSegments, std::vector<C>(kBands));
+    Bank<C> adaptive = x;
+    Bank<C> fixed = x;
+    std::vector<C> sin(kBands);
+    std::vector<C> echoA(kBands);
+    std::vector<C> echoF(kBands);
+    std::vector<C> errA(kBands);
+    std::vector<C> errF(kBands);
+    std::vector<typename F::Step> step(kBands);
+    Vek32s filterPower = -32768;
+    for (int frame = 0; frame < 2000; frame++) {
+        const bool talk = frame >= 1000 && frame < 1300;
+        x.insert(x.begin(), std::vector<C>(kBands));
+        x.pop_back();
+        for (C& v : x[0]) {
+            v = {to(normal(random)), to(normal(random))};
+        }
+        std::vector<Real> rin(16);
+        std::vector<Real> sinTime(16);
+        for (int i = 0; i < 16; i++) {
+            rin[i] = toReal(0.1 * normal(random));
+            sinTime[i] = toReal((talk ? 0.2 : 0.03) * normal(random));
+        }
+        std::vector<std::complex<double>> echo(kBands);
+        std::vector<std::complex<double>> near(kBands);
+        double history = 0;
+        for (int k = 0; k < kBands; k++) {
+            for (int s = 0; s < kSegments; s++) {
+                const std::complex<double> v(x[s][k].re / F::scale, x[s][k].im / F::scale);
+                echo[k] += v * path[k * kSegments + s];
+                history += std::norm(v);
+            }
+            near[k] = talk ? std::complex<double>(2 * normal(random), 2 * normal(random)) : 0;
+            sin[k] = {to(echo[k].real() + near[k].real()), to(echo[k].imag() + near[k].imag())};
+        }
+        filter(x, fixed, echoF);
+        filter(x, adaptive, echoA);
+        double whole = 0;
+        double left = 0;
+        for (int k = 0; k < kBands; k++) {
+            errA[k] = {sin[k].re - echoA[k].re, sin[k].im - echoA[k].im};
+            errF[k] = {sin[k].re - echoF[k].re, sin[k].im - echoF[k].im};
+            whole += std::norm(echo[k]);
+            left += powerOf(errF[k].re / F::scale - near[k].real(), errF[k].im / F::scale - near[k].imag());
+        }
+        int isDt = -1;
+        int noNlp = -1;
+        int moved = -1;
+        if constexpr (F::scale != 1) {
+            if (dt) {
+                ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTUpdate_EC_16s(rowsOf(x).data(), sin.data(), errF.data(),
+                                                                            step.data(), &isDt, &noNlp, 0, stateDt));
+            }
+        }
+        if (!dt) {
+            ASSERT_EQ(vekStsNoErr,
+                      F::update(rin.data(), sinTime.data(), rowsOf(x).data(), sin.data(), step.data(), state));
+        }
+        double relative = 0;
+        for (int k = 0; k < kBands; k++) {
+            EXPECT_GE(step[k], 0);
+            const double unit = F::scale == 1 ? 1 : std::ldexp(1.0, -46) * 32768 * 32768;
+            double power = 0;
+            for (int s = 0; s < kSegments; s++) {
+                power += powerOf(x[s][k].re / F::scale, x[s][k].im / F::scale);
+            }
+            EXPECT_LE(step[k] * unit * power, 0.5001);
+            relative += step[k] * unit * power / kBands;
+        }
+        learn(x, errA, adaptive, step);
+        Real gain = 0;
+        if constexpr (F::scale != 1) {
+            if (dt) {
+                ASSERT_EQ(vekStsNoErr, veksSubbandControllerDT_EC_16s(errA.data(), errF.data(), rowsOf(adaptive).data(),
+                                                                      rowsOf(fixed).data(), &filterPower, &moved, 0, 1,
+                                                                      1, 0, stateDt));
+            }
+        }
+        if (!dt) {
+            ASSERT_EQ(vekStsNoErr, F::control(errA.data(), errF.data(), rowsOf(adaptive).data(), rowsOf(fixed).data(),
+                                              &gain, state));
+        }
+        observe(frame, 10 * std::log10(whole / (left + 1e-30)), relative, isDt, noNlp);
+    }
+}
+
+struct Phases {
+    double loss[3] = {};
+    double step[3] = {};
+    double talk[3] = {};
+    double noNlp[3] = {};
+    void operator()(int frame, double l, double s, int isDt, int nlp) {
+        const int phase = frame >= 900 && frame < 1000 ? 0 : frame >= 1050 && frame < 1250 ? 1 : frame >= 1800 ? 2 : -1;
+        if (phase >= 0) {
+            const double n = phase == 0 ? 100 : 200;
+            loss[phase] += l / n;
+            step[phase] += s / n;
+            talk[phase] += isDt / n;
+            noNlp[phase] += nlp / n;
+        }
+    }
+};
+
+template <class C>
+Phases phasesOf(bool dt) {
+    Phases p;
+    cancelBands<C>([&p](int frame, double l, double s, int d, int n) { p(frame, l, s, d, n); }, dt);
+    return p;
+}
+
+void expectCancelled(const Phases& p) {
+    EXPECT_GT(p.loss[0], 30);
+    EXPECT_GT(p.loss[1], 15);
+    EXPECT_GT(p.loss[2], 30);
+    EXPECT_GT(p.step[0], 0.4);
+    EXPECT_LT(p.step[1], 0.1);
+    EXPECT_GT(p.step[2], 0.4);
+}
+
+TEST(VekEcSubbandControl, FloatFormLearnsHandsOverAndSurvivesDoubleTalk) {
+    expectCancelled(phasesOf<Vek32fc>(false));
+}
+
+TEST(VekEcSubbandControl, IntegerFormLearnsHandsOverAndSurvivesDoubleTalk) {
+    expectCancelled(phasesOf<Vek32sc>(false));
+}
+
+TEST(VekEcSubbandControl, DoubleTalkIsToldAndForbidsSuppression) {
+    const Phases p = phasesOf<Vek32sc>(true);
+    expectCancelled(p);
+    EXPECT_LT(p.talk[0], 0.05);
+    EXPECT_GT(p.talk[1], 0.95);
+    EXPECT_LT(p.talk[2], 0.05);
+    EXPECT_GT(p.noNlp[1], 0.95);
+    EXPECT_LT(p.noNlp[2], 0.05);
+}
+
+TEST(VekEcSubbandControlDT, CopiesOnlyWhatIsEnabledFromTheStartOnWithinTheBound) {
+    int size = 0;
+    ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTGetSize_EC_16s(4, 16, 1, 8000, &size));
+    Bytes memory(static_cast<size_t>(size));
+    auto* state = reinterpret_cast<VeksSubbandControllerDTState_EC_16s*>(memory.data());
+    const std::vector<Vek32sc> low(4, Vek32sc{10, 0});
+    const std::vector<Vek32sc> high(4, Vek32sc{1000, 0});
+    const auto run = [&](bool adaptiveBetter, int delta, int update, int adapt, Vek32s& power) {
+        EXPECT_EQ(vekStsNoErr, veksSubbandControllerDTInit_EC_16s(state, 4, 16, 1, 8000));
+        std::vector<Vek32sc> a(4, Vek32sc{32768, 0});
+        std::vector<Vek32sc> f(4, Vek32sc{16384, 0});
+        Vek32sc* ra[] = {a.data()};
+        Vek32sc* rf[] = {f.data()};
+        int moved = -1;
+        EXPECT_EQ(vekStsNoErr, veksSubbandControllerDT_EC_16s(adaptiveBetter ? low.data() : high.data(),
+                                                              adaptiveBetter ? high.data() : low.data(), ra, rf, &power,
+                                                              &moved, delta, update, adapt, 1, state));
+        EXPECT_EQ(32768, a[0].re);
+        EXPECT_EQ(16384, f[0].re);
+        EXPECT_EQ(moved == 1 ? 32768 : 16384, f[1].re);
+        EXPECT_EQ(moved == 2 ? 16384 : 32768, a[3].re);
+        return moved;
+    };
+    Vek32s power = -32768;
+    EXPECT_EQ(0, run(true, 0, 0, 1, power));
+    EXPECT_EQ(-320, power); // three coefficients of 1/2: -1.25 dB
+    EXPECT_EQ(1, run(true, 0, 1, 0, power));
+    EXPECT_EQ(1221, power); // three coefficients of 1: 4.77 dB
+    EXPECT_EQ(0, run(false, 0, 1, 0, power));
+    EXPECT_EQ(-320, power);
+    EXPECT_EQ(2, run(false, 0, 1, 1, power));
+    EXPECT_EQ(0, run(true, 256, 1, 0, power));  // 6 dB more is more than 1 dB
+    EXPECT_EQ(1, run(true, 2000, 1, 0, power)); // but less than 7.8 dB
+}
+
+TEST(VekEcControlRefusals, ComeBeforeAnythingIsWritten) {
+    int size = 5;
+    EXPECT_EQ(vekStsNullPtrErr, veksFullbandControllerGetSize_EC_16s(8, 8, 8000, nullptr));
+    EXPECT_EQ(vekStsSizeErr, veksFullbandControllerGetSize_EC_16s(0, 8, 8000, &size));
+    EXPECT_EQ(vekStsSizeErr, veksFullbandControllerGetSize_EC_32f(8, 4097, 8000, &size));
+    EXPECT_EQ(vekStsBadArgErr, veksFullbandControllerGetSize_EC_32f(8, 8, 44100, &size));
+    EXPECT_EQ(vekStsSizeErr, veksSubbandControllerGetSize_EC_16s(0, 8, 1, 8000, &size));
+    EXPECT_EQ(vekStsSizeErr, veksSubbandControllerGetSize_EC_32f(33, 8, 257, 8000, &size));
+    EXPECT_EQ(vekStsBadArgErr, veksSubbandControllerDTGetSize_EC_16s(33, 8, 1, 1, &size));
+    EXPECT_EQ(5, size);
+    alignas(32) Vek8u memory[4096] = {};
+    auto* fc = reinterpret_cast<VeksFullbandControllerState_EC_16s*>(memory);
+    auto* fcF = reinterpret_cast<VeksFullbandControllerState_EC_32f*>(memory);
+    auto* sc = reinterpret_cast<VeksSubbandControllerState_EC_16s*>(memory);
+    auto* scF = reinterpret_cast<VeksSubbandControllerState_EC_32f*>(memory);
+    auto* dt = reinterpret_cast<VeksSubbandControllerDTState_EC_16s*>(memory);
+    EXPECT_EQ(vekStsNullPtrErr, veksFullbandControllerInit_EC_16s(nullptr, 8, 8, 8000));
+    EXPECT_EQ(vekStsSizeErr, veksFullbandControllerInit_EC_32f(fcF, 8, 0, 8000));
+    EXPECT_EQ(vekStsNullPtrErr, veksSubbandControllerInit_EC_32f(nullptr, 33, 8, 1, 8000));
+    EXPECT_EQ(vekStsBadArgErr, veksSubbandControllerInit_EC_16s(sc, 33, 8, 1, 0));
+    EXPECT_EQ(vekStsSizeErr, veksSubbandControllerDTInit_EC_16s(dt, 33, 0, 1, 8000));
+    const std::vector<int16_t> x(64, 1);
+    const std::vector<float> xf(64, 1);
+    int16_t step[8] = {5};
+    float stepF[64] = {5};
+    int32_t stepI[64] = {5};
+    std::vector<Vek32sc> c(64);
+    std::vector<Vek32fc> cf(64);
+    Vek32sc* rows[] = {c.data()};
+    Vek32fc* rowsF[] = {cf.data()};
+    int a = 5;
+    int b = 5;
+    Vek32s p = 5;
+    EXPECT_EQ(vekStsStateErr, veksFullbandControllerUpdate_EC_16s(&x[32], &x[32], step, fc));
+    EXPECT_EQ(vekStsStateErr, veksFullbandControllerUpdate_EC_32f(&xf[32], &xf[32], stepF, fcF));
+    EXPECT_EQ(vekStsStateErr, veksFullbandController_EC_16s(&x[0], &x[0], step, step, step, fc));
+    EXPECT_EQ(vekStsStateErr, veksFullbandController_EC_32f(&xf[0], &xf[0], stepF, stepF, stepF, fcF));
+    EXPECT_EQ(vekStsStateErr, veksSubbandControllerUpdate_EC_16s(&x[0], &x[0], rows, c.data(), stepI, sc));
+    EXPECT_EQ(vekStsStateErr, veksSubbandControllerUpdate_EC_32f(&xf[0], &xf[0], rowsF, cf.data(), stepF, scF));
+    EXPECT_EQ(vekStsStateErr, veksSubbandController_EC_16s(c.data(), c.data(), rows, rows, step, sc));
+    EXPECT_EQ(vekStsStateErr, veksSubbandController_EC_32f(cf.data(), cf.data(), rowsF, rowsF, stepF, scF));
+    EXPECT_EQ(vekStsStateErr, veksSubbandControllerDTUpdate_EC_16s(rows, c.data(), c.data(), stepI, &a, &b, 0, dt));
+    EXPECT_EQ(vekStsStateErr, veksSubbandControllerDT_EC_16s(c.data(), c.data(), rows, rows, &p, &a, 0, 1, 1, 0, dt));
+    EXPECT_EQ(vekStsNullPtrErr, veksFullbandControllerUpdate_EC_16s(nullptr, &x[32], step, fc));
+    EXPECT_EQ(vekStsNullPtrErr, veksFullbandController_EC_32f(&xf[0], &xf[0], stepF, nullptr, stepF, fcF));
+    EXPECT_EQ(vekStsNullPtrErr, veksSubbandControllerUpdate_EC_16s(&x[0], &x[0], nullptr, c.data(), stepI, sc));
+    EXPECT_EQ(vekStsNullPtrErr, veksSubbandController_EC_32f(cf.data(), cf.data(), rowsF, rowsF, nullptr, scF));
+    ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTInit_EC_16s(dt, 33, 16, 1, 8000));
+    EXPECT_EQ(vekStsSizeErr, veksSubbandControllerDTUpdate_EC_16s(rows, c.data(), c.data(), stepI, &a, &b, 33, dt));
+    EXPECT_EQ(vekStsNullPtrErr,
+              veksSubbandControllerDTUpdate_EC_16s(rows, c.data(), c.data(), stepI, nullptr, &b, 0, dt));
+    EXPECT_EQ(vekStsSizeErr, veksSubbandControllerDT_EC_16s(c.data(), c.data(), rows, rows, &p, &a, 0, 1, 1, -1, dt));
+    EXPECT_EQ(vekStsRangeErr, veksSubbandControllerDT_EC_16s(c.data(), c.data(), rows, rows, &p, &a, -1, 1, 1, 0, dt));
+    EXPECT_EQ(5, step[0]);
+    EXPECT_EQ(5, stepF[0]);
+    EXPECT_EQ(5, stepI[0]);
+    EXPECT_EQ(5, a);
+    EXPECT_EQ(5, b);
+    EXPECT_EQ(5, p);
+}
+
+} // namespace

@@ -1,0 +1,159 @@
+// Filters of subbands and the updates of their coefficients.
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/kernels/ec.h"
+#include "veksc_ec.h"
+
+namespace {
+
+using namespace vek;
+
+constexpr int kMaxSubbands = 4096;
+constexpr int kMaxSegments = 256;
+constexpr int kMaxOrder = 16;
+
+constexpr bool badSizes(int numSegments, int len, int startSubband) {
+    return numSegments < 1 || numSegments > kMaxSegments || len < 1 || len > kMaxSubbands || startSubband < 0 ||
+           startSubband >= len;
+}
+
+template <typename T>
+bool anyRowNull(const T* rows, int n) {
+    for (int i = 0; i < n; ++i) {
+        if (rows[i] == nullptr) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// To +-(2^31 - 1): a sum of two products by it fits 64 bits.
+Vek32s stepTimes(Vek32s step, Vek32s error) {
+    const Vek32s p = fix::sat32((static_cast<int64_t>(step) * error + 0x4000) >> 15);
+    return p == INT32_MIN ? -INT32_MAX : p;
+}
+
+Vek32s stepTimesWrapped(Vek32s step, Vek32s error) {
+    return static_cast<Vek32s>(static_cast<uint32_t>((static_cast<int64_t>(step) * error) >> 15));
+}
+
+} // namespace
+
+VekStatus veksFIRSubband_EC_32sc_Sfs(const Vek32sc* const* ppSrcSignalIn, const Vek32sc* const* ppSrcCoefs,
+                                     Vek32sc* pDstSignalOut, int numSegments, int len, int scaleFactor) {
+    if (anyNull(ppSrcSignalIn, ppSrcCoefs) || pDstSignalOut == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    if (badSizes(numSegments, len, 0)) {
+        return vekStsSizeErr;
+    }
+    if (badScale(scaleFactor)) {
+        return vekStsScaleRangeErr;
+    }
+    if (anyRowNull(ppSrcSignalIn, numSegments) || anyRowNull(ppSrcCoefs, numSegments)) {
+        return vekStsNullPtrErr;
+    }
+    ecKernels().firWide(ppSrcSignalIn, ppSrcCoefs, numSegments, len, scaleFactor, pDstSignalOut);
+    return vekStsNoErr;
+}
+
+VekStatus veksFIRSubbandLow_EC_32sc_Sfs(const Vek32sc* const* ppSrcSignalIn, const Vek32sc* const* ppSrcCoefs,
+                                        int numSegments, Vek32sc* pDstSignalOut, int startSubband, int len,
+                                        int scaleFactor) {
+    if (anyNull(ppSrcSignalIn, ppSrcCoefs) || pDstSignalOut == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    if (badSizes(numSegments, len, startSubband)) {
+        return vekStsSizeErr;
+    }
+    if (badScale(scaleFactor)) {
+        return vekStsScaleRangeErr;
+    }
+    if (anyRowNull(ppSrcSignalIn, numSegments) || anyRowNull(ppSrcCoefs, numSegments)) {
+        return vekStsNullPtrErr;
+    }
+    ecKernels().firLow(ppSrcSignalIn, ppSrcCoefs, numSegments, startSubband, len, scaleFactor, pDstSignalOut);
+    return vekStsNoErr;
+}
+
+VekStatus veksFIRSubbandCoeffUpdate_EC_32sc_I(const Vek32s* pStepSize, const Vek32sc* const* ppSrcFilterInput,
+                                              const Vek32sc* pSrcError, Vek32sc** ppSrcDstCoefsQ15, int numSegments,
+                                              int len, int scaleFactorCoef) {
+    if (anyNull(pStepSize) || anyNull(ppSrcFilterInput) || anyNull(pSrcError) || ppSrcDstCoefsQ15 == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    if (badSizes(numSegments, len, 0)) {
+        return vekStsSizeErr;
+    }
+    if (scaleFactorCoef < 1 || scaleFactorCoef > 31) {
+        return vekStsScaleRangeErr;
+    }
+    if (anyRowNull(ppSrcFilterInput, numSegments) || anyRowNull(ppSrcDstCoefsQ15, numSegments)) {
+        return vekStsNullPtrErr;
+    }
+    const EcKernels& kernels = ecKernels();
+    Vek32sc products[kMaxSubbands];
+    for (int k = 0; k < len; ++k) {
+        products[k] = {stepTimes(pStepSize[k], pSrcError[k].re), stepTimes(pStepSize[k], pSrcError[k].im)};
+    }
+    for (int s = 0; s < numSegments; ++s) {
+        kernels.learnSat(ppSrcFilterInput[s], products, ppSrcDstCoefsQ15[s], len, scaleFactorCoef);
+    }
+    return vekStsNoErr;
+}
+
+VekStatus veksFIRSubbandLowCoeffUpdate_EC_32sc_I(const Vek32sc* const* ppSrcFilterInput, const Vek32sc* pSrcError,
+                                                 Vek32sc** ppSrcDstCoefsQ15, int numSegments, Vek32sc* prodStepErrQ,
+                                                 const Vek32s* pStepSize, int startSubband, int len,
+                                                 int scaleFactorCoef) {
+    if (anyNull(pStepSize) || anyNull(ppSrcFilterInput) || anyNull(pSrcError) || ppSrcDstCoefsQ15 == nullptr ||
+        prodStepErrQ == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    if (badSizes(numSegments, len, startSubband)) {
+        return vekStsSizeErr;
+    }
+    if (scaleFactorCoef < 1 || scaleFactorCoef > 31) {
+        return vekStsScaleRangeErr;
+    }
+    if (anyRowNull(ppSrcFilterInput, numSegments) || anyRowNull(ppSrcDstCoefsQ15, numSegments)) {
+        return vekStsNullPtrErr;
+    }
+    const EcKernels& kernels = ecKernels();
+    for (int k = startSubband; k < len; ++k) {
+        prodStepErrQ[k] = {stepTimesWrapped(pStepSize[k], pSrcError[k].re),
+                           stepTimesWrapped(pStepSize[k], pSrcError[k].im)};
+    }
+    for (int s = 0; s < numSegments; ++s) {
+        kernels.learnLow(ppSrcFilterInput[s] + startSubband, prodStepErrQ + startSubband,
+                         ppSrcDstCoefsQ15[s] + startSubband, len - startSubband, scaleFactorCoef);
+    }
+    return vekStsNoErr;
+}
+
+VekStatus veksFIRSubbandAPCoeffUpdate_EC_32fc_I(const Vek64f* const* ppStepSize, const Vek32fc* const* ppSrcFilterInput,
+                                                const Vek32fc* const* ppSrcError, Vek32fc** ppSrcDstCoefsQ15,
+                                                int numSegments, int len, int apOrder) {
+    if (anyNull(ppStepSize) || anyNull(ppSrcFilterInput, ppSrcError) || ppSrcDstCoefsQ15 == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    if (badSizes(numSegments, len, 0) || apOrder < 1 || apOrder > kMaxOrder) {
+        return vekStsSizeErr;
+    }
+    if (anyRowNull(ppStepSize, apOrder) || anyRowNull(ppSrcError, apOrder) ||
+        anyRowNull(ppSrcFilterInput, numSegments + apOrder - 1) || anyRowNull(ppSrcDstCoefsQ15, numSegments)) {
+        return vekStsNullPtrErr;
+    }
+    const EcKernels& kernels = ecKernels();
+    Vek32fc products[kMaxSubbands];
+    for (int p = 0; p < apOrder; ++p) {
+        for (int k = 0; k < len; ++k) {
+            products[k] = {static_cast<Vek32f>(ppStepSize[p][k] * ppSrcError[p][k].re),
+                           static_cast<Vek32f>(ppStepSize[p][k] * ppSrcError[p][k].im)};
+        }
+        for (int s = 0; s < numSegments; ++s) {
+            kernels.learn32fc(ppSrcFilterInput[s + p], products, ppSrcDstCoefsQ15[s], len);
+        }
+    }
+    return vekStsNoErr;
+}

@@ -1,0 +1,152 @@
+// Controller of the full band: step sizes for the NLMS, and the copies between the adaptive and the fixed filter.
+#include <algorithm>
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/ec/judge.h"
+#include "sc/ec/state.h"
+#include "veksc_ec.h"
+
+namespace {
+
+using namespace vek;
+
+constexpr int kMaxFrame = 4096;
+
+struct Control {
+    uint32_t mark;
+    int frameSize, tapLen;
+    ec::Judge judge;
+    ec::Mean adaptive, fixed;
+};
+
+template <typename S>
+struct Form;
+template <>
+struct Form<Vek16s> {
+    static constexpr uint32_t mark = 0x4c4c5546;
+    static constexpr double unit = 1.0 / 32768;
+    static Vek16s fraction(double v) { return fix::sat16(static_cast<int32_t>(std::lround(v * 32768))); }
+};
+template <>
+struct Form<Vek32f> {
+    static constexpr uint32_t mark = 0x4c4c5547;
+    static constexpr double unit = 1;
+    static Vek32f fraction(double v) { return static_cast<Vek32f>(v); }
+};
+
+VekStatus checkShape(int frameSize, int tapLen, int sampleFreq) {
+    if (frameSize < 1 || frameSize > kMaxFrame || tapLen < 1 || tapLen > VEK_EC_MAX_TAPS) {
+        return vekStsSizeErr;
+    }
+    return ec::knownRate(sampleFreq) ? vekStsNoErr : vekStsBadArgErr;
+}
+
+VekStatus sizeOf(int frameSize, int tapLen, int sampleFreq, int* pSize) {
+    if (pSize == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    const VekStatus status = checkShape(frameSize, tapLen, sampleFreq);
+    if (status == vekStsNoErr) {
+        *pSize = ec::bytesOf<Control>(0);
+    }
+    return status;
+}
+
+template <typename S>
+VekStatus init(void* pState, int frameSize, int tapLen, int sampleFreq) {
+    if (pState == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    const VekStatus status = checkShape(frameSize, tapLen, sampleFreq);
+    if (status == vekStsNoErr) {
+        Control& c = *ec::placeOf<Control>(pState);
+        c = {Form<S>::mark, frameSize, tapLen, {}, {}, {}};
+        c.judge.init(frameSize, sampleFreq);
+    }
+    return status;
+}
+
+template <typename S>
+VekStatus update(const S* pSrcRin, const S* pSrcSin, S* pDstStepSize, void* pState) {
+    if (anyNull(pSrcRin, pSrcSin, pDstStepSize) || pState == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    Control& c = *ec::placeOf<Control>(pState);
+    if (c.mark != Form<S>::mark) {
+        return vekStsStateErr;
+    }
+    // The whole stretch that the filter sees may make an echo in this frame.
+    const ec::Level far = ec::levelOf(pSrcRin - c.tapLen, c.tapLen + c.frameSize, Form<S>::unit);
+    const ec::Level near = ec::levelOf(pSrcSin, c.frameSize, Form<S>::unit);
+    const double step = c.judge.step(far.power, near.power, near.peak, far.peak);
+    std::fill_n(pDstStepSize, c.frameSize, Form<S>::fraction(step));
+    return vekStsNoErr;
+}
+
+template <typename S>
+VekStatus control(const S* pAdaptiveFilterErr, const S* pFixedFilterErr, S* pAdaptiveCoefs, S* pFixedCoefs, S* pSGain,
+                  void* pState) {
+    if (anyNull(pAdaptiveFilterErr, pFixedFilterErr, pAdaptiveCoefs, pFixedCoefs, pSGain) || pState == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    Control& c = *ec::placeOf<Control>(pState);
+    if (c.mark != Form<S>::mark) {
+        return vekStsStateErr;
+    }
+    const double fixedError = ec::levelOf(pFixedFilterErr, c.frameSize, Form<S>::unit).power;
+    c.adaptive.add(ec::levelOf(pAdaptiveFilterErr, c.frameSize, Form<S>::unit).power, c.judge.keep());
+    c.fixed.add(fixedError, c.judge.keep());
+    c.judge.leave(fixedError);
+    const size_t bytes = static_cast<size_t>(c.tapLen) * sizeof(S);
+    switch (ec::betterOf(c.adaptive, c.fixed, c.judge.doubleTalk())) {
+    case ec::Move::toFixed:
+        std::memmove(pFixedCoefs, pAdaptiveCoefs, bytes);
+        c.fixed = c.adaptive;
+        break;
+    case ec::Move::toAdaptive:
+        std::memmove(pAdaptiveCoefs, pFixedCoefs, bytes);
+        c.adaptive = c.fixed;
+        break;
+    case ec::Move::none:
+        break;
+    }
+    *pSGain = Form<S>::fraction(c.judge.gain());
+    return vekStsNoErr;
+}
+
+} // namespace
+
+VekStatus veksFullbandControllerGetSize_EC_16s(int frameSize, int tapLen, int sampleFreq, int* pSize) {
+    return sizeOf(frameSize, tapLen, sampleFreq, pSize);
+}
+VekStatus veksFullbandControllerGetSize_EC_32f(int frameSize, int tapLen, int sampleFreq, int* pSize) {
+    return sizeOf(frameSize, tapLen, sampleFreq, pSize);
+}
+VekStatus veksFullbandControllerInit_EC_16s(VeksFullbandControllerState_EC_16s* pState, int frameSize, int tapLen,
+                                            int sampleFreq) {
+    return init<Vek16s>(pState, frameSize, tapLen, sampleFreq);
+}
+VekStatus veksFullbandControllerInit_EC_32f(VeksFullbandControllerState_EC_32f* pState, int frameSize, int tapLen,
+                                            int sampleFreq) {
+    return init<Vek32f>(pState, frameSize, tapLen, sampleFreq);
+}
+VekStatus veksFullbandControllerUpdate_EC_16s(const Vek16s* pSrcRin, const Vek16s* pSrcSin, Vek16s* pDstStepSize,
+                                              VeksFullbandControllerState_EC_16s* pState) {
+    return update(pSrcRin, pSrcSin, pDstStepSize, pState);
+}
+VekStatus veksFullbandControllerUpdate_EC_32f(const Vek32f* pSrcRin, const Vek32f* pSrcSin, Vek32f* pDstStepSize,
+                                              VeksFullbandControllerState_EC_32f* pState) {
+    return update(pSrcRin, pSrcSin, pDstStepSize, pState);
+}
+VekStatus veksFullbandController_EC_16s(const Vek16s* pAdaptiveFilterErr, const Vek16s* pFixedFilterErr,
+                                        Vek16s* pAdaptiveCoefs, Vek16s* pFixedCoefs, Vek16s* pSGain,
+                                        VeksFullbandControllerState_EC_16s* pState) {
+    return control(pAdaptiveFilterErr, pFixedFilterErr, pAdaptiveCoefs, pFixedCoefs, pSGain, pState);
+}
+VekStatus veksFullbandController_EC_32f(const Vek32f* pAdaptiveFilterErr, const Vek32f* pFixedFilterErr,
+                                        Vek32f* pAdaptiveCoefs, Vek32f* pFixedCoefs, Vek32f* pSGain,
+                                        VeksFullbandControllerState_EC_32f* pState) {
+    return control(pAdaptiveFilterErr, pFixedFilterErr, pAdaptiveCoefs, pFixedCoefs, pSGain, pState);
+}

@@ -1,0 +1,131 @@
+// Controllers of subbands. The near end is judged over the whole band, each band's coefficients move by its own errors.
+// The form with double talk told is subcontroldt.cpp's.
+#include "sc/ec/bands.h"
+#include "veksc_ec.h"
+
+namespace {
+
+using namespace vek;
+using ec::Bands;
+
+template <typename S>
+struct Form;
+template <>
+struct Form<Vek16s> {
+    static constexpr uint32_t mark = 0x42425353;
+    static constexpr double unit = 1.0 / 32768;
+    static Vek16s fraction(double v) { return fix::sat16(static_cast<int32_t>(std::lround(v * 32768))); }
+};
+template <>
+struct Form<Vek32f> {
+    static constexpr uint32_t mark = 0x42425354;
+    static constexpr double unit = 1;
+    static Vek32f fraction(double v) { return static_cast<Vek32f>(v); }
+};
+
+template <typename S, typename C, typename Step>
+VekStatus update(const S* pSrcRin, const S* pSrcSin, const C* const* history, const C* pSrcSinSubbands,
+                 Step* pDstStepSize, void* pState) {
+    if (anyNull(pSrcRin, pSrcSin) || anyNull(pSrcSinSubbands) || history == nullptr || pDstStepSize == nullptr ||
+        pState == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    Bands& b = *ec::placeOf<Bands>(pState);
+    if (b.mark != Form<S>::mark) {
+        return vekStsStateErr;
+    }
+    if (ec::rowNull(history, b.numSegments)) {
+        return vekStsNullPtrErr;
+    }
+    double powers[ec::kMaxSubbands];
+    ec::historyPowers(b, history, 0, powers);
+    const ec::Level far = ec::levelOf(pSrcRin, b.frameSize, Form<S>::unit);
+    const ec::Level nearEnd = ec::levelOf(pSrcSin, b.frameSize, Form<S>::unit);
+    // Errors are known in subbands alone: there the near end is measured too, in the same scale.
+    double near = 0;
+    for (int k = 0; k < b.numSubbands; ++k) {
+        near += ec::power(pSrcSinSubbands[k]);
+    }
+    const double step = b.judge.step(far.power, nearEnd.power > ec::kSilence ? near : 0, nearEnd.peak, far.peak);
+    ec::stepSizes(b, powers, step, 0, pDstStepSize);
+    return vekStsNoErr;
+}
+
+template <typename S, typename C>
+VekStatus control(const C* pSrcAdaptiveFilterErr, const C* pSrcFixedFilterErr, C** ppDstAdaptiveCoefs,
+                  C** ppDstFixedCoefs, S* pDstSGain, void* pState) {
+    if (anyNull(pSrcAdaptiveFilterErr, pSrcFixedFilterErr) || ppDstAdaptiveCoefs == nullptr ||
+        ppDstFixedCoefs == nullptr || pDstSGain == nullptr || pState == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    Bands& b = *ec::placeOf<Bands>(pState);
+    if (b.mark != Form<S>::mark) {
+        return vekStsStateErr;
+    }
+    if (ec::rowNull(ppDstAdaptiveCoefs, b.numSegments) || ec::rowNull(ppDstFixedCoefs, b.numSegments)) {
+        return vekStsNullPtrErr;
+    }
+    double fixedError = 0;
+    for (int k = 0; k < b.numSubbands; ++k) {
+        fixedError += ec::power(pSrcFixedFilterErr[k]);
+    }
+    ec::takeErrors(b, pSrcAdaptiveFilterErr, pSrcFixedFilterErr, 0);
+    b.judge.leave(fixedError);
+    for (int k = 0; k < b.numSubbands; ++k) {
+        switch (ec::betterOf(b.adaptive()[k], b.fixed()[k], b.judge.doubleTalk())) {
+        case ec::Move::toFixed:
+            ec::copyBand(b, k, ppDstAdaptiveCoefs, ppDstFixedCoefs);
+            b.fixed()[k] = b.adaptive()[k];
+            break;
+        case ec::Move::toAdaptive:
+            ec::copyBand(b, k, ppDstFixedCoefs, ppDstAdaptiveCoefs);
+            b.adaptive()[k] = b.fixed()[k];
+            break;
+        case ec::Move::none:
+            break;
+        }
+    }
+    *pDstSGain = Form<S>::fraction(b.judge.gain());
+    return vekStsNoErr;
+}
+
+} // namespace
+
+VekStatus veksSubbandControllerGetSize_EC_16s(int numSubbands, int frameSize, int numSegments, int sampleFreq,
+                                              int* pSize) {
+    return ec::bandsSize(numSubbands, frameSize, numSegments, sampleFreq, pSize);
+}
+VekStatus veksSubbandControllerGetSize_EC_32f(int numSubbands, int frameSize, int numSegments, int sampleFreq,
+                                              int* pSize) {
+    return ec::bandsSize(numSubbands, frameSize, numSegments, sampleFreq, pSize);
+}
+VekStatus veksSubbandControllerInit_EC_16s(VeksSubbandControllerState_EC_16s* pState, int numSubbands, int frameSize,
+                                           int numSegments, int sampleFreq) {
+    return ec::bandsInit(Form<Vek16s>::mark, pState, numSubbands, frameSize, numSegments, sampleFreq);
+}
+VekStatus veksSubbandControllerInit_EC_32f(VeksSubbandControllerState_EC_32f* pState, int numSubbands, int frameSize,
+                                           int numSegments, int sampleFreq) {
+    return ec::bandsInit(Form<Vek32f>::mark, pState, numSubbands, frameSize, numSegments, sampleFreq);
+}
+VekStatus veksSubbandControllerUpdate_EC_16s(const Vek16s* pSrcRin, const Vek16s* pSrcSin,
+                                             const Vek32sc* const* ppSrcRinSubbandsHistory,
+                                             const Vek32sc* pSrcSinSubbands, Vek32s* pDstStepSize,
+                                             VeksSubbandControllerState_EC_16s* pState) {
+    return update(pSrcRin, pSrcSin, ppSrcRinSubbandsHistory, pSrcSinSubbands, pDstStepSize, pState);
+}
+VekStatus veksSubbandControllerUpdate_EC_32f(const Vek32f* pSrcRin, const Vek32f* pSrcSin,
+                                             const Vek32fc* const* ppSrcRinSubbandsHistory,
+                                             const Vek32fc* pSrcSinSubbands, Vek32f* pDstStepSize,
+                                             VeksSubbandControllerState_EC_32f* pState) {
+    return update(pSrcRin, pSrcSin, ppSrcRinSubbandsHistory, pSrcSinSubbands, pDstStepSize, pState);
+}
+VekStatus veksSubbandController_EC_16s(const Vek32sc* pSrcAdaptiveFilterErr, const Vek32sc* pSrcFixedFilterErr,
+                                       Vek32sc** ppDstAdaptiveCoefs, Vek32sc** ppDstFixedCoefs, Vek16s* pDstSGain,
+                                       VeksSubbandControllerState_EC_16s* pState) {
+    return control(pSrcAdaptiveFilterErr, pSrcFixedFilterErr, ppDstAdaptiveCoefs, ppDstFixedCoefs, pDstSGain, pState);
+}
+VekStatus veksSubbandController_EC_32f(const Vek32fc* pSrcAdaptiveFilterErr, const Vek32fc* pSrcFixedFilterErr,
+                                       Vek32fc** ppDstAdaptiveCoefs, Vek32fc** ppDstFixedCoefs, Vek32f* pDstSGain,
+                                       VeksSubbandControllerState_EC_32f* pState) {
+    return control(pSrcAdaptiveFilterErr, pSrcFixedFilterErr, ppDstAdaptiveCoefs, ppDstFixedCoefs, pDstSGain, pState);
+}

@@ -1,0 +1,408 @@
+// Echo cancellation: filter and NLMS, tone detection, controllers, subband analysis and synthesis.
+#include "vkc.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int sampleFreq[] = {8000, 16000};
+
+vkVector pSubbands;
+vkVector pSignal;
+vkVector pWindow;
+vkVector pInitBuf;
+vkVector pBuf;
+vkVector pSrcRin;
+vkVector pSrcSin;
+vkVector pSrcSinSubbands;
+vkVector pSrcAdaptiveFilterErr;
+vkVector pSrcFixedFilterErr;
+vkVector pDstStepSize;
+vkVector pDstStepSizeI;
+vkVector pAdaptiveFilterErr;
+vkVector pFixedFilterErr;
+vkVector pAdaptiveCoefs;
+vkVector pFixedCoefs;
+vkVector pSrcSpchRef;
+vkVector pSrcSpch;
+vkVector pDstSpch;
+vkVector pSrcCoef;
+vkVector pStepSize;
+vkVector pSrcDstCoef;
+vkrMatrice ppSrcRinSubbandsHistory;
+vkrMatrice ppDstAdaptiveCoefs;
+vkrMatrice ppDstFixedCoefs;
+krStepIterator<int> len;
+krStepIterator<int> tapLen;
+krStepIterator<int> mode;
+krStepIterator<int> numSubbands;
+vkcScaleIterator scaleFactor;
+vkcGrid grid;
+int framesize;
+int ftt_order;
+int window_len;
+int fft_size;
+int numSegments;
+int pResult;
+Vek32f pSGain;
+Vek16s pSGain_16s;
+Vek32f pDstSGain;
+Vek16s pDstSGain_16s;
+Vek32f pErr;
+Vek16s pErr_16s;
+VeksToneDetectState_EC_32f* pStateTD;
+VeksFullbandControllerState_EC_32f* pStateFC;
+VeksSubbandControllerState_EC_32f* pStateSC;
+VeksSubbandProcessState_32f* pStateSP;
+VeksToneDetectState_EC_16s* pStateTDI;
+VeksFullbandControllerState_EC_16s* pStateFCI;
+VeksSubbandControllerState_EC_16s* pStateSCI;
+VeksSubbandProcessState_16s* pStateSPI;
+
+const auto vectors = {&pSubbands,
+                      &pSignal,
+                      &pWindow,
+                      &pInitBuf,
+                      &pBuf,
+                      &pSrcRin,
+                      &pSrcSin,
+                      &pDstStepSize,
+                      &pDstStepSizeI,
+                      &pSrcSinSubbands,
+                      &pSrcFixedFilterErr,
+                      &pFixedFilterErr,
+                      &pFixedCoefs,
+                      &pAdaptiveCoefs,
+                      &pSrcAdaptiveFilterErr,
+                      &pSrcSpchRef,
+                      &pSrcSpch,
+                      &pDstSpch,
+                      &pSrcCoef,
+                      &pStepSize,
+                      &pSrcDstCoef,
+                      &pAdaptiveFilterErr};
+const auto matrices = {&ppSrcRinSubbandsHistory, &ppDstAdaptiveCoefs, &ppDstFixedCoefs};
+
+// Memory of a state whose size the library has told.
+template <class State>
+bool makeState(State*& state, int size) {
+    state = static_cast<State*>(krMalloc(size, 0, 0, nullptr));
+    return state != nullptr;
+}
+
+template <class State>
+void dropState(State*& state) {
+    if (state != nullptr) {
+        krFree(state);
+    }
+    state = nullptr;
+}
+
+class TimEC : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override;
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    void setTypes();
+    bool filterData();
+    bool toneData();
+    bool fullbandData();
+    bool subbandData();
+    bool processData();
+
+    bool m_fixed = false;
+    bool m_nlms = false;
+    bool m_fir = false;
+    bool m_tone = false;
+    bool m_fullband = false;
+    bool m_subband = false;
+    bool m_update = false;
+    bool m_process = false;
+};
+
+bool TimEC::canStart() {
+    m_fixed = m_func.contains("16s");
+    m_nlms = m_func.contains("NLMS");
+    m_fir = m_func.contains("FIR");
+    m_tone = m_func.contains("ToneDetect");
+    m_fullband = m_func.contains("FullbandController");
+    m_subband = m_func.contains("SubbandController");
+    m_update = m_func.contains("ControllerUpdate");
+    m_process = m_func.contains("SubbandAnalysis") || m_func.contains("SubbandSynthesis");
+    framesize = m_process ? (m_fixed ? 16 : 24) : 64;
+    ftt_order = m_process && !m_fixed ? 5 : 6;
+    window_len = m_process && m_fixed ? 64 : 128;
+    fft_size = 0;
+    vkcFix(len, 8);
+    vkcFix(tapLen, 8);
+    vkcFix(mode, 0);
+    vkcFix(numSubbands, 65);
+    vkcScales(scaleFactor, "scaleFactor", m_func, 0, 1);
+    if (m_nlms || m_fir || m_fullband) {
+        vkcRebuild(len, "len").setList({8});
+        vkcRebuild(tapLen, "tapLen");
+        if (m_nlms && !m_fixed) {
+            tapLen.setList({8});
+        } else {
+            tapLen.set(128, 256, 128, '+');
+        }
+    }
+    if (m_tone) {
+        vkcRebuild(len, "len").set(64, 80, 16, '+');
+    }
+    if (m_tone || m_fullband || m_subband) {
+        vkcRebuild(mode, "mode").set(0, 1, 1, '+');
+    }
+    if (m_subband || m_process) {
+        vkcRebuild(numSubbands, "numSubbands").setList({m_process && m_fixed ? 33 : 65});
+    }
+    if (m_nlms || m_fir) {
+        grid.begin({&len, &tapLen});
+    } else if (m_tone) {
+        grid.begin({&len, &mode});
+    } else if (m_fullband) {
+        grid.begin({&len, &tapLen, &mode});
+    } else if (m_subband) {
+        grid.begin({&numSubbands, &mode});
+    } else if (m_fixed) {
+        vkcRebuild(len, "len").setList({16});
+        grid.begin({&len, &numSubbands, &scaleFactor});
+    } else {
+        grid.begin({&numSubbands});
+    }
+    setTypes();
+    return true;
+}
+
+void TimEC::setTypes() {
+    const vkType real = m_fixed ? vk16s : vk32f;
+    const vkType complex = m_fixed ? vk32sc : vk32fc;
+    for (vkVector* vector : vectors) {
+        vector->init(real);
+    }
+    for (vkVector* vector : {&pSubbands, &pSrcSinSubbands, &pSrcAdaptiveFilterErr, &pSrcFixedFilterErr}) {
+        vector->init(complex);
+    }
+    for (vkrMatrice* matrix : matrices) {
+        matrix->init(complex);
+    }
+    pDstStepSizeI.init(vk32s);
+    // Work memory.
+    pBuf.init(vk8u);
+    pInitBuf.init(vk8u);
+}
+
+bool TimEC::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    numSegments = mode.value() != 0 ? 4 : 2;
+    if (m_nlms || m_fir) {
+        return filterData();
+    }
+    if (m_tone) {
+        return toneData();
+    }
+    if (m_fullband) {
+        return fullbandData();
+    }
+    return m_subband ? subbandData() : processData();
+}
+
+bool TimEC::filterData() {
+    if (m_nlms) {
+        pErr = 0;
+        pErr_16s = 0;
+        return pSrcSpchRef.createVector(tapLen.value() + len.value() + 1, setValue, 0.5, 0) &&
+               pStepSize.createVector(len.value(), setValue, 0.5, 0) &&
+               pSrcSpch.createVector(len.value(), setValue, 0.5, 0) &&
+               pDstSpch.createVector(len.value(), setZero, 0, 0) &&
+               pSrcDstCoef.createVector(tapLen.value(), setValue, 0.5, 0);
+    }
+    return pSrcSpchRef.createVector(tapLen.value() + len.value(), setRand, -1, 1) &&
+           pSrcSpch.createVector(len.value(), setRand, -1, 1) && pDstSpch.createVector(len.value(), setZero, 0, 0) &&
+           pSrcCoef.createVector(tapLen.value(), setRand, -1, 1);
+}
+
+bool TimEC::toneData() {
+    const int freq = sampleFreq[mode.value()];
+    int pSize = 0;
+    if (!pSignal.createVector(len.value(), setRand, -1, 1)) {
+        return false;
+    }
+    if (m_fixed) {
+        veksToneDetectGetStateSize_EC_16s(freq, &pSize);
+        return makeState(pStateTDI, pSize) && checkStatus(veksToneDetectInit_EC_16s(pStateTDI, freq)) == krOk;
+    }
+    veksToneDetectGetStateSize_EC_32f(freq, &pSize);
+    return makeState(pStateTD, pSize) && checkStatus(veksToneDetectInit_EC_32f(pStateTD, freq)) == krOk;
+}
+
+bool TimEC::fullbandData() {
+    // The far end's past lies before the pointer that the update takes.
+    const bool made = m_update ? pSrcRin.createVector(tapLen.value() + len.value() + 1, setRand, -1, 1) &&
+                                     pSrcSin.createVector(len.value(), setRand, -1, 1) &&
+                                     pDstStepSize.createVector(len.value(), setZero, 0, 0)
+                               : pAdaptiveFilterErr.createVector(len.value(), setRand, -1, 1) &&
+                                     pFixedFilterErr.createVector(len.value(), setRand, -1, 1) &&
+                                     pAdaptiveCoefs.createVector(tapLen.value(), setRand, -1, 1) &&
+                                     pFixedCoefs.createVector(tapLen.value(), setRand, -1, 1);
+    if (!made) {
+        return false;
+    }
+    const int freq = sampleFreq[mode.value()];
+    int pSize = 0;
+    if (m_fixed) {
+        veksFullbandControllerGetSize_EC_16s(1, 1, freq, &pSize);
+        return makeState(pStateFCI, pSize) &&
+               checkStatus(veksFullbandControllerInit_EC_16s(pStateFCI, 1, 1, freq)) == krOk;
+    }
+    veksFullbandControllerGetSize_EC_32f(1, 1, freq, &pSize);
+    return makeState(pStateFC, pSize) && checkStatus(veksFullbandControllerInit_EC_32f(pStateFC, 1, 1, freq)) == krOk;
+}
+
+bool TimEC::subbandData() {
+    const int bands = numSubbands.value();
+    const double lo = m_fixed ? 32767 : -1;
+    const double hi = m_fixed ? 0 : 1;
+    vkVector& steps = m_fixed ? pDstStepSizeI : pDstStepSize;
+    const bool made = m_update ? pSrcRin.createVector(bands, setRand, lo, hi) &&
+                                     pSrcSin.createVector(bands, setRand, lo, hi) &&
+                                     pSrcSinSubbands.createVector(bands, setRand, lo, hi) &&
+                                     steps.createVector(bands, setZero, 0, 0) &&
+                                     ppSrcRinSubbandsHistory.createMatrice(numSegments, bands, setRand, -1.0, 1.0)
+                               : pSrcAdaptiveFilterErr.createVector(bands, setRand, lo, hi) &&
+                                     pSrcFixedFilterErr.createVector(bands, setRand, lo, hi) &&
+                                     ppDstAdaptiveCoefs.createMatrice(numSegments, bands, setRand, -1.0, 1.0) &&
+                                     ppDstFixedCoefs.createMatrice(numSegments, bands, setRand, -1.0, 1.0);
+    if (!made) {
+        return false;
+    }
+    const int freq = sampleFreq[mode.value()];
+    int pSize = 0;
+    if (m_fixed) {
+        veksSubbandControllerGetSize_EC_16s(bands, framesize, 1, freq, &pSize);
+        return makeState(pStateSCI, pSize) &&
+               checkStatus(veksSubbandControllerInit_EC_16s(pStateSCI, bands, framesize, numSegments, freq)) == krOk;
+    }
+    veksSubbandControllerGetSize_EC_32f(bands, framesize, 1, freq, &pSize);
+    return makeState(pStateSC, pSize) &&
+           checkStatus(veksSubbandControllerInit_EC_32f(pStateSC, bands, framesize, numSegments, freq)) == krOk;
+}
+
+bool TimEC::processData() {
+    int pSize = 0;
+    int bufSize = 0;
+    if (m_fixed) {
+        veksSubbandProcessGetSize_16s(ftt_order, window_len, &pSize, &fft_size, &bufSize);
+    } else {
+        veksSubbandProcessGetSize_32f(ftt_order, window_len, &pSize, &fft_size, &bufSize);
+    }
+    const int bytes = std::max(bufSize, numSubbands.value());
+    if (!pSignal.createVector(framesize, setRand, -1, 1) ||
+        !pSubbands.createVector(numSubbands.value(), setRand, -1, 1) ||
+        !pWindow.createVector(window_len, setZero, 0, 0) || !pInitBuf.createVector(bytes, setZero, 0, 0) ||
+        !pBuf.createVector(bytes, setZero, 0, 0)) {
+        return false;
+    }
+    for (int n = 0; n < window_len; ++n) {
+        pWindow.setIndex(n, setValue, (m_fixed ? 32767 : 1) * std::sin(std::acos(-1.0) * (n + 0.5) / window_len), 0);
+    }
+    if (m_fixed) {
+        return makeState(pStateSPI, pSize) &&
+               checkStatus(veksSubbandProcessInit_16s(pStateSPI, ftt_order, framesize, window_len, pWindow.m_16s,
+                                                      pInitBuf.m_8u)) == krOk;
+    }
+    return makeState(pStateSP, pSize) &&
+           checkStatus(veksSubbandProcessInit_32f(pStateSP, ftt_order, framesize, window_len, pWindow.m_32f,
+                                                  pInitBuf.m_8u)) == krOk;
+}
+
+void TimEC::flushData() {
+    dropState(pStateTD);
+    dropState(pStateFC);
+    dropState(pStateSC);
+    dropState(pStateSP);
+    dropState(pStateTDI);
+    dropState(pStateFCI);
+    dropState(pStateSCI);
+    dropState(pStateSPI);
+    for (vkrMatrice* matrix : matrices) {
+        matrix->deleteMatrice();
+    }
+    for (vkVector* vector : vectors) {
+        vector->deleteVector();
+    }
+}
+
+double TimEC::getDivisor() {
+    if (m_nlms || m_fir) {
+        return len.value() * tapLen.value();
+    }
+    if (m_fullband) {
+        return std::trunc(std::sqrt((tapLen.value() * tapLen.value() + len.value() * len.value()) * 0.5));
+    }
+    if (m_subband) {
+        return m_update ? numSubbands.value() : numSubbands.value() * numSegments;
+    }
+    return m_tone ? len.value() : fft_size;
+}
+
+} // namespace
+
+VK_REG(TimEC, veksToneDetect_EC_16s, veksToneDetect_EC_16s(pSignal.m_16s, len.value(), &pResult, pStateTDI))
+VK_REG(TimEC, veksSubbandAnalysis_16s32sc_Sfs,
+       veksSubbandAnalysis_16s32sc_Sfs(pSignal.m_16s, pSubbands.m_32sc, pStateSPI, scaleFactor.value(), pBuf.m_8u))
+VK_REG(TimEC, veksSubbandSynthesis_32sc16s_Sfs,
+       veksSubbandSynthesis_32sc16s_Sfs(pSubbands.m_32sc, pSignal.m_16s, pStateSPI, scaleFactor.value(), pBuf.m_8u))
+VK_REG(TimEC, veksSubbandControllerUpdate_EC_16s,
+       veksSubbandControllerUpdate_EC_16s(pSrcRin.m_16s, pSrcSin.m_16s, ppSrcRinSubbandsHistory.m_r32sc,
+                                          pSrcSinSubbands.m_32sc, pDstStepSizeI.m_32s, pStateSCI))
+VK_REG(TimEC, veksSubbandController_EC_16s,
+       veksSubbandController_EC_16s(pSrcAdaptiveFilterErr.m_32sc, pSrcFixedFilterErr.m_32sc, ppDstAdaptiveCoefs.m_r32sc,
+                                    ppDstFixedCoefs.m_r32sc, &pDstSGain_16s, pStateSCI))
+VK_REG(TimEC, veksFullbandControllerUpdate_EC_16s,
+       veksFullbandControllerUpdate_EC_16s(pSrcRin.m_16s + tapLen.value() + 1, pSrcSin.m_16s, pDstStepSize.m_16s,
+                                           pStateFCI))
+VK_REG(TimEC, veksFullbandController_EC_16s,
+       veksFullbandController_EC_16s(pAdaptiveFilterErr.m_16s, pFixedFilterErr.m_16s, pAdaptiveCoefs.m_16s,
+                                     pFixedCoefs.m_16s, &pSGain_16s, pStateFCI))
+VK_REG(TimEC, veksFIR_EC_16s,
+       veksFIR_EC_16s(pSrcSpchRef.m_16s + tapLen.value(), pSrcSpch.m_16s, pDstSpch.m_16s, len.value(), pSrcCoef.m_16s,
+                      tapLen.value()))
+VK_REG(TimEC, veksNLMS_EC_16s,
+       veksNLMS_EC_16s(pSrcSpchRef.m_16s + tapLen.value() + 1, pSrcSpch.m_16s, pStepSize.m_16s, pDstSpch.m_16s,
+                       len.value(), pSrcDstCoef.m_16s, tapLen.value(), &pErr_16s))
+VK_REG(TimEC, veksToneDetect_EC_32f, veksToneDetect_EC_32f(pSignal.m_32f, len.value(), &pResult, pStateTD))
+VK_REG(TimEC, veksSubbandAnalysis_32f32fc,
+       veksSubbandAnalysis_32f32fc(pSignal.m_32f, pSubbands.m_32fc, pStateSP, pBuf.m_8u))
+VK_REG(TimEC, veksSubbandSynthesis_32fc32f,
+       veksSubbandSynthesis_32fc32f(pSubbands.m_32fc, pSignal.m_32f, pStateSP, pBuf.m_8u))
+VK_REG(TimEC, veksSubbandControllerUpdate_EC_32f,
+       veksSubbandControllerUpdate_EC_32f(pSrcRin.m_32f, pSrcSin.m_32f, ppSrcRinSubbandsHistory.m_r32fc,
+                                          pSrcSinSubbands.m_32fc, pDstStepSize.m_32f, pStateSC))
+VK_REG(TimEC, veksSubbandController_EC_32f,
+       veksSubbandController_EC_32f(pSrcAdaptiveFilterErr.m_32fc, pSrcFixedFilterErr.m_32fc, ppDstAdaptiveCoefs.m_r32fc,
+                                    ppDstFixedCoefs.m_r32fc, &pDstSGain, pStateSC))
+VK_REG(TimEC, veksFullbandControllerUpdate_EC_32f,
+       veksFullbandControllerUpdate_EC_32f(pSrcRin.m_32f + tapLen.value() + 1, pSrcSin.m_32f, pDstStepSize.m_32f,
+                                           pStateFC))
+VK_REG(TimEC, veksFullbandController_EC_32f,
+       veksFullbandController_EC_32f(pAdaptiveFilterErr.m_32f, pFixedFilterErr.m_32f, pAdaptiveCoefs.m_32f,
+                                     pFixedCoefs.m_32f, &pSGain, pStateFC))
+VK_REG(TimEC, veksFIR_EC_32f,
+       veksFIR_EC_32f(pSrcSpchRef.m_32f + tapLen.value(), pSrcSpch.m_32f, pDstSpch.m_32f, len.value(), pSrcCoef.m_32f,
+                      tapLen.value()))
+VK_REG(TimEC, veksNLMS_EC_32f,
+       veksNLMS_EC_32f(pSrcSpchRef.m_32f + tapLen.value() + 1, pSrcSpch.m_32f, pStepSize.m_32f, pDstSpch.m_32f,
+                       len.value(), pSrcDstCoef.m_32f, tapLen.value(), &pErr))

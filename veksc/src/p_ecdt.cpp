@@ -1,0 +1,122 @@
+// Controllers of subband echo cancellers that tell double talk.
+#include "vkc.h"
+
+namespace {
+
+constexpr int sampleFreq[] = {8000, 16000};
+constexpr int FilterUpdateEnabled = 0;
+constexpr int AdaptationEnabled = 0;
+constexpr int PwrDelta = 0;
+
+vkVector pSrcSinSubbands;
+vkVector pSrcFilterErr;
+vkVector pDstStepSize;
+vkVector pSrcAdaptiveFilterErr;
+vkVector pSrcFixedFilterErr;
+vkrMatrice ppSrcRinSubbandsHistory;
+vkrMatrice ppDstAdaptiveCoefs;
+vkrMatrice ppDstFixedCoefs;
+krStepIterator<int> startSubband;
+krStepIterator<int> mode;
+krStepIterator<int> doubleTalk;
+vkcGrid grid;
+int SUBBANDS;
+int FRAME_SIZE;
+int numSubbands;
+int numSegments;
+int isDT;
+int disabledNLP;
+int pDstStsAdapt;
+Vek32s pSrcDstFilterPwr;
+VeksSubbandControllerDTState_EC_16s* pState;
+
+class TimECDT : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return numSubbands - startSubband.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool makeState();
+
+    bool m_update = false;
+};
+
+bool TimECDT::canStart() {
+    m_update = m_func.contains("Update");
+    SUBBANDS = 33;
+    FRAME_SIZE = 16;
+    numSubbands = SUBBANDS;
+    vkcRebuild(startSubband, "startSubband").set(2, 3, 1, '+');
+    vkcRebuild(mode, "mode").set(0, 1, 1, '+');
+    vkcRebuild(doubleTalk, "doubleTalk").set(0, 1, 1, '+');
+    grid.begin({&startSubband, &mode, &doubleTalk});
+    for (vkVector* vector : {&pSrcSinSubbands, &pSrcFilterErr, &pSrcAdaptiveFilterErr, &pSrcFixedFilterErr}) {
+        vector->init(vk32sc);
+    }
+    for (vkrMatrice* matrix : {&ppSrcRinSubbandsHistory, &ppDstAdaptiveCoefs, &ppDstFixedCoefs}) {
+        matrix->init(vk32sc);
+    }
+    pDstStepSize.init(vk32s);
+    return true;
+}
+
+bool TimECDT::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    numSegments = mode.value() != 0 ? 4 : 2;
+    pSrcDstFilterPwr = 0;
+    const SetMode fill = doubleTalk.value() != 0 ? setRand : setValue;
+    const bool made = m_update ? ppSrcRinSubbandsHistory.createMatrice(numSegments, numSubbands, setRand, -1.0, 1.0) &&
+                                     pSrcSinSubbands.createVector(numSubbands, fill, 32767, 0) &&
+                                     pSrcFilterErr.createVector(numSubbands, fill, 32767, 0) &&
+                                     pDstStepSize.createVector(numSubbands, setZero, 0, 0)
+                               : pSrcAdaptiveFilterErr.createVector(numSubbands, setValue, 4095, 0) &&
+                                     pSrcFixedFilterErr.createVector(numSubbands, setValue, 4095, 0) &&
+                                     ppDstAdaptiveCoefs.createMatrice(numSegments, numSubbands, setRand, -1.0, 1.0) &&
+                                     ppDstFixedCoefs.createMatrice(numSegments, numSubbands, setRand, -1.0, 1.0);
+    return made && makeState();
+}
+
+bool TimECDT::makeState() {
+    const int freq = sampleFreq[mode.value()];
+    int pSize = 0;
+    veksSubbandControllerDTGetSize_EC_16s(numSubbands, FRAME_SIZE, 1, freq, &pSize);
+    pState = static_cast<VeksSubbandControllerDTState_EC_16s*>(krMalloc(pSize, 0, 0, nullptr));
+    return pState != nullptr &&
+           checkStatus(veksSubbandControllerDTInit_EC_16s(pState, numSubbands, FRAME_SIZE, numSegments, freq)) == krOk;
+}
+
+void TimECDT::flushData() {
+    if (pState != nullptr) {
+        krFree(pState);
+    }
+    pState = nullptr;
+    for (vkrMatrice* matrix : {&ppDstFixedCoefs, &ppDstAdaptiveCoefs, &ppSrcRinSubbandsHistory}) {
+        matrix->deleteMatrice();
+    }
+    for (vkVector* vector :
+         {&pSrcFixedFilterErr, &pSrcAdaptiveFilterErr, &pDstStepSize, &pSrcFilterErr, &pSrcSinSubbands}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimECDT, veksSubbandControllerDTUpdate_EC_16s,
+       veksSubbandControllerDTUpdate_EC_16s(ppSrcRinSubbandsHistory.m_r32sc, pSrcSinSubbands.m_32sc,
+                                            pSrcFilterErr.m_32sc, pDstStepSize.m_32s, &isDT, &disabledNLP,
+                                            startSubband.value(), pState))
+VK_REG(TimECDT, veksSubbandControllerDT_EC_16s,
+       veksSubbandControllerDT_EC_16s(pSrcAdaptiveFilterErr.m_32sc, pSrcFixedFilterErr.m_32sc,
+                                      ppDstAdaptiveCoefs.m_r32sc, ppDstFixedCoefs.m_r32sc, &pSrcDstFilterPwr,
+                                      &pDstStsAdapt, PwrDelta, FilterUpdateEnabled, AdaptationEnabled,
+                                      startSubband.value(), pState))

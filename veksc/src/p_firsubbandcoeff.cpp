@@ -1,0 +1,194 @@
+// Updates of the coefficients of subband filters: affine projection in floating point, LMS in 32-bit integers.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcError;
+vkVector prodStepErrQ;
+krStepIterator<int> len;
+krStepIterator<int> numSegments;
+krStepIterator<int> apOrder;
+krStepIterator<int> scaleFactorCoef;
+krStepIterator<int> startSubband;
+vkcGrid grid;
+Vek32s* pStepSize;
+
+// A table of row pointers and its rows, each from the library's memory.
+template <class T>
+struct Rows {
+    T** table = nullptr;
+    int count = 0;
+
+    bool make(int rows, int length, T* (*allocate)(int)) {
+        table = reinterpret_cast<T**>(veksMalloc_8u(rows * static_cast<int>(sizeof(T*))));
+        if (table == nullptr) {
+            return false;
+        }
+        bool made = true;
+        for (count = 0; count < rows; ++count) {
+            table[count] = allocate(length);
+            made = made && table[count] != nullptr;
+        }
+        return made;
+    }
+
+    void drop() {
+        for (; count > 0; --count) {
+            veksFree(table[count - 1]);
+        }
+        veksFree(table);
+        table = nullptr;
+    }
+};
+
+Rows<Vek64f> ppStepSize;
+Rows<Vek32fc> ppInputAp;
+Rows<Vek32fc> ppErrorAp;
+Rows<Vek32fc> ppCoefsAp;
+Rows<Vek32sc> ppSrcFilterInput;
+Rows<Vek32sc> ppSrcDstCoefsQ15;
+
+class TimUpdatePrimAp : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value() * numSegments.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual void setData();
+};
+
+bool TimUpdatePrimAp::canStart() {
+    vkcRebuild(len, "Length").setList({65});
+    vkcRebuild(numSegments, "Number of segments").setList({12});
+    vkcRebuild(apOrder, "affine projection order").set(1, 4, 3, '+');
+    grid.begin({&len, &numSegments, &apOrder});
+    return true;
+}
+
+bool TimUpdatePrimAp::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    const int rows = numSegments.value() + apOrder.value();
+    if (!ppStepSize.make(apOrder.value(), len.value(), veksMalloc_64f) ||
+        !ppInputAp.make(rows, len.value(), veksMalloc_32fc) ||
+        !ppErrorAp.make(apOrder.value(), len.value(), veksMalloc_32fc) ||
+        !ppCoefsAp.make(rows, len.value(), veksMalloc_32fc)) {
+        return false;
+    }
+    setData();
+    return true;
+}
+
+void TimUpdatePrimAp::setData() {
+    for (int row = 0; row < numSegments.value() + apOrder.value(); ++row) {
+        veksZero_32fc(ppInputAp.table[row], len.value());
+        veksZero_32fc(ppCoefsAp.table[row], len.value());
+    }
+    for (int row = 0; row < apOrder.value(); ++row) {
+        veksZero_32fc(ppErrorAp.table[row], len.value());
+        veksZero_64f(ppStepSize.table[row], len.value());
+    }
+}
+
+void TimUpdatePrimAp::flushData() {
+    ppCoefsAp.drop();
+    ppErrorAp.drop();
+    ppInputAp.drop();
+    ppStepSize.drop();
+}
+
+class TimUpdatePrim : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override;
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual void setData();
+
+private:
+    bool m_low = false;
+};
+
+bool TimUpdatePrim::canStart() {
+    m_low = m_func.contains("Low");
+    vkcRebuild(len, "Length").set(32, 64, 8, '+');
+    vkcRebuild(numSegments, "Num Segments").set(8, 32, 8, '+');
+    vkcRebuild(scaleFactorCoef, "scaleFactor").set(1, 31, 15, '+');
+    if (m_low) {
+        vkcRebuild(startSubband, "Srart Number Segments").set(2, 6, 2, '+');
+        grid.begin({&len, &numSegments, &scaleFactorCoef, &startSubband});
+    } else {
+        vkcFix(startSubband, 0);
+        grid.begin({&len, &numSegments, &scaleFactorCoef});
+    }
+    for (vkVector* vector : {&pSrcError, &prodStepErrQ}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimUpdatePrim::canContinue() {
+    if (!grid.next(m_isFirst) || !pSrcError.createVector(len.value(), setOne, 0, 0) ||
+        !prodStepErrQ.createVector(len.value(), setZero, 0, 0)) {
+        return false;
+    }
+    pStepSize = veksMalloc_32s(len.value());
+    if (pStepSize == nullptr || !ppSrcFilterInput.make(numSegments.value(), len.value(), veksMalloc_32sc) ||
+        !ppSrcDstCoefsQ15.make(numSegments.value(), len.value(), veksMalloc_32sc)) {
+        return false;
+    }
+    setData();
+    return true;
+}
+
+void TimUpdatePrim::setData() {
+    for (int i = 0; i < len.value(); ++i) {
+        pStepSize[i] = 1;
+    }
+    for (int row = 0; row < numSegments.value(); ++row) {
+        for (int i = 0; i < len.value(); ++i) {
+            ppSrcFilterInput.table[row][i] = {1, 1};
+            ppSrcDstCoefsQ15.table[row][i] = {1, 1};
+        }
+    }
+}
+
+void TimUpdatePrim::flushData() {
+    ppSrcDstCoefsQ15.drop();
+    ppSrcFilterInput.drop();
+    veksFree(pStepSize);
+    pStepSize = nullptr;
+    for (vkVector* vector : {&prodStepErrQ, &pSrcError}) {
+        vector->deleteVector();
+    }
+}
+
+double TimUpdatePrim::getDivisor() {
+    return (len.value() - (m_low ? startSubband.value() : 0)) * numSegments.value();
+}
+
+} // namespace
+
+VK_REG(TimUpdatePrimAp, veksFIRSubbandAPCoeffUpdate_EC_32fc_I,
+       veksFIRSubbandAPCoeffUpdate_EC_32fc_I(ppStepSize.table, ppInputAp.table, ppErrorAp.table, ppCoefsAp.table,
+                                             numSegments.value(), len.value(), apOrder.value()))
+VK_REG(TimUpdatePrim, veksFIRSubbandLowCoeffUpdate_EC_32sc_I,
+       veksFIRSubbandLowCoeffUpdate_EC_32sc_I(ppSrcFilterInput.table, pSrcError.m_32sc, ppSrcDstCoefsQ15.table,
+                                              numSegments.value(), prodStepErrQ.m_32sc, pStepSize, startSubband.value(),
+                                              len.value(), scaleFactorCoef.value()))
+VK_REG(TimUpdatePrim, veksFIRSubbandCoeffUpdate_EC_32sc_I,
+       veksFIRSubbandCoeffUpdate_EC_32sc_I(pStepSize, ppSrcFilterInput.table, pSrcError.m_32sc, ppSrcDstCoefsQ15.table,
+                                           numSegments.value(), len.value(), scaleFactorCoef.value()))
