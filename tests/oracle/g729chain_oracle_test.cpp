@@ -1,0 +1,590 @@
+// The functions of G.729 Annex A put together as a coder and a decoder, frame by frame, beside an independent open
+// codec. That codec is not bit exact: what is asserted are shares of equal parameters and distances of the signals,
+// with a margin to the measured ones, which the test records.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "veksc.h"
+
+#if __has_include(<bcg729/encoder.h>)
+#define ORACLE_BCG729 1
+extern "C" {
+#include <bcg729/decoder.h>
+#include <bcg729/encoder.h>
+}
+#endif
+
+namespace {
+
+using Samples = std::vector<int16_t>;
+using Bits = std::array<uint8_t, 10>;
+
+constexpr int kFrame = 80;
+constexpr int kSub = 40;
+constexpr int kFrames = 400;
+
+// The 15 parameters of a frame in the order of the bit stream.
+enum Field { L0, L1, L2, L3, P1, P0, C1, S1, GA1, GB1, P2, C2, S2, GA2, GB2, kFields };
+constexpr int kWidth[kFields] = {1, 7, 5, 5, 8, 1, 13, 4, 3, 4, 5, 13, 4, 3, 4};
+using Parameters = std::array<int, kFields>;
+
+[[maybe_unused]] Bits pack(const Parameters& p) {
+    Bits bits{};
+    int at = 0;
+    for (int f = 0; f < kFields; ++f) {
+        for (int b = kWidth[f] - 1; b >= 0; --b, ++at) {
+            bits[static_cast<size_t>(at / 8)] |=
+                static_cast<uint8_t>((p[static_cast<size_t>(f)] >> b & 1) << (7 - at % 8));
+        }
+    }
+    return bits;
+}
+
+[[maybe_unused]] Parameters unpack(const Bits& bits) {
+    Parameters p{};
+    int at = 0;
+    for (int f = 0; f < kFields; ++f) {
+        for (int b = 0; b < kWidth[f]; ++b, ++at) {
+            p[static_cast<size_t>(f)] =
+                p[static_cast<size_t>(f)] * 2 + (bits[static_cast<size_t>(at / 8)] >> (7 - at % 8) & 1);
+        }
+    }
+    return p;
+}
+
+// Speech-like: voiced stretches with a moving pitch and formants, unvoiced ones, pauses with faint noise.
+[[maybe_unused]] Samples speech() {
+    std::mt19937 random(729);
+    std::normal_distribution<double> noise(0, 1);
+    std::uniform_real_distribution<double> unit(0, 1);
+    Samples x;
+    double y[5] = {};
+    double formant[2] = {500, 1500};
+    double aim[2] = {500, 1500};
+    double period = 60;
+    double left = 0;
+    double level = 0;
+    double last = 0;
+    int kind = 0;
+    int stretch = 0;
+    while (x.size() < static_cast<size_t>(kFrame) * kFrames) {
+        if (stretch-- == 0) {
+            const double draw = unit(random);
+            kind = draw < 0.6 ? 0 : draw < 0.8 ? 1 : 2;
+            stretch = 600 + static_cast<int>(1500 * unit(random));
+            aim[0] = 280 + 500 * unit(random);
+            aim[1] = 900 + 1500 * unit(random);
+            period = 30 + 90 * unit(random);
+        }
+        level += ((kind == 0 ? 900.0 : kind == 1 ? 160.0 : 4.0) - level) * 0.01;
+        for (int i = 0; i < 2; ++i) {
+            formant[i] += (aim[i] - formant[i]) * 0.003;
+        }
+        double source = noise(random) * (kind == 0 ? 0.06 : 1);
+        if (kind == 0 && (left -= 1) <= 0) {
+            source += 4;
+            period = std::clamp(period * (1 + 0.01 * noise(random)), 24.0, 130.0);
+            left += period;
+        }
+        const double tilted = source + (kind == 0 ? 0.7 : 0.0) * last;
+        last = tilted;
+        double v = tilted * level;
+        for (int i = 0; i < 2; ++i) {
+            const double r = i == 0 ? 0.965 : 0.94;
+            const double out =
+                v * 0.35 + 2 * r * std::cos(2 * 3.14159265 * formant[i] / 8000) * y[2 * i] - r * r * y[2 * i + 1];
+            y[2 * i + 1] = y[2 * i];
+            y[2 * i] = out;
+            v = out;
+        }
+        x.push_back(static_cast<int16_t>(std::clamp(v, -30000.0, 30000.0)));
+    }
+    return x;
+}
+
+// Mean over the frames that are no pauses, in dB.
+[[maybe_unused]] double segmental(const Samples& want, const Samples& got) {
+    double sum = 0;
+    int count = 0;
+    for (size_t f = 0; f + kFrame <= std::min(want.size(), got.size()); f += kFrame) {
+        double signal = 0;
+        double error = 0.01;
+        for (size_t i = f; i < f + kFrame; ++i) {
+            signal += double{1} * want[i] * want[i];
+            error += double{1} * (want[i] - got[i]) * (want[i] - got[i]);
+        }
+        if (signal > 100.0 * 100 * kFrame) {
+            sum += std::clamp(10 * std::log10(signal / error), -10.0, 80.0);
+            ++count;
+        }
+    }
+    return sum / count;
+}
+
+Samples startOfHistory() {
+    const int16_t row[10] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
+    Samples v;
+    for (int k = 0; k < 4; ++k) {
+        v.insert(v.end(), std::begin(row), std::end(row));
+    }
+    return v;
+}
+
+const Samples startOfPairs = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
+
+#define GOOD(call) EXPECT_EQ(vekStsNoErr, call)
+
+// What coder and decoder have in common.
+struct Model {
+    Samples history = startOfHistory();
+    Samples pairs = startOfPairs;
+    Samples past = Samples(4, -14336);
+    Samples excitation = Samples(154 + kSub);
+    Samples synthesis = Samples(10 + kFrame);
+    int16_t pitchGain = 0;
+    int16_t lpc[2][11] = {};
+
+    void spectrum(const Samples& next) {
+        int16_t between[10];
+        GOOD(veksInterpolate_G729_16s(pairs.data(), next.data(), between, 10));
+        GOOD(veksLSPToLPC_G729_16s(between, lpc[0]));
+        GOOD(veksLSPToLPC_G729_16s(next.data(), lpc[1]));
+        pairs = next;
+    }
+
+    int16_t sharpness() const { return static_cast<int16_t>(2 * std::clamp<int>(pitchGain, 3277, 13107)); }
+
+    // Pitch sharpening of a vector that is at rest before.
+    void sharpen(int delay, int16_t* x) const {
+        if (delay < kSub) {
+            Samples v(143 + kSub);
+            std::copy(x, x + kSub, v.begin() + 143);
+            GOOD(veksHarmonicFilter_16s_I(sharpness(), delay, v.data() + 143, kSub));
+            std::copy(v.begin() + 143, v.end(), x);
+        }
+    }
+
+    // The excitation from both vectors, and its synthesis.
+    void take(const int16_t* vector, const int16_t* code, const int16_t* gains, int sub) {
+        int16_t* now = excitation.data() + 154;
+        GOOD(veksInterpolateC_NR_G729_16s_Sfs(vector, gains[0], code, gains[1], now, kSub, 14));
+        int16_t* out = synthesis.data() + 10 + sub * kSub;
+        GOOD(veksSynthesisFilter_NR_16s_Sfs(lpc[sub], now, out, kSub, 12, out - 10));
+        std::copy(excitation.begin() + kSub, excitation.end(), excitation.begin());
+        pitchGain = gains[0];
+    }
+
+    void endFrame() { std::copy(synthesis.end() - 10, synthesis.end(), synthesis.begin()); }
+};
+
+class Coder {
+public:
+    Samples local;
+
+    Coder() { GOOD(veksHighPassFilterInit_G729(m_filter)); }
+
+    Parameters frame(const int16_t* in) {
+        Parameters p{};
+        std::copy(m_speech.begin() + kFrame, m_speech.end(), m_speech.begin());
+        std::copy(in, in + kFrame, m_speech.end() - kFrame);
+        GOOD(veksHighPassFilter_G729_16s_ISfs(m_speech.data() + 160, kFrame, 13, m_filter));
+        spectrum(p);
+        openLoop();
+        for (int sub = 0; sub < 2; ++sub) {
+            subframe(sub, p);
+        }
+        m.endFrame();
+        local.insert(local.end(), m.synthesis.end() - kFrame, m.synthesis.end());
+        return p;
+    }
+
+private:
+    Model m;
+    char m_filter[64] = {};
+    Samples m_speech = Samples(240); // the frame at 120
+    Samples m_pairs = startOfPairs;
+    Samples m_coefficients = {4096, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    Samples m_weighted = Samples(143 + kFrame);
+    Samples m_residual = Samples(kFrame);
+    Samples m_target = Samples(10);
+    int16_t m_weights[2][11] = {};
+    int16_t m_openLag = 0;
+    int16_t m_delay = 0;
+
+    void spectrum(Parameters& p) {
+        int32_t r[13];
+        int16_t exponent = 0;
+        int16_t reflections[10];
+        int16_t error = 0;
+        GOOD(veksAutoCorr_G729B(m_speech.data(), &exponent, r));
+        GOOD(veksLagWindow_G729_32s_I(r + 1, 10));
+        GOOD(veksLevinsonDurbin_G729B(r, m_coefficients.data(), reflections, &error));
+        veksLPCToLSP_G729A_16s(m_coefficients.data(), m_pairs.data(), m_pairs.data());
+        Samples quantised(10);
+        int16_t words[2];
+        GOOD(veksLSPQuant_G729_16s(m_pairs.data(), m.history.data(), quantised.data(), words));
+        p[L0] = words[0] >> 7;
+        p[L1] = words[0] & 127;
+        p[L2] = words[1] >> 5;
+        p[L3] = words[1] & 31;
+        m.spectrum(quantised);
+    }
+
+    void openLoop() {
+        std::copy(m_weighted.begin() + kFrame, m_weighted.end(), m_weighted.begin());
+        for (int sub = 0; sub < 2; ++sub) {
+            int16_t* const residual = m_residual.data() + sub * kSub;
+            GOOD(veksResidualFilter_G729_16s(m_speech.data() + 120 + sub * kSub, m.lpc[sub], residual));
+            GOOD(veksMulPowerC_NR_16s_Sfs(m.lpc[sub], 24576, m_weights[sub], 11, 15));
+            int16_t low[11] = {4096};
+            for (int i = 1; i <= 10; ++i) {
+                low[i] = static_cast<int16_t>(m_weights[sub][i] - m_weights[sub][i - 1] * 7 / 10);
+            }
+            int16_t* const weighted = m_weighted.data() + 143 + sub * kSub;
+            GOOD(veksSynthesisFilter_NR_16s_Sfs(low, residual, weighted, kSub, 12, weighted - 10));
+        }
+        GOOD(veksOpenLoopPitchSearch_G729A_16s(m_weighted.data() + 143, &m_openLag));
+    }
+
+    void subframe(int sub, Parameters& p) {
+        const int16_t* const weights = m_weights[sub];
+        int16_t h[kSub];
+        int16_t target[kSub];
+        GOOD(veksSynthesisFilterZeroStateResponse_NR_16s(weights, h, kSub, 12));
+        const int16_t* const residual = m_residual.data() + sub * kSub;
+        GOOD(veksSynthesisFilter_NR_16s_Sfs(weights, residual, target, kSub, 12, m_target.data()));
+
+        std::copy(residual, residual + kSub, m.excitation.begin() + 154);
+        int16_t delay[2];
+        int16_t vector[kSub];
+        const int16_t around = sub == 0 ? m_openLag : m_delay;
+        GOOD(veksAdaptiveCodebookSearch_G729A_16s(around, target, h, m.excitation.data(), delay, vector,
+                                                  static_cast<int16_t>(sub)));
+        if (sub == 0) {
+            p[P1] = delay[0] <= 85 && !(delay[0] == 85 && delay[1] > 0) ? 3 * delay[0] + delay[1] - 58 : delay[0] + 112;
+            p[P0] = 1;
+            for (int b = 2; b < 8; ++b) {
+                p[P0] ^= p[P1] >> b & 1;
+            }
+        } else {
+            p[P2] = (delay[0] - std::clamp(m_delay - 5, 20, 134)) * 3 + delay[1] + 2;
+        }
+        m_delay = delay[0];
+
+        int16_t y[kSub];
+        int16_t gain = 0;
+        GOOD(veksAdaptiveCodebookGain_G729A_16s(target, weights, vector, y, &gain));
+        int16_t second[kSub];
+        GOOD(veksAdaptiveCodebookContribution_G729_16s(gain, y, target, second));
+        m.sharpen(m_delay, h);
+        int16_t d[kSub];
+        int16_t code[kSub];
+        int16_t index[2];
+        std::vector<int32_t> matrix(616);
+        GOOD(veksCrossCorr_NormM_16s(second, h, kSub, d));
+        GOOD(veksToeplizMatrix_G729_16s32s(h, matrix.data()));
+        GOOD(veksFixedCodebookSearch_G729A_32s16s(d, matrix.data(), code, index));
+        int16_t z[kSub];
+        GOOD(veksConvPartial_16s_Sfs(code, h, z, kSub, 13));
+        m.sharpen(m_delay, code);
+        int16_t gains[2];
+        int16_t codes[2];
+        GOOD(veksGainQuant_G729_16s(target, y, code, z, m.past.data(), gains, codes, 0));
+        const int fields[2][4] = {{C1, S1, GA1, GB1}, {C2, S2, GA2, GB2}};
+        const int values[] = {index[0], index[1], codes[0], codes[1]};
+        for (int i = 0; i < 4; ++i) {
+            p[static_cast<size_t>(fields[sub][i])] = values[i];
+        }
+        for (int i = 30; i < kSub; ++i) {
+            const int adaptive = gains[0] * y[i] >> 14;
+            const auto fixed = static_cast<int>(int64_t{gains[1]} * z[i] >> 13);
+            m_target[static_cast<size_t>(i - 30)] =
+                static_cast<int16_t>(std::clamp(target[i] - adaptive - fixed, -32768, 32767));
+        }
+        m.take(vector, code, gains, sub);
+    }
+};
+
+class Decoder {
+public:
+    Samples local;
+
+    Decoder() { GOOD(veksHighPassFilterInit_G729(m_filter)); }
+
+    Samples frame(const Parameters& p) {
+        const int16_t words[4] = {static_cast<int16_t>(p[L0]), static_cast<int16_t>(p[L1]), static_cast<int16_t>(p[L2]),
+                                  static_cast<int16_t>(p[L3])};
+        Samples next(10);
+        GOOD(veksLSFDecode_G729_16s(words, m.history.data(), next.data()));
+        GOOD(veksLSFToLSP_G729_16s(next.data(), next.data()));
+        m.spectrum(next);
+        Samples out;
+        for (int sub = 0; sub < 2; ++sub) {
+            excite(sub, p);
+            postFilter(sub, out);
+        }
+        m.endFrame();
+        local.insert(local.end(), m.synthesis.end() - kFrame, m.synthesis.end());
+        GOOD(veksHighPassFilter_G729_16s_ISfs(out.data(), kFrame, 12, m_filter));
+        return out;
+    }
+
+private:
+    Model m;
+    char m_filter[64] = {};
+    int m_delay = 0;
+    Samples m_residual = Samples(194);
+    Samples m_harmonic = Samples(1 + kSub);
+    Samples m_short = Samples(10 + kSub);
+    int16_t m_gain = 4096;
+
+    void excite(int sub, const Parameters& p) {
+        int fraction = 0;
+        if (sub == 0) {
+            m_delay = p[P1] < 197 ? (p[P1] + 2) / 3 + 19 : p[P1] - 112;
+            fraction = p[P1] < 197 ? p[P1] - 3 * m_delay + 58 : 0;
+        } else {
+            const int from = std::clamp(m_delay - 5, 20, 134);
+            const int steps = (p[P2] + 2) / 3 - 1;
+            m_delay = steps + from;
+            fraction = p[P2] - 2 - 3 * steps;
+        }
+        const int16_t delay[] = {static_cast<int16_t>(m_delay), static_cast<int16_t>(fraction)};
+        int16_t vector[kSub];
+        GOOD(veksDecodeAdaptiveVector_G729_16s(delay, m.excitation.data(), vector));
+        int16_t code[kSub] = {};
+        const int positions = p[sub == 0 ? C1 : C2];
+        const int signs = p[sub == 0 ? S1 : S2];
+        for (int t = 0; t < 4; ++t) {
+            const int at =
+                5 * (t < 3 ? positions >> 3 * t & 7 : positions >> 10) + t + (t == 3 ? positions >> 9 & 1 : 0);
+            code[at] = (signs >> t & 1) != 0 ? 8191 : -8192;
+        }
+        m.sharpen(m_delay, code);
+        int32_t energy = 0;
+        GOOD(veksDotProd_G729A_16s32s(code, code, kSub, &energy));
+        const int16_t codes[] = {static_cast<int16_t>(p[sub == 0 ? GA1 : GA2]),
+                                 static_cast<int16_t>(p[sub == 0 ? GB1 : GB2])};
+        int16_t gains[2];
+        GOOD(veksDecodeGain_G729_16s(energy, m.past.data(), codes, gains));
+        m.take(vector, code, gains, sub);
+    }
+
+    void postFilter(int sub, Samples& out) {
+        const int16_t* const now = m.synthesis.data() + 10 + sub * kSub;
+        const int16_t* const a = m.lpc[sub];
+        GOOD(veksLongTermPostFilter_G729A_16s(static_cast<int16_t>(m_delay), now, a, m_residual.data(),
+                                              m_harmonic.data() + 1));
+        GOOD(veksTiltCompensation_G729A_16s(a, m_harmonic.data() + 1));
+        std::copy(m_short.begin() + kSub, m_short.end(), m_short.begin());
+        GOOD(veksShortTermPostFilter_G729A_16s(a, m_harmonic.data() + 1, m_short.data() + 10));
+        Samples levelled(m_short.begin() + 10, m_short.end());
+        GOOD(veksGainControl_G729A_16s_I(now, levelled.data(), &m_gain));
+        out.insert(out.end(), levelled.begin(), levelled.end());
+        std::copy(m_residual.begin() + kSub, m_residual.end(), m_residual.begin());
+    }
+};
+
+#ifdef ORACLE_BCG729
+std::vector<Bits> theirBits(const Samples& x) {
+    auto* const encoder = initBcg729EncoderChannel(0);
+    std::vector<Bits> all;
+    for (int f = 0; f < kFrames; ++f) {
+        Bits bits{};
+        uint8_t length = 0;
+        bcg729Encoder(encoder, x.data() + f * kFrame, bits.data(), &length);
+        all.push_back(bits);
+    }
+    closeBcg729EncoderChannel(encoder);
+    return all;
+}
+
+Samples theirSignal(const std::vector<Bits>& all) {
+    auto* const decoder = initBcg729DecoderChannel();
+    Samples y;
+    for (const Bits& bits : all) {
+        int16_t frame[kFrame];
+        bcg729Decoder(decoder, bits.data(), 10, 0, 0, 0, frame);
+        y.insert(y.end(), frame, frame + kFrame);
+    }
+    closeBcg729DecoderChannel(decoder);
+    return y;
+}
+
+struct Coded {
+    Samples speech;
+    std::vector<Bits> bits;
+    Samples local;
+};
+
+Coded coded() {
+    Coded c{speech(), {}, {}};
+    Coder coder;
+    for (int f = 0; f < kFrames; ++f) {
+        c.bits.push_back(pack(coder.frame(c.speech.data() + f * kFrame)));
+    }
+    c.local = coder.local;
+    return c;
+}
+
+// Against the input, which the coder is 40 samples behind.
+double fidelity(const Samples& x, const Samples& y) {
+    return segmental(Samples(x.begin(), x.end() - 40), Samples(y.begin() + 40, y.end()));
+}
+
+Samples frequencies(const Parameters& p, Samples& history) {
+    const int16_t words[4] = {static_cast<int16_t>(p[L0]), static_cast<int16_t>(p[L1]), static_cast<int16_t>(p[L2]),
+                              static_cast<int16_t>(p[L3])};
+    Samples lsf(10);
+    GOOD(veksLSFDecode_G729_16s(words, history.data(), lsf.data()));
+    return lsf;
+}
+
+void record(const char* name, double value) {
+    ::testing::Test::RecordProperty(name, std::to_string(value));
+}
+#endif
+
+TEST(G729ChainOracle, DecoderFollowsTheSynthesisOfTheCoder) {
+    // Its own bits through its own decoder, before the post filters: not a sample apart.
+    const Samples x = speech();
+    Coder coder;
+    Decoder decoder;
+    for (int f = 0; f < kFrames; ++f) {
+        const Parameters p = coder.frame(x.data() + f * kFrame);
+        ASSERT_EQ(p, unpack(pack(p)));
+        decoder.frame(p);
+        ASSERT_EQ(coder.local, decoder.local) << f;
+        coder.local.clear();
+        decoder.local.clear();
+    }
+}
+
+TEST(G729ChainOracle, DecoderStaysByTheOtherCodecsOnItsBits) {
+#ifdef ORACLE_BCG729
+    const std::vector<Bits> bits = theirBits(speech());
+    Decoder decoder;
+    Samples ours;
+    for (const Bits& frame : bits) {
+        const Samples out = decoder.frame(unpack(frame));
+        ours.insert(ours.end(), out.begin(), out.end());
+    }
+    const double distance = segmental(theirSignal(bits), ours);
+    record("dB", distance);
+    EXPECT_GT(distance, 27);
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+TEST(G729ChainOracle, OtherDecoderUnderstandsTheCoder) {
+#ifdef ORACLE_BCG729
+    const Coded c = coded();
+    Decoder decoder;
+    Samples ours;
+    for (const Bits& frame : c.bits) {
+        const Samples out = decoder.frame(unpack(frame));
+        ours.insert(ours.end(), out.begin(), out.end());
+    }
+    const Samples theirs = theirSignal(c.bits);
+    const double distance = segmental(theirs, ours);
+    record("dB", distance);
+    EXPECT_GT(distance, 27);
+    // Without post filters the signal comes nearer to the input.
+    Samples doubled = c.local;
+    for (int16_t& v : doubled) {
+        v = static_cast<int16_t>(std::clamp(2 * v, -32768, 32767));
+    }
+    const double local = fidelity(c.speech, doubled);
+    record("local", local);
+    EXPECT_GT(local, 7);
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+TEST(G729ChainOracle, CoderKeepsAsMuchOfTheSignalAsTheOtherOne) {
+#ifdef ORACLE_BCG729
+    const Coded c = coded();
+    const std::vector<Bits> theirs = theirBits(c.speech);
+    const double ours = fidelity(c.speech, theirSignal(c.bits));
+    const double other = fidelity(c.speech, theirSignal(theirs));
+    record("ours", ours);
+    record("other", other);
+    EXPECT_GT(ours, other - 0.3);
+
+    // Predictors carry the first near tie on into all frames behind it: then the parameters differ, not what they say.
+    Samples ourHistory = startOfHistory();
+    Samples theirHistory = ourHistory;
+    double radians = 0;
+    int predictors = 0;
+    int lags = 0;
+    for (size_t f = 0; f < c.bits.size(); ++f) {
+        const Parameters a = unpack(c.bits[f]);
+        const Parameters b = unpack(theirs[f]);
+        const Samples one = frequencies(a, ourHistory);
+        const Samples two = frequencies(b, theirHistory);
+        for (size_t i = 0; i < 10; ++i) {
+            radians += std::abs(one[i] - two[i]) / 8192.0 / 10 / kFrames;
+        }
+        predictors += a[L0] == b[L0] ? 1 : 0;
+        lags += std::abs(a[P1] - b[P1]) <= 3 ? 1 : 0;
+    }
+    record("radians", radians);
+    RecordProperty("predictors", predictors);
+    RecordProperty("lags", lags);
+    EXPECT_LT(radians, 0.025);
+    EXPECT_GE(predictors, kFrames * 3 / 4);
+    EXPECT_GE(lags, kFrames / 2);
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+TEST(G729ChainOracle, FramesAfterAStartHaveMostlyTheParametersOfTheOtherCoder) {
+#ifdef ORACLE_BCG729
+    const Samples x = speech();
+    int frames = 0;
+    int spectra = 0;
+    int firstLags = 0;
+    std::array<int, kFields> same{};
+    for (int start = 0; start + 2 <= kFrames; start += 2) {
+        Coder coder;
+        auto* const encoder = initBcg729EncoderChannel(0);
+        for (int f = start; f < start + 2; ++f) {
+            Bits bits{};
+            uint8_t length = 0;
+            bcg729Encoder(encoder, x.data() + f * kFrame, bits.data(), &length);
+            const Parameters a = coder.frame(x.data() + f * kFrame);
+            const Parameters b = unpack(bits);
+            ++frames;
+            spectra += std::equal(a.begin(), a.begin() + P1, b.begin()) ? 1 : 0;
+            firstLags += std::equal(a.begin(), a.begin() + P0, b.begin()) ? 1 : 0;
+            for (size_t i = 0; i < kFields; ++i) {
+                same[i] += a[i] == b[i] ? 1 : 0;
+            }
+        }
+        closeBcg729EncoderChannel(encoder);
+    }
+    const char* const names[kFields] = {"L0",  "L1",  "L2", "L3", "P1", "P0",  "C1", "S1",
+                                        "GA1", "GB1", "P2", "C2", "S2", "GA2", "GB2"};
+    for (size_t i = 0; i < kFields; ++i) {
+        RecordProperty(names[i], same[i]);
+    }
+    RecordProperty("frames", frames);
+    RecordProperty("spectra", spectra);
+    RecordProperty("spectraAndLags", firstLags);
+    EXPECT_GE(spectra, frames * 65 / 100);
+    EXPECT_GE(same[P1], frames * 6 / 10);
+#else
+    GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+} // namespace
