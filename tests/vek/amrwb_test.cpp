@@ -1,0 +1,97 @@
+// Open-loop pitch and excitation of AMR-WB: literal cases, periodic signals, and refusals.
+#include "lp_reference.h"
+#include "veksc.h"
+
+namespace {
+
+using lpref::atEveryLevel;
+using Samples = std::vector<int16_t>;
+
+TEST(VekWideInterpolation, WeighsBothAndRounds) {
+    const Samples a = {1000, -1000, 32767, 0};
+    const Samples b = {512, 3, 32767, -1};
+    Samples y(4);
+    ASSERT_EQ(vekStsNoErr, veksInterpolateC_NR_16s(a.data(), 16384, 2, b.data(), 100, 7, y.data(), 4));
+    EXPECT_EQ((Samples{1100, -999, 32767, 0}), y);
+}
+
+TEST(VekWideInterpolation, RefusesWhatItCannotDo) {
+    Samples x(4, 7);
+    EXPECT_EQ(vekStsNullPtrErr, veksInterpolateC_NR_16s(nullptr, 1, 2, x.data(), 1, 7, x.data(), 4));
+    EXPECT_EQ(vekStsSizeErr, veksInterpolateC_NR_16s(x.data(), 1, 2, x.data(), 1, 7, x.data(), 0));
+    EXPECT_EQ(vekStsScaleRangeErr, veksInterpolateC_NR_16s(x.data(), 1, 16, x.data(), 1, 7, x.data(), 4));
+    EXPECT_EQ(vekStsScaleRangeErr, veksInterpolateC_NR_16s(x.data(), 1, 2, x.data(), 1, -1, x.data(), 4));
+    EXPECT_EQ(Samples(4, 7), x);
+}
+
+struct OpenLoop {
+    Samples x = Samples(512);
+    Samples lags = Samples(5, 40);
+    int16_t median = 40;
+    int16_t strength = 20000;
+    int16_t lag = 0;
+    int16_t tone = 0;
+    int16_t gain = 0;
+    int16_t near = 0;
+
+    explicit OpenLoop(int period) {
+        std::mt19937 random(1);
+        const Samples one = lpref::noise(random, period, -1000, 1000);
+        for (size_t i = 0; i < x.size(); ++i) {
+            x[i] = one[i % one.size()];
+        }
+    }
+    VekStatus run(int len, int shortest, int longest) {
+        return veksOpenLoopPitchSearch_AMRWBE_16s(x.data() + 214, x.data() + 214, &median, &strength, &lag, &tone,
+                                                  &gain, lags.data(), &near, len, shortest, longest);
+    }
+};
+
+TEST(VekWideOpenLoop, FindsThePeriodAndRemembersIt) {
+    atEveryLevel([] {
+        OpenLoop o(50);
+        ASSERT_EQ(vekStsNoErr,
+                  veksOpenLoopPitchSearch_AMRWB_16s(o.x.data() + 214, o.x.data() + 214, &o.median, &o.strength, &o.lag,
+                                                    &o.tone, &o.gain, o.lags.data(), &o.near, 64));
+        EXPECT_EQ(50, o.lag);
+        EXPECT_GT(o.gain, 32000);
+        EXPECT_EQ(0x4000, o.tone);
+        EXPECT_EQ((Samples{50, 40, 40, 40, 40}), o.lags);
+        EXPECT_EQ(40, o.median);
+        EXPECT_EQ(32767, o.strength);
+        EXPECT_EQ(1, o.near);
+    });
+}
+
+TEST(VekWideOpenLoop, SilenceFadesTheStrengthAndKeepsTheLags) {
+    OpenLoop o(50);
+    std::fill(o.x.begin(), o.x.end(), int16_t{0});
+    o.tone = 0x4000;
+    ASSERT_EQ(vekStsNoErr, o.run(64, 17, 115));
+    EXPECT_EQ(17999, o.strength);
+    EXPECT_EQ(0, o.near);
+    EXPECT_EQ(0x2000, o.tone);
+    EXPECT_EQ(Samples(5, 40), o.lags);
+}
+
+TEST(VekWideOpenLoop, TheExtendedSearchReachesLongerLags) {
+    OpenLoop o(150);
+    ASSERT_EQ(vekStsNoErr, o.run(64, 25, 166));
+    EXPECT_EQ(150, o.lag);
+}
+
+TEST(VekWideOpenLoop, RefusesWhatItCannotDo) {
+    OpenLoop o(50);
+    EXPECT_EQ(vekStsSizeErr, o.run(0, 17, 115));
+    EXPECT_EQ(vekStsSizeErr, o.run(257, 17, 115));
+    EXPECT_EQ(vekStsRangeErr, o.run(64, 115, 115));
+    EXPECT_EQ(vekStsRangeErr, o.run(64, 17, 216));
+    o.near = 2;
+    EXPECT_EQ(vekStsRangeErr, o.run(64, 17, 115));
+    EXPECT_EQ(0, o.lag);
+    EXPECT_EQ(vekStsNullPtrErr,
+              veksOpenLoopPitchSearch_AMRWB_16s(nullptr, o.x.data() + 214, &o.median, &o.strength, &o.lag, &o.tone,
+                                                &o.gain, o.lags.data(), &o.near, 64));
+}
+
+} // namespace

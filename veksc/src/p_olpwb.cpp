@@ -1,0 +1,160 @@
+// Open-loop pitch of the wide-band codec, and of the extended one, whose lags follow its sampling rate.
+#include "vkc.h"
+
+namespace nsTimOLPSWB {
+
+vkVector pSrcWgtSpch;
+vkVector pSrcFltWgtSpch;
+vkVector pSrcDstPrevPitchLag;
+vkVector pSrcDstPrevPitchLagTst;
+krStepIterator<int> len;
+krStepIterator<int> itLagSwitcher;
+Vek16s prevMidPitchLag;
+Vek16s adaptiveParam;
+Vek16s dstOpenLoopLag;
+Vek16s toneFlag;
+Vek16s dstOpenLoopGain;
+Vek16s lagSwitcher;
+
+constexpr int history = 115;
+constexpr int lags = 5;
+
+class TimOLPSWB : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool initData() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+};
+
+bool TimOLPSWB::canStart() {
+    vkcRebuild(len, "Lenght").set(64, 128, 64, '+');
+    vkcRebuild(itLagSwitcher, "lagSwitcher").set(0, 1, 1, '+');
+    m_parms.append(&len);
+    m_parms.append(&itLagSwitcher);
+    for (vkVector* vector : {&pSrcWgtSpch, &pSrcFltWgtSpch, &pSrcDstPrevPitchLag, &pSrcDstPrevPitchLagTst}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimOLPSWB::initData() {
+    return pSrcWgtSpch.createVector(371, setRand, -4096, 4096) &&
+           pSrcFltWgtSpch.createVector(243, setRand, -4096, 4096) &&
+           pSrcDstPrevPitchLag.createVector(lags, setValue, 40, 0) &&
+           pSrcDstPrevPitchLagTst.createVector(lags, setValue, 40, 0);
+}
+
+void TimOLPSWB::flushData() {
+    for (vkVector* vector : {&pSrcDstPrevPitchLagTst, &pSrcDstPrevPitchLag, &pSrcFltWgtSpch, &pSrcWgtSpch}) {
+        vector->deleteVector();
+    }
+}
+
+// All that a search changes.
+void restore() {
+    prevMidPitchLag = 40;
+    adaptiveParam = 32767;
+    toneFlag = 0;
+    lagSwitcher = static_cast<Vek16s>(itLagSwitcher.value());
+    vkcRestore(pSrcDstPrevPitchLagTst.m_16s, pSrcDstPrevPitchLag.m_16s, lags * vkVector::item("_16s"));
+}
+
+} // namespace nsTimOLPSWB
+
+namespace nsTimOLPSWBE_ld {
+
+vkVector pSrcWgtSpch;
+vkVector pSrcFltWgtSpch;
+vkVector pSrcDstPrevPitchLag;
+vkVector pSrcDstPrevPitchLagTst;
+krStepIterator<int> itCntFreqScale;
+krStepIterator<int> itLagSwitcher;
+Vek16s prevMidPitchLag;
+Vek16s adaptiveParam;
+Vek16s dstOpenLoopLag;
+Vek16s toneFlag;
+Vek16s dstOpenLoopGain;
+Vek16s lagSwitcher;
+int minPitLag;
+int maxPitLag;
+
+constexpr int scaleFreq[] = {0, 48, 54, 60, 64, 72, 80, 90, 96, 108, 120, 128, 135, 144};
+constexpr int subframeLength = 64;
+constexpr int lags = 5;
+// The longest lag of the fastest rate, at half of it.
+constexpr int maxSize = 166;
+
+class krTimOLPSWBE : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool initData() override;
+    void flushData() override;
+    double getDivisor() override { return subframeLength; }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+};
+
+bool krTimOLPSWBE::canStart() {
+    vkcRebuild(itCntFreqScale, "freqScaleCounter").set(0, 13, 1, '+');
+    vkcRebuild(itLagSwitcher, "lagSwitcher").set(0, 1, 1, '+');
+    m_parms.append(&itCntFreqScale);
+    m_parms.append(&itLagSwitcher);
+    for (vkVector* vector : {&pSrcWgtSpch, &pSrcFltWgtSpch, &pSrcDstPrevPitchLag, &pSrcDstPrevPitchLagTst}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool krTimOLPSWBE::initData() {
+    // A scale of 0 is the rate of the narrower codec, 96/96.
+    const int scale = scaleFreq[itCntFreqScale.value()] == 0 ? 96 : scaleFreq[itCntFreqScale.value()];
+    const int longer = (scale * 34 + 48) / 96 - 34;
+    minPitLag = (34 + longer) / 2;
+    maxPitLag = (231 + 6 * longer) / 2;
+    const int size = maxSize + subframeLength;
+    return pSrcWgtSpch.createVector(size, setRand, -4096, 4096) &&
+           pSrcFltWgtSpch.createVector(size, setRand, -4096, 4096) &&
+           pSrcDstPrevPitchLag.createVector(lags, setValue, 40, 0) &&
+           pSrcDstPrevPitchLagTst.createVector(lags, setValue, 40, 0);
+}
+
+void krTimOLPSWBE::flushData() {
+    for (vkVector* vector : {&pSrcDstPrevPitchLagTst, &pSrcDstPrevPitchLag, &pSrcFltWgtSpch, &pSrcWgtSpch}) {
+        vector->deleteVector();
+    }
+}
+
+void restore() {
+    prevMidPitchLag = 40;
+    adaptiveParam = 32767;
+    toneFlag = 0;
+    lagSwitcher = static_cast<Vek16s>(itLagSwitcher.value());
+    vkcRestore(pSrcDstPrevPitchLagTst.m_16s, pSrcDstPrevPitchLag.m_16s, lags * vkVector::item("_16s"));
+}
+
+} // namespace nsTimOLPSWBE_ld
+
+using nsTimOLPSWB::TimOLPSWB;
+using nsTimOLPSWBE_ld::krTimOLPSWBE;
+
+VK_REG_I(TimOLPSWB, veksOpenLoopPitchSearch_AMRWB_16s,
+         veksOpenLoopPitchSearch_AMRWB_16s(nsTimOLPSWB::pSrcWgtSpch.m_16s + nsTimOLPSWB::history,
+                                           nsTimOLPSWB::pSrcFltWgtSpch.m_16s + nsTimOLPSWB::history,
+                                           &nsTimOLPSWB::prevMidPitchLag, &nsTimOLPSWB::adaptiveParam,
+                                           &nsTimOLPSWB::dstOpenLoopLag, &nsTimOLPSWB::toneFlag,
+                                           &nsTimOLPSWB::dstOpenLoopGain, nsTimOLPSWB::pSrcDstPrevPitchLagTst.m_16s,
+                                           &nsTimOLPSWB::lagSwitcher, nsTimOLPSWB::len.value()),
+         nsTimOLPSWB::restore())
+VK_REG_I(krTimOLPSWBE, veksOpenLoopPitchSearch_AMRWBE_16s,
+         veksOpenLoopPitchSearch_AMRWBE_16s(
+             nsTimOLPSWBE_ld::maxSize + nsTimOLPSWBE_ld::pSrcWgtSpch.m_16s,
+             nsTimOLPSWBE_ld::pSrcFltWgtSpch.m_16s + nsTimOLPSWBE_ld::maxSize, &nsTimOLPSWBE_ld::prevMidPitchLag,
+             &nsTimOLPSWBE_ld::adaptiveParam, &nsTimOLPSWBE_ld::dstOpenLoopLag, &nsTimOLPSWBE_ld::toneFlag,
+             &nsTimOLPSWBE_ld::dstOpenLoopGain, nsTimOLPSWBE_ld::pSrcDstPrevPitchLagTst.m_16s,
+             &nsTimOLPSWBE_ld::lagSwitcher, 64, nsTimOLPSWBE_ld::minPitLag, nsTimOLPSWBE_ld::maxPitLag),
+         nsTimOLPSWBE_ld::restore())
