@@ -32,9 +32,12 @@ void vek::levelByEnergy(int32_t in, int32_t out, int16_t* x, int n, int16_t& gai
         gain = 0;
         return;
     }
-    const int16_t fresh = share(in, out);
+    // A share is 0..3276: the moving gain stays within 16 bits by itself.
+    const int fresh = share(in, out);
+    int now = gain;
     for (int i = 0; i < n; ++i) {
-        gain = add(mult(gain, kStay), fresh);
-        x[i] = sat16((x[i] * gain) >> 12);
+        now = ((now * kStay) >> 15) + fresh;
+        x[i] = sat16((x[i] * now) >> 12);
     }
+    gain = static_cast<int16_t>(now);
 }

@@ -69,12 +69,13 @@ VekStatus veksGainControl_G729_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s
         }
         share = magnitudeShare(in, out);
     }
-    Vek16s gain = *pGain;
+    // A share is 0..409: the moving gain stays within 16 bits by itself.
+    int gain = *pGain;
     for (int i = 0; i < kSubframe; ++i) {
-        gain = add(mult(gain, 32358), share);
+        gain = ((gain * 32358) >> 15) + share;
         pSrcDst[i] = sat16((pSrcDst[i] * gain + 0x2000) >> 14);
     }
-    *pGain = gain;
+    *pGain = static_cast<Vek16s>(gain);
     return vekStsNoErr;
 }
 

@@ -1,5 +1,6 @@
 // Conversions between prediction coefficients, line spectral pairs (the cosine domain) and line spectral frequencies,
 // order 10, in fixed point. The floating point forms are in lspfloat.cpp.
+#include <algorithm>
 #include <cstring>
 
 #include "sc/common/fixmath.h"
@@ -218,8 +219,9 @@ VekStatus veksLSPToLSF_Norm_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF) {
     int place = kLastStep;
     for (int i = kOrder - 1; i >= 0; --i) {
         place = stepOf(pSrcLSP[i], place);
-        const int within = kAcosSlope[place] * sub(pSrcLSP[i], kCos[place]);
-        pDstLSF[i] = sat16(place * 256 + sat16((within + 0x800) >> 12));
+        // Difference and slope are negative or 0: sums saturate upwards alone.
+        const int within = kAcosSlope[place] * std::max(pSrcLSP[i] - kCos[place], -32768);
+        pDstLSF[i] = static_cast<Vek16s>(std::min(place * 256 + ((within + 0x800) >> 12), 32767));
     }
     return vekStsNoErr;
 }
@@ -242,19 +244,19 @@ VekStatus veksLSFToLSP_G729_16s(const Vek16s* pSrcLSF, Vek16s* pDstLSP) {
     if (anyNull(pSrcLSF, pDstLSP)) {
         return vekStsNullPtrErr;
     }
+    constexpr int kSteps = 20861; // steps of 1/256 in a radian: 2^17 / 2 pi
+    Vek16s lsp[kOrder];
     int signs = 0;
     for (int i = 0; i < kOrder; ++i) {
         signs |= pSrcLSF[i];
+        const int frequency = ((pSrcLSF[i] & 0x7fff) * kSteps) >> 15;
+        const int place = std::min(frequency >> 8, kLastStep);
+        // A table value and the slope up to the next one stay within 16 bits.
+        lsp[i] = static_cast<Vek16s>(kCos[place] + ((kCosSlope[place] * (frequency & 0xff)) >> 12));
     }
     if (signs < 0) {
         return vekStsRangeErr;
     }
-    constexpr int kSteps = 20861; // steps of 1/256 in a radian: 2^17 / 2 pi
-    for (int i = 0; i < kOrder; ++i) {
-        const int frequency = (pSrcLSF[i] * kSteps) >> 15;
-        const int place = frequency >> 8 > kLastStep ? kLastStep : frequency >> 8;
-        // A table value and the slope up to the next one stay within 16 bits.
-        pDstLSP[i] = static_cast<Vek16s>(kCos[place] + ((kCosSlope[place] * (frequency & 0xff)) >> 12));
-    }
+    std::memcpy(pDstLSP, lsp, sizeof lsp);
     return vekStsNoErr;
 }
