@@ -20,15 +20,19 @@ public:
     bool canStart() override;
     bool canContinue() override;
     void flushData() override;
-    double getDivisor() override { return lenght.value(); }
+    double getDivisor() override { return lenght.value() * (m_lagMax ? upperLag.value() - lowerLag.value() + 1 : 1); }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
     void parmsToOstrm() override { grid.toOstrm(); }
     void parmsToCstrm() override { grid.toCstrm(); }
     void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool m_lagMax = false;
 };
 
 bool TimACorrLagMax::canStart() {
+    m_lagMax = m_func.contains("veksAutoCorrLagMax");
     vkcRebuild(lenght, "lenght");
     vkcRebuild(maxLag_pithch, "maxLag").setList({1});
     vkcRebuild(lowerLag, "lowerLag").setList({1});
@@ -37,7 +41,7 @@ bool TimACorrLagMax::canStart() {
     if (m_func.contains("OpenLoopPitchSearch_G729")) {
         lenght.setList({160});
         maxLag_pithch.setList({143});
-    } else if (m_func.contains("veksAutoCorrLagMax")) {
+    } else if (m_lagMax) {
         lenght.set(40, 80, 10, '+');
         lowerLag.setList({20});
         upperLag.setList({40});
