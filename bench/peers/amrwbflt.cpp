@@ -1,0 +1,113 @@
+// Filters, conversions, quantisers and voice activity of AMR-WB beside two open codecs'.
+#include "peers.h"
+
+#include "veksc.h"
+
+#if __has_include(<vo-amrwbenc/enc_if.h>) && __has_include(<opencore-amrwb/dec_if.h>)
+extern "C" {
+void voAWB_Residu(int16_t* a, int16_t* x, int16_t* y, int16_t n);
+void Preemph2(int16_t* x, int16_t mu, int16_t n, int16_t* mem);
+void Deemph2(int16_t* x, int16_t mu, int16_t n, int16_t* mem);
+void HP50_12k8(int16_t* x, int16_t n, int16_t* mem);
+void HP400_12k8(int16_t* x, int16_t n, int16_t* mem);
+void Isp_isf(int16_t* isp, int16_t* isf, int16_t m);
+void voAWB_Isp_Az(int16_t* isp, int16_t* a, int16_t m, int16_t scaling);
+void voAWB_Isf_isp(int16_t* isf, int16_t* isp, int16_t m);
+void Az_isp(int16_t* a, int16_t* isp, int16_t* old);
+int16_t voAWB_G_pitch(int16_t* target, int16_t* vector, int16_t* coeff, int16_t n);
+void Qpisf_2s_46b(int16_t* isf, int16_t* quantised, int16_t* past, int16_t* index, int16_t survivors);
+void Qpisf_2s_36b(int16_t* isf, int16_t* quantised, int16_t* past, int16_t* index, int16_t survivors);
+void voAWB_Qisf_ns(int16_t* isf, int16_t* quantised, int16_t* index);
+int16_t wb_vad(void* s, int16_t* x);
+int16_t wb_vad_reset(void* s);
+void deemphasis_32(int16_t* high, int16_t* low, int16_t* y, int16_t mu, int16_t n, int16_t* mem);
+void Syn_filt_32(int16_t* a, int16_t m, int16_t* x, int16_t q, int16_t* high, int16_t* low, int16_t n);
+void Dpisf_2s_46b(int16_t* index, int16_t* isf, int16_t* past, int16_t* old, int16_t* buffer, int16_t bfi,
+                  int16_t update);
+void Disf_ns(int16_t* index, int16_t* isf);
+void dtx_dec_amr_wb_activity_update(void* s, int16_t* isf, int16_t* x);
+}
+
+PEER_ROWS(amrwbflt) {
+    static Vek16s isp[16] = {32120, 30200,  27100,  22900,  17800,  12000,  5800,   -600,
+                             -6900, -13000, -18600, -23500, -27500, -30400, -32200, 3000};
+    static Vek16s isf[16], a[17], x[320], y[256], z[256], memory, theirs[16], index[8], past[16], frames[48], c[4],
+        gain;
+    static Vek16s high[80], low[80], place = 7, spectra[128], energies[8], tone, flag;
+    static Vek32s wide[80];
+    static char filter[32], activity[400];
+    alignas(16) static Vek16s record[256], history[512];
+    for (int i = 0; i < 320; ++i) {
+        x[i] = static_cast<Vek16s>(i * 7919 % 401 - 200);
+    }
+    voAWB_Isp_Az(isp, a, 16, 0);
+    Isp_isf(isp, isf, 16);
+    veksHighPassFilterInit_AMRWB_16s(filter);
+    veksVADInit_AMRWB_16s(activity);
+    wb_vad_reset(record);
+    peerRow(
+        "veksResidualFilter_AMRWB_16s_Sfs 64", "vo-amrwbenc voAWB_Residu",
+        [] { veksResidualFilter_AMRWB_16s_Sfs(a, 16, x + 16, y, 64, 11); }, [] { voAWB_Residu(a, x + 16, y, 64); });
+    peerRow(
+        "veksPreemphasize_AMRWB_16s_ISfs 256", "vo-amrwbenc Preemph2",
+        [] { veksPreemphasize_AMRWB_16s_ISfs(22282, y, 256, 14, &memory); }, [] { Preemph2(y, 22282, 256, &memory); });
+    peerRow(
+        "veksDeemphasize_AMRWB_NR_16s_I 256", "vo-amrwbenc Deemph2",
+        [] { veksDeemphasize_AMRWB_NR_16s_I(22282, z, 256, &memory); }, [] { Deemph2(z, 22282, 256, &memory); });
+    peerRow(
+        "veksDeemphasize_AMRWB_32s16s 64", "opencore-amrwb deemphasis_32",
+        [] { veksDeemphasize_AMRWB_32s16s(22282, wide, y, 64, &memory); },
+        [] { deemphasis_32(high, low, y, 22282, 64, &memory); });
+    peerRow(
+        "veksSynthesisFilter_AMRWB_16s32s_I 64", "opencore-amrwb Syn_filt_32",
+        [] { veksSynthesisFilter_AMRWB_16s32s_I(a, 16, x, wide + 16, 64); },
+        [] { Syn_filt_32(a, 16, x, 0, high + 16, low + 16, 64); });
+    peerRow(
+        "veksHighPassFilter_AMRWB_16s_ISfs 256", "vo-amrwbenc HP50_12k8",
+        [] { veksHighPassFilter_AMRWB_16s_ISfs(y, 256, filter, 14); }, [] { HP50_12k8(y, 256, past); });
+    peerRow(
+        "veksHighPassFilter_AMRWB_16s_Sfs 256", "vo-amrwbenc HP400_12k8",
+        [] { veksHighPassFilter_AMRWB_16s_Sfs(x, y, 256, filter, 12); }, [] { HP400_12k8(z, 256, past); });
+    peerRow(
+        "veksAdaptiveCodebookGainCoeff_AMRWB_16s 64", "vo-amrwbenc voAWB_G_pitch",
+        [] { veksAdaptiveCodebookGainCoeff_AMRWB_16s(x, x + 9, c, &gain, 64); },
+        [] { voAWB_G_pitch(x, x + 9, c, 64); });
+    peerRow(
+        "veksISPToISF_Norm_AMRWB_16s", "vo-amrwbenc Isp_isf", [] { veksISPToISF_Norm_AMRWB_16s(isp, theirs, 16); },
+        [] { Isp_isf(isp, theirs, 16); });
+    peerRow(
+        "veksISFToISP_AMRWB_16s", "vo-amrwbenc voAWB_Isf_isp", [] { veksISFToISP_AMRWB_16s(isf, theirs, 16); },
+        [] { voAWB_Isf_isp(isf, theirs, 16); });
+    peerRow(
+        "veksISPToLPC_AMRWB_16s", "vo-amrwbenc voAWB_Isp_Az", [] { veksISPToLPC_AMRWB_16s(isp, y, 16); },
+        [] { voAWB_Isp_Az(isp, y, 16, 0); });
+    peerRow(
+        "veksLPCToISP_AMRWB_16s", "vo-amrwbenc Az_isp", [] { veksLPCToISP_AMRWB_16s(a, theirs, isp); },
+        [] { Az_isp(a, theirs, isp); });
+    peerRow(
+        "veksISFQuant_AMRWB_16s 8.85", "vo-amrwbenc Qpisf_2s_46b",
+        [] { veksISFQuant_AMRWB_16s(isf, past, theirs, index, VEK_SPCHBR_8850); },
+        [] { Qpisf_2s_46b(isf, theirs, past, index, 4); });
+    peerRow(
+        "veksISFQuant_AMRWB_16s 6.6", "vo-amrwbenc Qpisf_2s_36b",
+        [] { veksISFQuant_AMRWB_16s(isf, past, theirs, index, VEK_SPCHBR_6600); },
+        [] { Qpisf_2s_36b(isf, theirs, past, index, 4); });
+    peerRow(
+        "veksISFQuantDecode_AMRWB_16s 8.85", "opencore-amrwb Dpisf_2s_46b",
+        [] { veksISFQuantDecode_AMRWB_16s(c, theirs, past, isf, frames, 1, VEK_SPCHBR_8850); },
+        [] { Dpisf_2s_46b(c, theirs, past, isf, frames, 1, 1); });
+    peerRow(
+        "veksISFQuantDTX_AMRWB_16s", "vo-amrwbenc voAWB_Qisf_ns", [] { veksISFQuantDTX_AMRWB_16s(isf, theirs, index); },
+        [] { voAWB_Qisf_ns(isf, theirs, index); });
+    peerRow(
+        "veksISFQuantDecodeDTX_AMRWB_16s", "opencore-amrwb Disf_ns",
+        [] { veksISFQuantDecodeDTX_AMRWB_16s(index, theirs); }, [] { Disf_ns(index, theirs); });
+    peerRow(
+        "veksDecDTXBuffer_AMRWB_16s", "opencore-amrwb dtx_dec_amr_wb_activity_update",
+        [] { veksDecDTXBuffer_AMRWB_16s(x, isf, &place, spectra, energies); },
+        [] { dtx_dec_amr_wb_activity_update(history, isf, x); });
+    peerRow(
+        "veksVAD_AMRWB_16s", "vo-amrwbenc wb_vad", [] { veksVAD_AMRWB_16s(x, activity, &tone, &flag); },
+        [] { wb_vad(record, x); });
+}
+#endif

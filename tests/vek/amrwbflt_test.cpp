@@ -1,0 +1,580 @@
+// Filters, conversions, ISF quantisers, DTX histories and voice activity of AMR-WB: against plain versions, and what
+// they refuse.
+#include "lp_reference.h"
+#include "veksc.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using lpref::atEveryLevel;
+using lpref::noise;
+using Samples = std::vector<int16_t>;
+
+int16_t clip(double v) {
+    return static_cast<int16_t>(std::clamp(v, -32768.0, 32767.0));
+}
+
+TEST(VekAmrWbResidual, IsTheRoundedSumOfAllOrdersAndScales) {
+    atEveryLevel([] {
+        std::mt19937 random(1);
+        for (const int order : {1, 8, 10, 16, 22, 28, 34, 40}) {
+            for (const int scale : {0, 10, 12, 15}) {
+                const Samples a = noise(random, order + 1, -900, 900);
+                const Samples x = noise(random, order + 96, -3000, 3000);
+                Samples y(96), low(96);
+                ASSERT_EQ(0, veksResidualFilter_AMRWB_16s_Sfs(a.data(), order, x.data() + order, y.data(), 96, scale));
+                ASSERT_EQ(0, veksResidualFilter_Low_16s_Sfs(a.data(), order, x.data() + order, low.data(), 96, scale));
+                for (int i = 0; i < 96; ++i) {
+                    double sum = 0;
+                    for (int j = 0; j <= order; ++j) {
+                        sum += a[static_cast<size_t>(j)] * x[static_cast<size_t>(order + i - j)];
+                    }
+                    EXPECT_EQ(clip(std::floor(std::ldexp(sum, -scale) + 0.5)), y[static_cast<size_t>(i)]);
+                    EXPECT_EQ(y[static_cast<size_t>(i)], low[static_cast<size_t>(i)]);
+                }
+            }
+        }
+    });
+}
+
+TEST(VekAmrWbResidual, SaturatesAtEachStepButWrapsInTheLowForm) {
+    Samples a(17, 32767), x(17, 32767);
+    int16_t y = 0;
+    ASSERT_EQ(0, veksResidualFilter_AMRWB_16s_Sfs(a.data(), 16, x.data() + 16, &y, 1, 12));
+    EXPECT_EQ(32767, y);
+    ASSERT_EQ(0, veksResidualFilter_Low_16s_Sfs(a.data(), 16, x.data() + 16, &y, 1, 12));
+    uint32_t sum = 2048;
+    for (int j = 0; j < 17; ++j) {
+        sum += 32767u * 32767u;
+    }
+    EXPECT_EQ(clip(static_cast<int32_t>(sum) >> 12), y);
+}
+
+TEST(VekAmrWbResidual, RefusesNullOrderLengthAndScale) {
+    Samples v(200);
+    for (const auto filter : {veksResidualFilter_AMRWB_16s_Sfs, veksResidualFilter_Low_16s_Sfs}) {
+        EXPECT_EQ(vekStsNullPtrErr, filter(nullptr, 16, v.data() + 40, v.data(), 64, 12));
+        EXPECT_EQ(vekStsNullPtrErr, filter(v.data(), 16, nullptr, v.data(), 64, 12));
+        EXPECT_EQ(vekStsNullPtrErr, filter(v.data(), 16, v.data() + 40, nullptr, 64, 12));
+        EXPECT_EQ(vekStsFilterOrderErr, filter(v.data(), 0, v.data() + 40, v.data(), 64, 12));
+        EXPECT_EQ(vekStsFilterOrderErr, filter(v.data(), 41, v.data() + 41, v.data(), 64, 12));
+        EXPECT_EQ(vekStsSizeErr, filter(v.data(), 16, v.data() + 40, v.data(), 0, 12));
+        EXPECT_EQ(vekStsScaleRangeErr, filter(v.data(), 16, v.data() + 40, v.data(), 64, -1));
+        EXPECT_EQ(vekStsScaleRangeErr, filter(v.data(), 16, v.data() + 40, v.data(), 64, 16));
+    }
+}
+
+TEST(VekAmrWbEmphasis, IsFirstOrderInEveryScaleAndSaturates) {
+    std::mt19937 random(2);
+    for (int scale = 0; scale <= 15; ++scale) {
+        Samples x = noise(random, 100, -32768, 32767), y = x;
+        int16_t memory = -77;
+        ASSERT_EQ(0, veksPreemphasize_AMRWB_16s_ISfs(22282, y.data(), 100, scale, &memory));
+        double before = -77;
+        for (size_t i = 0; i < 100; ++i) {
+            const double v = x[i] * 32768.0 - before * 22282;
+            EXPECT_EQ(clip(std::floor(std::ldexp(v, -scale) + (scale > 0 ? 0.5 : 0))), y[i]);
+            before = x[i];
+        }
+        EXPECT_EQ(x[99], memory);
+    }
+    for (int scale = 13; scale <= 15; ++scale) {
+        Samples x = noise(random, 100, -32768, 32767), y = x;
+        int16_t memory = 1234;
+        ASSERT_EQ(0, veksDeemphasize_AMRWBE_NR_16s_I(22282, scale, y.data(), 100, &memory));
+        double last = 1234;
+        for (size_t i = 0; i < 100; ++i) {
+            last = clip(std::floor((std::ldexp(x[i], scale) + last * 22282) / 32768 + 0.5));
+            EXPECT_EQ(last, y[i]);
+        }
+        EXPECT_EQ(last, memory);
+        if (scale == 14) {
+            Samples z = x;
+            memory = 1234;
+            ASSERT_EQ(0, veksDeemphasize_AMRWB_NR_16s_I(22282, z.data(), 100, &memory));
+            EXPECT_EQ(y, z);
+        }
+    }
+    std::vector<int32_t> wide(64);
+    for (int32_t& v : wide) {
+        v = std::uniform_int_distribution<int32_t>(-(1 << 29), 1 << 29)(random);
+    }
+    Samples y(64);
+    int16_t memory = 500;
+    ASSERT_EQ(0, veksDeemphasize_AMRWB_32s16s(22282, wide.data(), y.data(), 64, &memory));
+    double last = 500;
+    for (size_t i = 0; i < 64; ++i) {
+        const double in = std::clamp((wide[i] & ~15) * 8.0, -2147483648.0, 2147483647.0);
+        last = clip(std::floor((2 * in + last * 4 * 11141) / 65536 + 0.5));
+        EXPECT_EQ(last, y[i]);
+    }
+    EXPECT_EQ(last, memory);
+}
+
+TEST(VekAmrWbEmphasis, RefusesNullLengthAndScale) {
+    Samples v(64);
+    std::vector<int32_t> w(64);
+    int16_t m = 5;
+    EXPECT_EQ(vekStsNullPtrErr, veksPreemphasize_AMRWB_16s_ISfs(1, nullptr, 64, 14, &m));
+    EXPECT_EQ(vekStsNullPtrErr, veksPreemphasize_AMRWB_16s_ISfs(1, v.data(), 64, 14, nullptr));
+    EXPECT_EQ(vekStsSizeErr, veksPreemphasize_AMRWB_16s_ISfs(1, v.data(), 0, 14, &m));
+    EXPECT_EQ(vekStsScaleRangeErr, veksPreemphasize_AMRWB_16s_ISfs(1, v.data(), 64, 16, &m));
+    EXPECT_EQ(vekStsScaleRangeErr, veksPreemphasize_AMRWB_16s_ISfs(1, v.data(), 64, -1, &m));
+    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWB_32s16s(1, nullptr, v.data(), 64, &m));
+    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWB_32s16s(1, w.data(), nullptr, 64, &m));
+    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWB_32s16s(1, w.data(), v.data(), 64, nullptr));
+    EXPECT_EQ(vekStsSizeErr, veksDeemphasize_AMRWB_32s16s(1, w.data(), v.data(), -1, &m));
+    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWB_NR_16s_I(1, nullptr, 64, &m));
+    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWB_NR_16s_I(1, v.data(), 64, nullptr));
+    EXPECT_EQ(vekStsSizeErr, veksDeemphasize_AMRWB_NR_16s_I(1, v.data(), 65537, &m));
+    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 14, nullptr, 64, &m));
+    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 14, v.data(), 64, nullptr));
+    EXPECT_EQ(vekStsSizeErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 14, v.data(), 0, &m));
+    EXPECT_EQ(vekStsScaleRangeErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 12, v.data(), 64, &m));
+    EXPECT_EQ(vekStsScaleRangeErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 16, v.data(), 64, &m));
+    EXPECT_EQ(5, m);
+}
+
+TEST(VekAmrWbSynthesis, FollowsItsDifferenceEquationForEveryOrderAndLength) {
+    std::mt19937 random(3);
+    for (const int order : {1, 8, 10, 16, 24, 40}) {
+        for (const int len : {1, 64, 128, 129, 300}) {
+            Samples a = noise(random, order + 1, -4000 / order, 4000 / order);
+            a[0] = 4096;
+            const Samples x = noise(random, len, -4000, 4000);
+            std::vector<int32_t> y(static_cast<size_t>(order + len));
+            for (int i = 0; i < order; ++i) {
+                y[static_cast<size_t>(i)] = std::uniform_int_distribution<int>(-65536, 65536)(random);
+            }
+            std::vector<int32_t> extended = y;
+            ASSERT_EQ(0, veksSynthesisFilter_AMRWB_16s32s_I(a.data(), order, x.data(), y.data() + order, len));
+            ASSERT_EQ(0, veksSynthesisFilter_AMRWBE_16s32s_I(a.data(), order, x.data(), extended.data() + order, len));
+            EXPECT_EQ(y, extended);
+            for (int i = order; i < order + len; ++i) {
+                double sum = 4096.0 * x[static_cast<size_t>(i - order)];
+                for (int j = 1; j <= order; ++j) {
+                    sum -= a[static_cast<size_t>(j)] / 4096.0 * y[static_cast<size_t>(i - j)];
+                }
+                // What lies below the last of the 28 bits of inputs and output.
+                EXPECT_NEAR(sum, y[static_cast<size_t>(i)], 32);
+            }
+        }
+    }
+}
+
+TEST(VekAmrWbSynthesis, SaturatesAndKeepsTheLowBitsClear) {
+    Samples a(17), x(64, 32767);
+    a[0] = 4096;
+    a[1] = -4096;
+    std::vector<int32_t> y(80);
+    ASSERT_EQ(0, veksSynthesisFilter_AMRWB_16s32s_I(a.data(), 16, x.data(), y.data() + 16, 64));
+    EXPECT_EQ(32767 * 4096, y[16]);
+    EXPECT_EQ(std::numeric_limits<int32_t>::max() & ~15, y[79]);
+}
+
+TEST(VekAmrWbSynthesis, RefusesNullOrderAndLength) {
+    Samples v(80);
+    std::vector<int32_t> w(120);
+    for (const auto filter : {veksSynthesisFilter_AMRWB_16s32s_I, veksSynthesisFilter_AMRWBE_16s32s_I}) {
+        EXPECT_EQ(vekStsNullPtrErr, filter(nullptr, 16, v.data(), w.data() + 41, 64));
+        EXPECT_EQ(vekStsNullPtrErr, filter(v.data(), 16, nullptr, w.data() + 41, 64));
+        EXPECT_EQ(vekStsNullPtrErr, filter(v.data(), 16, v.data(), nullptr, 64));
+        EXPECT_EQ(vekStsFilterOrderErr, filter(v.data(), 0, v.data(), w.data() + 41, 64));
+        EXPECT_EQ(vekStsFilterOrderErr, filter(v.data(), 41, v.data(), w.data() + 41, 64));
+        EXPECT_EQ(vekStsSizeErr, filter(v.data(), 16, v.data(), w.data() + 41, 0));
+    }
+}
+
+TEST(VekAmrWbHighPass, PassesItsBandAndStopsWhatIsBelow) {
+    struct Case {
+        int scale;
+        double hertz, least, most;
+    };
+    const Case cases[] = {{14, 0, 0, 0.001},         {14, 10, 0, 0.1},         {14, 500, 0.97, 1.03},
+                          {14, 3000, 0.97, 1.03},    {12, 0, 0, 0.0005},       {12, 100, 0, 0.012},
+                          {12, 2000, 0.058, 0.067}, {12, 5000, 0.058, 0.0635}};
+    for (const Case& c : cases) {
+        std::vector<char> memory(33);
+        int size = 0;
+        ASSERT_EQ(0, veksHighPassFilterGetSize_AMRWB_16s(&size));
+        ASSERT_LE(size, 32);
+        ASSERT_EQ(0, veksHighPassFilterInit_AMRWB_16s(memory.data() + 1));
+        double power = 0;
+        for (int frame = 0; frame < 40; ++frame) {
+            Samples x(256), y(256);
+            for (size_t i = 0; i < 256; ++i) {
+                const double t = static_cast<double>(frame * 256) + static_cast<double>(i);
+                x[i] = static_cast<int16_t>(std::lround(8000 * std::cos(6.283185307 * c.hertz * t / 12800)));
+            }
+            ASSERT_EQ(0, veksHighPassFilter_AMRWB_16s_Sfs(x.data(), y.data(), 256, memory.data() + 1, c.scale));
+            for (const int16_t v : y) {
+                power += frame >= 20 ? v * v : 0;
+            }
+        }
+        const double gain = std::sqrt(power / (20 * 256)) / (8000 * (c.hertz > 0 ? std::sqrt(0.5) : 1));
+        EXPECT_GE(gain, c.least) << c.scale << " " << c.hertz;
+        EXPECT_LE(gain, c.most) << c.scale << " " << c.hertz;
+    }
+}
+
+TEST(VekAmrWbHighPass, InPlaceIsTheSameAndPartsMakeTheWhole) {
+    std::mt19937 random(4);
+    const Samples x = noise(random, 256, -32768, 32767);
+    for (const int scale : {12, 14}) {
+        char m1[32], m2[32];
+        ASSERT_EQ(0, veksHighPassFilterInit_AMRWB_16s(m1));
+        ASSERT_EQ(0, veksHighPassFilterInit_AMRWB_16s(m2));
+        Samples whole(256), parts = x;
+        ASSERT_EQ(0, veksHighPassFilter_AMRWB_16s_Sfs(x.data(), whole.data(), 256, m1, scale));
+        ASSERT_EQ(0, veksHighPassFilter_AMRWB_16s_ISfs(parts.data(), 1, m2, scale));
+        ASSERT_EQ(0, veksHighPassFilter_AMRWB_16s_ISfs(parts.data() + 1, 255, m2, scale));
+        EXPECT_EQ(whole, parts);
+    }
+}
+
+TEST(VekAmrWbHighPass, RefusesNullLengthScaleAndBounds) {
+    Samples v(66);
+    char m[32] = {};
+    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilterGetSize_AMRWB_16s(nullptr));
+    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilterInit_AMRWB_16s(nullptr));
+    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_AMRWB_16s_ISfs(nullptr, 64, m, 14));
+    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_AMRWB_16s_ISfs(v.data(), 64, nullptr, 14));
+    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_AMRWB_16s_Sfs(nullptr, v.data(), 64, m, 14));
+    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_AMRWB_16s_Sfs(v.data(), nullptr, 64, m, 14));
+    EXPECT_EQ(vekStsSizeErr, veksHighPassFilter_AMRWB_16s_Sfs(v.data(), v.data(), 0, m, 14));
+    EXPECT_EQ(vekStsScaleRangeErr, veksHighPassFilter_AMRWB_16s_Sfs(v.data(), v.data(), 64, m, 13));
+    EXPECT_EQ(vekStsScaleRangeErr, veksHighPassFilter_AMRWB_16s_ISfs(v.data(), 64, m, 15));
+    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_Direct_AMRWB_16s(nullptr, v.data(), v.data(), 64, 0));
+    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_Direct_AMRWB_16s(v.data(), nullptr, v.data(), 64, 0));
+    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_Direct_AMRWB_16s(v.data(), v.data(), nullptr, 64, 0));
+    EXPECT_EQ(vekStsSizeErr, veksHighPassFilter_Direct_AMRWB_16s(v.data(), v.data(), v.data(), 0, 0));
+    EXPECT_EQ(vekStsRangeErr, veksHighPassFilter_Direct_AMRWB_16s(v.data(), v.data(), v.data(), 64, 2));
+    EXPECT_EQ(vekStsRangeErr, veksHighPassFilter_Direct_AMRWB_16s(v.data(), v.data(), v.data(), 64, -1));
+}
+
+TEST(VekAmrWbDirect, WeighsNeighboursAndHeedsTheBounds) {
+    std::mt19937 random(5);
+    for (const int16_t side : {5898, -2000, -30000}) {
+        for (const int16_t middle : {20972, 2048, 32767}) {
+            for (const int len : {1, 2, 3, 64}) {
+                const Samples x = noise(random, len + 2, -9000, 9000);
+                const int16_t c[2] = {side, middle};
+                for (const int bounds : {0, 1}) {
+                    Samples y(static_cast<size_t>(len));
+                    ASSERT_EQ(0, veksHighPassFilter_Direct_AMRWB_16s(c, x.data() + 1, y.data(), len, bounds));
+                    for (int i = 0; i < len; ++i) {
+                        const double before = i > 0 || bounds == 1 ? x[static_cast<size_t>(i)] : 0;
+                        const double after = i < len - 1 || bounds == 1 ? x[static_cast<size_t>(i + 2)] : 0;
+                        const double sum = side * (before + after) + middle * x[static_cast<size_t>(i + 1)];
+                        EXPECT_EQ(clip(std::floor(sum / 32768 + 0.5)), y[static_cast<size_t>(i)]);
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(VekAmrWbAdaptiveGain, IsTheQuotientUpToItsLimit) {
+    atEveryLevel([] {
+        std::mt19937 random(6);
+        for (const int len : {32, 64, 96, 128}) {
+            const Samples y = noise(random, len, -3000, 3000);
+            for (const double share : {-0.5, 0.0, 0.3, 0.9, 1.19, 1.5}) {
+                Samples x(y.size());
+                for (size_t i = 0; i < x.size(); ++i) {
+                    x[i] = clip(std::lround(share * y[i]));
+                }
+                int16_t c[4] = {}, gain = -1;
+                ASSERT_EQ(0, veksAdaptiveCodebookGainCoeff_AMRWB_16s(x.data(), y.data(), c, &gain, len));
+                EXPECT_NEAR(std::clamp(share, 0.0, 1.2) * 16384, gain, 4);
+                double energy = 1;
+                for (const int16_t v : y) {
+                    energy += 2.0 * v * v;
+                }
+                energy = std::min(energy, 2147483647.0);
+                EXPECT_NEAR(energy, std::ldexp(c[0], c[1] - 14) + 0.0, energy / 8192);
+            }
+        }
+        // Sums that do not fit stay at the largest.
+        const Samples loud(64, 32767);
+        int16_t c[4] = {}, gain = -1;
+        ASSERT_EQ(0, veksAdaptiveCodebookGainCoeff_AMRWB_16s(loud.data(), loud.data(), c, &gain, 64));
+        EXPECT_EQ(32767, c[0]);
+        EXPECT_EQ(30, c[1]);
+        EXPECT_EQ(32767, c[2]);
+    });
+}
+
+TEST(VekAmrWbAdaptiveGain, RefusesNullAndLength) {
+    Samples v(64);
+    int16_t c[4], gain = 0;
+    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookGainCoeff_AMRWB_16s(nullptr, v.data(), c, &gain, 64));
+    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookGainCoeff_AMRWB_16s(v.data(), nullptr, c, &gain, 64));
+    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookGainCoeff_AMRWB_16s(v.data(), v.data(), nullptr, &gain, 64));
+    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookGainCoeff_AMRWB_16s(v.data(), v.data(), c, nullptr, 64));
+    EXPECT_EQ(vekStsSizeErr, veksAdaptiveCodebookGainCoeff_AMRWB_16s(v.data(), v.data(), c, &gain, 0));
+}
+
+Samples evenPairs(int order) {
+    Samples isp;
+    for (int i = 1; i < order; ++i) {
+        isp.push_back(static_cast<int16_t>(std::lround(32767 * std::cos(3.14159265358979 * i / order))));
+    }
+    isp.push_back(3000);
+    return isp;
+}
+
+TEST(VekAmrWbSpectra, GoThereAndBack) {
+    for (const int order : {16, 20}) {
+        const Samples isp = evenPairs(order);
+        Samples isf(isp.size()), back(isp.size());
+        ASSERT_EQ(0, veksISPToISF_Norm_AMRWB_16s(isp.data(), isf.data(), order));
+        ASSERT_EQ(0, veksISFToISP_AMRWB_16s(isf.data(), back.data(), order));
+        for (size_t i = 0; i < isp.size(); ++i) {
+            EXPECT_NEAR(isp[i], back[i], i + 1 == isp.size() ? 12 : 6);
+        }
+        for (int i = 0; i < order - 1; ++i) {
+            EXPECT_NEAR(16384.0 * (i + 1) / order, isf[static_cast<size_t>(i)], 3);
+        }
+    }
+    const Samples isp = evenPairs(16);
+    Samples a(17), again(16);
+    ASSERT_EQ(0, veksISPToLPC_AMRWB_16s(isp.data(), a.data(), 16));
+    EXPECT_EQ(4096, a[0]);
+    EXPECT_EQ(375, a[16]);
+    ASSERT_EQ(0, veksLPCToISP_AMRWB_16s(a.data(), again.data(), isp.data()));
+    for (size_t i = 0; i < 16; ++i) {
+        EXPECT_NEAR(isp[i], again[i], 40);
+    }
+}
+
+TEST(VekAmrWbSpectra, FrequenciesBeyondTheBandCountAsItsEnds) {
+    Samples isf(16, 20000), isp(16);
+    isf[0] = -5;
+    ASSERT_EQ(0, veksISFToISP_AMRWB_16s(isf.data(), isp.data(), 16));
+    EXPECT_EQ(32767, isp[0]);
+    EXPECT_EQ(-32768, isp[1]);
+    EXPECT_EQ(-32768, isp[15]);
+}
+
+TEST(VekAmrWbSpectra, CoefficientsThatDoNotFitAreHalvedTogether) {
+    Samples isp(16), a(17);
+    for (int i = 0; i < 16; ++i) {
+        isp[static_cast<size_t>(i)] = static_cast<int16_t>(32700 - 900 * i);
+    }
+    ASSERT_EQ(0, veksISPToLPC_AMRWB_16s(isp.data(), a.data(), 16));
+    EXPECT_LT(a[0], 4096);
+    EXPECT_GT(a[0], 0);
+    EXPECT_LT(a[1], -8 * a[0]);
+}
+
+TEST(VekAmrWbSpectra, AFilterWithoutAllRootsGivesTheLastPairs) {
+    Samples a(17), isp(16), last = evenPairs(16);
+    a[0] = 4096;
+    a[1] = 20000;
+    a[16] = 16000;
+    EXPECT_EQ(vekStsUnstableFilter, veksLPCToISP_AMRWB_16s(a.data(), isp.data(), last.data()));
+    EXPECT_EQ(last, isp);
+}
+
+TEST(VekAmrWbSpectra, RefuseNullAndOrders) {
+    Samples v(21), w(21);
+    for (const auto convert : {veksISPToISF_Norm_AMRWB_16s, veksISFToISP_AMRWB_16s, veksISPToLPC_AMRWB_16s}) {
+        EXPECT_EQ(vekStsNullPtrErr, convert(nullptr, w.data(), 16));
+        EXPECT_EQ(vekStsNullPtrErr, convert(v.data(), nullptr, 16));
+        for (const int len : {-16, 0, 2, 15, 22}) {
+            EXPECT_EQ(vekStsSizeErr, convert(v.data(), w.data(), len));
+        }
+    }
+    EXPECT_EQ(vekStsNullPtrErr, veksLPCToISP_AMRWB_16s(nullptr, v.data(), w.data()));
+    EXPECT_EQ(vekStsNullPtrErr, veksLPCToISP_AMRWB_16s(v.data(), nullptr, w.data()));
+    EXPECT_EQ(vekStsNullPtrErr, veksLPCToISP_AMRWB_16s(v.data(), w.data(), nullptr));
+}
+
+TEST(VekAmrWbIsfQuant, DecodesToWhatItQuantisedAlsoFarFromAllRows) {
+    atEveryLevel([] {
+        std::mt19937 random(7);
+        for (const VekSpchBitRate mode : {VEK_SPCHBR_6600, VEK_SPCHBR_8850, VEK_SPCHBR_23850}) {
+            for (const int16_t range : {2000, 32767}) {
+                Samples r1(16), r2(16), memory(48);
+                for (int frame = 0; frame < 20; ++frame) {
+                    const Samples isf = noise(random, 16, -range, range);
+                    Samples q1(16), q2(16), index(7);
+                    ASSERT_EQ(0, veksISFQuant_AMRWB_16s(isf.data(), r1.data(), q1.data(), index.data(), mode));
+                    ASSERT_EQ(0, veksISFQuantDecode_AMRWB_16s(index.data(), q2.data(), r2.data(), q1.data(),
+                                                              memory.data(), 0, mode));
+                    ASSERT_EQ(q1, q2);
+                    ASSERT_EQ(r1, r2);
+                }
+            }
+        }
+    });
+}
+
+TEST(VekAmrWbIsfQuant, LevelsAgree) {
+    std::mt19937 random(8);
+    std::vector<Samples> inputs, expected;
+    for (int i = 0; i < 200; ++i) {
+        inputs.push_back(noise(random, 16, 0, 16383));
+        std::sort(inputs.back().begin(), inputs.back().end());
+    }
+    atEveryLevel([&] {
+        for (size_t i = 0; i < inputs.size(); ++i) {
+            Samples r(16), q(16), index(12);
+            ASSERT_EQ(0, veksISFQuant_AMRWB_16s(inputs[i].data(), r.data(), q.data(), index.data(), VEK_SPCHBR_8850));
+            ASSERT_EQ(0, veksISFQuantDTX_AMRWB_16s(inputs[i].data(), q.data(), index.data() + 7));
+            if (expected.size() == i) {
+                expected.push_back(index);
+            }
+            ASSERT_EQ(expected[i], index);
+        }
+    });
+}
+
+TEST(VekAmrWbIsfQuant, RefusesNullRatesAndIndicesBeyondTheBooks) {
+    Samples v(48), r(16), q(16, 9), index(7);
+    EXPECT_EQ(vekStsNullPtrErr, veksISFQuant_AMRWB_16s(nullptr, r.data(), q.data(), index.data(), VEK_SPCHBR_8850));
+    EXPECT_EQ(vekStsNullPtrErr, veksISFQuant_AMRWB_16s(v.data(), nullptr, q.data(), index.data(), VEK_SPCHBR_8850));
+    EXPECT_EQ(vekStsNullPtrErr, veksISFQuant_AMRWB_16s(v.data(), r.data(), nullptr, index.data(), VEK_SPCHBR_8850));
+    EXPECT_EQ(vekStsNullPtrErr, veksISFQuant_AMRWB_16s(v.data(), r.data(), q.data(), nullptr, VEK_SPCHBR_8850));
+    for (const VekSpchBitRate mode : {VEK_SPCHBR_4750, VEK_SPCHBR_DTX}) {
+        EXPECT_EQ(vekStsBitRateErr, veksISFQuant_AMRWB_16s(v.data(), r.data(), q.data(), index.data(), mode));
+        EXPECT_EQ(vekStsBitRateErr,
+                  veksISFQuantDecode_AMRWB_16s(index.data(), q.data(), r.data(), v.data(), v.data(), 0, mode));
+    }
+    const auto decode = [&](const int16_t* i, int16_t* out, int16_t* rest, const int16_t* old, int16_t* memory, int bfi,
+                            VekSpchBitRate mode = VEK_SPCHBR_8850) {
+        return veksISFQuantDecode_AMRWB_16s(i, out, rest, old, memory, bfi, mode);
+    };
+    EXPECT_EQ(vekStsNullPtrErr, decode(nullptr, q.data(), r.data(), v.data(), v.data(), 0));
+    EXPECT_EQ(vekStsNullPtrErr, decode(index.data(), nullptr, r.data(), v.data(), v.data(), 0));
+    EXPECT_EQ(vekStsNullPtrErr, decode(index.data(), q.data(), nullptr, v.data(), v.data(), 0));
+    EXPECT_EQ(vekStsNullPtrErr, decode(index.data(), q.data(), r.data(), nullptr, v.data(), 0));
+    EXPECT_EQ(vekStsNullPtrErr, decode(index.data(), q.data(), r.data(), v.data(), nullptr, 0));
+    EXPECT_EQ(vekStsRangeErr, decode(index.data(), q.data(), r.data(), v.data(), v.data(), 2));
+    const int rows[2][7] = {{256, 256, 64, 128, 128, 32, 32}, {256, 256, 128, 128, 64, 1, 1}};
+    for (const bool lowest : {false, true}) {
+        for (size_t i = 0; i < (lowest ? 5u : 7u); ++i) {
+            for (const int wrong : {-1, rows[lowest ? 1 : 0][i]}) {
+                Samples bad(7);
+                bad[i] = static_cast<int16_t>(wrong);
+                EXPECT_EQ(vekStsOutOfRangeErr, decode(bad.data(), q.data(), r.data(), v.data(), v.data(), 0,
+                                                      lowest ? VEK_SPCHBR_6600 : VEK_SPCHBR_8850));
+            }
+        }
+    }
+    EXPECT_EQ(Samples(16, 9), q);
+    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDTX_AMRWB_16s(nullptr, q.data(), index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDTX_AMRWB_16s(v.data(), nullptr, index.data()));
+    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDTX_AMRWB_16s(v.data(), q.data(), nullptr));
+    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDecodeDTX_AMRWB_16s(nullptr, q.data()));
+    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDecodeDTX_AMRWB_16s(index.data(), nullptr));
+    for (size_t i = 0; i < 5; ++i) {
+        Samples bad(5);
+        bad[i] = i < 3 ? 64 : 32;
+        EXPECT_EQ(vekStsOutOfRangeErr, veksISFQuantDecodeDTX_AMRWB_16s(bad.data(), q.data()));
+    }
+}
+
+TEST(VekAmrWbHistory, GoesRoundEightPlacesAndLowersTheEnergyByTheRate) {
+    Samples spectra(128), energies(8), isp(16, 7);
+    const Samples x(256, 64);
+    int16_t place = 7;
+    ASSERT_EQ(0, veksDecDTXBuffer_AMRWB_16s(x.data(), isp.data(), &place, spectra.data(), energies.data()));
+    EXPECT_EQ(0, place);
+    EXPECT_EQ(12 * 128, energies[0]);
+    EXPECT_EQ(7, spectra[15]);
+    EXPECT_EQ(0, spectra[16]);
+    ASSERT_EQ(
+        0, veksEncDTXBuffer_AMRWB_16s(x.data(), isp.data(), &place, spectra.data(), energies.data(), VEK_SPCHBR_6600));
+    EXPECT_EQ(1, place);
+    EXPECT_EQ(12 * 128 - 230, energies[1]);
+    ASSERT_EQ(
+        0, veksEncDTXBuffer_AMRWB_16s(x.data(), isp.data(), &place, spectra.data(), energies.data(), VEK_SPCHBR_DTX));
+    EXPECT_EQ(12 * 128 - 115, energies[2]);
+    const Samples loud(256, -32768);
+    ASSERT_EQ(0, veksDecDTXBuffer_AMRWB_16s(loud.data(), isp.data(), &place, spectra.data(), energies.data()));
+    EXPECT_NEAR(22 * 128, energies[3], 1);
+}
+
+TEST(VekAmrWbHistory, RefusesNullPlacesAndRates) {
+    Samples x(256), isp(16), spectra(128), energies(8);
+    int16_t place = 7;
+    const auto both = [&](const int16_t* s, const int16_t* p, int16_t* i, int16_t* b, int16_t* e) {
+        const VekStatus one = veksDecDTXBuffer_AMRWB_16s(s, p, i, b, e);
+        const VekStatus other = veksEncDTXBuffer_AMRWB_16s(s, p, i, b, e, VEK_SPCHBR_6600);
+        return one == other ? one : 99;
+    };
+    EXPECT_EQ(vekStsNullPtrErr, both(nullptr, isp.data(), &place, spectra.data(), energies.data()));
+    EXPECT_EQ(vekStsNullPtrErr, both(x.data(), nullptr, &place, spectra.data(), energies.data()));
+    EXPECT_EQ(vekStsNullPtrErr, both(x.data(), isp.data(), nullptr, spectra.data(), energies.data()));
+    EXPECT_EQ(vekStsNullPtrErr, both(x.data(), isp.data(), &place, nullptr, energies.data()));
+    EXPECT_EQ(vekStsNullPtrErr, both(x.data(), isp.data(), &place, spectra.data(), nullptr));
+    for (const int16_t wrong : {-1, 8}) {
+        place = wrong;
+        EXPECT_EQ(vekStsRangeErr, both(x.data(), isp.data(), &place, spectra.data(), energies.data()));
+        EXPECT_EQ(wrong, place);
+    }
+    place = 0;
+    EXPECT_EQ(vekStsBitRateErr, veksEncDTXBuffer_AMRWB_16s(x.data(), isp.data(), &place, spectra.data(),
+                                                           energies.data(), VEK_SPCHBR_12200));
+}
+
+TEST(VekAmrWbVad, TellsLoudFromNoiseAndHangsOver) {
+    std::mt19937 random(9);
+    std::vector<char> state(401);
+    char* const s = state.data() + 1;
+    ASSERT_EQ(0, veksVADInit_AMRWB_16s(s));
+    int16_t flag = 9, tone = 0;
+    for (int f = 0; f < 60; ++f) {
+        const Samples quiet = noise(random, 256, -20, 20);
+        ASSERT_EQ(0, veksVAD_AMRWB_16s(quiet.data(), s, &tone, &flag));
+    }
+    EXPECT_EQ(0, flag);
+    for (int f = 0; f < 12; ++f) {
+        const Samples loud = noise(random, 256, -8000, 8000);
+        ASSERT_EQ(0, veksVAD_AMRWB_16s(loud.data(), s, &tone, &flag));
+        EXPECT_EQ(1, flag);
+    }
+    int hang = 0;
+    for (int f = 0; f < 40 && flag != 0; ++f) {
+        const Samples quiet = noise(random, 256, -20, 20);
+        ASSERT_EQ(0, veksVAD_AMRWB_16s(quiet.data(), s, &tone, &flag));
+        hang += flag;
+    }
+    EXPECT_GE(hang, 2);
+    EXPECT_LE(hang, 14);
+}
+
+TEST(VekAmrWbVad, QuietFramesClearTheNewestFlagsOfTones) {
+    std::vector<char> state(400);
+    ASSERT_EQ(0, veksVADInit_AMRWB_16s(state.data()));
+    const Samples x(256);
+    int16_t flag = 9, tone = 0x7fff;
+    ASSERT_EQ(0, veksVAD_AMRWB_16s(x.data(), state.data(), &tone, &flag));
+    EXPECT_EQ(0x1fff, tone);
+    EXPECT_EQ(0, flag);
+}
+
+TEST(VekAmrWbVad, RefusesNullAndAStateThatIsNotSetUp) {
+    const Samples x(256);
+    std::vector<char> state(400);
+    int16_t flag = 9, tone = 0;
+    int size = 0;
+    EXPECT_EQ(vekStsNullPtrErr, veksVADGetSize_AMRWB_16s(nullptr));
+    EXPECT_EQ(vekStsNullPtrErr, veksVADInit_AMRWB_16s(nullptr));
+    EXPECT_EQ(vekStsStateErr, veksVAD_AMRWB_16s(x.data(), state.data(), &tone, &flag));
+    ASSERT_EQ(0, veksVADGetSize_AMRWB_16s(&size));
+    ASSERT_LE(size, 400);
+    ASSERT_EQ(0, veksVADInit_AMRWB_16s(state.data()));
+    EXPECT_EQ(vekStsNullPtrErr, veksVAD_AMRWB_16s(nullptr, state.data(), &tone, &flag));
+    EXPECT_EQ(vekStsNullPtrErr, veksVAD_AMRWB_16s(x.data(), nullptr, &tone, &flag));
+    EXPECT_EQ(vekStsNullPtrErr, veksVAD_AMRWB_16s(x.data(), state.data(), nullptr, &flag));
+    EXPECT_EQ(vekStsNullPtrErr, veksVAD_AMRWB_16s(x.data(), state.data(), &tone, nullptr));
+    EXPECT_EQ(9, flag);
+}
+
+} // namespace

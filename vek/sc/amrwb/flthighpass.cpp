@@ -1,0 +1,136 @@
+// The two recursive high-pass filters of AMR-WB, of 50 and 400 Hz, and the symmetric filter of three taps.
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "veksc_amrwbflt.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::fix;
+
+struct Section {
+    int b0, b1;   // symmetric numerator b0, b1, b0
+    int a1, a2;   // feedback, sign turned
+    int shift;    // from the doubled sum to a sample in the upper half
+    int outShift; // amplification of the output alone
+};
+
+constexpr Section k50 = {4053, -8106, 16211, -8021, 2, 1};
+constexpr Section k400 = {915, -1830, 29280, -14160, 1, 0};
+
+// All zeros is the state of rest. The outputs are halved 32-bit samples.
+struct Memory {
+    Vek32s y1, y2;
+    Vek16s x1, x2;
+};
+
+// The loop waits for the last output only: the rest of a sample's sum is made ahead.
+template <Section F>
+void run(Memory& m, const Vek16s* src, Vek16s* dst, int n) {
+    int64_t y1 = m.y1;
+    int64_t older = static_cast<int64_t>(m.y2) * F.a2;
+    int x1 = m.x1;
+    int x2 = m.x2;
+    for (int i = 0; i < n; ++i) {
+        const int x0 = src[i];
+        const int64_t known = (static_cast<int64_t>(F.b0 * (x0 + x2) + F.b1 * x1) << 15) + older + 0x2000;
+        x2 = x1;
+        x1 = x0;
+        older = y1 * F.a2;
+        m.y2 = static_cast<Vek32s>(y1);
+        int64_t v = ((y1 * F.a1 + known) >> 14) * (1 << F.shift);
+        if (v != static_cast<int32_t>(v)) [[unlikely]] {
+            v = v < 0 ? kMin32 : kMax32;
+        }
+        y1 = v >> 1;
+        dst[i] = sat16_64((v * (1 << F.outShift) + 0x8000) >> 16);
+    }
+    m.y1 = static_cast<Vek32s>(y1);
+    m.x1 = static_cast<Vek16s>(x1);
+    m.x2 = static_cast<Vek16s>(x2);
+}
+
+} // namespace
+
+VekStatus veksHighPassFilterGetSize_AMRWB_16s(int* pSize) {
+    if (!pSize) {
+        return vekStsNullPtrErr;
+    }
+    *pSize = static_cast<int>(sizeof(Memory));
+    return vekStsNoErr;
+}
+
+VekStatus veksHighPassFilterInit_AMRWB_16s(char* pMem) {
+    if (!pMem) {
+        return vekStsNullPtrErr;
+    }
+    std::memset(pMem, 0, sizeof(Memory));
+    return vekStsNoErr;
+}
+
+VekStatus veksHighPassFilter_AMRWB_16s_ISfs(Vek16s* pSrcDst, int len, char* pMemUpdated, int scaleFactor) {
+    return veksHighPassFilter_AMRWB_16s_Sfs(pSrcDst, pSrcDst, len, pMemUpdated, scaleFactor);
+}
+
+VekStatus veksHighPassFilter_AMRWB_16s_Sfs(const Vek16s* pSrc, Vek16s* pDst, int len, char* pMemUpdated,
+                                           int scaleFactor) {
+    if (anyNull(pSrc, pDst) || pMemUpdated == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (scaleFactor != 12 && scaleFactor != 14) {
+        return vekStsScaleRangeErr;
+    }
+    // The caller's buffer has no alignment.
+    Memory m;
+    std::memcpy(&m, pMemUpdated, sizeof m);
+    if (scaleFactor == 14) {
+        run<k50>(m, pSrc, pDst, len);
+    } else {
+        run<k400>(m, pSrc, pDst, len);
+    }
+    std::memcpy(pMemUpdated, &m, sizeof m);
+    return vekStsNoErr;
+}
+
+VekStatus veksHighPassFilter_Direct_AMRWB_16s(const Vek16s* pCoeff, const Vek16s* pSrc, Vek16s* pDst, int len,
+                                              int bounds) {
+    if (anyNull(pCoeff, pSrc, pDst)) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    if (bounds != 0 && bounds != 1) {
+        return vekStsRangeErr;
+    }
+    const Vek16s side = pCoeff[0];
+    const Vek16s middle = pCoeff[1];
+    const auto stepwise = [&](Vek16s before, Vek16s x, Vek16s after) {
+        return round_s(L_mac(L_mac(L_mult(side, before), middle, x), side, after));
+    };
+    const Vek16s before = bounds == 1 ? pSrc[-1] : Vek16s{0};
+    const Vek16s after = bounds == 1 ? pSrc[len] : Vek16s{0};
+    if (len == 1) {
+        pDst[0] = stepwise(before, pSrc[0], after);
+        return vekStsNoErr;
+    }
+    pDst[0] = stepwise(before, pSrc[0], pSrc[1]);
+    // Coefficients whose magnitudes sum up to less than 1 saturate nowhere.
+    const bool tame = 2 * L_abs(side) + L_abs(middle) < 32768;
+    if (tame) {
+        for (int i = 1; i < len - 1; ++i) {
+            pDst[i] = static_cast<Vek16s>((side * (pSrc[i - 1] + pSrc[i + 1]) + middle * pSrc[i] + 0x4000) >> 15);
+        }
+    } else {
+        for (int i = 1; i < len - 1; ++i) {
+            pDst[i] = stepwise(pSrc[i - 1], pSrc[i], pSrc[i + 1]);
+        }
+    }
+    pDst[len - 1] = stepwise(pSrc[len - 2], pSrc[len - 1], after);
+    return vekStsNoErr;
+}

@@ -1,0 +1,301 @@
+// Quantiser of the immittance spectral frequencies of AMR-WB: prediction, a first stage in two parts of which four
+// survivors go on, and a second stage in three or five parts; that of comfort noise in five parts; and their decoders.
+#include <cstring>
+
+#include "sc/amrwb/isfbooks.h"
+#include "sc/amrwb/rates.h"
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/kernels/filter.h"
+#include "sc/kernels/isfvq.h"
+#include "veksc_amrwbflt.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::fix;
+using namespace vek::amrwb;
+
+constexpr int kSurvivors = 4;
+constexpr int kMostRows = 256;
+constexpr int kLowColumns = 9;
+constexpr Vek16s kPrediction = 10923; // 1/3
+constexpr Vek16s kIsfGap = 128;       // 50 Hz
+
+// Targets up to here are so near to all books that no square nor sum of them saturates.
+constexpr int kNear = 7000;
+
+// A part of the second stage: the book and the column it begins at.
+struct Part {
+    const IsfBook* book;
+    int first;
+};
+struct Parts {
+    const Part* list;
+    int count;
+};
+
+constexpr Part kLowParts46[] = {{&kIsfLow46a, 0}, {&kIsfLow46b, 3}, {&kIsfLow46c, 6}};
+constexpr Part kHighParts46[] = {{&kIsfHigh46a, 0}, {&kIsfHigh46b, 3}};
+constexpr Part kLowParts36[] = {{&kIsfLow36a, 0}, {&kIsfLow36b, 5}};
+constexpr Part kHighParts36[] = {{&kIsfHigh36, 0}};
+constexpr Part kNoiseParts[] = {
+    {&kIsfNoise1, 0}, {&kIsfNoise2, 2}, {&kIsfNoise3, 5}, {&kIsfNoise4, 8}, {&kIsfNoise5, 12}};
+
+constexpr Parts lowParts(bool lowest) {
+    return lowest ? Parts{kLowParts36, 2} : Parts{kLowParts46, 3};
+}
+constexpr Parts highParts(bool lowest) {
+    return lowest ? Parts{kHighParts36, 1} : Parts{kHighParts46, 2};
+}
+
+// The distance as the reference sums it up, saturated at each step.
+int32_t distanceStepwise(const IsfBook& book, int row, const Vek16s* target) {
+    int32_t sum = 0;
+    for (int j = 0; j < book.columns; ++j) {
+        const Vek16s d = sub(target[j], element(book, row, j));
+        sum = L_mac(sum, d, d);
+    }
+    return sum;
+}
+
+// Distances, halved where the target is near.
+void distancesTo(const IsfBook& book, const Vek16s* target, bool near, int32_t* out) {
+    if (near) {
+        Vek16s padded[2 * kMostIsfPairs] = {};
+        std::memcpy(padded, target, static_cast<size_t>(book.columns) * sizeof(Vek16s));
+        isfVqKernels().distances(book.pairs, book.rows, (book.columns + 1) / 2, padded, out);
+        return;
+    }
+    for (int row = 0; row < book.rows; ++row) {
+        out[row] = distanceStepwise(book, row, target);
+    }
+}
+
+int nearestTo(const IsfBook& book, const Vek16s* target, bool near, int32_t* least) {
+    if (near) {
+        Vek16s padded[2 * kMostIsfPairs] = {};
+        std::memcpy(padded, target, static_cast<size_t>(book.columns) * sizeof(Vek16s));
+        return isfVqKernels().nearest(book.pairs, book.rows, (book.columns + 1) / 2, padded, least);
+    }
+    *least = kMax32;
+    int place = 0;
+    for (int row = 0; row < book.rows; ++row) {
+        const int32_t d = distanceStepwise(book, row, target);
+        if (d < *least) {
+            *least = d;
+            place = row;
+        }
+    }
+    return place;
+}
+
+// The four nearest rows, nearest first; of equal ones the first.
+void survivors(const IsfBook& book, const Vek16s* target, bool near, int (&rows)[kSurvivors]) {
+    alignas(32) int32_t distances[kMostRows];
+    int32_t least[kSurvivors];
+    distancesTo(book, target, near, distances);
+    for (int k = 0; k < kSurvivors; ++k) {
+        rows[k] = k;
+        least[k] = kMax32;
+    }
+    for (int row = 0; row < book.rows; ++row) {
+        const int32_t d = distances[row];
+        if (d >= least[kSurvivors - 1]) {
+            continue;
+        }
+        int k = kSurvivors - 1;
+        for (; k > 0 && d < least[k - 1]; --k) {
+            least[k] = least[k - 1];
+            rows[k] = rows[k - 1];
+        }
+        least[k] = d;
+        rows[k] = row;
+    }
+}
+
+// One half of the frequencies: the row of the first stage and those of the second that fit best together.
+void quantiseHalf(const IsfBook& book, Parts parts, const Vek16s* target, Vek16s* firstIndex, Vek16s* partIndex) {
+    const bool near = filterKernels().maxAbs16(target, book.columns) <= kNear;
+    int rows[kSurvivors];
+    survivors(book, target, near, rows);
+    int32_t least = kMax32;
+    for (const int row : rows) {
+        Vek16s rest[kLowColumns];
+        for (int j = 0; j < book.columns; ++j) {
+            rest[j] = sub(target[j], element(book, row, j));
+        }
+        int found[3] = {};
+        int32_t sum = 0;
+        for (int p = 0; p < parts.count; ++p) {
+            int32_t d = 0;
+            found[p] = nearestTo(*parts.list[p].book, rest + parts.list[p].first, near, &d);
+            sum = L_add(sum, d);
+        }
+        if (sum < least || row == rows[0]) {
+            least = sum;
+            *firstIndex = static_cast<Vek16s>(row);
+            for (int p = 0; p < parts.count; ++p) {
+                partIndex[p] = static_cast<Vek16s>(found[p]);
+            }
+        }
+    }
+}
+
+// Frames of silence have a quantiser of their own.
+bool isSpeechRate(VekSpchBitRate mode) {
+    return mode != VEK_SPCHBR_DTX && rateOf(mode) != Rate::None;
+}
+
+bool inside(const IsfBook& book, Vek16s row) {
+    return row >= 0 && row < book.rows;
+}
+
+bool inside(Parts parts, const Vek16s* rows) {
+    for (int p = 0; p < parts.count; ++p) {
+        if (!inside(*parts.list[p].book, rows[p])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void addRows(Parts parts, const Vek16s* rows, Vek16s* isf) {
+    for (int p = 0; p < parts.count; ++p) {
+        const Part& part = parts.list[p];
+        for (int j = 0; j < part.book->columns; ++j) {
+            isf[part.first + j] = add(isf[part.first + j], element(*part.book, rows[p], j));
+        }
+    }
+}
+
+// Keeps a distance between the frequencies; the last is of another kind.
+void keepApart(Vek16s* isf) {
+    Vek16s lowest = kIsfGap;
+    for (int i = 0; i < kIsfOrder - 1; ++i) {
+        isf[i] = isf[i] < lowest ? lowest : isf[i];
+        lowest = add(isf[i], kIsfGap);
+    }
+}
+
+// Frequencies of a frame's indices before they are kept apart; the residual becomes this frame's.
+void decode(const Vek16s* index, bool lowest, Vek16s* residual, Vek16s* isf) {
+    Vek16s rest[kIsfOrder];
+    for (int i = 0; i < kIsfOrder; ++i) {
+        rest[i] = i < kLowColumns ? element(kIsfLow, index[0], i) : element(kIsfHigh, index[1], i - kLowColumns);
+    }
+    addRows(lowParts(lowest), index + 2, rest);
+    addRows(highParts(lowest), index + 2 + lowParts(lowest).count, rest + kLowColumns);
+    for (int i = 0; i < kIsfOrder; ++i) {
+        isf[i] = add(add(rest[i], kIsfMean[i]), mult(kPrediction, residual[i]));
+    }
+    std::memcpy(residual, rest, sizeof rest);
+}
+
+// A bad frame's: nine tenths of the last ones and one of the mean; the residual is what would have led there.
+void conceal(const Vek16s* previous, const Vek16s* memory, Vek16s* residual, Vek16s* isf) {
+    constexpr Vek16s kKept = 29491; // 0.9
+    constexpr Vek16s kDrawn = 32767 - kKept + 1;
+    for (int i = 0; i < kIsfOrder; ++i) {
+        int32_t sum = kIsfMean[i];
+        for (int j = 0; j < 3; ++j) {
+            sum += memory[j * kIsfOrder + i];
+        }
+        const Vek16s mean = sat16((sum + 2) >> 2);
+        isf[i] = add(mult(kKept, previous[i]), mult(kDrawn, mean));
+        const Vek16s predicted = add(mean, mult(residual[i], kPrediction));
+        residual[i] = static_cast<Vek16s>(sub(isf[i], predicted) >> 1);
+    }
+}
+
+void decodeNoise(const Vek16s* index, Vek16s* isf) {
+    Vek16s sum[kIsfOrder] = {};
+    addRows({kNoiseParts, 5}, index, sum);
+    for (int i = 0; i < kIsfOrder; ++i) {
+        isf[i] = add(sum[i], kIsfNoiseMean[i]);
+    }
+    keepApart(isf);
+}
+
+} // namespace
+
+VekStatus veksISFQuant_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pSrcDstResidual, Vek16s* pDstQIsf,
+                                 Vek16s* pDstQIsfIndex, VekSpchBitRate mode) {
+    if (anyNull(pSrcIsf, pSrcDstResidual, pDstQIsf, pDstQIsfIndex)) {
+        return vekStsNullPtrErr;
+    }
+    if (!isSpeechRate(mode)) {
+        return vekStsBitRateErr;
+    }
+    const bool lowest = mode == VEK_SPCHBR_6600;
+    Vek16s target[kIsfOrder];
+    for (int i = 0; i < kIsfOrder; ++i) {
+        target[i] = sub(sub(pSrcIsf[i], kIsfMean[i]), mult(kPrediction, pSrcDstResidual[i]));
+    }
+    Vek16s index[7];
+    quantiseHalf(kIsfLow, lowParts(lowest), target, index, index + 2);
+    quantiseHalf(kIsfHigh, highParts(lowest), target + kLowColumns, index + 1, index + 2 + lowParts(lowest).count);
+    decode(index, lowest, pSrcDstResidual, pDstQIsf);
+    keepApart(pDstQIsf);
+    std::memcpy(pDstQIsfIndex, index, (lowest ? 5 : 7) * sizeof(Vek16s));
+    return vekStsNoErr;
+}
+
+VekStatus veksISFQuantDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstQIsf, Vek16s* pSrcDstResidual,
+                                       const Vek16s* pSrcPrevQntIsf, Vek16s* pSrcDstIsfMemory, int bfi,
+                                       VekSpchBitRate mode) {
+    if (anyNull(pSrcIdxs, pDstQIsf, pSrcDstResidual, pSrcPrevQntIsf, pSrcDstIsfMemory)) {
+        return vekStsNullPtrErr;
+    }
+    if (!isSpeechRate(mode)) {
+        return vekStsBitRateErr;
+    }
+    if (bfi != 0 && bfi != 1) {
+        return vekStsRangeErr;
+    }
+    const bool lowest = mode == VEK_SPCHBR_6600;
+    if (bfi == 1) {
+        conceal(pSrcPrevQntIsf, pSrcDstIsfMemory, pSrcDstResidual, pDstQIsf);
+    } else {
+        if (!inside(kIsfLow, pSrcIdxs[0]) || !inside(kIsfHigh, pSrcIdxs[1]) ||
+            !inside(lowParts(lowest), pSrcIdxs + 2) ||
+            !inside(highParts(lowest), pSrcIdxs + 2 + lowParts(lowest).count)) {
+            return vekStsOutOfRangeErr;
+        }
+        decode(pSrcIdxs, lowest, pSrcDstResidual, pDstQIsf);
+        std::memmove(pSrcDstIsfMemory + kIsfOrder, pSrcDstIsfMemory, 2 * kIsfOrder * sizeof(Vek16s));
+        std::memcpy(pSrcDstIsfMemory, pDstQIsf, kIsfOrder * sizeof(Vek16s));
+    }
+    keepApart(pDstQIsf);
+    return vekStsNoErr;
+}
+
+VekStatus veksISFQuantDTX_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pDstQIsf, Vek16s* pDstQIsfIndex) {
+    if (anyNull(pSrcIsf, pDstQIsf, pDstQIsfIndex)) {
+        return vekStsNullPtrErr;
+    }
+    Vek16s target[kIsfOrder];
+    for (int i = 0; i < kIsfOrder; ++i) {
+        target[i] = sub(pSrcIsf[i], kIsfNoiseMean[i]);
+    }
+    const bool near = filterKernels().maxAbs16(target, kIsfOrder) <= kNear;
+    Vek16s index[5];
+    for (int p = 0; p < 5; ++p) {
+        int32_t least = 0;
+        index[p] = static_cast<Vek16s>(nearestTo(*kNoiseParts[p].book, target + kNoiseParts[p].first, near, &least));
+    }
+    decodeNoise(index, pDstQIsf);
+    std::memcpy(pDstQIsfIndex, index, sizeof index);
+    return vekStsNoErr;
+}
+
+VekStatus veksISFQuantDecodeDTX_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstQIsf) {
+    if (anyNull(pSrcIdxs, pDstQIsf)) {
+        return vekStsNullPtrErr;
+    }
+    if (!inside({kNoiseParts, 5}, pSrcIdxs)) {
+        return vekStsOutOfRangeErr;
+    }
+    decodeNoise(pSrcIdxs, pDstQIsf);
+    return vekStsNoErr;
+}

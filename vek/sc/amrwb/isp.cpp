@@ -1,0 +1,239 @@
+// Conversions between prediction coefficients, immittance spectral pairs and frequencies of AMR-WB.
+#include <algorithm>
+#include <cstring>
+
+#include "sc/amrwb/isptables.h"
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "veksc_amrwbflt.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::fix;
+using namespace vek::amrwb;
+
+constexpr int kOrder = 16;
+constexpr int kHalf = kOrder / 2;
+constexpr int kMostOrder = 20;
+constexpr int kSteps = 128;
+
+VekStatus check(const Vek16s* src, const Vek16s* dst, int len) {
+    if (anyNull(src, dst)) {
+        return vekStsNullPtrErr;
+    }
+    return len < 4 || len > kMostOrder || len % 2 != 0 ? vekStsSizeErr : vekStsNoErr;
+}
+
+// Product of a 32-bit number in split words and a Q15 one.
+inline int64_t product(int64_t v, int64_t x) {
+    return 2 * ((v >> 16) * x + ((((v >> 1) & 0x7fff) * x) >> 15));
+}
+
+// Chebyshev series of f at x with saturation; the sums have room for any coefficients.
+inline Vek16s chebyshev(int64_t x, const int64_t* f, int n) {
+    int64_t b2 = f[0] * 8192;
+    int64_t t = 2 * product(b2, x) + f[1] * 8192;
+    for (int i = 2; i < n; ++i) {
+        const int64_t next = 2 * product(t, x) - b2 + f[i] * 8192;
+        b2 = t & ~int64_t{1};
+        t = next;
+    }
+    return sat16_64((product(t, x) - b2 + f[n] * 4096) >> 10);
+}
+
+// The zero of the line through both ends of an interval.
+Vek16s zeroBetween(Vek16s xLow, Vek16s yLow, Vek16s xHigh, Vek16s yHigh) {
+    const Vek16s width = sub(xHigh, xLow);
+    const Vek16s rise = sub(yHigh, yLow);
+    if (rise == 0) {
+        return xLow;
+    }
+    const Vek16s steep = abs_s(rise);
+    const int exp = norm_s(steep);
+    const Vek16s inverse = div_s(16383, shl(steep, exp));
+    Vek16s slope = extract_l(L_shr(L_mult(width, inverse), 20 - exp));
+    if (rise < 0) {
+        slope = negate(slope);
+    }
+    return sub(xLow, extract_l(L_shr(L_mult(yLow, slope), 11)));
+}
+
+// Sums that have room and remember how large the coefficients have become, and sums that saturate. While all
+// coefficients stay below 2^29, no sum nor product on the way to the next one leaves 32 bits.
+struct QuickSums {
+    int64_t used = 0;
+    int64_t operator()(int64_t v) { return v; }
+    int64_t keep(int64_t v) {
+        used |= v ^ (v >> 63);
+        return v;
+    }
+    bool within() const { return used < 1 << 29; }
+};
+struct SaturatingSums {
+    int64_t operator()(int64_t v) { return sat32(v); }
+    int64_t keep(int64_t v) { return sat32(v); }
+};
+
+// Coefficients 0..n of the product of 1 - 2 isp[2i] z^-1 + z^-2, i = 0..n-1, with 1.0 = one.
+template <class Sums>
+void pairProduct(const Vek16s* isp, int n, int64_t one, int64_t* f, Sums& sum) {
+    const int64_t twice = one >> 14;
+    f[0] = one;
+    f[1] = -twice * isp[0];
+    for (int i = 2; i <= n; ++i) {
+        const int64_t x = isp[2 * (i - 1)];
+        f[i] = f[i - 2];
+        for (int j = i; j > 1; --j) {
+            f[j] = sum.keep(sum(f[j] - sum(2 * product(f[j - 1], x))) + f[j - 2]);
+        }
+        f[1] = sum.keep(f[1] - twice * x);
+    }
+}
+
+template <class Sums>
+void coefficients(const Vek16s* isp, int order, Vek16s* a, Sums& sum) {
+    const int half = order / 2;
+    int64_t f1[kMostOrder / 2 + 1];
+    int64_t f2[kMostOrder / 2 + 1];
+    // Q23; the higher order is made with two bits more of room.
+    const int room = half > kHalf ? 2 : 0;
+    pairProduct(isp, half, int64_t{1} << (23 - room), f1, sum);
+    pairProduct(isp + 1, half - 1, int64_t{1} << (23 - room), f2, sum);
+    for (int i = 0; i <= half; ++i) {
+        f1[i] = sum.keep(f1[i] * (1 << room));
+        f2[i] = i < half ? sum.keep(f2[i] * (1 << room)) : 0;
+    }
+    for (int i = half - 1; i > 1; --i) {
+        f2[i] = sum(f2[i] - f2[i - 2]);
+    }
+    const int64_t last = isp[order - 1];
+    for (int i = 0; i <= half; ++i) {
+        f1[i] = sum.keep(f1[i] + product(f1[i], last));
+        f2[i] = sum.keep(f2[i] - product(f2[i], last));
+    }
+    int32_t largest = 0;
+    for (int i = 1; i < half; ++i) {
+        largest |= L_abs(sat32(f1[i] + f2[i])) | L_abs(sat32(f1[i] - f2[i]));
+    }
+    const int excess = std::max(0, 4 - norm_l(largest));
+    const int shift = 12 + excess;
+    a[0] = static_cast<Vek16s>(4096 >> excess);
+    for (int i = 1; i < half; ++i) {
+        a[i] = extract_l(L_shr_r(sat32(f1[i] + f2[i]), shift));
+        a[order - i] = extract_l(L_shr_r(sat32(f1[i] - f2[i]), shift));
+    }
+    a[half] = sat16(L_shr_r(sat32(f1[half]), shift));
+    a[order] = shr_r(isp[order - 1], 3 + excess);
+}
+
+} // namespace
+
+VekStatus veksLPCToISP_AMRWB_16s(const Vek16s* pSrcLpc, Vek16s* pDstIsp, const Vek16s* pSrcPrevIsp) {
+    constexpr int kPoints = 100;
+    constexpr int kBisections = 2;
+    if (anyNull(pSrcLpc, pDstIsp, pSrcPrevIsp)) {
+        return vekStsNullPtrErr;
+    }
+    // Sum and difference of the coefficients and their mirror image; the difference without its fixed roots.
+    int64_t f1[kHalf + 1];
+    int64_t f2[kHalf];
+    for (int i = 0; i < kHalf; ++i) {
+        f1[i] = (pSrcLpc[i] + pSrcLpc[kOrder - i] + 1) >> 1;
+        f2[i] = (pSrcLpc[i] - pSrcLpc[kOrder - i] + 1) >> 1;
+        f1[i] = sat16_64(f1[i]);
+        f2[i] = sat16_64(f2[i]);
+        if (i >= 2) {
+            f2[i] = sat16_64(f2[i] + f2[i - 2]);
+        }
+    }
+    f1[kHalf] = pSrcLpc[kHalf];
+
+    // The roots of both interlace: each one found changes over to the other.
+    Vek16s found[kOrder];
+    int count = 0;
+    const int64_t* series = f1;
+    int order = kHalf;
+    Vek16s xLow = kIspGrid[0];
+    Vek16s yLow = chebyshev(xLow, series, order);
+    for (int j = 1; count < kOrder - 1 && j <= kPoints; ++j) {
+        Vek16s xHigh = xLow;
+        Vek16s yHigh = yLow;
+        xLow = kIspGrid[j];
+        yLow = chebyshev(xLow, series, order);
+        if (yLow * yHigh > 0) {
+            continue;
+        }
+        for (int i = 0; i < kBisections; ++i) {
+            const auto xMid = static_cast<Vek16s>((xLow >> 1) + (xHigh >> 1));
+            const Vek16s yMid = chebyshev(xMid, series, order);
+            if (yLow * yMid <= 0) {
+                yHigh = yMid;
+                xHigh = xMid;
+            } else {
+                yLow = yMid;
+                xLow = xMid;
+            }
+        }
+        xLow = zeroBetween(xLow, yLow, xHigh, yHigh);
+        found[count++] = xLow;
+        series = count % 2 != 0 ? f2 : f1;
+        order = count % 2 != 0 ? kHalf - 1 : kHalf;
+        yLow = chebyshev(xLow, series, order);
+    }
+    if (count < kOrder - 1) {
+        std::memmove(pDstIsp, pSrcPrevIsp, sizeof found);
+        return vekStsUnstableFilter;
+    }
+    found[kOrder - 1] = shl(pSrcLpc[kOrder], 3);
+    std::memcpy(pDstIsp, found, sizeof found);
+    return vekStsNoErr;
+}
+
+VekStatus veksISPToLPC_AMRWB_16s(const Vek16s* pSrcIsp, Vek16s* pDstLpc, int len) {
+    if (const VekStatus status = check(pSrcIsp, pDstLpc, len); status != vekStsNoErr) {
+        return status;
+    }
+    Vek16s a[kMostOrder + 1];
+    QuickSums quick;
+    coefficients(pSrcIsp, len, a, quick);
+    if (!quick.within()) {
+        SaturatingSums saturating;
+        coefficients(pSrcIsp, len, a, saturating);
+    }
+    std::memcpy(pDstLpc, a, static_cast<size_t>(len + 1) * sizeof(Vek16s));
+    return vekStsNoErr;
+}
+
+VekStatus veksISPToISF_Norm_AMRWB_16s(const Vek16s* pSrcIsp, Vek16s* pDstIsf, int len) {
+    if (const VekStatus status = check(pSrcIsp, pDstIsf, len); status != vekStsNoErr) {
+        return status;
+    }
+    // The pairs of a frame are visited in rising order, so that the step only moves to the front; the last one is of
+    // another kind and is searched for by itself.
+    int place = kSteps - 1;
+    for (int i = len - 1; i >= 0; --i) {
+        place = i >= len - 2 ? kSteps - 1 : place;
+        while (kIspCos[place] < pSrcIsp[i]) {
+            --place;
+        }
+        const int32_t within = L_mult(sub(pSrcIsp[i], kIspCos[place]), kIspAcosSlope[place]);
+        pDstIsf[i] = add(round_s(L_shl(within, 4)), static_cast<Vek16s>(place * 128));
+    }
+    pDstIsf[len - 1] = static_cast<Vek16s>(pDstIsf[len - 1] >> 1);
+    return vekStsNoErr;
+}
+
+VekStatus veksISFToISP_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pDstIsp, int len) {
+    if (const VekStatus status = check(pSrcIsf, pDstIsp, len); status != vekStsNoErr) {
+        return status;
+    }
+    for (int i = 0; i < len; ++i) {
+        const int frequency = std::clamp(i == len - 1 ? 2 * pSrcIsf[i] : int{pSrcIsf[i]}, 0, kSteps * 128);
+        const int place = std::min(frequency >> 7, kSteps - 1);
+        const int within = frequency - place * 128;
+        const int step = kIspCos[place + 1] - kIspCos[place];
+        pDstIsp[i] = static_cast<Vek16s>(kIspCos[place] + ((step * within) >> 7));
+    }
+    return vekStsNoErr;
+}

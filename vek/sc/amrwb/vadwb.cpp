@@ -1,0 +1,348 @@
+// Voice activity of AMR-WB: levels of twelve bands from a tree of all-pass filters, the noise beneath them, the level
+// of speech, and a decision with hangover.
+#include <algorithm>
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/kernels/corr.h"
+#include "veksc_amrwbflt.h"
+
+namespace {
+
+using namespace vek;
+using namespace vek::fix;
+
+constexpr int kFrame = 256;
+constexpr int kBands = 12;
+constexpr Vek16s kLeastNoise = 40;
+constexpr Vek16s kMostNoise = 20000;
+constexpr Vek16s kStationary = 20;
+constexpr Vek16s kNominalLevel = 2050; // about -26 dBov
+constexpr Vek16s kFilter5First = 21955;
+constexpr Vek16s kFilter5Second = 6390;
+constexpr Vek16s kFilter3 = 13363;
+constexpr int kReady = 0x57425644;
+
+struct State {
+    int ready;
+    Vek32s lastPower;
+    Vek16s noise[kBands];
+    Vek16s average[kBands];  // levels smoothed for the measure of stationarity
+    Vek16s oldLevel[kBands]; // levels of the last frame
+    Vek16s subLevel[kBands]; // levels over the end of a frame
+    Vek16s filter5[5][2];    // filter bank
+    Vek16s filter3[6];
+    Vek16s burst;
+    Vek16s hang;
+    Vek16s stationary;
+    Vek16s flags; // of the intermediate decisions, the newest in bit 14
+    Vek16s speechFrames;
+    Vek16s speechMax;
+    Vek16s speechActive;
+    Vek16s speechLevel;
+};
+
+// One step of an all-pass filter of first order.
+inline Vek16s allPass(Vek16s x, Vek16s& memory, Vek16s c) {
+    const Vek16s before = memory;
+    memory = sub(x, mult(c, before));
+    return add(before, mult(c, memory));
+}
+
+inline Vek16s halved(int v) {
+    return static_cast<Vek16s>(sat16(v) >> 1);
+}
+
+// Splits two successive samples of all pairs into the lower and the upper half of their band.
+void split5(Vek16s* x, int first, int apart, int step, Vek16s* memory) {
+    Vek16s m0 = memory[0];
+    Vek16s m1 = memory[1];
+    for (int i = first; i < kFrame; i += step) {
+        const Vek16s a = allPass(x[i], m0, kFilter5First);
+        const Vek16s b = allPass(x[i + apart], m1, kFilter5Second);
+        x[i] = halved(a + b);
+        x[i + apart] = halved(a - b);
+    }
+    memory[0] = m0;
+    memory[1] = m1;
+}
+
+void split3(Vek16s* x, int first, int apart, int step, Vek16s& memory) {
+    Vek16s m = memory;
+    for (int i = first; i < kFrame; i += step) {
+        const Vek16s a = x[i];
+        const Vek16s b = allPass(x[i + apart], m, kFilter3);
+        x[i] = halved(a + b);
+        x[i + apart] = halved(a - b);
+    }
+    memory = m;
+}
+
+// Sum of magnitudes of every step-th element over the frame before the last three quarters of this one, with those of
+// the last frame before them, which *kept brings along.
+Vek16s level(const Vek16s* data, Vek16s* kept, int step, int first, int scale) {
+    const int end = kFrame / step;
+    const int fresh = end / 4;
+    int32_t last = 0;
+    for (int i = fresh; i < end; ++i) {
+        last += 2 * abs_s(data[step * i + first]);
+    }
+    int32_t sum = L_add(last, L_shl(*kept, 16 - scale));
+    *kept = extract_h(L_shl(last, scale));
+    for (int i = 0; i < fresh; ++i) {
+        sum = L_add(sum, 2 * abs_s(data[step * i + first]));
+    }
+    return extract_h(L_shl(sum, scale));
+}
+
+void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
+    Vek16s x[kFrame];
+    for (int i = 0; i < kFrame; ++i) {
+        x[i] = static_cast<Vek16s>(in[i] >> 1);
+    }
+    split5(x, 0, 1, 2, s.filter5[0]);
+    split5(x, 0, 2, 4, s.filter5[1]);
+    split5(x, 1, 2, 4, s.filter5[2]);
+    split5(x, 0, 4, 8, s.filter5[3]);
+    split5(x, 2, 4, 8, s.filter5[4]);
+    split3(x, 3, 4, 8, s.filter3[0]);
+    split3(x, 0, 8, 16, s.filter3[1]);
+    split3(x, 4, 8, 16, s.filter3[2]);
+    split3(x, 6, 8, 16, s.filter3[3]);
+    split3(x, 0, 16, 32, s.filter3[4]);
+    split3(x, 8, 16, 32, s.filter3[5]);
+    struct Band {
+        int step, first, scale;
+    };
+    static constexpr Band bands[kBands] = {{32, 0, 17},  {32, 16, 17}, {32, 24, 17}, {32, 8, 17},
+                                           {16, 12, 16}, {16, 4, 16},  {16, 6, 16},  {16, 14, 16},
+                                           {8, 2, 15},   {8, 3, 15},   {8, 7, 15},   {4, 1, 14}};
+    for (int b = 0; b < kBands; ++b) {
+        levels[b] = level(x, s.subLevel + b, bands[b].step, bands[b].first, bands[b].scale);
+    }
+}
+
+// A falling logarithm to the base 2, 1024 a factor of two: 31743 for 1.
+Vek16s fallingLog(Vek16s v) {
+    Vek16s m = v <= 0 ? Vek16s{1} : v;
+    const int first = norm_s(m);
+    m = shl(m, first);
+    for (int i = 0; i < 3; ++i) {
+        m = mult(m, m);
+    }
+    const int32_t square = L_mult(m, m);
+    const int second = norm_l(square);
+    m = extract_h(L_shl(square, second));
+    return static_cast<Vek16s>((first + 16) * 1024 + second * 64 + 127 - (m >> 8));
+}
+
+// Sum over the bands of the larger of level and mean over the smaller, Q6.
+Vek16s unrest(const Vek16s* levels, const Vek16s* means) {
+    constexpr Vek16s kLeast = 184;
+    Vek16s sum = 0;
+    for (int i = 0; i < kBands; ++i) {
+        const Vek16s num = std::max({levels[i], means[i], kLeast});
+        const Vek16s den = std::max(std::min(levels[i], means[i]), kLeast);
+        const int norm = norm_s(den);
+        sum = add(sum, shr(div_s(shr(num, 1), shl(den, norm)), 8 - norm));
+    }
+    return sum;
+}
+
+void countStationary(State& s, const Vek16s* levels, Vek16s toneFlag) {
+    constexpr Vek16s kRestless = 1000;
+    if ((toneFlag & 0x7c00) == 0x7c00 || (s.flags & 0x7f80) == 0 || unrest(levels, s.average) > kRestless) {
+        s.stationary = kStationary;
+    } else if ((s.flags & 0x4000) != 0 && s.stationary != 0) {
+        s.stationary = sub(s.stationary, 1);
+    }
+    const Vek16s speed = s.stationary == kStationary ? Vek16s{32767}
+                         : (s.flags & 0x4000) == 0   ? Vek16s{16383}
+                                                     : Vek16s{3276};
+    for (int i = 0; i < kBands; ++i) {
+        s.average[i] = add(s.average[i], mult_r(speed, sub(levels[i], s.average[i])));
+    }
+}
+
+void updateNoise(State& s, const Vek16s* levels, Vek16s toneFlag) {
+    countStationary(s, levels, toneFlag);
+    Vek16s up = 0;
+    Vek16s down = 1638;
+    Vek16s rise = 0;
+    if ((s.flags & 0x7800) == 0) {
+        up = 1638;
+        down = 2097;
+        rise = 2;
+    } else if (s.stationary == 0) {
+        up = 491;
+        down = 1867;
+        rise = 2;
+    }
+    for (int i = 0; i < kBands; ++i) {
+        const Vek16s above = sub(s.oldLevel[i], s.noise[i]);
+        if (above < 0) {
+            s.noise[i] = std::max(add(-2, add(s.noise[i], mult_r(down, above))), kLeastNoise);
+        } else {
+            s.noise[i] = std::min(add(rise, add(s.noise[i], mult_r(up, above))), kMostNoise);
+        }
+    }
+    std::memcpy(s.oldLevel, levels, sizeof s.oldLevel);
+}
+
+bool withHangover(State& s, bool quiet, Vek16s hang, Vek16s burst) {
+    if (quiet) {
+        s.burst = 0;
+        s.hang = 0;
+        return false;
+    }
+    if ((s.flags & 0x4000) != 0) {
+        s.burst = add(s.burst, 1);
+        if (s.burst >= burst) {
+            s.hang = hang;
+        }
+        return true;
+    }
+    s.burst = 0;
+    if (s.hang > 0) {
+        s.hang = sub(s.hang, 1);
+        return true;
+    }
+    return false;
+}
+
+// Mean of the upper eleven bands' values, in the scale of the input.
+Vek16s meanLevel(const Vek16s* bands) {
+    int32_t sum = 0;
+    for (int i = 1; i < kBands; ++i) {
+        sum += bands[i];
+    }
+    return extract_h(L_shl(sum, 12));
+}
+
+// Sum over the bands of the squared ratio of level to noise.
+int32_t ratio(const Vek16s* levels, const Vek16s* noise) {
+    int32_t sum = 0;
+    for (int i = 0; i < kBands; ++i) {
+        const int norm = norm_s(noise[i]);
+        const Vek16s q = shl(div_s(shr(levels[i], 1), shl(noise[i], norm)), norm - 6);
+        sum = L_mac(sum, q, q);
+    }
+    return sum;
+}
+
+// The threshold falls with the noise and with the level of speech.
+Vek16s thresholdOf(const State& s, Vek16s noise, Vek16s corrupted) {
+    constexpr int kScale = 128;
+    constexpr Vek16s kHighest = 6 * kScale;
+    constexpr Vek16s kNoiseAtHighest = 31744;
+    constexpr Vek16s kNoiseSlope = static_cast<Vek16s>(32767.0F * (217 - kHighest) / (19786 - kNoiseAtHighest));
+    constexpr Vek16s kSpeechShare = 96; // either way
+    constexpr Vek16s kSpeechAtLeast = 22527;
+    constexpr Vek16s kSpeechSlope = static_cast<Vek16s>(32767.0F * (2 * kSpeechShare) / (17832 - kSpeechAtLeast));
+    constexpr Vek16s kLowest = 204;
+    const Vek16s byNoise = add(mult(kNoiseSlope, sub(fallingLog(noise), kNoiseAtHighest)), kHighest);
+    const Vek16s speech = fallingLog(sub(s.speechLevel, corrupted));
+    const Vek16s bySpeech = add(static_cast<Vek16s>(-kSpeechShare), mult(kSpeechSlope, sub(speech, kSpeechAtLeast)));
+    const Vek16s limited = std::clamp(bySpeech, static_cast<Vek16s>(-kSpeechShare), kSpeechShare);
+    return std::max(add(byNoise, limited), kLowest);
+}
+
+bool decide(State& s, const Vek16s* levels, int32_t power, Vek16s toneFlag) {
+    constexpr int32_t kQuiet = 30000;
+    constexpr Vek16s kHangSlope = static_cast<Vek16s>(32767.0F * (2 - 12) / (512 - 217));
+    constexpr Vek16s kBurstSlope = static_cast<Vek16s>(32767.0F * (3 - 8) / (217 - 768));
+    const int32_t sum = ratio(levels, s.noise);
+    const Vek16s noise = meanLevel(s.noise);
+    // Speech is no softer than the noise.
+    const Vek16s floor = shl(mult(noise, 4096), 3);
+    s.speechLevel = std::max(s.speechLevel, floor);
+    const Vek16s threshold = thresholdOf(s, noise, floor);
+    s.flags = shr(s.flags, 1);
+    if (sum > L_mult(threshold, 512 * kBands)) {
+        s.flags = static_cast<Vek16s>(s.flags | 0x4000);
+    }
+    updateNoise(s, levels, toneFlag);
+    const Vek16s hang = add(mult(kHangSlope, sub(threshold, 217)), 12);
+    const Vek16s burst = add(mult(kBurstSlope, sub(threshold, 768)), 8);
+    return withHangover(s, power < kQuiet, std::max(hang, Vek16s{2}), burst);
+}
+
+void followSpeech(State& s, Vek16s in) {
+    constexpr int kFrames = 80;
+    constexpr int kActiveFrames = 25;
+    constexpr Vek16s kLeast = 129;       // 24 dB below the nominal level
+    constexpr Vek16s kLeastSpeech = 410; // 14 dB below
+    constexpr Vek16s kSpeed = 4915;      // 0.15
+    const auto startAgain = [&s] {
+        s.speechFrames = 0;
+        s.speechMax = 0;
+        s.speechActive = 0;
+    };
+    if (s.speechFrames - s.speechActive > kFrames - kActiveFrames) {
+        startAgain();
+    }
+    s.speechFrames = add(s.speechFrames, 1);
+    if (((s.flags & 0x4000) == 0 && in <= s.speechLevel) || in <= kLeast) {
+        return;
+    }
+    s.speechMax = std::max(s.speechMax, in);
+    s.speechActive = add(s.speechActive, 1);
+    if (s.speechActive < kActiveFrames) {
+        return;
+    }
+    const Vek16s mean = shr(s.speechMax, 1);
+    if (mean > kLeastSpeech) {
+        s.speechLevel = add(s.speechLevel, mult_r(kSpeed, sub(mean, s.speechLevel)));
+    }
+    startAgain();
+}
+
+} // namespace
+
+VekStatus veksVADGetSize_AMRWB_16s(int* pSize) {
+    if (!pSize) {
+        return vekStsNullPtrErr;
+    }
+    *pSize = static_cast<int>(sizeof(State));
+    return vekStsNoErr;
+}
+
+VekStatus veksVADInit_AMRWB_16s(char* pState) {
+    if (!pState) {
+        return vekStsNullPtrErr;
+    }
+    State s = {};
+    s.ready = kReady;
+    for (Vek16s* const bands : {s.noise, s.average, s.oldLevel}) {
+        std::fill_n(bands, kBands, Vek16s{150});
+    }
+    s.speechLevel = kNominalLevel;
+    std::memcpy(pState, &s, sizeof s);
+    return vekStsNoErr;
+}
+
+VekStatus veksVAD_AMRWB_16s(const Vek16s* pSrcSpch, char* pSrcDstVadState, Vek16s* pToneFlag, Vek16s* pResultVadFlag) {
+    constexpr int32_t kNoTone = 686080;
+    if (anyNull(pSrcSpch, pToneFlag, pResultVadFlag) || pSrcDstVadState == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    // The caller's buffer has no alignment.
+    State s;
+    std::memcpy(&s, pSrcDstVadState, sizeof s);
+    if (s.ready != kReady) {
+        return vekStsStateErr;
+    }
+    const int32_t power = sat32(2 * corrKernels().dot16(pSrcSpch, pSrcSpch, kFrame));
+    const int32_t powerOfTwo = L_add(power, s.lastPower);
+    s.lastPower = power;
+    if (powerOfTwo < kNoTone) {
+        *pToneFlag = static_cast<Vek16s>(*pToneFlag & 0x1fff);
+    }
+    Vek16s levels[kBands];
+    filterBank(s, pSrcSpch, levels);
+    *pResultVadFlag = decide(s, levels, powerOfTwo, *pToneFlag) ? 1 : 0;
+    followSpeech(s, meanLevel(levels));
+    std::memcpy(pSrcDstVadState, &s, sizeof s);
+    return vekStsNoErr;
+}

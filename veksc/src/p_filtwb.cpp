@@ -1,0 +1,84 @@
+// Residual filters of the wide-band codec and the convolution of a subframe.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc1;
+vkVector pSrc2;
+vkVector pDst;
+vkVector pSrcLpc;
+vkVector pSrcSpeech;
+vkVector pDstResidualSignal;
+krStepIterator<int> len_c;
+krStepIterator<int> valLPCOrder;
+krStepIterator<int> len;
+vkcScaleIterator scaleFactor;
+vkcGrid grid;
+
+class TimFiltwb : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override {
+        return m_residual ? len.value() * valLPCOrder.value() : len_c.value() * len_c.value();
+    }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool m_residual = false;
+};
+
+bool TimFiltwb::canStart() {
+    m_residual = m_func.contains("Residual");
+    vkcScales(scaleFactor, "scaleFactor", m_func, 10);
+    if (m_residual) {
+        vkcFix(len_c, 32);
+        vkcRebuild(valLPCOrder, "LPCOrder").setList({8, 10, 16, 22, 28, 34, 40});
+        vkcRebuild(len, "len").set(64, 256, 32, '+');
+        grid.begin({&valLPCOrder, &len, &scaleFactor});
+    } else {
+        vkcRebuild(len_c, "len_c").set(32, 256, 32, '+');
+        vkcFix(valLPCOrder, 8);
+        vkcFix(len, 64);
+        grid.begin({&len_c});
+    }
+    for (vkVector* vector : {&pSrc1, &pSrc2, &pDst, &pSrcLpc, &pSrcSpeech, &pDstResidualSignal}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimFiltwb::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    // The residual takes a coefficient more than its order, and reads the samples of its order before the first.
+    const int order = valLPCOrder.value();
+    return pSrc1.createVector(len_c.value(), setValue, 4000, 0) &&
+           pSrc2.createVector(len_c.value(), setValue, 4000, 0) && pDst.createVector(len_c.value(), setZero, 0, 0) &&
+           pSrcLpc.createVector(order + 1, setValue, 4000, 0) &&
+           pSrcSpeech.createVector(order + 1 + len.value(), setValue, 4000, 0) &&
+           pDstResidualSignal.createVector(len.value(), setZero, 0, 0);
+}
+
+void TimFiltwb::flushData() {
+    for (vkVector* vector : {&pDstResidualSignal, &pSrcSpeech, &pSrcLpc, &pDst, &pSrc2, &pSrc1}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimFiltwb, veksConvPartial_NR_16s, veksConvPartial_NR_16s(pSrc1.m_16s, pSrc2.m_16s, pDst.m_16s, len_c.value()))
+VK_REG(TimFiltwb, veksResidualFilter_Low_16s_Sfs,
+       veksResidualFilter_Low_16s_Sfs(pSrcLpc.m_16s, valLPCOrder.value(), pSrcSpeech.m_16s + valLPCOrder.value() + 1,
+                                      pDstResidualSignal.m_16s, len.value(), scaleFactor.value()))
+VK_REG(TimFiltwb, veksResidualFilter_AMRWB_16s_Sfs,
+       veksResidualFilter_AMRWB_16s_Sfs(pSrcLpc.m_16s, valLPCOrder.value(), pSrcSpeech.m_16s + valLPCOrder.value() + 1,
+                                        pDstResidualSignal.m_16s, len.value(), scaleFactor.value()))

@@ -1,0 +1,97 @@
+// High-pass filters of the wide-band codec.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcDstSignal;
+vkVector pSrcSignal;
+vkVector pSrc;
+vkVector pDst;
+vkVector pCoeff;
+vkcScaleIterator scaleFactori;
+vkcScaleIterator scaleFactor;
+krStepIterator<int> leni;
+krStepIterator<int> len;
+krStepIterator<int> lend;
+krStepIterator<int> valBounds;
+vkcGrid grid;
+char* pMemUpdated;
+int fltSize;
+
+class TimHPFLTwb : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return m_direct ? lend.value() : m_inPlace ? leni.value() : len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool m_direct = false;
+    bool m_inPlace = false;
+};
+
+bool TimHPFLTwb::canStart() {
+    m_direct = m_func.contains("Direct");
+    m_inPlace = m_func.contains("ISfs");
+    if (m_direct) {
+        vkcRebuild(lend, "lend").set(16, 256, 16, '+');
+        vkcRebuild(valBounds, "valBounds").set(0, 1, 1, '+');
+        grid.begin({&lend, &valBounds});
+    } else if (m_inPlace) {
+        vkcRebuild(leni, "leni").set(16, 256, 16, '+');
+        vkcScales(scaleFactori, "scaleFactor", m_func, 14);
+        grid.begin({&leni, &scaleFactori});
+    } else {
+        vkcRebuild(len, "len").set(16, 256, 16, '+');
+        vkcScales(scaleFactor, "scaleFactor", m_func, 12);
+        grid.begin({&len, &scaleFactor});
+    }
+    for (vkVector* vector : {&pSrcDstSignal, &pSrcSignal, &pSrc, &pDst, &pCoeff}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimHPFLTwb::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    if (m_direct) {
+        // One sample is read on each side.
+        return pDst.createVector(lend.value(), setZero, 0, 0) &&
+               pSrc.createVector(lend.value() + 2, setRand, -2048, 2048) &&
+               pCoeff.createVector(2, setRand, -2048, 2048);
+    }
+    if (veksHighPassFilterGetSize_AMRWB_16s(&fltSize) != vekStsNoErr) {
+        return false;
+    }
+    pMemUpdated = static_cast<char*>(krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER));
+    if (pMemUpdated == nullptr || veksHighPassFilterInit_AMRWB_16s(pMemUpdated) != vekStsNoErr) {
+        return false;
+    }
+    return m_inPlace ? pSrcDstSignal.createVector(leni.value(), setRand, -2048, 2048)
+                     : pDst.createVector(len.value(), setZero, 0, 0) &&
+                           pSrcSignal.createVector(len.value(), setRand, -2048, 2048);
+}
+
+void TimHPFLTwb::flushData() {
+    krFree(pMemUpdated);
+    pMemUpdated = nullptr;
+    for (vkVector* vector : {&pCoeff, &pDst, &pSrc, &pSrcSignal, &pSrcDstSignal}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimHPFLTwb, veksHighPassFilter_Direct_AMRWB_16s,
+       veksHighPassFilter_Direct_AMRWB_16s(pCoeff.m_16s, pSrc.m_16s + 1, pDst.m_16s, lend.value(), valBounds.value()))
+VK_REG(TimHPFLTwb, veksHighPassFilter_AMRWB_16s_ISfs,
+       veksHighPassFilter_AMRWB_16s_ISfs(pSrcDstSignal.m_16s, leni.value(), pMemUpdated, scaleFactori.value()))
+VK_REG(TimHPFLTwb, veksHighPassFilter_AMRWB_16s_Sfs,
+       veksHighPassFilter_AMRWB_16s_Sfs(pSrcSignal.m_16s, pDst.m_16s, len.value(), pMemUpdated, scaleFactor.value()))
