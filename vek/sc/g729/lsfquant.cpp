@@ -38,9 +38,11 @@ Rows noiseRows(const Vek16s* index) {
 
 void spread(Vek16s* v, int gap) {
     for (int i = 1; i < kOrder; ++i) {
-        const int lack = std::max((v[i - 1] - v[i] + gap) >> 1, 0);
-        v[i - 1] = static_cast<Vek16s>(v[i - 1] - lack);
-        v[i] = static_cast<Vek16s>(v[i] + lack);
+        const int lack = (v[i - 1] - v[i] + gap) / 2;
+        if (lack > 0) {
+            v[i - 1] = static_cast<Vek16s>(v[i - 1] - lack);
+            v[i] = static_cast<Vek16s>(v[i] + lack);
+        }
     }
 }
 
@@ -67,9 +69,7 @@ void push(Vek16s* previous, const Vek16s* code) {
 }
 
 void stabilise(Vek16s* lsf) {
-    if (!std::is_sorted(lsf, lsf + kOrder)) {
-        std::sort(lsf, lsf + kOrder);
-    }
+    std::sort(lsf, lsf + kOrder);
     lsf[0] = static_cast<Vek16s>(std::max<int>(lsf[0], kLowest));
     for (int i = 1; i < kOrder; ++i) {
         lsf[i] = sat16(std::max(lsf[i] + 0, lsf[i - 1] + kLeastDistance));
