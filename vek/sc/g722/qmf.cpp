@@ -1,0 +1,108 @@
+// Quadrature mirror filter of G.722: each of its halves is a filter of 12 taps over every second sample.
+#include <algorithm>
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/kernels/filter.h"
+#include "veksc_g722.h"
+
+using namespace vek;
+
+namespace {
+
+constexpr int kHalfTaps = 12;
+constexpr int kPast = kHalfTaps - 1;
+constexpr int kPairs = 160;
+constexpr Vek16s kForward[kHalfTaps] = {3, -11, 12, 32, -210, 951, 3876, -805, 362, -156, 53, -11};
+constexpr Vek16s kBackward[kHalfTaps] = {-11, 53, -156, 362, -805, 3876, 951, -210, 32, 12, -11, 3};
+
+// The samples of even and of odd index of a stretch, each behind its past.
+struct Phases {
+    alignas(32) Vek16s even[kPast + kPairs];
+    alignas(32) Vek16s odd[kPast + kPairs];
+    alignas(32) int32_t evenSums[kPairs];
+    alignas(32) int32_t oddSums[kPairs];
+
+    explicit Phases(const Vek16s* delay) {
+        for (int i = 0; i < kPast; ++i) {
+            even[i] = delay[2 * i];
+            odd[i] = delay[2 * i + 1];
+        }
+    }
+
+    void filter(int pairs) {
+        const FilterKernels& kernels = filterKernels();
+        kernels.fir32(kBackward, kPast, even + kPast, evenSums, pairs);
+        kernels.fir32(kForward, kPast, odd + kPast, oddSums, pairs);
+    }
+
+    void advance(int pairs) {
+        std::memmove(even, even + pairs, kPast * sizeof(Vek16s));
+        std::memmove(odd, odd + pairs, kPast * sizeof(Vek16s));
+    }
+
+    void keep(Vek16s* delay) const {
+        for (int i = 0; i < kPast; ++i) {
+            delay[2 * i] = even[i];
+            delay[2 * i + 1] = odd[i];
+        }
+    }
+};
+
+VekStatus check(const Vek16s* pSrc, const Vek16s* pDst, int len, const Vek16s* delay) {
+    if (anyNull(pSrc, pDst, delay)) {
+        return vekStsNullPtrErr;
+    }
+    return badLength(len) || len % 2 != 0 ? vekStsSizeErr : vekStsNoErr;
+}
+
+} // namespace
+
+VekStatus veksQMFEncode_G722_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek16s* delay) {
+    const VekStatus status = check(pSrc, pDst, len, delay);
+    if (status != vekStsNoErr) {
+        return status;
+    }
+    Phases p(delay);
+    for (int first = 0; first < len / 2; first += kPairs) {
+        const int pairs = std::min(kPairs, len / 2 - first);
+        for (int n = 0; n < pairs; ++n) {
+            p.even[kPast + n] = pSrc[2 * (first + n)];
+            p.odd[kPast + n] = pSrc[2 * (first + n) + 1];
+        }
+        p.filter(pairs);
+        for (int n = 0; n < pairs; ++n) {
+            pDst[2 * (first + n)] = static_cast<Vek16s>((p.oddSums[n] + p.evenSums[n]) >> 14);
+            pDst[2 * (first + n) + 1] = static_cast<Vek16s>((p.oddSums[n] - p.evenSums[n]) >> 14);
+        }
+        p.advance(pairs);
+    }
+    p.keep(delay);
+    return vekStsNoErr;
+}
+
+VekStatus veksQMFDecode_G722_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek16s* delay) {
+    const VekStatus status = check(pSrc, pDst, len, delay);
+    if (status != vekStsNoErr) {
+        return status;
+    }
+    Phases p(delay);
+    for (int first = 0; first < len / 2; first += kPairs) {
+        const int pairs = std::min(kPairs, len / 2 - first);
+        for (int n = 0; n < pairs; ++n) {
+            const int low = pSrc[2 * (first + n)];
+            const int high = pSrc[2 * (first + n) + 1];
+            p.even[kPast + n] = fix::sat16(low + high);
+            p.odd[kPast + n] = fix::sat16(low - high);
+        }
+        p.filter(pairs);
+        for (int n = 0; n < pairs; ++n) {
+            pDst[2 * (first + n)] = fix::sat16(p.oddSums[n] >> 11);
+            pDst[2 * (first + n) + 1] = fix::sat16(p.evenSums[n] >> 11);
+        }
+        p.advance(pairs);
+    }
+    p.keep(delay);
+    return vekStsNoErr;
+}

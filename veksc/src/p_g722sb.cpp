@@ -1,0 +1,128 @@
+// G.722: filter bank, sub-band ADPCM, and steps of the concealment of lost frames.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc;
+vkVector pDst;
+vkVector delay;
+vkVector pSrcDst;
+vkVector mem;
+krStepIterator<int> len;
+krStepIterator<int> mode;
+vkcGrid grid;
+VeksCodecState_G722* pEncMem;
+VeksCodecState_G722* pDecMem;
+int fr_class;
+
+// Samples that the decimation reads before its first output and behind its last, those before a pitch period, and the
+// history of the filter bank.
+constexpr int beside = 5;
+constexpr int before = 8;
+constexpr int bank = 24;
+
+class TimG722SB : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool createStates();
+
+    bool m_downsample = false;
+    bool m_highband = false;
+    bool m_classify = false;
+    bool m_qmfDecode = false;
+    bool m_decode = false;
+    bool m_qmfEncode = false;
+    bool m_encode = false;
+};
+
+bool TimG722SB::canStart() {
+    m_downsample = m_func.contains("veksDownsampleFilter_G722_16s");
+    m_highband = m_func.contains("veksFilterHighband_G722_16s_I");
+    m_classify = m_func.contains("veksClassifyFrame_G722_16s_I");
+    m_qmfDecode = m_func.contains("veksQMFDecode_G722_16s");
+    m_decode = m_func.contains("veksSBADPCMDecode_G722_16s");
+    m_qmfEncode = m_func.contains("veksQMFEncode_G722_16s");
+    m_encode = m_func.contains("veksSBADPCMEncode_G722_16s");
+    if (m_classify) {
+        vkcRebuild(len, "valDelay").set(80, 143, 63, '+');
+    } else {
+        vkcRebuild(len, "len").set(80, 320, 80, '+');
+    }
+    if (m_decode) {
+        vkcRebuild(mode, "mode").set(1, 3, 1, '+');
+        grid.begin({&len, &mode});
+    } else {
+        vkcFix(mode, 1);
+        grid.begin({&len});
+    }
+    for (vkVector* vector : {&pSrc, &pDst, &delay, &pSrcDst, &mem}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimG722SB::createStates() {
+    int size = 0;
+    if (m_encode) {
+        if (veksSBADPCMEncodeStateSize_G722_16s(&size) != vekStsNoErr) {
+            return false;
+        }
+        pEncMem = reinterpret_cast<VeksCodecState_G722*>(veksMalloc_8u(size));
+        return pEncMem != nullptr && veksSBADPCMEncodeInit_G722_16s(pEncMem) == vekStsNoErr;
+    }
+    if (m_decode || m_classify) {
+        if (veksSBADPCMDecodeStateSize_G722_16s(&size) != vekStsNoErr) {
+            return false;
+        }
+        pDecMem = reinterpret_cast<VeksCodecState_G722*>(veksMalloc_8u(size));
+        return pDecMem != nullptr && veksSBADPCMDecodeInit_G722_16s(pDecMem) == vekStsNoErr;
+    }
+    return true;
+}
+
+bool TimG722SB::canContinue() {
+    if (!grid.next(m_isFirst) || !createStates()) {
+        return false;
+    }
+    if (m_highband || m_classify) {
+        return pSrcDst.createVector(len.value() + (m_classify ? before : 0), setOne, 0, 0) &&
+               mem.createVector(2, setOne, 0, 0);
+    }
+    return pSrc.createVector(len.value() + (m_downsample ? 2 * beside : 0), setOne, 0, 0) &&
+           pDst.createVector(len.value(), setZero, 0, 0) &&
+           delay.createVector(m_qmfEncode || m_qmfDecode ? len.value() : bank, setOne, 0, 0);
+}
+
+void TimG722SB::flushData() {
+    veksFree(pEncMem);
+    pEncMem = nullptr;
+    veksFree(pDecMem);
+    pDecMem = nullptr;
+    for (vkVector* vector : {&mem, &pSrcDst, &delay, &pDst, &pSrc}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimG722SB, veksDownsampleFilter_G722_16s,
+       veksDownsampleFilter_G722_16s(pSrc.m_16s + beside, len.value(), pDst.m_16s))
+VK_REG(TimG722SB, veksFilterHighband_G722_16s_I, veksFilterHighband_G722_16s_I(pSrcDst.m_16s, len.value(), mem.m_16s))
+VK_REG(TimG722SB, veksClassifyFrame_G722_16s_I,
+       veksClassifyFrame_G722_16s_I(pSrcDst.m_16s + before, len.value(), &fr_class, pDecMem))
+VK_REG(TimG722SB, veksQMFDecode_G722_16s, veksQMFDecode_G722_16s(pSrc.m_16s, pDst.m_16s, len.value(), delay.m_16s))
+VK_REG(TimG722SB, veksSBADPCMDecode_G722_16s,
+       veksSBADPCMDecode_G722_16s(pSrc.m_16s, pDst.m_16s, len.value(), mode.value(), pDecMem))
+VK_REG(TimG722SB, veksQMFEncode_G722_16s, veksQMFEncode_G722_16s(pSrc.m_16s, pDst.m_16s, len.value(), delay.m_16s))
+VK_REG(TimG722SB, veksSBADPCMEncode_G722_16s, veksSBADPCMEncode_G722_16s(pSrc.m_16s, pDst.m_16s, len.value(), pEncMem))
