@@ -1,4 +1,4 @@
-// Codebooks of AMR-WB against independent open codecs. Their step functions are in no public
+// Codebooks, open-loop pitch and gains of AMR-WB against independent open codecs. Their step functions are in no public
 // header: they are declared here, and the packages' headers tell whether to link.
 #include <gtest/gtest.h>
 
@@ -12,13 +12,25 @@
 #include <vector>
 
 extern "C" {
+void voAWB_cor_h_x(int16_t* h, int16_t* x, int16_t* dn);
+void ACELP_2t64_fx(int16_t* dn, int16_t* cn, int16_t* h, int16_t* code, int16_t* y, int16_t* index);
+void ACELP_4t64_fx(int16_t* dn, int16_t* cn, int16_t* h, int16_t* code, int16_t* y, int16_t bits, int16_t size,
+                   int16_t* index);
 int16_t Pitch_fr4(int16_t* exc, int16_t* xn, int16_t* h, int16_t first, int16_t last, int16_t* fraction,
                   int16_t subframe, int16_t halves, int16_t wholes, int16_t n);
 void voAWB_Pred_lt4(int16_t* exc, int16_t lag, int16_t fraction, int16_t n);
+void voAWB_G_pitch(int16_t* xn, int16_t* y1, int16_t* coefficients, int16_t n);
+int16_t Q_gain2(int16_t* xn, int16_t* y1, int16_t format, int16_t* y2, int16_t* code, int16_t* coefficients, int16_t n,
+                int16_t bits, int16_t* pitch, int32_t* gain, int16_t clip, int16_t* memory);
 void dec_acelp_2p_in_64(int16_t index, int16_t* code);
 void dec_acelp_4p_in_64(int16_t* index, int16_t bits, int16_t* code);
 void Pred_lt4(int16_t* exc, int16_t lag, int16_t fraction, int16_t n);
 void lagconceal(int16_t* gains, int16_t* lags, int16_t* lag, int16_t* former, int16_t* seed, int16_t lost);
+int32_t Dot_product12(int16_t* x, int16_t* y, int16_t n, int16_t* exponent);
+void one_ov_sqrt_norm(int32_t* fraction, int16_t* exponent);
+void dec_gain2_amr_wb_init(int16_t* memory);
+void dec_gain2_amr_wb(int16_t index, int16_t bits, int16_t* code, int16_t n, int16_t* pitch, int32_t* gain, int16_t bfi,
+                      int16_t prevBfi, int16_t state, int16_t lost, int16_t history, int16_t* memory);
 }
 
 namespace {
@@ -29,6 +41,7 @@ constexpr VekSpchBitRate kRates[] = {VEK_SPCHBR_6600,  VEK_SPCHBR_8850,  VEK_SPC
                                      VEK_SPCHBR_14250, VEK_SPCHBR_15850, VEK_SPCHBR_18250,
                                      VEK_SPCHBR_19850, VEK_SPCHBR_23050, VEK_SPCHBR_23850};
 constexpr int16_t kCodeBits[] = {12, 20, 36, 44, 52, 64, 72, 88, 88};
+constexpr int16_t kFrameBits[] = {132, 177, 253, 285, 317, 365, 397, 461, 477};
 
 int pick(std::mt19937& random, int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random);
@@ -49,6 +62,36 @@ Samples response(std::mt19937& random, int first) {
     }
     h[0] = static_cast<int16_t>(first);
     return h;
+}
+
+TEST(AmrWbAlgebraicSearchOracle, HasTheSameBitsAtAllRates) {
+    std::mt19937 random(1);
+    for (int round = 0; round < 3000; ++round) {
+        for (size_t r = 0; r < 9; ++r) {
+            Samples h = response(random, round % 3 == 2 && r > 3 ? 16000 : 4096);
+            Samples x = noise(random, 64, -(8 << round % 9), 8 << round % 9);
+            Samples cn = noise(random, 64, -(8 << round % 8), 8 << round % 8);
+            Samples dn(64);
+            Samples code(64);
+            Samples y(64);
+            Samples want(8);
+            voAWB_cor_h_x(h.data(), x.data(), dn.data());
+            if (r == 0) {
+                ACELP_2t64_fx(dn.data(), cn.data(), h.data(), code.data(), y.data(), want.data());
+            } else {
+                ACELP_4t64_fx(dn.data(), cn.data(), h.data(), code.data(), y.data(), kCodeBits[r], kFrameBits[r],
+                              want.data());
+            }
+            Samples vector(64);
+            Samples filtered(64);
+            Samples got(8);
+            ASSERT_EQ(vekStsNoErr, veksAlgebraicCodebookSearch_AMRWB_16s(x.data(), cn.data(), h.data(), vector.data(),
+                                                                         filtered.data(), kRates[r], got.data()));
+            EXPECT_EQ(want, got) << "rate " << r << " round " << round;
+            EXPECT_EQ(code, vector) << "rate " << r;
+            EXPECT_EQ(y, filtered) << "rate " << r;
+        }
+    }
 }
 
 TEST(AmrWbAlgebraicDecodeOracle, HasTheSameVectorsAtAllRates) {
@@ -168,6 +211,93 @@ TEST(AmrWbConcealmentOracle, SubstitutesTheSameLags) {
         gains[4] = gain;
         ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookDecodeGain_AMRWB_16s(gain, state));
     }
+}
+
+TEST(AmrWbGainQuantOracle, HasTheSameIndexAndGains) {
+    std::mt19937 random(5);
+    for (int clip = 0; clip < 2; ++clip) {
+        for (const VekSpchBitRate rate : {VEK_SPCHBR_8850, VEK_SPCHBR_12650}) {
+            int16_t past[4] = {-14336, -14336, -14336, -14336};
+            int16_t theirPast[4] = {-14336, -14336, -14336, -14336};
+            for (int round = 0; round < 1000 && !testing::Test::HasFailure(); ++round) {
+                Samples x = noise(random, 64, -(16 << round % 8), 16 << round % 8);
+                Samples y1 = noise(random, 64, -(16 << round % 8), 16 << round % 8);
+                Samples y2 = noise(random, 64, -1024, 1024);
+                Samples code = noise(random, 64, -600, 600);
+                int16_t corr[4] = {};
+                voAWB_G_pitch(x.data(), y1.data(), corr, 64);
+                int16_t pitch = static_cast<int16_t>(pick(random, 0, 19661));
+                int16_t theirPitch = pitch;
+                int32_t want = 0;
+                const int16_t format = static_cast<int16_t>(pick(random, 0, 8));
+                const int16_t wantIndex =
+                    Q_gain2(x.data(), y1.data(), format, y2.data(), code.data(), corr, 64,
+                            rate == VEK_SPCHBR_8850 ? 6 : 7, &theirPitch, &want, static_cast<int16_t>(clip), theirPast);
+                int32_t got = 0;
+                int16_t index = 0;
+                ASSERT_EQ(vekStsNoErr, veksGainQuant_AMRWB_16s(x.data(), y1.data(), format, code.data(), y2.data(),
+                                                               corr, past, &pitch, &got, clip, &index, 64, rate));
+                EXPECT_EQ(wantIndex, index);
+                EXPECT_EQ(theirPitch, pitch);
+                EXPECT_EQ(want, got);
+                EXPECT_EQ(0, std::memcmp(past, theirPast, sizeof past));
+            }
+        }
+    }
+}
+
+// The inverse root of the energy a sample of a vector in Q9, Q12, as that decoder has it.
+int16_t inverseRoot(Samples& code) {
+    int16_t exponent = 0;
+    int32_t energy = Dot_product12(code.data(), code.data(), 64, &exponent);
+    exponent = static_cast<int16_t>(exponent - 18 - 6);
+    one_ov_sqrt_norm(&energy, &exponent);
+    return static_cast<int16_t>((exponent >= 3 ? energy << (exponent - 3) : energy >> (3 - exponent)) >> 16);
+}
+
+TEST(AmrWbGainDecodeOracle, HasTheSameGainsAndEnergiesInLostFramesToo) {
+    std::mt19937 random(6);
+    int16_t memory[23] = {};
+    dec_gain2_amr_wb_init(memory);
+    int16_t past[4] = {-14336, -14336, -14336, -14336};
+    int16_t former = 0;
+    int16_t pastCode = 0;
+    int16_t prevBfi = 0;
+    int bounded = 0;
+    for (int round = 0; round < 4000 && !testing::Test::HasFailure(); ++round) {
+        Samples code(64);
+        for (int i = 0; i < 2 << round % 4; ++i) {
+            code[static_cast<size_t>(pick(random, 0, 63))] = pick(random, 0, 1) == 0 ? 512 : -512;
+        }
+        const bool six = round / 50 % 2 == 0;
+        const int index = pick(random, 0, six ? 63 : 127);
+        const auto bfi = static_cast<int16_t>(pick(random, 0, 4) == 0);
+        int16_t wantPitch = 0;
+        int32_t want = 0;
+        // With a speech history the loss does not fade the code gain.
+        dec_gain2_amr_wb(static_cast<int16_t>(index), six ? 6 : 7, code.data(), 64, &wantPitch, &want, bfi, prevBfi, 0,
+                         0, 3, memory);
+        int16_t pitch = wantPitch;
+        if (bfi == 1) {
+            pastCode = memory[5];
+        }
+        int32_t got = 0;
+        const int16_t root = inverseRoot(code);
+        ASSERT_EQ(vekStsNoErr, veksDecodeGain_AMRWB_16s(index, root, &pitch, &got, bfi, prevBfi, past, &former,
+                                                        &pastCode, six ? VEK_SPCHBR_6600 : VEK_SPCHBR_23850));
+        EXPECT_EQ(wantPitch, pitch);
+        EXPECT_EQ(want, got) << round;
+        EXPECT_EQ(memory[5], pastCode);
+        EXPECT_EQ(memory[6], former);
+        if (bfi == 1) {
+            // That decoder halves the mean of the past energies and keeps the oldest one; TS 26.191 has it otherwise.
+            std::copy_n(memory, 4, past);
+        }
+        EXPECT_EQ(Samples(memory, memory + 4), Samples(past, past + 4));
+        bounded += bfi == 0 && prevBfi == 1 ? 1 : 0;
+        prevBfi = bfi;
+    }
+    EXPECT_GT(bounded, 300);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// Speech coding library of Vek: codebooks, open-loop pitch and excitation of AMR-WB (TS 26.190, the
+// Speech coding library of Vek: codebook searches and decoders, open-loop pitch and gains of AMR-WB (TS 26.190, the
 // arithmetic of TS 26.173). Subframes have 64 samples.
 //
 // All functions: vekStsNullPtrErr for a null pointer, vekStsBitRateErr for a rate that is none of the codec's,
@@ -17,6 +17,16 @@ extern "C" {
 // word's field are not looked at.
 VEK_API VekStatus veksAlgebraicCodebookDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstFixedCodevec,
                                                         VekSpchBitRate mode);
+
+// Search of the algebraic codebook: TS 26.190 5.8. Target Q0, residual after long-term prediction scaled alike
+// (12 bits), impulse response of the weighted synthesis, sharpened by the caller, Q12; it is kept as it is. The vector
+// and the filtered vector are Q9; from 15.85 kbit/s on a response with an energy above 8 is halved, and both vectors
+// with it. pDstIndex receives the words that the decoder above takes. At 23.05 kbit/s two starts are tried, at
+// 23.85 kbit/s one.
+VEK_API VekStatus veksAlgebraicCodebookSearch_AMRWB_16s(const Vek16s* pSrcFixedTarget, const Vek16s* pSrcLtpResidual,
+                                                        const Vek16s* pSrcDstImpulseResponse, Vek16s* pDstFixedVector,
+                                                        Vek16s* pDstFltFixedVector, VekSpchBitRate mode,
+                                                        Vek16s* pDstIndex);
 
 // What the concealment of lost lags remembers: the last five lags and gains, and a random seed.
 typedef struct VekAdaptiveCodebookState_AMRWB VekAdaptiveCodebookState_AMRWB;
@@ -66,6 +76,33 @@ VEK_API VekStatus veksOpenLoopPitchSearch_AMRWBE_16s(const Vek16s* pSrcWgtSpch, 
                                                      Vek16s* pDstOpenLoopLag, Vek16s* pToneFlag,
                                                      Vek16s* pDstOpenLoopGain, Vek16s* pSrcDstPrevPitchLag,
                                                      Vek16s* pLagSwitcher, int len, int minPitLag, int maxPitLag);
+
+// Both gains of a subframe, quantised together by 6 bits (6.6 and 8.85 kbit/s) or 7: TS 26.190 5.9. Target and filtered
+// adaptive vector in the format valFormat (0..15), fixed vector and its filtered form Q9; pSrcCorr holds mantissa and
+// exponent of the energy of the filtered adaptive vector, then of its product with the target. pSrcDstEnergyErr holds
+// the last four energies of the code gain, Q10. *pSrcDstPitchGain, the gain before quantisation, and the result are
+// Q14, the code gain Q16. valClipFlag 1 leaves out the pitch gains above 1. len 1..64.
+VEK_API VekStatus veksGainQuant_AMRWB_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcFltAdptVector, int valFormat,
+                                          const Vek16s* pSrcFixedVector, const Vek16s* pSrcFltFixedVector,
+                                          const Vek16s* pSrcCorr, Vek16s* pSrcDstEnergyErr, Vek16s* pSrcDstPitchGain,
+                                          Vek32s* pDstCodeGain, int valClipFlag, Vek16s* pDstQGainIndex, int len,
+                                          VekSpchBitRate mode);
+// The same of AMR-WB+ (TS 26.290 5.3): 7 bits, the code gain predicted by valMeanEnergy (dB, Q8) alone, all 128 entries
+// tried. The pitch gain is a result. *pDstCorrFactor receives the correction of the predicted code gain, Q11.
+VEK_API VekStatus veksGainQuant_AMRWBE_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcFltAdptVector, int valFormat,
+                                           const Vek16s* pSrcFixedVector, const Vek16s* pSrcFltFixedVector, int len,
+                                           const Vek16s* pSrcCorr, Vek16s valMeanEnergy, Vek16s* pSrcDstPitchGain,
+                                           Vek16s* pDstCorrFactor, Vek32s* pDstCodeGain, Vek16s* pDstQGainIndex);
+
+// Gains of a subframe from their index: TS 26.190 6.1. valQIndex fits 6 bits (6.6 and 8.85 kbit/s) or 7; valEnergy is
+// the inverse root of the fixed vector's energy a sample, Q12, not negative. Pitch gain Q14, code gain Q16.
+// pSrcDstPastEnergy as above. *pPrevCodeGain, Q3, bounds the code gain after a bad frame (prevBfi 1) to 1.25 of it and
+// receives the new one, as *pSrcDstPastCodeGain does. With bfi 1 the index is not looked at: the code gain is
+// *pSrcDstPastCodeGain, which the caller has faded, the pitch gain the one that the caller has put there, at most
+// 0.95; the energies fall by 3 dB.
+VEK_API VekStatus veksDecodeGain_AMRWB_16s(int valQIndex, Vek16s valEnergy, Vek16s* pDstPitchGain, Vek32s* pDstCodeGain,
+                                           int bfi, int prevBfi, Vek16s* pSrcDstPastEnergy, Vek16s* pPrevCodeGain,
+                                           Vek16s* pSrcDstPastCodeGain, VekSpchBitRate mode);
 
 // pDst[i] = (pSrc1[i] * val1 * 2^scaleFactor1 + pSrc2[i] * val2 * 2^scaleFactor2) / 65536, rounded: the excitation from
 // its two parts, TS 26.190 6.1 (7 for the code Q9 with its gain Q0, 2 for the adaptive vector with its gain Q14).

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/inverseroot.h"
 #include "sc/kernels/corr.h"
 
 namespace vek::amrwb {
@@ -20,12 +21,6 @@ inline Normal product(const int16_t* a, const int16_t* b, int n) {
     const int shift = fix::norm_l(sum);
     return {sum << shift, 30 - shift};
 }
-
-constexpr int16_t kInverseRoots[49] = {32767, 31790, 30894, 30070, 29309, 28602, 27945, 27330, 26755, 26214,
-                                       25705, 25225, 24770, 24339, 23930, 23541, 23170, 22817, 22479, 22155,
-                                       21845, 21548, 21263, 20988, 20724, 20470, 20225, 19988, 19760, 19539,
-                                       19326, 19119, 18919, 18725, 18536, 18354, 18176, 18004, 17837, 17674,
-                                       17515, 17361, 17211, 17064, 16921, 16782, 16646, 16514, 16384};
 
 // 1 / sqrt of a normalised number by 48 straight lines.
 inline Normal inverseRoot(Normal x) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/inverseroot.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/filter.h"
 #include "veksc_filter.h"
@@ -66,14 +67,6 @@ VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, V
     return vekStsNoErr;
 }
 
-// 2^14 / sqrt(x) for x = 16/64..64/64 in Q15: the published table.
-constexpr Vek16s kInvSqrt[49] = {
-    32767, 31790, 30894, 30070, 29309, 28602, 27945, 27330, 26755, 26214, 25705, 25225, 24770,
-    24339, 23930, 23541, 23170, 22817, 22479, 22155, 21845, 21548, 21263, 20988, 20724, 20470,
-    20225, 19988, 19760, 19539, 19326, 19119, 18919, 18725, 18536, 18354, 18176, 18004, 17837,
-    17674, 17515, 17361, 17211, 17064, 16921, 16782, 16646, 16514, 16384,
-};
-
 Vek32s invSqrt(Vek32s x) {
     if (x <= 0) {
         return 0x3fffffff;
@@ -88,7 +81,7 @@ Vek32s invSqrt(Vek32s x) {
     const int i = (x >> 25) - 16;
     const int fraction = (x >> 10) & 0x7fff;
     // Between two entries, which differ by less than 1000: nothing saturates.
-    const int32_t y = kInvSqrt[i] * 65536 - (kInvSqrt[i] - kInvSqrt[i + 1]) * fraction * 2;
+    const int32_t y = kInverseRoots[i] * 65536 - (kInverseRoots[i] - kInverseRoots[i + 1]) * fraction * 2;
     return y >> e;
 }
 

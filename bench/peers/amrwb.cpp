@@ -1,0 +1,172 @@
+// Codebooks, gains and open-loop pitch of AMR-WB beside an AMR-WB coder's and decoder's.
+#include "peers.h"
+
+#include "veksc.h"
+
+#include <cstring>
+
+#if __has_include(<vo-amrwbenc/enc_if.h>) && __has_include(<opencore-amrwb/dec_if.h>)
+extern "C" {
+void voAWB_cor_h_x(int16_t* h, int16_t* x, int16_t* dn);
+void ACELP_2t64_fx(int16_t* dn, int16_t* cn, int16_t* h, int16_t* code, int16_t* y, int16_t* index);
+void ACELP_4t64_fx(int16_t* dn, int16_t* cn, int16_t* h, int16_t* code, int16_t* y, int16_t bits, int16_t size,
+                   int16_t* index);
+int16_t Pitch_fr4(int16_t* exc, int16_t* xn, int16_t* h, int16_t first, int16_t last, int16_t* fraction,
+                  int16_t subframe, int16_t halves, int16_t wholes, int16_t n);
+void voAWB_Pred_lt4(int16_t* exc, int16_t lag, int16_t fraction, int16_t n);
+void voAWB_G_pitch(int16_t* xn, int16_t* y1, int16_t* coefficients, int16_t n);
+int16_t Q_gain2(int16_t* xn, int16_t* y1, int16_t format, int16_t* y2, int16_t* code, int16_t* coefficients, int16_t n,
+                int16_t bits, int16_t* pitch, int32_t* gain, int16_t clip, int16_t* memory);
+void dec_acelp_2p_in_64(int16_t index, int16_t* code);
+void dec_acelp_4p_in_64(int16_t* index, int16_t bits, int16_t* code);
+void Pred_lt4(int16_t* exc, int16_t lag, int16_t fraction, int16_t n);
+void dec_gain2_amr_wb_init(int16_t* memory);
+void dec_gain2_amr_wb(int16_t index, int16_t bits, int16_t* code, int16_t n, int16_t* pitch, int32_t* gain, int16_t bfi,
+                      int16_t prevBfi, int16_t state, int16_t lost, int16_t history, int16_t* memory);
+}
+
+namespace {
+
+struct Rate {
+    const char* search;
+    const char* decode;
+    VekSpchBitRate rate;
+    int16_t bits;
+    int16_t frame;
+};
+constexpr Rate rates[] = {
+    {"cor_h_x, ACELP_2t64_fx", "dec_acelp_2p_in_64", VEK_SPCHBR_6600, 12, 132},
+    {"cor_h_x, ACELP_4t64_fx 8.85", "dec_acelp_4p_in_64 8.85", VEK_SPCHBR_8850, 20, 177},
+    {"cor_h_x, ACELP_4t64_fx 12.65", "dec_acelp_4p_in_64 12.65", VEK_SPCHBR_12650, 36, 253},
+    {"cor_h_x, ACELP_4t64_fx 14.25", "dec_acelp_4p_in_64 14.25", VEK_SPCHBR_14250, 44, 285},
+    {"cor_h_x, ACELP_4t64_fx 15.85", "dec_acelp_4p_in_64 15.85", VEK_SPCHBR_15850, 52, 317},
+    {"cor_h_x, ACELP_4t64_fx 18.25", "dec_acelp_4p_in_64 18.25", VEK_SPCHBR_18250, 64, 365},
+    {"cor_h_x, ACELP_4t64_fx 19.85", "dec_acelp_4p_in_64 19.85", VEK_SPCHBR_19850, 72, 397},
+    {"cor_h_x, ACELP_4t64_fx 23.05", "dec_acelp_4p_in_64 23.05", VEK_SPCHBR_23050, 88, 461},
+    {"cor_h_x, ACELP_4t64_fx 23.85", "dec_acelp_4p_in_64 23.85", VEK_SPCHBR_23850, 88, 477},
+};
+
+Vek16s x[64];
+Vek16s residual[64];
+Vek16s h[64];
+Vek16s loudH[64];
+Vek16s work[64];
+Vek16s dn[64];
+Vek16s vector[64];
+Vek16s filtered[64];
+Vek16s words[8];
+Vek16s past[505];
+Vek16s exc[505];
+Vek16s open[2] = {60, 60};
+Vek16s bounds[2];
+Vek16s lag;
+Vek16s fraction;
+
+void fill() {
+    for (int i = 0; i < 64; ++i) {
+        x[i] = static_cast<Vek16s>(i * 7919 % 2001 - 1000);
+        residual[i] = static_cast<Vek16s>(i * 6101 % 1601 - 800);
+        h[i] = static_cast<Vek16s>(i == 0 ? 4096 : (i * 4999 % 4001 - 2000) * 5 / (5 + i));
+        loudH[i] = static_cast<Vek16s>(6 * h[i]);
+    }
+    for (int i = 0; i < 505; ++i) {
+        past[i] = static_cast<Vek16s>(i * 7333 % 3001 - 1500);
+    }
+}
+
+} // namespace
+
+PEER_ROWS(amrwb) {
+    fill();
+    for (const Rate& r : rates) {
+        peerRow(
+            "veksAlgebraicCodebookSearch_AMRWB_16s", r.search,
+            [&r] {
+                std::memcpy(work, h, sizeof h);
+                veksAlgebraicCodebookSearch_AMRWB_16s(x, residual, work, vector, filtered, r.rate, words);
+            },
+            [&r] {
+                std::memcpy(work, h, sizeof h);
+                voAWB_cor_h_x(work, x, dn);
+                if (r.bits == 12) {
+                    ACELP_2t64_fx(dn, residual, work, vector, filtered, words);
+                } else {
+                    ACELP_4t64_fx(dn, residual, work, vector, filtered, r.bits, r.frame, words);
+                }
+            });
+    }
+    static Vek16s codes[8] = {5, 17, 3, 30, 77, 99, 55, 3};
+    for (const Rate& r : rates) {
+        peerRow(
+            "veksAlgebraicCodebookDecode_AMRWB_16s", r.decode,
+            [&r] { veksAlgebraicCodebookDecode_AMRWB_16s(codes, vector, r.rate); },
+            [&r] {
+                if (r.bits == 12) {
+                    dec_acelp_2p_in_64(codes[0], vector);
+                } else {
+                    dec_acelp_4p_in_64(codes, r.bits, vector);
+                }
+            });
+    }
+    for (const Vek16s subframe : {Vek16s{0}, Vek16s{1}}) {
+        for (const VekSpchBitRate rate : {VEK_SPCHBR_8850, VEK_SPCHBR_12650}) {
+            const bool coarse = rate == VEK_SPCHBR_8850;
+            peerRow(
+                "veksAdaptiveCodebookSearch_AMRWB_16s", subframe == 0 ? "Pitch_fr4, Pred_lt4" : "the same, relative",
+                [rate, subframe] {
+                    std::memcpy(exc, past, sizeof past);
+                    bounds[0] = 112;
+                    veksAdaptiveCodebookSearch_AMRWB_16s(x, loudH, open, &lag, bounds, exc + 248, &fraction, words,
+                                                         subframe, rate);
+                },
+                [coarse, subframe] {
+                    std::memcpy(exc, past, sizeof past);
+                    lag = Pitch_fr4(exc + 248, x, loudH, 112, 127, &fraction, static_cast<int16_t>(64 * subframe),
+                                    coarse ? 34 : 128, coarse ? 92 : 160, 64);
+                    voAWB_Pred_lt4(exc + 248, lag, fraction, 65);
+                });
+        }
+    }
+    static int64_t memory[32];
+    auto* state = reinterpret_cast<VekAdaptiveCodebookState_AMRWB*>(memory);
+    veksAdaptiveCodebookDecodeInit_AMRWB_16s(state);
+    peerRow(
+        "veksAdaptiveCodebookDecode_AMRWB_16s", "Pred_lt4",
+        [state] {
+            veksAdaptiveCodebookDecode_AMRWB_16s(201, &fraction, exc + 248, &lag, bounds, 0, 0, 0, VEK_SPCHBR_12650,
+                                                 state);
+        },
+        [] { Pred_lt4(exc + 248, 84, 1, 65); });
+    static Vek16s corr[4];
+    static Vek16s energies[4];
+    static Vek32s gain;
+    voAWB_G_pitch(x, residual, corr, 64);
+    for (const VekSpchBitRate rate : {VEK_SPCHBR_8850, VEK_SPCHBR_12650}) {
+        peerRow(
+            "veksGainQuant_AMRWB_16s", "Q_gain2",
+            [rate] {
+                lag = 9000;
+                veksGainQuant_AMRWB_16s(x, residual, 2, vector, h, corr, energies, &lag, &gain, 0, words, 64, rate);
+            },
+            [rate] {
+                lag = 9000;
+                Q_gain2(x, residual, 2, h, vector, corr, 64, rate == VEK_SPCHBR_8850 ? 6 : 7, &lag, &gain, 0, energies);
+            });
+    }
+    // All entries against a window of half of them.
+    peerRow(
+        "veksGainQuant_AMRWBE_16s", "Q_gain2, half the entries",
+        [] { veksGainQuant_AMRWBE_16s(x, residual, 2, vector, h, 64, corr, 7000, &lag, &fraction, &gain, words); },
+        [] {
+            lag = 9000;
+            Q_gain2(x, residual, 2, h, vector, corr, 64, 7, &lag, &gain, 0, energies);
+        });
+    static Vek16s decoder[23];
+    static Vek16s former[2];
+    dec_gain2_amr_wb_init(decoder);
+    peerRow(
+        "veksDecodeGain_AMRWB_16s", "dec_gain2_amr_wb",
+        [] { veksDecodeGain_AMRWB_16s(50, 8192, &lag, &gain, 0, 0, energies, former, former + 1, VEK_SPCHBR_12650); },
+        [] { dec_gain2_amr_wb(50, 7, vector, 64, &lag, &gain, 0, 0, 0, 0, 0, decoder); });
+}
+#endif

@@ -1,0 +1,127 @@
+// Quantisers and decoder of the gains of the wide-band codec, by rate.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcDstPastEnergy;
+vkVector pPrevCodeGain;
+vkVector pSrcDstPastCodeGain;
+vkVector pSrcAdptTarget;
+vkVector pSrcFltAdptVector;
+vkVector pSrcFixedVector;
+vkVector pSrcFltFixedVector;
+vkVector pSrcCorr;
+vkVector pSrcDstEnergyErr;
+vkVector pSrcDstPitchGain;
+vkVector pDstQGainIndex;
+vkVector pDstCorrFactor;
+krStepIterator<int> bfi;
+krStepIterator<int> prevBfi;
+krStepIterator<int> lenSrc;
+krStepIterator<int> valClipFlag;
+krEnumIterator<VekSpchBitRate> mode;
+vkcGrid grid;
+Vek16s pDstPitchGain;
+Vek32s pDstCodeGain;
+
+// Fits the narrower field too.
+constexpr int valQIndex = 37;
+// 2 in Q12: a pulse in four samples.
+constexpr Vek16s valEnergy = 8192;
+
+class TimGAINQNTWB : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return m_decode ? lenSrc.value() : lenSrc.value() * 2; }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual bool setDecodeData();
+    virtual bool setQuantData();
+
+private:
+    bool m_decode = false;
+    bool m_extended = false;
+};
+
+bool TimGAINQNTWB::canStart() {
+    m_decode = m_func.contains("Decode");
+    m_extended = m_func.contains("AMRWBE");
+    vkcFix(bfi, 0);
+    vkcFix(prevBfi, 0);
+    vkcFix(valClipFlag, 0);
+    vkcRebuild(lenSrc, "Lenght").setList({64});
+    vkcRebuild(mode, "BitRate");
+    for (const VekSpchBitRate rate :
+         {VEK_SPCHBR_6600, VEK_SPCHBR_8850, VEK_SPCHBR_12650, VEK_SPCHBR_14250, VEK_SPCHBR_15850, VEK_SPCHBR_18250,
+          VEK_SPCHBR_19850, VEK_SPCHBR_23050, VEK_SPCHBR_23850, VEK_SPCHBR_DTX}) {
+        mode.add(rate);
+        mode.addValidation(rate);
+    }
+    if (m_decode) {
+        vkcRebuild(bfi, "bfi").set(0, 1, 1, '+');
+        vkcRebuild(prevBfi, "prevBfi").set(0, 1, 1, '+');
+    } else if (!m_extended) {
+        vkcRebuild(valClipFlag, "valClipFlag").set(0, 1, 1, '+');
+    }
+    if (m_extended) {
+        grid.begin({&lenSrc});
+    } else {
+        grid.begin({&mode, &bfi, &prevBfi, &lenSrc, &valClipFlag});
+    }
+    for (vkVector* vector : {&pSrcDstPastEnergy, &pPrevCodeGain, &pSrcDstPastCodeGain, &pSrcAdptTarget,
+                             &pSrcFltAdptVector, &pSrcFixedVector, &pSrcFltFixedVector, &pSrcCorr, &pSrcDstEnergyErr,
+                             &pSrcDstPitchGain, &pDstQGainIndex, &pDstCorrFactor}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimGAINQNTWB::canContinue() {
+    return grid.next(m_isFirst) && (m_decode ? setDecodeData() : setQuantData());
+}
+
+bool TimGAINQNTWB::setDecodeData() {
+    return pSrcDstPastEnergy.createVector(4, setRand, -16384, 16384) &&
+           pPrevCodeGain.createVector(1, setRand, -16384, 16384) &&
+           pSrcDstPastCodeGain.createVector(1, setRand, -16384, 16384);
+}
+
+bool TimGAINQNTWB::setQuantData() {
+    const int loud = m_extended ? 1024 : 4096;
+    return pSrcAdptTarget.createVector(lenSrc.value(), setRand, -4096, 4096) &&
+           pSrcFltAdptVector.createVector(lenSrc.value(), setRand, -4096, 4096) &&
+           pSrcFixedVector.createVector(lenSrc.value(), setRand, -loud, loud) &&
+           pSrcFltFixedVector.createVector(lenSrc.value(), setRand, -loud, loud) &&
+           pSrcCorr.createVector(4, setRand, 0, 32767) &&
+           pSrcDstEnergyErr.createVector(4, setRand, m_extended ? 0 : -32768, m_extended ? 8192 : 32767) &&
+           pSrcDstPitchGain.createVector(1, setRand, -15565, 15565) && pDstQGainIndex.createVector(1, setZero, 0, 0) &&
+           pDstCorrFactor.createVector(1, setZero, 0, 0);
+}
+
+void TimGAINQNTWB::flushData() {
+    for (vkVector* vector : {&pDstCorrFactor, &pDstQGainIndex, &pSrcDstPitchGain, &pSrcDstEnergyErr, &pSrcCorr,
+                             &pSrcFltFixedVector, &pSrcFixedVector, &pSrcFltAdptVector, &pSrcAdptTarget,
+                             &pSrcDstPastCodeGain, &pPrevCodeGain, &pSrcDstPastEnergy}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimGAINQNTWB, veksGainQuant_AMRWBE_16s,
+       veksGainQuant_AMRWBE_16s(pSrcAdptTarget.m_16s, pSrcFltAdptVector.m_16s, 14, pSrcFixedVector.m_16s,
+                                pSrcFltFixedVector.m_16s, lenSrc.value(), pSrcCorr.m_16s, pSrcDstEnergyErr.m_16s[1],
+                                pSrcDstPitchGain.m_16s, pDstCorrFactor.m_16s, &pDstCodeGain, pDstQGainIndex.m_16s))
+VK_REG(TimGAINQNTWB, veksDecodeGain_AMRWB_16s,
+       veksDecodeGain_AMRWB_16s(valQIndex, valEnergy, &pDstPitchGain, &pDstCodeGain, bfi.value(), prevBfi.value(),
+                                pSrcDstPastEnergy.m_16s, pPrevCodeGain.m_16s, pSrcDstPastCodeGain.m_16s, mode.value()))
+VK_REG(TimGAINQNTWB, veksGainQuant_AMRWB_16s,
+       veksGainQuant_AMRWB_16s(pSrcAdptTarget.m_16s, pSrcFltAdptVector.m_16s, 14, pSrcFixedVector.m_16s,
+                               pSrcFltFixedVector.m_16s, pSrcCorr.m_16s, pSrcDstEnergyErr.m_16s, pSrcDstPitchGain.m_16s,
+                               &pDstCodeGain, valClipFlag.value(), pDstQGainIndex.m_16s, lenSrc.value(), mode.value()))
