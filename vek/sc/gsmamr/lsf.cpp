@@ -3,12 +3,11 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
-#include "sc/g729/lsptables.h"
+#include "sc/gsmamr/linespectrum.h"
 #include "veksc_gsmamr.h"
 
 using namespace vek;
 using namespace vek::fix;
-using vek::g729::kCos;
 using vek::g729::kOrder;
 
 VekStatus veksInterpolate_GSMAMR_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len) {
@@ -35,10 +34,7 @@ VekStatus veksLSFToLSP_GSMAMR_16s(const Vek16s* pLSF, Vek16s* pLSP) {
         if (static_cast<unsigned>(frequency) > half) {
             return vekStsRangeErr;
         }
-        const int step = frequency >> 8;
-        // The last step has no next one, and nothing lies within it.
-        const int rise = kCos[step + 1 - (step >> 6)] - kCos[step];
-        lsp[i] = static_cast<Vek16s>(kCos[step] + (rise * (frequency & 0xff) >> 8));
+        lsp[i] = gsmamr::lspOf(frequency);
     }
     std::copy_n(lsp, kOrder, pLSP);
     return vekStsNoErr;

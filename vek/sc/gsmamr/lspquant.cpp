@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "sc/common/signal_check.h"
-#include "sc/g729/lsptables.h"
 #include "sc/gsmamr/linespectrum.h"
 #include "sc/kernels/vq.h"
 #include "veksc_g729lp.h"
@@ -161,12 +160,8 @@ void keepApart(Vek16s* lsf) {
 }
 
 void lsfToLsp(const Vek16s* lsf, Vek16s* lsp) {
-    constexpr int kSteps = 64;
     for (int i = 0; i < kOrder; ++i) {
-        const int frequency = std::clamp<int>(lsf[i], 0, kSteps << 8);
-        const int place = frequency >> 8;
-        const int slope = place == kSteps ? 0 : g729::kCos[place + 1] - g729::kCos[place];
-        lsp[i] = static_cast<Vek16s>(g729::kCos[place] + ((slope * (frequency & 0xff)) >> 8));
+        lsp[i] = lspOf(std::clamp<int>(lsf[i], 0, 1 << 14));
     }
 }
 
