@@ -17,6 +17,9 @@ void voAWB_Pred_lt4(int16_t* exc, int16_t lag, int16_t fraction, int16_t n);
 void voAWB_G_pitch(int16_t* xn, int16_t* y1, int16_t* coefficients, int16_t n);
 int16_t Q_gain2(int16_t* xn, int16_t* y1, int16_t format, int16_t* y2, int16_t* code, int16_t* coefficients, int16_t n,
                 int16_t bits, int16_t* pitch, int32_t* gain, int16_t clip, int16_t* memory);
+int16_t Pitch_med_ol(int16_t* speech, void* coder, int16_t n);
+int16_t Med_olag(int16_t lag, int16_t* lags);
+void Hp_wsp(int16_t* speech, int16_t* filtered, int16_t n, int16_t* memory);
 void dec_acelp_2p_in_64(int16_t index, int16_t* code);
 void dec_acelp_4p_in_64(int16_t* index, int16_t bits, int16_t* code);
 void Pred_lt4(int16_t* exc, int16_t lag, int16_t fraction, int16_t n);
@@ -137,6 +140,28 @@ PEER_ROWS(amrwb) {
                                                  state);
         },
         [] { Pred_lt4(exc + 248, 84, 1, 65); });
+    // That search high-passes the speech by itself, so ours is given the same filter.
+    static Vek16s coder[4096];
+    static Vek16s lags[5] = {40, 40, 40, 40, 40};
+    static Vek16s passed[243];
+    static Vek16s memory9[9];
+    static Vek16s values[6] = {40, 30000, 0, 0, 0, 1};
+    for (const int n : {64, 128}) {
+        peerRow(
+            "veksOpenLoopPitchSearch_AMRWB_16s", "Pitch_med_ol, Med_olag",
+            [n] {
+                Hp_wsp(past + 115, passed + 115, static_cast<int16_t>(n), memory9);
+                values[5] = 1;
+                veksOpenLoopPitchSearch_AMRWB_16s(past + 115, passed + 115, values, values + 1, values + 2, values + 3,
+                                                  values + 4, lags, values + 5, n);
+            },
+            [n] {
+                coder[627] = 40;
+                coder[630] = 1;
+                const Vek16s found = Pitch_med_ol(past + 115, coder, static_cast<int16_t>(n));
+                coder[627] = Med_olag(found, lags);
+            });
+    }
     static Vek16s corr[4];
     static Vek16s energies[4];
     static Vek32s gain;

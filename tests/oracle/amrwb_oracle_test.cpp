@@ -22,6 +22,8 @@ void voAWB_Pred_lt4(int16_t* exc, int16_t lag, int16_t fraction, int16_t n);
 void voAWB_G_pitch(int16_t* xn, int16_t* y1, int16_t* coefficients, int16_t n);
 int16_t Q_gain2(int16_t* xn, int16_t* y1, int16_t format, int16_t* y2, int16_t* code, int16_t* coefficients, int16_t n,
                 int16_t bits, int16_t* pitch, int32_t* gain, int16_t clip, int16_t* memory);
+int16_t Pitch_med_ol(int16_t* speech, void* coder, int16_t n);
+int16_t Med_olag(int16_t lag, int16_t* lags);
 void dec_acelp_2p_in_64(int16_t index, int16_t* code);
 void dec_acelp_4p_in_64(int16_t* index, int16_t bits, int16_t* code);
 void Pred_lt4(int16_t* exc, int16_t lag, int16_t fraction, int16_t n);
@@ -210,6 +212,78 @@ TEST(AmrWbConcealmentOracle, SubstitutesTheSameLags) {
         std::memmove(gains, gains + 1, 4 * sizeof(int16_t));
         gains[4] = gain;
         ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookDecodeGain_AMRWB_16s(gain, state));
+    }
+}
+
+// Where a coder's record keeps what its open-loop search remembers, in elements.
+struct CoderRecord {
+    static constexpr size_t kMedian = 627;
+    static constexpr size_t kLags = kMedian + 4;
+    static constexpr size_t kHighPassed = kLags + 14;
+    static constexpr size_t kLongest = 115;
+
+    Samples all = Samples(4096);
+    int16_t& median() { return all[kMedian]; }
+    int16_t& gain() { return all[kMedian + 1]; }
+    int16_t& weight() { return all[kMedian + 2]; }
+    int16_t& near() { return all[kMedian + 3]; }
+    int16_t* lags() { return all.data() + kLags; }
+    Samples::iterator highPassed() { return all.begin() + kHighPassed; }
+};
+
+TEST(AmrWbOpenLoopOracle, HasTheSameLagGainAndMemory) {
+    std::mt19937 random(7);
+    for (const int n : {64, 128}) {
+        CoderRecord coder;
+        coder.median() = 40;
+        std::fill_n(coder.lags(), 5, int16_t{40});
+        int16_t median = 40;
+        int16_t strength = 0;
+        int16_t near = 0;
+        int16_t tone = 0;
+        int16_t lags[5] = {40, 40, 40, 40, 40};
+        Samples speech(115);
+        int voiced = 0;
+        for (int round = 0; round < 600 && !testing::Test::HasFailure(); ++round) {
+            // Stretches of a drifting period, others of noise, loud and soft.
+            const int loud = 16 << round / 8 % 9;
+            const auto period = static_cast<size_t>(20 + round / 16 * 37 % 90);
+            for (int i = 0; i < n; ++i) {
+                const int fresh = pick(random, -loud, loud);
+                const int before = speech[speech.size() - period];
+                const int v = round % 16 < 11 ? before * 29 / 32 + fresh / 5 : fresh;
+                speech.push_back(static_cast<int16_t>(std::min(std::max(v, -8000), 8000)));
+            }
+            Samples filtered(coder.highPassed(), coder.highPassed() + 115);
+            const int16_t want = Pitch_med_ol(speech.data() + 115, coder.all.data(), static_cast<int16_t>(n));
+            filtered.insert(filtered.end(), coder.highPassed() + 115, coder.highPassed() + 115 + n);
+            if (coder.gain() == -32768) {
+                coder.gain() = 32767; // that coder's gain of 1 has no saturation
+            }
+            if (coder.gain() > 19661) {
+                coder.median() = Med_olag(want, coder.lags());
+                coder.weight() = 32767;
+                ++voiced;
+            } else {
+                coder.weight() = static_cast<int16_t>(coder.weight() * 29491 >> 15);
+            }
+            coder.near() = coder.weight() >= 26214 ? 1 : 0;
+            int16_t lag = 0;
+            int16_t gain = 0;
+            ASSERT_EQ(vekStsNoErr,
+                      veksOpenLoopPitchSearch_AMRWB_16s(speech.data() + 115, filtered.data() + 115, &median, &strength,
+                                                        &lag, &tone, &gain, lags, &near, n));
+            EXPECT_EQ(want, lag) << round;
+            EXPECT_EQ(coder.gain(), gain) << round;
+            EXPECT_EQ(coder.median(), median);
+            EXPECT_EQ(coder.weight(), strength);
+            EXPECT_EQ(coder.near(), near);
+            EXPECT_EQ(Samples(coder.lags(), coder.lags() + 5), Samples(lags, lags + 5));
+            EXPECT_EQ(gain > 21298 ? 0x4000 : 0, tone & 0x4000);
+            speech.erase(speech.begin(), speech.begin() + n);
+        }
+        EXPECT_GT(voiced, 60);
+        EXPECT_LT(voiced, 540);
     }
 }
 

@@ -1,11 +1,12 @@
 // Search of the algebraic codebook: signs from the target and the residual, then pulses in pairs on neighbouring
 // tracks, or one pair on two tracks at the lowest rate.
 #include <algorithm>
-#include <cstdlib>
 
 #include "sc/amrwb/normal.h"
 #include "sc/amrwb/pulselayout.h"
 #include "sc/common/signal_check.h"
+#include "sc/kernels/filter.h"
+#include "sc/kernels/widepulses.h"
 #include "veksc_amrwb.h"
 
 namespace {
@@ -101,11 +102,6 @@ struct Field {
     }
 };
 
-// A product with a sign of 32767 or -32768, as 16 bits have it.
-inline int signedHalf(int v, int sign) {
-    return sign > 0 ? (v * 32767) >> 15 : -v;
-}
-
 void writePair(const Vek16s* h, const Field& field, const int* at, Vek16s* vector, Vek16s* filtered, Vek16s* words) {
     std::fill_n(vector, kLen, Vek16s{0});
     int word = 0;
@@ -124,72 +120,117 @@ void writePair(const Vek16s* h, const Field& field, const int* at, Vek16s* vecto
     }
 }
 
-// Elements of the response's matrix, in the distance and the later of two positions counted from the end.
-struct Matrix {
-    Vek16s rows[kLen][kLen];
-    // Halves of the energies, rounded on their own.
-    Vek16s halves[kLen];
+// A response with its mirror image, both followed by zeros.
+struct Response {
+    alignas(32) Vek16s up[2 * kLen] = {};
+    alignas(32) Vek16s down[2 * kLen] = {};
 
+    Response(const Vek16s* h, int shift) {
+        for (int i = 0; i < kLen; ++i) {
+            up[i] = static_cast<Vek16s>(h[i] >> shift);
+            down[i] = negate(up[i]);
+        }
+    }
+};
+
+// Correlations of the response with itself, by the distance of two positions and the later one counted from the end.
+class Matrix {
+public:
     explicit Matrix(const Vek16s* h) {
+        const int64_t energy = corrKernels().dot16(h, h, kLen);
+        if (energy < (1 << 30) - 0x8000) {
+            widePulseKernels().rows(h, m_rows);
+            return;
+        }
         int64_t sum[kLen];
         std::fill_n(sum, kLen, 0x8000);
         for (int m = 0; m < kLen; ++m) {
             for (int d = 0; d < kLen - m; ++d) {
                 sum[d] = sat32(sum[d] + 2 * h[m] * int64_t{h[m + d]});
-                rows[m][d] = static_cast<Vek16s>(sum[d] >> 16);
+                m_rows[m * kLen + d] = static_cast<Vek16s>(sum[d] >> 16);
             }
-            halves[m] = static_cast<Vek16s>(sat32(sum[0] + 0x8000) >> 17);
         }
     }
-    int half(int i) const { return halves[kLen - 1 - i]; }
-    int at(int i, int j) const { return rows[kLen - 1 - std::max(i, j)][std::abs(i - j)]; }
+    Vek16s energy(int i) const { return m_rows[(kLen - 1 - i) * kLen]; }
+
+    // Correlations between the positions of two tracks, signs taken out: 32767 for equal signs, else -32768.
+    template <int Step>
+    void between(int first, int second, const Vek16s* sign, Vek16s* out) const {
+        constexpr int kCount = kLen / Step;
+        for (int a = 0; a < kCount; ++a) {
+            const int i = Step * a + first;
+            const Vek16s* row = m_rows + (kLen - 1 - i) * kLen + i - second;
+            const int before = second < first ? a + 1 : a;
+            for (int b = 0; b < before; ++b) {
+                out[b] = turned(row[-Step * b], sign[i] * sign[Step * b + second]);
+            }
+            for (int b = before; b < kCount; ++b) {
+                const int j = Step * b + second;
+                out[b] = turned(m_rows[(kLen - 1 - j) * kLen + j - i], sign[i] * sign[j]);
+            }
+            out += kCount;
+        }
+    }
+
+private:
+    static Vek16s turned(int v, int sign) {
+        return static_cast<Vek16s>(sign > 0 ? (v * 32767) >> 15 : std::min(-v, 32767));
+    }
+
+    alignas(32) Vek16s m_rows[(kLen + 1) * kLen];
 };
 
-void searchPair(const Field& field, const Matrix& matrix, int* found) {
-    int best = -1;
-    int bestEnergy = 1;
-    found[0] = 0;
-    found[1] = 1;
-    for (int i = 0; i < kLen; i += kPairTracks) {
-        for (int j = 1; j < kLen; j += kPairTracks) {
-            const int c = sat16(field.dn[i] + field.dn[j]);
-            const int square = sat16((c * c) >> 15);
-            const int cross = signedHalf(matrix.at(i, j), field.sign[i] * field.sign[j]);
-            const int energy = sat16(matrix.half(i) + matrix.half(j) + cross);
-            if (int64_t{bestEnergy} * square > int64_t{best} * energy) {
-                best = square;
-                bestEnergy = energy;
-                found[0] = i;
-                found[1] = j;
-            }
-        }
+// One pulse on the even positions and one on the odd ones.
+void searchPair(const Vek16s* h, const Field& field, int* found) {
+    constexpr int kLanes = kLen / kPairTracks;
+    constexpr int8_t kAll[kLanes] = {};
+    const Response response(h, 0);
+    const Matrix matrix(response.up);
+    alignas(32) Vek16s dn[kPairTracks][kLanes];
+    alignas(32) Vek16s energy[kPairTracks][kLanes];
+    alignas(32) Vek16s between[kLanes * kLanes];
+    int64_t sum = 0x8000;
+    for (int i = kLen - 1; i >= 0; --i) {
+        // Halves of the energies, rounded on their own.
+        sum = std::min(sum + int64_t{h[kLen - 1 - i]} * h[kLen - 1 - i], int64_t{kMax32 / 2});
+        energy[i % kPairTracks][i / kPairTracks] = static_cast<Vek16s>(sum >> 16);
+        dn[i % kPairTracks][i / kPairTracks] = field.dn[i];
     }
+    matrix.between<kPairTracks>(0, 1, field.sign, between);
+    WideBest best{-1, 1, 0, 0, 0};
+    widePulseKernels().pair32({dn[0], dn[1], energy[0], energy[1], between, kAll, 1, 0, 0, 0, 0}, best);
+    found[0] = kPairTracks * best.first;
+    found[1] = kPairTracks * best.second + 1;
 }
 
 class Search {
 public:
     Search(const Vek16s* h, Field& field, const Plan& plan, Rate rate)
-        : m_field(field), m_plan(plan), m_rate(rate), m_shift(shiftOf(h, plan.pulses)), m_matrix(scaled(h)) {
-        std::fill_n(m_rank, kLen, kCandidates);
-        // The positions of each track in the order of the mix; the first eight are candidates.
+        : m_field(field), m_plan(plan), m_rate(rate), m_shift(shiftOf(h, plan.pulses)), m_h(h, m_shift) {
+        const Matrix matrix(m_h.up);
         for (int t = 0; t < kTracks; ++t) {
-            Vek16s left[kLen];
-            std::copy_n(field.mix, kLen, left);
-            for (int k = 0; k < kCandidates; ++k) {
-                int at = t;
-                for (int i = t; i < kLen; i += kTracks) {
-                    at = left[i] > left[at] ? i : at;
-                }
-                left[at] = -1;
-                m_rank[at] = k;
-                m_peak[t] = k == 0 ? at : m_peak[t];
+            matrix.between<kTracks>(t, (t + 1) % kTracks, field.sign, m_between[t]);
+            Vek16s left[kTrackPositions];
+            for (int k = 0; k < kTrackPositions; ++k) {
+                const int at = kTracks * k + t;
+                m_dn[t][k] = field.dn[at];
+                m_energy[t][k] = matrix.energy(at);
+                m_rank[t][k] = kCandidates;
+                left[k] = field.mix[at];
+            }
+            // The positions of the track in the order of the mix; the first eight are candidates.
+            for (int rank = 0; rank < kCandidates; ++rank) {
+                const auto k = std::max_element(left, left + kTrackPositions) - left;
+                left[k] = -1;
+                m_rank[t][k] = static_cast<int8_t>(rank);
+                m_peak[t] = rank == 0 ? kTracks * static_cast<int>(k) + t : m_peak[t];
             }
         }
     }
 
     void run() {
-        Vek16s bestSquare = -1;
-        Vek16s bestEnergy = 1;
+        int bestSquare = -1;
+        int bestEnergy = 1;
         for (int i = 0; i < m_plan.pulses; ++i) {
             m_best[i] = i;
         }
@@ -197,10 +238,10 @@ public:
             int tracks[kMostPulses];
             order(start, tracks);
             int at[kMostPulses];
-            const auto [square, energy] = once(tracks, at);
-            if (L_msu(L_mult(bestEnergy, square), bestSquare, energy) > 0) {
-                bestSquare = square;
-                bestEnergy = energy;
+            const WideBest last = once(tracks, at);
+            if (bestEnergy * last.square > bestSquare * last.energy) {
+                bestSquare = last.square;
+                bestEnergy = last.energy;
                 std::copy_n(at, m_plan.pulses, m_best);
                 std::copy_n(m_response, kLen, m_bestResponse);
             }
@@ -235,21 +276,8 @@ public:
     }
 
 private:
-    struct Measure {
-        Vek16s square;
-        Vek16s energy;
-    };
-
     static int shiftOf(const Vek16s* h, int pulses) {
         return pulses >= 12 && sat32(2 * corrKernels().dot16(h, h, kLen)) >> 16 > 0x1000 ? 1 : 0;
-    }
-
-    const Vek16s* scaled(const Vek16s* h) {
-        std::fill_n(m_h, kLen + kCorrPadding, Vek16s{0});
-        for (int i = 0; i < kLen; ++i) {
-            m_h[i] = static_cast<Vek16s>(h[i] >> m_shift);
-        }
-        return m_h;
     }
 
     void order(int start, int* tracks) const {
@@ -267,10 +295,8 @@ private:
     }
 
     void addResponse(int at) {
-        const int sign = m_field.sign[at];
-        for (int i = at; i < kLen; ++i) {
-            m_response[i] = sat16(m_response[i] + sat16(sign * m_h[i - at]));
-        }
+        const Vek16s* h = m_field.sign[at] > 0 ? m_h.up : m_h.down;
+        filterKernels().weighted(m_response + at, 1, h, 1, m_response + at, kLen - at, 0, 0);
     }
 
     // Correlation of the response so far with the one from each position of a track, and that one's energy.
@@ -278,82 +304,62 @@ private:
         const CorrKernels& kernels = corrKernels();
         for (int k = 0; k < kTrackPositions; ++k) {
             const int at = kTracks * k + track;
-            const int64_t sum = kernels.dot16(m_h, m_response + at, kLen - at);
-            const int v = round_s(L_shl(sat32(2 * sum), 1));
-            out[k] = sat16(signedHalf(v, m_field.sign[at]) + m_matrix.at(at, at));
+            const int v = round_s(L_shl(sat32(2 * kernels.dot16(m_h.up, m_response + at, kLen - at)), 1));
+            const int turned = m_field.sign[at] > 0 ? (v * 32767) >> 15 : -v;
+            out[k] = sat16(turned + m_energy[track][k]);
         }
     }
 
-    Measure once(const int* tracks, int* at) {
+    WideBest once(const int* tracks, int* at) {
         std::fill_n(m_response, kLen + kCorrPadding, Vek16s{0});
-        int correlation = 0;
-        Vek16s energy = 0;
+        WideBest last{-1, 0, 0, 0, 0};
         for (int i = 0; i < m_plan.fixed; ++i) {
             at[i] = m_peak[tracks[i]];
-            correlation = sat16(correlation + m_field.dn[at[i]]);
+            last.correlation = sat16(last.correlation + m_field.dn[at[i]]);
             addResponse(at[i]);
         }
         if (m_plan.fixed == 2) {
-            int64_t sum = int64_t{m_matrix.at(at[0], at[0])} * 8192 + int64_t{m_matrix.at(at[1], at[1])} * 8192;
-            sum += int64_t{signedHalf(m_matrix.at(at[0], at[1]), m_field.sign[at[0]] * m_field.sign[at[1]])} * 16384;
-            energy = round_s(sat32(sum));
+            const int t = tracks[0];
+            const int i = at[0] / kTracks;
+            const int j = at[1] / kTracks;
+            const int sum = m_energy[t][i] + m_energy[tracks[1]][j] + 2 * m_between[t][i * kTrackPositions + j];
+            last.energy = sat16((sum + 4) >> 3);
         } else if (m_plan.fixed == 4) {
-            energy = round_s(sat32(2 * corrKernels().dot16(m_response, m_response, kLen)) >> 3);
+            last.energy = round_s(sat32(2 * corrKernels().dot16(m_response, m_response, kLen)) >> 3);
         }
-        Measure last{};
         for (int i = m_plan.fixed, stage = 0; i < m_plan.pulses; i += 2, ++stage) {
-            last = pair(tracks + i, m_plan.tried[stage], correlation, energy, at + i);
+            pair(tracks[i], tracks[i + 1], m_plan.tried[stage], last);
+            at[i] = kTracks * last.first + tracks[i];
+            at[i + 1] = kTracks * last.second + tracks[i + 1];
             addResponse(at[i]);
             addResponse(at[i + 1]);
         }
         return last;
     }
 
-    Measure pair(const int* tracks, int tried, int& correlation, Vek16s& energy, int* at) {
-        Vek16s first[kTrackPositions];
-        Vek16s second[kTrackPositions];
-        cross(tracks[0], first);
-        cross(tracks[1], second);
-        const int32_t base = L_add(L_deposit_h(energy), 0x8000);
-        Measure best{-1, 1};
-        int found = correlation;
-        at[0] = tracks[0];
-        at[1] = tracks[1];
-        for (int k = 0; k < kTrackPositions; ++k) {
-            const int i = kTracks * k + tracks[0];
-            if (m_rank[i] >= tried) {
-                continue;
-            }
-            const int64_t own = base + int64_t{first[k]} * 8192;
-            const int c1 = correlation + m_field.dn[i];
-            for (int l = 0; l < kTrackPositions; ++l) {
-                const int j = kTracks * l + tracks[1];
-                const int r = signedHalf(m_matrix.at(i, j), m_field.sign[i] * m_field.sign[j]);
-                const auto e = static_cast<Vek16s>(sat32(own + int64_t{second[l]} * 8192 + int64_t{r} * 16384) >> 16);
-                const int c = sat16(c1 + m_field.dn[j]);
-                const Vek16s square = sat16((c * c) >> 15);
-                if (best.energy * square > best.square * e) {
-                    best = {square, e};
-                    found = c;
-                    at[0] = i;
-                    at[1] = j;
-                }
-            }
-        }
-        correlation = found;
-        energy = best.energy;
-        return best;
+    void pair(int t, int next, int tried, WideBest& last) const {
+        alignas(32) Vek16s first[kTrackPositions];
+        alignas(32) Vek16s second[kTrackPositions];
+        cross(t, first);
+        cross(next, second);
+        // Eighths of an energy, and half of one.
+        const WidePair both{m_dn[t],          m_dn[next],          first, second, m_between[t], m_rank[t], tried,
+                            last.correlation, 8 * last.energy + 4, 1,     3};
+        last = {-1, 1, last.correlation, 0, 0};
+        widePulseKernels().pair16(both, last);
     }
 
     const Field& m_field;
     const Plan m_plan;
     const Rate m_rate;
     const int m_shift;
-    alignas(32) Vek16s m_h[kLen + kCorrPadding];
+    const Response m_h;
     alignas(32) Vek16s m_response[kLen + kCorrPadding] = {};
+    alignas(32) Vek16s m_between[kTracks][kTrackPositions * kTrackPositions];
+    alignas(32) Vek16s m_dn[kTracks][kTrackPositions];
+    alignas(32) Vek16s m_energy[kTracks][kTrackPositions];
+    int8_t m_rank[kTracks][kTrackPositions];
     Vek16s m_bestResponse[kLen] = {};
-    const Matrix m_matrix;
-    int m_rank[kLen];
     int m_peak[kTracks] = {};
     int m_best[kMostPulses] = {};
 };
@@ -377,7 +383,7 @@ VekStatus veksAlgebraicCodebookSearch_AMRWB_16s(const Vek16s* pSrcFixedTarget, c
     field.setSigns(pSrcLtpResidual, plan.weight);
     if (rate == Rate::R660) {
         int at[kPairTracks];
-        searchPair(field, Matrix(pSrcDstImpulseResponse), at);
+        searchPair(pSrcDstImpulseResponse, field, at);
         writePair(pSrcDstImpulseResponse, field, at, pDstFixedVector, pDstFltFixedVector, pDstIndex);
         return vekStsNoErr;
     }

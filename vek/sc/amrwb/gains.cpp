@@ -6,6 +6,7 @@
 #include "sc/amrwb/tables.h"
 #include "sc/common/logarithm.h"
 #include "sc/common/signal_check.h"
+#include "sc/kernels/widepulses.h"
 #include "veksc_amrwb.h"
 
 namespace {
@@ -68,58 +69,25 @@ Vek16s energyOf(Vek16s correction) {
 }
 
 // The squared error as a form in the two gains: aligned coefficients of (pitch^2, pitch, code^2, code, both).
-class Error {
-public:
-    Error(const Vek16s* x, const Vek16s* y1, int format, const Vek16s* y2, const Vek16s* corr, int len, int exponent) {
-        const Normal own = product(y2, y2, len);
-        const Normal target = product(x, y2, len);
-        const Normal cross = product(y1, y2, len);
-        const Vek16s mantissa[kTerms] = {corr[0], negate(corr[2]), extract_h(own.mantissa),
+GainForm errorForm(const Vek16s* x, const Vek16s* y1, int format, const Vek16s* y2, const Vek16s* corr, int len,
+                   int exponent) {
+    const Normal own = product(y2, y2, len);
+    const Normal target = product(x, y2, len);
+    const Normal cross = product(y1, y2, len);
+    const Vek16s mantissa[kGainTerms] = {corr[0], negate(corr[2]), extract_h(own.mantissa),
                                          extract_h(L_negate(target.mantissa)), extract_h(cross.mantissa)};
-        const int scale[kTerms] = {corr[1] - 13, corr[3] + 1 - 14, own.exponent - 18 + 2 * format + 15 + 2 * exponent,
+    const int scale[kGainTerms] = {corr[1] - 13, corr[3] + 1 - 14, own.exponent - 18 + 2 * format + 15 + 2 * exponent,
                                    target.exponent - 8 + format + exponent, cross.exponent - 8 + format + exponent + 1};
-        const int top = *std::max_element(scale, scale + kTerms);
-        for (int i = 0; i < kTerms; ++i) {
-            L_Extract(L_shr(L_deposit_h(mantissa[i]), top - scale[i] + 2), m_high[i], m_low[i]);
-            m_low[i] = shr(m_low[i], 3);
-        }
+    const int top = *std::max_element(scale, scale + kGainTerms);
+    GainForm form;
+    for (int i = 0; i < kGainTerms; ++i) {
+        Vek16s high = 0;
+        Vek16s low = 0;
+        L_Extract(L_shr(L_deposit_h(mantissa[i]), top - scale[i] + 2), high, low);
+        form.high[i] = high;
+        form.low[i] = low >> 3;
     }
-
-    int32_t at(Vek16s pitch, Vek16s code) const {
-        const Vek16s pitch2 = mult_r(pitch, pitch);
-        const Vek16s both = mult_r(code, pitch);
-        Vek16s code2 = 0;
-        Vek16s code2Low = 0;
-        L_Extract(L_mult(code, code), code2, code2Low);
-        const Vek16s terms[kTerms] = {pitch2, pitch, code2, code, both};
-        int32_t sum = L_shr(L_mult(m_high[2], code2Low), 3);
-        for (int i = 0; i < kTerms; ++i) {
-            sum = L_mac(sum, m_low[i], terms[i]);
-        }
-        sum = L_shr(sum, 12);
-        for (int i = 0; i < kTerms; ++i) {
-            sum = L_mac(sum, m_high[i], terms[i]);
-        }
-        return sum;
-    }
-
-private:
-    static constexpr int kTerms = 5;
-    Vek16s m_high[kTerms];
-    Vek16s m_low[kTerms];
-};
-
-int searchPairs(const Error& error, const Vek16s* pairs, int first, int count, Vek16s predicted) {
-    int32_t least = kMax32;
-    int found = first;
-    for (int i = first; i < first + count; ++i) {
-        const int32_t e = error.at(pairs[2 * i], mult_r(pairs[2 * i + 1], predicted));
-        if (e < least) {
-            least = e;
-            found = i;
-        }
-    }
-    return found;
+    return form;
 }
 
 bool badFormat(int format) {
@@ -168,9 +136,9 @@ VekStatus veksGainQuant_AMRWB_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pS
     }
     const int32_t level = L_mac(levelBelow(pSrcFixedVector, len), kMeanEnergy, 8192);
     const Predicted predicted = fromDecibels(predictLevel(L_shl(level, 10), pSrcDstEnergyErr));
-    const Error error(pSrcAdptTarget, pSrcFltAdptVector, valFormat, pSrcFltFixedVector, pSrcCorr, len,
-                      predicted.exponent + 4);
-    const int index = searchPairs(error, pairs, first, count, predicted.mantissa);
+    const GainForm form = errorForm(pSrcAdptTarget, pSrcFltAdptVector, valFormat, pSrcFltFixedVector, pSrcCorr, len,
+                                    predicted.exponent + 4);
+    const int index = first + widePulseKernels().leastError(pairs + 2 * first, count, predicted.mantissa, form);
     const Vek16s correction = pairs[2 * index + 1];
     *pDstQGainIndex = static_cast<Vek16s>(index);
     *pSrcDstPitchGain = pairs[2 * index];
@@ -196,9 +164,9 @@ VekStatus veksGainQuant_AMRWBE_16s(const Vek16s* pSrcAdptTarget, const Vek16s* p
     }
     const int32_t level = L_add(L_shl(levelBelow(pSrcFixedVector, len), 10), L_deposit_h(valMeanEnergy));
     const Predicted predicted = fromDecibels(extract_h(level));
-    const Error error(pSrcAdptTarget, pSrcFltAdptVector, valFormat, pSrcFltFixedVector, pSrcCorr, len,
-                      predicted.exponent + 4);
-    const int index = searchPairs(error, kGains7, 0, kGainCount7, predicted.mantissa);
+    const GainForm form = errorForm(pSrcAdptTarget, pSrcFltAdptVector, valFormat, pSrcFltFixedVector, pSrcCorr, len,
+                                    predicted.exponent + 4);
+    const int index = widePulseKernels().leastError(kGains7, kGainCount7, predicted.mantissa, form);
     *pDstQGainIndex = static_cast<Vek16s>(index);
     *pSrcDstPitchGain = kGains7[2 * index];
     *pDstCorrFactor = kGains7[2 * index + 1];
