@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "noise.h"
 #include "veksc.h"
 
 #if __has_include(<opencore-amrnb/interf_enc.h>)
@@ -42,15 +43,6 @@ void postProcessing(void* context, int16_t* signal);
 namespace {
 
 using Samples = std::vector<int16_t>;
-
-Samples noise(std::mt19937& random, int n, int low, int high) {
-    std::uniform_int_distribution<int> pick(low, high);
-    Samples v(static_cast<size_t>(n));
-    for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random));
-    }
-    return v;
-}
 
 // Coefficients of a stable filter, near a voiced frame.
 [[maybe_unused]] Samples coefficients(std::mt19937& random) {

@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "noise.h"
 #include "veksc.h"
 
 #if __has_include(<opencore-amrnb/interf_enc.h>)
@@ -39,15 +40,6 @@ void gainQuantization(void* encoder, int16_t* target, int16_t* adaptive, int16_t
 namespace {
 
 using Samples = std::vector<int16_t>;
-
-[[maybe_unused]] Samples noise(std::mt19937& random, int n, int low, int high) {
-    std::uniform_int_distribution<int> pick(low, high);
-    Samples v(static_cast<size_t>(n));
-    for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random));
-    }
-    return v;
-}
 
 [[maybe_unused]] Samples response(std::mt19937& random) {
     Samples h = noise(random, 40, -2500, 2500);

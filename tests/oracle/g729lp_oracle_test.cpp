@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "noise.h"
 #include "veksc.h"
 
 #if __has_include(<opencore-amrnb/interf_enc.h>)
@@ -23,15 +24,6 @@ int16_t Levinson(int16_t* state, int16_t* high, int16_t* low, int16_t* a, int16_
 namespace {
 
 using Samples = std::vector<int16_t>;
-
-[[maybe_unused]] Samples noise(std::mt19937& random, int n, int low, int high) {
-    std::uniform_int_distribution<int> pick(low, high);
-    Samples v(static_cast<size_t>(n));
-    for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random));
-    }
-    return v;
-}
 
 TEST(PreemphasisOracle, EqualsTheAmrCodec) {
 #ifdef ORACLE_AMRNB

@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 
+#include "noise.h"
 #include "veksc.h"
 
 #if __has_include(<bcg729/decoder.h>)
@@ -33,15 +34,6 @@ int16_t Pitch_fr(int16_t* lastDelay, int mode, int16_t* open, int16_t* excitatio
 namespace {
 
 using Samples = std::vector<int16_t>;
-
-[[maybe_unused]] Samples noise(std::mt19937& random, int n, int low, int high) {
-    std::uniform_int_distribution<int> pick(low, high);
-    Samples v(static_cast<size_t>(n));
-    for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random));
-    }
-    return v;
-}
 
 TEST(PostFilterOracle, TheChainOfAnnexAStaysByTheG729Codec) {
 #ifdef ORACLE_BCG729

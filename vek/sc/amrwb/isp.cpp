@@ -4,6 +4,7 @@
 
 #include "sc/amrwb/isptables.h"
 #include "sc/common/fixmath.h"
+#include "sc/common/linepairs.h"
 #include "sc/common/signal_check.h"
 #include "veksc_amrwbflt.h"
 
@@ -41,39 +42,6 @@ inline Vek16s chebyshev(int64_t x, const int64_t* f, int n) {
     }
     return sat16_64((product(t, x) - b2 + f[n] * 4096) >> 10);
 }
-
-// The zero of the line through both ends of an interval.
-Vek16s zeroBetween(Vek16s xLow, Vek16s yLow, Vek16s xHigh, Vek16s yHigh) {
-    const Vek16s width = sub(xHigh, xLow);
-    const Vek16s rise = sub(yHigh, yLow);
-    if (rise == 0) {
-        return xLow;
-    }
-    const Vek16s steep = abs_s(rise);
-    const int exp = norm_s(steep);
-    const Vek16s inverse = div_s(16383, shl(steep, exp));
-    Vek16s slope = extract_l(L_shr(L_mult(width, inverse), 20 - exp));
-    if (rise < 0) {
-        slope = negate(slope);
-    }
-    return sub(xLow, extract_l(L_shr(L_mult(yLow, slope), 11)));
-}
-
-// Sums that have room and remember how large the coefficients have become, and sums that saturate. While all
-// coefficients stay below 2^29, no sum nor product on the way to the next one leaves 32 bits.
-struct QuickSums {
-    int64_t used = 0;
-    int64_t operator()(int64_t v) { return v; }
-    int64_t keep(int64_t v) {
-        used |= v ^ (v >> 63);
-        return v;
-    }
-    bool within() const { return used < 1 << 29; }
-};
-struct SaturatingSums {
-    int64_t operator()(int64_t v) { return sat32(v); }
-    int64_t keep(int64_t v) { return sat32(v); }
-};
 
 // Coefficients 0..n of the product of 1 - 2 isp[2i] z^-1 + z^-2, i = 0..n-1, with 1.0 = one.
 template <class Sums>

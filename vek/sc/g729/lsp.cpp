@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/linepairs.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/lsptables.h"
 #include "veksc_g729lp.h"
@@ -43,23 +44,6 @@ void sumAndDifference(const Vek16s* a, int64_t (*f)[kHalf + 1]) {
         f[0][i + 1] = sum;
         f[1][i + 1] = difference;
     }
-}
-
-// The zero of the line through both ends of an interval.
-Vek16s zeroBetween(Vek16s xLow, Vek16s yLow, Vek16s xHigh, Vek16s yHigh) {
-    const Vek16s width = sub(xHigh, xLow);
-    const Vek16s rise = sub(yHigh, yLow);
-    if (rise == 0) {
-        return xLow;
-    }
-    const Vek16s steep = abs_s(rise);
-    const int exp = norm_s(steep);
-    const Vek16s inverse = div_s(16383, shl(steep, exp));
-    Vek16s slope = extract_l(L_shr(L_mult(width, inverse), 20 - exp));
-    if (rise < 0) {
-        slope = negate(slope);
-    }
-    return sub(xLow, extract_l(L_shr(L_mult(yLow, slope), 11)));
 }
 
 // The roots of both filters interlace: each one found changes over to the other filter.
@@ -103,22 +87,6 @@ VekStatus roots(const Vek16s* a, const Vek16s* previous, const Vek16s (&grid)[Po
     std::memcpy(lsp, found, sizeof found);
     return vekStsNoErr;
 }
-
-// Sums that have room and remember how large the coefficients have become, and sums that saturate. While all
-// coefficients stay below 2^29, no sum nor product on the way to the next one leaves 32 bits.
-struct QuickSums {
-    int64_t used = 0;
-    int64_t operator()(int64_t v) { return v; }
-    int64_t keep(int64_t v) {
-        used |= v ^ (v >> 63);
-        return v;
-    }
-    bool within() const { return used < 1 << 29; }
-};
-struct SaturatingSums {
-    int64_t operator()(int64_t v) { return sat32(v); }
-    int64_t keep(int64_t v) { return sat32(v); }
-};
 
 // The coefficients J to 2 of a product of pairs take in one pair more; written out by the compiler.
 template <int J, class Sums>
