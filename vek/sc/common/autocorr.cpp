@@ -102,8 +102,8 @@ VekStatus veksAutoCorr_G723_16s(const Vek16s* pSrc, int* pNorm, Vek16s* pDst) {
     sums[0] += sums[0] >> 10; // white noise, 30 dB below
     const int norm = exponentOf(sums[0]);
     for (int k = 0; k < kG723Lags; ++k) {
-        const Vek16s r = fix::round_s(fix::scaleSat32(sums[k], -norm));
-        pDst[k] = k == 0 ? r : fix::mult_r(r, kBinomial[k - 1]);
+        const int64_t r = fix::scaleSat32(sums[k], -norm);
+        pDst[k] = fix::round_s(static_cast<int32_t>(k == 0 ? r : (r * kBinomial[k - 1]) >> 15));
     }
     *pNorm = norm;
     return vekStsNoErr;
