@@ -1,0 +1,90 @@
+// Searches of the adaptive and of the multi-pulse codebook of G.723.1.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcAdptTarget;
+vkVector pSrcImpulseResponse;
+vkVector pSrcPrevExcitation;
+vkVector pSrcPrevError;
+vkVector pSrcResidualTraget;
+vkVector pDstFixedVector;
+krStepIterator<int> subFrame;
+krEnumIterator<VekSpchBitRate> mode;
+vkcGrid grid;
+Vek16s pResultCloseLag;
+Vek16s pResultAdptGainIndex;
+Vek16s pResultGrid;
+Vek16s pResultTrainDirac;
+Vek16s pResultAmpIndex;
+Vek16s pResultAmplitude;
+Vek32s pResultPosition;
+
+constexpr int subframeLength = 60;
+constexpr int excitation = 148;
+constexpr int zones = 5;
+constexpr Vek16s valBaseDelay = 40;
+constexpr Vek16s sineDtct = 0;
+
+class TimAdap2 : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return subframeLength; }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+};
+
+bool TimAdap2::canStart() {
+    // The multi-pulse codebook is that of one rate.
+    const bool multiPulse = m_func.contains("veksMPMLQFixedCodebookSearch_G723");
+    vkcRebuild(subFrame, "subFrame").set(0, 3, 1, '+');
+    vkcRebuild(mode, "BitRate").resetValidation();
+    for (const VekSpchBitRate rate : {VEK_SPCHBR_6300, VEK_SPCHBR_5300}) {
+        if (!multiPulse || rate == VEK_SPCHBR_6300) {
+            mode.add(rate);
+        }
+        mode.addValidation(rate);
+    }
+    grid.begin({&subFrame, &mode});
+    // The names tell no element type.
+    for (vkVector* vector :
+         {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcPrevExcitation, &pSrcResidualTraget, &pDstFixedVector}) {
+        vector->init(vk16s);
+    }
+    pSrcPrevError.init(vk32s);
+    return true;
+}
+
+bool TimAdap2::canContinue() {
+    return grid.next(m_isFirst) && pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) &&
+           pSrcImpulseResponse.createVector(subframeLength, setRand, -4096, 4096) &&
+           pSrcPrevExcitation.createVector(excitation, setRand, -4096, 4096) &&
+           pSrcPrevError.createVector(zones, setRand, 4, 300) &&
+           pSrcResidualTraget.createVector(subframeLength, setRand, -2048, 2048) &&
+           pDstFixedVector.createVector(subframeLength, setZero, 0, 0);
+}
+
+void TimAdap2::flushData() {
+    for (vkVector* vector : {&pDstFixedVector, &pSrcResidualTraget, &pSrcPrevError, &pSrcPrevExcitation,
+                             &pSrcImpulseResponse, &pSrcAdptTarget}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimAdap2, veksMPMLQFixedCodebookSearch_G723,
+       veksMPMLQFixedCodebookSearch_G723(valBaseDelay, pSrcImpulseResponse.m_16s, pSrcResidualTraget.m_16s,
+                                         pDstFixedVector.m_16s, &pResultGrid, &pResultTrainDirac, &pResultAmpIndex,
+                                         &pResultAmplitude, &pResultPosition, static_cast<Vek16s>(subFrame.value())))
+VK_REG(TimAdap2, veksAdaptiveCodebookSearch_G723,
+       veksAdaptiveCodebookSearch_G723(valBaseDelay, pSrcAdptTarget.m_16s, pSrcImpulseResponse.m_16s,
+                                       pSrcPrevExcitation.m_16s, pSrcPrevError.m_32s, &pResultCloseLag,
+                                       &pResultAdptGainIndex, static_cast<Vek16s>(subFrame.value()), sineDtct,
+                                       mode.value()))

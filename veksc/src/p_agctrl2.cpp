@@ -1,0 +1,56 @@
+// Gain control behind the formant post-filter of G.723.1.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcDst;
+vkVector pTmp;
+krStepIterator<int> lenght;
+vkcGrid grid;
+Vek16s gain;
+int dataSize;
+
+constexpr Vek32s energy = 1 << 24;
+
+class TimAgctrl2 : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+};
+
+bool TimAgctrl2::canStart() {
+    vkcRebuild(lenght, "lenght").setList({60});
+    grid.begin({&lenght});
+    for (vkVector* vector : {&pSrcDst, &pTmp}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimAgctrl2::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    gain = 1 << 12;
+    dataSize = lenght.value() * vkVector::item(m_func);
+    return pSrcDst.createVector(lenght.value(), setZero, 0, 0) && pTmp.createVector(lenght.value(), setRand, 0, 0);
+}
+
+void TimAgctrl2::flushData() {
+    for (vkVector* vector : {&pTmp, &pSrcDst}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG_I(TimAgctrl2, veksGainControl_G723_16s_I, veksGainControl_G723_16s_I(energy, pSrcDst.m_16s, &gain),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))

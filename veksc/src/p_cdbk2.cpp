@@ -1,0 +1,75 @@
+// Open-loop pitch, harmonic noise shaping and correlation matrix of G.723.1.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc;
+vkVector pDst;
+krStepIterator<int> lenght_src;
+krStepIterator<int> lenght_dst;
+vkcGrid grid;
+Vek16s pitch[1];
+Vek16s pResultHarmonicDelay;
+Vek16s pResultHarmonicGain;
+
+constexpr Vek16s valOpenDelay = 60;
+// Samples before the pointer that the searches get.
+constexpr int harmonicHistory = 148;
+constexpr int pitchHistory = 145;
+
+class TimCdbk2 : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght_dst.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool m_matrix = false;
+};
+
+bool TimCdbk2::canStart() {
+    m_matrix = m_func.contains("veksToeplizMatrix_G723");
+    vkcRebuild(lenght_src, "lenght SRC");
+    vkcRebuild(lenght_dst, "lenght SRC");
+    if (m_matrix) {
+        lenght_src.setList({60});
+        lenght_dst.setList({416});
+    } else if (m_func.contains("veksOpenLoopPitchSearch_G723_16s")) {
+        lenght_src.setList({pitchHistory + 120});
+        lenght_dst.setList({120});
+    } else if (m_func.contains("veksHarmonicSearch_G723_16s")) {
+        lenght_src.setList({harmonicHistory + 60});
+        lenght_dst.setList({60});
+    }
+    grid.begin({&lenght_src, &lenght_dst});
+    pSrc.init(m_func, vkArg::src);
+    pDst.init(m_func, vkArg::dst);
+    return true;
+}
+
+bool TimCdbk2::canContinue() {
+    return grid.next(m_isFirst) && pSrc.createVector(lenght_src.value(), m_matrix ? setZero : setRand, 0, 0) &&
+           pDst.createVector(lenght_dst.value(), setZero, 0, 0);
+}
+
+void TimCdbk2::flushData() {
+    for (vkVector* vector : {&pDst, &pSrc}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimCdbk2, veksHarmonicSearch_G723_16s,
+       veksHarmonicSearch_G723_16s(valOpenDelay, pSrc.m_16s + harmonicHistory, &pResultHarmonicDelay,
+                                   &pResultHarmonicGain))
+VK_REG(TimCdbk2, veksOpenLoopPitchSearch_G723_16s, veksOpenLoopPitchSearch_G723_16s(pSrc.m_16s + pitchHistory, pitch))
+VK_REG(TimCdbk2, veksToeplizMatrix_G723_16s, veksToeplizMatrix_G723_16s(pSrc.m_16s, pDst.m_16s))
+VK_REG(TimCdbk2, veksToeplizMatrix_G723_16s32s, veksToeplizMatrix_G723_16s32s(pSrc.m_16s, pDst.m_32s))

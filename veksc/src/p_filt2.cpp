@@ -1,0 +1,91 @@
+// Tilt compensation, high-pass and harmonic noise shaping filters of G.723.1.
+#include "vkc.h"
+
+namespace {
+
+vkVector pTmp;
+vkVector pSrcDst;
+vkVector pSrcArray;
+vkVector pSrc;
+vkVector pDst;
+krStepIterator<int> lenght;
+vkcGrid grid;
+const Vek16s* pSrc_H;
+Vek32s mem[2];
+int dataSize;
+
+constexpr int frame = 385;
+constexpr int history = 144;
+constexpr Vek16s val = 8192;
+constexpr int T = 120;
+
+class TimFilt2 : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return lenght.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool createHarmonicData();
+
+    bool m_harmonic = false;
+};
+
+bool TimFilt2::canStart() {
+    m_harmonic = m_func.contains("Harmonic");
+    vkcRebuild(lenght, "lenght");
+    if (m_harmonic) {
+        lenght.set(10, 60, 10, '+');
+    } else {
+        lenght.setList({m_func.contains("Tilt") ? 62 : 241});
+    }
+    grid.begin({&lenght});
+    for (vkVector* vector : {&pTmp, &pSrcDst, &pSrcArray, &pSrc}) {
+        vector->init(m_func, vkArg::src);
+    }
+    pDst.init(m_func, vkArg::dst);
+    return true;
+}
+
+bool TimFilt2::createHarmonicData() {
+    if (!pTmp.createVector(frame, setRand, 0, 0) || !pSrcDst.createVector(frame, setZero, 0, 0) ||
+        !pSrcArray.createVector(204, setRand, -8192, 8192)) {
+        return false;
+    }
+    dataSize = frame * vkVector::item(m_func);
+    pSrc_H = pSrcArray.m_16s + history;
+    return true;
+}
+
+bool TimFilt2::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    mem[0] = mem[1] = 0;
+    if (m_harmonic) {
+        return createHarmonicData();
+    }
+    return pSrc.createVector(lenght.value(), setRand, -16384, 16384) &&
+           pDst.createVector(lenght.value(), setZero, 0, 0) && pTmp.createVector(lenght.value(), setRand, -8192, 8192);
+}
+
+void TimFilt2::flushData() {
+    for (vkVector* vector : {&pDst, &pSrc, &pSrcArray, &pSrcDst, &pTmp}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimFilt2, veksTiltCompensation_G723_32s16s, veksTiltCompensation_G723_32s16s(val, pSrc.m_32s, pDst.m_16s))
+VK_REG(TimFilt2, veksHighPassFilter_G723_16s, veksHighPassFilter_G723_16s(pSrc.m_16s, pDst.m_16s, mem))
+VK_REG_I(TimFilt2, veksHarmonicNoiseSubtract_G723_16s_I,
+         veksHarmonicNoiseSubtract_G723_16s_I(val, T, pSrc_H, pSrcDst.m_16s),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))

@@ -1,0 +1,93 @@
+// Line spectral frequencies of G.723.1: decoded, and to prediction coefficients in place.
+#include "vkc.h"
+
+namespace {
+
+vkVector prevLSP;
+vkVector pTmp;
+vkVector pSrcDst;
+vkVector pLPC;
+vkVector pDst;
+vkVector pPrevLSF;
+vkVector pQuantLSF;
+vkVector quantIndex;
+krStepIterator<int> erase;
+vkcGrid grid;
+int dataSize;
+
+constexpr int order = 12;
+constexpr int memory = 20;
+
+class TimLpCnv2 : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return order; }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual void SetData_LSF();
+    virtual void SetData_LPC();
+};
+
+bool TimLpCnv2::canStart() {
+    vkcRebuild(erase, "Erase");
+    if (m_func.contains("Decode")) {
+        erase.set(0, 1, 1, '+');
+    } else {
+        erase.setList({1});
+    }
+    grid.begin({&erase});
+    for (vkVector* vector : {&prevLSP, &pTmp, &pSrcDst, &pLPC, &pDst, &pPrevLSF, &pQuantLSF, &quantIndex}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+void TimLpCnv2::SetData_LSF() {
+    static constexpr Vek16s lsf[] = {3244, 4648, 7441, 11200, 13758, 16670, 19822, 22012, 25916, 27949, -13108};
+    std::memcpy(pTmp.m_16s, lsf, sizeof lsf);
+    std::memcpy(pQuantLSF.m_16s, lsf, sizeof lsf);
+}
+
+void TimLpCnv2::SetData_LPC() {
+    static constexpr Vek16s lpc[] = {4143, 733, 14, -39, -29, -61, -903, -6692, 4084, 428};
+    std::memcpy(pLPC.m_16s, lpc, sizeof lpc);
+}
+
+bool TimLpCnv2::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    for (vkVector* vector : {&prevLSP, &pTmp, &pLPC}) {
+        if (!vector->createVector(order, setRand, 0, 0)) {
+            return false;
+        }
+    }
+    if (!pSrcDst.createVector(order, setZero, 0, 0) || !pDst.createVector(order, setZero, 0, 0) ||
+        !pPrevLSF.createVector(memory, setValue, 16384, 0) || !pQuantLSF.createVector(memory, setZero, 0, 0) ||
+        !quantIndex.createVector(3, setZero, 0, 0)) {
+        return false;
+    }
+    dataSize = order * vkVector::item(m_func);
+    SetData_LSF();
+    SetData_LPC();
+    return true;
+}
+
+void TimLpCnv2::flushData() {
+    for (vkVector* vector : {&quantIndex, &pQuantLSF, &pPrevLSF, &pDst, &pLPC, &pSrcDst, &pTmp, &prevLSP}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG_I(TimLpCnv2, veksLSFToLPC_G723_16s_I, veksLSFToLPC_G723_16s_I(pSrcDst.m_16s),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
+VK_REG(TimLpCnv2, veksLSFDecode_G723_16s,
+       veksLSFDecode_G723_16s(quantIndex.m_16s, pPrevLSF.m_16s, erase.value(), pQuantLSF.m_16s))
