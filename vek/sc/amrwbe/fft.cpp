@@ -1,0 +1,36 @@
+// The Fourier transforms of the transform-coded excitation.
+#include "sc/common/signal_check.h"
+#include "sc/kernels/wbefft.h"
+#include "veksc_amrwbe.h"
+
+using namespace vek;
+
+namespace {
+
+constexpr bool hasTransform(int len) {
+    return len == 48 || len == 96 || len == 192 || len == 288 || len == 576 || len == 1152;
+}
+
+} // namespace
+
+VekStatus veksFFTFwd_RToPerm_AMRWBE_16s(const Vek16s* pSrc, Vek16s* pDst, int len) {
+    if (anyNull(pSrc, pDst)) {
+        return vekStsNullPtrErr;
+    }
+    if (!hasTransform(len)) {
+        return vekStsFftOrderErr;
+    }
+    wbeFftKernels().forward(pSrc, pDst, len);
+    return vekStsNoErr;
+}
+
+VekStatus veksFFTInv_PermToR_AMRWBE_16s(const Vek16s* pSrc, Vek16s* pDst, int len) {
+    if (anyNull(pSrc, pDst)) {
+        return vekStsNullPtrErr;
+    }
+    if (!hasTransform(len)) {
+        return vekStsFftOrderErr;
+    }
+    wbeFftKernels().inverse(pSrc, pDst, len);
+    return vekStsNoErr;
+}

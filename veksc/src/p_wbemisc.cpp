@@ -1,0 +1,163 @@
+// Measures, gain and high-band frequencies of the extended wide-band codec.
+#include "vkc.h"
+
+namespace ns_MiscFuns_wbe {
+
+static vkVector pVector1;
+static vkVector pVector2;
+static vkVector pVector3;
+static krStepIterator<int> stepCounter1;
+static krStepIterator<int> stepCounter2;
+static Vek16s snrVal;
+static Vek16s quantIdx_16s;
+static Vek16s quantIdxs[2];
+static Vek32s gain_32s;
+static Vek32s valRMS;
+
+// Vector and segment.
+static constexpr int lenSNR[] = {128, 64, 256, 64, 512, 64, 1024, 64, 40, 40, 80, 40, 160, 40};
+static constexpr int lenTCX[] = {48, 96, 192, 288, 576, 1152};
+static constexpr int lenISF = 8;
+
+static void initVectors() {
+    for (vkVector* vector : {&pVector1, &pVector2, &pVector3}) {
+        vector->init(vk16s);
+    }
+}
+
+static void deleteVectors() {
+    for (vkVector* vector : {&pVector3, &pVector2, &pVector1}) {
+        vector->deleteVector();
+    }
+}
+
+class krSNR_wbe : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool initData() override;
+    void flushData() override { deleteVectors(); }
+    double getDivisor() override { return lenSNR[stepCounter2.value() * 2]; }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+};
+
+bool krSNR_wbe::canStart() {
+    vkcRebuild(stepCounter2, "LengthCounter").set(0, 6, 1, '+');
+    m_parms.append(&stepCounter2);
+    initVectors();
+    return true;
+}
+
+bool krSNR_wbe::initData() {
+    const int size = lenSNR[stepCounter2.value() * 2];
+    return pVector1.createVector(size, setValue, 2, 0) && pVector2.createVector(size, setValue, 1, 0);
+}
+
+class krGainQuantTCX_wbe : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool initData() override;
+    void flushData() override { deleteVectors(); }
+    double getDivisor() override { return lenTCX[stepCounter2.value()]; }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+};
+
+bool krGainQuantTCX_wbe::canStart() {
+    vkcRebuild(stepCounter1, "quantFlag").set(0, 1, 1, '+');
+    vkcRebuild(stepCounter2, "LengthCounter").set(0, 5, 1, '+');
+    m_parms.append(&stepCounter1);
+    m_parms.append(&stepCounter2);
+    initVectors();
+    return true;
+}
+
+bool krGainQuantTCX_wbe::initData() {
+    const int size = lenTCX[stepCounter2.value()];
+    return pVector1.createVector(size, setValue, 1, 0) && pVector3.createVector(size, setValue, 1, 0);
+}
+
+class krGainDecodeTCX_wbe : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool initData() override;
+    void flushData() override { deleteVectors(); }
+    double getDivisor() override { return lenTCX[stepCounter2.value()]; }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+};
+
+bool krGainDecodeTCX_wbe::canStart() {
+    vkcRebuild(stepCounter2, "LengthCounter").set(0, 5, 1, '+');
+    m_parms.append(&stepCounter2);
+    initVectors();
+    quantIdx_16s = 0;
+    valRMS = 0;
+    return true;
+}
+
+bool krGainDecodeTCX_wbe::initData() {
+    return pVector3.createVector(lenTCX[stepCounter2.value()], setValue, 1, 0);
+}
+
+class krISFQuantHighBand_wbe : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool initData() override;
+    void flushData() override { deleteVectors(); }
+    double getDivisor() override { return lenISF; }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+};
+
+bool krISFQuantHighBand_wbe::canStart() {
+    vkcRebuild(stepCounter1, "pitchAdjust").set(0, 1, 1, '+');
+    m_parms.append(&stepCounter1);
+    initVectors();
+    return true;
+}
+
+bool krISFQuantHighBand_wbe::initData() {
+    return pVector1.createVector(lenISF, setValue, 1, 0) && pVector2.createVector(lenISF, setValue, 1, 0) &&
+           pVector3.createVector(lenISF, setValue, 1, 0);
+}
+
+class krISFQuantDecodeHighBand_wbe : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool initData() override;
+    void flushData() override { deleteVectors(); }
+    double getDivisor() override { return lenISF; }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+};
+
+bool krISFQuantDecodeHighBand_wbe::canStart() {
+    vkcRebuild(stepCounter2, "bfi").set(0, 1, 1, '+');
+    vkcRebuild(stepCounter1, "pitchAdjust").set(0, 1, 1, '+');
+    m_parms.append(&stepCounter2);
+    m_parms.append(&stepCounter1);
+    initVectors();
+    return true;
+}
+
+bool krISFQuantDecodeHighBand_wbe::initData() {
+    return pVector1.createVector(2, setValue, 1, 0) && pVector2.createVector(lenISF, setValue, 1, 0) &&
+           pVector3.createVector(lenISF, setValue, 1, 0);
+}
+
+VK_REG(krSNR_wbe, veksSNR_AMRWBE_16s,
+       veksSNR_AMRWBE_16s(pVector1.m_16s, pVector2.m_16s, lenSNR[stepCounter2.value() * 2],
+                          lenSNR[stepCounter2.value() * 2 + 1], &snrVal))
+VK_REG(krGainQuantTCX_wbe, veksGainQuantTCX_AMRWBE_16s,
+       veksGainQuantTCX_AMRWBE_16s(pVector1.m_16s, 1, pVector3.m_16s, lenTCX[stepCounter2.value()],
+                                   stepCounter1.value(), &gain_32s, &quantIdx_16s))
+VK_REG(krGainDecodeTCX_wbe, veksGainDecodeTCX_AMRWBE_16s,
+       veksGainDecodeTCX_AMRWBE_16s(pVector3.m_16s, lenTCX[stepCounter2.value()], quantIdx_16s, 0, &valRMS, &gain_32s))
+VK_REG(krISFQuantHighBand_wbe, veksISFQuantHighBand_AMRWBE_16s,
+       veksISFQuantHighBand_AMRWBE_16s(pVector1.m_16s, pVector2.m_16s, pVector3.m_16s, quantIdxs, stepCounter1.value()))
+VK_REG(krISFQuantDecodeHighBand_wbe, veksISFQuantDecodeHighBand_AMRWBE_16s,
+       veksISFQuantDecodeHighBand_AMRWBE_16s(pVector1.m_16s, pVector2.m_16s, pVector3.m_16s, stepCounter2.value(),
+                                             stepCounter1.value()))
+
+} // namespace ns_MiscFuns_wbe
