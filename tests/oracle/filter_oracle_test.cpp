@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <cstdlib>
 #include <random>
 #include <vector>
 
@@ -37,6 +38,13 @@ void initPreProcessing(void* context);
 void preProcessing(void* context, const int16_t* signal, int16_t* out);
 void initPostProcessing(void* context);
 void postProcessing(void* context, int16_t* signal);
+}
+#endif
+#if __has_include(<webrtc_audio_processing/webrtc/typedefs.h>)
+#define ORACLE_VOICE 1
+extern "C" {
+void WebRtcSpl_FilterMAFastQ12(const int16_t* x, int16_t* y, const int16_t* b, size_t count, size_t n);
+void WebRtcSpl_FilterARFastQ12(const int16_t* x, int16_t* y, const int16_t* a, size_t count, size_t n);
 }
 #endif
 
@@ -103,6 +111,84 @@ TEST(SynthesisFilterOracle, EqualsTheG729Codec) {
     }
 #else
     GTEST_SKIP() << "libbcg729-dev is not installed";
+#endif
+}
+
+// Thirty coefficients whose poles stay far inside the circle: each share of the one before falls off.
+[[maybe_unused]] Samples wideCoefficients(std::mt19937& random) {
+    Samples a(31);
+    a[0] = 4096;
+    int room = 3900;
+    for (size_t j = 1; j < a.size(); ++j) {
+        a[j] = noise(random, 1, -room / 4, room / 4)[0];
+        room -= std::abs(a[j]);
+    }
+    return a;
+}
+
+TEST(WideFilterOracle, ResidualOfOrderThirtyEqualsTheVoiceEngine) {
+#ifdef ORACLE_VOICE
+    std::mt19937 random(34);
+    for (int round = 0; round < 200; ++round) {
+        const Samples a = wideCoefficients(random);
+        const Samples x = noise(random, 30 + 80, -12000, 12000);
+        Samples y(80);
+        Samples want(80);
+        ASSERT_EQ(vekStsNoErr, veksResidualFilter_G729E_16s(a.data(), 30, x.data() + 30, y.data(), 80));
+        WebRtcSpl_FilterMAFastQ12(x.data() + 30, want.data(), a.data(), a.size(), 80);
+        ASSERT_EQ(want, y) << round;
+    }
+#else
+    GTEST_SKIP() << "libwebrtc-audio-processing-dev is not installed";
+#endif
+}
+
+TEST(WideFilterOracle, SynthesisOfOrderThirtyEqualsTheVoiceEngineInBothForms) {
+#ifdef ORACLE_VOICE
+    std::mt19937 random(35);
+    for (int round = 0; round < 200; ++round) {
+        const Samples a = wideCoefficients(random);
+        const Samples x = noise(random, 80, -1500, 1500);
+        const Samples past = noise(random, 30, -3000, 3000);
+        Samples want = past;
+        want.resize(30 + 80);
+        WebRtcSpl_FilterARFastQ12(x.data(), want.data() + 30, a.data(), a.size(), 80);
+        Samples y(80);
+        Samples memory = past;
+        ASSERT_EQ(vekStsNoErr, veksSynthesisFilter_G729E_16s(a.data(), 30, x.data(), y.data(), 80, memory.data()));
+        ASSERT_EQ(Samples(want.begin() + 30, want.end()), y) << round;
+        ASSERT_EQ(Samples(want.end() - 30, want.end()), memory) << round;
+        Samples inPlace = x;
+        memory = past;
+        ASSERT_EQ(vekStsNoErr, veksSynthesisFilter_G729E_16s_I(a.data(), 30, inPlace.data(), 80, memory.data()));
+        ASSERT_EQ(y, inPlace) << round;
+    }
+#else
+    GTEST_SKIP() << "libwebrtc-audio-processing-dev is not installed";
+#endif
+}
+
+TEST(SynthesisFilterOracle, WrappingFormAndImpulseResponseEqualTheAmrCodec) {
+#ifdef ORACLE_AMRNB
+    std::mt19937 random(36);
+    for (int round = 0; round < 200; ++round) {
+        Samples a = coefficients(random);
+        Samples x = noise(random, 40, -800, 800);
+        Samples memory = noise(random, 10, -3000, 3000);
+        Samples want(40);
+        Syn_filt(a.data(), x.data(), want.data(), 40, memory.data(), 0);
+        ASSERT_EQ(vekStsNoErr, veksSynthesisFilterLow_NR_16s_ISfs(a.data(), x.data(), 40, 12, memory.data()));
+        ASSERT_EQ(want, x) << round;
+        Samples impulse(40);
+        impulse[0] = 4096;
+        Samples rest(10);
+        Samples response(40);
+        Syn_filt(a.data(), impulse.data(), want.data(), 40, rest.data(), 0);
+        ASSERT_EQ(vekStsNoErr, veksSynthesisFilterZeroStateResponse_NR_16s(a.data(), response.data(), 40, 12));
+        ASSERT_EQ(want, response) << round;
+    }
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
 #endif
 }
 
