@@ -179,6 +179,26 @@ TEST(VekWideGainQuant, TheClippedSearchHasNoPitchGainAboveOne) {
     }
 }
 
+TEST(VekWideGainQuant, LevelsAgree) {
+    std::vector<std::vector<int32_t>> seen;
+    atEveryLevel([&seen] {
+        std::mt19937 random(5);
+        std::vector<int32_t> all;
+        for (int round = 0; round < 200; ++round) {
+            Quant q(random);
+            ASSERT_EQ(vekStsNoErr, q.run(round % 2, round % 3 == 0 ? VEK_SPCHBR_6600 : VEK_SPCHBR_12650));
+            all.insert(all.end(), {q.index, q.pitch, q.gain, q.past[0]});
+            ASSERT_EQ(vekStsNoErr, q.runExtended(static_cast<int16_t>(40 * round)));
+            all.insert(all.end(), {q.index, q.pitch, q.gain, q.correction});
+        }
+        seen.push_back(all);
+    });
+    ASSERT_GE(seen.size(), 2U);
+    for (const std::vector<int32_t>& one : seen) {
+        EXPECT_EQ(seen.front(), one);
+    }
+}
+
 TEST(VekWideGainQuant, RefusesWhatItCannotDo) {
     std::mt19937 random(4);
     Quant q(random);
