@@ -220,7 +220,6 @@ struct CoderRecord {
     static constexpr size_t kMedian = 627;
     static constexpr size_t kLags = kMedian + 4;
     static constexpr size_t kHighPassed = kLags + 14;
-    static constexpr size_t kLongest = 115;
 
     Samples all = Samples(4096);
     int16_t& median() { return all[kMedian]; }

@@ -11,8 +11,8 @@ namespace vek {
 constexpr int kWideLen = 64;
 
 // Two tracks: correlations and energies of their positions (lanes), and the correlations of the responses between them,
-// a row for each position of the first. With both scales the energy of a pair is
-// (energy + first + second + 2^crossShift * between) >> energyShift.
+// a row for each position of the first. The energy of a pair is
+// (energy + first + second + 2^crossShift * between) >> energyShift, saturated at 16 bits.
 struct WidePair {
     const int16_t* dnFirst;
     const int16_t* dnSecond;
