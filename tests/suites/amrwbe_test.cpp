@@ -12,6 +12,8 @@ const GridCase gridCases[] = {
     {"veksGainDecodeTCX_AMRWBE_16s", 6, "0,-,-,-,-,-", "5,-,-,-,-,-", "p_wbemisc", false, 1152},
     {"veksISFQuantHighBand_AMRWBE_16s", 2, "0,-,-,-,-,-", "1,-,-,-,-,-", "p_wbemisc", false, 8},
     {"veksISFQuantDecodeHighBand_AMRWBE_16s", 4, "0,0,-,-,-,-", "1,1,-,-,-,-", "p_wbemisc", false, 8},
+    {"veksFIRGenMidBand_AMRWBE_16s", 1, "-,-,-,-,-,-", "-,-,-,-,-,-", "p_wbefilt", false, 256},
+    {"veksPostFilterLowBand_AMRWBE_16s", 24, "128,17,0,-,-,-", "8192,117,1,-,-,-", "p_wbefilt", true, 1024},
 };
 
 } // namespace
@@ -24,4 +26,5 @@ TEST(AmrWbeSuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksGainQuantTCX_AMRWBE_16s"), "quantFlag,LengthCounter,-,-,-,-");
     EXPECT_EQ(nameRow("veksISFQuantHighBand_AMRWBE_16s"), "pitchAdjust,-,-,-,-,-");
     EXPECT_EQ(nameRow("veksISFQuantDecodeHighBand_AMRWBE_16s"), "bfi,pitchAdjust,-,-,-,-");
+    EXPECT_EQ(nameRow("veksPostFilterLowBand_AMRWBE_16s"), "itRangeData,itLags,itPitchAdjust,-,-,-");
 }

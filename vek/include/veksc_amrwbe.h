@@ -47,6 +47,22 @@ VEK_API VekStatus veksISFQuantHighBand_AMRWBE_16s(const Vek16s* pSrcIsf, Vek16s*
 VEK_API VekStatus veksISFQuantDecodeHighBand_AMRWBE_16s(const Vek16s* pSrcIdxs, Vek16s* pSrcDstQIsf,
                                                         Vek16s* pSrcDstPastResidual, int bfi, int mode);
 
+// ---- Filters ----
+
+// The nine taps, Q12, that bring pSrcMid closest to pSrcTarget over 320 samples: the least of the sum of
+// (target[n] - sum of h[k] * mid[n - k])^2, by the covariances. pSrcMid[-8..319] is read.
+VEK_API VekStatus veksFIRGenMidBand_AMRWBE_16s(const Vek16s* pSrcMid, const Vek16s* pSrcTarget, Vek16s* pDstFilter);
+
+// Takes the noise between the harmonics, up to 500 Hz, out of 1024 samples of synthesis, 16 subframes each with a lag
+// (0: no pitch; 1..375) and a gain (Q14, bounded by 0 and 1). The difference between a sample and the mean of those a
+// lag before and after it (lags above 128: half that from the one before) is weighted by the gain and by
+// usual / (usual + its RMS), passed through a low-pass filter and subtracted. pitchAdjust 1: a lag is halved where the
+// signal repeats after half of it. The output is 140 samples late. Memories, 0 at the start: pSrcDstSynth, the last
+// 503 samples of input; pSrcDstNoise, the last 24 of the difference; *pSrcDstFilterScale, its usual level in dB, Q8.
+VEK_API VekStatus veksPostFilterLowBand_AMRWBE_16s(const Vek16s* pSrcPitchLag, const Vek16s* pSrcPitchGain,
+                                                   Vek16s* pSrcDstSignal, Vek16s* pSrcDstSynth, Vek16s* pSrcDstNoise,
+                                                   Vek16s* pSrcDstFilterScale, int pitchAdjust);
+
 #ifdef __cplusplus
 }
 #endif
