@@ -8,6 +8,7 @@
 #define ORACLE_AMRNB 1
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <random>
@@ -115,6 +116,49 @@ TEST(AmrAlgebraicSearchOracle, HasTheSameBitsAtAllRates) {
             expectSearch(random, mode, 30 << (round % 9));
         }
     }
+}
+
+// Where pulses' shares of a ringing response leave 32 bits, each saturates the sum by itself, in the order of the
+// search. The other codec's does not at 12.2.
+TEST(AmrAlgebraicSearchOracle, FilteredVectorSaturatesPulseByPulse) {
+    AmrTables tables = {};
+    get_const_tbls(&tables);
+    std::mt19937 random(9);
+    int saturated = 0;
+    for (int round = 0; round < 400; ++round) {
+        const int mode = round % 2 == 0 ? kMode102 : round / 2 % kMode102;
+        Samples h(80);
+        const double turn = 0.05 + 0.001 * (round % 300);
+        for (size_t i = 0; i < 40; ++i) {
+            h[40 + i] = static_cast<int16_t>(7500 * std::cos(turn * static_cast<double>(i)));
+        }
+        // A ringing that grows draws the pulses into step.
+        Samples x = noise(random, 40, -60, 60);
+        Samples residual = noise(random, 40, -60, 60);
+        for (size_t i = 0; i < 40; ++i) {
+            x[i] = static_cast<int16_t>(x[i] + h[40 + i] * static_cast<int>(i) / 100);
+            residual[i] = static_cast<int16_t>(residual[i] + x[i] / 8);
+        }
+        Samples theirs = h;
+        Samples wantVector(40);
+        Samples wantFiltered(40);
+        Samples want(16);
+        int16_t* words = want.data();
+        int overflow = 0;
+        const auto subframe = static_cast<int16_t>(round % 4);
+        cbsearch(x.data(), theirs.data() + 40, 60, 0, 0, residual.data(), wantVector.data(), wantFiltered.data(),
+                 &words, mode, subframe, &tables, &overflow);
+        Samples vector(40);
+        Samples filtered(40);
+        Samples got(16);
+        ASSERT_EQ(vekStsNoErr,
+                  veksAlgebraicCodebookSearch_GSMAMR_16s(60, 0, x.data(), residual.data(), h.data() + 40, vector.data(),
+                                                         filtered.data(), got.data(), subframe, kRates[mode]));
+        ASSERT_EQ(wantVector, vector) << "mode " << mode << " round " << round;
+        ASSERT_EQ(wantFiltered, filtered) << "mode " << mode << " round " << round;
+        saturated += std::count_if(filtered.begin(), filtered.end(), [](int v) { return v > 30000 || v < -30000; }) > 0;
+    }
+    EXPECT_GT(saturated, 50);
 }
 
 TEST(AmrFixedDecodeOracle, HasTheSameBitsAtAllRates) {

@@ -2,6 +2,7 @@
 // and its words for the bit stream.
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
@@ -59,19 +60,27 @@ constexpr Weights kTen{4096, -4096, 8192, -8192, true};
 
 void build(const PulsesFound& found, int pulses, const Weights& weights, const Vek16s* h, Vek16s* vector, Vek16s* y) {
     std::fill_n(vector, kSubframe, Vek16s{0});
-    int64_t sums[kSubframe] = {};
+    int32_t most[kSubframe] = {};
     for (int k = 0; k < pulses; ++k) {
         const int at = found.positions[k];
-        const bool plus = found.sign[at] > 0;
-        const int value = plus ? weights.vectorPlus : weights.vectorMinus;
+        const int value = found.sign[at] > 0 ? weights.vectorPlus : weights.vectorMinus;
         vector[at] = weights.addUp ? sat16(vector[at] + value) : static_cast<Vek16s>(value);
-        const int factor = plus ? weights.filterPlus : weights.filterMinus;
         for (int i = at; i < kSubframe; ++i) {
-            sums[i] += h[i - at] * factor;
+            most[i] += std::abs(h[i - at]);
+        }
+    }
+    // Each pulse's share saturates the sum, where one can be that large.
+    const bool fits = *std::max_element(most, most + kSubframe) < (int64_t{1} << 30) / -weights.filterMinus;
+    int32_t sums[kSubframe] = {};
+    for (int k = 0; k < pulses; ++k) {
+        const int at = found.positions[k];
+        const auto factor = static_cast<Vek16s>(found.sign[at] > 0 ? weights.filterPlus : weights.filterMinus);
+        for (int i = at; i < kSubframe; ++i) {
+            sums[i] = fits ? sums[i] + 2 * h[i - at] * factor : L_mac(sums[i], h[i - at], factor);
         }
     }
     for (int i = 0; i < kSubframe; ++i) {
-        y[i] = round_s(sat32(2 * sums[i]));
+        y[i] = round_s(sums[i]);
     }
 }
 
