@@ -1,4 +1,5 @@
-// GSM AMR as another codec has it: coder and decoder of whole frames, the order of its bits, its tables of figures.
+// GSM AMR as another codec has it: coder and decoder of whole frames, the order of its bits, its tables of figures. And
+// the high-pass at both ends of a codec.
 // Its tables are in no public header; a test includes this one only where the package's header is found.
 #pragma once
 
@@ -6,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "sc/common/fixmath.h"
 #include "vekdefs.h"
 
 extern "C" {
@@ -109,6 +111,41 @@ public:
 
 private:
     void* m_state;
+};
+
+// Of second order, with outputs of 32 bits as its memory, which are 2^shift times the sums: TS 26.090 5.1, 6.2.2.
+class HighPass {
+public:
+    HighPass(const std::array<int16_t, 3>& zeros, const std::array<int16_t, 2>& poles, int shift, int outShift)
+        : m_zeros(zeros), m_poles(poles), m_shift(shift), m_outShift(outShift) {}
+
+    void apply(int16_t* x, int n) {
+        using namespace vek::fix;
+        for (int i = 0; i < n; ++i) {
+            m_in = {x[i], m_in[0], m_in[1]};
+            int32_t sum = 0;
+            for (size_t k = 0; k < 2; ++k) {
+                int16_t hi = 0;
+                int16_t lo = 0;
+                L_Extract(m_out[k], hi, lo);
+                sum = L_add(sum, Mpy_32_16(hi, lo, m_poles[k]));
+            }
+            for (size_t k = 0; k < 3; ++k) {
+                sum = L_mac(sum, m_in[k], m_zeros[k]);
+            }
+            sum = L_shl(sum, m_shift);
+            m_out = {sum, m_out[0]};
+            x[i] = round_s(L_shl(sum, m_outShift));
+        }
+    }
+
+private:
+    std::array<int16_t, 3> m_zeros;
+    std::array<int16_t, 2> m_poles;
+    int m_shift;
+    int m_outShift;
+    std::array<int16_t, 3> m_in{};
+    std::array<int32_t, 2> m_out{};
 };
 
 } // namespace amr

@@ -252,31 +252,6 @@ void level(const int16_t* in, int16_t* out) {
     }
 }
 
-// Doubles the signal and takes away what is below 60 Hz: TS 26.090 6.2.2.
-class HighPass {
-public:
-    void apply(Samples& x) {
-        for (int16_t& sample : x) {
-            m_in = {sample, m_in[0], m_in[1]};
-            int16_t hi = 0;
-            int16_t lo = 0;
-            L_Extract(m_out[0], hi, lo);
-            int32_t sum = Mpy_32_16(hi, lo, 15836);
-            L_Extract(m_out[1], hi, lo);
-            sum = L_add(sum, Mpy_32_16(hi, lo, -7667));
-            sum = L_mac(sum, m_in[0], 7699);
-            sum = L_mac(sum, m_in[1], -15398);
-            sum = L_shl(L_mac(sum, m_in[2], 7699), 2);
-            m_out = {sum, m_out[0]};
-            sample = round_s(L_shl(sum, 1));
-        }
-    }
-
-private:
-    std::array<int16_t, 3> m_in{};
-    std::array<int32_t, 2> m_out{};
-};
-
 class Decoder {
 public:
     Samples frame(int mode, const Samples& p) {
@@ -298,7 +273,7 @@ public:
         Samples out(kFrame);
         GOOD(veksPostFilter_GSMAMR_16s(lpc.data(), speech.data(), &m_tilt, &m_level, m_fir.data(), m_iir.data(),
                                        out.data(), rate));
-        m_highPass.apply(out);
+        m_highPass.apply(out.data(), kFrame);
         for (int16_t& v : out) {
             v = static_cast<int16_t>(v & ~7);
         }
@@ -324,7 +299,8 @@ private:
     Gains m_gains;
     Dispersion m_dispersion;
     Smoother m_smoother;
-    HighPass m_highPass;
+    // Doubles, and takes away what is below 60 Hz: TS 26.090 6.2.2.
+    HighPass m_highPass{{7699, -15398, 7699}, {15836, -7667}, 2, 1};
 
     void codeVector(int mode, int16_t sub, int16_t sharp, const int16_t*& at, int16_t* code) {
         GOOD(veksFixedCodebookDecode_GSMAMR_16s(at, code, sub, kRate[mode]));
