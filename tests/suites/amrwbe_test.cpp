@@ -14,6 +14,8 @@ const GridCase gridCases[] = {
     {"veksISFQuantDecodeHighBand_AMRWBE_16s", 4, "0,0,-,-,-,-", "1,1,-,-,-,-", "p_wbemisc", false, 8},
     {"veksFIRGenMidBand_AMRWBE_16s", 1, "-,-,-,-,-,-", "-,-,-,-,-,-", "p_wbefilt", false, 256},
     {"veksPostFilterLowBand_AMRWBE_16s", 24, "128,17,0,-,-,-", "8192,117,1,-,-,-", "p_wbefilt", true, 1024},
+    {"veksQuantTCX_AMRWBE_16s", 18, "0,-,-,-,-,-", "17,-,-,-,-,-", "p_wbemux", false, 1152},
+    {"veksDecodeDemux_AMRWBE_16s", 18, "0,-,-,-,-,-", "17,-,-,-,-,-", "p_wbemux", false, 1152},
 };
 
 } // namespace
@@ -27,4 +29,6 @@ TEST(AmrWbeSuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksISFQuantHighBand_AMRWBE_16s"), "pitchAdjust,-,-,-,-,-");
     EXPECT_EQ(nameRow("veksISFQuantDecodeHighBand_AMRWBE_16s"), "bfi,pitchAdjust,-,-,-,-");
     EXPECT_EQ(nameRow("veksPostFilterLowBand_AMRWBE_16s"), "itRangeData,itLags,itPitchAdjust,-,-,-");
+    EXPECT_EQ(nameRow("veksQuantTCX_AMRWBE_16s"), "ModeCounter,-,-,-,-,-");
+    EXPECT_EQ(nameRow("veksDecodeDemux_AMRWBE_16s"), "ModeCounter,-,-,-,-,-");
 }

@@ -63,6 +63,23 @@ VEK_API VekStatus veksPostFilterLowBand_AMRWBE_16s(const Vek16s* pSrcPitchLag, c
                                                    Vek16s* pSrcDstSignal, Vek16s* pSrcDstSynth, Vek16s* pSrcDstNoise,
                                                    Vek16s* pSrcDstFilterScale, int pitchAdjust);
 
+// ---- Lattice quantiser of the transform-coded spectrum ----
+
+// Points of the lattice RE8 for 8 * count lines, divided by the least gain (1 or more) that was found to keep nBits: a
+// point of codebook n costs 5 n bits, the origin one, origins alone nothing. *pNoiseFactor: RMS of
+// the divided lines that became origins, Q15. count 1..144, nBits 0..65536. pDst: 8 * count; it may be pSrc.
+VEK_API VekStatus veksQuantTCX_AMRWBE_16s(const Vek16s* pSrc, Vek16s* pDst, int count, int nBits, Vek16s* pNoiseFactor);
+
+// Points of RE8 to packets and back. Packet p of nPackets (1..4) has pNumBits[p] bits (0..4096), four in an element,
+// the first in the highest of them, and begins with a new element. It holds the numbers of the codebooks of the points
+// p, p + nPackets, ... (n - 1 ones and a zero), then their indices of 4 n bits as far as they fit; the other indices
+// stand in what all packets have left. What finds no place, or was in a lost packet (pBfi[p] not 0), is the origin.
+// Numbers above 34 count as 0. A vector outside the lattice is a vekStsRangeErr.
+VEK_API VekStatus veksEncodeMux_AMRWBE_16s(const Vek16s* pSrc, const int* pNumBits, int nPackets, Vek16s* pDst,
+                                           int count);
+VEK_API VekStatus veksDecodeDemux_AMRWBE_16s(const Vek16s* pSrc, const int* pNumBits, const int* pBfi, int nPackets,
+                                             Vek16s* pDst, int count);
+
 #ifdef __cplusplus
 }
 #endif
