@@ -136,6 +136,12 @@ TEST(VekMultiPulseG723, TrainsWinForAPeriodicTargetAndAShortDelay) {
                                                              &level, &signs, &position, 1));
     EXPECT_EQ(1, train);
     EXPECT_GT(vector[4] + vector[27] + vector[50], 0);
+    // Without what comes from 23 samples before, five pulses are left.
+    int pulses = 0;
+    for (int i = 0; i < 60; ++i) {
+        pulses += vector[static_cast<size_t>(i)] != (i < 23 ? 0 : vector[static_cast<size_t>(i - 23)]) ? 1 : 0;
+    }
+    EXPECT_EQ(5, pulses);
     ASSERT_EQ(vekStsNoErr, veksMPMLQFixedCodebookSearch_G723(58, h.data(), target.data(), vector.data(), &grid, &train,
                                                              &level, &signs, &position, 1));
     EXPECT_EQ(0, train);

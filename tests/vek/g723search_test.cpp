@@ -121,6 +121,33 @@ TEST(VekHarmonicSearchG723, TakesTheBestOfSevenDelays) {
     });
 }
 
+TEST(VekHarmonicSearchG723, ShapesWhereThreeEighthsOfTheEnergyArePredicted) {
+    std::mt19937 random(12);
+    int below = 0;
+    int above = 0;
+    for (int n = 0; n < 400; ++n) {
+        Samples x = noise(random, 208, -3000, 3000);
+        for (size_t i = 148; i < 208; ++i) {
+            x[i] = static_cast<int16_t>(x[i - 60] + static_cast<int>(random() % 7001) - 3500);
+        }
+        const int16_t* now = x.data() + 148;
+        const double c = dot(now, now - 60, 60);
+        const double ratio = c * c / dot(now - 60, now - 60, 60) / dot(now, now, 60);
+        int16_t delay = 0;
+        int16_t gain = 0;
+        ASSERT_EQ(vekStsNoErr, veksHarmonicSearch_G723_16s(60, now, &delay, &gain));
+        if (delay == 60 && ratio < 0.374) {
+            EXPECT_EQ(0, gain);
+            ++below;
+        } else if (delay == 60 && ratio > 0.376) {
+            EXPECT_GT(gain, 0);
+            ++above;
+        }
+    }
+    EXPECT_GT(below, 50);
+    EXPECT_GT(above, 50);
+}
+
 TEST(VekHarmonicSearchG723, OfSilenceIsTheOpenDelayWithoutGain) {
     const Samples x(208, 0);
     int16_t delay = 0;
@@ -348,6 +375,35 @@ TEST(VekAdaptiveSearchG723, GainsAreTamedByErrorsAndSines) {
         ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G723(30, target.data(), h.data(), history.data(), calm, &lag,
                                                                &entry, 1, -1, VEK_SPCHBR_6300));
         EXPECT_LT(entry, 51);
+    }
+    EXPECT_GT(freely, 0);
+}
+
+TEST(VekAdaptiveSearchG723, ErrorsBeyondTheBoundAllowAsMuchAsASine) {
+    std::mt19937 random(13);
+    const int32_t calm[5] = {4, 4, 4, 4, 4};
+    const int32_t wild[5] = {4, INT32_MAX, 4, 4, INT32_MAX};
+    const int32_t newest[5] = {INT32_MAX, 4, 4, 4, 4};
+    int freely = 0;
+    for (int n = 0; n < 80; ++n) {
+        const int16_t base = n % 2 == 0 ? 31 : 125;
+        const Samples history = voiced(random, 148, base, 300 + 10 * n);
+        const Samples h = decaying(random);
+        const Samples target = n % 4 < 2 ? noise(random, 60, -900, 900) : voiced(random, 60, base, 150);
+        const auto entryWith = [&](const int32_t* errors, int16_t sine) {
+            int16_t lag = 0;
+            int16_t entry = 0;
+            EXPECT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G723(base, target.data(), h.data(), history.data(),
+                                                                   errors, &lag, &entry, 1, sine, VEK_SPCHBR_6300));
+            return std::pair(lag, entry);
+        };
+        EXPECT_EQ(entryWith(calm, -1), entryWith(wild, 0));
+        EXPECT_LT(entryWith(wild, 0).second, base < 58 ? 51 : 93);
+        freely += base < 58 && entryWith(calm, 0).second >= 51 ? 1 : 0;
+        if (base > 58) {
+            // These delays lie more than a subframe and 30 samples back.
+            EXPECT_EQ(entryWith(calm, 0), entryWith(newest, 0));
+        }
     }
     EXPECT_GT(freely, 0);
 }

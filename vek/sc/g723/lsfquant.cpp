@@ -1,6 +1,4 @@
 // Split vector quantisation of the line spectral frequencies of G.723.1.
-#include <cstdlib>
-
 #include "sc/g723/tables.h"
 #include "veksc_g723.h"
 
@@ -10,16 +8,17 @@ using namespace vek::g723;
 
 namespace {
 
-// The entry with the largest 2 * sum of target * w * entry - sum of entry * w * entry, w * entry rounded; Sum holds it.
-template <typename Sum, int size>
-int bestEntry(const int16_t (&book)[size][kLsfEntries], const int16_t* weight, const int16_t* target) {
-    Sum measure[kLsfEntries] = {};
+// The entry with the largest 2 * sum of target * w * entry - sum of entry * w * entry, w * entry rounded. No entry is
+// longer than 6012 in an element, so that the sums stay below 2^31.
+template <int size>
+int search(const int16_t (&book)[size][kLsfEntries], const int16_t* weight, const int16_t* target) {
+    int32_t measure[kLsfEntries] = {};
     for (int j = 0; j < size; ++j) {
         const int32_t w = weight[j];
         const int32_t twice = target[j] * 2;
         for (int i = 0; i < kLsfEntries; ++i) {
             const int32_t entry = book[j][i];
-            measure[i] += static_cast<Sum>((w * entry + 0x4000) >> 15) * (twice - entry);
+            measure[i] += ((w * entry + 0x4000) >> 15) * (twice - entry);
         }
     }
     int best = 0;
@@ -27,18 +26,6 @@ int bestEntry(const int16_t (&book)[size][kLsfEntries], const int16_t* weight, c
         best = measure[i] > measure[best] ? i : best;
     }
     return best;
-}
-
-// No entry is longer than 6100 in an element, so that four products stay below 2^31 where a target is no longer.
-constexpr int kNarrow = 26000;
-
-template <int size>
-int search(const int16_t (&book)[size][kLsfEntries], const int16_t* weight, const int16_t* target) {
-    int most = 0;
-    for (int j = 0; j < size; ++j) {
-        most = std::abs(target[j]) > most ? std::abs(target[j]) : most;
-    }
-    return most <= kNarrow ? bestEntry<int32_t>(book, weight, target) : bestEntry<int64_t>(book, weight, target);
 }
 
 } // namespace
