@@ -26,7 +26,7 @@ const GridCase gridCases[] = {
     {"veksLPCToLSF_G723_16s", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_lsf723", false, 10},
     {"veksGainQuant_G723_16s", 1, "60,6,-,-,-,-", "60,6,-,-,-,-", "p_quant723", false, 60},
     {"veksDecodeAdaptiveVector_G723_16s", 2, "BR_6300,-,-,-,-,-", "BR_5300,-,-,-,-,-", "p_sag723", false, 60},
-    {"veksAutoCorr_G723_16s", 1, "BR_6300,-,-,-,-,-", "BR_6300,-,-,-,-,-", "p_sag723", false, 180},
+    {"veksAutoCorr_G723_16s", 2, "BR_6300,-,-,-,-,-", "BR_5300,-,-,-,-,-", "p_sag723", false, 180},
     {"veksSynthesisFilter_G723_16s", 1, "60,10,-,-,-,-", "60,10,-,-,-,-", "p_sinfilt2", false, 60},
     {"veksSynthesisFilter_G723_16s32s", 1, "60,10,-,-,-,-", "60,10,-,-,-,-", "p_sinfilt2", false, 60},
 };

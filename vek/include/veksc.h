@@ -12,9 +12,7 @@
 #include "veksc_filter.h"
 #include "veksc_g722.h"
 #include "veksc_g723.h"
-#include "veksc_g728.h"
 #include "veksc_g729.h"
-#include "veksc_g7291.h"
 #include "veksc_g729code.h"
 #include "veksc_g729lp.h"
 #include "veksc_g729pitch.h"
@@ -22,7 +20,6 @@
 #include "veksc_gsmamr.h"
 #include "veksc_gsmamrdtx.h"
 #include "veksc_gsmfr.h"
-#include "veksc_rta.h"
 
 #ifdef __cplusplus
 extern "C" {

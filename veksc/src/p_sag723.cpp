@@ -39,12 +39,9 @@ private:
 bool TimSAG_723::canStart() {
     m_decode = m_func.contains("Decode");
     vkcRebuild(subFrame, "").setList({1});
-    // The analysis knows of no rate.
     vkcRebuild(mode, "BitRate").resetValidation();
     for (const VekSpchBitRate rate : {VEK_SPCHBR_6300, VEK_SPCHBR_5300}) {
-        if (m_decode || rate == VEK_SPCHBR_6300) {
-            mode.add(rate);
-        }
+        mode.add(rate);
         mode.addValidation(rate);
     }
     grid.begin({&mode, &subFrame});
