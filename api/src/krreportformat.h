@@ -30,8 +30,8 @@ public:
     static int getLastLen(const krString& text);
     static void setItem(krString& line, const krString& item, int position);
     static void setItemLeft(krString& line, const krString& item, int position);
-    /// Cuts a piece off `text` at its last blank within `limit` characters, or at its first one behind them; false if it
-    /// is short or has no blank.
+    /// Cuts a piece off `text` at its last blank within `limit` characters, or at its first one behind them; false if
+    /// it is short or has no blank.
     static bool getPieceItem(krString& text, krString& piece, int limit);
 
     bool m_frame;

@@ -193,9 +193,8 @@ TEST(VekAmrWbHighPass, PassesItsBandAndStopsWhatIsBelow) {
         int scale;
         double hertz, least, most;
     };
-    const Case cases[] = {{14, 0, 0, 0.001},         {14, 10, 0, 0.1},         {14, 500, 0.97, 1.03},
-                          {14, 3000, 0.97, 1.03},    {12, 0, 0, 0.0005},       {12, 100, 0, 0.012},
-                          {12, 2000, 0.058, 0.067}, {12, 5000, 0.058, 0.0635}};
+    const Case cases[] = {{14, 0, 0, 0.001},  {14, 10, 0, 0.1},    {14, 500, 0.97, 1.03},    {14, 3000, 0.97, 1.03},
+                          {12, 0, 0, 0.0005}, {12, 100, 0, 0.012}, {12, 2000, 0.058, 0.067}, {12, 5000, 0.058, 0.0635}};
     for (const Case& c : cases) {
         std::vector<char> memory(33);
         int size = 0;
