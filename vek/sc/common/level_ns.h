@@ -13,3 +13,11 @@
 #else
 #error "VEK_LEVEL is 0, 1 or 2"
 #endif
+
+// For the short steps of kernels, which must not cost a call. Sanitizer builds leave them apart: laid into each other
+// with their checks, the transforms take minutes to compile.
+#ifdef __SANITIZE_ADDRESS__
+#define VEK_INLINE inline
+#else
+#define VEK_INLINE [[gnu::always_inline]] inline
+#endif

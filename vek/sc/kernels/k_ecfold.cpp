@@ -12,8 +12,6 @@
 namespace vek {
 namespace {
 
-#define VEK_INLINE [[gnu::always_inline]] inline
-
 #if VEK_LEVEL == 0
 
 template <typename T>

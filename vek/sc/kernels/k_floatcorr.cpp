@@ -3,14 +3,14 @@
 // the others.
 #include "sc/kernels/floatcorr.h"
 
+#include "sc/common/level_ns.h"
+
 #if VEK_LEVEL > 0
 #include <immintrin.h>
 #endif
 
 namespace vek {
 namespace {
-
-#define VEK_INLINE [[gnu::always_inline]] inline
 
 #if VEK_LEVEL == 0
 

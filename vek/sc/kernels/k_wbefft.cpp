@@ -115,7 +115,7 @@ constexpr int mapStep(int one, int zero) {
 
 // Transforms the columns of a row-major matrix of M x 8, in: rows of time, out: rows of frequency, rotated.
 template <int M>
-VEK_INLINE void columns(const RealFftTable<M>& t, const float* srcRe, const float* srcIm, float* re, float* im) {
+inline void columns(const RealFftTable<M>& t, const float* srcRe, const float* srcIm, float* re, float* im) {
     constexpr int Q = M % 9 == 0 ? 9 : 3;
     constexpr int R = M / Q;
     constexpr int fromA = mapStep(R, Q);
@@ -148,8 +148,7 @@ VEK_INLINE void columns(const RealFftTable<M>& t, const float* srcRe, const floa
 
 // The complex transform: src holds 8 M numbers, dst gets them in natural order. dst has room for 8 more.
 template <int M>
-VEK_INLINE void complexFft(const RealFftTable<M>& t, const float* srcRe, const float* srcIm, float* dstRe,
-                           float* dstIm) {
+void complexFft(const RealFftTable<M>& t, const float* srcRe, const float* srcIm, float* dstRe, float* dstIm) {
     constexpr int rows = (M + 7) / 8 * 8;
     alignas(32) float midRe[8 * rows];
     alignas(32) float midIm[8 * rows];

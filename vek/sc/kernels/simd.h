@@ -13,8 +13,6 @@
 namespace vek::simd {
 inline namespace VEK_LEVEL_NS {
 
-#define VEK_INLINE [[gnu::always_inline]] inline
-
 #if VEK_LEVEL == 0
 
 struct V8 {
