@@ -20,6 +20,8 @@ Arg plain() {
         return reinterpret_cast<Arg>(g_room);
     } else if constexpr (std::is_class_v<Arg>) {
         return Arg{};
+    } else if constexpr (std::is_enum_v<Arg>) {
+        return static_cast<Arg>(1);
     } else {
         return static_cast<Arg>(10);
     }
