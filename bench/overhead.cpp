@@ -8,7 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
+#include <string>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -59,17 +62,17 @@ int main() {
     krTest::m_numResultColm = 5;
     g_cstrm.addStream("/dev/null", false);
     g_tool.setMethodLoop(1);
-    char ini[] = "/tmp/gridXXXXXX";
-    FILE* file = fdopen(mkstemp(ini), "w");
+    const std::string ini = std::filesystem::temp_directory_path() / ("grid" + std::to_string(getpid()) + ".ini");
+    FILE* file = std::fopen(ini.c_str(), "w");
     std::fprintf(file, "[grid]\nx=1; %d; +1\n", lines);
     std::fclose(file);
-    g_istrm.setIniFile(ini, false);
+    g_istrm.setIniFile(ini.c_str(), false);
     GridTest test(loop, nullptr, "grid", "overhead", "GridTest");
     const long before = peakKb();
     const double begin = nowUs();
     const krResult result = test.run();
     const double end = nowUs();
-    std::remove(ini);
+    std::remove(ini.c_str());
     std::printf("result %s, %.2f us a line, %.0f bytes a line, %.1f clocks measured a line\n",
                 krResultName(result).c_str(), (end - begin) / lines,
                 static_cast<double>(peakKb() - before) * 1024.0 / lines, static_cast<double>(measuredClocks) / lines);

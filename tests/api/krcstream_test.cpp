@@ -1,5 +1,6 @@
 // Table streams: cells and lines, postponed lines, the search for identical rows, files.
 #include "streamcapture.h"
+#include "tempdir.h"
 
 #include <gtest/gtest.h>
 
@@ -265,7 +266,7 @@ TEST(KrIdenticalColms, NoCellsAreAlwaysEqual) {
 }
 
 TEST(KrCStreamFiles, LinesStandInTheFileAsSoonAsTheyAreWritten) {
-    const TestDir dir;
+    const TempDir dir;
     krCStream table;
     ASSERT_TRUE(table.addStream(dir.path("t.csv").c_str(), false));
     table << "a"
@@ -277,7 +278,7 @@ TEST(KrCStreamFiles, LinesStandInTheFileAsSoonAsTheyAreWritten) {
 }
 
 TEST(KrCStreamFiles, AppendingKeepsTheOldLines) {
-    const TestDir dir;
+    const TempDir dir;
     dir.write("t.csv", "old\n");
     {
         krCStream table;
@@ -292,7 +293,7 @@ TEST(KrCStreamFiles, AppendingKeepsTheOldLines) {
 }
 
 TEST(KrCStreamFiles, UnwritableFileIsReportedAndNotAdded) {
-    const TestDir dir;
+    const TempDir dir;
     ConsoleCapture console;
     krCStream table;
     EXPECT_FALSE(table.addStream(dir.path("no/such/t.csv").c_str(), false));

@@ -2,6 +2,7 @@
 #include "kr.h"
 #include "krbase.h"
 #include "streamcapture.h"
+#include "tempdir.h"
 
 #include <gtest/gtest.h>
 
@@ -285,7 +286,7 @@ TEST_F(KrDialog, ParametersThatNoSelectedTestUsesAreDropped) {
 }
 
 TEST_F(KrDialog, IniFileGetsTheValuesThatTheRunTook) {
-    const TestDir dir;
+    const TempDir dir;
     ASSERT_TRUE(g_istrm.setIniFile(dir.path("p.ini").c_str(), true));
     force("Method=Manual");
     force("VectorAlign=65");

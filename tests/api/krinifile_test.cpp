@@ -1,6 +1,7 @@
 // The ini-file: its grammar, its memory form and its rewriting.
 #include "krinifile.h"
 #include "streamcapture.h"
+#include "tempdir.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +24,7 @@ protected:
         m_ini.close();
         return m_dir.read("p.ini");
     }
-    TestDir m_dir;
+    TempDir m_dir;
     krIniFile m_ini;
 };
 

@@ -2,6 +2,7 @@
 #include "kr.h"
 #include "krio.h"
 #include "streamcapture.h"
+#include "tempdir.h"
 
 #include <gtest/gtest.h>
 
@@ -129,7 +130,7 @@ TEST(KrMessages, BeginMessageComparesNumbers) {
 }
 
 TEST(KrMessages, EndMessageFlushFlushesFiles) {
-    const TestDir dir;
+    const TempDir dir;
     krOStream stream;
     ASSERT_TRUE(stream.addStream(dir.path("a.txt").c_str(), false));
     stream << ERR << "text\n" << msgEnd;
@@ -139,7 +140,7 @@ TEST(KrMessages, EndMessageFlushFlushesFiles) {
 }
 
 TEST(KrOStreamFiles, CreateEmptiesAndAppendAdds) {
-    const TestDir dir;
+    const TempDir dir;
     dir.write("a.txt", "old\n");
     for (const bool append : {false, true}) {
         krOStream stream;
@@ -152,7 +153,7 @@ TEST(KrOStreamFiles, CreateEmptiesAndAppendAdds) {
 }
 
 TEST(KrOStreamFiles, UnopenableFileIsToldAtErrorLevel) {
-    const TestDir dir;
+    const TempDir dir;
     const ConsoleCapture console(ERR);
     krOStream stream;
     const std::string path = dir.path("none/a.txt");
@@ -162,7 +163,7 @@ TEST(KrOStreamFiles, UnopenableFileIsToldAtErrorLevel) {
 }
 
 TEST(KrFiles, FailureToReadIsToldOnlyWhenAsked) {
-    const TestDir dir;
+    const TempDir dir;
     const std::string path = dir.path("missing");
     ConsoleCapture console(ERR);
     const i_stream silent(path.c_str(), ioRead | ioRawName, false);
@@ -181,7 +182,7 @@ TEST(KrFiles, ModeWithoutReadOrWriteNamesNoPurpose) {
 }
 
 TEST(KrFiles, ReadWinsOverWrite) {
-    const TestDir dir;
+    const TempDir dir;
     dir.write("a", "kept\n");
     {
         i_stream file(dir.path("a").c_str(), ioRead | ioWrite | ioRawName, true);
@@ -193,7 +194,7 @@ TEST(KrFiles, ReadWinsOverWrite) {
 }
 
 TEST(KrFiles, BinaryModesWriteAndRead) {
-    const TestDir dir;
+    const TempDir dir;
     {
         o_stream file(dir.path("a").c_str(), ioWrite | ioBinary | ioRawName, true);
         file << "x\n";
@@ -209,7 +210,7 @@ TEST(KrFiles, BinaryModesWriteAndRead) {
 }
 
 TEST(KrFiles, BareNamesGoThroughTheSessionsDirectories) {
-    const TestDir dir;
+    const TempDir dir;
     const krString in = krSession::m_inDir;
     const krString out = krSession::m_outDir;
     krSession::m_outDir = (dir.path("") + "out_").c_str();
@@ -235,7 +236,7 @@ TEST(KrFiles, LastErrorTextIsEmpty) {
 }
 
 TEST(KrFiles, GetlineTakesLinesOfAnyLengthAndALastOneWithoutNewline) {
-    const TestDir dir;
+    const TempDir dir;
     const std::string lengthy(3000, 'x');
     dir.write("a", "short\n\n" + lengthy + "\n" + std::string(511, 'y') + "\nend");
     i_stream file(dir.path("a").c_str(), ioRead | ioRawName, true);

@@ -1,5 +1,6 @@
 // Answers: the order of sources, the console's question, the way back into the ini-file.
 #include "streamcapture.h"
+#include "tempdir.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,7 @@ protected:
         m_dir.write("p.ini", text);
         ASSERT_TRUE(m_answers.setIniFile(m_dir.path("p.ini").c_str(), write));
     }
-    TestDir m_dir;
+    TempDir m_dir;
     krIStream m_answers;
 };
 
@@ -161,7 +162,7 @@ TEST_F(KrIStream, ExitOfTheProcessWritesTheFile) {
 
 TEST_F(KrIStream, FileThatIsGoneAtExitIsReportedAndNoHarm) {
     const auto run = [] {
-        const TestDir other;
+        const TempDir other;
         g_istrm.setIniFile(other.path("exit.ini").c_str(), true);
         std::filesystem::remove_all(other.path(""));
         dup2(STDERR_FILENO, STDOUT_FILENO);
@@ -182,7 +183,7 @@ TEST_F(KrIStream, OwnStreamIsReadAndReleased) {
 }
 
 TEST(KrGetline, LineOfAThousandCharactersComesInOneCall) {
-    const TestDir dir;
+    const TempDir dir;
     const std::string longLine(1000, 'x');
     dir.write("long.txt", longLine + "\n\nlast\r");
     i_stream stream(dir.path("long.txt").c_str(), ioRead | ioRawName, true);

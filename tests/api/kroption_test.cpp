@@ -3,6 +3,7 @@
 #include "key_texts.h"
 #include "krkeys.h"
 #include "streamcapture.h"
+#include "tempdir.h"
 
 #include <gtest/gtest.h>
 
@@ -67,7 +68,7 @@ protected:
     std::string masked(const krString& s) const { return masked(std::string(s.c_str())); }
 
     HarnessState state;
-    TestDir dir;
+    TempDir dir;
     krSession session;
     std::string text;
     std::string echo;
@@ -428,7 +429,7 @@ TEST_F(KrOptions, EmptyConfigFileCountsAsFound) {
 
 TEST_F(KrOptions, ConfigFileOfTheWorkingDirectoryWins) {
     dir.write("rig.cfg", "-B\n");
-    const TestDir work;
+    const TempDir work;
     work.write("rig.cfg", "-P\n");
     const auto before = std::filesystem::current_path();
     std::filesystem::current_path(work.path(""));

@@ -2,6 +2,7 @@
 #include "harness_state.h"
 #include "kriterator.h"
 #include "streamcapture.h"
+#include "tempdir.h"
 
 #include <gtest/gtest.h>
 
@@ -164,7 +165,7 @@ protected:
     bool told(const char* line) const { return text.find(line) != std::string::npos; }
 
     HarnessState state;
-    TestDir dir;
+    TempDir dir;
     Phases session;
     std::string text;
     std::string direct;

@@ -4,6 +4,7 @@
 #include "krexcept.h"
 #include "kriterator.h"
 #include "streamcapture.h"
+#include "tempdir.h"
 
 #include <gtest/gtest.h>
 
@@ -457,7 +458,7 @@ TEST_F(KrTestRun, NameExitMeasuresNothing) {
 }
 
 TEST_F(KrTestRun, IniFileForWritingMeasuresNothing) {
-    const TestDir dir;
+    const TempDir dir;
     Noted test;
     g_istrm.setIniFile(dir.path("a.ini").c_str(), true);
     EXPECT_EQ(run(test), krOk);
@@ -468,7 +469,7 @@ TEST_F(KrTestRun, IniFileForWritingMeasuresNothing) {
 }
 
 TEST_F(KrTestRun, PressedTestNeedsItsSection) {
-    const TestDir dir;
+    const TempDir dir;
     dir.write("a.ini", "[veksBar]\n");
     krTest::m_pressing = true;
     Noted test;

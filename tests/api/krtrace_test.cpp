@@ -1,5 +1,6 @@
 // The call trace: its lines, its stack, and how it mends itself.
 #include "streamcapture.h"
+#include "tempdir.h"
 
 #include <gtest/gtest.h>
 
@@ -40,7 +41,7 @@ TEST(KrTrace, NothingShowsBelowTheTraceLevel) {
 }
 
 TEST(KrTrace, ConsoleIsFlushedOnlyIfTheMessagePasses) {
-    const TestDir dir;
+    const TempDir dir;
     for (const OutputLevel level : {ERR | WARN | PERF, ERR | WARN | PERF | TRACE}) {
         const std::string name = level > TRACE ? "shown" : "hidden";
         krList<o_stream*> saved;

@@ -1,5 +1,5 @@
-// What the tests of streams and reports share: taking down what goes to the console, a table or c_out, typed answers, a
-// directory for files, and a processor played by hand.
+// What the tests of streams and reports share: taking down what goes to the console, a table or c_out, typed answers,
+// and a processor played by hand.
 #pragma once
 
 #include "krcpuid.h"
@@ -8,12 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
-#include <unistd.h>
 #include <utility>
 
 /// A stream into memory.
@@ -99,31 +95,6 @@ private:
     FILE* m_in;
     FILE* m_out;
     TextStream m_text;
-};
-
-/// A directory that goes with the test.
-class TestDir {
-public:
-    TestDir() {
-        std::string name = (std::filesystem::temp_directory_path() / "krtestXXXXXX").string();
-        m_path = mkdtemp(name.data());
-    }
-    TestDir(const TestDir&) = delete;
-    TestDir& operator=(const TestDir&) = delete;
-    ~TestDir() { std::filesystem::remove_all(m_path); }
-    std::string path(const std::string& name) const { return m_path + "/" + name; }
-    void write(const std::string& name, const std::string& text) const {
-        std::ofstream(path(name), std::ios::binary) << text;
-    }
-    std::string read(const std::string& name) const {
-        std::ifstream file(path(name), std::ios::binary);
-        std::stringstream text;
-        text << file.rdbuf();
-        return text.str();
-    }
-
-private:
-    std::string m_path;
 };
 
 /// A processor by hand: leaves that are not set give zeros. `calls` counts the readings.

@@ -10,6 +10,7 @@
 #include "krkeys.h"
 #include "krlib.h"
 #include "krstream.h"
+#include "tempdir.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -24,16 +25,11 @@ class Hostile : public testing::Test {
 protected:
     void SetUp() override {
         m_former = std::filesystem::current_path();
-        std::string pattern = (std::filesystem::temp_directory_path() / "hostileXXXXXX").string();
-        m_directory = mkdtemp(pattern.data());
-        std::filesystem::current_path(m_directory);
+        std::filesystem::current_path(m_directory.path());
     }
-    void TearDown() override {
-        std::filesystem::current_path(m_former);
-        std::filesystem::remove_all(m_directory);
-    }
+    void TearDown() override { std::filesystem::current_path(m_former); }
     std::filesystem::path m_former;
-    std::filesystem::path m_directory;
+    TempDir m_directory;
 };
 
 krStringList listOf(const std::vector<std::string>& words) {
@@ -113,7 +109,7 @@ TEST_F(Hostile, EveryCommandLineIsEchoedKeyByKey) {
     HostileText hostile(3);
     setVekEnvironment();
     for (int i = 0; i < 700; ++i) {
-        std::vector<std::string> words = {(m_directory / "rig").string()};
+        std::vector<std::string> words = {m_directory.path("rig")};
         for (int n = 1 + hostile.number(7); n > 0; --n) {
             words.push_back(hostile.tameKey());
         }
@@ -125,7 +121,7 @@ TEST_F(Hostile, EveryCommandLineIsEchoedKeyByKey) {
         keys.setArgs(static_cast<int>(args.size()), args.data());
         krSession session;
         session.initSession();
-        g_ostrm.addStream((m_directory / "echo").string().c_str(), false);
+        g_ostrm.addStream(m_directory.path("echo").c_str(), false);
         session.parseCommandLine(static_cast<int>(args.size()), args.data());
         const int hintArg = s_hintArg;
         session.hint(static_cast<char>(hintArg), s_hintHide);

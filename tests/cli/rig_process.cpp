@@ -78,13 +78,6 @@ void replaceAll(std::string& text, const std::string& what, const std::string& b
 RigDirectory::RigDirectory(const char* program, const char* name) : m_program(program), m_name(name) {
     // A write to a program that has ended is an answer that nobody reads.
     std::signal(SIGPIPE, SIG_IGN);
-    std::string pattern = (std::filesystem::temp_directory_path() / "rigXXXXXX").string();
-    m_path = mkdtemp(pattern.data());
-}
-
-RigDirectory::~RigDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
 }
 
 void RigDirectory::become(const std::vector<std::string>& keys) const {
@@ -97,7 +90,7 @@ void RigDirectory::become(const std::vector<std::string>& keys) const {
         words.push_back(const_cast<char*>(key.c_str()));
     }
     words.push_back(nullptr);
-    if (chdir(m_path.c_str()) == 0) {
+    if (chdir(path().c_str()) == 0) {
         execv(m_program.c_str(), words.data());
     }
     _exit(127);
@@ -178,22 +171,8 @@ RigResult RigDirectory::wait(pid_t process, int seconds) {
     return reap(process, !waitUntil(ended, seconds));
 }
 
-void RigDirectory::write(const std::string& name, const std::string& text) const {
-    std::ofstream(file(name), std::ios::binary) << text;
-}
-
-bool RigDirectory::exists(const std::string& name) const {
-    return std::filesystem::exists(file(name));
-}
-
 std::string RigDirectory::read(const std::string& name) const {
-    std::ifstream stream(file(name), std::ios::binary);
-    if (!stream) {
-        return "<no file>";
-    }
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
+    return exists(name) ? m_directory.read(name) : "<no file>";
 }
 
 std::string RigDirectory::mask(const std::string& text) const {
@@ -212,7 +191,7 @@ std::string RigDirectory::mask(const std::string& text) const {
         {std::regex("([?-]),([A-Za-z0-9_]+),[0-9]+,([^,\n]+),([A-Z]+),([a-z]+)\n"), "$1,$2,<sec>,$3,$4,$5\n"},
     };
     std::string masked = text;
-    replaceAll(masked, m_path, "<dir>");
+    replaceAll(masked, path(), "<dir>");
     for (const auto& [pattern, word] : figures) {
         masked = std::regex_replace(masked, pattern, word);
     }

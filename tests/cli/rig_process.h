@@ -2,6 +2,8 @@
 // and files. The figures in them, which differ from run to run, are masked; everything else is compared as it stands.
 #pragma once
 
+#include "tempdir.h"
+
 #include <functional>
 #include <map>
 #include <string>
@@ -35,7 +37,6 @@ public:
     RigDirectory(const char* program, const char* name);
     RigDirectory(const RigDirectory&) = delete;
     RigDirectory& operator=(const RigDirectory&) = delete;
-    ~RigDirectory();
 
     RigResult run(const std::vector<std::string>& keys, const RigConsole& console = RigConsole()) const;
     /// Starts the program without a console, for runs that are to be disturbed; returns its process.
@@ -43,10 +44,10 @@ public:
     /// Waits for a started program; kills it at the time limit.
     static RigResult wait(pid_t process, int seconds = 30);
 
-    const std::string& path() const { return m_path; }
-    std::string file(const std::string& name) const { return m_path + "/" + name; }
-    void write(const std::string& name, const std::string& text) const;
-    bool exists(const std::string& name) const;
+    const std::string& path() const { return m_directory.path(); }
+    std::string file(const std::string& name) const { return m_directory.path(name); }
+    void write(const std::string& name, const std::string& text) const { m_directory.write(name, text); }
+    bool exists(const std::string& name) const { return m_directory.exists(name); }
     /// The whole text of a file, or "<no file>".
     std::string read(const std::string& name) const;
     /// A file with its figures masked.
@@ -59,7 +60,7 @@ private:
 
     std::string m_program;
     std::string m_name;
-    std::string m_path;
+    TempDir m_directory;
 };
 
 /// Polls until the condition holds; false after the time limit.

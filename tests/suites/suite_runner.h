@@ -1,39 +1,30 @@
 // Runs registered tests as a session does, one loop a line, and gives the lines of the result table.
 #pragma once
 
+#include "tempdir.h"
 #include "vkc.h"
 
-#include <cstdio>
 #include <cstdlib>
+#include <sstream>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 /// The lines that `work` writes to the result table.
 template <class Work>
 std::vector<std::string> tableLines(const Work& work) {
-    char name[] = "/tmp/suiteXXXXXX";
-    const int file = mkstemp(name);
+    const TempDir directory;
     setVekEnvironment();
     krCpuTicker::m_freqMHz = 2400;
     krTest::m_numParmsColm = 9;
     krTest::m_numResultColm = 5;
-    g_cstrm.addStream(name, false);
+    g_cstrm.addStream(directory.path("table").c_str(), false);
     work();
     g_cstrm.close();
     std::vector<std::string> lines;
-    std::string line;
-    FILE* stream = fdopen(file, "r");
-    for (int c = std::fgetc(stream); c != EOF; c = std::fgetc(stream)) {
-        if (c == '\n') {
-            lines.push_back(line);
-            line.clear();
-        } else {
-            line += static_cast<char>(c);
-        }
+    std::istringstream table(directory.read("table"));
+    for (std::string line; std::getline(table, line);) {
+        lines.push_back(line);
     }
-    std::fclose(stream);
-    std::remove(name);
     return lines;
 }
 
