@@ -1,5 +1,5 @@
 // The data of the pulse searches: target filtered backwards, signs, correlation matrix in the order of tracks.
-#include "sc/gsmamr/pulsesearch.h"
+#include "sc/common/pulsesearch.h"
 
 #include <algorithm>
 #include <array>
@@ -12,6 +12,7 @@
 
 using namespace vek;
 using namespace vek::fix;
+using namespace vek::pulses;
 
 namespace {
 
@@ -139,16 +140,20 @@ void fill(const Vek16s* h, const Vek16s* dn, const Vek16s* sign, PulseField& fie
 
 } // namespace
 
-void vek::gsmamr::searchChains(const Vek16s* target, const Vek16s* h, const PulseChain* chains, int count, int pulses,
-                               int kept, PulsesFound& found) {
+void vek::pulses::signedField(const Vek16s* target, const Vek16s* h, Vek16s* sign, PulseField& field) {
     Vek16s dn[kLen];
     backward<Five>(target, h, 1, dn);
     for (int i = 0; i < kLen; ++i) {
-        found.sign[i] = static_cast<Vek16s>(dn[i] >= 0 ? 32767 : -32767);
+        sign[i] = static_cast<Vek16s>(dn[i] >= 0 ? 32767 : -32767);
         dn[i] = abs_s(dn[i]);
     }
+    fill<Five>(h, dn, sign, field);
+}
+
+void vek::pulses::searchChains(const Vek16s* target, const Vek16s* h, const PulseChain* chains, int count, int pulses,
+                               int kept, PulsesFound& found) {
     PulseField field;
-    fill<Five>(h, dn, found.sign, field);
+    signedField(target, h, found.sign, field);
     std::fill_n(field.kept, kLen, true);
     for (int t = 0; t < Five::kTracks; ++t) {
         const Vek16s* strength = field.dn + t * Five::kCount;
@@ -207,14 +212,16 @@ void prepare(const Vek16s* residual, Vek16s* dn, Vek16s* sign, int8_t* tracks, i
 }
 
 template <class L>
-void pairsOn(const Vek16s* target, const Vek16s* residual, const Vek16s* h, int pulses, gsmamr::PulsesFound& found) {
+void pairsOn(const Vek16s* target, const Vek16s* residual, const Vek16s* h, int pulses, PulsesFound& found) {
     Vek16s dn[kLen];
-    backward<L>(target, h, 2, dn);
+    // Room for the maxima of all pulses of a track.
+    backward<L>(target, h, pulses > 2 * L::kTracks ? 3 : 2, dn);
     int8_t tracks[kMostPulses];
     int8_t peaks[5];
     prepare<L>(residual, dn, found.sign, tracks, peaks, pulses);
     PulseField field;
     fill<L>(h, dn, found.sign, field);
+    found.firstTrack = tracks[0];
     Pulse best[kMostPulses];
     pulseKernels().pairs(field, tracks, peaks, pulses, best);
     for (int i = 0; i < pulses; ++i) {
@@ -224,11 +231,11 @@ void pairsOn(const Vek16s* target, const Vek16s* residual, const Vek16s* h, int 
 
 } // namespace
 
-void vek::gsmamr::searchPairs(const Vek16s* target, const Vek16s* residual, const Vek16s* h, int pulses,
+void vek::pulses::searchPairs(const Vek16s* target, const Vek16s* residual, const Vek16s* h, int pulses,
                               PulsesFound& found) {
-    if (pulses == kMostPulses) {
-        pairsOn<Five>(target, residual, h, pulses, found);
-    } else {
+    if (pulses == 8) {
         pairsOn<Four>(target, residual, h, pulses, found);
+    } else {
+        pairsOn<Five>(target, residual, h, pulses, found);
     }
 }

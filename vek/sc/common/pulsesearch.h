@@ -1,23 +1,34 @@
-// Search for the pulses of the algebraic codebook: correlations, signs, matrix, and the two ways to search.
+// Search for the signed pulses of an algebraic code vector of 40 on interleaved tracks, as TS 26.090 and the annexes of
+// G.729 have it: correlations, signs, matrix, and the two ways to search. Codewords are the business of each codec.
 #pragma once
 
 #include "sc/kernels/pulses.h"
 #include "vekdefs.h"
 
-namespace vek::gsmamr {
+namespace vek::pulses {
 
 // The pulses found, by position, and the sign of each position: 32767 or -32767.
 struct PulsesFound {
     int positions[kMostPulses];
     Vek16s sign[kPulsePositions];
+    // The track that the search of pairs began on.
+    int firstTrack;
 };
+
+// Where a position stands in a field of five tracks.
+constexpr int slotOnFive(int position) {
+    return position % 5 * 8 + position / 5;
+}
+
+// Correlations, their signs and the matrix, on five tracks.
+void signedField(const Vek16s* target, const Vek16s* h, Vek16s* sign, PulseField& field);
 
 // Two to four pulses on five tracks, tried in chains; a chain begins at one of the `kept` strongest positions of its
 // first track.
 void searchChains(const Vek16s* target, const Vek16s* h, const PulseChain* chains, int count, int pulses, int kept,
                   PulsesFound& found);
 
-// Ten pulses on five tracks or eight on four, signs by target and residual together.
+// Twelve or ten pulses on five tracks or eight on four, signs by target and residual together.
 void searchPairs(const Vek16s* target, const Vek16s* residual, const Vek16s* h, int pulses, PulsesFound& found);
 
-} // namespace vek::gsmamr
+} // namespace vek::pulses

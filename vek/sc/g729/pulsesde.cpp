@@ -6,19 +6,33 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/pulsesearch.h"
 #include "sc/common/signal_check.h"
+#include "sc/g729/floatpulses.h"
 #include "veksc_g729code.h"
 
 namespace {
 
 using namespace vek;
 using namespace vek::pulses;
-
-constexpr int kTracks = 5;
+using floatpulses::kSub;
+using floatpulses::kTracks;
 
 // Annex D: the positions of the two pulses by their codes, neighbours differing in one bit.
 constexpr int kFirstPositions[16] = {1, 3, 8, 6, 18, 16, 11, 13, 38, 36, 31, 33, 21, 23, 28, 26};
 constexpr int kSecondPositions[32] = {0,  2,  5,  4,  12, 10, 7,  9,  25, 24, 20, 22, 14, 15, 19, 17,
                                       36, 31, 21, 26, 1,  6,  16, 11, 27, 29, 32, 30, 39, 37, 34, 35};
+
+// Adds the response from `position` on, with a sign.
+void addResponse(const Vek16s* h, int position, bool plus, Vek16s* y) {
+    for (int i = position; i < kSub; ++i) {
+        y[i] = fix::sat16(plus ? y[i] + h[i - position] : y[i] - h[i - position]);
+    }
+}
+
+void addResponse(const Vek32f* h, int position, bool plus, Vek32f* y) {
+    for (int i = position; i < kSub; ++i) {
+        y[i] += plus ? h[i - position] : -h[i - position];
+    }
+}
 
 struct TwoPulses {
     int first = 0; // codes
@@ -50,8 +64,8 @@ TwoPulses searchTwo(const Value* d, Matrix rr) {
     return best;
 }
 
-template <class Value>
-int deliverTwo(const TwoPulses& two, const signed char* sign, const Value* h, Value* code, Value* filtered) {
+template <class Value, class Sign>
+int deliverTwo(const TwoPulses& two, const Sign* sign, const Value* h, Value* code, Value* filtered) {
     std::fill_n(code, kSub, Value{0});
     std::fill_n(filtered, kSub, Value{0});
     int signs = 0;
@@ -64,14 +78,15 @@ int deliverTwo(const TwoPulses& two, const signed char* sign, const Value* h, Va
             code[at] = static_cast<Value>(code[at] + (sign[at] > 0 ? 8191 : -8192));
         }
         signs |= sign[at] > 0 ? 1 << n : 0;
-        addResponse(h, at, sign[at], filtered);
+        addResponse(h, at, sign[at] > 0, filtered);
     }
     return signs;
 }
 
 // Annex E: the pulses of a track as a word. They stand in the one order, or one of the orders, in which a pulse lies
 // below the one before it exactly where the sign changes; there is such an order for up to three pulses.
-int word(const int* positions, int count, const signed char* sign) {
+template <class Sign>
+int word(const int* positions, int count, const Sign* sign) {
     int p[3] = {positions[0], positions[1], count > 2 ? positions[2] : kSub};
     for (const auto& [low, high] : {std::pair{0, 1}, {1, 2}, {0, 1}}) {
         if (p[low] > p[high]) {
@@ -95,7 +110,8 @@ int word(const int* positions, int count, const signed char* sign) {
     return code;
 }
 
-void deliverWords(const int* positions, int pulses, int firstTrack, const signed char* sign, Vek16s* index) {
+template <class Sign>
+void deliverWords(const int* positions, int pulses, int firstTrack, const Sign* sign, Vek16s* index) {
     int on[kTracks][3];
     int count[kTracks] = {};
     for (int n = 0; n < pulses; ++n) {
@@ -112,50 +128,24 @@ void deliverWords(const int* positions, int pulses, int firstTrack, const signed
     }
 }
 
-void correlation(const Vek16s* h, const Vek16s* x, int pulses, Vek16s* d) {
-    correlate(h, x, kTracks, pulses == kMostPulses ? 3 : 2, d);
-}
-
-void correlation(const Vek32f* h, const Vek32f* x, int /*pulses*/, Vek32f* d) {
-    for (int n = 0; n < kSub; ++n) {
-        float s = 0;
-        for (int i = n; i < kSub; ++i) {
-            s += x[i] * h[i - n];
-        }
-        d[n] = s;
-    }
-}
-
-template <class Value>
-VekStatus searchMany(int mode, const Value* target, const Value* residual, const Value* h, Value* code, Value* filtered,
-                     Vek16s* index) {
-    if (anyNull(target, residual, h, code, filtered) || anyNull(index)) {
-        return vekStsNullPtrErr;
-    }
-    if (mode < 0 || mode > 1) {
-        return vekStsModeErr;
-    }
-    const int pulses = mode == 0 ? 10 : kMostPulses;
-    Value d[kSub];
-    signed char sign[kSub];
-    Value rr[kSub][kSub];
-    Start start{};
-    correlation(h, target, pulses, d);
-    presetSigns(d, residual, kTracks, pulses, sign, start);
-    matrix(h, sign, rr);
-    int positions[kMostPulses];
-    search(d, rr, kTracks, pulses, start, positions);
-    deliverWords(positions, pulses, start.track[0], sign, index);
+// Words, vector and response of the pulses found.
+template <class Value, class Sign>
+void deliverMany(const int* positions, int pulses, int firstTrack, const Sign* sign, const Value* h, Value* code,
+                 Value* filtered, Vek16s* index) {
+    deliverWords(positions, pulses, firstTrack, sign, index);
     Value y[kSub] = {};
     std::fill_n(code, kSub, Value{0});
     for (int n = 0; n < pulses; ++n) {
         const int at = positions[n];
-        addResponse(h, at, sign[at], y);
+        addResponse(h, at, sign[at] > 0, y);
         const Value one = std::is_same_v<Value, Vek32f> ? Value{1} : static_cast<Value>(8192);
         code[at] = static_cast<Value>(sign[at] > 0 ? code[at] + one : code[at] - one);
     }
     std::copy_n(y, kSub, filtered);
-    return vekStsNoErr;
+}
+
+constexpr int pulsesOf(int mode) {
+    return mode == 0 ? 10 : kMostPulses;
 }
 
 // Elements of the matrix of the four-pulse search, or null for the pairs that it lacks.
@@ -180,16 +170,14 @@ VekStatus veksFixedCodebookSearch_G729D_16s(const Vek16s* pSrcFixed, const Vek16
     if (anyNull(pSrcFixed, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstSign, pDstIndex)) {
         return vekStsNullPtrErr;
     }
+    PulseField field;
+    Vek16s sign[kSub];
+    signedField(pSrcFixed, pSrcImpulseResponse, sign, field);
     Vek16s d[kSub];
-    signed char sign[kSub];
-    Vek16s rr[kSub][kSub];
-    correlate(pSrcImpulseResponse, pSrcFixed, kTracks, 1, d);
     for (int i = 0; i < kSub; ++i) {
-        sign[i] = d[i] >= 0 ? 1 : -1;
-        d[i] = fix::abs_s(d[i]);
+        d[i] = field.dn[slotOnFive(i)];
     }
-    matrix(pSrcImpulseResponse, sign, rr);
-    const TwoPulses two = searchTwo(d, [&](int i, int j) { return rr[i][j]; });
+    const TwoPulses two = searchTwo(d, [&](int i, int j) { return field.rr[slotOnFive(i) * kSub + slotOnFive(j)]; });
     *pDstIndex = static_cast<Vek16s>(two.index());
     *pDstSign = static_cast<Vek16s>(deliverTwo(two, sign, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector));
     return vekStsNoErr;
@@ -209,7 +197,7 @@ VekStatus veksFixedCodebookSearch_G729D_32f(const Vek32f* pSrcFixed, Vek32f* pSr
         sign[i] = pSrcFixed[i] >= 0 ? 1 : -1;
         d[i] = sign[i] > 0 ? pSrcFixed[i] : -pSrcFixed[i];
     }
-    matrix(pSrcImpulseResponse, sign, rr);
+    floatpulses::matrix(pSrcImpulseResponse, sign, rr);
     for (int i = 0; i < kSub; ++i) {
         for (int j = i; j < kSub; ++j) {
             if (Vek32f* e = element(pSrcDst, i, j)) {
@@ -229,13 +217,40 @@ VekStatus veksFixedCodebookSearch_G729D_32f(const Vek32f* pSrcFixed, Vek32f* pSr
 VekStatus veksFixedCodebookSearch_G729E_16s(int mode, const Vek16s* pSrcFixed, const Vek16s* pSrcLtpResidual,
                                             const Vek16s* pSrcImpulseResponse, Vek16s* pDstFixedVector,
                                             Vek16s* pDstFltFixedVector, Vek16s* pDstFixedIndex) {
-    return searchMany(mode, pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector,
-                      pDstFixedIndex);
+    if (anyNull(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector) ||
+        anyNull(pDstFixedIndex)) {
+        return vekStsNullPtrErr;
+    }
+    if (mode < 0 || mode > 1) {
+        return vekStsModeErr;
+    }
+    PulsesFound found;
+    searchPairs(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pulsesOf(mode), found);
+    deliverMany(found.positions, pulsesOf(mode), found.firstTrack, found.sign, pSrcImpulseResponse, pDstFixedVector,
+                pDstFltFixedVector, pDstFixedIndex);
+    return vekStsNoErr;
 }
 
 VekStatus veksFixedCodebookSearch_G729E_32f(int mode, const Vek32f* pSrcFixed, const Vek32f* pSrcLtpResidual,
                                             const Vek32f* pSrcImpulseResponse, Vek32f* pDstFixedVector,
                                             Vek32f* pDstFltFixedVector, Vek16s* pDstFixedIndex) {
-    return searchMany(mode, pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector,
-                      pDstFixedIndex);
+    if (anyNull(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector) ||
+        anyNull(pDstFixedIndex)) {
+        return vekStsNullPtrErr;
+    }
+    if (mode < 0 || mode > 1) {
+        return vekStsModeErr;
+    }
+    Vek32f d[kSub];
+    signed char sign[kSub];
+    Vek32f rr[kSub][kSub];
+    floatpulses::Start start{};
+    floatpulses::correlate(pSrcImpulseResponse, pSrcFixed, d);
+    floatpulses::presetSigns(d, pSrcLtpResidual, pulsesOf(mode), sign, start);
+    floatpulses::matrix(pSrcImpulseResponse, sign, rr);
+    int positions[kMostPulses];
+    floatpulses::search(d, rr, pulsesOf(mode), start, positions);
+    deliverMany(positions, pulsesOf(mode), start.track[0], sign, pSrcImpulseResponse, pDstFixedVector,
+                pDstFltFixedVector, pDstFixedIndex);
+    return vekStsNoErr;
 }

@@ -5,15 +5,16 @@
 #include <cstdlib>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/pulsesearch.h"
 #include "sc/common/signal_check.h"
 #include "sc/gsmamr/codewords.h"
-#include "sc/gsmamr/pulsesearch.h"
 #include "sc/gsmamr/speechrates.h"
 #include "veksc_gsmamr.h"
 
 using namespace vek;
 using namespace vek::fix;
 using namespace vek::gsmamr;
+using namespace vek::pulses;
 
 namespace {
 

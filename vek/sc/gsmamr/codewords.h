@@ -1,9 +1,11 @@
 // Words of the bit stream for the pulses of the algebraic codebook, both ways: TS 26.090 5.7 and 7.
 #pragma once
 
-#include "sc/gsmamr/pulsesearch.h"
+#include "sc/common/pulsesearch.h"
 
 namespace vek::gsmamr {
+
+using pulses::PulsesFound;
 
 void encodePair9(const PulsesFound& found, int subFrame, Vek16s* words);
 void encodePair11(const PulsesFound& found, Vek16s* words);

@@ -143,7 +143,7 @@ struct Stage {
     int roundShift;
     int weightShift;
 };
-constexpr Stage kStages[4] = {{12, 3, 15}, {11, 3, 14}, {10, 4, 14}, {9, 4, 13}};
+constexpr Stage kStages[kMostPulses / 2 - 1] = {{12, 3, 15}, {11, 3, 14}, {10, 4, 14}, {9, 4, 13}, {8, 5, 13}};
 
 template <int Tracks, int Count, int Width>
 struct Nest {
@@ -252,10 +252,10 @@ struct Nest {
 };
 
 void pairs(const PulseField& field, const int8_t* tracks, const int8_t* peaks, int pulses, Pulse* best) {
-    if (pulses == kMostPulses) {
-        Nest<5, 8, 8>(field).search(tracks, peaks, pulses, best);
-    } else {
+    if (pulses == 8) {
         Nest<4, 10, 16>(field).search(tracks, peaks, pulses, best);
+    } else {
+        Nest<5, 8, 8>(field).search(tracks, peaks, pulses, best);
     }
 }
 

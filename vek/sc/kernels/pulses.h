@@ -8,7 +8,7 @@
 
 namespace vek {
 
-constexpr int kMostPulses = 10;
+constexpr int kMostPulses = 12;
 constexpr int kPulsePositions = 40;
 
 struct Pulse {
@@ -37,8 +37,8 @@ struct PulseKernels {
     void (*signRows)(const int32_t* rows, const int16_t* sign, int16_t* out);
     // Chains of two to four single pulses on five tracks.
     void (*chains)(const PulseField& field, const PulseChain* chains, int count, int pulses, Pulse* best);
-    // Pairs nested behind the two strongest: ten pulses on five tracks, eight on four. tracks[0..pulses-1] are the
-    // pulses' tracks, peaks the strongest lane of each.
+    // Pairs nested behind the two strongest: twelve or ten pulses on five tracks, eight on four. tracks[0..pulses-1]
+    // are the pulses' tracks, peaks the strongest lane of each.
     void (*pairs)(const PulseField& field, const int8_t* tracks, const int8_t* peaks, int pulses, Pulse* best);
 };
 
