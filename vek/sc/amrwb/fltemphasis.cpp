@@ -1,11 +1,13 @@
 // Residual, pre-emphasis, de-emphasis and the synthesis with 32-bit outputs of AMR-WB. The high-pass filters are in
 // flthighpass.cpp.
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
+#include "sc/kernels/filter.h"
 #include "veksc_amrwbflt.h"
 
 namespace {
@@ -41,13 +43,30 @@ VekStatus deemphasize(Vek16s gamma, int scale, Vek16s* x, int len, Vek16s* mem) 
     if (scale < 13 || scale > 15) {
         return vekStsScaleRangeErr;
     }
-    Vek16s y = *mem;
-    for (int i = 0; i < len; ++i) {
-        const int64_t known = (static_cast<int64_t>(x[i]) << scale) + 0x4000;
-        y = sat16_64((known + y * gamma) >> 15);
-        x[i] = y;
+    // A block first without saturation, which would lengthen the way from each sample to the next.
+    constexpr int kBlock = 32;
+    int64_t y = *mem;
+    for (int done = 0; done < len; done += kBlock) {
+        const int n = std::min(kBlock, len - done);
+        Vek16s quick[kBlock];
+        int64_t v = y;
+        int64_t used = 0;
+        for (int i = 0; i < n; ++i) {
+            v = (x[done + i] * (int64_t{1} << scale) + 0x4000 + v * gamma) >> 15;
+            used |= v ^ (v >> 63);
+            quick[i] = static_cast<Vek16s>(v);
+        }
+        if (used <= INT16_MAX) {
+            std::copy_n(quick, n, x + done);
+            y = v;
+            continue;
+        }
+        for (int i = done; i < done + n; ++i) {
+            y = sat16_64((x[i] * (int64_t{1} << scale) + 0x4000 + y * gamma) >> 15);
+            x[i] = static_cast<Vek16s>(y);
+        }
     }
-    *mem = y;
+    *mem = static_cast<Vek16s>(y);
     return vekStsNoErr;
 }
 
@@ -113,15 +132,17 @@ VekStatus veksPreemphasize_AMRWB_16s_ISfs(Vek16s gamma, Vek16s* pSrcDst, int len
         return vekStsScaleRangeErr;
     }
     // Two products of 16 bits and the half fit in 32 bits.
+    constexpr int kBlock = 256;
     const int half = scaleFactor > 0 ? 1 << (scaleFactor - 1) : 0;
-    int before = *pMem;
-    const Vek16s last = pSrcDst[len - 1];
-    for (int i = 0; i < len; ++i) {
-        const int x = pSrcDst[i];
-        pSrcDst[i] = sat16((x * 32768 - before * gamma + half) >> scaleFactor);
-        before = x;
+    Vek16s block[1 + kBlock];
+    block[0] = *pMem;
+    for (int done = 0; done < len; done += kBlock) {
+        const int n = std::min(kBlock, len - done);
+        std::copy_n(pSrcDst + done, n, block + 1);
+        filterKernels().weighted(block + 1, 32768, block, -gamma, pSrcDst + done, n, scaleFactor, half);
+        block[0] = block[n];
     }
-    *pMem = last;
+    *pMem = block[0];
     return vekStsNoErr;
 }
 

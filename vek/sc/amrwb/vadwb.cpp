@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "sc/common/bandvad.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
@@ -12,16 +13,13 @@ namespace {
 
 using namespace vek;
 using namespace vek::fix;
+using namespace vek::bandvad;
 
 constexpr int kFrame = 256;
 constexpr int kBands = 12;
-constexpr Vek16s kLeastNoise = 40;
 constexpr Vek16s kMostNoise = 20000;
 constexpr Vek16s kStationary = 20;
 constexpr Vek16s kNominalLevel = 2050; // about -26 dBov
-constexpr Vek16s kFilter5First = 21955;
-constexpr Vek16s kFilter5Second = 6390;
-constexpr Vek16s kFilter3 = 13363;
 constexpr int kReady = 0x57425644;
 
 struct State {
@@ -43,75 +41,33 @@ struct State {
     Vek16s speechLevel;
 };
 
-// One step of an all-pass filter of first order.
-inline Vek16s allPass(Vek16s x, Vek16s& memory, Vek16s c) {
-    const Vek16s before = memory;
-    memory = sub(x, mult(c, before));
-    return add(before, mult(c, memory));
-}
-
-inline Vek16s halved(int v) {
-    return static_cast<Vek16s>(sat16(v) >> 1);
-}
-
-// Splits two successive samples of all pairs into the lower and the upper half of their band.
-void split5(Vek16s* x, int first, int apart, int step, Vek16s* memory) {
-    Vek16s m0 = memory[0];
-    Vek16s m1 = memory[1];
-    for (int i = first; i < kFrame; i += step) {
-        const Vek16s a = allPass(x[i], m0, kFilter5First);
-        const Vek16s b = allPass(x[i + apart], m1, kFilter5Second);
-        x[i] = halved(a + b);
-        x[i + apart] = halved(a - b);
-    }
-    memory[0] = m0;
-    memory[1] = m1;
-}
-
-void split3(Vek16s* x, int first, int apart, int step, Vek16s& memory) {
-    Vek16s m = memory;
-    for (int i = first; i < kFrame; i += step) {
-        const Vek16s a = x[i];
-        const Vek16s b = allPass(x[i + apart], m, kFilter3);
-        x[i] = halved(a + b);
-        x[i + apart] = halved(a - b);
-    }
-    memory = m;
-}
-
-// Sum of magnitudes of every step-th element over the frame before the last three quarters of this one, with those of
-// the last frame before them, which *kept brings along.
-Vek16s level(const Vek16s* data, Vek16s* kept, int step, int first, int scale) {
-    const int end = kFrame / step;
-    const int fresh = end / 4;
-    int32_t last = 0;
-    for (int i = fresh; i < end; ++i) {
-        last += 2 * abs_s(data[step * i + first]);
-    }
-    int32_t sum = L_add(last, L_shl(*kept, 16 - scale));
-    *kept = extract_h(L_shl(last, scale));
-    for (int i = 0; i < fresh; ++i) {
-        sum = L_add(sum, 2 * abs_s(data[step * i + first]));
-    }
-    return extract_h(L_shl(sum, scale));
-}
-
 void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
     Vek16s x[kFrame];
     for (int i = 0; i < kFrame; ++i) {
         x[i] = static_cast<Vek16s>(in[i] >> 1);
     }
-    split5(x, 0, 1, 2, s.filter5[0]);
-    split5(x, 0, 2, 4, s.filter5[1]);
-    split5(x, 1, 2, 4, s.filter5[2]);
-    split5(x, 0, 4, 8, s.filter5[3]);
-    split5(x, 2, 4, 8, s.filter5[4]);
-    split3(x, 3, 4, 8, s.filter3[0]);
-    split3(x, 0, 8, 16, s.filter3[1]);
-    split3(x, 4, 8, 16, s.filter3[2]);
-    split3(x, 6, 8, 16, s.filter3[3]);
-    split3(x, 0, 16, 32, s.filter3[4]);
-    split3(x, 8, 16, 32, s.filter3[5]);
+    // The filters of a stage go side by side: each waits for its own last output.
+    for (int i = 0; i < kFrame; i += 2) {
+        split5(x[i], x[i + 1], s.filter5[0]);
+    }
+    for (int i = 0; i < kFrame; i += 4) {
+        split5(x[i], x[i + 2], s.filter5[1]);
+        split5(x[i + 1], x[i + 3], s.filter5[2]);
+    }
+    for (int i = 0; i < kFrame; i += 8) {
+        split5(x[i], x[i + 4], s.filter5[3]);
+        split5(x[i + 2], x[i + 6], s.filter5[4]);
+        split3(x[i + 3], x[i + 7], s.filter3[0]);
+    }
+    for (int i = 0; i < kFrame; i += 16) {
+        split3(x[i], x[i + 8], s.filter3[1]);
+        split3(x[i + 4], x[i + 12], s.filter3[2]);
+        split3(x[i + 6], x[i + 14], s.filter3[3]);
+    }
+    for (int i = 0; i < kFrame; i += 32) {
+        split3(x[i], x[i + 16], s.filter3[4]);
+        split3(x[i + 8], x[i + 24], s.filter3[5]);
+    }
     struct Band {
         int step, first, scale;
     };
@@ -119,7 +75,9 @@ void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
                                            {16, 12, 16}, {16, 4, 16},  {16, 6, 16},  {16, 14, 16},
                                            {8, 2, 15},   {8, 3, 15},   {8, 7, 15},   {4, 1, 14}};
     for (int b = 0; b < kBands; ++b) {
-        levels[b] = level(x, s.subLevel + b, bands[b].step, bands[b].first, bands[b].scale);
+        const Band& band = bands[b];
+        const int count = kFrame / band.step;
+        levels[b] = level(x + band.first, count, count / 4, band.step, band.scale, s.subLevel + b);
     }
 }
 
@@ -137,35 +95,17 @@ Vek16s fallingLog(Vek16s v) {
     return static_cast<Vek16s>((first + 16) * 1024 + second * 64 + 127 - (m >> 8));
 }
 
-// Sum over the bands of the larger of level and mean over the smaller, Q6.
-Vek16s unrest(const Vek16s* levels, const Vek16s* means) {
-    constexpr Vek16s kLeast = 184;
-    Vek16s sum = 0;
-    for (int i = 0; i < kBands; ++i) {
-        const Vek16s num = std::max({levels[i], means[i], kLeast});
-        const Vek16s den = std::max(std::min(levels[i], means[i]), kLeast);
-        const int norm = norm_s(den);
-        sum = add(sum, shr(div_s(shr(num, 1), shl(den, norm)), 8 - norm));
-    }
-    return sum;
-}
-
-void countStationary(State& s, const Vek16s* levels, Vek16s toneFlag) {
+void countStationary(State& s, const Vek16s (&levels)[kBands], Vek16s toneFlag) {
     constexpr Vek16s kRestless = 1000;
     if ((toneFlag & 0x7c00) == 0x7c00 || (s.flags & 0x7f80) == 0 || unrest(levels, s.average) > kRestless) {
         s.stationary = kStationary;
     } else if ((s.flags & 0x4000) != 0 && s.stationary != 0) {
         s.stationary = sub(s.stationary, 1);
     }
-    const Vek16s speed = s.stationary == kStationary ? Vek16s{32767}
-                         : (s.flags & 0x4000) == 0   ? Vek16s{16383}
-                                                     : Vek16s{3276};
-    for (int i = 0; i < kBands; ++i) {
-        s.average[i] = add(s.average[i], mult_r(speed, sub(levels[i], s.average[i])));
-    }
+    smooth(levels, s.stationary == kStationary, (s.flags & 0x4000) != 0, s.average);
 }
 
-void updateNoise(State& s, const Vek16s* levels, Vek16s toneFlag) {
+void updateNoise(State& s, const Vek16s (&levels)[kBands], Vek16s toneFlag) {
     countStationary(s, levels, toneFlag);
     Vek16s up = 0;
     Vek16s down = 1638;
@@ -179,14 +119,7 @@ void updateNoise(State& s, const Vek16s* levels, Vek16s toneFlag) {
         down = 1867;
         rise = 2;
     }
-    for (int i = 0; i < kBands; ++i) {
-        const Vek16s above = sub(s.oldLevel[i], s.noise[i]);
-        if (above < 0) {
-            s.noise[i] = std::max(add(-2, add(s.noise[i], mult_r(down, above))), kLeastNoise);
-        } else {
-            s.noise[i] = std::min(add(rise, add(s.noise[i], mult_r(up, above))), kMostNoise);
-        }
-    }
+    followNoise(s.oldLevel, up, down, rise, kMostNoise, s.noise);
     std::memcpy(s.oldLevel, levels, sizeof s.oldLevel);
 }
 
@@ -248,7 +181,7 @@ Vek16s thresholdOf(const State& s, Vek16s noise, Vek16s corrupted) {
     return std::max(add(byNoise, limited), kLowest);
 }
 
-bool decide(State& s, const Vek16s* levels, int32_t power, Vek16s toneFlag) {
+bool decide(State& s, const Vek16s (&levels)[kBands], int32_t power, Vek16s toneFlag) {
     constexpr int32_t kQuiet = 30000;
     constexpr Vek16s kHangSlope = static_cast<Vek16s>(32767.0F * (2 - 12) / (512 - 217));
     constexpr Vek16s kBurstSlope = static_cast<Vek16s>(32767.0F * (3 - 8) / (217 - 768));

@@ -2,6 +2,7 @@
 // decision with hangover.
 #include <cstring>
 
+#include "sc/common/bandvad.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
@@ -13,61 +14,16 @@ namespace {
 
 using namespace vek;
 using namespace vek::fix;
+using namespace vek::bandvad;
 
 using State = VeksVAD1State_GSMAMR;
 
 constexpr int kFrame = 160;
 constexpr int kLookAhead = 40;
 constexpr int kBands = 9;
-constexpr int kLeastNoise = 40;
-constexpr int kMostNoise = 16000;
+constexpr Vek16s kMostNoise = 16000;
 constexpr Vek16s kStationary = 20;
 constexpr Vek16s kLeastCorrelation = 13106; // 0.4
-constexpr Vek16s kFilter5First = 21955;
-constexpr Vek16s kFilter5Second = 6390;
-constexpr Vek16s kFilter3 = 13363;
-
-// One step of an all-pass filter of first order.
-inline Vek16s allPass(Vek16s x, Vek16s& memory, Vek16s c) {
-    const Vek16s before = memory;
-    memory = sub(x, mult(c, before));
-    return add(before, mult(c, memory));
-}
-
-inline Vek16s halved(int v) {
-    return static_cast<Vek16s>(sat16(v) >> 1);
-}
-
-// Splits two successive samples into the lower and the upper half of their band.
-inline void split5(Vek16s& even, Vek16s& odd, Vek16s* memory) {
-    const Vek16s a = allPass(even, memory[0], kFilter5First);
-    const Vek16s b = allPass(odd, memory[1], kFilter5Second);
-    even = halved(a + b);
-    odd = halved(a - b);
-}
-
-inline void split3(Vek16s& even, Vek16s& odd, Vek16s& memory) {
-    const Vek16s a = even;
-    const Vek16s b = allPass(odd, memory, kFilter3);
-    even = halved(a + b);
-    odd = halved(a - b);
-}
-
-// Sum of magnitudes of every step-th element over the frame before the last `ahead` of this one, with those of the last
-// frame before them, which *kept brings along.
-Vek16s level(const Vek16s* data, Vek16s* kept, int ahead, int step, int first, int scale) {
-    const int end = kFrame / step;
-    int32_t last = 0;
-    for (int i = end - ahead; i < end; ++i) {
-        last += 2 * abs_s(data[step * i + first]);
-    }
-    int32_t sum = L_add(last, L_shl(*kept, 16 - scale));
-    *kept = extract_h(L_shl(last, scale));
-    for (int i = 0; i < end - ahead; ++i) {
-        sum = L_add(sum, 2 * abs_s(data[step * i + first]));
-    }
-    return extract_h(L_shl(sum, scale));
-}
 
 void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
     Vek16s x[kFrame];
@@ -101,7 +57,9 @@ void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
                                            {2, 16, 4, 16}, {4, 8, 6, 16},  {4, 8, 2, 16},
                                            {4, 8, 3, 16},  {4, 8, 7, 16},  {8, 4, 1, 15}};
     for (int b = 0; b < kBands; ++b) {
-        levels[b] = level(x, s.subLevel + b, bands[b].ahead, bands[b].step, bands[b].first, bands[b].scale);
+        const Band& band = bands[b];
+        const int count = kFrame / band.step;
+        levels[b] = level(x + band.first, count, count - band.ahead, band.step, band.scale, s.subLevel + b);
     }
 }
 
@@ -133,22 +91,7 @@ bool complexSignal(State& s, Vek16s maxHpCorr, bool quiet) {
     return (s.complexHigh & 0x7f80) == 0x7f80 || (s.complexLow & 0x7fff) == 0x7fff;
 }
 
-// Sum over the bands of the larger of level and mean over the smaller, Q6.
-Vek16s unrest(const Vek16s* levels, const Vek16s* means) {
-    constexpr Vek16s kLeast = 184;
-    Vek16s sum = 0;
-    for (int i = 0; i < kBands; ++i) {
-        Vek16s num = levels[i] > means[i] ? levels[i] : means[i];
-        Vek16s den = levels[i] > means[i] ? means[i] : levels[i];
-        num = num < kLeast ? kLeast : num;
-        den = den < kLeast ? kLeast : den;
-        const int norm = norm_s(den);
-        sum = add(sum, shr(div_s(shr(num, 1), shl(den, norm)), 8 - norm));
-    }
-    return sum;
-}
-
-void countStationary(State& s, const Vek16s* levels, Vek16s toneFlag, bool complex) {
+void countStationary(State& s, const Vek16s (&levels)[kBands], Vek16s toneFlag, bool complex) {
     constexpr Vek16s kLeastComplex = 5;
     constexpr Vek16s kRestless = 1000;
     if (complex && s.statCount < kLeastComplex) {
@@ -160,15 +103,10 @@ void countStationary(State& s, const Vek16s* levels, Vek16s toneFlag, bool compl
     } else if ((s.vadReg & 0x4000) != 0 && s.statCount != 0) {
         s.statCount = sub(s.statCount, 1);
     }
-    const Vek16s speed = s.statCount == kStationary ? Vek16s{32767}
-                         : (s.vadReg & 0x4000) == 0 ? Vek16s{16383}
-                                                    : Vek16s{3276};
-    for (int i = 0; i < kBands; ++i) {
-        s.aveLevel[i] = add(s.aveLevel[i], mult_r(speed, sub(levels[i], s.aveLevel[i])));
-    }
+    smooth(levels, s.statCount == kStationary, (s.vadReg & 0x4000) != 0, s.aveLevel);
 }
 
-void updateNoise(State& s, const Vek16s* levels, Vek16s toneFlag, bool complex) {
+void updateNoise(State& s, const Vek16s (&levels)[kBands], Vek16s toneFlag, bool complex) {
     countStationary(s, levels, toneFlag, complex);
     Vek16s up = 0;
     Vek16s down = 1638;
@@ -182,16 +120,7 @@ void updateNoise(State& s, const Vek16s* levels, Vek16s toneFlag, bool complex) 
         down = 1867;
         rise = 2;
     }
-    for (int i = 0; i < kBands; ++i) {
-        const Vek16s above = sub(s.oldLevel[i], s.bckrEst[i]);
-        if (above < 0) {
-            const Vek16s next = add(-2, add(s.bckrEst[i], mult_r(down, above)));
-            s.bckrEst[i] = next < kLeastNoise ? Vek16s{kLeastNoise} : next;
-        } else {
-            const Vek16s next = add(rise, add(s.bckrEst[i], mult_r(up, above)));
-            s.bckrEst[i] = next > kMostNoise ? Vek16s{kMostNoise} : next;
-        }
-    }
+    followNoise(s.oldLevel, up, down, rise, kMostNoise, s.bckrEst);
     std::memcpy(s.oldLevel, levels, sizeof s.oldLevel);
 }
 
@@ -245,7 +174,7 @@ Vek16s ratio(const Vek16s* levels, const Vek16s* noise) {
     return mult(extract_h(L_shl(sum, 6)), kOneOfNine);
 }
 
-bool decide(State& s, const Vek16s* levels, bool quiet, Vek16s maxHpCorr, Vek16s toneFlag) {
+bool decide(State& s, const Vek16s (&levels)[kBands], bool quiet, Vek16s maxHpCorr, Vek16s toneFlag) {
     constexpr Vek16s kHigh = 1260;
     constexpr Vek16s kLow = 720;
     constexpr Vek16s kSlope = -2808; // from high to low over a noise of 0 to 6300
