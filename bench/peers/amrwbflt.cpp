@@ -32,7 +32,7 @@ PEER_ROWS(amrwbflt) {
     static Vek16s isp[16] = {32120, 30200,  27100,  22900,  17800,  12000,  5800,   -600,
                              -6900, -13000, -18600, -23500, -27500, -30400, -32200, 3000};
     static Vek16s isf[16], a[17], x[320], y[256], z[256], memory, theirs[16], index[8], past[16], frames[48], c[4],
-        gain;
+        words[7] = {3, 20, 5, 40, 9, 1, 2}, gain;
     static Vek16s high[80], low[80], place = 7, spectra[128], energies[8], tone, flag;
     static Vek32s wide[80];
     static char filter[32], activity[400];
@@ -94,8 +94,8 @@ PEER_ROWS(amrwbflt) {
         [] { Qpisf_2s_36b(isf, theirs, past, index, 4); });
     peerRow(
         "veksISFQuantDecode_AMRWB_16s 8.85", "opencore-amrwb Dpisf_2s_46b",
-        [] { veksISFQuantDecode_AMRWB_16s(c, theirs, past, isf, frames, 1, VEK_SPCHBR_8850); },
-        [] { Dpisf_2s_46b(c, theirs, past, isf, frames, 1, 1); });
+        [] { veksISFQuantDecode_AMRWB_16s(words, theirs, past, isf, frames, 0, VEK_SPCHBR_8850); },
+        [] { Dpisf_2s_46b(words, theirs, past, isf, frames, 0, 1); });
     peerRow(
         "veksISFQuantDTX_AMRWB_16s", "vo-amrwbenc voAWB_Qisf_ns", [] { veksISFQuantDTX_AMRWB_16s(isf, theirs, index); },
         [] { voAWB_Qisf_ns(isf, theirs, index); });

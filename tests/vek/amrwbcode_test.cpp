@@ -145,7 +145,9 @@ TEST(VekWideAlgebraicSearch, TheFilteredVectorIsTheVectorThroughTheResponse) {
 }
 
 TEST(VekWideAlgebraicSearch, LoudAndSilentInputsStayWithinTheirWords) {
-    for (const VekSpchBitRate mode : rates) {
+    constexpr int pulses[] = {2, 4, 8, 10, 12, 16, 18, 24, 24, 24};
+    for (size_t rate = 0; rate < std::size(rates); ++rate) {
+        const VekSpchBitRate mode = rates[rate];
         for (const int16_t level : {int16_t{0}, int16_t{32767}, int16_t{-32768}}) {
             std::mt19937 random(6);
             Search search(random);
@@ -155,7 +157,7 @@ TEST(VekWideAlgebraicSearch, LoudAndSilentInputsStayWithinTheirWords) {
             ASSERT_EQ(vekStsNoErr, search.run(mode));
             Samples again(64);
             ASSERT_EQ(vekStsNoErr, veksAlgebraicCodebookDecode_AMRWB_16s(search.words.data(), again.data(), mode));
-            EXPECT_EQ(pulsesOf(again, 0, 1) % 2, 0);
+            EXPECT_EQ(2 * pulses[rate], pulsesOf(again, 0, 1)) << mode << ' ' << level;
         }
     }
 }
@@ -235,15 +237,40 @@ TEST(VekWideAdaptiveDecode, CopiesThePastAtAWholeLagAndSetsTheBounds) {
     EXPECT_EQ(1, a.fraction);
 }
 
-TEST(VekWideAdaptiveDecode, ASteadyHistoryReplacesALostLag) {
+// What is decoded in place of a lag behind five that had one gain each.
+int lagInPlaceOf(int lost, int unusable, std::initializer_list<int> lags, int16_t gain) {
     Adaptive a;
-    for (int i = 0; i < 5; ++i) {
-        ASSERT_EQ(vekStsNoErr, a.decode(4 * (60 - 34), 0));
-        ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookDecodeGain_AMRWB_16s(12000, a.state));
+    for (const int lag : lags) {
+        EXPECT_EQ(vekStsNoErr, a.decode(4 * (lag - 34), 0));
+        EXPECT_EQ(vekStsNoErr, veksAdaptiveCodebookDecodeGain_AMRWB_16s(gain, a.state));
     }
-    ASSERT_EQ(vekStsNoErr, a.decode(4 * (110 - 34), 0, 1, 1));
-    EXPECT_EQ(60, a.lag);
-    EXPECT_EQ(0, a.fraction);
+    EXPECT_EQ(vekStsNoErr, a.decode(4 * (lost - 34), 0, 1, unusable));
+    return a.lag;
+}
+
+TEST(VekWideAdaptiveDecode, AStrongHistoryReplacesALostLag) {
+    EXPECT_EQ(60, lagInPlaceOf(110, 1, {60, 60, 60, 60, 60}, 12000));
+    EXPECT_EQ(64, lagInPlaceOf(110, 1, {60, 61, 62, 63, 64}, 12000));
+    EXPECT_EQ(63, lagInPlaceOf(110, 1, {60, 61, 62, 63, 64}, 0));
+    EXPECT_EQ(120, lagInPlaceOf(109, 1, {40, 60, 80, 100, 120}, 12000));
+}
+
+TEST(VekWideAdaptiveDecode, AUsableLagOfABadFrameStaysWhereItFitsTheHistory) {
+    EXPECT_EQ(66, lagInPlaceOf(66, 0, {60, 61, 62, 63, 64}, 12000));
+    EXPECT_EQ(64, lagInPlaceOf(110, 0, {60, 61, 62, 63, 64}, 12000));
+    EXPECT_EQ(63, lagInPlaceOf(110, 0, {60, 61, 62, 63, 64}, 0));
+}
+
+TEST(VekWideAdaptiveDecode, InterpolatesAtQuarters) {
+    for (int quarter = 1; quarter < 4; ++quarter) {
+        Adaptive a;
+        for (size_t i = 0; i < 248; ++i) {
+            a.exc[i] = static_cast<int16_t>(4 * i);
+        }
+        ASSERT_EQ(vekStsNoErr, a.decode(4 * (100 - 34) + quarter, 0));
+        EXPECT_EQ(592 - quarter, a.exc[248]);
+        EXPECT_EQ(596 - quarter, a.exc[249]);
+    }
 }
 
 TEST(VekWideAdaptiveSearch, FindsTheLagThatMadeTheTarget) {
@@ -261,8 +288,7 @@ TEST(VekWideAdaptiveSearch, FindsTheLagThatMadeTheTarget) {
             EXPECT_EQ(83, a.lag);
             EXPECT_EQ(0, a.fraction);
             EXPECT_EQ(75, a.bounds[0]);
-            EXPECT_EQ(mode == VEK_SPCHBR_6600 || mode == VEK_SPCHBR_8850 ? 2 * (83 - 34) + 58 - 58 : 4 * (83 - 34),
-                      a.index);
+            EXPECT_EQ(mode == VEK_SPCHBR_6600 || mode == VEK_SPCHBR_8850 ? 2 * (83 - 34) : 4 * (83 - 34), a.index);
         }
     });
 }

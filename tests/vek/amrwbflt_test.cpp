@@ -69,20 +69,24 @@ TEST(VekAmrWbResidual, RefusesNullOrderLengthAndScale) {
 
 TEST(VekAmrWbEmphasis, IsFirstOrderInEveryScaleAndSaturates) {
     std::mt19937 random(2);
-    for (int scale = 0; scale <= 15; ++scale) {
-        Samples x = noise(random, 100, -32768, 32767), y = x;
-        int16_t memory = -77;
-        ASSERT_EQ(0, veksPreemphasize_AMRWB_16s_ISfs(22282, y.data(), 100, scale, &memory));
-        double before = -77;
-        for (size_t i = 0; i < 100; ++i) {
-            const double v = x[i] * 32768.0 - before * 22282;
-            EXPECT_EQ(clip(std::floor(std::ldexp(v, -scale) + (scale > 0 ? 0.5 : 0))), y[i]);
-            before = x[i];
+    atEveryLevel([&random] {
+        for (int scale = 0; scale <= 15; ++scale) {
+            Samples x = noise(random, 600, -32768, 32767), y = x;
+            int16_t memory = -77;
+            ASSERT_EQ(0, veksPreemphasize_AMRWB_16s_ISfs(22282, y.data(), 600, scale, &memory));
+            double before = -77;
+            for (size_t i = 0; i < 600; ++i) {
+                const double v = x[i] * 32768.0 - before * 22282;
+                EXPECT_EQ(clip(std::floor(std::ldexp(v, -scale) + (scale > 0 ? 0.5 : 0))), y[i]);
+                before = x[i];
+            }
+            EXPECT_EQ(x[599], memory);
         }
-        EXPECT_EQ(x[99], memory);
-    }
+    });
     for (int scale = 13; scale <= 15; ++scale) {
         Samples x = noise(random, 100, -32768, 32767), y = x;
+        std::transform(x.begin(), x.begin() + 50, x.begin(), [](int16_t v) { return static_cast<int16_t>(v / 8); });
+        y = x;
         int16_t memory = 1234;
         ASSERT_EQ(0, veksDeemphasize_AMRWBE_NR_16s_I(22282, scale, y.data(), 100, &memory));
         double last = 1234;
@@ -136,6 +140,13 @@ TEST(VekAmrWbEmphasis, RefusesNullLengthAndScale) {
     EXPECT_EQ(vekStsScaleRangeErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 12, v.data(), 64, &m));
     EXPECT_EQ(vekStsScaleRangeErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 16, v.data(), 64, &m));
     EXPECT_EQ(5, m);
+}
+
+TEST(VekAmrWbSpectra, PairsOfASparseFilterGiveItsCoefficientsInFull) {
+    const Samples isp = {16384, 0, -16384, 0};
+    Samples a(5);
+    ASSERT_EQ(vekStsNoErr, veksISPToLPC_AMRWB_16s(isp.data(), a.data(), 4));
+    EXPECT_EQ((Samples{4096, 0, 2048, 0, 0}), a);
 }
 
 TEST(VekAmrWbSynthesis, FollowsItsDifferenceEquationForEveryOrderAndLength) {

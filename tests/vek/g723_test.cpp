@@ -64,9 +64,22 @@ TEST(VekLevinsonG723, SolvesTheNormalEquations) {
         for (int i = 0; i < kOrder; ++i) {
             EXPECT_NEAR(want[i] * 8192, a[i], 30) << i;
         }
-        EXPECT_NEAR(second * 32768, pk2, 30);
+        EXPECT_NEAR(-second * 32768, pk2, 30);
         EXPECT_NEAR(error, err, 20);
     }
+}
+
+TEST(VekLevinsonG723, ASineIsToldByItsSecondReflection) {
+    Samples lags;
+    for (int k = 0; k <= kOrder; ++k) {
+        lags.push_back(static_cast<int16_t>(16384 * std::cos(0.6 * k)));
+    }
+    lags[0] = 16400;
+    int16_t pk2 = 0;
+    int16_t err = lags[0];
+    Samples a(kOrder);
+    ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G723_16s(lags.data() + 1, &pk2, &err, a.data()));
+    EXPECT_GT(pk2, 0x799a);
 }
 
 TEST(VekLevinsonG723, BreaksOffAtAReflectionOfOne) {

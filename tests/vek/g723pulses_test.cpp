@@ -329,6 +329,16 @@ TEST(VekFourPulsesG723, StopWhenTheTimesAreSpent) {
                                                                  vector.data(), &times));
     EXPECT_EQ(520 - 512, times);
     EXPECT_EQ(15, sign);
+    // Where no loop is entered all times are left, and the next search takes them.
+    Samples alone(64, 0);
+    alone[0] = 30000;
+    times = 30000;
+    for (int again = 0; again < 3; ++again) {
+        ASSERT_EQ(vekStsNoErr, veksACELPFixedCodebookSearch_G723_16s(alone.data(), matrix.data(), &sign, &position,
+                                                                     &grid, vector.data(), &times));
+        EXPECT_LE(times, 30000);
+        EXPECT_GT(times, 29000);
+    }
     EXPECT_EQ(0, position);
 }
 

@@ -408,6 +408,28 @@ TEST(VekAdaptiveSearchG723, ErrorsBeyondTheBoundAllowAsMuchAsASine) {
     EXPECT_GT(freely, 0);
 }
 
+TEST(VekAdaptiveSearchG723, TheLongestBaseGivesDelaysThatTheDecoderTakes) {
+    std::mt19937 random(14);
+    const int32_t calm[5] = {4, 4, 4, 4, 4};
+    int found = 0;
+    for (int n = 0; n < 60; ++n) {
+        const int period = 144 + n % 3;
+        const Samples history = voiced(random, 148, 37 + n, 400);
+        Samples target(history.end() - period, history.end() - period + 60);
+        Samples h(60, 0);
+        h[0] = 8191;
+        int16_t lag = -1;
+        int16_t entry = -1;
+        ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G723(145, target.data(), h.data(), history.data(), calm, &lag,
+                                                               &entry, 1, 0, VEK_SPCHBR_5300));
+        found += lag == n % 3 ? 1 : 0;
+        Samples vector(60);
+        EXPECT_EQ(vekStsNoErr,
+                  veksDecodeAdaptiveVector_G723_16s(145, lag, entry, history.data(), vector.data(), VEK_SPCHBR_5300));
+    }
+    EXPECT_GE(found, 50);
+}
+
 TEST(VekAdaptiveSearchG723, SilenceTakesTheMiddleDelayAndTheFirstGains) {
     const Samples zeros(148, 0);
     const int32_t errors[5] = {4, 4, 4, 4, 4};

@@ -17,8 +17,8 @@ extern "C" {
 // --- linear prediction ---
 
 // Ten prediction coefficients from the autocorrelations of the lags 1..10 (pSrc). pSrcDstErr holds lag 0 before and the
-// energy of the prediction error after. pResultPk2 receives the second reflection coefficient, Q15, for the detection
-// of sines; 32767 when the recursion breaks off because a coefficient is not below one, which leaves the later
+// energy of the prediction error after. pResultPk2 receives the second reflection coefficient of the error filter, Q15,
+// near 32767 for a sine; 32767 when the recursion breaks off because a coefficient is not below one, which leaves the later
 // prediction coefficients zero. 2.4.
 VEK_API VekStatus veksLevinsonDurbin_G723_16s(const Vek16s* pSrc, Vek16s* pResultPk2, Vek16s* pSrcDstErr, Vek16s* pLPC);
 
@@ -83,7 +83,7 @@ VEK_API VekStatus veksHarmonicSearch_G723_16s(Vek16s valOpenDelay, const Vek16s*
 // Pitch post-filter of a subframe: the share of the excitation some samples ahead (positive delay) or back.
 // pSrcResidual points to the begin of the frame, scaled to a headroom of three bits or more; 145 samples before it
 // and 240 of the frame are read at most. valBaseDelay 18..145. The post-filtered sample is pResultScalingGain * e[n] +
-// pResultPitchGain * e[n + pResultDelay], Q15. Without a share: delay and gain 0 or as found, gains 0 and 32767. 3.6.
+// pResultPitchGain * e[n + pResultDelay], Q15. Without a share: delay 0 or as found, gains 0 and 32767. 3.6.
 VEK_API VekStatus veksPitchPostFilter_G723_16s(Vek16s valBaseDelay, const Vek16s* pSrcResidual, Vek16s* pResultDelay,
                                                Vek16s* pResultPitchGain, Vek16s* pResultScalingGain, Vek16s subFrame,
                                                VekSpchBitRate mode);
@@ -145,7 +145,7 @@ VEK_API VekStatus veksToeplizMatrix_G723_16s32s(const Vek16s* pSrc, Vek32s* pDst
 // that of the larger correlation. pDstFixedVector receives 60 elements with pulses of 1 and -1, pDstFixedPosition three
 // bits and pDstFixedSign one bit (1 is positive) for each track, track 0 lowest; pulses beyond 59 are none. The last of
 // four nested loops is entered where three pulses reach the middle of mean and maximum, and as long as pSearchTimes
-// lasts: 120 and what it holds (0..30000); it receives what is left. 2.16.
+// lasts: 120 and what it holds (0..30000); it receives what is left, at most 30000. 2.16.
 VEK_API VekStatus veksACELPFixedCodebookSearch_G723_16s(const Vek16s* pSrcFixedCorr, const Vek16s* pSrcMatrix,
                                                         Vek16s* pDstFixedSign, Vek16s* pDstFixedPosition,
                                                         Vek16s* pDstGrid, Vek16s* pDstFixedVector,

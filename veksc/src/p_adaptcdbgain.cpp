@@ -33,9 +33,9 @@ bool TimAdaptiveCodebookContribute::canStart() {
 }
 
 bool TimAdaptiveCodebookContribute::canContinue() {
-    return grid.next(m_isFirst) && pFltAdptVector.createVector(len.value(), setRand, -16384, 16384) &&
-           pSrcAdptTarget.createVector(len.value(), setRand, -16384, 16384) &&
-           pDstAdptTarget.createVector(len.value(), setZero, 0, 0);
+    return grid.next(m_isFirst) && pFltAdptVector.createVector(grid.room(len), setRand, -16384, 16384) &&
+           pSrcAdptTarget.createVector(grid.room(len), setRand, -16384, 16384) &&
+           pDstAdptTarget.createVector(grid.room(len), setZero, 0, 0);
 }
 
 void TimAdaptiveCodebookContribute::flushData() {

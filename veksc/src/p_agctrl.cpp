@@ -39,8 +39,10 @@ bool TimAgctrl::canContinue() {
         return false;
     }
     dataSize = lenght.value() * vkVector::item(m_func);
-    return pSrc.createVector(lenght.value(), setValue, 10, 0) && pTmp.createVector(lenght.value(), setValue, 10, 0) &&
-           pSrcDst.createVector(lenght.value(), setZero, 0, 0) && pGain.createVector(lenght.value(), setValue, 100, 0);
+    return pSrc.createVector(grid.room(lenght), setValue, 10, 0) &&
+           pTmp.createVector(grid.room(lenght), setValue, 10, 0) &&
+           pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
+           pGain.createVector(grid.room(lenght), setValue, 100, 0);
 }
 
 void TimAgctrl::flushData() {

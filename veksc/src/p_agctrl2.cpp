@@ -41,7 +41,8 @@ bool TimAgctrl2::canContinue() {
     }
     gain = 1 << 12;
     dataSize = lenght.value() * vkVector::item(m_func);
-    return pSrcDst.createVector(lenght.value(), setZero, 0, 0) && pTmp.createVector(lenght.value(), setRand, 0, 0);
+    return pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
+           pTmp.createVector(grid.room(lenght), setRand, 0, 0);
 }
 
 void TimAgctrl2::flushData() {

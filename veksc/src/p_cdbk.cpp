@@ -70,10 +70,10 @@ bool TimCdbk::setData() {
 }
 
 bool TimCdbk::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrc1.createVector(lenght.value(), setRand, 0, 4096) ||
-        !pTmp.createVector(lenght_srcdst.value(), setRand, 0, 4096) ||
-        !pSrcDst.createVector(lenght_srcdst.value(), setZero, 0, 0) ||
-        !pDst.createVector(lenght.value(), setZero, 0, 0) || !ind.createVector(2, setZero, 0, 0)) {
+    if (!grid.next(m_isFirst) || !pSrc1.createVector(grid.room(lenght), setRand, 0, 4096) ||
+        !pTmp.createVector(grid.room(lenght_srcdst), setRand, 0, 4096) ||
+        !pSrcDst.createVector(grid.room(lenght_srcdst), setZero, 0, 0) ||
+        !pDst.createVector(grid.room(lenght), setZero, 0, 0) || !ind.createVector(2, setZero, 0, 0)) {
         return false;
     }
     const bool narrow = !m_func.contains("_32f") && !m_func.contains("_32s16s");

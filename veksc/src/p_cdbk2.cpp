@@ -55,8 +55,8 @@ bool TimCdbk2::canStart() {
 }
 
 bool TimCdbk2::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(lenght_src.value(), m_matrix ? setZero : setRand, 0, 0) &&
-           pDst.createVector(lenght_dst.value(), setZero, 0, 0);
+    return grid.next(m_isFirst) && pSrc.createVector(grid.room(lenght_src), m_matrix ? setZero : setRand, 0, 0) &&
+           pDst.createVector(grid.room(lenght_dst), setZero, 0, 0);
 }
 
 void TimCdbk2::flushData() {

@@ -82,7 +82,7 @@ bool TimACSWB::canContinue() {
     }
     for (vkVector* vector : {&pDstFixedCodevec, &pSrcFixedTarget, &pSrcLtpResidual, &pSrcDstImpulseResponse, &pTmp,
                              &pDstFixedVector, &pDstFltFixedVector}) {
-        if (!vector->createVector(len.value(), setZero, 0, 0)) {
+        if (!vector->createVector(grid.room(len), setZero, 0, 0)) {
             return false;
         }
     }
@@ -153,8 +153,8 @@ bool TimADCSWB::canStart() {
 bool TimADCSWB::canContinue() {
     return grid.next(m_isFirst) && pSrcDstExcitation.createVector(excitation, setRand, -4096, 4096) &&
            pResultPrevIntPitchLagBounds.createVector(2, setZero, 0, 0) &&
-           pSrcAdptTarget.createVector(len.value(), setRand, -4096, 4096) &&
-           pSrcImpulseResponse.createVector(len.value(), setRand, -4096, 4096) &&
+           pSrcAdptTarget.createVector(grid.room(len), setRand, -4096, 4096) &&
+           pSrcImpulseResponse.createVector(grid.room(len), setRand, -4096, 4096) &&
            pSrcOpenLoopLag.createVector(2, setRand, 17, 115) && pPitchLag.createVector(2, setZero, 0, 0) &&
            pPitchLagBounds.createVector(2, setRand, 17, 115) && pAdptIndex.createVector(1, setZero, 0, 0) && setState();
 }

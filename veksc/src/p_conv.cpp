@@ -47,10 +47,10 @@ bool TimConv::canContinue() {
     if (!grid.next(m_isFirst)) {
         return false;
     }
-    const bool made = m_wide ? pSrc1.createVector(lenght.value(), setOne, 0, 0)
-                             : pSrc1.createVector(lenght.value(), setValue, 2048, 0);
-    return made && pSrc2.createVector(lenght.value(), setValue, 2048, 0) &&
-           pDst.createVector(lenght.value(), setZero, 0, 0);
+    const bool made = m_wide ? pSrc1.createVector(grid.room(lenght), setOne, 0, 0)
+                             : pSrc1.createVector(grid.room(lenght), setValue, 2048, 0);
+    return made && pSrc2.createVector(grid.room(lenght), setValue, 2048, 0) &&
+           pDst.createVector(grid.room(lenght), setZero, 0, 0);
 }
 
 void TimConv::flushData() {

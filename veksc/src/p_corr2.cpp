@@ -43,7 +43,7 @@ bool TimCorr2::canContinue() {
     return grid.next(m_isFirst) && pSrc.createVector(windowLength, setRand, -4092, 4092) &&
            pSrc1.createVector(subframe, setRand, -8192, 8192) && pSrc2.createVector(subframe, setRand, -8192, 8192) &&
            pTmp.createVector(subframe, setRand, -8192, 8192) && pSrcDst.createVector(subframe, setZero, 0, 0) &&
-           pDst.createVector(lenght.value(), setZero, 0, 0);
+           pDst.createVector(grid.room(lenght), setZero, 0, 0);
 }
 
 void TimCorr2::flushData() {

@@ -1,11 +1,16 @@
 // Cosine transform of type IV.
 #include "vkc.h"
 
+#include <algorithm>
+
 namespace {
 
 vkVector pSrc;
 vkVector pDst;
 krStepIterator<int> len;
+
+// The length of the functions that do not take one.
+constexpr int frame = 320;
 
 class TimDCTFwd : public prTest {
 public:
@@ -23,7 +28,7 @@ bool TimDCTFwd::canStart() {
     if (m_func.contains("G7221")) {
         len.set(320, 640, 320, '+');
     } else {
-        len.setList({320});
+        len.setList({frame});
     }
     m_parms.append(&len);
     pSrc.init(m_func, vkArg::src);
@@ -32,7 +37,8 @@ bool TimDCTFwd::canStart() {
 }
 
 bool TimDCTFwd::initData() {
-    return pSrc.createVector(len.value(), setRand, -1024, 1024) && pDst.createVector(len.value(), setZero, 0, 0);
+    return pSrc.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
+           pDst.createVector(std::max(len.value(), frame), setZero, 0, 0);
 }
 
 void TimDCTFwd::flushData() {

@@ -1,12 +1,17 @@
 // The second half of the inverse modulated lapped transform: unfolding, window and overlap.
 #include "vkc.h"
 
+#include <algorithm>
+
 namespace {
 
 vkVector pSrcSpchDecomposed;
 vkVector pSrcDstSpchDecomposedOld;
 vkVector pDstSpch;
 krStepIterator<int> len;
+
+// The length of the functions that do not take one.
+constexpr int frame = 320;
 
 class TimDCTToMLT : public prTest {
 public:
@@ -24,7 +29,7 @@ bool TimDCTToMLT::canStart() {
     if (m_func.contains("G7221")) {
         len.set(320, 640, 320, '+');
     } else {
-        len.setList({320});
+        len.setList({frame});
     }
     m_parms.append(&len);
     for (vkVector* vector : {&pSrcSpchDecomposed, &pSrcDstSpchDecomposedOld, &pDstSpch}) {
@@ -34,9 +39,9 @@ bool TimDCTToMLT::canStart() {
 }
 
 bool TimDCTToMLT::initData() {
-    return pSrcSpchDecomposed.createVector(len.value(), setRand, -1024, 1024) &&
-           pSrcDstSpchDecomposedOld.createVector(len.value(), setRand, -1024, 1024) &&
-           pDstSpch.createVector(len.value(), setZero, 0, 0);
+    return pSrcSpchDecomposed.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
+           pSrcDstSpchDecomposedOld.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
+           pDstSpch.createVector(std::max(len.value(), frame), setZero, 0, 0);
 }
 
 void TimDCTToMLT::flushData() {

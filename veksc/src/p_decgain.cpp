@@ -39,7 +39,8 @@ bool TimDecGain::canStart() {
 bool TimDecGain::canContinue() {
     return grid.next(m_isFirst) && quaIndex.createVector(2, setValue, 86, 0) &&
            pSrc.createVector(subframe, setValue, 8191, 0) &&
-           pPastEnergy.createVector(lenght.value(), setValue, -14336, 0) && pitchGain.createVector(2, setZero, 0, 0) &&
+           pPastEnergy.createVector(grid.room(lenght), setValue, -14336, 0) &&
+           pitchGain.createVector(2, setZero, 0, 0) &&
            veksDotProd_G729A_16s32s(pSrc.m_16s, pSrc.m_16s, subframe, &energy) == vekStsNoErr;
 }
 

@@ -223,21 +223,22 @@ bool TimEC::filterData() {
     if (m_nlms) {
         pErr = 0;
         pErr_16s = 0;
-        return pSrcSpchRef.createVector(tapLen.value() + len.value() + 1, setValue, 0.5, 0) &&
-               pStepSize.createVector(len.value(), setValue, 0.5, 0) &&
-               pSrcSpch.createVector(len.value(), setValue, 0.5, 0) &&
-               pDstSpch.createVector(len.value(), setZero, 0, 0) &&
-               pSrcDstCoef.createVector(tapLen.value(), setValue, 0.5, 0);
+        return pSrcSpchRef.createVector(grid.room(tapLen) + grid.room(len) + 1, setValue, 0.5, 0) &&
+               pStepSize.createVector(grid.room(len), setValue, 0.5, 0) &&
+               pSrcSpch.createVector(grid.room(len), setValue, 0.5, 0) &&
+               pDstSpch.createVector(grid.room(len), setZero, 0, 0) &&
+               pSrcDstCoef.createVector(grid.room(tapLen), setValue, 0.5, 0);
     }
-    return pSrcSpchRef.createVector(tapLen.value() + len.value(), setRand, -1, 1) &&
-           pSrcSpch.createVector(len.value(), setRand, -1, 1) && pDstSpch.createVector(len.value(), setZero, 0, 0) &&
-           pSrcCoef.createVector(tapLen.value(), setRand, -1, 1);
+    return pSrcSpchRef.createVector(grid.room(tapLen) + grid.room(len), setRand, -1, 1) &&
+           pSrcSpch.createVector(grid.room(len), setRand, -1, 1) &&
+           pDstSpch.createVector(grid.room(len), setZero, 0, 0) &&
+           pSrcCoef.createVector(grid.room(tapLen), setRand, -1, 1);
 }
 
 bool TimEC::toneData() {
-    const int freq = sampleFreq[mode.value()];
+    const int freq = sampleFreq[mode.value() != 0];
     int pSize = 0;
-    if (!pSignal.createVector(len.value(), setRand, -1, 1)) {
+    if (!pSignal.createVector(grid.room(len), setRand, -1, 1)) {
         return false;
     }
     if (m_fixed) {
@@ -250,17 +251,17 @@ bool TimEC::toneData() {
 
 bool TimEC::fullbandData() {
     // The far end's past lies before the pointer that the update takes.
-    const bool made = m_update ? pSrcRin.createVector(tapLen.value() + len.value() + 1, setRand, -1, 1) &&
-                                     pSrcSin.createVector(len.value(), setRand, -1, 1) &&
-                                     pDstStepSize.createVector(len.value(), setZero, 0, 0)
-                               : pAdaptiveFilterErr.createVector(len.value(), setRand, -1, 1) &&
-                                     pFixedFilterErr.createVector(len.value(), setRand, -1, 1) &&
-                                     pAdaptiveCoefs.createVector(tapLen.value(), setRand, -1, 1) &&
-                                     pFixedCoefs.createVector(tapLen.value(), setRand, -1, 1);
+    const bool made = m_update ? pSrcRin.createVector(grid.room(tapLen) + grid.room(len) + 1, setRand, -1, 1) &&
+                                     pSrcSin.createVector(grid.room(len), setRand, -1, 1) &&
+                                     pDstStepSize.createVector(grid.room(len), setZero, 0, 0)
+                               : pAdaptiveFilterErr.createVector(grid.room(len), setRand, -1, 1) &&
+                                     pFixedFilterErr.createVector(grid.room(len), setRand, -1, 1) &&
+                                     pAdaptiveCoefs.createVector(grid.room(tapLen), setRand, -1, 1) &&
+                                     pFixedCoefs.createVector(grid.room(tapLen), setRand, -1, 1);
     if (!made) {
         return false;
     }
-    const int freq = sampleFreq[mode.value()];
+    const int freq = sampleFreq[mode.value() != 0];
     int pSize = 0;
     if (m_fixed) {
         veksFullbandControllerGetSize_EC_16s(1, 1, freq, &pSize);
@@ -276,8 +277,10 @@ bool TimEC::subbandData() {
     const double lo = m_fixed ? 32767 : -1;
     const double hi = m_fixed ? 0 : 1;
     vkVector& steps = m_fixed ? pDstStepSizeI : pDstStepSize;
-    const bool made = m_update ? pSrcRin.createVector(bands, setRand, lo, hi) &&
-                                     pSrcSin.createVector(bands, setRand, lo, hi) &&
+    // The update reads a frame of both signals.
+    const int signal = std::max(bands, framesize);
+    const bool made = m_update ? pSrcRin.createVector(signal, setRand, lo, hi) &&
+                                     pSrcSin.createVector(signal, setRand, lo, hi) &&
                                      pSrcSinSubbands.createVector(bands, setRand, lo, hi) &&
                                      steps.createVector(bands, setZero, 0, 0) &&
                                      ppSrcRinSubbandsHistory.createMatrice(numSegments, bands, setRand, -1.0, 1.0)
@@ -288,7 +291,7 @@ bool TimEC::subbandData() {
     if (!made) {
         return false;
     }
-    const int freq = sampleFreq[mode.value()];
+    const int freq = sampleFreq[mode.value() != 0];
     int pSize = 0;
     if (m_fixed) {
         veksSubbandControllerGetSize_EC_16s(bands, framesize, 1, freq, &pSize);
@@ -310,7 +313,7 @@ bool TimEC::processData() {
     }
     const int bytes = std::max(bufSize, numSubbands.value());
     if (!pSignal.createVector(framesize, setRand, -1, 1) ||
-        !pSubbands.createVector(numSubbands.value(), setRand, -1, 1) ||
+        !pSubbands.createVector(std::max(grid.room(numSubbands), fft_size / 2 + 1), setRand, -1, 1) ||
         !pWindow.createVector(window_len, setZero, 0, 0) || !pInitBuf.createVector(bytes, setZero, 0, 0) ||
         !pBuf.createVector(bytes, setZero, 0, 0)) {
         return false;

@@ -87,7 +87,7 @@ bool TimECDT::canContinue() {
 }
 
 bool TimECDT::makeState() {
-    const int freq = sampleFreq[mode.value()];
+    const int freq = sampleFreq[mode.value() != 0];
     int pSize = 0;
     veksSubbandControllerDTGetSize_EC_16s(numSubbands, FRAME_SIZE, 1, freq, &pSize);
     pState = static_cast<VeksSubbandControllerDTState_EC_16s*>(krMalloc(pSize, 0, 0, nullptr));

@@ -36,7 +36,7 @@ bool TimFFT::canContinue() {
         return false;
     }
     dataSize = lenght.value() * vkVector::item(m_func);
-    return pSrcDst.createVector(lenght.value(), setZero, 0, 0) && pTmp.createVector(lenght.value(), setOne, 0, 0);
+    return pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) && pTmp.createVector(grid.room(lenght), setOne, 0, 0);
 }
 
 void TimFFT::flushData() {

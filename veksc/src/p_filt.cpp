@@ -104,8 +104,8 @@ bool TimFilt::canContinue() {
     const int size = lenght.value() + (m_harmonic ? T : m_residual ? lenght.value() : 0);
     dataSize = size * vkVector::item(m_func);
     return pLPC.createVector(lenght_lpc.value(), setZero, 0, 0) && pSrc.createVector(size, setZero, 0, 0) &&
-           pDst.createVector(lenght.value(), setZero, 0, 0) &&
-           pMem.createVector(lenght.value(), setValue, i_mem.value(), 0) && pTmp.createVector(size, setZero, 0, 0) &&
+           pDst.createVector(grid.room(lenght), setZero, 0, 0) &&
+           pMem.createVector(grid.room(lenght), setValue, i_mem.value(), 0) && pTmp.createVector(size, setZero, 0, 0) &&
            pSrcDst.createVector(size, setZero, 0, 0) && setData();
 }
 

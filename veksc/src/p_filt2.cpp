@@ -72,8 +72,9 @@ bool TimFilt2::canContinue() {
     if (m_harmonic) {
         return createHarmonicData();
     }
-    return pSrc.createVector(lenght.value(), setRand, -16384, 16384) &&
-           pDst.createVector(lenght.value(), setZero, 0, 0) && pTmp.createVector(lenght.value(), setRand, -8192, 8192);
+    return pSrc.createVector(grid.room(lenght), setRand, -16384, 16384) &&
+           pDst.createVector(grid.room(lenght), setZero, 0, 0) &&
+           pTmp.createVector(grid.room(lenght), setRand, -8192, 8192);
 }
 
 void TimFilt2::flushData() {

@@ -141,8 +141,8 @@ bool TimUpdatePrim::canStart() {
 }
 
 bool TimUpdatePrim::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrcError.createVector(len.value(), setOne, 0, 0) ||
-        !prodStepErrQ.createVector(len.value(), setZero, 0, 0)) {
+    if (!grid.next(m_isFirst) || !pSrcError.createVector(grid.room(len), setOne, 0, 0) ||
+        !prodStepErrQ.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     pStepSize = veksMalloc_32s(len.value());

@@ -43,7 +43,8 @@ bool TimFixCdb::canStart() {
 bool TimFixCdb::canContinue() {
     return grid.next(m_isFirst) && pSrcMatrix.createVector(matrixSize, setRand, 0, 4096) &&
            pDstFixedVector.createVector(60, setZero, 0, 0) &&
-           pSrcFixedCorr.createVector(lenght.value(), setZero, 0, 0) && pSearchTimes.createVector(1, setRand, 0, 128);
+           pSrcFixedCorr.createVector(grid.room(lenght), setZero, 0, 0) &&
+           pSearchTimes.createVector(1, setRand, 0, 128);
 }
 
 void TimFixCdb::flushData() {

@@ -43,8 +43,8 @@ void createSynthesis(const vkFunc& func) {
 
 // The outputs before the first stand ahead of those of the call.
 bool createSynthesisData() {
-    return pSrcDstSignal.createVector(valLpcOrder.value() + len.value(), setRand, -65536, 65536) &&
-           pSrcLpc.createVector(valLpcOrder.value() + 1, setRand, -4096, 4096) &&
+    return pSrcDstSignal.createVector(grid.room(valLpcOrder) + len.value(), setRand, -65536, 65536) &&
+           pSrcLpc.createVector(grid.room(valLpcOrder) + 1, setRand, -4096, 4096) &&
            pSrcExcitation.createVector(len.value(), setRand, -4096, 4096);
 }
 

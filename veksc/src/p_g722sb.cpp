@@ -1,6 +1,8 @@
 // G.722: filter bank, sub-band ADPCM, and steps of the concealment of lost frames.
 #include "vkc.h"
 
+#include <algorithm>
+
 namespace {
 
 vkVector pSrc;
@@ -16,10 +18,10 @@ VeksCodecState_G722* pDecMem;
 int fr_class;
 
 // Samples that the decimation reads before its first output and behind its last, those before a pitch period, and the
-// history of the filter bank.
+// least history that the filter bank takes.
 constexpr int beside = 5;
 constexpr int before = 8;
-constexpr int bank = 24;
+constexpr int bank = 22;
 
 class TimG722SB : public prTest {
 public:
@@ -101,7 +103,7 @@ bool TimG722SB::canContinue() {
     }
     return pSrc.createVector(len.value() + (m_downsample ? 2 * beside : 0), setOne, 0, 0) &&
            pDst.createVector(len.value(), setZero, 0, 0) &&
-           delay.createVector(m_qmfEncode || m_qmfDecode ? len.value() : bank, setOne, 0, 0);
+           delay.createVector(std::max(len.value(), bank), setOne, 0, 0);
 }
 
 void TimG722SB::flushData() {

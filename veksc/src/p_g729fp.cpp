@@ -110,11 +110,11 @@ bool Timg729fp::canContinue() {
     // The correlations read as far as the longest delay beside the samples.
     const int beside = m_cross || m_auto ? upperLag : 0;
     const int order = valLPCOrder.value();
-    return pDst.createVector(len.value(), setZero, 0, 0) && pSrcLpc.createVector(order + 1, setSeq, 0, 1) &&
-           pSrcSignal.createVector(len.value(), setZero, 0, 0) && pSrcSpeech.createVector(order, setSeq, -500, 500) &&
-           pSrcSynFltMemory.createVector(order, setSeq, -10, 10) &&
-           pSrc1.createVector(len.value() + beside, setOne, 0, 0) &&
-           pSrc2.createVector(len.value() + beside, setOne, 0, 0);
+    return pDst.createVector(grid.room(len), setZero, 0, 0) && pSrcLpc.createVector(order + 1, setSeq, 0, 1) &&
+           pSrcSignal.createVector(grid.room(len), setZero, 0, 0) &&
+           pSrcSpeech.createVector(order, setSeq, -500, 500) && pSrcSynFltMemory.createVector(order, setSeq, -10, 10) &&
+           pSrc1.createVector(grid.room(len) + beside, setOne, 0, 0) &&
+           pSrc2.createVector(grid.room(len) + beside, setOne, 0, 0);
 }
 
 double Timg729fp::getDivisor() {

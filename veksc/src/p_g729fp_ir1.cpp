@@ -38,7 +38,8 @@ bool Timg729fpWinH::canContinue() {
     }
     pMem = veksMalloc_8u(size);
     return pMem != nullptr && veksWinHybridInit_G729E_32f(pMem) == vekStsNoErr &&
-           pSrcSynthSpeech.createVector(len.value(), setOne, 0, 0) && pDstInvAutoCorr.createVector(31, setZero, 0, 0);
+           pSrcSynthSpeech.createVector(grid.room(len), setOne, 0, 0) &&
+           pDstInvAutoCorr.createVector(31, setZero, 0, 0);
 }
 
 void Timg729fpWinH::flushData() {

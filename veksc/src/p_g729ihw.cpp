@@ -38,7 +38,7 @@ bool TimIHW::canContinue() {
     }
     pMem = veksMalloc_8u(size);
     return pMem != nullptr && veksWinHybridInit_G729E_16s(pMem) == vekStsNoErr &&
-           pSrcSynthSpeech.createVector(lenght.value(), setRand, -4096, 4096) &&
+           pSrcSynthSpeech.createVector(grid.room(lenght), setRand, -4096, 4096) &&
            pDstInvAutoCorr.createVector(31, setZero, 0, 0);
 }
 

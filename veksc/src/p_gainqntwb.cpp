@@ -94,10 +94,10 @@ bool TimGAINQNTWB::setDecodeData() {
 
 bool TimGAINQNTWB::setQuantData() {
     const int loud = m_extended ? 1024 : 4096;
-    return pSrcAdptTarget.createVector(lenSrc.value(), setRand, -4096, 4096) &&
-           pSrcFltAdptVector.createVector(lenSrc.value(), setRand, -4096, 4096) &&
-           pSrcFixedVector.createVector(lenSrc.value(), setRand, -loud, loud) &&
-           pSrcFltFixedVector.createVector(lenSrc.value(), setRand, -loud, loud) &&
+    return pSrcAdptTarget.createVector(grid.room(lenSrc), setRand, -4096, 4096) &&
+           pSrcFltAdptVector.createVector(grid.room(lenSrc), setRand, -4096, 4096) &&
+           pSrcFixedVector.createVector(grid.room(lenSrc), setRand, -loud, loud) &&
+           pSrcFltFixedVector.createVector(grid.room(lenSrc), setRand, -loud, loud) &&
            pSrcCorr.createVector(4, setRand, 0, 32767) &&
            pSrcDstEnergyErr.createVector(4, setRand, m_extended ? 0 : -32768, m_extended ? 8192 : 32767) &&
            pSrcDstPitchGain.createVector(1, setRand, -15565, 15565) && pDstQGainIndex.createVector(1, setZero, 0, 0) &&

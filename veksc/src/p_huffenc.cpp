@@ -38,6 +38,9 @@ bool TimHuffenc::canStart() {
 }
 
 bool TimHuffenc::initData() {
+    if (modeCount.value() < 0 || modeCount.value() >= modes) {
+        return false;
+    }
     if (!pSrcMLTCoeffs.createVector(region, setZero, 0, 0) || !pDstCode.createVector(4, setZero, 0, 0)) {
         return false;
     }

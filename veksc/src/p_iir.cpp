@@ -37,8 +37,8 @@ bool TimIIR2::canStart() {
 }
 
 bool TimIIR2::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(lenght.value(), setRand, 0, 512) &&
-           pDst.createVector(lenght.value(), setZero, 0, 0) && pCoeffs.createVector(coeffCount, setRand, 0, 512) &&
+    return grid.next(m_isFirst) && pSrc.createVector(grid.room(lenght), setRand, 0, 512) &&
+           pDst.createVector(grid.room(lenght), setZero, 0, 0) && pCoeffs.createVector(coeffCount, setRand, 0, 512) &&
            pMem.createVector(memLength, setRand, 0, 512);
 }
 

@@ -47,8 +47,9 @@ bool TimIIR::canContinue() {
         return false;
     }
     dataSize = lenght.value() * vkVector::item(m_func);
-    return pTmp.createVector(lenght.value(), setRand, 0, 0) && pSrcDst.createVector(lenght.value(), setZero, 0, 0) &&
-           pSrc.createVector(lenght.value(), setRand, 0, 0) && pDst.createVector(lenght.value(), setZero, 0, 0) &&
+    return pTmp.createVector(grid.room(lenght), setRand, 0, 0) &&
+           pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
+           pSrc.createVector(grid.room(lenght), setRand, 0, 0) && pDst.createVector(grid.room(lenght), setZero, 0, 0) &&
            pCoeffs.createVector(coeffCount, setRand, -2048, 2048) && pMem.createVector(coeffCount, setRand, 0, 0);
 }
 

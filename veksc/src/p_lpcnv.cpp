@@ -38,9 +38,10 @@ bool TimLpCnv::canStart() {
 }
 
 bool TimLpCnv::canContinue() {
-    return grid.next(m_isFirst) && pLSF.createVector(lenght.value(), setZero, 0, 0) &&
-           pLSP.createVector(lenght.value(), m_toLsp ? setZero : setOne, 0, 0) &&
-           pPrevLSP.createVector(lenght.value(), setValue, 2000, 0) && pLPC.createVector(lenght.value(), setZero, 0, 0);
+    return grid.next(m_isFirst) && pLSF.createVector(grid.room(lenght), setZero, 0, 0) &&
+           pLSP.createVector(grid.room(lenght), m_toLsp ? setZero : setOne, 0, 0) &&
+           pPrevLSP.createVector(grid.room(lenght), setValue, 2000, 0) &&
+           pLPC.createVector(grid.room(lenght), setZero, 0, 0);
 }
 
 void TimLpCnv::flushData() {

@@ -85,8 +85,8 @@ bool TimLPCnvwb::canContinue() {
         return false;
     }
     if (m_gain) {
-        return pSrcAdptTarget.createVector(len.value(), setRand, -8192, 8192) &&
-               pSrcFltAdptVector.createVector(len.value(), setRand, -8192, 8192) &&
+        return pSrcAdptTarget.createVector(grid.room(len), setRand, -8192, 8192) &&
+               pSrcFltAdptVector.createVector(grid.room(len), setRand, -8192, 8192) &&
                pDstGainCoeff.createVector(4, setZero, 0, 0);
     }
     if (m_fromLpc) {
@@ -100,9 +100,9 @@ bool TimLPCnvwb::canContinue() {
         return true;
     }
     // A filter has a coefficient more than its order.
-    if (!pSrcIsp.createVector(len.value(), setZero, 0, 0) || !pDstIsf.createVector(len.value(), setZero, 0, 0) ||
-        !pDstLpc.createVector(len.value() + 1, setZero, 0, 0) || !pSrcIsf.createVector(len.value(), setZero, 0, 0) ||
-        !pDstIsp.createVector(len.value(), setZero, 0, 0)) {
+    if (!pSrcIsp.createVector(grid.room(len), setZero, 0, 0) || !pDstIsf.createVector(grid.room(len), setZero, 0, 0) ||
+        !pDstLpc.createVector(grid.room(len) + 1, setZero, 0, 0) ||
+        !pSrcIsf.createVector(grid.room(len), setZero, 0, 0) || !pDstIsp.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     SetData_AMRWB(-64000, pSrcIsp.m_16s, len.value());

@@ -41,8 +41,8 @@ void TimLPCLevinsonDurbin723::setData() {
 }
 
 bool TimLPCLevinsonDurbin723::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrc.createVector(lenght.value(), setValue, 1024, 0) ||
-        !pLPC.createVector(lenght.value(), setZero, 0, 0)) {
+    if (!grid.next(m_isFirst) || !pSrc.createVector(grid.room(lenght), setValue, 1024, 0) ||
+        !pLPC.createVector(grid.room(lenght), setZero, 0, 0)) {
         return false;
     }
     setData();

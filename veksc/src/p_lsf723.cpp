@@ -42,12 +42,12 @@ void TimLSF_723::SetData_LSF() {
 }
 
 bool TimLSF_723::canContinue() {
-    if (!grid.next(m_isFirst) || !pDstLsf.createVector(len.value(), setZero, 0, 0) ||
-        !pDstLpc.createVector(len.value(), setZero, 0, 0)) {
+    if (!grid.next(m_isFirst) || !pDstLsf.createVector(grid.room(len), setZero, 0, 0) ||
+        !pDstLpc.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     for (vkVector* vector : {&pSrcLpc, &pSrcPrevLsf, &pSrcLsf}) {
-        if (!vector->createVector(len.value(), setRand, -2048, 2048)) {
+        if (!vector->createVector(grid.room(len), setRand, -2048, 2048)) {
             return false;
         }
     }

@@ -36,9 +36,9 @@ bool TimingLSPQnt::canStart() {
 }
 
 bool TimingLSPQnt::canContinue() {
-    return grid.next(m_isFirst) && pSrcLsp.createVector(lenght.value(), setRand, 0, 1) &&
-           pSrcDstPrevFreq.createVector(40, setRand, 0, 1) && pDstQLsf.createVector(lenght.value(), setZero, 0, 0) &&
-           pDstQLsp.createVector(lenght.value(), setZero, 0, 0) && pDstQLspIndex.createVector(2, setZero, 0, 0);
+    return grid.next(m_isFirst) && pSrcLsp.createVector(grid.room(lenght), setRand, 0, 1) &&
+           pSrcDstPrevFreq.createVector(40, setRand, 0, 1) && pDstQLsf.createVector(grid.room(lenght), setZero, 0, 0) &&
+           pDstQLsp.createVector(grid.room(lenght), setZero, 0, 0) && pDstQLspIndex.createVector(2, setZero, 0, 0);
 }
 
 void TimingLSPQnt::flushData() {

@@ -58,10 +58,10 @@ void TimLspqnt::setDataL() {
 }
 
 bool TimLspqnt::canContinue() {
-    if (!grid.next(m_isFirst) || !quantIndex.createVector(lenght.value(), setZero, 0, 0) ||
-        !pLSP.createVector(lenght.value(), setZero, 0, 0) ||
-        !pQuantLSFTable.createVector(lenght_table.value(), setZero, 0, 0) ||
-        !pQuantLSF.createVector(lenght.value(), setZero, 0, 0)) {
+    if (!grid.next(m_isFirst) || !quantIndex.createVector(grid.room(lenght), setZero, 0, 0) ||
+        !pLSP.createVector(grid.room(lenght), setZero, 0, 0) ||
+        !pQuantLSFTable.createVector(grid.room(lenght_table), setZero, 0, 0) ||
+        !pQuantLSF.createVector(grid.room(lenght), setZero, 0, 0)) {
         return false;
     }
     setDataL();

@@ -49,10 +49,10 @@ bool TimLspQnt729e::setData() {
 }
 
 bool TimLspQnt729e::canContinue() {
-    return grid.next(m_isFirst) && pSrcLpc.createVector(lenght.value(), setRand, -512, 512) &&
+    return grid.next(m_isFirst) && pSrcLpc.createVector(grid.room(lenght), setRand, -512, 512) &&
            pSrcPrevFreq.createVector(rows * freqCount, setRand, -512, 512) &&
-           pDstQLsf.createVector(lenght.value(), setZero, 0, 0) &&
-           pDstQLsp.createVector(lenght.value(), setZero, 0, 0) && pDstQLspIndex.createVector(2, setRand, 0, 6) &&
+           pDstQLsf.createVector(grid.room(lenght), setZero, 0, 0) &&
+           pDstQLsp.createVector(grid.room(lenght), setZero, 0, 0) && pDstQLspIndex.createVector(2, setRand, 0, 6) &&
            setData();
 }
 

@@ -38,8 +38,9 @@ bool TimMath2::canStart() {
 }
 
 bool TimMath2::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(lenght.value(), setRand, -4092, 4092) &&
-           pSrcDst.createVector(lenght.value(), setZero, 0, 0) && pTmp.createVector(lenght.value(), setValue, 4092, 0);
+    return grid.next(m_isFirst) && pSrc.createVector(grid.room(lenght), setRand, -4092, 4092) &&
+           pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
+           pTmp.createVector(grid.room(lenght), setValue, 4092, 0);
 }
 
 void TimMath2::flushData() {

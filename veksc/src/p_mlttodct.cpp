@@ -1,12 +1,17 @@
 // The first half of the modulated lapped transform: window and fold.
 #include "vkc.h"
 
+#include <algorithm>
+
 namespace {
 
 vkVector pSrcSpch;
 vkVector pSrcDstSpchOld;
 vkVector pDstSpchDecomposed;
 krStepIterator<int> len;
+
+// The length of the functions that do not take one.
+constexpr int frame = 320;
 
 class TimMLTToDCT : public prTest {
 public:
@@ -24,7 +29,7 @@ bool TimMLTToDCT::canStart() {
     if (m_func.contains("G7221")) {
         len.set(320, 640, 320, '+');
     } else {
-        len.setList({320});
+        len.setList({frame});
     }
     m_parms.append(&len);
     for (vkVector* vector : {&pSrcSpch, &pSrcDstSpchOld, &pDstSpchDecomposed}) {
@@ -34,9 +39,9 @@ bool TimMLTToDCT::canStart() {
 }
 
 bool TimMLTToDCT::initData() {
-    return pSrcSpch.createVector(len.value(), setRand, -1024, 1024) &&
-           pSrcDstSpchOld.createVector(len.value(), setRand, -1024, 1024) &&
-           pDstSpchDecomposed.createVector(len.value(), setZero, 0, 0);
+    return pSrcSpch.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
+           pSrcDstSpchOld.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
+           pDstSpchDecomposed.createVector(std::max(len.value(), frame), setZero, 0, 0);
 }
 
 void TimMLTToDCT::flushData() {

@@ -42,6 +42,8 @@ bool TimOLPSWB::canStart() {
 }
 
 bool TimOLPSWB::initData() {
+    adaptiveParam = 32767;
+    toneFlag = 0;
     return pSrcWgtSpch.createVector(371, setRand, -4096, 4096) &&
            pSrcFltWgtSpch.createVector(243, setRand, -4096, 4096) &&
            pSrcDstPrevPitchLag.createVector(lags, setValue, 40, 0) &&
@@ -54,13 +56,11 @@ void TimOLPSWB::flushData() {
     }
 }
 
-// All that a search changes.
+// The median and the switch begin anew with each call; the lags that the search leaves are kept beside.
 void restore() {
     prevMidPitchLag = 40;
-    adaptiveParam = 32767;
-    toneFlag = 0;
     lagSwitcher = static_cast<Vek16s>(itLagSwitcher.value());
-    vkcRestore(pSrcDstPrevPitchLagTst.m_16s, pSrcDstPrevPitchLag.m_16s, lags * vkVector::item("_16s"));
+    vkcRestore(pSrcDstPrevPitchLag.m_16s, pSrcDstPrevPitchLagTst.m_16s, lags * vkVector::item("_16s"));
 }
 
 } // namespace nsTimOLPSWB
@@ -111,6 +111,8 @@ bool krTimOLPSWBE::canStart() {
 }
 
 bool krTimOLPSWBE::initData() {
+    adaptiveParam = 32767;
+    toneFlag = 0;
     // A scale of 0 is the rate of the narrower codec, 96/96.
     const int scale = scaleFreq[itCntFreqScale.value()] == 0 ? 96 : scaleFreq[itCntFreqScale.value()];
     const int longer = (scale * 34 + 48) / 96 - 34;
@@ -131,10 +133,8 @@ void krTimOLPSWBE::flushData() {
 
 void restore() {
     prevMidPitchLag = 40;
-    adaptiveParam = 32767;
-    toneFlag = 0;
     lagSwitcher = static_cast<Vek16s>(itLagSwitcher.value());
-    vkcRestore(pSrcDstPrevPitchLagTst.m_16s, pSrcDstPrevPitchLag.m_16s, lags * vkVector::item("_16s"));
+    vkcRestore(pSrcDstPrevPitchLag.m_16s, pSrcDstPrevPitchLagTst.m_16s, lags * vkVector::item("_16s"));
 }
 
 } // namespace nsTimOLPSWBE_ld

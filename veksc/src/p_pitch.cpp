@@ -56,7 +56,7 @@ bool TimACorrLagMax::canStart() {
 bool TimACorrLagMax::canContinue() {
     // The calls read up to the longest delay before or behind the samples.
     return grid.next(m_isFirst) &&
-           pSrc.createVector(maxLag_pithch.value() + upperLag.value() + lenght.value(), setValue, 2, 0);
+           pSrc.createVector(grid.room(maxLag_pithch) + grid.room(upperLag) + grid.room(lenght), setValue, 2, 0);
 }
 
 void TimACorrLagMax::flushData() {

@@ -43,10 +43,10 @@ bool TimQuant723::canStart() {
 
 bool TimQuant723::canContinue() {
     maxErr = INT32_MIN;
-    return grid.next(m_isFirst) && pImp.createVector(lenght.value(), setRand, -8192, 8192) &&
-           pVec.createVector(lenght.value(), setRand, -8192, 8192) &&
-           pDstLoc.createVector(lenght_dst.value(), setZero, 0, 0) &&
-           pDstLocAmp.createVector(lenght_dst.value(), setZero, 0, 0);
+    return grid.next(m_isFirst) && pImp.createVector(grid.room(lenght), setRand, -8192, 8192) &&
+           pVec.createVector(grid.room(lenght), setRand, -8192, 8192) &&
+           pDstLoc.createVector(grid.room(lenght_dst), setZero, 0, 0) &&
+           pDstLocAmp.createVector(grid.room(lenght_dst), setZero, 0, 0);
 }
 
 void TimQuant723::flushData() {

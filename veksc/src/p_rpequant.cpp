@@ -35,8 +35,8 @@ bool TimRPEQuantDecode_GSMFR_16s::canStart() {
 }
 
 bool TimRPEQuantDecode_GSMFR_16s::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(len.value(), setZero, 0, 0) &&
-           pDst.createVector(len.value(), setZero, 0, 0);
+    return grid.next(m_isFirst) && pSrc.createVector(grid.room(len), setZero, 0, 0) &&
+           pDst.createVector(grid.room(len), setZero, 0, 0);
 }
 
 void TimRPEQuantDecode_GSMFR_16s::flushData() {

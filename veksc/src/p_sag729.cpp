@@ -63,24 +63,24 @@ bool TimSAG_729::canContinue() {
         return false;
     }
     if (m_autoCorr) {
-        return pSrcSpch.createVector(len.value(), setRand, -2048, 2048);
+        return pSrcSpch.createVector(grid.room(len), setRand, -2048, 2048);
     }
     if (m_tilt) {
         // One sample of the subframe before.
-        return pSrc.createVector(len.value(), setZero, 0, 0) &&
+        return pSrc.createVector(grid.room(len), setZero, 0, 0) &&
                pSrcDst.createVector(subframe + 1, setRand, -1024, 1024);
     }
     if (m_quant) {
-        if (!pSrcLsp.createVector(len.value(), setZero, 0, 0) ||
+        if (!pSrcLsp.createVector(grid.room(len), setZero, 0, 0) ||
             !pSrcDst.createVector(subframe, setRand, -1024, 1024) ||
-            !pDstQLsp.createVector(len.value(), setZero, 0, 0) || !pDstQLspIndex.createVector(2, setZero, 0, 0)) {
+            !pDstQLsp.createVector(grid.room(len), setZero, 0, 0) || !pDstQLspIndex.createVector(2, setZero, 0, 0)) {
             return false;
         }
         setDataLsp();
         return true;
     }
     if (!pSrc.createVector(order + subframe, setOne, 0, 0) || !pSrcLpc.createVector(order + 1, setZero, 0, 0) ||
-        !pSrcDst.createVector(excitation, setOne, 0, 0) || !pDst.createVector(len.value(), setZero, 0, 0)) {
+        !pSrcDst.createVector(excitation, setOne, 0, 0) || !pDst.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     setDataLpc();

@@ -47,10 +47,10 @@ bool TimSAG::canStart() {
 }
 
 bool TimSAG::canContinue() {
-    if (!grid.next(m_isFirst) || !pLSF.createVector(lenght.value(), setZero, 0, 0) ||
-        !pLSP.createVector(lenght.value(), setZero, 0, 0) || !pSrc1.createVector(lenght.value(), setOne, 0, 0) ||
-        !pSrc2.createVector(lenght.value(), setOne, 0, 0) || !pResultCoeffs.createVector(4, setZero, 0, 0) ||
-        !pDst.createVector(lenght.value(), setZero, 0, 0)) {
+    if (!grid.next(m_isFirst) || !pLSF.createVector(grid.room(lenght), setZero, 0, 0) ||
+        !pLSP.createVector(grid.room(lenght), setZero, 0, 0) || !pSrc1.createVector(grid.room(lenght), setOne, 0, 0) ||
+        !pSrc2.createVector(grid.room(lenght), setOne, 0, 0) || !pResultCoeffs.createVector(4, setZero, 0, 0) ||
+        !pDst.createVector(grid.room(lenght), setZero, 0, 0)) {
         return false;
     }
     SetData_LSF();

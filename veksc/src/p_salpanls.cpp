@@ -61,13 +61,14 @@ bool TimSalpanls::canContinue() {
         return false;
     }
     for (vkVector* vector : {&pSrcDstPrevQLsfResidual, &pSrcDstPrevQLsf, &pSrcDstPrevQLsp}) {
-        if (!vector->createVector(len_1.value(), setRand, 0, 2048)) {
+        if (!vector->createVector(grid.room(len_1), setRand, 0, 2048)) {
             return false;
         }
     }
-    return pDstQLsp.createVector(len_2.value(), setZero, 0, 0) &&
-           pSrcLsp.createVector(len_2.value(), setRand, -2048, 2048) &&
-           pSrcSpch.createVector(len_1.value(), setRand, -2048, 2048) && pDstAutoCorr.createVector(22, setZero, 0, 0);
+    return pDstQLsp.createVector(grid.room(len_2), setZero, 0, 0) &&
+           pSrcLsp.createVector(grid.room(len_2), setRand, -2048, 2048) &&
+           pSrcSpch.createVector(grid.room(len_1), setRand, -2048, 2048) &&
+           pDstAutoCorr.createVector(22, setZero, 0, 0);
 }
 
 void TimSalpanls::flushData() {

@@ -1,6 +1,8 @@
 // Synthesis filters of G.723.1.
 #include "vkc.h"
 
+#include <algorithm>
+
 namespace {
 
 vkVector pLPC;
@@ -12,6 +14,8 @@ vkVector pDst;
 krStepIterator<int> lenght;
 krStepIterator<int> lenght_lpc;
 vkcGrid grid;
+
+constexpr int lpcWords = 11;
 
 class TimSinFilt2 : public prTest {
 public:
@@ -40,15 +44,16 @@ bool TimSinFilt2::canStart() {
 }
 
 void TimSinFilt2::SetData_LPC() {
-    static constexpr Vek16s lpc[] = {4096, -1315, 1099, -527, 427, -135, 97, -33, 17, -4, 2};
-    std::memcpy(pLPC.m_16s, lpc, static_cast<std::size_t>(lenght_lpc.value()) * sizeof(Vek16s));
+    static constexpr Vek16s lpc[lpcWords] = {4096, -1315, 1099, -527, 427, -135, 97, -33, 17, -4, 2};
+    std::memcpy(pLPC.m_16s, lpc, sizeof lpc);
 }
 
 bool TimSinFilt2::canContinue() {
-    if (!grid.next(m_isFirst) || !pLPC.createVector(lenght_lpc.value(), setZero, 0, 0) ||
-        !pTmp.createVector(lenght.value(), setValue, 4, 0) || !pSrcDst.createVector(lenght.value(), setZero, 0, 0) ||
-        !pMem.createVector(lenght_lpc.value(), setOne, 0, 0) || !pSrc.createVector(lenght.value(), setValue, 4, 0) ||
-        !pDst.createVector(lenght.value(), setZero, 0, 0)) {
+    if (!grid.next(m_isFirst) || !pLPC.createVector(std::max(grid.room(lenght_lpc), lpcWords), setZero, 0, 0) ||
+        !pTmp.createVector(grid.room(lenght), setValue, 4, 0) ||
+        !pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) ||
+        !pMem.createVector(grid.room(lenght_lpc), setOne, 0, 0) ||
+        !pSrc.createVector(grid.room(lenght), setValue, 4, 0) || !pDst.createVector(grid.room(lenght), setZero, 0, 0)) {
         return false;
     }
     vkcRestore(pSrcDst.m_16s, pTmp.m_16s, lenght.value() * vkVector::item(m_func));

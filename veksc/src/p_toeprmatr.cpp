@@ -46,8 +46,8 @@ void TimToeplizMatrix::setData() {
 }
 
 bool TimToeplizMatrix::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrc.createVector(len_src.value(), setZero, 0, 0) ||
-        !pDst.createVector(len_dst.value(), setZero, 0, 0)) {
+    if (!grid.next(m_isFirst) || !pSrc.createVector(grid.room(len_src), setZero, 0, 0) ||
+        !pDst.createVector(grid.room(len_dst), setZero, 0, 0)) {
         return false;
     }
     setData();

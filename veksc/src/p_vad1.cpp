@@ -36,7 +36,7 @@ bool TimVAD1::canStart() {
 }
 
 bool TimVAD1::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrcSpch.createVector(len.value(), setZero, 0, 0)) {
+    if (!grid.next(m_isFirst) || !pSrcSpch.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     pSrcDstVad1State = veksMalloc_8u(stateSize);

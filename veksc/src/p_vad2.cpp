@@ -35,7 +35,7 @@ bool TimVAD2::canStart() {
 }
 
 bool TimVAD2::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrcSpch.createVector(len.value(), setZero, 0, 0)) {
+    if (!grid.next(m_isFirst) || !pSrcSpch.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     pSrcDstVad2State = veksMalloc_8u(stateSize);

@@ -63,7 +63,7 @@ bool TimVADWB::canContinue() {
     }
     if (!m_activity) {
         pUpdateIndex = 0;
-        return pSrcSpch.createVector(len.value(), setRand, 0, 0) && pSrcIsp.createVector(spectrum, setRand, 0, 0) &&
+        return pSrcSpch.createVector(grid.room(len), setRand, 0, 0) && pSrcIsp.createVector(spectrum, setRand, 0, 0) &&
                pSrcDstIspBuffer.createVector(places * spectrum, setRand, 0, 0) &&
                pSrcDstLogEnergyBuffer.createVector(places, setRand, 0, 0);
     }
@@ -72,7 +72,8 @@ bool TimVADWB::canContinue() {
     }
     pSrcDstVadState = static_cast<char*>(krMalloc(vadSize, 0, 0, MEM_OBJECT_IS_BUFFER));
     return pSrcDstVadState != nullptr && veksVADInit_AMRWB_16s(pSrcDstVadState) == vekStsNoErr &&
-           pSrcSpch.createVector(len.value(), setRand, -32768, 32767) && pToneFlag.createVector(1, setRand, 0, 32767);
+           pSrcSpch.createVector(grid.room(len), setRand, -32768, 32767) &&
+           pToneFlag.createVector(1, setRand, 0, 32767);
 }
 
 void TimVADWB::flushData() {

@@ -3,6 +3,8 @@
 
 #include "krlib.h"
 
+#include <algorithm>
+
 static void readVersionTexts(const void* version, krString texts[3]) {
     const auto* record = static_cast<const VekLibraryVersion*>(version);
     texts[0] = record->Name;
@@ -29,10 +31,25 @@ const void* vkGetVekVersion_veksc() {
 
 void vkcGrid::begin(std::initializer_list<krParameter*> parms) {
     m_parms.clear();
+    m_fixed.clear();
     for (krParameter* parm : parms) {
         m_parms.append(parm);
+        const auto* size = dynamic_cast<const krStepIterator<int>*>(parm);
+        if (size != nullptr && size->oper() == stepList && size->size() == 1) {
+            m_fixed.append({parm, *size->begin()});
+        }
         parm->fromIStream(g_istrm);
     }
+}
+
+int vkcGrid::room(const krStepIterator<int>& parm) const {
+    int size = parm.value();
+    for (const Fixed& fixed : m_fixed) {
+        if (fixed.parm == &parm) {
+            size = std::max(size, fixed.size);
+        }
+    }
+    return size;
 }
 
 bool vkcGrid::next(bool first) {

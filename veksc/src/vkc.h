@@ -54,6 +54,9 @@ class vkcGrid {
 public:
     /// Takes the parameters of the function under test and the user's values for them.
     void begin(std::initializer_list<krParameter*> parms);
+    /// Elements for a size of the grid. One with a single value is what the function works on: the user's value, which
+    /// replaces it in the divisor, makes no vector shorter.
+    int room(const krStepIterator<int>& parm) const;
     /// Steps the grid, the last parameter fastest; false when it is exhausted.
     bool next(bool first);
     void toOstrm() const;
@@ -61,7 +64,12 @@ public:
     void namesToCstrm() const;
 
 private:
+    struct Fixed {
+        const krParameter* parm;
+        int size;
+    };
     krList<krParameter*> m_parms;
+    krList<Fixed> m_fixed;
 };
 
 /// The unit words: "e" (elements) is what speech suites answer.

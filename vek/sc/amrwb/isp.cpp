@@ -80,7 +80,7 @@ void coefficients(const Vek16s* isp, int order, Vek16s* a, Sums& sum) {
         f1[i] = sum.keep(f1[i] + product(f1[i], last));
         f2[i] = sum.keep(f2[i] - product(f2[i], last));
     }
-    int32_t largest = 0;
+    int32_t largest = 1;
     for (int i = 1; i < half; ++i) {
         largest |= L_abs(sat32(f1[i] + f2[i])) | L_abs(sat32(f1[i] - f2[i]));
     }

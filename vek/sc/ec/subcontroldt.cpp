@@ -101,7 +101,7 @@ VekStatus veksSubbandControllerDT_EC_16s(const Vek32sc* pSrcAdaptiveFilterErr, c
     ec::takeErrors(b, pSrcAdaptiveFilterErr, pSrcFixedFilterErr, startSubband);
     // A filter that runs away grows: it must not become the fixed one.
     const bool bounded = PwrDelta == 0 || *pSrcDstFilterPwr == kNoPower ||
-                         filterPower(b, ppDstAdaptiveCoefs, startSubband) <= *pSrcDstFilterPwr + PwrDelta;
+                         filterPower(b, ppDstAdaptiveCoefs, startSubband) <= int64_t{*pSrcDstFilterPwr} + PwrDelta;
     int done = 0;
     for (int k = startSubband; k < b.numSubbands; ++k) {
         const ec::Move move = ec::betterOf(b.adaptive()[k], b.fixed()[k], b.judge.doubleTalk());

@@ -1,5 +1,5 @@
 // The adaptive codebook of G.723.1: five taps around a delay, decoded and searched.
-#include <cstring>
+#include <algorithm>
 
 #include "sc/g723/tables.h"
 #include "sc/kernels/corr.h"
@@ -118,13 +118,12 @@ VekStatus veksAdaptiveCodebookSearch_G723(Vek16s valBaseDelay, const Vek16s* pSr
         return vekStsBitRateErr;
     }
     const bool odd = (subFrame & 1) != 0;
-    const int tried = odd ? 4 : 3;
     int base = valBaseDelay;
-    if (odd) {
-        base = base > kHistory - 4 ? kHistory - 4 : base;
-    } else {
+    if (!odd) {
         base = base == kLeastDelay ? kLeastDelay + 1 : base > kMostDelay - 5 ? kMostDelay - 5 : base;
     }
+    // No delay is tried that a decoder would refuse.
+    const int tried = odd ? std::min(4, kHistory - base) : 3;
     int32_t terms[kMostTried * kGainTerms];
     int32_t* end = terms;
     for (int i = 0; i < tried; ++i) {

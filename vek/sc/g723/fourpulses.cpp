@@ -1,4 +1,5 @@
 // Fixed codebook of G.723.1 at 5.3 kbit/s: four pulses on four tracks, two grids.
+#include <algorithm>
 #include <cstring>
 
 #include "sc/g723/tables.h"
@@ -134,7 +135,7 @@ VekStatus fourPulses(const Vek16s* pSrcFixedCorr, const Element* pSrcMatrix, Vek
     *pDstFixedSign = static_cast<Vek16s>(signs);
     *pDstFixedPosition = static_cast<Vek16s>(positions);
     *pDstGrid = static_cast<Vek16s>(found.grid);
-    *pSearchTimes = static_cast<Vek16s>(times);
+    *pSearchTimes = static_cast<Vek16s>(std::min(times, kMostLeft));
     return vekStsNoErr;
 }
 

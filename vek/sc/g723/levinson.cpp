@@ -28,7 +28,7 @@ VekStatus veksLevinsonDurbin_G723_16s(const Vek16s* pSrc, Vek16s* pResultPk2, Ve
         }
         const auto reflection = static_cast<Vek16s>(open / (error * 2));
         if (i == 1) {
-            second = reflection;
+            second = negate(reflection);
         }
         error = round_s(sat32(limit - mulHigh(open, reflection)));
         Vek16s before[kOrder];
