@@ -60,7 +60,7 @@ VEK_API VekStatus veksAdaptiveCodebookSearch_AMRWB_16s(const Vek16s* pSrcAdptTar
                                                        VekSpchBitRate mode);
 
 // Open-loop pitch at half the sampling rate, and what goes with it: TS 26.190 5.4. len (1..256) samples of the weighted
-// speech and of the same high-passed, 115 of each before them. The lag is 17..115; the gain Q15. *pToneFlag loses its
+// speech and of the same high-passed, 115 of each before them. The lag is 18..115; the gain Q15. *pToneFlag loses its
 // oldest bit and gains one for a strong tone. *pPrevMidPitchLag is the median lag (0..115), *pAdaptiveParam its
 // strength in Q15, pSrcDstPrevPitchLag the last five lags, *pLagSwitcher (0 or 1) whether the neighbourhood of the
 // median is preferred.
@@ -106,7 +106,8 @@ VEK_API VekStatus veksDecodeGain_AMRWB_16s(int valQIndex, Vek16s valEnergy, Vek1
 
 // pDst[i] = (pSrc1[i] * val1 * 2^scaleFactor1 + pSrc2[i] * val2 * 2^scaleFactor2) / 65536, rounded: the excitation from
 // its two parts, TS 26.190 6.1 (7 for the code Q9 with its gain Q0, 2 for the adaptive vector with its gain Q14).
-// Products and sum saturate at 32 bits. Scale factors 0..15; len 1..65536; pDst may be one of the sources.
+// Products and sum saturate at 32 bits. Scale factors 0..15, else vekStsScaleRangeErr; len 1..65536; pDst may be one of
+// the sources.
 VEK_API VekStatus veksInterpolateC_NR_16s(const Vek16s* pSrc1, Vek16s val1, int scaleFactor1, const Vek16s* pSrc2,
                                           Vek16s val2, int scaleFactor2, Vek16s* pDst, int len);
 

@@ -64,8 +64,9 @@ VEK_API VekStatus veksAdaptiveCodebookGainCoeff_AMRWB_16s(const Vek16s* pSrcAdpt
                                                           Vek16s* pDstGainCoeff, Vek16s* pResultAdptGain, int len);
 
 // Conversions of len elements: len is 16, or 20 for the band up to 8 kHz; even and 4..20, else vekStsSizeErr.
-// Frequencies outside 0..0.5 count as the nearest of these. pDstLpc has len + 1 coefficients, Q12; where they do not
-// fit, all of them, pDstLpc[0] = 4096 too, are halved until they do. TS 26.190 5.2.4, 5.2.5.
+// Pairs fall from the first to the last but one. Frequencies outside 0..0.5 count as the nearest of these. pDstLpc has
+// len + 1 coefficients, Q12; where they do not fit, all of them, pDstLpc[0] = 4096 too, are halved until they do.
+// TS 26.190 5.2.4, 5.2.5.
 VEK_API VekStatus veksISPToISF_Norm_AMRWB_16s(const Vek16s* pSrcIsp, Vek16s* pDstIsf, int len);
 VEK_API VekStatus veksISFToISP_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pDstIsp, int len);
 VEK_API VekStatus veksISPToLPC_AMRWB_16s(const Vek16s* pSrcIsp, Vek16s* pDstLpc, int len);

@@ -5,7 +5,8 @@
 // Two filters work side by side: the adaptive one learns without pause, the fixed one makes the output; a controller
 // copies from one to the other by their errors. Levels of 32f samples: full scale is 1.0.
 // All functions give vekStsNullPtrErr, vekStsSizeErr and vekStsStateErr (a state that Init has not made) before they
-// write anything. States may lie at any address, but must not be moved. Nothing is allocated.
+// write anything; vekStsRangeErr and vekStsScaleRangeErr where a value or a scale factor is limited. States may lie at
+// any address, but must not be moved. Nothing is allocated.
 #pragma once
 
 #include "vekdefs.h"

@@ -37,7 +37,8 @@ VEK_API VekStatus veksShortTermSynthesisFilter_GSMFR_16s(const Vek16s* pRc, cons
 
 // The largest of the sums of pSrc1[i] * pSrc2[i+k], i = 0..len-1, for k = 0..lag-1, and its k; of equal sums the last
 // one, which is the shortest delay where pSrc2 is the past: GSM 06.10 5.2.11 with pSrc2 120 samples back and lag 81.
-// Sums saturate at 32 bits. pSrc2[0..len+lag-2] is read. vekStsRangeErr for a lag below 1 or above 65536.
+// Delays are compared by exact sums; *pMax saturates at 32 bits. pSrc2[0..len+lag-2] is read. vekStsRangeErr for a lag
+// below 1 or above 65536.
 VEK_API VekStatus veksCrossCorrLagMax_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, int lag, Vek32s* pMax,
                                           int* pMaxLag);
 

@@ -7,6 +7,9 @@
 namespace {
 
 constexpr int sampleFreq[] = {8000, 16000};
+// The tail of the filter in seconds and the length of the transform that the figures below stand for.
+[[maybe_unused]] constexpr double taptime = 0.096;
+[[maybe_unused]] constexpr int fft_len = 64;
 
 vkVector pSubbands;
 vkVector pSignal;
@@ -39,9 +42,9 @@ krStepIterator<int> mode;
 krStepIterator<int> numSubbands;
 vkcScaleIterator scaleFactor;
 vkcGrid grid;
-int framesize;
-int ftt_order;
-int window_len;
+int framesize = 44;
+int ftt_order = 6;
+int window_len = 256;
 int fft_size;
 int numSegments;
 int pResult;

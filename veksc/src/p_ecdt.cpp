@@ -4,6 +4,8 @@
 namespace {
 
 constexpr int sampleFreq[] = {8000, 16000};
+// The tail of the filter in milliseconds.
+[[maybe_unused]] constexpr int taptime_ms = 16;
 constexpr int FilterUpdateEnabled = 0;
 constexpr int AdaptationEnabled = 0;
 constexpr int PwrDelta = 0;

@@ -1,6 +1,5 @@
 // Adaptive codebook of AMR-WB: lags and indices by rate and subframe, closed-loop search, decoding, lost lags.
 #include <algorithm>
-#include <new>
 
 #include "sc/amrwb/normal.h"
 #include "sc/amrwb/rates.h"
@@ -84,13 +83,13 @@ struct Law {
     }
 };
 
-// The first of the sixteen lags around one.
-int firstAround(int lag) {
-    return std::clamp(lag - kSpan / 2, kShortest, kLongest - kSpan + 1);
-}
-
 int bounded(int first) {
     return std::clamp(first, kShortest, kLongest - kSpan + 1);
+}
+
+// The first of the sixteen lags around one.
+int firstAround(int lag) {
+    return bounded(lag - kSpan / 2);
 }
 
 void setBounds(int first, Vek16s* bounds) {
@@ -217,10 +216,6 @@ int conceal(State& state, int lag, bool lost) {
         return lag;
     }
     return std::clamp(steady || voiced ? state.lags[0] : randomLag(state), shortest, longest);
-}
-
-bool isFlag(int v) {
-    return v == 0 || v == 1;
 }
 
 } // namespace

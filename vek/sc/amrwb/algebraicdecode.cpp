@@ -40,10 +40,6 @@ VekStatus veksAlgebraicCodebookDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* 
         if (low > 0) {
             word = (word << low) + (static_cast<uint16_t>(pSrcIdxs[t + kTracks]) & ((1U << low) - 1));
         }
-        if (layout.pulses[t] == 1) {
-            addPulse(pDstFixedCodevec, kTracks * (static_cast<int>(word) & 15) + t, (word & kTrackPositions) != 0);
-            continue;
-        }
         int pulses[kMostOnTrack];
         decodeTrack(word & ((1U << kTrackBits[layout.pulses[t]]) - 1), layout.pulses[t], pulses);
         for (int i = 0; i < layout.pulses[t]; ++i) {

@@ -94,10 +94,6 @@ bool badFormat(int format) {
     return format < 0 || format > 15;
 }
 
-bool isFlag(int v) {
-    return v == 0 || v == 1;
-}
-
 } // namespace
 
 VekStatus veksGainQuant_AMRWB_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcFltAdptVector, int valFormat,

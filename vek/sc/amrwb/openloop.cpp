@@ -46,6 +46,7 @@ void correlations(const Vek16s* x, int len, int longest, int count, int32_t* sum
     int32_t block[kBlock];
     for (int first = 0; first < count; first += kBlock) {
         const int lags = std::min(kBlock, count - first);
+        // What follows `past` does no harm: `now` is zero behind len.
         kernels.corr32(past + first, now, len + lags - 1, lags, block);
         for (int k = 0; k < lags; ++k) {
             sums[first + k] = 2 * block[k];

@@ -144,7 +144,7 @@ bool withHangover(State& s, bool quiet, Vek16s hang, Vek16s burst) {
     return false;
 }
 
-// Mean of the upper eleven bands' values, in the scale of the input.
+// A sixteenth of the sum of the upper eleven bands' values.
 Vek16s meanLevel(const Vek16s* bands) {
     int32_t sum = 0;
     for (int i = 1; i < kBands; ++i) {

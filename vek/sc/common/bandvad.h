@@ -80,7 +80,8 @@ void smooth(const Vek16s (&levels)[Bands], bool restless, bool active, Vek16s (&
     }
 }
 
-// The noise follows the levels of the last frame, upwards by `up` and `rise`, downwards by `down`, all Q15.
+// The noise follows the levels of the last frame, upwards by the share `up` (Q15) and by `rise`, downwards by the
+// share `down` (Q15).
 template <int Bands>
 void followNoise(const Vek16s (&levels)[Bands], Vek16s up, Vek16s down, Vek16s rise, Vek16s most,
                  Vek16s (&noise)[Bands]) {

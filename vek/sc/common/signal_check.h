@@ -20,4 +20,8 @@ constexpr bool badScale(int scaleFactor) {
     return scaleFactor < -31 || scaleFactor > 31;
 }
 
+constexpr bool isFlag(int v) {
+    return v == 0 || v == 1;
+}
+
 } // namespace vek

@@ -3,18 +3,15 @@
 #pragma once
 
 #include <algorithm>
-#include <cstring>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/ec/judge.h"
+#include "sc/ec/rows.h"
 #include "sc/ec/state.h"
 #include "vekdefs.h"
 
 namespace vek::ec {
-
-constexpr int kMaxSubbands = 4096;
-constexpr int kMaxSegments = 256;
 
 // Behind it: the means of the adaptive and of the fixed filter's errors, numSubbands each.
 struct Bands {
@@ -27,7 +24,7 @@ struct Bands {
 };
 
 inline VekStatus checkBands(int numSubbands, int frameSize, int numSegments, int sampleFreq) {
-    if (numSubbands < 1 || numSubbands > kMaxSubbands || frameSize < 1 || frameSize > 4096 || numSegments < 1 ||
+    if (numSubbands < 1 || numSubbands > kMaxSubbands || frameSize < 1 || frameSize > kMaxFrame || numSegments < 1 ||
         numSegments > kMaxSegments) {
         return vekStsSizeErr;
     }
@@ -58,11 +55,6 @@ inline VekStatus bandsInit(uint32_t mark, void* pState, int numSubbands, int fra
         std::fill_n(b.adaptive(), 2 * numSubbands, Mean{});
     }
     return status;
-}
-
-template <typename T>
-bool rowNull(T* const* rows, int n) {
-    return std::any_of(rows, rows + n, [](const T* row) { return row == nullptr; });
 }
 
 template <typename C>

@@ -1,6 +1,7 @@
 // Filters of subbands and the updates of their coefficients.
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/ec/rows.h"
 #include "sc/kernels/ec.h"
 #include "veksc_ec.h"
 
@@ -8,23 +9,15 @@ namespace {
 
 using namespace vek;
 
-constexpr int kMaxSubbands = 4096;
-constexpr int kMaxSegments = 256;
+using ec::kMaxSegments;
+using ec::kMaxSubbands;
+using ec::rowNull;
+
 constexpr int kMaxOrder = 16;
 
 constexpr bool badSizes(int numSegments, int len, int startSubband) {
     return numSegments < 1 || numSegments > kMaxSegments || len < 1 || len > kMaxSubbands || startSubband < 0 ||
            startSubband >= len;
-}
-
-template <typename T>
-bool anyRowNull(const T* rows, int n) {
-    for (int i = 0; i < n; ++i) {
-        if (rows[i] == nullptr) {
-            return true;
-        }
-    }
-    return false;
 }
 
 // To +-(2^31 - 1): a sum of two products by it fits 64 bits.
@@ -50,7 +43,7 @@ VekStatus veksFIRSubband_EC_32sc_Sfs(const Vek32sc* const* ppSrcSignalIn, const 
     if (badScale(scaleFactor)) {
         return vekStsScaleRangeErr;
     }
-    if (anyRowNull(ppSrcSignalIn, numSegments) || anyRowNull(ppSrcCoefs, numSegments)) {
+    if (rowNull(ppSrcSignalIn, numSegments) || rowNull(ppSrcCoefs, numSegments)) {
         return vekStsNullPtrErr;
     }
     ecKernels().firWide(ppSrcSignalIn, ppSrcCoefs, numSegments, len, scaleFactor, pDstSignalOut);
@@ -69,7 +62,7 @@ VekStatus veksFIRSubbandLow_EC_32sc_Sfs(const Vek32sc* const* ppSrcSignalIn, con
     if (badScale(scaleFactor)) {
         return vekStsScaleRangeErr;
     }
-    if (anyRowNull(ppSrcSignalIn, numSegments) || anyRowNull(ppSrcCoefs, numSegments)) {
+    if (rowNull(ppSrcSignalIn, numSegments) || rowNull(ppSrcCoefs, numSegments)) {
         return vekStsNullPtrErr;
     }
     ecKernels().firLow(ppSrcSignalIn, ppSrcCoefs, numSegments, startSubband, len, scaleFactor, pDstSignalOut);
@@ -88,7 +81,7 @@ VekStatus veksFIRSubbandCoeffUpdate_EC_32sc_I(const Vek32s* pStepSize, const Vek
     if (scaleFactorCoef < 1 || scaleFactorCoef > 31) {
         return vekStsScaleRangeErr;
     }
-    if (anyRowNull(ppSrcFilterInput, numSegments) || anyRowNull(ppSrcDstCoefsQ15, numSegments)) {
+    if (rowNull(ppSrcFilterInput, numSegments) || rowNull(ppSrcDstCoefsQ15, numSegments)) {
         return vekStsNullPtrErr;
     }
     const EcKernels& kernels = ecKernels();
@@ -116,7 +109,7 @@ VekStatus veksFIRSubbandLowCoeffUpdate_EC_32sc_I(const Vek32sc* const* ppSrcFilt
     if (scaleFactorCoef < 1 || scaleFactorCoef > 31) {
         return vekStsScaleRangeErr;
     }
-    if (anyRowNull(ppSrcFilterInput, numSegments) || anyRowNull(ppSrcDstCoefsQ15, numSegments)) {
+    if (rowNull(ppSrcFilterInput, numSegments) || rowNull(ppSrcDstCoefsQ15, numSegments)) {
         return vekStsNullPtrErr;
     }
     const EcKernels& kernels = ecKernels();
@@ -140,8 +133,8 @@ VekStatus veksFIRSubbandAPCoeffUpdate_EC_32fc_I(const Vek64f* const* ppStepSize,
     if (badSizes(numSegments, len, 0) || apOrder < 1 || apOrder > kMaxOrder) {
         return vekStsSizeErr;
     }
-    if (anyRowNull(ppStepSize, apOrder) || anyRowNull(ppSrcError, apOrder) ||
-        anyRowNull(ppSrcFilterInput, numSegments + apOrder - 1) || anyRowNull(ppSrcDstCoefsQ15, numSegments)) {
+    if (rowNull(ppStepSize, apOrder) || rowNull(ppSrcError, apOrder) ||
+        rowNull(ppSrcFilterInput, numSegments + apOrder - 1) || rowNull(ppSrcDstCoefsQ15, numSegments)) {
         return vekStsNullPtrErr;
     }
     const EcKernels& kernels = ecKernels();

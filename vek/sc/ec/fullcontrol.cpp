@@ -1,6 +1,7 @@
 // Controller of the full band: step sizes for the NLMS, and the copies between the adaptive and the fixed filter.
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
@@ -12,8 +13,6 @@ namespace {
 
 using namespace vek;
 
-constexpr int kMaxFrame = 4096;
-
 struct Control {
     uint32_t mark;
     int frameSize, tapLen;
@@ -21,23 +20,12 @@ struct Control {
     ec::Mean adaptive, fixed;
 };
 
+// Marks a state of samples of a kind.
 template <typename S>
-struct Form;
-template <>
-struct Form<Vek16s> {
-    static constexpr uint32_t mark = 0x4c4c5546;
-    static constexpr double unit = 1.0 / 32768;
-    static Vek16s fraction(double v) { return fix::sat16(static_cast<int32_t>(std::lround(v * 32768))); }
-};
-template <>
-struct Form<Vek32f> {
-    static constexpr uint32_t mark = 0x4c4c5547;
-    static constexpr double unit = 1;
-    static Vek32f fraction(double v) { return static_cast<Vek32f>(v); }
-};
+constexpr uint32_t kMark = std::is_same_v<S, Vek16s> ? 0x4c4c5546 : 0x4c4c5547;
 
 VekStatus checkShape(int frameSize, int tapLen, int sampleFreq) {
-    if (frameSize < 1 || frameSize > kMaxFrame || tapLen < 1 || tapLen > VEK_EC_MAX_TAPS) {
+    if (frameSize < 1 || frameSize > ec::kMaxFrame || tapLen < 1 || tapLen > VEK_EC_MAX_TAPS) {
         return vekStsSizeErr;
     }
     return ec::knownRate(sampleFreq) ? vekStsNoErr : vekStsBadArgErr;
@@ -62,7 +50,7 @@ VekStatus init(void* pState, int frameSize, int tapLen, int sampleFreq) {
     const VekStatus status = checkShape(frameSize, tapLen, sampleFreq);
     if (status == vekStsNoErr) {
         Control& c = *ec::placeOf<Control>(pState);
-        c = {Form<S>::mark, frameSize, tapLen, {}, {}, {}};
+        c = {kMark<S>, frameSize, tapLen, {}, {}, {}};
         c.judge.init(frameSize, sampleFreq);
     }
     return status;
@@ -74,14 +62,14 @@ VekStatus update(const S* pSrcRin, const S* pSrcSin, S* pDstStepSize, void* pSta
         return vekStsNullPtrErr;
     }
     Control& c = *ec::placeOf<Control>(pState);
-    if (c.mark != Form<S>::mark) {
+    if (c.mark != kMark<S>) {
         return vekStsStateErr;
     }
     // The whole stretch that the filter sees may make an echo in this frame.
-    const ec::Level far = ec::levelOf(pSrcRin - c.tapLen, c.tapLen + c.frameSize, Form<S>::unit);
-    const ec::Level near = ec::levelOf(pSrcSin, c.frameSize, Form<S>::unit);
+    const ec::Level far = ec::levelOf(pSrcRin - c.tapLen, c.tapLen + c.frameSize, ec::Form<S>::unit);
+    const ec::Level near = ec::levelOf(pSrcSin, c.frameSize, ec::Form<S>::unit);
     const double step = c.judge.step(far.power, near.power, near.peak, far.peak);
-    std::fill_n(pDstStepSize, c.frameSize, Form<S>::fraction(step));
+    std::fill_n(pDstStepSize, c.frameSize, ec::Form<S>::fraction(step));
     return vekStsNoErr;
 }
 
@@ -92,11 +80,11 @@ VekStatus control(const S* pAdaptiveFilterErr, const S* pFixedFilterErr, S* pAda
         return vekStsNullPtrErr;
     }
     Control& c = *ec::placeOf<Control>(pState);
-    if (c.mark != Form<S>::mark) {
+    if (c.mark != kMark<S>) {
         return vekStsStateErr;
     }
-    const double fixedError = ec::levelOf(pFixedFilterErr, c.frameSize, Form<S>::unit).power;
-    c.adaptive.add(ec::levelOf(pAdaptiveFilterErr, c.frameSize, Form<S>::unit).power, c.judge.keep());
+    const double fixedError = ec::levelOf(pFixedFilterErr, c.frameSize, ec::Form<S>::unit).power;
+    c.adaptive.add(ec::levelOf(pAdaptiveFilterErr, c.frameSize, ec::Form<S>::unit).power, c.judge.keep());
     c.fixed.add(fixedError, c.judge.keep());
     c.judge.leave(fixedError);
     const size_t bytes = static_cast<size_t>(c.tapLen) * sizeof(S);
@@ -112,7 +100,7 @@ VekStatus control(const S* pAdaptiveFilterErr, const S* pFixedFilterErr, S* pAda
     case ec::Move::none:
         break;
     }
-    *pSGain = Form<S>::fraction(c.judge.gain());
+    *pSGain = ec::Form<S>::fraction(c.judge.gain());
     return vekStsNoErr;
 }
 

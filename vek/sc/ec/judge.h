@@ -5,7 +5,27 @@
 #include <cmath>
 #include <cstdint>
 
+#include "sc/common/fixmath.h"
+#include "vekdefs.h"
+
 namespace vek::ec {
+
+// Longest frame of a controller.
+constexpr int kMaxFrame = 4096;
+
+// How samples of a kind stand to a full scale of 1.
+template <typename S>
+struct Form;
+template <>
+struct Form<Vek16s> {
+    static constexpr double unit = 1.0 / 32768;
+    static Vek16s fraction(double v) { return fix::sat16(static_cast<int32_t>(std::lround(v * 32768))); }
+};
+template <>
+struct Form<Vek32f> {
+    static constexpr double unit = 1;
+    static Vek32f fraction(double v) { return static_cast<Vek32f>(v); }
+};
 
 constexpr double kLargestStep = 0.5;
 constexpr double kSilence = 1e-7; // -70 dB of a full scale of 1

@@ -1,5 +1,7 @@
 // Controllers of subbands. The near end is judged over the whole band, each band's coefficients move by its own errors.
 // The form with double talk told is subcontroldt.cpp's.
+#include <type_traits>
+
 #include "sc/ec/bands.h"
 #include "veksc_ec.h"
 
@@ -8,20 +10,9 @@ namespace {
 using namespace vek;
 using ec::Bands;
 
+// Marks a state of samples of a kind.
 template <typename S>
-struct Form;
-template <>
-struct Form<Vek16s> {
-    static constexpr uint32_t mark = 0x42425353;
-    static constexpr double unit = 1.0 / 32768;
-    static Vek16s fraction(double v) { return fix::sat16(static_cast<int32_t>(std::lround(v * 32768))); }
-};
-template <>
-struct Form<Vek32f> {
-    static constexpr uint32_t mark = 0x42425354;
-    static constexpr double unit = 1;
-    static Vek32f fraction(double v) { return static_cast<Vek32f>(v); }
-};
+constexpr uint32_t kMark = std::is_same_v<S, Vek16s> ? 0x42425353 : 0x42425354;
 
 template <typename S, typename C, typename Step>
 VekStatus update(const S* pSrcRin, const S* pSrcSin, const C* const* history, const C* pSrcSinSubbands,
@@ -31,7 +22,7 @@ VekStatus update(const S* pSrcRin, const S* pSrcSin, const C* const* history, co
         return vekStsNullPtrErr;
     }
     Bands& b = *ec::placeOf<Bands>(pState);
-    if (b.mark != Form<S>::mark) {
+    if (b.mark != kMark<S>) {
         return vekStsStateErr;
     }
     if (ec::rowNull(history, b.numSegments)) {
@@ -39,8 +30,8 @@ VekStatus update(const S* pSrcRin, const S* pSrcSin, const C* const* history, co
     }
     double powers[ec::kMaxSubbands];
     ec::historyPowers(b, history, 0, powers);
-    const ec::Level far = ec::levelOf(pSrcRin, b.frameSize, Form<S>::unit);
-    const ec::Level nearEnd = ec::levelOf(pSrcSin, b.frameSize, Form<S>::unit);
+    const ec::Level far = ec::levelOf(pSrcRin, b.frameSize, ec::Form<S>::unit);
+    const ec::Level nearEnd = ec::levelOf(pSrcSin, b.frameSize, ec::Form<S>::unit);
     // Errors are known in subbands alone: there the near end is measured too, in the same scale.
     double near = 0;
     for (int k = 0; k < b.numSubbands; ++k) {
@@ -59,7 +50,7 @@ VekStatus control(const C* pSrcAdaptiveFilterErr, const C* pSrcFixedFilterErr, C
         return vekStsNullPtrErr;
     }
     Bands& b = *ec::placeOf<Bands>(pState);
-    if (b.mark != Form<S>::mark) {
+    if (b.mark != kMark<S>) {
         return vekStsStateErr;
     }
     if (ec::rowNull(ppDstAdaptiveCoefs, b.numSegments) || ec::rowNull(ppDstFixedCoefs, b.numSegments)) {
@@ -85,7 +76,7 @@ VekStatus control(const C* pSrcAdaptiveFilterErr, const C* pSrcFixedFilterErr, C
             break;
         }
     }
-    *pDstSGain = Form<S>::fraction(b.judge.gain());
+    *pDstSGain = ec::Form<S>::fraction(b.judge.gain());
     return vekStsNoErr;
 }
 
@@ -101,11 +92,11 @@ VekStatus veksSubbandControllerGetSize_EC_32f(int numSubbands, int frameSize, in
 }
 VekStatus veksSubbandControllerInit_EC_16s(VeksSubbandControllerState_EC_16s* pState, int numSubbands, int frameSize,
                                            int numSegments, int sampleFreq) {
-    return ec::bandsInit(Form<Vek16s>::mark, pState, numSubbands, frameSize, numSegments, sampleFreq);
+    return ec::bandsInit(kMark<Vek16s>, pState, numSubbands, frameSize, numSegments, sampleFreq);
 }
 VekStatus veksSubbandControllerInit_EC_32f(VeksSubbandControllerState_EC_32f* pState, int numSubbands, int frameSize,
                                            int numSegments, int sampleFreq) {
-    return ec::bandsInit(Form<Vek32f>::mark, pState, numSubbands, frameSize, numSegments, sampleFreq);
+    return ec::bandsInit(kMark<Vek32f>, pState, numSubbands, frameSize, numSegments, sampleFreq);
 }
 VekStatus veksSubbandControllerUpdate_EC_16s(const Vek16s* pSrcRin, const Vek16s* pSrcSin,
                                              const Vek32sc* const* ppSrcRinSubbandsHistory,

@@ -1,5 +1,6 @@
 // Detector of the 2100 Hz tone with phase reversals. 10 ms hold 21 periods, so that the phases of blocks of 10 ms
 // compare directly; the advance that a tone slightly off brings from block to block is followed.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <complex>
@@ -94,7 +95,7 @@ void Detector::judge(double scale) {
     } else if (spoilt <= kGap) {
         ++spoilt;
     }
-    quiet = level >= kHoldLevel ? 0 : quiet + 1;
+    quiet = level >= kHoldLevel ? 0 : std::min(quiet + 1, kHold);
     if (quiet >= kHold) {
         detected = 0;
         since = -1;

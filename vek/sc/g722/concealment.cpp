@@ -8,7 +8,6 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/g722/subband.h"
-#include "sc/kernels/filter.h"
 #include "veksc_g722.h"
 
 using namespace vek;

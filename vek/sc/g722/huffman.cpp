@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
 #include "sc/common/signal_check.h"
 #include "veksc_g722.h"

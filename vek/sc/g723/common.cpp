@@ -1,5 +1,4 @@
 // Small steps that several functions of G.723.1 take.
-#include <bit>
 #include <cstring>
 
 #include "sc/g723/tables.h"

@@ -1,5 +1,4 @@
 // Filters of G.723.1 of low order, harmonic noise shaping and gain control.
-#include <cstring>
 
 #include "sc/g723/tables.h"
 #include "sc/kernels/corr.h"

@@ -38,10 +38,6 @@ struct Pulses {
     int amplitudes[kMostPulses];
 };
 
-int32_t magnitude(int32_t v) {
-    return L_abs(v);
-}
-
 // Correlations of one impulse response, common to all grids and levels.
 struct Field {
     int16_t h[kSubframe + kCorrPadding] = {};
@@ -72,7 +68,7 @@ struct Field {
     int strongest(int grid) const {
         int best = grid;
         for (int i = grid; i < kSubframe; i += kGrids) {
-            best = magnitude(cross[i]) >= magnitude(cross[best]) ? i : best;
+            best = L_abs(cross[i]) >= L_abs(cross[best]) ? i : best;
         }
         return best;
     }
@@ -82,7 +78,7 @@ struct Field {
         int best = kAmplitudes - 2;
         int32_t least = 1 << 30;
         for (int i = kAmplitudes - 2; i >= 2; --i) {
-            const int32_t off = L_abs(L_sub(L_mult(kAmplitude[i], correlation[0]), magnitude(cross[position])));
+            const int32_t off = L_abs(L_sub(L_mult(kAmplitude[i], correlation[0]), L_abs(cross[position])));
             if (off < least) {
                 least = off;
                 best = i;
@@ -113,7 +109,7 @@ struct Field {
                 }
                 const int distance = i < position ? position - i : i - position;
                 left[i] = L_sub(left[i], L_mult(correlation[distance], amplitude));
-                if (next < 0 || magnitude(left[i]) > magnitude(left[next])) {
+                if (next < 0 || L_abs(left[i]) > L_abs(left[next])) {
                     next = i;
                 }
             }

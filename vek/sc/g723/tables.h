@@ -1,7 +1,6 @@
 // Published figures of G.723.1 and the sizes that its functions share.
 #pragma once
 
-#include <array>
 #include <cstdint>
 
 #include "sc/common/fixmath.h"

@@ -13,8 +13,8 @@ namespace {
 constexpr int kPulses = 13;
 constexpr int kTaps = 11;
 constexpr Vek16s kWeights[kTaps] = {-134, -374, 0, 2054, 5741, 8192, 5741, 2054, 0, -374, -134};
-// The decision level's middle for each mantissa.
-constexpr Vek16s kMiddle[8] = {18431, 20479, 22527, 24575, 26623, 28671, 30719, 32767};
+// The direct mantissa of each coded one: the upper end of its stretch, Q15.
+constexpr Vek16s kDirect[8] = {18431, 20479, 22527, 24575, 26623, 28671, 30719, 32767};
 
 } // namespace
 
@@ -71,7 +71,7 @@ VekStatus veksRPEQuantDecode_GSMFR_16s(const Vek16s* pSrc, Vek16s ampl, Vek16s a
     const Vek16s half = shl(1, shift - 1);
     for (int i = 0; i < kPulses; ++i) {
         const auto centred = static_cast<Vek16s>((2 * pSrc[i] - 7) * 4096);
-        pDst[i] = shr(add(mult_r(kMiddle[ampl], centred), half), shift);
+        pDst[i] = shr(add(mult_r(kDirect[ampl], centred), half), shift);
     }
     return vekStsNoErr;
 }

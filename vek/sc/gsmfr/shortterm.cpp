@@ -15,8 +15,8 @@ namespace {
 constexpr int kOrder = 8;
 constexpr int kStretch = 160;
 
-// A stretch through one stage: d and the backward signal behind its state at back[0] are replaced by the stage's
-// outputs, back[0] by the state of the next stage.
+// A stretch through one stage: d becomes its forward output, out its backward output; back holds the backward input,
+// one sample late, its state at back[0].
 void stage(Vek16s r, Vek16s* d, const Vek16s* back, Vek16s* out, int n) {
     if (r != -32768) {
         latticeKernels().analysis(r, back, d, out, n);
