@@ -17,10 +17,8 @@ int fileRate(int frameLen) {
     return frameLen == 3840 ? 1440 : frameLen == 3528 ? 1323 : 0;
 }
 
-// In Q40, rounded up: a sum of many steps must not stay below a whole number.
 uint64_t place(int numerator, int denominator) {
-    const auto d = static_cast<uint64_t>(denominator);
-    return ((static_cast<uint64_t>(numerator) << kBlendQ) + d - 1) / d;
+    return (static_cast<uint64_t>(numerator) << kBlendQ) / static_cast<uint64_t>(denominator);
 }
 
 } // namespace
