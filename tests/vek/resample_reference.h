@@ -8,6 +8,8 @@
 
 namespace resref {
 
+using lpref::atEveryLevel;
+using lpref::noise;
 using Samples = std::vector<int16_t>;
 
 // A signal with zeros before it.

@@ -7,13 +7,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using resref::Formula;
-using resref::level;
-using resref::power;
-using resref::Samples;
-using resref::tone;
+using namespace resref;
 
 constexpr int factors[] = {2, 3, 4, 6, 8};
 

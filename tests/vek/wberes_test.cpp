@@ -8,13 +8,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using resref::Formula;
-using resref::level;
-using resref::power;
-using resref::Samples;
-using resref::tone;
+using namespace resref;
 
 constexpr int scales[] = {48, 54, 60, 64, 72, 80, 90, 96, 108, 120, 128, 135, 144};
 

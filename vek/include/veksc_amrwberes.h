@@ -14,10 +14,9 @@ extern "C" {
 
 // ---- Very low band and the rest ----
 
-// pSrc: 128 samples before the frame and len of it. The low band has 5 samples for 32: pSrcDstLow holds 20 of the frame
-// before and len * 5 / 32 of this one; the last 20 move to the front before the new ones are written, in steps of 64
-// samples after their time. pDstHigh (len): the signal less what the join makes of the low band, 128 samples late.
-// len: 128..1024, a multiple of 128.
+// pSrc: 128 samples before the frame and the len of it. pSrcDstLow: 20 low samples of the frame before, then this
+// one's, 5 for 32, 64 samples of the source late; at first the last 20 move to the front. pDstHigh (len): the signal,
+// 128 samples late, less what the join makes of the low band. len: 128..1024, a multiple of 128.
 VEK_API VekStatus veksBandSplit_AMRWBE_16s(const Vek16s* pSrc, Vek16s* pSrcDstLow, Vek16s* pDstHigh, int len);
 // The signal from both bands, pSrcLow as the split has left it: its source, 128 samples late, to the bit where nothing
 // was saturated.
