@@ -48,14 +48,18 @@ inline void expectGrid(const GridCase& expected) {
     INSTANTIATE_TEST_SUITE_P(Grid, Suites, testing::ValuesIn(table),                                                   \
                              [](const auto& test) { return std::string(test.param.function); });
 
-/// Cells of a function's name row, by default those of the parameters.
-inline std::string nameRow(const char* function, int first = 3, int last = 8) {
-    krTest* test = findTest(function);
+/// Cells of a test's name row, by default those of the parameters.
+inline std::string nameRow(krTest& test, int first = 3, int last = 8) {
     krSession::m_nameMode = krNameInResults;
     krSession::m_nameExit = true;
     g_ostrm.setOutLevel(ERR);
-    const std::vector<std::string> lines = tableLines([&] { test->run(); });
+    const std::vector<std::string> lines = tableLines([&] { test.run(); });
     krSession::m_nameMode = 0;
     krSession::m_nameExit = false;
     return lines.size() == 1 ? cells(lines.front(), first, last) : std::string("no single line");
+}
+
+/// The same of a function's test.
+inline std::string nameRow(const char* function, int first = 3, int last = 8) {
+    return nameRow(*findTest(function), first, last);
 }

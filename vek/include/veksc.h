@@ -7,6 +7,7 @@
 
 #include "veksc_amrwb.h"
 #include "veksc_amrwbe.h"
+#include "veksc_amrwberes.h"
 #include "veksc_amrwbflt.h"
 #include "veksc_ec.h"
 #include "veksc_filter.h"

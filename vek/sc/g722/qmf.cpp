@@ -1,9 +1,11 @@
 // Quadrature mirror filter of G.722: each of its halves is a filter of 12 taps over every second sample.
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/g722/qmf.h"
 #include "sc/kernels/filter.h"
 #include "veksc_g722.h"
 
@@ -11,11 +13,21 @@ using namespace vek;
 
 namespace {
 
-constexpr int kHalfTaps = 12;
+constexpr int kHalfTaps = kQmfTaps / 2;
 constexpr int kPast = kHalfTaps - 1;
 constexpr int kPairs = 160;
-constexpr Vek16s kForward[kHalfTaps] = {3, -11, 12, 32, -210, 951, 3876, -805, 362, -156, 53, -11};
-constexpr Vek16s kBackward[kHalfTaps] = {-11, 53, -156, 362, -805, 3876, 951, -210, 32, 12, -11, 3};
+
+// Every second tap from the first one on, or from the second.
+constexpr std::array<Vek16s, kHalfTaps> everySecond(int first) {
+    std::array<Vek16s, kHalfTaps> half{};
+    for (int i = 0; i < kHalfTaps; ++i) {
+        half[static_cast<size_t>(i)] = kQmf[2 * i + first];
+    }
+    return half;
+}
+
+constexpr auto kForward = everySecond(0);
+constexpr auto kBackward = everySecond(1);
 
 // The samples of even and of odd index of a stretch, each behind its past.
 struct Phases {
@@ -33,8 +45,8 @@ struct Phases {
 
     void filter(int pairs) {
         const FilterKernels& kernels = filterKernels();
-        kernels.fir32(kBackward, kPast, even + kPast, evenSums, pairs);
-        kernels.fir32(kForward, kPast, odd + kPast, oddSums, pairs);
+        kernels.fir32(kBackward.data(), kPast, even + kPast, evenSums, pairs);
+        kernels.fir32(kForward.data(), kPast, odd + kPast, oddSums, pairs);
     }
 
     void advance(int pairs) {

@@ -1,7 +1,10 @@
 // Real Fourier transforms of 16 * M samples, M = 3, 6, 12, 18, 36, 72: a complex transform of 8 * M points by eight
 // transforms of M points side by side, a rotation, and M transforms of eight points. M points go by the prime factor
-// map R x Q, R a power of two up to 8 and Q 3 or 9.
+// map R x Q, R a power of two up to 8 and Q 3 or 9. The shortest, M = 3, has its eight points in vectors that hold real
+// and imaginary parts side by side.
 #include "sc/kernels/wbefft.h"
+
+#include <cstring>
 
 #include "sc/kernels/simdf.h"
 
@@ -41,47 +44,78 @@ VEK_INLINE void storeC(float* re, float* im, Cf8 a) {
     store(im, a.im);
 }
 
-VEK_INLINE void dft(Cf8 (&)[1]) {
+// Up to four numbers, the real parts in the lower half of the vector, the imaginary ones in the upper.
+struct Halves {
+    F8 v;
+};
+
+VEK_INLINE Halves operator+(Halves a, Halves b) {
+    return {a.v + b.v};
 }
-VEK_INLINE void dft(Cf8 (&x)[2]) {
-    const Cf8 a = x[0];
+VEK_INLINE Halves operator-(Halves a, Halves b) {
+    return {a.v - b.v};
+}
+VEK_INLINE Halves operator*(Halves a, F8 b) {
+    return {a.v * b};
+}
+VEK_INLINE F8 timesJ(Halves a) {
+    alignas(32) static constexpr float sign[8] = {-1, -1, -1, -1, 1, 1, 1, 1};
+    return swapHalves(a.v) * load(sign);
+}
+VEK_INLINE Halves plusJ(Halves a, Halves b) {
+    return {a.v + timesJ(b)};
+}
+VEK_INLINE Halves minusJ(Halves a, Halves b) {
+    return {a.v - timesJ(b)};
+}
+
+// Fourier transforms of a few numbers.
+template <class C>
+VEK_INLINE void dft(C (&)[1]) {
+}
+template <class C>
+VEK_INLINE void dft(C (&x)[2]) {
+    const C a = x[0];
     x[0] = a + x[1];
     x[1] = a - x[1];
 }
-VEK_INLINE void dft(Cf8 (&x)[3]) {
-    const Cf8 sum = x[1] + x[2];
-    const Cf8 side = (x[1] - x[2]) * setf(0.866025404F); // sin(2 pi / 3)
-    const Cf8 middle = x[0] - sum * setf(0.5F);
+template <class C>
+VEK_INLINE void dft(C (&x)[3]) {
+    const C sum = x[1] + x[2];
+    const C side = (x[1] - x[2]) * setf(0.866025404F); // sin(2 pi / 3)
+    const C middle = x[0] - sum * setf(0.5F);
     x[0] = x[0] + sum;
     x[1] = minusJ(middle, side);
     x[2] = plusJ(middle, side);
 }
-VEK_INLINE void dft(Cf8 (&x)[4]) {
-    const Cf8 a = x[0] + x[2];
-    const Cf8 b = x[0] - x[2];
-    const Cf8 c = x[1] + x[3];
-    const Cf8 d = x[1] - x[3];
+template <class C>
+VEK_INLINE void dft(C (&x)[4]) {
+    const C a = x[0] + x[2];
+    const C b = x[0] - x[2];
+    const C c = x[1] + x[3];
+    const C d = x[1] - x[3];
     x[0] = a + c;
     x[1] = minusJ(b, d);
     x[2] = a - c;
     x[3] = plusJ(b, d);
 }
-VEK_INLINE void dft(Cf8 (&x)[8]) {
-    Cf8 even[4] = {x[0], x[2], x[4], x[6]};
-    Cf8 odd[4] = {x[1], x[3], x[5], x[7]};
+template <class C>
+VEK_INLINE void dft(C (&x)[8]) {
+    C even[4] = {x[0], x[2], x[4], x[6]};
+    C odd[4] = {x[1], x[3], x[5], x[7]};
     dft(even);
     dft(odd);
     const F8 r = setf(0.707106781F);
-    const Cf8 o1 = {(odd[1].re + odd[1].im) * r, (odd[1].im - odd[1].re) * r};
-    const Cf8 o3 = {(odd[3].im - odd[3].re) * r, (odd[3].re + odd[3].im) * r}; // the second one negative
+    const C o1 = minusJ(odd[1], odd[1]) * r;
+    const C o3 = plusJ(odd[3], odd[3]) * r; // negative
     x[0] = even[0] + odd[0];
     x[4] = even[0] - odd[0];
     x[1] = even[1] + o1;
     x[5] = even[1] - o1;
     x[2] = minusJ(even[2], odd[2]);
     x[6] = plusJ(even[2], odd[2]);
-    x[3] = {even[3].re + o3.re, even[3].im - o3.im};
-    x[7] = {even[3].re - o3.re, even[3].im + o3.im};
+    x[3] = even[3] - o3;
+    x[7] = even[3] + o3;
 }
 VEK_INLINE void dft(Cf8 (&x)[9]) {
     Cf8 row0[3] = {x[0], x[3], x[6]};
@@ -178,6 +212,48 @@ void complexFft(const RealFftTable<M>& t, const float* srcRe, const float* srcIm
     }
 }
 
+// The shortest one: number 3 * k + i of the result is in lane i of x[k], i = 0..2.
+VEK_INLINE void complexFft24(const RealFftTable<3>& t, const float* srcRe, const float* srcIm, Halves (&x)[8]) {
+    F8 rows[8];
+    Cf8 y[3] = {loadC(srcRe, srcIm), loadC(srcRe + 8, srcIm + 8), loadC(srcRe + 16, srcIm + 16)};
+    dft(y);
+    for (int k = 0; k < 3; ++k) {
+        const Cf8 turned = rotate(y[k], load(t.twiddleRe + 8 * k), load(t.twiddleIm + 8 * k));
+        rows[k] = turned.re;
+        rows[4 + k] = turned.im;
+    }
+    rows[3] = setf(0);
+    rows[7] = setf(0);
+    transpose(rows);
+    for (int k = 0; k < 8; ++k) {
+        x[k] = {rows[k]};
+    }
+    dft(x);
+}
+
+template <>
+void complexFft<3>(const RealFftTable<3>& t, const float* srcRe, const float* srcIm, float* dstRe, float* dstIm) {
+    Halves x[8];
+    complexFft24(t, srcRe, srcIm, x);
+    for (int k = 0; k < 8; ++k) {
+        storeHalves(dstRe + 3 * k, dstIm + 3 * k, x[k].v);
+    }
+}
+
+// Eight pairs of samples, or lines of a spectrum.
+VEK_INLINE Cf8 loadNumbers(const int16_t* p) {
+    V8 re;
+    V8 im;
+    loadPairs(p, re, im);
+    return {toFloat(re), toFloat(im)};
+}
+VEK_INLINE Cf8 loadReversed(const int16_t* p) {
+    V8 re;
+    V8 im;
+    loadPairsReversed(p, re, im);
+    return {toFloat(re), toFloat(im)};
+}
+
 template <int M>
 void forwardOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
     constexpr int half = 8 * M;
@@ -186,10 +262,7 @@ void forwardOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
     alignas(32) float zRe[half + 8];
     alignas(32) float zIm[half + 8];
     for (int n = 0; n < half; n += 8) {
-        V8 even;
-        V8 odd;
-        loadPairs(src + 2 * n, even, odd);
-        storeC(re + n, im + n, {toFloat(even), toFloat(odd)});
+        storeC(re + n, im + n, loadNumbers(src + 2 * n));
     }
     complexFft<M>(t, re, im, zRe, zIm);
     zRe[half] = zRe[0];
@@ -213,84 +286,80 @@ void forwardOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
 template <int M>
 void inverseOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
     constexpr int half = 8 * M;
-    alignas(32) float re[half + 8];
-    alignas(32) float im[half + 8];
-    alignas(32) float zRe[half + 8];
-    alignas(32) float zIm[half + 8];
-    for (int n = 0; n < half; n += 8) {
-        V8 even;
-        V8 odd;
-        loadPairs(src + 2 * n, even, odd);
-        storeC(re + n, im + n, {toFloat(even), toFloat(odd)});
+    alignas(32) float zRe[half];
+    alignas(32) float zIm[half];
+    // The two ends, where the real line half stands beside the line 0.
+    int16_t first[16];
+    int16_t last[16];
+    for (int i = 0; i < 16; ++i) {
+        first[i] = src[i];
+        last[i] = i < 14 ? src[2 * half - 14 + i] : 0;
     }
-    re[half] = im[0];
-    im[half] = 0;
-    im[0] = 0;
+    first[1] = 0;
+    last[14] = src[1];
     const F8 scale = setf(t.scale);
-    for (int k = 0; k < half; k += 8) {
-        const Cf8 x = loadC(re + k, im + k);
-        const Cf8 m = {reverse(load(re + half - 7 - k)), reverse(load(im + half - 7 - k))}; // X(half - k)
+    const auto unsplit = [&](int k, Cf8 x, Cf8 m) { // m: X(half - k)
         const Cf8 even = {x.re + m.re, x.im - m.im};
         const Cf8 odd = {x.re - m.re, x.im + m.im};
         const F8 wRe = load(t.splitRe + k);
         const F8 wIm = load(t.splitIm + k);
         const Cf8 turned = {odd.re * wRe + odd.im * wIm, odd.im * wRe - odd.re * wIm};
         storeC(zIm + k, zRe + k, plusJ(even, turned) * scale);
+    };
+    for (int k = 8; k < half; k += 8) {
+        unsplit(k, loadNumbers(src + 2 * k), loadReversed(src + 2 * (half - 7 - k)));
     }
-    complexFft<M>(t, zRe, zIm, re, im);
-    for (int n = 0; n < half; n += 8) {
-        storePairs(dst + 2 * n, toInt(load(im + n)), toInt(load(re + n)));
-    }
-}
-
-void forward(const int16_t* src, int16_t* dst, int len) {
-    switch (len) {
-    case 48:
-        forwardOf(g_realFft48, src, dst);
-        break;
-    case 96:
-        forwardOf(g_realFft96, src, dst);
-        break;
-    case 192:
-        forwardOf(g_realFft192, src, dst);
-        break;
-    case 288:
-        forwardOf(g_realFft288, src, dst);
-        break;
-    case 576:
-        forwardOf(g_realFft576, src, dst);
-        break;
-    default:
-        forwardOf(g_realFft1152, src, dst);
-        break;
+    unsplit(0, loadNumbers(first), loadReversed(last));
+    if constexpr (M == 3) {
+        Halves x[8];
+        complexFft24(t, zRe, zIm, x);
+        // Each one writes a pair too many, which the next one overwrites.
+        for (int k = 0; k < 7; ++k) {
+            storeHalfPairs(dst + 6 * k, toInt(x[k].v));
+        }
+        int16_t end[8];
+        storeHalfPairs(end, toInt(x[7].v));
+        std::memcpy(dst + 42, end, 6 * sizeof(int16_t));
+    } else {
+        alignas(32) float re[half + 8];
+        alignas(32) float im[half + 8];
+        complexFft<M>(t, zRe, zIm, re, im);
+        for (int n = 0; n < half; n += 8) {
+            storePairs(dst + 2 * n, toInt(load(im + n)), toInt(load(re + n)));
+        }
     }
 }
 
-void inverse(const int16_t* src, int16_t* dst, int len) {
+// One transform of the length, in the direction that `Inverse` tells.
+template <bool Inverse, int M>
+void transformOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
+    if constexpr (Inverse) {
+        inverseOf(t, src, dst);
+    } else {
+        forwardOf(t, src, dst);
+    }
+}
+
+template <bool Inverse>
+void transform(const int16_t* src, int16_t* dst, int len) {
     switch (len) {
     case 48:
-        inverseOf(g_realFft48, src, dst);
-        break;
+        return transformOf<Inverse>(g_realFft48, src, dst);
     case 96:
-        inverseOf(g_realFft96, src, dst);
-        break;
+        return transformOf<Inverse>(g_realFft96, src, dst);
     case 192:
-        inverseOf(g_realFft192, src, dst);
-        break;
+        return transformOf<Inverse>(g_realFft192, src, dst);
     case 288:
-        inverseOf(g_realFft288, src, dst);
-        break;
+        return transformOf<Inverse>(g_realFft288, src, dst);
     case 576:
-        inverseOf(g_realFft576, src, dst);
-        break;
+        return transformOf<Inverse>(g_realFft576, src, dst);
     default:
-        inverseOf(g_realFft1152, src, dst);
-        break;
+        return transformOf<Inverse>(g_realFft1152, src, dst);
     }
 }
 
 } // namespace
 
-VEK_KERNEL_TABLE(WbeFftKernels, wbeFftKernels) = {forward, inverse};
+VEK_KERNEL_TABLE(WbeFftKernels, wbeFftKernels) = {transform<false>, transform<true>};
 
 } // namespace vek

@@ -86,7 +86,13 @@ VEK_INLINE void loadPairs(const int16_t* p, V8& even, V8& odd) {
         odd.v[i] = p[2 * i + 1];
     }
 }
-// The reverse, saturated.
+// The same from the last pair to the first.
+VEK_INLINE void loadPairsReversed(const int16_t* p, V8& even, V8& odd) {
+    loadPairs(p, even, odd);
+    even = reverse(even);
+    odd = reverse(odd);
+}
+// The way back, saturated.
 VEK_INLINE int16_t narrow(int32_t x) {
     return static_cast<int16_t>(x > 32767 ? 32767 : x < -32768 ? -32768 : x);
 }
@@ -94,6 +100,13 @@ VEK_INLINE void storePairs(int16_t* p, V8 even, V8 odd) {
     for (int i = 0; i < 8; ++i) {
         p[2 * i] = narrow(even.v[i]);
         p[2 * i + 1] = narrow(odd.v[i]);
+    }
+}
+// Four pairs of the upper and the lower half.
+VEK_INLINE void storeHalfPairs(int16_t* p, V8 a) {
+    for (int i = 0; i < 4; ++i) {
+        p[2 * i] = narrow(a.v[4 + i]);
+        p[2 * i + 1] = narrow(a.v[i]);
     }
 }
 VEK_INLINE void transpose(V8 (&r)[8]) {
@@ -171,17 +184,28 @@ VEK_INLINE V8 shiftRightRounded(V8 a) {
 VEK_INLINE V8 reverse(V8 a) {
     return {_mm_shuffle_epi32(a.hi, 0x1b), _mm_shuffle_epi32(a.lo, 0x1b)};
 }
+VEK_INLINE V8 loadRaw(const int16_t* p) {
+    return load(reinterpret_cast<const int32_t*>(p));
+}
+VEK_INLINE void splitPairs(V8 raw, V8& even, V8& odd) {
+    even = {_mm_srai_epi32(_mm_slli_epi32(raw.lo, 16), 16), _mm_srai_epi32(_mm_slli_epi32(raw.hi, 16), 16)};
+    odd = {_mm_srai_epi32(raw.lo, 16), _mm_srai_epi32(raw.hi, 16)};
+}
 VEK_INLINE void loadPairs(const int16_t* p, V8& even, V8& odd) {
-    const __m128i lo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    const __m128i hi = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 8));
-    even = {_mm_srai_epi32(_mm_slli_epi32(lo, 16), 16), _mm_srai_epi32(_mm_slli_epi32(hi, 16), 16)};
-    odd = {_mm_srai_epi32(lo, 16), _mm_srai_epi32(hi, 16)};
+    splitPairs(loadRaw(p), even, odd);
+}
+VEK_INLINE void loadPairsReversed(const int16_t* p, V8& even, V8& odd) {
+    splitPairs(reverse(loadRaw(p)), even, odd);
 }
 VEK_INLINE void storePairs(int16_t* p, V8 even, V8 odd) {
     const __m128i e = _mm_packs_epi32(even.lo, even.hi);
     const __m128i o = _mm_packs_epi32(odd.lo, odd.hi);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_unpacklo_epi16(e, o));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 8), _mm_unpackhi_epi16(e, o));
+}
+VEK_INLINE void storeHalfPairs(int16_t* p, V8 a) {
+    const __m128i packed = _mm_packs_epi32(a.lo, a.hi);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_unpacklo_epi16(_mm_srli_si128(packed, 8), packed));
 }
 VEK_INLINE void transpose4(__m128i& a, __m128i& b, __m128i& c, __m128i& d) {
     const __m128i ab0 = _mm_unpacklo_epi32(a, b);
@@ -258,15 +282,27 @@ VEK_INLINE V8 shiftRightRounded(V8 a) {
 VEK_INLINE V8 reverse(V8 a) {
     return {_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0))};
 }
+VEK_INLINE V8 loadRaw(const int16_t* p) {
+    return load(reinterpret_cast<const int32_t*>(p));
+}
+VEK_INLINE void splitPairs(V8 raw, V8& even, V8& odd) {
+    even = {_mm256_srai_epi32(_mm256_slli_epi32(raw.v, 16), 16)};
+    odd = {_mm256_srai_epi32(raw.v, 16)};
+}
 VEK_INLINE void loadPairs(const int16_t* p, V8& even, V8& odd) {
-    const __m256i w = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-    even = {_mm256_srai_epi32(_mm256_slli_epi32(w, 16), 16)};
-    odd = {_mm256_srai_epi32(w, 16)};
+    splitPairs(loadRaw(p), even, odd);
+}
+VEK_INLINE void loadPairsReversed(const int16_t* p, V8& even, V8& odd) {
+    splitPairs(reverse(loadRaw(p)), even, odd);
 }
 VEK_INLINE void storePairs(int16_t* p, V8 even, V8 odd) {
     const __m256i packed = _mm256_packs_epi32(even.v, odd.v); // four of each in each half
     const __m256i swapped = _mm256_shuffle_epi32(packed, 0x4e);
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_unpacklo_epi16(packed, swapped));
+}
+VEK_INLINE void storeHalfPairs(int16_t* p, V8 a) {
+    const __m128i packed = _mm_packs_epi32(_mm256_castsi256_si128(a.v), _mm256_extracti128_si256(a.v, 1));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_unpacklo_epi16(_mm_srli_si128(packed, 8), packed));
 }
 VEK_INLINE void transpose(V8 (&r)[8]) {
     __m256i t[8];

@@ -45,6 +45,15 @@ VEK_INLINE F8 operator*(F8 a, F8 b) {
 VEK_INLINE F8 reverse(F8 a) {
     return {{a.v[7], a.v[6], a.v[5], a.v[4], a.v[3], a.v[2], a.v[1], a.v[0]}};
 }
+VEK_INLINE F8 swapHalves(F8 a) {
+    return {{a.v[4], a.v[5], a.v[6], a.v[7], a.v[0], a.v[1], a.v[2], a.v[3]}};
+}
+VEK_INLINE void storeHalves(float* lower, float* upper, F8 a) {
+    for (int i = 0; i < 4; ++i) {
+        lower[i] = a.v[i];
+        upper[i] = a.v[4 + i];
+    }
+}
 VEK_INLINE F8 toFloat(V8 a) {
     F8 r;
     for (int i = 0; i < 8; ++i) {
@@ -98,6 +107,13 @@ VEK_INLINE F8 operator*(F8 a, F8 b) {
 VEK_INLINE F8 reverse(F8 a) {
     return {_mm_shuffle_ps(a.hi, a.hi, 0x1b), _mm_shuffle_ps(a.lo, a.lo, 0x1b)};
 }
+VEK_INLINE F8 swapHalves(F8 a) {
+    return {a.hi, a.lo};
+}
+VEK_INLINE void storeHalves(float* lower, float* upper, F8 a) {
+    _mm_storeu_ps(lower, a.lo);
+    _mm_storeu_ps(upper, a.hi);
+}
 VEK_INLINE F8 toFloat(V8 a) {
     return {_mm_cvtepi32_ps(a.lo), _mm_cvtepi32_ps(a.hi)};
 }
@@ -142,6 +158,13 @@ VEK_INLINE F8 operator*(F8 a, F8 b) {
 VEK_INLINE F8 reverse(F8 a) {
     const __m256 swapped = _mm256_permute2f128_ps(a.v, a.v, 1);
     return {_mm256_shuffle_ps(swapped, swapped, 0x1b)};
+}
+VEK_INLINE F8 swapHalves(F8 a) {
+    return {_mm256_permute2f128_ps(a.v, a.v, 1)};
+}
+VEK_INLINE void storeHalves(float* lower, float* upper, F8 a) {
+    _mm_storeu_ps(lower, _mm256_castps256_ps128(a.v));
+    _mm_storeu_ps(upper, _mm256_extractf128_ps(a.v, 1));
 }
 VEK_INLINE F8 toFloat(V8 a) {
     return {_mm256_cvtepi32_ps(a.v)};
