@@ -15,6 +15,7 @@ using namespace vek;
 
 constexpr int kMostOrder = 17;
 constexpr int kBlock = 40;
+constexpr int kChunk = 4 * kBlock;
 constexpr int kResponse = 24;
 constexpr float kTilt = 0.5F;
 constexpr uint32_t kStarted = 0x52544150;
@@ -27,10 +28,10 @@ struct State {
 
 // Weights of the numerator and the denominator, by apfIdx.
 struct Strength {
-    float numerator;
-    float denominator;
+    double numerator;
+    double denominator;
 };
-constexpr Strength kStrengths[] = {{0.65F, 0.75F}, {0.55F, 0.75F}, {0.5F, 0.8F}};
+constexpr Strength kStrengths[] = {{0.65, 0.75}, {0.55, 0.75}, {0.5, 0.8}};
 
 struct Filter {
     float numerator[kMostOrder + 1]; // the last tap first
@@ -39,15 +40,15 @@ struct Filter {
 
 Filter weighted(const float* a, int order, Strength strength) {
     Filter f;
-    float numerator = 1;
-    float denominator = 1;
+    double numerator = 1;
+    double denominator = 1;
     f.numerator[order] = 1;
     f.denominator[0] = 1;
     for (int j = 1; j <= order; ++j) {
         numerator *= strength.numerator;
         denominator *= strength.denominator;
-        f.numerator[order - j] = numerator * a[j];
-        f.denominator[j] = denominator * a[j];
+        f.numerator[order - j] = static_cast<float>(numerator * a[j]);
+        f.denominator[j] = static_cast<float>(denominator * a[j]);
     }
     return f;
 }
@@ -103,19 +104,24 @@ VekStatus veksPostFilter_RTA_32f_I(const Vek32f* pSrcLPC, int order, Vek32f* pSr
     const float tilt = kTilt * tiltOf(f, order);
     float* const inputs = pSTApfMem;
     float* const outputs = pSTApfMem + kMostOrder;
-    for (; len > 0; len -= kBlock, pSrcDstSpeech += kBlock) {
-        float x[kMostOrder + kBlock];
-        float y[kMostOrder + kBlock];
+    while (len > 0) {
+        const int n = std::min(len, kChunk);
+        float x[kMostOrder + kChunk];
+        float y[kMostOrder + kChunk];
         std::copy_n(inputs, kMostOrder, x);
-        std::copy_n(pSrcDstSpeech, kBlock, x + kMostOrder);
+        std::copy_n(pSrcDstSpeech, n, x + kMostOrder);
         std::copy_n(outputs, kMostOrder, y);
-        floatCorrKernels().corr32f(f.numerator, x + kMostOrder - order, order + 1, kBlock, y + kMostOrder);
-        floatCorrKernels().allPole32f(f.denominator, order, y + kMostOrder, kBlock);
-        std::copy_n(x + kBlock, kMostOrder, inputs);
-        std::copy_n(y + kBlock, kMostOrder, outputs);
-        veksPreemphasize_32f_I(y + kMostOrder, kBlock, &state.emphasis, tilt);
-        veksGainControl_G729_32f_I(x + kMostOrder, y + kMostOrder, &state.gain);
-        std::copy_n(y + kMostOrder, kBlock, pSrcDstSpeech);
+        floatCorrKernels().corr32f(f.numerator, x + kMostOrder - order, order + 1, n, y + kMostOrder);
+        floatCorrKernels().allPole32f(f.denominator, order, y + kMostOrder, n);
+        std::copy_n(x + n, kMostOrder, inputs);
+        std::copy_n(y + n, kMostOrder, outputs);
+        veksPreemphasize_32f_I(y + kMostOrder, n, &state.emphasis, tilt);
+        for (int i = kMostOrder; i < kMostOrder + n; i += kBlock) {
+            veksGainControl_G729_32f_I(x + i, y + i, &state.gain);
+        }
+        std::copy_n(y + kMostOrder, n, pSrcDstSpeech);
+        pSrcDstSpeech += n;
+        len -= n;
     }
     std::memcpy(static_cast<void*>(pMem), &state, sizeof state);
     return vekStsNoErr;

@@ -43,12 +43,11 @@ double bessel(double x) {
 }
 
 // Low-pass filter of sum 1 with its edge at `edge`.
-void lowPass(double edge, double* h) {
+void lowPass(const double* window, double edge, double* h) {
     double sum = 0;
     for (int i = 0; i < kTaps; ++i) {
         const double t = i - (kTaps - 1) / 2.0;
-        const double place = 2 * t / (kTaps - 1);
-        h[i] = std::sin(edge * t) / t * bessel(kWindow * std::sqrt(1 - place * place));
+        h[i] = std::sin(edge * t) / t * window[i];
         sum += h[i];
     }
     for (int i = 0; i < kTaps; ++i) {
@@ -65,12 +64,17 @@ double gainAtQuarter(const double* h) {
 }
 
 Taps makeTaps() {
+    double window[kTaps];
+    for (int i = 0; i < kTaps; ++i) {
+        const double place = 2.0 * i / (kTaps - 1) - 1;
+        window[i] = bessel(kWindow * std::sqrt(1 - place * place));
+    }
     double h[kTaps];
     double low = 0.4 * std::numbers::pi;
     double high = 0.6 * std::numbers::pi;
     for (int i = 0; i < 50; ++i) {
         const double edge = (low + high) / 2;
-        lowPass(edge, h);
+        lowPass(window, edge, h);
         (gainAtQuarter(h) < std::numbers::sqrt2 / 2 ? low : high) = edge;
     }
     Taps taps;

@@ -63,7 +63,7 @@ Sum searchStage(const float* numbers, int entries, float weight, int n, const Re
             return best;
         }
         const float* fresh = numbers + kSlide - kShift * k;
-        vector.push(fresh[1], target.data(), before.data());
+        vector.push(fresh[1]);
         sums = vector.push(fresh[0], target.data(), before.data());
     }
 }

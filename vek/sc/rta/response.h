@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "sc/kernels/filter.h"
 #include "sc/kernels/floatcorr.h"
 #include "sc/kernels/rta.h"
 
@@ -58,14 +59,22 @@ public:
     // target and other have zeros behind them up to a multiple of eight.
     CommonSums sums(const float* target, const float* other) { return add(0, target, other); }
     CommonSums push(float sample, const float* target, const float* other) {
-        --m_y;
-        m_y[0] = 0;
-        m_y[m_n] = 0;
+        open();
         return add(sample, target, other);
+    }
+    void push(float sample) {
+        open();
+        filterKernels().addScaled32f(m_y, m_response.samples(), sample, m_y, m_n);
     }
     const float* filtered() const { return m_y; }
 
 private:
+    // Room at the front; what leaves at the back is forgotten.
+    void open() {
+        --m_y;
+        m_y[0] = 0;
+        m_y[m_n] = 0;
+    }
     CommonSums add(float v, const float* target, const float* other) {
         return rtaKernels().addResponse(m_y, m_response.samples(), v, target, other, m_response.padded());
     }
