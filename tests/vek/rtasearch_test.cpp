@@ -169,7 +169,7 @@ TEST(VekRtaAdaptiveSearch, StaysAroundTheLastLagWhereAsked) {
     const std::vector<double> lags = allLags(kBoundary);
     ASSERT_EQ(lags.size(), 243U);
     for (const int range : {1, 32, 64, 160, 242}) {
-        for (const double last : {0.0, 1.0, 17.4, 25.4, 47.9, 60.3, 85.8, 100.0, 145.0, 900.0}) {
+        for (const double last : {0.0, 1.0, 17.4, 18.4, 25.4, 47.9, 48.6, 60.3, 85.8, 86.7, 100.0, 145.0, 900.0}) {
             AdaptiveCase c(random, 40);
             c.lag = static_cast<float>(last);
             const Floats past = c.exc;
@@ -188,6 +188,27 @@ TEST(VekRtaAdaptiveSearch, StaysAroundTheLastLagWhereAsked) {
     c.lag = 30;
     ASSERT_EQ(vekStsNoErr, c.search(243, 1));
     expectBest(c, past, 0, 242);
+}
+
+TEST(VekRtaAdaptiveSearch, JudgesALagByWhatItsOwnVectorRepeats) {
+    // Lags a little above the subframe repeat, through the interpolation, a pulse from the vector's front at its end.
+    std::mt19937 random(18);
+    AdaptiveCase c(random, 40);
+    std::fill(c.exc.begin(), c.exc.end(), 0.0F);
+    c.exc[c.history - 44] = 20;
+    c.exc[c.history - 43] = 50;
+    c.exc[c.history - 42] = -30;
+    std::fill(c.h.begin() + 1, c.h.end(), 0.0F);
+    std::fill(c.target.begin(), c.target.end() - 1, 0.0F);
+    c.target.back() = 100;
+    for (const double last : {40.0, 42.0, 43.0, 44.0, 45.0}) {
+        AdaptiveCase now = c;
+        now.lag = static_cast<float>(last);
+        const Floats past = now.exc;
+        const size_t first = 17 + static_cast<size_t>(3 * (last - 18)) - 6;
+        ASSERT_EQ(vekStsNoErr, now.search(12, 1));
+        expectBest(now, past, first, first + 11);
+    }
 }
 
 TEST(VekRtaAdaptiveSearch, FindsThePeriodOfAPeriodicSignal) {
