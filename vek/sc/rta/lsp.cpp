@@ -1,9 +1,9 @@
 // Linear prediction of the real-time audio codec: recursion from autocorrelations, line spectral pairs and back.
 #include <cmath>
 #include <cstring>
-#include <memory>
 #include <numbers>
 
+#include "sc/common/linepairs.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/rta.h"
 #include "veksc_g729lp.h"
@@ -105,20 +105,6 @@ bool pairsOf(const double (&f)[2][kMostPairs + 1], int half, const Grid<N>& g, f
     return true;
 }
 
-// Product of 1 - 2 cos(lsp[2 i]) z^-1 + z^-2 over `half` pairs, up to the middle; the rest mirrors it.
-void multiplyPairs(const double* cosines, int half, double* f) {
-    f[0] = 1;
-    f[1] = -2 * cosines[0];
-    for (int i = 2; i <= half; ++i) {
-        const double b = -2 * cosines[2 * (i - 1)];
-        f[i] = b * f[i - 1] + 2 * f[i - 2];
-        for (int j = i - 1; j > 1; --j) {
-            f[j] += b * f[j - 1] + f[j - 2];
-        }
-        f[1] += b;
-    }
-}
-
 } // namespace
 
 VekStatus veksLevinsonDurbin_RTA_32f(const Vek32f* pSrcAutoCorr, Vek32f* pDstLPC, Vek32f* pDstRC, int order) {
@@ -155,17 +141,6 @@ VekStatus veksLSPToLPC_RTA_32f(const Vek32f* pSrcLSP, Vek32f* pDstLPC, int order
     for (int i = 0; i < order; ++i) {
         cosines[i] = std::cos(static_cast<double>(pSrcLSP[i]));
     }
-    const int half = order / 2;
-    double f1[kMostPairs + 1];
-    double f2[kMostPairs + 1];
-    multiplyPairs(cosines, half, f1);
-    multiplyPairs(cosines + 1, half, f2);
-    pDstLPC[0] = 1;
-    for (int i = 1; i <= half; ++i) {
-        const double sum = f1[i] + f1[i - 1];
-        const double difference = f2[i] - f2[i - 1];
-        pDstLPC[i] = static_cast<float>(0.5 * (sum + difference));
-        pDstLPC[order + 1 - i] = static_cast<float>(0.5 * (sum - difference));
-    }
+    pairsToCoefficients<kMostPairs>(cosines, order / 2, pDstLPC);
     return vekStsNoErr;
 }
