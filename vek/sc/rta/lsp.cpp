@@ -13,7 +13,6 @@ namespace {
 
 using namespace vek;
 
-constexpr int kMostLpOrder = 32;
 constexpr int kMostPairs = kMostSeries;
 constexpr int kMostOrder = 2 * kMostPairs;
 
