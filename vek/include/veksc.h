@@ -21,6 +21,7 @@
 #include "veksc_gsmamr.h"
 #include "veksc_gsmamrdtx.h"
 #include "veksc_gsmfr.h"
+#include "veksc_rta.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -133,12 +133,13 @@ VekStatus veksLevinsonDurbin_G729_32f(const Vek32f* pSrc, int order, Vek32f* pDs
     float a[kMaxOrder + 1] = {1};
     float rc[kMaxOrder];
     float error = pSrc[0];
+    float inverse = 1 / error; // divides while the next sum is made
     for (int i = 1; i <= order; ++i) {
         float sum = pSrc[i];
         for (int j = 1; j < i; ++j) {
             sum += a[j] * pSrc[i - j];
         }
-        const float k = -sum / error;
+        const float k = -sum * inverse;
         rc[i - 1] = k;
         for (int j = 1; j <= i / 2; ++j) {
             const float front = a[j];
@@ -151,6 +152,7 @@ VekStatus veksLevinsonDurbin_G729_32f(const Vek32f* pSrc, int order, Vek32f* pDs
         if (!(error > 0)) {
             return vekStsUnstableFilter;
         }
+        inverse = 1 / error;
     }
     std::memcpy(pDstLPC, a, static_cast<size_t>(order + 1) * sizeof(float));
     std::memcpy(pDstRC, rc, static_cast<size_t>(order) * sizeof(float));

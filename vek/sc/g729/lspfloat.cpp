@@ -1,6 +1,7 @@
 // Conversions between prediction coefficients and line spectral pairs, order 10, in floating point.
 #include <cstring>
 
+#include "sc/common/linepairs.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/lsptables.h"
 #include "veksc_g729lp.h"
@@ -71,19 +72,6 @@ VekStatus roots(const float* a, const float* previous, const Vek16s (&grid)[Poin
     return vekStsNoErr;
 }
 
-void pairProduct(const float* lsp, float* f) {
-    f[0] = 1;
-    f[1] = -2 * lsp[0];
-    for (int i = 2; i <= kHalf; ++i) {
-        const float b = -2 * lsp[2 * (i - 1)];
-        f[i] = b * f[i - 1] + 2 * f[i - 2];
-        for (int j = i - 1; j > 1; --j) {
-            f[j] += b * f[j - 1] + f[j - 2];
-        }
-        f[1] += b;
-    }
-}
-
 } // namespace
 
 VekStatus veksLPCToLSP_G729_32f(const Vek32f* pSrcLPC, const Vek32f* pSrcPrevLSP, Vek32f* pDstLSP) {
@@ -104,16 +92,6 @@ VekStatus veksLSPToLPC_G729_32f(const Vek32f* pSrcLSP, Vek32f* pDstLPC) {
     if (anyNull(pSrcLSP, pDstLPC)) {
         return vekStsNullPtrErr;
     }
-    float f1[kHalf + 1];
-    float f2[kHalf + 1];
-    pairProduct(pSrcLSP, f1);
-    pairProduct(pSrcLSP + 1, f2);
-    pDstLPC[0] = 1;
-    for (int i = 1; i <= kHalf; ++i) {
-        const float sum = f1[i] + f1[i - 1];
-        const float difference = f2[i] - f2[i - 1];
-        pDstLPC[i] = 0.5F * (sum + difference);
-        pDstLPC[kOrder + 1 - i] = 0.5F * (sum - difference);
-    }
+    pairsToCoefficients<kHalf>(pSrcLSP, kHalf, pDstLPC);
     return vekStsNoErr;
 }

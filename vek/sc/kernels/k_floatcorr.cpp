@@ -12,6 +12,8 @@
 namespace vek {
 namespace {
 
+constexpr int kMostPoles = 40; // as kMaxLpOrder
+
 #if VEK_LEVEL == 0
 
 template <typename T>
@@ -211,42 +213,66 @@ void corr32f64f(const float* x, const float* y, int n, int lags, double* out) {
     correlate<D8>(x, y, n, lags, out);
 }
 
-// Eight outputs at a time: first what the outputs before them feed back, then the response to those eight inputs.
+// Eight outputs at a time, each a sum of the eight inputs and of the outputs before them: only the latter wait for what
+// was just computed.
 void allPole32f(const float* a, int order, float* y, int n) {
-    float response[8] = {1};
+    float taps[kMostPoles + 8] = {}; // -a[1], -a[2] ...
+    for (int j = 0; j < order; ++j) {
+        taps[j] = -a[j + 1];
+    }
+    float response[16] = {}; // to an impulse at 8
+    response[8] = 1;
     for (int k = 1; k < 8; ++k) {
-        for (int j = 1; j <= k && j <= order; ++j) {
-            response[k] -= a[j] * response[k - j];
+        for (int j = 0; j < k; ++j) {
+            response[8 + k] += taps[j] * response[7 + k - j];
         }
     }
-    float columns[8][8] = {};
+    F8 columns[8]; // what input m gives to the eight
     for (int m = 0; m < 8; ++m) {
-        for (int k = m; k < 8; ++k) {
-            columns[m][k] = response[k - m];
-        }
+        load(response + 8 - m, columns[m]);
     }
-    const float zeros[8] = {};
-    F8 factor;
     F8 value;
+    F8 past[kMostPoles]; // what the output j + 1 before them gives
+    for (int j = 0; j < order; ++j) {
+        F8 even;
+        F8 odd;
+        set1(0, even);
+        set1(0, odd);
+        for (int m = 0; m < 8; m += 2) {
+            set1(taps[j + m], value);
+            addProduct(even, value, columns[m]);
+            set1(taps[j + m + 1], value);
+            addProduct(odd, value, columns[m + 1]);
+        }
+        addTo(even, odd);
+        past[j] = even;
+    }
     for (int i = 0; i < n; i += 8) {
-        F8 sum;
-        load(y + i, sum);
-        load(zeros, value);
-        store(y + i, value);
-        for (int j = 1; j <= order; ++j) {
-            set1(-a[j], factor);
-            load(y + i - j, value);
-            addProduct(sum, factor, value);
-        }
-        float inputs[8];
-        store(inputs, sum);
-        load(zeros, sum);
+        F8 inputs;
+        F8 even;
+        F8 odd;
+        set1(0, inputs);
+        set1(0, even);
+        set1(0, odd);
         for (int m = 0; m < 8; ++m) {
-            set1(inputs[m], factor);
-            load(columns[m], value);
-            addProduct(sum, factor, value);
+            set1(y[i + m], value);
+            addProduct(inputs, value, columns[m]);
         }
-        store(y + i, sum);
+        // The newest outputs last.
+        int j = order;
+        for (; j > 1; j -= 2) {
+            set1(y[i - j], value);
+            addProduct(even, value, past[j - 1]);
+            set1(y[i - j + 1], value);
+            addProduct(odd, value, past[j - 2]);
+        }
+        if (j > 0) {
+            set1(y[i - 1], value);
+            addProduct(odd, value, past[0]);
+        }
+        addTo(inputs, even);
+        addTo(inputs, odd);
+        store(y + i, inputs);
     }
 }
 

@@ -1,0 +1,201 @@
+// Float steps of the real-time audio codec beside those of another float codec, and its searches beside plain loops.
+#include "peers.h"
+
+#include "veks.h"
+#include "veksc.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+float noise(int i) {
+    return static_cast<float>(i * 7919 % 8001 - 4000);
+}
+
+// Convolution of every vector of a codebook and two sums: the search without any of its short cuts.
+template <class Vector>
+float plainSearch(const float* target, const float* h, int n, int count, Vector vector) {
+    float best = -1;
+    for (int k = 0; k < count; ++k) {
+        const float* x = vector(k);
+        float correlation = 0;
+        float energy = 0;
+        for (int i = 0; i < n; ++i) {
+            float y = 0;
+            for (int j = 0; j <= i; ++j) {
+                y += x[j] * h[i - j];
+            }
+            correlation += y * target[i];
+            energy += y * y;
+        }
+        best = std::fmax(best, correlation * correlation / energy);
+    }
+    return best;
+}
+
+volatile float g_found;
+
+} // namespace
+
+PEER_ROWS(rtasearch) {
+    static Vek32f target[80];
+    static Vek32f h[80];
+    static Vek32f past[400];
+    static Vek32f y[80];
+    static Vek32f lag;
+    static Vek32f gain;
+    static int index[5];
+    static const Vek32f boundary[5] = {1, 18, 48, 86, 145};
+    for (int i = 0; i < 80; ++i) {
+        target[i] = noise(i);
+        h[i] = static_cast<float>(std::pow(0.85, i) * std::cos(0.5 * i));
+    }
+    for (int i = 0; i < 400; ++i) {
+        past[i] = noise(i * 3);
+    }
+    peerRow(
+        "veksAdaptiveCodebookSearch_RTA_32f", "plain loops, 243 vectors of 40",
+        [] { veksAdaptiveCodebookSearch_RTA_32f(target, h, 40, boundary, past + 200, &lag, index, y, 32, 0); },
+        [] { g_found = plainSearch(target, h, 40, 243, [](int k) { return past + 155 - k / 2; }); });
+    peerRow(
+        "veksFixedCodebookSearchRandom_RTA_32f", "plain loops, 256 vectors of 80",
+        [] { veksFixedCodebookSearchRandom_RTA_32f(target, h, y, 80, index, &gain, 256, 0, 0); },
+        [] { g_found = plainSearch(target, h, 80, 256, [](int k) { return past + k; }); });
+}
+
+#if __has_include(<speex/speex.h>)
+extern "C" {
+void _spx_lpc(float* lpc, const float* ac, int order);
+int lpc_to_lsp(float* a, int order, float* freq, int bisections, float delta, char* stack);
+void lsp_to_lpc(const float* freq, float* a, int order, char* stack);
+void qmf_decomp(const float* x, const float* taps, float* low, float* high, int len, int count, float* memory,
+                char* stack);
+void qmf_synth(const float* low, const float* high, const float* taps, float* y, int len, int count, float* memory1,
+               float* memory2, char* stack);
+void filter_mem16(const float* x, const float* numerator, const float* denominator, float* y, int len, int order,
+                  float* memory, char* stack);
+}
+
+PEER_ROWS(rta) {
+    alignas(16) static char stack[1 << 16];
+    static Vek32f r[17];
+    static Vek32f a[17];
+    static Vek32f rc[16];
+    static Vek32f lsp[16];
+    static Vek32f out[17];
+    static Vek32f a10[11];
+    static Vek32f x[320];
+    static Vek32f y[320];
+    static Vek32f low[40];
+    static Vek32f high[40];
+    static Vek32f memory[64];
+    static Vek32f memory2[64];
+    static Vek32f taps[64];
+    static std::vector<Vek8u> bank;
+    static std::vector<Vek8u> post;
+    static Vek32f small[3][10];
+    for (int i = 0; i < 320; ++i) {
+        x[i] = noise(i);
+    }
+    for (int k = 0; k <= 16; ++k) {
+        for (int i = k; i < 320; ++i) {
+            r[k] += x[i] * x[i - k];
+        }
+    }
+    veksLevinsonDurbin_RTA_32f(r, a10, rc, 10);
+    peerRow(
+        "veksLevinsonDurbin_RTA_32f", "speex _spx_lpc, order 10", [] { veksLevinsonDurbin_RTA_32f(r, out, rc, 10); },
+        [] { _spx_lpc(out, r, 10); });
+    veksLevinsonDurbin_RTA_32f(r, a, rc, 16);
+    peerRow(
+        "veksLPCToLSP_RTA_32f", "speex lpc_to_lsp, order 10", [] { veksLPCToLSP_RTA_32f(a10, lsp, 10); },
+        [] { lpc_to_lsp(a10 + 1, 10, lsp, 10, 0.2F, stack); });
+    peerRow(
+        "veksLPCToLSP_RTA_32f", "speex lpc_to_lsp, order 16", [] { veksLPCToLSP_RTA_32f(a, lsp, 16); },
+        [] { lpc_to_lsp(a + 1, 16, lsp, 15, 0.02F, stack); });
+    veksLPCToLSP_RTA_32f(a, lsp, 16);
+    peerRow(
+        "veksLSPToLPC_RTA_32f", "speex lsp_to_lpc, order 16", [] { veksLSPToLPC_RTA_32f(lsp, out, 16); },
+        [] { lsp_to_lpc(lsp, out, 16, stack); });
+    for (int i = 0; i < 64; ++i) {
+        taps[i] = static_cast<float>(std::sin(1.6 * (i - 31.5)) / (i - 31.5) / 3);
+    }
+    int size = 0;
+    veksQMFGetStateSize_RTA_32f(&size);
+    bank.resize(static_cast<size_t>(size));
+    static auto* state = reinterpret_cast<VeksQMFState_RTA_32f*>(bank.data());
+    veksQMFInit_RTA_32f(state);
+    peerRow(
+        "veksQMFEncode_RTA_32f", "speex qmf_decomp, 80 samples, 64 taps",
+        [] { veksQMFEncode_RTA_32f(x, 80, low, high, state); },
+        [] { qmf_decomp(x, taps, low, high, 80, 64, memory, stack); });
+    veksQMFInit_RTA_32f(state);
+    peerRow(
+        "veksQMFDecode_RTA_32f", "speex qmf_synth, 40 pairs, 64 taps",
+        [] { veksQMFDecode_RTA_32f(x, x + 40, 40, y, state); },
+        [] { qmf_synth(x, x + 40, taps, y, 80, 64, memory, memory2, stack); });
+    // Its filters have orders 8 and 10 alone.
+    small[1][0] = -1.5F;
+    small[1][1] = 0.7F;
+    static Vek32f states[12];
+    peerRow(
+        "veksHighPassFilter_RTA_32f", "speex filter_mem16, 320 samples, order 8",
+        [] { veksHighPassFilter_RTA_32f(x, y, 320, 5, VEK_PCM_FREQ_8000, states); },
+        [] { filter_mem16(x, small[0], small[1], y, 320, 8, small[2], stack); });
+    static Vek32f speech[320];
+    peerRow(
+        "veksBandPassFilter_RTA_32f_I", "speex filter_mem16, 320 samples, order 8",
+        [] {
+            veksCopy_32f(x, speech, 320);
+            veksBandPassFilter_RTA_32f_I(speech, 320, states);
+        },
+        [] {
+            veksCopy_32f(x, speech, 320);
+            filter_mem16(speech, small[0], small[1], speech, 320, 8, small[2], stack);
+        });
+    veksPostFilterGetStateSize_RTA_32f(&size);
+    post.resize(static_cast<size_t>(size));
+    static auto* postState = reinterpret_cast<VeksPostFilterState_RTA_32f*>(post.data());
+    veksPostFilterInit_RTA_32f(postState);
+    static Vek32f shortTerm[51];
+    // Theirs is the pole-zero filter; response, tilt and level by plain loops.
+    static Vek32f response[24];
+    static Vek32f level = 1;
+    peerRow(
+        "veksPostFilter_RTA_32f_I", "speex filter_mem16 and plain loops, 160 samples, order 10",
+        [] {
+            veksCopy_32f(x, speech, 160);
+            veksPostFilter_RTA_32f_I(a10, 10, speech, 160, 1, shortTerm, postState);
+        },
+        [] {
+            static Vek32f impulse[24] = {1};
+            static Vek32f none[10];
+            std::fill_n(none, 10, 0.0F);
+            filter_mem16(impulse, small[0], small[1], response, 24, 10, none, stack);
+            float power[2] = {};
+            for (int i = 1; i < 24; ++i) {
+                power[0] += response[i] * response[i];
+                power[1] += response[i] * response[i - 1];
+            }
+            filter_mem16(x, small[0], small[1], speech, 160, 10, small[2], stack);
+            const float tilt = 0.5F * power[1] / (power[0] + 1);
+            for (int first = 0; first < 160; first += 40) {
+                float sums[2] = {};
+                float past = 0;
+                for (int i = first; i < first + 40; ++i) {
+                    const float now = speech[i];
+                    speech[i] -= tilt * past;
+                    past = now;
+                    sums[0] += std::fabs(x[i]);
+                    sums[1] += std::fabs(speech[i]);
+                }
+                for (int i = first; i < first + 40; ++i) {
+                    level = 0.9875F * level + 0.0125F * (sums[0] / sums[1]);
+                    speech[i] *= level;
+                }
+            }
+        });
+}
+#endif

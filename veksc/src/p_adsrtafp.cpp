@@ -1,0 +1,87 @@
+// Adaptive codebook of the real-time audio codec.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcAdptTarget;
+vkVector pSrcImpulseResponse;
+vkVector pSrcBoundary;
+vkVector pSrcDstExc;
+vkVector pSrcDstLag;
+vkVector pDstAdptIndex;
+vkVector pDstAdptContribution;
+krStepIterator<int> subFrameSize;
+krStepIterator<int> searchFlag;
+krStepIterator<int> deltaSearchRange;
+vkcGrid grid;
+
+// Samples of the past before the last subframe.
+constexpr int history = 212;
+
+class TimADRTA_RTA : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return subFrameSize.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    virtual void setData();
+};
+
+bool TimADRTA_RTA::canStart() {
+    vkcRebuild(subFrameSize, "subFrameSize").set(20, 40, 20, '+');
+    vkcRebuild(searchFlag, "searchFlag").set(0, 1, 1, '+');
+    vkcRebuild(deltaSearchRange, "deltaSearchRange").setList({32, 64, 160});
+    grid.begin({&subFrameSize, &searchFlag, &deltaSearchRange});
+    for (vkVector* vector :
+         {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcBoundary, &pSrcDstExc, &pSrcDstLag, &pDstAdptContribution}) {
+        vector->init(m_func, vkArg::src);
+    }
+    pDstAdptIndex.init(vk32s); // an index is no floating number
+    return true;
+}
+
+bool TimADRTA_RTA::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    const int n = subFrameSize.value();
+    // The table has four boundaries and writes five.
+    if (!pSrcAdptTarget.createVector(n, setRand, 10, 20) || !pSrcImpulseResponse.createVector(n, setRand, 10, 20) ||
+        !pSrcBoundary.createVector(5, setZero, 0, 0) || !pSrcDstExc.createVector(372, setRand, 0, 10) ||
+        !pSrcDstLag.createVector(1, setZero, 0, 0) || !pDstAdptIndex.createVector(1, setZero, 0, 0) ||
+        !pDstAdptContribution.createVector(n, setZero, 0, 0)) {
+        return false;
+    }
+    setData();
+    return true;
+}
+
+void TimADRTA_RTA::setData() {
+    int i = 0;
+    for (const Vek32f boundary : {1.0F, 18.0F, 48.0F, 86.0F, 145.0F}) {
+        pSrcBoundary.m_32f[i++] = boundary;
+    }
+}
+
+void TimADRTA_RTA::flushData() {
+    for (vkVector* vector : {&pDstAdptContribution, &pDstAdptIndex, &pSrcDstLag, &pSrcDstExc, &pSrcBoundary,
+                             &pSrcImpulseResponse, &pSrcAdptTarget}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimADRTA_RTA, veksAdaptiveCodebookSearch_RTA_32f,
+       veksAdaptiveCodebookSearch_RTA_32f(pSrcAdptTarget.m_32f, pSrcImpulseResponse.m_32f, subFrameSize.value(),
+                                          pSrcBoundary.m_32f, pSrcDstExc.m_32f + subFrameSize.value() + history,
+                                          pSrcDstLag.m_32f, pDstAdptIndex.m_32s, pDstAdptContribution.m_32f,
+                                          deltaSearchRange.value(), searchFlag.value()))

@@ -1,0 +1,108 @@
+// Linear prediction and high-pass filter of the real-time audio codec.
+#include "vkc.h"
+
+#include <cmath>
+
+namespace {
+
+vkVector pSrc;
+vkVector pSrcAutoCorr;
+vkVector pDstLPC;
+vkVector pDstRC;
+vkVector pDst;
+vkVector pMem;
+krStepIterator<int> hpfOrder;
+krStepIterator<int> step;
+krStepIterator<int> len;
+vkcGrid grid;
+int order;
+VekPCMFrequency freq;
+
+struct Stage {
+    int order;
+    VekPCMFrequency freq;
+};
+constexpr Stage stages[] = {{5, VEK_PCM_FREQ_8000},  {5, VEK_PCM_FREQ_16000}, {5, VEK_PCM_FREQ_22050},
+                            {5, VEK_PCM_FREQ_32000}, {4, VEK_PCM_FREQ_16000}, {4, VEK_PCM_FREQ_22050},
+                            {4, VEK_PCM_FREQ_32000}};
+
+class TimFILT_RTAFP : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return m_levinson ? hpfOrder.value() : len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    virtual void setData();
+
+    bool m_levinson = false;
+};
+
+bool TimFILT_RTAFP::canStart() {
+    m_levinson = m_func.contains("veksLevinsonDurbin_RTA_32f");
+    vkcFix(hpfOrder, 4);
+    vkcFix(step, 0);
+    vkcFix(len, 80);
+    if (m_levinson) {
+        vkcRebuild(hpfOrder, "hpfOrder").set(4, 10, 2, '+');
+        grid.begin({&hpfOrder});
+    } else {
+        vkcRebuild(step, "stage").set(0, 6, 1, '+');
+        vkcRebuild(len, "Lenght").set(80, 320, 80, '+');
+        grid.begin({&step, &len});
+    }
+    for (vkVector* vector : {&pSrc, &pSrcAutoCorr, &pDstLPC, &pDstRC, &pDst, &pMem}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool TimFILT_RTAFP::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    // Of order n there are n + 1 autocorrelations and coefficients.
+    const int n = hpfOrder.value();
+    const bool created =
+        m_levinson ? pSrc.createVector(n, setRand, -100, 100) && pSrcAutoCorr.createVector(n + 1, setRand, -100, 100) &&
+                         pDstLPC.createVector(n + 1, setZero, 0, 0) && pDstRC.createVector(n, setZero, 0, 0)
+                   : pSrc.createVector(len.value(), setRand, -100, 100) &&
+                         pDst.createVector(len.value(), setZero, 0, 0) && pMem.createVector(12, setZero, 0, 0);
+    if (created) {
+        setData();
+    }
+    return created;
+}
+
+void TimFILT_RTAFP::setData() {
+    order = stages[step.value()].order;
+    freq = stages[step.value()].freq;
+    if (m_levinson) {
+        // Numbers at random are autocorrelations behind a first one above all of them together, on either side.
+        Vek32f sum = 1;
+        for (int i = 1; i <= hpfOrder.value(); ++i) {
+            sum += 2 * std::fabs(pSrcAutoCorr.m_32f[i]);
+        }
+        pSrcAutoCorr.m_32f[0] = sum;
+    }
+}
+
+void TimFILT_RTAFP::flushData() {
+    for (vkVector* vector : {&pMem, &pDst, &pDstRC, &pDstLPC, &pSrcAutoCorr, &pSrc}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimFILT_RTAFP, veksLevinsonDurbin_RTA_32f,
+       veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pDstLPC.m_32f, pDstRC.m_32f, hpfOrder.value()))
+VK_REG(TimFILT_RTAFP, veksHighPassFilter_RTA_32f,
+       veksHighPassFilter_RTA_32f(pSrc.m_32f, pDst.m_32f, len.value(), order, freq, pMem.m_32f))

@@ -1,0 +1,79 @@
+// Line spectral pairs of the real-time audio codec.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc;
+vkVector pSrcAutoCorr;
+vkVector pDstRC;
+vkVector pSrcLPC;
+vkVector pDstLSP;
+vkVector pSrcLSP;
+vkVector pDstLPC;
+krStepIterator<int> order;
+vkcGrid grid;
+
+class LSFLPC_RTA_32f : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return order.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    virtual bool setData();
+
+    bool m_toLSP = false;
+};
+
+bool LSFLPC_RTA_32f::canStart() {
+    m_toLSP = m_func.contains("veksLPCToLSP_RTA_32f");
+    vkcRebuild(order, "Order").set(4, 16, 2, '+');
+    grid.begin({&order});
+    for (vkVector* vector : {&pSrc, &pSrcAutoCorr, &pDstRC, &pSrcLPC, &pDstLSP, &pSrcLSP, &pDstLPC}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool LSFLPC_RTA_32f::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    // Of order n there are n + 1 autocorrelations and coefficients.
+    const int n = order.value();
+    if (m_toLSP) {
+        return pSrc.createVector(n, setRand, -150, 150) && pSrcAutoCorr.createVector(n + 1, setZero, 0, 0) &&
+               pDstRC.createVector(n, setZero, 0, 0) && pSrcLPC.createVector(n + 1, setZero, 0, 0) &&
+               pDstLSP.createVector(n, setZero, 0, 0) && setData();
+    }
+    return pSrcLSP.createVector(n, setRand, -150, 150) && pDstLPC.createVector(n + 1, setZero, 0, 0);
+}
+
+// The prediction of the random signal.
+bool LSFLPC_RTA_32f::setData() {
+    const int n = order.value();
+    for (int lag = 0; lag <= n; ++lag) {
+        for (int i = lag; i < n; ++i) {
+            pSrcAutoCorr.m_32f[lag] += pSrc.m_32f[i] * pSrc.m_32f[i - lag];
+        }
+    }
+    return veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n) == vekStsNoErr;
+}
+
+void LSFLPC_RTA_32f::flushData() {
+    for (vkVector* vector : {&pDstLPC, &pSrcLSP, &pDstLSP, &pSrcLPC, &pDstRC, &pSrcAutoCorr, &pSrc}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(LSFLPC_RTA_32f, veksLPCToLSP_RTA_32f, veksLPCToLSP_RTA_32f(pSrcLPC.m_32f, pDstLSP.m_32f, order.value()))
+VK_REG(LSFLPC_RTA_32f, veksLSPToLPC_RTA_32f, veksLSPToLPC_RTA_32f(pSrcLSP.m_32f, pDstLPC.m_32f, order.value()))

@@ -1,0 +1,70 @@
+// Short-term post-filter of the real-time audio codec.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcLPC;
+vkVector pSrcDstSpeech;
+vkVector rgfltSTApfMem;
+krStepIterator<int> len;
+krStepIterator<int> order;
+krStepIterator<int> apfIdx;
+vkcGrid grid;
+VeksPostFilterState_RTA_32f* pMem_32f;
+
+class STPF_RTA : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool createState();
+};
+
+bool STPF_RTA::canStart() {
+    vkcRebuild(len, "Lenght").set(80, 160, 80, '+');
+    vkcRebuild(order, "Order").set(4, 17, 2, '+');
+    vkcRebuild(apfIdx, "apfIdx").set(1, 3, 1, '+');
+    grid.begin({&len, &order, &apfIdx});
+    for (vkVector* vector : {&pSrcLPC, &pSrcDstSpeech, &rgfltSTApfMem}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool STPF_RTA::createState() {
+    int size = 0;
+    if (veksPostFilterGetStateSize_RTA_32f(&size) != vekStsNoErr) {
+        return false;
+    }
+    pMem_32f = reinterpret_cast<VeksPostFilterState_RTA_32f*>(veksMalloc_8u(size));
+    return pMem_32f != nullptr && veksPostFilterInit_RTA_32f(pMem_32f) == vekStsNoErr;
+}
+
+bool STPF_RTA::canContinue() {
+    // Of order n there are n + 1 coefficients.
+    return grid.next(m_isFirst) && createState() && pSrcLPC.createVector(order.value() + 1, setRand, 10, 40) &&
+           pSrcDstSpeech.createVector(len.value(), setZero, 0, 0) && rgfltSTApfMem.createVector(51, setZero, 0, 0);
+}
+
+void STPF_RTA::flushData() {
+    veksFree(pMem_32f);
+    pMem_32f = nullptr;
+    for (vkVector* vector : {&rgfltSTApfMem, &pSrcDstSpeech, &pSrcLPC}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(STPF_RTA, veksPostFilter_RTA_32f_I,
+       veksPostFilter_RTA_32f_I(pSrcLPC.m_32f, order.value(), pSrcDstSpeech.m_32f, len.value(), apfIdx.value(),
+                                rgfltSTApfMem.m_32f, pMem_32f))

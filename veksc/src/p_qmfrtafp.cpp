@@ -1,0 +1,66 @@
+// Reunion of the two bands of the real-time audio codec.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcLow;
+vkVector pSrcHigh;
+vkVector pDst;
+krStepIterator<int> len;
+vkcGrid grid;
+VeksQMFState_RTA_32f* pQMFMem;
+
+class QMFD_RTA_32f : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool createState();
+};
+
+bool QMFD_RTA_32f::canStart() {
+    vkcRebuild(len, "Lenght").set(10, 40, 10, '+');
+    grid.begin({&len});
+    for (vkVector* vector : {&pSrcLow, &pSrcHigh, &pDst}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool QMFD_RTA_32f::createState() {
+    int size = 0;
+    if (veksQMFGetStateSize_RTA_32f(&size) != vekStsNoErr) {
+        return false;
+    }
+    pQMFMem = reinterpret_cast<VeksQMFState_RTA_32f*>(veksMalloc_8u(size));
+    return pQMFMem != nullptr && veksQMFInit_RTA_32f(pQMFMem) == vekStsNoErr;
+}
+
+bool QMFD_RTA_32f::canContinue() {
+    // Two samples come out of each pair.
+    return grid.next(m_isFirst) && createState() && pSrcLow.createVector(len.value(), setRand, -32768, 32768) &&
+           pSrcHigh.createVector(len.value(), setRand, -32768, 32768) &&
+           pDst.createVector(2 * len.value(), setZero, 0, 0);
+}
+
+void QMFD_RTA_32f::flushData() {
+    veksFree(pQMFMem);
+    pQMFMem = nullptr;
+    for (vkVector* vector : {&pDst, &pSrcHigh, &pSrcLow}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(QMFD_RTA_32f, veksQMFDecode_RTA_32f,
+       veksQMFDecode_RTA_32f(pSrcLow.m_32f, pSrcHigh.m_32f, len.value(), pDst.m_32f, pQMFMem))

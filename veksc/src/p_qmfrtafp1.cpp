@@ -1,0 +1,64 @@
+// Split into two bands of the real-time audio codec.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc;
+vkVector pDstLow;
+vkVector pDstHigh;
+krStepIterator<int> len;
+vkcGrid grid;
+VeksQMFState_RTA_32f* pQMFMem;
+
+class QMFE_RTA_32f : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool createState();
+};
+
+bool QMFE_RTA_32f::canStart() {
+    vkcRebuild(len, "Lenght").set(20, 80, 20, '+');
+    grid.begin({&len});
+    for (vkVector* vector : {&pSrc, &pDstLow, &pDstHigh}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool QMFE_RTA_32f::createState() {
+    int size = 0;
+    if (veksQMFGetStateSize_RTA_32f(&size) != vekStsNoErr) {
+        return false;
+    }
+    pQMFMem = reinterpret_cast<VeksQMFState_RTA_32f*>(veksMalloc_8u(size));
+    return pQMFMem != nullptr && veksQMFInit_RTA_32f(pQMFMem) == vekStsNoErr;
+}
+
+bool QMFE_RTA_32f::canContinue() {
+    return grid.next(m_isFirst) && createState() && pSrc.createVector(len.value(), setRand, -32768, 32768) &&
+           pDstLow.createVector(len.value(), setZero, 0, 0) && pDstHigh.createVector(len.value(), setZero, 0, 0);
+}
+
+void QMFE_RTA_32f::flushData() {
+    veksFree(pQMFMem);
+    pQMFMem = nullptr;
+    for (vkVector* vector : {&pDstHigh, &pDstLow, &pSrc}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(QMFE_RTA_32f, veksQMFEncode_RTA_32f,
+       veksQMFEncode_RTA_32f(pSrc.m_32f, len.value(), pDstLow.m_32f, pDstHigh.m_32f, pQMFMem))
