@@ -8,29 +8,11 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/g728/tables.h"
+#include "sc/kernels/g728.h"
 
 namespace vek::g728 {
 
-constexpr int kLargestMantissa = 16383;
-constexpr int kMostShifts = 15;
-
-/// Five values with q fraction bits as mantissas with at most kMostShifts left shifts, which are returned.
-inline int normalised(const int64_t* v, int q, int16_t* mantissa) {
-    int64_t largest = 0;
-    for (int i = 0; i < kVector; ++i) {
-        largest = std::max(largest, v[i] < 0 ? -v[i] : v[i]);
-    }
-    if (largest == 0) {
-        std::fill_n(mantissa, kVector, int16_t{0});
-        return kMostShifts;
-    }
-    const int shift = std::max(49 - fix::norm_64(largest), q - kMostShifts);
-    for (int i = 0; i < kVector; ++i) {
-        const int64_t r = shift > 0 ? (v[i] + (int64_t{1} << (shift - 1))) >> shift : v[i] * (int64_t{1} << -shift);
-        mantissa[i] = static_cast<int16_t>(std::clamp<int64_t>(r, -kLargestMantissa, kLargestMantissa));
-    }
-    return q - shift;
-}
+constexpr int kMostShifts = kG728MostShifts;
 
 template <int blocks>
 class BlockMemory {
@@ -51,8 +33,11 @@ public:
             common = std::min<int>(common, m_shifts[b]);
         }
         for (int b = 0; b < blocks; ++b) {
-            const int d = m_shifts[b] - common;
-            std::fill_n(factor + b * kVector, kVector, static_cast<int16_t>((1 << 14) >> d));
+            // Five times the same, in two steps.
+            const uint64_t f = (uint64_t{1} << 14) >> (m_shifts[b] - common);
+            const uint64_t four = f * 0x0001000100010001;
+            std::memcpy(factor + b * kVector, &four, sizeof four);
+            factor[b * kVector + 4] = static_cast<int16_t>(f);
         }
         std::fill(factor + kSize, factor + kPadded, int16_t{0});
         return common;
@@ -75,9 +60,7 @@ public:
 
     /// The newest block from five values in the order of time, with q fraction bits.
     void renew(const int64_t* v, int q) {
-        int16_t m[kVector];
-        m_shifts[0] = static_cast<int16_t>(normalised(v, q, m));
-        std::reverse_copy(m, m + kVector, m_mantissa);
+        m_shifts[0] = static_cast<int16_t>(g728Kernels().normalise(v, q, m_mantissa));
     }
 
     /// The newest block in the order of time, and its left shifts.

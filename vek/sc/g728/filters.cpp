@@ -1,9 +1,13 @@
 // Filters on samples of one format: the perceptual weighting filter and the inverse filter of the postfilter's
 // adaptation.
+#include <algorithm>
+#include <cstring>
+
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/g728/adapter.h"
 #include "sc/g728/state.h"
+#include "sc/kernels/g728.h"
 #include "veksc_g728.h"
 
 using namespace vek;
@@ -11,12 +15,23 @@ using namespace vek::g728;
 
 namespace {
 
-constexpr int kRound14 = 1 << 13;
-
 // The ten samples before, in the order of time.
 struct Weighting {
     Vek16s in[kShortOrder] = {};
     Vek16s out[kShortOrder] = {};
+
+    // n samples, up to five.
+    void filter(const Vek16s* coeffs, const Vek16s* src, int n, Vek16s* dst) {
+        Vek16s x[kShortOrder + kVector] = {};
+        Vek16s y[kShortOrder + kVector];
+        std::memcpy(x, in, sizeof in);
+        std::copy_n(src, n, x + kShortOrder);
+        std::memcpy(y, out, sizeof out);
+        g728Kernels().poleZero(coeffs, x, y);
+        std::copy_n(y + kShortOrder, n, dst);
+        std::copy_n(x + n, kShortOrder, in);
+        std::copy_n(y + n, kShortOrder, out);
+    }
 };
 using IIRState = Marked<Weighting, 0x57494752>;
 
@@ -42,36 +57,13 @@ VekStatus veksIIR16s_G728_16s(const Vek16s* pCoeffs, const Vek16s* pSrc, Vek16s*
     if (!state.take(pMem)) {
         return vekStsStateErr;
     }
-    // Samples in the order of time, ten from before first; a run at a time.
-    constexpr int run = 40;
-    Vek16s x[kShortOrder + run];
-    Vek16s y[kShortOrder + run];
-    std::memcpy(x, state.content.in, sizeof state.content.in);
-    std::memcpy(y, state.content.out, sizeof state.content.out);
-    int64_t zeros[run];
-    for (int from = 0; from < len; from += run) {
-        const int n = len - from < run ? len - from : run;
-        std::memcpy(x + kShortOrder, pSrc + from, static_cast<size_t>(n) * sizeof(Vek16s));
-        for (int k = 0; k < n; ++k) {
-            int64_t sum = (int64_t{x[kShortOrder + k]} << 14) + kRound14;
-            for (int i = 0; i < kShortOrder; ++i) {
-                sum += pCoeffs[i] * x[kShortOrder - 1 + k - i];
-            }
-            zeros[k] = sum;
+    for (int from = 0; from < len; from += kVector) {
+        if (len - from >= kVector) {
+            state.content.filter(pCoeffs, pSrc + from, kVector, pDstWgtSpeech + from); // a known count is faster
+        } else {
+            state.content.filter(pCoeffs, pSrc + from, len - from, pDstWgtSpeech + from);
         }
-        for (int k = 0; k < n; ++k) {
-            int64_t sum = zeros[k];
-            for (int i = kShortOrder - 1; i >= 0; --i) {
-                sum -= pCoeffs[kShortOrder + i] * y[kShortOrder - 1 + k - i];
-            }
-            y[kShortOrder + k] = fix::sat16_64(sum >> 14);
-        }
-        std::memcpy(pDstWgtSpeech + from, y + kShortOrder, static_cast<size_t>(n) * sizeof(Vek16s));
-        std::memmove(x, x + n, kShortOrder * sizeof(Vek16s));
-        std::memmove(y, y + n, kShortOrder * sizeof(Vek16s));
     }
-    std::memcpy(state.content.in, x, sizeof state.content.in);
-    std::memcpy(state.content.out, y, sizeof state.content.out);
     state.give(pMem);
     return vekStsNoErr;
 }

@@ -7,6 +7,7 @@
 #include "sc/common/signal_check.h"
 #include "sc/g728/state.h"
 #include "sc/g728/tables.h"
+#include "sc/kernels/g728.h"
 #include "veksc_g728.h"
 
 using namespace vek;
@@ -63,15 +64,12 @@ VekStatus veksPostFilter_G728_16s(Vek16s gl, Vek16s glb, int kp, Vek16s tiltz, c
     int before = 0;
     int after = 0;
     for (int k = 0; k < kVector; ++k) {
-        const int at = kShortOrder + k;
         const int64_t longTerm = int64_t{gl} * 4 * pSrc[k] + int64_t{glb} * pSrc[k - kp]; // Q16
-        in[at] = fix::sat16_64((longTerm + (1 << 15)) >> 16);
-        int64_t sum = (int64_t{in[at]} << kShift) + kHalf;
-        for (int i = kShortOrder; i > 0; --i) {
-            sum += pCoeffs[i - 1] * in[at - i];
-            sum -= pCoeffs[kShortOrder + i - 1] * out[at - i];
-        }
-        out[at] = fix::sat16_64(sum >> kShift);
+        in[kShortOrder + k] = fix::sat16_64((longTerm + (1 << 15)) >> 16);
+    }
+    g728Kernels().poleZero(pCoeffs, in, out);
+    for (int k = 0; k < kVector; ++k) {
+        const int at = kShortOrder + k;
         const int64_t tilted = (int64_t{out[at]} << kShift) + int64_t{tiltz} * out[at - 1] + kHalf;
         filtered[k] = fix::sat16_64(tilted >> kShift);
         before += std::abs(int{pSrc[k]});

@@ -45,27 +45,19 @@ int respond(const Speech& memory, const Vek16s* lpc, int16_t* aligned, int64_t* 
     const int q = memory.factors(factor) + kMore;
     int64_t sums[kVector];
     g728Kernels().predict(coeffs, memory.mantissas(), factor, aligned, sums);
-    const int64_t limit = (kResponseLimit << q) - 1;
     for (int k = 0; k < kVector; ++k) {
-        int64_t sum = sums[k] * (1 << kMore);
-        for (int i = 0; i < k; ++i) {
-            sum += lpc[i] * response[k - 1 - i];
-        }
-        response[k] = std::clamp(-rounded(sum, kCoeffShift), -limit, limit);
+        response[k] = -sums[k] * (1 << kMore);
     }
+    g728Kernels().recur(lpc, response, (kResponseLimit << q) - 1);
     return q;
 }
 
 // The response to the excitation from rest.
 void excite(const Vek16s* lpc, const Vek16s* excitation, int64_t* response) {
     for (int k = 0; k < kVector; ++k) {
-        int64_t sum = 0;
-        for (int i = 0; i < k; ++i) {
-            sum += lpc[i] * response[k - 1 - i];
-        }
-        const int64_t r = excitation[k] * (1 << kMore) - rounded(sum, kCoeffShift);
-        response[k] = std::clamp(r, -kExcitedLimit, kExcitedLimit);
+        response[k] = int64_t{excitation[k]} * (1 << (kMore + kCoeffShift));
     }
+    g728Kernels().recur(lpc, response, kExcitedLimit);
 }
 
 // Adds a response with q fraction bits to the newest block of a memory and clips the sum.
@@ -157,14 +149,9 @@ VekStatus veksCombinedFilterZeroInput_G728_16s(const Vek16s* pSrcLPC, const Vek1
         speech[kShortOrder - 1 - i] = aligned[i] * (1 << kMore);
     }
     memory.weighted.values(q, weighted);
-    const int64_t limit = (kResponseLimit << q) - 1;
-    for (int k = kShortOrder; k < kShortOrder + kVector; ++k) {
-        int64_t sum = speech[k] * (1 << kCoeffShift);
-        for (int i = 0; i < kShortOrder; ++i) {
-            sum += pCoeffs[i] * speech[k - 1 - i] - pCoeffs[kShortOrder + i] * weighted[k - 1 - i];
-        }
-        weighted[k] = std::clamp(rounded(sum, kCoeffShift), -limit, limit);
-        pDst[k - kShortOrder] = fix::sat16_64(rounded(weighted[k], q - kSpeechShift));
+    g728Kernels().poleZeroWide(pCoeffs, speech, weighted, (kResponseLimit << q) - 1);
+    for (int k = 0; k < kVector; ++k) {
+        pDst[k] = fix::sat16_64(rounded(weighted[kShortOrder + k], q - kSpeechShift));
     }
     memory.speech.push();
     memory.speech.renew(speech + kShortOrder, q);
@@ -190,13 +177,7 @@ VekStatus veksCombinedFilterZeroState_G728_16s(const Vek16s* pSrcLPC, const Vek1
     int64_t response[kVector];
     int64_t weighted[kVector];
     excite(pSrcLPC, pSrcDstExc, response);
-    for (int k = 0; k < kVector; ++k) {
-        int64_t sum = response[k] * (1 << kCoeffShift);
-        for (int i = 0; i < k; ++i) {
-            sum += pCoeffs[i] * response[k - 1 - i] - pCoeffs[kShortOrder + i] * weighted[k - 1 - i];
-        }
-        weighted[k] = std::clamp(rounded(sum, kCoeffShift), -kExcitedLimit, kExcitedLimit);
-    }
+    g728Kernels().poleZeroRest(pCoeffs, response, weighted, kExcitedLimit);
     addExcited(state.content.speech, response, excSfs, pSrcDstExc, pDstSpeech, pSpeechSfs);
     add(state.content.weighted, weighted, excSfs + kMore, kResponseLimit);
     state.give(pMem);

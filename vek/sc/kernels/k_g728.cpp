@@ -13,6 +13,102 @@ constexpr int kFilteredShift = 14;
 constexpr int kRoundEnergy = 1 << 12; // Q18 to Q5
 constexpr int kEnergyShift = 13;
 
+// The recursions within a vector, in scalar code at all levels: each sample waits for the one before.
+constexpr int kZeros = 10;
+constexpr int64_t kHalf14 = 1 << 13;
+
+VEK_INLINE int64_t within(int64_t v, int64_t limit) {
+    return v > limit ? limit : v < -limit ? -limit : v;
+}
+
+int normalise(const int64_t* v, int q, int16_t* mantissa) {
+    constexpr int64_t largest = 16383;
+    uint64_t used = 0;
+    for (int i = 0; i < kSamples; ++i) {
+        used |= static_cast<uint64_t>(v[i] ^ (v[i] >> 63));
+    }
+    // As many bits as the largest magnitude has, less 14; -1 << 14 is cut to the largest mantissa.
+    int shift = 49 - fix::norm_64(static_cast<int64_t>(used));
+    if (used == 0 || shift < q - kG728MostShifts) {
+        shift = q - kG728MostShifts;
+    }
+    const int left = shift > 0 ? 0 : -shift;
+    const int right = shift > 0 ? shift : 0;
+    const int64_t half = right > 0 ? int64_t{1} << (right - 1) : 0;
+    for (int i = 0; i < kSamples; ++i) {
+        const int64_t r = (v[i] * (int64_t{1} << left) + half) >> right;
+        mantissa[kSamples - 1 - i] = static_cast<int16_t>(within(r, largest));
+    }
+    return q - shift;
+}
+
+void recur(const int16_t* a, int64_t* y, int64_t limit) {
+    int64_t out[kSamples];
+    for (int k = 0; k < kSamples; ++k) {
+        int64_t s = y[k] + kHalf14;
+        for (int i = k - 1; i >= 0; --i) {
+            s -= a[i] * out[k - 1 - i];
+        }
+        out[k] = within(s >> 14, limit);
+    }
+    for (int k = 0; k < kSamples; ++k) {
+        y[k] = out[k];
+    }
+}
+
+void poleZero(const int16_t* c, const int16_t* x, int16_t* y) {
+    int64_t sums[kSamples];
+    for (int k = 0; k < kSamples; ++k) {
+        int64_t s = x[kZeros + k] * (1 << 14) + kHalf14;
+        for (int i = 0; i < kZeros; ++i) {
+            s += c[i] * x[kZeros - 1 + k - i];
+        }
+        for (int i = k; i < kZeros; ++i) {
+            s -= c[kZeros + i] * y[kZeros - 1 + k - i];
+        }
+        sums[k] = s;
+    }
+    int out[kSamples];
+    for (int k = 0; k < kSamples; ++k) {
+        int64_t s = sums[k];
+        for (int i = k - 1; i >= 0; --i) {
+            s -= c[kZeros + i] * out[k - 1 - i];
+        }
+        s >>= 14;
+        out[k] = static_cast<int>(s > INT16_MAX ? INT16_MAX : s < INT16_MIN ? INT16_MIN : s);
+    }
+    for (int k = 0; k < kSamples; ++k) {
+        y[kZeros + k] = static_cast<int16_t>(out[k]);
+    }
+}
+
+void poleZeroWide(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit) {
+    for (int k = kZeros; k < kZeros + kSamples; ++k) {
+        int64_t s = x[k] * (1 << 14) + kHalf14;
+        for (int i = 0; i < kZeros; ++i) {
+            s += c[i] * x[k - 1 - i];
+        }
+        for (int i = kZeros - 1; i >= 0; --i) {
+            s -= c[kZeros + i] * y[k - 1 - i];
+        }
+        y[k] = within(s >> 14, limit);
+    }
+}
+
+void poleZeroRest(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit) {
+    int64_t out[kSamples];
+    for (int k = 0; k < kSamples; ++k) {
+        int64_t s = x[k] * (1 << 14) + kHalf14;
+        for (int i = k - 1; i >= 0; --i) {
+            s += c[i] * x[k - 1 - i] - c[kZeros + i] * out[k - 1 - i];
+        }
+        out[k] = within(s >> 14, limit);
+    }
+    for (int k = 0; k < kSamples; ++k) {
+        y[k] = out[k];
+    }
+}
+
 #if VEK_LEVEL == 0
 
 void predict(const int16_t* a, const int16_t* mantissa, const int16_t* factor, int16_t* x, int64_t* out) {
@@ -390,6 +486,7 @@ int nearest(const int16_t* book, int n, const int16_t* pn, int shift, const int1
 
 } // namespace
 
-VEK_KERNEL_TABLE(G728Kernels, g728Kernels) = {predict, reflect, energies, nearest};
+VEK_KERNEL_TABLE(G728Kernels, g728Kernels) = {normalise,    predict, recur,    poleZero, poleZeroWide,
+                                              poleZeroRest, reflect, energies, nearest};
 
 } // namespace vek
