@@ -390,14 +390,14 @@ TEST(VekG728Levinson, FormatGivesWayToLargeCoefficients) {
 
 TEST(VekG728Levinson, WhatIsNoAutocorrelationLeavesTheFilterAlone) {
     const Samples cases[] = {
-        Samples(11),                                               // silence
-        {20000, 20001, 0, 0, 0, 0, 0, 0, 0, 0, 0},                 // beyond the first
-        {20000, 20000, 0, 0, 0, 0, 0, 0, 0, 0, 0},                 // reflection of 1
-        {20000, 0, -20000, 0, 0, 0, 0, 0, 0, 0, 0},                // and later
-        {32767, -32768, 0, 0, 0, 0, 0, 0, 0, 0, 0},                //
-        {-5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},                        // negative energy
-        {30000, 15000, -15000, 0, 0, 0, 0, 0, 0, 0, 0},            // |k| above 1 at the second step
-        ofReflections({-0.95, 0.95, -0.95, 0.9, -0.8, 0.5, 0}, 10) // coefficients beyond 4
+        Samples(11),                                    // silence
+        {20000, 20001, 0, 0, 0, 0, 0, 0, 0, 0, 0},      // beyond the first
+        {20000, 20000, 0, 0, 0, 0, 0, 0, 0, 0, 0},      // reflection of 1
+        {20000, 0, -20000, 0, 0, 0, 0, 0, 0, 0, 0},     // and later
+        {32767, -32768, 0, 0, 0, 0, 0, 0, 0, 0, 0},     //
+        {-5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},             // negative energy
+        {30000, 15000, -15000, 0, 0, 0, 0, 0, 0, 0, 0}, // |k| above 1 at the second step
+        ofReflections({-0.8, 0.8, -0.8, 0.8, -0.8}, 10) // coefficients beyond 4
     };
     for (const Samples& r : cases) {
         Samples a(10, 5);
@@ -411,6 +411,18 @@ TEST(VekG728Levinson, WhatIsNoAutocorrelationLeavesTheFilterAlone) {
         EXPECT_EQ(left, 70000);
         EXPECT_EQ(scale, 14);
     }
+}
+
+TEST(VekG728Levinson, CoefficientsBeyondFourAreRefused) {
+    const Samples r = ofReflections({-0.8, 0.8, -0.8, 0.8, -0.8}, 5); // the second one comes to 5.6
+    Samples a(5, 5);
+    int16_t first = 6;
+    int32_t left = 70000;
+    int16_t scale = 14;
+    EXPECT_EQ(vekStsUnstableFilter, veksLevinsonDurbin_G728_16s_Sfs(r.data(), 5, a.data(), &first, &left, &scale));
+    EXPECT_EQ(a, Samples(5, 5));
+    EXPECT_EQ(vekStsNoErr, veksLevinsonDurbin_G728_16s_Sfs(r.data(), 4, a.data(), &first, &left, &scale));
+    EXPECT_EQ(scale, 13);
 }
 
 TEST(VekG728Levinson, WhiteNoiseNeedsNoFilter) {

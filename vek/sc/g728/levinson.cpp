@@ -79,18 +79,13 @@ bool step(Recursion& now, const Vek16s* r) {
     now.energy -= static_cast<Vek32s>(lost);
     now.first = m == 0 ? reflection : now.first;
     now.order = m + 1;
-    return now.energy > 0;
+    return true;
 }
 
-// Values that can be an autocorrelation, with zeros behind.
-bool take(const Vek16s* pSrcAutoCorr, int order, Vek16s* r) {
+// With zeros behind.
+void take(const Vek16s* pSrcAutoCorr, int order, Vek16s* r) {
     std::memcpy(r, pSrcAutoCorr, static_cast<size_t>(order + 1) * sizeof(Vek16s));
     std::memset(r + order + 1, 0, static_cast<size_t>(kSpan + kBehind - order - 1) * sizeof(Vek16s));
-    bool sound = r[0] > 0;
-    for (int k = 1; k <= order; ++k) {
-        sound = sound && r[k] <= r[0] && r[k] >= -r[0];
-    }
-    return sound;
 }
 
 bool recurse(Recursion& now, const Vek16s* r, int order) {
@@ -114,9 +109,7 @@ VekStatus veksLevinsonDurbin_G728_16s_Sfs(const Vek16s* pSrcAutoCorr, int order,
     }
     Vek16s r[kSpan + kBehind];
     Recursion now;
-    if (!take(pSrcAutoCorr, order, r)) {
-        return vekStsUnstableFilter;
-    }
+    take(pSrcAutoCorr, order, r);
     now.energy = r[0] * 65536;
     if (!recurse(now, r, order)) {
         return vekStsUnstableFilter;
@@ -143,9 +136,7 @@ VekStatus veksLevinsonDurbin_G728_16s_ISfs(const Vek16s* pSrcAutoCorr, int numSr
     }
     Vek16s r[kSpan + kBehind];
     Recursion now;
-    if (!take(pSrcAutoCorr, order, r)) {
-        return vekStsUnstableFilter;
-    }
+    take(pSrcAutoCorr, order, r);
     now.energy = r[0] * 65536;
     if (numSrcLPC > 0) {
         now.order = numSrcLPC;
