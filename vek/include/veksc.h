@@ -13,6 +13,7 @@
 #include "veksc_filter.h"
 #include "veksc_g722.h"
 #include "veksc_g723.h"
+#include "veksc_g728.h"
 #include "veksc_g729.h"
 #include "veksc_g729code.h"
 #include "veksc_g729lp.h"

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/hybridwindow.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/floatcorr.h"
@@ -23,35 +24,8 @@ constexpr int kSpan = kOrder + kFrame + kNewest;
 constexpr Vek16s kKept = 10368; // (3/4)^4, Q15, exact
 constexpr int kFormat = 15;
 
-using Window = std::array<double, kSpan>;
-
-// sin(c (m - n)) meets b alpha^(m-36-n) at 36 samples from the end with the same value and the same slope:
-// c / tan(36 c) = ln(alpha).
-const Window g_window = [] {
-    const double logAlpha = std::log(0.75) / 40;
-    double low = 1.5708 / (kNewest + 1);
-    double high = 3.1415 / (kNewest + 1);
-    for (int i = 0; i < 60; ++i) {
-        const double c = (low + high) / 2;
-        (c / std::tan((kNewest + 1) * c) > logAlpha ? low : high) = c;
-    }
-    Window w{};
-    for (int n = 0; n < kSpan; ++n) {
-        const int age = kSpan - n;
-        w[static_cast<size_t>(n)] = age <= kNewest
-                                        ? std::sin(low * age)
-                                        : std::sin(low * (kNewest + 1)) * std::exp(logAlpha * (age - kNewest - 1));
-    }
-    return w;
-}();
-
-const std::array<Vek16s, kSpan> g_fixedWindow = [] {
-    std::array<Vek16s, kSpan> w{};
-    for (size_t n = 0; n < w.size(); ++n) {
-        w[n] = fix::sat16(static_cast<int32_t>(std::lround(32768 * g_window[n])));
-    }
-    return w;
-}();
+const std::array<double, kSpan> g_window = hybridWindow<kSpan>(kNewest, std::log(0.75) / 40);
+const std::array<Vek16s, kSpan> g_fixedWindow = rounded(g_window);
 
 const std::array<Vek32f, kSpan> g_floatWindow = [] {
     std::array<Vek32f, kSpan> w{};

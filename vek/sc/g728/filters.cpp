@@ -1,0 +1,93 @@
+// Filters on samples of one format: the perceptual weighting filter and the inverse filter of the postfilter's
+// adaptation.
+#include <algorithm>
+#include <cstring>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/g728/adapter.h"
+#include "sc/g728/state.h"
+#include "sc/kernels/g728.h"
+#include "veksc_g728.h"
+
+using namespace vek;
+using namespace vek::g728;
+
+namespace {
+
+// The ten samples before, in the order of time.
+struct Weighting {
+    Vek16s in[kShortOrder] = {};
+    Vek16s out[kShortOrder] = {};
+
+    // n samples, up to five.
+    void filter(const Vek16s* coeffs, const Vek16s* src, int n, Vek16s* dst) {
+        Vek16s x[kShortOrder + kVector] = {};
+        Vek16s y[kShortOrder + kVector];
+        std::memcpy(x, in, sizeof in);
+        std::copy_n(src, n, x + kShortOrder);
+        std::memcpy(y, out, sizeof out);
+        g728Kernels().poleZero(coeffs, x, y);
+        std::copy_n(y + kShortOrder, n, dst);
+        std::copy_n(x + n, kShortOrder, in);
+        std::copy_n(y + n, kShortOrder, out);
+    }
+};
+using IIRState = Marked<Weighting, 0x57494752>;
+
+} // namespace
+
+VekStatus veksIIR16sGetStateSize_G728_16s(int* pSize) {
+    return IIRState::size(pSize);
+}
+
+VekStatus veksIIR16sInit_G728_16s(VeksIIRState_G728* pMem) {
+    return IIRState::init(pMem);
+}
+
+VekStatus veksIIR16s_G728_16s(const Vek16s* pCoeffs, const Vek16s* pSrc, Vek16s* pDstWgtSpeech, int len,
+                              VeksIIRState_G728* pMem) {
+    if (anyNull(pCoeffs, pSrc) || pDstWgtSpeech == nullptr || pMem == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    IIRState state;
+    if (!state.take(pMem)) {
+        return vekStsStateErr;
+    }
+    for (int from = 0; from < len; from += kVector) {
+        if (len - from >= kVector) {
+            state.content.filter(pCoeffs, pSrc + from, kVector, pDstWgtSpeech + from); // a known count is faster
+        } else {
+            state.content.filter(pCoeffs, pSrc + from, len - from, pDstWgtSpeech + from);
+        }
+    }
+    state.give(pMem);
+    return vekStsNoErr;
+}
+
+VekStatus veksLPCInverseFilter_G728_16s(const Vek16s* pSrc, const Vek16s* pCoeffs, Vek16s* pDst,
+                                        VeksPostFilterAdapterState_G728* pMem) {
+    if (anyNull(pSrc, pCoeffs) || pDst == nullptr || pMem == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    AdapterState state;
+    if (!state.take(pMem)) {
+        return vekStsStateErr;
+    }
+    Vek16s x[kShortOrder + kVector];
+    std::memcpy(x, state.content.speech, sizeof state.content.speech);
+    std::memcpy(x + kShortOrder, pSrc, kVector * sizeof(Vek16s));
+    for (int k = 0; k < kVector; ++k) {
+        int64_t sum = (int64_t{x[kShortOrder + k]} << 13) + (1 << 12);
+        for (int i = 0; i < kShortOrder; ++i) {
+            sum += pCoeffs[i] * x[kShortOrder - 1 + k - i];
+        }
+        pDst[k] = fix::sat16_64(sum >> 13);
+    }
+    std::memcpy(state.content.speech, x + kVector, sizeof state.content.speech);
+    state.give(pMem);
+    return vekStsNoErr;
+}

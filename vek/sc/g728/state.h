@@ -1,0 +1,40 @@
+// States in memory of the caller: the size, the start, and the copies in and out, as the address need not be aligned.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "vekdefs.h"
+
+namespace vek::g728 {
+
+/// A state with the mark of its kind, which tells memory that has had its start.
+template <class Content, uint32_t kind>
+struct Marked {
+    uint32_t mark = kind;
+    Content content;
+
+    static VekStatus size(int* pSize) {
+        if (pSize == nullptr) {
+            return vekStsNullPtrErr;
+        }
+        *pSize = static_cast<int>(sizeof(Marked));
+        return vekStsNoErr;
+    }
+    static VekStatus init(void* memory, const Content& content = {}) {
+        if (memory == nullptr) {
+            return vekStsNullPtrErr;
+        }
+        Marked fresh;
+        fresh.content = content;
+        std::memcpy(memory, &fresh, sizeof fresh);
+        return vekStsNoErr;
+    }
+    bool take(const void* memory) {
+        std::memcpy(static_cast<void*>(this), memory, sizeof *this);
+        return mark == kind;
+    }
+    void give(void* memory) const { std::memcpy(memory, this, sizeof *this); }
+};
+
+} // namespace vek::g728

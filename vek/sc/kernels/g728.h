@@ -1,0 +1,48 @@
+// Kernels of G.728: the prediction of a vector over 50 samples, a step of Levinson's recursion, and the search of the
+// shape codebook.
+#pragma once
+
+#include <cstdint>
+
+#include "sc/kernels/kernels.h"
+
+namespace vek {
+
+// Elements of the vectors of `predict` and `reflect`; those behind the data are zero.
+constexpr int kPredictSpan = 64;
+constexpr int kPredictCoeffs = kPredictSpan + 16;
+
+// Left shifts that a mantissa of 14 bits can have at most.
+constexpr int kG728MostShifts = 15;
+
+struct G728Kernels {
+    // Five values in the order of time with q fraction bits as mantissas of 14 bits and a sign, newest first, with as
+    // many left shifts as fit, which are returned.
+    int (*normalise)(const int64_t* v, int q, int16_t* mantissa);
+    // x[m] = mantissa[m] * factor[m], Q14, rounded; out[k] = sum of a[k+m] * x[m], m = 0..49, k = 0..4, exact. a has
+    // kPredictCoeffs elements, the others kPredictSpan; mantissas are below 2^14, and a is zero from 50 on.
+    void (*predict)(const int16_t* a, const int16_t* mantissa, const int16_t* factor, int16_t* x, int64_t* out);
+    // y[k] = y[k] - sum of a[i] * y[k-1-i], i < k, in Q14, rounded, within the limit; k = 0..4, in Q14 more at the
+    // start.
+    void (*recur)(const int16_t* a, int64_t* y, int64_t limit);
+    // Ten zeros and then ten poles, Q14, of a weighting filter: y[10..14] from x[0..14] and y[0..9], rounded, in 16
+    // bits with saturation or within a limit; and from rest, where only x[0..4] and y[0..4] are.
+    void (*poleZero)(const int16_t* c, const int16_t* x, int16_t* y);
+    void (*poleZeroWide)(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit);
+    void (*poleZeroRest)(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit);
+    // aOut[i] = a[i] + mult_r(k, back[i]) and backOut[i] = back[i] + mult_r(k, a[i]) for the first m elements, whole
+    // groups of 16 being written; false if a sum needed more than 16 bits. k is above -32768.
+    bool (*reflect)(const int16_t* a, const int16_t* back, int m, int16_t k, int16_t* aOut, int16_t* backOut);
+    // Energies in Q5 of n shapes (a multiple of 8) through the impulse response h, 5 samples, Q13. A shape book holds
+    // for all shapes the first two samples in turn, then the next two, then the last one and 0.
+    void (*energies)(const int16_t* book, int n, const int16_t* h, int16_t* energy);
+    // First of the n shapes with, at one of the levels, the least energy * gains[2 * level] + |p| * gains[2 * level +
+    // 1], where p = sum of pn[k] * y[k] / 2^shift, rounded and saturated; negative energies are 0. *level receives the
+    // first of the best levels, *negative whether p is negative.
+    int (*nearest)(const int16_t* book, int n, const int16_t* pn, int shift, const int16_t* energy,
+                   const int16_t* gains, int levels, int* level, bool* negative);
+};
+
+VEK_KERNEL_PICK(G728Kernels, g728Kernels)
+
+} // namespace vek

@@ -1,0 +1,111 @@
+// Filters of G.728: weighting, synthesis, and both in cascade.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc;
+vkVector pCoeff;
+vkVector pDst;
+vkVector pDstWgtSpeech;
+vkVector pSrcDstExc;
+krStepIterator<int> excSfs;
+krStepIterator<int> len;
+vkcGrid grid;
+int dataSize;
+VeksIIRState_G728* pMemIIR;
+VeksSynthesisFilterState_G728* pMemSynt;
+VeksCombinedFilterState_G728* pMem;
+Vek16s speechSfs;
+Vek16s* const pSpeechSfs = &speechSfs;
+
+constexpr int vectorLength = 5;
+constexpr int weights = 20;
+
+class TimFlt728 : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return m_iir ? len.value() : vectorLength; }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool createState();
+
+    bool m_iir = false;
+    bool m_synthesis = false;
+};
+
+bool TimFlt728::canStart() {
+    m_iir = m_func.contains("IIR16s");
+    m_synthesis = m_func.contains("SyntesisFilter");
+    vkcRebuild(len, "Lengt").setList({m_iir ? 5 : 50});
+    if (m_synthesis || m_func.contains("ZeroState")) {
+        vkcRebuild(excSfs, "excSfs").set(0, 15, 5, '+');
+        grid.begin({&excSfs, &len});
+    } else {
+        vkcFix(excSfs, 1);
+        grid.begin({&len});
+    }
+    for (vkVector* vector : {&pSrc, &pCoeff, &pDst, &pDstWgtSpeech, &pSrcDstExc}) {
+        vector->init(m_func, vkArg::src);
+    }
+    const VekStatus status = m_iir         ? veksIIR16sGetStateSize_G728_16s(&dataSize)
+                             : m_synthesis ? veksSynthesisFilterGetStateSize_G728_16s(&dataSize)
+                                           : veksCombinedFilterGetStateSize_G728_16s(&dataSize);
+    return status == vekStsNoErr;
+}
+
+bool TimFlt728::createState() {
+    Vek8u* memory = veksMalloc_8u(dataSize);
+    if (memory == nullptr) {
+        return false;
+    }
+    if (m_iir) {
+        pMemIIR = reinterpret_cast<VeksIIRState_G728*>(memory);
+        return veksIIR16sInit_G728_16s(pMemIIR) == vekStsNoErr;
+    }
+    if (m_synthesis) {
+        pMemSynt = reinterpret_cast<VeksSynthesisFilterState_G728*>(memory);
+        return veksSynthesisFilterInit_G728_16s(pMemSynt) == vekStsNoErr;
+    }
+    pMem = reinterpret_cast<VeksCombinedFilterState_G728*>(memory);
+    return veksCombinedFilterInit_G728_16s(pMem) == vekStsNoErr;
+}
+
+bool TimFlt728::canContinue() {
+    return grid.next(m_isFirst) && createState() && pSrc.createVector(len.value(), setRand, -2048, 2048) &&
+           pCoeff.createVector(weights, setRand, -2048, 2048) && pDst.createVector(vectorLength, setZero, 0, 0) &&
+           pDstWgtSpeech.createVector(len.value(), setZero, 0, 0) &&
+           pSrcDstExc.createVector(vectorLength, setRand, -256, 256);
+}
+
+void TimFlt728::flushData() {
+    veksFree(pMemIIR);
+    pMemIIR = nullptr;
+    veksFree(pMemSynt);
+    pMemSynt = nullptr;
+    veksFree(pMem);
+    pMem = nullptr;
+    for (vkVector* vector : {&pSrcDstExc, &pDstWgtSpeech, &pDst, &pCoeff, &pSrc}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(TimFlt728, veksIIR16s_G728_16s,
+       veksIIR16s_G728_16s(pCoeff.m_16s, pSrc.m_16s, pDstWgtSpeech.m_16s, len.value(), pMemIIR))
+VK_REG(TimFlt728, veksSyntesisFilterZeroInput_G728_16s,
+       veksSyntesisFilterZeroInput_G728_16s(pSrc.m_16s, pSrcDstExc.m_16s, excSfs.value(), pDst.m_16s, pSpeechSfs,
+                                            pMemSynt))
+VK_REG(TimFlt728, veksCombinedFilterZeroState_G728_16s,
+       veksCombinedFilterZeroState_G728_16s(pSrc.m_16s, pCoeff.m_16s, pSrcDstExc.m_16s, excSfs.value(), pDst.m_16s,
+                                            pSpeechSfs, pMem))
+VK_REG(TimFlt728, veksCombinedFilterZeroInput_G728_16s,
+       veksCombinedFilterZeroInput_G728_16s(pSrc.m_16s, pCoeff.m_16s, pDst.m_16s, pMem))

@@ -1,0 +1,112 @@
+// Levinson-Durbin recursion of G.728, from the start and from a lower order on.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcAutoCorr;
+vkVector pSrcDstLPC;
+vkVector pTmp;
+vkVector pDstLPC;
+krStepIterator<int> order;
+krStepIterator<int> numSrcLPC;
+vkcGrid grid;
+int dataSize;
+Vek32s pSrcDstResidualEnergy;
+Vek16s pSrcDstScaleFactor;
+Vek16s rc1;
+Vek32s residualEnergy;
+Vek16s scaleFactor;
+Vek16s* const pDstRC1 = &rc1;
+Vek32s* const pDstResidualEnergy = &residualEnergy;
+Vek16s* const pDstScaleFactor = &scaleFactor;
+
+constexpr int longest = 50;
+// The filter that the recursion goes on from: its format, and the energy that it leaves.
+constexpr Vek16s startScale = 13;
+constexpr Vek32s startEnergy = 1600000000;
+
+// Autocorrelation of one signal: the near lags, and those behind.
+constexpr int near = 20;
+constexpr Vek16s nearLags[near] = {32767, 6018, 13206, 4220, -49,  8185, -1266, 12688, 6487,  9780,
+                                   10661, 9493, 8371,  8405, 6945, 1946, 6718,  -1598, 13810, 8424};
+constexpr int far = 31;
+constexpr Vek16s farLags[far] = {16996, 21861, 1120, 13659, -3303, 10508, 2642,  5292, 14268, 3477, 11541,
+                                 6129,  8540,  7688, 7231,  6875,  5455,  5454,  5703, 13622, 8028, 16937,
+                                 8091,  5074,  7034, 1726,  13925, 857,   13499, 7706, 5083};
+constexpr Vek16s filter[longest] = {1969, -3869, -363, 1139, 211, 1028, 380,  -1465, -877, -527, 296, 686, 321,
+                                    -306, -522,  -177, 289,  388, 80,   -258, -280,  -17,  220,  197, -21, -181,
+                                    -133, 41,    145,  86,   -50, -113, -52,  51,    86,   29,   -48, -64, -13,
+                                    43,   46,    2,    -37,  -32, 4,    30,   22,    -7,   -24,  -14};
+
+class TimLp728 : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return order.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual void SetData();
+
+private:
+    bool m_inPlace = false;
+};
+
+bool TimLp728::canStart() {
+    m_inPlace = m_func.inplace();
+    vkcRebuild(order, "order").set(10, 50, 40, '+');
+    if (m_inPlace) {
+        vkcRebuild(numSrcLPC, "numSrcLPC").set(0, 5, 5, '+');
+        grid.begin({&order, &numSrcLPC});
+    } else {
+        vkcFix(numSrcLPC, 1);
+        grid.begin({&order});
+    }
+    for (vkVector* vector : {&pSrcAutoCorr, &pSrcDstLPC, &pTmp, &pDstLPC}) {
+        vector->init(m_func, vkArg::src);
+    }
+    dataSize = pTmp.item(m_func) * longest;
+    return true;
+}
+
+void TimLp728::SetData() {
+    std::memcpy(pSrcAutoCorr.m_16s, nearLags, sizeof nearLags);
+    std::memcpy(pSrcAutoCorr.m_16s + near, farLags, sizeof farLags);
+    if (m_inPlace) {
+        std::memcpy(pTmp.m_16s, filter, sizeof filter);
+    }
+}
+
+bool TimLp728::canContinue() {
+    // The data stand for the longest filter, whatever the order is.
+    if (!grid.next(m_isFirst) || !pSrcAutoCorr.createVector(near + far, setZero, 0, 0)) {
+        return false;
+    }
+    if (m_inPlace ? !pSrcDstLPC.createVector(longest, setZero, 0, 0) || !pTmp.createVector(longest, setZero, 0, 0)
+                  : !pDstLPC.createVector(order.value(), setZero, 0, 0)) {
+        return false;
+    }
+    SetData();
+    return true;
+}
+
+void TimLp728::flushData() {
+    for (vkVector* vector : {&pDstLPC, &pTmp, &pSrcDstLPC, &pSrcAutoCorr}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG_I(TimLp728, veksLevinsonDurbin_G728_16s_ISfs,
+         veksLevinsonDurbin_G728_16s_ISfs(pSrcAutoCorr.m_16s, numSrcLPC.value(), order.value(), pSrcDstLPC.m_16s,
+                                          &pSrcDstResidualEnergy, &pSrcDstScaleFactor),
+         vkcRestore(pSrcDstLPC.m_16s, pTmp.m_16s, dataSize);
+         pSrcDstResidualEnergy = startEnergy; pSrcDstScaleFactor = startScale)
+VK_REG(TimLp728, veksLevinsonDurbin_G728_16s_Sfs,
+       veksLevinsonDurbin_G728_16s_Sfs(pSrcAutoCorr.m_16s, order.value(), pDstLPC.m_16s, pDstRC1, pDstResidualEnergy,
+                                       pDstScaleFactor))
