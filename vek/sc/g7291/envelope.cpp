@@ -1,0 +1,86 @@
+// Envelopes of the upper band in time and frequency.
+#include "sc/g7291/envelope.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+#include "sc/common/signal_check.h"
+#include "sc/kernels/corr.h"
+#include "sc/kernels/transform.h"
+#include "veksc_g7291bwe.h"
+
+using namespace vek;
+using namespace vek::g7291;
+
+namespace {
+
+// The rising half of a raised cosine of 144 and the falling half of one of 112, Q15.
+const std::array<int16_t, kAnalysis> g_window = [] {
+    constexpr int rise = 72;
+    std::array<int16_t, kAnalysis> w{};
+    for (int n = 0; n < kAnalysis; ++n) {
+        const double turn = n < rise ? n / 143.0 : (n - 16) / 111.0;
+        const double v = (1 - std::cos(2 * std::numbers::pi * turn)) / 2;
+        w[static_cast<size_t>(n)] = fix::sat16(static_cast<int32_t>(std::lround(32768 * v)));
+    }
+    return w;
+}();
+
+} // namespace
+
+int32_t vek::g7291::timeEnvelope(const int16_t* x) {
+    const int64_t energy = corrKernels().dot16(x, x, kSegment);
+    return energy > 0 ? halfLog(energy) : 0;
+}
+
+void vek::g7291::frequencyEnvelope(const int16_t* x, int16_t* envelope) {
+    const CorrKernels& kernels = corrKernels();
+    const auto used = static_cast<int16_t>(kernels.usedBits16(x, kAnalysis));
+    const int shift = used > 0 ? fix::norm_s(used) : 15;
+    alignas(32) int16_t spectrum[kAnalysis];
+    kernels.shift16(x, spectrum, kAnalysis, shift);
+    kernels.window16(spectrum, g_window.data(), spectrum, kAnalysis);
+    transformKernels().fft128(spectrum);
+    // The sums of 64 points at every line are those of 128 at every other one.
+    const auto power = [&](int line) {
+        const int32_t re = spectrum[4 * line];
+        const int32_t im = line > 0 ? spectrum[4 * line + 1] : 0;
+        return int64_t{re} * re + int64_t{im} * im;
+    };
+    // The transform divides by 2^7; the doubled sum takes half of a unit.
+    const int offset = (7 - shift) * kEnvelopeOne - kEnvelopeOne / 2;
+    int64_t left = power(0);
+    for (int j = 0; j < kBands; ++j) {
+        const int64_t right = power(2 * j + 2);
+        const int64_t sum = left + 2 * power(2 * j + 1) + right;
+        const int32_t value = sum > 0 ? halfLog(sum) + offset : 0;
+        envelope[j] = static_cast<int16_t>(std::max(value, 0));
+        left = right;
+    }
+}
+
+VekStatus veksEnvelopTime_G7291_16s(const Vek16s* pSrc, int nls, Vek16s* pDstTimeEnvelope, int len) {
+    if (anyNull(pSrc, pDstTimeEnvelope)) {
+        return vekStsNullPtrErr;
+    }
+    if (len < 1 || len > kSegments) {
+        return vekStsSizeErr;
+    }
+    if (nls < 0 || nls > 15) {
+        return vekStsRangeErr;
+    }
+    for (int i = 0; i < len; ++i) {
+        pDstTimeEnvelope[i] = static_cast<Vek16s>(timeEnvelope(pSrc + kSegment * i) - nls * kEnvelopeOne);
+    }
+    return vekStsNoErr;
+}
+
+VekStatus veksEnvelopFrequency_G7291_16s(const Vek16s* pSrc, Vek16s* pDstFreqEnvelope) {
+    if (anyNull(pSrc, pDstFreqEnvelope)) {
+        return vekStsNullPtrErr;
+    }
+    frequencyEnvelope(pSrc, pDstFreqEnvelope);
+    return vekStsNoErr;
+}

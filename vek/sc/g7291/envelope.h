@@ -1,0 +1,55 @@
+// What the functions of the band extension share: sizes, and logarithms and powers of envelopes in Q10.
+#pragma once
+
+#include <cstdint>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/logarithm.h"
+
+namespace vek::g7291 {
+
+constexpr int kFrame = 160;
+constexpr int kSegment = 10;
+constexpr int kSegments = kFrame / kSegment;
+constexpr int kHalfSegments = kSegments / 2;
+constexpr int kBands = 12;
+constexpr int kAnalysis = 128; // samples of a frequency envelope
+constexpr int kEnvelopeOne = 1024;
+constexpr int kEnvelopeBits = 10;
+
+// log2(x), Q15, for x > 0.
+inline int32_t log2Q15(int32_t x) {
+    int16_t exponent = 0;
+    int16_t fraction = 0;
+    fix::Log2(x, exponent, fraction);
+    return exponent * 32768 + fraction;
+}
+
+// 1/2 log2(energy), Q10, for energy > 0.
+inline int32_t halfLog(int64_t energy) {
+    const int excess = 32 - fix::norm_64(energy);
+    const int shift = excess > 0 ? excess : 0;
+    return (log2Q15(static_cast<int32_t>(energy >> shift)) + shift * 32768 + 32) >> 6;
+}
+
+// 2^(x + bits), rounded, for an x in Q10 that keeps it within 2^30.
+inline int32_t power(int32_t x, int bits) {
+    return fix::Pow2((x >> kEnvelopeBits) + bits, static_cast<int16_t>((x & (kEnvelopeOne - 1)) << 5));
+}
+
+// Root of x, rounded, by logarithm and power.
+inline int32_t root(int32_t x) {
+    if (x <= 0) {
+        return 0;
+    }
+    const int32_t half = log2Q15(x) >> 1;
+    return fix::Pow2(half >> 15, static_cast<int16_t>(half & 0x7fff));
+}
+
+// Time envelope value of a segment; 0 for one of zeros.
+int32_t timeEnvelope(const int16_t* x);
+
+// Frequency envelope of kAnalysis samples, kBands values, not below 0.
+void frequencyEnvelope(const int16_t* x, int16_t* envelope);
+
+} // namespace vek::g7291

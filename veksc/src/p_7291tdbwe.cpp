@@ -1,0 +1,151 @@
+// Time-domain band extension of G.729.1: envelopes, their quantiser, and the synthesis of the upper band.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcDst;
+vkVector pCdbkIndices;
+vkVector pIntPitchLag;
+vkVector pFracPitchLag;
+vkVector pLtpPower;
+vkVector pFixPower;
+vkVector pDst;
+vkVector pSrcTimeEnvelope;
+vkVector pMem;
+vkVector pSrc;
+vkVector pSrcFreqEnvelope;
+vkVector pFilterCoeffs;
+vkVector pDstFreqEnvelope;
+vkVector pDstTimeEnvelope;
+krStepIterator<int> len;
+krStepIterator<int> nls;
+vkcGrid grid;
+Vek16s pGain;
+Vek16s pNorm;
+Vek16s* pMemory;
+int dataSize;
+
+// Bytes of pSrc before the frame that shaping by the frequency envelope looks back at.
+constexpr int history = 96;
+
+class Tim7291TDBWE : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool m_quant = false;
+    bool m_excitation = false;
+    bool m_compress = false;
+    bool m_shapeFreq = false;
+    bool m_shapeTime = false;
+    bool m_envelopFreq = false;
+};
+
+bool Tim7291TDBWE::canStart() {
+    m_quant = m_func.contains("veksQuantParam_G7291_16s");
+    m_excitation = m_func.contains("veksGenerateExcitation_G7291_16s");
+    m_compress = m_func.contains("veksCompressEnvelopTime_G7291_16s");
+    m_shapeFreq = m_func.contains("veksShapeEnvelopFrequency_G7291_16s");
+    m_shapeTime = m_func.contains("veksShapeEnvelopTime_G7291_16s");
+    m_envelopFreq = m_func.contains("veksEnvelopFrequency_G7291_16s");
+    vkcRebuild(len, "len");
+    vkcFix(nls, 0);
+    if (m_quant) {
+        len.set(6, 6, 1, '+');
+    } else if (m_excitation || m_compress || m_shapeFreq) {
+        len.set(160, 160, 1, '+');
+    } else if (m_shapeTime) {
+        len.set(80, 80, 1, '+');
+    } else if (m_envelopFreq) {
+        len.set(12, 12, 1, '+');
+    } else {
+        len.set(8, 16, 8, '+');
+        vkcRebuild(nls, "nls").set(0, 12, 12, '+');
+    }
+    grid.begin({&len, &nls});
+    for (vkVector* vector : {&pSrcDst, &pCdbkIndices, &pIntPitchLag, &pFracPitchLag, &pDst, &pSrcTimeEnvelope, &pMem,
+                             &pSrc, &pSrcFreqEnvelope, &pFilterCoeffs, &pDstFreqEnvelope, &pDstTimeEnvelope}) {
+        vector->init(m_func, vkArg::src);
+    }
+    // Energies of a subframe take 32 bits.
+    pLtpPower.init(vk32s);
+    pFixPower.init(vk32s);
+    return true;
+}
+
+bool Tim7291TDBWE::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    if (m_quant) {
+        return pSrcDst.createVector(28, setRand, -2048, 2048) && pCdbkIndices.createVector(6, setZero, 0, 0);
+    }
+    if (m_excitation) {
+        if (!pIntPitchLag.createVector(4, setRand, 0, 144) || !pFracPitchLag.createVector(4, setRand, 0, 1) ||
+            !pLtpPower.createVector(4, setRand, -2048, 2048) || !pFixPower.createVector(4, setRand, -2048, 2048) ||
+            !pDst.createVector(len.value(), setZero, 0, 0) ||
+            veksGenerateExcitationGetStateSize_G7291_16s(&dataSize) != vekStsNoErr) {
+            return false;
+        }
+        pMemory = veksMalloc_16s(dataSize);
+        return pMemory != nullptr && veksGenerateExcitationInit_G7291_16s(pMemory) == vekStsNoErr;
+    }
+    if (m_compress) {
+        return pSrcTimeEnvelope.createVector(28, setRand, -1024, 1024) &&
+               pSrcDst.createVector(len.value(), setRand, -1024, 1024) && pMem.createVector(2, setZero, 0, 0);
+    }
+    if (m_shapeFreq) {
+        return pSrc.createVector(208, setRand, -512, 512) && pSrcFreqEnvelope.createVector(12, setRand, -1024, 1024) &&
+               pDst.createVector(len.value(), setZero, 0, 0) && pFilterCoeffs.createVector(33, setZero, 0, 0) &&
+               pMem.createVector(32, setZero, 0, 0);
+    }
+    if (m_shapeTime) {
+        pGain = 0;
+        pNorm = 0;
+        return pSrc.createVector(80, setRand, -1024, 1024) && pSrcTimeEnvelope.createVector(8, setRand, -1024, 1024) &&
+               pDst.createVector(len.value(), setZero, 0, 0);
+    }
+    if (m_envelopFreq) {
+        return pSrc.createVector(128, setRand, -2048, 2048) &&
+               pDstFreqEnvelope.createVector(len.value(), setZero, 0, 0);
+    }
+    // Each value of the envelope is of ten samples.
+    return pSrc.createVector(10 * len.value(), setRand, -2048, 2048) &&
+           pDstTimeEnvelope.createVector(len.value(), setZero, 0, 0);
+}
+
+void Tim7291TDBWE::flushData() {
+    veksFree(pMemory);
+    pMemory = nullptr;
+    for (vkVector* vector :
+         {&pDstTimeEnvelope, &pDstFreqEnvelope, &pFilterCoeffs, &pSrcFreqEnvelope, &pSrc, &pMem, &pSrcTimeEnvelope,
+          &pDst, &pFixPower, &pLtpPower, &pFracPitchLag, &pIntPitchLag, &pCdbkIndices, &pSrcDst}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(Tim7291TDBWE, veksQuantParam_G7291_16s, veksQuantParam_G7291_16s(pSrcDst.m_16s, pCdbkIndices.m_16s))
+VK_REG(Tim7291TDBWE, veksGenerateExcitation_G7291_16s,
+       veksGenerateExcitation_G7291_16s(pIntPitchLag.m_16s, pFracPitchLag.m_16s, pLtpPower.m_32s, pFixPower.m_32s,
+                                        pDst.m_16s, pMemory))
+VK_REG(Tim7291TDBWE, veksCompressEnvelopTime_G7291_16s,
+       veksCompressEnvelopTime_G7291_16s(pSrcTimeEnvelope.m_16s, pSrcDst.m_16s, pMem.m_16s))
+VK_REG(Tim7291TDBWE, veksShapeEnvelopFrequency_G7291_16s,
+       veksShapeEnvelopFrequency_G7291_16s(pSrc.m_16s + history / sizeof(Vek16s), pSrcFreqEnvelope.m_16s, pDst.m_16s,
+                                           pFilterCoeffs.m_16s, pMem.m_16s))
+VK_REG(Tim7291TDBWE, veksShapeEnvelopTime_G7291_16s,
+       veksShapeEnvelopTime_G7291_16s(pSrc.m_16s, pSrcTimeEnvelope.m_16s, &pGain, &pNorm, pDst.m_16s))
+VK_REG(Tim7291TDBWE, veksEnvelopFrequency_G7291_16s, veksEnvelopFrequency_G7291_16s(pSrc.m_16s, pDstFreqEnvelope.m_16s))
+VK_REG(Tim7291TDBWE, veksEnvelopTime_G7291_16s,
+       veksEnvelopTime_G7291_16s(pSrc.m_16s, nls.value(), pDstTimeEnvelope.m_16s, len.value()))
