@@ -60,13 +60,13 @@ bool Tim7291TDBWE::canStart() {
     vkcRebuild(len, "len");
     vkcFix(nls, 0);
     if (m_quant) {
-        len.set(6, 6, 1, '+');
+        len.setList({6});
     } else if (m_excitation || m_compress || m_shapeFreq) {
-        len.set(160, 160, 1, '+');
+        len.setList({160});
     } else if (m_shapeTime) {
-        len.set(80, 80, 1, '+');
+        len.setList({80});
     } else if (m_envelopFreq) {
-        len.set(12, 12, 1, '+');
+        len.setList({12});
     } else {
         len.set(8, 16, 8, '+');
         vkcRebuild(nls, "nls").set(0, 12, 12, '+');
@@ -92,7 +92,7 @@ bool Tim7291TDBWE::canContinue() {
     if (m_excitation) {
         if (!pIntPitchLag.createVector(4, setRand, 0, 144) || !pFracPitchLag.createVector(4, setRand, 0, 1) ||
             !pLtpPower.createVector(4, setRand, -2048, 2048) || !pFixPower.createVector(4, setRand, -2048, 2048) ||
-            !pDst.createVector(len.value(), setZero, 0, 0) ||
+            !pDst.createVector(grid.room(len), setZero, 0, 0) ||
             veksGenerateExcitationGetStateSize_G7291_16s(&dataSize) != vekStsNoErr) {
             return false;
         }
@@ -101,26 +101,26 @@ bool Tim7291TDBWE::canContinue() {
     }
     if (m_compress) {
         return pSrcTimeEnvelope.createVector(28, setRand, -1024, 1024) &&
-               pSrcDst.createVector(len.value(), setRand, -1024, 1024) && pMem.createVector(2, setZero, 0, 0);
+               pSrcDst.createVector(grid.room(len), setRand, -1024, 1024) && pMem.createVector(2, setZero, 0, 0);
     }
     if (m_shapeFreq) {
         return pSrc.createVector(208, setRand, -512, 512) && pSrcFreqEnvelope.createVector(12, setRand, -1024, 1024) &&
-               pDst.createVector(len.value(), setZero, 0, 0) && pFilterCoeffs.createVector(33, setZero, 0, 0) &&
+               pDst.createVector(grid.room(len), setZero, 0, 0) && pFilterCoeffs.createVector(33, setZero, 0, 0) &&
                pMem.createVector(32, setZero, 0, 0);
     }
     if (m_shapeTime) {
         pGain = 0;
         pNorm = 0;
         return pSrc.createVector(80, setRand, -1024, 1024) && pSrcTimeEnvelope.createVector(8, setRand, -1024, 1024) &&
-               pDst.createVector(len.value(), setZero, 0, 0);
+               pDst.createVector(grid.room(len), setZero, 0, 0);
     }
     if (m_envelopFreq) {
         return pSrc.createVector(128, setRand, -2048, 2048) &&
-               pDstFreqEnvelope.createVector(len.value(), setZero, 0, 0);
+               pDstFreqEnvelope.createVector(grid.room(len), setZero, 0, 0);
     }
     // Each value of the envelope is of ten samples.
-    return pSrc.createVector(10 * len.value(), setRand, -2048, 2048) &&
-           pDstTimeEnvelope.createVector(len.value(), setZero, 0, 0);
+    return pSrc.createVector(10 * grid.room(len), setRand, -2048, 2048) &&
+           pDstTimeEnvelope.createVector(grid.room(len), setZero, 0, 0);
 }
 
 void Tim7291TDBWE::flushData() {

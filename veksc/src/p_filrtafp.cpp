@@ -1,6 +1,8 @@
 // Linear prediction and high-pass filter of the real-time audio codec.
 #include "vkc.h"
 
+#include <iterator>
+
 #include <cmath>
 
 namespace {
@@ -65,7 +67,7 @@ bool TimFILT_RTAFP::canStart() {
 }
 
 bool TimFILT_RTAFP::canContinue() {
-    if (!grid.next(m_isFirst)) {
+    if (!grid.next(m_isFirst) || !vkcCounts(step, std::size(stages))) {
         return false;
     }
     // Of order n there are n + 1 autocorrelations and coefficients.

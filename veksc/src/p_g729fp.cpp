@@ -1,6 +1,8 @@
 // Open-loop pitch and kernels of the floating G.729.
 #include "vkc.h"
 
+#include <iterator>
+
 namespace {
 
 vkVector pSrc;
@@ -101,7 +103,7 @@ bool Timg729fp::canStart() {
 }
 
 bool Timg729fp::canContinue() {
-    if (!grid.next(m_isFirst)) {
+    if (!grid.next(m_isFirst) || !vkcCounts(nLag, std::size(lags))) {
         return false;
     }
     lowerLag = lags[nLag.value()][0];

@@ -38,10 +38,8 @@ bool TimHuffenc::canStart() {
 }
 
 bool TimHuffenc::initData() {
-    if (modeCount.value() < 0 || modeCount.value() >= modes) {
-        return false;
-    }
-    if (!pSrcMLTCoeffs.createVector(region, setZero, 0, 0) || !pDstCode.createVector(4, setZero, 0, 0)) {
+    if (!vkcCounts(modeCount, modes) || !pSrcMLTCoeffs.createVector(region, setZero, 0, 0) ||
+        !pDstCode.createVector(4, setZero, 0, 0)) {
         return false;
     }
     std::memcpy(pSrcMLTCoeffs.m_16s, pSrcArr[modeCount.value()], sizeof pSrcArr[0]);

@@ -1,6 +1,8 @@
 // Quantiser of the line spectral pairs of the real-time audio codec.
 #include "vkc.h"
 
+#include <iterator>
+
 namespace {
 
 vkVector pSrcLSP;
@@ -13,6 +15,8 @@ int order;
 VekPCMFrequency freq;
 
 constexpr int complexity = 4;
+
+constexpr int orders[] = {10, 6, 4};
 
 class TimQNTFP_RTA : public prTest {
 public:
@@ -42,7 +46,7 @@ bool TimQNTFP_RTA::canStart() {
 }
 
 bool TimQNTFP_RTA::canContinue() {
-    if (!grid.next(m_isFirst)) {
+    if (!grid.next(m_isFirst) || !vkcCounts(step, std::size(orders))) {
         return false;
     }
     setData();
@@ -51,7 +55,6 @@ bool TimQNTFP_RTA::canContinue() {
 }
 
 void TimQNTFP_RTA::setData() {
-    constexpr int orders[] = {10, 6, 4};
     order = orders[step.value()];
     freq = step.value() == 0 ? VEK_PCM_FREQ_8000 : VEK_PCM_FREQ_16000;
 }

@@ -1,6 +1,8 @@
 // Open-loop pitch of the wide-band codec, and of the extended one, whose lags follow its sampling rate.
 #include "vkc.h"
 
+#include <iterator>
+
 namespace nsTimOLPSWB {
 
 vkVector pSrcWgtSpch;
@@ -111,6 +113,9 @@ bool krTimOLPSWBE::canStart() {
 }
 
 bool krTimOLPSWBE::initData() {
+    if (!vkcCounts(itCntFreqScale, std::size(scaleFreq))) {
+        return false;
+    }
     adaptiveParam = 32767;
     toneFlag = 0;
     // A scale of 0 is the rate of the narrower codec, 96/96.

@@ -1,6 +1,8 @@
 // Measures, gain and high-band frequencies of the extended wide-band codec.
 #include "vkc.h"
 
+#include <iterator>
+
 namespace ns_MiscFuns_wbe {
 
 static vkVector pVector1;
@@ -49,6 +51,9 @@ bool krSNR_wbe::canStart() {
 }
 
 bool krSNR_wbe::initData() {
+    if (!vkcCounts(stepCounter2, std::size(lenSNR) / 2)) {
+        return false;
+    }
     const int size = lenSNR[stepCounter2.value() * 2];
     return pVector1.createVector(size, setValue, 2, 0) && pVector2.createVector(size, setValue, 1, 0);
 }
@@ -73,6 +78,9 @@ bool krGainQuantTCX_wbe::canStart() {
 }
 
 bool krGainQuantTCX_wbe::initData() {
+    if (!vkcCounts(stepCounter2, std::size(lenTCX))) {
+        return false;
+    }
     const int size = lenTCX[stepCounter2.value()];
     return pVector1.createVector(size, setValue, 1, 0) && pVector3.createVector(size, setValue, 1, 0);
 }
@@ -97,7 +105,8 @@ bool krGainDecodeTCX_wbe::canStart() {
 }
 
 bool krGainDecodeTCX_wbe::initData() {
-    return pVector3.createVector(lenTCX[stepCounter2.value()], setValue, 1, 0);
+    return vkcCounts(stepCounter2, std::size(lenTCX)) &&
+           pVector3.createVector(lenTCX[stepCounter2.value()], setValue, 1, 0);
 }
 
 class krISFQuantHighBand_wbe : public prTest {

@@ -1,6 +1,8 @@
 // Lattice quantiser and demultiplexer of the extended wide-band codec's transform coding.
 #include "vkc.h"
 
+#include <iterator>
+
 namespace ns_MuxFuns_wbe {
 
 static vkVector pSrc;
@@ -74,6 +76,9 @@ public:
 };
 
 bool krQntTCX_wbe::initData() {
+    if (!vkcCounts(cntMode, std::size(paramsTCX))) {
+        return false;
+    }
     const int size = paramsTCX[cntMode.value()].len;
     return pSrc.createVector(size, setValue, 0, 0) && pDst.createVector(size, setValue, 1, 0);
 }
@@ -89,7 +94,8 @@ public:
 };
 
 bool krDecMux_wbe::initData() {
-    return pSrc.createVector(paramsMuxer[cntMode.value()][0], setValue, 10, 0) &&
+    return vkcCounts(cntMode, std::size(paramsMuxer)) &&
+           pSrc.createVector(paramsMuxer[cntMode.value()][0], setValue, 10, 0) &&
            pDst.createVector(paramsTCX[cntMode.value()].len, setValue, 1, 0);
 }
 

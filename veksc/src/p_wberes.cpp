@@ -1,6 +1,8 @@
 // Band split, band join and resampling of the extended wide-band codec.
 #include "vkc.h"
 
+#include <iterator>
+
 namespace {
 
 vkVector pSrc1;
@@ -96,7 +98,8 @@ bool krUpDownResample_wbe::canStart() {
 }
 
 bool krUpDownResample_wbe::initData() {
-    return pSrc1.createVector(frame(), setRand, -1, 1) &&
+    return vkcCounts(cntLen, m_down ? std::size(lenSrcDownsample) : std::size(lenDstUpsample)) &&
+           pSrc1.createVector(frame(), setRand, -1, 1) &&
            pDst.createVector(m_down ? lenFrame : frame(), setZero, 0, 0) && pSrcDst.createVector(24, setRand, -1, 1);
 }
 
@@ -127,7 +130,7 @@ bool krBandUpDownResample_wbe::canStart() {
 bool krBandUpDownResample_wbe::initData() {
     fracMem = 0;
     cntSamp = 0;
-    if (!pSrcDst.createVector(72, setRand, -1, 1)) {
+    if (!vkcCounts(cntFS, std::size(scaleFreq)) || !pSrcDst.createVector(72, setRand, -1, 1)) {
         return false;
     }
     if (m_split) {
@@ -220,6 +223,9 @@ protected:
 };
 
 bool krPolyResample_Over_wbe::initData() {
+    if (!vkcCounts(cntFact, std::size(frameSize))) {
+        return false;
+    }
     lenSrcPoly = frameSize[cntFact.value()];
     lenDstPoly = lenSrcPoly * resampBase / resampFactor[cntFact.value()];
     return createVectors(24);
@@ -255,6 +261,9 @@ bool krPolyResample_Decim_wbe::canStart() {
 
 // A frame of the internal rate lasts 80 ms * 96 / scale; whole twelfths of it leave no fraction.
 bool krPolyResample_Decim_wbe::initData() {
+    if (!vkcCounts(cntFact, std::size(frameSize)) || !vkcCounts(cntFS, std::size(scaleFreq)) || cntFS.value() == 0) {
+        return false;
+    }
     const int factor = resampFactor[cntFact.value()];
     const int high = frameSize[cntFact.value()] * resampBase / factor;
     lenSrcPoly = high * 96 / scaleFreq[cntFS.value()] / resampBase * resampBase;

@@ -39,6 +39,11 @@ void vkcFix(krStepIterator<T>& parm, T value) {
     parm.firstValue();
 }
 
+/// Whether a parameter's value counts rows of a table of `rows`; a user may have given another.
+inline bool vkcCounts(const krStepIterator<int>& parm, std::size_t rows) {
+    return parm.value() >= 0 && static_cast<std::size_t>(parm.value()) < rows;
+}
+
 /// The scale factors of a function under the title of its table; silent for a function that is not scaled.
 template <class... Ints>
 vkcScaleIterator& vkcScales(vkcScaleIterator& parm, const krString& title, const vkFunc& func, Ints... values) {
