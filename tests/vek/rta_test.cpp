@@ -4,6 +4,7 @@
 #include "veksc.h"
 
 #include <algorithm>
+#include <cfenv>
 #include <cmath>
 #include <complex>
 #include <cstring>
@@ -577,6 +578,33 @@ TEST(VekRtaPostFilter, SilenceStaysSilentWhateverTheCoefficients) {
                 EXPECT_EQ(x, Floats(160));
             }
         }
+    });
+}
+
+TEST(VekRtaPostFilter, SilenceNeitherFadesForeverNorSwallowsWhatComesAfter) {
+    const Doubles exact = coefficientsOf({0.35, 0.42, 1.5, 1.65});
+    const Floats a(exact.begin(), exact.end());
+    atEveryLevel([&] {
+        std::mt19937 random(15);
+        PostFilter filter;
+        Floats x = noise(random, 160, -1000, 1000);
+        for (int k = 0; k < 40; ++k) {
+            ASSERT_EQ(vekStsNoErr,
+                      veksPostFilter_RTA_32f_I(a.data(), 4, x.data(), 160, 1, filter.memory.data(), filter.state));
+            std::fill(x.begin(), x.end(), 0.0F);
+        }
+        EXPECT_EQ(filter.memory, Floats(51));
+        std::feclearexcept(FE_ALL_EXCEPT);
+        for (int k = 0; k < 100; ++k) {
+            ASSERT_EQ(vekStsNoErr,
+                      veksPostFilter_RTA_32f_I(a.data(), 4, x.data(), 160, 1, filter.memory.data(), filter.state));
+        }
+        EXPECT_EQ(std::fetestexcept(FE_UNDERFLOW), 0);
+        std::fill(x.begin(), x.end(), 1000.0F);
+        ASSERT_EQ(vekStsNoErr,
+                  veksPostFilter_RTA_32f_I(a.data(), 4, x.data(), 40, 1, filter.memory.data(), filter.state));
+        EXPECT_GT(x[0], 9.87F);
+        EXPECT_LT(x[0], 60);
     });
 }
 

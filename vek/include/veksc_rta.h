@@ -83,8 +83,9 @@ VEK_API VekStatus veksFixedCodebookSearchRandom_RTA_32f(const Vek32f* pSrcFixedT
 
 // Short-term post-filter A(z/n) / A(z/d), (n, d) = (0.65, 0.75), (0.55, 0.75), (0.5, 0.8) for apfIdx 1..3, else
 // vekStsBadArgErr; the tilt of its impulse response taken out by half, and the level of each 40 samples brought back as
-// by veksGainControl_G729_32f_I. order 1..17; len a multiple of 40. pSTApfMem holds 51 elements, 0 at the start: the
-// last 17 inputs and the last 17 outputs of the filter; the rest is left alone.
+// by veksGainControl_G729_32f_I, with a gain that silence does not bring below 0.01. order 1..17; len a multiple of 40.
+// pSTApfMem holds 51 elements, 0 at the start: the last 17 inputs and the last 17 outputs of the filter; the rest is
+// left alone.
 typedef struct VeksPostFilterState_RTA_32f VeksPostFilterState_RTA_32f;
 VEK_API VekStatus veksPostFilterGetStateSize_RTA_32f(int* pSize);
 VEK_API VekStatus veksPostFilterInit_RTA_32f(VeksPostFilterState_RTA_32f* pMem);

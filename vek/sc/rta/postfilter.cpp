@@ -18,6 +18,9 @@ constexpr int kBlock = 40;
 constexpr int kChunk = 4 * kBlock;
 constexpr int kResponse = 24;
 constexpr float kTilt = 0.5F;
+// In silence the gain would fall, and the outputs fade, until they are too small for ordinary numbers, which is slow.
+constexpr float kLeastGain = 0.01F;
+constexpr float kDust = 1e-13F;
 constexpr uint32_t kStarted = 0x52544150;
 
 struct State {
@@ -114,10 +117,13 @@ VekStatus veksPostFilter_RTA_32f_I(const Vek32f* pSrcLPC, int order, Vek32f* pSr
         floatCorrKernels().corr32f(f.numerator, x + kMostOrder - order, order + 1, n, y + kMostOrder);
         floatCorrKernels().allPole32f(f.denominator, order, y + kMostOrder, n);
         std::copy_n(x + n, kMostOrder, inputs);
-        std::copy_n(y + n, kMostOrder, outputs);
+        for (int i = 0; i < kMostOrder; ++i) {
+            outputs[i] = (y[n + i] + kDust) - kDust;
+        }
         veksPreemphasize_32f_I(y + kMostOrder, n, &state.emphasis, tilt);
         for (int i = kMostOrder; i < kMostOrder + n; i += kBlock) {
             veksGainControl_G729_32f_I(x + i, y + i, &state.gain);
+            state.gain = std::max(state.gain, kLeastGain);
         }
         std::copy_n(y + kMostOrder, n, pSrcDstSpeech);
         pSrcDstSpeech += n;
