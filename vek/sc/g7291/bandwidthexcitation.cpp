@@ -82,7 +82,7 @@ int32_t distanceOf(int whole, int thirds, int32_t& last) {
     if (last > 0) {
         const int32_t factor = (delay + last / 2) / last;
         const int32_t multiple = factor * last;
-        if (factor > 1 && 10 * std::abs(delay - multiple) < multiple && delay >= factor * (kPhases * kShortest - 2)) {
+        if (10 * std::abs(delay - multiple) < multiple && delay >= factor * (kPhases * kShortest - 2)) {
             delay = (delay + factor / 2) / factor;
         }
         distance = (last + delay + 1) / 2;

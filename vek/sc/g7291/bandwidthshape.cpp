@@ -144,7 +144,7 @@ VekStatus veksShapeEnvelopTime_G7291_16s(const Vek16s* pSrc, const Vek16s* pSrcT
         if (std::any_of(x, x + kSegment, [](Vek16s v) { return v != 0; })) {
             const int32_t change = pSrcTimeEnvelope[i] - level;
             const int whole = change >> kEnvelopeBits;
-            own = {std::min(power(change - whole * kEnvelopeOne, kGainBits), 32767), kGainBits - whole};
+            own = {power(change - whole * kEnvelopeOne, kGainBits), kGainBits - whole};
         }
         // Both gains on the larger one's scale, with 15 bits more.
         const int norm = std::min(own.norm, last.norm);

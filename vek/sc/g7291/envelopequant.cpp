@@ -84,7 +84,7 @@ int16_t quantise(const Book<Rows, Columns>& book, int16_t mean, int16_t* values)
         }
     }
     for (size_t n = 0; n < Columns; ++n) {
-        values[n] = add(mean, book[nearest][n]);
+        values[n] = static_cast<int16_t>(mean + book[nearest][n]);
     }
     return static_cast<int16_t>(nearest);
 }
