@@ -1,0 +1,23 @@
+// The grids of the suites of G.729.1: every test's lines, first and last, and that each call succeeds on the suite's
+// data without leaving memory behind.
+#include "suite_grid.h"
+
+namespace {
+
+const GridCase gridCases[] = {
+    {"veksAdaptiveCodebookSearch_G7291_16s", 9, "40,20,0,-,-,-", "40,100,80,-,-,-", "p_7291pitch", false, 40},
+    {"veksAdaptiveCodebookGain_G7291_16s", 3, "40,0,-,-,-,-", "40,80,-,-,-,-", "p_7291pitch", false, 40},
+};
+
+} // namespace
+
+SUITE_GRIDS(G7291Suites, gridCases)
+
+TEST(G7291SuiteNames, StandInTheColumnsOfTheirValues) {
+    EXPECT_EQ(nameRow("veksAdaptiveCodebookSearch_G7291_16s"), "len,lag,subFrame,-,-,-");
+    EXPECT_EQ(nameRow("veksAdaptiveCodebookGain_G7291_16s"), "len,subFrame,-,-,-,-");
+}
+
+TEST(G7291SuiteNames, TheAdaptiveVectorOfTheDecoderHasNoTest) {
+    EXPECT_EQ(findTest("veksAdaptiveCodebookDecode_G7291_16s_I"), nullptr);
+}
