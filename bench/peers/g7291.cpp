@@ -8,6 +8,11 @@ extern "C" {
 int16_t G_pitch(int mode, int16_t* target, int16_t* filtered, int16_t* products, int16_t n, int* overflow);
 int16_t Pitch_fr(int16_t* lastDelay, int mode, int16_t* open, int16_t* excitation, int16_t* target, int16_t* h,
                  int16_t n, int16_t offset, int16_t* fraction, int16_t* thirds, int16_t* index, int* overflow);
+void fixedCodebookSearch(int16_t* target, int16_t* h, int16_t delay, int16_t sharp, int16_t* adaptive, int16_t gain,
+                         uint16_t* positions, uint16_t* signs, int16_t* code, int16_t* filtered);
+void decodeLSP(int16_t* context, uint16_t* index, int16_t* lsp, uint8_t erased);
+void initDecodeLSP(int16_t* context);
+void agc(int16_t* gain, int16_t* in, int16_t* out, int16_t factor, int16_t n, int* overflow);
 void Convolve(int16_t* x, int16_t* h, int16_t* y, int16_t n);
 }
 
@@ -16,10 +21,20 @@ PEER_ROWS(g7291core) {
     static Vek16s h[40];
     static Vek16s y[40];
     static Vek16s excitation[234];
-    static Vek16s words[2];
+    static Vek16s words[4];
+    static Vek16s code[40];
+    static Vek16s adaptive[40];
+    static Vek16s residual[40];
+    static Vek16s history[40];
+    static Vek16s lsf[10];
+    static int16_t context[4096];
+    static const Vek16s index[4] = {1, 37, 12, 25};
+    initDecodeLSP(context);
     for (int i = 0; i < 40; ++i) {
         x[i] = static_cast<Vek16s>(i * 7919 % 2003 - 1000);
         h[i] = static_cast<Vek16s>((i * 3571 % 4001 - 2000) / (i + 1));
+        residual[i] = static_cast<Vek16s>(i * 5347 % 1601 - 800);
+        history[i] = static_cast<Vek16s>(2340 * (i % 10 + 1));
     }
     h[0] = 4096;
     for (int i = 0; i < 234; ++i) {
@@ -40,9 +55,39 @@ PEER_ROWS(g7291core) {
         [] {
             int16_t open = 60;
             int16_t last = 60;
-            int16_t fraction, thirds, index;
+            int16_t fraction, thirds, place;
             int overflow = 0;
-            Pitch_fr(&last, 4, &open, excitation + 154, x, h, 40, 0, &fraction, &thirds, &index, &overflow);
+            Pitch_fr(&last, 4, &open, excitation + 154, x, h, 40, 0, &fraction, &thirds, &place, &overflow);
+        });
+    const auto theirPulses = [] {
+        uint16_t positions = 0;
+        uint16_t signs = 0;
+        fixedCodebookSearch(x, h, 60, 4096, adaptive, 8192, &positions, &signs, code, y);
+    };
+    peerRow(
+        "veksAlgebraicCodebookSearchL1_G7291_16s", "bcg729 fixedCodebookSearch",
+        [] { veksAlgebraicCodebookSearchL1_G7291_16s(x, residual, adaptive, h, 60, 8192, code, y, words); },
+        theirPulses);
+    peerRow(
+        "veksAlgebraicCodebookSearchL2_G7291_16s", "bcg729 fixedCodebookSearch",
+        [] { veksAlgebraicCodebookSearchL2_G7291_16s(x, residual, h, 8192, code, y, words); }, theirPulses);
+    peerRow(
+        "veksLSFDecode_G7291_16s", "bcg729 decodeLSP", [] { veksLSFDecode_G7291_16s(index, history, lsf); },
+        [] {
+            uint16_t theirs[4] = {1, 37, 12, 25};
+            decodeLSP(context, theirs, lsf, 0);
+        });
+    peerRow(
+        "veksGainControl_G7291_16s_I", "opencore-amrnb agc",
+        [] {
+            static Vek16s gain = 16384;
+            static Vek16s level = 16384;
+            veksGainControl_G7291_16s_I(x, residual, &gain, 410, 1, &level);
+        },
+        [] {
+            static int16_t gain = 4096;
+            int overflow = 0;
+            agc(&gain, x, residual, 29491, 40, &overflow);
         });
 }
 #endif

@@ -5,6 +5,12 @@
 namespace {
 
 const GridCase gridCases[] = {
+    {"veksAlgebraicCodebookSearchL1_G7291_16s", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_7291cdbk", false, 40},
+    {"veksAlgebraicCodebookSearchL2_G7291_16s", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_7291cdbk", false, 40},
+    {"veksLSFDecode_G7291_16s", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_7291gainqnt", false, 10},
+    {"veksGainQuant_G7291_16s", 4, "40,1,-,-,-,-", "40,4,-,-,-,-", "p_7291gainqnt", false, 40},
+    {"veksGainControl_G7291_16s_I", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_7291gainqnt", false, 40},
+    {"veksTiltCompensation_G7291_16s", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_7291gainqnt", false, 40},
     {"veksAdaptiveCodebookSearch_G7291_16s", 9, "40,20,0,-,-,-", "40,100,80,-,-,-", "p_7291pitch", false, 40},
     {"veksAdaptiveCodebookGain_G7291_16s", 3, "40,0,-,-,-,-", "40,80,-,-,-,-", "p_7291pitch", false, 40},
 };
@@ -16,6 +22,8 @@ SUITE_GRIDS(G7291Suites, gridCases)
 TEST(G7291SuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksAdaptiveCodebookSearch_G7291_16s"), "len,lag,subFrame,-,-,-");
     EXPECT_EQ(nameRow("veksAdaptiveCodebookGain_G7291_16s"), "len,subFrame,-,-,-,-");
+    EXPECT_EQ(nameRow("veksGainQuant_G7291_16s"), "len,subFrame,-,-,-,-");
+    EXPECT_EQ(nameRow("veksAlgebraicCodebookSearchL1_G7291_16s"), "len,-,-,-,-,-");
 }
 
 TEST(G7291SuiteNames, TheAdaptiveVectorOfTheDecoderHasNoTest) {

@@ -33,6 +33,62 @@ VEK_API VekStatus veksAdaptiveCodebookGain_G7291_16s(const Vek16s* pSrcAdptTarge
                                                      const Vek16s* pSrcAdptVector, Vek16s* pDstFltAdptVector,
                                                      Vek16s* pResultAdptGain);
 
+// --- core: spectrum, second layer's gain, level and tilt of the post filter ---
+
+// Spectral frequencies of a frame of 10 ms by G.729's quantiser: pQuantIndex are predictor 0..1, first stage 0..127,
+// lower and upper half 0..31. pSrcDstPrevLSF holds the last four code vectors, newest first, 40 elements, and is
+// brought up to date; pSrcDstLSF receives the ten frequencies, Q13. See veksLSFDecode_G729_16s. G.729.1 6.3,
+// G.729 3.2.4.
+VEK_API VekStatus veksLSFDecode_G7291_16s(const Vek16s* pQuantIndex, Vek16s* pSrcDstPrevLSF, Vek16s* pSrcDstLSF);
+
+// Gain of the second layer's code vector, from its target (Q0) and the filtered vector (Q12). It is coded over the gain
+// valSrcQGain of the first layer (Q1, 0 or more), with three bits in the subframes 1 and 3 and two in 2 and 4: the
+// level of least error of valSrcQGain * 2^((k-6)/2), k = 0..7, or 2^((2k-5)/2), k = 0..3, the product rounded and
+// saturated. pDstQGain receives it, Q1, pDstQGainIndex the code k. A vector of zeros takes the lowest. G.729.1 6.8.
+VEK_API VekStatus veksGainQuant_G7291_16s(const Vek16s* pSrcFixedTarget, const Vek16s* pSrcFltFixedVector,
+                                          Vek16s valSrcQGain, Vek16s* pDstQGainIndex, Vek16s* pDstQGain,
+                                          Vek16s subFrame);
+
+// Gain control of a subframe: the post filter's output pSrcDst is brought to the sum of magnitudes of its input pSrc by
+// the gain g[n] = (1 - val) * g[n-1] + val * level. val is Q15, 0 or more; 410 (0.0125) in G.729. *pGain is the gain of
+// the last sample before and after, Q14, 0 or more. The level is the ratio of the sums, Q14, at most 2, where the
+// output has the wide band (NBFlag 0); with the narrow band (NBFlag 1) it moves on with a quarter of the ratio from
+// *pSmoothLevel, the level of the subframe before, which receives it in either case. An output of zeros makes the gain
+// 0 and is left alone. G.729.1 7.3, G.729 4.2.4.
+VEK_API VekStatus veksGainControl_G7291_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s* pGain, Vek16s val,
+                                              Vek16s NBFlag, Vek16s* pSmoothLevel);
+
+// Tilt compensation of the post filter at a given k = val, Q15: y[n] = (x[n] + mu x[n-1]) / (1 - |mu|), mu is 0.2 k for
+// k above 0, else 0.9 k. pSrc[0] is the last input of the subframe before, pSrc[1..40] the subframe, pDst receives 40
+// samples. G.729.1 7.3, G.729 4.2.3.
+VEK_API VekStatus veksTiltCompensation_G7291_16s(const Vek16s* pSrc, Vek16s* pDst, Vek16s val);
+
+// --- core: fixed codebooks ---
+//
+// Four signed pulses of 40 on the tracks of G.729 3.8, 17 bits: pDstCodebookIdx receives the codeword of the positions
+// (13 bits, G.729 3.8.2 eq 62) and that of the signs (4 bits, 1 is positive, eq 61). The pulses have the signs of the
+// correlations of target and response. The search goes from that of Annex A, and from the peaks of correlation and
+// pSrcLtpResidual, each over its root of energy; single pulses are then exchanged as long as the criterion grows
+// (global pulse replacement). Targets and residual Q0, responses Q12. pDstFixedVector receives the code vector (Q13),
+// pDstFltFixedVector its convolution with the response (Q12).
+
+// First layer: pSrcFixedTarget is the target of the pitch search, from which the share of the adaptive codebook is
+// taken: pSrcDstFltAdptVector is its filtered vector and receives pitchGain (Q14, 0..19661) times it. Below a pitchLag
+// (20..143) of 40 response and code vector are sharpened by P(z) = 1 / (1 - b z^-pitchLag), b = pitchGain within
+// 0.2..0.7945; pSrcDstImpulseResponse receives the sharpened response. G.729.1 6.6, G.729 3.8.
+VEK_API VekStatus veksAlgebraicCodebookSearchL1_G7291_16s(const Vek16s* pSrcFixedTarget, const Vek16s* pSrcLtpResidual,
+                                                          Vek16s* pSrcDstFltAdptVector, Vek16s* pSrcDstImpulseResponse,
+                                                          Vek16s pitchLag, Vek16s pitchGain, Vek16s* pDstFixedVector,
+                                                          Vek16s* pDstFltFixedVector, Vek16s* pDstCodebookIdx);
+
+// Second layer, for what the first has left of the target: the pulses go through F(z) = 1 - m z^-1 with
+// m = (1 + voiceFactor) / 4, which takes the more from the low frequencies the more voiced the subframe is; voiceFactor
+// is Q15, -1.0 unvoiced, 1.0 voiced. G.729.1 6.7.
+VEK_API VekStatus veksAlgebraicCodebookSearchL2_G7291_16s(const Vek16s* pSrcFixedTarget, const Vek16s* pSrcLtpResidual,
+                                                          const Vek16s* pSrcImpulseResponse, Vek16s voiceFactor,
+                                                          Vek16s* pDstFixedVector, Vek16s* pDstFltFixedVector,
+                                                          Vek16s* pDstCodebookIdx);
+
 #ifdef __cplusplus
 }
 #endif

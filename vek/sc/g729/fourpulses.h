@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
-#include "sc/common/fixmath.h"
 #include "vekdefs.h"
 
 namespace vek::fourpulses {
@@ -23,14 +23,15 @@ constexpr int pairAt(int t, int u) {
 }
 static_assert(pairAt(0, 1) == 40 && pairAt(0, 4) == 232 && pairAt(1, 2) == 296 && pairAt(2, 4) == 552);
 
-inline int16_t negated(int16_t v) {
-    return fix::negate(v);
-}
-inline int32_t negated(int32_t v) {
-    return fix::L_negate(v);
-}
-inline float negated(float v) {
-    return -v;
+// v, or -v saturated: flip is 0 or -1.
+template <class Element>
+Element flipped(Element v, Element flip) {
+    if constexpr (std::is_same_v<Element, Vek32f>) {
+        return flip < 0 ? -v : v;
+    } else {
+        const Element kept = std::max(v, static_cast<Element>(std::numeric_limits<Element>::min() - flip));
+        return static_cast<Element>((kept ^ flip) - flip);
+    }
 }
 
 // Positions within tracks, three of the tracks 0 to 2 and one of 3 or 4.
@@ -47,11 +48,12 @@ struct Best {
     double square = -1;
     double energy = 1;
 
-    bool take(double c, double e) {
-        if (c * c * energy <= square * e) {
+    bool take(double c, double e) { return takeSquare(c * c, e); }
+    bool takeSquare(double s, double e) {
+        if (s * energy <= square * e) {
             return false;
         }
-        square = c * c;
+        square = s;
         energy = e;
         return true;
     }
@@ -66,20 +68,22 @@ public:
 
     // The magnitudes of the correlations, their signs multiplied into the matrix.
     Search(const Corr* d, Element* matrix) : m_matrix(matrix) {
+        Element flips[kTracks][kPositions];
         for (int t = 0; t < kTracks; ++t) {
             for (int k = 0; k < kPositions; ++k) {
                 const Corr v = d[kTracks * k + t];
                 m_negative[t][k] = v < 0;
                 m_d[t][k] = v < 0 ? -static_cast<Total>(v) : static_cast<Total>(v);
+                flips[t][k] = v < 0 ? Element{-1} : Element{0};
             }
         }
         for (int t = 0; t < 3; ++t) {
             for (int u = t + 1; u < kTracks; ++u) {
                 Element* pair = matrix + pairAt(t, u);
-                for (int k = 0; k < kPositions; ++k) {
+                for (int k = 0; k < kPositions; ++k, pair += kPositions) {
                     for (int l = 0; l < kPositions; ++l) {
-                        Element& e = pair[kPositions * k + l];
-                        e = m_negative[t][k] != m_negative[u][l] ? negated(e) : e;
+                        const Element flip = flips[u][l] == flips[t][k] ? Element{0} : Element{-1};
+                        pair[l] = flipped(pair[l], flip);
                     }
                 }
             }
@@ -117,6 +121,18 @@ private:
     Sum energy(int t, int k) const { return m_matrix[kPositions * t + k]; }
     Sum pair(int t, int k, int u, int l) const {
         return t < u ? m_matrix[pairAt(t, u) + kPositions * k + l] : m_matrix[pairAt(u, t) + kPositions * l + k];
+    }
+
+    // The correlations of a pulse with all positions of another track.
+    struct Row {
+        const Element* begin;
+        int step;
+
+        Element operator[](int l) const { return begin[step * l]; }
+    };
+    Row row(const Choice& choice, int n, int u) const { return row(choice.track(n), choice.at[n], u); }
+    Row row(int t, int k, int u) const {
+        return t < u ? Row{m_matrix + pairAt(t, u) + kPositions * k, 1} : Row{m_matrix + pairAt(u, t) + k, kPositions};
     }
 
     Total m_d[kTracks][kPositions];
@@ -201,9 +217,10 @@ Choice Search<Corr, Element>::depthFirst() const {
                     k = l != taken && m_d[t[0]][l] > m_d[t[0]][k] ? l : k;
                 }
                 taken = k;
+                const Row row = this->row(t[0], k, t[1]);
                 for (int l = 0; l < kPositions; ++l) {
                     const Total c = m_d[t[0]][k] + m_d[t[1]][l];
-                    const Sum e = energy(t[0], k) + energy(t[1], l) + 2 * pair(t[0], k, t[1], l);
+                    const Sum e = energy(t[0], k) + energy(t[1], l) + 2 * static_cast<Sum>(row[l]);
                     if (two.take(static_cast<double>(c), static_cast<double>(e))) {
                         c2 = c;
                         e2 = e;
@@ -213,19 +230,29 @@ Choice Search<Corr, Element>::depthFirst() const {
                 }
             }
             Sum fourth[kPositions];
+            const Row fourthA = row(t[0], a, t[3]);
+            const Row fourthB = row(t[1], b, t[3]);
             for (int l = 0; l < kPositions; ++l) {
-                fourth[l] = energy(t[3], l) + 2 * (pair(t[0], a, t[3], l) + pair(t[1], b, t[3], l));
+                fourth[l] = energy(t[3], l) + 2 * (Sum{fourthA[l]} + fourthB[l]);
             }
+            const Row thirdA = row(t[0], a, t[2]);
+            const Row thirdB = row(t[1], b, t[2]);
             Best four;
             int c = 0;
             int d = 0;
             for (int k = 0; k < kPositions; ++k) {
                 const Total c3 = c2 + m_d[t[2]][k];
-                const Sum e3 = e2 + energy(t[2], k) + 2 * (pair(t[0], a, t[2], k) + pair(t[1], b, t[2], k));
+                const Sum e3 = e2 + energy(t[2], k) + 2 * (Sum{thirdA[k]} + thirdB[k]);
                 const Element* row = m_matrix + pairAt(t[2], t[3]) + kPositions * k;
+                double squares[kPositions];
+                double energies[kPositions];
                 for (int l = 0; l < kPositions; ++l) {
-                    const Sum e = e3 + fourth[l] + 2 * static_cast<Sum>(row[l]);
-                    if (four.take(static_cast<double>(c3 + m_d[t[3]][l]), static_cast<double>(e))) {
+                    const auto sum = static_cast<double>(c3 + m_d[t[3]][l]);
+                    squares[l] = sum * sum;
+                    energies[l] = static_cast<double>(e3 + fourth[l] + 2 * static_cast<Sum>(row[l]));
+                }
+                for (int l = 0; l < kPositions; ++l) {
+                    if (four.takeSquare(squares[l], energies[l])) {
                         c = k;
                         d = l;
                     }
@@ -266,31 +293,36 @@ Choice Search<Corr, Element>::replaced(Choice choice) const {
     for (bool better = true; better;) {
         better = false;
         Choice next = choice;
+        // Two times the correlations of each pulse with the other three.
+        Sum cross[4] = {};
+        Total all = 0;
+        Sum allEnergy = 0;
         for (int n = 0; n < 4; ++n) {
-            // The three pulses that stay.
-            Total stay = 0;
-            Sum stayEnergy = 0;
-            int track[3];
-            int at[3];
-            int count = 0;
-            for (int m = 0; m < 4; ++m) {
-                if (m != n) {
-                    track[count] = choice.track(m);
-                    at[count] = choice.at[m];
-                    stay += m_d[track[count]][at[count]];
-                    stayEnergy += energy(track[count], at[count]);
-                    for (int p = 0; p < count; ++p) {
-                        stayEnergy += 2 * pair(track[p], at[p], track[count], at[count]);
-                    }
-                    ++count;
-                }
+            all += m_d[choice.track(n)][choice.at[n]];
+            allEnergy += energy(choice.track(n), choice.at[n]);
+            for (int m = 0; m < n; ++m) {
+                const Sum e = 2 * pair(choice.track(m), choice.at[m], choice.track(n), choice.at[n]);
+                cross[m] += e;
+                cross[n] += e;
+                allEnergy += e;
             }
+        }
+        for (int n = 0; n < 4; ++n) {
+            const Total stay = all - m_d[choice.track(n)][choice.at[n]];
+            const Sum stayEnergy = allEnergy - energy(choice.track(n), choice.at[n]) - cross[n];
             for (int u = n; u < (n < 3 ? n + 1 : kTracks); ++u) {
+                const Row a = row(choice, n == 0 ? 1 : 0, u);
+                const Row b = row(choice, n <= 1 ? 2 : 1, u);
+                const Row c = row(choice, n <= 2 ? 3 : 2, u);
+                double squares[kPositions];
+                double energies[kPositions];
                 for (int k = 0; k < kPositions; ++k) {
-                    const Sum e =
-                        stayEnergy + energy(u, k) +
-                        2 * (pair(track[0], at[0], u, k) + pair(track[1], at[1], u, k) + pair(track[2], at[2], u, k));
-                    if (best.take(static_cast<double>(stay + m_d[u][k]), static_cast<double>(e))) {
+                    const auto sum = static_cast<double>(stay + m_d[u][k]);
+                    squares[k] = sum * sum;
+                    energies[k] = static_cast<double>(stayEnergy + energy(u, k) + 2 * (Sum{a[k]} + b[k] + c[k]));
+                }
+                for (int k = 0; k < kPositions; ++k) {
+                    if (best.takeSquare(squares[k], energies[k])) {
                         next = choice;
                         next.at[n] = k;
                         next.last = n == 3 ? u : choice.last;
