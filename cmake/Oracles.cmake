@@ -2,7 +2,7 @@
 # the functions of interest are not exported by the shared objects.
 function(kr_link_oracles target)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/vek)
-  foreach(package opencore-amrnb vo-amrwbenc opencore-amrwb bcg729 gsm fftw3 fftw3f speexdsp)
+  foreach(package opencore-amrnb vo-amrwbenc opencore-amrwb bcg729 gsm fftw3 fftw3f speex speexdsp)
     string(MAKE_C_IDENTIFIER ${package} id)
     find_library(ORACLE_${id} NAMES lib${package}.a ${package})
     mark_as_advanced(ORACLE_${id})

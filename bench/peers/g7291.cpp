@@ -91,3 +91,66 @@ PEER_ROWS(g7291core) {
         });
 }
 #endif
+
+#if __has_include(<speex/speex.h>) && __has_include(<bcg729/encoder.h>)
+extern "C" {
+void qmf_decomp(const float* x, const float* taps, float* low, float* high, int n, int m, float* memory, char* stack);
+void qmf_synth(const float* low, const float* high, const float* taps, float* y, int n, int m, float* lowMemory,
+               float* highMemory, char* stack);
+void* initBcg729EncoderChannel(uint8_t noVoice);
+void preProcessing(void* encoder, const int16_t* signal, int16_t* out);
+}
+
+PEER_ROWS(g7291filters) {
+    static Vek16s x[320];
+    static Vek16s low[160];
+    static Vek16s high[160];
+    static Vek16s y[320];
+    static Vek8u state[1024];
+    static Vek8u filter[1024];
+    alignas(16) static float fx[320], fLow[320], fHigh[320], fy[640], taps[64], memory[64], other[64];
+    static char stack[65536];
+    static void* const encoder = initBcg729EncoderChannel(0);
+    for (int i = 0; i < 320; ++i) {
+        x[i] = static_cast<Vek16s>(i * 7919 % 4003 - 2000);
+        fx[i] = x[i];
+    }
+    for (int i = 0; i < 64; ++i) {
+        taps[i] = 1.0F / static_cast<float>(64 + i);
+    }
+    veksQMFInit_G7291_16s(state);
+    peerRow(
+        "veksQMFEncode_G7291_16s 320", "speex qmf_decomp (float, 64 taps)",
+        [] { veksQMFEncode_G7291_16s(x, 320, low, high, state); },
+        [] { qmf_decomp(fx, taps, fLow, fHigh, 320, 64, memory, stack); });
+    peerRow(
+        "veksQMFDecode_G7291_16s 160", "speex qmf_synth (float, 64 taps)",
+        [] { veksQMFDecode_G7291_16s(low, high, 16384, 160, y, state); },
+        [] { qmf_synth(fLow, fHigh, taps, fy, 320, 64, memory, other, stack); });
+    veksFilterHighpassInit_G7291_16s(filter);
+    peerRow(
+        "veksFilterHighpass_G7291_16s_ISfs 80", "bcg729 preProcessing",
+        [] {
+            static Vek16s frame[80];
+            std::copy(x, x + 80, frame);
+            veksFilterHighpass_G7291_16s_ISfs(frame, 80, filter, 1);
+        },
+        [] {
+            static int16_t frame[80];
+            preProcessing(encoder, x, frame);
+        });
+    static Vek8u lowFilter[1024];
+    veksFilterLowpassInit_G7291_16s(lowFilter);
+    peerRow(
+        "veksFilterLowpass_G7291_16s_I 80, one section", "bcg729 preProcessing",
+        [] {
+            static Vek16s frame[80];
+            std::copy(x, x + 80, frame);
+            veksFilterLowpass_G7291_16s_I(frame, 80, lowFilter, 1);
+        },
+        [] {
+            static int16_t frame[80];
+            preProcessing(encoder, x, frame);
+        });
+}
+#endif

@@ -7,6 +7,10 @@ namespace {
 const GridCase gridCases[] = {
     {"veksAlgebraicCodebookSearchL1_G7291_16s", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_7291cdbk", false, 40},
     {"veksAlgebraicCodebookSearchL2_G7291_16s", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_7291cdbk", false, 40},
+    {"veksQMFDecode_G7291_16s", 2, "80,-,-,-,-,-", "160,-,-,-,-,-", "p_7291flt", false, 160},
+    {"veksQMFEncode_G7291_16s", 2, "160,-,-,-,-,-", "320,-,-,-,-,-", "p_7291flt", false, 320},
+    {"veksFilterLowpass_G7291_16s_I", 2, "80,-,-,-,-,-", "160,-,-,-,-,-", "p_7291flt", false, 160},
+    {"veksFilterHighpass_G7291_16s_ISfs", 3, "160,-,-,-,-,-1", "160,-,-,-,-,1", "p_7291flt", false, 160},
     {"veksLSFDecode_G7291_16s", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_7291gainqnt", false, 10},
     {"veksGainQuant_G7291_16s", 4, "40,1,-,-,-,-", "40,4,-,-,-,-", "p_7291gainqnt", false, 40},
     {"veksGainControl_G7291_16s_I", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_7291gainqnt", false, 40},
