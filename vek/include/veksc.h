@@ -19,6 +19,7 @@
 #include "veksc_g729lp.h"
 #include "veksc_g729pitch.h"
 #include "veksc_g729post.h"
+#include "veksc_g7291.h"
 #include "veksc_g7291bwe.h"
 #include "veksc_gsmamr.h"
 #include "veksc_gsmamrdtx.h"

@@ -6,6 +6,7 @@
 #include "sc/common/pitchcorr.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/adaptivevector.h"
+#include "sc/g729/closedloop.h"
 #include "sc/kernels/corr.h"
 #include "veksc_filter.h"
 #include "veksc_g729pitch.h"
@@ -17,7 +18,7 @@ using namespace vek::g729;
 
 namespace {
 
-constexpr int kMostDelays = 10 + 2 * kPitchMargin;
+constexpr int kMostDelays = kLongestDelay - kShortestDelay + 1 + 2 * kPitchMargin;
 constexpr int kLastThird = 84;
 
 struct Range {
@@ -27,48 +28,13 @@ struct Range {
     Range(int open, int subFrame) {
         const int below = subFrame == 0 ? 3 : 5;
         const int width = subFrame == 0 ? 6 : 9;
-        first = std::min(std::max(open - below, 20), 143 - width);
+        first = std::min(std::max(open - below, kShortestDelay), kLongestDelay - width);
         last = first + width;
     }
 };
 
 int32_t product(const Vek16s* a, const Vek16s* b, int n = kSubframe) {
     return sat32(2 * corrKernels().dot16(a, b, n));
-}
-
-struct Delay {
-    int whole;
-    int thirds;
-};
-
-// The best delay of the range: the whole one, and its thirds below 85 or where `always` asks for them. `coarse` has
-// thirds only around the middle of the range, as four bits tell them.
-Delay closedLoop(const Vek16s* exc, const Vek16s* target, const Vek16s* h, const Range& range, bool always,
-                 bool coarse) {
-    Vek16s correlations[kMostDelays];
-    pitchCorrelations(exc, target, h, range.first - kPitchMargin, range.last + kPitchMargin, correlations);
-    const Vek16s* at = correlations + kPitchMargin - range.first;
-    int delay = range.first;
-    for (int i = range.first + 1; i <= range.last; ++i) {
-        if (at[i] >= at[delay]) {
-            delay = i;
-        }
-    }
-    const int from = coarse ? delay - (range.last - 4) : 0;
-    if (from < -2 || from > 1 || (!always && !coarse && delay > kLastThird)) {
-        return {delay, 0};
-    }
-    int thirds = from == -2 ? 0 : -2;
-    const int last = from == 1 ? 0 : 2;
-    Vek16s best = pitchCorrelationBetween(at + delay, 2 * thirds);
-    for (int i = thirds + 1; i <= last; ++i) {
-        const Vek16s value = pitchCorrelationBetween(at + delay, 2 * i);
-        if (value > best) {
-            best = value;
-            thirds = i;
-        }
-    }
-    return thirds == -2 ? Delay{delay - 1, 1} : thirds == 2 ? Delay{delay + 1, -1} : Delay{delay, thirds};
 }
 
 VekStatus check(int open, const Vek16s* target, const Vek16s* h, const Vek16s* exc, const Vek16s* delay,
@@ -118,7 +84,38 @@ struct Mantissa {
     }
 };
 
-Vek16s gainOf(const Vek16s* target, const Vek16s* y) {
+} // namespace
+
+PitchDelay vek::g729::closedLoop(const int16_t* exc, const int16_t* target, const int16_t* h, int first, int last,
+                                 Thirds thirds) {
+    Vek16s correlations[kMostDelays];
+    pitchCorrelations(exc, target, h, first - kPitchMargin, last + kPitchMargin, correlations);
+    const Vek16s* at = correlations + kPitchMargin - first;
+    int delay = first;
+    for (int i = first + 1; i <= last; ++i) {
+        if (at[i] >= at[delay]) {
+            delay = i;
+        }
+    }
+    // Annex D has thirds only around the middle of the range, as four bits tell them.
+    const int from = thirds == Thirds::Middle ? delay - (last - 4) : 0;
+    if (from < -2 || from > 1 || (thirds == Thirds::Short && delay > kLastThird)) {
+        return {delay, 0};
+    }
+    int part = from == -2 ? 0 : -2;
+    const int lastPart = from == 1 ? 0 : 2;
+    Vek16s best = pitchCorrelationBetween(at + delay, 2 * part);
+    for (int i = part + 1; i <= lastPart; ++i) {
+        const Vek16s value = pitchCorrelationBetween(at + delay, 2 * i);
+        if (value > best) {
+            best = value;
+            part = i;
+        }
+    }
+    return part == -2 ? PitchDelay{delay - 1, 1} : part == 2 ? PitchDelay{delay + 1, -1} : PitchDelay{delay, part};
+}
+
+int16_t vek::g729::pitchGain(const int16_t* target, const int16_t* y) {
     const CorrKernels& kernels = corrKernels();
     const Mantissa yy(2 * kernels.dot16(y, y, kSubframe) + 1, 4);
     const Mantissa xy(2 * kernels.dot16(target, y, kSubframe), 2);
@@ -128,8 +125,6 @@ Vek16s gainOf(const Vek16s* target, const Vek16s* y) {
     const Vek16s gain = shr(div_s(static_cast<Vek16s>(xy.value >> 1), yy.value), xy.exponent - yy.exponent);
     return std::min<Vek16s>(gain, 19661);
 }
-
-} // namespace
 
 VekStatus veksAdaptiveCodebookSearch_G729_16s(Vek16s valOpenDelay, const Vek16s* pSrcAdptTarget,
                                               const Vek16s* pSrcImpulseResponse, Vek16s* pSrcDstPrevExcitation,
@@ -141,7 +136,8 @@ VekStatus veksAdaptiveCodebookSearch_G729_16s(Vek16s valOpenDelay, const Vek16s*
     }
     Vek16s* exc = pSrcDstPrevExcitation + kPastExcitation;
     const Range range(valOpenDelay, subFrame);
-    const Delay found = closedLoop(exc, pSrcAdptTarget, pSrcImpulseResponse, range, subFrame == 1, false);
+    const PitchDelay found = closedLoop(exc, pSrcAdptTarget, pSrcImpulseResponse, range.first, range.last,
+                                        subFrame == 1 ? Thirds::All : Thirds::Short);
     adaptiveVector(exc, found.whole, found.thirds);
     deliver(found.whole, found.thirds, exc, pDstDelay, pDstAdptVector);
     return vekStsNoErr;
@@ -157,7 +153,8 @@ VekStatus veksAdaptiveCodebookSearch_G729D_16s(Vek16s valOpenDelay, const Vek16s
     }
     Vek16s* exc = pSrcDstPrevExcitation + kPastExcitation;
     const Range range(valOpenDelay, subFrame);
-    const Delay found = closedLoop(exc, pSrcAdptTarget, pSrcImpulseResponse, range, false, subFrame == 1);
+    const PitchDelay found = closedLoop(exc, pSrcAdptTarget, pSrcImpulseResponse, range.first, range.last,
+                                        subFrame == 1 ? Thirds::Middle : Thirds::Short);
     adaptiveVector(exc, found.whole, found.thirds);
     pDstDelay[0] = static_cast<Vek16s>(found.whole);
     pDstDelay[1] = static_cast<Vek16s>(found.thirds);
@@ -213,7 +210,7 @@ VekStatus veksAdaptiveCodebookGain_G729_16s(const Vek16s* pSrcAdptTarget, const 
         return vekStsNullPtrErr;
     }
     convolveSubframe(pSrcAdptVector, pSrcImpulseResponse, pDstAdptVector);
-    *pResultAdptGain = gainOf(pSrcAdptTarget, pDstAdptVector);
+    *pResultAdptGain = pitchGain(pSrcAdptTarget, pDstAdptVector);
     return vekStsNoErr;
 }
 
@@ -225,6 +222,6 @@ VekStatus veksAdaptiveCodebookGain_G729A_16s(const Vek16s* pSrcAdptTarget, const
     }
     const Vek16s rest[10] = {};
     veksSynthesisFilter_NR_16s_Sfs(pSrcLpc, pSrcAdptVector, pDstAdptVector, kSubframe, 12, rest);
-    *pResultAdptGain = gainOf(pSrcAdptTarget, pDstAdptVector);
+    *pResultAdptGain = pitchGain(pSrcAdptTarget, pDstAdptVector);
     return vekStsNoErr;
 }

@@ -5,11 +5,13 @@
 #include "sc/common/energylevel.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/g729/gaincontrol.h"
 #include "sc/kernels/corr.h"
 #include "veksc_g729pitch.h"
 
 using namespace vek;
 using namespace vek::fix;
+using namespace vek::g729;
 
 namespace {
 
@@ -22,7 +24,22 @@ int32_t quarteredEnergy(const Vek16s* x) {
     return sat32(2 * corrKernels().dot16(quarters, quarters, kSubframe));
 }
 
-int32_t sumOfMagnitudes(const Vek16s* x) {
+} // namespace
+
+int16_t vek::g729::levelRatio(int32_t in, int32_t out) {
+    const int shiftIn = norm_l(in);
+    const int shiftOut = norm_l(out);
+    const Vek16s a = extract_h(L_shl(in, shiftIn));
+    const Vek16s b = extract_h(L_shl(out, shiftOut));
+    const int shift = shiftIn - shiftOut;
+    if (a < b) {
+        return shr(div_s(a, b), shift + 1);
+    }
+    // The quotient is 1 or more: Q14 here, where it is Q15 above.
+    return shr(add(div_s(shr(sub(a, b), 1), b), 0x4000), shift);
+}
+
+int32_t vek::g729::sumOfMagnitudes(const int16_t* x) {
     int32_t sum = 0;
     for (int i = 0; i < kSubframe; ++i) {
         sum += std::abs(static_cast<int>(x[i]));
@@ -30,22 +47,16 @@ int32_t sumOfMagnitudes(const Vek16s* x) {
     return sum;
 }
 
-// The share of a new gain in the moving one, Q14, for sums of magnitudes: 0.0125 * in / out.
-Vek16s magnitudeShare(int32_t in, int32_t out) {
-    constexpr Vek16s share = 410;
-    const int shiftIn = norm_l(in);
-    const int shiftOut = norm_l(out);
-    const Vek16s a = extract_h(L_shl(in, shiftIn));
-    const Vek16s b = extract_h(L_shl(out, shiftOut));
-    const int shift = shiftIn - shiftOut;
-    if (a < b) {
-        return mult(shr(div_s(a, b), shift + 1), share);
+void vek::g729::moveGain(int16_t* x, int16_t ratio, int16_t share, int16_t& gain) {
+    const int keep = 32768 - share;
+    const int fresh = mult(ratio, share);
+    int now = gain;
+    for (int i = 0; i < kSubframe; ++i) {
+        now = ((now * keep) >> 15) + fresh;
+        x[i] = sat16((x[i] * now + 0x2000) >> 14);
     }
-    // The quotient is 1 or more: Q14 here, where it is Q15 above.
-    return mult(shr(add(div_s(shr(sub(a, b), 1), b), 0x4000), shift), share);
+    gain = static_cast<int16_t>(now);
 }
-
-} // namespace
 
 VekStatus veksGainControl_G729A_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s* pGain) {
     if (anyNull(pSrc, pSrcDst, pGain)) {
@@ -60,22 +71,17 @@ VekStatus veksGainControl_G729_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s
         return vekStsNullPtrErr;
     }
     const int32_t in = sumOfMagnitudes(pSrc);
-    Vek16s share = 0;
+    Vek16s ratio = 0;
     if (in != 0) {
         const int32_t out = sumOfMagnitudes(pSrcDst);
         if (out == 0) {
             *pGain = 0;
             return vekStsNoErr;
         }
-        share = magnitudeShare(in, out);
+        ratio = levelRatio(in, out);
     }
-    // A share is 0..409: the moving gain stays within 16 bits by itself.
-    int gain = *pGain;
-    for (int i = 0; i < kSubframe; ++i) {
-        gain = ((gain * 32358) >> 15) + share;
-        pSrcDst[i] = sat16((pSrcDst[i] * gain + 0x2000) >> 14);
-    }
-    *pGain = static_cast<Vek16s>(gain);
+    constexpr Vek16s share = 410; // 0.0125
+    moveGain(pSrcDst, ratio, share, *pGain);
     return vekStsNoErr;
 }
 

@@ -1,0 +1,84 @@
+// The two fixed codebooks of G.729.1.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcDstImpulseResponse;
+vkVector pSrcDstFltAdptVector;
+vkVector pSrcFixedTarget;
+vkVector pSrcLtpResidual;
+vkVector pDstFixedVector;
+vkVector pDstFltFixedVector;
+vkVector pDstCodebookIdx;
+vkVector pSrcImpulseResponse;
+krStepIterator<int> len;
+vkcGrid grid;
+
+// A lag beyond the subframe leaves the response as it is from call to call.
+constexpr Vek16s pitchLag = 60;
+constexpr Vek16s pitchGain = 8192;
+constexpr Vek16s voiceFactor = 8192;
+
+class Tim7291cdbk : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    bool SetData_Cdbk(int size, short* pIndex);
+
+private:
+    bool m_first = false;
+};
+
+bool Tim7291cdbk::canStart() {
+    m_first = m_func.contains("veksAlgebraicCodebookSearchL1_G7291_16s");
+    vkcRebuild(len, "len").set(40, 40, 1, '+');
+    grid.begin({&len});
+    for (vkVector* vector : {&pSrcDstImpulseResponse, &pSrcDstFltAdptVector, &pSrcFixedTarget, &pSrcLtpResidual,
+                             &pDstFixedVector, &pDstFltFixedVector, &pDstCodebookIdx, &pSrcImpulseResponse}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool Tim7291cdbk::canContinue() {
+    return grid.next(m_isFirst) && pDstCodebookIdx.createVector(2, setZero, 0, 0) &&
+           SetData_Cdbk(len.value(), pDstCodebookIdx.m_16s);
+}
+
+// What both searches take; a layer's own response and vector go with it.
+bool Tim7291cdbk::SetData_Cdbk(int size, short* pIndex) {
+    pIndex[0] = 0;
+    pIndex[1] = 0;
+    const bool own = m_first ? pSrcDstImpulseResponse.createVector(size, setRand, -2048, 2048) &&
+                                   pSrcDstFltAdptVector.createVector(size, setRand, -2048, 2048)
+                             : pSrcImpulseResponse.createVector(size, setRand, -2048, 2048);
+    return own && pSrcFixedTarget.createVector(size, setRand, -2048, 2048) &&
+           pSrcLtpResidual.createVector(size, setRand, -2048, 2048) &&
+           pDstFixedVector.createVector(size, setZero, 0, 0) && pDstFltFixedVector.createVector(size, setZero, 0, 0);
+}
+
+void Tim7291cdbk::flushData() {
+    for (vkVector* vector : {&pSrcImpulseResponse, &pDstCodebookIdx, &pDstFltFixedVector, &pDstFixedVector,
+                             &pSrcLtpResidual, &pSrcFixedTarget, &pSrcDstFltAdptVector, &pSrcDstImpulseResponse}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(Tim7291cdbk, veksAlgebraicCodebookSearchL1_G7291_16s,
+       veksAlgebraicCodebookSearchL1_G7291_16s(pSrcFixedTarget.m_16s, pSrcLtpResidual.m_16s, pSrcDstFltAdptVector.m_16s,
+                                               pSrcDstImpulseResponse.m_16s, pitchLag, pitchGain, pDstFixedVector.m_16s,
+                                               pDstFltFixedVector.m_16s, pDstCodebookIdx.m_16s))
+VK_REG(Tim7291cdbk, veksAlgebraicCodebookSearchL2_G7291_16s,
+       veksAlgebraicCodebookSearchL2_G7291_16s(pSrcFixedTarget.m_16s, pSrcLtpResidual.m_16s, pSrcImpulseResponse.m_16s,
+                                               voiceFactor, pDstFixedVector.m_16s, pDstFltFixedVector.m_16s,
+                                               pDstCodebookIdx.m_16s))

@@ -1,0 +1,120 @@
+// Filters of G.729.1: split and reunion of the bands, high-pass and low-pass.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcLowBand;
+vkVector pSrcHighBand;
+vkVector pDst;
+vkVector pSrc;
+vkVector pDstLowBand;
+vkVector pDstHighBand;
+vkVector pSrcDst;
+krStepIterator<int> len;
+vkcScaleIterator scaleFactor;
+vkcGrid grid;
+Vek8u* pState;
+Vek8u* pStateHi;
+Vek8u* pStateLo;
+
+constexpr Vek16s GainSwitching = 16384;
+
+class Tim7291flt : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual bool makeStates();
+
+private:
+    bool m_decode = false;
+    bool m_encode = false;
+    bool m_low = false;
+    bool m_high = false;
+};
+
+bool Tim7291flt::canStart() {
+    m_decode = m_func.contains("veksQMFDecode_G7291_16s");
+    m_encode = m_func.contains("veksQMFEncode_G7291_16s");
+    m_low = m_func.contains("veksFilterLowpass_G7291_16s_I");
+    m_high = m_func.contains("veksFilterHighpass_G7291_16s_ISfs");
+    vkcRebuild(len, "len");
+    vkcScales(scaleFactor, "scaleFactor", m_func, -1, 0, 1);
+    if (m_high) {
+        len.set(160, 160, 1, '+');
+        grid.begin({&len, &scaleFactor});
+    } else {
+        if (m_encode) {
+            len.set(160, 320, 160, '+');
+        } else {
+            len.set(80, 160, 80, '+');
+        }
+        grid.begin({&len});
+    }
+    for (vkVector* vector : {&pSrcLowBand, &pSrcHighBand, &pDst, &pSrc, &pDstLowBand, &pDstHighBand, &pSrcDst}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool Tim7291flt::makeStates() {
+    int size = 0;
+    if (m_high) {
+        veksFilterHighpassGetStateSize_G7291_16s(&size);
+        pStateHi = veksMalloc_8u(size);
+        return pStateHi != nullptr && veksFilterHighpassInit_G7291_16s(pStateHi) == vekStsNoErr;
+    }
+    if (m_low) {
+        veksFilterLowpassGetStateSize_G7291_16s(&size);
+        pStateLo = veksMalloc_8u(size);
+        return pStateLo != nullptr && veksFilterLowpassInit_G7291_16s(pStateLo) == vekStsNoErr;
+    }
+    veksQMFGetStateSize_G7291_16s(&size);
+    pState = veksMalloc_8u(size);
+    return pState != nullptr && veksQMFInit_G7291_16s(pState) == vekStsNoErr;
+}
+
+bool Tim7291flt::canContinue() {
+    if (!grid.next(m_isFirst) || !makeStates()) {
+        return false;
+    }
+    const int size = len.value();
+    if (m_decode) {
+        // Two samples for each pair of the bands.
+        return pSrcLowBand.createVector(size, setRand, -2048, 2048) &&
+               pSrcHighBand.createVector(size, setRand, -2048, 2048) && pDst.createVector(2 * size, setZero, 0, 0);
+    }
+    if (m_encode) {
+        return pSrc.createVector(size, setRand, -2048, 2048) && pDstLowBand.createVector(size, setZero, 0, 0) &&
+               pDstHighBand.createVector(size, setZero, 0, 0);
+    }
+    return pSrcDst.createVector(size, setRand, -128, 128);
+}
+
+void Tim7291flt::flushData() {
+    for (Vek8u** state : {&pState, &pStateHi, &pStateLo}) {
+        veksFree(*state);
+        *state = nullptr;
+    }
+    for (vkVector* vector : {&pSrcDst, &pDstHighBand, &pDstLowBand, &pSrc, &pDst, &pSrcHighBand, &pSrcLowBand}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(Tim7291flt, veksFilterHighpass_G7291_16s_ISfs,
+       veksFilterHighpass_G7291_16s_ISfs(pSrcDst.m_16s, len.value(), pStateHi, scaleFactor.value()))
+VK_REG(Tim7291flt, veksFilterLowpass_G7291_16s_I,
+       veksFilterLowpass_G7291_16s_I(pSrcDst.m_16s, len.value(), pStateLo, 2))
+VK_REG(Tim7291flt, veksQMFEncode_G7291_16s,
+       veksQMFEncode_G7291_16s(pSrc.m_16s, len.value(), pDstLowBand.m_16s, pDstHighBand.m_16s, pState))
+VK_REG(Tim7291flt, veksQMFDecode_G7291_16s,
+       veksQMFDecode_G7291_16s(pSrcLowBand.m_16s, pSrcHighBand.m_16s, GainSwitching, len.value(), pDst.m_16s, pState))

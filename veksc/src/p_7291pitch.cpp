@@ -1,0 +1,142 @@
+// Adaptive codebook of G.729.1: closed-loop search and gain.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrcDelay;
+vkVector pSrcDstPrevExcitation;
+vkVector pSrcAdptTarget;
+vkVector pSrcImpulseResponse;
+vkVector pSrcAdptVector;
+vkVector pDstFltAdptVector;
+vkVector pSrcPrevExcitation;
+vkVector pDstDelay;
+krStepIterator<int> len;
+krStepIterator<int> lag;
+krStepIterator<int> frac;
+krStepIterator<int> subFrame;
+vkcGrid grid;
+Vek16s pResultAdptGain;
+Vek16s lagMin;
+Vek16s lagMax;
+
+// Past and frame of the excitation; the search reads past and one subframe of it.
+constexpr int excitation = 234;
+constexpr int lagSpan = 6;
+
+class Tim7291pitch : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override;
+    void parmsToCstrm() override;
+    void parmsNameToCstrm() override;
+    void SetData_Delay(int delay, int fraction, short* pDelay);
+
+private:
+    krList<krParameter*> shown() const;
+
+    bool m_decode = false;
+    bool m_search = false;
+};
+
+bool Tim7291pitch::canStart() {
+    m_decode = m_func.contains("veksAdaptiveCodebookDecode_G7291_16s_I");
+    m_search = m_func.contains("veksAdaptiveCodebookSearch_G7291_16s");
+    vkcRebuild(len, "len");
+    vkcFix(lag, 20);
+    vkcFix(frac, 0);
+    vkcFix(subFrame, 0);
+    if (m_decode) {
+        len.set(excitation, excitation, 1, '+');
+        vkcRebuild(lag, "lag").set(20, 143, 40, '+');
+        vkcRebuild(frac, "subFrame").set(-1, 1, 1, '+');
+    } else {
+        len.set(40, 40, 1, '+');
+        vkcRebuild(subFrame, "subFrame").set(0, 80, 40, '+');
+        if (m_search) {
+            vkcRebuild(lag, "lag").set(20, 100, 40, '+');
+        }
+    }
+    grid.begin({&len, &lag, &frac, &subFrame});
+    for (vkVector* vector : {&pSrcDelay, &pSrcDstPrevExcitation, &pSrcAdptTarget, &pSrcImpulseResponse, &pSrcAdptVector,
+                             &pDstFltAdptVector, &pSrcPrevExcitation, &pDstDelay}) {
+        vector->init(m_func, vkArg::src);
+    }
+    return true;
+}
+
+bool Tim7291pitch::canContinue() {
+    if (!grid.next(m_isFirst) || !pSrcDelay.createVector(2, setZero, 0, 0) ||
+        !pSrcDstPrevExcitation.createVector(len.value(), setRand, -2048, 2048) ||
+        !pSrcAdptTarget.createVector(len.value(), setRand, -2048, 2048) ||
+        !pSrcImpulseResponse.createVector(len.value(), setRand, -2048, 2048) ||
+        !pSrcAdptVector.createVector(excitation, setRand, -2048, 2048) ||
+        !pDstFltAdptVector.createVector(len.value(), setZero, 0, 0) ||
+        !pSrcPrevExcitation.createVector(excitation, setRand, -2048, 2048) ||
+        !pDstDelay.createVector(2, setZero, 0, 0)) {
+        return false;
+    }
+    SetData_Delay(lag.value(), frac.value(), pSrcDelay.m_16s);
+    lagMin = static_cast<Vek16s>(lag.value());
+    lagMax = static_cast<Vek16s>(lag.value() + lagSpan);
+    return true;
+}
+
+void Tim7291pitch::SetData_Delay(int delay, int fraction, short* pDelay) {
+    pDelay[0] = static_cast<short>(delay);
+    pDelay[1] = static_cast<short>(fraction);
+}
+
+void Tim7291pitch::flushData() {
+    for (vkVector* vector : {&pDstDelay, &pSrcPrevExcitation, &pDstFltAdptVector, &pSrcAdptVector, &pSrcImpulseResponse,
+                             &pSrcAdptTarget, &pSrcDstPrevExcitation, &pSrcDelay}) {
+        vector->deleteVector();
+    }
+}
+
+// The fraction walks along but does not show.
+krList<krParameter*> Tim7291pitch::shown() const {
+    krList<krParameter*> parms;
+    parms.append(&len);
+    if (m_search || m_decode) {
+        parms.append(&lag);
+    }
+    if (!m_decode) {
+        parms.append(&subFrame);
+    }
+    return parms;
+}
+
+void Tim7291pitch::parmsToOstrm() {
+    for (const krParameter* parm : shown()) {
+        parm->toOStream(g_ostrm);
+    }
+}
+
+void Tim7291pitch::parmsToCstrm() {
+    for (const krParameter* parm : shown()) {
+        parm->toCStream(g_cstrm);
+    }
+}
+
+void Tim7291pitch::parmsNameToCstrm() {
+    for (const krParameter* parm : shown()) {
+        parm->nameToCStream(g_cstrm);
+    }
+}
+
+} // namespace
+
+VK_REG(Tim7291pitch, veksAdaptiveCodebookGain_G7291_16s,
+       veksAdaptiveCodebookGain_G7291_16s(pSrcAdptTarget.m_16s, pSrcImpulseResponse.m_16s,
+                                          pSrcAdptVector.m_16s + subFrame.value(), pDstFltAdptVector.m_16s,
+                                          &pResultAdptGain))
+VK_REG(Tim7291pitch, veksAdaptiveCodebookSearch_G7291_16s,
+       veksAdaptiveCodebookSearch_G7291_16s(pSrcAdptTarget.m_16s, pSrcImpulseResponse.m_16s, pSrcPrevExcitation.m_16s,
+                                            pDstDelay.m_16s, lagMin, lagMax, static_cast<Vek16s>(subFrame.value())))
