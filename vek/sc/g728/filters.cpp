@@ -1,6 +1,7 @@
 // Filters on samples of one format: the perceptual weighting filter and the inverse filter of the postfilter's
 // adaptation.
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 #include "sc/common/fixmath.h"
@@ -73,21 +74,18 @@ VekStatus veksLPCInverseFilter_G728_16s(const Vek16s* pSrc, const Vek16s* pCoeff
     if (anyNull(pSrc, pCoeffs) || pDst == nullptr || pMem == nullptr) {
         return vekStsNullPtrErr;
     }
-    AdapterState state;
-    if (!state.take(pMem)) {
+    // Only the head of the state takes part.
+    uint32_t mark = 0;
+    auto* memory = reinterpret_cast<Vek8u*>(pMem);
+    Vek8u* speech = memory + offsetof(AdapterState, content) + offsetof(Adapter, speech);
+    std::memcpy(&mark, memory + offsetof(AdapterState, mark), sizeof mark);
+    if (mark != AdapterState::kMark) {
         return vekStsStateErr;
     }
     Vek16s x[kShortOrder + kVector];
-    std::memcpy(x, state.content.speech, sizeof state.content.speech);
+    std::memcpy(x, speech, kShortOrder * sizeof(Vek16s));
     std::memcpy(x + kShortOrder, pSrc, kVector * sizeof(Vek16s));
-    for (int k = 0; k < kVector; ++k) {
-        int64_t sum = (int64_t{x[kShortOrder + k]} << 13) + (1 << 12);
-        for (int i = 0; i < kShortOrder; ++i) {
-            sum += pCoeffs[i] * x[kShortOrder - 1 + k - i];
-        }
-        pDst[k] = fix::sat16_64(sum >> 13);
-    }
-    std::memcpy(state.content.speech, x + kVector, sizeof state.content.speech);
-    state.give(pMem);
+    g728Kernels().zeros(pCoeffs, x, pDst);
+    std::memcpy(speech, x + kVector, kShortOrder * sizeof(Vek16s));
     return vekStsNoErr;
 }

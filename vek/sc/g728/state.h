@@ -11,6 +11,8 @@ namespace vek::g728 {
 /// A state with the mark of its kind, which tells memory that has had its start.
 template <class Content, uint32_t kind>
 struct Marked {
+    static constexpr uint32_t kMark = kind;
+
     uint32_t mark = kind;
     Content content;
 

@@ -30,6 +30,8 @@ struct G728Kernels {
     void (*poleZero)(const int16_t* c, const int16_t* x, int16_t* y);
     void (*poleZeroWide)(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit);
     void (*poleZeroRest)(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit);
+    // y[k] = x[10+k] + sum of c[i] * x[9+k-i], i = 0..9, Q13, rounded and saturated; k = 0..4.
+    void (*zeros)(const int16_t* c, const int16_t* x, int16_t* y);
     // aOut[i] = a[i] + mult_r(k, back[i]) and backOut[i] = back[i] + mult_r(k, a[i]) for the first m elements, whole
     // groups of 16 being written; false if a sum needed more than 16 bits. k is above -32768.
     bool (*reflect)(const int16_t* a, const int16_t* back, int m, int16_t k, int16_t* aOut, int16_t* backOut);

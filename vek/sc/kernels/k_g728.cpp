@@ -109,6 +109,20 @@ void poleZeroRest(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit)
     }
 }
 
+void zeros(const int16_t* c, const int16_t* x, int16_t* y) {
+    int16_t out[kSamples];
+    for (int k = 0; k < kSamples; ++k) {
+        int64_t s = x[kZeros + k] * (1 << 13) + (1 << 12);
+        for (int i = 0; i < kZeros; ++i) {
+            s += c[i] * x[kZeros - 1 + k - i];
+        }
+        out[k] = fix::sat16_64(s >> 13);
+    }
+    for (int k = 0; k < kSamples; ++k) {
+        y[k] = out[k];
+    }
+}
+
 #if VEK_LEVEL == 0
 
 void predict(const int16_t* a, const int16_t* mantissa, const int16_t* factor, int16_t* x, int64_t* out) {
@@ -486,7 +500,7 @@ int nearest(const int16_t* book, int n, const int16_t* pn, int shift, const int1
 
 } // namespace
 
-VEK_KERNEL_TABLE(G728Kernels, g728Kernels) = {normalise,    predict, recur,    poleZero, poleZeroWide,
-                                              poleZeroRest, reflect, energies, nearest};
+VEK_KERNEL_TABLE(G728Kernels, g728Kernels) = {normalise,    predict, recur,   poleZero, poleZeroWide,
+                                              poleZeroRest, zeros,   reflect, energies, nearest};
 
 } // namespace vek
