@@ -99,7 +99,8 @@ void design(const int16_t* x, const int16_t* envelope, int16_t* filter) {
     }
     constexpr int shift = 16 + 17 - kFilterBits;
     for (size_t n = 0; n < kTaps; ++n) {
-        filter[n] = sat16_64((sums[n] + (int64_t{1} << (shift - 1))) >> shift);
+        // At most 6 by the limit of the gains.
+        filter[n] = static_cast<int16_t>((sums[n] + (int64_t{1} << (shift - 1))) >> shift);
     }
 }
 
