@@ -3,10 +3,12 @@
 
 #include <cstring>
 
-#include "sc/kernels/simd.h"
+#include "sc/kernels/lanes.h"
 
 namespace vek {
 namespace {
+
+using namespace lanes;
 
 #if VEK_LEVEL == 0
 
@@ -43,66 +45,12 @@ int nearest(const int16_t* book, int rows, int pairs, const int16_t* target, int
 
 #else
 
-#if VEK_LEVEL == 1
-using Lanes = __m128i;
-constexpr int kLanes = 4;
-VEK_INLINE Lanes spread(int32_t v) {
-    return _mm_set1_epi32(v);
+VEK_INLINE V squares(V a, V b) {
+    const V d = minus16(a, b);
+    return madd(d, d);
 }
-VEK_INLINE Lanes load(const int16_t* p) {
-    return _mm_loadu_si128(reinterpret_cast<const Lanes*>(p));
-}
-VEK_INLINE void store(int32_t* p, Lanes v) {
-    _mm_storeu_si128(reinterpret_cast<Lanes*>(p), v);
-}
-VEK_INLINE Lanes plus(Lanes a, Lanes b) {
-    return _mm_add_epi32(a, b);
-}
-VEK_INLINE Lanes squares(Lanes a, Lanes b) {
-    const Lanes d = _mm_sub_epi16(a, b);
-    return _mm_madd_epi16(d, d);
-}
-VEK_INLINE Lanes lower(Lanes a, Lanes b) {
-    return _mm_min_epi32(a, b);
-}
-// a where `by` is below `than`, else b.
-VEK_INLINE Lanes choose(Lanes by, Lanes than, Lanes a, Lanes b) {
-    return _mm_blendv_epi8(b, a, _mm_cmplt_epi32(by, than));
-}
-VEK_INLINE Lanes places() {
-    return _mm_setr_epi32(0, 1, 2, 3);
-}
-#else
-using Lanes = __m256i;
-constexpr int kLanes = 8;
-VEK_INLINE Lanes spread(int32_t v) {
-    return _mm256_set1_epi32(v);
-}
-VEK_INLINE Lanes load(const int16_t* p) {
-    return _mm256_loadu_si256(reinterpret_cast<const Lanes*>(p));
-}
-VEK_INLINE void store(int32_t* p, Lanes v) {
-    _mm256_storeu_si256(reinterpret_cast<Lanes*>(p), v);
-}
-VEK_INLINE Lanes plus(Lanes a, Lanes b) {
-    return _mm256_add_epi32(a, b);
-}
-VEK_INLINE Lanes squares(Lanes a, Lanes b) {
-    const Lanes d = _mm256_sub_epi16(a, b);
-    return _mm256_madd_epi16(d, d);
-}
-VEK_INLINE Lanes lower(Lanes a, Lanes b) {
-    return _mm256_min_epi32(a, b);
-}
-VEK_INLINE Lanes choose(Lanes by, Lanes than, Lanes a, Lanes b) {
-    return _mm256_blendv_epi8(b, a, _mm256_cmpgt_epi32(than, by));
-}
-VEK_INLINE Lanes places() {
-    return _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
-}
-#endif
 
-VEK_INLINE void spreadTarget(const int16_t* target, int pairs, Lanes (&t)[kMostIsfPairs]) {
+VEK_INLINE void spreadTarget(const int16_t* target, int pairs, V (&t)[kMostIsfPairs]) {
     for (int p = 0; p < pairs; ++p) {
         int32_t pair = 0;
         std::memcpy(&pair, target + 2 * p, sizeof pair);
@@ -110,38 +58,38 @@ VEK_INLINE void spreadTarget(const int16_t* target, int pairs, Lanes (&t)[kMostI
     }
 }
 
-VEK_INLINE Lanes distancesAt(const int16_t* book, int rows, int pairs, const Lanes (&t)[kMostIsfPairs]) {
-    Lanes sum = squares(t[0], load(book));
+VEK_INLINE V distancesAt(const int16_t* book, int rows, int pairs, const V (&t)[kMostIsfPairs]) {
+    V sum = squares(t[0], loadAll(book));
     for (int p = 1; p < pairs; ++p) {
-        sum = plus(sum, squares(t[p], load(book + 2 * p * rows)));
+        sum = plus(sum, squares(t[p], loadAll(book + 2 * p * rows)));
     }
     return sum;
 }
 
 void distances(const int16_t* book, int rows, int pairs, const int16_t* target, int32_t* out) {
-    Lanes t[kMostIsfPairs];
+    V t[kMostIsfPairs];
     spreadTarget(target, pairs, t);
     for (int row = 0; row < rows; row += kLanes) {
-        store(out + row, distancesAt(book + 2 * row, rows, pairs, t));
+        storeAll(out + row, distancesAt(book + 2 * row, rows, pairs, t));
     }
 }
 
 int nearest(const int16_t* book, int rows, int pairs, const int16_t* target, int32_t* least) {
-    Lanes t[kMostIsfPairs];
+    V t[kMostIsfPairs];
     spreadTarget(target, pairs, t);
-    Lanes best = spread(INT32_MAX);
-    Lanes bestPlace = spread(0);
-    Lanes place = places();
+    V best = spread(INT32_MAX);
+    V bestPlace = spread(0);
+    V place = counting();
     for (int row = 0; row < rows; row += kLanes) {
-        const Lanes d = distancesAt(book + 2 * row, rows, pairs, t);
-        bestPlace = choose(d, best, place, bestPlace);
-        best = lower(d, best);
+        const V d = distancesAt(book + 2 * row, rows, pairs, t);
+        bestPlace = choose(less(d, best), place, bestPlace);
+        best = least32(d, best);
         place = plus(place, spread(kLanes));
     }
     int32_t values[kLanes];
     int32_t found[kLanes];
-    store(values, best);
-    store(found, bestPlace);
+    storeAll(values, best);
+    storeAll(found, bestPlace);
     // The least of the lanes; of equal ones the first row.
     int at = 0;
     for (int i = 1; i < kLanes; ++i) {
