@@ -3,6 +3,12 @@
 
 #include "veksc.h"
 
+#if __has_include(<libavutil/tx.h>)
+extern "C" {
+#include <libavutil/tx.h>
+}
+#endif
+
 #if __has_include(<opencore-amrnb/interf_enc.h>) && __has_include(<bcg729/encoder.h>)
 extern "C" {
 int16_t G_pitch(int mode, int16_t* target, int16_t* filtered, int16_t* products, int16_t n, int* overflow);
@@ -152,5 +158,40 @@ PEER_ROWS(g7291filters) {
             static int16_t frame[80];
             preProcessing(encoder, x, frame);
         });
+}
+#endif
+
+#if __has_include(<libavutil/tx.h>)
+PEER_ROWS(g7291tdac) {
+    static Vek16s x[160];
+    static Vek16s before[160];
+    static Vek16s coefficients[160];
+    static Vek16s y[160];
+    alignas(64) static float fx[320], fy[320];
+    alignas(64) static int32_t ix[320], iy[320];
+    for (int i = 0; i < 160; ++i) {
+        x[i] = static_cast<Vek16s>(i * 7919 % 4003 - 2000);
+        fx[i] = fx[i + 160] = x[i];
+        ix[i] = ix[i + 160] = x[i];
+    }
+    static AVTXContext *real = nullptr, *whole = nullptr, *back = nullptr;
+    static av_tx_fn realFn = nullptr, wholeFn = nullptr, backFn = nullptr;
+    const float scale = 1;
+    if (av_tx_init(&real, &realFn, AV_TX_FLOAT_MDCT, 0, 160, &scale, 0) < 0 ||
+        av_tx_init(&whole, &wholeFn, AV_TX_INT32_MDCT, 0, 160, &scale, 0) < 0 ||
+        av_tx_init(&back, &backFn, AV_TX_INT32_MDCT, 1, 160, &scale, 0) < 0) {
+        return;
+    }
+    const auto forward = [] {
+        int norm = 0;
+        veksMDCTFwd_G7291_16s(x, before, &norm, coefficients, 2);
+    };
+    peerRow("veksMDCTFwd_G7291_16s", "libavutil MDCT of 160 in 32-bit integers", forward,
+            [] { wholeFn(whole, iy, ix, sizeof(int32_t)); });
+    peerRow("veksMDCTFwd_G7291_16s", "libavutil MDCT of 160 in float (no window)", forward,
+            [] { realFn(real, fy, fx, sizeof(float)); });
+    peerRow(
+        "veksMDCTInv_G7291_16s", "libavutil inverse MDCT of 160 in 32-bit integers",
+        [] { veksMDCTInv_G7291_16s(coefficients, before, y, 1); }, [] { backFn(back, iy, ix, sizeof(int32_t)); });
 }
 #endif

@@ -11,6 +11,11 @@ const GridCase gridCases[] = {
     {"veksQMFEncode_G7291_16s", 2, "160,-,-,-,-,-", "320,-,-,-,-,-", "p_7291flt", false, 320},
     {"veksFilterLowpass_G7291_16s_I", 2, "80,-,-,-,-,-", "160,-,-,-,-,-", "p_7291flt", false, 160},
     {"veksFilterHighpass_G7291_16s_ISfs", 3, "160,-,-,-,-,-1", "160,-,-,-,-,1", "p_7291flt", false, 160},
+    {"veksMDCTQuantInv_G7291_32u16s", 1, "18,-,-,-,-,-", "18,-,-,-,-,-", "p_7291tdac", false, 18},
+    {"veksMDCTQuantFwd_G7291_16s32u", 1, "18,-,-,-,-,-", "18,-,-,-,-,-", "p_7291tdac", false, 18},
+    {"veksMDCTPostProcess_G7291_16s", 12, "160,0,-,-,-,-", "160,11,-,-,-,-", "p_7291tdac", false, 160},
+    {"veksMDCTInv_G7291_16s", 2, "160,1,-,-,-,-", "160,2,-,-,-,-", "p_7291tdac", false, 160},
+    {"veksMDCTFwd_G7291_16s", 1, "160,-,-,-,-,-", "160,-,-,-,-,-", "p_7291tdac", false, 160},
     {"veksLSFDecode_G7291_16s", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_7291gainqnt", false, 10},
     {"veksGainQuant_G7291_16s", 4, "40,1,-,-,-,-", "40,4,-,-,-,-", "p_7291gainqnt", false, 40},
     {"veksGainControl_G7291_16s_I", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_7291gainqnt", false, 40},
@@ -27,6 +32,8 @@ TEST(G7291SuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksAdaptiveCodebookSearch_G7291_16s"), "len,lag,subFrame,-,-,-");
     EXPECT_EQ(nameRow("veksAdaptiveCodebookGain_G7291_16s"), "len,subFrame,-,-,-,-");
     EXPECT_EQ(nameRow("veksGainQuant_G7291_16s"), "len,subFrame,-,-,-,-");
+    EXPECT_EQ(nameRow("veksMDCTPostProcess_G7291_16s"), "len,numBits,-,-,-,-");
+    EXPECT_EQ(nameRow("veksMDCTInv_G7291_16s"), "len,normFactor,-,-,-,-");
     EXPECT_EQ(nameRow("veksAlgebraicCodebookSearchL1_G7291_16s"), "len,-,-,-,-,-");
 }
 

@@ -119,6 +119,47 @@ VEK_API VekStatus veksFilterLowpassGetStateSize_G7291_16s(int* pSize);
 VEK_API VekStatus veksFilterLowpassInit_G7291_16s(void* pState);
 VEK_API VekStatus veksFilterLowpass_G7291_16s_I(Vek16s* pSrcDst, int len, void* pStateLo, int sections);
 
+// --- TDAC: transform coding of both bands ---
+
+// Modulated lapped transform of a band under the sine window w(n) = sin((n + 1/2) pi / 320), with time domain alias
+// cancellation: X(k) = sqrt(2/160) * sum of w(n) x(n) cos((n + 80.5) (k + 1/2) pi / 160), n = 0..319, k = 0..159.
+// G.729.1 6.9, 7.4.
+//
+// pSrc are the 160 new samples, pSrcDst the 160 before, which it receives the new ones in place of. The coefficients
+// leave as X(k) * 2^*pNormFactor, rounded: as large as they may be for `headroom` (0..8) bits to spare, 11 at the most;
+// of a silent frame the factor is 0.
+VEK_API VekStatus veksMDCTFwd_G7291_16s(const Vek16s* pSrc, Vek16s* pSrcDst, int* pNormFactor, Vek16s* pMDCTCoeffs,
+                                        int headroom);
+// 160 samples from the coefficients X(k) * 2^normFactor, normFactor -15..15, else vekStsScaleRangeErr. pMDCTPrevCoeffs
+// is the windowed second half of the frame before, 0 at the start, and receives that of this one. Rounded, saturated:
+// also the half that is kept.
+VEK_API VekStatus veksMDCTInv_G7291_16s(const Vek16s* pMDCTCoeffs, Vek16s* pMDCTPrevCoeffs, Vek16s* pDst,
+                                        int normFactor);
+
+// Post-processing of the 160 decoded coefficients of the higher band, in place: each is taken times
+// 1 + a (|X(k)| / mean - 1), where the mean is that of the magnitudes of the up to 7 neighbours on each side and its
+// own and the ratio at most 2, and all times one factor that keeps their sum of magnitudes. a = (12 - rate) / 24: the
+// fewer bits, the more. rate 0..11 counts the codec's rates from 8 and 12 in steps of 2 to 32 kbit/s. G.729.1 7.5; the
+// formula is ours.
+VEK_API VekStatus veksMDCTPostProcess_G7291_16s(Vek16s* pMDCTCoeffs, int rate);
+
+// Spherical vector quantiser of 280 coefficients in 18 bands, 17 of 16 and the last of 8; pBitsNumber tells the bits of
+// each, 0..16. A band's point is the signed arrangement of a leader that lies nearest in direction. A codebook of b
+// bits takes the leaders, whole numbers in falling order without a common divisor, in the order of their sum of
+// squares, within it by falling elements, each with all its arrangements and signs if these still fit into 2^b. A
+// point's number is that of the first one of its leader + 2^m * rank + signs: the rank counts the arrangements of the
+// magnitudes, larger numbers first, the m signs of elements that are not 0 stand first to last from the uppermost bit,
+// 1 is negative. Fewer bits than the first leader needs (5, in the last band 4) code nothing. G.729.1 6.9, 7.4; the
+// codebooks are ours.
+//
+// The 11 words of pDst receive the numbers band after band from the uppermost bit of the first word, zeros behind.
+VEK_API VekStatus veksMDCTQuantFwd_G7291_16s32u(const Vek16s* pMDCTCoeffs, const Vek16s* pBitsNumber, Vek32u* pDst);
+// The points of those numbers, at the root mean square 2^(pQuantSpecEnv/2) that the spectral envelope tells for each of
+// 18 bands, its index taken as the nearest of -11..20. pMDCTCoeffs receives 320 coefficients, zeros from 280 on and for
+// a number that no point has.
+VEK_API VekStatus veksMDCTQuantInv_G7291_32u16s(const Vek32u* pSrc, const Vek16s* pBitsNumber,
+                                                const Vek16s* pQuantSpecEnv, Vek16s* pMDCTCoeffs);
+
 #ifdef __cplusplus
 }
 #endif

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <functional>
 
+#include "sc/common/arrangements.h"
+
 namespace vek::lattice {
 namespace {
 
@@ -22,25 +24,6 @@ struct Codebook {
     std::array<Leader, kClasses> leader;
     int count;
 };
-
-constexpr std::array<int32_t, 9> kFactorial = {1, 1, 2, 6, 24, 120, 720, 5040, 40320};
-
-// Arrangements of the elements that are counted.
-int32_t arrangements(const std::array<int8_t, 32>& counts, int elements) {
-    int32_t n = kFactorial[static_cast<size_t>(elements)];
-    for (const int8_t c : counts) {
-        n /= kFactorial[static_cast<size_t>(c)];
-    }
-    return n;
-}
-
-std::array<int8_t, 32> countsOf(const std::array<int8_t, kDim>& leader) {
-    std::array<int8_t, 32> counts{};
-    for (const int8_t e : leader) {
-        ++counts[static_cast<size_t>(e)];
-    }
-    return counts;
-}
 
 // Signs are free for even points; for odd ones the last follows from the sum, which is a multiple of four.
 int signBits(const std::array<int8_t, kDim>& leader) {
@@ -70,7 +53,7 @@ struct Builder {
         if (!inLattice(leader)) {
             return;
         }
-        const int32_t orders = arrangements(countsOf(leader), kDim);
+        const auto orders = static_cast<int32_t>(arrangements(countsOf(leader), kDim));
         const int bits = signBits(leader);
         const int32_t points = orders << bits;
         if (points <= room - used && book.count < kClasses) {
@@ -110,44 +93,6 @@ const Codebook& book(int number) {
     return g_books[static_cast<size_t>(number - 2)];
 }
 
-// Rank of an arrangement among those of its elements, larger elements first.
-int32_t rank(const std::array<int8_t, kDim>& x, std::array<int8_t, 32> counts) {
-    int32_t r = 0;
-    for (size_t i = 0; i < kDim; ++i) {
-        const int left = static_cast<int>(kDim - i) - 1;
-        for (size_t e = 31; e > static_cast<size_t>(x[i]); --e) {
-            if (counts[e] > 0) {
-                --counts[e];
-                r += arrangements(counts, left);
-                ++counts[e];
-            }
-        }
-        --counts[static_cast<size_t>(x[i])];
-    }
-    return r;
-}
-
-std::array<int8_t, kDim> arrangement(int32_t r, std::array<int8_t, 32> counts) {
-    std::array<int8_t, kDim> x{};
-    for (size_t i = 0; i < kDim; ++i) {
-        for (int e = 31; e >= 0; --e) {
-            auto& count = counts[static_cast<size_t>(e)];
-            if (count == 0) {
-                continue;
-            }
-            --count;
-            const int32_t n = arrangements(counts, static_cast<int>(kDim - i) - 1);
-            if (r < n) {
-                x[i] = static_cast<int8_t>(e);
-                break;
-            }
-            r -= n;
-            ++count;
-        }
-    }
-    return x;
-}
-
 bool findInBook(const Point& x, int number, int32_t& index) {
     std::array<int8_t, kDim> size{};
     int norm = 0;
@@ -175,7 +120,7 @@ bool findInBook(const Point& x, int number, int32_t& index) {
                     signs |= (x[i] < 0 ? 1 : 0) << bit++;
                 }
             }
-            index = l.first + (rank(size, countsOf(leader)) << l.signs) + signs;
+            index = l.first + (static_cast<int32_t>(rankOf(size.data(), kDim, countsOf(leader))) << l.signs) + signs;
             return true;
         }
     }
@@ -194,7 +139,8 @@ Point pointOfBook(int32_t index, int number) {
         if (inside >= l.arrangements << l.signs) {
             return x; // behind the last leader
         }
-        const auto size = arrangement(inside >> l.signs, countsOf(l.element));
+        std::array<int8_t, kDim> size{};
+        arrangementOf(inside >> l.signs, countsOf(l.element), size.data(), kDim);
         int bit = 0;
         int32_t sum = 0;
         for (size_t i = 0; i < kDim; ++i) {

@@ -1,7 +1,7 @@
-// Cosine transform of type IV (320, 640) and real Fourier transform (128) of 16-bit samples in 32-bit arithmetic.
-// The core is a complex transform of 8 * M points, M = 8, 20, 40: eight transforms of M points side by side, one a
-// lane, a rotation, and M transforms of eight points, again eight at a time. 20 and 40 points go by the prime factor
-// map 4 x 5 and 8 x 5, which needs no rotation.
+// Cosine transform of type IV (160, 320, 640) and real Fourier transform (128) of 16-bit samples in 32-bit arithmetic.
+// The core is a complex transform of 8 * M points, M = 8, 10, 20, 40: eight transforms of M points side by side, one a
+// lane, a rotation, and M transforms of eight points, again eight at a time. 10, 20 and 40 points go by the prime
+// factor map 2 x 5, 4 x 5 and 8 x 5, which needs no rotation.
 #include "sc/kernels/transform.h"
 
 #include "sc/kernels/simd.h"
@@ -116,7 +116,11 @@ VEK_INLINE void columns(const TransformTable<M>& t, const int32_t* srcRe, const 
                 const int n = (5 * a + R * b) % M;
                 x[a] = loadC(srcRe + 8 * n, srcIm + 8 * n);
             }
-            if constexpr (R == 4) {
+            if constexpr (R == 2) {
+                const C8 sum = x[0] + x[1];
+                x[1] = x[0] - x[1];
+                x[0] = sum;
+            } else if constexpr (R == 4) {
                 fft4(x);
             } else {
                 fft8(x);
@@ -126,8 +130,8 @@ VEK_INLINE void columns(const TransformTable<M>& t, const int32_t* srcRe, const 
             }
         }
         // Row k with k mod R = a and k mod 5 = b: k = (5 i a + R j b) mod M, where 5 i = 1 mod R and R j = 1 mod 5.
-        constexpr int fromA = R == 4 ? 5 : 25;
-        constexpr int fromB = 16;
+        constexpr int fromA = R == 8 ? 25 : 5;
+        constexpr int fromB = R == 2 ? 6 : 16;
         for (int a = 0; a < R; ++a) {
             C8 x[5];
             for (int b = 0; b < 5; ++b) {
@@ -214,6 +218,30 @@ void dct640(const int16_t* src, int16_t* dst) {
     dct4<40>(g_dct640, src, dst);
 }
 
+void dct160(const int32_t* src, int32_t* dst) {
+    constexpr int half = 80;
+    alignas(32) int32_t re[half + 8];
+    alignas(32) int32_t im[half + 8];
+    alignas(32) int32_t outRe[half + 8];
+    alignas(32) int32_t outIm[half + 8];
+    for (int n = 0; n < half; ++n) {
+        re[n] = src[2 * n];
+        im[half - 1 - n] = src[2 * n + 1];
+    }
+    for (int n = 0; n < half; n += 8) {
+        storeC(re + n, im + n, rotate(loadC(re + n, im + n), load(g_dct160.preRe + n), load(g_dct160.preIm + n)));
+    }
+    complexFft<10>(g_dct160, re, im, outRe, outIm);
+    for (int n = 0; n < half; n += 8) {
+        storeC(re + n, im + n,
+               rotate(loadC(outRe + n, outIm + n), load(g_dct160.postRe + n), load(g_dct160.postIm + n)));
+    }
+    for (int n = 0; n < half; ++n) {
+        dst[2 * n] = re[n];
+        dst[2 * n + 1] = -im[half - 1 - n];
+    }
+}
+
 // 7 bits behind the point: with the gain of 128 and the doubling of the split a full scale fills 31 bits.
 void fft128(int16_t* srcDst) {
     constexpr int guard = 7;
@@ -246,6 +274,6 @@ void fft128(int16_t* srcDst) {
 
 } // namespace
 
-VEK_KERNEL_TABLE(TransformKernels, transformKernels) = {dct320, dct640, fft128};
+VEK_KERNEL_TABLE(TransformKernels, transformKernels) = {dct320, dct640, fft128, dct160};
 
 } // namespace vek

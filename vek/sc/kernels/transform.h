@@ -19,6 +19,7 @@ struct TransformTable {
     alignas(32) int32_t postIm[8 * M];
 };
 
+extern const TransformTable<10> g_dct160;
 extern const TransformTable<20> g_dct320;
 extern const TransformTable<40> g_dct640;
 extern const TransformTable<8> g_fft128;
@@ -29,6 +30,8 @@ struct TransformKernels {
     void (*dct640)(const int16_t* src, int16_t* dst);
     // In place, divided by 128, permuted: re 0, re 64, re 1, im 1, ...
     void (*fft128)(int16_t* srcDst);
+    // Orthonormal cosine transform of type IV of 32-bit samples below 2^27; dst may be src.
+    void (*dct160)(const int32_t* src, int32_t* dst);
 };
 
 VEK_KERNEL_PICK(TransformKernels, transformKernels)

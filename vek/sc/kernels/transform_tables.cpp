@@ -54,6 +54,7 @@ TransformTable<8> fftTable() {
 
 } // namespace
 
+const TransformTable<10> g_dct160 = dctTable<10>();
 const TransformTable<20> g_dct320 = dctTable<20>();
 const TransformTable<40> g_dct640 = dctTable<40>();
 const TransformTable<8> g_fft128 = fftTable();

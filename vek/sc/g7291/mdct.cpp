@@ -1,0 +1,152 @@
+// Modulated lapped transform of 160 coefficients under the sine window, and the post-processing of decoded
+// coefficients. The transform is a fold and a cosine transform of type IV, with 11 bits behind the point.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <numbers>
+
+#include "sc/common/fixmath.h"
+#include "sc/common/signal_check.h"
+#include "sc/kernels/transform.h"
+#include "veksc_g7291.h"
+
+using namespace vek;
+
+namespace {
+
+constexpr int kSize = 160;
+constexpr int kHalf = kSize / 2;
+constexpr int kFraction = 11;
+constexpr int kMostHeadroom = 8;
+constexpr int kMostNorm = 15;
+constexpr int kRates = 12;
+constexpr int kReach = 7;
+
+// The rising half of the window, Q15; the falling one is the same backwards.
+const std::array<int32_t, kSize> g_window = [] {
+    std::array<int32_t, kSize> w{};
+    for (int n = 0; n < kSize; ++n) {
+        w[static_cast<size_t>(n)] =
+            static_cast<int32_t>(std::lround(32768 * std::sin((n + 0.5) * std::numbers::pi / (2 * kSize))));
+    }
+    return w;
+}();
+
+template <class Value>
+Value rounded(Value v, int shift) {
+    return (v + (Value{1} << (shift - 1))) >> shift;
+}
+
+// A coefficient's weight, Q14: 1 + strength * (its magnitude over the mean around it - 1), the ratio at most 2.
+struct Weights {
+    const Vek16s* y;
+    int32_t strength; // Q15
+    int64_t sum = 0;
+    int first = 0;
+    int last = -1;
+
+    // To be called for k = 0, 1, 2, ...
+    int at(int k) {
+        while (last < std::min(k + kReach, kSize - 1)) {
+            sum += std::abs(int{y[++last]});
+        }
+        if (first < k - kReach) {
+            sum -= std::abs(int{y[first++]});
+        }
+        if (sum == 0) {
+            return 16384;
+        }
+        const int64_t ratio = std::min<int64_t>(16384 * int64_t{std::abs(int{y[k]})} * (last - first + 1) / sum, 32768);
+        return static_cast<int>(16384 + (((ratio - 16384) * strength) >> 15));
+    }
+};
+
+} // namespace
+
+VekStatus veksMDCTFwd_G7291_16s(const Vek16s* pSrc, Vek16s* pSrcDst, int* pNormFactor, Vek16s* pMDCTCoeffs,
+                                int headroom) {
+    if (anyNull(pSrc, pSrcDst, pMDCTCoeffs) || anyNull(pNormFactor)) {
+        return vekStsNullPtrErr;
+    }
+    if (headroom < 0 || headroom > kMostHeadroom) {
+        return vekStsRangeErr;
+    }
+    // Neither sum reaches 2^31.
+    alignas(32) int32_t u[kSize];
+    const auto& w = g_window;
+    for (int n = 0; n < kHalf; ++n) {
+        const auto i = static_cast<size_t>(n);
+        const int32_t fresh = -pSrc[kHalf - 1 - n] * w[i + kHalf] - pSrc[kHalf + n] * w[kHalf - 1 - i];
+        const int32_t old = pSrcDst[n] * w[i] - pSrcDst[kSize - 1 - n] * w[kSize - 1 - i];
+        u[n] = rounded(fresh, 15 - kFraction);
+        u[kHalf + n] = rounded(old, 15 - kFraction);
+    }
+    std::copy_n(pSrc, kSize, pSrcDst);
+    transformKernels().dct160(u, u);
+    int32_t largest = 0;
+    for (const int32_t v : u) {
+        largest = std::max(largest, std::abs(v));
+    }
+    const int room = fix::norm_l(largest);
+    const int norm = largest == 0 ? 0 : std::min(room - (16 - kFraction) - headroom, kFraction);
+    // Neither does a coefficient.
+    const int shift = kFraction - norm;
+    const int32_t half = shift == 0 ? 0 : 1 << (shift - 1);
+    for (int k = 0; k < kSize; ++k) {
+        pMDCTCoeffs[k] = fix::sat16((u[k] + half) >> shift);
+    }
+    *pNormFactor = norm;
+    return vekStsNoErr;
+}
+
+VekStatus veksMDCTInv_G7291_16s(const Vek16s* pMDCTCoeffs, Vek16s* pMDCTPrevCoeffs, Vek16s* pDst, int normFactor) {
+    if (anyNull(pMDCTCoeffs, pMDCTPrevCoeffs, pDst)) {
+        return vekStsNullPtrErr;
+    }
+    if (normFactor < -kMostNorm || normFactor > kMostNorm) {
+        return vekStsScaleRangeErr;
+    }
+    alignas(32) int32_t u[kSize];
+    for (int k = 0; k < kSize; ++k) {
+        u[k] = pMDCTCoeffs[k] * (1 << kFraction);
+    }
+    transformKernels().dct160(u, u);
+    const int shift = 15 + kFraction + normFactor;
+    const auto& w = g_window;
+    for (int n = 0; n < kSize; ++n) {
+        const auto i = static_cast<size_t>(n);
+        const int64_t now = n < kHalf ? u[kHalf + n] : -int64_t{u[kSize + kHalf - 1 - n]};
+        const int64_t next = n < kHalf ? -int64_t{u[kHalf - 1 - n]} : -int64_t{u[n - kHalf]};
+        pDst[n] = fix::sat16_64(pMDCTPrevCoeffs[n] + rounded(w[i] * now, shift));
+        pMDCTPrevCoeffs[n] = fix::sat16_64(rounded(w[kSize - 1 - i] * next, shift));
+    }
+    return vekStsNoErr;
+}
+
+VekStatus veksMDCTPostProcess_G7291_16s(Vek16s* pMDCTCoeffs, int rate) {
+    if (anyNull(pMDCTCoeffs)) {
+        return vekStsNullPtrErr;
+    }
+    if (rate < 0 || rate >= kRates) {
+        return vekStsRangeErr;
+    }
+    Weights weights{.y = pMDCTCoeffs, .strength = 32768 * (kRates - rate) / (2 * kRates)};
+    int32_t weighted[kSize];
+    int64_t before = 0;
+    int64_t after = 0;
+    for (int k = 0; k < kSize; ++k) {
+        weighted[k] = pMDCTCoeffs[k] * weights.at(k);
+        before += std::abs(int{pMDCTCoeffs[k]});
+        after += std::abs(int64_t{weighted[k]});
+    }
+    if (before == 0) {
+        return vekStsNoErr;
+    }
+    // Q14; a weight is a half or more.
+    const int64_t level = (before << 28) / after;
+    for (int k = 0; k < kSize; ++k) {
+        pMDCTCoeffs[k] = fix::sat16_64(rounded(weighted[k] * level, 28));
+    }
+    return vekStsNoErr;
+}

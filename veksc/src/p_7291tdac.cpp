@@ -1,0 +1,107 @@
+// Transform coding of G.729.1: lapped transform, its quantiser and post-processing.
+#include "vkc.h"
+
+namespace {
+
+vkVector pSrc;
+vkVector pDst;
+vkVector pSrcDst;
+vkVector pQuantSpecEnv;
+vkVector pBitsNumber;
+vkVector pMDCTCoeffs;
+vkVector pMDCTPrevCoeffs;
+krStepIterator<int> len;
+krStepIterator<int> rate;
+krStepIterator<int> normFactor;
+vkcGrid grid;
+int pNormFactor;
+
+constexpr int coefficients = 320;
+
+class Tim7291TDAC : public prTest {
+public:
+    using prTest::prTest;
+    bool canStart() override;
+    bool canContinue() override;
+    void flushData() override;
+    double getDivisor() override { return len.value(); }
+    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    void parmsToOstrm() override { grid.toOstrm(); }
+    void parmsToCstrm() override { grid.toCstrm(); }
+    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+private:
+    bool m_quantInv = false;
+    bool m_quantFwd = false;
+    bool m_post = false;
+    bool m_inverse = false;
+};
+
+bool Tim7291TDAC::canStart() {
+    m_quantInv = m_func.contains("veksMDCTQuantInv_G7291_32u16s");
+    m_quantFwd = m_func.contains("veksMDCTQuantFwd_G7291_16s32u");
+    m_post = m_func.contains("veksMDCTPostProcess_G7291_16s");
+    m_inverse = m_func.contains("veksMDCTInv_G7291_16s");
+    const int size = m_quantInv || m_quantFwd ? 18 : 160;
+    vkcRebuild(len, "len").set(size, size, 1, '+');
+    vkcFix(rate, 0);
+    vkcFix(normFactor, 1);
+    if (m_post) {
+        vkcRebuild(rate, "numBits").set(0, 11, 1, '+');
+        grid.begin({&len, &rate});
+    } else if (m_inverse) {
+        vkcRebuild(normFactor, "normFactor").set(1, 2, 1, '+');
+        grid.begin({&len, &normFactor});
+    } else {
+        grid.begin({&len});
+    }
+    pSrc.init(m_func, vkArg::src);
+    pDst.init(m_func, vkArg::dst);
+    for (vkVector* vector : {&pSrcDst, &pQuantSpecEnv, &pBitsNumber, &pMDCTCoeffs, &pMDCTPrevCoeffs}) {
+        vector->init(vk16s);
+    }
+    return true;
+}
+
+bool Tim7291TDAC::canContinue() {
+    if (!grid.next(m_isFirst)) {
+        return false;
+    }
+    const int size = len.value();
+    if (m_quantInv) {
+        return pSrc.createVector(size, setRand, 0, 32767) && pQuantSpecEnv.createVector(size, setRand, -32768, 32767) &&
+               pBitsNumber.createVector(size, setRand, 0, 16) && pMDCTCoeffs.createVector(coefficients, setZero, 0, 0);
+    }
+    if (m_quantFwd) {
+        return pMDCTCoeffs.createVector(coefficients, setRand, -512, 512) &&
+               pBitsNumber.createVector(size, setRand, 0, 16) && pDst.createVector(size, setZero, 0, 0);
+    }
+    if (m_post) {
+        return pMDCTCoeffs.createVector(size, setRand, -512, 512);
+    }
+    if (m_inverse) {
+        return pMDCTCoeffs.createVector(size, setRand, -512, 512) &&
+               pMDCTPrevCoeffs.createVector(size, setRand, -512, 512) && pDst.createVector(size, setZero, 0, 0);
+    }
+    return pSrc.createVector(size, setRand, -2048, 2048) && pSrcDst.createVector(size, setRand, -2048, 2048) &&
+           pMDCTCoeffs.createVector(size, setZero, 0, 0);
+}
+
+void Tim7291TDAC::flushData() {
+    for (vkVector* vector : {&pMDCTPrevCoeffs, &pMDCTCoeffs, &pBitsNumber, &pQuantSpecEnv, &pSrcDst, &pDst, &pSrc}) {
+        vector->deleteVector();
+    }
+}
+
+} // namespace
+
+VK_REG(Tim7291TDAC, veksMDCTFwd_G7291_16s,
+       veksMDCTFwd_G7291_16s(pSrc.m_16s, pSrcDst.m_16s, &pNormFactor, pMDCTCoeffs.m_16s, 2))
+VK_REG(Tim7291TDAC, veksMDCTInv_G7291_16s,
+       veksMDCTInv_G7291_16s(pMDCTCoeffs.m_16s, pMDCTPrevCoeffs.m_16s, pDst.m_16s, normFactor.value()))
+VK_REG(Tim7291TDAC, veksMDCTPostProcess_G7291_16s, veksMDCTPostProcess_G7291_16s(pMDCTCoeffs.m_16s, rate.value()))
+VK_REG(Tim7291TDAC, veksMDCTQuantFwd_G7291_16s32u,
+       veksMDCTQuantFwd_G7291_16s32u(pMDCTCoeffs.m_16s, pBitsNumber.m_16s, pDst.m_32u))
+VK_REG(Tim7291TDAC, veksMDCTQuantInv_G7291_32u16s,
+       veksMDCTQuantInv_G7291_32u16s(pSrc.m_32u, pBitsNumber.m_16s, pQuantSpecEnv.m_16s, pMDCTCoeffs.m_16s))
