@@ -131,8 +131,8 @@ VEK_API VekStatus veksFilterLowpass_G7291_16s_I(Vek16s* pSrcDst, int len, void* 
 VEK_API VekStatus veksMDCTFwd_G7291_16s(const Vek16s* pSrc, Vek16s* pSrcDst, int* pNormFactor, Vek16s* pMDCTCoeffs,
                                         int headroom);
 // 160 samples from the coefficients X(k) * 2^normFactor, normFactor -15..15, else vekStsScaleRangeErr. pMDCTPrevCoeffs
-// is the windowed second half of the frame before, 0 at the start, and receives that of this one. Rounded, saturated:
-// also the half that is kept.
+// is the windowed second half of the frame before, 0 at the start, and receives that of this one. Both are rounded and
+// saturated.
 VEK_API VekStatus veksMDCTInv_G7291_16s(const Vek16s* pMDCTCoeffs, Vek16s* pMDCTPrevCoeffs, Vek16s* pDst,
                                         int normFactor);
 

@@ -131,7 +131,7 @@ VEK_INLINE void columns(const TransformTable<M>& t, const int32_t* srcRe, const 
         }
         // Row k with k mod R = a and k mod 5 = b: k = (5 i a + R j b) mod M, where 5 i = 1 mod R and R j = 1 mod 5.
         constexpr int fromA = R == 8 ? 25 : 5;
-        constexpr int fromB = R == 2 ? 6 : 16;
+        constexpr int fromB = 16;
         for (int a = 0; a < R; ++a) {
             C8 x[5];
             for (int b = 0; b < 5; ++b) {
