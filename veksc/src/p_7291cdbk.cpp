@@ -39,7 +39,7 @@ private:
 
 bool Tim7291cdbk::canStart() {
     m_first = m_func.contains("veksAlgebraicCodebookSearchL1_G7291_16s");
-    vkcRebuild(len, "len").set(40, 40, 1, '+');
+    vkcRebuild(len, "len").setList({40});
     grid.begin({&len});
     for (vkVector* vector : {&pSrcDstImpulseResponse, &pSrcDstFltAdptVector, &pSrcFixedTarget, &pSrcLtpResidual,
                              &pDstFixedVector, &pDstFltFixedVector, &pDstCodebookIdx, &pSrcImpulseResponse}) {
@@ -50,7 +50,7 @@ bool Tim7291cdbk::canStart() {
 
 bool Tim7291cdbk::canContinue() {
     return grid.next(m_isFirst) && pDstCodebookIdx.createVector(2, setZero, 0, 0) &&
-           SetData_Cdbk(len.value(), pDstCodebookIdx.m_16s);
+           SetData_Cdbk(grid.room(len), pDstCodebookIdx.m_16s);
 }
 
 // What both searches take; a layer's own response and vector go with it.

@@ -48,7 +48,7 @@ bool Tim7291flt::canStart() {
     vkcRebuild(len, "len");
     vkcScales(scaleFactor, "scaleFactor", m_func, -1, 0, 1);
     if (m_high) {
-        len.set(160, 160, 1, '+');
+        len.setList({160});
         grid.begin({&len, &scaleFactor});
     } else {
         if (m_encode) {
@@ -85,7 +85,7 @@ bool Tim7291flt::canContinue() {
     if (!grid.next(m_isFirst) || !makeStates()) {
         return false;
     }
-    const int size = len.value();
+    const int size = grid.room(len);
     if (m_decode) {
         // Two samples for each pair of the bands.
         return pSrcLowBand.createVector(size, setRand, -2048, 2048) &&

@@ -52,7 +52,7 @@ bool Tim7291gainqnt::canStart() {
     m_quant = m_func.contains("veksGainQuant_G7291_16s");
     m_control = m_func.contains("veksGainControl_G7291_16s_I");
     const int size = m_lsf ? 10 : subframeLength;
-    vkcRebuild(len, "len").set(size, size, 1, '+');
+    vkcRebuild(len, "len").setList({size});
     if (m_quant) {
         vkcRebuild(subFrame, "subFrame").set(1, 4, 1, '+');
         grid.begin({&len, &subFrame});
@@ -71,7 +71,7 @@ bool Tim7291gainqnt::canContinue() {
     if (!grid.next(m_isFirst)) {
         return false;
     }
-    const int size = len.value();
+    const int size = grid.room(len);
     if (m_quant) {
         return pSrcFixedTarget.createVector(size, setRand, -2048, 2048) &&
                pSrcFltFixedVector.createVector(size, setRand, -2048, 2048);

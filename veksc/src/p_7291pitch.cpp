@@ -53,11 +53,11 @@ bool Tim7291pitch::canStart() {
     vkcFix(frac, 0);
     vkcFix(subFrame, 0);
     if (m_decode) {
-        len.set(excitation, excitation, 1, '+');
+        len.setList({excitation});
         vkcRebuild(lag, "lag").set(20, 143, 40, '+');
         vkcRebuild(frac, "subFrame").set(-1, 1, 1, '+');
     } else {
-        len.set(40, 40, 1, '+');
+        len.setList({40});
         vkcRebuild(subFrame, "subFrame").set(0, 80, 40, '+');
         if (m_search) {
             vkcRebuild(lag, "lag").set(20, 100, 40, '+');
@@ -72,12 +72,13 @@ bool Tim7291pitch::canStart() {
 }
 
 bool Tim7291pitch::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrcDelay.createVector(2, setZero, 0, 0) ||
-        !pSrcDstPrevExcitation.createVector(len.value(), setRand, -2048, 2048) ||
-        !pSrcAdptTarget.createVector(len.value(), setRand, -2048, 2048) ||
-        !pSrcImpulseResponse.createVector(len.value(), setRand, -2048, 2048) ||
+    if (!grid.next(m_isFirst) || !vkcCounts(subFrame, excitation - 40 + 1) ||
+        !pSrcDelay.createVector(2, setZero, 0, 0) ||
+        !pSrcDstPrevExcitation.createVector(grid.room(len), setRand, -2048, 2048) ||
+        !pSrcAdptTarget.createVector(grid.room(len), setRand, -2048, 2048) ||
+        !pSrcImpulseResponse.createVector(grid.room(len), setRand, -2048, 2048) ||
         !pSrcAdptVector.createVector(excitation, setRand, -2048, 2048) ||
-        !pDstFltAdptVector.createVector(len.value(), setZero, 0, 0) ||
+        !pDstFltAdptVector.createVector(grid.room(len), setZero, 0, 0) ||
         !pSrcPrevExcitation.createVector(excitation, setRand, -2048, 2048) ||
         !pDstDelay.createVector(2, setZero, 0, 0)) {
         return false;

@@ -44,7 +44,7 @@ bool Tim7291TDAC::canStart() {
     m_post = m_func.contains("veksMDCTPostProcess_G7291_16s");
     m_inverse = m_func.contains("veksMDCTInv_G7291_16s");
     const int size = m_quantInv || m_quantFwd ? 18 : 160;
-    vkcRebuild(len, "len").set(size, size, 1, '+');
+    vkcRebuild(len, "len").setList({size});
     vkcFix(rate, 0);
     vkcFix(normFactor, 1);
     if (m_post) {
@@ -68,7 +68,7 @@ bool Tim7291TDAC::canContinue() {
     if (!grid.next(m_isFirst)) {
         return false;
     }
-    const int size = len.value();
+    const int size = grid.room(len);
     if (m_quantInv) {
         return pSrc.createVector(size, setRand, 0, 32767) && pQuantSpecEnv.createVector(size, setRand, -32768, 32767) &&
                pBitsNumber.createVector(size, setRand, 0, 16) && pMDCTCoeffs.createVector(coefficients, setZero, 0, 0);

@@ -239,3 +239,14 @@ void vek::pulses::searchPairs(const Vek16s* target, const Vek16s* residual, cons
         pairsOn<Five>(target, residual, h, pulses, found);
     }
 }
+
+void vek::pulses::signsAndPeaks(const Vek16s* residual, Vek16s* d, Vek16s* sign, int8_t (&peaks)[5]) {
+    int8_t tracks[1];
+    prepare<Five>(residual, d, sign, tracks, peaks, 1);
+}
+
+void vek::pulses::addResponse(const Vek16s* h, int position, bool plus, Vek16s* y) {
+    for (int i = position; i < kLen; ++i) {
+        y[i] = sat16(plus ? y[i] + h[i - position] : y[i] - h[i - position]);
+    }
+}

@@ -23,6 +23,12 @@ constexpr int slotOnFive(int position) {
 // Correlations, their signs and the matrix, on five tracks.
 void signedField(const Vek16s* target, const Vek16s* h, Vek16s* sign, PulseField& field);
 
+// Signs by correlation and residual together, which d takes, and the strongest lane of each of five tracks.
+void signsAndPeaks(const Vek16s* residual, Vek16s* d, Vek16s* sign, int8_t (&peaks)[5]);
+
+// Adds the response from `position` on, with a sign; saturates.
+void addResponse(const Vek16s* h, int position, bool plus, Vek16s* y);
+
 // Two to four pulses on five tracks, tried in chains; a chain begins at one of the `kept` strongest positions of its
 // first track.
 void searchChains(const Vek16s* target, const Vek16s* h, const PulseChain* chains, int count, int pulses, int kept,

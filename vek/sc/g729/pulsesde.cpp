@@ -22,12 +22,7 @@ constexpr int kSecondPositions[32] = {0,  2,  5,  4,  12, 10, 7,  9,  25, 24, 20
                                       36, 31, 21, 26, 1,  6,  16, 11, 27, 29, 32, 30, 39, 37, 34, 35};
 
 // Adds the response from `position` on, with a sign.
-void addResponse(const Vek16s* h, int position, bool plus, Vek16s* y) {
-    for (int i = position; i < kSub; ++i) {
-        y[i] = fix::sat16(plus ? y[i] + h[i - position] : y[i] - h[i - position]);
-    }
-}
-
+using pulses::addResponse;
 void addResponse(const Vek32f* h, int position, bool plus, Vek32f* y) {
     for (int i = position; i < kSub; ++i) {
         y[i] += plus ? h[i - position] : -h[i - position];

@@ -29,14 +29,14 @@ constexpr Vek16s kMostSharpness = 13017; // 0.7945
 // Each track's place where residual and correlation together are largest.
 Choice peaks(const Vek16s* d, const Vek16s* residual) {
     Vek16s weighed[kSub];
-    signed char sign[kSub];
-    pulses::Start start{};
+    Vek16s sign[kSub];
+    int8_t lanes[kTracks];
     std::copy_n(d, kSub, weighed);
-    pulses::presetSigns(weighed, residual, kTracks, 4, sign, start);
+    pulses::signsAndPeaks(residual, weighed, sign, lanes);
     Choice choice;
-    choice.last = abs_s(d[start.position[4]]) > abs_s(d[start.position[3]]) ? 4 : 3;
+    choice.last = abs_s(d[lanes[4] * kTracks + 4]) > abs_s(d[lanes[3] * kTracks + 3]) ? 4 : 3;
     for (int n = 0; n < 4; ++n) {
-        choice.at[n] = start.position[choice.track(n)] / kTracks;
+        choice.at[n] = lanes[choice.track(n)];
     }
     return choice;
 }
@@ -59,7 +59,7 @@ void search(const Vek16s* target, const Vek16s* residual, const Vek16s* h, Vek16
     std::fill_n(filtered, kSub, Vek16s{0});
     for (int n = 0; n < 4; ++n) {
         const int at = found.position(n);
-        pulses::addResponse(h, at, code[at] > 0 ? 1 : -1, filtered);
+        pulses::addResponse(h, at, code[at] > 0, filtered);
     }
 }
 
