@@ -18,8 +18,8 @@ extern "C" {
 
 // Ten prediction coefficients from the autocorrelations of the lags 1..10 (pSrc). pSrcDstErr holds lag 0 before and the
 // energy of the prediction error after. pResultPk2 receives the second reflection coefficient of the error filter, Q15,
-// near 32767 for a sine; 32767 when the recursion breaks off because a coefficient is not below one, which leaves the later
-// prediction coefficients zero. 2.4.
+// near 32767 for a sine; 32767 when the recursion breaks off because a coefficient is not below one, which leaves the
+// later prediction coefficients zero. 2.4.
 VEK_API VekStatus veksLevinsonDurbin_G723_16s(const Vek16s* pSrc, Vek16s* pResultPk2, Vek16s* pSrcDstErr, Vek16s* pLPC);
 
 // LSFs of prediction coefficients with a bandwidth expansion of 0.994: zero crossings on a grid of 256 steps. Where

@@ -16,9 +16,8 @@ extern "C" {
 
 // --- core: pitch ---
 
-// Closed-loop search of the adaptive codebook in a subframe, over the whole delays lagMin..lagMax (20 <= lagMin <=
-// lagMax
-// <= 143). subFrame is where the subframe begins in the frame: 0, 40, 80 or 120; at 40 and 120, which are coded by
+// Closed-loop search of the adaptive codebook in a subframe, over the whole delays lagMin..lagMax within 20..143.
+// subFrame is where the subframe begins in the frame: 0, 40, 80 or 120; at 40 and 120, which are coded by
 // their distance from the delay before, all delays have thirds, at 0 and 80 those up to 84. Target Q0, impulse response
 // Q12. pSrcPrevExcitation holds 154 samples of excitation, oldest first, and behind them the 40 of the residual.
 // pDstDelay receives the whole delay and the thirds (-1..1). G.729.1 6.5, G.729 3.7.
