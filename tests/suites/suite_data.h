@@ -35,16 +35,9 @@ public:
             return;
         }
         m_test.parmsFromIstrm();
-        while (m_test.canContinue()) {
-            m_test.m_isFirst = false;
-            if (!m_test.initData()) {
-                return;
-            }
-            if (line-- == 0) {
-                m_ready = true;
-                return;
-            }
-            m_test.flushData();
+        next();
+        while (m_ready && line-- > 0) {
+            next();
         }
     }
     SuiteLine(const SuiteLine&) = delete;
@@ -59,10 +52,23 @@ public:
     krTest& test() { return m_test; }
     /// Whether the grid has the line and its data stand.
     bool ready() const { return m_ready; }
+    /// Takes the next line of the grid; false if there is none or its data fail.
+    bool next() {
+        if (!m_test.m_isFirst) {
+            m_test.flushData();
+        }
+        m_ready = m_test.canContinue() && m_test.initData();
+        m_test.m_isFirst = false;
+        return m_ready;
+    }
     /// The status of one call.
     int call() { return m_test.m_funcCall(); }
-    /// What is done before each call.
-    void restore() { m_test.m_funcInit(); }
+    /// What is done before each call, if anything.
+    void restore() {
+        if (m_test.m_funcInit != nullptr) {
+            m_test.m_funcInit();
+        }
+    }
 
     std::vector<SuiteBlock> blocks() const {
         std::vector<SuiteBlock> found;
@@ -98,16 +104,15 @@ public:
         }
         return all;
     }
-    /// The bytes of a block without an owner.
-    std::vector<unsigned char> plain(int index) {
+    /// The blocks without an owner; the state, where a suite has one, is the last of them.
+    std::vector<SuiteBlock> plain() const {
+        std::vector<SuiteBlock> found;
         for (const SuiteBlock& block : blocks()) {
-            if (block.owner == nullptr && index-- == 0) {
-                const auto* const first = static_cast<const unsigned char*>(block.data);
-                return {first, first + block.bytes};
+            if (block.owner == nullptr) {
+                found.push_back(block);
             }
         }
-        ADD_FAILURE() << "no such block of " << m_test.m_name.c_str();
-        return {};
+        return found;
     }
 
 private:
