@@ -20,10 +20,12 @@ struct SuiteBlock {
 
 /// A function's test on line `line` of its grid, with data and before any call. `values` are a user's, as
 /// "title=value". Vectors, matrices and plain blocks are counted from 0 in the order in which the suite made them.
+/// A suite's tests share their data: one line stands at a time.
 class SuiteLine {
 public:
     explicit SuiteLine(const char* function, int line = 0, std::initializer_list<const char*> values = {})
         : m_test(*findTest(function)) {
+        EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr) << "another line stands";
         setVekEnvironment();
         g_ostrm.setOutLevel(ERR);
         for (const char* value : values) {
@@ -47,6 +49,7 @@ public:
         m_test.flushStart();
         m_test.endTest();
         g_istrm.dataList().clear();
+        EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr) << m_test.m_name.c_str() << " leaves memory";
     }
 
     krTest& test() { return m_test; }
