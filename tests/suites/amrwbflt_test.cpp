@@ -80,6 +80,8 @@ TEST(AmrWbResidualSuite, WalksSevenOrdersUnderTheTitleLPCOrder) {
     krResult result = krUndefined;
     const std::vector<std::string> lines = runOnce(*test, result);
     const char* const orders[] = {"8", "10", "16", "22", "28", "34", "40"};
+    EXPECT_EQ(nameRow(*test), "LPCOrder,len,-,-,-,scaleFactor");
+    EXPECT_EQ(nameRow("veksResidualFilter_Low_16s_Sfs"), "LPCOrder,len,-,-,-,scaleFactor");
     ASSERT_EQ(lines.size(), 49u);
     for (size_t i = 0; i < 49; ++i) {
         EXPECT_EQ(cells(lines[i], 3, 3), orders[i / 7]);

@@ -80,6 +80,21 @@ TEST(VekWideOpenLoop, TheExtendedSearchReachesLongerLags) {
     EXPECT_EQ(150, o.lag);
 }
 
+// Every multiple of the period is as good as the period itself: the shortest wins, or one near the median.
+TEST(VekWideOpenLoop, PrefersTheNeighbourhoodOfTheMedianWhereItIsSwitchedOn) {
+    for (const int16_t near : {int16_t{0}, int16_t{1}}) {
+        OpenLoop o(25);
+        for (size_t i = 0; i < o.x.size(); ++i) {
+            o.x[i] = i % 25 == 0 ? 1000 : 0;
+        }
+        o.lags = Samples(5, 100);
+        o.median = 100;
+        o.near = near;
+        ASSERT_EQ(vekStsNoErr, o.run(128, 17, 115));
+        EXPECT_EQ(near == 0 ? 25 : 100, o.lag);
+    }
+}
+
 TEST(VekWideOpenLoop, RefusesWhatItCannotDo) {
     OpenLoop o(50);
     EXPECT_EQ(vekStsSizeErr, o.run(0, 17, 115));

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <complex>
 #include <cstring>
+#include <functional>
 #include <random>
 
 #include "lp_reference.h"
@@ -362,7 +363,11 @@ void cancelBands(const Observe& observe, bool dt) {
             ASSERT_EQ(vekStsNoErr, F::control(errA.data(), errF.data(), rowsOf(adaptive).data(), rowsOf(fixed).data(),
                                               &gain, state));
         }
-        observe(frame, 10 * std::log10(whole / (left + 1e-30)), relative, isDt, noNlp);
+        if (!dt) {
+            EXPECT_GE(gain / F::scale, 0.0999) << frame;
+            EXPECT_LE(gain / F::scale, 1) << frame;
+        }
+        observe(frame, 10 * std::log10(whole / (left + 1e-30)), relative, isDt, noNlp, gain / F::scale);
     }
 }
 
@@ -371,7 +376,8 @@ struct Phases {
     double step[3] = {};
     double talk[3] = {};
     double noNlp[3] = {};
-    void operator()(int frame, double l, double s, int isDt, int nlp) {
+    double gain[3] = {};
+    void operator()(int frame, double l, double s, int isDt, int nlp, double g) {
         const int phase = frame >= 900 && frame < 1000 ? 0 : frame >= 1050 && frame < 1250 ? 1 : frame >= 1800 ? 2 : -1;
         if (phase >= 0) {
             const double n = phase == 0 ? 100 : 200;
@@ -379,6 +385,7 @@ struct Phases {
             step[phase] += s / n;
             talk[phase] += isDt / n;
             noNlp[phase] += nlp / n;
+            gain[phase] += g / n;
         }
     }
 };
@@ -386,7 +393,7 @@ struct Phases {
 template <class C>
 Phases phasesOf(bool dt) {
     Phases p;
-    cancelBands<C>([&p](int frame, double l, double s, int d, int n) { p(frame, l, s, d, n); }, dt);
+    cancelBands<C>(std::ref(p), dt);
     return p;
 }
 
@@ -399,12 +406,23 @@ void expectCancelled(const Phases& p) {
     EXPECT_GT(p.step[2], 0.4);
 }
 
+// The form that tells double talk has no gain.
+void expectSuppressedButForTheNearEnd(const Phases& p) {
+    EXPECT_LT(p.gain[0], 0.15);
+    EXPECT_GT(p.gain[1], 0.9);
+    EXPECT_LT(p.gain[2], 0.15);
+}
+
 TEST(VekEcSubbandControl, FloatFormLearnsHandsOverAndSurvivesDoubleTalk) {
-    expectCancelled(phasesOf<Vek32fc>(false));
+    const Phases p = phasesOf<Vek32fc>(false);
+    expectCancelled(p);
+    expectSuppressedButForTheNearEnd(p);
 }
 
 TEST(VekEcSubbandControl, IntegerFormLearnsHandsOverAndSurvivesDoubleTalk) {
-    expectCancelled(phasesOf<Vek32sc>(false));
+    const Phases p = phasesOf<Vek32sc>(false);
+    expectCancelled(p);
+    expectSuppressedButForTheNearEnd(p);
 }
 
 TEST(VekEcSubbandControl, DoubleTalkIsToldAndForbidsSuppression) {
@@ -415,6 +433,45 @@ TEST(VekEcSubbandControl, DoubleTalkIsToldAndForbidsSuppression) {
     EXPECT_LT(p.talk[2], 0.05);
     EXPECT_GT(p.noNlp[1], 0.95);
     EXPECT_LT(p.noNlp[2], 0.05);
+}
+
+TEST(VekEcSubbandControlDT, ASilentFarEndStopsLearningAndForbidsSuppression) {
+    int size = 0;
+    ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTGetSize_EC_16s(4, 16, 2, 8000, &size));
+    Bytes memory(static_cast<size_t>(size));
+    auto* state = reinterpret_cast<VeksSubbandControllerDTState_EC_16s*>(memory.data());
+    ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTInit_EC_16s(state, 4, 16, 2, 8000));
+    const std::vector<Vek32sc> silence(4);
+    const Vek32sc* history[] = {silence.data(), silence.data()};
+    std::vector<Vek32s> steps(4, 7);
+    int talk = -1;
+    int disabled = -1;
+    ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTUpdate_EC_16s(history, silence.data(), silence.data(), steps.data(),
+                                                                &talk, &disabled, 0, state));
+    EXPECT_EQ(0, talk);
+    EXPECT_EQ(1, disabled);
+    EXPECT_EQ(std::vector<Vek32s>(4, 0), steps);
+}
+
+TEST(VekEcSubbandControlDT, LeavesTheStepsBelowTheStartAlone) {
+    int size = 0;
+    ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTGetSize_EC_16s(4, 16, 1, 8000, &size));
+    Bytes memory(static_cast<size_t>(size));
+    auto* state = reinterpret_cast<VeksSubbandControllerDTState_EC_16s*>(memory.data());
+    ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTInit_EC_16s(state, 4, 16, 1, 8000));
+    const std::vector<Vek32sc> far(4, Vek32sc{1 << 18, 0});
+    const std::vector<Vek32sc> silence(4);
+    const Vek32sc* history[] = {far.data()};
+    std::vector<Vek32s> steps(4, -7);
+    int talk = -1;
+    int disabled = -1;
+    ASSERT_EQ(vekStsNoErr, veksSubbandControllerDTUpdate_EC_16s(history, silence.data(), silence.data(), steps.data(),
+                                                                &talk, &disabled, 2, state));
+    EXPECT_EQ(-7, steps[0]);
+    EXPECT_EQ(-7, steps[1]);
+    EXPECT_GT(steps[2], 0);
+    EXPECT_EQ(steps[2], steps[3]);
+    EXPECT_EQ(0, disabled);
 }
 
 TEST(VekEcSubbandControlDT, CopiesOnlyWhatIsEnabledFromTheStartOnWithinTheBound) {

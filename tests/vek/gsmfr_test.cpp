@@ -34,6 +34,44 @@ TEST(VekGsmFrPreprocess, OffsetDecaysAndSignalPasses) {
     }
 }
 
+// The recursion in two words: the lower one is rounded by itself.
+TEST(VekGsmFrPreprocess, IsTheRecursionInTwoWordsRoundedSampleBySample) {
+    std::mt19937 random(11);
+    for (const int level : {40, 3000, 32767}) {
+        const Samples x = noise(random, 400, -level, level);
+        Samples y(x.size());
+        Vek32s memory[2] = {-1204, 123456789};
+        ASSERT_EQ(vekStsNoErr, veksHighPassFilter_GSMFR_16s(x.data(), y.data(), 400, memory));
+        int past = -1204;
+        int64_t sum = 123456789;
+        for (size_t i = 0; i < x.size(); ++i) {
+            const int scaled = (x[i] >> 3) * 4;
+            const int64_t upper = sum >> 15;
+            const int64_t lower = sum - (upper << 15);
+            sum = (scaled - past) * int64_t{32768} + ((lower * 32735 + 0x4000) >> 15) + upper * 32735;
+            past = scaled;
+            ASSERT_EQ((sum + 0x4000) >> 15, y[i]) << level << ' ' << i;
+        }
+        EXPECT_EQ(past, memory[0]);
+        EXPECT_EQ(sum, memory[1]);
+    }
+}
+
+TEST(VekGsmFrPreprocess, TheSumStaysAtItsLimits) {
+    Vek16s y = 0;
+    const Vek16s up = 32767;
+    Vek32s memory[2] = {0, 2147483647};
+    ASSERT_EQ(vekStsNoErr, veksHighPassFilter_GSMFR_16s(&up, &y, 1, memory));
+    EXPECT_EQ(16380, memory[0]);
+    EXPECT_EQ(2147483647, memory[1]);
+    const Vek16s down = -32768;
+    memory[0] = 0;
+    memory[1] = -2147483647 - 1;
+    ASSERT_EQ(vekStsNoErr, veksHighPassFilter_GSMFR_16s(&down, &y, 1, memory));
+    EXPECT_EQ(-16384, memory[0]);
+    EXPECT_EQ(-2147483647 - 1, memory[1]);
+}
+
 TEST(VekGsmFrPreprocess, TwoCallsAreOne) {
     std::mt19937 random(1);
     const Samples x = noise(random, 320, -32768, 32767);
