@@ -129,8 +129,8 @@ TEST(VekG722SubBands, EachModeCarriesLessThanTheOneAbove) {
     }
 }
 
-// A start, a loud middle and a fall to silence in both bands: figures of the recommendation's arithmetic, as an
-// independent coder and decoder have them too.
+// A start, a loud middle and a fall to silence in both bands. The figures are those of a day on which whole streams
+// agreed with an independent codec, sample by sample.
 TEST(VekG722SubBands, CodesAndSamplesAreThoseOfTheRecommendation) {
     const Samples x = {2,     3,     -3,   -2,   10,   5,     -40,   -9,   300,  20,   -900,  -60,    2500,
                        300,   -4000, -900, 6000, 2000, -3000, -3500, 1000, 5000, 8000, -8000, -12000, 9000,

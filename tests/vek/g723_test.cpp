@@ -222,15 +222,18 @@ std::pair<VekStatus, Samples> erased(const Samples& past) {
 
 TEST(VekLsfG723, DecodedFrequenciesAreMovedApartInUpToTenRounds) {
     // Two neighbours come from far below: after 3, 8 and 10 rounds all are apart.
-    EXPECT_EQ(erased({3131, 2000, 2000, 10806, 13872, 16495, 19752, 22260, 25484, 27718}),
-              std::pair(vekStsNoErr, Samples{2656, 3164, 3676, 10806, 13872, 16495, 19752, 22260, 25484, 27718}));
-    EXPECT_EQ(erased({3131, 0, 0, 0, 13872, 16495, 19752, 22260, 25484, 27718}),
-              std::pair(vekStsNoErr, Samples{1650, 2159, 2670, 3182, 13872, 16495, 19752, 22260, 25484, 27718}));
-    EXPECT_EQ(erased({3131, 4721, 7690, 0, 0, 16495, 19752, 22260, 25484, 27718}),
-              std::pair(vekStsNoErr, Samples{3131, 4073, 4582, 5093, 5604, 16495, 19752, 22260, 25484, 27718}));
+    EXPECT_EQ(
+        erased({3131, 2000, 2000, 10806, 13872, 16495, 19752, 22260, 25484, 27718}),
+        std::pair(VekStatus{vekStsNoErr}, Samples{2656, 3164, 3676, 10806, 13872, 16495, 19752, 22260, 25484, 27718}));
+    EXPECT_EQ(
+        erased({3131, 0, 0, 0, 13872, 16495, 19752, 22260, 25484, 27718}),
+        std::pair(VekStatus{vekStsNoErr}, Samples{1650, 2159, 2670, 3182, 13872, 16495, 19752, 22260, 25484, 27718}));
+    EXPECT_EQ(
+        erased({3131, 4721, 7690, 0, 0, 16495, 19752, 22260, 25484, 27718}),
+        std::pair(VekStatus{vekStsNoErr}, Samples{3131, 4073, 4582, 5093, 5604, 16495, 19752, 22260, 25484, 27718}));
     // An eleventh would be needed.
     const Samples far = {3131, 4721, 7690, 10806, 250, 250, 19752, 22260, 25484, 27718};
-    EXPECT_EQ(erased(far), std::pair(vekStsUnstableFilter, far));
+    EXPECT_EQ(erased(far), std::pair(VekStatus{vekStsUnstableFilter}, far));
 }
 
 TEST(VekLsfG723, TheFirstDecodedFrequencyIsAtLeast384) {
@@ -238,7 +241,7 @@ TEST(VekLsfG723, TheFirstDecodedFrequencyIsAtLeast384) {
     past[0] = -1000; // 162 without the limit
     Samples want = mean;
     want[0] = 384;
-    EXPECT_EQ(erased(past), std::pair(vekStsNoErr, want));
+    EXPECT_EQ(erased(past), std::pair(VekStatus{vekStsNoErr}, want));
 }
 
 // The weighted distance of a decoded vector from the wanted one, within a band.

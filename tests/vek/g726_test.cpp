@@ -116,7 +116,7 @@ TEST(VekG726, BitsAboveTheCodeAreIgnored) {
     }
 }
 
-// Figures of the recommendation's arithmetic, as an independent coder and decoder have them too.
+// An independent coder and decoder have the same figures.
 TEST(VekG726, AJumpBehindAToneHasTheCodesAndSamplesOfTheRecommendation) {
     Samples x;
     for (int i = 0; i < 424; ++i) {
