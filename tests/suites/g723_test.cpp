@@ -1,5 +1,6 @@
 // The grids of the suites of G.723.1: every test's lines, first and last, and that each call succeeds on the suite's
-// data without leaving memory behind.
+// data without leaving memory behind; and the data themselves.
+#include "suite_data.h"
 #include "suite_grid.h"
 
 namespace {
@@ -51,4 +52,118 @@ TEST(G723SuiteNames, BothLengthsOfTheSearchesAreNamedForTheSource) {
 
 TEST(G723SuiteNames, TheSubframeOfTheAdaptiveVectorHasNoTitleAndDoesNotShow) {
     EXPECT_EQ(nameRow("veksDecodeAdaptiveVector_G723_16s"), "BitRate,-,-,-,-,-");
+}
+
+// --- what a user may ask for ---
+
+TEST(G723SuiteUser, MayAskForTheRatesOfTheCodecOnly) {
+    for (const char* function : {"veksAdaptiveCodebookSearch_G723", "veksMPMLQFixedCodebookSearch_G723"}) {
+        const std::size_t all = std::string(function) == "veksAdaptiveCodebookSearch_G723" ? 8 : 4;
+        krResult result = krUndefined;
+        g_istrm.dataList().set("BitRate=BR_5300");
+        EXPECT_EQ(runOnce(*findTest(function), result).size(), 4U);
+        g_istrm.dataList().set("BitRate=BR_12200");
+        EXPECT_EQ(runOnce(*findTest(function), result).size(), all);
+        g_istrm.dataList().clear();
+    }
+}
+
+// --- what the calls are given ---
+
+namespace {
+
+using Values = std::vector<double>;
+
+Values firstOf(const Values& values, int count) {
+    return {values.begin(), values.begin() + count};
+}
+
+} // namespace
+
+TEST(G723SuiteData, ErrorsOfTheAdaptiveSearchAreFiveFrom4To300) {
+    SuiteLine line("veksAdaptiveCodebookSearch_G723");
+    ASSERT_TRUE(line.ready());
+    EXPECT_EQ(line.lengths(), (std::vector<int>{60, 60, 148, 5, 60, 60}));
+    EXPECT_EQ(line.vector(3).size(), 20);
+    const Values errors = line.values(3);
+    EXPECT_GE(*std::min_element(errors.begin(), errors.end()), 4);
+    EXPECT_LE(*std::max_element(errors.begin(), errors.end()), 300);
+    EXPECT_NE(errors, Values(5, errors[0]));
+    expectRandom(line.values(0), -2048, 2048);
+    expectRandom(line.values(1), -4096, 4096);
+    expectRandom(line.values(2), -4096, 4096);
+    expectRandom(line.values(4), -2048, 2048);
+}
+
+TEST(G723SuiteData, GainControlBeginsEachCallWithItsWholeInput) {
+    SuiteLine line("veksGainControl_G723_16s_I");
+    ASSERT_TRUE(line.ready());
+    const Values input = line.values(1);
+    expectRandom(input, -32768, 32767);
+    EXPECT_EQ(line.values(0), Values(60, 0));
+    line.restore();
+    EXPECT_EQ(line.values(0), input);
+    EXPECT_EQ(line.call(), 0);
+    EXPECT_NE(line.values(0), input);
+    line.restore();
+    EXPECT_EQ(line.values(0), input);
+}
+
+TEST(G723SuiteData, HarmonicNoiseBeginsEachCallWithItsWholeInput) {
+    SuiteLine line("veksHarmonicNoiseSubtract_G723_16s_I");
+    ASSERT_TRUE(line.ready());
+    const Values input = line.values(0);
+    EXPECT_EQ(line.vector(1).size(), 770);
+    expectRandom(line.values(2), -8192, 8192);
+    line.restore();
+    EXPECT_EQ(line.values(1), input);
+    EXPECT_EQ(line.call(), 0);
+    EXPECT_NE(line.values(1), input);
+    line.restore();
+    EXPECT_EQ(line.values(1), input);
+}
+
+TEST(G723SuiteData, TiltCompensationWritesWordsOf16Bits) {
+    SuiteLine line("veksTiltCompensation_G723_32s16s");
+    ASSERT_TRUE(line.ready());
+    EXPECT_EQ(line.vector(0).size(), 62 * 4);
+    expectRandom(line.values(0), -16384, 16384);
+    EXPECT_EQ(line.vector(1).size(), 62 * 2);
+    EXPECT_EQ(line.values(1), Values(62, 0));
+}
+
+TEST(G723SuiteData, FrequenciesToConvertAreElevenWords) {
+    SuiteLine line("veksLSFToLPC_G723_16s_I");
+    ASSERT_TRUE(line.ready());
+    const Values lsf = {3244, 4648, 7441, 11200, 13758, 16670, 19822, 22012, 25916, 27949, -13108};
+    EXPECT_EQ(firstOf(line.values(1), 11), lsf);
+    EXPECT_EQ(firstOf(line.values(2), 10), (Values{4143, 733, 14, -39, -29, -61, -903, -6692, 4084, 428}));
+    EXPECT_EQ(line.values(5), Values(20, 16384));
+    EXPECT_EQ(firstOf(line.values(6), 11), lsf);
+    line.restore();
+    EXPECT_EQ(line.values(3), line.values(1));
+}
+
+TEST(G723SuiteData, RecursionHasOneStrongLag) {
+    SuiteLine line("veksLevinsonDurbin_G723_16s");
+    ASSERT_TRUE(line.ready());
+    EXPECT_EQ(line.values(0), (Values{16384, 1024, 1024, 1024, 1024, 1024, 1024, 1024, 1024, 1024}));
+}
+
+TEST(G723SuiteData, FrequenciesToQuantiseAreTenWords) {
+    SuiteLine line("veksLSFQuant_G723_16s32s");
+    ASSERT_TRUE(line.ready());
+    EXPECT_EQ(line.values(4), (Values{3244, 4648, 7441, 11200, 13758, 16670, 19822, 22012, 25916, 27949}));
+}
+
+TEST(G723SuiteData, SynthesisHasElevenCoefficients) {
+    for (const char* function : {"veksSynthesisFilter_G723_16s", "veksSynthesisFilter_G723_16s32s"}) {
+        SuiteLine line(function);
+        ASSERT_TRUE(line.ready());
+        EXPECT_EQ(line.values(0), (Values{4096, -1315, 1099, -527, 427, -135, 97, -33, 17, -4, 2}));
+        EXPECT_EQ(line.values(1), Values(60, 4));
+        EXPECT_EQ(line.values(2), Values(60, 4));
+        EXPECT_EQ(line.values(3), Values(10, 1));
+        EXPECT_EQ(line.values(4), Values(60, 4));
+    }
 }

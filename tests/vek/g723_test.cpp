@@ -212,6 +212,38 @@ TEST(VekLsfG723, DecodedFrequenciesKeepTheirDistanceOrTheLastOnesStay) {
     EXPECT_LT(kept, 2000);
 }
 
+// An erased frame's frequencies from a history of the mean with some others, and the status.
+std::pair<VekStatus, Samples> erased(const Samples& past) {
+    Samples lsf(kOrder);
+    const Samples index(3, 0);
+    const VekStatus status = veksLSFDecode_G723_16s(index.data(), past.data(), 1, lsf.data());
+    return {status, lsf};
+}
+
+TEST(VekLsfG723, DecodedFrequenciesAreMovedApartInUpToTenRounds) {
+    // Two neighbours come from far below: after 3, 8 and 10 rounds all are apart.
+    EXPECT_EQ(
+        erased({3131, 2000, 2000, 10806, 13872, 16495, 19752, 22260, 25484, 27718}),
+        std::pair(VekStatus{vekStsNoErr}, Samples{2656, 3164, 3676, 10806, 13872, 16495, 19752, 22260, 25484, 27718}));
+    EXPECT_EQ(
+        erased({3131, 0, 0, 0, 13872, 16495, 19752, 22260, 25484, 27718}),
+        std::pair(VekStatus{vekStsNoErr}, Samples{1650, 2159, 2670, 3182, 13872, 16495, 19752, 22260, 25484, 27718}));
+    EXPECT_EQ(
+        erased({3131, 4721, 7690, 0, 0, 16495, 19752, 22260, 25484, 27718}),
+        std::pair(VekStatus{vekStsNoErr}, Samples{3131, 4073, 4582, 5093, 5604, 16495, 19752, 22260, 25484, 27718}));
+    // An eleventh would be needed.
+    const Samples far = {3131, 4721, 7690, 10806, 250, 250, 19752, 22260, 25484, 27718};
+    EXPECT_EQ(erased(far), std::pair(VekStatus{vekStsUnstableFilter}, far));
+}
+
+TEST(VekLsfG723, TheFirstDecodedFrequencyIsAtLeast384) {
+    Samples past = mean;
+    past[0] = -1000; // 162 without the limit
+    Samples want = mean;
+    want[0] = 384;
+    EXPECT_EQ(erased(past), std::pair(VekStatus{vekStsNoErr}, want));
+}
+
 // The weighted distance of a decoded vector from the wanted one, within a band.
 double distance(const Samples& want, const Samples& past, int index, int band) {
     Samples split(3, 0);
@@ -232,15 +264,16 @@ TEST(VekLsfG723, QuantiserFindsTheNearestEntries) {
     std::mt19937 random(8);
     for (int n = 0; n < 25; ++n) {
         const Samples want = spectrum(random);
+        const Samples past = n % 2 == 0 ? mean : spectrum(random);
         int32_t word = 0;
-        ASSERT_EQ(vekStsNoErr, veksLSFQuant_G723_16s32s(want.data(), mean.data(), &word));
+        ASSERT_EQ(vekStsNoErr, veksLSFQuant_G723_16s32s(want.data(), past.data(), &word));
         for (int band = 0; band < 3; ++band) {
             double best = 1e30;
             for (int i = 0; i < 256; ++i) {
-                best = std::min(best, distance(want, mean, i, band));
+                best = std::min(best, distance(want, past, i, band));
             }
             // Neighbours across bands may be moved apart by the decoder, which the quantiser does not see.
-            EXPECT_LE(distance(want, mean, (word >> (16 - 8 * band)) & 255, band), best * 1.03 + 1) << n << " " << band;
+            EXPECT_LE(distance(want, past, (word >> (16 - 8 * band)) & 255, band), best * 1.03 + 1) << n << " " << band;
         }
     }
 }

@@ -153,6 +153,68 @@ TEST(VekMultiPulseG723, TrainsWinForAPeriodicTargetAndAShortDelay) {
     EXPECT_LT(position, 593775);
 }
 
+int64_t choose(int n, int k) {
+    int64_t ways = 1;
+    for (int i = 1; i <= k; ++i) {
+        ways = ways * (n - k + i) / i;
+    }
+    return k > n ? 0 : ways;
+}
+
+// The pulses that a decoder makes of the codes of a multi-pulse vector: sets of places are numbered place by place,
+// those with a pulse there first.
+Samples decodedPulses(int grid, int level, int signs, int64_t position, int count) {
+    Samples vector(60, 0);
+    for (int place = 0; place < 30 && count > 0; ++place) {
+        const int64_t here = choose(29 - place, count - 1);
+        if (position >= here) {
+            position -= here;
+            continue;
+        }
+        --count;
+        vector[static_cast<size_t>(2 * place + grid)] =
+            static_cast<int16_t>(((signs >> count) & 1) != 0 ? -levels[level] : levels[level]);
+    }
+    return vector;
+}
+
+TEST(VekMultiPulseG723, CodesTellTheVectorToADecoder) {
+    std::mt19937 random(12);
+    int trains = 0;
+    int odd = 0;
+    for (int n = 0; n < 60; ++n) {
+        const Samples h = decaying(random);
+        const Samples target = noise(random, 60, -900, 900);
+        const int base = n % 3 == 0 ? 20 + n % 30 : 58 + n;
+        const int subFrame = n & 3;
+        Samples vector(60);
+        int16_t grid = -1;
+        int16_t train = -1;
+        int16_t level = -1;
+        int16_t signs = -1;
+        int32_t position = -1;
+        ASSERT_EQ(vekStsNoErr, veksMPMLQFixedCodebookSearch_G723(static_cast<int16_t>(base), h.data(), target.data(),
+                                                                 vector.data(), &grid, &train, &level, &signs,
+                                                                 &position, static_cast<int16_t>(subFrame)));
+        ASSERT_TRUE(grid == 0 || grid == 1);
+        ASSERT_TRUE(level >= 0 && level < 24);
+        const Samples once = decodedPulses(grid, level, signs, position, (subFrame & 1) != 0 ? 5 : 6);
+        Samples want = once;
+        for (int start = base; train != 0 && start < 60; start += base) {
+            for (int i = start; i < 60; ++i) {
+                want[static_cast<size_t>(i)] =
+                    static_cast<int16_t>(want[static_cast<size_t>(i)] + once[static_cast<size_t>(i - start)]);
+            }
+        }
+        EXPECT_EQ(want, vector) << n;
+        trains += train;
+        odd += grid;
+    }
+    EXPECT_GT(trains, 2);
+    EXPECT_GT(odd, 10);
+    EXPECT_LT(odd, 50);
+}
+
 TEST(VekToeplizG723, HasTheCorrelationsOfTheScaledResponse) {
     atEveryLevel([] {
         std::mt19937 random(10);

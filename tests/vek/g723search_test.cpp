@@ -408,6 +408,59 @@ TEST(VekAdaptiveSearchG723, ErrorsBeyondTheBoundAllowAsMuchAsASine) {
     EXPECT_GT(freely, 0);
 }
 
+// The delays 69 to 72 touch the samples 8 to 74 back: the newest zone has 30.
+TEST(VekAdaptiveSearchG723, AnErrorOfTheNewestZoneTamesTheGainsThatReachIt) {
+    std::mt19937 random(15);
+    const int32_t calm[5] = {4, 4, 4, 4, 4};
+    const int32_t newest[5] = {(1 << 30) + 1, 4, 4, 4, 4};
+    int freely = 0;
+    for (int n = 0; n < 60; ++n) {
+        const Samples history = voiced(random, 148, 70, 300);
+        const Samples h = decaying(random);
+        const Samples target(history.begin() + 8, history.begin() + 68);
+        const auto entryWith = [&](const int32_t* errors, int16_t base) {
+            int16_t lag = 0;
+            int16_t entry = 0;
+            EXPECT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G723(base, target.data(), h.data(), history.data(),
+                                                                   errors, &lag, &entry, 1, 0, VEK_SPCHBR_5300));
+            return entry;
+        };
+        EXPECT_LT(entryWith(newest, 70), 93);
+        EXPECT_LT(entryWith(newest, 92), 93);
+        EXPECT_EQ(entryWith(newest, 93), entryWith(calm, 93));
+        freely += entryWith(calm, 70) >= 93 ? 1 : 0;
+    }
+    EXPECT_GT(freely, 0);
+}
+
+// A target that the codebook can make exactly tells which delay each lag stands for.
+TEST(VekAdaptiveSearchG723, EvenSubframesTryTheDelaysAround19To140) {
+    std::mt19937 random(16);
+    const int32_t calm[5] = {4, 4, 4, 4, 4};
+    Samples h(60, 0);
+    h[0] = 8192;
+    for (const auto& [base, first] : {std::pair{18, 18}, {19, 18}, {20, 19}, {140, 139}, {141, 139}, {145, 139}}) {
+        for (int lag = 0; lag < 3; ++lag) {
+            for (const int16_t entry : {30, 77, 150}) {
+                const Samples history = noise(random, 148, -8000, 8000);
+                Samples target(60);
+                ASSERT_EQ(vekStsNoErr,
+                          veksDecodeAdaptiveVector_G723_16s(static_cast<int16_t>(first + lag), 1, entry, history.data(),
+                                                            target.data(), VEK_SPCHBR_5300));
+                for (int16_t& v : target) {
+                    v = static_cast<int16_t>(v / 2);
+                }
+                int16_t foundLag = -1;
+                int16_t foundEntry = -1;
+                ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G723(static_cast<int16_t>(base), target.data(),
+                                                                       h.data(), history.data(), calm, &foundLag,
+                                                                       &foundEntry, 2, 0, VEK_SPCHBR_5300));
+                EXPECT_EQ(std::pair(foundLag, foundEntry), std::pair(static_cast<int16_t>(lag), entry)) << base;
+            }
+        }
+    }
+}
+
 TEST(VekAdaptiveSearchG723, TheLongestBaseGivesDelaysThatTheDecoderTakes) {
     std::mt19937 random(14);
     const int32_t calm[5] = {4, 4, 4, 4, 4};

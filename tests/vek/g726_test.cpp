@@ -79,6 +79,74 @@ TEST(VekG726, MoreBitsCarryMoreOfTheSignal) {
     }
 }
 
+Bytes encoded(const Samples& x, VekSpchBitRate rate) {
+    Bytes coder = memory();
+    Bytes codes(x.size());
+    EXPECT_EQ(vekStsNoErr, veksEncodeInit_G726_16s8u(odd(coder), rate));
+    EXPECT_EQ(vekStsNoErr, veksEncode_G726_16s8u(odd(coder), x.data(), codes.data(), static_cast<int>(x.size())));
+    return codes;
+}
+
+Samples decoded(const Bytes& codes, VekSpchBitRate rate) {
+    Bytes decoder = memory();
+    Samples y(codes.size());
+    EXPECT_EQ(vekStsNoErr, veksDecodeInit_G726_8u16s(odd(decoder), rate, VEK_PCM_LINEAR));
+    EXPECT_EQ(vekStsNoErr, veksDecode_G726_8u16s(odd(decoder), codes.data(), y.data(), static_cast<int>(codes.size())));
+    return y;
+}
+
+TEST(VekG726, TheCodeOfNoDifferenceIsAllOnesAboveTwoBits) {
+    for (const auto& [rate, ones] : {std::pair{VEK_SPCHBR_24000, 7}, {VEK_SPCHBR_32000, 15}, {VEK_SPCHBR_40000, 31}}) {
+        EXPECT_EQ(encoded(Samples(8, 0), rate), Bytes(8, static_cast<uint8_t>(ones)));
+        const Bytes spoken = encoded(speech(4000), rate);
+        EXPECT_EQ(std::count(spoken.begin(), spoken.end(), 0), 0) << rate;
+    }
+    EXPECT_EQ(encoded(Samples(8, 0), VEK_SPCHBR_16000), Bytes(8, 0));
+}
+
+TEST(VekG726, BitsAboveTheCodeAreIgnored) {
+    for (const auto& [rate, bits] :
+         {std::pair{VEK_SPCHBR_16000, 2}, {VEK_SPCHBR_24000, 3}, {VEK_SPCHBR_32000, 4}, {VEK_SPCHBR_40000, 5}}) {
+        const Bytes codes = encoded(speech(400), rate);
+        Bytes filled = codes;
+        for (uint8_t& code : filled) {
+            code = static_cast<uint8_t>(code | 0xff << bits);
+        }
+        EXPECT_EQ(decoded(codes, rate), decoded(filled, rate)) << rate;
+    }
+}
+
+// An independent coder and decoder have the same figures.
+TEST(VekG726, AJumpBehindAToneHasTheCodesAndSamplesOfTheRecommendation) {
+    Samples x;
+    for (int i = 0; i < 424; ++i) {
+        x.push_back(static_cast<int16_t>(std::lround(i < 400 ? 2000 * std::sin(i * 0.5) : 12000 * std::sin(i * 2.0))));
+    }
+    const struct {
+        VekSpchBitRate rate;
+        Bytes codes;     // of the jump
+        Samples samples; // the last of them
+    } wanted[] = {
+        {VEK_SPCHBR_16000,
+         {1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 3, 2, 1, 3, 2, 1, 3, 2, 1, 3, 2, 1, 3, 3},
+         {10840, 7076, -20468, 6984, 3416, -22480, 11464, 8688, -19708, 12096, 7624, -4572}},
+        {VEK_SPCHBR_24000,
+         {3, 4, 4, 3, 4, 5, 3, 6, 5, 2, 7, 4, 1, 1, 5, 1, 1, 4, 1, 1, 5, 7, 2, 5},
+         {7380, 5116, -10688, 4952, 4880, -13820, 6692, 6480, -11556, 1148, 9660, -10524}},
+        {VEK_SPCHBR_32000,
+         {7, 8, 11, 7, 12, 12, 5, 13, 11, 5, 15, 10, 4, 1, 9, 3, 3, 10, 2, 4, 10, 15, 5, 11},
+         {8672, 2180, -12488, 7064, 6688, -11028, 4024, 8456, -10800, 128, 10168, -8712}},
+        {VEK_SPCHBR_40000,
+         {15, 16, 16, 15, 21, 23, 12, 26, 22, 9, 31, 21, 8, 4, 21, 6, 6, 21, 4, 8, 22, 31, 9, 23},
+         {9448, 3068, -12756, 6596, 5772, -12512, 3888, 8672, -11248, 520, 10472, -9904}},
+    };
+    for (const auto& [rate, want, last] : wanted) {
+        const Bytes codes = encoded(x, rate);
+        const Samples y = decoded(codes, rate);
+        EXPECT_EQ(Bytes(codes.begin() + 400, codes.end()), want);
+        EXPECT_EQ(Samples(y.begin() + 412, y.end()), last);
+    }
+}
 // The adjustment is made so that codes survive any number of codings one behind the other. It goes one PCM code at
 // most, which serves where the law's steps are finer than the quantiser's, as at the lower rates.
 TEST(VekG726, CodesOfALawSurviveASecondCoding) {
