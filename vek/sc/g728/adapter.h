@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "sc/g728/state.h"
+#include "sc/common/markedstate.h"
 #include "sc/g728/tables.h"
 
 namespace vek::g728 {

@@ -5,9 +5,9 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/g728/adapter.h"
-#include "sc/g728/state.h"
 #include "sc/kernels/g728.h"
 #include "veksc_g728.h"
 

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
-#include "sc/g728/state.h"
 #include "sc/g728/tables.h"
 #include "sc/kernels/g728.h"
 #include "veksc_g728.h"

@@ -1,8 +1,8 @@
 // Synthesis filter of order 50, alone and in cascade with the weighting filter. A response to the memory goes into the
 // memory as its newest block; the response to the excitation, from rest, is added there when it is known.
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/g728/blockfloat.h"
-#include "sc/g728/state.h"
 #include "sc/kernels/g728.h"
 #include "veksc_g728.h"
 

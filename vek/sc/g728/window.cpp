@@ -8,8 +8,8 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/common/hybridwindow.h"
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
-#include "sc/g728/state.h"
 #include "sc/g728/tables.h"
 #include "sc/kernels/corr.h"
 #include "veksc_g728.h"

@@ -4,11 +4,11 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <numbers>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/lpfilter.h"
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/g7291/envelope.h"
 #include "veksc_g7291bwe.h"
@@ -48,9 +48,7 @@ const Shapes g_shapes = [] {
     return shapes;
 }();
 
-struct State {
-    static constexpr uint32_t kMark = 0x43584542;
-    uint32_t mark = kMark;
+struct Past {
     int32_t share = 0;            // of pulses in the power, of the last subframe's energies
     int32_t delay = 0;            // in sixths; 0 before the first one
     int32_t next = 0;             // of the next pulse, in sixths behind the frame's begin
@@ -58,6 +56,7 @@ struct State {
     Vek16s noise[kTaps - 1] = {}; // newest last
     uint16_t seed = 21845;
 };
+using State = Marked<Past, 0x43584542>;
 
 // p^2 / (p^2 + p f + f^2), Q29.
 int32_t shareOf(Vek32s adaptive, Vek32s fixed) {
@@ -94,20 +93,11 @@ int32_t distanceOf(int whole, int thirds, int32_t& last) {
 } // namespace
 
 VekStatus veksGenerateExcitationGetStateSize_G7291_16s(int* pSize) {
-    if (anyNull(pSize)) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = static_cast<int>(sizeof(State));
-    return vekStsNoErr;
+    return State::size(pSize);
 }
 
 VekStatus veksGenerateExcitationInit_G7291_16s(void* pMemory) {
-    if (anyNull(pMemory)) {
-        return vekStsNullPtrErr;
-    }
-    const State state;
-    std::memcpy(pMemory, &state, sizeof state);
-    return vekStsNoErr;
+    return State::init(pMemory);
 }
 
 VekStatus veksGenerateExcitation_G7291_16s(const Vek16s* pIntPitchLag, const Vek16s* pFracPitchLag,
@@ -122,24 +112,24 @@ VekStatus veksGenerateExcitation_G7291_16s(const Vek16s* pIntPitchLag, const Vek
         }
     }
     State state;
-    std::memcpy(&state, pMemory, sizeof state);
-    if (state.mark != State::kMark) {
+    if (!state.take(pMemory)) {
         return vekStsStateErr;
     }
+    Past& past = state.content;
     alignas(32) Vek16s noise[kTaps - 1 + kFrame];
     int32_t pulses[kFrame + kTaps - 1] = {};
-    std::copy_n(state.noise, kTaps - 1, noise);
-    std::copy_n(state.tail, kTaps - 1, pulses);
+    std::copy_n(past.noise, kTaps - 1, noise);
+    std::copy_n(past.tail, kTaps - 1, pulses);
     for (int sub = 0; sub < kSubframes; ++sub) {
         const int32_t own = shareOf(pLtpPower[sub], pFixPower[sub]);
-        const int32_t share = (own + state.share) / 2;
-        state.share = own;
-        const int32_t distance = distanceOf(pIntPitchLag[sub], pFracPitchLag[sub], state.delay);
+        const int32_t share = (own + past.share) / 2;
+        past.share = own;
+        const int32_t distance = distanceOf(pIntPitchLag[sub], pFracPitchLag[sub], past.delay);
         const int32_t height = root(powerOf(int64_t{share} * distance / kPhases));
         const int32_t end = (sub + 1) * kSubframe * kPhases;
-        for (; state.next < end; state.next += distance) {
-            const int32_t at = state.next / kPhases;
-            const auto& shape = g_shapes[static_cast<size_t>(state.next % kPhases)];
+        for (; past.next < end; past.next += distance) {
+            const int32_t at = past.next / kPhases;
+            const auto& shape = g_shapes[static_cast<size_t>(past.next % kPhases)];
             const int32_t signedHeight = at % 2 == 0 ? height : -height;
             for (size_t n = 0; n < kTaps; ++n) {
                 pulses[static_cast<size_t>(at) + n] += (signedHeight * shape[n] + 0x4000) >> 15;
@@ -147,17 +137,17 @@ VekStatus veksGenerateExcitation_G7291_16s(const Vek16s* pIntPitchLag, const Vek
         }
         const auto level = static_cast<Vek16s>(root(powerOf(3 * ((int64_t{1} << kShareBits) - share))));
         for (int n = 0; n < kSubframe; ++n) {
-            state.seed = static_cast<uint16_t>(state.seed * 31821U + 13849U);
-            noise[kTaps - 1 + sub * kSubframe + n] = mult_r(static_cast<Vek16s>(state.seed), level);
+            past.seed = static_cast<uint16_t>(past.seed * 31821U + 13849U);
+            noise[kTaps - 1 + sub * kSubframe + n] = mult_r(static_cast<Vek16s>(past.seed), level);
         }
     }
-    state.next -= kFrame * kPhases;
+    past.next -= kFrame * kPhases;
     residualFilter(g_shapes[0].data(), kTaps - 1, noise + kTaps - 1, pDst, kFrame, 15);
     for (int n = 0; n < kFrame; ++n) {
         pDst[n] = sat16(pDst[n] + pulses[n]);
     }
-    std::copy_n(noise + kFrame, kTaps - 1, state.noise);
-    std::copy_n(pulses + kFrame, kTaps - 1, state.tail);
-    std::memcpy(pMemory, &state, sizeof state);
+    std::copy_n(noise + kFrame, kTaps - 1, past.noise);
+    std::copy_n(pulses + kFrame, kTaps - 1, past.tail);
+    state.give(pMemory);
     return vekStsNoErr;
 }

@@ -2,11 +2,11 @@
 // Coefficients are those of the bilinear transform of the elliptic prototype, Q26; samples between the sections have 12
 // bits behind the point.
 #include "sc/common/fixmath.h"
-#include "sc/g7291/state.h"
+#include "sc/common/markedstate.h"
+#include "sc/common/signal_check.h"
 #include "veksc_g7291.h"
 
 using namespace vek;
-using namespace vek::g7291;
 
 namespace {
 
@@ -34,11 +34,11 @@ struct Memory {
     int64_t x1, x2, y1, y2;
 };
 
-struct State {
-    uint32_t mark;
-    uint32_t rest;
-    Memory memory[kMostSections];
+struct Memories {
+    Memory memory[kMostSections] = {};
 };
+using HighState = Marked<Memories, kHighMark>;
+using LowState = Marked<Memories, kLowMark>;
 
 // The loop waits for the last output only: the rest of the sum is made ahead.
 inline int64_t step(const Section& s, Memory& m, int64_t x) {
@@ -55,11 +55,11 @@ inline Vek16s sample(int64_t y, int shift) {
 } // namespace
 
 VekStatus veksFilterHighpassGetStateSize_G7291_16s(int* pSize) {
-    return stateSize<State>(pSize);
+    return HighState::size(pSize);
 }
 
 VekStatus veksFilterHighpassInit_G7291_16s(void* pState) {
-    return initState<State>(pState, kHighMark);
+    return HighState::init(pState);
 }
 
 VekStatus veksFilterHighpass_G7291_16s_ISfs(Vek16s* pSrcDst, int len, void* pStateHi, int scaleFactor) {
@@ -72,25 +72,25 @@ VekStatus veksFilterHighpass_G7291_16s_ISfs(Vek16s* pSrcDst, int len, void* pSta
     if (scaleFactor < -kMostScale || scaleFactor > kMostScale) {
         return vekStsScaleRangeErr;
     }
-    State state;
-    if (!loadState(pStateHi, kHighMark, state)) {
+    HighState state;
+    if (!state.take(pStateHi)) {
         return vekStsStateErr;
     }
-    Memory m = state.memory[0];
+    Memory m = state.content.memory[0];
     for (int i = 0; i < len; ++i) {
         pSrcDst[i] = sample(step(kHigh, m, pSrcDst[i] * (1 << kFraction)), kFraction + scaleFactor);
     }
-    state.memory[0] = m;
-    storeState(pStateHi, state);
+    state.content.memory[0] = m;
+    state.give(pStateHi);
     return vekStsNoErr;
 }
 
 VekStatus veksFilterLowpassGetStateSize_G7291_16s(int* pSize) {
-    return stateSize<State>(pSize);
+    return LowState::size(pSize);
 }
 
 VekStatus veksFilterLowpassInit_G7291_16s(void* pState) {
-    return initState<State>(pState, kLowMark);
+    return LowState::init(pState);
 }
 
 VekStatus veksFilterLowpass_G7291_16s_I(Vek16s* pSrcDst, int len, void* pStateLo, int sections) {
@@ -103,12 +103,12 @@ VekStatus veksFilterLowpass_G7291_16s_I(Vek16s* pSrcDst, int len, void* pStateLo
     if (sections < 1 || sections > kMostSections) {
         return vekStsFilterOrderErr;
     }
-    State state;
-    if (!loadState(pStateLo, kLowMark, state)) {
+    LowState state;
+    if (!state.take(pStateLo)) {
         return vekStsStateErr;
     }
-    Memory m = state.memory[0];
-    Memory n = state.memory[1];
+    Memory m = state.content.memory[0];
+    Memory n = state.content.memory[1];
     if (sections == 1) {
         for (int i = 0; i < len; ++i) {
             pSrcDst[i] = sample(step(kLow1, m, pSrcDst[i] * (1 << kFraction)), kFraction);
@@ -119,8 +119,8 @@ VekStatus veksFilterLowpass_G7291_16s_I(Vek16s* pSrcDst, int len, void* pStateLo
             pSrcDst[i] = sample(step(kLow2[1], n, between), kFraction);
         }
     }
-    state.memory[0] = m;
-    state.memory[1] = n;
-    storeState(pStateLo, state);
+    state.content.memory[0] = m;
+    state.content.memory[1] = n;
+    state.give(pStateLo);
     return vekStsNoErr;
 }

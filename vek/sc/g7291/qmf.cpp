@@ -4,19 +4,18 @@
 #include <algorithm>
 
 #include "sc/common/fixmath.h"
-#include "sc/g7291/state.h"
+#include "sc/common/markedstate.h"
+#include "sc/common/signal_check.h"
 #include "sc/kernels/filter.h"
 #include "veksc_g7291.h"
 
 using namespace vek;
-using namespace vek::g7291;
 
 namespace {
 
 constexpr int kHalfTaps = 32;
 constexpr int kPast = kHalfTaps - 1;
 constexpr int kBlock = 160;
-constexpr uint32_t kMark = 0x514d4631;
 constexpr Vek16s kUnity = 16384;
 
 // The taps of even index, Q15; those of odd index are the same backwards.
@@ -28,11 +27,11 @@ constexpr Vek16s kOdd[kHalfTaps] = {-16, 32,    -54,  84,    -125,  177,  -243, 
                                     126, -66,   27,   -3,    -9,    15,   -15,   13,  -9,   5};
 
 // Two signals of half the rate, each behind its past: samples of odd and even index, or the two bands.
-struct State {
-    uint32_t mark;
-    Vek16s first[kPast];
-    Vek16s second[kPast];
+struct Past {
+    Vek16s first[kPast] = {};
+    Vek16s second[kPast] = {};
 };
+using State = Marked<Past, 0x514d4631>;
 
 struct Block {
     alignas(32) Vek16s first[kPast + kBlock];
@@ -40,9 +39,9 @@ struct Block {
     alignas(32) int32_t firstSums[kBlock];
     alignas(32) int32_t secondSums[kBlock];
 
-    explicit Block(const State& state) {
-        std::copy_n(state.first, kPast, first);
-        std::copy_n(state.second, kPast, second);
+    explicit Block(const Past& past) {
+        std::copy_n(past.first, kPast, first);
+        std::copy_n(past.second, kPast, second);
     }
 
     void advance(int n) {
@@ -50,9 +49,9 @@ struct Block {
         std::copy_n(second + n, kPast, second);
     }
 
-    void keep(State& state) const {
-        std::copy_n(first, kPast, state.first);
-        std::copy_n(second, kPast, state.second);
+    void keep(Past& past) const {
+        std::copy_n(first, kPast, past.first);
+        std::copy_n(second, kPast, past.second);
     }
 };
 
@@ -71,11 +70,11 @@ int mix(const Block& b, int n, Vek16s* sum, Vek16s* difference) {
 } // namespace
 
 VekStatus veksQMFGetStateSize_G7291_16s(int* pSize) {
-    return stateSize<State>(pSize);
+    return State::size(pSize);
 }
 
 VekStatus veksQMFInit_G7291_16s(void* pState) {
-    return initState<State>(pState, kMark);
+    return State::init(pState);
 }
 
 VekStatus veksQMFEncode_G7291_16s(const Vek16s* pSrc, int len, Vek16s* pDstLowBand, Vek16s* pDstHighBand,
@@ -87,10 +86,10 @@ VekStatus veksQMFEncode_G7291_16s(const Vek16s* pSrc, int len, Vek16s* pDstLowBa
         return vekStsSizeErr;
     }
     State state;
-    if (!loadState(pState, kMark, state)) {
+    if (!state.take(pState)) {
         return vekStsStateErr;
     }
-    Block b(state);
+    Block b(state.content);
     const FilterKernels& kernels = filterKernels();
     for (int at = 0; at < len / 2; at += kBlock) {
         const int n = std::min(kBlock, len / 2 - at);
@@ -107,8 +106,8 @@ VekStatus veksQMFEncode_G7291_16s(const Vek16s* pSrc, int len, Vek16s* pDstLowBa
         }
         b.advance(n);
     }
-    b.keep(state);
-    storeState(pState, state);
+    b.keep(state.content);
+    state.give(pState);
     return vekStsNoErr;
 }
 
@@ -124,10 +123,10 @@ VekStatus veksQMFDecode_G7291_16s(const Vek16s* pSrcLowBand, const Vek16s* pSrcH
         return vekStsRangeErr;
     }
     State state;
-    if (!loadState(pState, kMark, state)) {
+    if (!state.take(pState)) {
         return vekStsStateErr;
     }
-    Block b(state);
+    Block b(state.content);
     alignas(32) Vek16s sum[kPast + kBlock];
     alignas(32) Vek16s difference[kPast + kBlock];
     const FilterKernels& kernels = filterKernels();
@@ -146,7 +145,7 @@ VekStatus veksQMFDecode_G7291_16s(const Vek16s* pSrcLowBand, const Vek16s* pSrcH
         }
         b.advance(n);
     }
-    b.keep(state);
-    storeState(pState, state);
+    b.keep(state.content);
+    state.give(pState);
     return vekStsNoErr;
 }

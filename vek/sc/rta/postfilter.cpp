@@ -1,8 +1,8 @@
 // Short-term post-filter of the real-time audio codec.
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/floatcorr.h"
 #include "veksc_g729lp.h"
@@ -21,13 +21,12 @@ constexpr float kTilt = 0.5F;
 // In silence the gain would fall, and the outputs fade, until they are too small for ordinary numbers, which is slow.
 constexpr float kLeastGain = 0.01F;
 constexpr float kDust = 1e-13F;
-constexpr uint32_t kStarted = 0x52544150;
 
-struct State {
-    uint32_t started;
-    float emphasis;
-    float gain;
+struct Level {
+    float emphasis = 0;
+    float gain = 1;
 };
+using State = Marked<Level, 0x52544150>;
 
 // Weights of the numerator and the denominator, by apfIdx.
 struct Strength {
@@ -71,20 +70,11 @@ float tiltOf(const Filter& f, int order) {
 } // namespace
 
 VekStatus veksPostFilterGetStateSize_RTA_32f(int* pSize) {
-    if (pSize == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = sizeof(State);
-    return vekStsNoErr;
+    return State::size(pSize);
 }
 
 VekStatus veksPostFilterInit_RTA_32f(VeksPostFilterState_RTA_32f* pMem) {
-    if (pMem == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    const State state = {kStarted, 0, 1};
-    std::memcpy(static_cast<void*>(pMem), &state, sizeof state);
-    return vekStsNoErr;
+    return State::init(pMem);
 }
 
 VekStatus veksPostFilter_RTA_32f_I(const Vek32f* pSrcLPC, int order, Vek32f* pSrcDstSpeech, int len, int apfIdx,
@@ -99,8 +89,7 @@ VekStatus veksPostFilter_RTA_32f_I(const Vek32f* pSrcLPC, int order, Vek32f* pSr
         return vekStsBadArgErr;
     }
     State state;
-    std::memcpy(&state, static_cast<const void*>(pMem), sizeof state);
-    if (state.started != kStarted) {
+    if (!state.take(pMem)) {
         return vekStsStateErr;
     }
     const Filter f = weighted(pSrcLPC, order, kStrengths[apfIdx - 1]);
@@ -120,15 +109,15 @@ VekStatus veksPostFilter_RTA_32f_I(const Vek32f* pSrcLPC, int order, Vek32f* pSr
         for (int i = 0; i < kMostOrder; ++i) {
             outputs[i] = (y[n + i] + kDust) - kDust;
         }
-        veksPreemphasize_32f_I(y + kMostOrder, n, &state.emphasis, tilt);
+        veksPreemphasize_32f_I(y + kMostOrder, n, &state.content.emphasis, tilt);
         for (int i = kMostOrder; i < kMostOrder + n; i += kBlock) {
-            veksGainControl_G729_32f_I(x + i, y + i, &state.gain);
-            state.gain = std::max(state.gain, kLeastGain);
+            veksGainControl_G729_32f_I(x + i, y + i, &state.content.gain);
+            state.content.gain = std::max(state.content.gain, kLeastGain);
         }
         std::copy_n(y + kMostOrder, n, pSrcDstSpeech);
         pSrcDstSpeech += n;
         len -= n;
     }
-    std::memcpy(static_cast<void*>(pMem), &state, sizeof state);
+    state.give(pMem);
     return vekStsNoErr;
 }

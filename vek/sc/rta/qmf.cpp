@@ -2,9 +2,9 @@
 // odd and the even samples.
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/floatcorr.h"
 #include "veksc_rta.h"
@@ -18,13 +18,12 @@ constexpr int kHalf = kTaps / 2;
 constexpr int kPast = kHalf - 1;
 constexpr int kChunk = 160;
 constexpr double kWindow = 9; // of Kaiser's windows
-constexpr uint32_t kStarted = 0x52544151;
 
-struct State {
-    uint32_t started;
-    // Of odd and even samples, or of sums and differences.
-    float past[2][kPast];
+// Of odd and even samples, or of sums and differences.
+struct Past {
+    float past[2][kPast] = {};
 };
+using State = Marked<Past, 0x52544151>;
 
 // Taps in reverse order, as correlations want them: even ones, odd ones; for the reunion twice as large.
 struct Taps {
@@ -95,13 +94,13 @@ void filter(const float* taps, const float* x, int n, float* y) {
 }
 
 // The past in front of a chunk, and the end of the chunk as the next past.
-void recall(const State& state, float (&x)[2][kPast + kChunk]) {
+void recall(const Past& state, float (&x)[2][kPast + kChunk]) {
     for (int k = 0; k < 2; ++k) {
         std::copy_n(state.past[k], kPast, x[k]);
     }
 }
 
-void remember(const float (&x)[2][kPast + kChunk], int n, State& state) {
+void remember(const float (&x)[2][kPast + kChunk], int n, Past& state) {
     for (int k = 0; k < 2; ++k) {
         std::copy_n(x[k] + n, kPast, state.past[k]);
     }
@@ -110,21 +109,11 @@ void remember(const float (&x)[2][kPast + kChunk], int n, State& state) {
 } // namespace
 
 VekStatus veksQMFGetStateSize_RTA_32f(int* pSize) {
-    if (pSize == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = sizeof(State);
-    return vekStsNoErr;
+    return State::size(pSize);
 }
 
 VekStatus veksQMFInit_RTA_32f(VeksQMFState_RTA_32f* pQMFMem) {
-    if (pQMFMem == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    State state{};
-    state.started = kStarted;
-    std::memcpy(static_cast<void*>(pQMFMem), &state, sizeof state);
-    return vekStsNoErr;
+    return State::init(pQMFMem);
 }
 
 VekStatus veksQMFEncode_RTA_32f(const Vek32f* pSrc, int len, Vek32f* pDstLow, Vek32f* pDstHigh,
@@ -136,14 +125,13 @@ VekStatus veksQMFEncode_RTA_32f(const Vek32f* pSrc, int len, Vek32f* pDstLow, Ve
         return vekStsSizeErr;
     }
     State state;
-    std::memcpy(&state, static_cast<const void*>(pQMFMem), sizeof state);
-    if (state.started != kStarted) {
+    if (!state.take(pQMFMem)) {
         return vekStsStateErr;
     }
     for (int left = len / 2; left > 0; left -= kChunk) {
         const int n = std::min(left, kChunk);
         float x[2][kPast + kChunk];
-        recall(state, x);
+        recall(state.content, x);
         for (int i = 0; i < n; ++i) {
             x[0][kPast + i] = pSrc[2 * i + 1];
             x[1][kPast + i] = pSrc[2 * i];
@@ -156,12 +144,12 @@ VekStatus veksQMFEncode_RTA_32f(const Vek32f* pSrc, int len, Vek32f* pDstLow, Ve
             pDstLow[i] = odd[i] + even[i];
             pDstHigh[i] = odd[i] - even[i];
         }
-        remember(x, n, state);
+        remember(x, n, state.content);
         pSrc += 2 * n;
         pDstLow += n;
         pDstHigh += n;
     }
-    std::memcpy(static_cast<void*>(pQMFMem), &state, sizeof state);
+    state.give(pQMFMem);
     return vekStsNoErr;
 }
 
@@ -174,14 +162,13 @@ VekStatus veksQMFDecode_RTA_32f(const Vek32f* pSrcLow, const Vek32f* pSrcHigh, i
         return vekStsSizeErr;
     }
     State state;
-    std::memcpy(&state, static_cast<const void*>(pQMFMem), sizeof state);
-    if (state.started != kStarted) {
+    if (!state.take(pQMFMem)) {
         return vekStsStateErr;
     }
     for (int left = len; left > 0; left -= kChunk) {
         const int n = std::min(left, kChunk);
         float x[2][kPast + kChunk];
-        recall(state, x);
+        recall(state.content, x);
         for (int i = 0; i < n; ++i) {
             x[0][kPast + i] = pSrcLow[i] - pSrcHigh[i];
             x[1][kPast + i] = pSrcLow[i] + pSrcHigh[i];
@@ -194,11 +181,11 @@ VekStatus veksQMFDecode_RTA_32f(const Vek32f* pSrcLow, const Vek32f* pSrcHigh, i
             pDst[2 * i] = even[i];
             pDst[2 * i + 1] = odd[i];
         }
-        remember(x, n, state);
+        remember(x, n, state.content);
         pSrcLow += n;
         pSrcHigh += n;
         pDst += 2 * n;
     }
-    std::memcpy(static_cast<void*>(pQMFMem), &state, sizeof state);
+    state.give(pQMFMem);
     return vekStsNoErr;
 }

@@ -6,7 +6,7 @@
 
 #include "vekdefs.h"
 
-namespace vek::g728 {
+namespace vek {
 
 /// A state with the mark of its kind, which tells memory that has had its start.
 template <class Content, uint32_t kind>
@@ -39,4 +39,4 @@ struct Marked {
     void give(void* memory) const { std::memcpy(memory, this, sizeof *this); }
 };
 
-} // namespace vek::g728
+} // namespace vek
