@@ -306,12 +306,10 @@ void cancelBands(const Observe& observe, bool dt) {
         }
         std::vector<std::complex<double>> echo(kBands);
         std::vector<std::complex<double>> near(kBands);
-        double history = 0;
         for (int k = 0; k < kBands; k++) {
             for (int s = 0; s < kSegments; s++) {
                 const std::complex<double> v(x[s][k].re / F::scale, x[s][k].im / F::scale);
                 echo[k] += v * path[k * kSegments + s];
-                history += std::norm(v);
             }
             near[k] = talk ? std::complex<double>(2 * normal(random), 2 * normal(random)) : 0;
             sin[k] = {to(echo[k].real() + near[k].real()), to(echo[k].imag() + near[k].imag())};
