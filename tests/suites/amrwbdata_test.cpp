@@ -175,16 +175,16 @@ TEST(AmrWbActivityData, SpeechIsRandomOverTheWholeType) {
 
 constexpr int kPast = 166; // Samples before those of the call.
 
-// A pulse at the first sample and one of its own size at each lag before it.
+// In the searched signal a pulse at the first sample and one of some size at each lag before it; the other signal is
+// the same at any lag, so that each lag found is remembered.
 void setPulses(SuiteLine& line, std::initializer_list<std::pair<int, int>> pulses) {
-    for (const int index : {0, 1}) {
-        vkVector& signal = line.vector(index);
-        signal.setConst(0, 0);
-        signal.m_16s[kPast] = 8000;
-        for (const auto& [lag, size] : pulses) {
-            signal.m_16s[kPast - lag] = static_cast<Vek16s>(size);
-        }
+    vkVector& signal = line.vector(0);
+    signal.setConst(0, 0);
+    signal.m_16s[kPast] = 8000;
+    for (const auto& [lag, size] : pulses) {
+        signal.m_16s[kPast - lag] = static_cast<Vek16s>(size);
     }
+    line.vector(1).setConst(1000, 0);
 }
 
 // The newest of the lags that a call has remembered.
@@ -231,20 +231,35 @@ TEST(AmrWbOpenLoopData, TheBoundsOfTheLagFollowTheFourteenRates) {
     }
 }
 
-TEST(AmrWbOpenLoopData, EachCallBeginsWithAMedianOfFortyAndTheLinesSwitch) {
+// A lag near the median weighs more where the switch is on: of two equal pulses the farther one wins for a median of 40
+// and more, of two that differ by half a per cent for one above 40.
+TEST(AmrWbOpenLoopData, EachCallBeginsWithAMedianOfForty) {
     SuiteLine line("veksOpenLoopPitchSearch_AMRWBE_16s", 1);
     ASSERT_TRUE(line.ready());
-    line.restore();
-    setPulses(line, {{100, 8000}});
     for (int call = 0; call < 5; ++call) {
-        EXPECT_EQ(lagOf(line), 100);
+        setPulses(line, {{100, 8000}});
+        line.call();
     }
     EXPECT_EQ(line.values(3), Values(5, 100));
-    // With a median of 100 the farther of two pulses is near, with one of 40 the closer.
-    setPulses(line, {{30, 8000}, {100, 8000}});
-    EXPECT_EQ(lagOf(line), 100);
+    setPulses(line, {{20, 8000}, {40, 8000}});
     line.restore();
-    EXPECT_EQ(lagOf(line), 30);
+    EXPECT_EQ(lagOf(line), 40);
+    setPulses(line, {{20, 8040}, {40, 8000}});
+    line.restore();
+    EXPECT_EQ(lagOf(line), 20);
+}
+
+TEST(AmrWbOpenLoopData, EachCallBeginsWithTheSwitchOfItsLine) {
+    for (const int on : {0, 1}) {
+        SuiteLine line("veksOpenLoopPitchSearch_AMRWBE_16s", on);
+        ASSERT_TRUE(line.ready());
+        setPulses(line, {{20, 8000}, {40, 8000}});
+        for (int call = 0; call < 3; ++call) {
+            // A voiced call leaves the switch on.
+            line.restore();
+            EXPECT_EQ(lagOf(line), on == 0 ? 20 : 40);
+        }
+    }
 }
 
 TEST(AmrWbOpenLoopData, TheLagsThatACallLeavesAreCopiedBesideThem) {

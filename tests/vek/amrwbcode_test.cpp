@@ -273,6 +273,56 @@ TEST(VekWideAdaptiveDecode, InterpolatesAtQuarters) {
     }
 }
 
+// Index, subframe, rate, and what they stand for with a first lag of 50.
+TEST(VekWideAdaptiveDecode, IndicesTellQuartersHalvesAndWholesByRateAndSubframe) {
+    struct Case {
+        int index, subframe;
+        VekSpchBitRate mode;
+        int lag, fraction;
+    };
+    constexpr Case cases[] = {
+        {375, 0, VEK_SPCHBR_12650, 127, 3}, {376, 0, VEK_SPCHBR_12650, 128, 0}, {377, 2, VEK_SPCHBR_12650, 128, 2},
+        {439, 0, VEK_SPCHBR_12650, 159, 2}, {440, 0, VEK_SPCHBR_12650, 160, 0}, {511, 2, VEK_SPCHBR_12650, 231, 0},
+        {63, 1, VEK_SPCHBR_12650, 65, 3},   {9, 3, VEK_SPCHBR_23850, 52, 1},    {1, 0, VEK_SPCHBR_8850, 34, 2},
+        {115, 0, VEK_SPCHBR_8850, 91, 2},   {116, 2, VEK_SPCHBR_8850, 92, 0},   {255, 0, VEK_SPCHBR_6600, 231, 0},
+        {9, 1, VEK_SPCHBR_8850, 54, 2},     {31, 2, VEK_SPCHBR_6600, 65, 2},    {31, 2, VEK_SPCHBR_8850, 49, 2},
+    };
+    for (const Case& c : cases) {
+        Adaptive a;
+        ASSERT_EQ(vekStsNoErr, a.decode(c.index, c.subframe, 0, 0, c.mode));
+        EXPECT_EQ(c.lag, a.lag) << c.index;
+        EXPECT_EQ(c.fraction, a.fraction) << c.index;
+    }
+}
+
+TEST(VekWideAdaptiveSearch, CountsFromTheFirstLagInTheRelativeSubframes) {
+    struct Case {
+        VekSpchBitRate mode;
+        int subframe, index;
+    };
+    constexpr Case cases[] = {{VEK_SPCHBR_12650, 1, 4 * 7},
+                              {VEK_SPCHBR_12650, 3, 4 * 7},
+                              {VEK_SPCHBR_8850, 1, 2 * 7},
+                              {VEK_SPCHBR_6600, 2, 2 * 7}};
+    std::mt19937 random(18);
+    for (const Case& c : cases) {
+        Adaptive a;
+        a.exc = noise(random, 505, -3000, 3000);
+        a.h = Samples(64);
+        a.h[0] = 32767;
+        // A whole period behind a lag below the subframe's length.
+        for (size_t i = 0; i < 64; ++i) {
+            a.exc[248 + i] = a.exc[248 - 57 + i];
+            a.x[i] = a.exc[248 + i];
+        }
+        ASSERT_EQ(vekStsNoErr, a.search(c.subframe, c.mode));
+        EXPECT_EQ(57, a.lag) << c.mode;
+        EXPECT_EQ(0, a.fraction) << c.mode;
+        EXPECT_EQ(c.index, a.index) << c.mode;
+        EXPECT_EQ(50, a.bounds[0]) << c.mode;
+    }
+}
+
 TEST(VekWideAdaptiveSearch, FindsTheLagThatMadeTheTarget) {
     atEveryLevel([] {
         std::mt19937 random(8);

@@ -306,12 +306,10 @@ void cancelBands(const Observe& observe, bool dt) {
         }
         std::vector<std::complex<double>> echo(kBands);
         std::vector<std::complex<double>> near(kBands);
-        double history = 0;
         for (int k = 0; k < kBands; k++) {
             for (int s = 0; s < kSegments; s++) {
                 const std::complex<double> v(x[s][k].re / F::scale, x[s][k].im / F::scale);
                 echo[k] += v * path[k * kSegments + s];
-                history += std::norm(v);
             }
             near[k] = talk ? std::complex<double>(2 * normal(random), 2 * normal(random)) : 0;
             sin[k] = {to(echo[k].real() + near[k].real()), to(echo[k].imag() + near[k].imag())};
@@ -433,6 +431,44 @@ TEST(VekEcSubbandControl, DoubleTalkIsToldAndForbidsSuppression) {
     EXPECT_LT(p.talk[2], 0.05);
     EXPECT_GT(p.noNlp[1], 0.95);
     EXPECT_LT(p.noNlp[2], 0.05);
+}
+
+// The gain behind 400 frames of single talk in which the fixed filter leaves a share of the echo's amplitude.
+template <class C>
+double gainFor(double share) {
+    using F = Sub<C>;
+    using Real = typename F::Real;
+    int size = 0;
+    EXPECT_EQ(vekStsNoErr, F::size(4, 16, 1, 8000, &size));
+    Bytes memory(static_cast<size_t>(size));
+    auto* state = reinterpret_cast<typename F::State*>(memory.data());
+    EXPECT_EQ(vekStsNoErr, F::init(state, 4, 16, 1, 8000));
+    const auto bands = [](double v) { return std::vector<C>(4, C{static_cast<decltype(C::re)>(v * F::scale), 0}); };
+    const std::vector<Real> far(16, static_cast<Real>(0.5 * F::scale));
+    const std::vector<Real> near(16, static_cast<Real>(0.1 * F::scale));
+    std::vector<C> history = bands(0.5);
+    const std::vector<C> echo = bands(0.1);
+    const std::vector<C> error = bands(0.1 * share);
+    std::vector<C> coefs[2] = {bands(0.2), bands(0.2)};
+    C* rows[] = {history.data()};
+    C* adaptive[] = {coefs[0].data()};
+    C* fixed[] = {coefs[1].data()};
+    std::vector<typename F::Step> steps(4);
+    Real gain = 0;
+    for (int frame = 0; frame < 400; frame++) {
+        EXPECT_EQ(vekStsNoErr, F::update(far.data(), near.data(), rows, echo.data(), steps.data(), state));
+        EXPECT_EQ(vekStsNoErr, F::control(error.data(), error.data(), adaptive, fixed, &gain, state));
+    }
+    return gain / F::scale;
+}
+
+TEST(VekEcSubbandControl, TheGainTendsToTheAmplitudeThatTheFilterLeaves) {
+    for (const double share : {0.2, 0.3, 0.6}) {
+        EXPECT_NEAR(share, gainFor<Vek32fc>(share), 0.002);
+        EXPECT_NEAR(share, gainFor<Vek32sc>(share), 0.002);
+    }
+    EXPECT_NEAR(0.1, gainFor<Vek32fc>(0.02), 0.002);
+    EXPECT_NEAR(0.1, gainFor<Vek32sc>(0.02), 0.002);
 }
 
 TEST(VekEcSubbandControlDT, ASilentFarEndStopsLearningAndForbidsSuppression) {

@@ -187,6 +187,40 @@ TEST(VekEcNlms, IntegerFormFollowsItsDefinitionWithinTheRoundingOfTheFactor) {
     });
 }
 
+// A sample's error is that of the coefficients which have learnt before it.
+TEST(VekEcNlms, EachErrorIsExactlyTheFiltersAndManySamplesAreAsManyCalls) {
+    atEveryLevel([] {
+        std::mt19937 random(14);
+        for (const int taps : {1, 20, 128}) {
+            constexpr int len = 24;
+            const Samples ref = noise(random, taps + len + 1, -20000, 20000);
+            const int16_t* now = ref.data() + taps + 1;
+            const Samples speech = noise(random, len, -30000, 30000);
+            const Samples step = noise(random, len, 0, 32767);
+            Samples coef = noise(random, taps, -9000, 9000);
+            Samples coefWhole = coef;
+            Samples whole(len);
+            int16_t err = -700;
+            int16_t errWhole = err;
+            ASSERT_EQ(vekStsNoErr, veksNLMS_EC_16s(now, speech.data(), step.data(), whole.data(), len, coefWhole.data(),
+                                                   taps, &errWhole));
+            for (int i = 0; i < len; i++) {
+                int16_t out = 0;
+                ASSERT_EQ(vekStsNoErr,
+                          veksNLMS_EC_16s(now + i, &speech[i], &step[i], &out, 1, coef.data(), taps, &err));
+                double echo = 0;
+                for (int j = 0; j < taps; j++) {
+                    echo += coef[j] * static_cast<double>(now[i - j]);
+                }
+                ASSERT_EQ(clip(speech[i] - static_cast<int64_t>(std::floor(echo / 32768 + 0.5)), 16), out) << taps;
+                ASSERT_EQ(out, whole[i]) << taps << ' ' << i;
+            }
+            EXPECT_EQ(coefWhole, coef);
+            EXPECT_EQ(errWhole, err);
+        }
+    });
+}
+
 TEST(VekEcNlms, LevelsGiveTheSameIntegers) {
     std::vector<Samples> results;
     atEveryLevel([&results] {

@@ -25,14 +25,15 @@ constexpr int longest = 50;
 constexpr Vek16s startScale = 13;
 constexpr Vek32s startEnergy = 1600000000;
 
-// Autocorrelation of one signal: the near lags, and those behind.
+// Autocorrelation of one signal: the near lags, and those behind. The recursion reaches the longest filter both from
+// the start and from the five coefficients below.
 constexpr int near = 20;
-constexpr Vek16s nearLags[near] = {32767, 6018, 13206, 4220, -49,  8185, -1266, 12688, 6487,  9780,
-                                   10661, 9493, 8371,  8405, 6945, 1946, 6718,  -1598, 13810, 8424};
+constexpr Vek16s nearLags[near] = {32767, 9915, 15799, 4398, 5910, 8168, 6255, 4381, 6479, 1258,
+                                   6377,  2862, 3486,  6848, 3349, 7990, 4267, 2940, 8943, 11829};
 constexpr int far = 31;
-constexpr Vek16s farLags[far] = {16996, 21861, 1120, 13659, -3303, 10508, 2642,  5292, 14268, 3477, 11541,
-                                 6129,  8540,  7688, 7231,  6875,  5455,  5454,  5703, 13622, 8028, 16937,
-                                 8091,  5074,  7034, 1726,  13925, 857,   13499, 7706, 5083};
+constexpr Vek16s farLags[far] = {16996, 21861, 1120, 13659, -3303, 10508, 2642, 5292,  3876,  4418,  1896,
+                                 6369,  1017,  9036, 6494,  7634,  8952,  3002, 10258, 13127, 14810, 18644,
+                                 6043,  2130,  7035, -3000, 11723, -3852, 9346, 380,   6070};
 constexpr Vek16s filter[longest] = {1969, -3869, -363, 1139, 211, 1028, 380,  -1465, -877, -527, 296, 686, 321,
                                     -306, -522,  -177, 289,  388, 80,   -258, -280,  -17,  220,  197, -21, -181,
                                     -133, 41,    145,  86,   -50, -113, -52,  51,    86,   29,   -48, -64, -13,
