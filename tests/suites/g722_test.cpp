@@ -66,15 +66,3 @@ TEST(G722SuiteDivisors, TimePerElementOfTheEntropyCoderIsThatOfACall) {
     EXPECT_EQ(test->getDivisor_el(), 1.0);
     EXPECT_EQ(test->getDivisor(), 20.0);
 }
-
-TEST(G722SuiteUser, ALengthThatMemoryDoesNotHoldLeavesNoState) {
-    for (const char* function : {"veksSBADPCMEncode_G722_16s", "veksSBADPCMDecode_G722_16s"}) {
-        g_istrm.dataList().set("len=1500000000");
-        krResult result = krUndefined;
-        runOnce(*findTest(function), result);
-        EXPECT_TRUE(krIsFailure(result));
-        EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr) << function;
-        findTest(function)->flushData();
-        g_istrm.dataList().clear();
-    }
-}
