@@ -57,13 +57,21 @@ TEST(G723SuiteNames, TheSubframeOfTheAdaptiveVectorHasNoTitleAndDoesNotShow) {
 // --- what a user may ask for ---
 
 TEST(G723SuiteUser, MayAskForTheRatesOfTheCodecOnly) {
-    for (const char* function : {"veksAdaptiveCodebookSearch_G723", "veksMPMLQFixedCodebookSearch_G723"}) {
-        const std::size_t all = std::string(function) == "veksAdaptiveCodebookSearch_G723" ? 8 : 4;
+    const struct {
+        const char* function;
+        std::size_t all;
+        std::size_t ofOneRate;
+    } rows[] = {
+        {"veksAdaptiveCodebookSearch_G723", 8, 4}, {"veksMPMLQFixedCodebookSearch_G723", 4, 4},
+        {"veksPitchPostFilter_G723_16s", 8, 4},    {"veksDecodeAdaptiveVector_G723_16s", 2, 1},
+        {"veksAutoCorr_G723_16s", 2, 1},
+    };
+    for (const auto& row : rows) {
         krResult result = krUndefined;
         g_istrm.dataList().set("BitRate=BR_5300");
-        EXPECT_EQ(runOnce(*findTest(function), result).size(), 4U);
+        EXPECT_EQ(runOnce(*findTest(row.function), result).size(), row.ofOneRate) << row.function;
         g_istrm.dataList().set("BitRate=BR_12200");
-        EXPECT_EQ(runOnce(*findTest(function), result).size(), all);
+        EXPECT_EQ(runOnce(*findTest(row.function), result).size(), row.all) << row.function;
         g_istrm.dataList().clear();
     }
 }
@@ -154,6 +162,14 @@ TEST(G723SuiteData, FrequenciesToQuantiseAreTenWords) {
     SuiteLine line("veksLSFQuant_G723_16s32s");
     ASSERT_TRUE(line.ready());
     EXPECT_EQ(line.values(4), (Values{3244, 4648, 7441, 11200, 13758, 16670, 19822, 22012, 25916, 27949}));
+    for (const int other : {2, 3}) {
+        const Values values = line.values(other);
+        const auto [least, most] = std::minmax_element(values.begin(), values.end());
+        EXPECT_GE(*least, -2048);
+        EXPECT_LT(*least, 0);
+        EXPECT_GT(*most, 0);
+        EXPECT_LE(*most, 2048);
+    }
 }
 
 TEST(G723SuiteData, SynthesisHasElevenCoefficients) {
@@ -165,5 +181,53 @@ TEST(G723SuiteData, SynthesisHasElevenCoefficients) {
         EXPECT_EQ(line.values(2), Values(60, 4));
         EXPECT_EQ(line.values(3), Values(10, 1));
         EXPECT_EQ(line.values(4), Values(60, 4));
+    }
+}
+
+TEST(G723SuiteData, InputsAreRandomWithinTheirRanges) {
+    const struct {
+        const char* function;
+        int vector;
+        std::size_t length;
+        double lo;
+        double hi;
+    } rows[] = {
+        {"veksHarmonicSearch_G723_16s", 0, 208, -32768, 32767},
+        {"veksOpenLoopPitchSearch_G723_16s", 0, 265, -32768, 32767},
+        {"veksHighPassFilter_G723_16s", 0, 241, -16384, 16384},
+        {"veksPitchPostFilter_G723_16s", 0, 385, -2048, 2048},
+        {"veksACELPFixedCodebookSearch_G723_16s", 0, 416, 0, 4096},
+        {"veksACELPFixedCodebookSearch_G723_32s16s", 0, 416, 0, 4096},
+        {"veksGainQuant_G723_16s", 0, 60, -8192, 8192},
+        {"veksGainQuant_G723_16s", 1, 60, -8192, 8192},
+        {"veksAutoCorr_G723_16s", 0, 180, -2048, 2048},
+        {"veksDecodeAdaptiveVector_G723_16s", 2, 148, -2048, 2048},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.function);
+        SuiteLine line(row.function);
+        ASSERT_TRUE(line.ready());
+        EXPECT_EQ(line.values(row.vector).size(), row.length);
+        expectRandom(line.values(row.vector), row.lo, row.hi);
+    }
+}
+
+TEST(G723SuiteData, MatrixIsMadeOfZerosAndSearchedWithoutCorrelations) {
+    for (const auto& [function, bytes] :
+         {std::pair{"veksToeplizMatrix_G723_16s", 832}, {"veksToeplizMatrix_G723_16s32s", 1664}}) {
+        SuiteLine line(function);
+        ASSERT_TRUE(line.ready());
+        EXPECT_EQ(line.values(0), Values(60, 0));
+        EXPECT_EQ(line.vector(1).size(), bytes);
+    }
+    for (const auto& [function, bytes] : {std::pair{"veksACELPFixedCodebookSearch_G723_16s", 832},
+                                          {"veksACELPFixedCodebookSearch_G723_32s16s", 1664}}) {
+        SuiteLine line(function);
+        ASSERT_TRUE(line.ready());
+        EXPECT_EQ(line.vector(0).size(), bytes);
+        EXPECT_EQ(line.values(2), Values(64, 0));
+        ASSERT_EQ(line.values(3).size(), 1U);
+        EXPECT_GE(line.values(3)[0], 0);
+        EXPECT_LE(line.values(3)[0], 128);
     }
 }

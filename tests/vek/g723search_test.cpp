@@ -465,8 +465,9 @@ TEST(VekAdaptiveSearchG723, TheLongestBaseGivesDelaysThatTheDecoderTakes) {
     std::mt19937 random(14);
     const int32_t calm[5] = {4, 4, 4, 4, 4};
     int found = 0;
-    for (int n = 0; n < 60; ++n) {
-        const int period = 144 + n % 3;
+    for (int n = 0; n < 80; ++n) {
+        // The last of these would be the fourth delay, which is not tried.
+        const int period = 144 + n % 4;
         const Samples history = voiced(random, 148, 37 + n, 400);
         Samples target(history.end() - period, history.end() - period + 60);
         Samples h(60, 0);
@@ -475,7 +476,7 @@ TEST(VekAdaptiveSearchG723, TheLongestBaseGivesDelaysThatTheDecoderTakes) {
         int16_t entry = -1;
         ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G723(145, target.data(), h.data(), history.data(), calm, &lag,
                                                                &entry, 1, 0, VEK_SPCHBR_5300));
-        found += lag == n % 3 ? 1 : 0;
+        found += lag == n % 4 ? 1 : 0;
         Samples vector(60);
         EXPECT_EQ(vekStsNoErr,
                   veksDecodeAdaptiveVector_G723_16s(145, lag, entry, history.data(), vector.data(), VEK_SPCHBR_5300));

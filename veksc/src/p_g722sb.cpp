@@ -94,16 +94,17 @@ bool TimG722SB::createStates() {
 }
 
 bool TimG722SB::canContinue() {
-    if (!grid.next(m_isFirst) || !createStates()) {
+    if (!grid.next(m_isFirst)) {
         return false;
     }
+    // The state comes last: where a vector fails nobody frees it.
     if (m_highband || m_classify) {
         return pSrcDst.createVector(len.value() + (m_classify ? before : 0), setOne, 0, 0) &&
-               mem.createVector(2, setOne, 0, 0);
+               mem.createVector(2, setOne, 0, 0) && createStates();
     }
     return pSrc.createVector(len.value() + (m_downsample ? 2 * beside : 0), setOne, 0, 0) &&
            pDst.createVector(len.value(), setZero, 0, 0) &&
-           delay.createVector(std::max(len.value(), bank), setOne, 0, 0);
+           delay.createVector(std::max(len.value(), bank), setOne, 0, 0) && createStates();
 }
 
 void TimG722SB::flushData() {
