@@ -1,6 +1,8 @@
 // Harmonic, residual, synthesis and high-pass filters.
 #include "vkc.h"
 
+#include <algorithm>
+
 namespace {
 
 vkVector pLPC;
@@ -16,6 +18,7 @@ krStepIterator<int> lenght_lpc;
 krStepIterator<int> i_mem;
 vkcGrid grid;
 int dataSize;
+int past;
 char* pMemUpdated;
 int fltSize;
 
@@ -100,13 +103,15 @@ bool TimFilt::canContinue() {
     if (!grid.next(m_isFirst)) {
         return false;
     }
-    // The harmonic filters read the lag before the pointer, the residual filter its order.
-    const int size = lenght.value() + (m_harmonic ? T : m_residual ? lenght.value() : 0);
+    // The memory of a synthesis filter is as long as its order. The harmonic filters read the lag before the pointer,
+    // the residual filter its order.
+    past = m_residual ? grid.room(lenght) : 0;
+    const int size = grid.room(lenght) + (m_harmonic ? T : past);
     dataSize = size * vkVector::item(m_func);
     return pLPC.createVector(lenght_lpc.value(), setZero, 0, 0) && pSrc.createVector(size, setZero, 0, 0) &&
            pDst.createVector(grid.room(lenght), setZero, 0, 0) &&
-           pMem.createVector(grid.room(lenght), setValue, i_mem.value(), 0) && pTmp.createVector(size, setZero, 0, 0) &&
-           pSrcDst.createVector(size, setZero, 0, 0) && setData();
+           pMem.createVector(std::max(grid.room(lenght), lenght_lpc.value()), setValue, i_mem.value(), 0) &&
+           pTmp.createVector(size, setZero, 0, 0) && pSrcDst.createVector(size, setZero, 0, 0) && setData();
 }
 
 void TimFilt::flushData() {
@@ -125,8 +130,7 @@ VK_REG_I(TimFilt, veksHarmonicFilter_32f_I, veksHarmonicFilter_32f_I(T, pSrcDst.
          vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
 VK_REG_I(TimFilt, veksHarmonicFilter_16s_I, veksHarmonicFilter_16s_I(beta, T, pSrcDst.m_16s + T, lenght.value()),
          vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
-VK_REG(TimFilt, veksResidualFilter_G729_16s,
-       veksResidualFilter_G729_16s(pSrc.m_16s + lenght.value(), pLPC.m_16s, pDst.m_16s))
+VK_REG(TimFilt, veksResidualFilter_G729_16s, veksResidualFilter_G729_16s(pSrc.m_16s + past, pLPC.m_16s, pDst.m_16s))
 VK_REG(TimFilt, veksSynthesisFilter_NR_16s_ISfs,
        veksSynthesisFilter_NR_16s_ISfs(pLPC.m_16s, pSrcDst.m_16s, lenght.value(), scaleFactor.value(), pMem.m_16s))
 VK_REG(TimFilt, veksSynthesisFilterZeroStateResponse_NR_16s,

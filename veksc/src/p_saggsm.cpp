@@ -1,6 +1,8 @@
 // Pitch gain, pre-emphasis and conversions of line spectra of GSM AMR.
 #include "vkc.h"
 
+#include <algorithm>
+
 namespace {
 
 vkVector pLSF;
@@ -14,6 +16,9 @@ vkcGrid grid;
 Vek16s pResult;
 
 constexpr Vek16s gamma_ = 19661;
+
+// Line spectral frequencies of a frame.
+constexpr int order = 10;
 
 class TimSAG : public prTest {
 public:
@@ -47,7 +52,7 @@ bool TimSAG::canStart() {
 }
 
 bool TimSAG::canContinue() {
-    if (!grid.next(m_isFirst) || !pLSF.createVector(grid.room(lenght), setZero, 0, 0) ||
+    if (!grid.next(m_isFirst) || !pLSF.createVector(std::max(grid.room(lenght), order), setZero, 0, 0) ||
         !pLSP.createVector(grid.room(lenght), setZero, 0, 0) || !pSrc1.createVector(grid.room(lenght), setOne, 0, 0) ||
         !pSrc2.createVector(grid.room(lenght), setOne, 0, 0) || !pResultCoeffs.createVector(4, setZero, 0, 0) ||
         !pDst.createVector(grid.room(lenght), setZero, 0, 0)) {
@@ -58,7 +63,7 @@ bool TimSAG::canContinue() {
 }
 
 void TimSAG::SetData_LSF() {
-    static constexpr Vek16s lsf[] = {3992, 1236, 1534, 405, 5007, 1794, 4929, 242, 5181, 3605};
+    static constexpr Vek16s lsf[order] = {3992, 1236, 1534, 405, 5007, 1794, 4929, 242, 5181, 3605};
     std::memcpy(pLSF.m_16s, lsf, sizeof lsf);
 }
 
