@@ -144,6 +144,29 @@ TEST(VekWideAlgebraicSearch, TheFilteredVectorIsTheVectorThroughTheResponse) {
     }
 }
 
+// From twelve pulses on, above an energy of 2: the vector has halves then.
+TEST(VekWideAlgebraicSearch, HalvesResponsesWithAnEnergyAboveTwo) {
+    for (size_t rate = 0; rate < std::size(rates); ++rate) {
+        std::mt19937 random(8);
+        Search search(random);
+        const auto smallest = [&search, rate] {
+            int least = 32767;
+            EXPECT_EQ(vekStsNoErr, search.run(rates[rate]));
+            for (const int16_t v : search.vector) {
+                least = v != 0 ? std::min(least, std::abs(v)) : least;
+            }
+            return least;
+        };
+        std::fill(search.h.begin(), search.h.end(), int16_t{0});
+        search.h[0] = search.h[1] = 4096;
+        EXPECT_EQ(512, smallest()) << rates[rate];
+        search.h[2] = 181;
+        EXPECT_EQ(512, smallest()) << rates[rate];
+        search.h[3] = 181;
+        EXPECT_EQ(rate < 4 ? 512 : 256, smallest()) << rates[rate];
+    }
+}
+
 TEST(VekWideAlgebraicSearch, LoudAndSilentInputsStayWithinTheirWords) {
     constexpr int pulses[] = {2, 4, 8, 10, 12, 16, 18, 24, 24, 24};
     for (size_t rate = 0; rate < std::size(rates); ++rate) {

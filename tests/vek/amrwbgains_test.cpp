@@ -199,18 +199,43 @@ TEST(VekWideGainQuant, LevelsAgree) {
     }
 }
 
+// A coder shifts a loud target down, beside a fixed vector that keeps its format.
+TEST(VekWideGainQuant, TargetsMayBeScaledDown) {
+    for (const VekSpchBitRate mode : {VEK_SPCHBR_6600, VEK_SPCHBR_12650}) {
+        for (int down = 1; down <= 3; ++down) {
+            std::mt19937 random(5);
+            for (int round = 0; round < 40; ++round) {
+                Quant q(random);
+                Quant other = q;
+                for (int16_t& v : other.filtered) {
+                    v = static_cast<int16_t>(v * (1 << down));
+                }
+                ASSERT_EQ(vekStsNoErr, q.run(0, mode));
+                ASSERT_EQ(vekStsNoErr, other.run(0, mode, -down));
+                EXPECT_EQ(q.index, other.index);
+                EXPECT_EQ(q.gain, other.gain);
+                ASSERT_EQ(vekStsNoErr, q.runExtended(7000));
+                ASSERT_EQ(vekStsNoErr, other.runExtended(7000, -down));
+                EXPECT_EQ(q.index, other.index);
+                EXPECT_EQ(q.gain, other.gain);
+            }
+        }
+    }
+}
+
 TEST(VekWideGainQuant, RefusesWhatItCannotDo) {
     std::mt19937 random(4);
     Quant q(random);
     EXPECT_EQ(vekStsSizeErr, q.run(0, VEK_SPCHBR_6600, 0, 0));
     EXPECT_EQ(vekStsSizeErr, q.run(0, VEK_SPCHBR_6600, 0, 65));
-    EXPECT_EQ(vekStsRangeErr, q.run(0, VEK_SPCHBR_6600, -1));
+    EXPECT_EQ(vekStsRangeErr, q.run(0, VEK_SPCHBR_6600, -16));
     EXPECT_EQ(vekStsRangeErr, q.run(0, VEK_SPCHBR_6600, 16));
     EXPECT_EQ(vekStsRangeErr, q.run(2, VEK_SPCHBR_6600));
     EXPECT_EQ(vekStsBitRateErr, q.run(0, VEK_SPCHBR_12200));
     EXPECT_EQ(vekStsSizeErr, q.runExtended(7000, 0, 0));
     EXPECT_EQ(vekStsSizeErr, q.runExtended(7000, 0, 65));
     EXPECT_EQ(vekStsRangeErr, q.runExtended(7000, 16));
+    EXPECT_EQ(vekStsRangeErr, q.runExtended(7000, -16));
     EXPECT_EQ(vekStsNullPtrErr,
               veksGainQuant_AMRWB_16s(q.target.data(), q.adaptive.data(), 0, q.code.data(), q.filtered.data(), q.corr,
                                       q.past, &q.pitch, nullptr, 0, &q.index, 64, VEK_SPCHBR_6600));

@@ -20,7 +20,7 @@ VEK_API VekStatus veksAlgebraicCodebookDecode_AMRWB_16s(const Vek16s* pSrcIdxs, 
 
 // Search of the algebraic codebook: TS 26.190 5.8. Target Q0, residual after long-term prediction scaled alike
 // (12 bits), impulse response of the weighted synthesis, sharpened by the caller, Q12; it is kept as it is. The vector
-// and the filtered vector are Q9; from 15.85 kbit/s on a response with an energy above 8 is halved, and both vectors
+// and the filtered vector are Q9; from 15.85 kbit/s on a response with an energy above 2 is halved, and both vectors
 // with it. pDstIndex receives the words that the decoder above takes. At 23.05 kbit/s two starts are tried, at
 // 23.85 kbit/s one.
 VEK_API VekStatus veksAlgebraicCodebookSearch_AMRWB_16s(const Vek16s* pSrcFixedTarget, const Vek16s* pSrcLtpResidual,
@@ -78,7 +78,7 @@ VEK_API VekStatus veksOpenLoopPitchSearch_AMRWBE_16s(const Vek16s* pSrcWgtSpch, 
                                                      Vek16s* pLagSwitcher, int len, int minPitLag, int maxPitLag);
 
 // Both gains of a subframe, quantised together by 6 bits (6.6 and 8.85 kbit/s) or 7: TS 26.190 5.9. Target and filtered
-// adaptive vector in the format valFormat (0..15), fixed vector and its filtered form Q9; pSrcCorr holds mantissa and
+// adaptive vector in the format valFormat (-15..15), fixed vector and its filtered form Q9; pSrcCorr holds mantissa and
 // exponent of the energy of the filtered adaptive vector, then of its product with the target. pSrcDstEnergyErr holds
 // the last four energies of the code gain, Q10. *pSrcDstPitchGain, the gain before quantisation, and the result are
 // Q14, the code gain Q16. valClipFlag 1 leaves out the pitch gains above 1. len 1..64.

@@ -277,7 +277,7 @@ public:
 
 private:
     static int shiftOf(const Vek16s* h, int pulses) {
-        return pulses >= 12 && sat32(2 * corrKernels().dot16(h, h, kLen)) >> 16 > 0x1000 ? 1 : 0;
+        return pulses >= 12 && sat32(2 * corrKernels().dot16(h, h, kLen)) >> 16 > 0x400 ? 1 : 0;
     }
 
     void order(int start, int* tracks) const {

@@ -91,7 +91,7 @@ GainForm errorForm(const Vek16s* x, const Vek16s* y1, int format, const Vek16s* 
 }
 
 bool badFormat(int format) {
-    return format < 0 || format > 15;
+    return format < -15 || format > 15;
 }
 
 } // namespace
