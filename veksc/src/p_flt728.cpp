@@ -79,9 +79,9 @@ bool TimFlt728::createState() {
 }
 
 bool TimFlt728::canContinue() {
-    return grid.next(m_isFirst) && createState() && pSrc.createVector(len.value(), setRand, -2048, 2048) &&
+    return grid.next(m_isFirst) && createState() && pSrc.createVector(grid.room(len), setRand, -2048, 2048) &&
            pCoeff.createVector(weights, setRand, -2048, 2048) && pDst.createVector(vectorLength, setZero, 0, 0) &&
-           pDstWgtSpeech.createVector(len.value(), setZero, 0, 0) &&
+           pDstWgtSpeech.createVector(grid.room(len), setZero, 0, 0) &&
            pSrcDstExc.createVector(vectorLength, setRand, -256, 256);
 }
 

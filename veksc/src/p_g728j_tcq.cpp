@@ -44,8 +44,10 @@ bool TimTCQ_G728J::canStart() {
 bool TimTCQ_G728J::canContinue() {
     pSrcDstBestNode = 0;
     return grid.next(m_isFirst) && pSrcLPC.createVector(order, setOne, 0, 0) &&
-           pSrc.createVector(len.value(), setOne, 0, 0) && pSrcDstWindow.createVector(len.value(), setOne, 0, 0) &&
-           pSrcDstResidual.createVector(len.value(), setOne, 0, 0) && pDst.createVector(len.value(), setZero, 0, 0);
+           pSrc.createVector(grid.room(len), setOne, 0, 0) &&
+           pSrcDstWindow.createVector(grid.room(len), setOne, 0, 0) &&
+           pSrcDstResidual.createVector(grid.room(len), setOne, 0, 0) &&
+           pDst.createVector(grid.room(len), setZero, 0, 0);
 }
 
 void TimTCQ_G728J::flushData() {

@@ -50,8 +50,8 @@ bool TimPfadap728::canContinue() {
     }
     pMem = reinterpret_cast<VeksPostFilterAdapterState_G728*>(veksMalloc_8u(dataSize));
     return pMem != nullptr && veksPostFilterAdapterInit_G728(pMem) == vekStsNoErr &&
-           pSrc.createVector(lenght.value(), setRand, -10, 10) && pDst.createVector(lenght.value(), setZero, 0, 0) &&
-           pCoeffs.createVector(10, setOne, 0, 0);
+           pSrc.createVector(grid.room(lenght), setRand, -10, 10) &&
+           pDst.createVector(grid.room(lenght), setZero, 0, 0) && pCoeffs.createVector(10, setOne, 0, 0);
 }
 
 void TimPfadap728::flushData() {

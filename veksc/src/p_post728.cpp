@@ -49,8 +49,8 @@ bool TimPost728::canContinue() {
     }
     pMem = reinterpret_cast<VeksPostFilterState_G728*>(veksMalloc_8u(dataSize));
     return pMem != nullptr && veksPostFilterInit_G728_16s(pMem) == vekStsNoErr &&
-           pCoeff.createVector(len.value(), setRand, -2048, 2048) && pSrc.createVector(speech, setRand, -2048, 2048) &&
-           pDst.createVector(vectorLength, setZero, 0, 0);
+           pCoeff.createVector(grid.room(len), setRand, -2048, 2048) &&
+           pSrc.createVector(speech, setRand, -2048, 2048) && pDst.createVector(vectorLength, setZero, 0, 0);
 }
 
 void TimPost728::flushData() {
