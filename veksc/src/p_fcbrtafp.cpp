@@ -86,7 +86,7 @@ bool FCB_RTA_32f::canStart() {
 }
 
 bool FCB_RTA_32f::canContinue() {
-    if (!grid.next(m_isFirst)) {
+    if (!grid.next(m_isFirst) || !vkcCounts(subFrameSize, longest + 1)) {
         return false;
     }
     const int n = subFrameSize.value();

@@ -58,7 +58,7 @@ bool TimLPCLevinsonDurbin::canContinue() {
         return false;
     }
     // Lag 0 and the leading coefficient come on top of the order.
-    const int size = order.value() + 1;
+    const int size = grid.room(order) + 1;
     const bool source =
         m_float ? pSrc.createVector(size, setOne, 0, 0) : pSrc.createVector(size, setValue, 1073741824, 0);
     if (!source || !pLPC.createVector(size, setZero, 0, 0) || !pRC.createVector(size, setZero, 0, 0)) {
