@@ -55,7 +55,7 @@ bool TimACorrLagMax::canStart() {
 
 bool TimACorrLagMax::canContinue() {
     // The calls read up to the longest delay before or behind the samples.
-    return grid.next(m_isFirst) &&
+    return grid.next(m_isFirst) && maxLag_pithch.value() == grid.room(maxLag_pithch) &&
            pSrc.createVector(grid.room(maxLag_pithch) + grid.room(upperLag) + grid.room(lenght), setValue, 2, 0);
 }
 
