@@ -13,8 +13,13 @@
 namespace {
 
 constexpr int kLen = 8;
-Vek16s ref[300], speech[80], out[kLen], coef[256], step[kLen], err;
-Vek32f refF[300], speechF[80], outF[kLen], coefF[256], stepF[kLen], errF;
+// Aligned alike in every build.
+alignas(64) Vek16s ref[320];
+alignas(64) Vek16s coef[256];
+Vek16s speech[80], out[kLen], step[kLen], err;
+alignas(64) Vek32f refF[320];
+alignas(64) Vek32f coefF[256];
+Vek32f speechF[80], outF[kLen], stepF[kLen], errF;
 
 // A process of the suites' shape, at rest in aligned memory.
 template <class State>
