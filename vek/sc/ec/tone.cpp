@@ -14,7 +14,6 @@ namespace {
 
 using namespace vek;
 
-constexpr int kMaxBlock = 160;
 constexpr double kTone = 2100;
 // Mean squares for a full scale of 1 at +3.14 dBm0, the sine's 0.5.
 constexpr double kToneLevel = 0.5 * 1.9e-4;  // -34 dBm0
