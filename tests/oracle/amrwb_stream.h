@@ -17,7 +17,7 @@ extern "C" {
 #include <opencore-amrwb/dec_if.h>
 #include <vo-amrwbenc/enc_if.h>
 
-// Where the bits of a frame go, in the order of their importance: TS 26.201 annex B.
+// Where the bits of a frame go, in the order of their importance: TS 26.201.
 extern const int16_t sort_660[];
 extern const int16_t sort_885[];
 extern const int16_t sort_1265[];
@@ -49,7 +49,7 @@ constexpr VekSpchBitRate kRate[kRates] = {VEK_SPCHBR_6600,  VEK_SPCHBR_8850,  VE
 enum Mode { R660, R885, R1265, R1425, R1585, R1825, R1985, R2305, R2385 };
 constexpr const char* kName[kRates] = {"6.60", "8.85", "12.65", "14.25", "15.85", "18.25", "19.85", "23.05", "23.85"};
 
-// Widths of the words of a subframe's code vector: TS 26.190 table 12.
+// Widths of the words of a subframe's code vector: TS 26.190 5.8.2.
 inline const std::vector<int>& codeWidths(int mode) {
     static const std::vector<int> widths[kRates] = {{12},
                                                     {5, 5, 5, 5},

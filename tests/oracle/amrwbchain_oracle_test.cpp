@@ -122,7 +122,7 @@ private:
     Samples m_row;
 };
 
-// From 12.8 to 16 kHz, 12 samples late: TS 26.190 6.3.
+// From 12.8 to 16 kHz, 12 samples late: TS 26.190 6.2.
 class Oversampling {
 public:
     void apply(const int16_t* x, int16_t* y) {
