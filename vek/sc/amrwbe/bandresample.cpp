@@ -18,7 +18,7 @@ int fileRate(int frameLen) {
 }
 
 uint64_t place(int numerator, int denominator) {
-    return (static_cast<uint64_t>(numerator) << kBlendQ) / static_cast<uint64_t>(denominator);
+    return static_cast<uint64_t>(numerator) * (uint64_t{1} << kBlendQ) / static_cast<uint64_t>(denominator);
 }
 
 } // namespace

@@ -78,11 +78,14 @@ int deliverTwo(const TwoPulses& two, const Sign* sign, const Value* h, Value* co
     return signs;
 }
 
+constexpr int kMostOnTrack = 3;
+
 // Annex E: the pulses of a track as a word. They stand in the one order, or one of the orders, in which a pulse lies
 // below the one before it exactly where the sign changes; there is such an order for up to three pulses.
 template <class Sign>
-int word(const int* positions, int count, const Sign* sign) {
-    int p[3] = {positions[0], positions[1], count > 2 ? positions[2] : kSub};
+int word(const int (&positions)[kMostOnTrack], int found, const Sign* sign) {
+    const int count = std::clamp(found, 1, kMostOnTrack);
+    int p[kMostOnTrack] = {positions[0], positions[1], count > 2 ? positions[2] : kSub};
     for (const auto& [low, high] : {std::pair{0, 1}, {1, 2}, {0, 1}}) {
         if (p[low] > p[high]) {
             std::swap(p[low], p[high]);
@@ -107,7 +110,7 @@ int word(const int* positions, int count, const Sign* sign) {
 
 template <class Sign>
 void deliverWords(const int* positions, int pulses, int firstTrack, const Sign* sign, Vek16s* index) {
-    int on[kTracks][3];
+    int on[kTracks][kMostOnTrack] = {};
     int count[kTracks] = {};
     for (int n = 0; n < pulses; ++n) {
         const int t = positions[n] % kTracks;

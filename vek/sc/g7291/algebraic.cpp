@@ -36,7 +36,9 @@ Choice peaks(const Vek16s* d, const Vek16s* residual) {
     Choice choice;
     choice.last = abs_s(d[lanes[4] * kTracks + 4]) > abs_s(d[lanes[3] * kTracks + 3]) ? 4 : 3;
     for (int n = 0; n < 4; ++n) {
-        choice.at[n] = lanes[choice.track(n)];
+        const int track = choice.track(n);
+        const int position = lanes[track] * kTracks + track;
+        choice.at[n] = position / kTracks;
     }
     return choice;
 }
