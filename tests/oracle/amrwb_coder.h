@@ -12,12 +12,11 @@
 #include <cstdlib>
 #include <vector>
 
+#include "amrwb_frames.h"
 #include "sc/common/fixmath.h"
 #include "veksc.h"
 
 extern "C" {
-#include <vo-amrwbenc/enc_if.h>
-
 void Init_Decim_12k8(int16_t* mem);
 void Decim_12k8(int16_t* in, int16_t n, int16_t* out, int16_t* mem);
 void voAWB_Lag_window(int16_t* high, int16_t* low);
@@ -34,35 +33,15 @@ void ACELP_2t64_fx(int16_t* dn, int16_t* cn, int16_t* h, int16_t* code, int16_t*
 void ACELP_4t64_fx(int16_t* dn, int16_t* cn, int16_t* h, int16_t* code, int16_t* y, int16_t bits, int16_t size,
                    int16_t* index);
 extern const int16_t vo_window[];
-
-// The order of the bits in a frame: TS 26.201 annex B.
-extern const int16_t sort_660[];
-extern const int16_t sort_885[];
-extern const int16_t sort_1265[];
-extern const int16_t sort_1425[];
-extern const int16_t sort_1585[];
-extern const int16_t sort_1825[];
-extern const int16_t sort_1985[];
-extern const int16_t sort_2305[];
-extern const int16_t sort_2385[];
 }
 
 namespace amrwb {
 
-using Samples = std::vector<int16_t>;
-
-constexpr int kWide = 320; // a frame at 16 kHz
 constexpr int kFrame = 256;
 constexpr int kSub = 64;
-constexpr int kRates = 9;
 constexpr int kOrder = 16;
 constexpr int kRow = kOrder + 1;
 
-enum Mode { R660, R885, R1265, R1425, R1585, R1825, R1985, R2305, R2385 };
-
-constexpr VekSpchBitRate kRate[kRates] = {VEK_SPCHBR_6600,  VEK_SPCHBR_8850,  VEK_SPCHBR_12650,
-                                          VEK_SPCHBR_14250, VEK_SPCHBR_15850, VEK_SPCHBR_18250,
-                                          VEK_SPCHBR_19850, VEK_SPCHBR_23050, VEK_SPCHBR_23850};
 constexpr int kBits[kRates] = {132, 177, 253, 285, 317, 365, 397, 461, 477};
 
 #define GOOD(call) EXPECT_EQ(vekStsNoErr, call)
@@ -71,33 +50,14 @@ constexpr int kBits[kRates] = {132, 177, 253, 285, 317, 365, 397, 461, 477};
 constexpr int8_t kOpen = -1;
 using Bits = std::vector<int8_t>;
 
-// The octets of a frame in the order of TS 26.201, behind the one that tells the rate.
-inline Bits unpack(int mode, const uint8_t* octets) {
-    const int16_t* const order[kRates] = {sort_660,  sort_885,  sort_1265, sort_1425, sort_1585,
-                                          sort_1825, sort_1985, sort_2305, sort_2385};
+// The bits of a frame in the order of TS 26.201.
+inline Bits bitsIn(int mode, const Octets& octets) {
     Bits bits(static_cast<size_t>(kBits[mode]));
     for (int i = 0; i < kBits[mode]; ++i) {
-        bits[static_cast<size_t>(order[mode][i])] = static_cast<int8_t>(octets[1 + i / 8] >> (7 - i % 8) & 1);
+        bits[static_cast<size_t>(order(mode)[i])] = static_cast<int8_t>(bitOf(octets, i));
     }
     return bits;
 }
-
-class TheirCoder {
-public:
-    TheirCoder() : m_state(E_IF_init()) {}
-    ~TheirCoder() { E_IF_exit(m_state); }
-    TheirCoder(const TheirCoder&) = delete;
-    TheirCoder& operator=(const TheirCoder&) = delete;
-
-    Bits frame(int mode, const int16_t* in) {
-        uint8_t octets[64] = {};
-        EXPECT_EQ(1 + (kBits[mode] + 7) / 8, E_IF_encode(m_state, mode, in, octets, 0));
-        return unpack(mode, octets);
-    }
-
-private:
-    void* m_state;
-};
 
 // x * 2^exponent, rounded.
 inline void scale(int16_t* x, int n, int exponent) {

@@ -10,23 +10,11 @@
 #include <random>
 #include <vector>
 
+#include "amrwb_frames.h"
 #include "speech_signal.h"
-#include "vekdefs.h"
 
 extern "C" {
 #include <opencore-amrwb/dec_if.h>
-#include <vo-amrwbenc/enc_if.h>
-
-// Where the bits of a frame go, in the order of their importance: TS 26.201.
-extern const int16_t sort_660[];
-extern const int16_t sort_885[];
-extern const int16_t sort_1265[];
-extern const int16_t sort_1425[];
-extern const int16_t sort_1585[];
-extern const int16_t sort_1825[];
-extern const int16_t sort_1985[];
-extern const int16_t sort_2305[];
-extern const int16_t sort_2385[];
 
 // The decoder without its wrapper, on bits of -127 and 127 in the order of the recommendation.
 void pvDecoder_AmrWb_Init(void** state, void* memory, int16_t** scratch);
@@ -37,16 +25,6 @@ int32_t pvDecoder_AmrWb(int16_t mode, int16_t* bits, int16_t* out, int16_t* leng
 
 namespace amrwb {
 
-using Samples = std::vector<int16_t>;
-using Octets = std::array<uint8_t, 64>;
-
-constexpr int kFrame = 320;
-constexpr int kRates = 9;
-
-constexpr VekSpchBitRate kRate[kRates] = {VEK_SPCHBR_6600,  VEK_SPCHBR_8850,  VEK_SPCHBR_12650,
-                                          VEK_SPCHBR_14250, VEK_SPCHBR_15850, VEK_SPCHBR_18250,
-                                          VEK_SPCHBR_19850, VEK_SPCHBR_23050, VEK_SPCHBR_23850};
-enum Mode { R660, R885, R1265, R1425, R1585, R1825, R1985, R2305, R2385 };
 constexpr const char* kName[kRates] = {"6.60", "8.85", "12.65", "14.25", "15.85", "18.25", "19.85", "23.05", "23.85"};
 
 // Widths of the words of a subframe's code vector: TS 26.190 5.8.2.
@@ -85,12 +63,6 @@ inline std::vector<int> widths(int mode) {
     return all;
 }
 
-inline const int16_t* order(int mode) {
-    static const int16_t* const tables[kRates] = {sort_660,  sort_885,  sort_1265, sort_1425, sort_1585,
-                                                  sort_1825, sort_1985, sort_2305, sort_2385};
-    return tables[mode];
-}
-
 inline std::vector<int> bitsOf(int mode, const Samples& p) {
     const std::vector<int> w = widths(mode);
     std::vector<int> bits;
@@ -111,7 +83,7 @@ inline Samples unpack(int mode, const Octets& octets) {
     }
     std::vector<int> bits(count);
     for (size_t i = 0; i < count; ++i) {
-        bits[static_cast<size_t>(order(mode)[i])] = octets[1 + i / 8] >> (7 - i % 8) & 1;
+        bits[static_cast<size_t>(order(mode)[i])] = bitOf(octets, static_cast<int>(i));
     }
     Samples p;
     size_t at = 0;
@@ -135,24 +107,6 @@ inline Octets pack(int mode, const Samples& p) {
     return octets;
 }
 
-class TheirCoder {
-public:
-    TheirCoder() : m_state(E_IF_init()) {}
-    ~TheirCoder() { E_IF_exit(m_state); }
-    TheirCoder(const TheirCoder&) = delete;
-    TheirCoder& operator=(const TheirCoder&) = delete;
-
-    Octets frame(int mode, const int16_t* in) {
-        const Samples speech(in, in + kFrame);
-        Octets octets{};
-        E_IF_encode(m_state, mode, speech.data(), octets.data(), 0);
-        return octets;
-    }
-
-private:
-    void* m_state;
-};
-
 class TheirDecoder {
 public:
     TheirDecoder() : m_state(D_IF_init()) {}
@@ -161,7 +115,7 @@ public:
     TheirDecoder& operator=(const TheirDecoder&) = delete;
 
     Samples frame(const Octets& octets) {
-        Samples out(kFrame);
+        Samples out(kWide);
         D_IF_decode(m_state, octets.data(), out.data(), 0);
         return out;
     }
@@ -201,7 +155,7 @@ public:
         for (const int bit : bitsOf(mode, p)) {
             bits.push_back(static_cast<int16_t>(bit == 1 ? 127 : -127));
         }
-        out.resize(kFrame);
+        out.resize(kWide);
         int16_t length = 0;
         pvDecoder_AmrWb(static_cast<int16_t>(mode), bits.data(), out.data(), &length, m_state, 0, m_scratch);
         return *static_cast<const DecoderRecord*>(m_state);

@@ -276,7 +276,7 @@ public:
         const int16_t far = mult(extract_h(L_shl(moved, 8)), 26214);
         m_steady = std::max(shl(sub(20480, far), 1), int16_t{0});
 
-        Samples out(kFrame);
+        Samples out(kWide);
         for (int sub = 0; sub < 4; ++sub) {
             Samples lpc(kOrder + 1);
             Samples mixed = isp;
@@ -508,11 +508,11 @@ private:
 };
 
 TEST(AmrWbChainOracle, ParametersComeBackInTheOrderOfTheBits) {
-    const Samples x = speechLike(size_t{kFrame} * 20);
+    const Samples x = speechLike(size_t{kWide} * 20);
     for (int mode = 0; mode < kRates; ++mode) {
         TheirCoder coder;
         for (int f = 0; f < 20; ++f) {
-            const Octets octets = coder.frame(mode, x.data() + f * kFrame);
+            const Octets octets = coder.frame(mode, x.data() + f * kWide);
             EXPECT_EQ(octets, pack(mode, unpack(mode, octets))) << kName[mode] << " frame " << f;
         }
     }
@@ -523,7 +523,7 @@ void expectSameSamples(const Samples& x, const std::string& name, int leastEnhan
         TheirCoder coder;
         Pair both;
         for (int f = 0; f < kFrames; ++f) {
-            both.frame(mode, coder.frame(mode, x.data() + f * kFrame));
+            both.frame(mode, coder.frame(mode, x.data() + f * kWide));
         }
         EXPECT_EQ(0, both.stateApart) << name << " at " << kName[mode];
         EXPECT_EQ(0, both.fullApart) << name << " at " << kName[mode];
@@ -535,25 +535,25 @@ void expectSameSamples(const Samples& x, const std::string& name, int leastEnhan
 }
 
 TEST(AmrWbChainOracle, DecoderHasTheSamplesOfTheOtherOneForSpeechAtAllRates) {
-    expectSameSamples(speechLike(size_t{kFrame} * kFrames), "speech", 50);
+    expectSameSamples(speechLike(size_t{kWide} * kFrames), "speech", 50);
 }
 
 TEST(AmrWbChainOracle, DecoderHasTheSamplesOfTheOtherOneForNoiseAtAllRates) {
-    expectSameSamples(bursts(size_t{kFrame} * kFrames), "noise", 0);
+    expectSameSamples(bursts(size_t{kWide} * kFrames), "noise", 0);
 }
 
 TEST(AmrWbChainOracle, DecoderHasTheSamplesOfTheOtherOneForTonesAtAllRates) {
-    expectSameSamples(tones(size_t{kFrame} * kFrames), "tones", 50);
+    expectSameSamples(tones(size_t{kWide} * kFrames), "tones", 50);
 }
 
 TEST(AmrWbChainOracle, DecoderFollowsChangesOfTheRate) {
-    const Samples x = speechLike(size_t{kFrame} * kFrames * 3);
+    const Samples x = speechLike(size_t{kWide} * kFrames * 3);
     std::mt19937 random(2385);
     TheirCoder coder;
     Pair both;
     for (int f = 0; f < kFrames * 3; ++f) {
         const int mode = static_cast<int>(random() % kRates);
-        both.frame(mode, coder.frame(mode, x.data() + f * kFrame));
+        both.frame(mode, coder.frame(mode, x.data() + f * kWide));
     }
     EXPECT_EQ(0, both.stateApart);
     EXPECT_EQ(0, both.fullApart);

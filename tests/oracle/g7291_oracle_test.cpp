@@ -34,23 +34,13 @@ namespace {
 
 using Samples = std::vector<int16_t>;
 
-// A decaying impulse response, Q12.
-[[maybe_unused]] Samples response(std::mt19937& random) {
-    Samples h = noise(random, 40, -2500, 2500);
-    for (size_t i = 1; i < h.size(); ++i) {
-        h[i] = static_cast<int16_t>(h[i] * 4 / static_cast<int>(4 + i));
-    }
-    h[0] = 4096;
-    return h;
-}
-
 TEST(G7291AdaptiveGainOracle, EqualsTheAmrCodecButForTheUnitThatBeginsTheSum) {
 #ifdef ORACLE_AMRNB
     std::mt19937 random(1);
     int equal = 0;
     for (int round = 0; round < 4000; ++round) {
         const int level = 50 << (round % 8);
-        const Samples h = response(random);
+        const Samples h = decayingResponse(random, 2500);
         const Samples vector = noise(random, 40, -level, level);
         Samples target = noise(random, 40, -level, level);
         Samples filtered(40);
@@ -79,7 +69,7 @@ TEST(G7291AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
     for (int round = 0; round < rounds; ++round) {
         const Samples x = noise(random, 194, -1000, 1000);
         Samples target = noise(random, 40, -2000, 2000);
-        Samples h = response(random);
+        Samples h = decayingResponse(random, 2500);
         Samples theirs = x;
         const bool second = round % 2 == 1;
         int16_t open = noise(random, 1, 20, 143)[0];
@@ -126,7 +116,7 @@ TEST(G7291FirstPulsesOracle, AreNotBelowTheSearchOfTheG729CodecAndItsDecoderRead
     constexpr int rounds = 1000;
     for (int round = 0; round < rounds; ++round) {
         const int level = 100 << (round % 6);
-        Samples h = response(random);
+        Samples h = decayingResponse(random, 2500);
         Samples target = noise(random, 40, -level, level);
         const Samples residual = noise(random, 40, -level, level);
         Samples vector = noise(random, 40, -level, level);
@@ -173,7 +163,7 @@ TEST(G7291SecondPulsesOracle, AreNotBelowTheSearchOfTheG729Codec) {
     constexpr int rounds = 1000;
     for (int round = 0; round < rounds; ++round) {
         const int level = 100 << (round % 6);
-        const Samples h = response(random);
+        const Samples h = decayingResponse(random, 2500);
         Samples target = noise(random, 40, -level, level);
         const Samples residual = noise(random, 40, -level, level);
         const int16_t voice = noise(random, 1, -32768, 32767)[0];

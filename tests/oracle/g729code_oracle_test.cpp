@@ -41,22 +41,13 @@ namespace {
 
 using Samples = std::vector<int16_t>;
 
-[[maybe_unused]] Samples response(std::mt19937& random) {
-    Samples h = noise(random, 40, -2500, 2500);
-    for (size_t i = 1; i < h.size(); ++i) {
-        h[i] = static_cast<int16_t>(h[i] * 4 / static_cast<int>(4 + i));
-    }
-    h[0] = 4096;
-    return h;
-}
-
 TEST(FourPulsesOracle, FindsTheCodewordsOfTheG729Codec) {
 #ifdef ORACLE_BCG729
     std::mt19937 random(1);
     int equal = 0;
     constexpr int rounds = 1000;
     for (int round = 0; round < rounds; ++round) {
-        Samples h = response(random);
+        Samples h = decayingResponse(random, 2500);
         Samples target = noise(random, 40, -100 << (round % 6), 100 << (round % 6));
         Samples d(40), code(40), index(2), theirs(40), filtered(40);
         std::vector<int32_t> matrix(616);
@@ -100,7 +91,7 @@ TEST(FourPulsesOracle, NestedSearchIsBetterThanTheDepthFirstOneOfTheG729Codec) {
     double ours = 0;
     double theirs = 0;
     for (int round = 0; round < 500; ++round) {
-        Samples h = response(random);
+        Samples h = decayingResponse(random, 2500);
         Samples target = noise(random, 40, -3000, 3000);
         Samples d(40), code(40), index(2), other(40), filtered(40), none(40), matrix(616);
         veksCrossCorr_NormM_16s(target.data(), h.data(), 40, d.data());
@@ -126,7 +117,7 @@ TEST(ManyPulsesOracle, AreThePulsesOfTheAmrCodec) {
 #ifdef ORACLE_AMRNB
     std::mt19937 random(3);
     for (int round = 0; round < 1000; ++round) {
-        Samples h = response(random);
+        Samples h = decayingResponse(random, 2500);
         Samples target = noise(random, 40, -50 << (round % 7), 50 << (round % 7));
         Samples residual = noise(random, 40, -30 << (round % 8), 30 << (round % 8));
         Samples code(40), y(40), words(5), want(40);
@@ -203,7 +194,7 @@ TEST(GainQuantOracle, FindsTheCodesOfTheG729Codec) {
     int equal = 0;
     constexpr int rounds = 500;
     for (int round = 0; round < rounds; ++round) {
-        const Samples h = response(random);
+        const Samples h = decayingResponse(random, 2500);
         Samples target = noise(random, 40, -300, 300);
         Samples adaptive = noise(random, 40, -300, 300);
         Samples code(40), z(40), gains(2), codes(2), past(4, -14336);

@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "noise.h"
 #include "veksc.h"
 
 #if __has_include(<opencore-amrnb/interf_enc.h>)
@@ -35,11 +36,11 @@ namespace {
 
 using Samples = std::vector<int16_t>;
 
-[[maybe_unused]] Samples noise(std::mt19937& random, int n, int low, int high, int step = 1) {
-    std::uniform_int_distribution<int> pick(low / step, high / step);
-    Samples v(static_cast<size_t>(n));
+// Multiples of four, so that quarters lose nothing.
+[[maybe_unused]] Samples quarterable(std::mt19937& random, int n, int level) {
+    Samples v = noise(random, n, -level / 4, level / 4);
     for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random) * step);
+        e = static_cast<int16_t>(4 * e);
     }
     return v;
 }
@@ -67,8 +68,8 @@ TEST(GainControlOracle, EqualsTheAmrCodec) {
     for (int round = 0; round < 200; ++round) {
         // Multiples of four: the AMR codec drops bits of the energy, not of the samples. Gains that saturate nothing.
         const int level = 200 << (round % 5);
-        Samples in = noise(random, 40, -level, level, 4);
-        Samples x = noise(random, 40, -2 * level, 2 * level, 4);
+        Samples in = quarterable(random, 40, level);
+        Samples x = quarterable(random, 40, 2 * level);
         Samples want = x;
         ASSERT_EQ(vekStsNoErr, veksGainControl_G729A_16s_I(in.data(), x.data(), &ours));
         agc(&theirs, in.data(), want.data(), 29491, 40, &overflow);
@@ -134,16 +135,6 @@ TEST(OpenLoopPitchOracle, AgreesWithTheG729Codec) {
 #endif
 }
 
-// A decaying impulse response, Q12.
-[[maybe_unused]] Samples response(std::mt19937& random) {
-    Samples h = noise(random, 40, -2000, 2000);
-    for (size_t i = 1; i < h.size(); ++i) {
-        h[i] = static_cast<int16_t>(h[i] * 4 / static_cast<int>(4 + i));
-    }
-    h[0] = 4096;
-    return h;
-}
-
 TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
 #ifdef ORACLE_AMRNB
     std::mt19937 random(5);
@@ -151,7 +142,7 @@ TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
     for (int round = 0; round < 400; ++round) {
         Samples x = noise(random, 194, -1000, 1000);
         Samples target = noise(random, 40, -2000, 2000);
-        Samples h = response(random);
+        Samples h = decayingResponse(random, 2000);
         Samples theirs = x;
         int16_t open = noise(random, 1, 20, 143)[0];
         const auto second = static_cast<int16_t>(round % 2);
@@ -181,7 +172,7 @@ TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheG729Codec) {
     for (int round = 0; round < 400; ++round) {
         Samples x = noise(random, 194, -1000, 1000);
         Samples target = noise(random, 40, -2000, 2000);
-        Samples h = response(random);
+        Samples h = decayingResponse(random, 2000);
         Samples theirs = x;
         const int16_t open = noise(random, 1, 23, 140)[0];
         auto shortest = static_cast<int16_t>(open - 3);
@@ -211,7 +202,7 @@ TEST(AdaptiveGainOracle, IsWithinOneOfTheAmrCodec) {
     std::mt19937 random(7);
     for (int round = 0; round < 300; ++round) {
         const int level = 100 << (round % 7);
-        const Samples h = response(random);
+        const Samples h = decayingResponse(random, 2000);
         const Samples vector = noise(random, 40, -level, level);
         Samples target = noise(random, 40, -level, level);
         Samples filtered(40);

@@ -65,20 +65,13 @@ bool Tim7291flt::canStart() {
 }
 
 bool Tim7291flt::makeStates() {
-    int size = 0;
     if (m_high) {
-        veksFilterHighpassGetStateSize_G7291_16s(&size);
-        pStateHi = veksMalloc_8u(size);
-        return pStateHi != nullptr && veksFilterHighpassInit_G7291_16s(pStateHi) == vekStsNoErr;
+        return vkcMakeState(pStateHi, veksFilterHighpassGetStateSize_G7291_16s, veksFilterHighpassInit_G7291_16s);
     }
     if (m_low) {
-        veksFilterLowpassGetStateSize_G7291_16s(&size);
-        pStateLo = veksMalloc_8u(size);
-        return pStateLo != nullptr && veksFilterLowpassInit_G7291_16s(pStateLo) == vekStsNoErr;
+        return vkcMakeState(pStateLo, veksFilterLowpassGetStateSize_G7291_16s, veksFilterLowpassInit_G7291_16s);
     }
-    veksQMFGetStateSize_G7291_16s(&size);
-    pState = veksMalloc_8u(size);
-    return pState != nullptr && veksQMFInit_G7291_16s(pState) == vekStsNoErr;
+    return vkcMakeState(pState, veksQMFGetStateSize_G7291_16s, veksQMFInit_G7291_16s);
 }
 
 bool Tim7291flt::canContinue() {

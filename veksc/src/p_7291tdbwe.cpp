@@ -23,7 +23,6 @@ vkcGrid grid;
 Vek16s pGain;
 Vek16s pNorm;
 Vek16s* pMemory;
-int dataSize;
 
 // Bytes of pSrc before the frame that shaping by the frequency envelope looks back at.
 constexpr int history = 96;
@@ -90,14 +89,11 @@ bool Tim7291TDBWE::canContinue() {
         return pSrcDst.createVector(28, setRand, -2048, 2048) && pCdbkIndices.createVector(6, setZero, 0, 0);
     }
     if (m_excitation) {
-        if (!pIntPitchLag.createVector(4, setRand, 0, 144) || !pFracPitchLag.createVector(4, setRand, 0, 1) ||
-            !pLtpPower.createVector(4, setRand, -2048, 2048) || !pFixPower.createVector(4, setRand, -2048, 2048) ||
-            !pDst.createVector(grid.room(len), setZero, 0, 0) ||
-            veksGenerateExcitationGetStateSize_G7291_16s(&dataSize) != vekStsNoErr) {
-            return false;
-        }
-        pMemory = veksMalloc_16s(dataSize);
-        return pMemory != nullptr && veksGenerateExcitationInit_G7291_16s(pMemory) == vekStsNoErr;
+        return pIntPitchLag.createVector(4, setRand, 0, 144) && pFracPitchLag.createVector(4, setRand, 0, 1) &&
+               pLtpPower.createVector(4, setRand, -2048, 2048) && pFixPower.createVector(4, setRand, -2048, 2048) &&
+               pDst.createVector(grid.room(len), setZero, 0, 0) &&
+               vkcMakeState(pMemory, veksGenerateExcitationGetStateSize_G7291_16s,
+                            veksGenerateExcitationInit_G7291_16s);
     }
     if (m_compress) {
         return pSrcTimeEnvelope.createVector(28, setRand, -1024, 1024) &&

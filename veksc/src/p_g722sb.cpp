@@ -75,20 +75,11 @@ bool TimG722SB::canStart() {
 }
 
 bool TimG722SB::createStates() {
-    int size = 0;
     if (m_encode) {
-        if (veksSBADPCMEncodeStateSize_G722_16s(&size) != vekStsNoErr) {
-            return false;
-        }
-        pEncMem = reinterpret_cast<VeksCodecState_G722*>(veksMalloc_8u(size));
-        return pEncMem != nullptr && veksSBADPCMEncodeInit_G722_16s(pEncMem) == vekStsNoErr;
+        return vkcMakeState(pEncMem, veksSBADPCMEncodeStateSize_G722_16s, veksSBADPCMEncodeInit_G722_16s);
     }
     if (m_decode || m_classify) {
-        if (veksSBADPCMDecodeStateSize_G722_16s(&size) != vekStsNoErr) {
-            return false;
-        }
-        pDecMem = reinterpret_cast<VeksCodecState_G722*>(veksMalloc_8u(size));
-        return pDecMem != nullptr && veksSBADPCMDecodeInit_G722_16s(pDecMem) == vekStsNoErr;
+        return vkcMakeState(pDecMem, veksSBADPCMDecodeStateSize_G722_16s, veksSBADPCMDecodeInit_G722_16s);
     }
     return true;
 }

@@ -32,12 +32,8 @@ bool Timg729fpWinH::canStart() {
 }
 
 bool Timg729fpWinH::canContinue() {
-    int size = 0;
-    if (!grid.next(m_isFirst) || veksWinHybridGetStateSize_G729E_32f(&size) != vekStsNoErr) {
-        return false;
-    }
-    pMem = veksMalloc_8u(size);
-    return pMem != nullptr && veksWinHybridInit_G729E_32f(pMem) == vekStsNoErr &&
+    return grid.next(m_isFirst) &&
+           vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_32f, veksWinHybridInit_G729E_32f) &&
            pSrcSynthSpeech.createVector(grid.room(len), setOne, 0, 0) &&
            pDstInvAutoCorr.createVector(31, setZero, 0, 0);
 }

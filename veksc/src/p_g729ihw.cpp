@@ -32,12 +32,8 @@ bool TimIHW::canStart() {
 }
 
 bool TimIHW::canContinue() {
-    int size = 0;
-    if (!grid.next(m_isFirst) || veksWinHybridGetStateSize_G729E_16s(&size) != vekStsNoErr) {
-        return false;
-    }
-    pMem = veksMalloc_8u(size);
-    return pMem != nullptr && veksWinHybridInit_G729E_16s(pMem) == vekStsNoErr &&
+    return grid.next(m_isFirst) &&
+           vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_16s, veksWinHybridInit_G729E_16s) &&
            pSrcSynthSpeech.createVector(grid.room(lenght), setRand, -4096, 4096) &&
            pDstInvAutoCorr.createVector(31, setZero, 0, 0);
 }

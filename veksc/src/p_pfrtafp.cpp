@@ -24,9 +24,6 @@ public:
     void parmsToOstrm() override { grid.toOstrm(); }
     void parmsToCstrm() override { grid.toCstrm(); }
     void parmsNameToCstrm() override { grid.namesToCstrm(); }
-
-private:
-    bool createState();
 };
 
 bool STPF_RTA::canStart() {
@@ -40,18 +37,11 @@ bool STPF_RTA::canStart() {
     return true;
 }
 
-bool STPF_RTA::createState() {
-    int size = 0;
-    if (veksPostFilterGetStateSize_RTA_32f(&size) != vekStsNoErr) {
-        return false;
-    }
-    pMem_32f = reinterpret_cast<VeksPostFilterState_RTA_32f*>(veksMalloc_8u(size));
-    return pMem_32f != nullptr && veksPostFilterInit_RTA_32f(pMem_32f) == vekStsNoErr;
-}
-
 bool STPF_RTA::canContinue() {
     // Of order n there are n + 1 coefficients.
-    return grid.next(m_isFirst) && createState() && pSrcLPC.createVector(order.value() + 1, setRand, 10, 40) &&
+    return grid.next(m_isFirst) &&
+           vkcMakeState(pMem_32f, veksPostFilterGetStateSize_RTA_32f, veksPostFilterInit_RTA_32f) &&
+           pSrcLPC.createVector(order.value() + 1, setRand, 10, 40) &&
            pSrcDstSpeech.createVector(len.value(), setZero, 0, 0) && rgfltSTApfMem.createVector(51, setZero, 0, 0);
 }
 

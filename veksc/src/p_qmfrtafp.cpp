@@ -22,9 +22,6 @@ public:
     void parmsToOstrm() override { grid.toOstrm(); }
     void parmsToCstrm() override { grid.toCstrm(); }
     void parmsNameToCstrm() override { grid.namesToCstrm(); }
-
-private:
-    bool createState();
 };
 
 bool QMFD_RTA_32f::canStart() {
@@ -36,18 +33,10 @@ bool QMFD_RTA_32f::canStart() {
     return true;
 }
 
-bool QMFD_RTA_32f::createState() {
-    int size = 0;
-    if (veksQMFGetStateSize_RTA_32f(&size) != vekStsNoErr) {
-        return false;
-    }
-    pQMFMem = reinterpret_cast<VeksQMFState_RTA_32f*>(veksMalloc_8u(size));
-    return pQMFMem != nullptr && veksQMFInit_RTA_32f(pQMFMem) == vekStsNoErr;
-}
-
 bool QMFD_RTA_32f::canContinue() {
     // Two samples come out of each pair.
-    return grid.next(m_isFirst) && createState() && pSrcLow.createVector(len.value(), setRand, -32768, 32768) &&
+    return grid.next(m_isFirst) && vkcMakeState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
+           pSrcLow.createVector(len.value(), setRand, -32768, 32768) &&
            pSrcHigh.createVector(len.value(), setRand, -32768, 32768) &&
            pDst.createVector(2 * len.value(), setZero, 0, 0);
 }

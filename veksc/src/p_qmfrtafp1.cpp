@@ -22,9 +22,6 @@ public:
     void parmsToOstrm() override { grid.toOstrm(); }
     void parmsToCstrm() override { grid.toCstrm(); }
     void parmsNameToCstrm() override { grid.namesToCstrm(); }
-
-private:
-    bool createState();
 };
 
 bool QMFE_RTA_32f::canStart() {
@@ -36,18 +33,10 @@ bool QMFE_RTA_32f::canStart() {
     return true;
 }
 
-bool QMFE_RTA_32f::createState() {
-    int size = 0;
-    if (veksQMFGetStateSize_RTA_32f(&size) != vekStsNoErr) {
-        return false;
-    }
-    pQMFMem = reinterpret_cast<VeksQMFState_RTA_32f*>(veksMalloc_8u(size));
-    return pQMFMem != nullptr && veksQMFInit_RTA_32f(pQMFMem) == vekStsNoErr;
-}
-
 bool QMFE_RTA_32f::canContinue() {
-    return grid.next(m_isFirst) && createState() && pSrc.createVector(len.value(), setRand, -32768, 32768) &&
-           pDstLow.createVector(len.value(), setZero, 0, 0) && pDstHigh.createVector(len.value(), setZero, 0, 0);
+    return grid.next(m_isFirst) && vkcMakeState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
+           pSrc.createVector(len.value(), setRand, -32768, 32768) && pDstLow.createVector(len.value(), setZero, 0, 0) &&
+           pDstHigh.createVector(len.value(), setZero, 0, 0);
 }
 
 void QMFE_RTA_32f::flushData() {

@@ -81,6 +81,17 @@ private:
 enum vkcUnitIndex { vkcNoUnit, vkcElements, vkcPixels, vkcPixelChannels, vkcComplexMacs };
 krString vkcUnit(int index);
 
+/// Library memory of the size that `sizeOf` tells, for a state that `init` brings to its start.
+template <class State, class Init>
+bool vkcMakeState(State*& state, VekStatus (*sizeOf)(int*), Init init) {
+    int size = 0;
+    if (sizeOf(&size) != vekStsNoErr) {
+        return false;
+    }
+    state = static_cast<State*>(static_cast<void*>(veksMalloc_8u(size)));
+    return state != nullptr && init(state) == vekStsNoErr;
+}
+
 /// Copies `bytes` of saved input over the data that the last call has overwritten.
 inline void vkcRestore(void* data, const void* saved, int bytes) {
     std::memcpy(data, saved, static_cast<std::size_t>(bytes));

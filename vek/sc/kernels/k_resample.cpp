@@ -2,13 +2,12 @@
 #include "sc/kernels/resample.h"
 
 #include "sc/common/fixmath.h"
-
-#if VEK_LEVEL > 0
-#include <immintrin.h>
-#endif
+#include "sc/kernels/lanes.h"
 
 namespace vek {
 namespace {
+
+using namespace lanes;
 
 constexpr int32_t kHalf = 1 << (kResampleQ - 1);
 constexpr int kWeightBits = 15; // of the weight between two filters of the blended bank
@@ -115,77 +114,52 @@ VEK_INLINE __m128i load4(const int16_t* p) {
 }
 
 #if VEK_LEVEL >= 2
-using Sum = __m256i;
-constexpr int kLanes = 16;
-VEK_INLINE __m256i load16(const int16_t* p) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-}
-VEK_INLINE Sum noSum() {
-    return _mm256_setzero_si256();
-}
-VEK_INLINE Sum products(const int16_t* c, const int16_t* x) {
-    return _mm256_madd_epi16(load16(c), load16(x));
-}
-VEK_INLINE Sum add(Sum a, Sum b) {
-    return _mm256_add_epi32(a, b);
-}
-VEK_INLINE Sum widen(__m128i a) {
+VEK_INLINE V widen(__m128i a) {
     return _mm256_inserti128_si256(_mm256_setzero_si256(), a, 0);
 }
-VEK_INLINE __m128i fourSums(const Sum (&s)[4]) {
+VEK_INLINE __m128i fourSums(const V (&s)[4]) {
     const __m256i h = _mm256_hadd_epi32(_mm256_hadd_epi32(s[0], s[1]), _mm256_hadd_epi32(s[2], s[3]));
     return _mm_add_epi32(_mm256_castsi256_si128(h), _mm256_extracti128_si256(h, 1));
 }
-VEK_INLINE Sum blendedProducts(const int16_t* c, int weight, const int16_t* x) {
-    const __m256i a = load16(c);
-    const __m256i d = _mm256_sub_epi16(load16(c + kBlendTaps), a);
-    const __m256i w = _mm256_set1_epi16(static_cast<int16_t>(weight));
-    return _mm256_madd_epi16(_mm256_add_epi16(a, _mm256_mulhrs_epi16(d, w)), load16(x));
-}
 #else
-using Sum = __m128i;
-constexpr int kLanes = 8;
-VEK_INLINE Sum noSum() {
-    return _mm_setzero_si128();
-}
-VEK_INLINE Sum products(const int16_t* c, const int16_t* x) {
-    return _mm_madd_epi16(load8(c), load8(x));
-}
-VEK_INLINE Sum add(Sum a, Sum b) {
-    return _mm_add_epi32(a, b);
-}
-VEK_INLINE Sum widen(__m128i a) {
+VEK_INLINE V widen(__m128i a) {
     return a;
 }
-VEK_INLINE __m128i fourSums(const Sum (&s)[4]) {
+VEK_INLINE __m128i fourSums(const V (&s)[4]) {
     return _mm_hadd_epi32(_mm_hadd_epi32(s[0], s[1]), _mm_hadd_epi32(s[2], s[3]));
-}
-VEK_INLINE Sum blendedProducts(const int16_t* c, int weight, const int16_t* x) {
-    const __m128i a = load8(c);
-    const __m128i d = _mm_sub_epi16(load8(c + kBlendTaps), a);
-    const __m128i w = _mm_set1_epi16(static_cast<int16_t>(weight));
-    return _mm_madd_epi16(_mm_add_epi16(a, _mm_mulhrs_epi16(d, w)), load8(x));
 }
 #endif
 
+// Samples in a register.
+constexpr int kStep = 2 * kLanes;
+
+VEK_INLINE V products(const int16_t* c, const int16_t* x) {
+    return madd(loadAll(c), loadAll(x));
+}
+VEK_INLINE V blendedProducts(const int16_t* c, int weight, const int16_t* x) {
+    const V a = loadAll(c);
+    const V d = minus16(loadAll(c + kBlendTaps), a);
+    return madd(plus16(a, multRounded(d, spread16(static_cast<int16_t>(weight)))), loadAll(x));
+}
+
 template <int Taps>
-VEK_INLINE Sum dot(const int16_t* c, const int16_t* x) {
-    Sum sum = noSum();
+VEK_INLINE V dot(const int16_t* c, const int16_t* x) {
+    V sum = spread(0);
     int j = 0;
-    for (; j + kLanes <= Taps; j += kLanes) {
-        sum = add(sum, products(c + j, x + j));
+    for (; j + kStep <= Taps; j += kStep) {
+        sum = plus(sum, products(c + j, x + j));
     }
-    if constexpr (Taps % kLanes >= 8) {
-        sum = add(sum, widen(_mm_madd_epi16(load8(c + j), load8(x + j))));
+    if constexpr (Taps % kStep >= 8) {
+        sum = plus(sum, widen(_mm_madd_epi16(load8(c + j), load8(x + j))));
         j += 8;
     }
     if constexpr (Taps % 8 >= 4) {
-        sum = add(sum, widen(_mm_madd_epi16(load4(c + j), load4(x + j))));
+        sum = plus(sum, widen(_mm_madd_epi16(load4(c + j), load4(x + j))));
     }
     return sum;
 }
 
-VEK_INLINE void storeFour(int16_t* y, const Sum (&s)[4]) {
+VEK_INLINE void storeFour(int16_t* y, const V (&s)[4]) {
     const __m128i v = _mm_srai_epi32(_mm_add_epi32(fourSums(s), _mm_set1_epi32(kHalf)), kResampleQ);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(y), _mm_packs_epi32(v, v));
 }
@@ -195,8 +169,8 @@ void exactOf(const Polyphase& bank, int start, const int16_t* x, int16_t* y, int
     Walk walk(bank, start, x);
     int i = 0;
     for (; i + 4 <= n; i += 4) {
-        Sum s[4];
-        for (Sum& sum : s) {
+        V s[4];
+        for (V& sum : s) {
             sum = dot<Taps>(walk.row(), walk.x());
             walk.next();
         }
@@ -235,13 +209,13 @@ void blended(const int16_t* rows, uint64_t start, uint64_t step, const int16_t* 
     BlendWalk walk(rows, start, step, x);
     int i = 0;
     for (; i + 4 <= n; i += 4) {
-        Sum s[4];
-        for (Sum& sum : s) {
+        V s[4];
+        for (V& sum : s) {
             const int16_t* row = walk.row();
             const int weight = walk.weight();
-            sum = noSum();
-            for (int j = 0; j < kBlendTaps; j += kLanes) {
-                sum = add(sum, blendedProducts(row + j, weight, walk.x() + j));
+            sum = spread(0);
+            for (int j = 0; j < kBlendTaps; j += kStep) {
+                sum = plus(sum, blendedProducts(row + j, weight, walk.x() + j));
             }
             walk.next();
         }
