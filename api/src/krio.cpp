@@ -3,6 +3,7 @@
 
 #include "kr.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,7 +25,7 @@ io_stream::io_stream(const krString& name, int mode, bool reportError) : m_file(
         path = (mode & ioRead) != 0 ? krSession::getInPath(name) : krSession::getOutPath(name);
     }
     if ((mode & (ioRead | ioWrite)) != 0) {
-        m_file = std::fopen(path.c_str(), fopenMode(mode));
+        m_file = std::fopen(krFullPath(path).c_str(), fopenMode(mode));
     }
     // A directory opens for reading, and has nothing to read.
     struct stat status = {};
@@ -103,6 +104,21 @@ o_stream* createOStream(const krString& name, bool append) {
 
 krString getLastErrorMessage() {
     return "";
+}
+
+// Where relative paths begin; empty for the directory of the moment.
+static krString s_startDir;
+
+void krHoldDirectory() {
+    char* const directory = getcwd(nullptr, 0);
+    if (directory != nullptr) {
+        s_startDir = krString(directory) + "/";
+        std::free(directory);
+    }
+}
+
+krString krFullPath(const krString& path) {
+    return path[0] == '/' ? path : s_startDir + path;
 }
 
 void krHoldConsole() {

@@ -45,6 +45,10 @@ o_stream& operator<<(o_stream& stream, const krString& text);
 /// A new text file, or null after the report of the failure.
 o_stream* createOStream(const krString& name, bool append);
 krString getLastErrorMessage();
+/// Relative paths mean the directory of this moment from here on, wherever a measured function goes.
+void krHoldDirectory();
+/// The path as it is opened.
+krString krFullPath(const krString& path);
 /// Puts the null device where the console is closed; else the first file opened would take its descriptor, and its
 /// text.
 void krHoldConsole();
