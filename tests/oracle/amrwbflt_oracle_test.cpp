@@ -242,6 +242,25 @@ TEST(AmrWbOracle, HighPassFiltersHaveTheSameBits) {
     }
 }
 
+TEST(AmrWbOracle, ConversionsHaveTheSameBitsForEveryValue) {
+    Samples in(16), theirs(16), mine(16);
+    for (int x = -32768; x <= 32767; ++x) {
+        std::fill(in.begin(), in.end(), static_cast<int16_t>(x));
+        Isp_isf(in.data(), theirs.data(), 16);
+        ASSERT_EQ(0, veksISPToISF_Norm_AMRWB_16s(in.data(), mine.data(), 16));
+        ASSERT_EQ(theirs, mine) << x;
+    }
+    // The last frequency is a half of the others' kind.
+    for (int x = 0; x < 16384; ++x) {
+        std::fill(in.begin(), in.end(), static_cast<int16_t>(x));
+        in[15] = static_cast<int16_t>(x / 2);
+        Samples frequencies = in;
+        voAWB_Isf_isp(frequencies.data(), theirs.data(), 16);
+        ASSERT_EQ(0, veksISFToISP_AMRWB_16s(in.data(), mine.data(), 16));
+        ASSERT_EQ(theirs, mine) << x;
+    }
+}
+
 TEST(AmrWbOracle, ConversionsHaveTheSameBits) {
     std::mt19937 random(5);
     for (int round = 0; round < 3000; ++round) {
