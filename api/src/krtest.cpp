@@ -27,6 +27,7 @@ int krTest::m_vectorShift = 0;
 static OutputLevel OldOutLevel = ERR;
 
 static constexpr int vectorShiftLimit = 32768;
+static constexpr int lineSize = 64;
 
 krTestInfo::krTestInfo(const krString& text) {
     const int first = text.find('/');
@@ -156,6 +157,7 @@ krResult krTest::guarded(bool (krTest::*stretch)()) {
         g_ostrm.setOutLevel(OldOutLevel);
         g_ostrm << ERR << fault.msg() << " in " << g_trace.getCurName() << "\n" << msgEnd;
         g_trace.leave(depth);
+        krForgetBlocks();
         dropTableLine();
     }
     m_currentResult = krExcptFail;
@@ -399,12 +401,15 @@ krResult krTest::runTiming() {
 void krTest::startAndStop() {
     const OutputLevel level = g_ostrm.outLevel();
     const int depth = g_trace.size();
+    const int messages = g_ostrm.openMessages();
     g_ostrm.setOutLevel(ERR);
     try {
         trapped(&krTest::startAndStopPhases);
     } catch (const krException& fault) {
+        g_ostrm.closeMessages(messages);
         g_ostrm << ERR << fault.msg() << " in startAndStop of " << m_name << " test\n" << msgEnd;
         g_trace.leave(depth);
+        krForgetBlocks();
     }
     g_ostrm.setOutLevel(level);
 }
@@ -444,7 +449,8 @@ void krTest::regCacheParm(krStepIterator<int>& parm, krObject* object, bool (*se
 void* krTest::allocate(int size, int align, void* owner) {
     int bytes = align;
     if (align < 0) {
-        bytes = -align * krGetVectorAlign();
+        // Only the place within a line counts, and the product of any two settings fits 64 bits.
+        bytes = static_cast<int>(-static_cast<long long>(align) * krGetVectorAlign() % lineSize);
         if (krGetAlignSrc() && m_vectorNum != 0) {
             bytes = 0;
         }

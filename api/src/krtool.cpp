@@ -32,7 +32,7 @@ static krResult _funcLoop(int numLoops, long long* numClocks) {
 krString clockStr(long long value) {
     krString suffix;
     auto v = static_cast<double>(value);
-    while (v > 2147483647.0) {
+    while (v > INT_MAX || v < INT_MIN) {
         v /= 10;
         suffix += '0';
     }
@@ -275,6 +275,7 @@ krResult krTool::measureOnce(int& loops, bool useLoops) {
     ctrlStart();
     g_trace.traceIn("vekFunctionCalls");
     krSetPriority(m_priority);
+    g_ssx.start(); // the trace and the priority have used vector registers again
     krResult result = krUndefined;
     if (useLoops) {
         if (m_funcLoop != nullptr) {
@@ -309,7 +310,7 @@ void krTool::runTimFunc(int loops, double* clocksPerCall, bool forceLoop) {
         }
         updateResult(measureOnce(loops, useLoops));
         if (krIsFailure(m_result) || m_numClocks > 0 || attempt == 1) {
-            *clocksPerCall = static_cast<double>(m_numClocks) / loops;
+            *clocksPerCall = loops == 0 ? 0.0 : static_cast<double>(m_numClocks) / loops;
             return;
         }
     }
@@ -328,6 +329,7 @@ void krTool::runTimFuncStat(long long maxClocks, int* calls, double* clocksPerCa
         ctrlStart();
         krSetPriority(m_priority);
         g_trace.traceIn("vekFunctionCalls");
+        g_ssx.start(); // as in measureOnce
         result = m_funcStat != nullptr ? m_funcStat(calls, &clocks) : timCall_Stat(calls, &clocks, false);
         g_trace.traceOut("vekFunctionCalls");
         krResetPriority();
