@@ -22,6 +22,7 @@ static void exitInTheMidst(int status, void* /*unused*/) {
             g_ostrm << " of " << krTestList::m_pCurrentTest->m_name;
         }
         g_ostrm << "\n" << msgEnd;
+        krTellLosses();
         status = status != 0 ? status : EXIT_FAILURE;
     }
     std::fflush(nullptr);

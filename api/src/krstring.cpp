@@ -417,6 +417,23 @@ int krParse::parse(krString& a, krString& b, krString& c, const krString& seps) 
     return count;
 }
 
+uint64_t krHash::add(uint64_t hash, const krString& text) {
+    constexpr uint64_t prime = 1099511628211U;
+    for (const char* c = text.c_str(); *c != '\0'; ++c) {
+        hash = (hash ^ static_cast<unsigned char>(*c)) * prime;
+    }
+    return (hash ^ 0x100U) * prime; // the end of a text
+}
+
+bool krStringList::has(const krString& text) const {
+    for (const krString& entry : *this) {
+        if (entry == text) {
+            return true;
+        }
+    }
+    return false;
+}
+
 krString sFormat(const krString& text, int width) {
     const int size = width < 0 ? -width : width;
     if (text.length() >= size) {

@@ -100,15 +100,7 @@ int krTest::compareFunc(const krTest* other) const {
 }
 
 bool krTest::isHotLine() {
-    if (g_pHotList == nullptr) {
-        return false;
-    }
-    for (const krString& name : *g_pHotList) {
-        if (name == m_name) {
-            return true;
-        }
-    }
-    return false;
+    return g_pHotList != nullptr && g_pHotList->has(m_name);
 }
 
 int krTest::printAllMemoryBlocks(const krString& /*title*/) {
