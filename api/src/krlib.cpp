@@ -43,10 +43,8 @@ int krRegLibInfo(const krString& info) {
     if (g_pLibInfoList == nullptr) {
         g_pLibInfoList = new krStringList;
     }
-    for (const krString& known : *g_pLibInfoList) {
-        if (known == info) {
-            return 0;
-        }
+    if (g_pLibInfoList->has(info)) {
+        return 0;
     }
     g_pLibInfoList->append(info);
     return 1;

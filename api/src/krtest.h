@@ -171,7 +171,8 @@ krString usecString(const krTool& tool);
 /// All registered tests, in the order in which they run. The list owns them.
 class krTestList : public krList<krTest*> {
 public:
-    /// Counts one test and its result; the totals of warnings and failures stand at the codes 6 and 11.
+    /// Counts one test and its result; the totals of warnings and failures stand at the codes 6 and 11. A value that is
+    /// no result counts as a test of no class.
     void plus(krResult result);
     int count() const { return m_count; }
     int counter(int code) const { return m_counters[code]; }

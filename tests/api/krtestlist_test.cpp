@@ -70,6 +70,17 @@ TEST_F(KrTestListRun, FailuresOfTheCodesSevenToTenAreTold) {
     }
 }
 
+TEST_F(KrTestListRun, ResultThatIsNoneIsATestOfNoClass) {
+    for (const int code : {-1, 12, 13, 1000000, -2147483647 - 1, 2147483647}) {
+        list.plus(static_cast<krResult>(code));
+    }
+    EXPECT_EQ(counters(), "0 0 0 0 0 0 0 0 0 0 0 0 of 6");
+    Fixed strange("x", static_cast<krResult>(12));
+    list.append(&strange);
+    EXPECT_FALSE(list.runTests(all));
+    EXPECT_EQ(list.count(), 7);
+}
+
 TEST_F(KrTestListRun, TestThatWasNotToBeMeasuredIsNotCounted) {
     Fixed skipped("a", krUndefined, krOk);
     Fixed undefined("b", krUndefined, krUndefined);
