@@ -348,6 +348,34 @@ TEST(AmrWbOracle, QuantiserChoosesTheSameIndicesOverRunsOfFrames) {
     });
 }
 
+// The codec's distances do not saturate: numbers that keep them within 31 bits.
+TEST(AmrWbOracle, QuantisersChooseTheSameIndicesOfNumbersFarFromTheBooks) {
+    atEveryLevel([] {
+        std::mt19937 random(12);
+        for (int round = 0; round < 600; ++round) {
+            Samples isf = frequencies(random, 0.2);
+            const Samples wander = noise(random, 16, 11000);
+            std::transform(isf.begin(), isf.end(), wander.begin(), isf.begin(),
+                           [](int a, int b) { return static_cast<int16_t>(a + b); });
+            Samples r1 = noise(random, 16, 2000);
+            Samples r2 = r1;
+            const bool lowest = round % 2 == 0;
+            Samples q1(16), q2(16), i1(7), i2(7);
+            (lowest ? Qpisf_2s_36b : Qpisf_2s_46b)(isf.data(), q1.data(), r1.data(), i1.data(), 4);
+            ASSERT_EQ(0, veksISFQuant_AMRWB_16s(isf.data(), r2.data(), q2.data(), i2.data(),
+                                                lowest ? VEK_SPCHBR_6600 : VEK_SPCHBR_8850));
+            ASSERT_EQ(i1, i2) << round;
+            ASSERT_EQ(q1, q2) << round;
+            ASSERT_EQ(r1, r2) << round;
+            Samples n1(5), n2(5);
+            ASSERT_EQ(0, veksISFQuantDTX_AMRWB_16s(isf.data(), q2.data(), n2.data()));
+            voAWB_Qisf_ns(isf.data(), q1.data(), n1.data());
+            ASSERT_EQ(n1, n2) << round;
+            ASSERT_EQ(q1, q2) << round;
+        }
+    });
+}
+
 TEST(AmrWbOracle, DecodedFrequenciesHaveTheSameBitsWithBadFramesToo) {
     std::mt19937 random(9);
     for (const VekSpchBitRate mode : {VEK_SPCHBR_6600, VEK_SPCHBR_8850, VEK_SPCHBR_23850}) {
