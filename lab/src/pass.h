@@ -5,6 +5,7 @@
 #include "identity.h"
 #include "subject.h"
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -22,8 +23,8 @@ struct PassRequest {
     double timeLimit = 600; ///< seconds for each rig process; one that takes longer is ended
     bool goOn = true;       ///< after a rig process that died, measure what stood behind the test in work
     bool record = true;     ///< false leaves the identity out of the pass: the caller knows it
-    /// Called now and then with the share of tests done (0..1, or negative if unknown) and the test in work.
-    std::function<void(double share, const std::string& function)> progress;
+    /// Called a few times a second with the number of tests that the process in work has ended and its test in work.
+    std::function<void(size_t ended, const std::string& function)> progress;
 };
 
 /// How one rig process ended.
@@ -33,8 +34,7 @@ struct ProcessEnd {
         failed,      ///< another status, or its end without a summary
         signalled,   ///< a signal ended it
         timeLimit,   ///< it was ended at its time limit
-        interrupted, ///< it was ended since the user wants to stop
-        notStarted   ///< there was nothing to run: `text` tells why
+        interrupted  ///< it was ended since the user wants to stop
     };
     How how = How::complete;
     int status = 0;
@@ -49,7 +49,7 @@ struct Pass {
     std::vector<Figure> figures;      ///< in the rig's order
     std::vector<TestEnd> tests;       ///< the tests that ended
     std::vector<ProcessEnd> ends;     ///< one for each process
-    std::vector<std::string> invalid; ///< "Invalid value of ..." and similar remarks of the rig about keys
+    std::vector<std::string> remarks; ///< what the rig said outside of tests: values and files that it refused
     /// True if every process ran to its end.
     bool complete() const;
     /// The processes that did not, as text for the user; empty if complete.
@@ -71,7 +71,7 @@ std::vector<TestName> listTests(const Subject& subject, const std::vector<std::s
 /// The parameter names of the selected tests, in the columns of the tables; nothing is measured.
 struct TestParameters {
     std::string function;
-    std::vector<std::string> names;
+    std::vector<std::string> columns; ///< names by column; empty where a column has none
 };
 std::vector<TestParameters> listParameters(const Subject& subject, const std::vector<std::string>& keys);
 
