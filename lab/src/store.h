@@ -5,8 +5,8 @@
 #include "pass.h"
 
 #include <cstdint>
-#include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 struct sqlite3;
@@ -48,7 +48,7 @@ struct PassFilter {
 struct FigureTable {
     struct Entry {
         std::uint32_t line; ///< index into `lines`
-        float accuracy;
+        float accuracy; ///< negative if not told
         double clocks;
     };
     std::vector<Line> lines;
@@ -79,10 +79,13 @@ public:
 
 private:
     class Statement;
-    long long lineId(const Figure& figure);
+    class Transaction;
+    void prepare();
+    long long lineId(const Line& line);
 
     std::string m_file;
     sqlite3* m_db = nullptr;
+    std::unordered_map<std::string, long long> m_lines; ///< numbers of the lines that were written
 };
 
 } // namespace krlab
