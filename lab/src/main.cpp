@@ -3,5 +3,11 @@
 
 int main(int argc, char** argv) {
     krlab::Program program;
+    krlab::addRun(program);
+    krlab::addCheck(program);
+    krlab::addReplay(program);
+    krlab::addResume(program);
+    krlab::addTidy(program);
+    krlab::addDoctor(program);
     return program.main(argc, argv);
 }
