@@ -178,3 +178,33 @@ TEST(LabPass, TestsAndParametersAreListed) {
     ASSERT_EQ(parameters.size(), 1u);
     EXPECT_EQ(parameters[0].columns[1], "lenght Dst");
 }
+
+TEST(LabPass, EveryLineOfTheGridIsExactAndCanBeChosen) {
+    const PassRequest whole = requestOf(realRig(), {"-dMethod=Iterative", "-dStopNumLoops=1"});
+    const Pass grid = runPass(whole);
+    EXPECT_TRUE(grid.complete());
+    EXPECT_GT(grid.figures.size(), 2800u);
+    PassRequest chosen = whole;
+    size_t exact = 0;
+    for (const Figure& figure : grid.figures) {
+        exact += figure.exact ? 1 : 0;
+        EXPECT_EQ(Line::parse(figure.line.text()), figure.line);
+        chosen.lines.push_back(figure.line);
+    }
+    // A bad control status leaves figures behind whose counts are not printed.
+    EXPECT_GT(exact, grid.figures.size() * 99 / 100);
+    EXPECT_EQ(runPass(chosen).figures.size(), grid.figures.size());
+    // Of each function the last line alone: its values must not hang on others.
+    std::set<Line> last;
+    for (size_t i = 0; i < grid.figures.size(); ++i) {
+        if (i + 1 == grid.figures.size() || grid.figures[i + 1].line.function != grid.figures[i].line.function) {
+            last.insert(grid.figures[i].line);
+        }
+    }
+    chosen.lines.assign(last.begin(), last.end());
+    std::set<Line> measured;
+    for (const Figure& figure : runPass(chosen).figures) {
+        measured.insert(figure.line);
+    }
+    EXPECT_EQ(measured, last);
+}
