@@ -147,7 +147,9 @@ void P_apply(const krString& /*arg*/, krSession* /*session*/) {
 // Adds one more file to a stream; a file that can't be opened ends the run behind the last key.
 template <class Stream>
 static void addFile(Stream& stream, const krString& arg, const char* ext, bool append, krSession* session) {
-    if (!stream.addStream(krSession::genOutPath(arg, ext), append)) {
+    const krString name = krSession::genOutPath(arg, ext);
+    session->addOutputName(name);
+    if (!stream.addStream(name, append)) {
         session->unopenedFile();
     }
 }

@@ -9,6 +9,7 @@
 #include "krcputick.h"
 #include "krctrl87.h"
 #include "krexcept.h"
+#include "krguard.h"
 #include "krinfo.h"
 #include "krinifile.h"
 #include "krreport.h"
@@ -99,15 +100,7 @@ int krTest::compareFunc(const krTest* other) const {
 }
 
 bool krTest::isHotLine() {
-    if (g_pHotList == nullptr) {
-        return false;
-    }
-    for (const krString& name : *g_pHotList) {
-        if (name == m_name) {
-            return true;
-        }
-    }
-    return false;
+    return g_pHotList != nullptr && g_pHotList->has(m_name);
 }
 
 int krTest::printAllMemoryBlocks(const krString& /*title*/) {
@@ -137,6 +130,7 @@ void printNotSupportTiming(const krString& word, const krString& name) {
 
 // Runs a stretch in which a trapped fault leaves by the same exception as bad input.
 bool krTest::trapped(bool (krTest::*stretch)()) {
+    tsSignal::arm();
     const krFaultMark mark;
     if (setjmp(tsSignal::m_jmpbuf) != 0) {
         tsSignal::contain();
@@ -152,6 +146,7 @@ krResult krTest::guarded(bool (krTest::*stretch)()) {
     try {
         return trapped(stretch) ? krOk : krUndefined;
     } catch (const krException& fault) {
+        krEndForkedChild();
         krResetPriority();
         g_ostrm.closeMessages(messages);
         g_ostrm.setOutLevel(OldOutLevel);
@@ -338,6 +333,7 @@ void krTest::measureLine() {
     g_trace.traceIn("runTiming");
     const krResult timed = runTiming();
     g_trace.traceOut("runTiming");
+    krEndForkedChild();
     g_ostrm.setOutLevel(OldOutLevel);
     if (timed != krUndefined) {
         printAllMemoryBlocks("after function calls");

@@ -3,6 +3,7 @@
 
 #include "krcputick.h"
 #include "krctrl87.h"
+#include "krguard.h"
 #include "krio.h"
 #include "krstream.h"
 #include "krtest.h"
@@ -262,6 +263,7 @@ void krTool::updateResult(krResult result) {
 krResult krTool::measureOnce(int& loops, bool useLoops) {
     if (m_setUse) {
         g_trace.traceIn("vekFunctionCalls");
+        krBeforeMeasuredCode();
         const krResult result =
             useLoops ? timCall_Loop(loops, &m_numClocks, true) : timCall_Stat(&loops, &m_numClocks, true);
         g_trace.traceOut("vekFunctionCalls");
@@ -274,6 +276,7 @@ krResult krTool::measureOnce(int& loops, bool useLoops) {
     }
     ctrlStart();
     g_trace.traceIn("vekFunctionCalls");
+    krBeforeMeasuredCode();
     krSetPriority(m_priority);
     g_ssx.start(); // the trace and the priority have used vector registers again
     krResult result = krUndefined;
@@ -324,11 +327,13 @@ void krTool::runTimFuncStat(long long maxClocks, int* calls, double* clocksPerCa
             m_result = krUndefined;
             return;
         }
+        krBeforeMeasuredCode();
         result = timCall_Stat(calls, &clocks, true);
     } else {
         ctrlStart();
         krSetPriority(m_priority);
         g_trace.traceIn("vekFunctionCalls");
+        krBeforeMeasuredCode();
         g_ssx.start(); // as in measureOnce
         result = m_funcStat != nullptr ? m_funcStat(calls, &clocks) : timCall_Stat(calls, &clocks, false);
         g_trace.traceOut("vekFunctionCalls");
