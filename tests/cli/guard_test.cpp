@@ -121,6 +121,7 @@ TEST(GuardedRun, ChildOfAFunctionWritesNothingOfTheRun) {
             EXPECT_EQ(1, countOf(text, "| -OK         frGood ")) << name;
             EXPECT_EQ(1, countOf(text, "| Function  : " + name)) << name;
             EXPECT_EQ(1, countOf(text, "| -OK         " + name)) << name << text;
+            EXPECT_EQ(3, countOf(text, "Test has been registered")) << name << (row.way.empty() ? "" : row.way[0]);
             EXPECT_EQ(1, countOf(text, "KR Summary")) << name;
         }
         EXPECT_EQ(1, countOf(rig.read("rig.csv"), name + ","));
