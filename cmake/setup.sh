@@ -46,7 +46,7 @@ kr_want() { # packages
 
 kr_build() { # top preset target
     dir=build-$2
-    [ "$2" = release ] && dir=build
+    case $2 in release | lab) dir=build ;; esac
     log="$1/$dir/build.log"
     mkdir -p "$1/$dir"
     if [ ! -f "$1/$dir/build.ninja" ]; then

@@ -94,6 +94,25 @@ TEST_F(KrToolRun, SetAndUseResetsTheVectorsBeforeEachTimedCall) {
     krFree(block);
 }
 
+std::string s_place;
+
+int notePlace() {
+    s_place = g_trace.getCurName().c_str();
+    return 0;
+}
+
+TEST_F(KrToolRun, TraceNamesTheMeasuredCalls) {
+    for (const bool setUse : {false, true}) {
+        tool.m_setUse = setUse;
+        tool.setMethodLoop(1);
+        run(nullptr, nullptr, notePlace);
+        EXPECT_EQ(s_place, "vekFunctionCalls") << setUse;
+        tool.setMethodStat(1, 0);
+        run(nullptr, nullptr, notePlace);
+        EXPECT_EQ(s_place, setUse ? "runTimFuncStat" : "vekFunctionCalls");
+    }
+}
+
 int s_nice = 0;
 
 krResult notePriority(int loops, long long* clocks) {

@@ -1,9 +1,11 @@
 // What all speech suites share, and the list of hot functions.
 #include "vkc.h"
 
+#include "krbase.h"
 #include "krlib.h"
 
 #include <algorithm>
+#include <climits>
 
 // Each call goes through a function of its own, since the types of status and processor are the library's.
 void vkSetVekEnvironment() {
@@ -33,7 +35,7 @@ void vkcGrid::begin(std::initializer_list<krParameter*> parms) {
     }
 }
 
-int vkcGrid::room(const krStepIterator<int>& parm) const {
+long long vkcGrid::room(const krStepIterator<int>& parm) const {
     int size = parm.value();
     for (const Fixed& fixed : m_fixed) {
         if (fixed.parm == &parm) {
@@ -84,6 +86,18 @@ void vkcGrid::namesToCstrm() const {
     for (const krParameter* parm : m_parms) {
         parm->nameToCStream(g_cstrm);
     }
+}
+
+bool vkcRefuse(krTest& test) {
+    krTest::raiseResult(krDataFail);
+    test.putTextError(krTest::m_currentResult);
+    test.flushData();
+    return false;
+}
+
+bool vkcFits(long long rows, long long bytes) {
+    const bool refused = rows < 1 || bytes < 1 || rows > INT_MAX / bytes;
+    return !refused || memError(rows < 1 || bytes < 1 ? 0 : INT_MAX);
 }
 
 krString vkcUnit(int index) {
