@@ -1,7 +1,8 @@
 // The entry point: the table of commands.
-#include "program.h"
+#include "commands.h"
 
 int main(int argc, char** argv) {
     krlab::Program program;
+    krlab::addAb(program);
     return program.main(argc, argv);
 }
