@@ -17,7 +17,9 @@ bool readAt(std::string_view file, size_t offset, T& value) {
     return true;
 }
 
-size_t roundedUp(size_t n) { return (n + 3) / 4 * 4; }
+size_t roundedUp(size_t n) {
+    return (n + 3) / 4 * 4;
+}
 
 std::string buildIdIn(std::string_view notes) {
     size_t at = 0;

@@ -6,7 +6,8 @@
 
 namespace krlab {
 
-/// Hexadecimal digits of the note that linkers write with --build-id; empty if the file has none or is no 64-bit ELF file.
+/// Hexadecimal digits of the note that linkers write with --build-id; empty if the file has none or is no 64-bit ELF
+/// file.
 std::string buildIdOf(std::string_view file);
 
 } // namespace krlab

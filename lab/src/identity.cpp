@@ -101,8 +101,8 @@ std::string processorText() {
                 trimmed(std::string_view(line).substr(colon + 1));
         }
     }
-    std::string text = fmt::format("family {} model {} stepping {}", fields["cpu family"], fields["model"],
-                                   fields["stepping"]);
+    std::string text =
+        fmt::format("family {} model {} stepping {}", fields["cpu family"], fields["model"], fields["stepping"]);
     if (!fields["microcode"].empty()) {
         text += " microcode " + fields["microcode"];
     }
@@ -229,11 +229,11 @@ Identity identityFromJson(const nlohmann::json& json) {
 }
 
 std::string describe(const Identity& identity) {
-    std::string text = fmt::format("{}: {} ({})", identity.subject, identity.program.path,
-                                   shortDigest(identity.program));
+    std::string text =
+        fmt::format("{}: {} ({})", identity.subject, identity.program.path, shortDigest(identity.program));
     for (const FileIdentity& file : identity.libraries) {
-        text += fmt::format("\n  {} ({}){}", file.path, shortDigest(file),
-                            file.version.empty() ? "" : ", " + file.version);
+        text +=
+            fmt::format("\n  {} ({}){}", file.path, shortDigest(file), file.version.empty() ? "" : ", " + file.version);
     }
     text += fmt::format("\n  {}, {}, {} processors, counter {:.0f} MHz, load {:.2f} to {:.2f}, {}",
                         identity.machine.host, identity.machine.kernel, identity.machine.processors,

@@ -18,7 +18,9 @@ std::string_view leftItem(std::string_view text) {
 
 } // namespace
 
-std::string threeDigits(double value) { return fmt::format("{:.3g}", value); }
+std::string threeDigits(double value) {
+    return fmt::format("{:.3g}", value);
+}
 
 const InfoTest* InfoParser::current() const {
     return !m_tests.empty() && m_tests.back().end.result.empty() ? &m_tests.back() : nullptr;

@@ -22,9 +22,9 @@ struct InfoLine {
 
 /// One test, from its title to its result.
 struct InfoTest {
-    TestEnd end;                           ///< `result` is empty as long as the test is in work
+    TestEnd end; ///< `result` is empty as long as the test is in work
     std::string description;
-    std::vector<std::string> grid;         ///< " for (lenght = 9; ...)" and "name = value" lines, trimmed
+    std::vector<std::string> grid; ///< " for (lenght = 9; ...)" and "name = value" lines, trimmed
     std::vector<InfoLine> lines;
 };
 
@@ -74,7 +74,7 @@ private:
     Stage m_stage = Stage::none;
     double m_loops = 0;
     double m_count = 0;
-    double m_best = 0;   ///< clocks per call from whole counts
+    double m_best = 0;  ///< clocks per call from whole counts
     std::string m_told; ///< the rounded clocks per call that the rig prints behind the counts
 };
 

@@ -361,7 +361,8 @@ std::vector<TestParameters> listParameters(const Subject& subject, const std::ve
     if (table.empty()) {
         throw Fault(subject.program.string(), "tells no parameter names; is it a rig program?");
     }
-    for (TableNames& entry : parseTable("the names of " + subject.program.string(), table).runs.back().names) {
+    Table read = parseTable("the names of " + subject.program.string(), table);
+    for (TableNames& entry : read.runs.back().names) {
         tests.push_back({std::move(entry.function), std::move(entry.columns)});
     }
     return tests;

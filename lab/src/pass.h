@@ -30,11 +30,11 @@ struct PassRequest {
 /// How one rig process ended.
 struct ProcessEnd {
     enum class How {
-        complete,    ///< it ran to its end, with status 0 or 1
-        failed,      ///< another status, or its end without a summary
-        signalled,   ///< a signal ended it
-        timeLimit,   ///< it was ended at its time limit
-        interrupted  ///< it was ended since the user wants to stop
+        complete,   ///< it ran to its end, with status 0 or 1
+        failed,     ///< another status, or its end without a summary
+        signalled,  ///< a signal ended it
+        timeLimit,  ///< it was ended at its time limit
+        interrupted ///< it was ended since the user wants to stop
     };
     How how = How::complete;
     int status = 0;

@@ -6,13 +6,19 @@ namespace krlab {
 
 namespace {
 
-bool isKey(const std::string& word) { return word.size() >= 2 && (word[0] == '-' || word[0] == '/'); }
+bool isKey(const std::string& word) {
+    return word.size() >= 2 && (word[0] == '-' || word[0] == '/');
+}
 
 } // namespace
 
-std::string RigKey::word() const { return std::string("-") + letter + argument; }
+std::string RigKey::word() const {
+    return std::string("-") + letter + argument;
+}
 
-bool RigKeys::has(char letter) const { return last(letter) != nullptr; }
+bool RigKeys::has(char letter) const {
+    return last(letter) != nullptr;
+}
 
 const std::string* RigKeys::last(char letter) const {
     for (auto key = keys.rbegin(); key != keys.rend(); ++key) {

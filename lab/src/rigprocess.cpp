@@ -180,9 +180,13 @@ MemoryFile::MemoryFile(const std::string& text) : m_descriptor(::memfd_create("k
     }
 }
 
-MemoryFile::~MemoryFile() { ::close(m_descriptor); }
+MemoryFile::~MemoryFile() {
+    ::close(m_descriptor);
+}
 
-std::string MemoryFile::path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
+std::string MemoryFile::path() const {
+    return "/proc/self/fd/" + std::to_string(m_descriptor);
+}
 
 std::string MemoryFile::read() const {
     std::string text;

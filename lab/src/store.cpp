@@ -145,8 +145,7 @@ std::string courseText(const Pass& pass) {
     return json{{"tests", std::move(tests)},
                 {"ends", std::move(ends)},
                 {"remarks", pass.remarks},
-                {"counter_mhz", pass.identity.machine.counterMHz}}
-        // What the rig echoes may be no UTF-8.
+                {"counter_mhz", pass.identity.machine.counterMHz}} // What the rig echoes may be no UTF-8.
         .dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
@@ -193,7 +192,9 @@ Store::Store(const std::string& file) : m_file(file) {
     }
 }
 
-Store::~Store() { sqlite3_close(m_db); }
+Store::~Store() {
+    sqlite3_close(m_db);
+}
 
 void Store::prepare() {
     const auto pragma = [this](const char* name) {
@@ -334,9 +335,10 @@ Pass Store::pass(long long id) const {
     Statement tests(*this, "SELECT tests FROM pass WHERE id = ?");
     tests.bind(id).step();
     readCourse(tests.text(0), pass);
-    Statement rows(*this, "SELECT line.text, clocks, loops, accuracy, exact, elements, per_element, unit, microseconds, "
-                          "megaflops, comment FROM figure JOIN line ON line.id = figure.line WHERE pass = ? "
-                          "ORDER BY figure.line");
+    Statement rows(*this,
+                   "SELECT line.text, clocks, loops, accuracy, exact, elements, per_element, unit, microseconds, "
+                   "megaflops, comment FROM figure JOIN line ON line.id = figure.line WHERE pass = ? "
+                   "ORDER BY figure.line");
     rows.bind(id);
     while (rows.step()) {
         Figure figure;

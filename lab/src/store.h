@@ -48,7 +48,7 @@ struct PassFilter {
 struct FigureTable {
     struct Entry {
         std::uint32_t line; ///< index into `lines`
-        float accuracy; ///< negative if not told
+        float accuracy;     ///< negative if not told
         double clocks;
     };
     std::vector<Line> lines;

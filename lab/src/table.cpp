@@ -323,12 +323,14 @@ void applyNames(Table& table, const std::vector<TableNames>& names) {
     }
 }
 
-Table parseTable(const std::string& file, std::string_view text) { return TableParser(file, text).parse(); }
+Table parseTable(const std::string& file, std::string_view text) {
+    return TableParser(file, text).parse();
+}
 
 Table readTable(const std::string& file) {
     Table table = parseTable(file, readFile(file));
-    const bool named = std::any_of(table.runs.begin(), table.runs.end(),
-                                   [](const TableRun& run) { return !run.names.empty(); });
+    const bool named =
+        std::any_of(table.runs.begin(), table.runs.end(), [](const TableRun& run) { return !run.names.empty(); });
     const std::filesystem::path path(file);
     const std::filesystem::path beside = path.parent_path() / (path.stem().string() + "_name.csv");
     std::error_code error;

@@ -30,8 +30,8 @@ struct TableRun {
     std::string system;
     std::string computer;
     std::vector<std::string> libraries;
-    std::string start;       ///< calendar time of the start
-    double megahertz = 0;    ///< clock rate of the head; 0 if it tells none
+    std::string start;                ///< calendar time of the start
+    double megahertz = 0;             ///< clock rate of the head; 0 if it tells none
     std::vector<std::string> columns; ///< names of the parameter columns in the heading
     std::vector<TableNames> names;    ///< name lines (-q, -q+), in order
     std::vector<TableRow> rows;
@@ -47,8 +47,8 @@ struct Table {
 /// Reads a table and, if it has no name lines of its own, the name table beside it (NAME_name.csv for NAME.csv).
 /// Without any names parameters are called by the heading ("Len/Size", "Parm1").
 ///
-/// In the figures: clocks per call come from the time and the head's clock rate (three digits); clocks per element are the
-/// table's own and the better ones for ratios. Both are 0 in a row for which the rig has no figure.
+/// In the figures: clocks per call come from the time and the head's clock rate (three digits); clocks per element are
+/// the table's own and the better ones for ratios. Both are 0 in a row for which the rig has no figure.
 ///
 /// Throws Fault with file and line for anything that no rig writes. A row that is cut off at the end of a run is no
 /// fault: it is left out and marked.

@@ -31,7 +31,8 @@ inline std::string consoleTest(const std::string& function, bool ended = true) {
 
 inline const std::string consoleEnd = "| KR Summary        |\n| .Number of tests : 1 |\n";
 
-/// The script finds in $table where the table belongs and in $keys its arguments. It answers -e with the tests f1, f2, f3.
+/// The script finds in $table where the table belongs and in $keys its arguments. It answers -e with the tests f1, f2,
+/// f3.
 class FakeRig {
 public:
     explicit FakeRig(const std::string& script) {

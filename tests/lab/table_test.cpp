@@ -100,8 +100,8 @@ TEST(LabTable, ARowThatIsCutOffIsLeftOutAndTold) {
 }
 
 TEST(LabTable, ARunAddedBehindACutOffRowIsRead) {
-    const Table table = parseTable("t.csv", tableHead + tableHeading + rowA + rowB.substr(0, 20) + tableHead +
-                                                tableHeading + rowB);
+    const Table table =
+        parseTable("t.csv", tableHead + tableHeading + rowA + rowB.substr(0, 20) + tableHead + tableHeading + rowB);
     ASSERT_EQ(table.runs.size(), 2u);
     EXPECT_TRUE(table.runs[0].cutOff);
     EXPECT_EQ(table.runs[0].rows.size(), 1u);
@@ -110,8 +110,8 @@ TEST(LabTable, ARunAddedBehindACutOffRowIsRead) {
 }
 
 TEST(LabTable, QuotedCellsMayHoldCommas) {
-    const Table table = parseTable("t.csv", tableHead + tableHeading +
-                                                "veksX,16s,-, \"a,b\",-,-,-,-,-,nLps=4,16.3,e,3.93,-\n");
+    const Table table =
+        parseTable("t.csv", tableHead + tableHeading + "veksX,16s,-, \"a,b\",-,-,-,-,-,nLps=4,16.3,e,3.93,-\n");
     EXPECT_EQ(table.runs[0].rows[0].figure.line.text(), "veksX_16s Len/Size=a,b");
 }
 
@@ -131,8 +131,8 @@ TEST(LabTable, RowsOfTheHarnessAloneHaveOneCellForTheFunction) {
 }
 
 TEST(LabTable, CacheStatesTellLinesApart) {
-    const Table table = parseTable("t.csv", tableHead + tableHeading +
-                                                "veksX,16s,-,8,-,-,-,-,-,inCache nLps=4,16.3,e,3.93,-\n");
+    const Table table =
+        parseTable("t.csv", tableHead + tableHeading + "veksX,16s,-,8,-,-,-,-,-,inCache nLps=4,16.3,e,3.93,-\n");
     EXPECT_EQ(table.runs[0].rows[0].figure.line.text(), "veksX_16s Len/Size=8 cache=inCache");
     EXPECT_EQ(table.runs[0].rows[0].figure.loops, 4);
 }
