@@ -1,6 +1,7 @@
 #include "drift.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -40,73 +41,70 @@ std::vector<double> usualReadings(const std::vector<const Round*>& rounds, const
     return usual;
 }
 
-// The controls that one pass measured, in its order.
-struct Control {
-    size_t line;
+// The controls of one function that stand next to each other in a pass, and how far they are from their usual readings:
+// at the end that a line behind them sees, and at the one that a line before them sees.
+struct Block {
     size_t function;
-    double away; // from its usual reading
+    size_t first;
+    size_t last;
+    double awayAtFirst;
+    double awayAtLast;
 };
 
-// Walks from a line in one direction and gives one value for each function on the way, the nearest first.
-class Walk {
-public:
-    Walk(const std::vector<Control>& controls, std::ptrdiff_t start, std::ptrdiff_t step)
-        : m_controls(controls), m_at(start), m_step(step) {}
+std::vector<Block> blocksOf(const Round& round, Side side, const std::vector<LineRole>& roles,
+                            const std::vector<double>& usual) {
+    std::vector<Block> blocks;
+    std::vector<double> away;
+    const auto close = [&] {
+        if (!away.empty()) {
+            const auto few = static_cast<std::ptrdiff_t>(std::min(away.size(), linesOfNeighbour));
+            blocks.back().awayAtFirst = medianOf({away.begin(), away.begin() + few});
+            blocks.back().awayAtLast = medianOf({away.end() - few, away.end()});
+            away.clear();
+        }
+    };
+    for (size_t line = 0; line < roles.size(); ++line) {
+        const double value = reading(round, side, line) - usual[line];
+        if (!std::isfinite(value)) {
+            continue;
+        }
+        if (blocks.empty() || blocks.back().function != roles[line].function) {
+            close();
+            blocks.push_back({roles[line].function, line, line, 0, 0});
+        }
+        blocks.back().last = line;
+        away.push_back(value);
+    }
+    close();
+    return blocks;
+}
 
-    void leaveFunction(size_t function) {
-        while (!atEnd() && here().function == function) {
-            m_at += m_step;
+double driftAt(size_t line, size_t function, const std::vector<Block>& blocks) {
+    const auto behind =
+        std::partition_point(blocks.begin(), blocks.end(), [line](const Block& block) { return block.first <= line; });
+    auto right = static_cast<size_t>(behind - blocks.begin());
+    size_t left = right; // one behind the next block to the left
+    std::array<double, neighbours> values{};
+    size_t count = 0;
+    while (count < neighbours && (left > 0 || right < blocks.size())) {
+        const bool back = right == blocks.size() ||
+                          (left > 0 && line - std::min(line, blocks[left - 1].last) <= blocks[right].first - line);
+        const Block& block = back ? blocks[--left] : blocks[right++];
+        if (block.function != function) {
+            values[count++] = back ? block.awayAtLast : block.awayAtFirst;
         }
     }
-    bool atEnd() const { return m_at < 0 || m_at >= static_cast<std::ptrdiff_t>(m_controls.size()); }
-    size_t distanceTo(size_t line) const { return here().line > line ? here().line - line : line - here().line; }
-    double next() {
-        const size_t function = here().function;
-        std::vector<double> values;
-        for (; !atEnd() && here().function == function; m_at += m_step) {
-            if (values.size() < linesOfNeighbour) {
-                values.push_back(here().away);
-            }
-        }
-        return medianOf(std::move(values));
-    }
-
-private:
-    const Control& here() const { return m_controls[static_cast<size_t>(m_at)]; }
-
-    const std::vector<Control>& m_controls;
-    std::ptrdiff_t m_at;
-    std::ptrdiff_t m_step;
-};
-
-double driftAt(size_t line, size_t function, const std::vector<Control>& controls) {
-    const auto from = std::lower_bound(controls.begin(), controls.end(), line,
-                                       [](const Control& control, size_t wanted) { return control.line < wanted; });
-    Walk before(controls, from - controls.begin() - 1, -1);
-    Walk behind(controls, from - controls.begin(), 1);
-    before.leaveFunction(function);
-    behind.leaveFunction(function);
-    std::vector<double> values;
-    while (values.size() < neighbours && !(before.atEnd() && behind.atEnd())) {
-        const bool back = behind.atEnd() || (!before.atEnd() && before.distanceTo(line) <= behind.distanceTo(line));
-        values.push_back(back ? before.next() : behind.next());
-    }
-    return values.empty() ? 0.0 : medianOf(std::move(values));
+    return count == 0 ? 0.0 : medianOf({values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count)});
 }
 
 // The readings of one pass less its drift.
 std::vector<double> steadied(const Round& round, Side side, const std::vector<LineRole>& roles,
                              const std::vector<double>& usual) {
-    std::vector<Control> controls;
-    for (size_t line = 0; line < roles.size(); ++line) {
-        if (const double away = reading(round, side, line) - usual[line]; std::isfinite(away)) {
-            controls.push_back({line, roles[line].function, away});
-        }
-    }
+    const std::vector<Block> blocks = blocksOf(round, side, roles, usual);
     std::vector<double> result(roles.size(), none);
     for (size_t line = 0; line < roles.size(); ++line) {
         if (const double value = reading(round, side, line); std::isfinite(value)) {
-            result[line] = value - driftAt(line, roles[line].function, controls);
+            result[line] = value - driftAt(line, roles[line].function, blocks);
         }
     }
     return result;

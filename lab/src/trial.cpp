@@ -138,7 +138,8 @@ LineVerdict Trial::resultOf(size_t line, const Evidence& evidence, const WalshAv
     return result;
 }
 
-void Trial::judgeUnsuspected(const Evidence& evidence) {
+std::vector<Trial::Candidate> Trial::judgeUnsuspected(const Evidence& evidence) {
+    std::vector<Candidate> candidates;
     for (size_t line = 0; line < m_lines.size(); ++line) {
         State& state = m_lines[line];
         if (state.group >= 0 || state.decided()) {
@@ -156,7 +157,14 @@ void Trial::judgeUnsuspected(const Evidence& evidence) {
             state.result.high = std::numeric_limits<double>::infinity();
             state.result.verdict = Verdict::undecided;
         }
+        const Bounds bounds = averages.bounds(suspicionTail);
+        const double away = std::abs(averages.estimate() + evidence.level);
+        const bool off = bounds.known && (bounds.low + evidence.level > 0 || bounds.high + evidence.level < 0);
+        if (!state.decided() && off && away > std::log1p(m_options.threshold) / 2) {
+            candidates.push_back({away / (bounds.high - bounds.low + 1e-6), line});
+        }
     }
+    return candidates;
 }
 
 // Holm's step-down: as long as suspects are found to have changed, the others share what is left of the error.
@@ -207,25 +215,7 @@ void Trial::judgeGroup(int number) {
     }
 }
 
-void Trial::suspect(const Evidence& evidence, int roundsLeft) {
-    struct Candidate {
-        double weight;
-        size_t line;
-    };
-    std::vector<Candidate> candidates;
-    for (size_t line = 0; line < m_lines.size(); ++line) {
-        const State& state = m_lines[line];
-        if (state.group >= 0 || state.decided() || !state.paired) {
-            continue;
-        }
-        const WalshAverages averages(evidence.differences[line]);
-        const double estimate = averages.estimate() + evidence.level;
-        const Bounds bounds = averages.bounds(suspicionTail);
-        const bool off = bounds.known && (bounds.low + evidence.level > 0 || bounds.high + evidence.level < 0);
-        if (off && std::abs(estimate) > std::log1p(m_options.threshold) / 2) {
-            candidates.push_back({std::abs(estimate) / (bounds.high - bounds.low + 1e-6), line});
-        }
-    }
+void Trial::suspect(std::vector<Candidate> candidates, int roundsLeft) {
     Group group;
     group.since = m_rounds.size();
     group.share = spending(static_cast<int>(m_groups.size()) + 1);
@@ -270,9 +260,7 @@ void Trial::look(int roundsLeft) {
             judgeGroup(static_cast<int>(number));
         }
     }
-    const Evidence evidence = evidenceSince(0);
-    judgeUnsuspected(evidence);
-    suspect(evidence, roundsLeft);
+    suspect(judgeUnsuspected(evidenceSince(0)), roundsLeft);
 }
 
 std::vector<Line> Trial::wanted(size_t least) const {

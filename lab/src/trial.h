@@ -84,6 +84,12 @@ private:
         double levelHigh = 0;
     };
 
+    // A line that may have changed.
+    struct Candidate {
+        double weight; ///< how far it is off, in widths of its interval
+        size_t line;
+    };
+
     size_t indexOf(const Line& line);
     void addSide(const std::vector<Figure>& figures, Side side, Round& round);
     std::vector<LineRole> roles() const;
@@ -92,10 +98,10 @@ private:
     Evidence evidenceSince(size_t round) const;
     double clocksOf(size_t line, Side side) const;
     LineVerdict resultOf(size_t line, const Evidence& evidence, const WalshAverages& averages, double tail) const;
-    void judgeUnsuspected(const Evidence& evidence);
+    std::vector<Candidate> judgeUnsuspected(const Evidence& evidence);
     void judgeGroup(int number);
     void accuse(Group& group, int number, const Evidence& evidence, const std::vector<WalshAverages>& averages);
-    void suspect(const Evidence& evidence, int roundsLeft);
+    void suspect(std::vector<Candidate> candidates, int roundsLeft);
 
     TrialOptions m_options;
     std::map<Line, size_t> m_index;
