@@ -284,7 +284,8 @@ VerdictReport AbRun::report() {
     report.onlyNew = m_trial.onlyOn(sideNew);
     const CommonShift& common = m_trial.common();
     report.commonRatio = std::exp(common.estimate);
-    report.commonRemoved = !common.real();
+    report.commonReal = common.real();
+    report.commonRemoved = !common.real() && m_trial.tellsDrift();
     report.rounds = m_trial.rounds();
     tellWhatIsMissing(report);
     tellTimeThatLacks(report);

@@ -1,8 +1,15 @@
 // The entry point: the table of commands.
-#include "commands.h"
+#include "program.h"
 
 int main(int argc, char** argv) {
     krlab::Program program;
+    krlab::addRun(program);
     krlab::addAb(program);
+    krlab::addCompare(program);
+    krlab::addCheck(program);
+    krlab::addReplay(program);
+    krlab::addResume(program);
+    krlab::addTidy(program);
+    krlab::addDoctor(program);
     return program.main(argc, argv);
 }

@@ -4,6 +4,7 @@
 #include "infotext.h"
 #include "interrupt.h"
 #include "rigkeys.h"
+#include "rigpaths.h"
 #include "rigprocess.h"
 #include "selection.h"
 #include "table.h"
@@ -38,25 +39,9 @@ void refuseEndingKeys(const RigKeys& keys) {
     }
 }
 
-/// The rig opens a relative name of -i in the directory of -p, or beside itself.
 std::string userIniText(const RigKeys& keys, const Subject& subject) {
     const std::string* name = keys.last('i');
-    if (name == nullptr) {
-        return "";
-    }
-    std::filesystem::path path = *name;
-    const std::string* title = keys.last('n');
-    if (path.empty()) {
-        path = title != nullptr && !title->empty() ? *title : subject.program.stem().string();
-    }
-    if (path.is_relative()) {
-        const std::string* directory = keys.last('p');
-        if (path.string().find('.') == std::string::npos) {
-            path += ".ini";
-        }
-        path = subject.program.parent_path() / (directory != nullptr ? *directory : "") / path;
-    }
-    return readFile(path.string());
+    return name == nullptr ? "" : readFile(rigInputPath(keys, subject, *name, ".ini").string());
 }
 
 Told callOnce(const PassRequest& request, const std::vector<std::string>& keys, const std::string* ini) {
@@ -248,6 +233,14 @@ std::string versionIn(const std::string& told, const std::string& file) {
     return "";
 }
 
+/// The name in "for (lenght Dst = 5; ..." or "lenght = 12; 21".
+std::string gridName(std::string_view line) {
+    if (line.starts_with("for (")) {
+        line.remove_prefix(5);
+    }
+    return std::string(trimmed(line.substr(0, line.find(" = "))));
+}
+
 /// Text of the rig that ends without measuring.
 std::string textOf(const Subject& subject, std::vector<std::string> keys) {
     std::string text;
@@ -346,24 +339,35 @@ std::vector<TestName> listTests(const Subject& subject, const std::vector<std::s
 
 std::vector<TestParameters> listParameters(const Subject& subject, const std::vector<std::string>& keys) {
     const MemoryFile names;
-    std::vector<std::string> words = splitKeys(keys).without("evh?IQArRuUoOqgLidP").words();
-    words.insert(words.end(), {"-B", "-Q", "-q" + names.path()});
-    std::string text;
+    std::vector<std::string> words = splitKeys(keys).without("evh?IQArRuUoOqgLidPN").words();
+    words.insert(words.end(), {"-B", "-Q", "-LPERF", "-q" + names.path()});
+    InfoParser info;
     RigCall call;
     call.subject = subject;
     call.keys = words;
     call.inherited = {names.descriptor()};
     call.timeLimit = 60;
-    call.output = [&text](std::string_view piece) { text += piece; };
+    call.output = [&info](std::string_view piece) { info.feed(piece); };
     callRig(call);
+    info.finish();
     const std::string table = names.read();
-    std::vector<TestParameters> tests;
     if (table.empty()) {
         throw Fault(subject.program.string(), "tells no parameter names; is it a rig program?");
     }
-    Table read = parseTable("the names of " + subject.program.string(), table);
-    for (TableNames& entry : read.runs.back().names) {
-        tests.push_back({std::move(entry.function), std::move(entry.columns)});
+    const Table read = parseTable("the names of " + subject.program.string(), table);
+    // Both tell the tests in the same order; a test that can't start has no names.
+    auto columns = read.runs.back().names.begin();
+    std::vector<TestParameters> tests;
+    for (const InfoTest& test : info.tests()) {
+        TestParameters parameters;
+        parameters.function = test.end.function;
+        for (const std::string& line : test.grid) {
+            parameters.names.push_back(gridName(line));
+        }
+        if (columns != read.runs.back().names.end() && columns->function == test.end.function) {
+            parameters.columns = (columns++)->columns;
+        }
+        tests.push_back(std::move(parameters));
     }
     return tests;
 }

@@ -68,11 +68,13 @@ struct TestName {
 /// The tests that the keys select, in the order in which the rig runs them.
 std::vector<TestName> listTests(const Subject& subject, const std::vector<std::string>& keys);
 
-/// The parameter names of the selected tests, in the columns of the tables; nothing is measured.
+/// The parameters of one test.
 struct TestParameters {
     std::string function;
+    std::vector<std::string> names;   ///< all that -d and ini-files reach, in the order of the grid
     std::vector<std::string> columns; ///< names by column; empty where a column has none
 };
+/// The parameters of the selected tests; nothing is measured.
 std::vector<TestParameters> listParameters(const Subject& subject, const std::vector<std::string>& keys);
 
 } // namespace krlab

@@ -53,6 +53,16 @@ private:
     std::function<int(Context&)> m_chosen;
 };
 
+/// The commands; each stands in its own file.
+void addRun(Program& program);
+void addAb(Program& program);
+void addCompare(Program& program);
+void addCheck(Program& program);
+void addReplay(Program& program);
+void addResume(Program& program);
+void addTidy(Program& program);
+void addDoctor(Program& program);
+
 /// Writes text to the file, or to standard output for "-". Throws Fault with the cause.
 void writeOutput(const std::string& file, const std::string& text);
 

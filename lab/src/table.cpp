@@ -246,9 +246,6 @@ private:
 
     friend void krlab::applyNames(Table& table, const std::vector<TableNames>& names);
 
-    /// A word in brackets is a remark of the test, such as (decimate), and no named value.
-    static bool isRemark(const std::string& cell) { return !cell.empty() && cell.front() == '('; }
-
     /// True if the names stand over exactly the cells that hold values.
     static bool fits(const TableNames& names, const TableRow& row) {
         if (names.columns.size() != row.cells.size()) {
@@ -313,6 +310,10 @@ size_t Table::rows() const {
         count += run.rows.size();
     }
     return count;
+}
+
+bool isRemark(std::string_view cell) {
+    return cell.starts_with('(');
 }
 
 void applyNames(Table& table, const std::vector<TableNames>& names) {

@@ -55,6 +55,8 @@ struct Table {
 Table readTable(const std::string& file);
 /// The same for text; `file` is for messages. Nothing else is read.
 Table parseTable(const std::string& file, std::string_view text);
+/// True for a word in brackets: a remark of the test, such as (decimate), and no value of a parameter.
+bool isRemark(std::string_view cell);
 /// Gives the rows of a table the names of another one.
 void applyNames(Table& table, const std::vector<TableNames>& names);
 

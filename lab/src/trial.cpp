@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <set>
 
 namespace krlab {
 
@@ -18,6 +19,8 @@ constexpr int spareRounds = 2;
 constexpr double lookGrowth = 1.25;
 // Lines longer than this tell no more about the drift than short ones, and take longer.
 constexpr double longestControl = 5000;
+// Fewer functions than these are no measure for the drift.
+constexpr size_t leastControlFunctions = 5;
 // A round that measured at least this share of the lines counts as one that measured all.
 constexpr double wholeShare = 0.9;
 
@@ -93,17 +96,34 @@ std::vector<LineRole> Trial::roles() const {
     return roles;
 }
 
+bool Trial::enoughControls(const std::vector<LineRole>& roles) {
+    std::set<size_t> functions;
+    for (const LineRole& role : roles) {
+        if (role.control) {
+            functions.insert(role.function);
+        }
+    }
+    return functions.size() >= leastControlFunctions;
+}
+
+bool Trial::tellsDrift() const {
+    return m_functions.size() >= leastControlFunctions;
+}
+
 Trial::Evidence Trial::evidenceSince(size_t since) const {
     std::vector<const Round*> rounds;
     for (size_t i = since; i < m_rounds.size(); ++i) {
         rounds.push_back(&m_rounds[i]);
     }
     Evidence evidence;
-    const std::vector<LineRole> lineRoles = roles();
+    std::vector<LineRole> lineRoles = roles();
+    const bool steadied = enoughControls(lineRoles);
+    if (!steadied) {
+        // The change of one function would be taken for the drift of the others.
+        std::for_each(lineRoles.begin(), lineRoles.end(), [](LineRole& role) { role.control = false; });
+    }
     evidence.differences = pairedDifferences(rounds, lineRoles);
-    // Without any control nothing was taken out, and nothing is put back.
-    const bool steadied = std::any_of(lineRoles.begin(), lineRoles.end(), [](const LineRole& r) { return r.control; });
-    if (m_common.real() && steadied) {
+    if (steadied && m_common.real()) {
         const CommonShift shift = commonShift(rounds, lineRoles, error(m_looks) / 2);
         evidence.level = shift.estimate;
         evidence.levelLow = shift.estimate - shift.bounds.low;

@@ -56,6 +56,8 @@ public:
     /// What moved all lines alike, from the rounds that measured all lines. It is taken out of the ratios unless it is
     /// real: then the new subject as a whole is slower or faster, and the ratios hold that.
     const CommonShift& common() const { return m_common; }
+    /// False if there are too few functions to tell the machine's drift: then nothing is taken out.
+    bool tellsDrift() const;
 
 private:
     // Lines that came under suspicion at the same look: they share a part of the confidence and start with fresh
@@ -93,6 +95,7 @@ private:
     size_t indexOf(const Line& line);
     void addSide(const std::vector<Figure>& figures, Side side, Round& round);
     std::vector<LineRole> roles() const;
+    static bool enoughControls(const std::vector<LineRole>& roles);
     void updateCommon();
     double error(int looks) const;
     Evidence evidenceSince(size_t round) const;

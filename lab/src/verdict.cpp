@@ -95,6 +95,7 @@ nlohmann::json toJson(const VerdictReport& report) {
             {"lines", lines},
             {"only_old", listJson(report.onlyOld)},
             {"only_new", listJson(report.onlyNew)},
+            {"rounds", report.rounds},
             {"common", {{"ratio", report.commonRatio}, {"removed", report.commonRemoved}}},
             {"remarks", report.remarks},
             {"summary",

@@ -86,16 +86,24 @@ std::string listOf(const std::string& title, const std::vector<Line>& lines) {
     return text;
 }
 
+// What was measured; a table tells less than the lab itself knows.
+std::string head(const Identity& identity) {
+    if (!identity.program.path.empty()) {
+        return describe(identity);
+    }
+    return fmt::format("{}\n  {}\n  {}\n  {}, {}, {}", identity.subject, identity.rigLibrary, identity.rigCpu,
+                       identity.machine.host, identity.machine.kernel, identity.started);
+}
+
 std::string commonText(const VerdictReport& report) {
     if (report.lines.empty()) {
         return "";
     }
-    return report.commonRemoved
-               ? fmt::format(
-                     "All lines together: {} %, which is not told from the machine's drift and was taken out.\n",
-                     change(report.commonRatio))
-               : fmt::format("All lines together: {} %, which the rounds agree on: it is in the lines' figures.\n",
-                             change(report.commonRatio));
+    const char* told = report.commonRemoved ? "which may be the machine's drift and was taken out"
+                       : report.commonReal
+                           ? "on which the rounds agree: it is in the lines' figures"
+                           : "which may be the machine's drift; too few functions were measured to take that out";
+    return fmt::format("All lines together: {} %, {}.\n", change(report.commonRatio), told);
 }
 
 } // namespace
@@ -110,7 +118,7 @@ std::string describe(const VerdictReport& report) {
         families[familyOf(line.line.function)].push_back(line);
     }
     const VerdictCounts counts = countVerdicts(report.lines);
-    std::string text = fmt::format("old  {}\nnew  {}\n", describe(report.older), describe(report.newer));
+    std::string text = fmt::format("old  {}\nnew  {}\n", head(report.older), head(report.newer));
     text += lineList(fmt::format("Slower ({})", counts.slower), byVerdict[Verdict::slower], counts.slower);
     text += lineList(fmt::format("Faster ({})", counts.faster), byVerdict[Verdict::faster], counts.faster);
     text += groupTable("changed function", functions, true);

@@ -24,6 +24,7 @@ public:
     explicit PlayedMachine(unsigned seed) : m_random(seed) {}
 
     double noise = 0.01;
+    double drift = 0.05;             ///< of a whole pass
     double phases = 0;               ///< share of passes with a phase of 40 % more
     std::map<Line, double> ratios;   ///< new / old; 1 if not named
     std::set<std::string> silent[2]; ///< functions without figures on a side
@@ -31,7 +32,7 @@ public:
     std::vector<Figure> pass(Side side, const std::vector<Line>* wanted = nullptr) {
         std::normal_distribution<double> normal;
         std::uniform_real_distribution<double> uniform;
-        const double drift = 0.05 * normal(m_random);
+        const double level = drift * normal(m_random);
         const bool phase = uniform(m_random) < phases;
         const int from = static_cast<int>(uniform(m_random) * functions);
         std::vector<Figure> figures;
@@ -40,7 +41,7 @@ public:
                 Figure figure;
                 figure.line = lineAt(function, line);
                 const auto ratio = ratios.find(figure.line);
-                double log = std::log(100.0 + 10 * function + line) + drift + noise * normal(m_random);
+                double log = std::log(100.0 + 10 * function + line) + level + noise * normal(m_random);
                 log += phase && function >= from && function < from + 12 ? std::log(1.4) : 0;
                 log += side == sideNew && ratio != ratios.end() ? std::log(ratio->second) : 0;
                 figure.clocks = std::exp(log);
@@ -159,6 +160,25 @@ TEST(LabTrial, ChangeOfTheWholeLibraryIsNotTakenForDrift) {
     EXPECT_TRUE(trial.common().real());
     EXPECT_NEAR(std::exp(trial.common().estimate), 1.3, 0.1);
     EXPECT_GT(accused(trial), size_t{functions * linesEach * 9 / 10});
+}
+
+TEST(LabTrial, ChangeOfTheOnlyFunctionIsNeitherTakenForDriftNorCountedTwice) {
+    PlayedMachine machine(5);
+    machine.drift = 0.01;
+    for (int function = 0; function < functions; ++function) {
+        if (function != 7) {
+            machine.silent[sideOld].insert(lineAt(function, 0).function);
+            machine.silent[sideNew].insert(lineAt(function, 0).function);
+        }
+    }
+    machine.slowDown(7, 1.1);
+    const Trial trial = runTrial(machine, {0.03, 0.99}, 12, 40);
+    EXPECT_FALSE(trial.tellsDrift());
+    EXPECT_EQ(trial.verdicts().size(), size_t{linesEach});
+    for (const auto& [line, verdict] : byLine(trial)) {
+        EXPECT_EQ(verdict.verdict, Verdict::slower) << line.text();
+        EXPECT_NEAR(verdict.ratio, 1.1, 0.02) << line.text();
+    }
 }
 
 TEST(LabTrial, DriftOfPassesIsTakenOutOfTheRatios) {

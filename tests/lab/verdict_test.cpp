@@ -154,7 +154,7 @@ Only in the old one (1)
  veksF_16s len=4
 
 a remark
-All lines together: +0.4 %, which is not told from the machine's drift and was taken out.
+All lines together: +0.4 %, which may be the machine's drift and was taken out.
 5 lines: 1 slower, 1 faster, 1 same, 2 undecided; geometric mean 1.0299 (threshold 3 %, confidence 99 %, 24 rounds)
 )");
 }

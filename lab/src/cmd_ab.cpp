@@ -1,7 +1,7 @@
 // `krlab ab A B`: which lines of B are slower or faster than those of A.
 #include "abrun.h"
-#include "commands.h"
 #include "interrupt.h"
+#include "program.h"
 
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -17,7 +17,7 @@ struct Options {
     std::string threshold = "3%";
     std::string time = "2m";
     std::string confidence = "99%";
-    std::string passLimit = "2m";
+    std::string timeLimit = "2m";
     std::string store = "krlab.db";
     std::string label;
     bool strict = false;
@@ -40,7 +40,7 @@ int run(const Options& options, Context& context) {
     ab.keys = context.options.keys;
     ab.trial = {parseShare(options.threshold), parseShare(options.confidence)};
     ab.seconds = parseDuration(options.time);
-    ab.passLimit = parseDuration(options.passLimit);
+    ab.passLimit = parseDuration(options.timeLimit);
     ab.lanes = lanesOfMachine();
     ab.seed = context.seed();
     ab.progress = [&](const std::string& text, double share) { context.console.progress(text, share); };
@@ -87,7 +87,7 @@ void addAb(Program& program) {
     command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
     command.add_option("--time", options->time, "time for all rounds")->capture_default_str();
     command.add_option("--confidence", options->confidence, "that no line is accused wrongly")->capture_default_str();
-    command.add_option("--pass-limit", options->passLimit, "time after which a pass is ended")->capture_default_str();
+    command.add_option("--time-limit", options->timeLimit, "time after which a pass is ended")->capture_default_str();
     command.add_option("--store", options->store, "file that keeps the passes, none for no file")
         ->capture_default_str();
     command.add_option("--label", options->label, "commit or other name under which the passes are kept");
