@@ -34,6 +34,14 @@ kr_need_file() { # file package
     [ -e "$1" ] || kr_install "$2" || kr_fail "please install: $2"
 }
 
+kr_need_lab() { # what the companion stands on
+    kr_need_file /usr/include/CLI/CLI.hpp libcli11-dev
+    kr_need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
+    kr_need_file /usr/include/sqlite3.h libsqlite3-dev
+    kr_need_file /usr/include/fmt/format.h libfmt-dev
+    kr_need_file /usr/include/boost/math/distributions/students_t.hpp libboost-math-dev
+}
+
 kr_want() { # packages
     missing=
     for package in "$@"; do
@@ -49,7 +57,8 @@ kr_build() { # top preset target
     case $2 in release | lab) dir=build ;; esac
     log="$1/$dir/build.log"
     mkdir -p "$1/$dir"
-    if [ ! -f "$1/$dir/build.ninja" ]; then
+    # A preset that has changed since is set anew.
+    if [ ! -f "$1/$dir/build.ninja" ] || [ "$1/CMakePresets.json" -nt "$1/$dir/build.ninja" ]; then
         echo "Configuring $dir"
         (cd "$1" && cmake --preset "$2") >"$log" 2>&1 || { cat "$log" >&2; kr_fail "configuring failed"; }
     fi

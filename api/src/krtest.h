@@ -108,6 +108,9 @@ public:
     static void printCtrlStatus(bool bad87, bool badSSX);
     static void clearCtrlStatus();
     krResult checkCtrlStatus();
+    /// Tells a status that is not 0, and makes a failure of a negative one and a warning of a positive one, also for the
+    /// test in work. A blank name is left out.
+    static krResult reportStatus(int status, const krString& name);
     static void raiseResult(krResult result) { m_currentResult = krWorst(m_currentResult, result); }
 
     bool m_deprecated = false;
@@ -171,7 +174,8 @@ krString usecString(const krTool& tool);
 /// All registered tests, in the order in which they run. The list owns them.
 class krTestList : public krList<krTest*> {
 public:
-    /// Counts one test and its result; the totals of warnings and failures stand at the codes 6 and 11.
+    /// Counts one test and its result; the totals of warnings and failures stand at the codes 6 and 11. A value that is
+    /// no result counts as a test of no class.
     void plus(krResult result);
     int count() const { return m_count; }
     int counter(int code) const { return m_counters[code]; }
@@ -187,11 +191,13 @@ public:
     static krString m_startFunc;
     static krTest* m_pCurrentTest;
 
-private:
-    void beforeAll() {}
-    void beforeTest() {}
-    void afterTest(krTest*) {}
+protected:
+    // Hooks of a run, for lists that derive from this one.
+    virtual void beforeAll() {}
+    virtual void beforeTest() {}
+    virtual void afterTest(krTest* /*test*/) {}
 
+private:
     int m_count = 0;
     int m_counters[krResultCount] = {};
 };

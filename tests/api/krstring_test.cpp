@@ -473,6 +473,12 @@ TEST(KrStringFormat, LongIntegerBecomesADouble) {
     EXPECT_STREQ(sFormat(-123456789, 4).c_str(), "-1.23e+08");
 }
 
+TEST(KrStringFormat, WidthOfALongIntegerCountsWithoutItsSign) {
+    EXPECT_STREQ(sFormat(1234567890, -12).c_str(), "1234567890  ");
+    EXPECT_STREQ(sFormat(1234567890, -10).c_str(), "1234567890");
+    EXPECT_STREQ(sFormat(1234567890, -9).c_str(), "1.23e+09 ");
+}
+
 TEST(KrStringFormat, LongLongBeyondIntIsADouble) {
     EXPECT_STREQ(sFormat(2147483647LL, 12).c_str(), "  2147483647");
     EXPECT_STREQ(sFormat(2147483648LL, 12).c_str(), "    2.15e+09");

@@ -31,6 +31,28 @@ inline std::string consoleTest(const std::string& function, bool ended = true) {
 
 inline const std::string consoleEnd = "| KR Summary        |\n| .Number of tests : 1 |\n";
 
+inline std::string shellQuoted(const std::string& text) {
+    std::string out = "'";
+    for (const char c : text) {
+        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return out + "'";
+}
+
+inline std::string fakeRow(const std::string& function) {
+    return function + ",-,-,8,-,-,-,-,-,nLps=16,3.14,e,0.01,-\n";
+}
+
+/// One test of the script: its row, then its console text; what it does then, and `fi`, are added by the caller.
+inline std::string scriptTest(const std::string& function, bool ended = true) {
+    return "case \" $keys \" in *\" -f=\"*) case \" $keys \" in *\" -f=" + function +
+           " \"*) wanted=1 ;; *) wanted= ;; esac ;; " + "*) wanted=1 ;; esac\nif [ -n \"$wanted\" ]; then printf %s " +
+           shellQuoted(fakeRow(function)) + " >>$table; printf %s " + shellQuoted(consoleTest(function, ended)) + "; ";
+}
+
+inline const std::string scriptHead = "printf %s " + shellQuoted(tableHead + tableHeading) + " >>$table\n";
+inline const std::string scriptEnd = "printf %s " + shellQuoted(consoleEnd) + "\n";
+
 /// The script finds in $table where the table belongs and in $keys its arguments. It answers -e with the tests f1, f2
 /// and so on.
 class FakeRig {

@@ -29,7 +29,7 @@ const GridCase gridCases[] = {
     {"veksHarmonicFilter_NR_16s", 8, "15,-,-,-,-,-", "50,-,-,-,-,-", "p_filt", false, 50},
     {"veksHarmonicFilter_32f_I", 8, "15,-,-,-,-,-", "50,-,-,-,-,-", "p_filt", true, 50},
     {"veksHarmonicFilter_16s_I", 8, "15,-,-,-,-,-", "50,-,-,-,-,-", "p_filt", true, 50},
-    {"veksResidualFilter_G729_16s", 1, "40,-,-,-,-,-", "40,-,-,-,-,-", "p_filt", false, 40},
+    {"veksResidualFilter_G729_16s", 3, "40,-,-,-,-,-", "60,-,-,-,-,-", "p_filt", false, 60},
     {"veksSynthesisFilter_NR_16s_ISfs", 6, "40,0,-,-,-,12", "60,1,-,-,-,12", "p_filt", false, 60},
     {"veksSynthesisFilterZeroStateResponse_NR_16s", 6, "40,12,-,-,-,-", "60,13,-,-,-,-", "p_filt", false, 60},
     {"veksSynthesisFilter_NR_16s_Sfs", 6, "40,0,-,-,-,12", "60,1,-,-,-,12", "p_filt", false, 60},

@@ -30,7 +30,8 @@ class TimAdap2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframeLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -61,8 +62,8 @@ bool TimAdap2::canStart() {
     return true;
 }
 
-bool TimAdap2::canContinue() {
-    return grid.next(m_isFirst) && pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) &&
+bool TimAdap2::makeData() {
+    return pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) &&
            pSrcImpulseResponse.createVector(subframeLength, setRand, -4096, 4096) &&
            pSrcPrevExcitation.createVector(excitation, setRand, -4096, 4096) &&
            pSrcPrevError.createVector(zones, setRand, 4, 300) &&

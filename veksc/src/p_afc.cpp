@@ -24,7 +24,8 @@ class TimAfc : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframeLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -52,10 +53,7 @@ bool TimAfc::canStart() {
     return true;
 }
 
-bool TimAfc::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimAfc::makeData() {
     dataSize = responseLength * vkVector::item(m_func);
     if (!pSrcFixedTarget.createVector(subframeLength, setRand, -2048, 2048) ||
         !pSrcLtpResidual.createVector(subframeLength, setRand, -2048, 2048) ||

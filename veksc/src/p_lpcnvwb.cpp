@@ -44,7 +44,8 @@ class TimLPCnvwb : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -79,11 +80,8 @@ bool TimLPCnvwb::canStart() {
     return true;
 }
 
-bool TimLPCnvwb::canContinue() {
+bool TimLPCnvwb::makeData() {
     constexpr int spectrum = 16;
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
     if (m_gain) {
         return pSrcAdptTarget.createVector(grid.room(len), setRand, -8192, 8192) &&
                pSrcFltAdptVector.createVector(grid.room(len), setRand, -8192, 8192) &&

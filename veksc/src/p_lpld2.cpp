@@ -16,7 +16,8 @@ class TimLPCLevinsonDurbin723 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -40,8 +41,8 @@ void TimLPCLevinsonDurbin723::setData() {
     pSrc.m_16s[0] = 16384;
 }
 
-bool TimLPCLevinsonDurbin723::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrc.createVector(grid.room(lenght), setValue, 1024, 0) ||
+bool TimLPCLevinsonDurbin723::makeData() {
+    if (!pSrc.createVector(grid.room(lenght), setValue, 1024, 0) ||
         !pLPC.createVector(grid.room(lenght), setZero, 0, 0)) {
         return false;
     }

@@ -25,7 +25,8 @@ class TimOLPSWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -43,7 +44,7 @@ bool TimOLPSWB::canStart() {
     return true;
 }
 
-bool TimOLPSWB::initData() {
+bool TimOLPSWB::makeData() {
     adaptiveParam = 32767;
     toneFlag = 0;
     return pSrcWgtSpch.createVector(371, setRand, -4096, 4096) &&
@@ -94,7 +95,8 @@ class krTimOLPSWBE : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframeLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -112,7 +114,7 @@ bool krTimOLPSWBE::canStart() {
     return true;
 }
 
-bool krTimOLPSWBE::initData() {
+bool krTimOLPSWBE::makeData() {
     if (!vkcCounts(itCntFreqScale, std::size(scaleFreq))) {
         return false;
     }

@@ -14,7 +14,8 @@ class TimSchurGSMFR : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return static_cast<double>(lengthDst.value()) * lengthDst.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -33,9 +34,8 @@ bool TimSchurGSMFR::canStart() {
     return true;
 }
 
-bool TimSchurGSMFR::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrc1.createVector(autocorrelation, setZero, 0, 0) ||
-        !pDst.createVector(lengthDst.value(), setZero, 0, 0)) {
+bool TimSchurGSMFR::makeData() {
+    if (!pSrc1.createVector(autocorrelation, setZero, 0, 0) || !pDst.createVector(lengthDst.value(), setZero, 0, 0)) {
         return false;
     }
     setData();
