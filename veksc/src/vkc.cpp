@@ -96,8 +96,10 @@ bool vkcRefuse(krTest& test) {
 }
 
 bool vkcFits(long long rows, long long bytes) {
-    const bool refused = rows < 1 || bytes < 1 || rows > INT_MAX / bytes;
-    return !refused || memError(rows < 1 || bytes < 1 ? 0 : INT_MAX);
+    if (rows < 1 || bytes < 1) {
+        return memError(0);
+    }
+    return (rows <= INT_MAX / bytes && krMemoryHolds(rows * bytes)) || memError(INT_MAX);
 }
 
 krString vkcUnit(int index) {
