@@ -197,6 +197,7 @@ int krSession::run(int argc, char** argv) {
     if (headerWritten) {
         outputFooter();
     }
+    krTellLosses();
     outputSignal();
     deleteTestList();
     return result;
@@ -259,6 +260,7 @@ void krSession::outputSignal() {
     const auto seconds = static_cast<int>(difftime(pTestList->m_endTime, pTestList->m_startTime));
     file << krReportFormat::getTimeStr(seconds) + "\n";
     file << krTimeText(pTestList->m_endTime) + "\n";
+    file.tellLosses();
 }
 
 void krSession::putTableTitle() {

@@ -77,6 +77,7 @@ public:
     void setIniMode(const krString& name, bool write);
     void addCondition(RunCondition* condition) { m_conditions->append(condition); }
     void unopenedFile() { m_unopened = true; }
+    void addOutputName(const krString& name) { m_outputNames.append(name); }
     void setBatchMode(bool batch) { m_batchMode = batch; }
 
     void initOption(char key, const krString& help, krString (*info)(const krString&),
@@ -121,6 +122,9 @@ private:
     bool quickOutput();
     void fillOptions();
     void dropOptions();
+    void tellSharedFiles() const;
+
+    krStringList m_outputNames; // of the tables and text copies of a command line
 };
 
 /// Name rows go into the result table, the name table, or both.

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <malloc.h>
+#include <unistd.h>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -33,8 +34,11 @@ bool AlignSrc = true;
 bool AlignByByte = true;
 
 AddressList* pAddressList = nullptr;
+// Blocks of lines that a fault ended. Their owners may be gone, so nobody walks them; who still holds one may free it.
+AddressList* pForgotten = nullptr;
 // What krFreeAll gave up: still pointed at, so that a leak checker does not take it for lost.
 AddressList* volatile pLeftToExit = nullptr;
+AddressList* volatile pForgottenToExit = nullptr;
 
 constexpr int lineSize = 64;
 constexpr int rawSlack = 256;
@@ -68,10 +72,16 @@ void unpoisonSlack(void* /*base*/) {
 }
 #endif
 
+// The list that knows a block: the live one in doubt.
+AddressList& listOf(void* pointer) {
+    Address block;
+    return pForgotten && !pAddressList->find(pointer, block) ? *pForgotten : *pAddressList;
+}
+
 krString addressText(void* pointer) {
     krString text;
     Address block;
-    if (pAddressList->find(pointer, block)) {
+    if (listOf(pointer).find(pointer, block)) {
         text << "size:" << block.size << "  address:" << static_cast<const void*>(block.address)
              << "  alignedPointer:" << static_cast<const void*>(block.alignedPointer);
     }
@@ -132,6 +142,13 @@ void* AddressList::getNext(iterator position, int* size, void** info) {
     return block.alignedPointer;
 }
 
+void AddressList::moveTo(AddressList& other) {
+    m_position = end();
+    while (!empty()) {
+        other.splice(other.end(), *this, begin());
+    }
+}
+
 void* AddressList::remove(void* pointer) {
     const iterator place = lookUp(pointer);
     if (place == end()) {
@@ -185,6 +202,22 @@ void kr_free(void* base) {
     }
 }
 
+static long long machineMemory() {
+    return static_cast<long long>(sysconf(_SC_PHYS_PAGES)) * sysconf(_SC_PAGESIZE);
+}
+
+long long (*krMachineMemory)() = machineMemory;
+
+bool krMemoryHolds(long long size) {
+    long long live = size;
+    if (pAddressList) {
+        for (const Address& block : *pAddressList) {
+            live += block.size;
+        }
+    }
+    return live <= krMachineMemory();
+}
+
 bool memError(int size) {
     g_ostrm << ERR << "-- Memory error: can't allocate " << size << " bytes\n" << msgEnd;
     return false;
@@ -192,7 +225,7 @@ bool memError(int size) {
 
 void* krMalloc(int size, int align, int shift, void* info) {
     void* base = nullptr;
-    void* const aligned = kr_malloc(base, size, align, shift);
+    void* const aligned = krMemoryHolds(size) ? kr_malloc(base, size, align, shift) : nullptr;
     if (!aligned) {
         memError(size);
         return nullptr;
@@ -219,7 +252,7 @@ void krFree(void* alignedPointer) {
         const krString text = addressText(alignedPointer);
         g_ostrm << MEM << " - krFree: " << text << "\n" << msgEndFlush;
     }
-    kr_free(pAddressList->remove(alignedPointer));
+    kr_free(listOf(alignedPointer).remove(alignedPointer));
 }
 
 bool krMallocInfo(void* alignedPointer, int* size, void** info) {
@@ -234,11 +267,23 @@ void* krMallocNext(int* size, void** info) {
     return pAddressList ? pAddressList->getNext(pAddressList->position(), size, info) : nullptr;
 }
 
+void krForgetBlocks() {
+    if (!pAddressList || pAddressList->empty()) {
+        return;
+    }
+    if (!pForgotten) {
+        pForgotten = new AddressList;
+    }
+    pAddressList->moveTo(*pForgotten);
+}
+
 bool krFreeAll() {
     if (pAddressList) {
         pLeftToExit = pAddressList;
     }
     pAddressList = nullptr;
+    pForgottenToExit = pForgotten;
+    pForgotten = nullptr;
     return false;
 }
 

@@ -51,6 +51,8 @@ public:
     /// Takes the block off the list and returns its base; null if it is unknown.
     void* remove(void* pointer);
     bool find(void* pointer, Address& found);
+    /// Appends all blocks to `other` and ends a walk.
+    void moveTo(AddressList& other);
     iterator position() const { return m_position; }
 
 private:
@@ -78,6 +80,8 @@ bool krMallocInfo(void* alignedPointer, int* size, void** info);
 /// Walks the list: one walk at a time, and no block may be released on the way.
 void* krMallocFirst(int* size, void** info);
 void* krMallocNext(int* size, void** info);
+/// After a fault: no walk meets the blocks of the dead line any more. None is released, and krFree still takes them.
+void krForgetBlocks();
 /// Forgets all blocks without releasing any: the end of the process does that. Returns false.
 bool krFreeAll();
 
@@ -93,6 +97,11 @@ void krSetAlignSrc(bool firstOnly);
 /// Whether the misalignment counts bytes; otherwise it counts elements.
 bool krGetAlignByByte();
 void krSetAlignByByte(bool byByte);
+
+/// Bytes of the machine's memory. A test may put a reader of its own in its place.
+extern long long (*krMachineMemory)();
+/// Whether the machine's memory holds `size` bytes beside the live blocks; krMalloc refuses a block that it does not.
+bool krMemoryHolds(long long size);
 
 /// Reports that `size` bytes can't be allocated; returns false.
 bool memError(int size);

@@ -2,6 +2,7 @@
 #include "krcputick.h"
 
 #include "krcpuid.h"
+#include "krinfo.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -61,8 +62,8 @@ static int estimateCpuFreqMHz() {
     OSTimer timer;
     timer.start();
     const unsigned long long first = vek_get_cyclon_counter();
-    const time_t begin = time(nullptr);
-    while (difftime(time(nullptr), begin) < 2.0) {
+    const time_t begin = krTime();
+    while (difftime(krTime(), begin) < 2.0) {
     }
     const unsigned long long last = vek_get_cyclon_counter();
     timer.stop();

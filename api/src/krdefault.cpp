@@ -114,8 +114,10 @@ void krParameter::nameToCStream(krCStream& stream) const {
     putCell(stream, colmIndex(), m_name);
 }
 
-// The texts of one question. They outlive a jump out of the reading, so that a fault leaves none of them behind.
+// The texts of one question, and what was open before it. They outlive a jump out of the reading, so that a fault
+// leaves none of them behind.
 struct krParameter::Dialogue {
+    int openMessages = g_ostrm.openMessages();
     krString valid;
     krString question;
     krString proposal;
@@ -138,6 +140,7 @@ void krParameter::askGuarded(krIStream& stream, Dialogue& dialogue) {
         }
         ask(stream, dialogue);
     } catch (const krException& fault) {
+        g_ostrm.closeMessages(dialogue.openMessages);
         const bool conversion = fault.info()[0] != '\0';
         g_ostrm << "-" << (conversion ? fault.info() : fault.msg()) << "\n";
     }

@@ -5,10 +5,10 @@
 #include "krctrl87.h"
 
 #include <cstdio>
+#include <unistd.h>
 
 jmp_buf tsSignal::m_jmpbuf;
 int tsSignal::m_code = 0;
-volatile sig_atomic_t tsSignal::m_armed = 0;
 tsSignal _g_signal;
 
 // A fault deep in the stack, a run-away recursion say, leaves no room for the handler there.
@@ -25,6 +25,10 @@ krException::krException(const char* text) {
 }
 
 tsSignal::tsSignal() {
+    arm();
+}
+
+void tsSignal::arm() {
     stack_t stack = {};
     stack.ss_sp = handlerStack;
     stack.ss_size = handlerStackSize;
@@ -33,14 +37,25 @@ tsSignal::tsSignal() {
     action.sa_handler = sig_fpe;
     action.sa_flags = SA_ONSTACK;
     sigemptyset(&action.sa_mask);
+    sigset_t open;
+    sigemptyset(&open);
     for (const int trapped : {SIGFPE, SIGILL, SIGSEGV}) {
         sigaction(trapped, &action, nullptr);
+        sigaddset(&open, trapped);
+    }
+    sigprocmask(SIG_UNBLOCK, &open, nullptr);
+    for (const int ofWriting : {SIGPIPE, SIGXFSZ}) {
+        std::signal(ofWriting, SIG_IGN);
     }
 }
 
 void tsSignal::sig_fpe(int signal) {
     m_code = signal;
     if (m_armed == 0) {
+        if (gettid() != getpid()) {
+            constexpr char message[] = "-- The run is cut short: a fault in another thread\n";
+            static_cast<void>(!write(STDOUT_FILENO, message, sizeof message - 1));
+        }
         // Nobody waits: the default action, as the fault strikes again on return.
         std::signal(signal, SIG_DFL);
         return;

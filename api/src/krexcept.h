@@ -33,14 +33,19 @@ public:
     static int code() { return m_code; }
     /// The text of the last signal.
     static const char* getInfo();
+    /// Sets handlers, alternate stack and mask as they must be at the start of a guarded stretch, whatever a function
+    /// left behind. A write to a closed pipe or beyond the size limit is answered by an error and not by the end of the
+    /// process.
+    static void arm();
     /// After a jump: lets the signal through again, closes the priority bracket and sets the floating-point words anew,
     /// so that any number of faults cost one test each.
     static void contain();
 
     static jmp_buf m_jmpbuf;
     static int m_code;
-    /// Whether somebody waits at the mark; a fault outside every guarded stretch ends the process as usual.
-    static volatile sig_atomic_t m_armed;
+    /// Whether this thread waits at the mark; a fault outside every guarded stretch, or in a thread of the library,
+    /// ends the process as usual.
+    static inline thread_local volatile sig_atomic_t m_armed = 0;
 };
 
 /// Keeps the mark of the outer stretch while an inner one uses it: declare it, then call setjmp on tsSignal::m_jmpbuf.

@@ -1,4 +1,4 @@
-// The parameter file in memory. Lists are searched from the start: they hold some hundreds of items at most.
+// The parameter file in memory.
 #include "krinifile.h"
 
 #include "krio.h"
@@ -7,24 +7,6 @@
 #include <unistd.h>
 
 static const char* const s_bareKey = "~~~";
-
-krValueItem* krValues::exist(const krString& key) const {
-    for (krValueItem* item : *this) {
-        if (item->key == key) {
-            return item;
-        }
-    }
-    return nullptr;
-}
-
-krSectionItem* krSections::exist(const krString& name) const {
-    for (krSectionItem* item : *this) {
-        if (item->name == name) {
-            return item;
-        }
-    }
-    return nullptr;
-}
 
 static void deleteSection(krSectionItem* section) {
     for (krValueItem* item : *section->values) {
@@ -143,7 +125,7 @@ void krIniFile::write(const krString& section, const krString& key, const krStri
     krSectionItem* place = m_sections.exist(section);
     if (place == nullptr) {
         place = new krSectionItem{section, new krValues};
-        m_sections.append(place);
+        m_sections.add(section, place);
     }
     krString name = key;
     name.trim();
@@ -152,7 +134,7 @@ void krIniFile::write(const krString& section, const krString& key, const krStri
     }
     krValueItem* item = place->values->exist(name);
     if (item == nullptr) {
-        place->values->append(new krValueItem{name, value, comment});
+        place->values->add(name, new krValueItem{name, value, comment});
     } else {
         item->value = value;
     }
@@ -172,26 +154,16 @@ krValues* krIniFile::getSectionValues(const krString& section) const {
 }
 
 void krIniFile::eraseSection(const krString& section) {
-    for (krSections::iterator it = m_sections.begin(); !(it == m_sections.end()); ++it) {
-        if ((*it)->name == section) {
-            deleteSection(*it);
-            m_sections.erase(it);
-            return;
-        }
+    krSectionItem* item = m_sections.drop(section);
+    if (item != nullptr) {
+        deleteSection(item);
     }
 }
 
 void krIniFile::deleteKey(const krString& section, const krString& key) {
     krValues* values = getSectionValues(section);
-    if (values == nullptr) {
-        return;
-    }
-    for (krValues::iterator it = values->begin(); !(it == values->end()); ++it) {
-        if ((*it)->key == key) {
-            delete *it;
-            values->erase(it);
-            return;
-        }
+    if (values != nullptr) {
+        delete values->drop(key);
     }
 }
 
@@ -199,23 +171,21 @@ void krIniFile::updateFile() const {
     if (!m_write) {
         return;
     }
-    o_stream file(m_fileName, ioWrite | ioRawName, true);
-    if (file.m_file == nullptr) {
-        return;
-    }
+    krStringList lines;
     for (const krSectionItem* section : m_sections) {
-        file << krString("\n[") + section->name + "]\n";
+        lines.append(krString("\n[") + section->name + "]\n");
         for (const krValueItem* item : *section->values) {
             krString line = item->key;
             if (!(item->value == s_bareKey)) {
-                line += krString("=") + item->value;
+                line << "=" << item->value;
                 if (!item->comment.empty()) {
-                    line += krString("\t// ") + item->comment;
+                    line << "\t// " << item->comment;
                 }
             }
-            file << line + "\n";
+            lines.append(line << "\n");
         }
     }
+    krReplaceFile(m_fileName, lines);
 }
 
 void krIniFile::close() {

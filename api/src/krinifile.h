@@ -5,28 +5,59 @@
 #include "krlist.h"
 #include "krstring.h"
 
+#include <unordered_map>
+
 struct krValueItem {
     krString key;
     krString value;   ///< "~~~" marks a key that has no "=" in the file
     krString comment; ///< only ever written, never read back
 };
 
-/// The keys of one section in the order of their first appearance. The items belong to the krIniFile.
-class krValues : public krList<krValueItem*> {
+/// Items in the order in which they were added, each under a name of its own that finds it in constant time. They
+/// belong to the krIniFile.
+template <class Item>
+class krNamedItems : public krList<Item*> {
 public:
-    /// The item of that key, or null; exact comparison.
-    krValueItem* exist(const krString& key) const;
+    /// The item of that name, or null; exact comparison.
+    Item* exist(const krString& name) const {
+        const auto found = m_index.find(name);
+        return found == m_index.end() ? nullptr : found->second;
+    }
+    void add(const krString& name, Item* item) {
+        krList<Item*>::append(item);
+        m_index.emplace(name, item);
+    }
+    /// Takes the item of that name off the list and returns it, or null.
+    Item* drop(const krString& name) {
+        Item* const item = exist(name);
+        if (item != nullptr) {
+            m_index.erase(name);
+            auto place = this->begin();
+            while (*place != item) {
+                ++place;
+            }
+            this->erase(place);
+        }
+        return item;
+    }
+    void clear() {
+        krList<Item*>::clear();
+        m_index.clear();
+    }
+
+private:
+    std::unordered_map<krString, Item*, krHash> m_index;
 };
+
+/// The keys of one section.
+using krValues = krNamedItems<krValueItem>;
 
 struct krSectionItem {
     krString name;
     krValues* values; ///< owned
 };
 
-class krSections : public krList<krSectionItem*> {
-public:
-    krSectionItem* exist(const krString& name) const;
-};
+using krSections = krNamedItems<krSectionItem>;
 
 /// One ini-file. A section head that stands twice continues the first; a key that stands twice keeps its first place
 /// and its last value.

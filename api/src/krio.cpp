@@ -3,11 +3,13 @@
 
 #include "kr.h"
 
+#include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-static const char* fopenMode(int mode) {
+const char* krFileMode(int mode) {
     const bool binary = (mode & ioBinary) != 0;
     if ((mode & ioRead) != 0) {
         return binary ? "rb" : "r";
@@ -24,7 +26,7 @@ io_stream::io_stream(const krString& name, int mode, bool reportError) : m_file(
         path = (mode & ioRead) != 0 ? krSession::getInPath(name) : krSession::getOutPath(name);
     }
     if ((mode & (ioRead | ioWrite)) != 0) {
-        m_file = std::fopen(path.c_str(), fopenMode(mode));
+        m_file = std::fopen(krFullPath(path).c_str(), krFileMode(mode));
     }
     // A directory opens for reading, and has nothing to read.
     struct stat status = {};
@@ -48,9 +50,122 @@ void io_stream::close() {
     }
 }
 
-void o_stream::flush() const {
-    if (m_file != nullptr) {
-        std::fflush(m_file);
+// All bytes, or as many as the file takes.
+static int writeBytes(int file, const krString& text) {
+    int done = 0;
+    while (done < text.length()) {
+        const ssize_t more = ::write(file, text.c_str() + done, static_cast<size_t>(text.length() - done));
+        if (more > 0) {
+            done += static_cast<int>(more);
+        } else if (more == 0 || errno != EINTR) {
+            break;
+        }
+    }
+    return done;
+}
+
+// Takes back the last `count` bytes of a file; false for a pipe and for a file that somebody else writes as well.
+static bool takeBack(int file, int count) {
+    struct stat status = {};
+    const off_t end = lseek(file, 0, SEEK_CUR);
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size == end &&
+           ftruncate(file, end - count) == 0 && lseek(file, end - count, SEEK_SET) >= 0;
+}
+
+// Past the library, which drops what a full disk does not take. False if the line, or its rest in a pipe, has to wait.
+bool o_stream::sendLine(krString& line) {
+    const int done = writeBytes(fileno(m_file), line);
+    if (done == line.length()) {
+        return true;
+    }
+    if (done > 0 && !takeBack(fileno(m_file), done)) {
+        line = line.substr(done);
+    }
+    return false;
+}
+
+void o_stream::flush() {
+    if (m_file == nullptr) {
+        return;
+    }
+    std::fflush(m_file);
+    while (!m_unwritten.empty() && sendLine(*m_unwritten.begin())) {
+        m_unwritten.erase(m_unwritten.begin());
+    }
+}
+
+void o_stream::putLine(const krString& line) {
+    if (m_file == nullptr || fileno(m_file) < 0) {
+        *this << line;
+    } else {
+        m_unwritten.append(line);
+    }
+    flush();
+}
+
+void o_stream::tellLosses() {
+    flush();
+    if (!m_unwritten.empty()) {
+        g_ostrm << ERR << "-- File " << m_name << " is incomplete: " << m_unwritten.size()
+                << " lines could not be written\n"
+                << msgEnd;
+    } else if (!m_name.empty() && m_file != nullptr && std::ferror(m_file) != 0) {
+        g_ostrm << ERR << "-- File " << m_name << " is incomplete\n" << msgEnd;
+    }
+}
+
+krString krFileIdentity(const krString& name) {
+    const krString path = krFullPath(name);
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+        return path;
+    }
+    return S_ISREG(status.st_mode) ? krFormat("%lu:%lu", status.st_dev, status.st_ino) : krString();
+}
+
+static bool putLines(o_stream& stream, const krStringList& lines) {
+    for (const krString& line : lines) {
+        stream << line;
+    }
+    return std::fflush(stream.m_file) == 0 && std::ferror(stream.m_file) == 0;
+}
+
+// Puts a full copy in the place of a regular file of one name that may be written; false if that is not the way here.
+static bool replaceByCopy(const krString& name, const krStringList& lines) {
+    const krString path = krFullPath(name);
+    struct stat old = {};
+    if (stat(path.c_str(), &old) != 0 || !S_ISREG(old.st_mode) || old.st_nlink != 1 ||
+        access(path.c_str(), W_OK) != 0) {
+        return false;
+    }
+    char* const target = realpath(path.c_str(), nullptr);
+    const krString goal = target;
+    std::free(target);
+    krString copy = goal + ".XXXXXX";
+    const int file = goal.empty() ? -1 : mkstemp(copy.data());
+    if (file < 0) {
+        return false;
+    }
+    o_stream stream(fdopen(file, "w"));
+    if (fchown(file, old.st_uid, old.st_gid) != 0 || fchmod(file, old.st_mode & 07777U) != 0) {
+        unlink(copy.c_str());
+        return false;
+    }
+    if (!putLines(stream, lines) || std::rename(copy.c_str(), goal.c_str()) != 0) {
+        unlink(copy.c_str());
+        g_ostrm << ERR << "-- Can't write file " << name << ": it stays as it was\n" << msgEnd;
+    }
+    return true;
+}
+
+void krReplaceFile(const krString& name, const krStringList& lines) {
+    if (replaceByCopy(name, lines)) {
+        return;
+    }
+    o_stream file(name, ioWrite | ioRawName, true);
+    if (file.m_file != nullptr) {
+        putLines(file, lines);
+        file.tellLosses();
     }
 }
 
@@ -105,6 +220,21 @@ krString getLastErrorMessage() {
     return "";
 }
 
+// Where relative paths begin; empty for the directory of the moment.
+static krString s_startDir;
+
+void krHoldDirectory() {
+    char* const directory = getcwd(nullptr, 0);
+    if (directory != nullptr) {
+        s_startDir = krString(directory) + "/";
+        std::free(directory);
+    }
+}
+
+krString krFullPath(const krString& path) {
+    return path[0] == '/' ? path : s_startDir + path;
+}
+
 void krHoldConsole() {
     int descriptor = 0;
     while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
@@ -131,6 +261,12 @@ bool krDestinations::addStream(const krString& name, bool append) {
 void krDestinations::flush() {
     for (o_stream* stream : *this) {
         stream->flush();
+    }
+}
+
+void krDestinations::tellLosses() {
+    for (o_stream* stream : *this) {
+        stream->tellLosses();
     }
 }
 

@@ -9,6 +9,9 @@
 /// Mode bits of a file.
 enum krIoMode { ioRead = 1, ioWrite = 2, ioAppend = 4, ioBinary = 8, ioRawName = 256 };
 
+/// What fopen is told for these bits.
+const char* krFileMode(int mode);
+
 /// A file of the standard input and output library; null if it could not be opened.
 class io_stream {
 public:
@@ -33,18 +36,38 @@ public:
 
 class o_stream : public io_stream {
 public:
-    using io_stream::io_stream;
+    explicit o_stream(FILE* file) : io_stream(file) {}
+    o_stream(const krString& name, int mode, bool reportError) : io_stream(name, mode, reportError), m_name(name) {}
     /// Does nothing without a file.
-    void flush() const;
+    void flush();
+    /// Writes a line, whole or not at all: what the file does not take now is kept and tried again before the next line
+    /// and at each flush.
+    void putLine(const krString& line);
+    /// Tells at level ERR that the file lacks lines or text.
+    void tellLosses();
+
+private:
+    bool sendLine(krString& line);
+
+    krString m_name;
+    krStringList m_unwritten;
 };
 
 /// Reads one piece of a line. True when the line is complete (or the file ended), false when more of it follows.
 bool getlinebuf(FILE* file, char* buffer, int size, bool& eof);
 
 o_stream& operator<<(o_stream& stream, const krString& text);
+/// Writes `lines` over a file; one that can't take them stays as it was. A failure is told at level ERR.
+void krReplaceFile(const krString& name, const krStringList& lines);
+/// What two names of the same file have in common; empty for a device, which any number may share.
+krString krFileIdentity(const krString& name);
 /// A new text file, or null after the report of the failure.
 o_stream* createOStream(const krString& name, bool append);
 krString getLastErrorMessage();
+/// Relative paths mean the directory of this moment from here on, wherever a measured function goes.
+void krHoldDirectory();
+/// The path as it is opened.
+krString krFullPath(const krString& path);
 /// Puts the null device where the console is closed; else the first file opened would take its descriptor, and its
 /// text.
 void krHoldConsole();
@@ -73,6 +96,8 @@ public:
     /// Adds a text file; false if it could not be opened.
     bool addStream(const krString& name, bool append);
     void flush();
+    /// Tells of each file that is not complete.
+    void tellLosses();
 };
 
 /// Human-readable text with a level filter, written to all its destinations.

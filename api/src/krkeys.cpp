@@ -5,6 +5,7 @@
 #include "krstream.h"
 
 #include <climits>
+#include <cstdlib>
 
 // The texts of a gated key while a key that ends the run early makes it pointless.
 static krString gated(int level, const krString& text) {
@@ -146,7 +147,9 @@ void P_apply(const krString& /*arg*/, krSession* /*session*/) {
 // Adds one more file to a stream; a file that can't be opened ends the run behind the last key.
 template <class Stream>
 static void addFile(Stream& stream, const krString& arg, const char* ext, bool append, krSession* session) {
-    if (!stream.addStream(krSession::genOutPath(arg, ext), append)) {
+    const krString name = krSession::genOutPath(arg, ext);
+    session->addOutputName(name);
+    if (!stream.addStream(name, append)) {
         session->unopenedFile();
     }
 }
@@ -407,11 +410,13 @@ void T_apply(const krString& arg, krSession* /*session*/) {
     setCpuType(krCpuType::cpuType(arg));
 }
 
+// The whole argument as a decimal number; 0 for any other text, so that what is told and what is called agree.
 static int numberOf(const krString& arg) {
     krString text = arg;
-    long long number = 0;
-    number << text;
-    return number > INT_MAX ? 0 : static_cast<int>(number < 0 ? 0 : number);
+    text.trim();
+    char* end = nullptr;
+    const long long number = std::strtoll(text.c_str(), &end, 10);
+    return *end != '\0' || number > INT_MAX || number < INT_MIN ? 0 : static_cast<int>(number);
 }
 
 krString N_info(const krString& arg) {

@@ -1,11 +1,14 @@
 // The entry point.
 #include "kr.h"
 #include "krbase.h"
+#include "krguard.h"
 #include "krio.h"
 #include "krstream.h"
 
 int main(int argc, char** argv) {
     krHoldConsole();
+    krHoldDirectory();
+    krGuardProcess();
     g_trace.traceIn("main");
     if (pSession == nullptr) {
         pSession = new krSession;
@@ -13,5 +16,6 @@ int main(int argc, char** argv) {
     const int result = pSession->run(argc, argv);
     krFreeAll();
     g_trace.traceOut("main");
+    krProcessIsOver();
     return result;
 }

@@ -127,6 +127,28 @@ static int exitLevelOf(const krCommandList& keys) {
     return keys.isKey('v') ? 3 : 0;
 }
 
+// Two streams of one file write over each other, and an ini-file that a table has emptied gives no values.
+void krSession::tellSharedFiles() const {
+    krStringList names = m_outputNames;
+    for (const krString& single : {m_iniName, m_sglName}) {
+        if (!single.empty()) {
+            names.append(single);
+        }
+    }
+    krStringList before;
+    krStringList told;
+    for (const krString& name : names) {
+        const krString identity = krFileIdentity(name);
+        if (before.has(identity) && !told.has(identity)) {
+            g_ostrm << ERR << "-- File " << name << " is named by more than one key\n" << msgEnd;
+            told.append(identity);
+        }
+        if (!identity.empty()) {
+            before.append(identity);
+        }
+    }
+}
+
 bool krSession::parseCommandLine(int argc, char** argv) {
     m_exePath = argc > 0 ? argv[0] : "";
     m_askMode = 0;
@@ -137,6 +159,7 @@ bool krSession::parseCommandLine(int argc, char** argv) {
     m_unopened = false;
     m_enumMode = krNoEnumeration;
     m_iniName = "";
+    m_outputNames.clear();
     m_optionsLine = "Command line options: ";
 
     krCommandList keys;
@@ -168,6 +191,7 @@ bool krSession::parseCommandLine(int argc, char** argv) {
     }
     g_ostrm << m_optionsLine;
     m_optionsLine = "";
+    tellSharedFiles();
     if (m_unopened) {
         g_ostrm << "FATAL ERROR: can't open output file for writing\n";
         return false;

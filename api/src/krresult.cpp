@@ -19,14 +19,10 @@ static const ResultText resultTexts[krResultCount] = {{"UNDEFINED", "was not run
                                                       {"EXCPTFAIL", "exception"},
                                                       {"FAIL", "error"}};
 
-static bool inRange(krResult result) {
-    return result >= 0 && result < krResultCount;
-}
-
 krString krResultName(krResult result) {
-    return inRange(result) ? resultTexts[result].name : "UNKNOWN";
+    return krIsResult(result) ? resultTexts[result].name : "UNKNOWN";
 }
 
 krString krResultString(krResult result) {
-    return inRange(result) ? resultTexts[result].text : "unknown result";
+    return krIsResult(result) ? resultTexts[result].text : "unknown result";
 }

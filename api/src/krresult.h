@@ -19,6 +19,10 @@ enum krResult : int {
 };
 constexpr int krResultCount = 12;
 
+/// Whether the value is one of the scale; a measured function may return anything.
+inline bool krIsResult(krResult result) {
+    return result >= krUndefined && result < krResultCount;
+}
 inline bool krIsFailure(krResult result) {
     return result >= krAccurFail;
 }

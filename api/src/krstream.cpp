@@ -18,6 +18,13 @@ krCStream g_mstrm;
 krIStream g_istrm;
 krTrace g_trace;
 
+void krTellLosses() {
+    for (krCStream* table : {&g_cstrm, &g_qstrm, &g_ustrm, &g_mstrm}) {
+        table->tellLosses();
+    }
+    g_ostrm.tellLosses();
+}
+
 // ---------------------------------------------------------------------------------------------------- rows
 
 void addStore(krRowStore& store, const krString* row, int colms) {
@@ -95,20 +102,17 @@ void krCStream::setColmCount(int count) {
 
 void krCStream::tableOut(int n) {
     const int count = n == 0 ? m_colmCount : n;
-    for (o_stream* stream : *this) {
-        for (int i = 0; i < count; ++i) {
-            if (i > 0) {
-                *stream << ",";
-            }
-            if (i < m_colmCount && !m_colm[i].empty()) {
-                *stream << m_colm[i];
-            } else {
-                *stream << "-";
-            }
+    krString line;
+    for (int i = 0; i < count; ++i) {
+        if (i > 0) {
+            line << ",";
         }
-        *stream << "\n";
-        // Line by line, so that a crash of a measured function leaves every finished line behind.
-        stream->flush();
+        line << (i < m_colmCount && !m_colm[i].empty() ? m_colm[i] : krString("-"));
+    }
+    line << "\n";
+    // Line by line, so that a crash of a measured function leaves every finished line behind.
+    for (o_stream* stream : *this) {
+        stream->putLine(line);
     }
 }
 
@@ -168,12 +172,9 @@ bool krCStream::identicalColms(const krString* a, const krString* b, int n) {
 }
 
 static uint64_t rowHash(const krString* row, int colms) {
-    uint64_t hash = 14695981039346656037U;
+    uint64_t hash = 0;
     for (int i = 0; i < colms; ++i) {
-        for (const char* c = row[i].c_str(); *c != '\0'; ++c) {
-            hash = (hash ^ static_cast<unsigned char>(*c)) * 1099511628211U;
-        }
-        hash = (hash ^ 0x100U) * 1099511628211U; // the end of a cell
+        hash = krHash::add(hash, row[i]);
     }
     return hash ^ (hash >> 32);
 }

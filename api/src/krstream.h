@@ -176,3 +176,6 @@ extern krCStream g_ustrm; ///< summary
 extern krCStream g_mstrm; ///< memory; no key opens a file for it
 extern krIStream g_istrm;
 extern krTrace g_trace;
+
+/// Tells of each file of the run that is not complete.
+void krTellLosses();

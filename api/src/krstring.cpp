@@ -3,6 +3,7 @@
 
 #include <cctype>
 #include <climits>
+#include <clocale>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
@@ -21,6 +22,22 @@ krString blanks(int n) {
 int lengthOf(const char* text) {
     return static_cast<int>(std::strlen(text));
 }
+
+// Numbers and letters of the program are those of the "C" locale, also behind a function that has set another one.
+class PlainText {
+public:
+    PlainText() : m_former(uselocale(plain())) {}
+    PlainText(const PlainText&) = delete;
+    PlainText& operator=(const PlainText&) = delete;
+    ~PlainText() { uselocale(m_former); }
+
+private:
+    static locale_t plain() {
+        static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+        return locale;
+    }
+    locale_t m_former;
+};
 
 } // namespace
 
@@ -223,6 +240,7 @@ void krString::trim() {
 }
 
 krString krString::toLower() const {
+    const PlainText plain;
     krString lower(*this);
     for (int i = 0; i < lower.m_length; ++i) {
         lower.m_buffer[i] = static_cast<char>(std::tolower(static_cast<unsigned char>(lower.m_buffer[i])));
@@ -399,6 +417,23 @@ int krParse::parse(krString& a, krString& b, krString& c, const krString& seps) 
     return count;
 }
 
+uint64_t krHash::add(uint64_t hash, const krString& text) {
+    constexpr uint64_t prime = 1099511628211U;
+    for (const char* c = text.c_str(); *c != '\0'; ++c) {
+        hash = (hash ^ static_cast<unsigned char>(*c)) * prime;
+    }
+    return (hash ^ 0x100U) * prime; // the end of a text
+}
+
+bool krStringList::has(const krString& text) const {
+    for (const krString& entry : *this) {
+        if (entry == text) {
+            return true;
+        }
+    }
+    return false;
+}
+
 krString sFormat(const krString& text, int width) {
     const int size = width < 0 ? -width : width;
     if (text.length() >= size) {
@@ -428,6 +463,7 @@ krString sFormat(long long value, int width) {
 }
 
 krString krFormat(const char* format, ...) {
+    const PlainText plain;
     va_list args;
     va_start(args, format);
     va_list again;
@@ -506,6 +542,7 @@ namespace {
 // Scans one number; the text fails when something stands there that is no number, and not when nothing stands there.
 template <class T>
 void scanText(T& value, krString& text, const char* format) {
+    const PlainText plain;
     text.m_failed = std::sscanf(text.c_str(), format, &value) == 0;
 }
 

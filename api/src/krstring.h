@@ -4,6 +4,9 @@
 
 #include "krlist.h"
 
+#include <cstddef>
+#include <cstdint>
+
 /// Owned, zero-terminated text. Buffers are zero-filled multiples of 16 bytes with no geometric growth.
 class krString {
 public:
@@ -78,7 +81,17 @@ public:
     bool m_failed; ///< the result of the last conversion from this string
 };
 
-class krStringList : public krList<krString> {};
+/// A number that equal texts share, for tables that are searched by text.
+struct krHash {
+    std::size_t operator()(const krString& text) const { return add(14695981039346656037U, text); }
+    /// The number of a text behind others, of which `hash` is the number.
+    static uint64_t add(uint64_t hash, const krString& text);
+};
+
+class krStringList : public krList<krString> {
+public:
+    bool has(const krString& text) const;
+};
 
 /// The word splitter. A double quote inside a word protects separators; one at the start of a word protects nothing.
 class krParse {

@@ -9,6 +9,7 @@
 #include "krcputick.h"
 #include "krctrl87.h"
 #include "krexcept.h"
+#include "krguard.h"
 #include "krinfo.h"
 #include "krinifile.h"
 #include "krreport.h"
@@ -27,6 +28,7 @@ int krTest::m_vectorShift = 0;
 static OutputLevel OldOutLevel = ERR;
 
 static constexpr int vectorShiftLimit = 32768;
+static constexpr int lineSize = 64;
 
 krTestInfo::krTestInfo(const krString& text) {
     const int first = text.find('/');
@@ -98,15 +100,7 @@ int krTest::compareFunc(const krTest* other) const {
 }
 
 bool krTest::isHotLine() {
-    if (g_pHotList == nullptr) {
-        return false;
-    }
-    for (const krString& name : *g_pHotList) {
-        if (name == m_name) {
-            return true;
-        }
-    }
-    return false;
+    return g_pHotList != nullptr && g_pHotList->has(m_name);
 }
 
 int krTest::printAllMemoryBlocks(const krString& /*title*/) {
@@ -136,6 +130,7 @@ void printNotSupportTiming(const krString& word, const krString& name) {
 
 // Runs a stretch in which a trapped fault leaves by the same exception as bad input.
 bool krTest::trapped(bool (krTest::*stretch)()) {
+    tsSignal::arm();
     const krFaultMark mark;
     if (setjmp(tsSignal::m_jmpbuf) != 0) {
         tsSignal::contain();
@@ -151,11 +146,13 @@ krResult krTest::guarded(bool (krTest::*stretch)()) {
     try {
         return trapped(stretch) ? krOk : krUndefined;
     } catch (const krException& fault) {
+        krEndForkedChild();
         krResetPriority();
         g_ostrm.closeMessages(messages);
         g_ostrm.setOutLevel(OldOutLevel);
         g_ostrm << ERR << fault.msg() << " in " << g_trace.getCurName() << "\n" << msgEnd;
         g_trace.leave(depth);
+        krForgetBlocks();
         dropTableLine();
     }
     m_currentResult = krExcptFail;
@@ -336,6 +333,7 @@ void krTest::measureLine() {
     g_trace.traceIn("runTiming");
     const krResult timed = runTiming();
     g_trace.traceOut("runTiming");
+    krEndForkedChild();
     g_ostrm.setOutLevel(OldOutLevel);
     if (timed != krUndefined) {
         printAllMemoryBlocks("after function calls");
@@ -399,12 +397,15 @@ krResult krTest::runTiming() {
 void krTest::startAndStop() {
     const OutputLevel level = g_ostrm.outLevel();
     const int depth = g_trace.size();
+    const int messages = g_ostrm.openMessages();
     g_ostrm.setOutLevel(ERR);
     try {
         trapped(&krTest::startAndStopPhases);
     } catch (const krException& fault) {
+        g_ostrm.closeMessages(messages);
         g_ostrm << ERR << fault.msg() << " in startAndStop of " << m_name << " test\n" << msgEnd;
         g_trace.leave(depth);
+        krForgetBlocks();
     }
     g_ostrm.setOutLevel(level);
 }
@@ -444,7 +445,8 @@ void krTest::regCacheParm(krStepIterator<int>& parm, krObject* object, bool (*se
 void* krTest::allocate(int size, int align, void* owner) {
     int bytes = align;
     if (align < 0) {
-        bytes = -align * krGetVectorAlign();
+        // Only the place within a line counts, and the product of any two settings fits 64 bits.
+        bytes = static_cast<int>(-static_cast<long long>(align) * krGetVectorAlign() % lineSize);
         if (krGetAlignSrc() && m_vectorNum != 0) {
             bytes = 0;
         }

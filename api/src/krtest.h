@@ -174,7 +174,8 @@ krString usecString(const krTool& tool);
 /// All registered tests, in the order in which they run. The list owns them.
 class krTestList : public krList<krTest*> {
 public:
-    /// Counts one test and its result; the totals of warnings and failures stand at the codes 6 and 11.
+    /// Counts one test and its result; the totals of warnings and failures stand at the codes 6 and 11. A value that is
+    /// no result counts as a test of no class.
     void plus(krResult result);
     int count() const { return m_count; }
     int counter(int code) const { return m_counters[code]; }
@@ -190,11 +191,13 @@ public:
     static krString m_startFunc;
     static krTest* m_pCurrentTest;
 
-private:
-    void beforeAll() {}
-    void beforeTest() {}
-    void afterTest(krTest*) {}
+protected:
+    // Hooks of a run, for lists that derive from this one.
+    virtual void beforeAll() {}
+    virtual void beforeTest() {}
+    virtual void afterTest(krTest* /*test*/) {}
 
+private:
     int m_count = 0;
     int m_counters[krResultCount] = {};
 };

@@ -10,6 +10,9 @@ static constexpr int sortBins = 16;
 
 void krTestList::plus(krResult result) {
     ++m_count;
+    if (!krIsResult(result)) {
+        return;
+    }
     ++m_counters[result];
     if (result >= krAccurWrn && result < krWarning) {
         ++m_counters[krWarning];

@@ -3,6 +3,7 @@
 
 #include "krcputick.h"
 #include "krctrl87.h"
+#include "krguard.h"
 #include "krio.h"
 #include "krstream.h"
 #include "krtest.h"
@@ -32,7 +33,7 @@ static krResult _funcLoop(int numLoops, long long* numClocks) {
 krString clockStr(long long value) {
     krString suffix;
     auto v = static_cast<double>(value);
-    while (v > 2147483647.0) {
+    while (v > INT_MAX || v < INT_MIN) {
         v /= 10;
         suffix += '0';
     }
@@ -262,6 +263,7 @@ void krTool::updateResult(krResult result) {
 krResult krTool::measureOnce(int& loops, bool useLoops) {
     if (m_setUse) {
         g_trace.traceIn("vekFunctionCalls");
+        krBeforeMeasuredCode();
         const krResult result =
             useLoops ? timCall_Loop(loops, &m_numClocks, true) : timCall_Stat(&loops, &m_numClocks, true);
         g_trace.traceOut("vekFunctionCalls");
@@ -274,7 +276,9 @@ krResult krTool::measureOnce(int& loops, bool useLoops) {
     }
     ctrlStart();
     g_trace.traceIn("vekFunctionCalls");
+    krBeforeMeasuredCode();
     krSetPriority(m_priority);
+    g_ssx.start(); // the trace and the priority have used vector registers again
     krResult result = krUndefined;
     if (useLoops) {
         if (m_funcLoop != nullptr) {
@@ -309,7 +313,7 @@ void krTool::runTimFunc(int loops, double* clocksPerCall, bool forceLoop) {
         }
         updateResult(measureOnce(loops, useLoops));
         if (krIsFailure(m_result) || m_numClocks > 0 || attempt == 1) {
-            *clocksPerCall = static_cast<double>(m_numClocks) / loops;
+            *clocksPerCall = loops == 0 ? 0.0 : static_cast<double>(m_numClocks) / loops;
             return;
         }
     }
@@ -323,11 +327,14 @@ void krTool::runTimFuncStat(long long maxClocks, int* calls, double* clocksPerCa
             m_result = krUndefined;
             return;
         }
+        krBeforeMeasuredCode();
         result = timCall_Stat(calls, &clocks, true);
     } else {
         ctrlStart();
         krSetPriority(m_priority);
         g_trace.traceIn("vekFunctionCalls");
+        krBeforeMeasuredCode();
+        g_ssx.start(); // as in measureOnce
         result = m_funcStat != nullptr ? m_funcStat(calls, &clocks) : timCall_Stat(calls, &clocks, false);
         g_trace.traceOut("vekFunctionCalls");
         krResetPriority();

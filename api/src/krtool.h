@@ -51,7 +51,7 @@ public:
 
     krResult startIterations(int loops, long long minClocks);
     krResult continueIterations(int startLoops, int maxLoops);
-    /// Up to eight readings of `loops` calls, of which the present one may be the first; the least one counts.
+    /// `n` readings of `loops` calls, of which the present one may be the first; the least one counts.
     krResult repeatTiming(int loops, int n);
     void bestTiming(int start, int stop, long long minClocks);
 

@@ -6,6 +6,8 @@
 #include "krtest.h"
 #include "krtool.h"
 
+#include <vector>
+
 namespace {
 
 // What the info text of a search shows about the last measurement.
@@ -122,15 +124,14 @@ krResult krTool::continueIterations(int startLoops, int maxLoops) {
 }
 
 krResult krTool::repeatTiming(int loops, int n) {
-    constexpr int most = 8;
-    double values[most] = {};
-    const int count = n < most ? n : most;
-    int done = 0;
+    const int count = n < 1 ? 1 : n;
+    std::vector<double> values(static_cast<size_t>(count));
+    size_t done = 0;
     if (m_numLoops == loops) {
         values[done++] = m_funcClocks;
     }
     m_numLoops = loops;
-    for (; done < count; ++done) {
+    for (; done < values.size(); ++done) {
         g_trace.traceIn("runTimFunc");
         runTimFunc(m_numLoops, &values[done], false);
         g_trace.traceOut("runTimFunc");
@@ -140,8 +141,8 @@ krResult krTool::repeatTiming(int loops, int n) {
                 << msgEnd;
     }
     double mean = 0;
-    m_actualAccuracy = computeAccuracy(values, count, &mean);
-    m_funcClocks = computeBest(values, count);
+    m_actualAccuracy = computeAccuracy(values.data(), count, &mean);
+    m_funcClocks = computeBest(values.data(), count);
     krResult result = m_actualAccuracy > m_accuracy ? krAccurWrn : krOk;
     if (m_checkBadStatus && badCtrlStatus()) {
         result = krBadStsWrn;

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdint>
 #include <cstring>
 
@@ -272,6 +273,23 @@ TEST_F(KrTestAllocate, EachVectorIsMisalignedWithTheSettingOff) {
     EXPECT_EQ(number(second) % 64, 10U);
     krTest::deallocate(first);
     krTest::deallocate(second);
+}
+
+TEST_F(KrTestAllocate, UnitsOfAnySizeAreTakenModuloALine) {
+    krSetVectorAlign(63);
+    krSetAlignSrc(false);
+    krSetVectorShift(0);
+    const struct {
+        int align;
+        unsigned offset;
+    } rows[] = {
+        {-3, 3 * 63 % 64}, {-100000007, 100000007ULL * 63 % 64}, {INT_MIN, 0}, {INT_MIN + 1, 2147483647ULL * 63 % 64}};
+    for (const auto& row : rows) {
+        void* const block = krTest::allocate(8, row.align);
+        ASSERT_NE(block, nullptr);
+        EXPECT_EQ(number(block) % 64, row.offset) << row.align;
+        krTest::deallocate(block);
+    }
 }
 
 TEST_F(KrTestAllocate, NullOwnerIsTheBufferMark) {

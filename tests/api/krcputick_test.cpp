@@ -1,6 +1,10 @@
 // Time base and priority: the snap to nominal frequencies, the system clock, the bracket of the process priority.
 #include "krcputick.h"
 
+#include "krinfo.h"
+#include "streamcapture.h"
+#include "visits.h"
+
 #include <gtest/gtest.h>
 
 #include <sched.h>
@@ -104,6 +108,90 @@ TEST(KrOsTimer, SecondsAreTheDifferenceOverTheFrequency) {
     timer.stop();
     EXPECT_FLOAT_EQ(timer.getSec(), 0.5F);
     EXPECT_FLOAT_EQ(timer.getUSec(), 500000.0F);
+}
+
+// The estimate on a calendar and an operating system's clock played by hand, with no frequency known.
+int s_nice = 0;
+int s_policy = 0;
+time_t playedCalendar() {
+    constexpr time_t seconds[] = {100, 100, 101, 101, 102, 102, 103, 200};
+    s_nice = getpriority(PRIO_PROCESS, 0);
+    s_policy = sched_getscheduler(0);
+    const size_t place = std::min(s_visits.size(), std::size(seconds) - 1);
+    visit('t');
+    return seconds[place];
+}
+
+class KrEstimate : public testing::Test {
+protected:
+    KrEstimate() {
+        krCpuTicker::m_freqMHz = 0;
+        krTime = playedCalendar;
+        g_rtc.m_active = true;
+        m_rtc.put(0);
+        m_rtc.put(1 << 8);
+        forgetVisits();
+    }
+    ~KrEstimate() override {
+        EXPECT_EQ(getpriority(PRIO_PROCESS, 0), m_nice) << "the bracket is closed";
+        EXPECT_EQ(sched_getscheduler(0), m_policy);
+        krTime = m_time;
+        krCpuTicker::m_freqMHz = m_freq;
+    }
+
+    const int m_nice = getpriority(PRIO_PROCESS, 0);
+    const int m_policy = sched_getscheduler(0);
+
+private:
+    OpenClock m_rtc;
+    time_t (*m_time)() = krTime;
+    int m_freq = krCpuTicker::m_freqMHz;
+};
+
+TEST_F(KrEstimate, LastsUntilTwoSecondsHavePassed) {
+    krCpuTicker::getFreq();
+    EXPECT_EQ(s_visits.size(), 5U);
+}
+
+TEST_F(KrEstimate, IsTheStepsOfTheCounterOverTheTimeOfTheClock) {
+    const unsigned long long before = orderedTick();
+    const int mhz = krCpuTicker::getFreq();
+    const unsigned long long behind = orderedTick();
+    constexpr float microseconds = 1e6F / 8192;
+    ASSERT_EQ(s_visits.size(), 5U);
+    EXPECT_GE(mhz, krFrequencyOf(static_cast<unsigned long long>(ticksWithin(0, 4)), microseconds));
+    EXPECT_LE(mhz, krFrequencyOf(behind - before, microseconds));
+    EXPECT_EQ(krCpuTicker::m_freqMHz, mhz);
+    EXPECT_EQ(krCpuTicker::getFreq(), mhz);
+    EXPECT_EQ(s_visits.size(), 5U) << "made once";
+}
+
+TEST_F(KrEstimate, IsMadeAtTheHighestPriority) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "priorities need root rights";
+    }
+    krSetPriority(1);
+    const int highNice = getpriority(PRIO_PROCESS, 0);
+    const int highPolicy = sched_getscheduler(0);
+    krResetPriority();
+    if (highNice == m_nice) {
+        GTEST_SKIP() << "a higher priority is not allowed here";
+    }
+    krCpuTicker::getFreq();
+    EXPECT_EQ(s_nice, highNice);
+    EXPECT_EQ(s_policy, highPolicy);
+}
+
+TEST_F(KrEstimate, IsZeroWithoutACounter) {
+    constexpr unsigned counterBit = 1U << 4;
+    PlayedCpu cpu;
+    cpu.vendor(1);
+    cpu.set(1, 0, {0, 0, 0, ~counterBit});
+    EXPECT_FALSE(vek_has_rdtsc());
+    EXPECT_EQ(krCpuTicker::getFreq(), 0);
+    EXPECT_TRUE(s_visits.empty()) << "nobody waits";
+    cpu.set(1, 0, {0, 0, 0, counterBit});
+    EXPECT_TRUE(vek_has_rdtsc());
 }
 
 TEST(KrOsTimerDeathTest, FailedReadOfTheClockEndsTheProcess) {

@@ -1,4 +1,5 @@
 // Table streams: cells and lines, postponed lines, the search for identical rows, files.
+#include "filelimit.h"
 #include "streamcapture.h"
 #include "tempdir.h"
 
@@ -318,6 +319,38 @@ TEST(KrCStreamFiles, SwappedDestinationsGiveTheOtherTableTheLine) {
     a.swap(none);
     krList<o_stream*> noneEither;
     b.swap(noneEither);
+}
+
+TEST(KrTableFile, DiskThatIsFullForAWhileLosesNoRowAndTearsNone) {
+    const TempDir dir;
+    krCStream table;
+    ASSERT_TRUE(table.addStream(dir.path("t.csv").c_str(), false));
+    table << "first" << 1 << "\n";
+    {
+        const FileSizeLimit limit(12);
+        table << "second" << 2 << "\n";
+        EXPECT_EQ(dir.read("t.csv"), "first,1\n") << "no half row";
+        table << "third" << 3 << "\n";
+        EXPECT_EQ(dir.read("t.csv"), "first,1\n") << "no row before its turn";
+    }
+    table << "fourth" << 4 << "\n";
+    EXPECT_EQ(dir.read("t.csv"), "first,1\nsecond,2\nthird,3\nfourth,4\n");
+    table.close();
+}
+
+TEST(KrTableFile, RowsHeldBackByAFullDiskAreWrittenAtTheEnd) {
+    const TempDir dir;
+    dir.write("t.csv", "before\n");
+    krCStream table;
+    ASSERT_TRUE(table.addStream(dir.path("t.csv").c_str(), true));
+    {
+        const FileSizeLimit limit(9);
+        table << "row" << 1 << "\n";
+    }
+    EXPECT_EQ(dir.read("t.csv"), "before\n");
+    table.flush();
+    EXPECT_EQ(dir.read("t.csv"), "before\nrow,1\n");
+    table.close();
 }
 
 } // namespace

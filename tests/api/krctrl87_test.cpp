@@ -81,6 +81,18 @@ TEST(KrWords87, MaskedSetKeepsTheOtherBits) {
     EXPECT_EQ(base.getCW() & 0xF3F, 0xE20U);
 }
 
+TEST(KrWords87, SetClearsTheStatusFirst) {
+    const HarnessState state;
+    const ts87Base base;
+    divideByZero87();
+    base.set(0, 0);
+    EXPECT_EQ(base.getSW() & 0x3F, 0U);
+    // The flags that are up become masks, beside that of the inexact result.
+    divideByZero87();
+    base.disableInexactException();
+    EXPECT_EQ(base.getCW() & 0x3F, 0x24U);
+}
+
 TEST(KrWords87, ClearGivesTheStatusFromBefore) {
     const HarnessState state;
     divideByZero87();
@@ -110,22 +122,70 @@ TEST(KrWordsSSX, ClearTakesTheStatusBitsOnly) {
     EXPECT_EQ(base.get(), 0x9F80U);
     base.disableExceptions();
     EXPECT_EQ(base.get(), 0x9F80U);
+    base.set(0, 0x1F00);
+    base.disableInexactException();
+    EXPECT_EQ(base.get(), 0x9080U);
+    base.enableExceptions();
+    const unsigned enabled = base.get();
+    base.disableExceptions();
+    EXPECT_EQ(enabled, 0x8000U);
+    EXPECT_EQ(base.get(), 0x9F80U);
 }
 
-TEST(KrWordsSSX, DestroyFillsTheRegistersWithOnes) {
-    unsigned char first[16] = {};
-    unsigned char last[16] = {};
-    kr_destroy_ssx();
-    __asm__ volatile("pxor %%xmm0, %%xmm0\n\tpxor %%xmm15, %%xmm15\n\tcall *%2\n\t"
-                     "movdqu %%xmm0, %0\n\tmovdqu %%xmm15, %1"
-                     : "=m"(first), "=m"(last)
-                     : "r"(kr_destroy_ssx)
-                     : "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9", "xmm10", "xmm11",
-                       "xmm12", "xmm13", "xmm14", "xmm15", "rax", "rcx", "rdx", "rsi", "rdi", "r8", "r9", "r10", "r11",
-                       "memory", "cc");
-    for (int i = 0; i < 16; ++i) {
-        EXPECT_EQ(first[i], 0xFF);
-        EXPECT_EQ(last[i], 0xFF);
+// The sixteen vector registers as a function leaves them that is called with zeros in all of them.
+struct Registers {
+    explicit Registers(void (*function)()) {
+        // The stack is moved below the red zone, and by the alignment that a call wants.
+        __asm__ volatile(
+            "pxor %%xmm0, %%xmm0\n\tpxor %%xmm1, %%xmm1\n\tpxor %%xmm2, %%xmm2\n\t"
+            "pxor %%xmm3, %%xmm3\n\tpxor %%xmm4, %%xmm4\n\tpxor %%xmm5, %%xmm5\n\t"
+            "pxor %%xmm6, %%xmm6\n\tpxor %%xmm7, %%xmm7\n\tpxor %%xmm8, %%xmm8\n\t"
+            "pxor %%xmm9, %%xmm9\n\tpxor %%xmm10, %%xmm10\n\tpxor %%xmm11, %%xmm11\n\t"
+            "pxor %%xmm12, %%xmm12\n\tpxor %%xmm13, %%xmm13\n\tpxor %%xmm14, %%xmm14\n\t"
+            "pxor %%xmm15, %%xmm15\n\t"
+            "movq %%rsp, %%rbx\n\tsubq $256, %%rsp\n\tandq $-16, %%rsp\n\tcall *%0\n\tmovq %%rbx, %%rsp\n\t"
+            "movdqu %%xmm0, (%1)\n\tmovdqu %%xmm1, 16(%1)\n\tmovdqu %%xmm2, 32(%1)\n\t"
+            "movdqu %%xmm3, 48(%1)\n\tmovdqu %%xmm4, 64(%1)\n\tmovdqu %%xmm5, 80(%1)\n\t"
+            "movdqu %%xmm6, 96(%1)\n\tmovdqu %%xmm7, 112(%1)\n\tmovdqu %%xmm8, 128(%1)\n\t"
+            "movdqu %%xmm9, 144(%1)\n\tmovdqu %%xmm10, 160(%1)\n\tmovdqu %%xmm11, 176(%1)\n\t"
+            "movdqu %%xmm12, 192(%1)\n\tmovdqu %%xmm13, 208(%1)\n\tmovdqu %%xmm14, 224(%1)\n\t"
+            "movdqu %%xmm15, 240(%1)"
+            :
+            : "r"(function), "r"(m_bytes)
+            : "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9", "xmm10", "xmm11", "xmm12",
+              "xmm13", "xmm14", "xmm15", "rax", "rbx", "rcx", "rdx", "rsi", "rdi", "r8", "r9", "r10", "r11", "memory",
+              "cc");
+    }
+    bool isFull(int number) const {
+        return std::all_of(m_bytes[number], m_bytes[number] + 16, [](unsigned char byte) { return byte == 0xFF; });
+    }
+
+private:
+    unsigned char m_bytes[16][16] = {};
+};
+
+TEST(KrWordsSSX, DestroyFillsEveryRegisterWithOnes) {
+    const Registers untouched([] {});
+    const Registers destroyed(kr_destroy_ssx);
+    for (int number = 0; number < 16; ++number) {
+        EXPECT_FALSE(untouched.isFull(number));
+        EXPECT_TRUE(destroyed.isFull(number)) << number;
+    }
+}
+
+TEST(KrWordsSSX, EachStepOfTheGuardDestroysTheRegisters) {
+    const HarnessState state;
+    const struct {
+        const char* step;
+        void (*function)();
+    } steps[] = {{"init", [] { g_ssx.init(); }},     {"start", [] { g_ssx.start(); }},
+                 {"clear", [] { g_ssx.clear(); }},   {"line", krTest::initCtrlStatus},
+                 {"measurement", krTool::ctrlStart}, {"end", krTest::clearCtrlStatus}};
+    for (const auto& row : steps) {
+        const Registers after(row.function);
+        for (int number = 0; number < 16; ++number) {
+            EXPECT_TRUE(after.isFull(number)) << row.step << " " << number;
+        }
     }
 }
 
@@ -192,6 +252,7 @@ TEST_F(KrGuard, X87WordsOfALineAccumulate) {
     divideByZero87();
     kr_set_cw_fpu(0x400, 0xC00);
     krTool::ctrlStop();
+    kr_set_cw_fpu(0, 0xC00);
     krTool::ctrlStart();
     krTool::ctrlStop();
     bool bad87 = false;
@@ -200,6 +261,68 @@ TEST_F(KrGuard, X87WordsOfALineAccumulate) {
     EXPECT_TRUE(bad87);
     EXPECT_FALSE(badSSX);
     EXPECT_EQ(g_ctrl87.getCW() & 0xC00, 0x400U);
+}
+
+// Words of both units that differ from what a line starts with, taken down by the guard.
+void leaveWords() {
+    krTool::ctrlStart();
+    divideByZero87();
+    kr_set_cw_fpu(0x400, 0xC00);
+    kr_set_ssx(0x6004, 0x603F);
+    krTool::ctrlStop();
+    EXPECT_EQ(g_ctrl87.getCW() & 0xF3F, 0x63FU);
+    EXPECT_EQ(g_ctrl87.getSW() & 0x3F, 0x4U);
+    EXPECT_EQ(g_ssx.get() & 0xE03F, 0xE004U);
+}
+
+TEST_F(KrGuard, InitForgetsTheWordsAndSetsTheUnits) {
+    leaveWords();
+    krTest::initCtrlStatus();
+    EXPECT_EQ(g_ctrl87.getCW(), 0U);
+    EXPECT_EQ(g_ctrl87.getSW(), 0U);
+    EXPECT_EQ(g_ssx.get(), 0U);
+    EXPECT_EQ(kr_get_cw_fpu() & 0xF3F, 0x23BU);
+    EXPECT_EQ(kr_get_sw_fpu() & 0x3F, 0U);
+    EXPECT_EQ(kr_get_ssx() & 0xFFBF, 0x9F80U);
+}
+
+TEST_F(KrGuard, ClearForgetsTheWordsAndLeavesTheControlOfTheUnits) {
+    leaveWords();
+    krTest::clearCtrlStatus();
+    EXPECT_EQ(g_ctrl87.getCW(), 0U);
+    EXPECT_EQ(g_ctrl87.getSW(), 0U);
+    EXPECT_EQ(g_ssx.get(), 0U);
+    EXPECT_EQ(kr_get_cw_fpu() & 0xF3F, 0x63FU);
+    EXPECT_EQ(kr_get_sw_fpu() & 0x3F, 0U);
+    EXPECT_EQ(kr_get_ssx() & 0xE03F, 0xE000U);
+}
+
+TEST_F(KrGuard, CheckOfAGoodStatusClearsToo) {
+    krTool::ctrlStart();
+    kr_set_ssx(0x20, 0x3F);
+    krTool::ctrlStop();
+    EXPECT_EQ(test.checkCtrlStatus(), krUndefined);
+    EXPECT_EQ(g_ctrl87.getCW(), 0U);
+    EXPECT_EQ(g_ssx.get(), 0U);
+    EXPECT_EQ(kr_get_ssx() & 0x3F, 0U);
+}
+
+// Directly, as the system empties the stack by itself before it calls a handler.
+TEST_F(KrGuard, RestoringTheWordsEmptiesTheStackOfTheX87) {
+    __asm__ volatile("fld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1");
+    krRestoreCtrlWords();
+    unsigned environment[7] = {};
+    __asm__ volatile("fnstenv %0\n\tfldenv %0" : "=m"(environment));
+    EXPECT_EQ(environment[2] & 0xFFFF, 0xFFFFU) << "two bits a register, 3 where it is empty";
+    EXPECT_EQ(environment[0] & 0xF3F, 0x23BU);
+}
+
+TEST_F(KrGuard, TextsAreThoseOfTheWordsTakenDown) {
+    leaveWords();
+    EXPECT_STREQ(g_ctrl87.strCW().c_str(), "Down 53 Invalid Denormal Zerodivide Overflow Underflow Inexact ");
+    EXPECT_STREQ(g_ctrl87.strSW().c_str(), "?Zerodivide ");
+    EXPECT_STREQ(g_ssx.strCW().c_str(), "Zero Invalid Denormal Zerodivide Overflow Underflow Inexact FlushToZero ");
+    EXPECT_STREQ(g_ssx.strExceptionState().c_str(), "?Zerodivide ");
 }
 
 TEST_F(KrGuard, X87StatusIsTold) {

@@ -1,5 +1,6 @@
 // Fault containment: real crashes inside tests, and the exception type.
 #include "harness_state.h"
+#include "krbase.h"
 #include "krexcept.h"
 #include "kriterator.h"
 #include "streamcapture.h"
@@ -301,6 +302,143 @@ TEST_F(KrFaults, FaultInTheEndCostsTheTestOnce) {
     const std::string rows = summary.text();
     EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1);
     EXPECT_EQ(tsSignal::m_armed, 0);
+}
+
+// An object of test memory that counts how often its contents are put back.
+struct CountedOwner : krObject {
+    bool reserveCopy() override { return true; }
+    bool setReservedCopy() override {
+        ++resets;
+        return true;
+    }
+    int resets = 0;
+};
+
+// Takes a block of its own in each phase that may take memory.
+class Taking : public Faulty {
+public:
+    bool canContinue() override { return m_isFirst; }
+    bool initData() override {
+        block = krTest::allocate(1000, 0, &owner);
+        return true;
+    }
+    void flushData() override { krTest::deallocate(block); }
+    void* block = nullptr;
+    CountedOwner owner;
+};
+
+TEST_F(KrFaults, BlocksOfADeadLineAreForgottenAndNotReleased) {
+    for (void (*fault)() : {+nullWrite, +[] { throw krException(krString("bad value")); }}) {
+        Taking test;
+        s_fault = fault;
+        std::string text;
+        {
+            ConsoleCapture console;
+            EXPECT_EQ(test.run(), krExcptFail);
+            EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr);
+            EXPECT_EQ(krTest::reserveAllVectors(), 0);
+            EXPECT_FALSE(krMallocInfo(test.block, nullptr, nullptr));
+        }
+        static_cast<char*>(test.block)[999] = 1;
+        {
+            // Who still holds the block can release it.
+            ConsoleCapture console(MEM);
+            krTest::deallocate(test.block);
+            krTest::deallocate(test.block);
+            text = console.text();
+        }
+        EXPECT_EQ(text.find(" - krFree: size:1000  address:"), 0U) << text;
+        EXPECT_NE(text.find("\n - krFree: \n"), std::string::npos) << text;
+    }
+}
+
+TEST_F(KrFaults, SetAndUseOfTheNextTestSparesTheBlocksOfADeadLine) {
+    Taking dead;
+    s_fault = nullWrite;
+    ConsoleCapture console;
+    EXPECT_EQ(dead.run(), krExcptFail);
+    struct Called : Taking {
+        krResult runTiming() override {
+            return m_tool.timing(
+                nullptr, nullptr, [] { return 0; }, nullptr);
+        }
+    } next;
+    g_tool.setMethodLoop(5);
+    g_tool.m_setUse = true;
+    EXPECT_EQ(next.run(), krOk);
+    EXPECT_EQ(next.owner.resets, 5);
+    EXPECT_EQ(dead.owner.resets, 0);
+    krTest::deallocate(dead.block);
+}
+
+TEST_F(KrFaults, BlocksOfAFaultyStartAndStopAreForgotten) {
+    struct BadStart : Faulty {
+        bool canStart() override {
+            block = krTest::allocate(1000, 0);
+            nullWrite();
+            return true;
+        }
+        void* block = nullptr;
+    } test;
+    ConsoleCapture console;
+    test.startAndStop();
+    EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr);
+    krTest::deallocate(test.block);
+}
+
+TEST_F(KrFaults, BlocksThatAFaultyParameterFindsStay) {
+    struct Crashing : krDefault<int> {
+        Crashing() : krDefault<int>(3, "n") {}
+        int validItem(const krString& /*text*/) override {
+            nullWrite();
+            return 0;
+        }
+    } parm;
+    void* const block = krTest::allocate(1000, 0);
+    {
+        ConsoleCapture console;
+        parm.fromIStream(g_istrm);
+    }
+    EXPECT_EQ(krMallocFirst(nullptr, nullptr), block);
+    krTest::deallocate(block);
+}
+
+TEST_F(KrFaults, FaultWithinAMessageOfStartAndStopClosesIt) {
+    struct Within : Faulty {
+        bool canStart() override {
+            g_ostrm << TRACE << "hidden\n" << INFO;
+            nullWrite();
+            return true;
+        }
+    } test;
+    ConsoleCapture console;
+    const int open = g_ostrm.openMessages();
+    test.startAndStop();
+    EXPECT_EQ(g_ostrm.openMessages(), open);
+    g_ostrm << "seen\n";
+    EXPECT_EQ(console.text(), "--VEK. Signal: Illegal storage access. in startAndStop of veksFaulty test\nseen\n");
+}
+
+TEST_F(KrFaults, FaultWithinAMessageOfAParameterLosesNeitherItsLineNorTheValues) {
+    struct Within : krDefault<int> {
+        Within() : krDefault<int>(3, "n") {}
+        int validItem(const krString& /*text*/) override {
+            g_ostrm << TRACE << "hidden\n" << INFO;
+            if (bad) {
+                throw krException(krString("bad n"));
+            }
+            nullWrite();
+            return 0;
+        }
+        bool bad = false;
+    } parm;
+    ConsoleCapture console;
+    const int open = g_ostrm.openMessages();
+    parm.fromIStream(g_istrm);
+    parm.bad = true;
+    parm.fromIStream(g_istrm);
+    EXPECT_EQ(g_ostrm.openMessages(), open);
+    EXPECT_EQ(console.text(), "---VEK. Signal: Illegal storage access.\n n = 3\n-bad n\n n = 3\n");
 }
 
 TEST_F(KrFaults, TraceForgetsThePhasesOfAFault) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -231,6 +232,68 @@ TEST(KrIniLine, ValueIsSplitAtTheFirstEqualsSign) {
     EXPECT_STREQ(value.c_str(), "~~~");
 }
 
+// Seconds of the processor that `work` takes.
+template <class Work>
+double processorSeconds(Work work) {
+    const std::clock_t begin = std::clock();
+    work();
+    return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+}
+
+// A search from the start for each key would take minutes here.
+TEST_F(KrIniFile, TimeGrowsWithTheKeysAndNotWithTheirSquare) {
+    constexpr int count = 100000;
+    std::string text = "[all]\n";
+    for (int i = 0; i < count; ++i) {
+        text += "a parameter of number " + std::to_string(i) + "=" + std::to_string(i) + "\n";
+    }
+    for (int i = 0; i < count; ++i) {
+        text += "[a function of number " + std::to_string(i) + "]\n";
+    }
+    EXPECT_LT(processorSeconds([&] {
+                  open(text, true);
+                  EXPECT_EQ(read("all", "a parameter of number 99999"), "99999");
+                  EXPECT_TRUE(m_ini.sectionExist("a function of number 99999"));
+                  m_ini.close();
+              }),
+              15.0);
+}
+
+TEST_F(KrIniFile, ErasedItemsAreGoneForTheSearchAndComeBackAtTheEnd) {
+    open("[a]\nx=1\ny=2\n[b]\n", true);
+    m_ini.deleteKey("a", "x");
+    EXPECT_FALSE(m_ini.valueExist("a", "x"));
+    m_ini.write("a", "x", "3", "");
+    EXPECT_EQ(read("a", "x"), "3");
+    m_ini.eraseSection("a");
+    EXPECT_FALSE(m_ini.sectionExist("a"));
+    m_ini.write("a", "z", "4", "");
+    EXPECT_EQ(rewritten(), "\n[b]\n\n[a]\nz=4\n");
+    EXPECT_FALSE(m_ini.sectionExist("a"));
+}
+
+TEST_F(KrIniFile, RewriteKeepsModeAndPlace) {
+    open("[s]\na=1\n", true);
+    ::chmod(path().c_str(), 0640);
+    rewritten();
+    struct stat status = {};
+    ASSERT_EQ(::stat(path().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0640U);
+
+    std::filesystem::create_symlink("p.ini", m_dir.path("link.ini"));
+    ASSERT_TRUE(m_ini.open(m_dir.path("link.ini").c_str(), true));
+    m_ini.write("s", "b", "2", "");
+    m_ini.close();
+    EXPECT_TRUE(std::filesystem::is_symlink(m_dir.path("link.ini")));
+    EXPECT_EQ(m_dir.read("p.ini"), "\n[s]\na=1\nb=2\n");
+
+    std::filesystem::create_hard_link(m_dir.path("p.ini"), m_dir.path("second.ini"));
+    ASSERT_TRUE(m_ini.open(path(), true));
+    m_ini.write("s", "c", "3", "");
+    m_ini.close();
+    EXPECT_EQ(m_dir.read("second.ini"), "\n[s]\na=1\nb=2\nc=3\n");
+}
+
 } // namespace
 
 TEST(KrIniFileDevice, WithoutAnEndCountsAsAnEmptyFile) {
@@ -239,10 +302,12 @@ TEST(KrIniFileDevice, WithoutAnEndCountsAsAnEmptyFile) {
     EXPECT_FALSE(ini.sectionExist("Kelvar Rig"));
 }
 
-TEST(KrIniFileDevice, FullDiskAtTheRewriteEndsQuietly) {
+TEST(KrIniFileDevice, FullDiskAtTheRewriteIsTold) {
+    ConsoleCapture console;
     krIniFile ini;
     EXPECT_TRUE(ini.open("/dev/full", true));
     ini.write("Kelvar Rig", "Method", "Auto", "");
     ini.close();
+    EXPECT_EQ(console.text(), "-- File /dev/full is incomplete\n");
     EXPECT_FALSE(ini.sectionExist("Kelvar Rig"));
 }

@@ -184,6 +184,17 @@ TEST_F(KrOptions, LibraryKeysExistWhenTheProbeFindsALibrary) {
     EXPECT_EQ(echoOf({"-N"}), "-N: ignored: incorrect number of threads\n");
     EXPECT_EQ(echoOf({"-N99999999999999"}), "-N99999999999999: ignored: incorrect number of threads\n");
     EXPECT_EQ(s_numThreads, 0);
+    EXPECT_EQ(echoOf({"-N-5"}), "-N-5: ignored: incorrect number of threads\n");
+    for (const char* const noNumber : {"1e9", "4threads", "2.5", "x"}) {
+        setNumThreadsKey(7);
+        const std::string key = std::string("-N") + noNumber;
+        EXPECT_EQ(echoOf({key}), key + ": ignored: incorrect number of threads\n");
+        EXPECT_EQ(s_numThreads, 0) << noNumber;
+    }
+    N_apply("-5", nullptr);
+    EXPECT_EQ(s_numThreads, -5);
+    EXPECT_EQ(echoOf({"-N 16 "}), "-N 16 : call vekSetNumThreads( 16 )\n");
+    EXPECT_EQ(s_numThreads, 16);
     EXPECT_EQ(echoOf({"-TUnknown"}), "-TUnknown: call vekInitStaticCpu ( vekCpuUnknown )\n");
     EXPECT_EQ(s_cpuType, 0);
     vekEnvironment = nullptr;

@@ -1,92 +1,10 @@
 // The life of a test: registration, the phases of a run, the walk over the grid and how a failure leaves each phase.
-#include "harness_state.h"
 #include "krbase.h"
 #include "krexcept.h"
-#include "kriterator.h"
-#include "streamcapture.h"
+#include "notedtest.h"
 #include "tempdir.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-
 namespace {
-
-// A test that notes what is asked of it.
-class Noted : public krTest {
-public:
-    explicit Noted(const char* info = "TimFoo/some mode/KR_REG")
-        : krTest(krFuncLoop(nullptr), nullptr, "veksFoo", "../dir/p_foo", info) {}
-    void beginTest() override {
-        log += "begin ";
-        initSettings();
-        if (withParms) {
-            a.setList({1, 2});
-            b.setList({10, 20});
-            m_parms.append(&a);
-            m_parms.append(&b);
-        }
-    }
-    bool canStart() override {
-        log += "start ";
-        return start();
-    }
-    void flushStart() override { log += "stop "; }
-    bool canContinue() override {
-        const bool more = krTest::canContinue();
-        log += more ? "line(" + std::to_string(a.value()) + "," + std::to_string(b.value()) + ") " : "end ";
-        return more;
-    }
-    bool initData() override { return init(); }
-    void flushData() override { log += "flush "; }
-    void constToOstrm() override { log += "const "; }
-    krResult runTiming() override {
-        log += "time ";
-        m_tool.m_funcClocks = 100;
-        m_tool.m_comment = "nLps=1";
-        m_tool.m_actualAccuracy = 0;
-        return time();
-    }
-    void endTest() override { log += "endTest"; }
-
-    std::string log;
-    bool withParms = true;
-    std::function<bool()> start = [] { return true; };
-    std::function<bool()> init = [] { return true; };
-    std::function<krResult()> time = [] { return krOk; };
-    krIterator<int> a{"a"};
-    krIterator<int> b{"b"};
-};
-
-class KrTestRun : public testing::Test {
-protected:
-    KrTestRun() {
-        krTest::m_numParmsColm = 4;
-        krTest::m_numResultColm = 5;
-        g_pHotList = &hot;
-    }
-    krResult run(Noted& test, OutputLevel level = ERR | WARN | PERF) {
-        ConsoleCapture console(level);
-        TableCapture table(g_cstrm);
-        TableCapture sums(g_ustrm);
-        test.log = "";
-        const krResult result = test.run();
-        text = console.text();
-        rows = table.text();
-        sum = sums.text();
-        EXPECT_EQ(g_ostrm.outLevel(), level);
-        EXPECT_EQ(g_ostrm.msgLevel(), PERF);
-        return result;
-    }
-    bool told(const char* line) const { return text.find(line) != std::string::npos; }
-
-    HarnessState state;
-    krStringList hot;
-    std::string text;
-    std::string rows;
-    std::string sum;
-};
 
 TEST(KrTestInfoText, IsSplitAtTwoSlashes) {
     const struct {
@@ -255,62 +173,6 @@ TEST_F(KrTestRun, RowsHeldBackStandBehindAllOthers) {
                     "veksFoo,2,20,-,nLps=1,100, ,0.1,-\n"
                     "veksFoo,old,10,-,deprecated,100, ,0.1,-\n"
                     "veksFoo,old,20,-,deprecated,100, ,0.1,-\n");
-}
-
-// A test whose only vector has `size` bytes, on a processor with a cache of 64 KB.
-class KrCacheRun : public KrTestRun {
-protected:
-    struct Sized : Noted {
-        void beginTest() override {
-            initSettings();
-            a.setList({start});
-            regCacheParm(a, nullptr);
-        }
-        bool initData() override {
-            block = krTest::allocate(a.value(), 0);
-            return block != nullptr;
-        }
-        void flushData() override {
-            krTest::deallocate(block);
-            block = nullptr;
-        }
-        krString getComment() override { return krTest::getComment(); }
-        int start = 1000;
-        void* block = nullptr;
-    };
-    KrCacheRun() {
-        cpu.vendor(4);
-        cpu.cache(0, 1, 1, 8, 128);
-        kr_vekForgetMaxCacheSizeB();
-        krTest::m_cache = true;
-    }
-    ~KrCacheRun() override { kr_vekForgetMaxCacheSizeB(); }
-    PlayedCpu cpu;
-};
-
-TEST_F(KrCacheRun, LineIsRepeatedUntilItsDataFitTheState) {
-    Sized test;
-    EXPECT_EQ(run(test), krOk);
-    EXPECT_EQ(rows, "veksFoo,8000,-,-,inCache nLps=1,100, ,0.1,-\n"
-                    "veksFoo,128000,-,-,outofCache nLps=1,100, ,0.1,-\n");
-    EXPECT_TRUE(told("      inCache try: cacheParm=1000 totalSize=1000 < 6553\n")) << text;
-    EXPECT_FALSE(told("-- Fail to allocate"));
-}
-
-TEST_F(KrCacheRun, SizeThatCanNotFitIsTold) {
-    struct Huge : Sized {
-        bool initData() override {
-            block = krTest::allocate(1000000, 0);
-            return true;
-        }
-    } test;
-    test.start = 1;
-    EXPECT_EQ(run(test, ERR), krDataFail);
-    EXPECT_EQ(rows, "");
-    EXPECT_TRUE(told("      inCache try: cacheParm=1 totalSize=1000000 > 58982\n")) << text;
-    EXPECT_TRUE(told("-- Fail to allocate inCache data\n"));
-    EXPECT_FALSE(told("-- One of argument list"));
-    EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr);
 }
 
 TEST_F(KrTestRun, TraceLogDoesNotGrowWithTheGridAndStartsEmpty) {

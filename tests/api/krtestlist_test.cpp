@@ -70,6 +70,17 @@ TEST_F(KrTestListRun, FailuresOfTheCodesSevenToTenAreTold) {
     }
 }
 
+TEST_F(KrTestListRun, ResultThatIsNoneIsATestOfNoClass) {
+    for (const int code : {-1, 12, 13, 1000000, -2147483647 - 1, 2147483647}) {
+        list.plus(static_cast<krResult>(code));
+    }
+    EXPECT_EQ(counters(), "0 0 0 0 0 0 0 0 0 0 0 0 of 6");
+    Fixed strange("x", static_cast<krResult>(12));
+    list.append(&strange);
+    EXPECT_FALSE(list.runTests(all));
+    EXPECT_EQ(list.count(), 7);
+}
+
 TEST_F(KrTestListRun, TestThatWasNotToBeMeasuredIsNotCounted) {
     Fixed skipped("a", krUndefined, krOk);
     Fixed undefined("b", krUndefined, krUndefined);
@@ -105,6 +116,24 @@ TEST_F(KrTestListRun, StartFunctionLooksAtSelectedTestsOnly) {
     krTestList::m_startFunc = "Start";
     list.runTests(all);
     EXPECT_EQ(s_ran, "cStart ");
+}
+
+TEST_F(KrTestListRun, HooksStandAroundTheRunAndEachTestThatRuns) {
+    struct Hooked : krTestList {
+        void beforeAll() override { s_ran += "all "; }
+        void beforeTest() override { s_ran += "before(" + std::string(m_pCurrentTest->m_name.c_str()) + ") "; }
+        void afterTest(krTest* test) override {
+            EXPECT_EQ(test, m_pCurrentTest);
+            s_ran += "after(" + std::string(test->m_name.c_str()) + ") ";
+        }
+    } hooked;
+    Fixed tests[] = {{"a"}, {"skipped"}, {"b", krExcptFail}};
+    for (Fixed& test : tests) {
+        hooked.append(&test);
+    }
+    all.append(new RunCondition_fNot("skipped"));
+    EXPECT_TRUE(hooked.runTests(all));
+    EXPECT_EQ(s_ran, "all before(a) a after(a) before(b) b after(b) ");
 }
 
 TEST_F(KrTestListRun, UnselectedTestsDoNotRun) {

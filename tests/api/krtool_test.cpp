@@ -84,6 +84,13 @@ TEST_F(KrToolRun, ClockTextOfBigValuesEndsInZeros) {
     EXPECT_STREQ(clockStr(30000000009LL).c_str(), "30000000000");
 }
 
+TEST_F(KrToolRun, ClockTextOfBigNegativeValuesEndsInZeros) {
+    EXPECT_STREQ(clockStr(-10000).c_str(), "-10000");
+    EXPECT_STREQ(clockStr(-2147483648LL).c_str(), "-2147483648");
+    EXPECT_STREQ(clockStr(-3000000000LL).c_str(), "-3000000000");
+    EXPECT_STREQ(clockStr(-9223372036854775807LL - 1).c_str(), "-9223372030000000000");
+}
+
 TEST_F(KrToolRun, AccuracyFigures) {
     EXPECT_DOUBLE_EQ(krTool::computeAccuracy(100, 300), 1.0);
     EXPECT_DOUBLE_EQ(krTool::computeAccuracy(300, 100), 1.0);
@@ -361,6 +368,42 @@ TEST_F(KrToolRun, AutoStatisticCountsCalls) {
     EXPECT_EQ(run(loop), krOk);
     EXPECT_FALSE(tool.m_autoStat) << "cleared where nothing can count calls";
     EXPECT_EQ(s_asked, (Loops{1, 4}));
+}
+
+TEST_F(KrToolRun, StatisticOfNoCallsMeasuresNothingInAuto) {
+    tool.m_autoStat = true;
+    EXPECT_EQ(run(nullptr,
+                  [](int* calls, long long* clocks) {
+                      *calls = 0;
+                      *clocks = 500;
+                      return krOk;
+                  }),
+              krAccurFail);
+    EXPECT_EQ(tool.m_funcClocks, 0);
+    EXPECT_EQ(text.find("inf"), std::string::npos) << text;
+}
+
+TEST_F(KrToolRun, RepetitionMeasuresAsOftenAsIsAsked) {
+    tool.m_funcLoop = loop;
+    s_clocks = [](int n) { return (s_asked.size() == 12 ? 50LL : 100LL) * n; };
+    {
+        ConsoleCapture console(ERR);
+        tool.repeatTiming(4, 12);
+    }
+    EXPECT_EQ(s_asked, Loops(12, 4));
+    EXPECT_EQ(tool.m_funcClocks, 50) << "the last one is the least";
+    s_asked.clear();
+    {
+        ConsoleCapture console(ERR);
+        tool.repeatTiming(4, 12);
+    }
+    EXPECT_EQ(s_asked, Loops(11, 4)) << "the present value counts";
+    s_asked.clear();
+    {
+        ConsoleCapture console(ERR);
+        tool.repeatTiming(8, 0);
+    }
+    EXPECT_EQ(s_asked, Loops(1, 8)) << "there is no value of no measurement";
 }
 
 TEST_F(KrToolRun, OldMethodLeavesItsClocksInTheTool) {

@@ -94,6 +94,25 @@ TEST_F(KrToolRun, SetAndUseResetsTheVectorsBeforeEachTimedCall) {
     krFree(block);
 }
 
+std::string s_place;
+
+int notePlace() {
+    s_place = g_trace.getCurName().c_str();
+    return 0;
+}
+
+TEST_F(KrToolRun, TraceNamesTheMeasuredCalls) {
+    for (const bool setUse : {false, true}) {
+        tool.m_setUse = setUse;
+        tool.setMethodLoop(1);
+        run(nullptr, nullptr, notePlace);
+        EXPECT_EQ(s_place, "vekFunctionCalls") << setUse;
+        tool.setMethodStat(1, 0);
+        run(nullptr, nullptr, notePlace);
+        EXPECT_EQ(s_place, setUse ? "runTimFuncStat" : "vekFunctionCalls");
+    }
+}
+
 int s_nice = 0;
 
 krResult notePriority(int loops, long long* clocks) {
@@ -131,6 +150,76 @@ TEST_F(KrToolRun, MeasuredCallsHaveThePriorityOfTheSetting) {
     tool.setMethodLoop(5);
     EXPECT_EQ(run(notePriority, nullptr, notePriorityCall), krOk);
     EXPECT_EQ(s_nice, before) << "a set-and-use call is not bracketed";
+}
+
+// The vector registers as a function finds them.
+struct VectorRegisters {
+    unsigned long long words[32] = {};
+    int notFull() const {
+        int count = 0;
+        for (const unsigned long long word : words) {
+            count += word != ~0ULL;
+        }
+        return count;
+    }
+};
+VectorRegisters s_found;
+
+#define READ_XMM(n) "movdqu %%xmm" #n ", 16*" #n "(%0)\n\t"
+__attribute__((always_inline)) inline void readRegisters() {
+    __asm__ volatile(READ_XMM(0) READ_XMM(1) READ_XMM(2) READ_XMM(3) READ_XMM(4) READ_XMM(5) READ_XMM(6) READ_XMM(7)
+                         READ_XMM(8) READ_XMM(9) READ_XMM(10) READ_XMM(11) READ_XMM(12) READ_XMM(13) READ_XMM(14)
+                             READ_XMM(15)
+                     :
+                     : "r"(s_found.words)
+                     : "memory");
+}
+#undef READ_XMM
+
+krResult registersOfTheLoop(int /*loops*/, long long* clocks) {
+    readRegisters();
+    *clocks = 100;
+    return krOk;
+}
+
+krResult registersOfTheStatistic(int* /*calls*/, long long* clocks) {
+    readRegisters();
+    *clocks = 100;
+    return krOk;
+}
+
+int registersOfTheFirstCall() {
+    if (s_calls++ == 0) {
+        readRegisters();
+    }
+    return 0;
+}
+
+TEST_F(KrToolRun, AllVectorRegistersAreFullOfOnesAtTheEntryOfTheMeasuredFunction) {
+    for (const int priority : {0, 2}) {
+        krTool::m_priority = priority;
+        for (const OutputLevel level : {ERR | WARN | PERF, ERR | WARN | PERF | TRACE}) {
+            m_level = level;
+            tool.setMethodLoop(2);
+            s_found = VectorRegisters();
+            run(registersOfTheLoop);
+            EXPECT_EQ(s_found.notFull(), 0) << "loop";
+            s_found = VectorRegisters();
+            s_calls = 0;
+            run(nullptr, nullptr, registersOfTheFirstCall);
+            EXPECT_EQ(s_found.notFull(), 0) << "call";
+            tool.setMethodStat(2, 0);
+            s_found = VectorRegisters();
+            run(nullptr, registersOfTheStatistic);
+            EXPECT_EQ(s_found.notFull(), 0) << "statistic";
+            tool.setMethodAuto();
+            tool.m_autoStat = true;
+            s_found = VectorRegisters();
+            run(nullptr, registersOfTheStatistic, call);
+            EXPECT_EQ(s_found.notFull(), 0) << "statistic in Auto";
+            tool.m_autoStat = false;
+        }
+    }
 }
 
 TEST_F(KrToolRun, SetAndUseCallsAreNotGuarded) {

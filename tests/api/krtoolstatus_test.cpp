@@ -78,6 +78,74 @@ TEST_F(KrToolBadStatus, TwiceTheAccuracyIsGoodEnough) {
     EXPECT_NE(text.find("-- Attempt is successful\n"), std::string::npos);
 }
 
+TEST_F(KrToolBadStatus, TwiceTheAccuracyItselfIsGoodEnough) {
+    const auto scattered = [](double last) {
+        return [last](int loops) {
+            // Agrees at no count; from eight loops on the status is bad, and the six at four loops have a mean of 100.
+            const double perCall[] = {200, 100, 300, 100, 100, 100, 50, last};
+            return static_cast<long long>(perCall[s_asked.size() - 1] * loops);
+        };
+    };
+    s_bad = [](int n) { return n >= 8; };
+    tool.m_accuracy = 0.25;
+    s_clocks = scattered(150);
+    EXPECT_EQ(run(badLoop), krAccurWrn);
+    EXPECT_EQ(s_asked, (Loops{1, 4, 8, 4, 4, 4, 4, 4}));
+    EXPECT_EQ(tool.m_actualAccuracy, 0.5);
+    EXPECT_NE(text.find("-- Attempt is successful\n"), std::string::npos) << text;
+    s_asked.clear();
+    s_clocks = scattered(156);
+    run(badLoop);
+    EXPECT_GT(tool.m_actualAccuracy, 0.5);
+    EXPECT_NE(text.find("-- Attempt fails: Accuracy is unsatisfactory.\n"), std::string::npos) << text;
+}
+
+TEST_F(KrToolBadStatus, GoesBeforeAgreement) {
+    s_clocks = [](int n) { return 100LL * n; };
+    s_bad = [](int n) { return n >= 4; };
+    EXPECT_EQ(run(badLoop), krOk);
+    EXPECT_EQ(s_asked, (Loops{1, 4, 2, 2, 2, 2, 2}));
+    EXPECT_NE(text.find("        result     = modified control status\n"), std::string::npos);
+}
+
+TEST_F(KrToolBadStatus, GoesBeforeScatterOfTheRepetition) {
+    s_bad = [](int) { return s_asked.size() >= 4; };
+    s_clocks = [](int n) { return (s_asked.size() == 6 ? 10000LL : 1000LL) + 100LL * n; };
+    EXPECT_EQ(run(badLoop), krAccurWrn);
+    EXPECT_NE(text.find("        result     = modified control status\n-- Status    SSX: ?Zerodivide"),
+              std::string::npos);
+    EXPECT_NE(text.find("-- Attempt fails: Bad control status repeats.\n"), std::string::npos) << text;
+}
+
+// Leaves a division by zero in the x87 status.
+int dirtyInit() {
+    kr_set_cw_fpu(0x3F, 0x3F);
+    __asm__ volatile("fld1\n\tfldz\n\tfdivrp\n\tfstp %%st(0)" : : : "st", "st(1)");
+    return prepare();
+}
+
+TEST_F(KrToolBadStatus, OfThePreparationIsNotThatOfTheMeasurement) {
+    s_bad = [](int) { return false; };
+    tool.setMethodLoop(3);
+    EXPECT_EQ(run(badLoop, nullptr, nullptr, dirtyInit), krOk);
+    EXPECT_EQ(s_inits, 1);
+    EXPECT_FALSE(g_ctrl87.badStatus()) << "the guard starts behind the preparation";
+}
+
+krResult badStat(int* calls, long long* clocks) {
+    EXPECT_EQ(kr_get_sw_fpu() & 0x3F, 0U) << "the guard has started";
+    kr_set_ssx(zeroDivide, zeroDivide);
+    return stat(calls, clocks);
+}
+
+TEST_F(KrToolBadStatus, IsTakenDownForStatisticCallsToo) {
+    dirtyInit();
+    tool.setMethodStat(3, 0);
+    EXPECT_EQ(run(nullptr, badStat), krOk);
+    EXPECT_TRUE(g_ssx.badStatus());
+    EXPECT_FALSE(g_ctrl87.badStatus());
+}
+
 TEST_F(KrToolBadStatus, IsNotLookedAtWithoutIbsMode) {
     tool.m_ibsMode = false;
     s_bad = [](int n) { return n >= 16; };

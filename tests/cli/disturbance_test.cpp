@@ -1,5 +1,6 @@
 // Runs that something from outside disturbs: a kill, a full disk, a directory that vanishes or can't be written, and a
 // console that is not there.
+#include "filelimit.h"
 #include "rig_process.h"
 
 #include <csignal>
@@ -65,6 +66,75 @@ TEST(DisturbedRun, FullDiskEndsNoRun) {
     EXPECT_EQ(0, run.exitCode) << run.signal;
     EXPECT_EQ(3, countOf(rig.read("good.csv"), "\nfrGood,"));
     EXPECT_NE(std::string::npos, run.out.find(".Successes       : 2"));
+}
+
+TEST(DisturbedRun, FilesThatAFullDiskLeavesIncompleteAreToldAtTheEnd) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const RigResult run = rig.run(quickKeys({"-f=frGood", "-r/dev/full", "-o/dev/full", "-q/dev/full", "-g/dev/full"}));
+    EXPECT_EQ(0, run.exitCode);
+    // Title, names of the columns and three rows; title, columns and one name line.
+    const std::string told = "-- File /dev/full is incomplete: 8 lines could not be written\n"
+                             "-- File /dev/full is incomplete: 6 lines could not be written\n"
+                             "-- File /dev/full is incomplete\n"
+                             "-- File /dev/full is incomplete\n";
+    const size_t at = run.out.find("-- File");
+    EXPECT_EQ(told, run.out.substr(at == std::string::npos ? run.out.size() : at)) << run.out;
+}
+
+TEST(DisturbedRun, TableThatCouldNotBeFinishedEndsInAWholeRow) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    RigResult run;
+    {
+        const FileSizeLimit limit(350);
+        run = rig.run(quickKeys({"-ffrGood", "-r"}));
+    }
+    EXPECT_EQ(0, run.exitCode) << run.signal;
+    const std::string table = rig.read("rig.csv");
+    EXPECT_LT(200U, table.size()) << table;
+    EXPECT_EQ('\n', table.back()) << table;
+    const int rows = countOf(table, "\nfrGood");
+    EXPECT_GT(6, rows);
+    const std::string told = " is incomplete: " + std::to_string(6 - rows) + " lines could not be written\n";
+    EXPECT_EQ(1, countOf(run.out, told)) << told << run.out;
+}
+
+TEST(DisturbedRun, IniFileThatDoesNotFitStaysAsItWas) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const std::string old = "[frGood]\nSize=4\n";
+    rig.write("rig.ini", old);
+    RigResult run;
+    {
+        const FileSizeLimit limit(40);
+        run = rig.run(quickKeys({"-f=frGood", "-I"}));
+    }
+    EXPECT_EQ(old, rig.read("rig.ini"));
+    EXPECT_EQ(1, countOf(rig.mask(run.out), "-- Can't write file <dir>/rig.ini: it stays as it was\n")) << run.out;
+    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(rig.path()), std::filesystem::directory_iterator()));
+    EXPECT_EQ(0, rig.run(quickKeys({"-f=frGood", "-I"})).exitCode);
+    EXPECT_EQ(1, countOf(rig.read("rig.ini"), "\n[frGood]\nSize=4\n"));
+}
+
+TEST(DisturbedRun, FileThatTwoKeysNameIsTold) {
+    const RigDirectory rig(FAULTRIG, "rig");
+    const struct {
+        std::vector<std::string> keys;
+        const char* told;
+    } rows[] = {
+        {{"-r", "-R"}, "-- File <dir>/rig.csv is named by more than one key\n"},
+        {{"-ix.csv", "-rx.csv"}, "-- File <dir>/x.csv is named by more than one key\n"},
+        {{"-rk", "-gk.csv"}, "-- File <dir>/k.csv is named by more than one key\n"},
+        {{"-r", "-rlink.csv"}, "-- File <dir>/link.csv is named by more than one key\n"},
+        {{"-oa.b", "-ua.b", "-qa.b"}, "-- File <dir>/a.b is named by more than one key\n"},
+        {{"-Ia.b", "-ga.b"}, "-- File <dir>/a.b is named by more than one key\n"},
+        {{"-r", "-u", "-q", "-o", "-g", "-i", "-r/dev/null", "-u/dev/null"}, ""},
+    };
+    std::filesystem::create_symlink("rig.csv", rig.file("link.csv"));
+    for (const auto& row : rows) {
+        const RigResult run = rig.run(quickKeys(row.keys));
+        const std::string out = rig.mask(run.out);
+        EXPECT_EQ(*row.told != '\0' ? 1 : 0, countOf(out, "is named by more than one key")) << out;
+        EXPECT_NE(std::string::npos, out.find(row.told)) << row.told << out;
+    }
 }
 
 TEST(DisturbedRun, VanishedOutputDirectoryEndsNoRun) {

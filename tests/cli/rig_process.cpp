@@ -76,15 +76,21 @@ void replaceAll(std::string& text, const std::string& what, const std::string& b
 } // namespace
 
 RigDirectory::RigDirectory(const char* program, const char* name) : m_program(program), m_name(name) {
+    // The program of another build of the tree, if the tests are run for that one.
+    const std::string own = BUILD_DIRECTORY;
+    const char* tested = std::getenv("KR_TESTED_BUILD");
+    if (tested != nullptr && m_program.starts_with(own)) {
+        m_program = tested + m_program.substr(own.size());
+    }
     // A write to a program that has ended is an answer that nobody reads.
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-void RigDirectory::become(const std::vector<std::string>& keys) const {
+void RigDirectory::become(const std::vector<std::string>& keys, bool relativeName) const {
     std::signal(SIGPIPE, SIG_DFL);
     // A test that crashed leaves its memory behind, which is no leak of the harness.
     setenv("ASAN_OPTIONS", "detect_leaks=0", 0);
-    const std::string self = file(m_name);
+    const std::string self = relativeName ? "./" + m_name : file(m_name);
     std::vector<char*> words{const_cast<char*>(self.c_str())};
     for (const std::string& key : keys) {
         words.push_back(const_cast<char*>(key.c_str()));
@@ -140,10 +146,18 @@ RigResult RigDirectory::run(const std::vector<std::string>& keys, const RigConso
         }
         // The end of the output is the end of the run, also for a program that writes elsewhere.
         fcntl(out[1], F_SETFD, console.outputClosed || !console.outputFile.empty() ? 0 : FD_CLOEXEC);
-        become(keys);
+        if (console.outputHangsUp) {
+            close(out[0]);
+        }
+        become(keys, console.relativeName);
     }
     close(in[0]);
     close(out[1]);
+    if (console.outputHangsUp) {
+        close(in[1]);
+        close(out[0]);
+        return wait(process, console.seconds);
+    }
     const bool hung = converse(in[1], out[0], console.input, true, console.seconds, output);
     close(out[0]);
     RigResult result = reap(process, hung);

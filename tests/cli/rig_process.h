@@ -21,13 +21,15 @@ struct RigResult {
 
 /// What a run finds at its console.
 struct RigConsole {
-    std::string input;         ///< typed text; then the input ends
-    bool inputClosed = false;  ///< no descriptor 0 at all
-    bool outputClosed = false; ///< no descriptors 1 and 2 at all
-    std::string outputFile;    ///< in place of a pipe
-    bool terminal = false;     ///< a pseudo-terminal without echo in place of pipes
-    bool rawTerminal = false;  ///< a terminal that does not limit lines to 4095 characters
-    int seconds = 30;          ///< the time limit
+    std::string input;          ///< typed text; then the input ends
+    bool inputClosed = false;   ///< no descriptor 0 at all
+    bool outputClosed = false;  ///< no descriptors 1 and 2 at all
+    bool outputHangsUp = false; ///< a pipe that nobody reads any more
+    bool relativeName = false;  ///< the program is started as "./<name>"
+    std::string outputFile;     ///< in place of a pipe
+    bool terminal = false;      ///< a pseudo-terminal without echo in place of pipes
+    bool rawTerminal = false;   ///< a terminal that does not limit lines to 4095 characters
+    int seconds = 30;           ///< the time limit
 };
 
 /// A directory in which a program lives: it is started as `<directory>/<name>`, so that its files land here.
@@ -56,7 +58,7 @@ public:
     std::string mask(const std::string& text) const;
 
 private:
-    [[noreturn]] void become(const std::vector<std::string>& keys) const;
+    [[noreturn]] void become(const std::vector<std::string>& keys, bool relativeName = false) const;
 
     std::string m_program;
     std::string m_name;

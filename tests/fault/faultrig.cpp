@@ -5,6 +5,11 @@
 #include "krctrl87.h"
 #include "kriterator.h"
 
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
+#include <pthread.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -106,6 +111,78 @@ int holds() {
         usleep(1000);
     }
     return sum();
+}
+
+// ------------------------------------------------------------------------------------------------ the process
+
+// Destroyed behind the streams of the harness, as the data of a suite may be.
+struct LateBlock {
+    ~LateBlock() { krTest::deallocate(block); }
+    void* block = nullptr;
+} s_late;
+
+int endsProcess() {
+    s_late.block = krTest::allocate(64, 0);
+    std::exit(0);
+}
+
+int endsProcessWithFive() {
+    std::exit(5);
+}
+
+int crashesInThread() {
+    pthread_t thread = {};
+    const auto crash = [](void* /*nothing*/) -> void* {
+        nullWrite();
+        return nullptr;
+    };
+    return pthread_create(&thread, nullptr, crash, nullptr) == 0 ? pthread_join(thread, nullptr) : -1;
+}
+
+int spoilsSignals() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int number : {SIGFPE, SIGILL, SIGSEGV, SIGPIPE, SIGXFSZ}) {
+        std::signal(number, SIG_DFL);
+        sigaddset(&set, number);
+    }
+    stack_t none = {};
+    none.ss_flags = SS_DISABLE;
+    const bool spoiled = sigaltstack(&none, nullptr) == 0 && std::signal(SIGPIPE, SIG_DFL) != SIG_ERR;
+    sigdelset(&set, SIGPIPE);
+    return spoiled && sigprocmask(SIG_BLOCK, &set, nullptr) == 0 ? 0 : -1;
+}
+
+// Fails where the locale "comma" can't be found.
+int setsLocale() {
+    return std::setlocale(LC_ALL, "comma") != nullptr ? 0 : -1;
+}
+
+int changesDirectory() {
+    return chdir("/");
+}
+
+int awaitChild(pid_t child) {
+    int status = 0;
+    return child > 0 && waitpid(child, &status, 0) == child ? 0 : -1;
+}
+
+int childExits() {
+    const pid_t child = fork();
+    if (child == 0) {
+        std::exit(0);
+    }
+    return awaitChild(child);
+}
+
+int childReturns() {
+    const pid_t child = fork();
+    return child == 0 ? 0 : awaitChild(child);
+}
+
+int childCrashes() {
+    const pid_t child = fork();
+    return child == 0 ? nullWrite() : awaitChild(child);
 }
 
 krResult checkStatus(int status) {
@@ -274,6 +351,16 @@ int registerAll() {
     krRegTest(new FrGrid(sum, "frGoodAtTheEnd", "FrGrid"));
     krRegTest(new FrCommon(sum, "cmParameter", "FrCommon"));
     krRegTest(new FrGrid(holds, "hdHolds", "FrGrid"));
+    krRegTest(new FrGrid(endsProcess, "dmExits", "FrGrid"));
+    krRegTest(new FrGrid(endsProcessWithFive, "dmExitsWithFive", "FrGrid"));
+    krRegTest(new FrGrid(crashesInThread, "dmCrashesInThread", "FrGrid"));
+    krRegTest(new FrSingle(spoilsSignals, "dmSpoilsSignals", "FrSingle"));
+    krRegTest(new FrSingle(runAway, "dmRunAway", "FrSingle"));
+    krRegTest(new FrSingle(setsLocale, "dmSetsLocale", "FrSingle"));
+    krRegTest(new FrSingle(changesDirectory, "dmChangesDirectory", "FrSingle"));
+    krRegTest(new FrSingle(childExits, "dmChildExits", "FrSingle"));
+    krRegTest(new FrSingle(childReturns, "dmChildReturns", "FrSingle"));
+    krRegTest(new FrSingle(childCrashes, "dmChildCrashes", "FrSingle"));
     return registerMany();
 }
 

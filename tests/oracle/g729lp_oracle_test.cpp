@@ -141,6 +141,14 @@ TEST(SpectralPairsOracle, NormalisedFrequenciesEqualTheAmrCodec) {
 #ifdef ORACLE_AMRNB
     std::mt19937 random(4);
     int overflow = 0;
+    for (int x = -32768; x <= 32767; ++x) {
+        Samples lsp(10, static_cast<int16_t>(x));
+        Samples lsf(10);
+        Samples want(10);
+        ASSERT_EQ(vekStsNoErr, veksLSPToLSF_Norm_G729_16s(lsp.data(), lsf.data()));
+        Lsp_lsf(lsp.data(), want.data(), 10, &overflow);
+        ASSERT_EQ(want, lsf) << x;
+    }
     for (int round = 0; round < 3000; ++round) {
         Samples lsp = pairs(random);
         Samples lsf(10);

@@ -112,6 +112,44 @@ TEST(VekAmrWbIsfChoice, IndicesOfComfortNoiseComeBack) {
     }
 }
 
+// As far off as can be every distance saturates, and of equal ones the first row is taken.
+TEST(VekAmrWbIsfChoice, RowsWhoseDistancesSaturateAreEquallyFar) {
+    lpref::atEveryLevel([] {
+        const Samples isf(16, 32767);
+        for (const VekSpchBitRate mode : {VEK_SPCHBR_6600, VEK_SPCHBR_8850}) {
+            Samples residual(16), quantised(16), index(7, 7);
+            ASSERT_EQ(vekStsNoErr,
+                      veksISFQuant_AMRWB_16s(isf.data(), residual.data(), quantised.data(), index.data(), mode));
+            // The lowest rate has five indices.
+            EXPECT_EQ(mode == VEK_SPCHBR_6600 ? (Samples{0, 0, 0, 0, 0, 7, 7}) : Samples(7), index);
+        }
+        Samples quantised(16), index(5, 7);
+        ASSERT_EQ(vekStsNoErr, veksISFQuantDTX_AMRWB_16s(isf.data(), quantised.data(), index.data()));
+        EXPECT_EQ(Samples(5), index);
+    });
+}
+
+TEST(VekAmrWbIsfChoice, LevelsChooseTheSameRowsOfAnyNumbers) {
+    std::vector<Samples> chosen;
+    lpref::atEveryLevel([&] {
+        std::mt19937 random(34);
+        Samples all;
+        for (int round = 0; round < 900; ++round) {
+            const int far = (round % 3 == 0) ? 2048 : (round % 3 == 1) ? 16000 : 32767;
+            const Samples isf = noise(random, 16, -far - 1, far);
+            Samples residual = noise(random, 16, -far - 1, far), quantised(16), index(7);
+            ASSERT_EQ(vekStsNoErr, veksISFQuant_AMRWB_16s(isf.data(), residual.data(), quantised.data(), index.data(),
+                                                          round % 2 == 0 ? VEK_SPCHBR_6600 : VEK_SPCHBR_8850));
+            all.insert(all.end(), index.begin(), index.end());
+            all.insert(all.end(), residual.begin(), residual.end());
+            ASSERT_EQ(vekStsNoErr, veksISFQuantDTX_AMRWB_16s(isf.data(), quantised.data(), index.data()));
+            all.insert(all.end(), index.begin(), index.end());
+        }
+        chosen.push_back(all);
+        EXPECT_EQ(chosen.front(), chosen.back());
+    });
+}
+
 TEST(VekAmrWbIsfConcealment, DrawsTheLastFrequenciesTowardsTheMeanOfTheMemory) {
     const Samples mean = {738,  1326, 2336,  3578,  4596,  5662,  6711,  7730,
                           8750, 9753, 10705, 11728, 12833, 13971, 15043, 4037};

@@ -79,7 +79,7 @@ TEST(VekHarmonicFilter, FloatFormFeedsBack) {
     });
 }
 
-TEST(VekHarmonicFilter, RefusesNullNegativePeriodAndEmptyVector) {
+TEST(VekHarmonicFilter, RefusesNullPeriodsOutOfRangeAndEmptyVector) {
     int16_t x[4] = {};
     float f[4] = {};
     EXPECT_EQ(vekStsNullPtrErr, veksHarmonicFilter_NR_16s(1, 1, nullptr, x, 2));
@@ -91,6 +91,15 @@ TEST(VekHarmonicFilter, RefusesNullNegativePeriodAndEmptyVector) {
     EXPECT_EQ(vekStsRangeErr, veksHarmonicFilter_16s_I(1, -1, x, 2));
     EXPECT_EQ(vekStsRangeErr, veksHarmonicFilter_NR_16s(1, -1, x, x, 2));
     EXPECT_EQ(vekStsRangeErr, veksHarmonicFilter_32f_I(-1, f, 2, 1.0f));
+    // As a length, a period goes up to 65536.
+    for (const int T : {65537, 1 << 24, INT_MAX}) {
+        EXPECT_EQ(vekStsRangeErr, veksHarmonicFilter_NR_16s(1, T, x, x, 2)) << T;
+        EXPECT_EQ(vekStsRangeErr, veksHarmonicFilter_16s_I(1, T, x, 2)) << T;
+        EXPECT_EQ(vekStsRangeErr, veksHarmonicFilter_32f_I(T, f, 2, 1.0f)) << T;
+    }
+    std::vector<int16_t> past(65537, 100);
+    EXPECT_EQ(vekStsNoErr, veksHarmonicFilter_16s_I(16384, 65536, past.data() + 65536, 1));
+    EXPECT_EQ(150, past.back());
 }
 
 TEST(VekResidualFilter, EqualsTheTextbookForSpeechAndForLoudNoise) {

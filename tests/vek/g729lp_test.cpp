@@ -215,48 +215,6 @@ TEST(VekSpectralPairs, WithoutTenRootsThePreviousOnesAreGiven) {
     EXPECT_EQ(before, now);
 }
 
-TEST(VekSpectralFrequencies, AreTheArcCosine) {
-    for (int base = -32768; base <= 32767 - 9; base += 97) {
-        Samples lsp(10);
-        for (int i = 0; i < 10; ++i) {
-            lsp[static_cast<size_t>(i)] = static_cast<int16_t>(base + 9 - i);
-        }
-        Samples norm(10);
-        Samples radians(10);
-        ASSERT_EQ(vekStsNoErr, veksLSPToLSF_Norm_G729_16s(lsp.data(), norm.data()));
-        ASSERT_EQ(vekStsNoErr, veksLSPToLSF_G729_16s(lsp.data(), radians.data()));
-        for (size_t i = 0; i < 10; ++i) {
-            // Straight lines: far off only at both ends, where the arc cosine is steep.
-            const double angle = std::acos(std::min(1.0, lsp[i] / 32768.0));
-            const double allowed = std::abs(lsp[i]) > 32600 ? 0.025 : 0.0035;
-            ASSERT_NEAR(angle, norm[i] * kPi / 16384, allowed) << lsp[i];
-            ASSERT_NEAR(angle, radians[i] / 8192.0, allowed) << lsp[i];
-        }
-    }
-}
-
-TEST(VekSpectralFrequencies, GoBackByTheCosine) {
-    for (int base = 0; base <= 25736 - 9; base += 61) {
-        Samples lsf(10);
-        for (int i = 0; i < 10; ++i) {
-            lsf[static_cast<size_t>(i)] = static_cast<int16_t>(base + i);
-        }
-        Samples lsp(10);
-        ASSERT_EQ(vekStsNoErr, veksLSFToLSP_G729_16s(lsf.data(), lsp.data()));
-        for (size_t i = 0; i < 10; ++i) {
-            ASSERT_NEAR(32768 * std::cos(lsf[i] / 8192.0), lsp[i], 16) << lsf[i];
-        }
-    }
-}
-
-TEST(VekSpectralFrequencies, NegativeOnesAreRefused) {
-    Samples lsf(10, 100);
-    lsf[9] = -1;
-    Samples lsp(10, 7);
-    EXPECT_EQ(vekStsRangeErr, veksLSFToLSP_G729_16s(lsf.data(), lsp.data()));
-    EXPECT_EQ(Samples(10, 7), lsp);
-}
-
 TEST(VekSpectralPairs, RefuseNull) {
     int16_t x[11] = {};
     float f[11] = {};

@@ -16,8 +16,9 @@ namespace {
 namespace fs = std::filesystem;
 using Names = std::set<std::string>;
 
-Names exported(const std::string& library) {
-    const std::string command = "nm -D --defined-only '" VEK_LIBRARY_DIR "/lib" + library + ".so'";
+Names namesOf(const std::string& library, const char* which) {
+    const std::string command =
+        std::string("nm --defined-only ") + which + " '" VEK_LIBRARY_DIR "/lib" + library + ".so'";
     Names names;
     FILE* pipe = popen(command.c_str(), "r");
     if (pipe == nullptr) {
@@ -34,6 +35,10 @@ Names exported(const std::string& library) {
     }
     EXPECT_EQ(0, pclose(pipe));
     return names;
+}
+
+Names exported(const std::string& library) {
+    return namesOf(library, "-D");
 }
 
 std::string textOf(const fs::path& path) {
@@ -111,6 +116,16 @@ TEST(VekSymbols, EachSharedObjectTellsItsSoname) {
         const std::string command =
             "readelf -d '" VEK_LIBRARY_DIR "/lib" + library + ".so' | grep -q '\\[lib" + library + "\\.so\\.1\\]'";
         EXPECT_EQ(0, std::system(command.c_str())) << library;
+    }
+}
+
+// The compiler names what a file does at load after the file.
+TEST(VekSymbols, LargeCodebooksAreNotMadeAtLoad) {
+    const Names names = namesOf("veksc", "");
+    const auto atLoad = [&](const std::string& file) { return names.count("_GLOBAL__sub_I_" + file) != 0; };
+    EXPECT_TRUE(atLoad("dispatch.cpp"));
+    for (const char* const file : {"lattice.cpp", "spherical.cpp", "lspquant.cpp"}) {
+        EXPECT_FALSE(atLoad(file)) << file;
     }
 }
 

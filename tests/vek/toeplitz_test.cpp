@@ -296,8 +296,10 @@ TEST(VekPhaseDispersion, RefusesNullAndAStateThatWasNotSetUp) {
     EXPECT_EQ(vekStsNullPtrErr, veksPhaseDispersion_G729D_16s(x, nullptr, 0, 0, x, state));
     EXPECT_EQ(vekStsNullPtrErr, veksPhaseDispersion_G729D_16s(x, x, 0, 0, nullptr, state));
     EXPECT_EQ(vekStsNullPtrErr, veksPhaseDispersion_G729D_16s(x, x, 0, 0, x, nullptr));
-    std::fill(std::begin(state), std::end(state), static_cast<int16_t>(0x5555));
-    EXPECT_EQ(vekStsStateErr, veksPhaseDispersion_G729D_16s(x, x, 0, 0, x, state));
+    for (const int16_t never : {0, 1, 2, 0x5555, -1}) {
+        std::fill(std::begin(state), std::end(state), never);
+        EXPECT_EQ(vekStsStateErr, veksPhaseDispersion_G729D_16s(x, x, 0, 0, x, state)) << never;
+    }
 }
 
 } // namespace

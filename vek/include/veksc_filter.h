@@ -14,8 +14,8 @@
 extern "C" {
 #endif
 
-// Harmonic filters (pitch sharpening): a multiple of the sample T before is added. pSrc[-T..-1] must be there. T >= 0,
-// else vekStsRangeErr.
+// Harmonic filters (pitch sharpening): a multiple of the sample T before is added. pSrc[-T..-1] must be there.
+// T 0..65536, else vekStsRangeErr.
 
 // pDst[n] = pSrc[n] + beta * pSrc[n-T], beta Q15, rounded once. With pDst equal to pSrc the output is fed back, sample
 // by sample; the two may not overlap otherwise. TS 26.190 5.8.2.

@@ -38,8 +38,8 @@ VEK_API VekStatus veksLSPToLPC_G729_32f(const Vek32f* pSrcLSP, Vek32f* pDstLPC);
 VEK_API VekStatus veksLSPToLSF_Norm_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF);
 VEK_API VekStatus veksLSPToLSF_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF);
 
-// Cosine of radians in Q13, 0..25736; what is above goes on with the table's last line. vekStsRangeErr for a negative
-// frequency. G.729 3.2.4. May work in place.
+// Cosine of radians in Q13, 0..25735, saturated; what is above repeats the table's last line. vekStsRangeErr for a
+// negative frequency. G.729 3.2.4. May work in place.
 VEK_API VekStatus veksLSFToLSP_G729_16s(const Vek16s* pSrcLSF, Vek16s* pDstLSP);
 
 // From the autocorrelations pSrc[0..order] to the prediction coefficients pDstLPC[0..order] (the leading 1.0 first),

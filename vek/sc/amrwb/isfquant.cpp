@@ -1,5 +1,6 @@
 // Quantiser of the immittance spectral frequencies of AMR-WB: prediction, a first stage in two parts of which four
 // survivors go on, and a second stage in three or five parts; that of comfort noise in five parts; and their decoders.
+#include <algorithm>
 #include <cstring>
 
 #include "sc/amrwb/isfbooks.h"
@@ -22,7 +23,7 @@ constexpr int kLowColumns = 9;
 constexpr Vek16s kPrediction = 10923; // 1/3
 constexpr Vek16s kIsfGap = 128;       // 50 Hz
 
-// Targets up to here are so near to all books that no square nor sum of them saturates.
+// Targets up to here are so near to all books that no difference nor sum of squares saturates.
 constexpr int kNear = 7000;
 
 // A part of the second stage: the book and the column it begins at.
@@ -49,55 +50,32 @@ constexpr Parts highParts(bool lowest) {
     return lowest ? Parts{kHighParts36, 1} : Parts{kHighParts46, 2};
 }
 
-// The distance as the reference sums it up, saturated at each step.
-int32_t distanceStepwise(const IsfBook& book, int row, const Vek16s* target) {
-    int32_t sum = 0;
-    for (int j = 0; j < book.columns; ++j) {
-        const Vek16s d = sub(target[j], element(book, row, j));
-        sum = L_mac(sum, d, d);
-    }
-    return sum;
-}
+// A target as the kernels take it, and which of their forms it needs.
+struct Target {
+    Vek16s padded[2 * kMostIsfPairs] = {};
+    int pairs;
+    bool near;
 
-// Distances, halved where the target is near.
-void distancesTo(const IsfBook& book, const Vek16s* target, bool near, int32_t* out) {
-    if (near) {
-        Vek16s padded[2 * kMostIsfPairs] = {};
+    Target(const IsfBook& book, const Vek16s* target, bool isNear) : pairs((book.columns + 1) / 2), near(isNear) {
         std::memcpy(padded, target, static_cast<size_t>(book.columns) * sizeof(Vek16s));
-        isfVqKernels().distances(book.pairs, book.rows, (book.columns + 1) / 2, padded, out);
-        return;
     }
-    for (int row = 0; row < book.rows; ++row) {
-        out[row] = distanceStepwise(book, row, target);
-    }
-}
+};
 
-int nearestTo(const IsfBook& book, const Vek16s* target, bool near, int32_t* least) {
-    if (near) {
-        Vek16s padded[2 * kMostIsfPairs] = {};
-        std::memcpy(padded, target, static_cast<size_t>(book.columns) * sizeof(Vek16s));
-        return isfVqKernels().nearest(book.pairs, book.rows, (book.columns + 1) / 2, padded, least);
-    }
-    *least = kMax32;
-    int place = 0;
-    for (int row = 0; row < book.rows; ++row) {
-        const int32_t d = distanceStepwise(book, row, target);
-        if (d < *least) {
-            *least = d;
-            place = row;
-        }
-    }
-    return place;
+int nearestTo(const IsfBook& book, const Target& target, int32_t* least) {
+    const IsfVqKernels& k = isfVqKernels();
+    return (target.near ? k.nearest : k.nearestFar)(book.pairs, book.rows, target.pairs, target.padded, least);
 }
 
 // The four nearest rows, nearest first; of equal ones the first.
-void survivors(const IsfBook& book, const Vek16s* target, bool near, int (&rows)[kSurvivors]) {
+void survivors(const IsfBook& book, const Target& target, int (&rows)[kSurvivors]) {
     alignas(32) int32_t distances[kMostRows];
     int32_t least[kSurvivors];
-    distancesTo(book, target, near, distances);
+    const IsfVqKernels& kernels = isfVqKernels();
+    (target.near ? kernels.distances : kernels.distancesFar)(book.pairs, book.rows, target.pairs, target.padded,
+                                                             distances);
     for (int k = 0; k < kSurvivors; ++k) {
         rows[k] = k;
-        least[k] = kMax32;
+        least[k] = kFarthest;
     }
     for (int row = 0; row < book.rows; ++row) {
         const int32_t d = distances[row];
@@ -118,8 +96,8 @@ void survivors(const IsfBook& book, const Vek16s* target, bool near, int (&rows)
 void quantiseHalf(const IsfBook& book, Parts parts, const Vek16s* target, Vek16s* firstIndex, Vek16s* partIndex) {
     const bool near = filterKernels().maxAbs16(target, book.columns) <= kNear;
     int rows[kSurvivors];
-    survivors(book, target, near, rows);
-    int32_t least = kMax32;
+    survivors(book, {book, target, near}, rows);
+    int32_t least = kFarthest;
     for (const int row : rows) {
         Vek16s rest[kLowColumns];
         for (int j = 0; j < book.columns; ++j) {
@@ -129,8 +107,9 @@ void quantiseHalf(const IsfBook& book, Parts parts, const Vek16s* target, Vek16s
         int32_t sum = 0;
         for (int p = 0; p < parts.count; ++p) {
             int32_t d = 0;
-            found[p] = nearestTo(*parts.list[p].book, rest + parts.list[p].first, near, &d);
-            sum = L_add(sum, d);
+            const Part& part = parts.list[p];
+            found[p] = nearestTo(*part.book, {*part.book, rest + part.first, near}, &d);
+            sum = std::min(sum, kFarthest - d) + d;
         }
         if (sum < least || row == rows[0]) {
             least = sum;
@@ -282,7 +261,8 @@ VekStatus veksISFQuantDTX_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pDstQIsf, Vek
     Vek16s index[5];
     for (int p = 0; p < 5; ++p) {
         int32_t least = 0;
-        index[p] = static_cast<Vek16s>(nearestTo(*kNoiseParts[p].book, target + kNoiseParts[p].first, near, &least));
+        const Part& part = kNoiseParts[p];
+        index[p] = static_cast<Vek16s>(nearestTo(*part.book, {*part.book, target + part.first, near}, &least));
     }
     decodeNoise(index, pDstQIsf);
     std::memcpy(pDstQIsfIndex, index, sizeof index);

@@ -69,7 +69,8 @@ struct Builder {
             return;
         }
         for (int e = largest; e >= 0; --e) {
-            if (e * e <= norm) {
+            // No larger one follows: the rest must be in reach.
+            if (e * e <= norm && e * e * static_cast<int>(kDim - at) >= norm) {
                 leader[at] = static_cast<int8_t>(e);
                 walk(leader, at + 1, e, norm - e * e);
             }
@@ -86,11 +87,11 @@ Codebook build(int number) {
     return builder.book;
 }
 
-// Codebooks 2, 3 and 4; 3 and 4 begin with the origin, which their extensions need.
-const std::array<Codebook, 3> g_books = {build(2), build(3), build(4)};
-
+// Codebooks 2, 3 and 4; 3 and 4 begin with the origin, which their extensions need. Made at first use: few programs
+// that load the library quantise with them.
 const Codebook& book(int number) {
-    return g_books[static_cast<size_t>(number - 2)];
+    static const std::array<Codebook, 3> books = {build(2), build(3), build(4)};
+    return books[static_cast<size_t>(number - 2)];
 }
 
 bool findInBook(const Point& x, int number, int32_t& index) {

@@ -38,6 +38,10 @@ VekStatus synthesis(const Vek16s* pLPC, const Vek16s* pSrc, Vek16s* pDst, int le
     return vekStsNoErr;
 }
 
+constexpr bool badPeriod(int T) {
+    return T < 0 || T > kMaxSignalLength;
+}
+
 } // namespace
 
 VekStatus veksHarmonicFilter_NR_16s(Vek16s beta, int T, const Vek16s* pSrc, Vek16s* pDst, int len) {
@@ -47,7 +51,7 @@ VekStatus veksHarmonicFilter_NR_16s(Vek16s beta, int T, const Vek16s* pSrc, Vek1
     if (badLength(len)) {
         return vekStsSizeErr;
     }
-    if (T < 0) {
+    if (badPeriod(T)) {
         return vekStsRangeErr;
     }
     if (pSrc != pDst) {
@@ -66,7 +70,7 @@ VekStatus veksHarmonicFilter_16s_I(Vek16s beta, int T, Vek16s* pSrcDst, int len)
     if (badLength(len)) {
         return vekStsSizeErr;
     }
-    if (T < 0) {
+    if (badPeriod(T)) {
         return vekStsRangeErr;
     }
     if (beta == -32768) {
@@ -88,7 +92,7 @@ VekStatus veksHarmonicFilter_32f_I(int T, Vek32f* pSrcDst, int len, Vek32f beta)
     if (badLength(len)) {
         return vekStsSizeErr;
     }
-    if (T < 0) {
+    if (badPeriod(T)) {
         return vekStsRangeErr;
     }
     inStretches(pSrcDst, T, len,

@@ -60,6 +60,11 @@ constexpr int32_t kStarted = 0x47323236;
 constexpr int kSignOfFloat = 0x400;
 constexpr int kUnitFloat = 32; // the float of 0
 
+// Sums go modulo 65536.
+int wrapped(int sum) {
+    return static_cast<int16_t>(sum);
+}
+
 // A number of the predictor's history: sign, exponent of 4 bits, mantissa of 6.
 int floatOf(int magnitude, bool negative) {
     const int exponent = std::bit_width(static_cast<unsigned>(magnitude));
@@ -123,16 +128,17 @@ struct Codec {
         int zero;   // SEZ
         int signal; // SE
     };
+    // ACCUM
     Estimate estimate() const {
         int sum = 0;
         for (int i = 0; i < kZeros; ++i) {
             sum += product(zeros[i], differences[i]);
         }
-        const int zero = sum >> 1;
+        const int zero = wrapped(sum) >> 1;
         for (int i = 0; i < kPoles; ++i) {
             sum += product(poles[i], signals[i]);
         }
-        return {zero, sum >> 1};
+        return {zero, wrapped(sum) >> 1};
     }
 
     // LOG, SUBTB and QUAN.
@@ -171,8 +177,10 @@ struct Codec {
     Sample reconstruct(int code, const Estimate& from, int y) {
         const bool negative = code >> (tables().bits - 1) != 0;
         const int magnitude = magnitudeOf(code, y);
-        const int signal = from.signal + (negative ? -magnitude : magnitude);
-        adapt(code, y, magnitude, negative, signal, signal - from.signal + from.zero);
+        const int difference = negative ? -magnitude : magnitude;
+        // ADDB and ADDC.
+        const int signal = wrapped(from.signal + difference);
+        adapt(code, y, magnitude, negative, signal, wrapped(from.zero + difference));
         return {signal, from, y};
     }
 
@@ -225,7 +233,7 @@ void Codec::adapt(int code, int y, int magnitude, bool negative, int signal, int
         for (int k = 0; k < kZeros; ++k) {
             zeros[k] -= zeros[k] >> r.leak;
             if (magnitude != 0) {
-                zeros[k] += negative == (differences[k] < 0) ? 128 : -128;
+                zeros[k] = wrapped(zeros[k] + (negative == (differences[k] < 0) ? 128 : -128));
             }
         }
     }
@@ -271,7 +279,8 @@ uint8_t mulawNeighbour(uint8_t code, bool up) {
 // COMPRESS, EXPAND, SUBTA, LOG, SUBTB, SYNC: the PCM code which, coded again, gives the same code.
 int Codec::adjusted(const Sample& sample, int code) const {
     const bool isAlaw = law == VEK_PCM_ALAW;
-    const int signal = sample.signal <= -32768 ? -1 : sample.signal;
+    // The least number has a magnitude of 0 in 15 bits: the first step below 0 of A-law, the 0 of mu-law.
+    const int signal = sample.signal != -32768 ? sample.signal : isAlaw ? -1 : 0;
     uint8_t pcm = isAlaw ? g711::alawCode((signal >> 1) * 8) : g711::mulawCode(signal * 4);
     const auto value = [&] { return isAlaw ? g711::alawValue(pcm) : g711::mulawValue(pcm); };
     const int again = quantise((value() >> 2) - sample.from.signal, sample.y);

@@ -219,8 +219,8 @@ VekStatus veksLSFToLSP_G729_16s(const Vek16s* pSrcLSF, Vek16s* pDstLSP) {
         signs |= pSrcLSF[i];
         const int frequency = ((pSrcLSF[i] & 0x7fff) * kSteps) >> 15;
         const int place = std::min(frequency >> 8, kLastStep);
-        // A table value and the slope up to the next one stay within 16 bits.
-        lsp[i] = static_cast<Vek16s>(kCos[place] + ((kCosSlope[place] * (frequency & 0xff)) >> 12));
+        // The last line falls below -1.
+        lsp[i] = sat16(kCos[place] + ((kCosSlope[place] * (frequency & 0xff)) >> 12));
     }
     if (signs < 0) {
         return vekStsRangeErr;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/markedstate.h"
 #include "sc/kernels/filter.h"
 #include "veksc_g729.h"
 
@@ -54,6 +55,7 @@ struct State {
     Vek16s onset;      // 2 at an onset, then counted down
     Vek16s dispersion; // last decision
 };
+using DispersionState = Marked<State, 0x50686473>;
 
 // Updates the state with the gains of this subframe and decides on the filter.
 Dispersion decide(State& s, Vek16s codebookGain, Vek16s pitchGain) {
@@ -82,21 +84,13 @@ Dispersion decide(State& s, Vek16s codebookGain, Vek16s pitchGain) {
 } // namespace
 
 VekStatus veksPhaseDispersionGetStateSize_G729D_16s(int* pSize) {
-    if (!pSize) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = static_cast<int>(sizeof(State));
-    return vekStsNoErr;
+    return DispersionState::size(pSize);
 }
 
 VekStatus veksPhaseDispersionInit_G729D_16s(void* pPhDMem) {
-    if (!pPhDMem) {
-        return vekStsNullPtrErr;
-    }
     State s{};
     s.dispersion = kNone;
-    std::memcpy(pPhDMem, &s, sizeof s);
-    return vekStsNoErr;
+    return DispersionState::init(pPhDMem, s);
 }
 
 VekStatus veksPhaseDispersion_G729D_16s(const Vek16s* pSrcExcSignal, Vek16s* pDstFltExcSignal, Vek16s valCodebookGain,
@@ -104,13 +98,12 @@ VekStatus veksPhaseDispersion_G729D_16s(const Vek16s* pSrcExcSignal, Vek16s* pDs
     if (!pSrcExcSignal || !pDstFltExcSignal || !pSrcDstInnovation || !pPhDMem) {
         return vekStsNullPtrErr;
     }
-    State s;
-    std::memcpy(&s, pPhDMem, sizeof s);
-    if (s.dispersion < kStrong || s.dispersion > kNone) {
+    DispersionState state;
+    if (!state.take(pPhDMem)) {
         return vekStsStateErr;
     }
-    const Dispersion d = decide(s, valCodebookGain, valPitchGain);
-    std::memcpy(pPhDMem, &s, sizeof s);
+    const Dispersion d = decide(state.content, valCodebookGain, valPitchGain);
+    state.give(pPhDMem);
 
     Vek16s before[kSub];
     Vek16s after[kSub];

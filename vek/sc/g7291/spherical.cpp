@@ -109,11 +109,11 @@ Codebooks buildAll(int dim) {
     return books;
 }
 
-const Codebooks g_wide = buildAll(kWide);
-const Codebooks g_narrow = buildAll(kWide / 2);
-
+// Made at first use: few programs that load the library code bands.
 const Codebook& bookOf(int dim, int bits) {
-    return (dim == kWide ? g_wide : g_narrow)[static_cast<size_t>(bits)];
+    static const Codebooks wide = buildAll(kWide);
+    static const Codebooks narrow = buildAll(kWide / 2);
+    return (dim == kWide ? wide : narrow)[static_cast<size_t>(bits)];
 }
 
 // The leader whose best arrangement lies nearest in direction to the falling magnitudes.

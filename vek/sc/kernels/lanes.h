@@ -39,11 +39,17 @@ VEK_INLINE V plus(V a, V b) {
 VEK_INLINE V minus16(V a, V b) {
     return _mm_sub_epi16(a, b);
 }
+VEK_INLINE V minusSat16(V a, V b) {
+    return _mm_subs_epi16(a, b);
+}
 VEK_INLINE V orBits(V a, V b) {
     return _mm_or_si128(a, b);
 }
 VEK_INLINE V least32(V a, V b) {
     return _mm_min_epi32(a, b);
+}
+VEK_INLINE V leastUnsigned32(V a, V b) {
+    return _mm_min_epu32(a, b);
 }
 VEK_INLINE V most32(V a, V b) {
     return _mm_max_epi32(a, b);
@@ -131,11 +137,17 @@ VEK_INLINE V plus(V a, V b) {
 VEK_INLINE V minus16(V a, V b) {
     return _mm256_sub_epi16(a, b);
 }
+VEK_INLINE V minusSat16(V a, V b) {
+    return _mm256_subs_epi16(a, b);
+}
 VEK_INLINE V orBits(V a, V b) {
     return _mm256_or_si256(a, b);
 }
 VEK_INLINE V least32(V a, V b) {
     return _mm256_min_epi32(a, b);
+}
+VEK_INLINE V leastUnsigned32(V a, V b) {
+    return _mm256_min_epu32(a, b);
 }
 VEK_INLINE V most32(V a, V b) {
     return _mm256_max_epi32(a, b);

@@ -2,6 +2,7 @@
 #include "sc/rta/lspquant.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <complex>
 #include <cstring>
@@ -12,9 +13,10 @@
 #include "sc/rta/gauss.h"
 #include "veksc_rta.h"
 
-namespace vek::rta {
-
 namespace {
+
+using namespace vek;
+using namespace vek::rta;
 
 LspBook makeBook(int order, VekPCMFrequency freq, int stages) {
     constexpr double pi = std::numbers::pi;
@@ -52,17 +54,14 @@ LspBook makeBook(int order, VekPCMFrequency freq, int stages) {
     return book;
 }
 
-} // namespace
-
-const LspBook g_lspBooks[3] = {makeBook(10, VEK_PCM_FREQ_8000, 4), makeBook(6, VEK_PCM_FREQ_16000, 3),
-                               makeBook(4, VEK_PCM_FREQ_16000, 3)};
-
-} // namespace vek::rta
-
-namespace {
-
-using namespace vek;
-using namespace vek::rta;
+// Made at first use: few programs that load the library quantise with them.
+const LspBook* bookOf(int order, VekPCMFrequency freq) {
+    static const std::array<LspBook, 3> books = {makeBook(10, VEK_PCM_FREQ_8000, 4), makeBook(6, VEK_PCM_FREQ_16000, 3),
+                                                 makeBook(4, VEK_PCM_FREQ_16000, 3)};
+    const auto* const book =
+        std::find_if(books.begin(), books.end(), [&](const LspBook& b) { return b.order == order && b.freq == freq; });
+    return book == books.end() ? nullptr : book;
+}
 
 constexpr float kApart = 0.02F;
 
@@ -133,9 +132,8 @@ VekStatus veksLSPQuant_RTA_32f(const Vek32f* pSrcLSP, const Vek32f* pSrcLPC, Vek
     if (anyNull(pSrcLSP, pSrcLPC, pDstLSP) || anyNull(pDstLSPIndex)) {
         return vekStsNullPtrErr;
     }
-    const LspBook* const book = std::find_if(std::begin(g_lspBooks), std::end(g_lspBooks),
-                                             [&](const LspBook& b) { return b.order == order && b.freq == freq; });
-    if (book == std::end(g_lspBooks) || complexity < 1 || complexity > kMostSurvivors) {
+    const LspBook* const book = bookOf(order, freq);
+    if (book == nullptr || complexity < 1 || complexity > kMostSurvivors) {
         return vekStsRangeErr;
     }
     float w[kMostLspOrder];

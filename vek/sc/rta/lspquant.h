@@ -18,6 +18,4 @@ struct LspBook {
     alignas(32) float rows[kMostLspStages][kMostLspOrder][kLspEntries];
 };
 
-extern const LspBook g_lspBooks[3];
-
 } // namespace vek::rta
