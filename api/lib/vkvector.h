@@ -113,6 +113,8 @@ protected:
     void setVectorJaehne(void* data, int count, double magnitude) const;
     /// Limits the magnitude and sets the offset; false for a negative magnitude.
     bool updateJaehneMagn(double& magnitude, double& offset) const;
+    /// Writes the element at `place`; null and an unknown mode are ignored.
+    void setElement(void* place, SetMode mode, double a, double b) const;
     /// Reads the element at `data`.
     void readElement(const void* data, double& re, double& im) const;
 

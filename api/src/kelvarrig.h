@@ -10,9 +10,9 @@
 //   static kr::Vector<short> dst(len);
 //   static auto gain = kr::measure<myGain>("myGain", src, dst, len).elements(len);
 //
-// What is measured is a call of the function with these arguments: the arguments lie in memory, the call is direct, and
-// the compiler can see neither what is called nor what comes of it, so that nothing is folded away or moved out of the
-// loop, also where the function stands in the same file. All objects here live at namespace scope or as statics.
+// What is measured is a call of the function with these arguments, at the cost of a direct call: the compiler sees
+// neither what is called nor what it is called with nor what comes of it, so that nothing is folded away or moved out
+// of the loop, also where the function stands in the same file. All objects here live at namespace scope or as statics.
 #pragma once
 
 #include "krbase.h"

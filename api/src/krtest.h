@@ -191,11 +191,13 @@ public:
     static krString m_startFunc;
     static krTest* m_pCurrentTest;
 
-private:
-    void beforeAll() {}
-    void beforeTest() {}
-    void afterTest(krTest*) {}
+protected:
+    // Hooks of a run, for lists that derive from this one.
+    virtual void beforeAll() {}
+    virtual void beforeTest() {}
+    virtual void afterTest(krTest* /*test*/) {}
 
+private:
     int m_count = 0;
     int m_counters[krResultCount] = {};
 };

@@ -10,10 +10,9 @@ namespace krlab {
 
 namespace {
 
-/// Text between the border and its blanks, without the calendar time that stands right-justified behind a gap.
-std::string_view leftItem(std::string_view text) {
-    const size_t gap = text.find("  ");
-    return gap == std::string_view::npos ? text : text.substr(0, gap);
+/// A function's name; the calendar time stands behind it, with one blank between if the name is long.
+std::string_view firstWord(std::string_view text) {
+    return text.substr(0, text.find(' '));
 }
 
 } // namespace
@@ -44,15 +43,13 @@ void InfoParser::finish() {
 }
 
 void InfoParser::readLine(std::string_view line) {
+    m_inKeys = m_inKeys && line.starts_with("-");
     if (line.starts_with("| ")) {
         readFramed(line.substr(2));
     } else if (line.starts_with("Command line options:")) {
         m_inKeys = true;
     } else if (m_inKeys) {
-        m_inKeys = line.starts_with("-");
-        if (m_inKeys) {
-            m_echo.emplace_back(line);
-        }
+        m_echo.emplace_back(line);
     } else if (line.starts_with("    ")) {
         readCourse(line);
     } else if (line.starts_with("  ") && line.find("perf=") != std::string_view::npos) {
@@ -98,7 +95,7 @@ void InfoParser::readFramed(std::string_view text) {
     const std::string_view key = trimmed(text.substr(0, colon));
     const std::string_view value = trimmed(text.substr(colon + 1));
     if (key == "Function") {
-        m_tests.emplace_back().end.function = leftItem(value);
+        m_tests.emplace_back().end.function = firstWord(value);
     } else if (m_summarised) {
         if (key == ".Number of tests") {
             m_summaryTests = integerOf(value).value_or(0);

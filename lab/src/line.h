@@ -8,6 +8,9 @@
 
 namespace krlab {
 
+/// Behind the name of a parameter whose test has another one of the same name before it.
+inline constexpr std::string_view secondMark = " (2)";
+
 /// One named value. The rig's names may hold blanks ("lenght Dst"); values are kept as text.
 struct Parameter {
     std::string name;

@@ -84,8 +84,18 @@ std::vector<Figure> joinFigures(const Told& told) {
     }
     size_t next = 0;
     for (const InfoTest& test : told.info.tests()) {
+        const std::string& function = test.end.function;
+        size_t begin = next;
+        while (begin < figures.size() && figures[begin].line.function != function) {
+            ++begin;
+        }
+        // A test without rows, since each of its lines failed.
+        if (begin == figures.size()) {
+            continue;
+        }
+        next = begin;
         for (const InfoLine& line : test.lines) {
-            if (next >= figures.size() || figures[next].line.function != test.end.function) {
+            if (next == figures.size() || figures[next].line.function != function) {
                 break;
             }
             Figure& figure = figures[next++];
@@ -94,10 +104,6 @@ std::vector<Figure> joinFigures(const Told& told) {
             figure.loops = line.loops;
             figure.accuracy = line.accuracy;
             figure.elements = line.elements;
-        }
-        // Rows of a test in work whose counts never came keep what the table says.
-        while (next < figures.size() && figures[next].line.function == test.end.function && test.end.result.empty()) {
-            ++next;
         }
     }
     return figures;

@@ -97,7 +97,8 @@ std::vector<std::string> functionsLeft(const ResumeState& state, const std::vect
 size_t addRows(ResumeState& state, const std::string& table, std::string& added) {
     size_t count = 0;
     std::string heading;
-    for (const std::string_view line : split(table.substr(0, table.rfind('\n') + 1), '\n')) {
+    const std::string_view whole = std::string_view(table).substr(0, table.rfind('\n') + 1);
+    for (const std::string_view line : split(whole, '\n')) {
         const std::string_view row = trimmed(line);
         if (row.starts_with("funcBase,") || row.starts_with("function,")) {
             heading = row;

@@ -149,8 +149,13 @@ std::vector<std::string> faultsOfRun(const InfoParser& info, const RigExit& exit
             faults.push_back(fmt::format("the rig ignores {}", line));
         }
     }
+    bool unopened = false;
     for (const std::string& remark : info.remarks()) {
-        faults.push_back("the rig says: " + remark);
+        // The rig's last word on a file that it has told already.
+        if (!(unopened && remark.starts_with("FATAL ERROR"))) {
+            faults.push_back("the rig says: " + remark);
+        }
+        unopened = unopened || remark.find("Can't open file") != std::string::npos;
     }
     for (const InfoTest& test : info.tests()) {
         addTestFaults(test, faults);
@@ -161,9 +166,9 @@ std::vector<std::string> faultsOfRun(const InfoParser& info, const RigExit& exit
     } else if (exit.signal != 0) {
         faults.push_back(
             fmt::format("the run was ended by signal {} ({}){}", exit.signal, ::strsignal(exit.signal), where));
-    } else if (!info.summarised()) {
+    } else if (!info.summarised() && !unopened) {
         faults.push_back(fmt::format("the run was cut off: its summary is missing (status {}){}", exit.status, where));
-    } else if (info.summaryTests() == 0) {
+    } else if (info.summarised() && info.summaryTests() == 0) {
         faults.emplace_back("the run measured no test");
     } else if (exit.status > 1 || (exit.status == 1 && faults.empty())) {
         faults.push_back(fmt::format("the rig ended with status {}", exit.status));
@@ -174,11 +179,18 @@ std::vector<std::string> faultsOfRun(const InfoParser& info, const RigExit& exit
 std::vector<std::string> faultsOfTables(const RigKeys& keys, const Subject& subject, const InfoParser& info) {
     std::vector<std::string> faults;
     const size_t wanted = measuredLines(info);
+    if (!info.summarised()) {
+        return faults;
+    }
     for (const RigKey& key : keys.keys) {
         if (key.letter != 'r' && key.letter != 'R') {
             continue;
         }
         const std::string file = rigOutputPath(keys, subject, key.argument, ".csv").string();
+        std::error_code error;
+        if (std::filesystem::is_character_file(file, error)) {
+            continue;
+        }
         try {
             const Table table = readTable(file);
             const TableRun& run = table.runs.back();

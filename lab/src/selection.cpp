@@ -19,6 +19,11 @@ struct Section {
     std::vector<Values> parameters;
 };
 
+/// A name that two parameters bear reaches both at once: such a test walks its own values, and the line is among them.
+bool canBeSet(const Line& line, const std::string& name) {
+    return !name.ends_with(secondMark) && line.value(name + std::string(secondMark)) == nullptr;
+}
+
 std::vector<Section> sectionsOf(const std::vector<Line>& lines) {
     std::vector<Section> sections;
     std::map<std::string, size_t> index;
@@ -29,6 +34,9 @@ std::vector<Section> sectionsOf(const std::vector<Line>& lines) {
         }
         std::vector<Values>& parameters = sections[at->second].parameters;
         for (const Parameter& parameter : line.parameters) {
+            if (!canBeSet(line, parameter.name)) {
+                continue;
+            }
             auto found = std::find_if(parameters.begin(), parameters.end(),
                                       [&](const Values& values) { return values.name == parameter.name; });
             if (found == parameters.end()) {

@@ -190,6 +190,14 @@ private:
         return name;
     }
 
+    static void markSecondNames(std::vector<std::string>& names) {
+        for (auto name = names.begin(); name != names.end(); ++name) {
+            if (!name->empty() && std::find(names.begin(), name, *name) != name) {
+                *name += secondMark;
+            }
+        }
+    }
+
     double number(const std::string& cell, const char* column) const {
         if (cell == "-" || trimmed(cell).empty()) {
             return 0;
@@ -208,6 +216,7 @@ private:
             parameters.emplace_back(cells[i] == "-" ? "" : trimmed(cells[i]));
         }
         if (cells[m_comment] == nameMark) {
+            markSecondNames(parameters);
             run.names.push_back({function(cells), std::move(parameters)});
             return;
         }

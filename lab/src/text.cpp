@@ -52,6 +52,10 @@ std::string readFile(const std::string& file) {
     if (std::filesystem::is_directory(file, error)) {
         throw Fault(file, "this is a directory; a file is wanted");
     }
+    // A device may never come to its end; a pipe does.
+    if (std::filesystem::is_character_file(file, error) || std::filesystem::is_block_file(file, error)) {
+        throw Fault(file, "this is a device; a file is wanted");
+    }
     std::ifstream in(file, std::ios::binary);
     if (!in) {
         throw Fault(file, "can't be read: " + systemCause(errno));

@@ -16,7 +16,7 @@ std::vector<std::string_view> split(std::string_view text, char separator);
 std::optional<double> numberOf(std::string_view text);
 /// The whole of the text as an integer, or nothing.
 std::optional<long long> integerOf(std::string_view text);
-/// A whole file. Throws Fault with the cause if it can't be read or is no regular file.
+/// A whole file. Throws Fault with the cause if it can't be read, is a directory or a device.
 std::string readFile(const std::string& file);
 
 } // namespace krlab

@@ -204,16 +204,6 @@ TEST_F(KrFaults, FaultSetsTheWordsAnew) {
     EXPECT_EQ(kr_get_ssx() & 0xFFBF, 0x9F80U);
 }
 
-TEST_F(KrFaults, FaultEmptiesTheStackOfTheX87) {
-    faultText([] {
-        __asm__ volatile("fld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1");
-        nullWrite();
-    });
-    unsigned environment[7] = {};
-    __asm__ volatile("fnstenv %0\n\tfldenv %0" : "=m"(environment));
-    EXPECT_EQ(environment[2] & 0xFFFF, 0xFFFFU) << "two bits a register, 3 where it is empty";
-}
-
 TEST_F(KrFaults, FaultAndBadInputCloseThePriorityBracket) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "priorities need root rights";

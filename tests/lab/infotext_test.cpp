@@ -119,3 +119,15 @@ TEST(LabInfoText, ErrorsBelongToTheTestInWorkAndOthersToTheRun) {
     EXPECT_EQ(parser.tests()[0].end.messages.size(), 2u);
     EXPECT_EQ(parser.current()->end.function, "f");
 }
+
+TEST(LabInfoText, LongNamesLeaveNoGapBeforeTheTime) {
+    const InfoParser parser =
+        parsed("| Function  : veksACELPFixedCodebookSearch_G723_32s16s Sun Nov 22 03:21:14 2026\n");
+    EXPECT_EQ(parser.tests()[0].end.function, "veksACELPFixedCodebookSearch_G723_32s16s");
+}
+
+TEST(LabInfoText, AFatalErrorBehindTheKeysIsToldByTheRun) {
+    const InfoParser parser = parsed("Command line options: \n-B: batch mode\nFATAL ERROR: can't open output file\n");
+    EXPECT_EQ(parser.remarks(), std::vector<std::string>{"FATAL ERROR: can't open output file"});
+    EXPECT_EQ(parser.echo().size(), 1u);
+}

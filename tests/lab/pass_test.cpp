@@ -12,28 +12,6 @@ using namespace krlab;
 
 namespace {
 
-std::string quoted(const std::string& text) {
-    std::string out = "'";
-    for (const char c : text) {
-        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return out + "'";
-}
-
-std::string row(const std::string& function) {
-    return function + ",-,-,8,-,-,-,-,-,nLps=16,3.14,e,0.01,-\n";
-}
-
-/// A fake test: its row, then its console text.
-std::string scriptTest(const std::string& function, bool ended = true) {
-    return "case \" $keys \" in *\" -f=\"*) case \" $keys \" in *\" -f=" + function +
-           " \"*) wanted=1 ;; *) wanted= ;; esac ;; " + "*) wanted=1 ;; esac\nif [ -n \"$wanted\" ]; then printf %s " +
-           quoted(row(function)) + " >>$table; printf %s " + quoted(consoleTest(function, ended)) + "; ";
-}
-
-const std::string scriptHead = "printf %s " + quoted(tableHead + tableHeading) + " >>$table\n";
-const std::string scriptEnd = "printf %s " + quoted(consoleEnd) + "\n";
-
 PassRequest requestOf(const Subject& subject, std::vector<std::string> keys = {}) {
     PassRequest request;
     request.subject = subject;
@@ -177,4 +155,34 @@ TEST(LabPass, TestsAndParametersAreListed) {
     const std::vector<TestParameters> parameters = listParameters(realRig(), {"-f=veksAutoCorr_16s32s"});
     ASSERT_EQ(parameters.size(), 1u);
     EXPECT_EQ(parameters[0].columns[1], "lenght Dst");
+}
+
+TEST(LabPass, EveryLineOfTheGridIsExactAndCanBeChosen) {
+    const PassRequest whole = requestOf(realRig(), {"-dMethod=Iterative", "-dStopNumLoops=1"});
+    const Pass grid = runPass(whole);
+    EXPECT_TRUE(grid.complete());
+    EXPECT_GT(grid.figures.size(), 2800u);
+    PassRequest chosen = whole;
+    size_t exact = 0;
+    for (const Figure& figure : grid.figures) {
+        exact += figure.exact ? 1 : 0;
+        EXPECT_EQ(Line::parse(figure.line.text()), figure.line);
+        chosen.lines.push_back(figure.line);
+    }
+    // A bad control status leaves figures behind whose counts are not printed.
+    EXPECT_GT(exact, grid.figures.size() * 99 / 100);
+    EXPECT_EQ(runPass(chosen).figures.size(), grid.figures.size());
+    // Of each function the last line alone: its values must not hang on others.
+    std::set<Line> last;
+    for (size_t i = 0; i < grid.figures.size(); ++i) {
+        if (i + 1 == grid.figures.size() || grid.figures[i + 1].line.function != grid.figures[i].line.function) {
+            last.insert(grid.figures[i].line);
+        }
+    }
+    chosen.lines.assign(last.begin(), last.end());
+    std::set<Line> measured;
+    for (const Figure& figure : runPass(chosen).figures) {
+        measured.insert(figure.line);
+    }
+    EXPECT_EQ(measured, last);
 }

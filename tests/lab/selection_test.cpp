@@ -48,3 +48,8 @@ TEST(LabSelection, LinesWinOverTheUsersValuesAndOtherFunctionsKeepThem) {
     EXPECT_EQ(selection.keys, (std::vector<std::string>{"-dMethod=I", "-f=f", "-f=g"}));
     EXPECT_EQ(selection.ini, "[Kelvar Rig]\nAccuracy=2\n[f]\na=1\n[g]\na=7\nx=5\n");
 }
+
+TEST(LabSelection, NamesThatTwoParametersBearAreLeftToTheTest) {
+    const Selection selection = selectLines({Line::parse("f a=1 b=2 \"a (2)\"=3")}, splitKeys({}), "");
+    EXPECT_EQ(selection.ini, "[f]\nb=2\n");
+}

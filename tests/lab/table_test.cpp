@@ -162,3 +162,14 @@ TEST(LabTable, NamesBesideATableAreUsed) {
     EXPECT_THROW(readTable(directory.path("none.csv")), Fault);
     EXPECT_THROW(readTable(directory.path()), Fault);
 }
+
+TEST(LabTable, TheSecondParameterOfANameIsMarked) {
+    const Table table =
+        parseTable("t.csv", tableHead + tableHeading + "veksX,16s,-,len,len,-,-,-,-,parmNames,-,-,-,-\n" +
+                                "veksX,16s,-,208,60,-,-,-,-,nLps=4,16.3,e,3.93,-\n");
+    EXPECT_EQ(table.runs[0].rows[0].figure.line.text(), "veksX_16s len=208 \"len (2)\"=60");
+}
+
+TEST(LabTable, DevicesAreNotRead) {
+    EXPECT_THROW(readTable("/dev/zero"), Fault);
+}

@@ -1,4 +1,5 @@
 // The speech enumerations in text.
+#include "krexcept.h"
 #include "vkenum.h"
 
 #include <gtest/gtest.h>
@@ -67,6 +68,37 @@ TEST(VkPcmFrequency, WordsAreTheNumbers) {
     bool failed = false;
     read<VekPCMFrequency>("44100", &failed);
     EXPECT_TRUE(failed);
+}
+
+TEST(VkBitRateIterator, BlankWordIsTheFirstNameAsAnEmptyWordFitsEvery) {
+    krEnumIterator<VekSpchBitRate> rates("Rate");
+    for (const char* const text : {" ", "\t", "BR_DTX; ;BR_4750", ";  ;"}) {
+        rates.setList({VEK_SPCHBR_DTX});
+        rates.translate(text);
+        bool hasFirst = false;
+        for (const VekSpchBitRate rate : rates) {
+            hasFirst = hasFirst || rate == VEK_SPCHBR_4750;
+        }
+        EXPECT_TRUE(hasFirst) << "'" << text << "'";
+    }
+    EXPECT_THROW(rates.translate(""), krException);
+    EXPECT_THROW(rates.translate(";"), krException);
+
+    // Where only some rates are admissible, the first name of all may be none of them.
+    rates.setList({VEK_SPCHBR_5150, VEK_SPCHBR_DTX});
+    rates.initValidation();
+    EXPECT_THROW(rates.translate(" "), krException);
+    krEnumIterator<VekPCMLaw> laws("Law");
+    laws.translate(" ");
+    EXPECT_TRUE(laws.firstValue());
+    EXPECT_EQ(laws.value(), VEK_PCM_MULAW);
+}
+
+TEST(VkBitRateIterator, BlankNumberIsNoNumber) {
+    krEnumIterator<int> numbers("Number");
+    EXPECT_THROW(numbers.translate(" "), krException);
+    krIterator<int> list("List");
+    EXPECT_THROW(list.translate("1; ;2"), krException);
 }
 
 TEST(VkBitRateIterator, StepsThroughWords) {

@@ -115,19 +115,6 @@ TEST(AmrWbCoderOracle, FollowsChangesOfTheRate) {
     expectSameBits(x, [&](int f) { return modes[static_cast<size_t>(f)]; });
 }
 
-TEST(AmrWbCoderOracle, HasThemAtAllLevelsOfInstructions) {
-    const Samples x = speechLike(size_t{kWide} * kShort);
-    for (const VekCpuType type : {vekCpuUnknown, vekCpuV6, vekCpuV8}) {
-        if (vekInitCpu(type) == vekStsNoErr) {
-            for (int mode = 0; mode < kRates; ++mode) {
-                SCOPED_TRACE(kNames[mode] + std::string(" level ") + std::to_string(type));
-                expectSameBits(x, [mode](int) { return mode; });
-            }
-        }
-    }
-    vekInit();
-}
-
 } // namespace
 
 #else

@@ -131,29 +131,18 @@ Samples frequencies(std::mt19937& random, double least = 0.3) {
     return isf;
 }
 
-void atEveryLevel(void (*check)()) {
-    for (const VekCpuType type : {vekCpuUnknown, vekCpuV6, vekCpuV8}) {
-        if (vekInitCpu(type) == vekStsNoErr) {
-            check();
-        }
-    }
-    vekInit();
-}
-
 TEST(AmrWbOracle, ResidualHasTheSameBits) {
-    atEveryLevel([] {
-        std::mt19937 random(1);
-        for (int round = 0; round < 400; ++round) {
-            Samples a = coefficients(random);
-            Samples x = noise(random, 80, std::min(loudness(random), 8000));
-            Samples mine(64), theirs(64);
-            voAWB_Residu(a.data(), x.data() + 16, theirs.data(), 64);
-            ASSERT_EQ(0, veksResidualFilter_AMRWB_16s_Sfs(a.data(), 16, x.data() + 16, mine.data(), 64, 11));
-            ASSERT_EQ(theirs, mine);
-            ASSERT_EQ(0, veksResidualFilter_Low_16s_Sfs(a.data(), 16, x.data() + 16, mine.data(), 64, 11));
-            ASSERT_EQ(theirs, mine);
-        }
-    });
+    std::mt19937 random(1);
+    for (int round = 0; round < 400; ++round) {
+        Samples a = coefficients(random);
+        Samples x = noise(random, 80, std::min(loudness(random), 8000));
+        Samples mine(64), theirs(64);
+        voAWB_Residu(a.data(), x.data() + 16, theirs.data(), 64);
+        ASSERT_EQ(0, veksResidualFilter_AMRWB_16s_Sfs(a.data(), 16, x.data() + 16, mine.data(), 64, 11));
+        ASSERT_EQ(theirs, mine);
+        ASSERT_EQ(0, veksResidualFilter_Low_16s_Sfs(a.data(), 16, x.data() + 16, mine.data(), 64, 11));
+        ASSERT_EQ(theirs, mine);
+    }
 }
 
 TEST(AmrWbOracle, EmphasisHasTheSameBits) {
@@ -310,70 +299,64 @@ TEST(AmrWbOracle, PairsOfCoefficientsHaveTheSameBits) {
 }
 
 TEST(AmrWbOracle, AdaptiveGainHasTheSameBits) {
-    atEveryLevel([] {
-        std::mt19937 random(7);
-        for (int round = 0; round < 1000; ++round) {
-            Samples x = noise(random, 64, std::min(loudness(random), 4000));
-            Samples y = noise(random, 64, std::min(loudness(random), 4000));
-            const double share = pick(random, -4, 6) / 4.0;
-            for (size_t i = 0; i < 64; ++i) {
-                x[i] = static_cast<int16_t>(x[i] / 2 + share * y[i]);
-            }
-            Samples c1(4), c2(4);
-            int16_t gain = -1;
-            const int16_t expected = voAWB_G_pitch(x.data(), y.data(), c1.data(), 64);
-            ASSERT_EQ(0, veksAdaptiveCodebookGainCoeff_AMRWB_16s(x.data(), y.data(), c2.data(), &gain, 64));
-            ASSERT_EQ(expected, gain);
-            ASSERT_EQ(c1, c2);
+    std::mt19937 random(7);
+    for (int round = 0; round < 1000; ++round) {
+        Samples x = noise(random, 64, std::min(loudness(random), 4000));
+        Samples y = noise(random, 64, std::min(loudness(random), 4000));
+        const double share = pick(random, -4, 6) / 4.0;
+        for (size_t i = 0; i < 64; ++i) {
+            x[i] = static_cast<int16_t>(x[i] / 2 + share * y[i]);
         }
-    });
+        Samples c1(4), c2(4);
+        int16_t gain = -1;
+        const int16_t expected = voAWB_G_pitch(x.data(), y.data(), c1.data(), 64);
+        ASSERT_EQ(0, veksAdaptiveCodebookGainCoeff_AMRWB_16s(x.data(), y.data(), c2.data(), &gain, 64));
+        ASSERT_EQ(expected, gain);
+        ASSERT_EQ(c1, c2);
+    }
 }
 
 TEST(AmrWbOracle, QuantiserChoosesTheSameIndicesOverRunsOfFrames) {
-    atEveryLevel([] {
-        std::mt19937 random(8);
-        for (const VekSpchBitRate mode : kRates) {
-            const bool lowest = mode == VEK_SPCHBR_6600;
-            Samples r1(16), r2(16);
-            for (int frame = 0; frame < 150; ++frame) {
-                Samples isf = frequencies(random, 0.2);
-                Samples q1(16), q2(16), i1(7), i2(7);
-                (lowest ? Qpisf_2s_36b : Qpisf_2s_46b)(isf.data(), q1.data(), r1.data(), i1.data(), 4);
-                ASSERT_EQ(0, veksISFQuant_AMRWB_16s(isf.data(), r2.data(), q2.data(), i2.data(), mode));
-                ASSERT_EQ(i1, i2);
-                ASSERT_EQ(q1, q2);
-                ASSERT_EQ(r1, r2);
-            }
+    std::mt19937 random(8);
+    for (const VekSpchBitRate mode : kRates) {
+        const bool lowest = mode == VEK_SPCHBR_6600;
+        Samples r1(16), r2(16);
+        for (int frame = 0; frame < 150; ++frame) {
+            Samples isf = frequencies(random, 0.2);
+            Samples q1(16), q2(16), i1(7), i2(7);
+            (lowest ? Qpisf_2s_36b : Qpisf_2s_46b)(isf.data(), q1.data(), r1.data(), i1.data(), 4);
+            ASSERT_EQ(0, veksISFQuant_AMRWB_16s(isf.data(), r2.data(), q2.data(), i2.data(), mode));
+            ASSERT_EQ(i1, i2);
+            ASSERT_EQ(q1, q2);
+            ASSERT_EQ(r1, r2);
         }
-    });
+    }
 }
 
 // The codec's distances do not saturate: numbers that keep them within 31 bits.
 TEST(AmrWbOracle, QuantisersChooseTheSameIndicesOfNumbersFarFromTheBooks) {
-    atEveryLevel([] {
-        std::mt19937 random(12);
-        for (int round = 0; round < 600; ++round) {
-            Samples isf = frequencies(random, 0.2);
-            const Samples wander = noise(random, 16, 11000);
-            std::transform(isf.begin(), isf.end(), wander.begin(), isf.begin(),
-                           [](int a, int b) { return static_cast<int16_t>(a + b); });
-            Samples r1 = noise(random, 16, 2000);
-            Samples r2 = r1;
-            const bool lowest = round % 2 == 0;
-            Samples q1(16), q2(16), i1(7), i2(7);
-            (lowest ? Qpisf_2s_36b : Qpisf_2s_46b)(isf.data(), q1.data(), r1.data(), i1.data(), 4);
-            ASSERT_EQ(0, veksISFQuant_AMRWB_16s(isf.data(), r2.data(), q2.data(), i2.data(),
-                                                lowest ? VEK_SPCHBR_6600 : VEK_SPCHBR_8850));
-            ASSERT_EQ(i1, i2) << round;
-            ASSERT_EQ(q1, q2) << round;
-            ASSERT_EQ(r1, r2) << round;
-            Samples n1(5), n2(5);
-            ASSERT_EQ(0, veksISFQuantDTX_AMRWB_16s(isf.data(), q2.data(), n2.data()));
-            voAWB_Qisf_ns(isf.data(), q1.data(), n1.data());
-            ASSERT_EQ(n1, n2) << round;
-            ASSERT_EQ(q1, q2) << round;
-        }
-    });
+    std::mt19937 random(12);
+    for (int round = 0; round < 600; ++round) {
+        Samples isf = frequencies(random, 0.2);
+        const Samples wander = noise(random, 16, 11000);
+        std::transform(isf.begin(), isf.end(), wander.begin(), isf.begin(),
+                       [](int a, int b) { return static_cast<int16_t>(a + b); });
+        Samples r1 = noise(random, 16, 2000);
+        Samples r2 = r1;
+        const bool lowest = round % 2 == 0;
+        Samples q1(16), q2(16), i1(7), i2(7);
+        (lowest ? Qpisf_2s_36b : Qpisf_2s_46b)(isf.data(), q1.data(), r1.data(), i1.data(), 4);
+        ASSERT_EQ(0, veksISFQuant_AMRWB_16s(isf.data(), r2.data(), q2.data(), i2.data(),
+                                            lowest ? VEK_SPCHBR_6600 : VEK_SPCHBR_8850));
+        ASSERT_EQ(i1, i2) << round;
+        ASSERT_EQ(q1, q2) << round;
+        ASSERT_EQ(r1, r2) << round;
+        Samples n1(5), n2(5);
+        ASSERT_EQ(0, veksISFQuantDTX_AMRWB_16s(isf.data(), q2.data(), n2.data()));
+        voAWB_Qisf_ns(isf.data(), q1.data(), n1.data());
+        ASSERT_EQ(n1, n2) << round;
+        ASSERT_EQ(q1, q2) << round;
+    }
 }
 
 TEST(AmrWbOracle, DecodedFrequenciesHaveTheSameBitsWithBadFramesToo) {
@@ -402,21 +385,19 @@ TEST(AmrWbOracle, DecodedFrequenciesHaveTheSameBitsWithBadFramesToo) {
 }
 
 TEST(AmrWbOracle, ComfortNoiseFrequenciesHaveTheSameBits) {
-    atEveryLevel([] {
-        std::mt19937 random(10);
-        for (int round = 0; round < 600; ++round) {
-            Samples isf = frequencies(random, 0.2);
-            Samples q1(16), q2(16), i1(5), i2(5), d(16);
-            Samples copy = isf;
-            voAWB_Qisf_ns(copy.data(), q1.data(), i1.data());
-            ASSERT_EQ(0, veksISFQuantDTX_AMRWB_16s(isf.data(), q2.data(), i2.data()));
-            ASSERT_EQ(i1, i2);
-            Disf_ns(i1.data(), q1.data());
-            ASSERT_EQ(q1, q2);
-            ASSERT_EQ(0, veksISFQuantDecodeDTX_AMRWB_16s(i2.data(), d.data()));
-            ASSERT_EQ(q1, d);
-        }
-    });
+    std::mt19937 random(10);
+    for (int round = 0; round < 600; ++round) {
+        Samples isf = frequencies(random, 0.2);
+        Samples q1(16), q2(16), i1(5), i2(5), d(16);
+        Samples copy = isf;
+        voAWB_Qisf_ns(copy.data(), q1.data(), i1.data());
+        ASSERT_EQ(0, veksISFQuantDTX_AMRWB_16s(isf.data(), q2.data(), i2.data()));
+        ASSERT_EQ(i1, i2);
+        Disf_ns(i1.data(), q1.data());
+        ASSERT_EQ(q1, q2);
+        ASSERT_EQ(0, veksISFQuantDecodeDTX_AMRWB_16s(i2.data(), d.data()));
+        ASSERT_EQ(q1, d);
+    }
 }
 
 TEST(AmrWbOracle, HistoriesHaveTheSameBits) {

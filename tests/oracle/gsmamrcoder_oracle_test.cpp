@@ -408,19 +408,6 @@ TEST(AmrChainOracle, CoderFollowsChangesOfTheRate) {
     expectSameParameters(x, [&](int f) { return modes[static_cast<size_t>(f)]; });
 }
 
-TEST(AmrChainOracle, CoderHasThemAtAllLevelsOfInstructions) {
-    const Samples x = speechLike(size_t{kFrame} * kFrames);
-    for (const VekCpuType type : {vekCpuUnknown, vekCpuV5, vekCpuV8}) {
-        if (vekInitCpu(type) == vekStsNoErr) {
-            for (int mode = 0; mode < kRates; ++mode) {
-                SCOPED_TRACE(kNames[mode] + std::string(" level ") + std::to_string(type));
-                expectSameParameters(x, [mode](int) { return mode; });
-            }
-        }
-    }
-    vekInit();
-}
-
 // Its post filter does not keep the samples, and the noise in the signal is not to be had for so few bits.
 TEST(AmrChainOracle, OtherDecoderGivesTheSignalBack) {
     constexpr int kDelay = 39;

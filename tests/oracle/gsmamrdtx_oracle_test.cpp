@@ -178,17 +178,6 @@ struct Tables {
     Tables() { get_const_tbls(bytes); }
 };
 
-template <class Body>
-void atEveryLevel(Body body) {
-    for (const VekCpuType type : {vekCpuUnknown, vekCpuV5, vekCpuV8}) {
-        if (vekInitCpu(type) == vekStsNoErr) {
-            SCOPED_TRACE(type);
-            body();
-        }
-    }
-    vekInit();
-}
-
 TEST(AmrDtxOracle, BuffersOfBothSidesEqualTheOtherCodec) {
     std::mt19937 random(1);
     const Samples x = signal(2, 400);
@@ -246,68 +235,64 @@ TEST(AmrDtxOracle, HandlerEqualsTheOtherCodec) {
 }
 
 TEST(AmrDtxOracle, SilenceFrameEqualsTheOtherCodec) {
-    atEveryLevel([] {
-        std::mt19937 random(4);
-        EncoderDtxRecord s{};
-        PredictorRecord p{};
-        int16_t residual[10] = {};
-        int16_t energyIndex = 0;
-        int16_t start = 0;
-        int16_t index[3] = {};
-        int16_t error[4] = {};
-        int16_t error122[4] = {};
-        int overflow = 0;
-        for (int f = 0; f < 600; ++f) {
-            for (int k = 0; k < 8; ++k) {
-                const Samples lsp = f % 7 == 0 ? noise(random, 10, 32767) : walkOfPairs(random, f % 3 == 0);
-                std::copy(lsp.begin(), lsp.end(), s.lsp + 10 * k);
-                s.energy[k] = static_cast<int16_t>(pick(random, 24000) - 8000);
-            }
-            const int16_t flag = pick(random, 3) == 0 ? 0 : 1;
-            int16_t words[8];
-            int16_t* at = words;
-            dtx_enc(&s, flag, residual, &p, &at, &overflow);
-            ASSERT_EQ(0, veksEncDTXSID_GSMAMR_16s(s.lsp, s.energy, &energyIndex, &start, index, error, error122, flag));
-            ASSERT_EQ(s.energyIndex, energyIndex) << f;
-            ASSERT_EQ(s.start, start) << f;
-            ASSERT_EQ(Samples(s.index, s.index + 3), Samples(index, index + 3)) << f;
-            ASSERT_EQ(Samples(p.error, p.error + 4), Samples(error, error + 4)) << f;
-            ASSERT_EQ(Samples(p.error122, p.error122 + 4), Samples(error122, error122 + 4)) << f;
+    std::mt19937 random(4);
+    EncoderDtxRecord s{};
+    PredictorRecord p{};
+    int16_t residual[10] = {};
+    int16_t energyIndex = 0;
+    int16_t start = 0;
+    int16_t index[3] = {};
+    int16_t error[4] = {};
+    int16_t error122[4] = {};
+    int overflow = 0;
+    for (int f = 0; f < 600; ++f) {
+        for (int k = 0; k < 8; ++k) {
+            const Samples lsp = f % 7 == 0 ? noise(random, 10, 32767) : walkOfPairs(random, f % 3 == 0);
+            std::copy(lsp.begin(), lsp.end(), s.lsp + 10 * k);
+            s.energy[k] = static_cast<int16_t>(pick(random, 24000) - 8000);
         }
-    });
+        const int16_t flag = pick(random, 3) == 0 ? 0 : 1;
+        int16_t words[8];
+        int16_t* at = words;
+        dtx_enc(&s, flag, residual, &p, &at, &overflow);
+        ASSERT_EQ(0, veksEncDTXSID_GSMAMR_16s(s.lsp, s.energy, &energyIndex, &start, index, error, error122, flag));
+        ASSERT_EQ(s.energyIndex, energyIndex) << f;
+        ASSERT_EQ(s.start, start) << f;
+        ASSERT_EQ(Samples(s.index, s.index + 3), Samples(index, index + 3)) << f;
+        ASSERT_EQ(Samples(p.error, p.error + 4), Samples(error, error + 4)) << f;
+        ASSERT_EQ(Samples(p.error122, p.error122 + 4), Samples(error122, error122 + 4)) << f;
+    }
 }
 
 TEST(AmrPitchOracle, ResponseResidualAndTargetEqualTheOtherCodec) {
-    atEveryLevel([] {
-        std::mt19937 random(5);
-        for (int round = 0; round < 300; ++round) {
-            const int mode = round % 8;
-            // Louder frames overflow, where the other codec's filters wrap and ours saturate.
-            const int level = 2 << (round % 11);
-            Samples a = predictor(random);
-            Samples aq = predictor(random);
-            Samples speech = noise(random, 50, level);
-            Samples error = noise(random, 50, level / 2);
-            Samples memory = noise(random, 10, level / 2);
-            int16_t zero[40] = {};
-            int16_t response[51] = {};
-            Samples exc(40), h(40), xn(40), residual(40);
-            Samples theirError = error;
-            Samples theirMemory = memory;
-            subframePreProc(mode, gamma1, gamma1_12k2, gamma2, a.data(), aq.data(), speech.data() + 10,
-                            theirError.data(), theirMemory.data(), zero, response, exc.data(), h.data(), xn.data(),
-                            residual.data(), theirError.data() + 10);
-            const Samples w1 = weighted(a, mode >= 6 ? gamma1_12k2 : gamma1);
-            const Samples w2 = weighted(a, gamma2);
-            Samples ourH(40), ourResidual(40), target(40);
-            ASSERT_EQ(0, veksImpulseResponseTarget_GSMAMR_16s(speech.data() + 10, w1.data(), w2.data(), aq.data(),
-                                                              error.data(), memory.data(), ourH.data(),
-                                                              ourResidual.data(), target.data()));
-            ASSERT_EQ(h, ourH) << round;
-            ASSERT_EQ(residual, ourResidual) << round;
-            ASSERT_EQ(xn, target) << round;
-        }
-    });
+    std::mt19937 random(5);
+    for (int round = 0; round < 300; ++round) {
+        const int mode = round % 8;
+        // Louder frames overflow, where the other codec's filters wrap and ours saturate.
+        const int level = 2 << (round % 11);
+        Samples a = predictor(random);
+        Samples aq = predictor(random);
+        Samples speech = noise(random, 50, level);
+        Samples error = noise(random, 50, level / 2);
+        Samples memory = noise(random, 10, level / 2);
+        int16_t zero[40] = {};
+        int16_t response[51] = {};
+        Samples exc(40), h(40), xn(40), residual(40);
+        Samples theirError = error;
+        Samples theirMemory = memory;
+        subframePreProc(mode, gamma1, gamma1_12k2, gamma2, a.data(), aq.data(), speech.data() + 10, theirError.data(),
+                        theirMemory.data(), zero, response, exc.data(), h.data(), xn.data(), residual.data(),
+                        theirError.data() + 10);
+        const Samples w1 = weighted(a, mode >= 6 ? gamma1_12k2 : gamma1);
+        const Samples w2 = weighted(a, gamma2);
+        Samples ourH(40), ourResidual(40), target(40);
+        ASSERT_EQ(0, veksImpulseResponseTarget_GSMAMR_16s(speech.data() + 10, w1.data(), w2.data(), aq.data(),
+                                                          error.data(), memory.data(), ourH.data(), ourResidual.data(),
+                                                          target.data()));
+        ASSERT_EQ(h, ourH) << round;
+        ASSERT_EQ(residual, ourResidual) << round;
+        ASSERT_EQ(xn, target) << round;
+    }
 }
 
 // Frames in a row through both codecs, at one rate; the memories go on.
@@ -390,11 +375,9 @@ TEST(AmrPitchOracle, DelaysTonesAndCorrelationEqualTheOtherCodecAtAllRates) {
 }
 
 TEST(AmrPitchOracle, EveryLevelEqualsTheOtherCodec) {
-    atEveryLevel([] {
-        for (const int mode : {0, 4, 6, 7}) {
-            searchesEqual(mode, 90, 60);
-        }
-    });
+    for (const int mode : {0, 4, 6, 7}) {
+        searchesEqual(mode, 90, 60);
+    }
 }
 
 TEST(AmrLspOracle, DecodedPairsEqualTheOtherCodecGoodAndBad) {
@@ -458,63 +441,59 @@ TEST(AmrLspOracle, DecodedPairsEqualTheOtherCodecGoodAndBad) {
 }
 
 TEST(AmrLspOracle, QuantisedPairsEqualTheOtherCodec) {
-    atEveryLevel([] {
-        int overflow = 0;
-        for (int mode = 0; mode < 9; ++mode) {
-            SCOPED_TRACE(mode);
-            std::mt19937 random(7);
-            int16_t theirs[10] = {};
-            Samples ours(10);
-            for (int f = 0; f < 1500; ++f) {
-                Samples lsp = walkOfPairs(random, f % 3 == 0);
-                const Samples second = walkOfPairs(random, f % 4 == 0);
-                lsp.resize(10);
-                lsp.insert(lsp.end(), second.begin(), second.end());
-                Samples want(20), got(20);
-                int16_t index[5] = {};
-                int16_t ourIndex[5] = {};
-                if (mode == k1220) {
-                    Q_plsf_5(theirs, lsp.data(), lsp.data() + 10, want.data(), want.data() + 10, index, &overflow);
-                } else if (mode == kDtx) {
-                    Q_plsf_3(theirs, mode, lsp.data(), want.data(), index + 1, index, &overflow);
-                } else {
-                    int16_t start = 0;
-                    Q_plsf_3(theirs, mode, lsp.data(), want.data(), index, &start, &overflow);
-                }
-                ASSERT_EQ(0, veksLSPQuant_GSMAMR_16s(lsp.data(), ours.data(), got.data(), ourIndex, kRates[mode]));
-                ASSERT_EQ(Samples(index, index + 5), Samples(ourIndex, ourIndex + 5)) << f;
-                ASSERT_EQ(want, got) << f;
-                ASSERT_EQ(Samples(theirs, theirs + 10), ours) << f;
+    int overflow = 0;
+    for (int mode = 0; mode < 9; ++mode) {
+        SCOPED_TRACE(mode);
+        std::mt19937 random(7);
+        int16_t theirs[10] = {};
+        Samples ours(10);
+        for (int f = 0; f < 1500; ++f) {
+            Samples lsp = walkOfPairs(random, f % 3 == 0);
+            const Samples second = walkOfPairs(random, f % 4 == 0);
+            lsp.resize(10);
+            lsp.insert(lsp.end(), second.begin(), second.end());
+            Samples want(20), got(20);
+            int16_t index[5] = {};
+            int16_t ourIndex[5] = {};
+            if (mode == k1220) {
+                Q_plsf_5(theirs, lsp.data(), lsp.data() + 10, want.data(), want.data() + 10, index, &overflow);
+            } else if (mode == kDtx) {
+                Q_plsf_3(theirs, mode, lsp.data(), want.data(), index + 1, index, &overflow);
+            } else {
+                int16_t start = 0;
+                Q_plsf_3(theirs, mode, lsp.data(), want.data(), index, &start, &overflow);
             }
+            ASSERT_EQ(0, veksLSPQuant_GSMAMR_16s(lsp.data(), ours.data(), got.data(), ourIndex, kRates[mode]));
+            ASSERT_EQ(Samples(index, index + 5), Samples(ourIndex, ourIndex + 5)) << f;
+            ASSERT_EQ(want, got) << f;
+            ASSERT_EQ(Samples(theirs, theirs + 10), ours) << f;
         }
-    });
+    }
 }
 
 TEST(AmrAutocorrelationOracle, EqualsTheOtherCodecWithItsThreeWindows) {
-    atEveryLevel([] {
-        std::mt19937 random(8);
-        int overflow = 0;
-        for (int round = 0; round < 200; ++round) {
-            // At full scale the other codec's energy wraps.
-            Samples x = noise(random, 240, 1 << (round % 15));
-            for (const int mode : {0, 7, 8}) {
-                Vek32s r[22] = {};
-                ASSERT_EQ(0, veksAutoCorr_GSMAMR_16s32s(x.data(), r, kRates[mode]));
-                for (int half = 0; half < (mode == k1220 ? 2 : 1); ++half) {
-                    int16_t high[11], low[11];
-                    Autocorr(x.data(), 10, high, low,
-                             mode != k1220 ? window_200_40
-                             : half == 0   ? window_160_80
-                                           : window_232_8,
-                             &overflow);
-                    for (int k = 0; k < 11; ++k) {
-                        // The other codec's two words hold 31 bits.
-                        ASSERT_EQ(high[k] * 65536 + low[k] * 2, r[11 * half + k] & ~1) << round << " " << k;
-                    }
+    std::mt19937 random(8);
+    int overflow = 0;
+    for (int round = 0; round < 200; ++round) {
+        // At full scale the other codec's energy wraps.
+        Samples x = noise(random, 240, 1 << (round % 15));
+        for (const int mode : {0, 7, 8}) {
+            Vek32s r[22] = {};
+            ASSERT_EQ(0, veksAutoCorr_GSMAMR_16s32s(x.data(), r, kRates[mode]));
+            for (int half = 0; half < (mode == k1220 ? 2 : 1); ++half) {
+                int16_t high[11], low[11];
+                Autocorr(x.data(), 10, high, low,
+                         mode != k1220 ? window_200_40
+                         : half == 0   ? window_160_80
+                                       : window_232_8,
+                         &overflow);
+                for (int k = 0; k < 11; ++k) {
+                    // The other codec's two words hold 31 bits.
+                    ASSERT_EQ(high[k] * 65536 + low[k] * 2, r[11 * half + k] & ~1) << round << " " << k;
                 }
             }
         }
-    });
+    }
 }
 
 // A noise whose level wanders, so that decisions stand near the threshold at every noise that it knows.

@@ -1,5 +1,5 @@
-// Textbook versions of the filters, with saturation written out in 64 bits, and a walk over the instruction levels.
-// Used by the tests of the filter room; shares no code with the library.
+// Textbook versions of the filters, with saturation written out in 64 bits. Used by the tests of the filter room;
+// shares no code with the library.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <random>
 #include <vector>
 
-#include "vekcore.h"
+#include "kernellevels.h"
 
 namespace lpref {
 
@@ -80,16 +80,6 @@ inline std::vector<int16_t> noise(std::mt19937& random, int n, int low, int high
     return v;
 }
 
-// Runs the body with plain, 128-bit and 256-bit kernels, as far as the machine has them.
-template <class Body>
-void atEveryLevel(Body body) {
-    for (const VekCpuType cpu : {vekCpuUnknown, vekCpuV5, vekCpuV8}) {
-        if (vekInitCpu(cpu) == vekStsNoErr) {
-            SCOPED_TRACE("kernel level " + std::to_string(vekGetKernelLevel()));
-            body();
-        }
-    }
-    vekInit();
-}
+using kernellevels::atEveryLevel;
 
 } // namespace lpref

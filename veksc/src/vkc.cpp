@@ -7,15 +7,6 @@
 #include <algorithm>
 #include <climits>
 
-static void readVersionTexts(const void* version, krString texts[3]) {
-    const auto* record = static_cast<const VekLibraryVersion*>(version);
-    texts[0] = record->Name;
-    texts[1] = record->Version;
-    texts[2] = record->BuildDate;
-}
-
-static const bool regVersionTexts = krRegVersionTexts(readVersionTexts) != 0;
-
 // Each call goes through a function of its own, since the types of status and processor are the library's.
 void vkSetVekEnvironment() {
     vek_GetCpuType = []() -> int { return vekGetCpuType(); };
@@ -27,7 +18,7 @@ void vkSetVekEnvironment() {
     vek_SetNumThreads = [](int numThreads) -> int { return vekSetNumThreads(numThreads); };
 }
 
-const void* vkGetVekVersion_veksc() {
+const VekLibraryVersion* vkGetVekVersion_veksc() {
     return vekscGetLibVersion();
 }
 

@@ -14,7 +14,7 @@
 
 /// Hands the library's core functions to the harness.
 void vkSetVekEnvironment();
-const void* vkGetVekVersion_veksc();
+const VekLibraryVersion* vkGetVekVersion_veksc();
 
 static const bool regVekEnvironment = krRegVekEnvironment(vkSetVekEnvironment) != 0;
 static const bool regVersion_veksc = krRegVekVersion(vkGetVekVersion_veksc) != 0;

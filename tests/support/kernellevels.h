@@ -1,0 +1,106 @@
+// Runs a program of tests once at each level of the kernels: 256-bit, 128-bit and plain code, as far as the machine has
+// them. Who tests a function that works by kernels need do nothing for it. A test that compares the levels with one
+// another walks through them by atEveryLevel, and is run once.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "vekcore.h"
+
+namespace kernellevels {
+
+/// The level of this run, and the tests that need no run at another one.
+struct Run {
+    bool best = true;
+    VekCpuType cpu = vekCpuUnknown;
+    std::set<std::string> done;
+
+    void choose() const {
+        if (best) {
+            vekInit();
+        } else {
+            vekInitCpu(cpu);
+        }
+    }
+};
+
+inline Run& run() {
+    static Run only;
+    return only;
+}
+
+inline std::string nameOf(const testing::TestInfo& test) {
+    return std::string(test.test_suite_name()) + "." + test.name();
+}
+
+/// Runs the body with plain, 128-bit and 256-bit kernels, as far as the machine has them.
+template <class Body>
+void atEveryLevel(Body body) {
+    run().done.insert(nameOf(*testing::UnitTest::GetInstance()->current_test_info()));
+    for (const VekCpuType cpu : {vekCpuUnknown, vekCpuV5, vekCpuV8}) {
+        if (vekInitCpu(cpu) == vekStsNoErr) {
+            SCOPED_TRACE("kernel level " + std::to_string(vekGetKernelLevel()));
+            body();
+        }
+    }
+    run().choose();
+}
+
+/// What a test before has set does not last.
+class Chooser : public testing::EmptyTestEventListener {
+    void OnTestStart(const testing::TestInfo&) override { run().choose(); }
+};
+
+inline bool anyLeft() {
+    const testing::UnitTest& all = *testing::UnitTest::GetInstance();
+    for (int s = 0; s < all.total_test_suite_count(); ++s) {
+        const testing::TestSuite& suite = *all.GetTestSuite(s);
+        for (int t = 0; t < suite.total_test_count(); ++t) {
+            const testing::TestInfo& test = *suite.GetTestInfo(t);
+            if (test.should_run() && run().done.count(nameOf(test)) == 0) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+/// The main function of a test program. `single` are patterns of tests that use no kernel and take their time.
+inline int runTests(int argc, char** argv, const std::vector<std::string>& single) {
+    testing::InitGoogleTest(&argc, argv);
+    if (testing::GTEST_FLAG(list_tests)) {
+        return RUN_ALL_TESTS();
+    }
+    testing::UnitTest::GetInstance()->listeners().Append(new Chooser);
+    vekInit();
+    const int best = vekGetKernelLevel();
+    int result = RUN_ALL_TESTS();
+    std::string filter = testing::GTEST_FLAG(filter);
+    filter += filter.find('-') == std::string::npos ? "-" : ":";
+    for (const std::string& pattern : single) {
+        filter += pattern + ":";
+    }
+    for (const std::string& test : run().done) {
+        filter += test + ":";
+    }
+    run().best = false;
+    for (const VekCpuType cpu : {vekCpuV5, vekCpuUnknown}) {
+        if (!anyLeft()) {
+            break;
+        }
+        if (vekInitCpu(cpu) == vekStsNoErr && vekGetKernelLevel() < best) {
+            std::printf("Kernel level %d:\n", vekGetKernelLevel());
+            run().cpu = cpu;
+            testing::GTEST_FLAG(filter) = filter;
+            result = RUN_ALL_TESTS() != 0 ? 1 : result;
+        }
+    }
+    return result;
+}
+
+} // namespace kernellevels
