@@ -358,7 +358,10 @@ void vkVector::setVector(SetMode mode, double a, double b) {
 }
 
 void vkVector::setIndex(int index, SetMode mode, double a, double b) {
-    void* const place = getPointerAt(index);
+    setElement(getPointerAt(index), mode, a, b);
+}
+
+void vkVector::setElement(void* place, SetMode mode, double a, double b) const {
     if (!place || mode < 0 || mode > lastMode) {
         return;
     }

@@ -14,7 +14,7 @@ vkrMatrice::~vkrMatrice() {
 
 template <class Work>
 void vkrMatrice::eachRow(Work work) {
-    if (m_data) {
+    if (hasRows()) {
         for (int row = 0; row < m_rows; ++row) {
             work(m_rowPointers[row]);
         }
@@ -98,11 +98,14 @@ bool vkrMatrice::createMatrice(int rows, int columns, int rowStep, int align) {
     }
     const int bytes = static_cast<int>(rows * step + lastGap);
     m_rowStep = static_cast<int>(step);
-    m_rowPointers = static_cast<void**>(krMalloc(static_cast<int>(pointerBytes), 0, 0, nullptr));
-    if (!m_rowPointers) {
+    void** const pointers = static_cast<void**>(krMalloc(static_cast<int>(pointerBytes), 0, 0, nullptr));
+    if (!pointers) {
         return false;
     }
-    if (!allocateVector(bytes, align, static_cast<krObject*>(this))) {
+    // Behind the allocation, which drops what the matrix holds.
+    const bool allocated = allocateVector(bytes, align, static_cast<krObject*>(this));
+    m_rowPointers = pointers;
+    if (!allocated) {
         return false;
     }
     for (int row = 0; row < rows; ++row) {
@@ -134,7 +137,12 @@ void vkrMatrice::deleteMatrice() {
     m_rows = 0;
     m_columns = 0;
     m_rowStep = 0;
-    deleteVector();
+    vkVector::deleteVector();
+}
+
+void vkrMatrice::deleteVector() {
+    deleteMatrice();
+    vkVector::deleteVector();
 }
 
 krString vkrMatrice::objectInfo() const {
@@ -172,14 +180,26 @@ void* vkrMatrice::place(int row, int column) const {
     return static_cast<char*>(m_rowPointers[row]) + static_cast<long long>(column) * item(m_func);
 }
 
+void vkrMatrice::setIndex(int index, SetMode mode, double a, double b) {
+    if (hasRows()) {
+        setElement(place(index), mode, a, b);
+    }
+}
+
+void vkrMatrice::getIndex(int index, double& re, double& im) const {
+    if (hasRows()) {
+        readElement(place(index), re, im);
+    }
+}
+
 void vkrMatrice::setMatriceAt(int row, int column, double re, double im) {
-    if (m_data) {
+    if (hasRows()) {
         setDataConst(place(row, column), 1, re, im);
     }
 }
 
 void vkrMatrice::getMatriceAt(int row, int column, double& re, double& im) const {
-    if (m_data) {
+    if (hasRows()) {
         readElement(place(row, column), re, im);
     }
 }

@@ -22,6 +22,12 @@ public:
     void setJaehne(double magnitude) override;
     void setSequence(double first, double last, double step, bool wrap) override;
     void setRandom(double lo, double hi) override;
+    /// Elements are counted row by row, without the gaps.
+    void setIndex(int index, SetMode mode, double a, double b) override;
+    using vkVector::getIndex;
+    void getIndex(int index, double& re, double& im) const override;
+    /// The rows go with the data that they point at.
+    void deleteVector() override;
 
     virtual void deleteMatrice();
     /// Writes one element; the indices are not checked.
@@ -74,6 +80,8 @@ private:
     /// Sets the view of the matrix's type; null clears it.
     void setRowViews(void** rows);
     void* place(int row, int column) const;
+    void* place(int index) const { return place(index / m_columns, index % m_columns); }
+    bool hasRows() const { return m_data != nullptr && m_rowPointers != nullptr; }
 };
 
 /// Writes the matrix, one line for each row.

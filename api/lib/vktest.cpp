@@ -3,7 +3,7 @@
 
 #include "krbase.h"
 #include "krcputick.h"
-#include "krlib.h"
+#include "krown.h"
 #include "krstream.h"
 
 bool vkTest::m_checkErrorsOnly = false;
@@ -26,8 +26,16 @@ int vkTest::compareFunc(const krTest* other) const {
     return m_func.compare(vkFunc(other->m_name));
 }
 
+static void nameCells(const krString& name) {
+    const vkFunc func(name);
+    g_cstrm << func.prefix() + func.baseName() << func.typeName() << func.descrName();
+}
+
+// Tests that are no vkTest show their names by the same grammar.
+static const bool regNameCells = krRegNameCells(nameCells) != 0;
+
 void vkTest::funcToCstrm() {
-    g_cstrm << m_func.prefix() + m_func.baseName() << m_func.typeName() << m_func.descrName();
+    nameCells(m_func);
 }
 
 bool vkTest::isFloatFunction() {
@@ -47,16 +55,7 @@ krResult vkTest::checkStatus(int status, const krString& name) {
     if (status == 0 || (status > 0 && m_checkErrorsOnly)) {
         return krOk;
     }
-    const bool error = status < 0;
-    g_ostrm << (error ? ERR : WARN);
-    g_ostrm << (error ? "--VEK ERROR. " : "--VEK WARNING. ") << "status = " << status;
-    if (!name.empty()) {
-        g_ostrm << " in " << name;
-    }
-    g_ostrm << ": " << vek_GetStatusString(status) << "\n" << msgEnd;
-    const krResult result = error ? krFuncFail : krFuncWrn;
-    raiseResult(!error && g_ostrm.outLevel() < WARN ? krOk : result);
-    return result;
+    return reportStatus(status, name);
 }
 
 int vkTest::printAllMemoryBlocks(const krString& title) {

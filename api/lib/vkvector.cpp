@@ -189,25 +189,26 @@ bool vkVector::allocateVector(int bytes, int align, void* info) {
     return true;
 }
 
-bool vkVector::createVector(int length, int align) {
+bool vkVector::createVector(long long length, int align) {
     return createVector(length, align, nullptr);
 }
 
-bool vkVector::createVector(int length, int align, void* info) {
-    const long long bytes = static_cast<long long>(length) * item(m_func);
-    if (bytes > INT_MAX || bytes < INT_MIN) {
+bool vkVector::createVector(long long length, int align, void* info) {
+    long long bytes = 0;
+    const bool lost = __builtin_mul_overflow(length, item(m_func), &bytes);
+    if (lost || bytes > INT_MAX || bytes < INT_MIN) {
         deleteVector();
-        return memError(bytes > 0 ? INT_MAX : INT_MIN);
+        return memError(length > 0 ? INT_MAX : INT_MIN);
     }
     if (!allocateVector(static_cast<int>(bytes), align, info)) {
         return false;
     }
-    m_length = length;
+    m_length = static_cast<int>(length);
     setConst();
     return true;
 }
 
-bool vkVector::createVector(int length, SetMode mode, double a, double b) {
+bool vkVector::createVector(long long length, SetMode mode, double a, double b) {
     if (!createVector(length, -1)) {
         return false;
     }
@@ -215,7 +216,7 @@ bool vkVector::createVector(int length, SetMode mode, double a, double b) {
     return true;
 }
 
-bool vkVector::createVectorExt(int length, int /*align*/, SetMode mode, double a, double b) {
+bool vkVector::createVectorExt(long long length, int /*align*/, SetMode mode, double a, double b) {
     return createVector(length, mode, a, b);
 }
 

@@ -75,11 +75,12 @@ public:
     /// misalignment setting.
     bool allocateVector(int bytes, int align, void* info);
     /// New data of `length` elements with the default constant; false, with the vector empty, if there is no memory.
-    bool createVector(int length, int align);
-    bool createVector(int length, int align, void* info);
-    bool createVector(int length, SetMode mode, double a, double b);
+    /// The length is as wide as sums and products of sizes are: one that no block can have is refused as such.
+    bool createVector(long long length, int align);
+    bool createVector(long long length, int align, void* info);
+    bool createVector(long long length, SetMode mode, double a, double b);
     /// `align` has no effect: the settings alone choose the alignment.
-    bool createVectorExt(int length, int align, SetMode mode, double a, double b);
+    bool createVectorExt(long long length, int align, SetMode mode, double a, double b);
 
     void* getPointerAt(int index);
     const void* getPointerAt(int index) const;
@@ -112,6 +113,8 @@ protected:
     void setVectorJaehne(void* data, int count, double magnitude) const;
     /// Limits the magnitude and sets the offset; false for a negative magnitude.
     bool updateJaehneMagn(double& magnitude, double& offset) const;
+    /// Writes the element at `place`; null and an unknown mode are ignored.
+    void setElement(void* place, SetMode mode, double a, double b) const;
     /// Reads the element at `data`.
     void readElement(const void* data, double& re, double& im) const;
 

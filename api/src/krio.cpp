@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-static const char* fopenMode(int mode) {
+const char* krFileMode(int mode) {
     const bool binary = (mode & ioBinary) != 0;
     if ((mode & ioRead) != 0) {
         return binary ? "rb" : "r";
@@ -26,7 +26,7 @@ io_stream::io_stream(const krString& name, int mode, bool reportError) : m_file(
         path = (mode & ioRead) != 0 ? krSession::getInPath(name) : krSession::getOutPath(name);
     }
     if ((mode & (ioRead | ioWrite)) != 0) {
-        m_file = std::fopen(krFullPath(path).c_str(), fopenMode(mode));
+        m_file = std::fopen(krFullPath(path).c_str(), krFileMode(mode));
     }
     // A directory opens for reading, and has nothing to read.
     struct stat status = {};

@@ -9,6 +9,9 @@
 /// Mode bits of a file.
 enum krIoMode { ioRead = 1, ioWrite = 2, ioAppend = 4, ioBinary = 8, ioRawName = 256 };
 
+/// What fopen is told for these bits.
+const char* krFileMode(int mode);
+
 /// A file of the standard input and output library; null if it could not be opened.
 class io_stream {
 public:

@@ -16,22 +16,16 @@ void (*vekEnvironment)() = nullptr;
 krVekVersionList* vekVersionList = nullptr;
 krStringList* g_pLibInfoList = nullptr;
 krStringList* g_pLibFuncList = nullptr;
-void (*krVersionTexts)(const void* version, krString texts[3]) = nullptr;
 
 int s_cpuType = -1;
 int s_numThreads = 0;
-
-int krRegVersionTexts(void (*read)(const void* version, krString texts[3])) {
-    krVersionTexts = read;
-    return 1;
-}
 
 int krRegVekEnvironment(void (*bind)()) {
     vekEnvironment = bind;
     return 1;
 }
 
-int krRegVekVersion(krVekVersionFunc version) {
+int krRegVekVersion(const krVekVersion& version) {
     if (vekVersionList == nullptr) {
         vekVersionList = new krVekVersionList;
     }
@@ -156,11 +150,9 @@ void setVekLibInfo() {
     if (vekVersionList == nullptr) {
         return;
     }
-    for (const krVekVersionFunc version : *vekVersionList) {
-        const void* record = version();
-        if (record != nullptr && krVersionTexts != nullptr) {
-            krString texts[3];
-            krVersionTexts(record, texts);
+    for (const krVekVersion& version : *vekVersionList) {
+        krString texts[3];
+        if (version.read(version.function, texts)) {
             krRegLibInfo(texts[0] + ", " + texts[1] + ", " + texts[2]);
         }
     }

@@ -16,8 +16,13 @@ extern int (*vek_SetNumThreads)(int numThreads);
 /// What the pointers answer where no library is bound.
 constexpr int s_noLibrary = -2;
 
-using krVekVersionFunc = const void* (*)();
-using krVekVersionList = krList<krVekVersionFunc>;
+/// A registered version function with the way to read its record, whose form is the library's own.
+struct krVekVersion {
+    void (*function)() = nullptr;
+    /// Calls the function; false if there is no record.
+    bool (*read)(void (*function)(), krString texts[3]) = nullptr;
+};
+using krVekVersionList = krList<krVekVersion>;
 
 // Registries, null until the first registration. They are filled before main, live for the whole process, and so do not
 // depend on the order of static construction.
@@ -26,13 +31,23 @@ extern krVekVersionList* vekVersionList;
 extern krStringList* g_pLibInfoList;
 extern krStringList* g_pLibFuncList;
 
-/// Reads the three texts of a version record, whose form is the library's own. Registered by the test layer.
-extern void (*krVersionTexts)(const void* version, krString texts[3]);
-
 /// Each returns 1, so that a static initialiser can call it. The binder that comes last wins.
 int krRegVekEnvironment(void (*bind)());
-int krRegVekVersion(krVekVersionFunc version);
-int krRegVersionTexts(void (*read)(const void* version, krString texts[3]));
+int krRegVekVersion(const krVekVersion& version);
+/// A function that returns the library's record, of which the three text fields are read, or null.
+template <class Record>
+int krRegVekVersion(const Record* (*version)()) {
+    const auto read = [](void (*function)(), krString texts[3]) {
+        const Record* record = reinterpret_cast<const Record* (*)()>(function)();
+        if (record != nullptr) {
+            texts[0] = record->Name;
+            texts[1] = record->Version;
+            texts[2] = record->BuildDate;
+        }
+        return record != nullptr;
+    };
+    return krRegVekVersion(krVekVersion{reinterpret_cast<void (*)()>(version), read});
+}
 /// 0 if the text stands in the list already.
 int krRegLibInfo(const krString& info);
 /// 0 for an empty name.

@@ -108,6 +108,9 @@ public:
     static void printCtrlStatus(bool bad87, bool badSSX);
     static void clearCtrlStatus();
     krResult checkCtrlStatus();
+    /// Tells a status that is not 0, and makes a failure of a negative one and a warning of a positive one, also for the
+    /// test in work. A blank name is left out.
+    static krResult reportStatus(int status, const krString& name);
     static void raiseResult(krResult result) { m_currentResult = krWorst(m_currentResult, result); }
 
     bool m_deprecated = false;
@@ -188,11 +191,13 @@ public:
     static krString m_startFunc;
     static krTest* m_pCurrentTest;
 
-private:
-    void beforeAll() {}
-    void beforeTest() {}
-    void afterTest(krTest*) {}
+protected:
+    // Hooks of a run, for lists that derive from this one.
+    virtual void beforeAll() {}
+    virtual void beforeTest() {}
+    virtual void afterTest(krTest* /*test*/) {}
 
+private:
     int m_count = 0;
     int m_counters[krResultCount] = {};
 };

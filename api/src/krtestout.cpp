@@ -177,6 +177,19 @@ void krTest::outputResult(krResult result) {
     }
 }
 
+krResult krTest::reportStatus(int status, const krString& name) {
+    const bool error = status < 0;
+    g_ostrm << (error ? ERR : WARN);
+    g_ostrm << (error ? "--VEK ERROR. " : "--VEK WARNING. ") << "status = " << status;
+    if (!name.empty()) {
+        g_ostrm << " in " << name;
+    }
+    g_ostrm << ": " << vek_GetStatusString(status) << "\n" << msgEnd;
+    const krResult result = error ? krFuncFail : krFuncWrn;
+    raiseResult(!error && g_ostrm.outLevel() < WARN ? krOk : result);
+    return result;
+}
+
 void krTest::putTextError(krResult result) {
     if (result > krOk) {
         g_ostrm << (krIsFailure(result) ? ERR : WARN);

@@ -209,6 +209,134 @@ TEST_F(KrCacheIterator, NewStateHasItsFloorAndRetriesAnew) {
     EXPECT_EQ(iter.lowSize(), 100000);
 }
 
+TEST_F(KrCacheIterator, EachStateAndEachFitHasElevenRetriesAnew) {
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
+    iter.firstValue();
+    const auto retries = [&iter] {
+        int count = 0;
+        while (iter.repeatValue()) {
+            ++count;
+        }
+        return count;
+    };
+    EXPECT_EQ(retries(), 11);
+    EXPECT_EQ(retries(), 0);
+    takeBlock(500000);
+    EXPECT_TRUE(iter.validateSize());
+    EXPECT_EQ(retries(), 11);
+    iter.nextValue();
+    EXPECT_EQ(retries(), 11);
+}
+
+TEST_F(KrCacheIterator, FailedChecksAreForgottenByAFitAndByANewState) {
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    g_ostrm.setOutLevel(ERR);
+    iter.firstValue();
+    takeBlock(99999);
+    iter.validateSize();
+    takeBlock(900001);
+    iter.validateSize();
+    iter.outputInfo();
+    const std::string both = "      inCache try: cacheParm=100 totalSize=99999 < 100000\n"
+                             "      inCache try: cacheParm=100 totalSize=900001 > 900000\n";
+    EXPECT_EQ(m_console.text(), both) << "every check since the last fit";
+    takeBlock(500000);
+    EXPECT_TRUE(iter.validateSize());
+    iter.outputInfo();
+    EXPECT_EQ(m_console.text(), both);
+    takeBlock(99999);
+    iter.validateSize();
+    iter.nextValue();
+    iter.outputInfo();
+    EXPECT_EQ(m_console.text(), both);
+}
+
+TEST_F(KrCacheIterator, FailedChecksComeLateBelowThePerformanceLevelOnly) {
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    iter.firstValue();
+    takeBlock(99999);
+    g_ostrm.setOutLevel(ERR);
+    iter.validateSize();
+    for (const OutputLevel level : {ERR | WARN | PERF, ERR | PERF, ERR | INFO}) {
+        g_ostrm.setOutLevel(level);
+        iter.outputInfo();
+        EXPECT_EQ(m_console.text(), "") << level;
+    }
+    g_ostrm.setOutLevel(ERR | WARN);
+    iter.outputInfo();
+    EXPECT_EQ(m_console.text(), "      inCache try: cacheParm=100 totalSize=99999 < 100000\n");
+}
+
+TEST_F(KrCacheIterator, BothLimitsMissedAreToldBoth) {
+    m_size.setList({100});
+    m_object.m_size = 5000;
+    krCacheIteratorInt iter(m_size, &m_object, nullptr);
+    iter.firstValue();
+    takeBlock(950000);
+    EXPECT_FALSE(iter.validateSize());
+    EXPECT_EQ(m_console.text(), "      inCache try: cacheParm=100 objectSize=5000 < 100000\n"
+                                "      inCache try: cacheParm=100 totalSize=950000 > 900000\n");
+}
+
+// The floor of the in-cache window after checks of blocks of these sizes, with a retry before each but the first.
+class KrCacheSwing : public KrCacheIterator {
+protected:
+    int floorAfter(std::initializer_list<int> sizes) {
+        m_size.setList({100});
+        krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
+        iter.firstValue();
+        bool first = true;
+        for (const int bytes : sizes) {
+            if (!first) {
+                iter.repeatValue();
+            }
+            first = false;
+            takeBlock(bytes);
+            m_fits = iter.validateSize();
+        }
+        return iter.lowSize();
+    }
+    static constexpr int big = 2000000;
+    static constexpr int small = 50000;
+    static constexpr int fit = 500000;
+    bool m_fits = false;
+};
+
+TEST_F(KrCacheSwing, IsATooSmallBlockRightBehindATooBigOneFromTheSecondRetryOn) {
+    EXPECT_EQ(floorAfter({big, small}), 100000) << "the first retry";
+    EXPECT_FALSE(m_fits);
+    EXPECT_EQ(floorAfter({big, big, small}), 10000);
+    EXPECT_TRUE(m_fits);
+    EXPECT_EQ(floorAfter({small, big, small}), 10000);
+    EXPECT_TRUE(m_fits);
+}
+
+TEST_F(KrCacheSwing, IsNoSeriesOfEqualChecks) {
+    EXPECT_EQ(floorAfter({big, big, big, big}), 100000);
+    EXPECT_EQ(floorAfter({small, small, small, small}), 100000);
+    EXPECT_EQ(floorAfter({big, small, small, small}), 100000) << "the last check found it too small";
+    EXPECT_FALSE(m_fits);
+}
+
+TEST_F(KrCacheSwing, TooBigBlockIsRememberedAcrossAFit) {
+    EXPECT_EQ(floorAfter({big, fit, fit, small}), 100000) << "the fit counts the retries anew";
+    m_size.setList({100});
+    krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
+    iter.firstValue();
+    takeBlock(big);
+    EXPECT_FALSE(iter.validateSize());
+    takeBlock(fit);
+    EXPECT_TRUE(iter.validateSize());
+    iter.repeatValue();
+    iter.repeatValue();
+    takeBlock(small);
+    EXPECT_TRUE(iter.validateSize());
+    EXPECT_EQ(iter.lowSize(), 10000);
+}
+
 TEST_F(KrCacheIterator, RetriesEndAfterEleven) {
     m_size.setList({100});
     krCacheIteratorInt iter(m_size, nullptr, acceptAlways);

@@ -109,6 +109,105 @@ TEST(KrCyclonIdent, FieldsComeFromTheirBits) {
     EXPECT_EQ(id.hasOsxsave, 1U);
 }
 
+// Bits `high` down to `low`, both included.
+constexpr unsigned field(int high, int low) {
+    return (~0U >> (31 - high)) & (~0U << low);
+}
+
+vekCyclonIdent identOf(PlayedCpu::Regs one, PlayedCpu::Regs extended = {}) {
+    PlayedCpu cpu;
+    cpu.vendor(1);
+    cpu.set(1, 0, one);
+    cpu.set(0x80000000U, 0, {0x80000001U, 0, 0, 0});
+    cpu.set(0x80000001U, 0, extended);
+    vekCyclonIdent id{};
+    vek_get_cyclon_ident(&id);
+    return id;
+}
+
+TEST(KrCyclonIdent, FieldsOfTheSignatureEndAtTheirEdges) {
+    const struct {
+        unsigned vekCyclonIdent::*member;
+        int high, low;
+    } rows[] = {{&vekCyclonIdent::family, 11, 8},    {&vekCyclonIdent::stepping, 3, 0},
+                {&vekCyclonIdent::model, 7, 4},      {&vekCyclonIdent::type, 12, 11},
+                {&vekCyclonIdent::exFamily, 27, 20}, {&vekCyclonIdent::exModel, 19, 16}};
+    for (const auto& row : rows) {
+        const unsigned bits = field(row.high, row.low);
+        EXPECT_EQ(identOf({bits, 0, 0, 0}).*row.member, bits >> row.low) << row.high;
+        EXPECT_EQ(identOf({~bits, 0, 0, 0}).*row.member, 0U) << row.high;
+    }
+}
+
+TEST(KrCyclonIdent, FlagsAreSingleBits) {
+    const struct {
+        unsigned vekCyclonIdent::*member;
+        unsigned PlayedCpu::Regs::*reg;
+        int bit;
+        bool extended;
+    } rows[] = {{&vekCyclonIdent::hasPki, &PlayedCpu::Regs::edx, 23, false},
+                {&vekCyclonIdent::hasSsx, &PlayedCpu::Regs::edx, 25, false},
+                {&vekCyclonIdent::hasSsx2, &PlayedCpu::Regs::edx, 26, false},
+                {&vekCyclonIdent::hasSsx3, &PlayedCpu::Regs::ecx, 0, false},
+                {&vekCyclonIdent::hasSsx3s, &PlayedCpu::Regs::ecx, 9, false},
+                {&vekCyclonIdent::hasSsx41, &PlayedCpu::Regs::ecx, 19, false},
+                {&vekCyclonIdent::hasSsx42, &PlayedCpu::Regs::ecx, 20, false},
+                {&vekCyclonIdent::hasMovbe, &PlayedCpu::Regs::ecx, 22, false},
+                {&vekCyclonIdent::hasOsxsave, &PlayedCpu::Regs::ecx, 27, false},
+                {&vekCyclonIdent::hasSsx5, &PlayedCpu::Regs::ecx, 28, false},
+                {&vekCyclonIdent::has64bit, &PlayedCpu::Regs::edx, 29, true}};
+    for (const auto& row : rows) {
+        PlayedCpu::Regs alone;
+        alone.*row.reg = 1U << row.bit;
+        PlayedCpu::Regs others;
+        others.*row.reg = ~(1U << row.bit);
+        const PlayedCpu::Regs none;
+        EXPECT_EQ(identOf(row.extended ? none : alone, row.extended ? alone : none).*row.member, 1U) << row.bit;
+        EXPECT_EQ(identOf(row.extended ? none : others, row.extended ? others : none).*row.member, 0U) << row.bit;
+    }
+}
+
+TEST(KrCyclonIdent, ThreadsNeedTheirFlagAndANumberAboveOne) {
+    constexpr unsigned flag = 1U << 28;
+    const auto threads = [](unsigned ebx, unsigned edx) { return identOf({0, ebx, 0, edx}).multiThread; };
+    EXPECT_EQ(threads(2U << 16, flag), 1U);
+    EXPECT_EQ(threads(0x80U << 16, flag), 1U);
+    EXPECT_EQ(threads(1U << 16, flag), 0U);
+    EXPECT_EQ(threads(~field(23, 16), flag), 0U);
+    EXPECT_EQ(threads(field(23, 16), ~flag), 0U);
+}
+
+TEST(KrCyclonIdent, CoresAreOneMoreThanTheirField) {
+    const auto cores = [](unsigned eax) {
+        PlayedCpu cpu;
+        cpu.vendor(4);
+        cpu.set(4, 0, {eax, 0, 0, 0});
+        return krCoresOfPackage();
+    };
+    EXPECT_EQ(cores(field(31, 26)), 64U);
+    EXPECT_EQ(cores(~field(31, 26)), 1U);
+}
+
+TEST(KrCacheSize, FieldsEndAtTheirEdges) {
+    PlayedCpu cpu;
+    cpu.vendor(4);
+    const auto parms = [&cpu](unsigned ebx) {
+        cpu.set(4, 0, {1, ebx, 0, 0});
+        return krCacheParms(CPUID(4, 0));
+    };
+    for (const bool alone : {true, false}) {
+        EXPECT_EQ(parms(alone ? field(31, 22) : ~field(31, 22)).ways, alone ? 1024U : 1U);
+        EXPECT_EQ(parms(alone ? field(21, 12) : ~field(21, 12)).partitions, alone ? 1024U : 1U);
+        EXPECT_EQ(parms(alone ? field(11, 0) : ~field(11, 0)).line, alone ? 4096U : 1U);
+    }
+    for (int bit = 0; bit < 5; ++bit) {
+        cpu.set(4, 0, {1U << bit, 63, 0, 0});
+        EXPECT_EQ(getCacheSizeB(0), 64) << "type " << (1 << bit);
+    }
+    cpu.set(4, 0, {~field(4, 0), 63, 0, 0});
+    EXPECT_EQ(getCacheSizeB(0), -1) << "type 0";
+}
+
 TEST(KrCyclonIdent, OneThreadIsNoMultiThreading) {
     PlayedCpu cpu;
     cpu.vendor(1);

@@ -151,6 +151,118 @@ TEST(KrCpuReport, SignatureAddsTheExtendedFields) {
     EXPECT_NE(text.find("Neither simultaneous threads nor several cores are supported\n"), std::string::npos);
 }
 
+// The report of a processor with one leaf set by hand, the others as they must be for it to show.
+std::string reportOf(unsigned leaf, PlayedCpu::Regs regs) {
+    PlayedCpu cpu;
+    cpu.vendor(4);
+    cpu.set(0x80000000U, 0, {0x80000006U, 0, 0, 0});
+    cpu.set(leaf, 0, regs);
+    return report();
+}
+
+TEST(KrCpuReport, FieldsOfTheSignatureEndAtTheirEdges) {
+    const struct {
+        unsigned eax;
+        const char* lines;
+    } rows[] = {{0x00000F00, "Family   15\nModel    0\nStepping 0\nType     0\n"},
+                {0x0FF00000, "Family   255\nModel    0\nStepping 0\nType     0\n"},
+                {0x000000F0, "Family   0\nModel    15\nStepping 0\nType     0\n"},
+                {0x000F0000, "Family   0\nModel    240\nStepping 0\nType     0\n"},
+                {0x0000000F, "Family   0\nModel    0\nStepping 15\nType     0\n"},
+                {0x00003000, "Family   0\nModel    0\nStepping 0\nType     3\n"},
+                {0xF000C000, "Family   0\nModel    0\nStepping 0\nType     0\n"}};
+    for (const auto& row : rows) {
+        EXPECT_NE(reportOf(1, {row.eax, 0, 0, 0}).find(row.lines), std::string::npos) << row.lines;
+    }
+    EXPECT_NE(reportOf(1, {0, 0xFF, 0, 0}).find("Brand ID 0xFF\n"), std::string::npos);
+    EXPECT_EQ(reportOf(1, {0, 0xFFFFFF00, 0, 0}).find("Brand ID"), std::string::npos);
+}
+
+TEST(KrCpuReport, ThreadsAndCoresEndAtTheEdgesOfTheirFields) {
+    const auto told = [](unsigned ebx, unsigned edx, const char* line) {
+        return reportOf(1, {0, ebx, 0, edx}).find(line) != std::string::npos;
+    };
+    EXPECT_TRUE(told(0x00FF0000, 0, "Logical Processors 255 - "));
+    EXPECT_TRUE(told(0xFF00FFFF, 0, "Logical Processors 0 - "));
+    constexpr const char* several = "\nSimultaneous threads or several cores are supported\n";
+    constexpr const char* one = "\nNeither simultaneous threads nor several cores are supported\n";
+    EXPECT_TRUE(told(2U << 16, 1U << 28, several));
+    EXPECT_TRUE(told(1U << 16, 1U << 28, one));
+    EXPECT_TRUE(told(2U << 16, ~(1U << 28), one));
+    EXPECT_NE(reportOf(4, {0xFC000000, 0, 0, 0}).find("Cores per Package  64 - "), std::string::npos);
+    EXPECT_NE(reportOf(4, {0x03FFFFE0, 0, 0, 0}).find("Cores per Package  1 - "), std::string::npos);
+}
+
+TEST(KrCpuReport, FlagRowsAreSingleBits) {
+    const struct {
+        const char* row;
+        unsigned leaf;
+        unsigned PlayedCpu::Regs::*reg;
+        int bit;
+    } rows[] = {
+        {"\nPKI        ", 1, &PlayedCpu::Regs::edx, 23},          {"\nSSX        ", 1, &PlayedCpu::Regs::edx, 25},
+        {"\nSSX2       ", 1, &PlayedCpu::Regs::edx, 26},          {"\nSSX3       ", 1, &PlayedCpu::Regs::ecx, 0},
+        {"\nSSX3S      ", 1, &PlayedCpu::Regs::ecx, 9},           {"\nSSX4.1     ", 1, &PlayedCpu::Regs::ecx, 19},
+        {"\nSSX4.2     ", 1, &PlayedCpu::Regs::ecx, 20},          {"\nX2APIC     ", 1, &PlayedCpu::Regs::ecx, 21},
+        {"\n64-bit     ", 0x80000001U, &PlayedCpu::Regs::edx, 29}};
+    for (const auto& row : rows) {
+        PlayedCpu::Regs alone;
+        alone.*row.reg = 1U << row.bit;
+        PlayedCpu::Regs others;
+        others.*row.reg = ~(1U << row.bit);
+        EXPECT_NE(reportOf(row.leaf, alone).find(std::string(row.row) + "1 - "), std::string::npos) << row.row;
+        EXPECT_NE(reportOf(row.leaf, others).find(std::string(row.row) + "0 - "), std::string::npos) << row.row;
+    }
+}
+
+TEST(KrCpuReport, FieldsOfACacheEndAtTheirEdges) {
+    constexpr const char* fully = "Fully Associative cache\n";
+    constexpr const char* self = "Self Initializing cache level\n";
+    constexpr const char* inclusive = "Cache is inclusive to lower cache levels\n";
+    constexpr const char* writeBack = "WBINVD/INVD behavior on lower level caches\n";
+    const struct {
+        unsigned eax, edx;
+        const char* title;
+        const char* level;
+        const char* threads;
+        std::vector<const char*> remarks;
+    } rows[] = {{0x00000001, 0, "Data Cache", "Level       0", "Sharing   1 ", {}},
+                {0x0000001F, 0, "Cache Type 31", "Level       0", "Sharing   1 ", {}},
+                {0x000000E1, 0, "Data Cache", "Level       7", "Sharing   1 ", {}},
+                {0x00000101, 0, "Data Cache", "Level       0", "Sharing   1 ", {self}},
+                {0x00000201, 0, "Data Cache", "Level       0", "Sharing   1 ", {fully}},
+                {0xFC003C01, 0xFFFFFFFC, "Data Cache", "Level       0", "Sharing   1 ", {}},
+                {0x03FFC001, 0, "Data Cache", "Level       0", "Sharing   4096 ", {}},
+                {0x00000001, 2, "Data Cache", "Level       0", "Sharing   1 ", {inclusive}},
+                {0x00000001, 1, "Data Cache", "Level       0", "Sharing   1 ", {writeBack}}};
+    for (const auto& row : rows) {
+        const std::string text = reportOf(4, {row.eax, 63, 0, row.edx});
+        for (const std::string& line :
+             {std::string("    ") + row.title + "\n\n", std::string("Cache ") + row.level + "\n",
+              std::string("Threads ") + row.threads}) {
+            EXPECT_NE(text.find(line), std::string::npos) << std::hex << row.eax << " " << line;
+        }
+        for (const char* remark : {fully, self, inclusive, writeBack}) {
+            const bool wanted = std::count(row.remarks.begin(), row.remarks.end(), remark) != 0;
+            EXPECT_EQ(text.find(remark) != std::string::npos, wanted) << std::hex << row.eax << " " << remark;
+        }
+    }
+    EXPECT_EQ(reportOf(4, {0xFFFFFFE0, 63, 0, 0}).find("Cache Level"), std::string::npos) << "type 0 ends the list";
+}
+
+TEST(KrCpuReport, FieldsOfTheSecondLevelEndAtTheirEdges) {
+    const struct {
+        unsigned ecx;
+        const char* lines;
+    } rows[] = {{0xFFFF0000, "Size Kb       65535\nL2 Cache Line Size     0\nL2 Cache Associativity Disabled\n"},
+                {0x0000F000, "Size Kb       0\nL2 Cache Line Size     0\nL2 Cache Associativity Fully associative\n"},
+                {0x00000F00, "Size Kb       0\nL2 Cache Line Size     0\nL2 Cache Associativity Disabled\n"},
+                {0x000000FF, "Size Kb       0\nL2 Cache Line Size     255\nL2 Cache Associativity Disabled\n"}};
+    for (const auto& row : rows) {
+        EXPECT_NE(reportOf(0x80000006U, {0, 0, row.ecx, 0}).find(row.lines), std::string::npos) << row.lines;
+    }
+}
+
 TEST(KrCpuReport, CachesOfOtherKindsAreNamedByNumber) {
     PlayedCpu cpu;
     cpu.vendor(4);

@@ -133,9 +133,14 @@ protected:
         forgetVisits();
     }
     ~KrEstimate() override {
+        EXPECT_EQ(getpriority(PRIO_PROCESS, 0), m_nice) << "the bracket is closed";
+        EXPECT_EQ(sched_getscheduler(0), m_policy);
         krTime = m_time;
         krCpuTicker::m_freqMHz = m_freq;
     }
+
+    const int m_nice = getpriority(PRIO_PROCESS, 0);
+    const int m_policy = sched_getscheduler(0);
 
 private:
     OpenClock m_rtc;
@@ -165,20 +170,16 @@ TEST_F(KrEstimate, IsMadeAtTheHighestPriority) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "priorities need root rights";
     }
-    const int nice = getpriority(PRIO_PROCESS, 0);
-    const int policy = sched_getscheduler(0);
     krSetPriority(1);
     const int highNice = getpriority(PRIO_PROCESS, 0);
     const int highPolicy = sched_getscheduler(0);
     krResetPriority();
-    if (highNice == nice) {
+    if (highNice == m_nice) {
         GTEST_SKIP() << "a higher priority is not allowed here";
     }
     krCpuTicker::getFreq();
     EXPECT_EQ(s_nice, highNice);
     EXPECT_EQ(s_policy, highPolicy);
-    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), nice);
-    EXPECT_EQ(sched_getscheduler(0), policy);
 }
 
 TEST_F(KrEstimate, IsZeroWithoutACounter) {

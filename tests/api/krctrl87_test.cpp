@@ -307,6 +307,16 @@ TEST_F(KrGuard, CheckOfAGoodStatusClearsToo) {
     EXPECT_EQ(kr_get_ssx() & 0x3F, 0U);
 }
 
+// Directly, as the system empties the stack by itself before it calls a handler.
+TEST_F(KrGuard, RestoringTheWordsEmptiesTheStackOfTheX87) {
+    __asm__ volatile("fld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1\n\tfld1");
+    krRestoreCtrlWords();
+    unsigned environment[7] = {};
+    __asm__ volatile("fnstenv %0\n\tfldenv %0" : "=m"(environment));
+    EXPECT_EQ(environment[2] & 0xFFFF, 0xFFFFU) << "two bits a register, 3 where it is empty";
+    EXPECT_EQ(environment[0] & 0xF3F, 0x23BU);
+}
+
 TEST_F(KrGuard, TextsAreThoseOfTheWordsTakenDown) {
     leaveWords();
     EXPECT_STREQ(g_ctrl87.strCW().c_str(), "Down 53 Invalid Denormal Zerodivide Overflow Underflow Inexact ");

@@ -143,6 +143,18 @@ TEST_F(KrDialog, PresetGivesTheMethodAndItsNumbers) {
     EXPECT_EQ(dialogue().find(" Method = Statistic\n NumCalls = 3\n TotalCpuClocks = 10000\n"), 0U);
 }
 
+TEST_F(KrDialog, PresetOfTheIterativeMethodGivesItsThreeNumbers) {
+    initTimingMethod = [](krTool& preset) { preset.setMethodBest(3, 40, 77); };
+    EXPECT_EQ(dialogue().find(" Method = Iterative\n StartNumLoops = 3\n StopNumLoops = 40\n Accuracy = 5\n"), 0U);
+    int start = 0;
+    int stop = 0;
+    long long clocks = 0;
+    ASSERT_TRUE(g_tool.getMethodBest(start, stop, clocks));
+    EXPECT_EQ(start, 3);
+    EXPECT_EQ(stop, 40);
+    EXPECT_EQ(clocks, 77);
+}
+
 TEST_F(KrDialog, AlignmentIsHeldToTheRemainderBySixtyFour) {
     krSetAlignSrc(false);
     force("VectorAlign=65");

@@ -193,6 +193,22 @@ TEST(KrFiles, ReadWinsOverWrite) {
     EXPECT_EQ(dir.read("a"), "kept\n");
 }
 
+TEST(KrFiles, ModeBitsHaveTheirModeTexts) {
+    const struct {
+        int mode;
+        const char* text;
+    } rows[] = {{ioRead, "r"},
+                {ioRead | ioBinary, "rb"},
+                {ioWrite, "w"},
+                {ioWrite | ioBinary, "wb"},
+                {ioWrite | ioAppend, "a"},
+                {ioWrite | ioAppend | ioBinary, "ab"},
+                {ioRead | ioWrite | ioAppend | ioRawName, "r"}};
+    for (const auto& row : rows) {
+        EXPECT_STREQ(krFileMode(row.mode), row.text) << row.mode;
+    }
+}
+
 TEST(KrFiles, BinaryModesWriteAndRead) {
     const TempDir dir;
     {

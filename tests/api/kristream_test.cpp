@@ -1,4 +1,5 @@
 // Answers: the order of sources, the console's question, the way back into the ini-file.
+#include "kr.h"
 #include "streamcapture.h"
 #include "tempdir.h"
 
@@ -36,6 +37,15 @@ TEST_F(KrIStream, EmptyIniValueGivesTheDefault) {
     openIni("[Kelvar Rig]\nLen=\n");
     EXPECT_EQ(value("Len", "256"), "256");
     EXPECT_EQ(m_answers.source(), 0);
+}
+
+TEST_F(KrIStream, BareNameOfAnIniFileGoesThroughTheInputDirectory) {
+    const krString in = krSession::m_inDir;
+    krSession::m_inDir = m_dir.path("").c_str();
+    m_dir.write("p.ini", "[Kelvar Rig]\nLen=512\n");
+    EXPECT_TRUE(m_answers.setIniFile("p.ini", false));
+    krSession::m_inDir = in;
+    EXPECT_EQ(value("Len", "256"), "512");
 }
 
 TEST_F(KrIStream, IniFileBeatsTheConsole) {

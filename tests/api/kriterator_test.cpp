@@ -159,6 +159,9 @@ TEST(KrStepIterator, LimitsThatTheStepCantReachConflict) {
     EXPECT_EQ(infoOfStep("5; 1; --2"), conflict);
     EXPECT_EQ(infoOfStep("0; 8; *2"), conflict);
     EXPECT_EQ(infoOfStep("-1; 8; *2"), conflict);
+    EXPECT_EQ(infoOfStep("0; -8; *2"), conflict);
+    EXPECT_EQ(infoOfStep("-8; 0; *2"), conflict);
+    EXPECT_EQ(infoOfStep("0; 0; *2"), conflict);
     EXPECT_EQ(infoOfStep("8; 1; *2"), conflict);
     EXPECT_EQ(infoOfStep("-8; -1; *2"), conflict);
     EXPECT_EQ(infoOfStep("1; 8; *1"), conflict);
@@ -281,6 +284,18 @@ TEST(KrEnumIterator, AddedValueIsAdmissibleToo) {
     parm.initValidation();
     parm.add(4);
     EXPECT_STREQ(parm.validString().c_str(), "1|4");
+}
+
+TEST(KrEnumIterator, NewLimitTakesThePlaceOfTheFormerOne) {
+    krEnumIterator<int> parm("x");
+    parm.setList({1, 2});
+    parm.initValidation();
+    parm.initValidation();
+    EXPECT_STREQ(parm.validString().c_str(), "1|2");
+    parm.translate("2");
+    parm.initValidation();
+    EXPECT_STREQ(parm.validString().c_str(), "2");
+    EXPECT_EQ(infoOf(parm, "1"), "Invalid value of x = 1");
 }
 
 TEST(KrEnumIterator, AdmittingStartsFromThePresentValuesWithoutDoubles) {

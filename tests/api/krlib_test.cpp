@@ -42,7 +42,6 @@ protected:
         std::swap(m_versions, vekVersionList);
         std::swap(m_info, g_pLibInfoList);
         std::swap(m_functions, g_pLibFuncList);
-        std::swap(m_texts, krVersionTexts);
         vek_GetCpuType = nullptr;
         vek_GetNumCoresOnDie = nullptr;
         vek_GetMaxCacheSizeB = nullptr;
@@ -61,7 +60,6 @@ protected:
         vekVersionList = m_versions;
         g_pLibInfoList = m_info;
         g_pLibFuncList = m_functions;
-        krVersionTexts = m_texts;
         unbind();
         setCpuType(-1);
         setNumThreadsKey(0);
@@ -84,7 +82,6 @@ private:
     krVekVersionList* m_versions = nullptr;
     krStringList* m_info = nullptr;
     krStringList* m_functions = nullptr;
-    void (*m_texts)(const void*, krString*) = nullptr;
 };
 
 TEST_F(KrLib, EveryPointerHasAFallback) {
@@ -216,27 +213,25 @@ TEST_F(KrLib, NumberOfThreadsBelowOneHasNoEffect) {
     EXPECT_EQ(console.text(), "");
 }
 
+// The numbers of a record stand before its texts.
 struct FakeVersion {
-    const char* texts[3];
+    int numbers[4];
+    const char* Name;
+    const char* Version;
+    const char* BuildDate;
 };
-const FakeVersion s_versions[] = {{{"libA", "1.0", "Mar 1"}}, {{"libB", "2.0", "Mar 2"}}};
-const void* versionA() {
+const FakeVersion s_versions[] = {{{}, "libA", "1.0", "Mar 1"}, {{}, "libB", "2.0", "Mar 2"}};
+const FakeVersion* versionA() {
     return &s_versions[0];
 }
-const void* versionB() {
+const FakeVersion* versionB() {
     return &s_versions[1];
 }
-const void* noVersion() {
+const FakeVersion* noVersion() {
     return nullptr;
-}
-void readFakeVersion(const void* version, krString texts[3]) {
-    for (int i = 0; i < 3; ++i) {
-        texts[i] = static_cast<const FakeVersion*>(version)->texts[i];
-    }
 }
 
 TEST_F(KrLib, VersionRegisteredManyTimesGivesOneEntry) {
-    krVersionTexts = readFakeVersion;
     for (int i = 0; i < 100; ++i) {
         EXPECT_EQ(krRegVekVersion(versionA), 1);
         krRegVekVersion(versionB);

@@ -84,6 +84,9 @@ TEST(KrSessionPaths, ExtensionsAreAsDocumented) {
     EXPECT_STREQ(KR_buildDate, "Mar 16 2010");
 }
 
+// Calendar time of a played clock: each phase takes ten seconds, each measurement a thousand.
+time_t s_now = 0;
+
 // A test with a result of its own choice.
 class Chosen : public krTest {
 public:
@@ -91,6 +94,7 @@ public:
         : krTest(krFuncLoop(nullptr), nullptr, name, "p_chosen", "TimChosen//KR_REG"), m_chosen(result) {}
     krResult runTiming() override {
         s_ran += std::string(m_name.c_str()) + " ";
+        s_now += 1000;
         m_tool.m_funcClocks = 100;
         m_tool.m_comment = "nLps=1";
         return m_chosen;
@@ -131,7 +135,10 @@ public:
     bool starts = true;
 
 private:
-    static void note(const char* phase) { s_phases += std::string(phase) + " "; }
+    static void note(const char* phase) {
+        s_phases += std::string(phase) + " ";
+        s_now += 10;
+    }
 };
 
 class KrSessionRun : public testing::Test {
@@ -326,6 +333,18 @@ TEST_F(KrSessionRun, SignalFileTellsElapsedAndEndTime) {
     session.outputSignal();
     EXPECT_EQ(dir.read("a.end"), "100:02:03\n" + std::string(ctime(&list.m_endTime)) + "\n");
     pTestList = nullptr;
+}
+
+TEST_F(KrSessionRun, SignalFileTellsTheTimeFromTheKeysToTheLastTest) {
+    s_now = 1000000;
+    krTime = [] { return s_now; };
+    krRegTest(new Chosen("veksA"));
+    run({"-B", "-fveks", "-gsig"});
+    EXPECT_EQ(s_phases, "init parse options start header common title footer signal ");
+    const time_t end = 1000000 + 7 * 10 + 1000;
+    EXPECT_EQ(dir.read("sig.end"), "00:17:40\n" + std::string(ctime(&end)) + "\n") << "1060 s";
+    delete g_pHotList;
+    g_pHotList = nullptr;
 }
 
 TEST_F(KrSessionRun, UnwritableSignalFileIsTold) {

@@ -116,6 +116,14 @@ TEST_F(KrTestRun, TimesOfATestAreThoseBehindItsBeginningAndBeforeItsReport) {
     }
 }
 
+TEST_F(KrTestRun, ParametersOfALineShowWithItsPerformance) {
+    Noted test;
+    run(test);
+    EXPECT_TRUE(told("a=1 b=10 \n  "));
+    run(test, ERR | WARN);
+    EXPECT_FALSE(told("a=1 b=10"));
+}
+
 // --------------------------------------------------------------------------------------------- rows and files
 
 TEST_F(KrTestRun, RowsHeldBackTakePartInTheSearchForDuplicates) {

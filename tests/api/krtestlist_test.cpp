@@ -118,6 +118,24 @@ TEST_F(KrTestListRun, StartFunctionLooksAtSelectedTestsOnly) {
     EXPECT_EQ(s_ran, "cStart ");
 }
 
+TEST_F(KrTestListRun, HooksStandAroundTheRunAndEachTestThatRuns) {
+    struct Hooked : krTestList {
+        void beforeAll() override { s_ran += "all "; }
+        void beforeTest() override { s_ran += "before(" + std::string(m_pCurrentTest->m_name.c_str()) + ") "; }
+        void afterTest(krTest* test) override {
+            EXPECT_EQ(test, m_pCurrentTest);
+            s_ran += "after(" + std::string(test->m_name.c_str()) + ") ";
+        }
+    } hooked;
+    Fixed tests[] = {{"a"}, {"skipped"}, {"b", krExcptFail}};
+    for (Fixed& test : tests) {
+        hooked.append(&test);
+    }
+    all.append(new RunCondition_fNot("skipped"));
+    EXPECT_TRUE(hooked.runTests(all));
+    EXPECT_EQ(s_ran, "all before(a) a after(a) before(b) b after(b) ");
+}
+
 TEST_F(KrTestListRun, UnselectedTestsDoNotRun) {
     Fixed tests[] = {{"a"}, {"b"}};
     for (Fixed& test : tests) {

@@ -219,6 +219,102 @@ TEST_F(KrOutput, ParametersAreWrittenWhenTheirLevelPasses) {
     EXPECT_EQ(g_ostrm.msgLevel(), PERF);
 }
 
+TEST_F(KrOutput, ParametersAreALineOfTheMessageTheyAreGiven) {
+    ConsoleCapture console(ERR | WARN);
+    const int open = g_ostrm.openMessages();
+    test.putTextParms(WARN);
+    EXPECT_EQ(console.text(), "a=5 \n");
+    g_ostrm << "of the level before\n";
+    EXPECT_EQ(console.text(), "a=5 \n") << "the message is closed";
+    EXPECT_EQ(g_ostrm.openMessages(), open);
+}
+
+TEST_F(KrOutput, ParametersWithoutALevelGoWithTheMessageThatIsOpen) {
+    ConsoleCapture console(ERR | WARN);
+    g_ostrm << WARN;
+    test.putTextParms();
+    g_ostrm << msgEnd;
+    EXPECT_EQ(console.text(), "a=5 \n");
+    g_ostrm << INFO;
+    test.putTextParms();
+    g_ostrm << msgEnd;
+    EXPECT_EQ(console.text(), "a=5 \n");
+}
+
+TEST_F(KrOutput, ParametersAreNotComposedForAMessageAboveTheLevel) {
+    struct Counted : Measured {
+        void parmsToOstrm() override { ++composed; }
+        int composed = 0;
+    } counted;
+    ConsoleCapture console(ERR | WARN);
+    counted.putTextParms(PERF);
+    EXPECT_EQ(counted.composed, 0);
+    counted.putTextParms(WARN);
+    EXPECT_EQ(counted.composed, 1);
+}
+
+// A second parameter behind the first.
+class TwoMeasured : public Measured {
+public:
+    TwoMeasured() {
+        b.setList({7});
+        b.firstValue();
+        m_parms.append(&b);
+    }
+    krIterator<int> b{"b"};
+};
+
+class KrDeprecated : public KrOutput {
+protected:
+    // The rows of one line, those held back at the end.
+    std::string rowsOf(krTest& measured) {
+        ConsoleCapture console;
+        TableCapture table(g_cstrm);
+        measured.outputResult(krOk);
+        g_cstrm.linePostponeOut(8);
+        return table.text();
+    }
+    const std::string line = "veksFoo,5,7,nLps=8,123,sample,1.23,-\n";
+    TwoMeasured two;
+};
+
+TEST_F(KrDeprecated, FormReplacesTheValuesThatHaveOneAndKeepsTheOthers) {
+    two.b.addDeprecated(7, "seven");
+    EXPECT_EQ(rowsOf(two), line + "veksFoo,5,seven,deprecated,123,sample,1.23,-\n");
+    two.a.addDeprecated(5, "five");
+    EXPECT_EQ(rowsOf(two), line + "veksFoo,five,seven,deprecated,123,sample,1.23,-\n");
+}
+
+TEST_F(KrDeprecated, OneParameterWhoseValueHasNoFormPreventsTheRow) {
+    two.a.addDeprecated(5, "five");
+    two.b.addDeprecated(8, "eight");
+    EXPECT_EQ(rowsOf(two), line);
+    EXPECT_FALSE(two.a.isDeprecatedValue()) << "what was set before the refusal is put back";
+    TwoMeasured other;
+    other.a.addDeprecated(6, "six");
+    other.b.addDeprecated(7, "seven");
+    EXPECT_FALSE(other.setDeprecatedFlag(true));
+    EXPECT_FALSE(other.b.isDeprecatedValue()) << "the first refusal ends it";
+}
+
+TEST_F(KrDeprecated, FlagIsThatOfTheTestAndOfItsParameters) {
+    two.a.addDeprecated(5, "five");
+    EXPECT_TRUE(two.setDeprecatedFlag(true));
+    EXPECT_TRUE(two.m_deprecated);
+    EXPECT_TRUE(two.a.isDeprecatedValue());
+    EXPECT_FALSE(two.setDeprecatedFlag(false));
+    EXPECT_FALSE(two.m_deprecated);
+    EXPECT_FALSE(two.a.isDeprecatedValue());
+}
+
+TEST_F(KrDeprecated, ParametersWithoutFormsHaveNone) {
+    EXPECT_FALSE(two.setDeprecatedFlag(true));
+    EXPECT_TRUE(two.m_deprecated) << "stored whatever the answer";
+    two.setDeprecatedFlag(false);
+    EXPECT_EQ(rowsOf(two), line);
+    EXPECT_FALSE(two.m_deprecated);
+}
+
 // ------------------------------------------------------------------------------------------------- registration
 
 TEST_F(KrOutput, RegistrationTellsItsFunctionsAndTheOneMeasured) {

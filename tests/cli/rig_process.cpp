@@ -76,6 +76,12 @@ void replaceAll(std::string& text, const std::string& what, const std::string& b
 } // namespace
 
 RigDirectory::RigDirectory(const char* program, const char* name) : m_program(program), m_name(name) {
+    // The program of another build of the tree, if the tests are run for that one.
+    const std::string own = BUILD_DIRECTORY;
+    const char* tested = std::getenv("KR_TESTED_BUILD");
+    if (tested != nullptr && m_program.starts_with(own)) {
+        m_program = tested + m_program.substr(own.size());
+    }
     // A write to a program that has ended is an answer that nobody reads.
     std::signal(SIGPIPE, SIG_IGN);
 }

@@ -1,4 +1,5 @@
 // The speech enumerations in text.
+#include "krexcept.h"
 #include "vkenum.h"
 
 #include <gtest/gtest.h>
@@ -32,9 +33,8 @@ TEST(VkBitRate, EveryRateHasItsWord) {
 }
 
 TEST(VkBitRate, UnknownValueIsANumberAndUnknownWordFails) {
-    krString text;
-    text << krString::enumString(99, BitRateVal, BitRateStr, BitRateNum);
-    EXPECT_STREQ(text.c_str(), "99");
+    // The largest value that the five bits of the enumeration hold.
+    EXPECT_STREQ(krText(static_cast<VekSpchBitRate>(31)).c_str(), "31");
     bool failed = false;
     EXPECT_EQ(read<VekSpchBitRate>("BR_1", &failed), VEK_SPCHBR_10200) << "the first that begins so";
     EXPECT_FALSE(failed);
@@ -48,6 +48,7 @@ TEST(VkPcmLaw, Words) {
     EXPECT_STREQ(krText(VEK_PCM_MULAW).c_str(), "MULAW");
     EXPECT_STREQ(krText(VEK_PCM_ALAW).c_str(), "ALAW");
     EXPECT_STREQ(krText(VEK_PCM_LINEAR).c_str(), "LINEAR");
+    EXPECT_STREQ(krText(static_cast<VekPCMLaw>(3)).c_str(), "3");
     EXPECT_EQ(read<VekPCMLaw>("a"), VEK_PCM_ALAW);
     EXPECT_EQ(read<VekPCMLaw>("Lin"), VEK_PCM_LINEAR);
     bool failed = false;
@@ -63,9 +64,41 @@ TEST(VkPcmFrequency, WordsAreTheNumbers) {
         EXPECT_EQ(read<VekPCMFrequency>(std::to_string(value).c_str()), frequency);
     }
     EXPECT_EQ(read<VekPCMFrequency>("1"), VEK_PCM_FREQ_11025);
+    EXPECT_STREQ(krText(static_cast<VekPCMFrequency>(12345)).c_str(), "12345");
     bool failed = false;
     read<VekPCMFrequency>("44100", &failed);
     EXPECT_TRUE(failed);
+}
+
+TEST(VkBitRateIterator, BlankWordIsTheFirstNameAsAnEmptyWordFitsEvery) {
+    krEnumIterator<VekSpchBitRate> rates("Rate");
+    for (const char* const text : {" ", "\t", "BR_DTX; ;BR_4750", ";  ;"}) {
+        rates.setList({VEK_SPCHBR_DTX});
+        rates.translate(text);
+        bool hasFirst = false;
+        for (const VekSpchBitRate rate : rates) {
+            hasFirst = hasFirst || rate == VEK_SPCHBR_4750;
+        }
+        EXPECT_TRUE(hasFirst) << "'" << text << "'";
+    }
+    EXPECT_THROW(rates.translate(""), krException);
+    EXPECT_THROW(rates.translate(";"), krException);
+
+    // Where only some rates are admissible, the first name of all may be none of them.
+    rates.setList({VEK_SPCHBR_5150, VEK_SPCHBR_DTX});
+    rates.initValidation();
+    EXPECT_THROW(rates.translate(" "), krException);
+    krEnumIterator<VekPCMLaw> laws("Law");
+    laws.translate(" ");
+    EXPECT_TRUE(laws.firstValue());
+    EXPECT_EQ(laws.value(), VEK_PCM_MULAW);
+}
+
+TEST(VkBitRateIterator, BlankNumberIsNoNumber) {
+    krEnumIterator<int> numbers("Number");
+    EXPECT_THROW(numbers.translate(" "), krException);
+    krIterator<int> list("List");
+    EXPECT_THROW(list.translate("1; ;2"), krException);
 }
 
 TEST(VkBitRateIterator, StepsThroughWords) {

@@ -170,6 +170,8 @@ TEST(VkFuncTypes, ExceptionsOfSignalFunctions) {
     EXPECT_EQ(argTypes("veksRealToCplx_16s"), "16s,16s,16sc,16sc");
     EXPECT_EQ(argTypes("veksDotProd_32f32fc"), "32f,32fc,32fc,32fc");
     EXPECT_EQ(argTypes("veksDotProd_16s32s"), "16s,16s,32s,32s");
+    EXPECT_EQ(argTypes("veksDotProd_32fc64fc"), "32fc,32fc,64fc,64fc") << "the source is complex";
+    EXPECT_EQ(argTypes("veksDotProd_32f16s32fc"), "32f,16s,32fc,32fc") << "the second source has a type of its own";
     EXPECT_EQ(argTypes("veksMul_16u16s"), "16u,16s,16s,16s");
     EXPECT_EQ(argTypes("veksGoertz_16s"), "16s,16s,16sc,16sc");
     EXPECT_EQ(argTypes("veksRealPart_16sc"), "16sc,16sc,16sc,16sc");

@@ -58,6 +58,53 @@ TEST(VkrMatrice, NewDataAreZeroAndBelongToTheMatrix) {
     EXPECT_EQ(info, nullptr);
 }
 
+TEST(VkrMatrice, RowsGoWithTheDataTheyPointAt) {
+    const struct {
+        const char* what;
+        void (*drop)(vkrMatrice& matrix);
+    } ways[] = {{"init of a type", [](vkrMatrice& matrix) { matrix.init(vk16s); }},
+                {"init of a token", [](vkrMatrice& matrix) { matrix.init(vkFunc("veksFoo_32f"), 1); }},
+                {"init of an argument", [](vkrMatrice& matrix) { matrix.init(vkFunc("veksFoo_32f"), vkArg::src); }},
+                {"init of a vector", [](vkrMatrice& matrix) { static_cast<vkVector&>(matrix).init(vk16s); }},
+                {"deletion", [](vkrMatrice& matrix) { matrix.deleteVector(); }},
+                {"a plain vector", [](vkrMatrice& matrix) { matrix.createVector(4, setZero, 0, 0); }},
+                {"a failure", [](vkrMatrice& matrix) {
+                     ConsoleCapture console;
+                     matrix.createVector(-4, setZero, 0, 0);
+                 }}};
+    for (const auto& way : ways) {
+        vkrMatrice matrix(vk32f);
+        ASSERT_TRUE(matrix.createMatrice(2, 3, setZero, 0, 0));
+        way.drop(matrix);
+        EXPECT_EQ(matrix.m_r32f, nullptr) << way.what;
+        EXPECT_EQ(matrix.rowPointers(), nullptr) << way.what;
+        EXPECT_EQ(matrix.rows(), 0) << way.what;
+        EXPECT_EQ(matrix.objectSize(), 0) << way.what;
+        ASSERT_TRUE(matrix.createMatrice(2, 3, setOne, 0, 0)) << way.what;
+        EXPECT_EQ(rowOf(matrix, 1), (Values{1, 1, 1})) << way.what;
+        matrix.deleteMatrice();
+        EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr) << way.what;
+    }
+}
+
+TEST(VkrMatrice, ElementsAreCountedByRowsWithoutTheGaps) {
+    vkrMatrice matrix(vk16s);
+    ASSERT_TRUE(matrix.createMatrice(2, 3, setZero, 0, 0));
+    for (int i = 0; i < 6; ++i) {
+        matrix.setIndex(i, setValue, 10 + i, 0);
+        EXPECT_EQ(matrix.getIndex(i), 10 + i);
+    }
+    EXPECT_EQ(rowOf(matrix, 0), (Values{10, 11, 12}));
+    EXPECT_EQ(rowOf(matrix, 1), (Values{13, 14, 15}));
+    const short* const data = static_cast<const short*>(matrix.getDataConst());
+    EXPECT_EQ(data[3], 0) << "a gap";
+    matrix.setIndex(4, setDefault, 5, 5);
+    EXPECT_EQ(rowOf(matrix, 1), (Values{13, 0, 15}));
+    matrix.deleteMatrice();
+    matrix.setIndex(1, setOne, 0, 0);
+    EXPECT_EQ(matrix.getIndex(1), 0);
+}
+
 TEST(VkrMatrice, FillsLeaveTheGaps) {
     vkrMatrice matrix(vk16s);
     ASSERT_TRUE(matrix.createMatriceExt(2, 3, 7, setValue, 9, 0));

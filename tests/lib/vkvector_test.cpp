@@ -162,6 +162,18 @@ TEST(VkVector, ReservedCopyRestoresTheBytes) {
     EXPECT_FALSE(vector.setReservedCopy());
 }
 
+TEST(VkVector, SecondReservedCopyTakesThePlaceOfTheFirst) {
+    vkVector vector(vk16s);
+    vector.createVector(4, setValue, 3, 0);
+    ASSERT_TRUE(vector.reserveCopy());
+    vector.setConst(8, 0);
+    ASSERT_TRUE(vector.reserveCopy());
+    vector.setConst(9, 0);
+    EXPECT_TRUE(vector.setReservedCopy());
+    EXPECT_EQ(vector.m_16s[0], 8);
+    EXPECT_EQ(vector.m_16s[3], 8);
+}
+
 TEST(VkVector, NoReservedCopyLeavesTheData) {
     vkVector vector(vk16s);
     EXPECT_FALSE(vector.reserveCopy());

@@ -9,10 +9,9 @@
 #include <string>
 #include <vector>
 
-/// The lines that `work` writes to the result table.
+/// The lines that `work` writes to the result table, in a directory of its own.
 template <class Work>
-std::vector<std::string> tableLines(const Work& work) {
-    const TempDir directory;
+std::vector<std::string> tableLines(const Work& work, const TempDir& directory = TempDir()) {
     setVekEnvironment();
     krCpuTicker::m_freqMHz = 2400;
     krTest::m_numParmsColm = 9;
@@ -29,11 +28,11 @@ std::vector<std::string> tableLines(const Work& work) {
 }
 
 /// Runs a test over its whole grid with one loop a line.
-inline std::vector<std::string> runOnce(krTest& test, krResult& result) {
+inline std::vector<std::string> runOnce(krTest& test, krResult& result, const TempDir& directory = TempDir()) {
     g_ostrm.setOutLevel(ERR);
     krSession::m_nameExit = false;
     g_tool.setMethodLoop(1);
-    return tableLines([&] { result = test.run(); });
+    return tableLines([&] { result = test.run(); }, directory);
 }
 
 /// The test of a function, or null.

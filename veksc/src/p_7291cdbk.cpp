@@ -23,7 +23,8 @@ class Tim7291cdbk : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -31,7 +32,7 @@ public:
     void parmsToOstrm() override { grid.toOstrm(); }
     void parmsToCstrm() override { grid.toCstrm(); }
     void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    bool SetData_Cdbk(int size, short* pIndex);
+    bool SetData_Cdbk(long long size, short* pIndex);
 
 private:
     bool m_first = false;
@@ -48,13 +49,12 @@ bool Tim7291cdbk::canStart() {
     return true;
 }
 
-bool Tim7291cdbk::canContinue() {
-    return grid.next(m_isFirst) && pDstCodebookIdx.createVector(2, setZero, 0, 0) &&
-           SetData_Cdbk(grid.room(len), pDstCodebookIdx.m_16s);
+bool Tim7291cdbk::makeData() {
+    return pDstCodebookIdx.createVector(2, setZero, 0, 0) && SetData_Cdbk(grid.room(len), pDstCodebookIdx.m_16s);
 }
 
 // What both searches take; a layer's own response and vector go with it.
-bool Tim7291cdbk::SetData_Cdbk(int size, short* pIndex) {
+bool Tim7291cdbk::SetData_Cdbk(long long size, short* pIndex) {
     pIndex[0] = 0;
     pIndex[1] = 0;
     const bool own = m_first ? pSrcDstImpulseResponse.createVector(size, setRand, -2048, 2048) &&

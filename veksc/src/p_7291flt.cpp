@@ -23,7 +23,8 @@ class Tim7291flt : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -74,11 +75,11 @@ bool Tim7291flt::makeStates() {
     return vkcMakeState(pState, veksQMFGetStateSize_G7291_16s, veksQMFInit_G7291_16s);
 }
 
-bool Tim7291flt::canContinue() {
-    if (!grid.next(m_isFirst) || !makeStates()) {
+bool Tim7291flt::makeData() {
+    if (!makeStates()) {
         return false;
     }
-    const int size = grid.room(len);
+    const long long size = grid.room(len);
     if (m_decode) {
         // Two samples for each pair of the bands.
         return pSrcLowBand.createVector(size, setRand, -2048, 2048) &&

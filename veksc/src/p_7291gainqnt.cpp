@@ -31,7 +31,8 @@ class Tim7291gainqnt : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -67,11 +68,8 @@ bool Tim7291gainqnt::canStart() {
     return true;
 }
 
-bool Tim7291gainqnt::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    const int size = grid.room(len);
+bool Tim7291gainqnt::makeData() {
+    const long long size = grid.room(len);
     if (m_quant) {
         return pSrcFixedTarget.createVector(size, setRand, -2048, 2048) &&
                pSrcFltFixedVector.createVector(size, setRand, -2048, 2048);

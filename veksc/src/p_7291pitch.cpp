@@ -28,7 +28,8 @@ class Tim7291pitch : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -71,9 +72,8 @@ bool Tim7291pitch::canStart() {
     return true;
 }
 
-bool Tim7291pitch::canContinue() {
-    if (!grid.next(m_isFirst) || !vkcCounts(subFrame, excitation - 40 + 1) ||
-        !pSrcDelay.createVector(2, setZero, 0, 0) ||
+bool Tim7291pitch::makeData() {
+    if (!vkcCounts(subFrame, excitation - 40 + 1) || !pSrcDelay.createVector(2, setZero, 0, 0) ||
         !pSrcDstPrevExcitation.createVector(grid.room(len), setRand, -2048, 2048) ||
         !pSrcAdptTarget.createVector(grid.room(len), setRand, -2048, 2048) ||
         !pSrcImpulseResponse.createVector(grid.room(len), setRand, -2048, 2048) ||
@@ -85,7 +85,7 @@ bool Tim7291pitch::canContinue() {
     }
     SetData_Delay(lag.value(), frac.value(), pSrcDelay.m_16s);
     lagMin = static_cast<Vek16s>(lag.value());
-    lagMax = static_cast<Vek16s>(lag.value() + lagSpan);
+    lagMax = static_cast<Vek16s>(vkcSize(lag) + lagSpan);
     return true;
 }
 

@@ -22,7 +22,8 @@ class Tim7291TDAC : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -64,11 +65,8 @@ bool Tim7291TDAC::canStart() {
     return true;
 }
 
-bool Tim7291TDAC::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    const int size = grid.room(len);
+bool Tim7291TDAC::makeData() {
+    const long long size = grid.room(len);
     if (m_quantInv) {
         return pSrc.createVector(size, setRand, 0, 32767) && pQuantSpecEnv.createVector(size, setRand, -32768, 32767) &&
                pBitsNumber.createVector(size, setRand, 0, 16) && pMDCTCoeffs.createVector(coefficients, setZero, 0, 0);

@@ -31,7 +31,8 @@ class Tim7291TDBWE : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -81,10 +82,7 @@ bool Tim7291TDBWE::canStart() {
     return true;
 }
 
-bool Tim7291TDBWE::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool Tim7291TDBWE::makeData() {
     if (m_quant) {
         return pSrcDst.createVector(28, setRand, -2048, 2048) && pCdbkIndices.createVector(6, setZero, 0, 0);
     }

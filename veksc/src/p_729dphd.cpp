@@ -17,7 +17,8 @@ class Tim729dphd : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -37,14 +38,14 @@ bool Tim729dphd::canStart() {
     return true;
 }
 
-bool Tim729dphd::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrcExcSignal.createVector(lenght.value(), setRand, 0, 512) ||
+bool Tim729dphd::makeData() {
+    if (!pSrcExcSignal.createVector(lenght.value(), setRand, 0, 512) ||
         !pDstFltExcSignal.createVector(lenght.value(), setZero, 0, 0) ||
         !pSrcDstInnovation.createVector(lenght.value(), setZero, 0, 0)) {
         return false;
     }
     pPhDMem = veksMalloc_16s(dataSize);
-    return pPhDMem != nullptr && veksPhaseDispersionInit_G729D_16s(pPhDMem) == vekStsNoErr;
+    return pPhDMem != nullptr && vkcDone(veksPhaseDispersionInit_G729D_16s(pPhDMem));
 }
 
 void Tim729dphd::flushData() {

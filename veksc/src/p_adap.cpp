@@ -24,7 +24,8 @@ class TimAdap : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframeLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -51,10 +52,7 @@ bool TimAdap::canStart() {
     return true;
 }
 
-bool TimAdap::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimAdap::makeData() {
     dataSize = excitation * vkVector::item(m_func);
     if (!pSrcAdptTarget.createVector(subframeLength, setOne, 0, 0) ||
         !pSrcAdptVector.createVector(subframeLength, setOne, 0, 0) ||

@@ -30,7 +30,8 @@ class TimAdap2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframeLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -38,6 +39,7 @@ public:
     void parmsToOstrm() override { grid.toOstrm(); }
     void parmsToCstrm() override { grid.toCstrm(); }
     void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual void setData();
 };
 
 bool TimAdap2::canStart() {
@@ -61,13 +63,22 @@ bool TimAdap2::canStart() {
     return true;
 }
 
-bool TimAdap2::canContinue() {
-    return grid.next(m_isFirst) && pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) &&
-           pSrcImpulseResponse.createVector(subframeLength, setRand, -4096, 4096) &&
-           pSrcPrevExcitation.createVector(excitation, setRand, -4096, 4096) &&
-           pSrcPrevError.createVector(zones, setRand, 4, 300) &&
-           pSrcResidualTraget.createVector(subframeLength, setRand, -2048, 2048) &&
-           pDstFixedVector.createVector(subframeLength, setZero, 0, 0);
+bool TimAdap2::makeData() {
+    if (!pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) ||
+        !pSrcImpulseResponse.createVector(subframeLength, setRand, -4096, 4096) ||
+        !pSrcPrevExcitation.createVector(excitation, setRand, -4096, 4096) ||
+        !pSrcPrevError.createVector(zones, setRand, 4, 300) ||
+        !pSrcResidualTraget.createVector(subframeLength, setRand, -2048, 2048) ||
+        !pDstFixedVector.createVector(subframeLength, setZero, 0, 0)) {
+        return false;
+    }
+    setData();
+    return true;
+}
+
+// The response begins with its largest value.
+void TimAdap2::setData() {
+    pSrcImpulseResponse.m_16s[0] = 8192;
 }
 
 void TimAdap2::flushData() {

@@ -13,7 +13,8 @@ class TimAdaptiveCodebookContribute : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -32,8 +33,8 @@ bool TimAdaptiveCodebookContribute::canStart() {
     return true;
 }
 
-bool TimAdaptiveCodebookContribute::canContinue() {
-    return grid.next(m_isFirst) && pFltAdptVector.createVector(grid.room(len), setRand, -16384, 16384) &&
+bool TimAdaptiveCodebookContribute::makeData() {
+    return pFltAdptVector.createVector(grid.room(len), setRand, -16384, 16384) &&
            pSrcAdptTarget.createVector(grid.room(len), setRand, -16384, 16384) &&
            pDstAdptTarget.createVector(grid.room(len), setZero, 0, 0);
 }

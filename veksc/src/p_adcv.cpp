@@ -30,7 +30,8 @@ class TimAdcv : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframeLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -62,10 +63,7 @@ bool TimAdcv::canStart() {
     return true;
 }
 
-bool TimAdcv::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimAdcv::makeData() {
     dataSize = excitation * vkVector::item(m_func);
     return pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) &&
            pSrcImpulseResponse.createVector(subframeLength, setRand, -2048, 2048) &&

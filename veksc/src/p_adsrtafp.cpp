@@ -1,6 +1,8 @@
 // Adaptive codebook of the real-time audio codec.
 #include "vkc.h"
 
+#include <algorithm>
+
 namespace {
 
 vkVector pSrcAdptTarget;
@@ -15,14 +17,16 @@ krStepIterator<int> searchFlag;
 krStepIterator<int> deltaSearchRange;
 vkcGrid grid;
 
-// Samples of the past before the last subframe.
+// Samples of the past before the last subframe, and all of them with the subframes of the grid.
 constexpr int history = 212;
+constexpr long long excitation = 372;
 
 class TimADRTA_RTA : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subFrameSize.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -48,14 +52,12 @@ bool TimADRTA_RTA::canStart() {
     return true;
 }
 
-bool TimADRTA_RTA::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    const int n = subFrameSize.value();
+bool TimADRTA_RTA::makeData() {
+    const long long n = vkcSize(subFrameSize);
     // The table has four boundaries and writes five.
     if (!pSrcAdptTarget.createVector(n, setRand, 10, 20) || !pSrcImpulseResponse.createVector(n, setRand, 10, 20) ||
-        !pSrcBoundary.createVector(5, setZero, 0, 0) || !pSrcDstExc.createVector(372, setRand, 0, 10) ||
+        !pSrcBoundary.createVector(5, setZero, 0, 0) ||
+        !pSrcDstExc.createVector(std::max(excitation, history + 2 * n), setRand, 0, 10) ||
         !pSrcDstLag.createVector(1, setZero, 0, 0) || !pDstAdptIndex.createVector(1, setZero, 0, 0) ||
         !pDstAdptContribution.createVector(n, setZero, 0, 0)) {
         return false;

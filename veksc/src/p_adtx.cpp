@@ -36,7 +36,8 @@ class TimAdtx : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return m_handler ? len : m_buffer ? spectrum : history; }
     double getDivisor_el() override { return getDivisor(); }
@@ -86,10 +87,7 @@ bool TimAdtx::createSidData() {
            pTmp_2.createVector(4, setRand, -2048, 2048) && pTmp_3.createVector(4, setRand, -2048, 2048);
 }
 
-bool TimAdtx::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimAdtx::makeData() {
     pValResultUpdateIndex = 7;
     pValResultLogEnergyIndex = 1;
     pValResultDtxLsfRefIndex = 1;

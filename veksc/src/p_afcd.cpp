@@ -15,7 +15,8 @@ class TimAfcd : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframeLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -41,8 +42,8 @@ bool TimAfcd::canStart() {
     return true;
 }
 
-bool TimAfcd::canContinue() {
-    return grid.next(m_isFirst) && pSrcFixedIndex.createVector(10, setRand, 0, 100) &&
+bool TimAfcd::makeData() {
+    return pSrcFixedIndex.createVector(10, setRand, 0, 100) &&
            pDstFixedVector.createVector(subframeLength, setZero, 0, 0);
 }
 

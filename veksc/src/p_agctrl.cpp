@@ -15,7 +15,8 @@ class TimAgctrl : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -34,15 +35,13 @@ bool TimAgctrl::canStart() {
     return true;
 }
 
-bool TimAgctrl::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    dataSize = lenght.value() * vkVector::item(m_func);
-    return pSrc.createVector(grid.room(lenght), setValue, 10, 0) &&
-           pTmp.createVector(grid.room(lenght), setValue, 10, 0) &&
-           pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
-           pGain.createVector(grid.room(lenght), setValue, 100, 0);
+bool TimAgctrl::makeData() {
+    const bool made = pSrc.createVector(grid.room(lenght), setValue, 10, 0) &&
+                      pTmp.createVector(grid.room(lenght), setValue, 10, 0) &&
+                      pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
+                      pGain.createVector(grid.room(lenght), setValue, 100, 0);
+    dataSize = pTmp.size();
+    return made;
 }
 
 void TimAgctrl::flushData() {

@@ -16,7 +16,8 @@ class TimAgctrl2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -35,14 +36,12 @@ bool TimAgctrl2::canStart() {
     return true;
 }
 
-bool TimAgctrl2::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimAgctrl2::makeData() {
     gain = 1 << 12;
-    dataSize = lenght.value() * vkVector::item(m_func);
-    return pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
-           pTmp.createVector(grid.room(lenght), setRand, 0, 0);
+    const bool made =
+        pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) && pTmp.createVector(grid.room(lenght), setRand, 0, 0);
+    dataSize = pTmp.size();
+    return made;
 }
 
 void TimAgctrl2::flushData() {

@@ -14,7 +14,8 @@ class TimAutoGSMFRCorr : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return static_cast<double>(lenght.value()) * lenghtDst.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -40,9 +41,8 @@ bool TimAutoGSMFRCorr::canStart() {
     return true;
 }
 
-bool TimAutoGSMFRCorr::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(lenght.value(), setOne, 0, 0) &&
-           pDst.createVector(lenghtDst.value(), setZero, 0, 0);
+bool TimAutoGSMFRCorr::makeData() {
+    return pSrc.createVector(lenght.value(), setOne, 0, 0) && pDst.createVector(lenghtDst.value(), setZero, 0, 0);
 }
 
 void TimAutoGSMFRCorr::flushData() {

@@ -18,7 +18,8 @@ class TimAutoScale : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return m_inPlace ? lenght_I.value() : lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -46,14 +47,12 @@ bool TimAutoScale::canStart() {
     return true;
 }
 
-bool TimAutoScale::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimAutoScale::makeData() {
     if (m_inPlace) {
-        dataSize = lenght_I.value() * vkVector::item(m_func);
-        return pSrcDst.createVector(lenght_I.value(), setZero, 0, 0) &&
-               pTmp.createVector(lenght_I.value(), setValue, 10, 0);
+        const bool made = pSrcDst.createVector(lenght_I.value(), setZero, 0, 0) &&
+                          pTmp.createVector(lenght_I.value(), setValue, 10, 0);
+        dataSize = pTmp.size();
+        return made;
     }
     return pSrc.createVector(lenght.value(), setValue, 10, 0) && pDst.createVector(lenght.value(), setZero, 0, 0);
 }

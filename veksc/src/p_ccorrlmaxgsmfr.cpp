@@ -17,7 +17,8 @@ class TimCCLMaxGSMFR : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -36,10 +37,10 @@ bool TimCCLMaxGSMFR::canStart() {
     return true;
 }
 
-bool TimCCLMaxGSMFR::canContinue() {
+bool TimCCLMaxGSMFR::makeData() {
     // The second signal reaches as far behind the first as the longest lag.
-    return grid.next(m_isFirst) && pSrc1.createVector(len.value(), setValue, 0, 0) &&
-           pSrc2.createVector(len.value() + lag - 1, setValue, 0, 0);
+    return pSrc1.createVector(len.value(), setValue, 0, 0) &&
+           pSrc2.createVector(vkcSize(len) + lag - 1, setValue, 0, 0);
 }
 
 void TimCCLMaxGSMFR::flushData() {

@@ -15,11 +15,14 @@ vkcGrid grid;
 Vek16s pSearchTimes;
 int dataSize;
 
+constexpr int matrixSize = 616;
+
 class TimCdbk : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -32,7 +35,7 @@ public:
 
 bool TimCdbk::canStart() {
     vkcRebuild(lenght, "lenght").setList({40});
-    vkcRebuild(lenght_srcdst, "lenght_srcdst").setList({616});
+    vkcRebuild(lenght_srcdst, "lenght_srcdst").setList({matrixSize});
     vkcRebuild(subFrame, "subFrame");
     // The depth-first search does not know of subframes.
     if (m_func.contains("G729A")) {
@@ -53,31 +56,30 @@ bool TimCdbk::canStart() {
 
 bool TimCdbk::setData() {
     if (m_func.contains("_32f")) {
-        return veksToeplizMatrix_G729_32f(pSrc1.m_32f, pTmp.m_32f) == vekStsNoErr;
+        return vkcDone(veksToeplizMatrix_G729_32f(pSrc1.m_32f, pTmp.m_32f));
     }
     if (m_func.contains("_32s16s")) {
-        return veksToeplizMatrix_G729_16s32s(pSrc1.m_16s, pTmp.m_32s) == vekStsNoErr;
+        return vkcDone(veksToeplizMatrix_G729_16s32s(pSrc1.m_16s, pTmp.m_32s));
     }
     // The narrow matrix is the upper half of the wide one.
-    Vek32s wide[616];
-    if (veksToeplizMatrix_G729_16s32s(pSrc1.m_16s, wide) != vekStsNoErr) {
+    Vek32s wide[matrixSize];
+    if (!vkcDone(veksToeplizMatrix_G729_16s32s(pSrc1.m_16s, wide))) {
         return false;
     }
-    for (int i = 0; i < lenght_srcdst.value(); ++i) {
+    for (int i = 0; i < matrixSize; ++i) {
         pTmp.m_16s[i] = static_cast<Vek16s>(wide[i] >> 16);
     }
     return true;
 }
 
-bool TimCdbk::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrc1.createVector(grid.room(lenght), setRand, 0, 4096) ||
+bool TimCdbk::makeData() {
+    if (!pSrc1.createVector(grid.room(lenght), setRand, 0, 4096) ||
         !pTmp.createVector(grid.room(lenght_srcdst), setRand, 0, 4096) ||
         !pSrcDst.createVector(grid.room(lenght_srcdst), setZero, 0, 0) ||
         !pDst.createVector(grid.room(lenght), setZero, 0, 0) || !ind.createVector(2, setZero, 0, 0)) {
         return false;
     }
-    const bool narrow = !m_func.contains("_32f") && !m_func.contains("_32s16s");
-    dataSize = lenght_srcdst.value() * static_cast<int>(narrow ? sizeof(Vek16s) : sizeof(Vek32s));
+    dataSize = pTmp.size();
     pSearchTimes = 0;
     return setData();
 }

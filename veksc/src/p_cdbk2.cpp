@@ -21,7 +21,8 @@ class TimCdbk2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght_dst.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -54,8 +55,8 @@ bool TimCdbk2::canStart() {
     return true;
 }
 
-bool TimCdbk2::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(grid.room(lenght_src), m_matrix ? setZero : setRand, 0, 0) &&
+bool TimCdbk2::makeData() {
+    return pSrc.createVector(grid.room(lenght_src), m_matrix ? setZero : setRand, 0, 0) &&
            pDst.createVector(grid.room(lenght_dst), setZero, 0, 0);
 }
 

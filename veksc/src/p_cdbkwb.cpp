@@ -42,7 +42,8 @@ class TimACSWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -72,11 +73,7 @@ bool TimACSWB::canStart() {
     return true;
 }
 
-bool TimACSWB::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    dataSize = len.value() * vkVector::item(m_func);
+bool TimACSWB::makeData() {
     if (!pSrcIdxs.createVector(words, setRand, -32768, 32767)) {
         return false;
     }
@@ -89,6 +86,7 @@ bool TimACSWB::canContinue() {
     if (!pDstIndex.createVector(4, setZero, 0, 0)) {
         return false;
     }
+    dataSize = pTmp.size();
     setData();
     return true;
 }
@@ -113,7 +111,8 @@ class TimADCSWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -150,8 +149,8 @@ bool TimADCSWB::canStart() {
     return true;
 }
 
-bool TimADCSWB::canContinue() {
-    return grid.next(m_isFirst) && pSrcDstExcitation.createVector(excitation, setRand, -4096, 4096) &&
+bool TimADCSWB::makeData() {
+    return pSrcDstExcitation.createVector(excitation, setRand, -4096, 4096) &&
            pResultPrevIntPitchLagBounds.createVector(2, setZero, 0, 0) &&
            pSrcAdptTarget.createVector(grid.room(len), setRand, -4096, 4096) &&
            pSrcImpulseResponse.createVector(grid.room(len), setRand, -4096, 4096) &&
@@ -161,12 +160,12 @@ bool TimADCSWB::canContinue() {
 
 bool TimADCSWB::setState() {
     int size = 0;
-    if (veksAdaptiveCodebookDecodeGetSize_AMRWB_16s(&size) != vekStsNoErr ||
+    if (!vkcDone(veksAdaptiveCodebookDecodeGetSize_AMRWB_16s(&size)) ||
         !stateMemory.createVector((size + 3) / 4, setZero, 0, 0)) {
         return false;
     }
     pState = reinterpret_cast<VekAdaptiveCodebookState_AMRWB*>(stateMemory.m_32s);
-    return veksAdaptiveCodebookDecodeInit_AMRWB_16s(pState) == vekStsNoErr;
+    return vkcDone(veksAdaptiveCodebookDecodeInit_AMRWB_16s(pState));
 }
 
 void TimADCSWB::flushData() {

@@ -14,7 +14,8 @@ class TimConv : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -43,10 +44,7 @@ bool TimConv::canStart() {
     return true;
 }
 
-bool TimConv::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimConv::makeData() {
     const bool made = m_wide ? pSrc1.createVector(grid.room(lenght), setOne, 0, 0)
                              : pSrc1.createVector(grid.room(lenght), setValue, 2048, 0);
     return made && pSrc2.createVector(grid.room(lenght), setValue, 2048, 0) &&

@@ -20,7 +20,8 @@ class TimCorr : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override;
     double getDivisor_el() override { return getDivisor(); }
@@ -63,10 +64,7 @@ bool TimCorr::canStart() {
     return true;
 }
 
-bool TimCorr::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimCorr::makeData() {
     // The whole length is written where the call takes no length of the destination.
     const int written = m_shortDst ? lenghtDst.value() : lenght.value();
     return pSrc1.createVector(lenght.value(), setValue, 2098, 0) &&

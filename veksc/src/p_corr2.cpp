@@ -20,7 +20,8 @@ class TimCorr2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -39,8 +40,8 @@ bool TimCorr2::canStart() {
     return true;
 }
 
-bool TimCorr2::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(windowLength, setRand, -4092, 4092) &&
+bool TimCorr2::makeData() {
+    return pSrc.createVector(windowLength, setRand, -4092, 4092) &&
            pSrc1.createVector(subframe, setRand, -8192, 8192) && pSrc2.createVector(subframe, setRand, -8192, 8192) &&
            pTmp.createVector(subframe, setRand, -8192, 8192) && pSrcDst.createVector(subframe, setZero, 0, 0) &&
            pDst.createVector(grid.room(lenght), setZero, 0, 0);

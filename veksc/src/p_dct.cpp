@@ -16,7 +16,8 @@ class TimDCTFwd : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -36,7 +37,7 @@ bool TimDCTFwd::canStart() {
     return true;
 }
 
-bool TimDCTFwd::initData() {
+bool TimDCTFwd::makeData() {
     return pSrc.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
            pDst.createVector(std::max(len.value(), frame), setZero, 0, 0);
 }

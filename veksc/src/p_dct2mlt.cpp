@@ -17,7 +17,8 @@ class TimDCTToMLT : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -38,7 +39,7 @@ bool TimDCTToMLT::canStart() {
     return true;
 }
 
-bool TimDCTToMLT::initData() {
+bool TimDCTToMLT::makeData() {
     return pSrcSpchDecomposed.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
            pSrcDstSpchDecomposedOld.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
            pDstSpch.createVector(std::max(len.value(), frame), setZero, 0, 0);

@@ -17,7 +17,8 @@ class TimDecGain : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -36,12 +37,11 @@ bool TimDecGain::canStart() {
     return true;
 }
 
-bool TimDecGain::canContinue() {
-    return grid.next(m_isFirst) && quaIndex.createVector(2, setValue, 86, 0) &&
-           pSrc.createVector(subframe, setValue, 8191, 0) &&
+bool TimDecGain::makeData() {
+    return quaIndex.createVector(2, setValue, 86, 0) && pSrc.createVector(subframe, setValue, 8191, 0) &&
            pPastEnergy.createVector(grid.room(lenght), setValue, -14336, 0) &&
            pitchGain.createVector(2, setZero, 0, 0) &&
-           veksDotProd_G729A_16s32s(pSrc.m_16s, pSrc.m_16s, subframe, &energy) == vekStsNoErr;
+           vkcDone(veksDotProd_G729A_16s32s(pSrc.m_16s, pSrc.m_16s, subframe, &energy));
 }
 
 void TimDecGain::flushData() {

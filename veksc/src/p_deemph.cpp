@@ -12,7 +12,8 @@ class TimDeemph_GSMFR_16s_I : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -31,9 +32,8 @@ bool TimDeemph_GSMFR_16s_I::canStart() {
     return true;
 }
 
-bool TimDeemph_GSMFR_16s_I::canContinue() {
-    return grid.next(m_isFirst) && pSrcDst.createVector(len.value(), setZero, 0, 0) &&
-           pMem.createVector(1, setZero, 0, 0);
+bool TimDeemph_GSMFR_16s_I::makeData() {
+    return pSrcDst.createVector(len.value(), setZero, 0, 0) && pMem.createVector(1, setZero, 0, 0);
 }
 
 void TimDeemph_GSMFR_16s_I::flushData() {

@@ -15,7 +15,8 @@ class TimDotProd : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -44,9 +45,8 @@ bool TimDotProd::canStart() {
     return true;
 }
 
-bool TimDotProd::canContinue() {
-    return grid.next(m_isFirst) && pSrc1.createVector(lenght.value(), setOne, 0, 0) &&
-           pSrc2.createVector(lenght.value(), setOne, 0, 0);
+bool TimDotProd::makeData() {
+    return pSrc1.createVector(lenght.value(), setOne, 0, 0) && pSrc2.createVector(lenght.value(), setOne, 0, 0);
 }
 
 void TimDotProd::flushData() {

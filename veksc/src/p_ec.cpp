@@ -106,7 +106,8 @@ class TimEC : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override;
     double getDivisor_el() override { return getDivisor(); }
@@ -205,10 +206,7 @@ void TimEC::setTypes() {
     pInitBuf.init(vk8u);
 }
 
-bool TimEC::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimEC::makeData() {
     numSegments = mode.value() != 0 ? 4 : 2;
     if (m_nlms || m_fir) {
         return filterData();
@@ -241,7 +239,7 @@ bool TimEC::filterData() {
 bool TimEC::toneData() {
     const int freq = sampleFreq[mode.value() != 0];
     int pSize = 0;
-    if (!pSignal.createVector(grid.room(len), setRand, -1, 1)) {
+    if (!pSignal.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     if (m_fixed) {
@@ -254,7 +252,8 @@ bool TimEC::toneData() {
 
 bool TimEC::fullbandData() {
     // The far end's past lies before the pointer that the update takes.
-    const bool made = m_update ? pSrcRin.createVector(grid.room(tapLen) + grid.room(len) + 1, setRand, -1, 1) &&
+    const bool made = m_update ? tapLen.value() > 0 &&
+                                     pSrcRin.createVector(grid.room(tapLen) + grid.room(len) + 1, setRand, -1, 1) &&
                                      pSrcSin.createVector(grid.room(len), setRand, -1, 1) &&
                                      pDstStepSize.createVector(grid.room(len), setZero, 0, 0)
                                : pAdaptiveFilterErr.createVector(grid.room(len), setRand, -1, 1) &&
@@ -316,9 +315,9 @@ bool TimEC::processData() {
     }
     const int bytes = std::max(bufSize, numSubbands.value());
     if (!pSignal.createVector(framesize, setRand, -1, 1) ||
-        !pSubbands.createVector(std::max(grid.room(numSubbands), fft_size / 2 + 1), setRand, -1, 1) ||
+        !pSubbands.createVector(std::max<long long>(grid.room(numSubbands), fft_size / 2 + 1), setRand, -1, 1) ||
         !pWindow.createVector(window_len, setZero, 0, 0) || !pInitBuf.createVector(bytes, setZero, 0, 0) ||
-        !pBuf.createVector(bytes, setZero, 0, 0)) {
+        !pBuf.createVector(bytes, m_fixed ? setRand : setZero, -1, 1)) {
         return false;
     }
     for (int n = 0; n < window_len; ++n) {
@@ -353,13 +352,15 @@ void TimEC::flushData() {
 
 double TimEC::getDivisor() {
     if (m_nlms || m_fir) {
-        return len.value() * tapLen.value();
+        return static_cast<double>(len.value()) * tapLen.value();
     }
     if (m_fullband) {
-        return std::trunc(std::sqrt((tapLen.value() * tapLen.value() + len.value() * len.value()) * 0.5));
+        const double taps = tapLen.value();
+        const double length = len.value();
+        return std::trunc(std::sqrt((taps * taps + length * length) * 0.5));
     }
     if (m_subband) {
-        return m_update ? numSubbands.value() : numSubbands.value() * numSegments;
+        return static_cast<double>(numSubbands.value()) * (m_update ? 1 : numSegments);
     }
     return m_tone ? len.value() : fft_size;
 }

@@ -36,9 +36,10 @@ class TimECDT : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
-    double getDivisor() override { return numSubbands - startSubband.value(); }
+    double getDivisor() override { return static_cast<double>(numSubbands) - startSubband.value(); }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
     void parmsToOstrm() override { grid.toOstrm(); }
@@ -70,10 +71,7 @@ bool TimECDT::canStart() {
     return true;
 }
 
-bool TimECDT::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimECDT::makeData() {
     numSegments = mode.value() != 0 ? 4 : 2;
     pSrcDstFilterPwr = 0;
     const SetMode fill = doubleTalk.value() != 0 ? setRand : setValue;

@@ -39,7 +39,8 @@ class FCB_RTA_32f : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subFrameSize.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -85,8 +86,8 @@ bool FCB_RTA_32f::canStart() {
     return true;
 }
 
-bool FCB_RTA_32f::canContinue() {
-    if (!grid.next(m_isFirst) || !vkcCounts(subFrameSize, longest + 1)) {
+bool FCB_RTA_32f::makeData() {
+    if (!vkcCounts(subFrameSize, longest + 1)) {
         return false;
     }
     const int n = subFrameSize.value();
@@ -108,10 +109,10 @@ bool FCB_RTA_32f::setData() {
         formant[i] = response(i);
     }
     if (m_bandPass) {
-        return veksCopy_32f(signal, pSrcDst.m_32f, n) == vekStsNoErr;
+        return vkcDone(veksCopy_32f(signal, pSrcDst.m_32f, n));
     }
-    return !m_random || (veksCopy_32f(signal, pSrcFixedTarget.m_32f, n) == vekStsNoErr &&
-                         veksCopy_32f(formant, pSrcImpulseResponse.m_32f, n) == vekStsNoErr);
+    return !m_random || (vkcDone(veksCopy_32f(signal, pSrcFixedTarget.m_32f, n)) &&
+                         vkcDone(veksCopy_32f(formant, pSrcImpulseResponse.m_32f, n)));
 }
 
 void FCB_RTA_32f::flushData() {

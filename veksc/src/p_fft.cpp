@@ -13,7 +13,8 @@ class TimFFT : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -31,12 +32,11 @@ bool TimFFT::canStart() {
     return true;
 }
 
-bool TimFFT::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    dataSize = lenght.value() * vkVector::item(m_func);
-    return pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) && pTmp.createVector(grid.room(lenght), setOne, 0, 0);
+bool TimFFT::makeData() {
+    const bool made =
+        pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) && pTmp.createVector(grid.room(lenght), setOne, 0, 0);
+    dataSize = pTmp.size();
+    return made;
 }
 
 void TimFFT::flushData() {

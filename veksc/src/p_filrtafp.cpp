@@ -32,7 +32,8 @@ class TimFILT_RTAFP : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return m_levinson ? hpfOrder.value() : len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -66,12 +67,12 @@ bool TimFILT_RTAFP::canStart() {
     return true;
 }
 
-bool TimFILT_RTAFP::canContinue() {
-    if (!grid.next(m_isFirst) || !vkcCounts(step, std::size(stages))) {
+bool TimFILT_RTAFP::makeData() {
+    if (!vkcCounts(step, std::size(stages))) {
         return false;
     }
     // Of order n there are n + 1 autocorrelations and coefficients.
-    const int n = hpfOrder.value();
+    const long long n = vkcSize(hpfOrder);
     const bool created =
         m_levinson ? pSrc.createVector(n, setRand, -100, 100) && pSrcAutoCorr.createVector(n + 1, setRand, -100, 100) &&
                          pDstLPC.createVector(n + 1, setZero, 0, 0) && pDstRC.createVector(n, setZero, 0, 0)

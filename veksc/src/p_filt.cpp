@@ -18,12 +18,14 @@ krStepIterator<int> lenght_lpc;
 krStepIterator<int> i_mem;
 vkcGrid grid;
 int dataSize;
-int past;
+long long past;
 char* pMemUpdated;
 int fltSize;
 
 constexpr int T = 40;
 constexpr int order = 10;
+// What the residual filter works on, whatever the length is.
+constexpr long long subframe = 40;
 constexpr Vek16s beta = 16384;
 constexpr Vek32f betaFloat = 0.5F;
 const Vek16s stableLpc[order + 1] = {4096, 852, 825, 441, 159, -209, -411, -420, -494, -593, -711};
@@ -32,7 +34,8 @@ class TimFilt : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -63,8 +66,7 @@ bool TimFilt::canStart() {
         lenght.set(15, 50, 5, '+');
         grid.begin({&lenght});
     } else if (m_residual) {
-        // The subframe is part of the function.
-        lenght.setList({40});
+        lenght.set(40, 60, 10, '+');
         grid.begin({&lenght});
     } else if (m_impulse) {
         lenght.set(40, 60, 10, '+');
@@ -99,19 +101,19 @@ bool TimFilt::setData() {
     return true;
 }
 
-bool TimFilt::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    // The memory of a synthesis filter is as long as its order. The harmonic filters read the lag before the pointer,
-    // the residual filter its order.
-    past = m_residual ? grid.room(lenght) : 0;
-    const int size = grid.room(lenght) + (m_harmonic ? T : past);
-    dataSize = size * vkVector::item(m_func);
-    return pLPC.createVector(lenght_lpc.value(), setZero, 0, 0) && pSrc.createVector(size, setZero, 0, 0) &&
-           pDst.createVector(grid.room(lenght), setZero, 0, 0) &&
-           pMem.createVector(std::max(grid.room(lenght), lenght_lpc.value()), setValue, i_mem.value(), 0) &&
-           pTmp.createVector(size, setZero, 0, 0) && pSrcDst.createVector(size, setZero, 0, 0) && setData();
+bool TimFilt::makeData() {
+    // The harmonic filters read the lag before the pointer, the residual filter its order, and a subframe from there
+    // on.
+    const long long length = m_residual ? std::max(vkcSize(lenght), subframe) : vkcSize(lenght);
+    past = m_harmonic ? T : m_residual ? std::max<long long>(lenght.value(), order) : 0;
+    const long long size = past + length;
+    // The memory of a synthesis filter is as long as its order.
+    const bool made = pLPC.createVector(lenght_lpc.value(), setZero, 0, 0) && pSrc.createVector(size, setZero, 0, 0) &&
+                      pDst.createVector(length, setZero, 0, 0) &&
+                      pMem.createVector(std::max(length, vkcSize(lenght_lpc)), setZero, 0, 0) &&
+                      pTmp.createVector(size, setZero, 0, 0) && pSrcDst.createVector(size, setZero, 0, 0) && setData();
+    dataSize = pTmp.size();
+    return made;
 }
 
 void TimFilt::flushData() {

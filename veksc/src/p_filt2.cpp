@@ -23,7 +23,8 @@ class TimFilt2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -64,10 +65,7 @@ bool TimFilt2::createHarmonicData() {
     return true;
 }
 
-bool TimFilt2::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimFilt2::makeData() {
     mem[0] = mem[1] = 0;
     if (m_harmonic) {
         return createHarmonicData();

@@ -1,6 +1,8 @@
 // Prediction filters of G.729 Annex E, of order 10 and 30.
 #include "vkc.h"
 
+#include <algorithm>
+
 namespace {
 
 vkVector pSrcLpc;
@@ -10,14 +12,16 @@ krStepIterator<int> valLPCOrder;
 krStepIterator<int> lenght;
 vkcGrid grid;
 
+// Of the grid.
 constexpr int longestOrder = 30;
-Vek16s pSrcDstSynFltMemory[longestOrder];
+Vek16s* pSrcDstSynFltMemory;
 
 class TimFilt729I : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -37,19 +41,21 @@ bool TimFilt729I::canStart() {
     return true;
 }
 
-bool TimFilt729I::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimFilt729I::makeData() {
     // The residual filter reads the samples of its order before the first.
     const int before = m_func.contains("Residual") ? valLPCOrder.value() : 0;
-    veksZero_16s(pSrcDstSynFltMemory, longestOrder);
-    return pSrcLpc.createVector(longestOrder + 1, setOne, 0, 0) &&
-           pDstSignal.createVector(lenght.value(), setZero, 0, 0) &&
-           pSrcSpeech.createVector(before + lenght.value(), setRand, -512, 512);
+    const int order = std::max(valLPCOrder.value(), longestOrder);
+    if (!pSrcLpc.createVector(order + 1LL, setOne, 0, 0) || !pDstSignal.createVector(lenght.value(), setZero, 0, 0) ||
+        !pSrcSpeech.createVector(before + vkcSize(lenght), setRand, -512, 512)) {
+        return false;
+    }
+    pSrcDstSynFltMemory = veksMalloc_16s(order);
+    return pSrcDstSynFltMemory != nullptr && vkcDone(veksZero_16s(pSrcDstSynFltMemory, order));
 }
 
 void TimFilt729I::flushData() {
+    veksFree(pSrcDstSynFltMemory);
+    pSrcDstSynFltMemory = nullptr;
     for (vkVector* vector : {&pSrcSpeech, &pDstSignal, &pSrcLpc}) {
         vector->deleteVector();
     }

@@ -18,7 +18,8 @@ class TimPPFilt : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return 40; }
     double getDivisor_el() override { return getDivisor(); }
@@ -40,8 +41,8 @@ bool TimPPFilt::canStart() {
     return true;
 }
 
-bool TimPPFilt::canContinue() {
-    return grid.next(m_isFirst) && pSrcResidual.createVector(history + 240, setRand, -2048, 2048);
+bool TimPPFilt::makeData() {
+    return pSrcResidual.createVector(history + 240, setRand, -2048, 2048);
 }
 
 void TimPPFilt::flushData() {

@@ -19,10 +19,12 @@ class TimFiltwb : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override {
-        return m_residual ? len.value() * valLPCOrder.value() : len_c.value() * len_c.value();
+        return m_residual ? static_cast<double>(len.value()) * valLPCOrder.value()
+                          : static_cast<double>(len_c.value()) * len_c.value();
     }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -54,16 +56,13 @@ bool TimFiltwb::canStart() {
     return true;
 }
 
-bool TimFiltwb::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimFiltwb::makeData() {
     // The residual takes a coefficient more than its order, and reads the samples of its order before the first.
-    const int order = valLPCOrder.value();
+    const long long order = vkcSize(valLPCOrder);
     return pSrc1.createVector(len_c.value(), setValue, 4000, 0) &&
            pSrc2.createVector(len_c.value(), setValue, 4000, 0) && pDst.createVector(len_c.value(), setZero, 0, 0) &&
            pSrcLpc.createVector(order + 1, setValue, 4000, 0) &&
-           pSrcSpeech.createVector(order + 1 + len.value(), setValue, 4000, 0) &&
+           pSrcSpeech.createVector(order + 1 + vkcSize(len), setValue, 4000, 0) &&
            pDstResidualSignal.createVector(len.value(), setZero, 0, 0);
 }
 

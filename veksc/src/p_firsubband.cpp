@@ -9,15 +9,15 @@ krStepIterator<int> numSegments;
 vkcScaleIterator scaleFactor;
 krStepIterator<int> startSubband;
 vkcGrid grid;
-Vek32sc** ppSrcSignalIn;
-Vek32sc** ppSrcCoefs;
-int madeRows;
+vkcRows<Vek32sc> ppSrcSignalIn;
+vkcRows<Vek32sc> ppSrcCoefs;
 
 class TimFiltACE : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override;
     double getDivisor_el() override { return getDivisor(); }
@@ -49,8 +49,8 @@ bool TimFiltACE::canStart() {
     return true;
 }
 
-bool TimFiltACE::canContinue() {
-    if (!grid.next(m_isFirst) || !pDstSignalOut.createVector(len.value(), setZero, 0, 0) || !makeRows()) {
+bool TimFiltACE::makeData() {
+    if (!pDstSignalOut.createVector(len.value(), setZero, 0, 0) || !makeRows()) {
         return false;
     }
     setData();
@@ -58,52 +58,34 @@ bool TimFiltACE::canContinue() {
 }
 
 bool TimFiltACE::makeRows() {
-    const int rows = numSegments.value();
-    const int tableBytes = rows * static_cast<int>(sizeof(Vek32sc*));
-    ppSrcSignalIn = reinterpret_cast<Vek32sc**>(veksMalloc_8u(tableBytes));
-    ppSrcCoefs = reinterpret_cast<Vek32sc**>(veksMalloc_8u(tableBytes));
-    if (ppSrcSignalIn == nullptr || ppSrcCoefs == nullptr) {
-        return false;
-    }
-    bool made = true;
-    for (madeRows = 0; madeRows < rows; ++madeRows) {
-        ppSrcSignalIn[madeRows] = veksMalloc_32sc(len.value());
-        ppSrcCoefs[madeRows] = veksMalloc_32sc(len.value());
-        made = made && ppSrcSignalIn[madeRows] != nullptr && ppSrcCoefs[madeRows] != nullptr;
-    }
-    return made;
+    return ppSrcSignalIn.make(numSegments.value(), len.value(), veksMalloc_32sc) &&
+           ppSrcCoefs.make(numSegments.value(), len.value(), veksMalloc_32sc);
 }
 
 void TimFiltACE::setData() {
     for (int row = 0; row < numSegments.value(); ++row) {
         for (int i = 0; i < len.value(); ++i) {
-            ppSrcSignalIn[row][i] = {1, 1};
-            ppSrcCoefs[row][i] = {1, 1};
+            ppSrcSignalIn.table[row][i] = {1, 1};
+            ppSrcCoefs.table[row][i] = {1, 1};
         }
     }
 }
 
 void TimFiltACE::flushData() {
-    for (; madeRows > 0; --madeRows) {
-        veksFree(ppSrcSignalIn[madeRows - 1]);
-        veksFree(ppSrcCoefs[madeRows - 1]);
-    }
-    veksFree(ppSrcSignalIn);
-    veksFree(ppSrcCoefs);
-    ppSrcSignalIn = nullptr;
-    ppSrcCoefs = nullptr;
+    ppSrcCoefs.drop();
+    ppSrcSignalIn.drop();
     pDstSignalOut.deleteVector();
 }
 
 double TimFiltACE::getDivisor() {
-    return (len.value() - (m_low ? startSubband.value() : 0)) * numSegments.value();
+    return (static_cast<double>(len.value()) - (m_low ? startSubband.value() : 0)) * numSegments.value();
 }
 
 } // namespace
 
 VK_REG(TimFiltACE, veksFIRSubbandLow_EC_32sc_Sfs,
-       veksFIRSubbandLow_EC_32sc_Sfs(ppSrcSignalIn, ppSrcCoefs, numSegments.value(), pDstSignalOut.m_32sc,
+       veksFIRSubbandLow_EC_32sc_Sfs(ppSrcSignalIn.table, ppSrcCoefs.table, numSegments.value(), pDstSignalOut.m_32sc,
                                      startSubband.value(), len.value(), scaleFactor.value()))
 VK_REG(TimFiltACE, veksFIRSubband_EC_32sc_Sfs,
-       veksFIRSubband_EC_32sc_Sfs(ppSrcSignalIn, ppSrcCoefs, pDstSignalOut.m_32sc, numSegments.value(), len.value(),
-                                  scaleFactor.value()))
+       veksFIRSubband_EC_32sc_Sfs(ppSrcSignalIn.table, ppSrcCoefs.table, pDstSignalOut.m_32sc, numSegments.value(),
+                                  len.value(), scaleFactor.value()))

@@ -13,48 +13,21 @@ krStepIterator<int> startSubband;
 vkcGrid grid;
 Vek32s* pStepSize;
 
-// A table of row pointers and its rows, each from the library's memory.
-template <class T>
-struct Rows {
-    T** table = nullptr;
-    int count = 0;
-
-    bool make(int rows, int length, T* (*allocate)(int)) {
-        table = reinterpret_cast<T**>(veksMalloc_8u(rows * static_cast<int>(sizeof(T*))));
-        if (table == nullptr) {
-            return false;
-        }
-        bool made = true;
-        for (count = 0; count < rows; ++count) {
-            table[count] = allocate(length);
-            made = made && table[count] != nullptr;
-        }
-        return made;
-    }
-
-    void drop() {
-        for (; count > 0; --count) {
-            veksFree(table[count - 1]);
-        }
-        veksFree(table);
-        table = nullptr;
-    }
-};
-
-Rows<Vek64f> ppStepSize;
-Rows<Vek32fc> ppInputAp;
-Rows<Vek32fc> ppErrorAp;
-Rows<Vek32fc> ppCoefsAp;
-Rows<Vek32sc> ppSrcFilterInput;
-Rows<Vek32sc> ppSrcDstCoefsQ15;
+vkcRows<Vek64f> ppStepSize;
+vkcRows<Vek32fc> ppInputAp;
+vkcRows<Vek32fc> ppErrorAp;
+vkcRows<Vek32fc> ppCoefsAp;
+vkcRows<Vek32sc> ppSrcFilterInput;
+vkcRows<Vek32sc> ppSrcDstCoefsQ15;
 
 class TimUpdatePrimAp : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
-    double getDivisor() override { return len.value() * numSegments.value(); }
+    double getDivisor() override { return static_cast<double>(len.value()) * numSegments.value(); }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
     void parmsToOstrm() override { grid.toOstrm(); }
@@ -71,11 +44,8 @@ bool TimUpdatePrimAp::canStart() {
     return true;
 }
 
-bool TimUpdatePrimAp::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    const int rows = numSegments.value() + apOrder.value();
+bool TimUpdatePrimAp::makeData() {
+    const long long rows = vkcSize(numSegments) + vkcSize(apOrder);
     if (!ppStepSize.make(apOrder.value(), len.value(), veksMalloc_64f) ||
         !ppInputAp.make(rows, len.value(), veksMalloc_32fc) ||
         !ppErrorAp.make(apOrder.value(), len.value(), veksMalloc_32fc) ||
@@ -108,7 +78,8 @@ class TimUpdatePrim : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override;
     double getDivisor_el() override { return getDivisor(); }
@@ -140,8 +111,8 @@ bool TimUpdatePrim::canStart() {
     return true;
 }
 
-bool TimUpdatePrim::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrcError.createVector(grid.room(len), setOne, 0, 0) ||
+bool TimUpdatePrim::makeData() {
+    if (!pSrcError.createVector(grid.room(len), setOne, 0, 0) ||
         !prodStepErrQ.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
@@ -177,7 +148,7 @@ void TimUpdatePrim::flushData() {
 }
 
 double TimUpdatePrim::getDivisor() {
-    return (len.value() - (m_low ? startSubband.value() : 0)) * numSegments.value();
+    return (static_cast<double>(len.value()) - (m_low ? startSubband.value() : 0)) * numSegments.value();
 }
 
 } // namespace

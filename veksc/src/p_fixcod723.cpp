@@ -19,7 +19,8 @@ class TimFixCdb : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -40,9 +41,8 @@ bool TimFixCdb::canStart() {
     return true;
 }
 
-bool TimFixCdb::canContinue() {
-    return grid.next(m_isFirst) && pSrcMatrix.createVector(matrixSize, setRand, 0, 4096) &&
-           pDstFixedVector.createVector(60, setZero, 0, 0) &&
+bool TimFixCdb::makeData() {
+    return pSrcMatrix.createVector(matrixSize, setRand, 0, 4096) && pDstFixedVector.createVector(60, setZero, 0, 0) &&
            pSrcFixedCorr.createVector(grid.room(lenght), setZero, 0, 0) &&
            pSearchTimes.createVector(1, setRand, 0, 128);
 }

@@ -25,7 +25,8 @@ class TimFlt728 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return m_iir ? len.value() : vectorLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -68,18 +69,18 @@ bool TimFlt728::createState() {
     }
     if (m_iir) {
         pMemIIR = reinterpret_cast<VeksIIRState_G728*>(memory);
-        return veksIIR16sInit_G728_16s(pMemIIR) == vekStsNoErr;
+        return vkcDone(veksIIR16sInit_G728_16s(pMemIIR));
     }
     if (m_synthesis) {
         pMemSynt = reinterpret_cast<VeksSynthesisFilterState_G728*>(memory);
-        return veksSynthesisFilterInit_G728_16s(pMemSynt) == vekStsNoErr;
+        return vkcDone(veksSynthesisFilterInit_G728_16s(pMemSynt));
     }
     pMem = reinterpret_cast<VeksCombinedFilterState_G728*>(memory);
-    return veksCombinedFilterInit_G728_16s(pMem) == vekStsNoErr;
+    return vkcDone(veksCombinedFilterInit_G728_16s(pMem));
 }
 
-bool TimFlt728::canContinue() {
-    return grid.next(m_isFirst) && createState() && pSrc.createVector(grid.room(len), setRand, -2048, 2048) &&
+bool TimFlt728::makeData() {
+    return createState() && pSrc.createVector(grid.room(len), setRand, -2048, 2048) &&
            pCoeff.createVector(weights, setRand, -2048, 2048) && pDst.createVector(vectorLength, setZero, 0, 0) &&
            pDstWgtSpeech.createVector(grid.room(len), setZero, 0, 0) &&
            pSrcDstExc.createVector(vectorLength, setRand, -256, 256);

@@ -43,7 +43,7 @@ void createSynthesis(const vkFunc& func) {
 
 // The outputs before the first stand ahead of those of the call.
 bool createSynthesisData() {
-    return pSrcDstSignal.createVector(grid.room(valLpcOrder) + len.value(), setRand, -65536, 65536) &&
+    return pSrcDstSignal.createVector(grid.room(valLpcOrder) + vkcSize(len), setRand, -65536, 65536) &&
            pSrcLpc.createVector(grid.room(valLpcOrder) + 1, setRand, -4096, 4096) &&
            pSrcExcitation.createVector(len.value(), setRand, -4096, 4096);
 }
@@ -58,7 +58,8 @@ class TimDeemphWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -75,8 +76,8 @@ bool TimDeemphWB::canStart() {
     return true;
 }
 
-bool TimDeemphWB::canContinue() {
-    return grid.next(m_isFirst) && createDeemphasisData();
+bool TimDeemphWB::makeData() {
+    return createDeemphasisData();
 }
 
 void TimDeemphWB::flushData() {
@@ -87,9 +88,10 @@ class TimSinthWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
-    double getDivisor() override { return len.value() * valLpcOrder.value(); }
+    double getDivisor() override { return static_cast<double>(len.value()) * valLpcOrder.value(); }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
     void parmsToOstrm() override { grid.toOstrm(); }
@@ -105,8 +107,8 @@ bool TimSinthWB::canStart() {
     return true;
 }
 
-bool TimSinthWB::canContinue() {
-    return grid.next(m_isFirst) && createSynthesisData();
+bool TimSinthWB::makeData() {
+    return createSynthesisData();
 }
 
 void TimSinthWB::flushData() {
@@ -117,7 +119,8 @@ class TimDeemphWBE : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -135,8 +138,8 @@ bool TimDeemphWBE::canStart() {
     return true;
 }
 
-bool TimDeemphWBE::canContinue() {
-    return grid.next(m_isFirst) && createDeemphasisData();
+bool TimDeemphWBE::makeData() {
+    return createDeemphasisData();
 }
 
 void TimDeemphWBE::flushData() {
@@ -147,9 +150,10 @@ class TimSinthWBE : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
-    double getDivisor() override { return len.value() * valLpcOrder.value(); }
+    double getDivisor() override { return static_cast<double>(len.value()) * valLpcOrder.value(); }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
     void parmsToOstrm() override { grid.toOstrm(); }
@@ -165,8 +169,8 @@ bool TimSinthWBE::canStart() {
     return true;
 }
 
-bool TimSinthWBE::canContinue() {
-    return grid.next(m_isFirst) && createSynthesisData();
+bool TimSinthWBE::makeData() {
+    return createSynthesisData();
 }
 
 void TimSinthWBE::flushData() {

@@ -27,7 +27,8 @@ class TimG722SB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -84,16 +85,13 @@ bool TimG722SB::createStates() {
     return true;
 }
 
-bool TimG722SB::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimG722SB::makeData() {
     // The state comes last: where a vector fails nobody frees it.
     if (m_highband || m_classify) {
-        return pSrcDst.createVector(len.value() + (m_classify ? before : 0), setOne, 0, 0) &&
+        return pSrcDst.createVector(vkcSize(len) + (m_classify ? before : 0), setOne, 0, 0) &&
                mem.createVector(2, setOne, 0, 0) && createStates();
     }
-    return pSrc.createVector(len.value() + (m_downsample ? 2 * beside : 0), setOne, 0, 0) &&
+    return pSrc.createVector(vkcSize(len) + (m_downsample ? 2 * beside : 0), setOne, 0, 0) &&
            pDst.createVector(len.value(), setZero, 0, 0) &&
            delay.createVector(std::max(len.value(), bank), setOne, 0, 0) && createStates();
 }

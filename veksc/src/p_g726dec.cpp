@@ -17,7 +17,8 @@ class TimDen : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -43,17 +44,17 @@ bool TimDen::canStart() {
     pSrc.init(m_func, vkArg::src);
     pDst.init(m_func, vkArg::dst);
     pTmp.init(vk8u);
-    return veksDecodeGetStateSize_G726_8u16s(&dataSize) == vekStsNoErr;
+    return vkcDone(veksDecodeGetStateSize_G726_8u16s(&dataSize));
 }
 
-bool TimDen::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrc.createVector(len.value(), setRand, 0, 3) ||
-        !pDst.createVector(len.value(), setZero, 0, 0) || !pTmp.createVector(dataSize, setZero, 0, 0)) {
+bool TimDen::makeData() {
+    if (!pSrc.createVector(len.value(), setRand, 0, 3) || !pDst.createVector(len.value(), setZero, 0, 0) ||
+        !pTmp.createVector(dataSize, setZero, 0, 0)) {
         return false;
     }
     pDecMem = reinterpret_cast<VeksCodecState_G726*>(veksMalloc_8u(dataSize));
-    return pDecMem != nullptr && veksDecodeInit_G726_8u16s(reinterpret_cast<VeksCodecState_G726*>(pTmp.m_8u),
-                                                           mode.value(), law.value()) == vekStsNoErr;
+    return pDecMem != nullptr && vkcDone(veksDecodeInit_G726_8u16s(reinterpret_cast<VeksCodecState_G726*>(pTmp.m_8u),
+                                                                   mode.value(), law.value()));
 }
 
 void TimDen::flushData() {

@@ -16,7 +16,8 @@ class TimEnc : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -37,17 +38,17 @@ bool TimEnc::canStart() {
     pSrc.init(m_func, vkArg::src);
     pDst.init(m_func, vkArg::dst);
     pTmp.init(vk8u);
-    return veksEncodeGetStateSize_G726_16s8u(&dataSize) == vekStsNoErr;
+    return vkcDone(veksEncodeGetStateSize_G726_16s8u(&dataSize));
 }
 
-bool TimEnc::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrc.createVector(len.value(), setRand, -4096, 4096) ||
-        !pDst.createVector(len.value(), setZero, 0, 0) || !pTmp.createVector(dataSize, setZero, 0, 0)) {
+bool TimEnc::makeData() {
+    if (!pSrc.createVector(len.value(), setRand, -4096, 4096) || !pDst.createVector(len.value(), setZero, 0, 0) ||
+        !pTmp.createVector(dataSize, setZero, 0, 0)) {
         return false;
     }
     pEncMem = reinterpret_cast<VeksCodecState_G726*>(veksMalloc_8u(dataSize));
     return pEncMem != nullptr &&
-           veksEncodeInit_G726_16s8u(reinterpret_cast<VeksCodecState_G726*>(pTmp.m_8u), mode.value()) == vekStsNoErr;
+           vkcDone(veksEncodeInit_G726_16s8u(reinterpret_cast<VeksCodecState_G726*>(pTmp.m_8u), mode.value()));
 }
 
 void TimEnc::flushData() {

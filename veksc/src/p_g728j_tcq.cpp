@@ -23,7 +23,8 @@ class TimTCQ_G728J : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return 5; }
     double getDivisor_el() override { return getDivisor(); }
@@ -41,10 +42,9 @@ bool TimTCQ_G728J::canStart() {
     return true;
 }
 
-bool TimTCQ_G728J::canContinue() {
+bool TimTCQ_G728J::makeData() {
     pSrcDstBestNode = 0;
-    return grid.next(m_isFirst) && pSrcLPC.createVector(order, setOne, 0, 0) &&
-           pSrc.createVector(grid.room(len), setOne, 0, 0) &&
+    return pSrcLPC.createVector(order, setOne, 0, 0) && pSrc.createVector(grid.room(len), setOne, 0, 0) &&
            pSrcDstWindow.createVector(grid.room(len), setOne, 0, 0) &&
            pSrcDstResidual.createVector(grid.room(len), setOne, 0, 0) &&
            pDst.createVector(grid.room(len), setZero, 0, 0);

@@ -35,7 +35,8 @@ class Timg729fpOpenLoopP : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override { pSrc.deleteVector(); }
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -52,15 +53,16 @@ bool Timg729fpOpenLoopP::canStart() {
     return true;
 }
 
-bool Timg729fpOpenLoopP::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(span, setOne, 0, 0);
+bool Timg729fpOpenLoopP::makeData() {
+    return pSrc.createVector(span, setOne, 0, 0);
 }
 
 class Timg729fp : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override;
     double getDivisor_el() override { return getDivisor(); }
@@ -102,8 +104,8 @@ bool Timg729fp::canStart() {
     return true;
 }
 
-bool Timg729fp::canContinue() {
-    if (!grid.next(m_isFirst) || !vkcCounts(nLag, std::size(lags))) {
+bool Timg729fp::makeData() {
+    if (!vkcCounts(nLag, std::size(lags))) {
         return false;
     }
     lowerLag = lags[nLag.value()][0];
@@ -111,7 +113,7 @@ bool Timg729fp::canContinue() {
     gain = 1;
     // The correlations read as far as the longest delay beside the samples.
     const int beside = m_cross || m_auto ? upperLag : 0;
-    const int order = valLPCOrder.value();
+    const long long order = vkcSize(valLPCOrder);
     return pDst.createVector(grid.room(len), setZero, 0, 0) && pSrcLpc.createVector(order + 1, setSeq, 0, 1) &&
            pSrcSignal.createVector(grid.room(len), setZero, 0, 0) &&
            pSrcSpeech.createVector(order, setSeq, -500, 500) && pSrcSynFltMemory.createVector(order, setSeq, -10, 10) &&
@@ -121,13 +123,13 @@ bool Timg729fp::canContinue() {
 
 double Timg729fp::getDivisor() {
     if (m_synthesis) {
-        return len.value() * valLPCOrder.value();
+        return static_cast<double>(len.value()) * valLPCOrder.value();
     }
     if (m_auto) {
-        return len.value() * (upperLag - lowerLag + 1);
+        return static_cast<double>(len.value()) * (upperLag - lowerLag + 1);
     }
     if (m_cross) {
-        return len.value() * (upperLag - lowerLag - 1);
+        return static_cast<double>(len.value()) * (upperLag - lowerLag - 1);
     }
     return len.value();
 }

@@ -13,7 +13,8 @@ class Timg729fpWinH : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return 2545; }
     double getDivisor_el() override { return getDivisor(); }
@@ -31,9 +32,8 @@ bool Timg729fpWinH::canStart() {
     return true;
 }
 
-bool Timg729fpWinH::canContinue() {
-    return grid.next(m_isFirst) &&
-           vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_32f, veksWinHybridInit_G729E_32f) &&
+bool Timg729fpWinH::makeData() {
+    return vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_32f, veksWinHybridInit_G729E_32f) &&
            pSrcSynthSpeech.createVector(grid.room(len), setOne, 0, 0) &&
            pDstInvAutoCorr.createVector(31, setZero, 0, 0);
 }

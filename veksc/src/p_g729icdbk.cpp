@@ -24,7 +24,8 @@ class TimICdbk : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframe; }
     double getDivisor_el() override { return getDivisor(); }
@@ -54,12 +55,12 @@ bool TimICdbk::canStart() {
 
 // The matrix of the response, for the search that takes one.
 bool TimICdbk::setData() {
-    return m_func.contains("_32f") ? veksToeplizMatrix_G729_32f(pSrcImpulseResponse.m_32f, pTmp.m_32f) == vekStsNoErr
-                                   : veksToeplizMatrix_G729_16s(pSrcImpulseResponse.m_16s, pTmp.m_16s) == vekStsNoErr;
+    return m_func.contains("_32f") ? vkcDone(veksToeplizMatrix_G729_32f(pSrcImpulseResponse.m_32f, pTmp.m_32f))
+                                   : vkcDone(veksToeplizMatrix_G729_16s(pSrcImpulseResponse.m_16s, pTmp.m_16s));
 }
 
-bool TimICdbk::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrcFixed.createVector(subframe, setRand, -4096, 4096) ||
+bool TimICdbk::makeData() {
+    if (!pSrcFixed.createVector(subframe, setRand, -4096, 4096) ||
         !pSrcLtpResidual.createVector(subframe, setRand, -4096, 4096) ||
         !pSrcImpulseResponse.createVector(subframe, setRand, -4096, 4096) ||
         !pDstFixedVector.createVector(subframe, setZero, 0, 0) ||

@@ -13,7 +13,8 @@ class TimIHW : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -31,9 +32,8 @@ bool TimIHW::canStart() {
     return true;
 }
 
-bool TimIHW::canContinue() {
-    return grid.next(m_isFirst) &&
-           vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_16s, veksWinHybridInit_G729E_16s) &&
+bool TimIHW::makeData() {
+    return vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_16s, veksWinHybridInit_G729E_16s) &&
            pSrcSynthSpeech.createVector(grid.room(lenght), setRand, -4096, 4096) &&
            pDstInvAutoCorr.createVector(31, setZero, 0, 0);
 }

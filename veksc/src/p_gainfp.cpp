@@ -16,7 +16,8 @@ class TimGainfp : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return candidates; }
     double getDivisor_el() override { return getDivisor(); }
@@ -36,8 +37,8 @@ bool TimGainfp::canStart() {
     return true;
 }
 
-bool TimGainfp::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(5, setOne, 0, 0) && pSrcCand.createVector(2, setOne, 0, 0) &&
+bool TimGainfp::makeData() {
+    return pSrc.createVector(5, setOne, 0, 0) && pSrcCand.createVector(2, setOne, 0, 0) &&
            pDstIdxs.createVector(2, setZero, 0, 0);
 }
 

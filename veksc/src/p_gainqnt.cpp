@@ -19,7 +19,8 @@ class TimGain : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframe; }
     double getDivisor_el() override { return getDivisor(); }
@@ -45,8 +46,8 @@ void TimGain::setData() {
     }
 }
 
-bool TimGain::canContinue() {
-    if (!grid.next(m_isFirst) || !pPastEnergy.createVector(4, setRand, 1, 512)) {
+bool TimGain::makeData() {
+    if (!pPastEnergy.createVector(4, setRand, 1, 512)) {
         return false;
     }
     for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {

@@ -23,7 +23,8 @@ class TimGainQnte : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframe; }
     double getDivisor_el() override { return getDivisor(); }
@@ -49,9 +50,9 @@ void TimGainQnte::setData() {
     }
 }
 
-bool TimGainQnte::canContinue() {
-    if (!grid.next(m_isFirst) || !pPastEnergy.createVector(4, setRand, 1, 512) ||
-        !quaIndex.createVector(2, setOne, 0, 0) || !pGain.createVector(2, setRand, 1, 512)) {
+bool TimGainQnte::makeData() {
+    if (!pPastEnergy.createVector(4, setRand, 1, 512) || !quaIndex.createVector(2, setOne, 0, 0) ||
+        !pGain.createVector(2, setRand, 1, 512)) {
         return false;
     }
     for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
@@ -60,7 +61,7 @@ bool TimGainQnte::canContinue() {
         }
     }
     setData();
-    return veksDotProd_G729A_16s32s(pSrc3.m_16s, pSrc3.m_16s, subframe, &energy) == vekStsNoErr;
+    return vkcDone(veksDotProd_G729A_16s32s(pSrc3.m_16s, pSrc3.m_16s, subframe, &energy));
 }
 
 void TimGainQnte::flushData() {

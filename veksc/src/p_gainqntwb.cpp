@@ -33,9 +33,10 @@ class TimGAINQNTWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
-    double getDivisor() override { return m_decode ? lenSrc.value() : lenSrc.value() * 2; }
+    double getDivisor() override { return m_decode ? lenSrc.value() : lenSrc.value() * 2.0; }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
     void parmsToOstrm() override { grid.toOstrm(); }
@@ -82,8 +83,8 @@ bool TimGAINQNTWB::canStart() {
     return true;
 }
 
-bool TimGAINQNTWB::canContinue() {
-    return grid.next(m_isFirst) && (m_decode ? setDecodeData() : setQuantData());
+bool TimGAINQNTWB::makeData() {
+    return (m_decode ? setDecodeData() : setQuantData());
 }
 
 bool TimGAINQNTWB::setDecodeData() {

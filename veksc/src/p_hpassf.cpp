@@ -13,7 +13,8 @@ class TimHighPassFilter_GSMFR_16s : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -32,9 +33,9 @@ bool TimHighPassFilter_GSMFR_16s::canStart() {
     return true;
 }
 
-bool TimHighPassFilter_GSMFR_16s::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(len.value(), setZero, 0, 0) &&
-           pDst.createVector(len.value(), setZero, 0, 0) && pMem.createVector(2, setZero, 0, 0);
+bool TimHighPassFilter_GSMFR_16s::makeData() {
+    return pSrc.createVector(len.value(), setZero, 0, 0) && pDst.createVector(len.value(), setZero, 0, 0) &&
+           pMem.createVector(2, setZero, 0, 0);
 }
 
 void TimHighPassFilter_GSMFR_16s::flushData() {

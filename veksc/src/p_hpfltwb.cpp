@@ -22,7 +22,8 @@ class TimHPFLTwb : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return m_direct ? lend.value() : m_inPlace ? leni.value() : len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -57,21 +58,18 @@ bool TimHPFLTwb::canStart() {
     return true;
 }
 
-bool TimHPFLTwb::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimHPFLTwb::makeData() {
     if (m_direct) {
         // One sample is read on each side.
         return pDst.createVector(lend.value(), setZero, 0, 0) &&
-               pSrc.createVector(lend.value() + 2, setRand, -2048, 2048) &&
+               pSrc.createVector(vkcSize(lend) + 2, setRand, -2048, 2048) &&
                pCoeff.createVector(2, setRand, -2048, 2048);
     }
-    if (veksHighPassFilterGetSize_AMRWB_16s(&fltSize) != vekStsNoErr) {
+    if (!vkcDone(veksHighPassFilterGetSize_AMRWB_16s(&fltSize))) {
         return false;
     }
     pMemUpdated = static_cast<char*>(krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER));
-    if (pMemUpdated == nullptr || veksHighPassFilterInit_AMRWB_16s(pMemUpdated) != vekStsNoErr) {
+    if (pMemUpdated == nullptr || !vkcDone(veksHighPassFilterInit_AMRWB_16s(pMemUpdated))) {
         return false;
     }
     return m_inPlace ? pSrcDstSignal.createVector(leni.value(), setRand, -2048, 2048)

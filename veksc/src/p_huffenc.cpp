@@ -23,7 +23,8 @@ class TimHuffenc : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return region; }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -37,7 +38,7 @@ bool TimHuffenc::canStart() {
     return true;
 }
 
-bool TimHuffenc::initData() {
+bool TimHuffenc::makeData() {
     if (!vkcCounts(modeCount, modes) || !pSrcMLTCoeffs.createVector(region, setZero, 0, 0) ||
         !pDstCode.createVector(4, setZero, 0, 0)) {
         return false;

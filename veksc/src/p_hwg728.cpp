@@ -18,8 +18,9 @@ class TimHwg728 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
     bool initData() override;
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return 10; }
     double getDivisor_el() override { return getDivisor(); }
@@ -42,9 +43,9 @@ bool TimHwg728::canStart() {
     return true;
 }
 
-bool TimHwg728::canContinue() {
+bool TimHwg728::makeData() {
     int size = 0;
-    if (!grid.next(m_isFirst) || veksWinHybridGetStateSize_G728_16s(&size) != vekStsNoErr) {
+    if (!vkcDone(veksWinHybridGetStateSize_G728_16s(&size))) {
         return false;
     }
     pMem = reinterpret_cast<VeksWinHybridState_G728*>(veksMalloc_8u(size));
@@ -53,7 +54,7 @@ bool TimHwg728::canContinue() {
 
 bool TimHwg728::initData() {
     const VekG728Window window = m_block ? VEK_G728_WINDOW_SYNTHESIS : VEK_G728_WINDOW_WEIGHTING;
-    return veksWinHybridInit_G728_16s(window, pMem) == vekStsNoErr && pSrc.createVector(frame, setValue, 1024, 0) &&
+    return vkcDone(veksWinHybridInit_G728_16s(window, pMem)) && pSrc.createVector(frame, setValue, 1024, 0) &&
            pDst.createVector(order + 1, setZero, 0, 0) && pSrcSfs.createVector(blocks, setValue, 0, 0);
 }
 

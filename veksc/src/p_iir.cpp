@@ -17,7 +17,8 @@ class TimIIR2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -36,8 +37,8 @@ bool TimIIR2::canStart() {
     return true;
 }
 
-bool TimIIR2::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(grid.room(lenght), setRand, 0, 512) &&
+bool TimIIR2::makeData() {
+    return pSrc.createVector(grid.room(lenght), setRand, 0, 512) &&
            pDst.createVector(grid.room(lenght), setZero, 0, 0) && pCoeffs.createVector(coeffCount, setRand, 0, 512) &&
            pMem.createVector(memLength, setRand, 0, 512);
 }

@@ -20,7 +20,8 @@ class TimIIR : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -42,15 +43,13 @@ bool TimIIR::canStart() {
     return true;
 }
 
-bool TimIIR::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    dataSize = lenght.value() * vkVector::item(m_func);
-    return pTmp.createVector(grid.room(lenght), setRand, 0, 0) &&
-           pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
-           pSrc.createVector(grid.room(lenght), setRand, 0, 0) && pDst.createVector(grid.room(lenght), setZero, 0, 0) &&
-           pCoeffs.createVector(coeffCount, setRand, -2048, 2048) && pMem.createVector(coeffCount, setRand, 0, 0);
+bool TimIIR::makeData() {
+    const bool made =
+        pTmp.createVector(grid.room(lenght), setRand, 0, 0) && pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
+        pSrc.createVector(grid.room(lenght), setRand, 0, 0) && pDst.createVector(grid.room(lenght), setZero, 0, 0) &&
+        pCoeffs.createVector(coeffCount, setRand, -2048, 2048) && pMem.createVector(coeffCount, setRand, 0, 0);
+    dataSize = pTmp.size();
+    return made;
 }
 
 void TimIIR::flushData() {

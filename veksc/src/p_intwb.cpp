@@ -16,7 +16,8 @@ class TimINTWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -36,8 +37,8 @@ bool TimINTWB::canStart() {
     return true;
 }
 
-bool TimINTWB::canContinue() {
-    return grid.next(m_isFirst) && pSrc1.createVector(len.value(), setRand, -4096, 4096) &&
+bool TimINTWB::makeData() {
+    return pSrc1.createVector(len.value(), setRand, -4096, 4096) &&
            pSrc2.createVector(len.value(), setRand, -4096, 4096) && pDst.createVector(len.value(), setZero, 0, 0);
 }
 
@@ -50,5 +51,5 @@ void TimINTWB::flushData() {
 } // namespace
 
 VK_REG(TimINTWB, veksInterpolateC_NR_16s,
-       veksInterpolateC_NR_16s(pSrc1.m_16s, val, scalefactor.value(), pSrc2.m_16s, val, 9 - scalefactor.value(),
-                               pDst.m_16s, len.value()))
+       veksInterpolateC_NR_16s(pSrc1.m_16s, val, scalefactor.value(), pSrc2.m_16s, val,
+                               static_cast<int>(9LL - scalefactor.value()), pDst.m_16s, len.value()))

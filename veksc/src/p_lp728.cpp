@@ -43,7 +43,8 @@ class TimLp728 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return order.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -82,9 +83,9 @@ void TimLp728::SetData() {
     }
 }
 
-bool TimLp728::canContinue() {
+bool TimLp728::makeData() {
     // The data stand for the longest filter, whatever the order is.
-    if (!grid.next(m_isFirst) || !pSrcAutoCorr.createVector(near + far, setZero, 0, 0)) {
+    if (!pSrcAutoCorr.createVector(near + far, setZero, 0, 0)) {
         return false;
     }
     if (m_inPlace ? !pSrcDstLPC.createVector(longest, setZero, 0, 0) || !pTmp.createVector(longest, setZero, 0, 0)

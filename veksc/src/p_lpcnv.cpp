@@ -14,7 +14,8 @@ class TimLpCnv : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -37,8 +38,8 @@ bool TimLpCnv::canStart() {
     return true;
 }
 
-bool TimLpCnv::canContinue() {
-    return grid.next(m_isFirst) && pLSF.createVector(grid.room(lenght), setZero, 0, 0) &&
+bool TimLpCnv::makeData() {
+    return pLSF.createVector(grid.room(lenght), setZero, 0, 0) &&
            pLSP.createVector(grid.room(lenght), m_toLsp ? setZero : setOne, 0, 0) &&
            pPrevLSP.createVector(grid.room(lenght), setValue, 2000, 0) &&
            pLPC.createVector(grid.room(lenght), setZero, 0, 0);

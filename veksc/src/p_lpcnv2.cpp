@@ -22,7 +22,8 @@ class TimLpCnv2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return order; }
     double getDivisor_el() override { return getDivisor(); }
@@ -59,10 +60,7 @@ void TimLpCnv2::SetData_LPC() {
     std::memcpy(pLPC.m_16s, lpc, sizeof lpc);
 }
 
-bool TimLpCnv2::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimLpCnv2::makeData() {
     for (vkVector* vector : {&prevLSP, &pTmp, &pLPC}) {
         if (!vector->createVector(order, setRand, 0, 0)) {
             return false;

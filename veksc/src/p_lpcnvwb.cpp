@@ -33,10 +33,10 @@ void SetValue_AMRWB(short value, short* data, int n) {
 }
 
 // Evenly spaced values: from zero up over the span, or from one half of it down to the other.
-void SetData_AMRWB(int span, short* data, int n) {
-    const int first = span < 0 ? -span / 2 : 0;
+void SetData_AMRWB(long long span, short* data, int n) {
+    const long long first = span < 0 ? -span / 2 : 0;
     for (int i = 0; i < n; ++i) {
-        data[i] = static_cast<short>(first + span * (i + 1) / (n + 1));
+        data[i] = static_cast<short>(first + span * (i + 1) / (n + 1LL));
     }
 }
 
@@ -44,7 +44,8 @@ class TimLPCnvwb : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -79,11 +80,8 @@ bool TimLPCnvwb::canStart() {
     return true;
 }
 
-bool TimLPCnvwb::canContinue() {
+bool TimLPCnvwb::makeData() {
     constexpr int spectrum = 16;
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
     if (m_gain) {
         return pSrcAdptTarget.createVector(grid.room(len), setRand, -8192, 8192) &&
                pSrcFltAdptVector.createVector(grid.room(len), setRand, -8192, 8192) &&

@@ -15,7 +15,8 @@ class TimLPCLevinsonDurbin : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return static_cast<double>(order.value()) * order.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -53,12 +54,9 @@ void TimLPCLevinsonDurbin::setData_32f() {
     pSrc.setIndex(0, setValue, 2, 0);
 }
 
-bool TimLPCLevinsonDurbin::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimLPCLevinsonDurbin::makeData() {
     // Lag 0 and the leading coefficient come on top of the order.
-    const int size = grid.room(order) + 1;
+    const long long size = grid.room(order) + 1;
     const bool source =
         m_float ? pSrc.createVector(size, setOne, 0, 0) : pSrc.createVector(size, setValue, 1073741824, 0);
     if (!source || !pLPC.createVector(size, setZero, 0, 0) || !pRC.createVector(size, setZero, 0, 0)) {

@@ -16,7 +16,8 @@ class TimLPCLevinsonDurbin723 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -40,8 +41,8 @@ void TimLPCLevinsonDurbin723::setData() {
     pSrc.m_16s[0] = 16384;
 }
 
-bool TimLPCLevinsonDurbin723::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrc.createVector(grid.room(lenght), setValue, 1024, 0) ||
+bool TimLPCLevinsonDurbin723::makeData() {
+    if (!pSrc.createVector(grid.room(lenght), setValue, 1024, 0) ||
         !pLPC.createVector(grid.room(lenght), setZero, 0, 0)) {
         return false;
     }
@@ -57,6 +58,7 @@ void TimLPCLevinsonDurbin723::flushData() {
 
 } // namespace
 
-// The energy goes in through the same word that the error comes out of.
+// The energy goes in through the same word that the error comes out of: left to itself it would fall from call to call
+// until the recursion breaks off at its first step.
 VK_REG(TimLPCLevinsonDurbin723, veksLevinsonDurbin_G723_16s,
        (pErr = energy, veksLevinsonDurbin_G723_16s(pSrc.m_16s, &Pk2, &pErr, pLPC.m_16s)))

@@ -16,7 +16,8 @@ class TimLSF_723 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -41,9 +42,8 @@ void TimLSF_723::SetData_LSF() {
     std::memcpy(pSrcLsf.m_16s, lsf, sizeof lsf);
 }
 
-bool TimLSF_723::canContinue() {
-    if (!grid.next(m_isFirst) || !pDstLsf.createVector(grid.room(len), setZero, 0, 0) ||
-        !pDstLpc.createVector(grid.room(len), setZero, 0, 0)) {
+bool TimLSF_723::makeData() {
+    if (!pDstLsf.createVector(grid.room(len), setZero, 0, 0) || !pDstLpc.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     for (vkVector* vector : {&pSrcLpc, &pSrcPrevLsf, &pSrcLsf}) {

@@ -17,7 +17,8 @@ class LSFLPC_RTA_32f : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return order.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -42,12 +43,9 @@ bool LSFLPC_RTA_32f::canStart() {
     return true;
 }
 
-bool LSFLPC_RTA_32f::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool LSFLPC_RTA_32f::makeData() {
     // Of order n there are n + 1 autocorrelations and coefficients.
-    const int n = order.value();
+    const long long n = vkcSize(order);
     if (m_toLSP) {
         return pSrc.createVector(n, setRand, -150, 150) && pSrcAutoCorr.createVector(n + 1, setZero, 0, 0) &&
                pDstRC.createVector(n, setZero, 0, 0) && pSrcLPC.createVector(n + 1, setZero, 0, 0) &&
@@ -59,12 +57,18 @@ bool LSFLPC_RTA_32f::canContinue() {
 // The prediction of the random signal.
 bool LSFLPC_RTA_32f::setData() {
     const int n = order.value();
+    // Whether the library takes the order shows before the sums are worked out.
+    pSrcAutoCorr.m_32f[0] = 1;
+    if (!vkcDone(veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n))) {
+        return false;
+    }
+    pSrcAutoCorr.m_32f[0] = 0;
     for (int lag = 0; lag <= n; ++lag) {
         for (int i = lag; i < n; ++i) {
             pSrcAutoCorr.m_32f[lag] += pSrc.m_32f[i] * pSrc.m_32f[i - lag];
         }
     }
-    return veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n) == vekStsNoErr;
+    return vkcDone(veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n));
 }
 
 void LSFLPC_RTA_32f::flushData() {

@@ -15,9 +15,10 @@ class TimingLSPQnt : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
-    double getDivisor() override { return lenght.value() * 4; }
+    double getDivisor() override { return lenght.value() * 4.0; }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
     void parmsToOstrm() override { grid.toOstrm(); }
@@ -35,9 +36,9 @@ bool TimingLSPQnt::canStart() {
     return true;
 }
 
-bool TimingLSPQnt::canContinue() {
-    return grid.next(m_isFirst) && pSrcLsp.createVector(grid.room(lenght), setRand, 0, 1) &&
-           pSrcDstPrevFreq.createVector(40, setRand, 0, 1) && pDstQLsf.createVector(grid.room(lenght), setZero, 0, 0) &&
+bool TimingLSPQnt::makeData() {
+    return pSrcLsp.createVector(grid.room(lenght), setRand, 0, 1) && pSrcDstPrevFreq.createVector(40, setRand, 0, 1) &&
+           pDstQLsf.createVector(grid.room(lenght), setZero, 0, 0) &&
            pDstQLsp.createVector(grid.room(lenght), setZero, 0, 0) && pDstQLspIndex.createVector(2, setZero, 0, 0);
 }
 

@@ -20,7 +20,8 @@ class TimLspqnt : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -44,7 +45,7 @@ bool TimLspqnt::canStart() {
 
 bool TimLspqnt::setData() {
     for (int row = 0; row + freqCount <= lenght_table.value(); row += freqCount) {
-        if (veksCopy_16s(freq_prev_reset, pQuantLSFTable.m_16s + row, freqCount) != vekStsNoErr) {
+        if (!vkcDone(veksCopy_16s(freq_prev_reset, pQuantLSFTable.m_16s + row, freqCount))) {
             return false;
         }
     }
@@ -57,8 +58,8 @@ void TimLspqnt::setDataL() {
     }
 }
 
-bool TimLspqnt::canContinue() {
-    if (!grid.next(m_isFirst) || !quantIndex.createVector(grid.room(lenght), setZero, 0, 0) ||
+bool TimLspqnt::makeData() {
+    if (!quantIndex.createVector(grid.room(lenght), setZero, 0, 0) ||
         !pLSP.createVector(grid.room(lenght), setZero, 0, 0) ||
         !pQuantLSFTable.createVector(grid.room(lenght_table), setZero, 0, 0) ||
         !pQuantLSF.createVector(grid.room(lenght), setZero, 0, 0)) {

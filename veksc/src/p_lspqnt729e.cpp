@@ -19,7 +19,8 @@ class TimLspQnt729e : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -41,15 +42,15 @@ bool TimLspQnt729e::canStart() {
 
 bool TimLspQnt729e::setData() {
     for (int row = 0; row < rows; ++row) {
-        if (veksCopy_16s(freq_prev_reset, pSrcPrevFreq.m_16s + row * freqCount, freqCount) != vekStsNoErr) {
+        if (!vkcDone(veksCopy_16s(freq_prev_reset, pSrcPrevFreq.m_16s + row * freqCount, freqCount))) {
             return false;
         }
     }
     return true;
 }
 
-bool TimLspQnt729e::canContinue() {
-    return grid.next(m_isFirst) && pSrcLpc.createVector(grid.room(lenght), setRand, -512, 512) &&
+bool TimLspQnt729e::makeData() {
+    return pSrcLpc.createVector(grid.room(lenght), setRand, -512, 512) &&
            pSrcPrevFreq.createVector(rows * freqCount, setRand, -512, 512) &&
            pDstQLsf.createVector(grid.room(lenght), setZero, 0, 0) &&
            pDstQLsp.createVector(grid.room(lenght), setZero, 0, 0) && pDstQLspIndex.createVector(2, setRand, 0, 6) &&

@@ -22,7 +22,8 @@ class TimQNTFP_RTA : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return order; }
     double getDivisor_el() override { return getDivisor(); }
@@ -45,8 +46,8 @@ bool TimQNTFP_RTA::canStart() {
     return true;
 }
 
-bool TimQNTFP_RTA::canContinue() {
-    if (!grid.next(m_isFirst) || !vkcCounts(step, std::size(orders))) {
+bool TimQNTFP_RTA::makeData() {
+    if (!vkcCounts(step, std::size(orders))) {
         return false;
     }
     setData();

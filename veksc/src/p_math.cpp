@@ -22,7 +22,8 @@ class TimMath : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return elements(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -71,14 +72,13 @@ bool TimMath::canStart() {
     return true;
 }
 
-bool TimMath::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    dataSize = elements() * vkVector::item(m_func);
-    return pSrc1.createVector(elements(), setZero, 0, 0) && pSrc2.createVector(elements(), setRand, -4092, 4092) &&
-           pDst.createVector(elements(), setZero, 0, 0) && pSrcDst.createVector(elements(), setZero, 0, 0) &&
-           pTmp.createVector(elements(), setValue, 10, 0);
+bool TimMath::makeData() {
+    const bool made = pSrc1.createVector(elements(), setZero, 0, 0) &&
+                      pSrc2.createVector(elements(), setRand, -4092, 4092) &&
+                      pDst.createVector(elements(), setZero, 0, 0) && pSrcDst.createVector(elements(), setZero, 0, 0) &&
+                      pTmp.createVector(elements(), setValue, 10, 0);
+    dataSize = pTmp.size();
+    return made;
 }
 
 void TimMath::flushData() {
@@ -91,7 +91,8 @@ class krMulPowerC : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght_1.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -110,9 +111,8 @@ bool krMulPowerC::canStart() {
     return true;
 }
 
-bool krMulPowerC::canContinue() {
-    return grid.next(m_isFirst) && pSrc1.createVector(lenght_1.value(), setValue, 1, 0) &&
-           pDst.createVector(lenght_1.value(), setValue, 1, 0);
+bool krMulPowerC::makeData() {
+    return pSrc1.createVector(lenght_1.value(), setValue, 1, 0) && pDst.createVector(lenght_1.value(), setValue, 1, 0);
 }
 
 void krMulPowerC::flushData() {

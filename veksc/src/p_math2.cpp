@@ -17,7 +17,8 @@ class TimMath2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght_dst.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -37,8 +38,8 @@ bool TimMath2::canStart() {
     return true;
 }
 
-bool TimMath2::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(grid.room(lenght), setRand, -4092, 4092) &&
+bool TimMath2::makeData() {
+    return pSrc.createVector(grid.room(lenght), setRand, -4092, 4092) &&
            pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
            pTmp.createVector(grid.room(lenght), setValue, 4092, 0);
 }

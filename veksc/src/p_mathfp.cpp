@@ -14,7 +14,8 @@ class TimMathfp : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -37,9 +38,8 @@ bool TimMathfp::canStart() {
     return true;
 }
 
-bool TimMathfp::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(lenght.value(), setOne, 0, 0) &&
-           pSrcDst.createVector(lenght.value(), setZero, 0, 0);
+bool TimMathfp::makeData() {
+    return pSrc.createVector(lenght.value(), setOne, 0, 0) && pSrcDst.createVector(lenght.value(), setZero, 0, 0);
 }
 
 void TimMathfp::flushData() {

@@ -17,7 +17,8 @@ class TimMLTToDCT : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -38,7 +39,7 @@ bool TimMLTToDCT::canStart() {
     return true;
 }
 
-bool TimMLTToDCT::initData() {
+bool TimMLTToDCT::makeData() {
     return pSrcSpch.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
            pSrcDstSpchOld.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
            pDstSpchDecomposed.createVector(std::max(len.value(), frame), setZero, 0, 0);

@@ -38,7 +38,8 @@ class TimOlps : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return weighted + results; }
     double getDivisor_el() override { return getDivisor(); }
@@ -91,10 +92,7 @@ void TimOlps::setData_QLpc() {
     }
 }
 
-bool TimOlps::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimOlps::makeData() {
     dataSize_1 = 5 * vkVector::item(m_func);
     dataSize_2 = weighted * vkVector::item(m_func);
     pValResultPrevMidPitchLag = 40;

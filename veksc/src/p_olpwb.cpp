@@ -1,6 +1,7 @@
 // Open-loop pitch of the wide-band codec, and of the extended one, whose lags follow its sampling rate.
 #include "vkc.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace nsTimOLPSWB {
@@ -25,7 +26,8 @@ class TimOLPSWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -43,11 +45,12 @@ bool TimOLPSWB::canStart() {
     return true;
 }
 
-bool TimOLPSWB::initData() {
+bool TimOLPSWB::makeData() {
     adaptiveParam = 32767;
     toneFlag = 0;
-    return pSrcWgtSpch.createVector(371, setRand, -4096, 4096) &&
-           pSrcFltWgtSpch.createVector(243, setRand, -4096, 4096) &&
+    const long long read = history + vkcSize(len);
+    return pSrcWgtSpch.createVector(std::max(371LL, read), setRand, -4096, 4096) &&
+           pSrcFltWgtSpch.createVector(std::max(243LL, read), setRand, -4096, 4096) &&
            pSrcDstPrevPitchLag.createVector(lags, setValue, 40, 0) &&
            pSrcDstPrevPitchLagTst.createVector(lags, setValue, 40, 0);
 }
@@ -94,7 +97,8 @@ class krTimOLPSWBE : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframeLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -112,7 +116,7 @@ bool krTimOLPSWBE::canStart() {
     return true;
 }
 
-bool krTimOLPSWBE::initData() {
+bool krTimOLPSWBE::makeData() {
     if (!vkcCounts(itCntFreqScale, std::size(scaleFreq))) {
         return false;
     }

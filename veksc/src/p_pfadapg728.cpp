@@ -21,7 +21,8 @@ class TimPfadap728 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return m_pitch ? window : lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -41,15 +42,12 @@ bool TimPfadap728::canStart() {
     for (vkVector* vector : {&pSrc, &pDst, &pCoeffs}) {
         vector->init(m_func, vkArg::src);
     }
-    return veksPostFilterAdapterGetStateSize_G728(&dataSize) == vekStsNoErr;
+    return vkcDone(veksPostFilterAdapterGetStateSize_G728(&dataSize));
 }
 
-bool TimPfadap728::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimPfadap728::makeData() {
     pMem = reinterpret_cast<VeksPostFilterAdapterState_G728*>(veksMalloc_8u(dataSize));
-    return pMem != nullptr && veksPostFilterAdapterInit_G728(pMem) == vekStsNoErr &&
+    return pMem != nullptr && vkcDone(veksPostFilterAdapterInit_G728(pMem)) &&
            pSrc.createVector(grid.room(lenght), setRand, -10, 10) &&
            pDst.createVector(grid.room(lenght), setZero, 0, 0) && pCoeffs.createVector(10, setOne, 0, 0);
 }

@@ -16,7 +16,8 @@ class STPF_RTA : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -37,11 +38,10 @@ bool STPF_RTA::canStart() {
     return true;
 }
 
-bool STPF_RTA::canContinue() {
+bool STPF_RTA::makeData() {
     // Of order n there are n + 1 coefficients.
-    return grid.next(m_isFirst) &&
-           vkcMakeState(pMem_32f, veksPostFilterGetStateSize_RTA_32f, veksPostFilterInit_RTA_32f) &&
-           pSrcLPC.createVector(order.value() + 1, setRand, 10, 40) &&
+    return vkcMakeState(pMem_32f, veksPostFilterGetStateSize_RTA_32f, veksPostFilterInit_RTA_32f) &&
+           pSrcLPC.createVector(vkcSize(order) + 1, setRand, 10, 40) &&
            pSrcDstSpeech.createVector(len.value(), setZero, 0, 0) && rgfltSTApfMem.createVector(51, setZero, 0, 0);
 }
 

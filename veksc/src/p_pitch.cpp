@@ -18,9 +18,12 @@ class TimACorrLagMax : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
-    double getDivisor() override { return lenght.value() * (m_lagMax ? upperLag.value() - lowerLag.value() + 1 : 1); }
+    double getDivisor() override {
+        return lenght.value() * (m_lagMax ? static_cast<double>(upperLag.value()) - lowerLag.value() + 1 : 1);
+    }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
     void parmsToOstrm() override { grid.toOstrm(); }
@@ -53,9 +56,9 @@ bool TimACorrLagMax::canStart() {
     return true;
 }
 
-bool TimACorrLagMax::canContinue() {
+bool TimACorrLagMax::makeData() {
     // The calls read up to the longest delay before or behind the samples.
-    return grid.next(m_isFirst) && maxLag_pithch.value() == grid.room(maxLag_pithch) &&
+    return maxLag_pithch.value() == grid.room(maxLag_pithch) &&
            pSrc.createVector(grid.room(maxLag_pithch) + grid.room(upperLag) + grid.room(lenght), setValue, 2, 0);
 }
 

@@ -22,7 +22,8 @@ class TimDecAdVector : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return length.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -49,10 +50,7 @@ bool TimDecAdVector::canStart() {
     return true;
 }
 
-bool TimDecAdVector::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimDecAdVector::makeData() {
     constexpr int size = history + subframe + readAhead;
     dataSize = size * vkVector::item(m_func);
     if (!pSrcDst.createVector(size, setZero, 0, 0) || !pTmp.createVector(size, setRand, -16384, 16384) ||

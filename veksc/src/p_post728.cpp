@@ -24,7 +24,8 @@ class TimPost728 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return vectorLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -40,15 +41,12 @@ bool TimPost728::canStart() {
     for (vkVector* vector : {&pCoeff, &pSrc, &pDst}) {
         vector->init(m_func, vkArg::src);
     }
-    return veksPostFilterGetStateSize_G728_16s(&dataSize) == vekStsNoErr;
+    return vkcDone(veksPostFilterGetStateSize_G728_16s(&dataSize));
 }
 
-bool TimPost728::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimPost728::makeData() {
     pMem = reinterpret_cast<VeksPostFilterState_G728*>(veksMalloc_8u(dataSize));
-    return pMem != nullptr && veksPostFilterInit_G728_16s(pMem) == vekStsNoErr &&
+    return pMem != nullptr && vkcDone(veksPostFilterInit_G728_16s(pMem)) &&
            pCoeff.createVector(grid.room(len), setRand, -2048, 2048) &&
            pSrc.createVector(speech, setRand, -2048, 2048) && pDst.createVector(vectorLength, setZero, 0, 0);
 }

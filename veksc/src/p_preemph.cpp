@@ -20,7 +20,8 @@ class TimPreemph : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -39,14 +40,13 @@ bool TimPreemph::canStart() {
     return true;
 }
 
-bool TimPreemph::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
-    dataSize = lenght.value() * vkVector::item(m_func);
-    return pSrcDst.createVector(lenght.value(), setZero, 0, 0) && pTmp.createVector(lenght.value(), setValue, 10, 0) &&
-           pMem.createVector(1, setValue, 6, 0) && pSrc.createVector(lenght.value(), setValue, 10, 0) &&
-           pDst.createVector(lenght.value(), setZero, 0, 0);
+bool TimPreemph::makeData() {
+    const bool made = pSrcDst.createVector(lenght.value(), setZero, 0, 0) &&
+                      pTmp.createVector(lenght.value(), setValue, 10, 0) && pMem.createVector(1, setValue, 6, 0) &&
+                      pSrc.createVector(lenght.value(), setValue, 10, 0) &&
+                      pDst.createVector(lenght.value(), setZero, 0, 0);
+    dataSize = pTmp.size();
+    return made;
 }
 
 void TimPreemph::flushData() {
@@ -59,7 +59,8 @@ class TimPreemphGSMFR : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -78,9 +79,9 @@ bool TimPreemphGSMFR::canStart() {
     return true;
 }
 
-bool TimPreemphGSMFR::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(len.value(), setValue, 1, 0) &&
-           pDst.createVector(len.value(), setZero, 0, 0) && pMem.createVector(1, setZero, 0, 0);
+bool TimPreemphGSMFR::makeData() {
+    return pSrc.createVector(len.value(), setValue, 1, 0) && pDst.createVector(len.value(), setZero, 0, 0) &&
+           pMem.createVector(1, setZero, 0, 0);
 }
 
 void TimPreemphGSMFR::flushData() {

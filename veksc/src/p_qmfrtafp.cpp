@@ -14,7 +14,8 @@ class QMFD_RTA_32f : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -33,12 +34,12 @@ bool QMFD_RTA_32f::canStart() {
     return true;
 }
 
-bool QMFD_RTA_32f::canContinue() {
+bool QMFD_RTA_32f::makeData() {
     // Two samples come out of each pair.
-    return grid.next(m_isFirst) && vkcMakeState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
+    return vkcMakeState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
            pSrcLow.createVector(len.value(), setRand, -32768, 32768) &&
            pSrcHigh.createVector(len.value(), setRand, -32768, 32768) &&
-           pDst.createVector(2 * len.value(), setZero, 0, 0);
+           pDst.createVector(2 * vkcSize(len), setZero, 0, 0);
 }
 
 void QMFD_RTA_32f::flushData() {

@@ -14,7 +14,8 @@ class QMFE_RTA_32f : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -33,8 +34,8 @@ bool QMFE_RTA_32f::canStart() {
     return true;
 }
 
-bool QMFE_RTA_32f::canContinue() {
-    return grid.next(m_isFirst) && vkcMakeState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
+bool QMFE_RTA_32f::makeData() {
+    return vkcMakeState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
            pSrc.createVector(len.value(), setRand, -32768, 32768) && pDstLow.createVector(len.value(), setZero, 0, 0) &&
            pDstHigh.createVector(len.value(), setZero, 0, 0);
 }

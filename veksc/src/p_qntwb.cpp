@@ -39,7 +39,8 @@ class TimQNTWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return spectrum; }
     double getDivisor_el() override { return getDivisor(); }
@@ -65,8 +66,8 @@ bool TimQNTWB::canStart() {
     return true;
 }
 
-bool TimQNTWB::canContinue() {
-    return grid.next(m_isFirst) && pSrcPrevQntIsf.createVector(spectrum, setRand, 0, 2048) &&
+bool TimQNTWB::makeData() {
+    return pSrcPrevQntIsf.createVector(spectrum, setRand, 0, 2048) &&
            pSrcDstIsfMemory.createVector(3 * spectrum, setRand, 0, 2048) &&
            pSrcDstResidual.createVector(spectrum, setRand, 0, 2048) && createSpectrum(7);
 }
@@ -79,7 +80,8 @@ class TimQNTDTXWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return spectrum; }
     double getDivisor_el() override { return getDivisor(); }
@@ -95,8 +97,8 @@ bool TimQNTDTXWB::canStart() {
     return true;
 }
 
-bool TimQNTDTXWB::canContinue() {
-    return grid.next(m_isFirst) && createSpectrum(5);
+bool TimQNTDTXWB::makeData() {
+    return createSpectrum(5);
 }
 
 void TimQNTDTXWB::flushData() {

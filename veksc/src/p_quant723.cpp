@@ -21,7 +21,8 @@ class TimQuant723 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -41,9 +42,9 @@ bool TimQuant723::canStart() {
     return true;
 }
 
-bool TimQuant723::canContinue() {
+bool TimQuant723::makeData() {
     maxErr = INT32_MIN;
-    return grid.next(m_isFirst) && pImp.createVector(grid.room(lenght), setRand, -8192, 8192) &&
+    return pImp.createVector(grid.room(lenght), setRand, -8192, 8192) &&
            pVec.createVector(grid.room(lenght), setRand, -8192, 8192) &&
            pDstLoc.createVector(grid.room(lenght_dst), setZero, 0, 0) &&
            pDstLocAmp.createVector(grid.room(lenght_dst), setZero, 0, 0);

@@ -14,7 +14,8 @@ class TimRndCode : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -34,10 +35,9 @@ bool TimRndCode::canStart() {
     return true;
 }
 
-bool TimRndCode::canContinue() {
-    return grid.next(m_isFirst) && pSeed.createVector(1, setValue, 1000, 0) &&
-           pPos.createVector(lenght.value(), setZero, 0, 0) && pSign.createVector(lenght.value(), setZero, 0, 0) &&
-           pExc.createVector(lenght.value(), setZero, 0, 0);
+bool TimRndCode::makeData() {
+    return pSeed.createVector(1, setValue, 1000, 0) && pPos.createVector(lenght.value(), setZero, 0, 0) &&
+           pSign.createVector(lenght.value(), setZero, 0, 0) && pExc.createVector(lenght.value(), setZero, 0, 0);
 }
 
 void TimRndCode::flushData() {

@@ -15,7 +15,8 @@ class TimRPEQuantDecode_GSMFR_16s : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -34,9 +35,8 @@ bool TimRPEQuantDecode_GSMFR_16s::canStart() {
     return true;
 }
 
-bool TimRPEQuantDecode_GSMFR_16s::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(grid.room(len), setZero, 0, 0) &&
-           pDst.createVector(grid.room(len), setZero, 0, 0);
+bool TimRPEQuantDecode_GSMFR_16s::makeData() {
+    return pSrc.createVector(grid.room(len), setZero, 0, 0) && pDst.createVector(grid.room(len), setZero, 0, 0);
 }
 
 void TimRPEQuantDecode_GSMFR_16s::flushData() {

@@ -23,7 +23,8 @@ class TimSAG_723 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return m_decode ? subframeLength : window; }
     double getDivisor_el() override { return getDivisor(); }
@@ -51,9 +52,8 @@ bool TimSAG_723::canStart() {
     return true;
 }
 
-bool TimSAG_723::canContinue() {
-    return grid.next(m_isFirst) && pSrcSpch.createVector(window, setRand, -2048, 2048) &&
-           pDstAutoCorr.createVector(11, setZero, 0, 0) &&
+bool TimSAG_723::makeData() {
+    return pSrcSpch.createVector(window, setRand, -2048, 2048) && pDstAutoCorr.createVector(11, setZero, 0, 0) &&
            pSrcPrevExcitation.createVector(excitation, setRand, -2048, 2048) &&
            pDstAdptVector.createVector(subframeLength, setZero, 0, 0);
 }

@@ -28,7 +28,8 @@ class TimSAG_729 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -58,10 +59,7 @@ bool TimSAG_729::canStart() {
     return true;
 }
 
-bool TimSAG_729::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimSAG_729::makeData() {
     if (m_autoCorr) {
         return pSrcSpch.createVector(grid.room(len), setRand, -2048, 2048);
     }

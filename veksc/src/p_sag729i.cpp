@@ -21,7 +21,8 @@ class TimSag729I : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return subframeLength; }
     double getDivisor_el() override { return getDivisor(); }
@@ -45,8 +46,8 @@ bool TimSag729I::canStart() {
     return true;
 }
 
-bool TimSag729I::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(subframeLength + 1, setRand, -2048, 2048) &&
+bool TimSag729I::makeData() {
+    return pSrc.createVector(subframeLength + 1, setRand, -2048, 2048) &&
            pSrcImpulseResponse.createVector(subframeLength, setValue, 2048, 0) &&
            pSrcDstPrevExcitation.createVector(excitation, setZero, 0, 0) &&
            pTmp.createVector(excitation, setZero, 0, 0) && pDstDelay.createVector(2, setZero, 0, 0) &&

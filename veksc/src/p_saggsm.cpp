@@ -24,7 +24,8 @@ class TimSAG : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -51,8 +52,8 @@ bool TimSAG::canStart() {
     return true;
 }
 
-bool TimSAG::canContinue() {
-    if (!grid.next(m_isFirst) || !pLSF.createVector(std::max(grid.room(lenght), order), setZero, 0, 0) ||
+bool TimSAG::makeData() {
+    if (!pLSF.createVector(std::max<long long>(grid.room(lenght), order), setZero, 0, 0) ||
         !pLSP.createVector(grid.room(lenght), setZero, 0, 0) || !pSrc1.createVector(grid.room(lenght), setOne, 0, 0) ||
         !pSrc2.createVector(grid.room(lenght), setOne, 0, 0) || !pResultCoeffs.createVector(4, setZero, 0, 0) ||
         !pDst.createVector(grid.room(lenght), setZero, 0, 0)) {

@@ -21,7 +21,8 @@ class TimSalpanls : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len_1.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -56,8 +57,8 @@ bool TimSalpanls::canStart() {
     return true;
 }
 
-bool TimSalpanls::canContinue() {
-    if (!grid.next(m_isFirst) || !pIndex.createVector(5, setZero, 0, 0)) {
+bool TimSalpanls::makeData() {
+    if (!pIndex.createVector(5, setZero, 0, 0)) {
         return false;
     }
     for (vkVector* vector : {&pSrcDstPrevQLsfResidual, &pSrcDstPrevQLsf, &pSrcDstPrevQLsp}) {

@@ -24,7 +24,8 @@ class TimSapost : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len_1; }
     double getDivisor_el() override { return getDivisor(); }
@@ -51,10 +52,7 @@ bool TimSapost::canStart() {
     return true;
 }
 
-bool TimSapost::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimSapost::makeData() {
     dataSize = order * vkVector::item(m_func);
     if (!pSrcQLpc.createVector(len, setRand, 0, 2048) || !pSrcSpch.createVector(len_1, setRand, 0, 2048) ||
         !pTmp_1.createVector(order, setRand, 0, 2048) || !pTmp_2.createVector(order, setRand, 0, 2048) ||

@@ -21,7 +21,8 @@ class TimSinFilt2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenght.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -48,15 +49,15 @@ void TimSinFilt2::SetData_LPC() {
     std::memcpy(pLPC.m_16s, lpc, sizeof lpc);
 }
 
-bool TimSinFilt2::canContinue() {
-    if (!grid.next(m_isFirst) || !pLPC.createVector(std::max(grid.room(lenght_lpc), lpcWords), setZero, 0, 0) ||
+bool TimSinFilt2::makeData() {
+    if (!pLPC.createVector(std::max<long long>(grid.room(lenght_lpc), lpcWords), setZero, 0, 0) ||
         !pTmp.createVector(grid.room(lenght), setValue, 4, 0) ||
         !pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) ||
         !pMem.createVector(grid.room(lenght_lpc), setOne, 0, 0) ||
         !pSrc.createVector(grid.room(lenght), setValue, 4, 0) || !pDst.createVector(grid.room(lenght), setZero, 0, 0)) {
         return false;
     }
-    vkcRestore(pSrcDst.m_16s, pTmp.m_16s, lenght.value() * vkVector::item(m_func));
+    vkcRestore(pSrcDst.m_16s, pTmp.m_16s, pTmp.size());
     SetData_LPC();
     return true;
 }

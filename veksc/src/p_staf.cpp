@@ -15,9 +15,10 @@ class TimStafGSMFR : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
-    double getDivisor() override { return len.value() * order; }
+    double getDivisor() override { return static_cast<double>(len.value()) * order; }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
     void parmsToOstrm() override { grid.toOstrm(); }
@@ -34,9 +35,9 @@ bool TimStafGSMFR::canStart() {
     return true;
 }
 
-bool TimStafGSMFR::canContinue() {
-    return grid.next(m_isFirst) && pRc.createVector(order, setValue, 1, 0) &&
-           pSrcDstSpch.createVector(len.value(), setZero, 0, 0) && pMem.createVector(order, setZero, 0, 0);
+bool TimStafGSMFR::makeData() {
+    return pRc.createVector(order, setValue, 1, 0) && pSrcDstSpch.createVector(len.value(), setZero, 0, 0) &&
+           pMem.createVector(order, setZero, 0, 0);
 }
 
 void TimStafGSMFR::flushData() {

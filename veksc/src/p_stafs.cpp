@@ -16,9 +16,10 @@ class TimStafSyntGSMFR : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
-    double getDivisor() override { return len.value() * order; }
+    double getDivisor() override { return static_cast<double>(len.value()) * order; }
     double getDivisor_el() override { return getDivisor(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
     void parmsToOstrm() override { grid.toOstrm(); }
@@ -35,10 +36,9 @@ bool TimStafSyntGSMFR::canStart() {
     return true;
 }
 
-bool TimStafSyntGSMFR::canContinue() {
-    return grid.next(m_isFirst) && pRc.createVector(order + 1, setValue, 1, 0) &&
-           pDstSpch.createVector(len.value(), setZero, 0, 0) && pSrcResidual.createVector(len.value(), setZero, 0, 0) &&
-           pMem.createVector(order + 2, setZero, 0, 0);
+bool TimStafSyntGSMFR::makeData() {
+    return pRc.createVector(order + 1, setValue, 1, 0) && pDstSpch.createVector(len.value(), setZero, 0, 0) &&
+           pSrcResidual.createVector(len.value(), setZero, 0, 0) && pMem.createVector(order + 2, setZero, 0, 0);
 }
 
 void TimStafSyntGSMFR::flushData() {

@@ -13,7 +13,8 @@ class TimToeplizMatrix : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len_dst.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -45,8 +46,8 @@ void TimToeplizMatrix::setData() {
     }
 }
 
-bool TimToeplizMatrix::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrc.createVector(grid.room(len_src), setZero, 0, 0) ||
+bool TimToeplizMatrix::makeData() {
+    if (!pSrc.createVector(grid.room(len_src), setZero, 0, 0) ||
         !pDst.createVector(grid.room(len_dst), setZero, 0, 0)) {
         return false;
     }

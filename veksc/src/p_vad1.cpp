@@ -17,7 +17,8 @@ class TimVAD1 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -35,8 +36,8 @@ bool TimVAD1::canStart() {
     return true;
 }
 
-bool TimVAD1::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrcSpch.createVector(grid.room(len), setZero, 0, 0)) {
+bool TimVAD1::makeData() {
+    if (!pSrcSpch.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     pSrcDstVad1State = veksMalloc_8u(stateSize);

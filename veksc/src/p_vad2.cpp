@@ -16,7 +16,8 @@ class TimVAD2 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -34,8 +35,8 @@ bool TimVAD2::canStart() {
     return true;
 }
 
-bool TimVAD2::canContinue() {
-    if (!grid.next(m_isFirst) || !pSrcSpch.createVector(grid.room(len), setZero, 0, 0)) {
+bool TimVAD2::makeData() {
+    if (!pSrcSpch.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     pSrcDstVad2State = veksMalloc_8u(stateSize);

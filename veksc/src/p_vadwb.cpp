@@ -23,7 +23,8 @@ class TimVADWB : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -57,21 +58,18 @@ bool TimVADWB::canStart() {
     return true;
 }
 
-bool TimVADWB::canContinue() {
-    if (!grid.next(m_isFirst)) {
-        return false;
-    }
+bool TimVADWB::makeData() {
     if (!m_activity) {
         pUpdateIndex = 0;
         return pSrcSpch.createVector(grid.room(len), setRand, 0, 0) && pSrcIsp.createVector(spectrum, setRand, 0, 0) &&
                pSrcDstIspBuffer.createVector(places * spectrum, setRand, 0, 0) &&
                pSrcDstLogEnergyBuffer.createVector(places, setRand, 0, 0);
     }
-    if (veksVADGetSize_AMRWB_16s(&vadSize) != vekStsNoErr) {
+    if (!vkcDone(veksVADGetSize_AMRWB_16s(&vadSize))) {
         return false;
     }
     pSrcDstVadState = static_cast<char*>(krMalloc(vadSize, 0, 0, MEM_OBJECT_IS_BUFFER));
-    return pSrcDstVadState != nullptr && veksVADInit_AMRWB_16s(pSrcDstVadState) == vekStsNoErr &&
+    return pSrcDstVadState != nullptr && vkcDone(veksVADInit_AMRWB_16s(pSrcDstVadState)) &&
            pSrcSpch.createVector(grid.room(len), setRand, -32768, 32767) &&
            pToneFlag.createVector(1, setRand, 0, 32767);
 }

@@ -21,7 +21,8 @@ class TimVQ728 : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return 1; }
     double getDivisor_el() override { return getDivisor(); }
@@ -46,9 +47,8 @@ bool TimVQ728::canStart() {
     return true;
 }
 
-bool TimVQ728::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(vectorLength, setRand, -2048, 2048) &&
-           pEnergy.createVector(shapes, setRand, -2048, 2048);
+bool TimVQ728::makeData() {
+    return pSrc.createVector(vectorLength, setRand, -2048, 2048) && pEnergy.createVector(shapes, setRand, -2048, 2048);
 }
 
 void TimVQ728::flushData() {

@@ -11,7 +11,8 @@ class krFFT_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return length.value(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -25,7 +26,7 @@ bool krFFT_wbe::canStart() {
     return true;
 }
 
-bool krFFT_wbe::initData() {
+bool krFFT_wbe::makeData() {
     return pSrc.createVector(length.value(), setValue, 1, 0) && pDst.createVector(length.value(), setZero, 0, 0);
 }
 

@@ -14,7 +14,8 @@ class krFIRGenMidBand_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return 256; }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -28,7 +29,7 @@ bool krFIRGenMidBand_wbe::canStart() {
 }
 
 // The target is the other channel through a short filter.
-bool krFIRGenMidBand_wbe::initData() {
+bool krFIRGenMidBand_wbe::makeData() {
     if (!pSrc1.createVector(lenFrame + lenHistory, setRand, -4096, 4096) ||
         !pSrc2.createVector(lenFrame, setZero, 0, 0) || !pDst.createVector(9, setZero, 0, 0)) {
         return false;
@@ -75,7 +76,8 @@ class krPostFilterLowBand_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return lenFrame; }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -94,7 +96,7 @@ bool krPostFilterLowBand_wbe::canStart() {
     return true;
 }
 
-bool krPostFilterLowBand_wbe::initData() {
+bool krPostFilterLowBand_wbe::makeData() {
     return pLags.createVector(lenSubframes, setValue, itLags.value(), 0) &&
            pGains.createVector(lenSubframes, setValue, 16400, 0) &&
            pSrcDst.createVector(lenFrame, setValue, itRangeData.value(), 0) &&

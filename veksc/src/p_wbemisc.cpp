@@ -37,7 +37,8 @@ class krSNR_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override { deleteVectors(); }
     double getDivisor() override { return lenSNR[stepCounter2.value() * 2]; }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -50,7 +51,7 @@ bool krSNR_wbe::canStart() {
     return true;
 }
 
-bool krSNR_wbe::initData() {
+bool krSNR_wbe::makeData() {
     if (!vkcCounts(stepCounter2, std::size(lenSNR) / 2)) {
         return false;
     }
@@ -62,7 +63,8 @@ class krGainQuantTCX_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override { deleteVectors(); }
     double getDivisor() override { return lenTCX[stepCounter2.value()]; }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -77,7 +79,7 @@ bool krGainQuantTCX_wbe::canStart() {
     return true;
 }
 
-bool krGainQuantTCX_wbe::initData() {
+bool krGainQuantTCX_wbe::makeData() {
     if (!vkcCounts(stepCounter2, std::size(lenTCX))) {
         return false;
     }
@@ -89,7 +91,8 @@ class krGainDecodeTCX_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override { deleteVectors(); }
     double getDivisor() override { return lenTCX[stepCounter2.value()]; }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -104,7 +107,7 @@ bool krGainDecodeTCX_wbe::canStart() {
     return true;
 }
 
-bool krGainDecodeTCX_wbe::initData() {
+bool krGainDecodeTCX_wbe::makeData() {
     return vkcCounts(stepCounter2, std::size(lenTCX)) &&
            pVector3.createVector(lenTCX[stepCounter2.value()], setValue, 1, 0);
 }
@@ -113,7 +116,8 @@ class krISFQuantHighBand_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override { deleteVectors(); }
     double getDivisor() override { return lenISF; }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -126,7 +130,7 @@ bool krISFQuantHighBand_wbe::canStart() {
     return true;
 }
 
-bool krISFQuantHighBand_wbe::initData() {
+bool krISFQuantHighBand_wbe::makeData() {
     return pVector1.createVector(lenISF, setValue, 1, 0) && pVector2.createVector(lenISF, setValue, 1, 0) &&
            pVector3.createVector(lenISF, setValue, 1, 0);
 }
@@ -135,7 +139,8 @@ class krISFQuantDecodeHighBand_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override { deleteVectors(); }
     double getDivisor() override { return lenISF; }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -150,7 +155,7 @@ bool krISFQuantDecodeHighBand_wbe::canStart() {
     return true;
 }
 
-bool krISFQuantDecodeHighBand_wbe::initData() {
+bool krISFQuantDecodeHighBand_wbe::makeData() {
     return pVector1.createVector(2, setValue, 1, 0) && pVector2.createVector(lenISF, setValue, 1, 0) &&
            pVector3.createVector(lenISF, setValue, 1, 0);
 }

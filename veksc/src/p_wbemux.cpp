@@ -69,13 +69,14 @@ class krQntTCX_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override { return startModes(m_parms); }
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override { deleteVectors(); }
     double getDivisor() override { return paramsTCX[cntMode.value()].len; }
     krString getUnit() override { return vkcUnit(vkcElements); }
 };
 
-bool krQntTCX_wbe::initData() {
+bool krQntTCX_wbe::makeData() {
     if (!vkcCounts(cntMode, std::size(paramsTCX))) {
         return false;
     }
@@ -87,13 +88,14 @@ class krDecMux_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override { return startModes(m_parms); }
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override { deleteVectors(); }
     double getDivisor() override { return paramsTCX[cntMode.value()].len; }
     krString getUnit() override { return vkcUnit(vkcElements); }
 };
 
-bool krDecMux_wbe::initData() {
+bool krDecMux_wbe::makeData() {
     return vkcCounts(cntMode, std::size(paramsMuxer)) &&
            pSrc.createVector(paramsMuxer[cntMode.value()][0], setValue, 10, 0) &&
            pDst.createVector(paramsTCX[cntMode.value()].len, setValue, 1, 0);

@@ -39,7 +39,8 @@ class krBandResample_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override { deleteVectors(); }
     double getDivisor() override { return lenFrame; }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -54,7 +55,7 @@ bool krBandResample_wbe::canStart() {
     return true;
 }
 
-bool krBandResample_wbe::initData() {
+bool krBandResample_wbe::makeData() {
     constexpr int lenSource = 1152;
     constexpr int lenLow = 180;
     if (!pDst.createVector(lenFrame, setZero, 0, 0)) {
@@ -70,7 +71,8 @@ class krUpDownResample_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override { deleteVectors(); }
     double getDivisor() override { return frame(); }
     krString getUnit() override { return vkcUnit(vkcElements); }
@@ -97,7 +99,7 @@ bool krUpDownResample_wbe::canStart() {
     return true;
 }
 
-bool krUpDownResample_wbe::initData() {
+bool krUpDownResample_wbe::makeData() {
     return vkcCounts(cntLen, m_down ? std::size(lenSrcDownsample) : std::size(lenDstUpsample)) &&
            pSrc1.createVector(frame(), setRand, -1, 1) &&
            pDst.createVector(m_down ? lenFrame : frame(), setZero, 0, 0) && pSrcDst.createVector(24, setRand, -1, 1);
@@ -107,9 +109,10 @@ class krBandUpDownResample_wbe : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
     void flushData() override { deleteVectors(); }
-    double getDivisor() override { return length.value() * 2; }
+    double getDivisor() override { return length.value() * 2.0; }
     krString getUnit() override { return vkcUnit(vkcElements); }
 
 private:
@@ -127,18 +130,18 @@ bool krBandUpDownResample_wbe::canStart() {
 }
 
 // The lowest internal rate takes, and gives, twice the nominal length.
-bool krBandUpDownResample_wbe::initData() {
+bool krBandUpDownResample_wbe::makeData() {
     fracMem = 0;
     cntSamp = 0;
     if (!vkcCounts(cntFS, std::size(scaleFreq)) || !pSrcDst.createVector(72, setRand, -1, 1)) {
         return false;
     }
     if (m_split) {
-        return pSrc1.createVector(length.value() * 2, setRand, -1, 1) && pDst.createVector(lenFrame, setZero, 0, 0) &&
+        return pSrc1.createVector(2 * vkcSize(length), setRand, -1, 1) && pDst.createVector(lenFrame, setZero, 0, 0) &&
                pDst2.createVector(lenFrame, setZero, 0, 0);
     }
     return pSrc1.createVector(lenFrame, setRand, -1, 1) && pSrc2.createVector(lenFrame, setRand, -1, 1) &&
-           pDst.createVector(length.value() * 2, setZero, 0, 0);
+           pDst.createVector(2 * vkcSize(length), setZero, 0, 0);
 }
 
 } // namespace
@@ -154,7 +157,7 @@ VK_REG(krUpDownResample_wbe, veksUpsample_AMRWBE_16s,
        veksUpsample_AMRWBE_16s(pSrc1.m_16s, pDst.m_16s, lenDstUpsample[cntLen.value()], pSrcDst.m_16s, bandIdx.value(),
                                addFlag.value()))
 VK_REG(krBandUpDownResample_wbe, veksBandSplitDownsample_AMRWBE_16s,
-       veksBandSplitDownsample_AMRWBE_16s(pSrc1.m_16s, length.value() * 2, pDst.m_16s, pDst2.m_16s, lenFrame,
+       veksBandSplitDownsample_AMRWBE_16s(pSrc1.m_16s, 2 * vkcSize(length), pDst.m_16s, pDst2.m_16s, lenFrame,
                                           pSrcDst.m_16s, &fracMem, &cntSamp, scaleFreq[cntFS.value()]))
 VK_REG(krBandUpDownResample_wbe, veksBandJoinUpsample_AMRWBE_16s,
        veksBandJoinUpsample_AMRWBE_16s(pSrc1.m_16s, pSrc2.m_16s, lenFrame, pDst.m_16s, length.value(), pSrcDst.m_16s,
@@ -216,13 +219,14 @@ namespace ns_PolyResample_Over_wbe {
 class krPolyResample_Over_wbe : public PolyResample {
 public:
     using PolyResample::PolyResample;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
 
 protected:
     const char* mode() const override { return "(oversamp)"; }
 };
 
-bool krPolyResample_Over_wbe::initData() {
+bool krPolyResample_Over_wbe::makeData() {
     if (!vkcCounts(cntFact, std::size(frameSize))) {
         return false;
     }
@@ -244,7 +248,8 @@ class krPolyResample_Decim_wbe : public PolyResample {
 public:
     using PolyResample::PolyResample;
     bool canStart() override;
-    bool initData() override;
+    bool initData() override { return vkcLine(*this); }
+    bool makeData();
 
 protected:
     const char* mode() const override { return "(decimate)"; }
@@ -260,7 +265,7 @@ bool krPolyResample_Decim_wbe::canStart() {
 }
 
 // A frame of the internal rate lasts 80 ms * 96 / scale; whole twelfths of it leave no fraction.
-bool krPolyResample_Decim_wbe::initData() {
+bool krPolyResample_Decim_wbe::makeData() {
     if (!vkcCounts(cntFact, std::size(frameSize)) || !vkcCounts(cntFS, std::size(scaleFreq)) || cntFS.value() == 0) {
         return false;
     }

@@ -15,7 +15,8 @@ class TimWFiltGSMFR : public prTest {
 public:
     using prTest::prTest;
     bool canStart() override;
-    bool canContinue() override;
+    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
+    bool makeData();
     void flushData() override;
     double getDivisor() override { return dstLen.value(); }
     double getDivisor_el() override { return getDivisor(); }
@@ -34,8 +35,8 @@ bool TimWFiltGSMFR::canStart() {
     return true;
 }
 
-bool TimWFiltGSMFR::canContinue() {
-    return grid.next(m_isFirst) && pSrc.createVector(dstLen.value() + 2 * beside, setValue, 1, 0) &&
+bool TimWFiltGSMFR::makeData() {
+    return pSrc.createVector(vkcSize(dstLen) + 2 * beside, setValue, 1, 0) &&
            pDst.createVector(dstLen.value(), setZero, 0, 0);
 }
 

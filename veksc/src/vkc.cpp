@@ -1,18 +1,11 @@
 // What all speech suites share, and the list of hot functions.
 #include "vkc.h"
 
+#include "krbase.h"
 #include "krlib.h"
 
 #include <algorithm>
-
-static void readVersionTexts(const void* version, krString texts[3]) {
-    const auto* record = static_cast<const VekLibraryVersion*>(version);
-    texts[0] = record->Name;
-    texts[1] = record->Version;
-    texts[2] = record->BuildDate;
-}
-
-static const bool regVersionTexts = krRegVersionTexts(readVersionTexts) != 0;
+#include <climits>
 
 // Each call goes through a function of its own, since the types of status and processor are the library's.
 void vkSetVekEnvironment() {
@@ -25,7 +18,7 @@ void vkSetVekEnvironment() {
     vek_SetNumThreads = [](int numThreads) -> int { return vekSetNumThreads(numThreads); };
 }
 
-const void* vkGetVekVersion_veksc() {
+const VekLibraryVersion* vkGetVekVersion_veksc() {
     return vekscGetLibVersion();
 }
 
@@ -42,7 +35,7 @@ void vkcGrid::begin(std::initializer_list<krParameter*> parms) {
     }
 }
 
-int vkcGrid::room(const krStepIterator<int>& parm) const {
+long long vkcGrid::room(const krStepIterator<int>& parm) const {
     int size = parm.value();
     for (const Fixed& fixed : m_fixed) {
         if (fixed.parm == &parm) {
@@ -93,6 +86,20 @@ void vkcGrid::namesToCstrm() const {
     for (const krParameter* parm : m_parms) {
         parm->nameToCStream(g_cstrm);
     }
+}
+
+bool vkcRefuse(krTest& test) {
+    krTest::raiseResult(krDataFail);
+    test.putTextError(krTest::m_currentResult);
+    test.flushData();
+    return false;
+}
+
+bool vkcFits(long long rows, long long bytes) {
+    if (rows < 1 || bytes < 1) {
+        return memError(0);
+    }
+    return (rows <= INT_MAX / bytes && krMemoryHolds(rows * bytes)) || memError(INT_MAX);
 }
 
 krString vkcUnit(int index) {

@@ -21,3 +21,11 @@
 #else
 #define VEK_INLINE [[gnu::always_inline]] inline
 #endif
+
+// For steps of many vectors, whole transforms of a few numbers: laid into each other only where a vector is a register.
+// At the plain level, where a vector is eight words, it is slower and takes ten times as long to compile.
+#if defined(VEK_LEVEL) && VEK_LEVEL == 0
+#define VEK_INLINE_WIDE inline
+#else
+#define VEK_INLINE_WIDE VEK_INLINE
+#endif

@@ -50,7 +50,7 @@ VEK_INLINE void fft4(C8 (&x)[4]) {
     x[3] = plusJ(b, d);
 }
 
-VEK_INLINE void fft8(C8 (&x)[8]) {
+VEK_INLINE_WIDE void fft8(C8 (&x)[8]) {
     C8 even[4] = {x[0], x[2], x[4], x[6]};
     C8 odd[4] = {x[1], x[3], x[5], x[7]};
     fft4(even);
@@ -68,7 +68,7 @@ VEK_INLINE void fft8(C8 (&x)[8]) {
     x[7] = {even[3].re - o3.re, even[3].im + o3.im};
 }
 
-VEK_INLINE void fft5(C8 (&x)[5]) {
+VEK_INLINE_WIDE void fft5(C8 (&x)[5]) {
     const V8 c1 = set1(331804471);  // cos(2 pi / 5)
     const V8 c2 = set1(-868675383); // cos(4 pi / 5)
     const V8 s1 = set1(1021189159); // sin(2 pi / 5)
@@ -95,8 +95,8 @@ VEK_INLINE void columnOut(const TransformTable<M>& t, int32_t* re, int32_t* im, 
 }
 
 template <int M>
-VEK_INLINE void columns(const TransformTable<M>& t, const int32_t* srcRe, const int32_t* srcIm, int32_t* re,
-                        int32_t* im) {
+VEK_INLINE_WIDE void columns(const TransformTable<M>& t, const int32_t* srcRe, const int32_t* srcIm, int32_t* re,
+                             int32_t* im) {
     if constexpr (M == 8) {
         C8 x[8];
         for (int n = 0; n < 8; ++n) {
@@ -147,8 +147,8 @@ VEK_INLINE void columns(const TransformTable<M>& t, const int32_t* srcRe, const 
 
 // The complex transform: src holds 8 M numbers, dst gets them in natural order. dst has room for 8 more.
 template <int M>
-VEK_INLINE void complexFft(const TransformTable<M>& t, const int32_t* srcRe, const int32_t* srcIm, int32_t* dstRe,
-                           int32_t* dstIm) {
+VEK_INLINE_WIDE void complexFft(const TransformTable<M>& t, const int32_t* srcRe, const int32_t* srcIm, int32_t* dstRe,
+                                int32_t* dstIm) {
     constexpr int rows = (M + 7) / 8 * 8;
     alignas(32) int32_t midRe[8 * rows];
     alignas(32) int32_t midIm[8 * rows];
@@ -180,7 +180,7 @@ VEK_INLINE void complexFft(const TransformTable<M>& t, const int32_t* srcRe, con
 
 // 10 bits behind the point: full scale grows to 2^19.7 over the orthonormal transform of 640.
 template <int M>
-VEK_INLINE void dct4(const TransformTable<M>& t, const int16_t* src, int16_t* dst) {
+VEK_INLINE_WIDE void dct4(const TransformTable<M>& t, const int16_t* src, int16_t* dst) {
     constexpr int half = 8 * M;
     constexpr int guard = 10;
     alignas(32) int32_t re[half + 8];

@@ -71,16 +71,16 @@ VEK_INLINE Halves minusJ(Halves a, Halves b) {
 
 // Fourier transforms of a few numbers.
 template <class C>
-VEK_INLINE void dft(C (&)[1]) {
+VEK_INLINE_WIDE void dft(C (&)[1]) {
 }
 template <class C>
-VEK_INLINE void dft(C (&x)[2]) {
+VEK_INLINE_WIDE void dft(C (&x)[2]) {
     const C a = x[0];
     x[0] = a + x[1];
     x[1] = a - x[1];
 }
 template <class C>
-VEK_INLINE void dft(C (&x)[3]) {
+VEK_INLINE_WIDE void dft(C (&x)[3]) {
     const C sum = x[1] + x[2];
     const C side = (x[1] - x[2]) * setf(0.866025404F); // sin(2 pi / 3)
     const C middle = x[0] - sum * setf(0.5F);
@@ -89,7 +89,7 @@ VEK_INLINE void dft(C (&x)[3]) {
     x[2] = plusJ(middle, side);
 }
 template <class C>
-VEK_INLINE void dft(C (&x)[4]) {
+VEK_INLINE_WIDE void dft(C (&x)[4]) {
     const C a = x[0] + x[2];
     const C b = x[0] - x[2];
     const C c = x[1] + x[3];
@@ -100,7 +100,7 @@ VEK_INLINE void dft(C (&x)[4]) {
     x[3] = plusJ(b, d);
 }
 template <class C>
-VEK_INLINE void dft(C (&x)[8]) {
+VEK_INLINE_WIDE void dft(C (&x)[8]) {
     C even[4] = {x[0], x[2], x[4], x[6]};
     C odd[4] = {x[1], x[3], x[5], x[7]};
     dft(even);
@@ -117,7 +117,7 @@ VEK_INLINE void dft(C (&x)[8]) {
     x[3] = even[3] - o3;
     x[7] = even[3] + o3;
 }
-VEK_INLINE void dft(Cf8 (&x)[9]) {
+VEK_INLINE_WIDE void dft(Cf8 (&x)[9]) {
     Cf8 row0[3] = {x[0], x[3], x[6]};
     Cf8 row1[3] = {x[1], x[4], x[7]};
     Cf8 row2[3] = {x[2], x[5], x[8]};

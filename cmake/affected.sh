@@ -1,0 +1,48 @@
+# For ./test --affected: from the files that differ from a commit to the rooms whose tests can see them, and from rooms
+# to what each of the two builds has to build for that. Files that are not known to matter to some rooms only take all.
+
+all_rooms="api lib vek suites cli oracle"
+[ -d "$top/lab" ] && all_rooms="$all_rooms lab"
+
+kr_rooms_of() { # file: the rooms that can see it
+    local program=cli
+    [ -d "$top/lab" ] && program="cli lab"
+    case $1 in
+    docs/* | bench/* | *.md | tests/fuzz/* | tests/mutants/* | .clang-tidy | .gitignore) ;;
+    tests/api/*) echo api ;;
+    tests/lib/*) echo lib ;;
+    tests/vek/*) echo vek ;;
+    tests/suites/*) echo suites ;;
+    tests/oracle/*) echo oracle ;;
+    tests/cli/* | tests/fault/*) echo cli ;;
+    tests/lab/* | lab/*) echo lab ;;
+    api/src/*) echo api lib suites "$program" ;;
+    api/lib/*) echo lib suites "$program" ;;
+    veksc/src/*) echo suites "$program" ;;
+    vek/sc/* | vek/s/*) echo vek oracle suites ;;
+    *) echo "$all_rooms" ;;
+    esac
+}
+
+kr_targets_of() { # build room
+    case $1:$2 in
+    test:api) echo kr_clock_tests ;;
+    asan:api) echo kr_tests ;;
+    asan:lib) echo vk_tests ;;
+    asan:suites) echo suite_tests ;;
+    test:vek | test:oracle | test:cli | test:lab) echo "$2_tests" ;;
+    asan:vek | asan:oracle) echo veksc ;;
+    asan:cli) echo kelvarrig faultrig ;;
+    esac
+}
+
+kr_affected() { # commit: sets release_targets, sanitizer_targets and labels
+    local files rooms room
+    files=$(git diff --name-only "$1" -- && git ls-files --others --exclude-standard) || kr_fail "no such commit: $1"
+    rooms=$(for file in $files; do kr_rooms_of "$file"; done | tr ' ' '\n' | sort -u)
+    release_targets=$(for room in $rooms; do kr_targets_of test "$room"; done | tr '\n' ' ')
+    sanitizer_targets=$(for room in $rooms; do kr_targets_of asan "$room"; done | tr '\n' ' ')
+    labels=$(echo $rooms | tr ' ' '|')
+    labels="^(${labels})\$"
+    echo "Rooms that can see what changed since $1:" ${rooms:-none}
+}

@@ -1,0 +1,13 @@
+// The entry point: the table of commands.
+#include "program.h"
+
+int main(int argc, char** argv) {
+    krlab::Program program;
+    krlab::addRun(program);
+    krlab::addCheck(program);
+    krlab::addReplay(program);
+    krlab::addResume(program);
+    krlab::addTidy(program);
+    krlab::addDoctor(program);
+    return program.main(argc, argv);
+}

@@ -1,0 +1,72 @@
+// The command line: the common options, the table of commands, what stands behind "--", and the exit status.
+#pragma once
+
+#include "console.h"
+#include "fault.h"
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace krlab {
+
+/// What every command takes.
+struct CommonOptions {
+    std::string json;                  ///< file for the JSON form, "-" for standard output, empty for none
+    bool quiet = false;                ///< no notes and no progress
+    std::optional<unsigned long> seed; ///< of all random choices; drawn by the command if not given
+    std::string rig;                   ///< the rig program; empty for the one beside this program
+    std::vector<std::string> keys;     ///< what stands behind "--": keys of the rig, word by word
+};
+
+/// What a command works with.
+struct Context {
+    const CommonOptions& options;
+    const std::vector<std::string>& arguments; ///< the program's whole argument vector
+    Console& console;
+
+    /// The program of --rig, or the one beside this program. Throws Fault if there is none.
+    std::string rig() const;
+    /// The seed of --seed, or a drawn one.
+    unsigned long seed() const;
+    /// True if the report belongs to standard output: JSON does not take it.
+    bool reportWanted() const { return options.json != "-"; }
+};
+
+/// Collects the commands. Each command's file adds itself: an app.add_subcommand() with its options, and what it runs.
+class Program {
+public:
+    Program();
+
+    /// A new command. `run` returns the exit status; the options that `describe`d it live in what `run` holds.
+    CLI::App& add(const std::string& name, const std::string& text, std::function<int(Context&)> run);
+    /// Reads the arguments and runs the chosen command. Every failure ends in a message and a status.
+    int main(int argc, char** argv);
+
+private:
+    int run(std::vector<std::string> words);
+
+    CLI::App m_app;
+    CommonOptions m_common;
+    std::function<int(Context&)> m_chosen;
+};
+
+/// The commands; each stands in its own file.
+void addRun(Program& program);
+void addCheck(Program& program);
+void addReplay(Program& program);
+void addResume(Program& program);
+void addTidy(Program& program);
+void addDoctor(Program& program);
+
+/// Writes text to the file, or to standard output for "-". Throws Fault with the cause.
+void writeOutput(const std::string& file, const std::string& text);
+
+/// Reads "90", "90s", "2m", "1h" as seconds. Throws Fault.
+double parseDuration(const std::string& text);
+/// Reads "3%" or "0.03" as a fraction. Throws Fault.
+double parseShare(const std::string& text);
+
+} // namespace krlab

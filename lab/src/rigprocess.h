@@ -1,0 +1,56 @@
+// One process of the rig: its own process group, gone with this program, ended at a time limit or on Ctrl-C.
+#pragma once
+
+#include "subject.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace krlab {
+
+/// A file in memory that the rig writes or reads by name. Nothing of it is left when this program is killed.
+class MemoryFile {
+public:
+    explicit MemoryFile(const std::string& text = "");
+    ~MemoryFile();
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+
+    /// The name under which the started process finds it.
+    std::string path() const;
+    int descriptor() const { return m_descriptor; }
+    std::string read() const;
+
+private:
+    int m_descriptor;
+};
+
+struct RigCall {
+    Subject subject;
+    std::vector<std::string> keys;        ///< the whole argument vector behind the program
+    std::vector<int> inherited;           ///< descriptors of memory files
+    std::vector<std::string> environment; ///< further "NAME=value" entries
+    double timeLimit = 600;               ///< seconds
+    bool heedInterrupt = true;            ///< Ctrl-C ends the process
+    /// Takes the console text, standard output and standard error in one, as it comes; also called with an empty text
+    /// a few times a second.
+    std::function<void(std::string_view)> output;
+};
+
+struct RigExit {
+    int status = -1; ///< exit status; -1 if a signal ended it
+    int signal = 0;
+    bool timedOut = false;
+    bool interrupted = false;
+    double seconds = 0;
+};
+
+/// Starts the rig and waits for its end. Throws Fault if it can't be started.
+RigExit callRig(const RigCall& call);
+
+/// The loader's search path for a subject, as an environment entry; empty if it needs none.
+std::string searchPathEntry(const Subject& subject);
+
+} // namespace krlab
