@@ -6,6 +6,7 @@ all_rooms="api lib vek suites cli own oracle lab"
 kr_rooms_of() { # file: the rooms that can see it
     case $1 in
     docs/library.md) echo vek ;;
+    tests/own/* | tools/* | docs/own-functions.md | README.md) echo own ;;
     docs/* | bench/* | *.md | tests/fuzz/* | tests/mutants/* | .clang-tidy | .gitignore) ;;
     tests/api/*) echo api ;;
     tests/lib/*) echo lib ;;
@@ -13,11 +14,10 @@ kr_rooms_of() { # file: the rooms that can see it
     tests/suites/*) echo suites ;;
     tests/oracle/*) echo oracle ;;
     tests/cli/rig_process.*) echo cli own ;;
-    tests/own/*) echo own ;;
     tests/cli/* | tests/fault/*) echo cli ;;
     tests/lab/* | lab/*) echo lab ;;
     api/src/*) echo api lib suites cli own lab ;;
-    api/lib/*) echo lib suites cli lab ;;
+    api/lib/*) echo lib suites cli own lab ;;
     veksc/src/*) echo suites cli lab ;;
     vek/sc/* | vek/s/*) echo vek oracle suites ;;
     *) echo "$all_rooms" ;;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <malloc.h>
+#include <unistd.h>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -201,6 +202,22 @@ void kr_free(void* base) {
     }
 }
 
+static long long machineMemory() {
+    return static_cast<long long>(sysconf(_SC_PHYS_PAGES)) * sysconf(_SC_PAGESIZE);
+}
+
+long long (*krMachineMemory)() = machineMemory;
+
+bool krMemoryHolds(long long size) {
+    long long live = size;
+    if (pAddressList) {
+        for (const Address& block : *pAddressList) {
+            live += block.size;
+        }
+    }
+    return live <= krMachineMemory();
+}
+
 bool memError(int size) {
     g_ostrm << ERR << "-- Memory error: can't allocate " << size << " bytes\n" << msgEnd;
     return false;
@@ -208,7 +225,7 @@ bool memError(int size) {
 
 void* krMalloc(int size, int align, int shift, void* info) {
     void* base = nullptr;
-    void* const aligned = kr_malloc(base, size, align, shift);
+    void* const aligned = krMemoryHolds(size) ? kr_malloc(base, size, align, shift) : nullptr;
     if (!aligned) {
         memError(size);
         return nullptr;

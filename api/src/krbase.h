@@ -98,5 +98,10 @@ void krSetAlignSrc(bool firstOnly);
 bool krGetAlignByByte();
 void krSetAlignByByte(bool byByte);
 
+/// Bytes of the machine's memory. A test may put a reader of its own in its place.
+extern long long (*krMachineMemory)();
+/// Whether the machine's memory holds `size` bytes beside the live blocks; krMalloc refuses a block that it does not.
+bool krMemoryHolds(long long size);
+
 /// Reports that `size` bytes can't be allocated; returns false.
 bool memError(int size);

@@ -1,9 +1,11 @@
 // Text: buffers, searching, path pieces, word tables and the conversions between values and text.
+#include "commalocale.h"
 #include "krstring.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <clocale>
 #include <cmath>
 
 namespace {
@@ -367,6 +369,25 @@ TEST(KrStringToText, ConversionsAppend) {
     text << 5 << ' ' << krString("x") << "y";
     EXPECT_STREQ(text.c_str(), "n=5 xy");
     EXPECT_STREQ(krString::prefixI64().c_str(), "L");
+}
+
+TEST(KrStringFromText, NumbersKeepTheirSpellingInAnyLocale) {
+    const CommaLocale locale;
+    if (!locale.exists() || std::setlocale(LC_ALL, "comma") == nullptr) {
+        GTEST_SKIP() << "no locale can be made";
+    }
+    krString text = "2.5";
+    double value = 0;
+    value << text;
+    const std::string spelled = krText(1.25).c_str();
+    const std::string formatted = krFormat("%.1f", 21.1).c_str();
+    char plain[8] = {};
+    std::snprintf(plain, sizeof plain, "%.1f", 21.1);
+    std::setlocale(LC_ALL, "C");
+    EXPECT_STREQ(plain, "21,1") << "the locale of everybody else stays";
+    EXPECT_EQ(value, 2.5);
+    EXPECT_EQ(spelled, "1.25");
+    EXPECT_EQ(formatted, "21.1");
 }
 
 TEST(KrStringFromText, IntTakesDecimalAndHexadecimal) {

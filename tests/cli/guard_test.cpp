@@ -1,9 +1,9 @@
 // What a measured function may do to the process of the run, beside a fault: it costs no other test and no finished
 // row.
+#include "commalocale.h"
 #include "rig_process.h"
 
 #include <csignal>
-#include <cstdlib>
 #include <gtest/gtest.h>
 
 namespace {
@@ -27,16 +27,6 @@ std::string rowsOf(const RigDirectory& rig) {
     const std::string table = rig.masked("rig.csv");
     const size_t title = table.find("\nfunction,");
     return title == std::string::npos ? table : table.substr(table.find('\n', title + 1) + 1);
-}
-
-// A locale "comma" in which numbers have one; false where it can't be made.
-bool makeCommaLocale(const RigDirectory& rig) {
-    rig.write("comma.src", "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3;3\nEND LC_NUMERIC\n");
-    const std::string command = "localedef -c -i " + rig.file("comma.src") + " " + rig.file("comma") + " >" +
-                                rig.file("localedef.txt") + " 2>&1";
-    // Other categories are missing, which localedef takes for a warning of its own status.
-    static_cast<void>(std::system(command.c_str()));
-    return setenv("LOCPATH", rig.path().c_str(), 1) == 0 && rig.exists("comma/LC_NUMERIC");
 }
 
 } // namespace
@@ -87,10 +77,11 @@ TEST(GuardedRun, SignalsThatAFunctionSpoiledAreSetAnewForTheNextTest) {
 }
 
 TEST(GuardedRun, LocaleOfAFunctionReachesNoNumber) {
-    const RigDirectory rig(FAULTRIG, "rig");
-    if (!makeCommaLocale(rig)) {
-        GTEST_SKIP() << "no locale can be made: " << rig.read("localedef.txt");
+    const CommaLocale locale;
+    if (!locale.exists()) {
+        GTEST_SKIP() << "no locale can be made";
     }
+    const RigDirectory rig(FAULTRIG, "rig");
     const RigResult run = rig.run(quickKeys({"-f=dmSetsLocale", "-f=frManySurvived", "-r"}));
     EXPECT_EQ(0, run.exitCode) << run.out;
     EXPECT_EQ("dmSetsLocale,-,-,-,-,-,-,-,-,nLps=2,<clocks>, ,<usec>,-\n" + grid("frManySurvived"), rowsOf(rig));
@@ -109,25 +100,32 @@ TEST(GuardedRun, DirectoryOfAFunctionMovesNoFileOfTheRun) {
 
 TEST(GuardedRun, ChildOfAFunctionWritesNothingOfTheRun) {
     const struct {
-        const char* key;
-        const char* row;
-    } rows[] = {{"-f=dmChildExits", "dmChildExits,"},
-                {"-f=dmChildReturns", "dmChildReturns,"},
-                {"-f=dmChildCrashes", "dmChildCrashes,"}};
+        const char* name;
+        std::vector<std::string> way;
+    } rows[] = {{"dmChildExits", {}},
+                {"dmChildExits", {"-dMethod=Statistic", "-dNumCalls=2", "-dTotalCpuClocks=0"}},
+                {"dmChildExits", {"-SU"}},
+                {"dmChildExits", {"-SU", "-dMethod=Statistic", "-dNumCalls=2", "-dTotalCpuClocks=0"}},
+                {"dmChildReturns", {}},
+                {"dmChildCrashes", {}}};
     for (const auto& row : rows) {
         const RigDirectory rig(FAULTRIG, "rig");
-        const RigResult run =
-            rig.run(quickKeys({"-LINFO", "-f=frGood", row.key, "-f=frManySurvived", "-r", "-u", "-o"}));
-        EXPECT_EQ(0, run.exitCode) << row.key << run.out;
+        const std::string name = row.name;
+        std::vector<std::string> keys =
+            quickKeys({"-LINFO", "-f=frGood", "-f=" + name, "-f=frManySurvived", "-r", "-u", "-o"});
+        keys.insert(keys.end(), row.way.begin(), row.way.end());
+        const RigResult run = rig.run(keys);
+        EXPECT_EQ(0, run.exitCode) << name << run.out;
         for (const std::string& text : {run.out, rig.read("rig.txt")}) {
-            EXPECT_EQ(1, countOf(text, "Command line options:")) << row.key << text;
-            EXPECT_EQ(1, countOf(text, "| -OK         frGood ")) << row.key;
-            EXPECT_EQ(1, countOf(text, std::string("| Function  : ") + (row.key + 3))) << row.key;
-            EXPECT_EQ(1, countOf(text, std::string("| -OK         ") + (row.key + 3))) << row.key << text;
-            EXPECT_EQ(1, countOf(text, "KR Summary")) << row.key;
+            EXPECT_EQ(1, countOf(text, "Command line options:")) << name << text;
+            EXPECT_EQ(1, countOf(text, "| -OK         frGood ")) << name;
+            EXPECT_EQ(1, countOf(text, "| Function  : " + name)) << name;
+            EXPECT_EQ(1, countOf(text, "| -OK         " + name)) << name << text;
+            EXPECT_EQ(3, countOf(text, "Test has been registered")) << name << (row.way.empty() ? "" : row.way[0]);
+            EXPECT_EQ(1, countOf(text, "KR Summary")) << name;
         }
-        EXPECT_EQ(1, countOf(rig.read("rig.csv"), row.row));
-        EXPECT_EQ(1, countOf(rig.read("rig_sum.csv"), row.row));
+        EXPECT_EQ(1, countOf(rig.read("rig.csv"), name + ","));
+        EXPECT_EQ(1, countOf(rig.read("rig_sum.csv"), name + ","));
         EXPECT_EQ(1, countOf(rig.read("rig_sum.csv"), ".Number of tests,3\n"));
     }
 }

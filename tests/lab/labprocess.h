@@ -3,9 +3,11 @@
 
 #include "tempdir.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 namespace krlab {
@@ -26,6 +28,37 @@ public:
         }
         command += " >out 2>err </dev/null";
         const int code = std::system(command.c_str());
+        LabResult result;
+        result.status = WIFEXITED(code) ? WEXITSTATUS(code) : 128 + WTERMSIG(code);
+        result.out = read("out");
+        result.err = read("err");
+        return result;
+    }
+    /// Starts it without waiting.
+    pid_t start(const std::vector<std::string>& words) const {
+        std::vector<std::string> all = words;
+        all.insert(all.begin(), KRLAB);
+        std::vector<char*> pointers;
+        for (std::string& word : all) {
+            pointers.push_back(word.data());
+        }
+        pointers.push_back(nullptr);
+        const pid_t process = ::fork();
+        if (process == 0) {
+            const std::string out = path("out");
+            const std::string err = path("err");
+            if (::chdir(path().c_str()) != 0 || std::freopen(out.c_str(), "w", stdout) == nullptr ||
+                std::freopen(err.c_str(), "w", stderr) == nullptr) {
+                ::_exit(126);
+            }
+            ::execv(KRLAB, pointers.data());
+            ::_exit(127);
+        }
+        return process;
+    }
+    LabResult wait(pid_t process) const {
+        int code = 0;
+        ::waitpid(process, &code, 0);
         LabResult result;
         result.status = WIFEXITED(code) ? WEXITSTATUS(code) : 128 + WTERMSIG(code);
         result.out = read("out");

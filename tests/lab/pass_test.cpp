@@ -12,28 +12,6 @@ using namespace krlab;
 
 namespace {
 
-std::string quoted(const std::string& text) {
-    std::string out = "'";
-    for (const char c : text) {
-        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return out + "'";
-}
-
-std::string row(const std::string& function) {
-    return function + ",-,-,8,-,-,-,-,-,nLps=16,3.14,e,0.01,-\n";
-}
-
-/// A fake test: its row, then its console text.
-std::string scriptTest(const std::string& function, bool ended = true) {
-    return "case \" $keys \" in *\" -f=\"*) case \" $keys \" in *\" -f=" + function +
-           " \"*) wanted=1 ;; *) wanted= ;; esac ;; " + "*) wanted=1 ;; esac\nif [ -n \"$wanted\" ]; then printf %s " +
-           quoted(row(function)) + " >>$table; printf %s " + quoted(consoleTest(function, ended)) + "; ";
-}
-
-const std::string scriptHead = "printf %s " + quoted(tableHead + tableHeading) + " >>$table\n";
-const std::string scriptEnd = "printf %s " + quoted(consoleEnd) + "\n";
-
 PassRequest requestOf(const Subject& subject, std::vector<std::string> keys = {}) {
     PassRequest request;
     request.subject = subject;

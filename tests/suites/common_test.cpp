@@ -1,5 +1,6 @@
 // The grids of the general signal kernels: every test's lines, first and last, and that each call succeeds on the
 // suite's data without leaving memory behind.
+#include "suite_data.h"
 #include "suite_grid.h"
 
 namespace {
@@ -114,6 +115,27 @@ TEST(CommonSuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksDCTFwd_G722_16s", 0, 9), "veksDCTFwd_G722,16s,-,Lenght,-,-,-,-,-,parmNames");
     EXPECT_EQ(nameRow("veksMulPowerC_NR_16s_Sfs", 0, 9),
               "veksMulPowerC_NR,16s,Sfs,length,-,-,-,-,scaleFactor,parmNames");
+}
+
+TEST(CommonSuiteData, TheMemoryOfTheFiltersIsZeroOnEachLine) {
+    for (const int row : {0, 1}) {
+        SuiteLine line("veksSynthesisFilter_NR_16s_Sfs", row);
+        ASSERT_TRUE(line.ready());
+        EXPECT_EQ(line.values(3), std::vector<double>(40, 0));
+    }
+}
+
+// The pointer of the call moves with the length, and a subframe lies behind it.
+TEST(CommonSuiteData, TheResidualFilterHasItsLengthBeforeTheSubframe) {
+    for (const auto& [row, length] : {std::pair{0, 40}, {1, 50}, {2, 60}}) {
+        SuiteLine line("veksResidualFilter_G729_16s", row);
+        ASSERT_TRUE(line.ready());
+        EXPECT_EQ(line.lengths()[1], 2 * length);
+        EXPECT_EQ(line.call(), 0);
+    }
+    SuiteLine shorter("veksResidualFilter_G729_16s", 0, {"lenght=3"});
+    ASSERT_TRUE(shorter.ready());
+    EXPECT_EQ(shorter.call(), 0);
 }
 
 TEST(CommonSuiteUser, ValuesReplaceTheGrid) {

@@ -98,9 +98,32 @@ TEST(G723SuiteData, ErrorsOfTheAdaptiveSearchAreFiveFrom4To300) {
     EXPECT_LE(*std::max_element(errors.begin(), errors.end()), 300);
     EXPECT_NE(errors, Values(5, errors[0]));
     expectRandom(line.values(0), -2048, 2048);
-    expectRandom(line.values(1), -4096, 4096);
     expectRandom(line.values(2), -4096, 4096);
     expectRandom(line.values(4), -2048, 2048);
+}
+
+TEST(G723SuiteData, TheResponseOfTheSearchesBeginsWithItsLargestValue) {
+    for (const char* function : {"veksAdaptiveCodebookSearch_G723", "veksMPMLQFixedCodebookSearch_G723"}) {
+        SuiteLine line(function);
+        ASSERT_TRUE(line.ready());
+        Values response = line.values(1);
+        EXPECT_EQ(response[0], 8192);
+        response.erase(response.begin());
+        expectRandom(response, -4096, 4096);
+    }
+}
+
+// The error that comes out would be the next call's energy, and the recursion would break off.
+TEST(G723SuiteData, RecursionDoesTheSameWorkInEachCall) {
+    SuiteLine line("veksLevinsonDurbin_G723_16s");
+    ASSERT_TRUE(line.ready());
+    ASSERT_EQ(line.call(), 0);
+    const Values first = line.values(1);
+    for (int call = 0; call < 8; ++call) {
+        ASSERT_EQ(line.call(), 0);
+    }
+    EXPECT_EQ(line.values(1), first);
+    EXPECT_EQ(std::count(first.begin(), first.end(), 0.0), 0);
 }
 
 TEST(G723SuiteData, GainControlBeginsEachCallWithItsWholeInput) {

@@ -1,5 +1,6 @@
 // The grids of the codebook, gain and post-filter suites of GSM AMR: every test's lines, first and last, and that each
 // call succeeds on the suite's data without leaving memory behind.
+#include "suite_data.h"
 #include "suite_grid.h"
 
 namespace {
@@ -36,6 +37,20 @@ TEST(GsmAmrSuiteNames, StandInTheColumnsOfTheirValues) {
     EXPECT_EQ(nameRow("veksFixedCodebookDecode_GSMAMR_16s"), "BitRate,SubFrame,-,-,-,-");
     EXPECT_EQ(nameRow("veksPreemphasize_GSMAMR_16s"), "lenght,-,-,-,-,-");
     EXPECT_EQ(nameRow("veksPostFilter_GSMAMR_16s"), "BitRate,-,-,-,-,-");
+}
+
+TEST(GsmAmrSuiteData, TheSearchFindsAnImpulseAsItsResponseInEachCall) {
+    SuiteLine line("veksAlgebraicCodebookSearch_GSMAMR_16s");
+    ASSERT_TRUE(line.ready());
+    std::vector<double> impulse(40, 0);
+    impulse[0] = 4096;
+    for (int call = 0; call < 2; ++call) {
+        line.restore();
+        const std::vector<double> whole = line.values(2);
+        ASSERT_EQ(whole.size(), 80U);
+        EXPECT_EQ(std::vector<double>(whole.begin() + 40, whole.end()), impulse);
+        EXPECT_EQ(line.call(), 0);
+    }
 }
 
 TEST(GsmAmrSuiteGrids, SubframesTurnFastestThenRatesThenTheBadFrame) {

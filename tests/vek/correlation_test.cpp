@@ -313,26 +313,37 @@ TEST(VekDotProd, FourTimesTheMostNegativeValueDoesNotWrap) {
     });
 }
 
+void expectWithinTolerance(const std::vector<float>& a, const std::vector<float>& b) {
+    double exact = 0;
+    double magnitude = 0;
+    for (size_t i = 0; i < a.size(); i++) {
+        exact += static_cast<double>(a[i]) * b[i];
+        magnitude += std::fabs(static_cast<double>(a[i]) * b[i]);
+    }
+    float dp = 0;
+    ASSERT_EQ(vekStsNoErr, veksDotProd_G729A_32f(a.data(), b.data(), static_cast<int>(a.size()), &dp));
+    ASSERT_NEAR(exact, dp, magnitude / 1048576) << a.size();
+}
+
 TEST(VekDotProd, FloatFormIsWithinItsTolerance) {
-    atEveryLevel([] {
-        std::mt19937 random(13);
-        std::uniform_real_distribution<float> pick(-1000.0F, 1000.0F);
-        for (int n = 1; n <= 300; n++) {
-            std::vector<float> a(static_cast<size_t>(n));
-            std::vector<float> b(a.size());
-            double exact = 0;
-            double magnitude = 0;
-            for (size_t i = 0; i < a.size(); i++) {
-                a[i] = pick(random);
-                b[i] = pick(random);
-                exact += static_cast<double>(a[i]) * b[i];
-                magnitude += std::fabs(static_cast<double>(a[i]) * b[i]);
-            }
-            float dp = 0;
-            ASSERT_EQ(vekStsNoErr, veksDotProd_G729A_32f(a.data(), b.data(), n, &dp));
-            ASSERT_NEAR(exact, dp, magnitude / 1048576) << n;
+    std::mt19937 random(13);
+    std::uniform_real_distribution<float> pick(-1000.0F, 1000.0F);
+    for (size_t n = 1; n <= 300; n++) {
+        std::vector<float> a(n);
+        std::vector<float> b(n);
+        std::generate(a.begin(), a.end(), [&] { return pick(random); });
+        std::generate(b.begin(), b.end(), [&] { return pick(random); });
+        expectWithinTolerance(a, b);
+    }
+}
+
+// Roundings of equal products all go the same way.
+TEST(VekDotProd, FloatFormIsWithinItsToleranceAtAnyLength) {
+    for (const size_t n : {63U, 64U, 65U, 127U, 255U, 256U, 257U, 500U, 1000U, 4099U, 65536U}) {
+        for (const float value : {0.1F, 1.1F, 0.7F, 1000.3F}) {
+            expectWithinTolerance(std::vector<float>(n, value), std::vector<float>(n, 1.7F));
         }
-    });
+    }
 }
 
 TEST(VekAutoScale, TheLargestMagnitudeKeepsTheWantedSignBits) {

@@ -85,7 +85,7 @@ bool Tim7291pitch::makeData() {
     }
     SetData_Delay(lag.value(), frac.value(), pSrcDelay.m_16s);
     lagMin = static_cast<Vek16s>(lag.value());
-    lagMax = static_cast<Vek16s>(lag.value() + lagSpan);
+    lagMax = static_cast<Vek16s>(vkcSize(lag) + lagSpan);
     return true;
 }
 

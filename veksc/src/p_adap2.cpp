@@ -39,6 +39,7 @@ public:
     void parmsToOstrm() override { grid.toOstrm(); }
     void parmsToCstrm() override { grid.toCstrm(); }
     void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    virtual void setData();
 };
 
 bool TimAdap2::canStart() {
@@ -63,12 +64,21 @@ bool TimAdap2::canStart() {
 }
 
 bool TimAdap2::makeData() {
-    return pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) &&
-           pSrcImpulseResponse.createVector(subframeLength, setRand, -4096, 4096) &&
-           pSrcPrevExcitation.createVector(excitation, setRand, -4096, 4096) &&
-           pSrcPrevError.createVector(zones, setRand, 4, 300) &&
-           pSrcResidualTraget.createVector(subframeLength, setRand, -2048, 2048) &&
-           pDstFixedVector.createVector(subframeLength, setZero, 0, 0);
+    if (!pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) ||
+        !pSrcImpulseResponse.createVector(subframeLength, setRand, -4096, 4096) ||
+        !pSrcPrevExcitation.createVector(excitation, setRand, -4096, 4096) ||
+        !pSrcPrevError.createVector(zones, setRand, 4, 300) ||
+        !pSrcResidualTraget.createVector(subframeLength, setRand, -2048, 2048) ||
+        !pDstFixedVector.createVector(subframeLength, setZero, 0, 0)) {
+        return false;
+    }
+    setData();
+    return true;
+}
+
+// The response begins with its largest value.
+void TimAdap2::setData() {
+    pSrcImpulseResponse.m_16s[0] = 8192;
 }
 
 void TimAdap2::flushData() {

@@ -17,6 +17,8 @@ int dataSize;
 
 constexpr int subframeLength = 40;
 constexpr int responseLength = 80;
+// Elements before the response that the call takes.
+constexpr int before = 40;
 constexpr Vek16s valIntPitchLag = 30;
 constexpr Vek16s valBoundQAdptGain = 8192;
 
@@ -67,9 +69,11 @@ bool TimAfc::makeData() {
     return true;
 }
 
+// What each call finds: the response is restored from here.
 void TimAfc::setDataImpulse() {
-    veksZero_16s(pSrcDstImpulseResponse.m_16s, responseLength);
-    pSrcDstImpulseResponse.m_16s[0] = 4096;
+    Vek16s* const response = pTmp.m_16s + before;
+    veksZero_16s(response, responseLength - before);
+    response[0] = 4096;
 }
 
 void TimAfc::flushData() {
@@ -83,7 +87,7 @@ void TimAfc::flushData() {
 
 VK_REG_I(TimAfc, veksAlgebraicCodebookSearch_GSMAMR_16s,
          veksAlgebraicCodebookSearch_GSMAMR_16s(valIntPitchLag, valBoundQAdptGain, pSrcFixedTarget.m_16s,
-                                                pSrcLtpResidual.m_16s, pSrcDstImpulseResponse.m_16s + 40,
+                                                pSrcLtpResidual.m_16s, pSrcDstImpulseResponse.m_16s + before,
                                                 pDstFixedVector.m_16s, pDstFltFixedVector.m_16s, pDstEncPosSign.m_16s,
                                                 static_cast<Vek16s>(subFrame.value()), mode.value()),
          vkcRestore(pSrcDstImpulseResponse.m_16s, pTmp.m_16s, dataSize))

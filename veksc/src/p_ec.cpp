@@ -239,7 +239,7 @@ bool TimEC::filterData() {
 bool TimEC::toneData() {
     const int freq = sampleFreq[mode.value() != 0];
     int pSize = 0;
-    if (!pSignal.createVector(grid.room(len), setRand, -1, 1)) {
+    if (!pSignal.createVector(grid.room(len), setZero, 0, 0)) {
         return false;
     }
     if (m_fixed) {
@@ -252,7 +252,8 @@ bool TimEC::toneData() {
 
 bool TimEC::fullbandData() {
     // The far end's past lies before the pointer that the update takes.
-    const bool made = m_update ? pSrcRin.createVector(grid.room(tapLen) + grid.room(len) + 1, setRand, -1, 1) &&
+    const bool made = m_update ? tapLen.value() > 0 &&
+                                     pSrcRin.createVector(grid.room(tapLen) + grid.room(len) + 1, setRand, -1, 1) &&
                                      pSrcSin.createVector(grid.room(len), setRand, -1, 1) &&
                                      pDstStepSize.createVector(grid.room(len), setZero, 0, 0)
                                : pAdaptiveFilterErr.createVector(grid.room(len), setRand, -1, 1) &&
@@ -313,10 +314,10 @@ bool TimEC::processData() {
         veksSubbandProcessGetSize_32f(ftt_order, window_len, &pSize, &fft_size, &bufSize);
     }
     const int bytes = std::max(bufSize, numSubbands.value());
-    if (!pSignal.createVector(framesize, setRand, -1, 1) ||
+    if (!pSignal.createVector(m_fixed ? grid.room(len) : framesize, setRand, -1, 1) ||
         !pSubbands.createVector(std::max<long long>(grid.room(numSubbands), fft_size / 2 + 1), setRand, -1, 1) ||
         !pWindow.createVector(window_len, setZero, 0, 0) || !pInitBuf.createVector(bytes, setZero, 0, 0) ||
-        !pBuf.createVector(bytes, setZero, 0, 0)) {
+        !pBuf.createVector(bytes, m_fixed ? setRand : setZero, -1, 1)) {
         return false;
     }
     for (int n = 0; n < window_len; ++n) {

@@ -51,5 +51,5 @@ void TimINTWB::flushData() {
 } // namespace
 
 VK_REG(TimINTWB, veksInterpolateC_NR_16s,
-       veksInterpolateC_NR_16s(pSrc1.m_16s, val, scalefactor.value(), pSrc2.m_16s, val, 9 - scalefactor.value(),
-                               pDst.m_16s, len.value()))
+       veksInterpolateC_NR_16s(pSrc1.m_16s, val, scalefactor.value(), pSrc2.m_16s, val,
+                               static_cast<int>(9LL - scalefactor.value()), pDst.m_16s, len.value()))

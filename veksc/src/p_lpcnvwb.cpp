@@ -33,10 +33,10 @@ void SetValue_AMRWB(short value, short* data, int n) {
 }
 
 // Evenly spaced values: from zero up over the span, or from one half of it down to the other.
-void SetData_AMRWB(int span, short* data, int n) {
-    const int first = span < 0 ? -span / 2 : 0;
+void SetData_AMRWB(long long span, short* data, int n) {
+    const long long first = span < 0 ? -span / 2 : 0;
     for (int i = 0; i < n; ++i) {
-        data[i] = static_cast<short>(first + span * (i + 1) / (n + 1));
+        data[i] = static_cast<short>(first + span * (i + 1) / (n + 1LL));
     }
 }
 

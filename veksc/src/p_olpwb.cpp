@@ -1,6 +1,7 @@
 // Open-loop pitch of the wide-band codec, and of the extended one, whose lags follow its sampling rate.
 #include "vkc.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace nsTimOLPSWB {
@@ -47,8 +48,9 @@ bool TimOLPSWB::canStart() {
 bool TimOLPSWB::makeData() {
     adaptiveParam = 32767;
     toneFlag = 0;
-    return pSrcWgtSpch.createVector(371, setRand, -4096, 4096) &&
-           pSrcFltWgtSpch.createVector(243, setRand, -4096, 4096) &&
+    const long long read = history + vkcSize(len);
+    return pSrcWgtSpch.createVector(std::max(371LL, read), setRand, -4096, 4096) &&
+           pSrcFltWgtSpch.createVector(std::max(243LL, read), setRand, -4096, 4096) &&
            pSrcDstPrevPitchLag.createVector(lags, setValue, 40, 0) &&
            pSrcDstPrevPitchLagTst.createVector(lags, setValue, 40, 0);
 }

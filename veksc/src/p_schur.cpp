@@ -1,6 +1,8 @@
 // Schur recursion of GSM full rate.
 #include "vkc.h"
 
+#include <algorithm>
+
 namespace {
 
 vkVector pSrc1;
@@ -8,7 +10,8 @@ vkVector pDst;
 krStepIterator<int> lengthDst;
 vkcGrid grid;
 
-constexpr int autocorrelation = 16;
+// The autocorrelation of the longest recursion but for its last lag, as halves of 32-bit words, low ones first.
+constexpr Vek16s halves[] = {1754, 2064, 48, 1402, -50, 1172, 286, 944, -82, 698, 140, 486, 52, 240, 398, 116};
 
 class TimSchurGSMFR : public prTest {
 public:
@@ -35,7 +38,9 @@ bool TimSchurGSMFR::canStart() {
 }
 
 bool TimSchurGSMFR::makeData() {
-    if (!pSrc1.createVector(autocorrelation, setZero, 0, 0) || !pDst.createVector(lengthDst.value(), setZero, 0, 0)) {
+    // Lag 0 comes on top of the lags of the coefficients.
+    if (!pSrc1.createVector(vkcSize(lengthDst) + 1, setZero, 0, 0) ||
+        !pDst.createVector(lengthDst.value(), setZero, 0, 0)) {
         return false;
     }
     setData();
@@ -43,9 +48,7 @@ bool TimSchurGSMFR::makeData() {
 }
 
 void TimSchurGSMFR::setData() {
-    static constexpr Vek32s words[autocorrelation] = {1754, 2064, 48,  1402, -50, 1172, 286, 944,
-                                                      -82,  698,  140, 486,  52,  240,  398, 116};
-    std::memcpy(pSrc1.m_32s, words, sizeof words);
+    std::memcpy(pSrc1.m_32s, halves, std::min(sizeof halves, static_cast<std::size_t>(pSrc1.size())));
 }
 
 void TimSchurGSMFR::flushData() {

@@ -37,8 +37,9 @@ void vkcGrid::begin(std::initializer_list<krParameter*> parms) {
 
 long long vkcGrid::room(const krStepIterator<int>& parm) const {
     int size = parm.value();
+    // What is no size at all stays so, and no vector is made of it.
     for (const Fixed& fixed : m_fixed) {
-        if (fixed.parm == &parm) {
+        if (fixed.parm == &parm && size > 0) {
             size = std::max(size, fixed.size);
         }
     }
@@ -96,8 +97,10 @@ bool vkcRefuse(krTest& test) {
 }
 
 bool vkcFits(long long rows, long long bytes) {
-    const bool refused = rows < 1 || bytes < 1 || rows > INT_MAX / bytes;
-    return !refused || memError(rows < 1 || bytes < 1 ? 0 : INT_MAX);
+    if (rows < 1 || bytes < 1) {
+        return memError(0);
+    }
+    return (rows <= INT_MAX / bytes && krMemoryHolds(rows * bytes)) || memError(INT_MAX);
 }
 
 krString vkcUnit(int index) {

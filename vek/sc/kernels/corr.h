@@ -13,7 +13,7 @@ constexpr int kCorrPadding = 32;
 struct CorrKernels {
     // Exact sum of a[i] * b[i].
     int64_t (*dot16)(const int16_t* a, const int16_t* b, int n);
-    // The sum in single precision.
+    // The sum in single precision, within 2^-20 of the sum of magnitudes.
     float (*dot32f)(const float* a, const float* b, int n);
     // out[k] = sum of a[i] * b[i-k], i = k..n-1, modulo 2^32, for k = 0..lags-1 (lags <= n). Padding: see above.
     void (*corr32)(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out);

@@ -21,12 +21,21 @@ int64_t dot16(const int16_t* a, const int16_t* b, int n) {
     return s;
 }
 
-float dot32f(const float* a, const float* b, int n) {
-    float s = 0;
-    for (int i = 0; i < n; ++i) {
-        s += a[i] * b[i];
+constexpr int kBlock = 64;
+
+float dotOfBlock(const float* a, const float* b, int n) {
+    constexpr int kSums = 8;
+    float sums[kSums] = {};
+    int i = 0;
+    for (; i + kSums <= n; i += kSums) {
+        for (int k = 0; k < kSums; ++k) {
+            sums[k] += a[i + k] * b[i + k];
+        }
     }
-    return s;
+    for (int k = 0; i + k < n; ++k) {
+        sums[k] += a[i + k] * b[i + k];
+    }
+    return ((sums[0] + sums[1]) + (sums[2] + sums[3])) + ((sums[4] + sums[5]) + (sums[6] + sums[7]));
 }
 
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
@@ -64,26 +73,40 @@ int64_t dot16(const int16_t* a, const int16_t* b, int n) {
     return s;
 }
 
-float dot32f(const float* a, const float* b, int n) {
+constexpr int kBlock = 128;
+
+float dotOfBlock(const float* a, const float* b, int n) {
+    const auto products = [a, b](int i) { return _mm_mul_ps(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)); };
     __m128 s0 = _mm_setzero_ps();
-    __m128 s1 = _mm_setzero_ps();
+    __m128 s1 = s0;
+    __m128 s2 = s0;
+    __m128 s3 = s0;
     int i = 0;
-    for (; i + 8 <= n; i += 8) {
-        s0 = _mm_add_ps(s0, _mm_mul_ps(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
-        s1 = _mm_add_ps(s1, _mm_mul_ps(_mm_loadu_ps(a + i + 4), _mm_loadu_ps(b + i + 4)));
+    for (; i + 16 <= n; i += 16) {
+        s0 = _mm_add_ps(s0, products(i));
+        s1 = _mm_add_ps(s1, products(i + 4));
+        s2 = _mm_add_ps(s2, products(i + 8));
+        s3 = _mm_add_ps(s3, products(i + 12));
     }
-    s0 = _mm_add_ps(s0, s1);
     if (i + 4 <= n) {
-        s0 = _mm_add_ps(s0, _mm_mul_ps(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
+        s0 = _mm_add_ps(s0, products(i));
         i += 4;
     }
-    s0 = _mm_add_ps(s0, _mm_movehl_ps(s0, s0));
-    s0 = _mm_add_ss(s0, _mm_shuffle_ps(s0, s0, 1));
-    float s = _mm_cvtss_f32(s0);
-    for (; i < n; ++i) {
-        s += a[i] * b[i];
+    if (i + 4 <= n) {
+        s1 = _mm_add_ps(s1, products(i));
+        i += 4;
     }
-    return s;
+    if (i + 4 <= n) {
+        s2 = _mm_add_ps(s2, products(i));
+        i += 4;
+    }
+    float rest = 0;
+    for (; i < n; ++i) {
+        rest += a[i] * b[i];
+    }
+    __m128 s = _mm_add_ps(_mm_add_ps(s0, s1), _mm_add_ps(s2, s3));
+    s = _mm_add_ps(s, _mm_movehl_ps(s, s));
+    return _mm_cvtss_f32(_mm_add_ss(s, _mm_shuffle_ps(s, s, 1))) + rest;
 }
 
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
@@ -159,31 +182,45 @@ int64_t dot16(const int16_t* a, const int16_t* b, int n) {
     return s;
 }
 
-float dot32f(const float* a, const float* b, int n) {
+constexpr int kBlock = 256;
+
+float dotOfBlock(const float* a, const float* b, int n) {
+    const auto products = [a, b](int i) { return _mm256_mul_ps(_mm256_loadu_ps(a + i), _mm256_loadu_ps(b + i)); };
     __m256 s0 = _mm256_setzero_ps();
-    __m256 s1 = _mm256_setzero_ps();
+    __m256 s1 = s0;
+    __m256 s2 = s0;
+    __m256 s3 = s0;
     int i = 0;
-    for (; i + 16 <= n; i += 16) {
-        s0 = _mm256_add_ps(s0, _mm256_mul_ps(_mm256_loadu_ps(a + i), _mm256_loadu_ps(b + i)));
-        s1 = _mm256_add_ps(s1, _mm256_mul_ps(_mm256_loadu_ps(a + i + 8), _mm256_loadu_ps(b + i + 8)));
+    for (; i + 32 <= n; i += 32) {
+        s0 = _mm256_add_ps(s0, products(i));
+        s1 = _mm256_add_ps(s1, products(i + 8));
+        s2 = _mm256_add_ps(s2, products(i + 16));
+        s3 = _mm256_add_ps(s3, products(i + 24));
     }
     if (i + 8 <= n) {
-        s0 = _mm256_add_ps(s0, _mm256_mul_ps(_mm256_loadu_ps(a + i), _mm256_loadu_ps(b + i)));
+        s0 = _mm256_add_ps(s0, products(i));
         i += 8;
     }
-    s0 = _mm256_add_ps(s0, s1);
-    __m128 h = _mm_add_ps(_mm256_castps256_ps128(s0), _mm256_extractf128_ps(s0, 1));
+    if (i + 8 <= n) {
+        s1 = _mm256_add_ps(s1, products(i));
+        i += 8;
+    }
+    if (i + 8 <= n) {
+        s2 = _mm256_add_ps(s2, products(i));
+        i += 8;
+    }
+    const __m256 wide = _mm256_add_ps(_mm256_add_ps(s0, s1), _mm256_add_ps(s2, s3));
+    __m128 s = _mm_add_ps(_mm256_castps256_ps128(wide), _mm256_extractf128_ps(wide, 1));
     if (i + 4 <= n) {
-        h = _mm_add_ps(h, _mm_mul_ps(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
+        s = _mm_add_ps(s, _mm_mul_ps(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
         i += 4;
     }
-    h = _mm_add_ps(h, _mm_movehl_ps(h, h));
-    h = _mm_add_ss(h, _mm_shuffle_ps(h, h, 1));
-    float s = _mm_cvtss_f32(h);
+    float rest = 0;
     for (; i < n; ++i) {
-        s += a[i] * b[i];
+        rest += a[i] * b[i];
     }
-    return s;
+    s = _mm_add_ps(s, _mm_movehl_ps(s, s));
+    return _mm_cvtss_f32(_mm_add_ss(s, _mm_shuffle_ps(s, s, 1))) + rest;
 }
 
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
@@ -314,6 +351,19 @@ void unfold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_
     halfFold<forwards, backwards, backwards, forwards, false>(w, fresh + half - 1, w + last, old + half, dst, half);
     halfFold<forwards, forwards, backwards, backwards, true>(w + half, fresh, w + half - 1, old + last, dst + half,
                                                              half);
+}
+
+// A product goes through 15 roundings of a block at the most, each within 2^-24; sums of blocks keep what they have.
+float dot32f(const float* a, const float* b, int n) {
+    if (n <= kBlock) {
+        return dotOfBlock(a, b, n);
+    }
+    double sum = 0;
+    int i = 0;
+    for (; i + kBlock <= n; i += kBlock) {
+        sum += static_cast<double>(dotOfBlock(a + i, b + i, kBlock));
+    }
+    return static_cast<float>(sum + static_cast<double>(dotOfBlock(a + i, b + i, n - i)));
 }
 
 } // namespace
