@@ -2,6 +2,7 @@
 
 #include "fault.h"
 
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <fcntl.h>
@@ -12,7 +13,8 @@ namespace krlab {
 namespace {
 
 std::atomic<int> s_count{0};
-std::atomic<pid_t> s_group{0};
+// Rigs that run at once are few; a free place holds 0.
+std::array<std::atomic<pid_t>, 16> s_groups{};
 int s_pipe[2] = {-1, -1};
 
 void onSignal(int) {
@@ -20,10 +22,21 @@ void onSignal(int) {
         [[maybe_unused]] const ssize_t written = ::write(s_pipe[1], "!", 1);
         return;
     }
-    if (const pid_t group = s_group.load(); group > 0) {
-        ::kill(-group, SIGKILL);
+    for (const std::atomic<pid_t>& place : s_groups) {
+        if (const pid_t group = place.load(); group > 0) {
+            ::kill(-group, SIGKILL);
+        }
     }
     ::_exit(exitInterrupted);
+}
+
+void replaceGroup(pid_t from, pid_t to) {
+    for (std::atomic<pid_t>& place : s_groups) {
+        pid_t expected = from;
+        if (place.compare_exchange_strong(expected, to)) {
+            return;
+        }
+    }
 }
 
 } // namespace
@@ -47,7 +60,11 @@ bool interrupted() {
 }
 
 void guardGroup(pid_t group) {
-    s_group = group;
+    replaceGroup(0, group);
+}
+
+void releaseGroup(pid_t group) {
+    replaceGroup(group, 0);
 }
 
 int interruptDescriptor() {

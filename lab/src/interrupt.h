@@ -9,8 +9,9 @@ namespace krlab {
 void watchInterrupts();
 /// True from the first signal on.
 bool interrupted();
-/// The rig's process group that a second signal kills before the program ends; 0 for none.
+/// A rig's process group that a second signal kills before the program ends; until releaseGroup().
 void guardGroup(pid_t group);
+void releaseGroup(pid_t group);
 /// A descriptor that becomes readable with the first signal, for poll().
 int interruptDescriptor();
 /// As if a signal had come, for tests of what follows; `false` takes it back.

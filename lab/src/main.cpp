@@ -4,6 +4,8 @@
 int main(int argc, char** argv) {
     krlab::Program program;
     krlab::addRun(program);
+    krlab::addAb(program);
+    krlab::addCompare(program);
     krlab::addCheck(program);
     krlab::addReplay(program);
     krlab::addResume(program);

@@ -55,6 +55,8 @@ private:
 
 /// The commands; each stands in its own file.
 void addRun(Program& program);
+void addAb(Program& program);
+void addCompare(Program& program);
 void addCheck(Program& program);
 void addReplay(Program& program);
 void addResume(Program& program);

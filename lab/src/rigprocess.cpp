@@ -243,7 +243,7 @@ RigExit callRig(const RigCall& call) {
     }
     // Whatever the rig may have started itself goes with it.
     ::kill(-process, SIGKILL);
-    guardGroup(0);
+    releaseGroup(process);
     int status = 0;
     while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }

@@ -53,16 +53,20 @@ inline std::string scriptTest(const std::string& function, bool ended = true) {
 inline const std::string scriptHead = "printf %s " + shellQuoted(tableHead + tableHeading) + " >>$table\n";
 inline const std::string scriptEnd = "printf %s " + shellQuoted(consoleEnd) + "\n";
 
-/// The script finds in $table where the table belongs and in $keys its arguments. It answers -e with the tests f1, f2,
-/// f3.
+/// The script finds in $table where the table belongs and in $keys its arguments. It answers -e with the tests f1, f2
+/// and so on.
 class FakeRig {
 public:
-    explicit FakeRig(const std::string& script) {
+    explicit FakeRig(const std::string& script, int tests = 3) {
+        std::string list;
+        for (int i = 1; i <= tests; ++i) {
+            list += "   " + std::to_string(i) + "\\tf" + std::to_string(i) + "\\tTimX\\tp_x\\t\\n";
+        }
         m_directory.write("rig.sh", R"(#!/bin/bash
 keys="$*"
 for word in "$@"; do case $word in -r*) table=${word#-r} ;; -i*) ini=${word#-i} ;; esac; done
 case " $keys " in *" -e "*)
-    printf '   #\tFunction\tTest\tSource\t\n   1\tf1\tTimX\tp_x\t\n   2\tf2\tTimX\tp_x\t\n   3\tf3\tTimX\tp_x\t\n'
+    printf '   #\tFunction\tTest\tSource\t\n)" + list + R"('
     exit 0 ;;
 esac
 )" + script);

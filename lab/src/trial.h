@@ -1,0 +1,120 @@
+// How a verdict comes about while rounds come in: which lines are under suspicion, which are decided, which are to be
+// measured next. Pure: it is given figures and starts nothing.
+//
+// Suspicion and accusation rest on different rounds. A line whose readings so far hint at a change is put under
+// suspicion; from then on only rounds measured later count for it, and only a suspect can be found slower or faster.
+// The chance that a comparison of a subject with its own copy accuses any line at all is at most 1 - confidence:
+// - it is shared out over the looks that are taken at the growing data, in parts 1 / (k (k + 1)) (alpha spending: K. K.
+// G.
+//   Lan and D. L. DeMets, Biometrika 70, 1983), since lines are measured again until they are decided;
+// - and over the suspects by Holm's step-down (S. Holm, Scandinavian Journal of Statistics 6, 1979).
+// The interval of each line is that of Wilcoxon's signed-rank test on its paired differences (signedrank.h), drift
+// taken out (drift.h).
+#pragma once
+
+#include "drift.h"
+#include "figure.h"
+#include "verdict.h"
+
+#include <deque>
+#include <map>
+#include <vector>
+
+namespace krlab {
+
+struct TrialOptions {
+    double threshold = 0.03;
+    double confidence = 0.99;
+};
+
+class Trial {
+public:
+    explicit Trial(const TrialOptions& options) : m_options(options) {}
+
+    /// Takes a round: one pass of each subject, measured beside each other.
+    void addRound(const std::vector<Figure>& older, const std::vector<Figure>& newer);
+    int rounds() const { return static_cast<int>(m_rounds.size()); }
+
+    /// Judges all lines that are not decided, and puts lines under suspicion as long as the rounds that are still to
+    /// come suffice to accuse them. Each look costs some of the confidence: look when it is due, and once at the end.
+    void look(int roundsLeft);
+    /// True if enough rounds came since the last look for another to be worth its price.
+    bool lookDue() const;
+
+    /// The lines to measure next: all that are not decided, and decided ones beside them, so that there are at least
+    /// `least` lines that tell the drift. Empty if all are decided. Lines that one side never had are not asked for
+    /// again.
+    std::vector<Line> wanted(size_t least) const;
+    /// Lines that were not decided at the last look.
+    size_t undecided() const;
+    size_t suspects() const;
+
+    /// Lines with figures on both sides, as judged at the last look.
+    std::vector<LineVerdict> verdicts() const;
+    /// Lines that have figures on this side alone.
+    std::vector<Line> onlyOn(Side side) const;
+    /// What moved all lines alike, from the rounds that measured all lines. It is taken out of the ratios unless it is
+    /// real: then the new subject as a whole is slower or faster, and the ratios hold that.
+    const CommonShift& common() const { return m_common; }
+    /// False if there are too few functions to tell the machine's drift: then nothing is taken out.
+    bool tellsDrift() const;
+
+private:
+    // Lines that came under suspicion at the same look: they share a part of the confidence and start with fresh
+    // rounds.
+    struct Group {
+        size_t since = 0; ///< first round that counts
+        int looks = 0;    ///< taken so far
+        int nextLook = 0; ///< rounds that the next one needs
+        double share = 0; ///< of 1 - confidence
+        size_t accused = 0;
+        size_t size = 0;
+    };
+    struct State {
+        LineVerdict result;
+        size_t function = 0;
+        int group = -1; ///< index into m_groups; -1 if never suspected
+        bool paired = false;
+        bool seen[2] = {false, false};
+        bool decided() const { return result.verdict != Verdict::undecided; }
+    };
+    // The differences of each line over some rounds, and what is known of their common level.
+    struct Evidence {
+        std::vector<std::vector<double>> differences;
+        double level = 0;    ///< a real common shift, which the drift took out, to be put back
+        double levelLow = 0; ///< how far the level itself may be off
+        double levelHigh = 0;
+    };
+
+    // A line that may have changed.
+    struct Candidate {
+        double weight; ///< how far it is off, in widths of its interval
+        size_t line;
+    };
+
+    size_t indexOf(const Line& line);
+    void addSide(const std::vector<Figure>& figures, Side side, Round& round);
+    std::vector<LineRole> roles() const;
+    static bool enoughControls(const std::vector<LineRole>& roles);
+    void updateCommon();
+    double error(int looks) const;
+    Evidence evidenceSince(size_t round) const;
+    double clocksOf(size_t line, Side side) const;
+    LineVerdict resultOf(size_t line, const Evidence& evidence, const WalshAverages& averages, double tail) const;
+    std::vector<Candidate> judgeUnsuspected(const Evidence& evidence);
+    void judgeGroup(int number);
+    void accuse(Group& group, int number, const Evidence& evidence, const std::vector<WalshAverages>& averages);
+    void suspect(std::vector<Candidate> candidates, int roundsLeft);
+
+    TrialOptions m_options;
+    std::map<Line, size_t> m_index;
+    std::map<std::string, size_t> m_functions;
+    std::vector<State> m_lines;
+    std::deque<Round> m_rounds;
+    std::vector<Group> m_groups;
+    CommonShift m_common;
+    int m_looks = 0;
+    int m_nextLook = 0;
+};
+
+} // namespace krlab

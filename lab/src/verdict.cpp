@@ -1,0 +1,121 @@
+#include "verdict.h"
+
+#include "fault.h"
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace krlab {
+
+namespace {
+
+nlohmann::json lineJson(const Line& line) {
+    nlohmann::json parameters = nlohmann::json::object();
+    for (const Parameter& parameter : line.parameters) {
+        parameters[parameter.name] = parameter.value;
+    }
+    return {{"function", line.function}, {"parameters", parameters}, {"family", familyOf(line.function)}};
+}
+
+nlohmann::json lineJson(const LineVerdict& verdict) {
+    nlohmann::json json = lineJson(verdict.line);
+    json["old"] = verdict.older;
+    json["new"] = verdict.newer;
+    json["ratio"] = verdict.ratio;
+    const bool known = std::isfinite(verdict.high);
+    json["low"] = known ? nlohmann::json(verdict.low) : nlohmann::json();
+    json["high"] = known ? nlohmann::json(verdict.high) : nlohmann::json();
+    json["passes"] = verdict.passes;
+    json["verdict"] = verdictText(verdict.verdict);
+    return json;
+}
+
+nlohmann::json listJson(const std::vector<Line>& lines) {
+    nlohmann::json json = nlohmann::json::array();
+    for (const Line& line : lines) {
+        json.push_back(lineJson(line));
+    }
+    return json;
+}
+
+} // namespace
+
+const char* verdictText(Verdict verdict) {
+    switch (verdict) {
+    case Verdict::slower:
+        return "slower";
+    case Verdict::faster:
+        return "faster";
+    case Verdict::same:
+        return "same";
+    case Verdict::undecided:
+        break;
+    }
+    return "undecided";
+}
+
+Verdict judge(double ratio, double low, double high, double threshold) {
+    const double most = 1 + threshold;
+    if (low > 1 && ratio > most) {
+        return Verdict::slower;
+    }
+    if (high < 1 && ratio < 1 / most) {
+        return Verdict::faster;
+    }
+    return low >= 1 / most && high <= most ? Verdict::same : Verdict::undecided;
+}
+
+VerdictCounts countVerdicts(const std::vector<LineVerdict>& lines) {
+    VerdictCounts counts;
+    counts.lines = lines.size();
+    double sum = 0;
+    for (const LineVerdict& line : lines) {
+        counts.slower += line.verdict == Verdict::slower;
+        counts.faster += line.verdict == Verdict::faster;
+        counts.same += line.verdict == Verdict::same;
+        counts.undecided += line.verdict == Verdict::undecided;
+        sum += std::log(line.ratio);
+    }
+    counts.geometricMean = lines.empty() ? 1.0 : std::exp(sum / static_cast<double>(lines.size()));
+    return counts;
+}
+
+nlohmann::json toJson(const VerdictReport& report) {
+    const VerdictCounts counts = countVerdicts(report.lines);
+    nlohmann::json lines = nlohmann::json::array();
+    for (const LineVerdict& line : report.lines) {
+        lines.push_back(lineJson(line));
+    }
+    return {{"schema", "krlab-verdict-1"},
+            {"old", toJson(report.older)},
+            {"new", toJson(report.newer)},
+            {"threshold", report.threshold},
+            {"confidence", report.confidence},
+            {"lines", lines},
+            {"only_old", listJson(report.onlyOld)},
+            {"only_new", listJson(report.onlyNew)},
+            {"rounds", report.rounds},
+            {"common", {{"ratio", report.commonRatio}, {"removed", report.commonRemoved}}},
+            {"remarks", report.remarks},
+            {"summary",
+             {{"lines", counts.lines},
+              {"slower", counts.slower},
+              {"faster", counts.faster},
+              {"same", counts.same},
+              {"undecided", counts.undecided},
+              {"geometric_mean", counts.geometricMean}}}};
+}
+
+int exitStatus(const VerdictReport& report, bool strict) {
+    const VerdictCounts counts = countVerdicts(report.lines);
+    if (report.incomplete || !report.onlyOld.empty()) {
+        return exitFailed;
+    }
+    if (counts.slower > 0) {
+        return exitWorse;
+    }
+    return strict && counts.undecided > 0 ? exitUndecided : exitGood;
+}
+
+} // namespace krlab
