@@ -24,12 +24,15 @@ constexpr double sweepShare = 0.35;
 // steps of the counter are below 1 % of the shortest calls that do any work.
 constexpr int leastLoops = 16;
 constexpr int mostLoops = 1024;
-constexpr double readingsPerLoop = 13; // 1 + 3 * 4
+constexpr double loopGrowth = 4;
+constexpr double readingsPerLoop = 1 + 3 * loopGrowth;
 // As long as a rig needs to learn the counter's rate, another one may measure at no cost.
 constexpr double measuringSeconds = 1.5;
+// A longer reading would rarely get by without an interruption on a machine that others use as well.
+constexpr double longestReading = 0.0005;
 
 // Lines measured in each pass, so that the machine's drift is known where only a few lines are left to decide.
-constexpr size_t drivenLines = 150;
+constexpr size_t leastLines = 150;
 
 // A test in which this many processes have died is not started again.
 constexpr int mostDeaths = 2;
@@ -114,7 +117,7 @@ std::vector<Line> AbRun::lines() const {
     if (!m_swept && dead.empty()) {
         return {};
     }
-    std::vector<Line> lines = m_trial.wanted(drivenLines);
+    std::vector<Line> lines = m_trial.wanted(leastLines);
     std::erase_if(lines, [&](const Line& line) { return dead.count(line.function) != 0; });
     return lines;
 }
@@ -206,14 +209,19 @@ void AbRun::closeRound(Rounds& round) {
     lookIfDue();
 }
 
-// As many loops as fit into the time that a pass may measure: the fewer lines are left, the better their readings.
+// As many loops as fit into the time that a pass and its longest reading may take: the fewer and shorter the lines that
+// are left, the better their readings.
 void AbRun::tune(const std::vector<Figure>& figures) {
-    double clocks = 0;
+    double all = 0;
+    double longest = 0;
     for (const Figure& figure : figures) {
-        clocks += figure.clocks;
+        all += figure.clocks;
+        longest = std::max(longest, figure.clocks);
     }
     const double rate = m_identity[sideNew]->machine.counterMHz * 1e6;
-    const double loops = clocks > 0 && rate > 0 ? measuringSeconds * rate / (readingsPerLoop * clocks) : 0;
+    const double loops = all > 0 ? std::min(measuringSeconds * rate / (readingsPerLoop * all),
+                                            longestReading * rate / (loopGrowth * longest))
+                                 : 0;
     m_loops = std::clamp(static_cast<int>(std::min<double>(loops, mostLoops)), leastLoops, mostLoops);
 }
 

@@ -87,7 +87,7 @@ void addAb(Program& program) {
     command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
     command.add_option("--time", options->time, "time for all rounds")->capture_default_str();
     command.add_option("--confidence", options->confidence, "that no line is accused wrongly")->capture_default_str();
-    command.add_option("--time-limit", options->timeLimit, "time after which a pass is ended")->capture_default_str();
+    command.add_option("--limit", options->timeLimit, "time after which a pass is ended")->capture_default_str();
     command.add_option("--store", options->store, "file that keeps the passes, none for no file")
         ->capture_default_str();
     command.add_option("--label", options->label, "commit or other name under which the passes are kept");
