@@ -117,9 +117,11 @@ TEST(G723SuiteData, TheResponseOfTheSearchesBeginsWithItsLargestValue) {
 TEST(G723SuiteData, RecursionDoesTheSameWorkInEachCall) {
     SuiteLine line("veksLevinsonDurbin_G723_16s");
     ASSERT_TRUE(line.ready());
+    line.restore();
     ASSERT_EQ(line.call(), 0);
     const Values first = line.values(1);
     for (int call = 0; call < 8; ++call) {
+        line.restore();
         ASSERT_EQ(line.call(), 0);
     }
     EXPECT_EQ(line.values(1), first);

@@ -60,5 +60,5 @@ void TimLPCLevinsonDurbin723::flushData() {
 
 // The energy goes in through the same word that the error comes out of: left to itself it would fall from call to call
 // until the recursion breaks off at its first step.
-VK_REG(TimLPCLevinsonDurbin723, veksLevinsonDurbin_G723_16s,
-       (pErr = energy, veksLevinsonDurbin_G723_16s(pSrc.m_16s, &Pk2, &pErr, pLPC.m_16s)))
+VK_REG_I(TimLPCLevinsonDurbin723, veksLevinsonDurbin_G723_16s,
+         veksLevinsonDurbin_G723_16s(pSrc.m_16s, &Pk2, &pErr, pLPC.m_16s), pErr = energy)
