@@ -1,24 +1,24 @@
 # For ./test --affected: from the files that differ from a commit to the rooms whose tests can see them, and from rooms
 # to what each of the two builds has to build for that. Files that are not known to matter to some rooms only take all.
 
-all_rooms="api lib vek suites cli oracle"
-[ -d "$top/lab" ] && all_rooms="$all_rooms lab"
+all_rooms="api lib vek suites cli own oracle lab"
 
 kr_rooms_of() { # file: the rooms that can see it
-    local program=cli
-    [ -d "$top/lab" ] && program="cli lab"
     case $1 in
+    docs/library.md) echo vek ;;
+    tests/own/* | tools/* | docs/own-functions.md | README.md) echo own ;;
     docs/* | bench/* | *.md | tests/fuzz/* | tests/mutants/* | .clang-tidy | .gitignore) ;;
     tests/api/*) echo api ;;
     tests/lib/*) echo lib ;;
     tests/vek/*) echo vek ;;
     tests/suites/*) echo suites ;;
     tests/oracle/*) echo oracle ;;
+    tests/cli/rig_process.*) echo cli own ;;
     tests/cli/* | tests/fault/*) echo cli ;;
     tests/lab/* | lab/*) echo lab ;;
-    api/src/*) echo api lib suites "$program" ;;
-    api/lib/*) echo lib suites "$program" ;;
-    veksc/src/*) echo suites "$program" ;;
+    api/src/*) echo api lib suites cli own lab ;;
+    api/lib/*) echo lib suites cli own lab ;;
+    veksc/src/*) echo suites cli lab ;;
     vek/sc/* | vek/s/*) echo vek oracle suites ;;
     *) echo "$all_rooms" ;;
     esac
@@ -29,8 +29,9 @@ kr_targets_of() { # build room
     test:api) echo kr_clock_tests ;;
     asan:api) echo kr_tests ;;
     asan:lib) echo vk_tests ;;
+    asan:lab) echo lab_tests ;;
     asan:suites) echo suite_tests ;;
-    test:vek | test:oracle | test:cli | test:lab) echo "$2_tests" ;;
+    test:vek | test:oracle | test:cli | test:own) echo "$2_tests" ;;
     asan:vek | asan:oracle) echo veksc ;;
     asan:cli) echo kelvarrig faultrig ;;
     esac

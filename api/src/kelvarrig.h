@@ -66,16 +66,23 @@ private:
     std::vector<int> m_list;
 };
 
+class Size;
+
+namespace detail {
+/// A callable without arguments that returns int, and is not a count already.
+template <class F>
+concept Counting = std::is_invocable_r_v<int, const F&> && !std::is_convertible_v<F, int> &&
+                   !std::same_as<std::remove_cvref_t<F>, Size>;
+} // namespace detail
+
 /// A count that may hang on parameters: 160, `len`, `len + 10`, `2 * len * lags`, or a callable without arguments that
 /// returns int. It is computed anew for each line.
 class Size {
 public:
     Size(int fixed);   // NOLINT(google-explicit-constructor): a number is a size
     Size(Param& parm); // NOLINT(google-explicit-constructor): so is a parameter
-    template <class F>
-    requires std::is_invocable_r_v<int, const F&> &&
-        (!std::is_convertible_v<F, int>)&&(!std::same_as<std::remove_cvref_t<F>, Size>)Size(F compute)
-        : m_value(std::move(compute)) {} // NOLINT(google-explicit-constructor)
+    template <detail::Counting F>
+    Size(F compute) : m_value(std::move(compute)) {} // NOLINT(google-explicit-constructor)
 
     int value() const { return m_value(); }
     /// The parameters that it is known to hang on, in order of appearance.
@@ -162,7 +169,8 @@ public:
     /// Elements of the present line.
     int count() const { return m_bytes / m_elementBytes; }
     const Size& size() const { return m_size; }
-    /// Memory of the line's size, filled; false, and told, if there is none or the size is below 1.
+    /// Memory of the line's size, filled; false, and told, if there is none or the size is below 1: the test ends as a
+    /// data error.
     bool create();
     void release();
     void* memory() const { return m_memory; }
@@ -305,10 +313,10 @@ public:
     Measure& over(P&... params) {
         return grid({&params...});
     }
-    /// Elements that one call handles, and the word for one: the table shows clocks per element.
-    Measure& elements(Size count, const char* unit = "e");
+    /// Elements that one call handles, at least 1, and the word for one: the table shows clocks per element.
+    Measure& elements(const Size& count, const char* unit = "e");
     /// Floating-point operations of one call: the table shows MFlops.
-    Measure& flops(Size count);
+    Measure& flops(const Size& count);
     /// Runs before the first call of each line, outside the measured stretch, when parameters and vectors stand; it may
     /// return bool, and a line for which it returns false is left out.
     template <class F>

@@ -135,12 +135,12 @@ Measure& Measure::before(std::function<bool()> prepare) {
     return *this;
 }
 
-Measure& Measure::elements(Size count, const char* unit) {
+Measure& Measure::elements(const Size& count, const char* unit) {
     m_test->setElements(count, unit);
     return *this;
 }
 
-Measure& Measure::flops(Size count) {
+Measure& Measure::flops(const Size& count) {
     m_test->setFlops(count);
     return *this;
 }
@@ -248,10 +248,11 @@ bool krOwnTest::canStart() {
 
 bool krOwnTest::initData() {
     return contained([this] {
-        for (kr::Data* vector : m_data) {
-            if (!vector->create()) {
-                return false;
-            }
+        const bool made = std::all_of(m_data.begin(), m_data.end(), [](kr::Data* vector) { return vector->create(); });
+        if (!made || m_elements.value() < 1) {
+            putTextError(krDataFail);
+            raiseResult(krDataFail);
+            return false;
         }
         m_ready = true;
         if (m_setup && !m_setup()) {

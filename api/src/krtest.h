@@ -108,8 +108,8 @@ public:
     static void printCtrlStatus(bool bad87, bool badSSX);
     static void clearCtrlStatus();
     krResult checkCtrlStatus();
-    /// Tells a status that is not 0, and makes a failure of a negative one and a warning of a positive one, also for the
-    /// test in work. A blank name is left out.
+    /// Tells a status that is not 0, and makes a failure of a negative one and a warning of a positive one, also for
+    /// the test in work. A blank name is left out.
     static krResult reportStatus(int status, const krString& name);
     static void raiseResult(krResult result) { m_currentResult = krWorst(m_currentResult, result); }
 

@@ -53,8 +53,8 @@ struct VerdictReport {
     std::vector<Line> onlyNew;
     /// What moved all lines alike: the ratio new / old.
     double commonRatio = 1;
-    bool commonReal = false;    ///< the rounds tell it from the machine's drift
-    bool commonRemoved = false; ///< it was taken out of the lines' ratios
+    bool commonReal = false;          ///< the rounds tell it from the machine's drift
+    bool commonRemoved = false;       ///< it was taken out of the lines' ratios
     int rounds = 0;                   ///< of `ab`; 0 for `compare`
     bool incomplete = false;          ///< lines that should have been measured are missing
     std::vector<std::string> remarks; ///< what the reader must know: a line each

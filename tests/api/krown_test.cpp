@@ -382,14 +382,23 @@ TEST_F(KrOwn, VectorsFollowTheAlignmentSettings) {
     EXPECT_EQ(0U, where % 64);
 }
 
-TEST_F(KrOwn, ASizeBelowOneIsToldAndItsLineLeftOut) {
-    kr::Param len("len", {-3, 0, 2});
+TEST_F(KrOwn, ASizeBelowOneEndsTheTestAsADataErrorAndKeepsTheLinesBefore) {
+    kr::Param len("len", {2, -3, 4});
     kr::Vector<short> data(len);
     kr::measure<look>("look", data, len);
-    EXPECT_EQ(krOk, run());
-    EXPECT_TRUE(told("-- Memory error: can't allocate -6 bytes\n")) << text;
-    EXPECT_TRUE(told("-- Memory error: can't allocate 0 bytes\n")) << text;
+    EXPECT_EQ(krDataFail, run());
+    EXPECT_TRUE(told("-- Memory error: can't allocate -6 bytes\n-- test data error on test parameters:\nlen=-3 \n"))
+        << text;
     EXPECT_EQ(2U, s_seen.size());
+    EXPECT_EQ(0U, rows.find("look,-,-,2,")) << rows;
+}
+
+TEST_F(KrOwn, ALineWithoutElementsIsADataError) {
+    kr::Param len("len", {0});
+    kr::measure<noteArgument>("none", len).elements(len);
+    EXPECT_EQ(krDataFail, run());
+    EXPECT_TRUE(told("-- test data error on test parameters:\nlen=0 \n")) << text;
+    EXPECT_EQ("", s_log);
 }
 
 TEST_F(KrOwn, ASizeThatNoMemoryHoldsIsToldAndFailsNothingElse) {

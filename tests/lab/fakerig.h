@@ -66,7 +66,8 @@ public:
 keys="$*"
 for word in "$@"; do case $word in -r*) table=${word#-r} ;; -i*) ini=${word#-i} ;; esac; done
 case " $keys " in *" -e "*)
-    printf '   #\tFunction\tTest\tSource\t\n)" + list + R"('
+    printf '   #\tFunction\tTest\tSource\t\n)" +
+                                        list + R"('
     exit 0 ;;
 esac
 )" + script);

@@ -378,6 +378,6 @@ TEST(AmrWbGainDecodeOracle, HasTheSameGainsAndEnergiesInLostFramesToo) {
 } // namespace
 #else
 TEST(AmrWbOracle, NeedsAnIndependentCodec) {
-    GTEST_SKIP() << "vo-amrwbenc and opencore-amrwb are not installed";
+    GTEST_SKIP() << "libvo-amrwbenc-dev and libopencore-amrwb-dev are not installed";
 }
 #endif

@@ -61,7 +61,7 @@ TEST(AmrWbeOracle, TransformsOfAllLengthsAreWithinARoundingOfTheTransformPackage
         fftw_free(time);
     }
 #else
-    GTEST_SKIP() << "fftw3 is not installed";
+    GTEST_SKIP() << "libfftw3-dev is not installed";
 #endif
 }
 

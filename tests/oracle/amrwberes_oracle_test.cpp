@@ -85,7 +85,7 @@ TEST(AmrWbeResampleOracle, RatesOfSmallRatioDifferFromTheOpenResamplerBy60DbLess
             << factor;
     }
 #else
-    GTEST_SKIP() << "speexdsp is not installed";
+    GTEST_SKIP() << "libspeexdsp-dev is not installed";
 #endif
 }
 

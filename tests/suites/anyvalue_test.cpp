@@ -149,9 +149,11 @@ std::vector<Values> runsOf(krTest& test) {
     std::map<std::string, std::vector<std::string>> values;
     for (const std::string& name : names) {
         const auto own = grid.find(name);
-        values[name] = valuesFor(own == grid.end() ? std::set<std::string>() : own->second, sizes);
-        for (const std::string& value : values[name]) {
-            runs.push_back({name + "=" + value});
+        for (const std::string& value : valuesFor(own == grid.end() ? std::set<std::string>() : own->second, sizes)) {
+            std::string given = name + "=";
+            given += value;
+            values[name].push_back(given);
+            runs.push_back({given});
         }
     }
     std::mt19937 random(20201);
@@ -161,7 +163,7 @@ std::vector<Values> runsOf(krTest& test) {
         Values run;
         for (const std::size_t place : {first, second}) {
             const std::vector<std::string>& choice = values[names[place]];
-            run.push_back(names[place] + "=" + choice[random() % choice.size()]);
+            run.push_back(choice[random() % choice.size()]);
         }
         runs.push_back(run);
     }

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "vekcore.h"
 
@@ -56,22 +56,24 @@ class Chooser : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override { run().choose(); }
 };
 
-inline bool anyLeft() {
+/// Names of the tests that ran and need another run, as a filter takes them.
+inline std::string left(const std::set<std::string>& single) {
     const testing::UnitTest& all = *testing::UnitTest::GetInstance();
+    std::string names;
     for (int s = 0; s < all.total_test_suite_count(); ++s) {
         const testing::TestSuite& suite = *all.GetTestSuite(s);
-        for (int t = 0; t < suite.total_test_count(); ++t) {
+        for (int t = 0; single.count(suite.name()) == 0 && t < suite.total_test_count(); ++t) {
             const testing::TestInfo& test = *suite.GetTestInfo(t);
             if (test.should_run() && run().done.count(nameOf(test)) == 0) {
-                return true;
+                names += nameOf(test) + ":";
             }
         }
     }
-    return false;
+    return names;
 }
 
-/// The main function of a test program. `single` are patterns of tests that use no kernel and take their time.
-inline int runTests(int argc, char** argv, const std::vector<std::string>& single) {
+/// The main function of a test program. `single` are test suites that use no kernel and take their time.
+inline int runTests(int argc, char** argv, const std::set<std::string>& single) {
     testing::InitGoogleTest(&argc, argv);
     if (testing::GTEST_FLAG(list_tests)) {
         return RUN_ALL_TESTS();
@@ -80,23 +82,16 @@ inline int runTests(int argc, char** argv, const std::vector<std::string>& singl
     vekInit();
     const int best = vekGetKernelLevel();
     int result = RUN_ALL_TESTS();
-    std::string filter = testing::GTEST_FLAG(filter);
-    filter += filter.find('-') == std::string::npos ? "-" : ":";
-    for (const std::string& pattern : single) {
-        filter += pattern + ":";
-    }
-    for (const std::string& test : run().done) {
-        filter += test + ":";
-    }
+    const std::string again = left(single);
+    // What another shard runs is not among them.
+    unsetenv("GTEST_TOTAL_SHARDS");
+    unsetenv("GTEST_SHARD_INDEX");
     run().best = false;
     for (const VekCpuType cpu : {vekCpuV5, vekCpuUnknown}) {
-        if (!anyLeft()) {
-            break;
-        }
-        if (vekInitCpu(cpu) == vekStsNoErr && vekGetKernelLevel() < best) {
-            std::printf("Kernel level %d:\n", vekGetKernelLevel());
+        if (!again.empty() && vekInitCpu(cpu) == vekStsNoErr && vekGetKernelLevel() < best) {
+            std::printf("Note: kernel level %d\n", vekGetKernelLevel());
             run().cpu = cpu;
-            testing::GTEST_FLAG(filter) = filter;
+            testing::GTEST_FLAG(filter) = again;
             result = RUN_ALL_TESTS() != 0 ? 1 : result;
         }
     }

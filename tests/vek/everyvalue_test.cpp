@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "kernellevels.h"
 #include "veksc.h"
 
 namespace {
@@ -128,23 +129,25 @@ TEST(VekEveryValue, OfTheNoiseSeedGivesTheSumOfItsTwelveNumbers) {
 }
 
 TEST(VekEveryValue, IsScaledToTheSignBitsAskedFor) {
-    for (int kept = 0; kept < 16; ++kept) {
-        for (int x = kLeast; x <= kMost; ++x) {
-            const int redundant = 15 - std::bit_width(static_cast<unsigned>(x < 0 ? ~x : x));
-            const int shift = x == 0 ? 0 : redundant - kept;
-            const double want = std::floor(std::ldexp(x, shift));
-            Vek16s in = static_cast<Vek16s>(x);
-            Vek16s out = 0;
-            int scale = kept;
-            int scaleInPlace = kept;
-            ASSERT_EQ(vekStsNoErr, veksAutoScale_16s(&in, &out, 1, &scale));
-            ASSERT_EQ(vekStsNoErr, veksAutoScale_16s_I(&in, 1, &scaleInPlace));
-            ASSERT_EQ(shift, scale) << x << " keeps " << kept;
-            ASSERT_EQ(shift, scaleInPlace) << x << " keeps " << kept;
-            ASSERT_EQ(want, out) << x << " keeps " << kept;
-            ASSERT_EQ(out, in) << x << " keeps " << kept;
+    kernellevels::atEveryLevel([] {
+        for (int kept = 0; kept < 16; ++kept) {
+            for (int x = kLeast; x <= kMost; ++x) {
+                const int redundant = 15 - std::bit_width(static_cast<unsigned>(x < 0 ? ~x : x));
+                const int shift = x == 0 ? 0 : redundant - kept;
+                const double want = std::floor(std::ldexp(x, shift));
+                Vek16s in = static_cast<Vek16s>(x);
+                Vek16s out = 0;
+                int scale = kept;
+                int scaleInPlace = kept;
+                ASSERT_EQ(vekStsNoErr, veksAutoScale_16s(&in, &out, 1, &scale));
+                ASSERT_EQ(vekStsNoErr, veksAutoScale_16s_I(&in, 1, &scaleInPlace));
+                ASSERT_EQ(shift, scale) << x << " keeps " << kept;
+                ASSERT_EQ(shift, scaleInPlace) << x << " keeps " << kept;
+                ASSERT_EQ(want, out) << x << " keeps " << kept;
+                ASSERT_EQ(out, in) << x << " keeps " << kept;
+            }
         }
-    }
+    });
 }
 
 } // namespace

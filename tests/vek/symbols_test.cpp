@@ -129,18 +129,73 @@ TEST(VekSymbols, LargeCodebooksAreNotMadeAtLoad) {
     }
 }
 
-TEST(VekSymbols, EachSpeechFunctionHasItsRowInTheCoverageTable) {
+std::string coverageTables() {
     std::string tables;
     for (const auto& entry : fs::directory_iterator(fs::path(VEK_INCLUDE_DIR) / "../../docs")) {
         if (entry.path().filename().string().rfind("library", 0) == 0) {
             tables += textOf(entry.path());
         }
     }
+    return tables;
+}
+
+TEST(VekSymbols, EachSpeechFunctionHasItsRowInTheCoverageTable) {
+    const std::string tables = coverageTables();
     std::string missing;
     for (const std::string& name : declared(ofSpeech)) {
         missing += holdsWord(tables, name) || name == "vekscGetLibVersion" ? "" : name + " ";
     }
     EXPECT_EQ("", missing);
+}
+
+TEST(VekSymbols, EachRowOfTheCoverageTableTellsHowItIsVerified) {
+    std::istringstream lines(coverageTables());
+    std::string line;
+    int rows = 0;
+    while (std::getline(lines, line)) {
+        if (line.rfind("| `veks", 0) == 0) {
+            ++rows;
+            EXPECT_TRUE(line.find("**exact**") != std::string::npos ||
+                        line.find("**reference**") != std::string::npos ||
+                        line.find("**property**") != std::string::npos)
+                << line;
+        }
+    }
+    EXPECT_GT(rows, 100);
+}
+
+bool holdsPackage(const std::string& command, const std::string& name) {
+    std::istringstream words(command);
+    std::string word;
+    while (words >> word) {
+        if (word == name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// A test that is skipped names its packages, and the test command installs them.
+TEST(VekSymbols, TheTestCommandWantsThePackagesOfEverySkippedTest) {
+    const fs::path top = fs::path(VEK_INCLUDE_DIR) / "../..";
+    const std::string command = textOf(top / "test");
+    int packages = 0;
+    for (const auto& entry : fs::directory_iterator(top / "tests/oracle")) {
+        const std::string text = textOf(entry.path());
+        for (size_t end = text.find(" not installed"); end != std::string::npos;
+             end = text.find(" not installed", end + 1)) {
+            const size_t begin = text.rfind('"', end) + 1;
+            std::istringstream words(text.substr(begin, end - begin));
+            std::string word;
+            while (words >> word) {
+                if (word != "is" && word != "and" && word != "are") {
+                    EXPECT_TRUE(holdsPackage(command, word)) << entry.path() << ": " << word;
+                    ++packages;
+                }
+            }
+        }
+    }
+    EXPECT_GT(packages, 10);
 }
 
 } // namespace

@@ -314,7 +314,7 @@ bool TimEC::processData() {
         veksSubbandProcessGetSize_32f(ftt_order, window_len, &pSize, &fft_size, &bufSize);
     }
     const int bytes = std::max(bufSize, numSubbands.value());
-    if (!pSignal.createVector(framesize, setRand, -1, 1) ||
+    if (!pSignal.createVector(m_fixed ? grid.room(len) : framesize, setRand, -1, 1) ||
         !pSubbands.createVector(std::max<long long>(grid.room(numSubbands), fft_size / 2 + 1), setRand, -1, 1) ||
         !pWindow.createVector(window_len, setZero, 0, 0) || !pInitBuf.createVector(bytes, setZero, 0, 0) ||
         !pBuf.createVector(bytes, m_fixed ? setRand : setZero, -1, 1)) {

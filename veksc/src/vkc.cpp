@@ -37,8 +37,9 @@ void vkcGrid::begin(std::initializer_list<krParameter*> parms) {
 
 long long vkcGrid::room(const krStepIterator<int>& parm) const {
     int size = parm.value();
+    // What is no size at all stays so, and no vector is made of it.
     for (const Fixed& fixed : m_fixed) {
-        if (fixed.parm == &parm) {
+        if (fixed.parm == &parm && size > 0) {
             size = std::max(size, fixed.size);
         }
     }

@@ -1,7 +1,9 @@
 // Modulated lapped transform of 160 coefficients under the sine window, and the post-processing of decoded
-// coefficients. The transform is a fold and a cosine transform of type IV, with 11 bits behind the point.
+// coefficients. The transform is a fold and a cosine transform of type IV of 26 bits: forward, as many of them stand
+// behind the point as the frame allows; backward 11.
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
@@ -18,24 +20,27 @@ namespace {
 constexpr int kSize = 160;
 constexpr int kHalf = kSize / 2;
 constexpr int kFraction = 11;
+constexpr int kTransformBits = 26;
+constexpr int kMostForwardNorm = 11;
 constexpr int kMostHeadroom = 8;
 constexpr int kMostNorm = 15;
 constexpr int kRates = 12;
 constexpr int kReach = 7;
 
-// The rising half of the window, Q15; the falling one is the same backwards.
+// The rising half of the window; the falling one is the same backwards. Of many bits: where it is small it may stand
+// over the only loud samples of a frame.
+constexpr int kWindowBits = 30;
 const std::array<int32_t, kSize> g_window = [] {
     std::array<int32_t, kSize> w{};
     for (int n = 0; n < kSize; ++n) {
-        w[static_cast<size_t>(n)] =
-            static_cast<int32_t>(std::lround(32768 * std::sin((n + 0.5) * std::numbers::pi / (2 * kSize))));
+        const double value = std::sin((n + 0.5) * std::numbers::pi / (2 * kSize));
+        w[static_cast<size_t>(n)] = static_cast<int32_t>(std::lround(std::ldexp(value, kWindowBits)));
     }
     return w;
 }();
 
-template <class Value>
-Value rounded(Value v, int shift) {
-    return (v + (Value{1} << (shift - 1))) >> shift;
+int64_t rounded(int64_t v, int shift) {
+    return (v + (int64_t{1} << (shift - 1))) >> shift;
 }
 
 // A coefficient's weight, Q14: 1 + strength * (its magnitude over the mean around it - 1), the ratio at most 2.
@@ -72,27 +77,36 @@ VekStatus veksMDCTFwd_G7291_16s(const Vek16s* pSrc, Vek16s* pSrcDst, int* pNormF
     if (headroom < 0 || headroom > kMostHeadroom) {
         return vekStsRangeErr;
     }
-    // Neither sum reaches 2^31.
-    alignas(32) int32_t u[kSize];
+    int64_t folded[kSize];
+    int64_t used = 0;
     const auto& w = g_window;
     for (int n = 0; n < kHalf; ++n) {
         const auto i = static_cast<size_t>(n);
-        const int32_t fresh = -pSrc[kHalf - 1 - n] * w[i + kHalf] - pSrc[kHalf + n] * w[kHalf - 1 - i];
-        const int32_t old = pSrcDst[n] * w[i] - pSrcDst[kSize - 1 - n] * w[kSize - 1 - i];
-        u[n] = rounded(fresh, 15 - kFraction);
-        u[kHalf + n] = rounded(old, 15 - kFraction);
+        const int64_t fresh =
+            -pSrc[kHalf - 1 - n] * int64_t{w[i + kHalf]} - pSrc[kHalf + n] * int64_t{w[kHalf - 1 - i]};
+        const int64_t old = pSrcDst[n] * int64_t{w[i]} - pSrcDst[kSize - 1 - n] * int64_t{w[kSize - 1 - i]};
+        folded[n] = fresh;
+        folded[kHalf + n] = old;
+        used |= std::abs(fresh) | std::abs(old);
     }
     std::copy_n(pSrc, kSize, pSrcDst);
+    const int excess = std::max(static_cast<int>(std::bit_width(static_cast<uint64_t>(used))) - kTransformBits, 0);
+    const int64_t roundUp = (int64_t{1} << excess) >> 1;
+    alignas(32) int32_t u[kSize];
+    for (int n = 0; n < kSize; ++n) {
+        u[n] = static_cast<int32_t>((folded[n] + roundUp) >> excess);
+    }
     transformKernels().dct160(u, u);
     int32_t largest = 0;
     for (const int32_t v : u) {
         largest = std::max(largest, std::abs(v));
     }
+    // A sample of 26 bits has a coefficient of 22 or more: there is something to shift away.
+    const int fraction = kWindowBits - excess;
     const int room = fix::norm_l(largest);
-    const int norm = largest == 0 ? 0 : std::min(room - (16 - kFraction) - headroom, kFraction);
-    // Neither does a coefficient.
-    const int shift = kFraction - norm;
-    const int32_t half = shift == 0 ? 0 : 1 << (shift - 1);
+    const int norm = largest == 0 ? 0 : std::min(room - (16 - fraction) - headroom, kMostForwardNorm);
+    const int shift = fraction - norm;
+    const int32_t half = 1 << (shift - 1);
     for (int k = 0; k < kSize; ++k) {
         pMDCTCoeffs[k] = fix::sat16((u[k] + half) >> shift);
     }
@@ -112,7 +126,7 @@ VekStatus veksMDCTInv_G7291_16s(const Vek16s* pMDCTCoeffs, Vek16s* pMDCTPrevCoef
         u[k] = pMDCTCoeffs[k] * (1 << kFraction);
     }
     transformKernels().dct160(u, u);
-    const int shift = 15 + kFraction + normFactor;
+    const int shift = kWindowBits + kFraction + normFactor;
     const auto& w = g_window;
     for (int n = 0; n < kSize; ++n) {
         const auto i = static_cast<size_t>(n);
