@@ -101,6 +101,20 @@ TEST(LabDrift, ChangeOfNeighboursIsKeptOnceTheyAreNoControls) {
     EXPECT_NEAR(medianDifferences(rounds, roles)[20], 0, 1e-12);
 }
 
+TEST(LabDrift, FunctionIsNoMeasureForItsOwnLines) {
+    // Six functions, three of which run 10 % slower in one pass: with its own lines among them the median of a slow one
+    // would lie half way.
+    std::vector<Round> rounds = quietRounds(7);
+    std::vector<LineRole> roles = allControls();
+    roles.resize(6 * linesEach);
+    for (const size_t function : {0, 2, 4}) {
+        for (size_t line = function * linesEach; line < (function + 1) * linesEach; ++line) {
+            rounds[3][sideNew][line] += 0.1;
+        }
+    }
+    EXPECT_NEAR(pairedDifferences(all(rounds), roles)[2 * linesEach][3], 0.1, 1e-12);
+}
+
 TEST(LabDrift, StateThatAFunctionHasInSomePassesIsNotMadeADifference) {
     // A function that is 10 % slower in half of the processes, by lot: the differences must show both signs. Held
     // against its own side's median, each side would be drawn to the state that it met more often, and all differences
