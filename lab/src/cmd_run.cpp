@@ -59,12 +59,17 @@ public:
         record.seed = m_context.options.seed.value_or(0);
         record.label = m_options.label;
         m_run = m_store.beginRun(record);
-        wholePasses();
-        further();
+        // Whatever ends the measuring, what was measured is reported.
+        try {
+            wholePasses();
+            further();
+        } catch (const Fault& fault) {
+            m_failures.insert(fault.what());
+        }
         m_context.console.clear();
         report();
         const int status = interrupted() ? exitInterrupted : m_failures.empty() ? exitGood : exitFailed;
-        m_store.endRun(m_run, status);
+        keep([&] { m_store.endRun(m_run, status); });
         return status;
     }
 
@@ -131,8 +136,9 @@ private:
             m_context.console.progress(what + "  " + function, std::min(1.0, m_share + part));
         };
         const Pass pass = runPass(request);
-        m_store.addPass(m_run, m_round++, pass);
         m_course.take(pass, looped);
+        keep([&] { m_store.addPass(m_run, m_round, pass); });
+        ++m_round;
         if (!looped && lines.empty()) {
             m_identity = pass.identity;
         }
@@ -145,6 +151,16 @@ private:
             if (test.failed()) {
                 m_failures.insert(fmt::format("{} ended with {}", test.function, test.result));
             }
+        }
+    }
+
+    /// A store that can't be written any more costs its passes, not the run.
+    template <typename Writing>
+    void keep(const Writing& writing) {
+        try {
+            writing();
+        } catch (const Fault& fault) {
+            m_failures.insert(fault.what());
         }
     }
 

@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 #include <fstream>
 #include <map>
+#include <mutex>
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
 #include <sys/utsname.h>
@@ -30,6 +31,8 @@ namespace {
 FileIdentity identityOf(const std::string& name, const fs::path& path) {
     using Key = std::tuple<std::string, dev_t, ino_t, off_t, long long>;
     static std::map<Key, FileIdentity> known;
+    static std::mutex guard;
+    const std::lock_guard lock(guard);
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) {
         throw Fault(path.string(), "can't be read: " + systemCause(errno));

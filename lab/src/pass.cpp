@@ -179,6 +179,16 @@ std::vector<std::string> selectedFunctions(const Subject& subject, const RigKeys
     return functions;
 }
 
+/// The function of the last test that the process began: the one it died in, or behind. Empty if it never came so far.
+std::string lastFunction(const Told& told) {
+    return told.info.tests().empty() ? "" : told.info.tests().back().end.function;
+}
+
+/// True if another process is to measure what this one left.
+bool goesOn(const ProcessEnd& end, const PassRequest& request) {
+    return request.goOn && end.how != ProcessEnd::How::complete && end.how != ProcessEnd::How::interrupted;
+}
+
 /// A process for all that the keys select; after a death, one for what stood behind the test in work.
 void runSelected(Pass& pass, const PassRequest& request, const RigKeys& keys) {
     std::vector<std::string> words = keys.words();
@@ -186,15 +196,14 @@ void runSelected(Pass& pass, const PassRequest& request, const RigKeys& keys) {
     for (bool first = true;; first = false) {
         const Told told = callOnce(request, words, nullptr);
         takeOver(pass, told);
-        const ProcessEnd& end = pass.ends.back();
-        if (end.how == ProcessEnd::How::complete || end.how == ProcessEnd::How::interrupted || !request.goOn ||
-            end.function.empty()) {
+        const std::string reached = lastFunction(told);
+        if (!goesOn(pass.ends.back(), request) || reached.empty()) {
             return;
         }
         if (first) {
             rest = selectedFunctions(request.subject, keys);
         }
-        const auto at = std::find(rest.begin(), rest.end(), end.function);
+        const auto at = std::find(rest.begin(), rest.end(), reached);
         if (at == rest.end() || at + 1 == rest.end()) {
             return;
         }
@@ -214,13 +223,11 @@ void runLines(Pass& pass, const PassRequest& request, const RigKeys& keys) {
         const Selection selection = selectLines(left, keys, userIni);
         const Told told = callOnce(request, selection.keys, &selection.ini);
         takeOver(pass, told);
-        const ProcessEnd& end = pass.ends.back();
-        if (end.how == ProcessEnd::How::complete || end.how == ProcessEnd::How::interrupted || !request.goOn ||
-            end.function.empty()) {
+        if (!goesOn(pass.ends.back(), request) || lastFunction(told).empty()) {
             return;
         }
         // The rig runs tests in its own order: what it has ended and what it died in are done with.
-        std::set<std::string> done = {end.function};
+        std::set<std::string> done;
         for (const InfoTest& test : told.info.tests()) {
             done.insert(test.end.function);
         }

@@ -6,6 +6,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unordered_map>
 
 namespace krlab {
@@ -18,6 +19,12 @@ constexpr int applicationId = 0x6b726c62; // "krlb"
 constexpr int schemaVersion = 1;
 /// Another lab holds the store for the time of one pass's rows; this is longer than any machine needs for that.
 constexpr int busyMilliseconds = 60000;
+
+/// Tells whether a name still means the same file; 0 if there is none.
+unsigned long long fileNumber(const std::string& file) {
+    struct stat status {};
+    return ::stat(file.c_str(), &status) == 0 ? status.st_ino : 0;
+}
 
 constexpr const char* schema = R"(
 CREATE TABLE run (
@@ -221,6 +228,7 @@ void Store::prepare() {
         }
         transaction.commit();
     }
+    m_fileNumber = fileNumber(m_file);
     if (pragma("application_id") != applicationId) {
         throw Fault(m_file, "this database is no store of krlab; name another file");
     }
@@ -273,6 +281,10 @@ long long Store::addPass(long long run, int round, const Pass& pass) {
         insert.run();
     }
     transaction.commit();
+    // The database would go on in a file that nobody finds again.
+    if (fileNumber(m_file) != m_fileNumber) {
+        throw Fault(m_file, "the store was moved or deleted while it was in use");
+    }
     return id;
 }
 

@@ -67,7 +67,8 @@ public:
     /// Notes the start of a run and returns its number.
     long long beginRun(const RunRecord& run);
     void endRun(long long run, int status);
-    /// Writes a whole pass; returns its number. `round` tells which passes were measured beside each other.
+    /// Writes a whole pass; returns its number. Throws Fault if it can't be written or the file is gone. `round` tells
+    /// which passes were measured beside each other.
     long long addPass(long long run, int round, const Pass& pass);
 
     std::vector<RunRecord> runs() const;
@@ -85,6 +86,7 @@ private:
 
     std::string m_file;
     sqlite3* m_db = nullptr;
+    unsigned long long m_fileNumber = 0;
     std::unordered_map<std::string, long long> m_lines; ///< numbers of the lines that were written
 };
 

@@ -121,6 +121,16 @@ TEST(LabRun, ADyingRigIsToldAndTheRestIsMeasured) {
     EXPECT_NE(std::find(functions.begin(), functions.end(), "f3"), functions.end());
 }
 
+TEST(LabRun, AStoreThatIsTakenAwayCostsNoReport) {
+    const LabDirectory directory;
+    const FakeRig rig("rm -f s.db s.db-*\n" + scriptHead + scriptTest("f1") + "fi\n" + scriptEnd);
+    const LabResult result = directory.run(
+        {"--rig", rig.subject().program, "run", "--quiet", "--passes", "1", "--store", "s.db", "--", "-dMethod=Auto"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.out.find("1 lines in"), std::string::npos) << result.out;
+    EXPECT_EQ(result.err, "krlab: s.db: the store was moved or deleted while it was in use\n");
+}
+
 TEST(LabRun, CtrlCEndsWithAReportAndWithoutTheRig) {
     const LabDirectory directory;
     const std::string pid = directory.path("pid");
