@@ -11,7 +11,7 @@ kr_rooms_of() { # file: the rooms that can see it
     tests/api/*) echo api ;;
     tests/lib/*) echo lib ;;
     tests/vek/*) echo vek ;;
-    tests/suites/*) echo suites ;;
+    tests/suites/* | tests/suites_values/*) echo suites ;;
     tests/oracle/*) echo oracle ;;
     tests/cli/rig_process.*) echo cli own ;;
     tests/cli/* | tests/fault/*) echo cli ;;
@@ -31,6 +31,7 @@ kr_targets_of() { # build room
     asan:lib) echo vk_tests ;;
     asan:lab) echo lab_tests ;;
     asan:suites) echo suite_tests ;;
+    test:suites) echo value_tests ;;
     test:vek | test:oracle | test:cli | test:own) echo "$2_tests" ;;
     asan:vek | asan:oracle) echo veksc ;;
     asan:cli) echo kelvarrig faultrig ;;
