@@ -1,7 +1,8 @@
 // Measuring a function of your own: include this, name the parameters and the data, name the function, and link the
 // harness. The rig's keys, grids, tables and fault containment then hold for it as for any other test.
 //
-//   #include <kelvarrig.h>
+//   #include <cstring>
+#include <kelvarrig.h>
 //
 //   int myGain(const short* src, short* dst, int len);
 //
@@ -224,7 +225,9 @@ private:
         : Data(std::move(size), static_cast<int>(sizeof(T))), m_contents(std::move(contents)) {}
     void fill(int stream) override {
         for (int i = 0; i < count(); ++i) {
-            data()[i] = m_contents(stream, i);
+            // A vector may lie at any address: that is a setting of the rig.
+            const T element = m_contents(stream, i);
+            std::memcpy(static_cast<char*>(m_memory) + static_cast<std::size_t>(i) * sizeof(T), &element, sizeof(T));
         }
     }
 
