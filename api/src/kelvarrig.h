@@ -1,8 +1,7 @@
 // Measuring a function of your own: include this, name the parameters and the data, name the function, and link the
 // harness. The rig's keys, grids, tables and fault containment then hold for it as for any other test.
 //
-//   #include <cstring>
-#include <kelvarrig.h>
+//   #include <kelvarrig.h>
 //
 //   int myGain(const short* src, short* dst, int len);
 //
@@ -22,6 +21,7 @@
 
 #include <concepts>
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <initializer_list>
 #include <memory>
