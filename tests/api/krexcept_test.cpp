@@ -3,6 +3,7 @@
 #include "krbase.h"
 #include "krexcept.h"
 #include "kriterator.h"
+#include "noleakcheck.h"
 #include "streamcapture.h"
 
 #include <gtest/gtest.h>
@@ -12,14 +13,6 @@
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
-
-#ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/lsan_interface.h>
-// The jump out of a fault leaves the text objects of the interrupted functions behind.
-using NoLeakCheck = __lsan::ScopedDisabler;
-#else
-struct NoLeakCheck {};
-#endif
 
 namespace {
 

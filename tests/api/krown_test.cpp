@@ -3,6 +3,7 @@
 
 #include "harness_state.h"
 #include "krbase.h"
+#include "noleakcheck.h"
 #include "streamcapture.h"
 
 #include <gtest/gtest.h>
@@ -204,6 +205,7 @@ TEST_F(KrOwn, ExceptionCostsOneTestAlone) {
 }
 
 TEST_F(KrOwn, FaultLeavesNoVectorBehind) {
+    [[maybe_unused]] const NoLeakCheck jump;
     kr::Vector<short> data(16);
     kr::measure<[](short*) { __asm__ volatile("movl $1, (%0)"
                                               :
