@@ -29,7 +29,7 @@ kr_targets_of() { # build room
     test:api) echo kr_clock_tests ;;
     asan:api) echo kr_tests ;;
     asan:lib) echo vk_tests ;;
-    asan:lab) echo lab_tests ;;
+    test:lab) echo lab_tests ;;
     asan:suites) echo suite_tests ;;
     test:suites) echo value_tests ;;
     test:vek | test:oracle | test:cli | test:own) echo "$2_tests" ;;
