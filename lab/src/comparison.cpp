@@ -110,6 +110,7 @@ void Compared::collect() {
         }
         for (const auto& run : runs) {
             std::vector<double> away;
+            away.reserve(run.size());
             for (const auto& [line, figure] : run) {
                 away.push_back(std::log(figure.perElement) - usual[line]);
             }

@@ -96,6 +96,7 @@ CommonNoise commonNoise(const std::vector<LineVariance>& lines, double least) {
 
 CommonNoise noiseOfDifferences(const std::vector<double>& differences, double least) {
     std::vector<double> sizes;
+    sizes.reserve(differences.size());
     for (const double difference : differences) {
         sizes.push_back(std::abs(difference));
     }

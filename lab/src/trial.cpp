@@ -309,6 +309,7 @@ std::vector<Line> Trial::wanted(size_t least) const {
         std::sort(open.begin(), open.end());
     }
     std::vector<Line> lines;
+    lines.reserve(open.size());
     for (const size_t line : open) {
         lines.push_back(m_lines[line].result.line);
     }
