@@ -21,7 +21,7 @@ const GridCase gridCases[] = {
     {"veksACELPFixedCodebookSearch_G723_32s16s", 1, "64,-,-,-,-,-", "64,-,-,-,-,-", "p_fixcod723", false, 64},
     {"veksLSFToLPC_G723_16s_I", 1, "1,-,-,-,-,-", "1,-,-,-,-,-", "p_lpcnv2", true, 12},
     {"veksLSFDecode_G723_16s", 2, "0,-,-,-,-,-", "1,-,-,-,-,-", "p_lpcnv2", false, 12},
-    {"veksLevinsonDurbin_G723_16s", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_lpld2", false, 10},
+    {"veksLevinsonDurbin_G723_16s", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_lpld2", true, 10},
     {"veksLSFQuant_G723_16s32s", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_lsf723", false, 10},
     {"veksLSFToLPC_G723_16s", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_lsf723", false, 10},
     {"veksLPCToLSF_G723_16s", 1, "10,-,-,-,-,-", "10,-,-,-,-,-", "p_lsf723", false, 10},
