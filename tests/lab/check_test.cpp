@@ -116,5 +116,5 @@ TEST(LabCheck, ARunThatIsCutOffIsAFault) {
     const LabResult result = directory.run({"check", "--quiet", "--limit", "1s", "--", "-f=veksAutoCorr_16s32s",
                                             "-dMethod=Manual", "-dNumLoops=1000000000"});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.err, "krlab: the run was ended after 1s, its time limit\n");
+    EXPECT_EQ(result.err, "krlab: the run was ended in veksAutoCorr_16s32s after 1s, its time limit\n");
 }
