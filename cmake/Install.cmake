@@ -9,9 +9,9 @@ set(kr_headers ${CMAKE_INSTALL_INCLUDEDIR}/kelvarrig)
 set(kr_documents ${CMAKE_INSTALL_DATADIR}/doc/kelvar-rig)
 set(kr_package ${CMAKE_INSTALL_LIBDIR}/cmake/KelvarRig)
 
-# The program and its companion.
+# The program and its companion; one that the sanitizers watch is for tests alone.
 set(kr_programs kelvarrig)
-if(TARGET krlab)
+if(TARGET krlab AND NOT KR_LAB_CHECKED)
   list(APPEND kr_programs krlab)
 endif()
 install(TARGETS ${kr_programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kr_program)

@@ -6,7 +6,7 @@ all_rooms="api lib vek suites cli own oracle lab install"
 kr_rooms_of() { # file: the rooms that can see it
     case $1 in
     docs/library.md) echo vek ;;
-    tests/install/*) echo install ;;
+    tests/install/* | CHANGELOG.md) echo install ;;
     tests/own/* | tools/* | docs/own-functions.md | docs/install.md | README.md) echo own ;;
     docs/* | bench/* | *.md | tests/fuzz/* | tests/mutants/* | .clang-tidy | .gitignore) ;;
     tests/api/*) echo api ;;
@@ -31,8 +31,7 @@ kr_targets_of() { # build room
     asan:api) echo kr_tests ;;
     asan:lib) echo vk_tests ;;
     test:lab) echo lab_tests ;;
-    asan:suites) echo suite_tests ;;
-    test:suites) echo value_tests ;;
+    asan:suites) echo suite_tests value_tests ;;
     test:vek | test:oracle | test:cli | test:own | test:install) echo "$2_tests" ;;
     asan:vek | asan:oracle) echo veksc ;;
     asan:cli) echo kelvarrig faultrig ;;
