@@ -1,12 +1,13 @@
 # For ./test --affected: from the files that differ from a commit to the rooms whose tests can see them, and from rooms
 # to what each of the two builds has to build for that. Files that are not known to matter to some rooms only take all.
 
-all_rooms="api lib vek suites cli own oracle lab"
+all_rooms="api lib vek suites cli own oracle lab install"
 
 kr_rooms_of() { # file: the rooms that can see it
     case $1 in
     docs/library.md) echo vek ;;
-    tests/own/* | tools/* | docs/own-functions.md | README.md) echo own ;;
+    tests/install/* | CHANGELOG.md) echo install ;;
+    tests/own/* | tools/* | docs/own-functions.md | docs/install.md | README.md) echo own ;;
     docs/* | bench/* | *.md | tests/fuzz/* | tests/mutants/* | .clang-tidy | .gitignore) ;;
     tests/api/*) echo api ;;
     tests/lib/*) echo lib ;;
@@ -16,7 +17,7 @@ kr_rooms_of() { # file: the rooms that can see it
     tests/cli/rig_process.*) echo cli own ;;
     tests/cli/* | tests/fault/*) echo cli ;;
     tests/lab/* | lab/*) echo lab ;;
-    api/src/*) echo api lib suites cli own lab ;;
+    api/src/*) echo api lib suites cli own lab install ;;
     api/lib/*) echo lib suites cli own lab ;;
     veksc/src/*) echo suites cli lab ;;
     vek/sc/* | vek/s/*) echo vek oracle suites ;;
@@ -31,7 +32,7 @@ kr_targets_of() { # build room
     asan:lib) echo vk_tests ;;
     test:lab) echo lab_tests ;;
     asan:suites) echo suite_tests value_tests ;;
-    test:vek | test:oracle | test:cli | test:own) echo "$2_tests" ;;
+    test:vek | test:oracle | test:cli | test:own | test:install) echo "$2_tests" ;;
     asan:vek | asan:oracle) echo veksc ;;
     asan:cli) echo kelvarrig faultrig ;;
     esac
