@@ -35,8 +35,7 @@ kr_targets_of() { # build room
     test:lab) echo lab_tests ;;
     test:pages) echo page_tests ;;
     test:scripts) echo script_tests ;;
-    asan:suites) echo suite_tests ;;
-    test:suites) echo value_tests ;;
+    asan:suites) echo suite_tests value_tests ;;
     test:vek | test:oracle | test:cli | test:own) echo "$2_tests" ;;
     asan:vek | asan:oracle) echo veksc ;;
     asan:cli) echo kelvarrig faultrig ;;

@@ -5,6 +5,7 @@
 #include "table.h"
 #include "text.h"
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fmt/format.h>
 #include <memory>
@@ -14,7 +15,7 @@ namespace krlab {
 
 namespace {
 
-struct Options {
+struct CompareArguments {
     std::string older;
     std::string newer;
     std::string threshold = "3%";
@@ -117,7 +118,7 @@ Source sourceOf(const std::string& text, const std::string& store) {
     return source;
 }
 
-int run(const Options& options, Context& context) {
+int judgeSides(const CompareArguments& options, Context& context) {
     Comparison comparison;
     comparison.threshold = parseShare(options.threshold);
     comparison.confidence = parseShare(options.confidence);
@@ -142,9 +143,9 @@ int run(const Options& options, Context& context) {
 } // namespace
 
 void addCompare(Program& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CompareArguments>();
     CLI::App& command = program.add("compare", "tell which lines changed between tables or stored passes",
-                                    [options](Context& context) { return run(*options, context); });
+                                    [options](Context& context) { return judgeSides(*options, context); });
     const std::string what = "a table (several: A.csv,B.csv), or passes of a store: [STORE:]RUN, RUN/SUBJECT, LABEL";
     command.add_option("OLD", options->older, what)->required();
     command.add_option("NEW", options->newer, "the same for the new one")->required();
