@@ -40,6 +40,7 @@ kr_need_lab() { # what the companion stands on
     kr_need_file /usr/include/sqlite3.h libsqlite3-dev
     kr_need_file /usr/include/fmt/format.h libfmt-dev
     kr_need_file /usr/include/boost/math/distributions/students_t.hpp libboost-math-dev
+    kr_need_file /usr/share/javascript/chart.js libjs-chart.js
 }
 
 kr_want() { # packages
