@@ -7,19 +7,23 @@ function dropCharts() {
   }
 }
 
-// Ticks of a logarithmic axis: 1, 2, 5, 10, 20, 50 ...
-function logTick(value) {
-  const head = value / 10 ** Math.floor(Math.log10(value) + 1e-9);
-  return [1, 2, 5].some((digit) => Math.abs(head - digit) < 1e-6) ? plainNumber(value) : "";
+// Ticks of a logarithmic axis: the fewer decades, the more within each.
+function logTicks(scale) {
+  const decades = Math.log10(scale.max / scale.min);
+  const digits = decades > 3 ? [1] : decades > 1.2 ? [1, 2, 5] : [1, 1.5, 2, 3, 4, 5, 7];
+  scale.ticks = [];
+  for (let power = Math.floor(Math.log10(scale.min)); power <= Math.log10(scale.max); ++power) {
+    scale.ticks.push(...digits.map((digit) => ({ value: digit * 10 ** power })).filter(({ value }) => value >= scale.min && value <= scale.max));
+  }
 }
 const percentTick = (value) => (value === 1 ? "0" : changeText(value).replace(".0", ""));
 
 // An axis in the colours of the ground.
 function axis(type, title, more = {}) {
   return {
-    type, title: { display: true, text: title, color: ground.faint },
+    type, ...(type === "logarithmic" ? { afterBuildTicks: logTicks } : {}), title: { display: true, text: title, color: ground.faint },
     grid: { color: ground.grid, borderColor: ground.faint }, ...more,
-    ticks: { color: ground.faint, ...(type === "logarithmic" ? { callback: logTick, maxRotation: 0 } : {}), ...more.ticks },
+    ticks: { color: ground.faint, ...(type === "logarithmic" ? { callback: plainNumber, maxRotation: 0, autoSkip: false } : {}), ...more.ticks },
   };
 }
 // An axis of ratios, in percent of change; symmetric about none.
@@ -117,13 +121,13 @@ function drawChart(place, { title, note, words, height = 330, config }) {
 }
 
 // The data sets of a course with its band: `points` are { x, middle, low, high, ... } in the order of x.
-function bandSets(points, { label, colour, index = 0, line = true }) {
+function bandSets(points, { label, colour, index = 0 }) {
   const bound = { bound: true, pointRadius: 0, pointHitRadius: 0, borderWidth: 0, label: "", showLine: true };
   return [
     {
       label, data: points.map((point) => ({ ...point, y: point.middle })), borderColor: colour, backgroundColor: colour,
       borderDash: dashes[index % dashes.length], pointStyle: shapes[index % shapes.length], borderWidth: 2, pointRadius: 3.5,
-      showLine: line, order: 0,
+      showLine: true, order: 0,
     },
     { ...bound, data: points.map((point) => ({ x: point.x, y: point.high })), order: 1 },
     {

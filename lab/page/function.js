@@ -43,6 +43,7 @@ function parameterChart(place, members, name) {
   const few = series.size * data.sides.length <= 10;
   const datasets = [];
   let index = 0;
+  // Few courses: one colour for both subjects, which differ by dash and shape. Many: a colour for each subject.
   for (const [rest, own] of series) {
     data.sides.forEach((side, number) => {
       const points = own.filter((line) => line.sides[number] !== null).map((line) => {
@@ -52,10 +53,10 @@ function parameterChart(place, members, name) {
       }).sort((a, b) => (kind === "category" ? collator.compare(a.x, b.x) : a.x - b.x));
       const label = [paired ? ["old", "new"][number] : "", rest].filter((text) => text !== "").join(", ") || name;
       datasets.push(...bandSets(points, {
-        label, colour: seriesColour(paired && !few ? number : index), index: paired ? number : Math.floor(index / ground.series.length), line: true,
+        label, colour: seriesColour(paired && !few ? number : index), index: paired ? number : Math.floor(index / ground.series.length),
       }));
-      ++index;
     });
+    ++index;
   }
   const unit = functionState.perElement ? "clocks an element" : "clocks a call";
   drawChart(place, {

@@ -19,8 +19,9 @@ function changeText(ratio) {
     return "?";
   }
   const change = (ratio - 1) * 100;
+  const digits = Math.abs(change).toFixed(1);
   // A hard blank: the sign is not torn off.
-  return (change < 0 ? "−" : "+") + Math.abs(change).toFixed(1) + "\u00a0%";
+  return (Number(digits) === 0 ? "" : change < 0 ? "−" : "+") + digits + "\u00a0%";
 }
 const shareText = (share) => (share === null ? "" : (share * 100).toFixed(1) + "\u00a0%");
 const verdictMark = { slower: "▲", faster: "▼", same: "=", undecided: "?" };

@@ -2,6 +2,7 @@
 #include "comparison.h"
 #include "program.h"
 
+#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -9,7 +10,7 @@ namespace krlab {
 
 namespace {
 
-struct Options {
+struct CompareArguments {
     std::string older;
     std::string newer;
     std::string threshold = "3%";
@@ -18,7 +19,7 @@ struct Options {
     bool strict = false;
 };
 
-int run(const Options& options, Context& context) {
+int judgeSides(const CompareArguments& options, Context& context) {
     const double threshold = parseShare(options.threshold);
     const double confidence = parseShare(options.confidence);
     PassList older;
@@ -38,9 +39,9 @@ int run(const Options& options, Context& context) {
 } // namespace
 
 void addCompare(Program& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CompareArguments>();
     CLI::App& command = program.add("compare", "tell which lines changed between tables or stored passes",
-                                    [options](Context& context) { return run(*options, context); });
+                                    [options](Context& context) { return judgeSides(*options, context); });
     const std::string what =
         "a table (several: A.csv,B.csv), a store, or passes of one: [STORE:]RUN, RUN/SUBJECT, LABEL";
     command.add_option("OLD", options->older, what)->required();

@@ -4,6 +4,7 @@
 #include "report.h"
 #include "reportpage.h"
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fmt/format.h>
 #include <memory>
@@ -16,7 +17,7 @@ namespace {
 // Of five digits and a comma each, beside the chart library and the lines, this stays under 5 MB.
 constexpr size_t mostReadings = 400000;
 
-struct Options {
+struct ReportArguments {
     std::vector<std::string> sources;
     std::string older;
     std::string newer;
@@ -51,14 +52,14 @@ std::string titleOf(const ReportInput& input) {
 }
 
 // Where one store is all that is named, selections are of that one.
-std::string storeOf(const Options& options) {
+std::string storeOf(const ReportArguments& options) {
     std::error_code error;
     return options.sources.size() == 1 && std::filesystem::is_regular_file(options.sources.front(), error)
                ? options.sources.front()
                : options.store;
 }
 
-int run(const Options& options, Context& context) {
+int writeReport(const ReportArguments& options, Context& context) {
     if (options.older.empty() != options.newer.empty()) {
         throw Fault("--old and --new belong together");
     }
@@ -122,9 +123,9 @@ int run(const Options& options, Context& context) {
 } // namespace
 
 void addReport(Program& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ReportArguments>();
     CLI::App& command = program.add("report", "one HTML page of tables or stored passes, readable without a network",
-                                    [options](Context& context) { return run(*options, context); });
+                                    [options](Context& context) { return writeReport(*options, context); });
     const std::string what =
         "a table (several: A.csv,B.csv), a store, or passes of one: [STORE:]RUN, RUN/SUBJECT, LABEL";
     command.add_option("SOURCE", options->sources, what);

@@ -16,20 +16,18 @@ namespace {
 
 using nlohmann::json;
 
-constexpr double none = std::numeric_limits<double>::quiet_NaN();
+constexpr double noFigure = std::numeric_limits<double>::quiet_NaN();
 // From so many readings on the band leaves out a tenth on each side: a single disturbance would be all that it shows.
 constexpr size_t manyReadings = 10;
 constexpr double outerShare = 0.1;
 
 // What a machine is called; passes of different machines are never put together.
 std::string machineOf(const Identity& identity) {
-    std::string text = identity.machine.host;
-    for (const std::string& part : {identity.machine.processor, identity.rigCpu}) {
-        if (!part.empty()) {
-            return text + ", " + part;
-        }
-    }
-    return text;
+    const std::string& host = identity.machine.host;
+    // In a table the processor's line ends with a comma.
+    std::string processor = identity.machine.processor.empty() ? identity.rigCpu : identity.machine.processor;
+    processor.erase(processor.find_last_not_of(", ") + 1);
+    return processor.empty() ? host : host + ", " + processor;
 }
 
 // Five digits tell more than the figures do.
@@ -114,7 +112,7 @@ void addPoint(Course& course, const Passes& passes, const std::vector<const Pass
     }
     std::vector<double>& clocks = course.clocks.emplace_back();
     for (std::vector<double>& values : readings) {
-        clocks.push_back(values.empty() ? none : medianOf(std::move(values)));
+        clocks.push_back(values.empty() ? noFigure : medianOf(std::move(values)));
     }
     course.points.push_back(std::move(point));
 }
@@ -271,7 +269,7 @@ json Data::verdicts() {
     for (const LineVerdict& line : report.lines) {
         const bool known = std::isfinite(line.high);
         lines.push_back({lineOf(line.line), rounded(line.older), rounded(line.newer), rounded(line.ratio),
-                         rounded(known ? line.low : none), rounded(known ? line.high : none), line.passes,
+                         rounded(known ? line.low : noFigure), rounded(known ? line.high : noFigure), line.passes,
                          verdictText(line.verdict)});
     }
     return {{"threshold", report.threshold},

@@ -18,11 +18,6 @@ const std::vector<std::string> commonNames = {
     "Method",       "NumLoops", "NumCalls",       "TotalCpuClocks", "StartNumLoops",
     "StopNumLoops", "Accuracy", "AlignVectorsBy", "VectorAlign",    "MisalignFirstVectorOnly"};
 
-std::string proposal(const std::string& wanted, const std::vector<std::string>& words) {
-    const std::string nearest = nearestWord(wanted, words);
-    return nearest.empty() ? "" : fmt::format("; do you mean '{}'?", nearest);
-}
-
 /// The words of a kind that -f or -t selects by.
 std::vector<std::string> wordsFor(char letter, const std::vector<TestName>& tests) {
     std::set<std::string> words;
@@ -162,7 +157,7 @@ std::vector<std::string> faultsOfRun(const InfoParser& info, const RigExit& exit
     }
     const std::string where = info.current() != nullptr ? " in " + info.current()->end.function : "";
     if (exit.timedOut) {
-        faults.push_back(fmt::format("the run was ended after {}, its time limit{}", durationText(timeLimit), where));
+        faults.push_back(fmt::format("the run was ended{} after {}, its time limit", where, durationText(timeLimit)));
     } else if (exit.signal != 0) {
         faults.push_back(
             fmt::format("the run was ended by signal {} ({}){}", exit.signal, ::strsignal(exit.signal), where));
