@@ -48,7 +48,8 @@ kr_need_files() { # file:package ...
 # What the companion stands on.
 kr_lab_files="/usr/include/CLI/CLI.hpp:libcli11-dev /usr/include/nlohmann/json.hpp:nlohmann-json3-dev
     /usr/include/sqlite3.h:libsqlite3-dev /usr/include/fmt/format.h:libfmt-dev
-    /usr/include/boost/math/distributions/students_t.hpp:libboost-math-dev"
+    /usr/include/boost/math/distributions/students_t.hpp:libboost-math-dev
+    /usr/share/javascript/chart.js:libjs-chart.js"
 
 kr_want() { # consequence package ...: what is done without, if need be
     local consequence=$1 missing= without= package

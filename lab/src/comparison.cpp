@@ -247,4 +247,16 @@ VerdictReport compareRuns(const Comparison& comparison) {
     return Compared(comparison).report();
 }
 
+VerdictReport comparePasses(const PassList& older, const PassList& newer, double threshold, double confidence) {
+    const Identity& old = older.subject();
+    const Identity& fresh = newer.subject();
+    VerdictReport report = compareRuns({{older.runs(), newer.runs()}, threshold, confidence});
+    report.older = old;
+    report.newer = fresh;
+    for (const PassList* list : {&older, &newer}) {
+        report.remarks.insert(report.remarks.end(), list->remarks().begin(), list->remarks().end());
+    }
+    return report;
+}
+
 } // namespace krlab

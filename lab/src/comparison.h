@@ -3,6 +3,7 @@
 #pragma once
 
 #include "figure.h"
+#include "passlist.h"
 #include "verdict.h"
 
 #include <array>
@@ -25,5 +26,9 @@ struct Comparison {
 /// The number of lines is accounted for by Holm's step-down: that any line is found slower or faster though none has
 /// changed has at most the chance 1 - confidence. The remarks tell what was done.
 VerdictReport compareRuns(const Comparison& comparison);
+
+/// The same for two lists of passes, each of one subject, with identities and remarks. Throws Fault where a list holds
+/// several subjects.
+VerdictReport comparePasses(const PassList& older, const PassList& newer, double threshold, double confidence);
 
 } // namespace krlab
