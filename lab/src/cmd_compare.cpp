@@ -1,5 +1,6 @@
 // `krlab compare OLD NEW`: the verdicts of `ab` from tables of the rig or from passes in a store.
 #include "comparison.h"
+#include "countcomparison.h"
 #include "program.h"
 #include "store.h"
 #include "table.h"
@@ -9,6 +10,7 @@
 #include <fmt/format.h>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace krlab {
 
@@ -19,6 +21,7 @@ struct Options {
     std::string newer;
     std::string threshold = "3%";
     std::string confidence = "99%";
+    std::string countThreshold = "0.1%";
     std::string store = "krlab.db";
     bool strict = false;
 };
@@ -28,6 +31,7 @@ struct Source {
     std::vector<std::vector<Figure>> runs;
     Identity identity;
     std::vector<std::string> remarks;
+    bool counts = false; // the figures are instructions
 };
 
 void addTable(Source& source, const std::string& file) {
@@ -70,9 +74,21 @@ void addStored(Source& source, const std::string& file, const std::string& selec
     if (slash != std::string::npos) {
         filter.subject = selection.substr(slash + 1);
     }
-    const FigureTable table = Store(file).figures(filter);
+    const Store store(file);
+    std::set<long long> counted;
+    for (const RunRecord& run : store.runs()) {
+        if (run.command == "count") {
+            counted.insert(run.id);
+        }
+    }
+    const FigureTable table = store.figures(filter);
     for (size_t pass = 0; pass < table.passes.size(); ++pass) {
         const Identity& identity = table.passes[pass].identity;
+        const bool counts = counted.count(table.passes[pass].run) != 0;
+        if (pass > 0 && counts != source.counts) {
+            throw Fault(file, fmt::format("'{}' holds clocks and counts; choose a run by its number", selection));
+        }
+        source.counts = counts;
         if (source.identity.subject.empty()) {
             source.identity = identity;
         } else if (!sameSubject(source.identity, identity)) {
@@ -117,14 +133,24 @@ Source sourceOf(const std::string& text, const std::string& store) {
     return source;
 }
 
+// A share, or none at all: counts may be asked to be equal.
+double parseThreshold(const std::string& text) {
+    return text == "0" || text == "0%" ? 0 : parseShare(text);
+}
+
 int run(const Options& options, Context& context) {
     Comparison comparison;
     comparison.threshold = parseShare(options.threshold);
     comparison.confidence = parseShare(options.confidence);
     Source older = sourceOf(options.older, options.store);
     Source newer = sourceOf(options.newer, options.store);
+    if (older.counts != newer.counts) {
+        throw Fault(fmt::format("{} holds {} and {} does not", older.counts ? options.older : options.newer,
+                                "instructions", older.counts ? options.newer : options.older));
+    }
     comparison.runs = {std::move(older.runs), std::move(newer.runs)};
-    VerdictReport report = compareRuns(comparison);
+    VerdictReport report =
+        older.counts ? compareCounts(comparison.runs, parseThreshold(options.countThreshold)) : compareRuns(comparison);
     report.older = std::move(older.identity);
     report.newer = std::move(newer.identity);
     for (const Source* source : {&older, &newer}) {
@@ -149,6 +175,10 @@ void addCompare(Program& program) {
     command.add_option("OLD", options->older, what)->required();
     command.add_option("NEW", options->newer, "the same for the new one")->required();
     command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
+    command
+        .add_option("--count-threshold", options->countThreshold,
+                    "the same where both sides are counts of instructions (krlab count); 0 for equal ones")
+        ->capture_default_str();
     command.add_option("--confidence", options->confidence, "that no line is accused wrongly")->capture_default_str();
     command.add_option("--store", options->store, "file that keeps the passes")->capture_default_str();
     command.add_flag("--strict", options->strict, "status 3 if lines stay undecided");

@@ -11,5 +11,6 @@ int main(int argc, char** argv) {
     krlab::addResume(program);
     krlab::addTidy(program);
     krlab::addDoctor(program);
+    krlab::addCount(program);
     return program.main(argc, argv);
 }

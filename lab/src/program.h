@@ -62,6 +62,7 @@ void addReplay(Program& program);
 void addResume(Program& program);
 void addTidy(Program& program);
 void addDoctor(Program& program);
+void addCount(Program& program);
 
 /// Writes text to the file, or to standard output for "-". Throws Fault with the cause.
 void writeOutput(const std::string& file, const std::string& text);

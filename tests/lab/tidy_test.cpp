@@ -71,7 +71,7 @@ TEST(LabTidy, RunsBecomeRepetitionsOfABenchmark) {
 
 TEST(LabTidy, CompareScriptOfTheBenchmarkLibraryReadsTheForm) {
     constexpr const char* script = "/usr/share/benchmark/compare.py";
-    if (!std::filesystem::exists(script) || std::system("python3 -c 'import scipy' 2>/dev/null") != 0) {
+    if (!std::filesystem::exists(script) || std::system("/usr/bin/python3 -c 'import scipy' 2>/dev/null") != 0) {
         GTEST_SKIP() << "libbenchmark-tools or python3-scipy is missing";
     }
     const LabDirectory directory;
@@ -80,8 +80,8 @@ TEST(LabTidy, CompareScriptOfTheBenchmarkLibraryReadsTheForm) {
     directory.write("b.csv", tableHead + tableHeading + slower + tableHead + tableHeading + slower);
     directory.run({"tidy", "a.csv", "--to", "benchmark", "-o", "a.json"});
     directory.run({"tidy", "b.csv", "--to", "benchmark", "-o", "b.json"});
-    const std::string command =
-        "cd '" + directory.path() + "' && python3 " + script + " --no-color benchmarks a.json b.json >compared 2>&1";
+    const std::string command = "cd '" + directory.path() + "' && /usr/bin/python3 " + script +
+                                " --no-color benchmarks a.json b.json >compared 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0);
     const std::string text = directory.read("compared");
     EXPECT_NE(text.find("veksA_16s/Len/Size:160 "), std::string::npos) << text;
