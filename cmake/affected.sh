@@ -30,8 +30,7 @@ kr_targets_of() { # build room
     asan:api) echo kr_tests ;;
     asan:lib) echo vk_tests ;;
     test:lab) echo lab_tests ;;
-    asan:suites) echo suite_tests ;;
-    test:suites) echo value_tests ;;
+    asan:suites) echo suite_tests value_tests ;;
     test:vek | test:oracle | test:cli | test:own) echo "$2_tests" ;;
     asan:vek | asan:oracle) echo veksc ;;
     asan:cli) echo kelvarrig faultrig ;;

@@ -1,5 +1,7 @@
 #include "buildid.h"
 
+#include "readat.h"
+
 #include <cstring>
 #include <elf.h>
 #include <fmt/format.h>
@@ -7,15 +9,6 @@
 namespace krlab {
 
 namespace {
-
-template <typename T>
-bool readAt(std::string_view file, size_t offset, T& value) {
-    if (offset > file.size() || file.size() - offset < sizeof value) {
-        return false;
-    }
-    std::memcpy(&value, file.data() + offset, sizeof value);
-    return true;
-}
 
 size_t roundedUp(size_t n) {
     return (n + 3) / 4 * 4;

@@ -1,5 +1,6 @@
 // How a library was built, read from its exported functions: see BuildQuality.
 #include "machinestate.h"
+#include "readat.h"
 
 #include <cstring>
 #include <elf.h>
@@ -7,15 +8,6 @@
 namespace krlab {
 
 namespace {
-
-template <typename T>
-bool readAt(std::string_view file, size_t offset, T& value) {
-    if (offset > file.size() || file.size() - offset < sizeof value) {
-        return false;
-    }
-    std::memcpy(&value, file.data() + offset, sizeof value);
-    return true;
-}
 
 /// Place in the file of an address in the loaded image.
 bool placeOf(std::string_view file, const Elf64_Ehdr& head, Elf64_Addr address, size_t& place) {

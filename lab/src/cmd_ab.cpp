@@ -3,6 +3,7 @@
 #include "interrupt.h"
 #include "program.h"
 
+#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <sched.h>
@@ -11,7 +12,7 @@ namespace krlab {
 
 namespace {
 
-struct Options {
+struct AbArguments {
     std::string older;
     std::string newer;
     std::string threshold = "3%";
@@ -29,7 +30,7 @@ size_t lanesOfMachine() {
     return ::sched_getaffinity(0, sizeof cores, &cores) == 0 && CPU_COUNT(&cores) > 1 ? 2 : 1;
 }
 
-int run(const Options& options, Context& context) {
+int decide(const AbArguments& options, Context& context) {
     AbOptions ab;
     const std::filesystem::path rig = context.options.rig.empty() ? defaultRig() : std::filesystem::path(context.rig());
     ab.subjects = {parseSubject(options.older, rig), parseSubject(options.newer, rig)};
@@ -76,9 +77,9 @@ int run(const Options& options, Context& context) {
 } // namespace
 
 void addAb(Program& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<AbArguments>();
     CLI::App& command = program.add("ab", "measure two subjects in turn and tell which lines changed",
-                                    [options](Context& context) { return run(*options, context); });
+                                    [options](Context& context) { return decide(*options, context); });
     command
         .add_option("OLD", options->older,
                     "a library directory, a rig program, or PROGRAM,DIRECTORY; NAME=... names it")

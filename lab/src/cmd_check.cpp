@@ -3,6 +3,7 @@
 #include "rigcheck.h"
 #include "subject.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <memory>
 #include <nlohmann/json.hpp>

@@ -6,6 +6,7 @@
 #include "table.h"
 #include "text.h"
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fmt/format.h>
 #include <memory>
@@ -16,7 +17,7 @@ namespace krlab {
 
 namespace {
 
-struct Options {
+struct CompareArguments {
     std::string older;
     std::string newer;
     std::string threshold = "3%";
@@ -138,7 +139,7 @@ double parseThreshold(const std::string& text) {
     return text == "0" || text == "0%" ? 0 : parseShare(text);
 }
 
-int run(const Options& options, Context& context) {
+int judgeSides(const CompareArguments& options, Context& context) {
     Comparison comparison;
     comparison.threshold = parseShare(options.threshold);
     comparison.confidence = parseShare(options.confidence);
@@ -168,9 +169,9 @@ int run(const Options& options, Context& context) {
 } // namespace
 
 void addCompare(Program& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CompareArguments>();
     CLI::App& command = program.add("compare", "tell which lines changed between tables or stored passes",
-                                    [options](Context& context) { return run(*options, context); });
+                                    [options](Context& context) { return judgeSides(*options, context); });
     const std::string what = "a table (several: A.csv,B.csv), or passes of a store: [STORE:]RUN, RUN/SUBJECT, LABEL";
     command.add_option("OLD", options->older, what)->required();
     command.add_option("NEW", options->newer, "the same for the new one")->required();

@@ -4,6 +4,7 @@
 #include "program.h"
 #include "store.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
 #include <memory>
@@ -24,7 +25,7 @@ struct CountOptions {
     std::vector<std::string> lines;
 };
 
-std::vector<std::string> failuresOf(const Pass& pass) {
+std::vector<std::string> countFailures(const Pass& pass) {
     std::vector<std::string> failures = interrupted() ? std::vector<std::string>() : pass.failures();
     failures.insert(failures.end(), pass.remarks.begin(), pass.remarks.end());
     for (const TestEnd& test : pass.tests) {
@@ -35,7 +36,7 @@ std::vector<std::string> failuresOf(const Pass& pass) {
     return failures;
 }
 
-json documentOf(const Pass& pass, long long run, const std::vector<std::string>& failures) {
+json countDocument(const Pass& pass, long long run, const std::vector<std::string>& failures) {
     json lines = json::array();
     for (const Figure& figure : pass.figures) {
         json parameters = json::object();
@@ -55,7 +56,7 @@ json documentOf(const Pass& pass, long long run, const std::vector<std::string>&
             {"failures", failures}};
 }
 
-int count(const CountOptions& options, Context& context) {
+int countLines(const CountOptions& options, Context& context) {
     CountRequest request;
     const std::string rig = context.rig();
     request.subject = parseSubject(options.subject.empty() ? rig : options.subject, rig);
@@ -69,7 +70,7 @@ int count(const CountOptions& options, Context& context) {
     Store store(options.store);
     const Pass pass = countPass(request);
     context.console.clear();
-    const std::vector<std::string> failures = failuresOf(pass);
+    const std::vector<std::string> failures = countFailures(pass);
     const int status = interrupted() ? exitInterrupted : failures.empty() ? exitGood : exitFailed;
 
     RunRecord record;
@@ -94,7 +95,7 @@ int count(const CountOptions& options, Context& context) {
     }
     if (!context.options.json.empty()) {
         writeOutput(context.options.json,
-                    documentOf(pass, run, failures).dump(1, ' ', false, json::error_handler_t::replace) + "\n");
+                    countDocument(pass, run, failures).dump(1, ' ', false, json::error_handler_t::replace) + "\n");
     }
     return status;
 }
@@ -104,7 +105,7 @@ int count(const CountOptions& options, Context& context) {
 void addCount(Program& program) {
     auto options = std::make_shared<CountOptions>();
     CLI::App& command = program.add("count", "instructions per call of each line, the same on each run",
-                                    [options](Context& context) { return count(*options, context); });
+                                    [options](Context& context) { return countLines(*options, context); });
     command.add_option("SUBJECT", options->subject,
                        "library directory or rig program; the rig beside krlab without it");
     command.add_option("--line", options->lines, "count this line alone; may be given several times")

@@ -5,6 +5,7 @@
 #include "program.h"
 #include "text.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -16,7 +17,7 @@ namespace {
 int doctor(const std::string& subjectText, Context& context) {
     const MachineState state = readMachineState();
     context.console.progress("trying the machine out", -1);
-    const Trial trial = tryMachine();
+    const MachineTrial trial = tryMachine();
     context.console.clear();
     std::vector<Finding> findings = judgeMachine(state, trial);
     // Without a rig the machine alone is looked at.

@@ -4,6 +4,7 @@
 #include "replay.h"
 #include "text.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <memory>
 #include <nlohmann/json.hpp>

@@ -6,6 +6,7 @@
 #include "rigprocess.h"
 #include "table.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>

@@ -4,6 +4,7 @@
 #include "program.h"
 #include "store.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <fmt/format.h>

@@ -3,6 +3,7 @@
 #include "text.h"
 #include "tidy.h"
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fmt/format.h>
 #include <map>

@@ -12,6 +12,8 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <map>
+#include <memory>
+#include <mutex>
 
 namespace krlab {
 
@@ -126,7 +128,7 @@ void takeCounts(Pass& pass, const DumpDirectory& directory, const std::string& p
     }
 }
 
-void append(Pass& all, Pass&& part) {
+void appendPass(Pass& all, Pass&& part) {
     if (all.identity.rigCpu.empty()) {
         all.identity.rigCpu = part.identity.rigCpu;
         all.identity.rigLibrary = part.identity.rigLibrary;
@@ -233,7 +235,7 @@ Pass countPass(const CountRequest& request) {
         lanes.collect(true);
     }
     for (Pass& pass : passes) {
-        append(all, std::move(pass));
+        appendPass(all, std::move(pass));
     }
     all.remarks.insert(all.remarks.end(), failures.begin(), failures.end());
     if (!request.lines.empty()) {

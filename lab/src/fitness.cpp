@@ -17,7 +17,7 @@ std::string adviceUnlessGood(Grade g, const char* advice) {
     return g == Grade::good ? "" : advice;
 }
 
-Finding judgeLoad(const MachineState& state, const Trial& trial) {
+Finding judgeLoad(const MachineState& state, const MachineTrial& trial) {
     const Grade g = grade(trial.busyOthers, 0.1, 0.7 * state.processors);
     return {g, "load",
             fmt::format("{:.1f} of {} processors busy with other work, load average {:.2f}", trial.busyOthers,
@@ -25,7 +25,7 @@ Finding judgeLoad(const MachineState& state, const Trial& trial) {
             adviceUnlessGood(g, "end other work, or give a comparison more time")};
 }
 
-Finding judgeSteal(const Trial& trial) {
+Finding judgeSteal(const MachineTrial& trial) {
     const Grade g = grade(trial.stolenShare, 0.005, 0.05);
     return {g, "steal", fmt::format("{:.1f} % of the time taken by the hypervisor", trial.stolenShare * 100),
             adviceUnlessGood(g, "use a machine of its own, or compare by instructions (krlab count)")};
@@ -66,7 +66,7 @@ Finding judgeIsolation(const MachineState& state) {
         fmt::format("start krlab with taskset -c {}", state.isolated.substr(0, state.isolated.find_first_of(",-")))};
 }
 
-Finding judgeCounter(const MachineState& state, const Trial& trial) {
+Finding judgeCounter(const MachineState& state, const MachineTrial& trial) {
     const double distance = trial.coreRatio > 1 ? trial.coreRatio - 1 : 1 - trial.coreRatio;
     const Grade g = !state.steadyCounter ? Grade::bad : grade(distance, 0.05, 10);
     return {g, "counter",
@@ -79,7 +79,7 @@ Finding judgeCounter(const MachineState& state, const Trial& trial) {
                 : "figures are clocks of the counter; fix the core's frequency before quoting them as the core's"};
 }
 
-Finding judgeNoise(const Trial& trial) {
+Finding judgeNoise(const MachineTrial& trial) {
     const Grade g = std::max(grade(trial.medianNoise, 0.02, 0.1), grade(trial.slowShare, 0.05, 0.5));
     return {
         g, "noise",
@@ -96,7 +96,7 @@ const char* gradeName(Grade grade) {
     return grade == Grade::good ? "good" : grade == Grade::fair ? "fair" : "BAD";
 }
 
-std::vector<Finding> judgeMachine(const MachineState& state, const Trial& trial) {
+std::vector<Finding> judgeMachine(const MachineState& state, const MachineTrial& trial) {
     std::vector<Finding> findings = {judgeLoad(state, trial),    judgeSteal(trial),   judgeGovernor(state),
                                      judgeTurbo(state),          judgeThreads(state), judgeIsolation(state),
                                      judgeCounter(state, trial), judgeNoise(trial)};

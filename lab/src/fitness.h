@@ -17,7 +17,7 @@ struct Finding {
 };
 
 const char* gradeName(Finding::Grade grade);
-std::vector<Finding> judgeMachine(const MachineState& state, const Trial& trial);
+std::vector<Finding> judgeMachine(const MachineState& state, const MachineTrial& trial);
 Finding judgeBuild(const std::string& library, const BuildQuality& quality);
 
 } // namespace krlab

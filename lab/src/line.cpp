@@ -189,4 +189,9 @@ std::string nearestWord(std::string_view wanted, const std::vector<std::string>&
     return nearest;
 }
 
+std::string proposal(const std::string& wanted, const std::vector<std::string>& words) {
+    const std::string nearest = nearestWord(wanted, words);
+    return nearest.empty() ? "" : fmt::format("; do you mean '{}'?", nearest);
+}
+
 } // namespace krlab

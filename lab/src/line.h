@@ -43,5 +43,7 @@ std::string familyOf(std::string_view function);
 int wordDistance(std::string_view a, std::string_view b);
 /// The word of `words` nearest to `wanted`, or empty if none is near enough to be meant.
 std::string nearestWord(std::string_view wanted, const std::vector<std::string>& words);
+/// What a message adds on a name that nothing has: "; do you mean 'lenght'?", or nothing if none is near.
+std::string proposal(const std::string& wanted, const std::vector<std::string>& words);
 
 } // namespace krlab

@@ -126,8 +126,8 @@ ProcessorTimes readProcessorTimes(const fs::path& root) {
     return times;
 }
 
-Trial tryMachine(double seconds) {
-    Trial trial;
+MachineTrial tryMachine(double seconds) {
+    MachineTrial trial;
     trial.counterStep = stepOfCounter();
     constexpr unsigned long long kernel = 40000;
     const ProcessorTimes before = readProcessorTimes();

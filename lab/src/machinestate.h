@@ -29,7 +29,7 @@ struct ProcessorTimes {
 ProcessorTimes readProcessorTimes(const std::filesystem::path& root = "/");
 
 /// What trying out for about a second tells.
-struct Trial {
+struct MachineTrial {
     int counterStep = 0; ///< the counter moves in steps of this many
     double counterMHz = 0;
     double coreRatio = 0;    ///< clocks of the core for one of the counter
@@ -39,7 +39,7 @@ struct Trial {
     double stolenShare = 0;  ///< of the time of all processors
     double busyOthers = 0;   ///< processors' worth of other work
 };
-Trial tryMachine(double seconds = 1);
+MachineTrial tryMachine(double seconds = 1);
 
 /// What an object file tells of how it was built.
 struct BuildQuality {

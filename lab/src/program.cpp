@@ -3,6 +3,7 @@
 #include "interrupt.h"
 #include "subject.h"
 
+#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
@@ -40,21 +41,24 @@ unsigned long Context::seed() const {
     return options.seed ? *options.seed : std::random_device()();
 }
 
-Program::Program() : m_app("Compares, keeps, shows and repeats what the rig measures.", "krlab") {
-    m_app.require_subcommand(1);
-    m_app.fallthrough();
-    m_app.footer(
+Program::Program()
+    : m_app(std::make_unique<CLI::App>("Compares, keeps, shows and repeats what the rig measures.", "krlab")) {
+    m_app->require_subcommand(1);
+    m_app->fallthrough();
+    m_app->footer(
         "Everything after -- goes to the rig as its keys: krlab run --passes 3 -- -fDotProd -dlenght=40\n"
         "Exit status: 0 nothing is worse, 1 something is, 2 something failed, 3 undecided (--strict), 130 Ctrl-C");
-    m_app.add_option("--json", m_common.json, "write the result as JSON, - for standard output")->type_name("FILE");
-    m_app.add_flag("--quiet", m_common.quiet, "no notes and no progress");
-    m_app.add_option("--seed", m_common.seed, "seed of all random choices")->type_name("N");
-    m_app.add_option("--rig", m_common.rig, "the rig program, if not the one beside this program")
+    m_app->add_option("--json", m_common.json, "write the result as JSON, - for standard output")->type_name("FILE");
+    m_app->add_flag("--quiet", m_common.quiet, "no notes and no progress");
+    m_app->add_option("--seed", m_common.seed, "seed of all random choices")->type_name("N");
+    m_app->add_option("--rig", m_common.rig, "the rig program, if not the one beside this program")
         ->type_name("PROGRAM");
 }
 
+Program::~Program() = default;
+
 CLI::App& Program::add(const std::string& name, const std::string& text, std::function<int(Context&)> run) {
-    CLI::App* command = m_app.add_subcommand(name, text);
+    CLI::App* command = m_app->add_subcommand(name, text);
     command->fallthrough();
     command->callback([this, run = std::move(run)] { m_chosen = run; });
     return *command;
@@ -71,9 +75,9 @@ int Program::run(std::vector<std::string> words) {
     // The parser takes the words from the last to the first.
     std::reverse(words.begin(), words.end());
     try {
-        m_app.parse(words);
+        m_app->parse(words);
     } catch (const CLI::ParseError& error) {
-        const int status = m_app.exit(error);
+        const int status = m_app->exit(error);
         return status == 0 ? exitGood : exitFailed;
     }
     Console console(m_common.quiet);

@@ -4,11 +4,15 @@
 #include "console.h"
 #include "fault.h"
 
-#include <CLI/CLI.hpp>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace krlab {
 
@@ -39,6 +43,7 @@ struct Context {
 class Program {
 public:
     Program();
+    ~Program();
 
     /// A new command. `run` returns the exit status; the options that `describe`d it live in what `run` holds.
     CLI::App& add(const std::string& name, const std::string& text, std::function<int(Context&)> run);
@@ -48,7 +53,7 @@ public:
 private:
     int run(std::vector<std::string> words);
 
-    CLI::App m_app;
+    std::unique_ptr<CLI::App> m_app;
     CommonOptions m_common;
     std::function<int(Context&)> m_chosen;
 };

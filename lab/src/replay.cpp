@@ -79,11 +79,6 @@ Line lineOf(const std::vector<std::string>& words) {
     return Line::parse(text);
 }
 
-std::string proposal(const std::string& wanted, const std::vector<std::string>& words) {
-    const std::string nearest = nearestWord(wanted, words);
-    return nearest.empty() ? "" : fmt::format("; do you mean '{}'?", nearest);
-}
-
 /// Parameters in the order of the table, so that the text and the identity are the rig's own.
 Line inTableOrder(const Line& line, const TestParameters& test) {
     Line ordered{line.function, {}};

@@ -18,11 +18,6 @@ const std::vector<std::string> commonNames = {
     "Method",       "NumLoops", "NumCalls",       "TotalCpuClocks", "StartNumLoops",
     "StopNumLoops", "Accuracy", "AlignVectorsBy", "VectorAlign",    "MisalignFirstVectorOnly"};
 
-std::string proposal(const std::string& wanted, const std::vector<std::string>& words) {
-    const std::string nearest = nearestWord(wanted, words);
-    return nearest.empty() ? "" : fmt::format("; do you mean '{}'?", nearest);
-}
-
 /// The words of a kind that -f or -t selects by.
 std::vector<std::string> wordsFor(char letter, const std::vector<TestName>& tests) {
     std::set<std::string> words;

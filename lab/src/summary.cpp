@@ -9,8 +9,9 @@ namespace krlab {
 
 namespace {
 
-constexpr std::string_view heading = "Function,Class,Control87,Status87,ControlSSX,StatusSSX,Test,Time (sec.),SrcName,"
-                                     "Result,ExeName";
+constexpr std::string_view sumHeading =
+    "Function,Class,Control87,Status87,ControlSSX,StatusSSX,Test,Time (sec.),SrcName,"
+    "Result,ExeName";
 constexpr size_t cellsOfRow = 11;
 
 } // namespace
@@ -28,7 +29,7 @@ std::vector<SummaryRun> parseSummary(const std::string& file, std::string_view t
         if (line.starts_with("CPU,")) {
             runs.emplace_back();
             inRows = false;
-        } else if (line == heading) {
+        } else if (line == sumHeading) {
             if (runs.empty()) {
                 runs.emplace_back();
             }

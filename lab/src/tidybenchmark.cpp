@@ -45,7 +45,7 @@ long long processorsOf(const std::string& text) {
     return cross == std::string::npos ? 0 : integerOf(std::string_view(text).substr(start, cross - start)).value_or(0);
 }
 
-ordered_json contextOf(const TableRun& run) {
+ordered_json benchmarkContext(const TableRun& run) {
     ordered_json context = {{"date", dateOf(run.start)},
                             {"host_name", run.computer},
                             {"executable", run.libraries.empty() ? "" : run.libraries.back()}};
@@ -59,7 +59,7 @@ ordered_json contextOf(const TableRun& run) {
     return context;
 }
 
-ordered_json entryOf(const Repetitions& line, const char* type, const std::string& suffix) {
+ordered_json benchmarkEntry(const Repetitions& line, const char* type, const std::string& suffix) {
     return {{"name", line.name + suffix},
             {"family_index", line.family},
             {"per_family_instance_index", line.instance},
@@ -75,14 +75,14 @@ void setTimes(ordered_json& entry, double nanoseconds, double clocks) {
     entry["clocks"] = clocks;
 }
 
-struct Statistics {
+struct TimeStatistics {
     double mean = 0;
     double median = 0;
     double deviation = 0; ///< of the sample
 };
 
-Statistics statisticsOf(const std::vector<double>& values) {
-    Statistics statistics;
+TimeStatistics statisticsOf(const std::vector<double>& values) {
+    TimeStatistics statistics;
     const auto count = static_cast<double>(values.size());
     for (const double value : values) {
         statistics.mean += value / count;
@@ -103,10 +103,10 @@ void addAggregates(ordered_json& benchmarks, const Repetitions& line) {
         times.push_back(figure->microseconds * 1000);
         clocks.push_back(figure->clocks);
     }
-    const Statistics time = statisticsOf(times);
-    const Statistics clock = statisticsOf(clocks);
+    const TimeStatistics time = statisticsOf(times);
+    const TimeStatistics clock = statisticsOf(clocks);
     const auto add = [&](const char* name, const char* unit, double timeValue, double clockValue) {
-        ordered_json entry = entryOf(line, "aggregate", std::string("_") + name);
+        ordered_json entry = benchmarkEntry(line, "aggregate", std::string("_") + name);
         entry["threads"] = 1;
         entry["aggregate_name"] = name;
         entry["aggregate_unit"] = unit;
@@ -148,7 +148,7 @@ std::string tidyBenchmark(const std::vector<TidyRecord>& records) {
     for (const Repetitions& line : lines) {
         for (size_t i = 0; i < line.figures.size(); ++i) {
             const Figure& figure = *line.figures[i];
-            ordered_json entry = entryOf(line, "iteration", "");
+            ordered_json entry = benchmarkEntry(line, "iteration", "");
             entry["repetition_index"] = i;
             entry["threads"] = 1;
             entry["iterations"] = std::max(figure.loops, 1LL);
@@ -159,7 +159,7 @@ std::string tidyBenchmark(const std::vector<TidyRecord>& records) {
             addAggregates(benchmarks, line);
         }
     }
-    const ordered_json context = records.empty() ? ordered_json::object() : contextOf(*records.front().head);
+    const ordered_json context = records.empty() ? ordered_json::object() : benchmarkContext(*records.front().head);
     return ordered_json{{"context", context}, {"benchmarks", benchmarks}}.dump(1, ' ', false,
                                                                                json::error_handler_t::replace) +
            "\n";

@@ -70,7 +70,7 @@ TEST(LabDoctor, EachDisturbanceGetsItsAdvice) {
     state.governors = {"powersave"};
     state.turbo = 1;
     state.hyperThreads = true;
-    Trial trial;
+    MachineTrial trial;
     trial.coreRatio = 1.3;
     trial.medianNoise = 0.3;
     trial.slowShare = 0.6;
@@ -89,7 +89,7 @@ TEST(LabDoctor, EachDisturbanceGetsItsAdvice) {
     state.hyperThreads = false;
     state.isolated = "1";
     state.steadyCounter = true;
-    const std::vector<Finding> good = judgeMachine(state, Trial{1, 2500, 1.0, 0.001, 0.01, 0, 0, 0});
+    const std::vector<Finding> good = judgeMachine(state, MachineTrial{1, 2500, 1.0, 0.001, 0.01, 0, 0, 0});
     for (const Finding& finding : good) {
         EXPECT_EQ(finding.grade, Finding::Grade::good) << finding.what;
     }
@@ -122,7 +122,7 @@ TEST(LabDoctor, BuildsWithoutOptimisationAreSeen) {
 }
 
 TEST(LabDoctor, TheTrialTellsPlausibleFigures) {
-    const Trial trial = tryMachine(0.05);
+    const MachineTrial trial = tryMachine(0.05);
     EXPECT_GE(trial.counterStep, 1);
     EXPECT_GT(trial.counterMHz, 100);
     EXPECT_GT(trial.coreRatio, 0);

@@ -58,7 +58,7 @@ bool TimACorrLagMax::canStart() {
 
 bool TimACorrLagMax::makeData() {
     // The calls read up to the longest delay before or behind the samples.
-    return maxLag_pithch.value() == grid.room(maxLag_pithch) &&
+    return maxLag_pithch.value() > 0 && maxLag_pithch.value() == grid.room(maxLag_pithch) &&
            pSrc.createVector(grid.room(maxLag_pithch) + grid.room(upperLag) + grid.room(lenght), setValue, 2, 0);
 }
 
