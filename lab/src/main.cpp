@@ -12,5 +12,8 @@ int main(int argc, char** argv) {
     krlab::addTidy(program);
     krlab::addDoctor(program);
     krlab::addCount(program);
+    krlab::addHistory(program);
+    krlab::addWatch(program);
+    krlab::addBudget(program);
     return program.main(argc, argv);
 }

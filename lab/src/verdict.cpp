@@ -19,24 +19,24 @@ nlohmann::json lineJson(const Line& line) {
 }
 
 nlohmann::json lineJson(const LineVerdict& verdict) {
-    nlohmann::json json = lineJson(verdict.line);
-    json["old"] = verdict.older;
-    json["new"] = verdict.newer;
-    json["ratio"] = verdict.ratio;
+    nlohmann::json object = lineJson(verdict.line);
+    object["old"] = verdict.older;
+    object["new"] = verdict.newer;
+    object["ratio"] = verdict.ratio;
     const bool known = std::isfinite(verdict.high);
-    json["low"] = known ? nlohmann::json(verdict.low) : nlohmann::json();
-    json["high"] = known ? nlohmann::json(verdict.high) : nlohmann::json();
-    json["passes"] = verdict.passes;
-    json["verdict"] = verdictText(verdict.verdict);
-    return json;
+    object["low"] = known ? nlohmann::json(verdict.low) : nlohmann::json();
+    object["high"] = known ? nlohmann::json(verdict.high) : nlohmann::json();
+    object["passes"] = verdict.passes;
+    object["verdict"] = verdictText(verdict.verdict);
+    return object;
 }
 
 nlohmann::json listJson(const std::vector<Line>& lines) {
-    nlohmann::json json = nlohmann::json::array();
+    nlohmann::json object = nlohmann::json::array();
     for (const Line& line : lines) {
-        json.push_back(lineJson(line));
+        object.push_back(lineJson(line));
     }
-    return json;
+    return object;
 }
 
 } // namespace
