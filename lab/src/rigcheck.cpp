@@ -157,7 +157,7 @@ std::vector<std::string> faultsOfRun(const InfoParser& info, const RigExit& exit
     }
     const std::string where = info.current() != nullptr ? " in " + info.current()->end.function : "";
     if (exit.timedOut) {
-        faults.push_back(fmt::format("the run was ended after {}, its time limit{}", durationText(timeLimit), where));
+        faults.push_back(fmt::format("the run was ended{} after {}, its time limit", where, durationText(timeLimit)));
     } else if (exit.signal != 0) {
         faults.push_back(
             fmt::format("the run was ended by signal {} ({}){}", exit.signal, ::strsignal(exit.signal), where));

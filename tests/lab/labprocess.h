@@ -3,6 +3,7 @@
 
 #include "tempdir.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -20,9 +21,12 @@ struct LabResult {
 
 class LabDirectory : public TempDir {
 public:
-    /// The words are quoted for the shell.
-    LabResult run(const std::vector<std::string>& words) const {
+    /// The words are quoted for the shell. The rig is the quick one, unless they name one.
+    LabResult run(std::vector<std::string> words) const {
         std::string command = "cd '" + path() + "' && '" + KRLAB + "'";
+        if (std::find(words.begin(), words.end(), "--rig") == words.end()) {
+            words.insert(words.begin(), {"--rig", QUICKRIG});
+        }
         for (const std::string& word : words) {
             command += " '" + word + "'";
         }
@@ -67,7 +71,7 @@ public:
     }
     /// Runs the rig itself here, with its files in this directory.
     void rig(const std::string& keys) const {
-        const std::string command = std::string(KELVARRIG) + " -B -l'" + path() + "' " + keys + " >/dev/null 2>&1";
+        const std::string command = std::string(QUICKRIG) + " -B -l'" + path() + "' " + keys + " >/dev/null 2>&1";
         [[maybe_unused]] const int code = std::system(command.c_str());
     }
 };

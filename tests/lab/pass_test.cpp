@@ -28,7 +28,7 @@ std::vector<std::string> functionsOf(const Pass& pass) {
 }
 
 Subject realRig() {
-    return {"rig", KELVARRIG, {}};
+    return {"rig", QUICKRIG, {}};
 }
 
 } // namespace
