@@ -156,7 +156,7 @@ CHAINS = [
     Chain("AmrChainOracle.CoderHasTheParametersOfTheOtherOneAtAllRates", "veksAutoCorr_GSMAMR_16s32s", 0.02,
           [f"AMR {name} kbit/s coder" for name in AMR_NAMES], AMR, ("veksAutoCorr_GSMAMR_16s32s", 2), ""),
     Chain("AmrChainOracle.DecoderHasTheSamplesOfTheOtherOneAtAllRates", "veksQuantLSPDecode_GSMAMR_16s", 0.02,
-          [f"AMR {name} kbit/s decoder" for name in AMR_NAMES], AMR, ("veksFixedCodebookDecode_GSMAMR_16s", 2), ""),
+          [f"AMR {name} kbit/s decoder" for name in AMR_NAMES], AMR, ("veksFixedCodebookDecode_GSMAMR_16s", 3), ""),
     Chain("AmrWbCoderOracle.HasTheBitsOfTheOtherOneAtAllRates", "veksVAD_AMRWB_16s", 0.02,
           [f"AMR-WB {name} kbit/s coder" for name in WB_NAMES], WB, ("veksAlgebraicCodebookSearch_AMRWB_16s", 5), ""),
     Chain("AmrWbChainOracle.DecoderHasTheSamplesOfTheOtherOneForSpeechAtAllRates", "veksISFQuantDecode_AMRWB_16s", 0.02,
