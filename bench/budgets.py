@@ -23,47 +23,64 @@ RECORDER = r"""
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
 #include <x86intrin.h>
-static FILE *out;
-static uint64_t start;
-static const char *current;
+/* The tests run first with the best kernels; what follows vekInitCpu is no more of interest. */
+enum { most = 4000000 };
+static struct record { const char *name; int arguments[6]; uint64_t clocks; } *records;
+static long count;
+static int stopped;
 unsigned la_version(unsigned version) { return version < LAV_CURRENT ? version : LAV_CURRENT; }
 unsigned la_objopen(struct link_map *map, Lmid_t id, uintptr_t *cookie) {
     (void)id; (void)cookie;
-    return map->l_name[0] == 0 ? LA_FLG_BINDFROM : strstr(map->l_name, "libveks") ? LA_FLG_BINDTO : 0;
+    return map->l_name[0] == 0 ? LA_FLG_BINDFROM : strstr(map->l_name, "libvek") ? LA_FLG_BINDTO : 0;
 }
 uintptr_t la_symbind64(Elf64_Sym *symbol, unsigned index, uintptr_t *from, uintptr_t *to, unsigned *flags,
                        const char *name) {
     (void)index; (void)from; (void)to;
-    if (strncmp(name, "veks", 4) != 0) { *flags |= LA_SYMB_NOPLTENTER | LA_SYMB_NOPLTEXIT; }
+    if (strncmp(name, "veks", 4) != 0 && strcmp(name, "vekInitCpu") != 0) {
+        *flags |= LA_SYMB_NOPLTENTER | LA_SYMB_NOPLTEXIT;
+    }
     return symbol->st_value;
 }
 Elf64_Addr la_x86_64_gnu_pltenter(Elf64_Sym *symbol, unsigned index, uintptr_t *from, uintptr_t *to,
                                   La_x86_64_regs *regs, unsigned *flags, const char *name, long *frame) {
-    (void)index; (void)from; (void)to; (void)flags;
-    if (out == NULL) { out = fopen(getenv("RECORD"), "w"); }
-    const long arguments[6] = {(long)regs->lr_rdi, (long)regs->lr_rsi, (long)regs->lr_rdx,
-                               (long)regs->lr_rcx, (long)regs->lr_r8,  (long)regs->lr_r9};
-    fprintf(out, "%s", name);
-    for (int i = 0; i < 6; ++i) { fprintf(out, " %d", (int)arguments[i]); }
+    (void)index; (void)from; (void)to; (void)flags; (void)frame;
+    if (records == NULL) {
+        records = mmap(NULL, most * sizeof *records, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE,
+                       -1, 0);
+    }
+    stopped |= records == MAP_FAILED || count == most || strcmp(name, "vekInitCpu") == 0;
+    if (stopped) { return symbol->st_value; }
+    const int arguments[6] = {(int)regs->lr_rdi, (int)regs->lr_rsi, (int)regs->lr_rdx,
+                              (int)regs->lr_rcx, (int)regs->lr_r8,  (int)regs->lr_r9};
+    records[count].name = name;
+    memcpy(records[count].arguments, arguments, sizeof arguments);
+    ++count;
 #ifdef TIMED
-    *frame = 128;
-    current = name;
-    start = __rdtsc();
-#else
-    fprintf(out, "\n");
-    (void)frame;
+    *frame = 128; /* of arguments on the stack; without it there is no call of pltexit */
+    records[count - 1].clocks = __rdtsc();
 #endif
     return symbol->st_value;
 }
 #ifdef TIMED
 unsigned la_x86_64_gnu_pltexit(Elf64_Sym *symbol, unsigned index, uintptr_t *from, uintptr_t *to,
                                const La_x86_64_regs *in, La_x86_64_retval *result, const char *name) {
+    const uint64_t now = __rdtsc();
     (void)symbol; (void)index; (void)from; (void)to; (void)in; (void)result; (void)name;
-    fprintf(out, " %llu\n", (unsigned long long)(__rdtsc() - start));
+    if (!stopped) { records[count - 1].clocks = now - records[count - 1].clocks; }
     return 0;
 }
 #endif
+__attribute__((destructor)) static void tell(void) {
+    FILE *out = fopen(getenv("RECORD"), "w");
+    for (long i = 0; out != NULL && i < count; ++i) {
+        fprintf(out, "%s", records[i].name);
+        for (int k = 0; k < 6; ++k) { fprintf(out, " %d", records[i].arguments[k]); }
+        fprintf(out, " %llu\n", (unsigned long long)records[i].clocks);
+    }
+    if (out != NULL) { fclose(out); }
+}
 """
 
 AMR = ["BR_4750", "BR_5150", "BR_5900", "BR_6700", "BR_7400", "BR_7950", "BR_10200", "BR_12200"]
@@ -195,8 +212,8 @@ def record(build, test, timed, cache={}):
         calls = []
         for line in open(f"{directory}/calls"):
             words = line.split()
-            if len(words) == 7 + timed and not any(word in words[0] for word in IGNORED):
-                calls.append((words[0], [int(word) for word in words[1:7]], int(words[7]) if timed else 0))
+            if len(words) == 8 and not any(word in words[0] for word in IGNORED):
+                calls.append((words[0], [int(word) for word in words[1:7]], int(words[7])))
     cache[test, timed] = calls
     return calls
 
