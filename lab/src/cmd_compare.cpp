@@ -15,9 +15,15 @@ struct CompareArguments {
     std::string newer;
     std::string threshold = "3%";
     std::string confidence = "99%";
+    std::string countThreshold = "0.1%";
     std::string store = "krlab.db";
     bool strict = false;
 };
+
+// A share, or none at all: counts may be asked to be equal.
+double parseThreshold(const std::string& text) {
+    return text == "0" || text == "0%" ? 0 : parseShare(text);
+}
 
 int judgeSides(const CompareArguments& options, Context& context) {
     const double threshold = parseShare(options.threshold);
@@ -26,7 +32,8 @@ int judgeSides(const CompareArguments& options, Context& context) {
     PassList newer;
     older.add(options.older, options.store);
     newer.add(options.newer, options.store);
-    const VerdictReport report = comparePasses(older, newer, threshold, confidence);
+    const VerdictReport report =
+        comparePasses(older, newer, threshold, confidence, parseThreshold(options.countThreshold));
     if (!context.options.json.empty()) {
         writeOutput(context.options.json, toJson(report).dump(1) + "\n");
     }
@@ -47,6 +54,10 @@ void addCompare(Program& program) {
     command.add_option("OLD", options->older, what)->required();
     command.add_option("NEW", options->newer, "the same for the new one")->required();
     command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
+    command
+        .add_option("--count-threshold", options->countThreshold,
+                    "the same where both sides are counts of instructions (krlab count); 0 for equal ones")
+        ->capture_default_str();
     command.add_option("--confidence", options->confidence, "that no line is accused wrongly")->capture_default_str();
     command.add_option("--store", options->store, "file that keeps the passes")->capture_default_str();
     command.add_flag("--strict", options->strict, "status 3 if lines stay undecided");

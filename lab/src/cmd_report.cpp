@@ -75,6 +75,8 @@ int writeReport(const ReportArguments& options, Context& context) {
     for (const std::string& source : options.sources) {
         all.add(source, options.store);
     }
+    // The page shows clocks; a store may hold instructions as well.
+    all = all.where([](const PassList::Entry& pass) { return !pass.counts; });
     PassList older;
     PassList newer;
     ReportInput input;
@@ -83,6 +85,9 @@ int writeReport(const ReportArguments& options, Context& context) {
         const std::string store = storeOf(options);
         older.add(options.older, store);
         newer.add(options.newer, store);
+        if (older.counts()) {
+            throw Fault(options.older, "holds instructions, and a report shows clocks: krlab compare takes both");
+        }
         input.verdicts = comparePasses(older, newer, threshold, confidence);
         status = exitStatus(*input.verdicts, false);
         input.sides = {&older, &newer};

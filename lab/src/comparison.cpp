@@ -1,5 +1,7 @@
 #include "comparison.h"
 
+#include "countcomparison.h"
+#include "fault.h"
 #include "noise.h"
 #include "signedrank.h"
 
@@ -247,10 +249,17 @@ VerdictReport compareRuns(const Comparison& comparison) {
     return Compared(comparison).report();
 }
 
-VerdictReport comparePasses(const PassList& older, const PassList& newer, double threshold, double confidence) {
+VerdictReport comparePasses(const PassList& older, const PassList& newer, double threshold, double confidence,
+                            double countThreshold) {
     const Identity& old = older.subject();
     const Identity& fresh = newer.subject();
-    VerdictReport report = compareRuns({{older.runs(), newer.runs()}, threshold, confidence});
+    const bool counts = older.counts();
+    if (counts != newer.counts()) {
+        throw Fault(fmt::format("{} holds instructions and {} does not", (counts ? older : newer).text(),
+                                (counts ? newer : older).text()));
+    }
+    VerdictReport report = counts ? compareCounts({older.runs(), newer.runs()}, countThreshold)
+                                  : compareRuns({{older.runs(), newer.runs()}, threshold, confidence});
     report.older = old;
     report.newer = fresh;
     for (const PassList* list : {&older, &newer}) {

@@ -27,8 +27,10 @@ struct Comparison {
 /// changed has at most the chance 1 - confidence. The remarks tell what was done.
 VerdictReport compareRuns(const Comparison& comparison);
 
-/// The same for two lists of passes, each of one subject, with identities and remarks. Throws Fault where a list holds
-/// several subjects.
-VerdictReport comparePasses(const PassList& older, const PassList& newer, double threshold, double confidence);
+/// The same for two lists of passes, each of one subject, with identities and remarks; counts of instructions are
+/// compared as such, at a threshold of their own. Throws Fault where a list holds several subjects, or only one of them
+/// counts.
+VerdictReport comparePasses(const PassList& older, const PassList& newer, double threshold, double confidence,
+                            double countThreshold = 0.001);
 
 } // namespace krlab

@@ -1,5 +1,6 @@
 #include "machinestate.h"
 
+#include "referencekernel.h"
 #include "text.h"
 
 #include <algorithm>
@@ -51,17 +52,6 @@ int turboState(const fs::path& root) {
         }
     }
     return -1;
-}
-
-/// A chain of additions takes one clock of the core for each.
-__attribute__((noinline)) unsigned long long additions(unsigned long long count) {
-    unsigned long long sum = 0;
-    for (unsigned long long i = 0; i < count; i += 8) {
-        asm volatile("add $1, %0\n\tadd $1, %0\n\tadd $1, %0\n\tadd $1, %0\n\t"
-                     "add $1, %0\n\tadd $1, %0\n\tadd $1, %0\n\tadd $1, %0"
-                     : "+r"(sum));
-    }
-    return sum;
 }
 
 int stepOfCounter() {
@@ -136,7 +126,7 @@ MachineTrial tryMachine(double seconds) {
     std::vector<std::pair<double, double>> readings; // seconds since the start, clocks
     for (double now = 0; now < seconds;) {
         const unsigned long long from = __rdtsc();
-        additions(kernel);
+        referenceKernel(kernel);
         const unsigned long long to = __rdtsc();
         now = std::chrono::duration<double>(Clock::now() - start).count();
         readings.emplace_back(now, static_cast<double>(to - from));

@@ -12,5 +12,9 @@ int main(int argc, char** argv) {
     krlab::addTidy(program);
     krlab::addDoctor(program);
     krlab::addReport(program);
+    krlab::addCount(program);
+    krlab::addHistory(program);
+    krlab::addWatch(program);
+    krlab::addBudget(program);
     return program.main(argc, argv);
 }

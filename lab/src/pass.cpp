@@ -50,6 +50,7 @@ Told callOnce(const PassRequest& request, const std::vector<std::string>& keys, 
     Told told;
     RigCall call;
     call.subject = request.subject;
+    call.launcher = request.launcher;
     call.keys = keys;
     call.keys.insert(call.keys.end(), {"-B", "-LINFO", "-q+", "-r" + table.path()});
     call.inherited = {table.descriptor()};

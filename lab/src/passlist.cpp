@@ -110,9 +110,9 @@ void PassList::addStored(const std::string& file, const std::string& selection) 
                         : fmt::format("holds no pass for '{}'; name a run by its number, NUMBER/SUBJECT, or a label",
                                       selection));
     }
-    std::map<long long, std::string> labels;
-    for (const RunRecord& run : store.runs()) {
-        labels[run.id] = run.label;
+    std::map<long long, RunRecord> runs;
+    for (RunRecord& run : store.runs()) {
+        runs[run.id] = std::move(run);
     }
     std::vector<std::uint32_t> indexes;
     for (const Line& line : table.lines) {
@@ -122,7 +122,8 @@ void PassList::addStored(const std::string& file, const std::string& selection) 
     for (size_t i = 0; i < table.passes.size(); ++i) {
         const PassRecord& pass = table.passes[i];
         longest = pass.figures > longest->figures ? &pass : longest;
-        Entry entry{pass.identity, pass.run, labels[pass.run], pass.complete, true, {}};
+        const RunRecord& run = runs[pass.run];
+        Entry entry{pass.identity, pass.run, run.label, pass.complete, true, run.command == "count", {}};
         entry.readings.reserve(table.entries[i].size());
         for (const FigureTable::Entry& reading : table.entries[i]) {
             entry.readings.push_back({indexes[reading.line], reading.accuracy, reading.clocks});
@@ -148,6 +149,16 @@ const Identity& PassList::subject() const {
         }
     }
     return first;
+}
+
+bool PassList::counts() const {
+    const bool counts = !m_passes.empty() && m_passes.front().counts;
+    for (const Entry& pass : m_passes) {
+        if (pass.counts != counts) {
+            throw Fault(fmt::format("'{}' holds clocks and counts; choose a run by its number", m_text));
+        }
+    }
+    return counts;
 }
 
 PassList PassList::where(const std::function<bool(const Entry&)>& wanted) const {

@@ -27,7 +27,8 @@ public:
         long long run = 0; ///< number in the store; 0 for a table
         std::string label;
         bool complete = true;
-        bool exact = false; ///< the readings come from whole counts
+        bool exact = false;  ///< the readings come from whole counts
+        bool counts = false; ///< the readings are instructions
         std::vector<Reading> readings;
     };
 
@@ -45,6 +46,10 @@ public:
 
     /// The identity of the one subject that all passes of a store measured. Throws Fault if there are several.
     const Identity& subject() const;
+    /// What was added last, as the user named it.
+    const std::string& text() const { return m_text; }
+    /// True if the passes hold instructions. Throws Fault if some hold clocks.
+    bool counts() const;
     /// Those of the passes for which `wanted` is true.
     PassList where(const std::function<bool(const Entry&)>& wanted) const;
     /// Adds all passes of another list.
@@ -62,7 +67,7 @@ private:
     std::map<Line, std::uint32_t> m_index;
     std::vector<Entry> m_passes;
     std::vector<std::string> m_remarks;
-    std::string m_text; ///< what was added last, for messages
+    std::string m_text;
 };
 
 } // namespace krlab

@@ -68,6 +68,10 @@ void addResume(Program& program);
 void addTidy(Program& program);
 void addDoctor(Program& program);
 void addReport(Program& program);
+void addCount(Program& program);
+void addHistory(Program& program);
+void addWatch(Program& program);
+void addBudget(Program& program);
 
 /// Writes text to the file, or to standard output for "-". Throws Fault with the cause.
 void writeOutput(const std::string& file, const std::string& text);

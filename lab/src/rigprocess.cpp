@@ -103,7 +103,7 @@ std::vector<std::string> environmentOf(const RigCall& call) {
     // A rig that crashes under test leaves no core files behind.
     const rlimit none{0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
-    ::execve(call.subject.program.c_str(), words, environment);
+    ::execve(words[0], words, environment);
     const int error = errno;
     [[maybe_unused]] const ssize_t written = ::write(report, &error, sizeof error);
     ::_exit(127);
@@ -210,6 +210,7 @@ std::string searchPathEntry(const Subject& subject) {
 RigExit callRig(const RigCall& call) {
     std::vector<std::string> words = call.keys;
     words.insert(words.begin(), call.subject.program.string());
+    words.insert(words.begin(), call.launcher.begin(), call.launcher.end());
     std::vector<std::string> environment = environmentOf(call);
     const std::vector<char*> wordPointers = pointers(words);
     const std::vector<char*> environmentPointers = pointers(environment);
@@ -248,7 +249,7 @@ RigExit callRig(const RigCall& call) {
     while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }
     if (failed) {
-        throw Fault(call.subject.program.string(), "can't be started: " + systemCause(error));
+        throw Fault(words.front(), "can't be started: " + systemCause(error));
     }
     drain(console.get(), call);
     result.seconds = std::chrono::duration<double>(Clock::now() - start).count();

@@ -30,6 +30,7 @@ private:
 struct RigCall {
     Subject subject;
     std::vector<std::string> keys;        ///< the whole argument vector behind the program
+    std::vector<std::string> launcher;    ///< a program and its arguments that start the rig; empty for the rig itself
     std::vector<int> inherited;           ///< descriptors of memory files
     std::vector<std::string> environment; ///< further "NAME=value" entries
     double timeLimit = 600;               ///< seconds

@@ -235,6 +235,10 @@ void Store::prepare() {
     if (pragma("user_version") > schemaVersion) {
         throw Fault(m_file, "this store was written by a newer krlab; use that one, or another file");
     }
+    // Stores of before the history have no such table.
+    Statement(*this,
+              "CREATE TABLE IF NOT EXISTS reference (pass INTEGER PRIMARY KEY REFERENCES pass, clocks REAL NOT NULL)")
+        .run();
 }
 
 long long Store::beginRun(const RunRecord& run) {
@@ -288,6 +292,10 @@ long long Store::addPass(long long run, int round, const Pass& pass) {
     return id;
 }
 
+void Store::addReference(long long pass, double clocks) {
+    Statement(*this, "INSERT OR REPLACE INTO reference (pass, clocks) VALUES (?, ?)").bind(pass, clocks).run();
+}
+
 std::vector<RunRecord> Store::runs() const {
     std::vector<RunRecord> runs;
     Statement rows(*this, "SELECT id, command, arguments, seed, label, started, ended, status FROM run ORDER BY id");
@@ -314,7 +322,7 @@ std::vector<PassRecord> Store::passes(const PassFilter& filter) const {
         identities[texts.integer(0)] = identityFromJson(json::parse(texts.text(1)));
     }
     Statement rows(*this, "SELECT id, run, round, subject, identity, started, ended, load_start, load_end, complete, "
-                          "figures FROM pass WHERE " +
+                          "figures, (SELECT clocks FROM reference WHERE reference.pass = pass.id) FROM pass WHERE " +
                               condition(filter) + " ORDER BY id");
     rows.bind(filter.subject, filter.label);
     while (rows.step()) {
@@ -330,6 +338,7 @@ std::vector<PassRecord> Store::passes(const PassFilter& filter) const {
         pass.identity.loadEnd = rows.real(8);
         pass.complete = rows.integer(9) != 0;
         pass.figures = rows.integer(10);
+        pass.reference = rows.real(11);
         passes.push_back(std::move(pass));
     }
     return passes;

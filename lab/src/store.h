@@ -34,6 +34,7 @@ struct PassRecord {
     Identity identity;
     bool complete = false;
     long long figures = 0;
+    double reference = 0; ///< as given to addReference; 0 if it was not
 };
 
 /// Which passes are wanted. Empty members do not restrict.
@@ -70,6 +71,9 @@ public:
     /// Writes a whole pass; returns its number. Throws Fault if it can't be written or the file is gone. `round` tells
     /// which passes were measured beside each other.
     long long addPass(long long run, int round, const Pass& pass);
+
+    /// Keeps what the reference kernel took around a pass.
+    void addReference(long long pass, double clocks);
 
     std::vector<RunRecord> runs() const;
     std::vector<PassRecord> passes(const PassFilter& filter = {}) const;

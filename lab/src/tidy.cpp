@@ -144,47 +144,6 @@ std::string tidyJson(const std::vector<TidyRecord>& records) {
     return dumped(ordered_json{{"schema", "krlab-tidy-1"}, {"runs", runs}, {"rows", rows}});
 }
 
-std::string tidyBenchmark(const std::vector<TidyRecord>& records) {
-    std::map<Line, int> repetitions;
-    for (const TidyRecord& record : records) {
-        ++repetitions[record.figure->line];
-    }
-    ordered_json benchmarks = ordered_json::array();
-    std::map<Line, int> indexes;
-    for (const TidyRecord& record : records) {
-        const Figure& figure = *record.figure;
-        if (figure.microseconds <= 0) {
-            continue;
-        }
-        std::string name = figure.line.function;
-        for (const Parameter& parameter : figure.line.parameters) {
-            name += "/" + parameter.name + ":" + parameter.value;
-        }
-        benchmarks.push_back({{"name", name},
-                              {"run_name", name},
-                              {"run_type", "iteration"},
-                              {"repetitions", repetitions[figure.line]},
-                              {"repetition_index", indexes[figure.line]++},
-                              {"threads", 1},
-                              {"iterations", figure.loops > 0 ? figure.loops : 1},
-                              {"real_time", figure.microseconds * 1000},
-                              {"cpu_time", figure.microseconds * 1000},
-                              {"time_unit", "ns"},
-                              {"clocks", figure.clocks}});
-    }
-    ordered_json context = ordered_json::object();
-    if (!records.empty()) {
-        const TableRun& run = *records.front().head;
-        context = {{"date", run.start},
-                   {"host_name", run.computer},
-                   {"executable", run.libraries.empty() ? "" : run.libraries.back()},
-                   {"mhz_per_cpu", run.megahertz},
-                   {"cpu_scaling_enabled", false},
-                   {"caches", ordered_json::array()}};
-    }
-    return dumped(ordered_json{{"context", context}, {"benchmarks", benchmarks}});
-}
-
 void tidyStore(const std::vector<TidyRecord>& records, const std::string& file) {
     Store store(file);
     RunRecord run;

@@ -90,6 +90,7 @@ nlohmann::json toJson(const VerdictReport& report) {
     return {{"schema", "krlab-verdict-1"},
             {"old", toJson(report.older)},
             {"new", toJson(report.newer)},
+            {"unit", report.unit},
             {"threshold", report.threshold},
             {"confidence", report.confidence},
             {"lines", lines},

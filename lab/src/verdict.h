@@ -46,8 +46,9 @@ VerdictCounts countVerdicts(const std::vector<LineVerdict>& lines);
 struct VerdictReport {
     Identity older;
     Identity newer;
+    std::string unit = "clocks"; ///< of the figures: "clocks" or "instructions"
     double threshold = 0;
-    double confidence = 0;
+    double confidence = 0; ///< 1 for counts, which know no noise
     std::vector<LineVerdict> lines;
     std::vector<Line> onlyOld;
     std::vector<Line> onlyNew;

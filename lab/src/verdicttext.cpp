@@ -96,7 +96,7 @@ std::string head(const Identity& identity) {
 }
 
 std::string commonText(const VerdictReport& report) {
-    if (report.lines.empty()) {
+    if (report.lines.empty() || report.unit != "clocks") {
         return "";
     }
     const char* told = report.commonRemoved ? "which may be the machine's drift and was taken out"
@@ -132,6 +132,13 @@ std::string describe(const VerdictReport& report) {
         text += remark + "\n";
     }
     text += commonText(report);
+    if (report.unit != "clocks") {
+        text += fmt::format("{} lines: {} with more {}, {} with fewer, {} same, {} undecided; geometric mean {:.6f} "
+                            "(threshold {:.3g} %)\n",
+                            counts.lines, counts.slower, report.unit, counts.faster, counts.same, counts.undecided,
+                            counts.geometricMean, report.threshold * 100);
+        return text;
+    }
     const std::string rounds = report.rounds > 0 ? fmt::format(", {} rounds", report.rounds) : "";
     text += fmt::format("{} lines: {} slower, {} faster, {} same, {} undecided; geometric mean {:.4f} "
                         "(threshold {:.3g} %, confidence {:.4g} %{})\n",

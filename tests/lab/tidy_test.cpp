@@ -3,6 +3,8 @@
 #include "labprocess.h"
 #include "store.h"
 
+#include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -39,17 +41,53 @@ TEST(LabTidy, CsvHoldsOneRecordARow) {
 
 TEST(LabTidy, RunsBecomeRepetitionsOfABenchmark) {
     const LabDirectory directory;
-    directory.write("t.csv", tableHead + tableHeading + rowA + tableHead + tableHeading + rowA);
+    const std::string again = "veksA,16s,-,160,-,-,-,-,-,nLps=8,0.50,e,0.036,-\n";
+    const std::string failed = "veksA,16s,-,160,-,-,-,-,-,-,-,-,-,-\n";
+    directory.write("t.csv", tableHead + tableHeading + rowA + rowB + tableHead + tableHeading + again + tableHead +
+                                 tableHeading + failed);
     const LabResult result = directory.run({"tidy", "t.csv", "--to", "benchmark"});
-    const auto document = nlohmann::json::parse(result.out);
-    ASSERT_EQ(document["benchmarks"].size(), 2u);
-    const auto& second = document["benchmarks"][1];
-    EXPECT_EQ(second["name"], "veksA_16s/Len/Size:160");
-    EXPECT_EQ(second["repetitions"], 2);
-    EXPECT_EQ(second["repetition_index"], 1);
-    EXPECT_EQ(second["real_time"], 32);
-    EXPECT_EQ(second["time_unit"], "ns");
-    EXPECT_EQ(document["context"]["host_name"], "box");
+    const auto document = nlohmann::ordered_json::parse(result.out);
+    const auto& entries = document["benchmarks"];
+    ASSERT_EQ(entries.size(), 7u);
+    // The row without a figure is no repetition.
+    EXPECT_EQ(entries[1].dump(),
+              R"({"name":"veksA_16s/Len/Size:160","family_index":0,"per_family_instance_index":0,)"
+              R"("run_name":"veksA_16s/Len/Size:160","run_type":"iteration","repetitions":2,"repetition_index":1,)"
+              R"("threads":1,"iterations":8,"real_time":36.0,"cpu_time":36.0,"time_unit":"ns","clocks":90.0})");
+    EXPECT_EQ(entries[3].dump(),
+              R"({"name":"veksA_16s/Len/Size:160_median","family_index":0,"per_family_instance_index":0,)"
+              R"("run_name":"veksA_16s/Len/Size:160","run_type":"aggregate","repetitions":2,"threads":1,)"
+              R"("aggregate_name":"median","aggregate_unit":"time","iterations":2,"real_time":34.0,"cpu_time":34.0,)"
+              R"("time_unit":"ns","clocks":85.0})");
+    EXPECT_EQ(entries[2]["real_time"], 34);
+    EXPECT_NEAR(entries[4]["real_time"], 2.8284271, 1e-6);
+    EXPECT_NEAR(entries[5]["real_time"], 2.8284271 / 34, 1e-6);
+    EXPECT_EQ(entries[5]["aggregate_unit"], "percentage");
+    EXPECT_EQ(entries[6]["run_type"], "iteration");
+    EXPECT_EQ(document["context"].dump(),
+              R"({"date":"2026-11-22T02:25:47","host_name":"box","executable":"libveksc, 1.0.0, Nov 22 2026",)"
+              R"("num_cpus":2,"mhz_per_cpu":2500,"caches":[]})");
+}
+
+TEST(LabTidy, CompareScriptOfTheBenchmarkLibraryReadsTheForm) {
+    constexpr const char* script = "/usr/share/benchmark/compare.py";
+    if (!std::filesystem::exists(script) || std::system("/usr/bin/python3 -c 'import scipy' 2>/dev/null") != 0) {
+        GTEST_SKIP() << "libbenchmark-tools or python3-scipy is missing";
+    }
+    const LabDirectory directory;
+    directory.write("a.csv", tableHead + tableHeading + rowA + tableHead + tableHeading + rowA);
+    const std::string slower = "veksA,16s,-,160,-,-,-,-,-,nLps=8,0.50,e,0.048,-\n";
+    directory.write("b.csv", tableHead + tableHeading + slower + tableHead + tableHeading + slower);
+    directory.run({"tidy", "a.csv", "--to", "benchmark", "-o", "a.json"});
+    directory.run({"tidy", "b.csv", "--to", "benchmark", "-o", "b.json"});
+    const std::string command = "cd '" + directory.path() + "' && /usr/bin/python3 " + script +
+                                " --no-color benchmarks a.json b.json >compared 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    const std::string text = directory.read("compared");
+    EXPECT_NE(text.find("veksA_16s/Len/Size:160 "), std::string::npos) << text;
+    EXPECT_NE(text.find("veksA_16s/Len/Size:160_median "), std::string::npos) << text;
+    EXPECT_NE(text.find("+0.5000         +0.5000            32            48"), std::string::npos) << text;
+    EXPECT_NE(text.find("pvalue"), std::string::npos) << text;
 }
 
 TEST(LabTidy, SeveralFormsAtOnceShareAStem) {

@@ -4,6 +4,7 @@
 
 #include "program.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <regex>
 #include <stdexcept>
