@@ -1,8 +1,10 @@
 // `krlab report`: tables or stored passes as one page for the browser.
 #include "comparison.h"
+#include "history.h"
 #include "program.h"
 #include "report.h"
 #include "reportpage.h"
+#include "store.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
@@ -59,6 +61,29 @@ std::string storeOf(const ReportArguments& options) {
                : options.store;
 }
 
+// The steps that `history` finds in the store, at the first point of their runs.
+void addSteps(Course& course, const Store& store) {
+    std::map<long long, size_t> points;
+    for (size_t i = 0; i < course.points.size(); ++i) {
+        points.try_emplace(course.points[i].run, i);
+    }
+    std::map<Line, std::uint32_t> numbers;
+    for (std::uint32_t i = 0; i < course.list->lines().size(); ++i) {
+        numbers[course.list->lines()[i]] = i;
+    }
+    for (const HistoryCourse& history : readHistory(store, {})) {
+        for (const HistoryLine& line : history.lines) {
+            for (const HistoryStep& step : line.steps) {
+                const auto point = points.find(history.points[step.point].run);
+                const auto number = numbers.find(line.line);
+                if (point != points.end() && number != numbers.end()) {
+                    course.steps.push_back({number->second, point->second, step.factor()});
+                }
+            }
+        }
+    }
+}
+
 int writeReport(const ReportArguments& options, Context& context) {
     if (options.older.empty() != options.newer.empty()) {
         throw Fault("--old and --new belong together");
@@ -111,7 +136,11 @@ int writeReport(const ReportArguments& options, Context& context) {
     }
     input.title = options.title.empty() ? titleOf(input) : options.title;
     input.made = timeText();
-    const Course course = courseOf(all, input.sides, mostReadings);
+    Course course = courseOf(all, input.sides, mostReadings);
+    // Numbers of runs mean something within one store only.
+    if (all.stores().size() == 1) {
+        addSteps(course, Store(*all.stores().begin()));
+    }
     const nlohmann::json data = reportData(input, course);
     if (!context.options.json.empty()) {
         writeOutput(context.options.json, data.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");

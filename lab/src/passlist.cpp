@@ -102,6 +102,7 @@ void PassList::addTable(const std::string& file, const std::string& subject) {
 
 void PassList::addStored(const std::string& file, const std::string& selection) {
     const Store store(file);
+    m_stores.insert(file);
     const FigureTable table = store.figures(filterOf(selection));
     if (table.passes.empty()) {
         throw Fault(file,
@@ -179,6 +180,7 @@ void PassList::add(const PassList& other) {
         }
         m_passes.push_back(std::move(entry));
     }
+    m_stores.insert(other.m_stores.begin(), other.m_stores.end());
     m_remarks.insert(m_remarks.end(), other.m_remarks.begin(), other.m_remarks.end());
 }
 

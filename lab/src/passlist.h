@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,8 @@ public:
     /// Elements that one call of the line handles; 0 if unknown.
     double elements(std::uint32_t line) const { return m_elements[line]; }
     const std::vector<Entry>& passes() const { return m_passes; }
+    /// The stores from which passes were taken, each once.
+    const std::set<std::string>& stores() const { return m_stores; }
     /// What the reader must know: a line each.
     const std::vector<std::string>& remarks() const { return m_remarks; }
 
@@ -67,6 +70,7 @@ private:
     std::map<Line, std::uint32_t> m_index;
     std::vector<Entry> m_passes;
     std::vector<std::string> m_remarks;
+    std::set<std::string> m_stores;
     std::string m_text;
 };
 

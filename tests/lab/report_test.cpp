@@ -40,12 +40,12 @@ Pass passOf(const std::string& subject, int second, const std::vector<double>& c
 }
 
 // A store with one run a list of passes, labelled r1, r2 ...
-void fill(const std::string& file, const std::vector<std::vector<Pass>>& runs) {
+void fill(const std::string& file, const std::vector<std::vector<Pass>>& runs, const std::string& command = "run") {
     Store store(file);
     int number = 0;
     for (const std::vector<Pass>& passes : runs) {
         RunRecord record;
-        record.command = "run";
+        record.command = command;
         record.label = fmt::format("r{}", ++number);
         const long long run = store.beginRun(record);
         for (const Pass& pass : passes) {
@@ -257,6 +257,23 @@ TEST(LabReport, ReportOfTwoSubjectsHasTheStatusOfTheirComparison) {
     EXPECT_EQ(result.status, exitGood);
     EXPECT_NE(result.err.find("2 subjects (a, b): the figures are those of the last one, b;"), std::string::npos)
         << result.err;
+}
+
+TEST(LabReport, StepsOfTheHistoryStandInTheCourse) {
+    const LabDirectory directory;
+    std::vector<std::vector<Pass>> runs;
+    for (int i = 0; i < 20; ++i) {
+        const double noise = 1 + 0.001 * (i * 7 % 5);
+        runs.push_back({passOf("a", i, {100 * noise * (i < 12 ? 1 : 1.25), 50 * noise})});
+    }
+    fill(directory.path("krlab.db"), runs, "history");
+    const LabResult result = directory.run({"report", "krlab.db", "-o", "x.html", "--json", "x.json"});
+    EXPECT_EQ(result.status, exitGood) << result.err;
+    const nlohmann::json data = nlohmann::json::parse(directory.read("x.json"));
+    ASSERT_EQ(data["steps"].size(), 1u);
+    EXPECT_EQ(data["lines"][data["steps"][0][0].get<size_t>()][2], "0");
+    EXPECT_EQ(data["points"][data["steps"][0][1].get<size_t>()]["label"], "r13");
+    EXPECT_NEAR(data["steps"][0][2], 1.25, 0.01);
 }
 
 TEST(LabReport, ReportTellsWhatItLacks) {
