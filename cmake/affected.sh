@@ -1,24 +1,28 @@
 # For ./test --affected: from the files that differ from a commit to the rooms whose tests can see them, and from rooms
 # to what each of the two builds has to build for that. Files that are not known to matter to some rooms only take all.
 
-all_rooms="api lib vek suites cli own oracle lab"
+all_rooms="api lib vek suites cli own oracle lab pages scripts install"
 
 kr_rooms_of() { # file: the rooms that can see it
     case $1 in
     docs/library.md) echo vek ;;
-    tests/own/* | tools/* | docs/own-functions.md | README.md) echo own ;;
-    docs/* | bench/* | *.md | tests/fuzz/* | tests/mutants/* | .clang-tidy | .gitignore) ;;
+    tests/install/* | CHANGELOG.md) echo install ;;
+    tests/pages/* | tools/pages/*) echo pages ;;
+    tests/scripts/* | run | krlab | cmake/setup.sh) echo scripts ;;
+    tests/own/* | tools/* | docs/own-functions.md | docs/install.md | README.md) echo own ;;
+    docs/* | bench/* | *.md | tests/fuzz/* | tests/mutants/* | .clang-tidy | .ci/* | cmake/tidy.sh | .gitignore) ;;
     tests/api/*) echo api ;;
     tests/lib/*) echo lib ;;
     tests/vek/*) echo vek ;;
     tests/suites/* | tests/suites_values/*) echo suites ;;
     tests/oracle/*) echo oracle ;;
-    tests/cli/rig_process.*) echo cli own ;;
+    tests/cli/rig_process.*) echo cli own pages scripts ;;
     tests/cli/* | tests/fault/*) echo cli ;;
-    tests/lab/* | lab/*) echo lab ;;
-    api/src/*) echo api lib suites cli own lab ;;
-    api/lib/*) echo lib suites cli own lab ;;
-    veksc/src/*) echo suites cli lab ;;
+    tests/lab/*) echo lab ;;
+    lab/*) echo lab pages ;;
+    api/src/*) echo api lib suites cli own lab pages install ;;
+    api/lib/*) echo lib suites cli own lab pages ;;
+    veksc/src/*) echo suites cli lab pages ;;
     vek/sc/* | vek/s/*) echo vek oracle suites ;;
     *) echo "$all_rooms" ;;
     esac
@@ -30,8 +34,10 @@ kr_targets_of() { # build room
     asan:api) echo kr_tests ;;
     asan:lib) echo vk_tests ;;
     test:lab) echo lab_tests ;;
+    test:pages) echo page_tests ;;
+    test:scripts) echo script_tests ;;
     asan:suites) echo suite_tests value_tests ;;
-    test:vek | test:oracle | test:cli | test:own) echo "$2_tests" ;;
+    test:vek | test:oracle | test:cli | test:own | test:install) echo "$2_tests" ;;
     asan:vek | asan:oracle) echo veksc ;;
     asan:cli) echo kelvarrig faultrig ;;
     esac

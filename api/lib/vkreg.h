@@ -9,6 +9,9 @@
 #include "krcputick.h"
 #include "vktest.h"
 
+// Tests that are no vkTest show their names by the same grammar.
+static const bool regNameCells = krRegNameCells(vkNameCells) != 0;
+
 /// Ticks of the intervals of one measurement.
 struct vkStopwatch {
     bool reset = false;   ///< the total starts anew with the next interval

@@ -3,7 +3,6 @@
 
 #include "krbase.h"
 #include "krcputick.h"
-#include "krown.h"
 #include "krstream.h"
 
 bool vkTest::m_checkErrorsOnly = false;
@@ -26,16 +25,13 @@ int vkTest::compareFunc(const krTest* other) const {
     return m_func.compare(vkFunc(other->m_name));
 }
 
-static void nameCells(const krString& name) {
+void vkNameCells(const krString& name) {
     const vkFunc func(name);
     g_cstrm << func.prefix() + func.baseName() << func.typeName() << func.descrName();
 }
 
-// Tests that are no vkTest show their names by the same grammar.
-static const bool regNameCells = krRegNameCells(nameCells) != 0;
-
 void vkTest::funcToCstrm() {
-    nameCells(m_func);
+    vkNameCells(m_func);
 }
 
 bool vkTest::isFloatFunction() {

@@ -11,6 +11,9 @@
 /// Base of two-dimensional data, for the cache states of a domain that has such.
 class vkImage : public krObject {};
 
+/// Three cells of the table: base with prefix, types, descriptor.
+void vkNameCells(const krString& name);
+
 class vkTest : public krTest {
 public:
     vkTest(krFuncCall funcCall, krFuncCall funcInit, krFuncLoop funcLoop, krFuncStat funcStat, const krString& name,

@@ -16,7 +16,7 @@ krStringList* g_pHotList = nullptr;
 bool qKeys = true;
 krSession* pSession = nullptr;
 
-const char* KR_version = "2.0";
+const char* KR_version = KR_VERSION; // that of the project, from the build
 const char* KR_buildDate = "Mar 16 2010";
 const char* extIni = ".ini";
 const char* extCsv = ".csv";

@@ -147,6 +147,10 @@ int krRegTimingMethod(void (*init)(krTool& tool));
 int krRegQKeys();
 int krRegHotFunction(const krString& name);
 int krRegSession(krSession* session);
+/// Writes the cells of a function's name to the table. The layer that knows a grammar of names registers its own;
+/// without one the name is the first cell and two stay empty.
+using krNameCells = void (*)(const krString& name);
+int krRegNameCells(krNameCells cells);
 
 // The registries; null until the first registration.
 extern krTestList* pTestList;

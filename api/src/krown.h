@@ -55,8 +55,3 @@ private:
     bool m_returnsValue = false;
     bool m_ready = false;
 };
-
-/// Writes the cells of a function's name to the table. The layer that knows a grammar of names registers its own;
-/// without one the name is the first cell and two stay empty.
-using krNameCells = void (*)(const krString& name);
-int krRegNameCells(krNameCells cells);

@@ -1,5 +1,7 @@
 #include "comparison.h"
 
+#include "countcomparison.h"
+#include "fault.h"
 #include "noise.h"
 #include "signedrank.h"
 
@@ -245,6 +247,25 @@ VerdictReport Compared::report() {
 
 VerdictReport compareRuns(const Comparison& comparison) {
     return Compared(comparison).report();
+}
+
+VerdictReport comparePasses(const PassList& older, const PassList& newer, double threshold, double confidence,
+                            double countThreshold) {
+    const Identity& old = older.subject();
+    const Identity& fresh = newer.subject();
+    const bool counts = older.counts();
+    if (counts != newer.counts()) {
+        throw Fault(fmt::format("{} holds instructions and {} does not", (counts ? older : newer).text(),
+                                (counts ? newer : older).text()));
+    }
+    VerdictReport report = counts ? compareCounts({older.runs(), newer.runs()}, countThreshold)
+                                  : compareRuns({{older.runs(), newer.runs()}, threshold, confidence});
+    report.older = old;
+    report.newer = fresh;
+    for (const PassList* list : {&older, &newer}) {
+        report.remarks.insert(report.remarks.end(), list->remarks().begin(), list->remarks().end());
+    }
+    return report;
 }
 
 } // namespace krlab

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "figure.h"
+#include "passlist.h"
 #include "verdict.h"
 
 #include <array>
@@ -25,5 +26,11 @@ struct Comparison {
 /// The number of lines is accounted for by Holm's step-down: that any line is found slower or faster though none has
 /// changed has at most the chance 1 - confidence. The remarks tell what was done.
 VerdictReport compareRuns(const Comparison& comparison);
+
+/// The same for two lists of passes, each of one subject, with identities and remarks; counts of instructions are
+/// compared as such, at a threshold of their own. Throws Fault where a list holds several subjects, or only one of them
+/// counts.
+VerdictReport comparePasses(const PassList& older, const PassList& newer, double threshold, double confidence,
+                            double countThreshold = 0.001);
 
 } // namespace krlab

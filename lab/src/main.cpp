@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     krlab::addResume(program);
     krlab::addTidy(program);
     krlab::addDoctor(program);
+    krlab::addReport(program);
     krlab::addCount(program);
     krlab::addHistory(program);
     krlab::addWatch(program);

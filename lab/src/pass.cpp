@@ -305,6 +305,8 @@ Pass runPass(const PassRequest& request) {
     if (request.record) {
         pass.identity = identify(request.subject);
         pass.identity.keys = request.keys;
+    } else {
+        pass.identity.started = timeText();
     }
     if (request.lines.empty()) {
         runSelected(pass, request, keys);

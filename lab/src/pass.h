@@ -23,7 +23,7 @@ struct PassRequest {
     std::vector<std::string> launcher; ///< as in RigCall
     double timeLimit = 600;            ///< seconds for each rig process; one that takes longer is ended
     bool goOn = true;                  ///< after a rig process that died, measure what stood behind the test in work
-    bool record = true;                ///< false leaves the identity out of the pass: the caller knows it
+    bool record = true;                ///< false leaves all but the start out of the identity: the caller knows it
     /// Called a few times a second with the number of tests that the process in work has ended and its test in work.
     std::function<void(size_t ended, const std::string& function)> progress;
 };

@@ -67,6 +67,7 @@ void addReplay(Program& program);
 void addResume(Program& program);
 void addTidy(Program& program);
 void addDoctor(Program& program);
+void addReport(Program& program);
 void addCount(Program& program);
 void addHistory(Program& program);
 void addWatch(Program& program);

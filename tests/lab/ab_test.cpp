@@ -133,6 +133,21 @@ TEST(LabAb, SubjectsAreStartedInBothOrders) {
     EXPECT_EQ(store.figures().lines.size(), size_t{functions});
 }
 
+TEST(LabAb, EveryPassIsKeptWithItsTimeOfStart) {
+    Pair pair("");
+    const TempDir directory;
+    Store store(directory.path("k.db"));
+    pair.options.store = &store;
+    pair.options.run = store.beginRun({});
+    runAb(pair.options);
+    const std::vector<PassRecord> passes = store.passes();
+    ASSERT_GT(passes.size(), 2u);
+    for (const PassRecord& pass : passes) {
+        EXPECT_NE(pass.identity.started, "") << pass.id;
+        EXPECT_LE(pass.identity.started, pass.identity.ended) << pass.id;
+    }
+}
+
 TEST(LabAb, OnlyUndecidedLinesAndControlsAreMeasuredOn) {
     Pair pair(R"(if (name == "f5") clocks *= 1.1)");
     std::vector<std::string> texts;

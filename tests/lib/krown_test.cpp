@@ -1,7 +1,7 @@
 // Functions of one's own beside tests of library functions.
 #include "krown.h"
 
-#include "vktest.h"
+#include "vkreg.h"
 
 #include "krstream.h"
 

@@ -6,6 +6,7 @@
 
 #include <regex>
 #include <sstream>
+#include <vector>
 
 namespace {
 
@@ -191,6 +192,13 @@ TEST(OwnDocuments, ReadmeLeadsFromThreeFilesToFigures) {
     Walk walk("README.md", "Your own function", "mygain");
     EXPECT_EQ(3, walk.files());
     EXPECT_EQ(3, walk.commands());
+    walk.follow();
+}
+
+TEST(OwnDocuments, InstallationLeadsToFiguresByCMakeAndByPkgConfig) {
+    Walk walk("docs/install.md", "", "");
+    EXPECT_EQ(3, walk.files());
+    EXPECT_EQ(15, walk.commands());
     walk.follow();
 }
 

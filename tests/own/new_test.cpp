@@ -58,8 +58,7 @@ TEST(OwnNew, SuitesOfTheLibraryAndOfOnesOwnCompileAndGiveFigures) {
         "$NEW --suite -o p_b.cpp 'int32_t mySum(const int16_t* x, int n)'\n" +
         s_compile +
         "-Ikelvar-rig/api/lib -Ikelvar-rig/vek/include -Ikelvar-rig/veksc/src p_a.cpp p_b.cpp "
-        "kelvar-rig/veksc/src/vkc.cpp -Wl,--whole-archive " KELVARRIG_BUILD
-        "/api/lib/libvk.a -Wl,--no-whole-archive " KELVARRIG_HARNESS " -L'" KELVARRIG_BUILD
+        "kelvar-rig/veksc/src/vkc.cpp '" KELVARRIG_BUILD "/api/lib/libvk.a' " KELVARRIG_HARNESS " -L'" KELVARRIG_BUILD
         "/lib' -Wl,-rpath,'" KELVARRIG_BUILD "/lib' -lveksc -lveks -lvekcore -o suites\n./suites" +
         s_keys);
     EXPECT_EQ(0, made.exitCode) << made.out;

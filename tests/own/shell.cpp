@@ -1,10 +1,7 @@
 // Commands as a user types them.
 #include "shell.h"
 
-#include <cstdio>
 #include <filesystem>
-#include <memory>
-#include <sys/wait.h>
 
 namespace fs = std::filesystem;
 
@@ -22,17 +19,5 @@ BesideTheCheckout::BesideTheCheckout() {
 }
 
 ShellResult BesideTheCheckout::run(const std::string& script, const std::string& folder) const {
-    m_folder.write("typed.sh", script);
-    const std::string command = "cd '" + m_folder.path(folder) + "' && CMAKE_BUILD_PARALLEL_LEVEL=2 bash '" +
-                                m_folder.path("typed.sh") + "' 2>&1";
-    ShellResult result;
-    FILE* pipe = popen(command.c_str(), "r");
-    char buffer[65536];
-    for (size_t n = 1; n > 0;) {
-        n = fread(buffer, 1, sizeof buffer, pipe);
-        result.out.append(buffer, n);
-    }
-    const int status = pclose(pipe);
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+    return runShellScript(m_folder, script, folder);
 }

@@ -1,16 +1,9 @@
 // Commands as a user types them, in a folder in which the checkout lies as `kelvar-rig`.
 #pragma once
 
-#include "tempdir.h"
+#include "shellscript.h"
 
 #include <string>
-#include <vector>
-
-/// How a command ended, and what it wrote, errors included.
-struct ShellResult {
-    int exitCode = -1;
-    std::string out;
-};
 
 /// An empty folder beside a checkout that has been built.
 class BesideTheCheckout {

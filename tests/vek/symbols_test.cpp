@@ -1,5 +1,9 @@
 // The exported names of the three shared objects are the documented ones, each declared in a public header, and each
 // declared one is there. Every speech function has its row in the coverage table.
+#include "vekcore.h"
+#include "veks.h"
+#include "veksc.h"
+
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -7,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <set>
 #include <sstream>
 #include <string>
@@ -109,6 +114,35 @@ TEST(VekSymbols, VectorLibraryExportsTheDocumentedNames) {
 
 TEST(VekSymbols, SpeechLibraryExportsTheDocumentedNames) {
     expectSame("veksc", declared(ofSpeech));
+}
+
+// vek/symbols is the promise to programs that are linked already, and goes into the library's package. Who adds a
+// function adds its line; a name that is gone is a new SONAME.
+TEST(VekSymbols, ExportedNamesAreThoseOfTheCommittedList) {
+    std::istringstream lines(textOf(fs::path(VEK_INCLUDE_DIR) / "../symbols"));
+    std::map<std::string, Names> listed;
+    std::string library;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind("lib", 0) == 0) {
+            library = line.substr(3, line.find(".so.1 libvek1 #MINVER#") - 3);
+        } else {
+            listed[library].insert(line.substr(1, line.find("@Base ") - 1));
+        }
+    }
+    EXPECT_EQ(3U, listed.size());
+    for (const auto& [name, names] : listed) {
+        EXPECT_EQ("", difference(exported(name), names)) << "exported by " << name << ", not listed";
+        EXPECT_EQ("", difference(names, exported(name))) << "listed, not exported by " << name;
+    }
+}
+
+TEST(VekSymbols, FilesAreNamedByTheVersionThatTheLibrariesTell) {
+    for (const VekLibraryVersion* version : {vekGetLibVersion(), veksGetLibVersion(), vekscGetLibVersion()}) {
+        const std::string file = std::string(VEK_LIBRARY_DIR "/") + version->Name + ".so.";
+        EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(file + version->Version))) << file << version->Version;
+        EXPECT_EQ(std::to_string(version->major) + "." + std::to_string(version->minor) + ".0", version->Version);
+        EXPECT_TRUE(fs::is_symlink(file + std::to_string(version->major))) << file;
+    }
 }
 
 TEST(VekSymbols, EachSharedObjectTellsItsSoname) {

@@ -1,8 +1,10 @@
 // The core's own words: version, status texts, threads.
 #include "vekcore.h"
 
+#include "core/version.h"
+
 const VekLibraryVersion* vekGetLibVersion(void) {
-    static const VekLibraryVersion version = {1, 0, 1, 0, "libvekcore", "1.0.0", __DATE__};
+    static const VekLibraryVersion version = VEK_VERSION_RECORD("libvekcore");
     return &version;
 }
 

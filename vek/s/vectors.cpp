@@ -5,6 +5,8 @@
 
 #include "veks.h"
 
+#include "core/version.h"
+
 namespace {
 
 constexpr size_t kAlign = 64;
@@ -76,6 +78,6 @@ void veksFree(void* ptr) {
 }
 
 const VekLibraryVersion* veksGetLibVersion(void) {
-    static const VekLibraryVersion version = {1, 0, 1, 0, "libveks", "1.0.0", __DATE__};
+    static const VekLibraryVersion version = VEK_VERSION_RECORD("libveks");
     return &version;
 }

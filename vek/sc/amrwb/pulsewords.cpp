@@ -91,7 +91,7 @@ uint32_t five(const int* p, int n) {
     const Halves h(p, 5, n);
     const bool upper = h.count < 3;
     const int* most = upper ? h.upper : h.lower;
-    int left[2];
+    int left[2] = {};
     const int inMost = upper ? 5 - h.count : h.count;
     int k = 0;
     for (int i = 3; i < inMost; ++i) {

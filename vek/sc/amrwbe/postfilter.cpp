@@ -27,8 +27,9 @@ constexpr int kDelay = kAhead + kMemory / 2;
 std::array<Vek16s, kMemory + 1> lowPass() {
     std::array<double, kMemory + 1> h{};
     double sum = 0;
+    constexpr int middle = kMemory / 2;
     for (int i = 0; i <= kMemory; ++i) {
-        const double t = i - kMemory / 2;
+        const double t = i - middle;
         const double phase = 2 * std::numbers::pi * t * 500 / 12800;
         const double window = 0.54 + 0.46 * std::cos(2 * std::numbers::pi * t / (kMemory + 2));
         h[static_cast<size_t>(i)] = (t == 0 ? 1 : std::sin(phase) / phase) * window;

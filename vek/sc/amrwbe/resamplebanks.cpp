@@ -54,7 +54,8 @@ void quantise(const double* h, int taps, int16_t* row) {
 
 // The place of tap j from the middle of a filter, for an output at a part of a sample behind the middle.
 constexpr double placeOf(int j, int taps, double part) {
-    return j + 1 - taps / 2 - part;
+    const int middle = taps / 2;
+    return j + 1 - middle - part;
 }
 
 // Rows for `count` parts of a sample, 1 / phases apart. unit: lower rate / rate of the source.
@@ -119,11 +120,12 @@ struct BlendedUp {
 struct BlendedDown {
     alignas(32) int16_t rows[2][kFreqScaleCount][kBlendSize];
     BlendedDown() {
+        constexpr int half = kBlendTaps / 2;
         double window[kBlendPhases + 1][kBlendTaps]; // over the place
         for (int r = 0; r <= kBlendPhases; ++r) {
             for (int j = 0; j < kBlendTaps; ++j) {
                 const double u = placeOf(j, kBlendTaps, static_cast<double>(r) / kBlendPhases);
-                window[r][j] = u == 0 ? 0 : kaiser(u / (kBlendTaps / 2), kBlendedDownBeta) / u;
+                window[r][j] = u == 0 ? 0 : kaiser(u / half, kBlendedDownBeta) / u;
             }
         }
         for (int rate = 0; rate < 2; ++rate) {

@@ -139,7 +139,7 @@ float estimatedGain(const Vek16s* src, int count, int budget) {
         halfLog[static_cast<size_t>(i)] = 5 * std::log2(energy / 8);
     }
     float offset = 0;
-    for (float step = 80; step > 0.5F; step *= 0.5F) {
+    for (const float step : {80.0F, 40.0F, 20.0F, 10.0F, 5.0F, 2.5F, 1.25F, 0.625F}) {
         float bits = 0;
         for (int i = 0; i < count; ++i) {
             bits += 1 + std::max(0.0F, halfLog[static_cast<size_t>(i)] - offset - step);

@@ -40,6 +40,8 @@ constexpr void Log2(int32_t x, int16_t& exponent, int16_t& fraction) {
 constexpr int32_t Pow2(int exponent, int16_t fraction) {
     const int i = fraction >> 10;
     const int part = (fraction & 0x3ff) << 5;
+    // i is 0..31, as the fraction is no less than 0.
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult)
     const int32_t value = kPow2Table[i] * 65536 - (kPow2Table[i] - kPow2Table[i + 1]) * part * 2;
     return L_shr_r(value, 30 - exponent);
 }

@@ -1,7 +1,9 @@
 // Version of the speech coding library.
 #include "veksc.h"
 
+#include "core/version.h"
+
 const VekLibraryVersion* vekscGetLibVersion(void) {
-    static const VekLibraryVersion version = {1, 0, 1, 0, "libveksc", "1.0.0", __DATE__};
+    static const VekLibraryVersion version = VEK_VERSION_RECORD("libveksc");
     return &version;
 }

@@ -13,7 +13,8 @@ FoldTable<T> foldTable(int points) {
     FoldTable<T> t{};
     const int half = points / 2;
     for (int i = 0; i < half; ++i) {
-        const double angle = 2 * std::numbers::pi * (i / 4) * (i % 4) / half;
+        const int row = i / 4;
+        const double angle = 2 * std::numbers::pi * row * (i % 4) / half;
         t.twiddleRe[i] = static_cast<T>(std::cos(angle));
         t.twiddleIm[i] = static_cast<T>(-std::sin(angle));
         const double post = 2 * std::numbers::pi * i / points;

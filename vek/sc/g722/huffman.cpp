@@ -75,7 +75,7 @@ VekStatus veksHuffmanEncode_G722_16s32u(int category, int qntAmpEnvIndex, const 
         const int64_t mantissa = power % 2 == 0 ? 32768 : 23170;
         const int shift = power >= 0 ? power / 2 : (power - 1) / 2;
         for (int first = 0; first < kRegion; first += book.dimension) {
-            int levels[kMostDimension];
+            int levels[kMostDimension] = {};
             for (int j = 0; j < book.dimension; ++j) {
                 const int64_t scaled = std::abs(pSrcMLTCoeffs[first + j]) * mantissa;
                 const int64_t steps = shift >= 0 ? scaled >> shift : scaled << -shift;

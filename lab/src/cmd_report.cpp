@@ -1,0 +1,146 @@
+// `krlab report`: tables or stored passes as one page for the browser.
+#include "comparison.h"
+#include "program.h"
+#include "report.h"
+#include "reportpage.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <fmt/format.h>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+namespace krlab {
+
+namespace {
+
+// Of five digits and a comma each, beside the chart library and the lines, this stays under 5 MB.
+constexpr size_t mostReadings = 400000;
+
+struct ReportArguments {
+    std::vector<std::string> sources;
+    std::string older;
+    std::string newer;
+    std::string output;
+    std::string title;
+    std::string threshold = "3%";
+    std::string confidence = "99%";
+    std::string store = "krlab.db";
+};
+
+// The names of all subjects, in the order in which they were measured.
+std::vector<std::string> subjectsOf(const PassList& list) {
+    std::vector<std::string> names;
+    for (const PassList::Entry& pass : list.passes()) {
+        if (std::find(names.begin(), names.end(), pass.identity.subject) == names.end()) {
+            names.push_back(pass.identity.subject);
+        }
+    }
+    return names;
+}
+
+// By labels, or by the subjects' names where the labels tell nothing.
+std::string titleOf(const ReportInput& input) {
+    const PassList::Entry& last = input.sides.back()->passes().front();
+    if (input.sides.size() == 1) {
+        return last.label.empty() ? last.identity.subject : last.label;
+    }
+    const PassList::Entry& first = input.sides.front()->passes().front();
+    return first.label.empty() || last.label.empty() || first.label == last.label
+               ? fmt::format("{} against {}", last.identity.subject, first.identity.subject)
+               : fmt::format("{} against {}", last.label, first.label);
+}
+
+// Where one store is all that is named, selections are of that one.
+std::string storeOf(const ReportArguments& options) {
+    std::error_code error;
+    return options.sources.size() == 1 && std::filesystem::is_regular_file(options.sources.front(), error)
+               ? options.sources.front()
+               : options.store;
+}
+
+int writeReport(const ReportArguments& options, Context& context) {
+    if (options.older.empty() != options.newer.empty()) {
+        throw Fault("--old and --new belong together");
+    }
+    if (options.sources.empty() && options.older.empty()) {
+        throw Fault("name tables or a store, or two subjects with --old and --new");
+    }
+    if (options.output.empty() && context.options.json.empty()) {
+        throw Fault("-o FILE.html is missing");
+    }
+    const double threshold = parseShare(options.threshold);
+    const double confidence = parseShare(options.confidence);
+    PassList all;
+    for (const std::string& source : options.sources) {
+        all.add(source, options.store);
+    }
+    // The page shows clocks; a store may hold instructions as well.
+    all = all.where([](const PassList::Entry& pass) { return !pass.counts; });
+    PassList older;
+    PassList newer;
+    ReportInput input;
+    int status = exitGood;
+    if (!options.older.empty()) {
+        const std::string store = storeOf(options);
+        older.add(options.older, store);
+        newer.add(options.newer, store);
+        if (older.counts()) {
+            throw Fault(options.older, "holds instructions, and a report shows clocks: krlab compare takes both");
+        }
+        input.verdicts = comparePasses(older, newer, threshold, confidence);
+        status = exitStatus(*input.verdicts, false);
+        input.sides = {&older, &newer};
+        if (options.sources.empty()) {
+            all.add(older);
+            all.add(newer);
+        }
+    } else {
+        newer = latestSubject(all);
+        input.sides = {&newer};
+        const std::vector<std::string> subjects = subjectsOf(all);
+        if (subjects.size() > 1) {
+            context.console.note(fmt::format(
+                "{} subjects ({}): the figures are those of the last one, {}; the course has all. --old and --new "
+                "set two against each other.",
+                subjects.size(), fmt::join(subjects, ", "), newer.passes().front().identity.subject));
+        }
+    }
+    if (newer.passes().empty()) {
+        throw Fault("there is no pass to report on");
+    }
+    input.title = options.title.empty() ? titleOf(input) : options.title;
+    input.made = timeText();
+    const Course course = courseOf(all, input.sides, mostReadings);
+    const nlohmann::json data = reportData(input, course);
+    if (!context.options.json.empty()) {
+        writeOutput(context.options.json, data.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+    }
+    if (!options.output.empty()) {
+        const std::string page = reportPage(data);
+        writeOutput(options.output, page);
+        context.console.note(fmt::format("{}: {} lines, {} passes, {:.1f} MB", options.output, data["lines"].size(),
+                                         all.passes().size(), static_cast<double>(page.size()) / 1e6));
+    }
+    return status;
+}
+
+} // namespace
+
+void addReport(Program& program) {
+    const auto options = std::make_shared<ReportArguments>();
+    CLI::App& command = program.add("report", "one HTML page of tables or stored passes, readable without a network",
+                                    [options](Context& context) { return writeReport(*options, context); });
+    const std::string what =
+        "a table (several: A.csv,B.csv), a store, or passes of one: [STORE:]RUN, RUN/SUBJECT, LABEL";
+    command.add_option("SOURCE", options->sources, what);
+    command.add_option("--old", options->older, "the old one of two subjects to compare, as SOURCE");
+    command.add_option("--new", options->newer, "the new one");
+    command.add_option("-o,--output", options->output, "the page to write, - for standard output");
+    command.add_option("--title", options->title, "heading of the page, if not the subjects' names");
+    command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
+    command.add_option("--confidence", options->confidence, "that no line is accused wrongly")->capture_default_str();
+    command.add_option("--store", options->store, "file that keeps the passes")->capture_default_str();
+}
+
+} // namespace krlab

@@ -1,0 +1,214 @@
+// What ./run, ./test and ./krlab do before and around a build.
+#include "checkout.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+
+namespace {
+
+bool holds(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+} // namespace
+
+TEST(ScriptsRun, SetsUpBuildsAndPassesTheKeysOnUntouched) {
+    const Checkout checkout;
+    const RigResult first = checkout.type("./run -B '-dlenght Dst=9; 12' -L\"PERF\"");
+    EXPECT_EQ("Configuring build\nBuilding build\n<-B><-dlenght Dst=9; 12><-LPERF>\n", first.out);
+    EXPECT_EQ(3, first.exitCode);
+    const RigResult second = checkout.type("cd cmake && ../run -e");
+    EXPECT_EQ("Building build\n<-e>\n", second.out);
+}
+
+TEST(ScriptsRun, AFailedBuildShowsItsLogAndOneLine) {
+    const Checkout checkout;
+    checkout.type("./run");
+    checkout.standIn("cmake", "[ $1 != --build ] || { echo 'one.cpp:1: error: no'; exit 1; }\n");
+    const RigResult result = checkout.type("./run");
+    EXPECT_EQ("Building build\none.cpp:1: error: no\n./run: the build failed\n", result.out);
+    EXPECT_EQ(1, result.exitCode);
+}
+
+TEST(ScriptsRun, AFolderThatCannotBeWrittenIsToldInOneLine) {
+    const Checkout checkout;
+    checkout.write("build", "a file of that name");
+    const RigResult result = checkout.type("./run");
+    EXPECT_EQ("./run: can't write to " + checkout.path() + "/build\n", result.out);
+    EXPECT_EQ(1, result.exitCode);
+}
+
+TEST(ScriptsLab, OnlyTheProgramWritesToStandardOutput) {
+    const Checkout checkout;
+    const RigResult result = checkout.type("./krlab doctor 'a b' 2>/dev/null");
+    EXPECT_EQ("<doctor><a b>\n", result.out);
+    EXPECT_EQ(3, result.exitCode);
+}
+
+TEST(ScriptsFolder, OneOfAnotherCheckoutIsRefusedAndKept) {
+    const Checkout checkout;
+    checkout.type("./run");
+    checkout.type("./test --quick");
+    checkout.write("build/kelvarrig.csv", "measured");
+    for (const char* folder : {"build", "build-test"}) {
+        checkout.write(std::string(folder) + "/CMakeCache.txt", "CMAKE_HOME_DIRECTORY:INTERNAL=/other/kelvar rig\n");
+    }
+    checkout.forgetCalls();
+    const std::pair<std::string, std::string> commands[] = {
+        {"./run", "build"}, {"./krlab doctor", "build"}, {"./test --quick", "build-test"}};
+    for (const auto& [command, folder] : commands) {
+        const RigResult result = checkout.type(command);
+        EXPECT_TRUE(holds(result.out, command.substr(0, command.find(' ')) + ": " + folder +
+                                          " belongs to the checkout in /other/kelvar rig; save your tables from it, "
+                                          "remove it and try again\n"))
+            << result.out;
+        EXPECT_EQ(1, result.exitCode);
+    }
+    EXPECT_FALSE(holds(checkout.calls(), "cmake")) << checkout.calls();
+    EXPECT_EQ("measured", checkout.read("build/kelvarrig.csv"));
+    EXPECT_TRUE(checkout.exists("build/build.ninja"));
+}
+
+TEST(ScriptsFolder, OneOfTheSameCheckoutByAnotherPathIsTaken) {
+    const Checkout checkout;
+    checkout.type("./run");
+    std::filesystem::create_directory_symlink(checkout.path(), checkout.path() + ".link");
+    const RigResult result = checkout.type("cd ..; \"" + checkout.path() + ".link/run\" -e");
+    EXPECT_EQ("Building build\n<-e>\n", result.out);
+}
+
+TEST(ScriptsFolder, WithoutACacheItIsSetUpAnew) {
+    const Checkout checkout;
+    checkout.type("./run");
+    checkout.type("rm build/CMakeCache.txt");
+    EXPECT_EQ("Configuring build\nBuilding build\n<-e>\n", checkout.type("./run -e").out);
+}
+
+TEST(ScriptsChoices, WhatIsNotAsThePresetHasItIsToldInOneLine) {
+    const Checkout checkout;
+    checkout.type("./run");
+    const std::string own = checkout.read("build/CMakeCache.txt");
+    checkout.write("build/CMakeCache.txt", own + "VEK_ROOT:PATH=/opt/my vek\n"
+                                                 "CMAKE_CXX_COMPILER:FILEPATH=/usr/bin/clang++\n"
+                                                 "CMAKE_CXX_FLAGS:STRING=-O0 -g=1\n"
+                                                 "CMAKE_BUILD_TYPE:STRING=Debug\n"
+                                                 "KR_TESTS:BOOL=OFF\n"
+                                                 "KR_LAB:BOOL=ON\n"
+                                                 "KR_WERROR:BOOL=ON\n");
+    EXPECT_EQ("In force in build by an earlier choice: VEK_ROOT=/opt/my vek CMAKE_CXX_COMPILER=/usr/bin/clang++ "
+              "CMAKE_CXX_FLAGS=-O0 -g=1 CMAKE_BUILD_TYPE=Debug KR_WERROR=ON (rm -r build/CMakeCache.txt "
+              "build/CMakeFiles forgets it)\nBuilding build\n<-e>\n",
+              checkout.type("./run -e").out);
+}
+
+TEST(ScriptsChoices, WhatIsAsThePresetHasItIsNotTold) {
+    const Checkout checkout;
+    checkout.type("./test --quick");
+    const std::string own = checkout.read("build-test/CMakeCache.txt");
+    checkout.write("build-test/CMakeCache.txt", own + "VEK_ROOT:PATH=\n"
+                                                      "CMAKE_CXX_COMPILER:FILEPATH=/usr/bin/c++\n"
+                                                      "CMAKE_CXX_FLAGS:STRING=\n"
+                                                      "CMAKE_BUILD_TYPE:STRING=Release\n"
+                                                      "KR_TESTS:BOOL=ON\n"
+                                                      "KR_LAB:BOOL=ON\n"
+                                                      "KR_WERROR:BOOL=ON\n"
+                                                      "KR_FUZZ:BOOL=OFF\n"
+                                                      "KR_CHECKS:STRING=release\n");
+    const RigResult result = checkout.type("./test --quick");
+    EXPECT_FALSE(holds(result.out, "In force")) << result.out;
+}
+
+TEST(ScriptsProgress, OnATerminalALineMoves) {
+    const Checkout checkout;
+    RigConsole console;
+    console.terminal = true;
+    const RigResult result = checkout.type("./run -e", console);
+    EXPECT_TRUE(holds(result.out, "Building build\n\r  [1/2] one.cpp.o\x1b[K\r  [2/2] Linking CXX executable "
+                                  "kelvarrig\x1b[K\r\x1b[K<-e>\n"))
+        << result.out;
+    EXPECT_EQ("[1/2] Building CXX object one.cpp.o\n[2/2] Linking CXX executable kelvarrig\n",
+              checkout.read("build/build.log"));
+}
+
+TEST(ScriptsProgress, TheCompilersMessagesOnATerminalComeWhole) {
+    const Checkout checkout;
+    checkout.type("./run");
+    checkout.standIn("cmake", "[ $1 != --build ] || { echo '[1/2] Building'; echo 'one.cpp:1: error: no'; exit 1; }\n");
+    RigConsole console;
+    console.terminal = true;
+    const RigResult result = checkout.type("./run", console);
+    EXPECT_TRUE(holds(result.out, "\r\x1b[K[1/2] Building\none.cpp:1: error: no\n./run: the build failed\n"))
+        << result.out;
+    EXPECT_EQ(1, result.exitCode);
+}
+
+TEST(ScriptsPackages, AUserWhoMayNotInstallReadsOneLine) {
+    const Checkout checkout;
+    checkout.takeAway("ninja");
+    checkout.takeAway("g++");
+    checkout.standIn("id", "echo 1000\n");
+    const RigResult result = checkout.type("./run");
+    EXPECT_EQ("./run: please install: g++ ninja-build\n", result.out);
+    EXPECT_EQ(1, result.exitCode);
+    // One who has sudo, but is asked for a password.
+    checkout.standIn("sudo", "exit 1\n");
+    EXPECT_EQ("./run: please install: g++ ninja-build\n", checkout.type("./run").out);
+    EXPECT_FALSE(holds(checkout.calls(), "apt-get"));
+}
+
+TEST(ScriptsPackages, NothingIsFetchedWhereNothingIsMissing) {
+    const Checkout checkout;
+    for (const char* command : {"./run", "./krlab doctor", "./test --quick"}) {
+        checkout.type(command);
+    }
+    EXPECT_FALSE(holds(checkout.calls(), "apt-get")) << checkout.calls();
+}
+
+TEST(ScriptsPackages, ThoseThatCannotBeHadAreToldInOneLine) {
+    const Checkout checkout;
+    checkout.standIn("dpkg", "[ $2 != zsh ] && [ $2 != fish ]\n");
+    checkout.standIn("apt-get", "exit 100\n");
+    checkout.standIn("id", "echo 0\n");
+    const std::string line = "Not installed, some tests will be skipped: zsh fish\n";
+    const RigResult root = checkout.type("./test --quick");
+    EXPECT_TRUE(holds(root.out, line)) << root.out;
+    EXPECT_EQ(1, countOf(checkout.calls(), "apt-get update")) << checkout.calls();
+    EXPECT_EQ(0, root.exitCode);
+    checkout.standIn("id", "echo 1000\n");
+    const RigResult user = checkout.type("./test --quick");
+    EXPECT_EQ(line, user.out.substr(0, line.size()));
+}
+
+TEST(ScriptsTest, TheTableOfStagesHasItsFiguresInFilesToo) {
+    const Checkout checkout;
+    const RigResult result = checkout.type("./test --quick >out.txt 2>err.txt");
+    EXPECT_EQ(0, result.exitCode);
+    const std::string out = checkout.read("out.txt");
+    std::smatch found;
+    for (const char* stage : {"tests: release", "together"}) {
+        ASSERT_TRUE(std::regex_search(out, found, std::regex(std::string("\n +([0-9.]+) +[0-9.]+  ") + stage + "\n")))
+            << out;
+        EXPECT_GE(std::stod(found[1]), 0.2) << out;
+    }
+    EXPECT_EQ("", checkout.read("err.txt"));
+}
+
+TEST(ScriptsTest, AFailedStageIsInTheTableAndEndsTheTest) {
+    const Checkout checkout;
+    checkout.standIn("ctest", "echo 'one test failed'; exit 8\n");
+    const RigResult result = checkout.type("./test");
+    EXPECT_EQ(8, result.exitCode);
+    EXPECT_TRUE(holds(result.out, "one test failed\n")) << result.out;
+    EXPECT_TRUE(std::regex_search(result.out, std::regex("tests: release\n.*together\n"))) << result.out;
+    EXPECT_FALSE(holds(result.out, "sanitizers"));
+}
+
+TEST(ScriptsTest, AnUnknownWordIsToldWithThoseThatThereAre) {
+    const Checkout checkout;
+    const RigResult result = checkout.type("./test --fast");
+    EXPECT_EQ("./test: unknown: --fast (./test [--quick] [--affected[=COMMIT]] [--clang] [--tidy[=COMMIT]])\n",
+              result.out);
+    EXPECT_EQ(1, result.exitCode);
+}
