@@ -41,10 +41,11 @@ bool FileWatch::drainEvents() {
         for (ssize_t at = 0; at < n;) {
             inotify_event event{};
             std::memcpy(&event, block + at, sizeof event);
+            const int watch = event.wd;
             const char* name = event.len > 0 ? block + at + sizeof event : "";
             concerned = concerned || (event.mask & IN_Q_OVERFLOW) != 0 ||
                         std::any_of(m_places.begin(), m_places.end(),
-                                    [&](const Place& place) { return place.watch == event.wd && place.name == name; });
+                                    [&](const Place& place) { return place.watch == watch && place.name == name; });
             at += static_cast<ssize_t>(sizeof event + event.len);
         }
     }
