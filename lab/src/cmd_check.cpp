@@ -64,7 +64,7 @@ int check(const CheckOptions& options, Context& context) {
         }
         faults = faultsOfRun(info, exit, limit);
         // Only from that level on does the console tell each line.
-        if (!keys.has('L') || info.tests().size() == 0 || !info.tests().front().lines.empty()) {
+        if (!keys.has('L') || info.tests().empty() || !info.tests().front().lines.empty()) {
             for (std::string& fault : faultsOfTables(keys, subject, info)) {
                 faults.push_back(std::move(fault));
             }

@@ -15,6 +15,7 @@ inline constexpr std::string_view secondMark = " (2)";
 struct Parameter {
     std::string name;
     std::string value;
+    // NOLINTNEXTLINE(modernize-use-nullptr): the comparison's own zero
     auto operator<=>(const Parameter&) const = default;
 };
 

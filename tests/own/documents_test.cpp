@@ -92,6 +92,7 @@ std::string masked(const std::string& line) {
         {std::regex("[A-Z][a-z]{2} [A-Z][a-z]{2} +[0-9]+ [0-9:]+ [0-9]{4}"), "<date>"},
         {std::regex("-ACCURWRN"), "-OK"},
         {std::regex(" acc=[0-9.]+%,"), ","},
+        {std::regex(" acc=[0-9.]+% +perf="), " perf="},
         {std::regex("[0-9][0-9.e+-]*"), "#"},
         {std::regex(" +"), " "},
     };
@@ -187,6 +188,11 @@ private:
 };
 
 } // namespace
+
+TEST(OwnDocuments, LineOfABusyMachineIsTheLineOfAQuietOne) {
+    EXPECT_EQ(masked("  acc=0.9%   nLps=8      perf=      686/      240=     2.86 clocks"),
+              masked("  acc=6.0%   nLps=2048 acc=6.0%  perf=     87.8/       40=     2.19 clocks"));
+}
 
 TEST(OwnDocuments, ReadmeLeadsFromThreeFilesToFigures) {
     Walk walk("README.md", "Your own function", "mygain");
