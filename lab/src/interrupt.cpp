@@ -73,6 +73,9 @@ int interruptDescriptor() {
 
 void setInterrupted(bool on) {
     s_count = on ? 1 : 0;
+    // What a signal has left would wake all who wait from now on.
+    for (char byte = 0; !on && s_pipe[0] >= 0 && ::read(s_pipe[0], &byte, 1) == 1;) {
+    }
 }
 
 } // namespace krlab

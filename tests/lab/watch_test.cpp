@@ -1,6 +1,7 @@
 // krlab watch: builds are noticed, files of no concern are not, and Ctrl-C ends it.
 #include "fakerig.h"
 #include "filewatch.h"
+#include "interrupt.h"
 #include "labprocess.h"
 
 #include <chrono>
@@ -8,6 +9,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <poll.h>
 #include <thread>
 
 using namespace krlab;
@@ -25,6 +27,15 @@ bool comesTrue(const std::function<bool()>& condition) {
 }
 
 } // namespace
+
+TEST(LabWatch, ASignalThatWasTakenBackWakesNobody) {
+    watchInterrupts();
+    std::raise(SIGINT);
+    EXPECT_TRUE(interrupted());
+    setInterrupted(false);
+    pollfd waiting = {interruptDescriptor(), POLLIN, 0};
+    EXPECT_EQ(::poll(&waiting, 1, 0), 0);
+}
 
 TEST(LabWatch, ReplacedFilesCountAndOthersDoNot) {
     const TempDir directory;
