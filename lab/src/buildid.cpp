@@ -6,6 +6,8 @@
 #include <elf.h>
 #include <fmt/format.h>
 
+using namespace std::string_view_literals;
+
 namespace krlab {
 
 namespace {
@@ -23,7 +25,7 @@ std::string buildIdIn(std::string_view notes) {
         if (text > notes.size() || notes.size() - text < note.n_descsz) {
             return "";
         }
-        if (note.n_type == NT_GNU_BUILD_ID && notes.substr(name, note.n_namesz) == std::string_view("GNU", 4)) {
+        if (note.n_type == NT_GNU_BUILD_ID && notes.substr(name, note.n_namesz) == "GNU\0"sv) {
             std::string id;
             for (const char c : notes.substr(text, note.n_descsz)) {
                 id += fmt::format("{:02x}", static_cast<unsigned char>(c));

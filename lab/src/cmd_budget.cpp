@@ -48,6 +48,7 @@ double parseRate(const std::string& text) {
 std::vector<Budget> chosenBudgets(const BudgetArguments& options) {
     std::vector<Budget> budgets = parseBudgets(options.file, readFile(options.file));
     std::vector<std::string> names;
+    names.reserve(budgets.size());
     for (const Budget& budget : budgets) {
         names.push_back(budget.name);
     }

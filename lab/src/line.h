@@ -27,6 +27,7 @@ struct Line {
     std::string function; ///< the whole name, such as veksDotProd_16s32s_Sfs
     std::vector<Parameter> parameters;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the comparison's own zero
     auto operator<=>(const Line&) const = default;
     std::string text() const;
     /// The value of a parameter, or nothing.
