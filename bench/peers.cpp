@@ -21,7 +21,8 @@ PeerBlockMark::PeerBlockMark(const char* topic, PeerBlock block) {
 int main(int argc, char** argv) {
     std::printf("%-45s %10s %10s %6s  %s\n", "function", "ours", "peer", "ratio", "peer's function");
     for (const auto& [topic, block] : blocks()) {
-        const bool named = std::any_of(argv + 1, argv + argc, [&wanted = topic](const char* arg) { return wanted == arg; });
+        const bool named =
+            std::any_of(argv + 1, argv + argc, [&wanted = topic](const char* arg) { return wanted == arg; });
         if (argc < 2 || named) {
             block();
         }
