@@ -73,7 +73,9 @@ if command -v ccache >/dev/null 2>&1 && [ -z "${CMAKE_CXX_COMPILER_LAUNCHER:-}" 
     export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros,include_file_mtime,include_file_ctime}"
 fi
 if command -v mold >/dev/null 2>&1 && [ -z "${LDFLAGS:-}" ]; then
-    export LDFLAGS=-fuse-ld=mold
+    # Without the part that is read-only after loading: mold 1.10 lets it begin in a page that is not there, if sizes are
+    # unlucky, and the program does not start.
+    export LDFLAGS="-fuse-ld=mold -Wl,-z,norelro"
 fi
 
 kr_cached() { # cache name: the value, of whatever type
