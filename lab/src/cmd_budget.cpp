@@ -108,9 +108,8 @@ public:
 private:
     /// Every line once in each pass; the median of its readings counts, since a codec does not run at its best moment.
     void measure() {
-        const std::string rig = m_context.rig();
         PassRequest request;
-        request.subject = parseSubject(m_options.subject.empty() ? rig : m_options.subject, rig);
+        request.subject = m_context.subject(m_options.subject);
         request.keys = shortCallKeys(m_context.options.keys);
         request.keys.insert(request.keys.end(), m_context.options.keys.begin(), m_context.options.keys.end());
         request.timeLimit = parseDuration(m_options.timeLimit);
@@ -203,8 +202,7 @@ void addBudget(Program& program) {
     CLI::App& command = program.add("budget", "clocks a frame of whole codecs, share of a core, channels a core",
                                     [options](Context& context) { return BudgetRun(*options, context).run(); });
     command.add_option("FILE", options->file, "the calls that a frame makes (lab/budgets has some)")->required();
-    command.add_option("SUBJECT", options->subject,
-                       "library directory or rig program; the rig beside krlab without it");
+    addSubject(command, options->subject);
     command.add_option("--codec", options->codecs, "only codecs with this in their name");
     command.add_option("--rate", options->rate, "clock rate of the core, as 2.5GHz; that of the counter without it");
     command.add_option("--passes", options->passes, "passes over the lines")

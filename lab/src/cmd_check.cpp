@@ -27,8 +27,7 @@ void checkKeys(const RigKeys& keys) {
 }
 
 int check(const CheckOptions& options, Context& context) {
-    const std::string rig = context.rig();
-    const Subject subject = parseSubject(options.subject.empty() ? rig : options.subject, rig);
+    const Subject subject = context.subject(options.subject);
     const RigKeys keys = splitKeys(context.options.keys);
     checkKeys(keys);
     const double limit = parseDuration(options.timeLimit);
@@ -92,8 +91,7 @@ void addCheck(Program& program) {
     CLI::App& command =
         program.add("check", "runs the rig with your keys; whatever goes wrong becomes status 2 with a line",
                     [options](Context& context) { return check(*options, context); });
-    command.add_option("SUBJECT", options->subject,
-                       "library directory or rig program; the rig beside krlab without it");
+    addSubject(command, options->subject);
     command.add_option("--limit", options->timeLimit, "time limit of the run")->capture_default_str();
     command.add_flag("--show", options->show, "show the rig's own text");
 }

@@ -58,8 +58,7 @@ json countDocument(const Pass& pass, long long run, const std::vector<std::strin
 
 int countLines(const CountOptions& options, Context& context) {
     CountRequest request;
-    const std::string rig = context.rig();
-    request.subject = parseSubject(options.subject.empty() ? rig : options.subject, rig);
+    request.subject = context.subject(options.subject);
     request.keys = context.options.keys;
     request.timeLimit = parseDuration(options.timeLimit);
     request.lanes = std::max(1U, std::thread::hardware_concurrency());
@@ -106,8 +105,7 @@ void addCount(Program& program) {
     auto options = std::make_shared<CountOptions>();
     CLI::App& command = program.add("count", "instructions per call of each line, the same on each run",
                                     [options](Context& context) { return countLines(*options, context); });
-    command.add_option("SUBJECT", options->subject,
-                       "library directory or rig program; the rig beside krlab without it");
+    addSubject(command, options->subject);
     command.add_option("--line", options->lines, "count this line alone; may be given several times")
         ->type_name("LINE");
     command.add_option("--store", options->store, "file that keeps the counts")->capture_default_str();

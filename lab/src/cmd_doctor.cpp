@@ -22,8 +22,7 @@ int doctor(const std::string& subjectText, Context& context) {
     std::vector<Finding> findings = judgeMachine(state, trial);
     // Without a rig the machine alone is looked at.
     if (!subjectText.empty() || !context.options.rig.empty() || !defaultRig().empty()) {
-        const std::string rig = context.rig();
-        const Identity identity = identify(parseSubject(subjectText.empty() ? rig : subjectText, rig));
+        const Identity identity = identify(context.subject(subjectText));
         for (const FileIdentity& file : identity.libraries) {
             findings.push_back(judgeBuild(file.name, buildQualityOf(readFile(file.path))));
         }

@@ -57,15 +57,11 @@ int addToHistory(const HistoryArguments& options, Context& context) {
         throw Fault("there is no commit here to name the point; give it a name with --label");
     }
     PassRequest request;
-    const std::string rig = context.rig();
-    request.subject = parseSubject(options.subject.empty() ? rig : options.subject, rig);
+    request.subject = context.subject(options.subject);
     request.keys = shortCallKeys(context.options.keys);
     request.keys.insert(request.keys.end(), context.options.keys.begin(), context.options.keys.end());
     request.timeLimit = parseDuration(options.timeLimit);
-    const size_t tests = listTests(request.subject, request.keys).size();
-    if (tests == 0) {
-        throw Fault("the keys behind -- select no test; see what there is with: kelvarrig -e");
-    }
+    const size_t tests = listChosenTests(request.subject, request.keys).size();
     Store store(options.store);
     RunRecord record;
     record.command = "history";
@@ -302,7 +298,7 @@ void addHistory(Program& program) {
         return action;
     };
     CLI::App* add = sub("add", "measure and keep a point", addToHistory);
-    add->add_option("SUBJECT", options->subject, "library directory or rig program; the rig beside krlab without it");
+    addSubject(*add, options->subject);
     add->add_option("--label", options->label, "name of the point; the commit of the working directory without it");
     add->add_option("--passes", options->passes, "passes of the point")
         ->check(CLI::Range(1, 1000))

@@ -26,8 +26,7 @@ std::string figureText(const Figure& figure) {
 }
 
 int replay(const ReplayOptions& options, Context& context) {
-    const std::string rig = context.rig();
-    const Subject subject = parseSubject(options.subject.empty() ? rig : options.subject, rig);
+    const Subject subject = context.subject(options.subject);
     const std::vector<TestParameters> tests = listParameters(subject, {});
     const ReplayTarget target = replayTarget(options.words, tests);
     PassRequest request;

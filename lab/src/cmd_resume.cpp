@@ -38,8 +38,7 @@ void writeTable(const std::string& file, size_t whole, const std::string& added)
 }
 
 int resume(const ResumeOptions& options, Context& context) {
-    const std::string rig = context.rig();
-    const Subject subject = parseSubject(options.subject.empty() ? rig : options.subject, rig);
+    const Subject subject = context.subject(options.subject);
     const RigKeys keys = splitKeys(context.options.keys);
     ResumeState state = resumeState(options.table);
     const Table before = readTable(options.table);

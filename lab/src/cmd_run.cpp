@@ -43,14 +43,10 @@ public:
         : m_options(options), m_context(context), m_accuracy(parseShare(options.accuracy)),
           m_seconds(options.time.empty() ? 0 : parseDuration(options.time)), m_start(Clock::now()),
           m_store(options.store) {
-        const std::string rig = context.rig();
-        m_request.subject = parseSubject(options.subject.empty() ? rig : options.subject, rig);
+        m_request.subject = context.subject(options.subject);
         m_request.keys = context.options.keys;
         m_request.timeLimit = parseDuration(options.timeLimit);
-        m_tests = listTests(m_request.subject, m_request.keys).size();
-        if (m_tests == 0) {
-            throw Fault("the keys behind -- select no test; see what there is with: kelvarrig -e");
-        }
+        m_tests = listChosenTests(m_request.subject, m_request.keys).size();
     }
 
     int run() {
@@ -247,8 +243,7 @@ void addRun(Program& program) {
     CLI::App& command =
         program.add("run", "several passes: smallest and median of each line, restless lines again until they agree",
                     [options](Context& context) { return Run(*options, context).run(); });
-    command.add_option("SUBJECT", options->subject,
-                       "library directory or rig program; the rig beside krlab without it");
+    addSubject(command, options->subject);
     command.add_option("--passes", options->passes, "passes over all lines")
         ->check(CLI::Range(1, 100000))
         ->capture_default_str();

@@ -57,14 +57,11 @@ class Watching {
 public:
     Watching(const WatchArguments& options, Context& context)
         : m_options(options), m_context(context), m_threshold(parseShare(options.threshold)) {
-        const std::string rig = context.rig();
-        m_request.subject = parseSubject(options.subject.empty() ? rig : options.subject, rig);
+        m_request.subject = context.subject(options.subject);
         m_request.keys = shortCallKeys(context.options.keys);
         m_request.keys.insert(m_request.keys.end(), context.options.keys.begin(), context.options.keys.end());
         m_request.timeLimit = parseDuration(options.timeLimit);
-        if (listTests(m_request.subject, m_request.keys).empty()) {
-            throw Fault("the keys behind -- select no test; see what there is with: kelvarrig -e");
-        }
+        listChosenTests(m_request.subject, m_request.keys);
     }
 
     int run() {
@@ -156,8 +153,7 @@ void addWatch(Program& program) {
     CLI::App& command =
         program.add("watch", "measure a selection again after each build and show what it did to each line",
                     [options](Context& context) { return Watching(*options, context).run(); });
-    command.add_option("SUBJECT", options->subject,
-                       "library directory or rig program; the rig beside krlab without it");
+    addSubject(command, options->subject);
     command.add_option("--passes", options->passes, "passes of each build")
         ->check(CLI::Range(2, 1000))
         ->capture_default_str();

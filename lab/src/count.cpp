@@ -158,13 +158,10 @@ std::vector<PassRequest> partsOf(const CountRequest& request) {
         return {whole};
     }
     std::vector<std::string> functions;
-    for (const TestName& test : listTests(request.subject, request.keys)) {
+    for (const TestName& test : listChosenTests(request.subject, request.keys)) {
         if (std::find(functions.begin(), functions.end(), test.function) == functions.end()) {
             functions.push_back(test.function);
         }
-    }
-    if (functions.empty()) {
-        throw Fault("the keys behind -- select no test; see what there is with: kelvarrig -e");
     }
     whole.keys = splitKeys(request.keys).without("ftF").words();
     whole.keys.insert(whole.keys.end(), method.begin(), method.end());

@@ -353,6 +353,14 @@ std::vector<TestName> listTests(const Subject& subject, const std::vector<std::s
     return tests;
 }
 
+std::vector<TestName> listChosenTests(const Subject& subject, const std::vector<std::string>& keys) {
+    std::vector<TestName> tests = listTests(subject, keys);
+    if (tests.empty()) {
+        throw Fault("the keys behind -- select no test; see what there is with: kelvarrig -e");
+    }
+    return tests;
+}
+
 std::vector<TestParameters> listParameters(const Subject& subject, const std::vector<std::string>& keys) {
     const MemoryFile names;
     std::vector<std::string> words = splitKeys(keys).without("evh?IQArRuUoOqgLidPN").words();

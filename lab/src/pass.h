@@ -68,6 +68,8 @@ struct TestName {
 };
 /// The tests that the keys select, in the order in which the rig runs them.
 std::vector<TestName> listTests(const Subject& subject, const std::vector<std::string>& keys);
+/// The same. Throws Fault if there is none.
+std::vector<TestName> listChosenTests(const Subject& subject, const std::vector<std::string>& keys);
 
 /// The parameters of one test.
 struct TestParameters {

@@ -37,6 +37,11 @@ std::string Context::rig() const {
     return std::filesystem::absolute(program).string();
 }
 
+Subject Context::subject(const std::string& text) const {
+    const std::string program = rig();
+    return parseSubject(text.empty() ? program : text, program);
+}
+
 unsigned long Context::seed() const {
     return options.seed ? *options.seed : std::random_device()();
 }
@@ -93,6 +98,10 @@ int Program::main(int argc, char** argv) {
         fmt::print(stderr, "krlab: {}\n", error.what());
         return exitFailed;
     }
+}
+
+void addSubject(CLI::App& command, std::string& subject) {
+    command.add_option("SUBJECT", subject, "library directory or rig program; the rig beside krlab without it");
 }
 
 void writeOutput(const std::string& file, const std::string& text) {

@@ -16,6 +16,8 @@ class App;
 
 namespace krlab {
 
+struct Subject;
+
 /// What every command takes.
 struct CommonOptions {
     std::string json;                  ///< file for the JSON form, "-" for standard output, empty for none
@@ -33,6 +35,9 @@ struct Context {
 
     /// The program of --rig, or the one beside this program. Throws Fault if there is none.
     std::string rig() const;
+    /// What SUBJECT names, with that program as the rig; without a text the rig itself. Throws Fault as parseSubject
+    /// does.
+    Subject subject(const std::string& text) const;
     /// The seed of --seed, or a drawn one.
     unsigned long seed() const;
     /// True if the report belongs to standard output: JSON does not take it.
@@ -72,6 +77,9 @@ void addCount(Program& program);
 void addHistory(Program& program);
 void addWatch(Program& program);
 void addBudget(Program& program);
+
+/// The argument SUBJECT of a command, which may be left out.
+void addSubject(CLI::App& command, std::string& subject);
 
 /// Writes text to the file, or to standard output for "-". Throws Fault with the cause.
 void writeOutput(const std::string& file, const std::string& text);
