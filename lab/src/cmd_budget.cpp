@@ -87,6 +87,7 @@ public:
             text += describeBudget(budget, sum, rate);
             codecs.push_back(budgetJson(budget, sum, rate));
         }
+        text += "\nEach call was timed by itself, again and again: inside a codec it mostly takes longer.\n";
         if (m_context.reportWanted()) {
             writeOutput("-", text);
         }
@@ -145,16 +146,21 @@ private:
 
     std::string describeBudget(const Budget& budget, const BudgetSum& sum, double rate) const {
         const double core = sum.core(budget, rate);
-        std::string text =
-            fmt::format("\n{}{}: {:.0f} clocks for a frame of {:.4g} ms, {:.3f} % of a core at {:.4g} GHz, {:.0f} "
-                        "channels a core\n",
-                        budget.name, sum.whole ? "" : " (not whole)", sum.clocks, budget.frameSeconds * 1000,
-                        core * 100, rate / 1e9, core > 0 ? 1 / core : 0);
+        // Of a sum that lacks calls no number of channels can be told.
+        std::string text = fmt::format(
+            "\n{}: {}{:.0f} clocks for a frame of {:.4g} ms, {:.3f} % of a core at {:.4g} GHz", budget.name,
+            sum.whole ? "" : "not whole, at least ", sum.clocks, budget.frameSeconds * 1000, core * 100, rate / 1e9);
+        text += sum.whole && core > 0 ? fmt::format(", at most {:.0f} channels a core\n", 1 / core) : "\n";
         size_t told = 0;
         double rest = 0;
         for (const BudgetShare& share : sum.shares) {
+            if (share.clocks < 0) {
+                text +=
+                    fmt::format("             no figure x {:<6.4g}  {}\n", share.call.calls, share.call.line.text());
+                continue;
+            }
             if (!m_options.allCalls && ++told > 5) {
-                rest += std::max(share.frame(), 0.0);
+                rest += share.frame();
                 continue;
             }
             text += fmt::format("  {:5.1f} %  {:10.5g} x {:<6.4g}  {}\n", share.frame() / sum.clocks * 100,
@@ -182,7 +188,7 @@ private:
                 {"clocks", sum.clocks},
                 {"whole", sum.whole},
                 {"core", core},
-                {"channels", core > 0 ? nlohmann::json(1 / core) : nlohmann::json()},
+                {"channels", sum.whole && core > 0 ? nlohmann::json(1 / core) : nlohmann::json()},
                 {"calls", std::move(calls)},
                 {"missing", budget.missing}};
     }
