@@ -140,6 +140,13 @@ std::string stepText(const HistoryCourse& course, const HistoryLine& line, const
                        course.points[step.point].label, line.line.text());
 }
 
+// A step has readings on both sides.
+constexpr size_t pointsForStep = 2 * StepRule().least;
+
+std::string tooFewPoints() {
+    return fmt::format("too few points to find a step: from {} on\n", pointsForStep);
+}
+
 constexpr const char* stepHeading = "    factor      before      after  first behind it   line, in clocks a call\n";
 
 nlohmann::json courseJson(const HistoryCourse& course, size_t first) {
@@ -231,7 +238,9 @@ int showHistory(const HistoryArguments& options, Context& context) {
                 }
             }
         }
-        text += steps.empty() ? "no steps\n" : stepHeading + steps;
+        text += !steps.empty()                         ? stepHeading + steps
+                : course.points.size() < pointsForStep ? tooFewPoints()
+                                                       : "no steps\n";
     }
     if (context.reportWanted()) {
         writeOutput("-", text);
@@ -272,9 +281,11 @@ int checkHistory(const HistoryArguments& options, Context& context) {
         }
         text += fmt::format("{}: {} lines, {} points, looked at from {} on\n", course.machine, course.lines.size(),
                             course.points.size(), course.points[first].label);
-        text += steps.empty() ? "" : stepHeading + steps;
+        text += !steps.empty()                         ? stepHeading + steps
+                : course.points.size() < pointsForStep ? tooFewPoints()
+                                                       : "no steps\n";
     }
-    text += slower == 0 ? "no line became slower\n" : fmt::format("{} steps to slower ones\n", slower);
+    text += slower > 0 ? fmt::format("steps to slower: {}\n", slower) : "";
     if (context.reportWanted()) {
         writeOutput("-", text);
     }

@@ -153,7 +153,7 @@ TEST(LabHistory, CheckNamesLineStepFactorAndFirstLabelBehind) {
     const LabResult result = directory.run({"history", "check", "--json", "h.json"});
     EXPECT_EQ(result.status, 1) << result.err;
     EXPECT_NE(result.out.find("c6                f1 len=8\n"), std::string::npos) << result.out;
-    EXPECT_NE(result.out.find("1 steps to slower ones"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("steps to slower: 1\n"), std::string::npos) << result.out;
     const auto document = nlohmann::json::parse(directory.read("h.json"));
     const auto& step = document["machines"][0]["lines"][0]["steps"][0];
     EXPECT_EQ(step["label"], "c6");
@@ -198,5 +198,11 @@ TEST(LabHistory, APointIsMeasuredAndKept) {
         EXPECT_GT(pass.reference, 0);
     }
     EXPECT_EQ(store.runs()[0].command, "history");
-    EXPECT_EQ(directory.run({"history", "check"}).status, 0);
+    // One point proves nothing, and it is said.
+    for (const char* action : {"check", "show"}) {
+        const LabResult result = directory.run({"history", action});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_NE(result.out.find("too few points to find a step: from 6 on\n"), std::string::npos) << result.out;
+        EXPECT_EQ(result.out.find("no "), std::string::npos) << result.out;
+    }
 }
