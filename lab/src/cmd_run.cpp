@@ -33,7 +33,7 @@ struct RunOptions {
 
 /// Without a time of its own a run measures restless lines this often at most.
 constexpr int furtherPasses = 20;
-/// So many of the worst lines are told.
+/// So many lines are shown; of more of them the worst alone.
 constexpr size_t toldLines = 20;
 
 /// One use of the command.
@@ -177,7 +177,7 @@ private:
             std::string text = describe(m_identity) + "\n";
             text += fmt::format("{} lines in {} passes and {}; {} agree within {:.3g} %\n", order.size(), m_round,
                                 durationText(spent()), agreed, m_accuracy * 100);
-            if (!m_options.allLines) {
+            if (!m_options.allLines && order.size() > toldLines) {
                 std::stable_sort(order.begin(), order.end(),
                                  [](const Readings* a, const Readings* b) { return a->spread() > b->spread(); });
                 order.resize(std::min<size_t>(order.size() - static_cast<size_t>(agreed), toldLines));

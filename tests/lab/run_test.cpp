@@ -119,6 +119,10 @@ TEST(LabRun, ADyingRigIsToldAndTheRestIsMeasured) {
         functions.push_back(line["function"]);
     }
     EXPECT_NE(std::find(functions.begin(), functions.end(), "f3"), functions.end());
+    // So few lines are all shown, restless or not.
+    EXPECT_NE(result.out.find("smallest     median   spread"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("  f1 "), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("  f3 "), std::string::npos) << result.out;
 }
 
 TEST(LabRun, AStoreThatIsTakenAwayCostsNoReport) {
