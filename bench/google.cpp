@@ -7,7 +7,7 @@
 #include <string>
 
 static void runSubject(benchmark::State& state, int (*call)()) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(call());
     }
 }

@@ -23,13 +23,13 @@ void fill() {
 }
 
 void dotProduct(benchmark::State& state, int length) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(veksDotProd_G729A_16s32s(signal, signal + longest, length, &product));
     }
 }
 
 void autoCorrelation(benchmark::State& state, int length, int lags) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(veksAutoCorr_16s32s(signal, length, correlations, lags));
     }
 }

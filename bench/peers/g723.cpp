@@ -64,6 +64,7 @@ PEER_ROWS(g723) {
         });
     static std::vector<std::vector<uint8_t>> bytes;
     Coder source(VEK_SPCHBR_6300);
+    bytes.reserve(kFrames);
     for (int i = 0; i < kFrames; ++i) {
         bytes.push_back(pack(source.code(pcm + i * kFrame)));
     }

@@ -1,5 +1,6 @@
 #include "console.h"
 
+#include <cmath>
 #include <cstdio>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -46,7 +47,7 @@ void Console::clear() {
 }
 
 std::string durationText(double seconds) {
-    const long long whole = static_cast<long long>(seconds + 0.5);
+    const long long whole = std::llround(seconds);
     if (whole < 60) {
         return fmt::format("{}s", whole);
     }

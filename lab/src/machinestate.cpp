@@ -135,6 +135,7 @@ MachineTrial tryMachine(double seconds) {
     const ProcessorTimes after = readProcessorTimes();
     trial.counterMHz = static_cast<double>(last - first) / readings.back().first / 1e6;
     std::vector<double> clocks;
+    clocks.reserve(readings.size());
     for (const auto& reading : readings) {
         clocks.push_back(reading.second);
     }

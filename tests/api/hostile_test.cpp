@@ -123,8 +123,7 @@ TEST_F(Hostile, EveryCommandLineIsEchoedKeyByKey) {
         session.initSession();
         g_ostrm.addStream(m_directory.path("echo").c_str(), false);
         session.parseCommandLine(static_cast<int>(args.size()), args.data());
-        const int hintArg = s_hintArg;
-        session.hint(static_cast<char>(hintArg), s_hintHide);
+        session.hint(s_hintArg, s_hintHide);
         g_ostrm.close();
         for (krCStream* table : {&g_cstrm, &g_qstrm, &g_ustrm}) {
             table->close();

@@ -327,7 +327,7 @@ TEST_F(KrTestRun, IniFileForWritingMeasuresNothing) {
     EXPECT_EQ(test.log, "begin start stop endTest");
     g_istrm.deleteIniFile();
     EXPECT_NE(dir.read("a.ini").find("[veksFoo]"), std::string::npos);
-    EXPECT_NE(dir.read("a.ini").find("a"), std::string::npos);
+    EXPECT_NE(dir.read("a.ini").find('a'), std::string::npos);
 }
 
 TEST_F(KrTestRun, PressedTestNeedsItsSection) {

@@ -22,7 +22,7 @@ std::string cellsOf(krTest& test) {
     test.funcToCstrm();
     g_cstrm.lineOut(3);
     std::fflush(stream.m_file);
-    const std::string row(text, size);
+    std::string row(text, size);
     g_cstrm.swap(taken);
     stream.close();
     std::free(text);

@@ -65,7 +65,8 @@ void expectReadsWithoutComplaint(const std::string& program, const std::string& 
         GTEST_SKIP() << program << " is not installed";
     }
     for (const char* page : {"kelvarrig.1", "krlab.1"}) {
-        const std::string command = program + " " + keys + " '" + s_share + "/man/man1/" + page + "'";
+        std::string command = program;
+        command.append(" ").append(keys).append(" '").append(s_share).append("/man/man1/").append(page).append("'");
         const RigResult result = RigDirectory("/bin/sh", "sh").run({"-c", command});
         EXPECT_EQ("", result.out);
         EXPECT_EQ(0, result.exitCode);
@@ -82,7 +83,7 @@ TEST(PagesMan, EveryLineOfTheFullHelpStandsInThePage) {
     int keys = 0;
     for (size_t i = 1; i < lines.size(); ++i) {
         const size_t sign = lines[i].find("= ");
-        if (lines[i].rfind("-", 0) == 0 && sign != std::string::npos) {
+        if (lines[i].front() == '-' && sign != std::string::npos) {
             std::string head = lines[i].substr(0, sign);
             head.erase(head.find_last_not_of(' ') + 1);
             EXPECT_TRUE(holds(page, ".B " + head + "\n" + lines[i].substr(sign + 2) + "\n")) << lines[i];

@@ -18,7 +18,7 @@ Values heard(const char* rate, const char* law) {
     EXPECT_TRUE(line.ready());
     line.restore();
     EXPECT_EQ(line.call(), 0);
-    const Values samples = line.values(1);
+    Values samples = line.values(1);
     // Each call begins with the state at the start.
     line.restore();
     EXPECT_EQ(line.call(), 0);

@@ -23,7 +23,11 @@ public:
         EXPECT_EQ(vekStsNoErr, getSize(&size));
         m_bytes.resize(static_cast<size_t>(size) + 1);
     }
-    operator State*() { return reinterpret_cast<State*>(m_bytes.data() + 1); }
+    // Where a State* is asked for: the tests call the functions as users do.
+    operator State*() // NOLINT(google-explicit-constructor)
+    {
+        return reinterpret_cast<State*>(m_bytes.data() + 1);
+    }
 
 private:
     std::vector<uint8_t> m_bytes;

@@ -23,7 +23,7 @@ double kernel(int n, int k) {
         Reals all;
         for (int i = 0; i < 320 * 160; ++i) {
             all.push_back(std::sqrt(2.0 / 160) * window(i / 160) *
-                          std::cos((i / 160 + 80.5) * (i % 160 + 0.5) * pi / 160));
+                          std::cos((static_cast<double>(i / 160) + 80.5) * (i % 160 + 0.5) * pi / 160));
         }
         return all;
     }();
@@ -228,7 +228,7 @@ struct Band {
         const Samples envelopes(18, static_cast<int16_t>(envelope));
         EXPECT_EQ(vekStsNoErr, veksMDCTQuantInv_G7291_32u16s(words, bits.data(), envelopes.data(), y.data()));
         const auto from = y.begin() + 16 * band;
-        const Samples own(from, from + static_cast<int>(size()));
+        Samples own(from, from + static_cast<int>(size()));
         EXPECT_EQ(0, std::accumulate(y.begin(), y.end(), 0) - std::accumulate(own.begin(), own.end(), 0));
         return own;
     }

@@ -147,8 +147,8 @@ TEST(VekSymbols, FilesAreNamedByTheVersionThatTheLibrariesTell) {
 
 TEST(VekSymbols, EachSharedObjectTellsItsSoname) {
     for (const std::string library : {"vekcore", "veks", "veksc"}) {
-        const std::string command =
-            "readelf -d '" VEK_LIBRARY_DIR "/lib" + library + ".so' | grep -q '\\[lib" + library + "\\.so\\.1\\]'";
+        std::string command = "readelf -d '" VEK_LIBRARY_DIR "/lib";
+        command.append(library).append(".so' | grep -q '\\[lib").append(library).append("\\.so\\.1\\]'");
         EXPECT_EQ(0, std::system(command.c_str())) << library;
     }
 }

@@ -27,11 +27,12 @@ void vkcGrid::begin(std::initializer_list<krParameter*> parms) {
     m_fixed.clear();
     for (krParameter* parm : parms) {
         m_parms.append(parm);
-        const auto* size = dynamic_cast<const krStepIterator<int>*>(parm);
+        krParameter& given = *parm;
+        const auto* size = dynamic_cast<const krStepIterator<int>*>(&given);
         if (size != nullptr && size->oper() == stepList && size->size() == 1) {
             m_fixed.append({parm, *size->begin()});
         }
-        parm->fromIStream(g_istrm);
+        given.fromIStream(g_istrm);
     }
 }
 
