@@ -162,10 +162,11 @@ static long long monotonicNs() {
     return static_cast<long long>(now.tv_sec) * 1000000000 + now.tv_nsec;
 }
 
-void krWakeCore() {
+bool krWakeCore() {
     const long long begin = monotonicNs();
-    if (s_lastBusy != 0 && begin - s_lastBusy < idleGapNs) {
-        return;
+    // Who lets rigs take turns on one core keeps it busy, and a rig that was stopped can't know that.
+    if ((s_lastBusy != 0 && begin - s_lastBusy < idleGapNs) || getenv("KR_CORE_AWAKE") != nullptr) {
+        return false;
     }
     unsigned long long lanes[8] = {1, 2, 3, 4, 5, 6, 7, 8};
     while (monotonicNs() - begin < wakeNs) {
@@ -177,6 +178,7 @@ void krWakeCore() {
         }
     }
     krCoreWasBusy();
+    return true;
 }
 
 void krCoreWasBusy() {

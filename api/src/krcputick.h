@@ -58,7 +58,8 @@ void krResetPriority();
 int krGetNumOfProcessors();
 
 /// Some 10 ms of dense integer work if the core has not measured for a while: after a pause or mere clock polling it
-/// runs dense code 1.3 to 1.4 times slower for some milliseconds.
-void krWakeCore();
+/// runs dense code 1.3 to 1.4 times slower for some milliseconds. False if there was nothing to do: with KR_CORE_AWAKE
+/// in the environment somebody else keeps the core busy.
+bool krWakeCore();
 /// Notes that the core has just been busy with measured work.
 void krCoreWasBusy();

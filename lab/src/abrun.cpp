@@ -17,22 +17,34 @@ namespace {
 // Rounds of all lines before the first look, and the share of the time after which it comes at the latest. Too few and
 // the suspicion is blind, too many and the time for the fresh rounds is gone.
 constexpr int leastSweep = 6;
-constexpr int mostSweep = 16;
-constexpr double sweepShare = 0.35;
+constexpr int mostSweep = 32;
+constexpr double sweepShare = 0.45;
 
-// The rig's Iterative method from this many loops on; it goes to four times as many, up to three times. At 64 loops the
-// steps of the counter are below 1 % of the shortest calls that do any work.
-constexpr int leastLoops = 16;
+// The rig's Iterative method from this many loops on; it goes to four times as many, up to three times. At 32 loops the
+// steps of the counter are below 1 % of calls that take 100 clocks.
+constexpr int leastLoops = 8;
 constexpr int mostLoops = 1024;
 constexpr double loopGrowth = 4;
 constexpr double readingsPerLoop = 1 + 3 * loopGrowth;
-// As long as a rig needs to learn the counter's rate, another one may measure at no cost.
-constexpr double measuringSeconds = 1.5;
+// Short rounds are the better ones as long as the rigs measure for most of the time.
+constexpr double measuringSeconds = 0.3;
 // A longer reading would rarely get by without an interruption on a machine that others use as well.
-constexpr double longestReading = 0.0005;
+constexpr double longestReading = 0.0002;
 
-// Lines measured in each pass, so that the machine's drift is known where only a few lines are left to decide.
-constexpr size_t leastLines = 150;
+// What a rig needs for a line beside its readings, and how often it reads a line in one pass at most.
+constexpr double lineSeconds = 0.0002;
+constexpr int mostRepeats = 16;
+
+// While there are suspects, each so many-th start is for all lines that are not decided, with so many rounds.
+constexpr int startsForAll = 4;
+constexpr int roundsForAll = 4;
+
+// A page of memory: where the stack lies within one makes some short calls half as slow again, and it depends on the
+// length of names and paths.
+constexpr size_t mostPadding = 4096;
+
+// Rounds whose rigs learn the counter's rate together.
+constexpr int mostRounds = 12;
 
 // A test in which this many processes have died is not started again.
 constexpr int mostDeaths = 2;
@@ -42,22 +54,25 @@ using Clock = std::chrono::steady_clock;
 class AbRun {
 public:
     explicit AbRun(const AbOptions& options)
-        : m_options(options), m_trial(options.trial), m_random(options.seed), m_lanes(options.lanes) {}
+        : m_options(options), m_trial(options.trial), m_random(options.seed), m_turns(m_random()),
+          m_lanes(2 * mostRounds) {}
 
     VerdictReport run();
 
 private:
+    // What a round measures: all lines that are not decided, or only those of them that are under suspicion.
+    enum Kind : size_t { everything, suspects };
+
     struct Rounds {
         std::optional<Pass> passes[2];
-        Clock::time_point start;
     };
 
     double elapsed() const { return std::chrono::duration<double>(Clock::now() - m_start).count(); }
-    bool timeForRound() const;
-    int roundsLeft() const;
+    int roundsLeft(Kind kind) const;
     std::vector<std::string> keys() const;
     std::vector<Line> lines() const;
-    void startRound(int number);
+    void startRounds(int first, size_t count);
+    void startNext();
     void take(int number, Side side, Pass pass);
     void keepIdentity(Pass& pass, Side side);
     void takeFailures(const Pass& pass, Side side);
@@ -76,30 +91,32 @@ private:
     Clock::time_point m_start = Clock::now();
     std::map<int, Rounds> m_open;
     std::array<std::optional<Identity>, 2> m_identity;
-    int m_loops = leastLoops;
-    double m_latency = 0;  ///< seconds from the start of a round to its end
-    double m_interval = 0; ///< seconds between the ends of rounds
-    Clock::time_point m_lastEnd = Clock::now();
+    Kind m_kind = everything; ///< of the rounds under way
+    std::array<int, 2> m_loops{leastLoops, leastLoops};
+    std::array<int, 2> m_repeats{1, 1};
+    std::array<double, 2> m_interval{}; ///< seconds of a round
     bool m_swept = false;
+    bool m_outOfTime = false;
+    int m_started = 0;                                ///< rounds
+    int m_starts = 0;                                 ///< of some of them at once
     std::map<std::string, int> m_deaths[2];           ///< processes that died, by function
     std::map<std::string, std::string> m_failures[2]; ///< what the rig said last, by function
     std::set<std::string> m_measured[2];              ///< functions with figures
     std::vector<std::string> m_remarks;
+    Turns m_turns;
     Lanes m_lanes; // last: its passes use what stands above
 };
 
-bool AbRun::timeForRound() const {
-    return elapsed() + m_latency <= m_options.seconds;
-}
-
-int AbRun::roundsLeft() const {
+// By what the last ones of their kind took.
+int AbRun::roundsLeft(Kind kind) const {
     const double left = m_options.seconds - elapsed();
-    return left <= 0 || m_interval <= 0 ? 0 : static_cast<int>(left / m_interval);
+    const double interval = m_interval[kind] > 0 ? m_interval[kind] : m_interval[everything];
+    return left <= 0 || interval <= 0 ? 0 : static_cast<int>(left / interval);
 }
 
 std::vector<std::string> AbRun::keys() const {
     // The user's keys stand behind and win.
-    std::vector<std::string> keys = {"-dMethod=Iterative", fmt::format("-dStartNumLoops={}", m_loops),
+    std::vector<std::string> keys = {"-dMethod=Iterative", fmt::format("-dStartNumLoops={}", m_loops[m_kind]),
                                      "-dStopNumLoops=1", "-dAccuracy=0"};
     keys.insert(keys.end(), m_options.keys.begin(), m_options.keys.end());
     return keys;
@@ -117,25 +134,53 @@ std::vector<Line> AbRun::lines() const {
     if (!m_swept && dead.empty()) {
         return {};
     }
-    std::vector<Line> lines = m_trial.wanted(leastLines);
+    std::vector<Line> lines = m_trial.wanted(m_kind == everything);
     std::erase_if(lines, [&](const Line& line) { return dead.count(line.function) != 0; });
     return lines;
 }
 
-void AbRun::startRound(int number) {
-    m_open[number].start = Clock::now();
+void AbRun::startRounds(int first, size_t count) {
+    const auto start = Clock::now();
     const std::vector<Line> wanted = lines();
-    const bool newFirst = (m_random() & 1) != 0;
-    for (const Side side : {newFirst ? sideNew : sideOld, newFirst ? sideOld : sideNew}) {
-        PassRequest request;
-        request.subject = m_options.subjects[side];
-        request.keys = keys();
-        request.lines = wanted;
-        request.keepOthers = true;
-        request.timeLimit = m_options.passLimit;
-        request.record = number == 0;
-        m_lanes.start(std::move(request), [this, number, side](Pass pass) { take(number, side, std::move(pass)); });
-        showProgress("");
+    auto seats = m_turns.addRounds(count);
+    for (size_t i = 0; i < count; ++i) {
+        const int number = first + static_cast<int>(i);
+        // Whatever a process inherits from being the second one, neither side has it more often.
+        const bool newFirst = (m_random() & 1) != 0;
+        for (const Side side : {newFirst ? sideNew : sideOld, newFirst ? sideOld : sideNew}) {
+            PassRequest request;
+            request.subject = m_options.subjects[side];
+            request.keys = keys();
+            request.lines = wanted;
+            request.keepOthers = true;
+            request.repeats = m_repeats[m_kind];
+            request.timeLimit = m_options.passLimit;
+            request.record = number == 0;
+            request.padding = 1 + m_random() % mostPadding;
+            request.seat = std::move(seats[i][side]);
+            m_lanes.start(std::move(request), [this, number, side](Pass pass) { take(number, side, std::move(pass)); });
+        }
+    }
+    showProgress("");
+    m_lanes.collect(true);
+    m_interval[m_kind] = std::chrono::duration<double>(Clock::now() - start).count() / static_cast<double>(count);
+}
+
+// Some rounds more, as many as the time allows.
+void AbRun::startNext() {
+    const bool forSuspects = m_swept && m_trial.suspects() > 0;
+    ++m_starts;
+    m_kind = forSuspects && m_starts % startsForAll != 0 ? suspects : everything;
+    const int most = forSuspects && m_kind == everything ? roundsForAll : mostRounds;
+    const int count = std::min(roundsLeft(m_kind), most);
+    const bool swept = m_swept;
+    if (count > 0) {
+        startRounds(m_started, static_cast<size_t>(count));
+    }
+    m_started += count;
+    m_outOfTime = count <= 0;
+    if (swept && m_kind == everything) {
+        m_trial.look(roundsLeft(suspects), true);
     }
 }
 
@@ -201,16 +246,12 @@ void AbRun::closeRound(Rounds& round) {
     }
     m_trial.addRound(older.figures, newer.figures);
     tune(newer.figures.empty() ? older.figures : newer.figures);
-    const auto now = Clock::now();
-    m_latency = std::chrono::duration<double>(now - round.start).count();
-    const double since = std::chrono::duration<double>(now - m_lastEnd).count();
-    m_interval = m_interval > 0 ? (m_interval + since) / 2 : since;
-    m_lastEnd = now;
+    showProgress("");
     lookIfDue();
 }
 
-// As many loops as fit into the time that a pass and its longest reading may take: the fewer and shorter the lines that
-// are left, the better their readings.
+// As many loops, and as many readings, as fit into the time that a pass and its longest reading may take: the fewer and
+// shorter the lines that are left, the more often each is read in a pass.
 void AbRun::tune(const std::vector<Figure>& figures) {
     double all = 0;
     double longest = 0;
@@ -218,11 +259,15 @@ void AbRun::tune(const std::vector<Figure>& figures) {
         all += figure.clocks;
         longest = std::max(longest, figure.clocks);
     }
+    if (all <= 0) {
+        return;
+    }
     const double rate = m_identity[sideNew]->machine.counterMHz * 1e6;
-    const double loops = all > 0 ? std::min(measuringSeconds * rate / (readingsPerLoop * all),
-                                            longestReading * rate / (loopGrowth * longest))
-                                 : 0;
-    m_loops = std::clamp(static_cast<int>(std::min<double>(loops, mostLoops)), leastLoops, mostLoops);
+    const double perLoop = readingsPerLoop * all / rate;
+    const double loops = std::min(measuringSeconds / perLoop, longestReading * rate / (loopGrowth * longest));
+    m_loops[m_kind] = std::clamp(static_cast<int>(std::min<double>(loops, mostLoops)), leastLoops, mostLoops);
+    const double once = perLoop * m_loops[m_kind] + lineSeconds * static_cast<double>(figures.size());
+    m_repeats[m_kind] = std::clamp(static_cast<int>(measuringSeconds / once), 1, mostRepeats);
 }
 
 void AbRun::lookIfDue() {
@@ -232,9 +277,9 @@ void AbRun::lookIfDue() {
             return;
         }
         m_swept = true;
-        m_trial.look(roundsLeft());
+        m_trial.look(roundsLeft(suspects), true);
     } else if (m_trial.lookDue()) {
-        m_trial.look(roundsLeft());
+        m_trial.look(roundsLeft(suspects), false);
     }
 }
 
@@ -253,25 +298,13 @@ void AbRun::showProgress(const std::string& function) const {
 }
 
 VerdictReport AbRun::run() {
-    for (int number = 0; !interrupted(); ++number) {
-        if (number > 0 && !timeForRound()) {
-            break;
-        }
-        if (m_swept && m_trial.undecided() == 0) {
-            break;
-        }
-        startRound(number);
-        m_lanes.collect(false);
-        if (number == 0) {
-            // The first round tells what there is, and whether anything can be measured at all.
-            m_lanes.collect(true);
-            if (m_trial.rounds() == 0 && !interrupted()) {
-                break;
-            }
-        }
+    // The first round tells what there is, and whether anything can be measured at all.
+    startRounds(m_started++, 1);
+    m_outOfTime = m_trial.rounds() == 0;
+    while (!m_outOfTime && !interrupted() && !(m_swept && m_trial.undecided() == 0)) {
+        startNext();
     }
-    m_lanes.collect(true);
-    m_trial.look(0);
+    m_trial.look(0, true);
     return report();
 }
 
@@ -293,7 +326,6 @@ VerdictReport AbRun::report() {
     const CommonShift& common = m_trial.common();
     report.commonRatio = std::exp(common.estimate);
     report.commonReal = common.real();
-    report.commonRemoved = !common.real() && m_trial.tellsDrift();
     report.rounds = m_trial.rounds();
     tellWhatIsMissing(report);
     tellTimeThatLacks(report);

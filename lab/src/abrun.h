@@ -1,5 +1,5 @@
-// The rounds of `ab`: passes of two subjects in random order until all lines are decided or the time is up, every pass
-// kept in the store, and what went wrong on the way.
+// The rounds of `ab`: passes of two subjects that take turns, test by test, until all lines are decided or the time is
+// up, every pass kept in the store, and what went wrong on the way.
 #pragma once
 
 #include "pass.h"
@@ -19,7 +19,6 @@ struct AbOptions {
     TrialOptions trial;
     double seconds = 120;   ///< for all rounds
     double passLimit = 120; ///< of one rig process
-    size_t lanes = 2;       ///< passes under way at once
     unsigned long seed = 0;
     Store* store = nullptr; ///< none: nothing is kept
     long long run = 0;      ///< number of the run in the store

@@ -24,12 +24,6 @@ struct AbArguments {
     bool strict = false;
 };
 
-// Two where a second core is there for the rig that gets ready.
-size_t lanesOfMachine() {
-    cpu_set_t cores;
-    return ::sched_getaffinity(0, sizeof cores, &cores) == 0 && CPU_COUNT(&cores) > 1 ? 2 : 1;
-}
-
 int decide(const AbArguments& options, Context& context) {
     AbOptions ab;
     const std::filesystem::path rig = context.options.rig.empty() ? defaultRig() : std::filesystem::path(context.rig());
@@ -42,7 +36,6 @@ int decide(const AbArguments& options, Context& context) {
     ab.trial = {parseShare(options.threshold), parseShare(options.confidence)};
     ab.seconds = parseDuration(options.time);
     ab.passLimit = parseDuration(options.timeLimit);
-    ab.lanes = lanesOfMachine();
     ab.seed = context.seed();
     ab.progress = [&](const std::string& text, double share) { context.console.progress(text, share); };
     ab.note = [&](const std::string& text) { context.console.note(text); };

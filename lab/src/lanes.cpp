@@ -11,26 +11,16 @@ Lanes::~Lanes() {
 }
 
 void Lanes::work(Job& job, PassRequest request) {
-    const auto mark = [this](bool& what) {
-        const std::lock_guard lock(m_mutex);
-        what = true;
-        m_changed.notify_all();
-    };
-    const auto told = std::move(request.progress);
-    request.progress = [&](size_t ended, const std::string& function) {
-        if (!job.measuring && !function.empty()) {
-            mark(job.measuring);
-        }
-        if (told) {
-            told(ended, function);
-        }
-    };
     try {
         job.pass = runPass(request);
     } catch (...) {
         job.error = std::current_exception();
     }
-    mark(job.ended);
+    // The seat is free for others before anybody hears of the end.
+    request.seat.reset();
+    const std::lock_guard lock(m_mutex);
+    job.ended = true;
+    m_changed.notify_all();
 }
 
 void Lanes::start(PassRequest request, std::function<void(Pass)> done) {
@@ -38,14 +28,13 @@ void Lanes::start(PassRequest request, std::function<void(Pass)> done) {
         std::unique_lock lock(m_mutex);
         m_changed.wait(lock, [this] {
             const auto running = std::count_if(m_jobs.begin(), m_jobs.end(), [](const Job& job) { return !job.ended; });
-            return static_cast<size_t>(running) < m_count &&
-                   std::all_of(m_jobs.begin(), m_jobs.end(), [](const Job& job) { return job.ended || job.measuring; });
+            return static_cast<size_t>(running) < m_count;
         });
     }
     collect(false);
     Job& job = m_jobs.emplace_back();
     job.done = std::move(done);
-    job.thread = std::thread([this, &job, request = std::move(request)] { work(job, request); });
+    job.thread = std::thread([this, &job, request = std::move(request)]() mutable { work(job, std::move(request)); });
 }
 
 void Lanes::collect(bool all) {

@@ -1,5 +1,4 @@
-// Passes that overlap: while one rig measures, the next one already spends the seconds that it needs to learn the rate
-// of the counter. What is measured never overlaps by intent: a rig is started only when all others are measuring.
+// Passes that run at once, each in a thread of its own.
 #pragma once
 
 #include "pass.h"
@@ -34,7 +33,6 @@ private:
         std::function<void(Pass)> done;
         Pass pass;
         std::exception_ptr error;
-        bool measuring = false;
         bool ended = false;
     };
     void work(Job& job, PassRequest request);

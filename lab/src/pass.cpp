@@ -59,8 +59,18 @@ Told callOnce(const PassRequest& request, const std::vector<std::string>& keys, 
         call.inherited.push_back(input.descriptor());
     }
     call.timeLimit = request.timeLimit;
+    call.seat = request.seat.get();
+    if (request.seat != nullptr) {
+        call.environment.push_back("KR_CORE_AWAKE=1");
+    }
+    if (request.padding > 0) {
+        call.environment.push_back("KRLAB_PADDING=" + std::string(request.padding, '.'));
+    }
     call.output = [&](std::string_view piece) {
         told.info.feed(piece);
+        if (request.seat != nullptr) {
+            request.seat->reached(told.info.tests().size(), told.info.ended());
+        }
         if (request.progress) {
             const InfoTest* test = told.info.current();
             request.progress(told.info.ended(), test != nullptr ? test->end.function : "");
@@ -159,14 +169,23 @@ void takeOver(Pass& pass, const Told& told) {
     }
 }
 
-/// Only what was asked for, each line once.
+/// Only what was asked for, each line once: its first figure, or of repeated ones the smallest.
 void keepWanted(Pass& pass, const PassRequest& request) {
     const std::set<Line> wanted(request.lines.begin(), request.lines.end());
-    std::set<Line> seen;
-    std::erase_if(pass.figures, [&](const Figure& figure) {
-        return (!wanted.empty() && !request.keepOthers && wanted.count(figure.line) == 0) ||
-               !seen.insert(figure.line).second;
-    });
+    std::map<Line, size_t> seen;
+    std::vector<Figure> kept;
+    for (Figure& figure : pass.figures) {
+        if (!wanted.empty() && !request.keepOthers && wanted.count(figure.line) == 0) {
+            continue;
+        }
+        const auto [at, added] = seen.try_emplace(figure.line, kept.size());
+        if (added) {
+            kept.push_back(std::move(figure));
+        } else if (request.repeats > 1 && figure.clocks < kept[at->second].clocks) {
+            kept[at->second] = std::move(figure);
+        }
+    }
+    pass.figures = std::move(kept);
 }
 
 /// The functions of the selected tests in running order, each once.
@@ -221,7 +240,7 @@ void runLines(Pass& pass, const PassRequest& request, const RigKeys& keys) {
     const std::string userIni = userIniText(keys, request.subject);
     std::vector<Line> left = request.lines;
     while (!left.empty()) {
-        const Selection selection = selectLines(left, keys, userIni);
+        const Selection selection = selectLines(left, keys, userIni, request.repeats);
         const Told told = callOnce(request, selection.keys, &selection.ini);
         takeOver(pass, told);
         if (!goesOn(pass.ends.back(), request) || lastFunction(told).empty()) {

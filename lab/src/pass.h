@@ -4,9 +4,11 @@
 #include "figure.h"
 #include "identity.h"
 #include "subject.h"
+#include "turns.h"
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,8 +22,11 @@ struct PassRequest {
     /// that holds its lines; figures of other lines of that grid are dropped unless `keepOthers` is set.
     std::vector<Line> lines;
     bool keepOthers = false;
+    int repeats = 1;                   ///< of each of `lines` in one process; the smallest of its figures is kept
     std::vector<std::string> launcher; ///< as in RigCall
-    double timeLimit = 600;            ///< seconds for each rig process; one that takes longer is ended
+    double timeLimit = 600;            ///< seconds of its own for each rig process; one that takes longer is ended
+    std::shared_ptr<Seat> seat;        ///< where rigs take turns; none if this one has the machine to itself
+    size_t padding = 0;                ///< bytes added to the rig's environment: they move its stack
     bool goOn = true;                  ///< after a rig process that died, measure what stood behind the test in work
     bool record = true;                ///< false leaves all but the start out of the identity: the caller knows it
     /// Called a few times a second with the number of tests that the process in work has ended and its test in work.

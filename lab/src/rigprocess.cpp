@@ -25,6 +25,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// Three digits, for more of them than are ever in use at once.
+constexpr int firstMemoryDescriptor = 100;
+
 /// A descriptor that is closed with its owner.
 class Descriptor {
 public:
@@ -59,6 +62,7 @@ void makePipe(Descriptor& in, Descriptor& out) {
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
     std::vector<char*> result;
+    result.reserve(words.size() + 1);
     for (std::string& word : words) {
         result.push_back(word.data());
     }
@@ -132,15 +136,15 @@ void follow(const RigCall& call, pid_t process, int console, RigExit& result) {
     if (handle.get() < 0) {
         throw Fault("can't watch the rig's process: " + systemCause(errno));
     }
-    const auto end = Clock::now() + std::chrono::duration<double>(std::min(call.timeLimit, 1e8));
+    auto before = Clock::now();
+    const auto left = [&] { return call.timeLimit - result.seconds; };
     bool open = true;
     bool killed = false;
     for (;;) {
         pollfd polls[3] = {{handle.get(), POLLIN, 0},
                            {open ? console : -1, POLLIN, 0},
                            {call.heedInterrupt && !killed ? interruptDescriptor() : -1, POLLIN, 0}};
-        const double left = std::chrono::duration<double>(end - Clock::now()).count();
-        const int wait = killed ? 200 : static_cast<int>(std::clamp(left * 1000 + 1, 0.0, 200.0));
+        const int wait = killed ? 200 : static_cast<int>(std::clamp(left() * 1000 + 1, 0.0, 200.0));
         ::poll(polls, 3, wait);
         if (polls[1].revents != 0) {
             open = drain(console, call);
@@ -151,11 +155,16 @@ void follow(const RigCall& call, pid_t process, int console, RigExit& result) {
         if (call.output) {
             call.output({});
         }
+        const auto now = Clock::now();
+        if (call.seat == nullptr || !call.seat->stopped()) {
+            result.seconds += std::chrono::duration<double>(now - before).count();
+        }
+        before = now;
         if (killed) {
             continue;
         }
         result.interrupted = call.heedInterrupt && interrupted();
-        result.timedOut = !result.interrupted && Clock::now() >= end;
+        result.timedOut = !result.interrupted && left() <= 0;
         if (result.interrupted || result.timedOut) {
             ::kill(-process, SIGKILL);
             killed = true;
@@ -165,7 +174,14 @@ void follow(const RigCall& call, pid_t process, int console, RigExit& result) {
 
 } // namespace
 
-MemoryFile::MemoryFile(const std::string& text) : m_descriptor(::memfd_create("krlab", MFD_CLOEXEC)) {
+MemoryFile::MemoryFile(const std::string& text) : m_descriptor(-1) {
+    // A name of the same length for all: where a process has its stack and its heap depends on its arguments, and with
+    // that its clocks.
+    const int descriptor = ::memfd_create("krlab", MFD_CLOEXEC);
+    if (descriptor >= 0) {
+        m_descriptor = ::fcntl(descriptor, F_DUPFD_CLOEXEC, firstMemoryDescriptor);
+        ::close(descriptor);
+    }
     if (m_descriptor < 0) {
         throw Fault("can't make a file in memory: " + systemCause(errno));
     }
@@ -222,7 +238,6 @@ RigExit callRig(const RigCall& call) {
     makePipe(report, reportEnd);
 
     RigExit result;
-    const auto start = Clock::now();
     const pid_t self = ::getpid();
     const pid_t process = ::fork();
     if (process < 0) {
@@ -234,6 +249,9 @@ RigExit callRig(const RigCall& call) {
     }
     ::setpgid(process, process);
     guardGroup(process);
+    if (call.seat != nullptr) {
+        call.seat->started(process);
+    }
     consoleEnd.close();
     reportEnd.close();
     int error = 0;
@@ -241,6 +259,9 @@ RigExit callRig(const RigCall& call) {
     ::fcntl(console.get(), F_SETFL, O_NONBLOCK);
     if (!failed) {
         follow(call, process, console.get(), result);
+    }
+    if (call.seat != nullptr) {
+        call.seat->exited();
     }
     // Whatever the rig may have started itself goes with it.
     ::kill(-process, SIGKILL);
@@ -252,7 +273,6 @@ RigExit callRig(const RigCall& call) {
         throw Fault(words.front(), "can't be started: " + systemCause(error));
     }
     drain(console.get(), call);
-    result.seconds = std::chrono::duration<double>(Clock::now() - start).count();
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     return result;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "subject.h"
+#include "turns.h"
 
 #include <functional>
 #include <string>
@@ -33,7 +34,8 @@ struct RigCall {
     std::vector<std::string> launcher;    ///< a program and its arguments that start the rig; empty for the rig itself
     std::vector<int> inherited;           ///< descriptors of memory files
     std::vector<std::string> environment; ///< further "NAME=value" entries
-    double timeLimit = 600;               ///< seconds
+    double timeLimit = 600;               ///< seconds, without those in which another rig has the turn
+    Seat* seat = nullptr;                 ///< takes turns with others; null if it runs alone
     bool heedInterrupt = true;            ///< Ctrl-C ends the process
     /// Takes the console text, standard output and standard error in one, as it comes; also called with an empty text
     /// a few times a second.
@@ -45,7 +47,7 @@ struct RigExit {
     int signal = 0;
     bool timedOut = false;
     bool interrupted = false;
-    double seconds = 0;
+    double seconds = 0; ///< without those in which another rig had the turn
 };
 
 /// Starts the rig and waits for its end. Throws Fault if it can't be started.

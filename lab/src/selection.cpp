@@ -50,6 +50,17 @@ std::vector<Section> sectionsOf(const std::vector<Line>& lines) {
     return sections;
 }
 
+/// "40; 80", all of it as often as wanted.
+std::string listOf(const std::vector<std::string>& values, int repeats) {
+    std::string list;
+    for (int i = 0; i < repeats; ++i) {
+        for (const std::string& value : values) {
+            list += (list.empty() ? "" : "; ") + value;
+        }
+    }
+    return list;
+}
+
 bool hasParameter(const Section& section, const std::string& name) {
     return std::any_of(section.parameters.begin(), section.parameters.end(),
                        [&](const Values& values) { return values.name == name; });
@@ -57,7 +68,8 @@ bool hasParameter(const Section& section, const std::string& name) {
 
 } // namespace
 
-Selection selectLines(const std::vector<Line>& lines, const RigKeys& userKeys, const std::string& userIni) {
+Selection selectLines(const std::vector<Line>& lines, const RigKeys& userKeys, const std::string& userIni,
+                      int repeats) {
     const std::vector<Section> sections = sectionsOf(lines);
     Selection selection;
     std::vector<KeyValue> givenWay;
@@ -83,11 +95,8 @@ Selection selectLines(const std::vector<Line>& lines, const RigKeys& userKeys, c
             }
         }
         for (const Values& values : section.parameters) {
-            selection.ini += values.name + "=";
-            for (size_t i = 0; i < values.values.size(); ++i) {
-                selection.ini += (i == 0 ? "" : "; ") + values.values[i];
-            }
-            selection.ini += "\n";
+            const bool first = &values == &section.parameters.front();
+            selection.ini += values.name + "=" + listOf(values.values, first ? repeats : 1) + "\n";
         }
     }
     return selection;

@@ -17,8 +17,10 @@ struct Selection {
 
 /// The rig walks the product of the values that a function's section gives; so the product of the values that occur in
 /// the lines is what gets measured. The user's -d values for parameters of the lines give way to the lines' own; all
-/// others keep their effect, as does the user's ini-file, whose text is `userIni`.
-Selection selectLines(const std::vector<Line>& lines, const RigKeys& userKeys, const std::string& userIni);
+/// others keep their effect, as does the user's ini-file, whose text is `userIni`. Each line is measured `repeats`
+/// times, if it has a parameter to say so.
+Selection selectLines(const std::vector<Line>& lines, const RigKeys& userKeys, const std::string& userIni,
+                      int repeats = 1);
 
 /// The number of lines that the rig will measure for these.
 size_t gridSize(const std::vector<Line>& lines);

@@ -4,19 +4,16 @@
 // Suspicion and accusation rest on different rounds. A line whose readings so far hint at a change is put under
 // suspicion; from then on only rounds measured later count for it, and only a suspect can be found slower or faster.
 // The chance that a comparison of a subject with its own copy accuses any line at all is at most 1 - confidence:
-// - it is shared out over the looks that are taken at the growing data, in parts 1 / (k (k + 1)) (alpha spending: K. K.
-// G.
-//   Lan and D. L. DeMets, Biometrika 70, 1983), since lines are measured again until they are decided;
+// - it is shared out over the looks that are taken at the growing data, in parts 1 / (k (k + 1)) (alpha spending:
+//   K. K. G. Lan and D. L. DeMets, Biometrika 70, 1983), since lines are measured again until they are decided;
 // - and over the suspects by Holm's step-down (S. Holm, Scandinavian Journal of Statistics 6, 1979).
-// The interval of each line is that of Wilcoxon's signed-rank test on its paired differences (signedrank.h), drift
-// taken out (drift.h).
+// The interval of each line comes from its low readings on both sides (rounds.h).
 #pragma once
 
-#include "drift.h"
 #include "figure.h"
+#include "rounds.h"
 #include "verdict.h"
 
-#include <deque>
 #include <map>
 #include <vector>
 
@@ -35,16 +32,16 @@ public:
     void addRound(const std::vector<Figure>& older, const std::vector<Figure>& newer);
     int rounds() const { return static_cast<int>(m_rounds.size()); }
 
-    /// Judges all lines that are not decided, and puts lines under suspicion as long as the rounds that are still to
-    /// come suffice to accuse them. Each look costs some of the confidence: look when it is due, and once at the end.
-    void look(int roundsLeft);
-    /// True if enough rounds came since the last look for another to be worth its price.
+    /// Judges the suspects whose look is due. With `all` also the lines that are not under suspicion, of which it puts
+    /// some there as long as the rounds that are still to come suffice to accuse them. Each look costs some of the
+    /// confidence: look at all once in a while, at suspects when a look is due, and at everything with no rounds left.
+    void look(int roundsLeft, bool all);
+    /// True if enough rounds came since the last look at some suspects for another to be worth its price.
     bool lookDue() const;
 
-    /// The lines to measure next: all that are not decided, and decided ones beside them, so that there are at least
-    /// `least` lines that tell the drift. Empty if all are decided. Lines that one side never had are not asked for
-    /// again.
-    std::vector<Line> wanted(size_t least) const;
+    /// The lines to measure next: the suspects that are not decided, if there are any, else (or with `all`) all lines
+    /// that are not decided. Empty if all are decided. Lines that one side never had are not asked for again.
+    std::vector<Line> wanted(bool all) const;
     /// Lines that were not decided at the last look.
     size_t undecided() const;
     size_t suspects() const;
@@ -53,11 +50,8 @@ public:
     std::vector<LineVerdict> verdicts() const;
     /// Lines that have figures on this side alone.
     std::vector<Line> onlyOn(Side side) const;
-    /// What moved all lines alike, from the rounds that measured all lines. It is taken out of the ratios unless it is
-    /// real: then the new subject as a whole is slower or faster, and the ratios hold that.
+    /// What all lines have in common, from the rounds that measured all of them. It is in the ratios.
     const CommonShift& common() const { return m_common; }
-    /// False if there are too few functions to tell the machine's drift: then nothing is taken out.
-    bool tellsDrift() const;
 
 private:
     // Lines that came under suspicion at the same look: they share a part of the confidence and start with fresh
@@ -72,49 +66,38 @@ private:
     };
     struct State {
         LineVerdict result;
-        size_t function = 0;
         int group = -1; ///< index into m_groups; -1 if never suspected
         bool paired = false;
         bool seen[2] = {false, false};
         bool decided() const { return result.verdict != Verdict::undecided; }
     };
-    // The differences of each line over some rounds, and what is known of their common level.
-    struct Evidence {
-        std::vector<std::vector<double>> differences;
-        double level = 0;    ///< a real common shift, which the drift took out, to be put back
-        double levelLow = 0; ///< how far the level itself may be off
-        double levelHigh = 0;
-    };
-
     // A line that may have changed.
     struct Candidate {
         double weight; ///< how far it is off, in widths of its interval
         size_t line;
+        int rank;   ///< among those of its function
+        bool plain; ///< beyond what noise does
     };
 
     size_t indexOf(const Line& line);
     void addSide(const std::vector<Figure>& figures, Side side, Round& round);
-    std::vector<LineRole> roles() const;
-    static bool enoughControls(const std::vector<LineRole>& roles);
     void updateCommon();
     double error(int looks) const;
-    Evidence evidenceSince(size_t round) const;
     double clocksOf(size_t line, Side side) const;
-    LineVerdict resultOf(size_t line, const Evidence& evidence, const WalshAverages& averages, double tail) const;
-    std::vector<Candidate> judgeUnsuspected(const Evidence& evidence);
+    LowReadings readingsSince(size_t round, size_t line) const;
+    LineVerdict resultOf(size_t line, const LowReadings& readings, double tail) const;
+    std::vector<Candidate> judgeUnsuspected();
     void judgeGroup(int number);
-    void accuse(Group& group, int number, const Evidence& evidence, const std::vector<WalshAverages>& averages);
+    void accuse(Group& group, int number);
     void suspect(std::vector<Candidate> candidates, int roundsLeft);
 
     TrialOptions m_options;
     std::map<Line, size_t> m_index;
-    std::map<std::string, size_t> m_functions;
     std::vector<State> m_lines;
-    std::deque<Round> m_rounds;
+    std::vector<Round> m_rounds;
     std::vector<Group> m_groups;
     CommonShift m_common;
-    int m_looks = 0;
-    int m_nextLook = 0;
+    int m_looks = 0; ///< at all lines
 };
 
 } // namespace krlab

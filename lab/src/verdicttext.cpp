@@ -100,9 +100,8 @@ std::string commonText(const VerdictReport& report) {
         return "";
     }
     const char* told = report.commonRemoved ? "which may be the machine's drift and was taken out"
-                       : report.commonReal
-                           ? "on which the rounds agree: it is in the lines' figures"
-                           : "which may be the machine's drift; too few functions were measured to take that out";
+                       : report.commonReal  ? "on which the rounds agree: it is in the lines' figures"
+                                            : "which the rounds do not tell from nothing";
     return fmt::format("All lines together: {} %, {}.\n", change(report.commonRatio), told);
 }
 

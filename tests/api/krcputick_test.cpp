@@ -257,3 +257,14 @@ TEST(KrProcessors, ThereIsAtLeastOne) {
 }
 
 } // namespace
+
+TEST(KrCpuTick, CoreIsWokenAfterAPauseUnlessSomebodyKeepsItAwake) {
+    unsetenv("KR_CORE_AWAKE");
+    usleep(3000);
+    EXPECT_TRUE(krWakeCore());
+    usleep(3000);
+    setenv("KR_CORE_AWAKE", "1", 1);
+    EXPECT_FALSE(krWakeCore());
+    unsetenv("KR_CORE_AWAKE");
+    EXPECT_TRUE(krWakeCore());
+}

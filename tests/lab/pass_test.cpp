@@ -45,6 +45,27 @@ TEST(LabPass, FiguresOfTheTableAreMadeExactByTheCounts) {
     EXPECT_FALSE(pass.identity.arguments.empty());
 }
 
+TEST(LabPass, RepeatedLineKeepsItsSmallestFigure) {
+    const FakeRig rig(scriptHead + R"(
+for told in 30 26 28; do
+    echo "f1,-,-,8,-,-,-,-,-,nLps=16,3.14,e,0.01,-" >> "$table"
+    [ $told = 30 ] && printf '| Function  : f1                     Sun Nov 22 02:25:49 2026|\n| Test      : TimX |\n| Source    : p_x |\n len = 8; 8; 8\n'
+    printf 'len=8 \n    Auto method: start\n    Iteration Measurement: \n        stopLoops  = 16\n        stopClocks = %d\n' $((told * 16))
+    printf '        funcClocks = %d\n    Auto method: stop\n  acc=0.5%%   nLps=16     perf=     %d/        8=     3.14 clocks\n' $told $told
+done
+echo '| -OK         f1     Sun Nov 22 02:25:49 2026|'
+)" + scriptEnd);
+    PassRequest request = requestOf(rig.subject());
+    request.lines = {{"f1", {{"Len/Size", "8"}}}};
+    request.repeats = 3;
+    Pass pass = runPass(request);
+    ASSERT_EQ(pass.figures.size(), 1u);
+    EXPECT_DOUBLE_EQ(pass.figures[0].clocks, 26);
+    // Without a wish for it a line that stands twice has its first figure.
+    request.repeats = 1;
+    EXPECT_DOUBLE_EQ(runPass(request).figures.at(0).clocks, 30);
+}
+
 TEST(LabPass, ADeadRigCostsTheTestInWorkOnly) {
     const FakeRig rig(scriptHead + scriptTest("f1") + "fi\n" + scriptTest("f2", false) + "kill -BUS $$; fi\n" +
                       scriptTest("f3") + "fi\n" + scriptEnd);

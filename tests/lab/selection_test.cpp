@@ -42,6 +42,11 @@ TEST(LabSelection, SectionsHoldTheValuesOfTheLines) {
     EXPECT_EQ(gridSize({Line::parse("f a=1 b=1"), Line::parse("f a=2 b=2")}), 4u);
 }
 
+TEST(LabSelection, RepeatedLinesHaveTheirFirstParametersValuesSoOften) {
+    const std::vector<Line> lines = {Line::parse("f a=1 b=2"), Line::parse("f a=4 b=3"), Line::parse("g")};
+    EXPECT_EQ(selectLines(lines, splitKeys({}), "", 3).ini, "[f]\na=1; 4; 1; 4; 1; 4\nb=2; 3\n[g]\n");
+}
+
 TEST(LabSelection, LinesWinOverTheUsersValuesAndOtherFunctionsKeepThem) {
     const std::vector<Line> lines = {Line::parse("f a=1"), Line::parse("g x=5")};
     const Selection selection = selectLines(lines, splitKeys({"-da=7", "-dMethod=I"}), "[Kelvar Rig]\nAccuracy=2");
