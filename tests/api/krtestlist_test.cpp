@@ -15,7 +15,8 @@ class Fixed : public krTest {
 public:
     Fixed(const char* name, krResult returned, krResult kept)
         : krTest(krFuncOld(nullptr), name, "f", "Tim"), m_returned(returned), m_kept(kept) {}
-    explicit Fixed(const char* name, krResult result = krOk) : Fixed(name, result, result) {}
+    // Lists of them are written as lists of names. NOLINTNEXTLINE(google-explicit-constructor)
+    Fixed(const char* name, krResult result = krOk) : Fixed(name, result, result) {}
     krResult run() override {
         s_ran += std::string(m_name.c_str()) + " ";
         EXPECT_EQ(krTestList::m_pCurrentTest, this);

@@ -305,7 +305,8 @@ TEST(AmrWbOracle, AdaptiveGainHasTheSameBits) {
         Samples y = noise(random, 64, std::min(loudness(random), 4000));
         const double share = pick(random, -4, 6) / 4.0;
         for (size_t i = 0; i < 64; ++i) {
-            x[i] = static_cast<int16_t>(static_cast<double>(x[i] / 2) + share * y[i]);
+            const int half = x[i] / 2;
+            x[i] = static_cast<int16_t>(half + share * y[i]);
         }
         Samples c1(4), c2(4);
         int16_t gain = -1;

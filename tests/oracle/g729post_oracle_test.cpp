@@ -125,7 +125,8 @@ TEST(OpenLoopOracle, TheFloatingSearchFindsTheDelaysOfTheG729Codec) {
         Samples x = noise(random, 223, -3000, 3000);
         const auto period = static_cast<size_t>(noise(random, 1, 20, 143)[0]);
         for (size_t i = period; i < x.size(); ++i) {
-            x[i] = static_cast<int16_t>(static_cast<double>(x[i] / 4) + 0.8 * x[i - period]);
+            const int quarter = x[i] / 4;
+            x[i] = static_cast<int16_t>(quarter + 0.8 * x[i - period]);
         }
         const std::vector<float> y(x.begin(), x.end());
         int lag = 0;

@@ -22,8 +22,8 @@ double kernel(int n, int k) {
     static const Reals values = [] {
         Reals all;
         for (int i = 0; i < 320 * 160; ++i) {
-            all.push_back(std::sqrt(2.0 / 160) * window(i / 160) *
-                          std::cos((static_cast<double>(i / 160) + 80.5) * (i % 160 + 0.5) * pi / 160));
+            const int row = i / 160;
+            all.push_back(std::sqrt(2.0 / 160) * window(row) * std::cos((row + 80.5) * (i % 160 + 0.5) * pi / 160));
         }
         return all;
     }();

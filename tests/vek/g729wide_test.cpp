@@ -186,7 +186,8 @@ TEST(VekG729FloatOpenLoop, FindsTheDelayOfTheFixedPointSearch) {
             Samples x = noise(random, 223, -4000, 4000);
             const auto period = static_cast<size_t>(noise(random, 1, 20, 143)[0]);
             for (size_t i = period; i < x.size(); ++i) {
-                x[i] = static_cast<int16_t>(static_cast<double>(x[i] / 4) + 0.8 * x[i - period]);
+                const int quarter = x[i] / 4;
+                x[i] = static_cast<int16_t>(quarter + 0.8 * x[i - period]);
             }
             const Floats y(x.begin(), x.end());
             int16_t want = 0;

@@ -27,12 +27,12 @@ void vkcGrid::begin(std::initializer_list<krParameter*> parms) {
     m_fixed.clear();
     for (krParameter* parm : parms) {
         m_parms.append(parm);
-        krParameter& given = *parm;
-        const auto* size = dynamic_cast<const krStepIterator<int>*>(&given);
+        const auto* size = dynamic_cast<const krStepIterator<int>*>(parm);
         if (size != nullptr && size->oper() == stepList && size->size() == 1) {
             m_fixed.append({parm, *size->begin()});
         }
-        given.fromIStream(g_istrm);
+        // Not null because a cast fails. NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage)
+        parm->fromIStream(g_istrm);
     }
 }
 
