@@ -142,6 +142,9 @@ std::vector<Line> AbRun::lines() const {
 void AbRun::startRounds(int first, size_t count) {
     const auto start = Clock::now();
     const std::vector<Line> wanted = lines();
+    // The same for all of these rounds, whatever the first ones tell.
+    const std::vector<std::string> passKeys = keys();
+    const int repeats = m_repeats[m_kind];
     auto seats = m_turns.addRounds(count);
     for (size_t i = 0; i < count; ++i) {
         const int number = first + static_cast<int>(i);
@@ -150,10 +153,10 @@ void AbRun::startRounds(int first, size_t count) {
         for (const Side side : {newFirst ? sideNew : sideOld, newFirst ? sideOld : sideNew}) {
             PassRequest request;
             request.subject = m_options.subjects[side];
-            request.keys = keys();
+            request.keys = passKeys;
             request.lines = wanted;
             request.keepOthers = true;
-            request.repeats = m_repeats[m_kind];
+            request.repeats = repeats;
             request.timeLimit = m_options.passLimit;
             request.record = number == 0;
             request.padding = 1 + m_random() % mostPadding;

@@ -79,7 +79,7 @@ TEST(ScriptsClang, BuildAndTidyAreStagesOfTheirOwn) {
     const Checkout checkout;
     makeHistory(checkout);
     checkout.standIn("clang++", "");
-    checkout.standIn("clang-tidy", "");
+    checkout.standIn("clang-tidy", "case $* in --version) echo '  Debian LLVM version 14.0.6' ;; esac\n");
     checkout.forgetCalls();
     const RigResult result = checkout.type("./test --clang --tidy=HEAD~1");
     EXPECT_EQ(0, result.exitCode) << result.out;
@@ -87,6 +87,15 @@ TEST(ScriptsClang, BuildAndTidyAreStagesOfTheirOwn) {
     EXPECT_TRUE(holds(result.out, "== clang-tidy\nclang-tidy: 2 files looked at\n")) << result.out;
     EXPECT_TRUE(holds(checkout.calls(), "--target all")) << checkout.calls();
     EXPECT_FALSE(holds(checkout.calls(), "ctest"));
+}
+
+TEST(ScriptsClang, TidyOfAnotherVersionLooksAtNothingAndSaysSo) {
+    const Checkout checkout;
+    makeHistory(checkout);
+    checkout.standIn("clang-tidy", "case $* in --version) echo '  Debian LLVM version 15.0.6' ;; *) exit 1 ;; esac\n");
+    const RigResult result = checkout.type("./test --tidy");
+    EXPECT_EQ(0, result.exitCode) << result.out;
+    EXPECT_TRUE(holds(result.out, "clang-tidy is not of version 14: it looks at nothing\n")) << result.out;
 }
 
 TEST(ScriptsClang, WhereTheyAreMissingALineSaysSoAndNothingFails) {
