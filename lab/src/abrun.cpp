@@ -39,8 +39,8 @@ constexpr int mostRepeats = 16;
 constexpr int startsForAll = 4;
 constexpr int roundsForAll = 4;
 
-// A page of memory: where the stack lies within one depends on the length of names and paths, and short calls may depend
-// on that.
+// A page of memory: where the stack lies within one depends on the length of names and paths, and short calls may
+// depend on that.
 constexpr size_t mostPadding = 4096;
 
 // Rounds whose rigs learn the counter's rate together.
