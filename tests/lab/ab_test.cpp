@@ -207,11 +207,11 @@ TEST(LabAb, PassOverItsLimitIsEndedAndTheRestIsMeasured) {
                      print > (place "/slept"); close(place "/slept")
                      printf "| Function  : %s                     Sun Nov 22 02:25:49 2026|\n", name; fflush()
                      system("sleep 30") })");
-    pair.options.passLimit = 1.5;
+    pair.options.passLimit = 4;
     const VerdictReport report = runAb(pair.options);
     EXPECT_EQ(countVerdicts(report.lines).same, size_t{functions});
     ASSERT_FALSE(report.remarks.empty());
-    EXPECT_EQ(report.remarks[0], "after: the rig took longer than its limit and was ended after 2 s in f3");
+    EXPECT_EQ(report.remarks[0], "after: the rig took longer than its limit and was ended after 4 s in f3");
     EXPECT_EQ(exitStatus(report, false), exitGood);
 }
 
