@@ -182,7 +182,7 @@ void AbRun::startNext() {
     }
     m_started += count;
     m_outOfTime = count <= 0;
-    if (swept && m_kind == everything) {
+    if (swept && m_kind == everything && !m_outOfTime) {
         m_trial.look(roundsLeft(suspects), true);
     }
 }

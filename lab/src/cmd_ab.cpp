@@ -6,7 +6,6 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <sched.h>
 
 namespace krlab {
 

@@ -238,9 +238,10 @@ std::string describe(const Identity& identity) {
         text +=
             fmt::format("\n  {} ({}){}", file.path, shortDigest(file), file.version.empty() ? "" : ", " + file.version);
     }
-    text += fmt::format("\n  {}, {}, {} processors, counter {:.0f} MHz, load {:.2f} to {:.2f}, {}",
-                        identity.machine.host, identity.machine.kernel, identity.machine.processors,
-                        identity.machine.counterMHz, identity.loadStart, identity.loadEnd, identity.started);
+    text += fmt::format(
+        "\n  {}, {}, {} processors, counter {:.0f} MHz, load average {:.2f} to {:.2f} with the rigs of the lab, {}",
+        identity.machine.host, identity.machine.kernel, identity.machine.processors, identity.machine.counterMHz,
+        identity.loadStart, identity.loadEnd, identity.started);
     return text;
 }
 

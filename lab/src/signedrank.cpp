@@ -97,15 +97,6 @@ int signedRankBound(int pairs, double tail) {
     return at->second;
 }
 
-int signedRankLeastPairs(double tail) {
-    // All pairs on one side have the chance 2^-n.
-    int pairs = 1;
-    for (double chance = 0.5; chance > tail && pairs < exactPairs; chance /= 2) {
-        ++pairs;
-    }
-    return pairs;
-}
-
 double medianOf(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     return medianOfSorted(values);

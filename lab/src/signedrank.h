@@ -43,9 +43,6 @@ private:
 /// pairs, by the normal distribution above.
 int signedRankBound(int pairs, double tail);
 
-/// The fewest pairs for which an interval with this tail exists.
-int signedRankLeastPairs(double tail);
-
 /// The middle value, the mean of the two middle ones of an even number; not a number if empty.
 double medianOf(std::vector<double> values);
 

@@ -21,6 +21,17 @@ std::vector<Round> roundsOf(const std::vector<double>& older, const std::vector<
     return rounds;
 }
 
+// The old side reads 0, 1, 2 ..., the new one 100, 102, 104 ...
+LowReadings risingReadings(int rounds) {
+    std::vector<double> older;
+    std::vector<double> newer;
+    for (int i = 0; i < rounds; ++i) {
+        older.push_back(i);
+        newer.push_back(100 + 2 * i);
+    }
+    return {roundsOf(older, newer), 0};
+}
+
 } // namespace
 
 TEST(LabRounds, FewestRoundsAreThoseInWhichAllOfOneSideLieBelow) {
@@ -39,24 +50,14 @@ TEST(LabRounds, FewestRoundsAreThoseInWhichAllOfOneSideLieBelow) {
 }
 
 TEST(LabRounds, IntervalLiesBetweenLowReadingsOfTheSides) {
-    // Ten rounds at 1 in 16: all of the four lowest, one stray would need seven.
-    std::vector<double> older;
-    std::vector<double> newer;
-    for (int i = 0; i < 10; ++i) {
-        older.push_back(i);
-        newer.push_back(100 + 2 * i);
-    }
-    const LowShift four = LowReadings(roundsOf(older, newer), 0).shift(1.0 / 16);
+    // Ten rounds at 1 in 16: all of the four lowest.
+    const LowShift four = risingReadings(10).shift(1.0 / 16);
     EXPECT_NEAR(four.bounds.low, 100 - 3, 1e-12);
     EXPECT_NEAR(four.bounds.high, 106 - 0, 1e-12);
     EXPECT_NEAR(four.estimate, 101.5, 1e-12);
     EXPECT_NEAR(four.logClocks, (101.5 + 2 * 1.5) / 2, 1e-12);
-    // 32 rounds: the 8 lowest with one stray, since P(Bin(8, 1/2) <= 1) = 9/256 and P(Bin(7, 1/2) <= 1) = 8/128 = 1/16.
-    for (int i = 10; i < 32; ++i) {
-        older.push_back(i);
-        newer.push_back(100 + 2 * i);
-    }
-    const LowShift seven = LowReadings(roundsOf(older, newer), 0).shift(1.0 / 16);
+    // Of 32 rounds the seven lowest, a quarter at most, with one stray: 8 of 128 outcomes of seven tosses.
+    const LowShift seven = risingReadings(32).shift(1.0 / 16);
     EXPECT_NEAR(seven.bounds.low, 102 - 5, 1e-12);
     EXPECT_NEAR(seven.bounds.high, 110 - 1, 1e-12);
 }

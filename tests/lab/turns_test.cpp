@@ -92,6 +92,15 @@ cpu_set_t coresOf(pid_t process) {
     return cores;
 }
 
+// One round of which both rigs are ready.
+class LabTurnsOfARound : public ::testing::Test {
+protected:
+    Turns turns{7};
+    Played round{std::move(turns.addRounds(1)[0])};
+
+    void SetUp() override { round.prepare(); }
+};
+
 } // namespace
 
 TEST(LabTurns, NobodyMeasuresBeforeAllAreReady) {
@@ -109,11 +118,7 @@ TEST(LabTurns, NobodyMeasuresBeforeAllAreReady) {
     EXPECT_FALSE(second.running());
 }
 
-TEST(LabTurns, ProcessesAreStoppedAndGoOn) {
-    Turns turns(1);
-    auto seats = turns.addRounds(1);
-    Played round(std::move(seats[0]));
-    round.prepare();
+TEST_F(LabTurnsOfARound, ProcessesAreStoppedAndGoOn) {
     for (const size_t rig : {round.running().value(), 1 - round.running().value()}) {
         EXPECT_TRUE(round.rigs[rig].becomes(false));
         EXPECT_TRUE(round.rigs[1 - rig].becomes(true));
@@ -121,11 +126,7 @@ TEST(LabTurns, ProcessesAreStoppedAndGoOn) {
     }
 }
 
-TEST(LabTurns, BothMeasureEachTestAndEitherIsTheFirstAtTimes) {
-    Turns turns(7);
-    auto seats = turns.addRounds(1);
-    Played round(std::move(seats[0]));
-    round.prepare();
+TEST_F(LabTurnsOfARound, BothMeasureEachTestAndEitherIsTheFirstAtTimes) {
     int newFirst = 0;
     for (int test = 0; test < 40; ++test) {
         const size_t first = round.running().value();
@@ -139,22 +140,14 @@ TEST(LabTurns, BothMeasureEachTestAndEitherIsTheFirstAtTimes) {
     EXPECT_LT(newFirst, 32);
 }
 
-TEST(LabTurns, TextWithinATestEndsNoTurn) {
-    Turns turns(1);
-    auto seats = turns.addRounds(1);
-    Played round(std::move(seats[0]));
-    round.prepare();
+TEST_F(LabTurnsOfARound, TextWithinATestEndsNoTurn) {
     const size_t first = round.running().value();
     round.seats[first]->reached(1, 0);
     round.seats[1 - first]->reached(1, 0);
     EXPECT_EQ(round.running(), first);
 }
 
-TEST(LabTurns, BothMeasureOnTheSameCore) {
-    Turns turns(1);
-    auto seats = turns.addRounds(1);
-    Played round(std::move(seats[0]));
-    round.prepare();
+TEST_F(LabTurnsOfARound, BothMeasureOnTheSameCore) {
     const size_t first = round.running().value();
     round.endTest(first);
     const cpu_set_t one = coresOf(round.rigs[first].process());
@@ -163,11 +156,7 @@ TEST(LabTurns, BothMeasureOnTheSameCore) {
     EXPECT_TRUE(CPU_EQUAL(&one, &other));
 }
 
-TEST(LabTurns, DeadProcessGivesItsTurnAwayAndItsNextOneIsWaitedFor) {
-    Turns turns(1);
-    auto seats = turns.addRounds(1);
-    Played round(std::move(seats[0]));
-    round.prepare();
+TEST_F(LabTurnsOfARound, DeadProcessGivesItsTurnAwayAndItsNextOneIsWaitedFor) {
     const size_t dying = round.running().value();
     round.seats[dying]->exited();
     EXPECT_TRUE(round.seats[1 - dying]->stopped());
