@@ -115,7 +115,7 @@ RULES = {
     "veksISFToISP_AMRWB_16s": {"len": 2},
     "veksISPToLPC_AMRWB_16s": {"len": 2},
     "veksImpulseResponseTarget_GSMAMR_16s": {"BitRate": "rate"},
-    "veksInterpolateC_NR_16s": {"Lenght": 5, "Sfs": "2"},
+    "veksInterpolateC_NR_16s": {"Lenght": 7, "Sfs": 5},
     "veksInterpolateC_NR_G729_16s_Sfs": {"lenght": 5, "scaleFactor": "15"},
     "veksInterpolate_G729_16s": {"length": 3},
     "veksLSFDecode_G723_16s": {"Erase": "0"},
