@@ -3,7 +3,7 @@
 
 usage: bench/verdicts.py BUILD_DIR WORK_DIR copies  [--runs 20] [--time 175s] [--threshold 2%] [--confidence 99%]
        bench/verdicts.py BUILD_DIR WORK_DIR planted [--runs 5] [--percent 3,5,10,-3,-5,-10] [...]
-       bench/verdicts.py BUILD_DIR WORK_DIR utest   [--runs 20] [--tool /usr/share/benchmark/compare.py]
+       bench/verdicts.py BUILD_DIR WORK_DIR utest   [--runs 20] [--min-time 0.05] [--tool /usr/share/benchmark/compare.py]
        bench/verdicts.py BUILD_DIR WORK_DIR table
 
 copies:  the built library is copied twice and both copies are compared over the whole grid. Of 20 runs 7 are made on the
@@ -20,6 +20,7 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import statistics
 import subprocess
 import sys
@@ -120,7 +121,8 @@ def utest(args, journal):
         for target in copy_library(args):
             outputs.append(args.work / f"{target.name}.json")
             subprocess.run([args.build / "bench" / "bench_google_lines", "--benchmark_repetitions=9",
-                            f"--benchmark_out={outputs[-1]}", "--benchmark_out_format=json"], check=True,
+                            f"--benchmark_min_time={args.min_time}", f"--benchmark_out={outputs[-1]}",
+                            "--benchmark_out_format=json"], check=True,
                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                            env={**os.environ, "LD_LIBRARY_PATH": str(target)})
         judged = args.work / "utest.json"
@@ -192,6 +194,8 @@ def print_planted(args, runs):
 
 
 def main():
+    # Whoever ends it ends the load that it made, too.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
     own, keys = sys.argv[1:], []
     if "--" in own:
         own, keys = own[:own.index("--")], own[own.index("--") + 1:]
@@ -204,6 +208,7 @@ def main():
     parser.add_argument("--threshold", default="2%")
     parser.add_argument("--confidence", default="99%")
     parser.add_argument("--percent", default="3,5,10,-3,-5,-10")
+    parser.add_argument("--min-time", default="0.05", help="seconds of a repetition under Google Benchmark")
     parser.add_argument("--tool", default="/usr/share/benchmark/compare.py", help="the compare script")
     args = parser.parse_args(own)
     args.keys = keys
