@@ -66,9 +66,15 @@ class Journal:
             file.write(json.dumps(run) + "\n")
 
 
+def stolen():
+    """Seconds that the host of a virtual machine has kept from its processors since it started."""
+    with open("/proc/stat") as file:
+        return int(file.readline().split()[8]) / os.sysconf("SC_CLK_TCK")
+
+
 def compare(args, older, newer, seed):
-    """One use of krlab ab; its verdicts, its wall time and the load of the machine before it."""
-    load = os.getloadavg()[0]
+    """One use of krlab ab; its verdicts, its wall time, and the machine: the load before it, the time stolen meanwhile."""
+    load, stolen_before = os.getloadavg()[0], stolen()
     report = args.work / "verdict.json"
     report.unlink(missing_ok=True)
     command = [args.build / "krlab", "ab", f"old={older}", f"new={newer}", "--rig", args.build / "kelvarrig", "--time",
@@ -78,14 +84,16 @@ def compare(args, older, newer, seed):
     status = subprocess.run(command, stdout=subprocess.DEVNULL, check=False).returncode
     if status not in (0, 1):
         raise SystemExit(f"krlab ended with status {status}")
-    return json.loads(report.read_text()), time.monotonic() - begin, load
+    seconds = time.monotonic() - begin
+    machine = {"seconds": seconds, "load": load, "stolen": (stolen() - stolen_before) / seconds / os.cpu_count()}
+    return json.loads(report.read_text()), machine
 
 
-def note(journal, kind, case, number, verdict, seconds, load, planted=None):
+def note(journal, kind, case, number, verdict, machine, planted=None):
     accused = [line for line in verdict["lines"] if line["verdict"] in ("slower", "faster")]
     for line in accused:
         line["planted"] = planted is not None and line["function"] in planted
-    journal.add({"kind": kind, "case": case, "number": number, "seconds": seconds, "load": load,
+    journal.add({"kind": kind, "case": case, "number": number, **machine,
                  "rounds": verdict["rounds"], "summary": verdict["summary"], "accused": accused})
 
 
