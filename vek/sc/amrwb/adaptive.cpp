@@ -5,6 +5,7 @@
 #include "sc/amrwb/rates.h"
 #include "sc/amrwb/tables.h"
 #include "sc/common/fixmath.h"
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/filter.h"
 #include "veksc_amrwb.h"
@@ -221,11 +222,7 @@ int conceal(State& state, int lag, bool lost) {
 } // namespace
 
 VekStatus veksAdaptiveCodebookDecodeGetSize_AMRWB_16s(int* pSize) {
-    if (pSize == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = static_cast<int>(sizeof(State));
-    return vekStsNoErr;
+    return stateSize<State>(pSize);
 }
 
 VekStatus veksAdaptiveCodebookDecodeInit_AMRWB_16s(VekAdaptiveCodebookState_AMRWB* pState) {
