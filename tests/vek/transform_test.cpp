@@ -104,6 +104,22 @@ TEST(VekDct, ForwardThenInverseGivesTheSignalBack) {
     }
 }
 
+TEST(VekDct, TheInverseIsTheForwardTransform) {
+    for (const int n : {320, 640}) {
+        for (const Samples& x : signals(n, 5)) {
+            Samples forward(x.size());
+            Samples inverse(x.size());
+            ASSERT_EQ(vekStsNoErr, veksDCTFwd_G7221_16s(x.data(), forward.data(), n));
+            ASSERT_EQ(vekStsNoErr, veksDCTInv_G7221_16s(x.data(), inverse.data(), n));
+            EXPECT_EQ(forward, inverse);
+            if (n == 320) {
+                ASSERT_EQ(vekStsNoErr, veksDCTInv_G722_16s(x.data(), inverse.data()));
+                EXPECT_EQ(forward, inverse);
+            }
+        }
+    }
+}
+
 TEST(VekLappedTransform, FoldFollowsTheDefinition) {
     atEveryLevel([] {
         for (const int n : {320, 640}) {
