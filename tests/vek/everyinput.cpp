@@ -424,6 +424,11 @@ void* Run::memory(int bytes) {
     return buffer.begin;
 }
 
+const void** Run::newList(int rows) {
+    m_lists.emplace_back(static_cast<size_t>(rows));
+    return m_lists.back().data();
+}
+
 Entry Entry::within(double part) const {
     Entry entry = *this;
     entry.near = part;

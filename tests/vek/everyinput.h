@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <deque>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -86,6 +87,23 @@ public:
     T* bothRising(int count, Range range) {
         return static_cast<T*>(ordered(Role::Changed, element<T>(), count, range, false));
     }
+    /// Rows of `count` elements each.
+    template <class T>
+    const T* const* inRows(int rows, int count) {
+        const void** const list = newList(rows);
+        for (int i = 0; i < rows; ++i) {
+            list[i] = in<T>(count);
+        }
+        return reinterpret_cast<const T* const*>(list);
+    }
+    template <class T>
+    T** bothRows(int rows, int count) {
+        const void** const list = newList(rows);
+        for (int i = 0; i < rows; ++i) {
+            list[i] = both<T>(count);
+        }
+        return reinterpret_cast<T**>(list);
+    }
     /// These numbers, whatever the kind of the run.
     template <class T>
     const T* given(const std::vector<T>& numbers) {
@@ -151,6 +169,7 @@ private:
     void* pair(bool source, Element element, int count, Range range);
     void* literal(Role role, Element element, const void* data, size_t bytes);
     void* memory(int bytes);
+    const void** newList(int rows);
     void says(VekStatus status) { m_setUp = m_setUp == 0 ? status : m_setUp; }
 
     Buffer& take(Role role, Element element, size_t bytes, size_t shift, bool& fresh);
@@ -170,6 +189,7 @@ private:
     size_t m_pair = kNone; ///< place of the pair's source in the call
     VekStatus m_setUp = 0;
     std::vector<Buffer> m_buffers;
+    std::deque<std::vector<const void*>> m_lists;
 };
 
 template <class T>
