@@ -121,12 +121,12 @@ std::string nameOf(Kind kind) {
 
 /// Where two contents differ by more than they may; empty if nowhere.
 std::string difference(Element element, const std::vector<unsigned char>& want, const std::vector<unsigned char>& got,
-                       double near) {
+                       const Entry& entry) {
     if (want == got) {
         return "";
     }
     const size_t step = sizeOf(element);
-    double largest = 0;
+    double largest = entry.scale;
     for (size_t i = 0; isReal(element) && i < want.size(); i += step) {
         largest = std::max(largest, std::fabs(real(element, &want[i])));
     }
@@ -135,7 +135,7 @@ std::string difference(Element element, const std::vector<unsigned char>& want, 
             continue;
         }
         const bool close =
-            isReal(element) && std::fabs(real(element, &want[i]) - real(element, &got[i])) <= near * largest;
+            isReal(element) && std::fabs(real(element, &want[i]) - real(element, &got[i])) <= entry.near * largest;
         if (!close) {
             return "element " + std::to_string(i / step) + " differs" +
                    (isReal(element) ? ": " + std::to_string(real(element, &want[i])) + " and " +
@@ -147,7 +147,7 @@ std::string difference(Element element, const std::vector<unsigned char>& want, 
 }
 
 /// Empty where the second outcome is as the first.
-std::string difference(const Outcome& want, const Outcome& got, double near) {
+std::string difference(const Outcome& want, const Outcome& got, const Entry& entry) {
     if (!got.damage.empty()) {
         return got.damage;
     }
@@ -155,7 +155,7 @@ std::string difference(const Outcome& want, const Outcome& got, double near) {
         return "other statuses";
     }
     for (size_t i = 0; i < want.contents.size(); ++i) {
-        const std::string text = difference(want.elements[i], want.contents[i], got.contents[i], near);
+        const std::string text = difference(want.elements[i], want.contents[i], got.contents[i], entry);
         if (!text.empty()) {
             return "result " + std::to_string(i) + ", " + text;
         }
@@ -424,14 +424,15 @@ void* Run::memory(int bytes) {
     return buffer.begin;
 }
 
-const void** Run::newList(int rows) {
+void** Run::newList(int rows) {
     m_lists.emplace_back(static_cast<size_t>(rows));
     return m_lists.back().data();
 }
 
-Entry Entry::within(double part) const {
+Entry Entry::within(double part, double scale) const {
     Entry entry = *this;
     entry.near = part;
+    entry.scale = scale;
     return entry;
 }
 
@@ -468,7 +469,7 @@ std::string firstFault(const Entry& entry, int size, Kind kind) {
         for (const Manner& other : {Manner{kind, 0, false}, Manner{kind, 1, false}, Manner{kind, 3, false},
                                     Manner{kind, 0, true}, Manner{kind, 3, true}}) {
             if (told.empty() && (want.paired || !other.inPlace)) {
-                tell(other, difference(want, perform(entry, size, other), entry.near));
+                tell(other, difference(want, perform(entry, size, other), entry));
             }
         }
     });

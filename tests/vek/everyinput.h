@@ -90,15 +90,15 @@ public:
     /// Rows of `count` elements each.
     template <class T>
     const T* const* inRows(int rows, int count) {
-        const void** const list = newList(rows);
+        void** const list = newList(rows);
         for (int i = 0; i < rows; ++i) {
-            list[i] = in<T>(count);
+            list[i] = const_cast<T*>(in<T>(count));
         }
         return reinterpret_cast<const T* const*>(list);
     }
     template <class T>
     T** bothRows(int rows, int count) {
-        const void** const list = newList(rows);
+        void** const list = newList(rows);
         for (int i = 0; i < rows; ++i) {
             list[i] = both<T>(count);
         }
@@ -169,7 +169,7 @@ private:
     void* pair(bool source, Element element, int count, Range range);
     void* literal(Role role, Element element, const void* data, size_t bytes);
     void* memory(int bytes);
-    const void** newList(int rows);
+    void** newList(int rows);
     void says(VekStatus status) { m_setUp = m_setUp == 0 ? status : m_setUp; }
 
     Buffer& take(Role role, Element element, size_t bytes, size_t shift, bool& fresh);
@@ -189,7 +189,7 @@ private:
     size_t m_pair = kNone; ///< place of the pair's source in the call
     VekStatus m_setUp = 0;
     std::vector<Buffer> m_buffers;
-    std::deque<std::vector<const void*>> m_lists;
+    std::deque<std::vector<void*>> m_lists;
 };
 
 template <class T>
@@ -219,10 +219,12 @@ struct Entry {
     std::vector<int> sizes;
     VekStatus (*call)(Run& run, int n);
     double near = 0;                  ///< floats agree within this part of the largest; integers always to the bit
+    double scale = 0;                 ///< or of this, if it is larger
     std::vector<VekStatus> also = {}; ///< statuses beside 0 that some inputs give
     bool levelsApart = false;         ///< near ties of a search fall otherwise at another level
 
-    Entry within(double part) const;
+    /// Where differences cancel, `scale` is the size of what they are made of.
+    Entry within(double part, double scale = 0) const;
     Entry mayGive(std::vector<VekStatus> statuses) const;
     Entry eachLevelForItself() const;
 };

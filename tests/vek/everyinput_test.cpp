@@ -1,29 +1,19 @@
 // No function is without an entry in the driver's lists; and the driver sees what it is there to see.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <cstdint>
 #include <limits>
 #include <set>
 #include <string>
 
 #include "everyinput.h"
-#include "publicnames.h"
 #include "vekcore.h"
 #include "veks.h"
 #include "veksc.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using Names = std::set<std::string>;
-
-// Headers whose functions have no entries yet. The list only becomes shorter.
-const Names kWithoutEntries = {"veksc_amrwb.h", "veksc_amrwbe.h",   "veksc_amrwberes.h", "veksc_amrwbflt.h",
-                               "veksc_ec.h",    "veksc_g722.h",     "veksc_g723.h",      "veksc_g728.h",
-                               "veksc_g7291.h", "veksc_g7291bwe.h", "veksc_rta.h"};
 
 /// The functions that answer with a status.
 Names calls() {
@@ -39,18 +29,11 @@ TEST(VekEveryInput, HasAnEntryForEachFunctionOnce) {
     const Names entries(listed.begin(), listed.end());
     EXPECT_EQ(listed.size(), entries.size());
     const Names functions = calls();
-    for (const fs::directory_entry& header : fs::directory_iterator(VEK_INCLUDE_DIR)) {
-        std::ifstream file(header.path());
-        int missing = 0;
-        for (const std::string& name :
-             publicnames::of({std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()})) {
-            const bool lacks = functions.count(name) != 0 && entries.count(name) == 0;
-            missing += lacks ? 1 : 0;
-            EXPECT_TRUE(!lacks || kWithoutEntries.count(header.path().filename().string()) != 0)
-                << name << " has no entry";
-        }
-        EXPECT_EQ(kWithoutEntries.count(header.path().filename().string()) != 0, missing > 0)
-            << header.path().filename() << " is complete, take it from the list";
+    for (const std::string& name : functions) {
+        EXPECT_EQ(1U, entries.count(name)) << name << " has no entry";
+    }
+    for (const std::string& name : entries) {
+        EXPECT_EQ(1U, functions.count(name)) << name << " is no function of the library";
     }
 }
 
