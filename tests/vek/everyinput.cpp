@@ -429,10 +429,10 @@ void** Run::newList(int rows) {
     return m_lists.back().data();
 }
 
-Entry Entry::within(double part, double scale) const {
+Entry Entry::within(double part, double madeOf) const {
     Entry entry = *this;
     entry.near = part;
-    entry.scale = scale;
+    entry.scale = madeOf;
     return entry;
 }
 

@@ -223,8 +223,8 @@ struct Entry {
     std::vector<VekStatus> also = {}; ///< statuses beside 0 that some inputs give
     bool levelsApart = false;         ///< near ties of a search fall otherwise at another level
 
-    /// Where differences cancel, `scale` is the size of what they are made of.
-    Entry within(double part, double scale = 0) const;
+    /// Where results cancel, `madeOf` is the size of what they are made of.
+    Entry within(double part, double madeOf = 0) const;
     Entry mayGive(std::vector<VekStatus> statuses) const;
     Entry eachLevelForItself() const;
 };
