@@ -33,25 +33,20 @@ S* median(Run& r) {
     return r.kept<S>({static_cast<S>(r.number(0, 200))});
 }
 
+// The memories of voice activity are records of words: they lie where such words may lie.
 VeksVAD1State_GSMAMR* firstVad(Run& r) {
     VeksVAD1State_GSMAMR start{};
     for (int i = 0; i < 9; ++i) {
         start.bckrEst[i] = start.aveLevel[i] = start.oldLevel[i] = 150;
     }
     start.corrHpFast = 13106;
-    auto* const state = r.room<VeksVAD1State_GSMAMR>(sizeof start);
-    if (r.call() == 0) {
-        std::memcpy(static_cast<void*>(state), &start, sizeof start);
-    }
-    return state;
+    std::vector<S> words(sizeof start / sizeof(S));
+    std::memcpy(words.data(), &start, sizeof start);
+    return reinterpret_cast<VeksVAD1State_GSMAMR*>(r.kept(words));
 }
 
 VeksVAD2State_GSMAMR* secondVad(Run& r) {
-    auto* const state = r.room<VeksVAD2State_GSMAMR>(sizeof(VeksVAD2State_GSMAMR));
-    if (r.call() == 0) {
-        std::memset(static_cast<void*>(state), 0, sizeof *state);
-    }
-    return state;
+    return reinterpret_cast<VeksVAD2State_GSMAMR*>(r.kept(std::vector<L>(sizeof(VeksVAD2State_GSMAMR) / sizeof(L))));
 }
 
 const everyinput::Family amr{
