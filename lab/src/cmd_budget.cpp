@@ -3,7 +3,6 @@
 #include "interrupt.h"
 #include "linecourse.h"
 #include "program.h"
-#include "signedrank.h"
 #include "text.h"
 
 #include <CLI/CLI.hpp>
@@ -87,7 +86,8 @@ public:
             text += describeBudget(budget, sum, rate);
             codecs.push_back(budgetJson(budget, sum, rate));
         }
-        text += "\nEach call was timed by itself, again and again: inside a codec it mostly takes longer.\n";
+        text += "\nThe calls of the library alone, each timed by itself with warm code and tables: inside a codec they "
+                "mostly take longer.\n";
         if (m_context.reportWanted()) {
             writeOutput("-", text);
         }
@@ -107,7 +107,7 @@ public:
     }
 
 private:
-    /// Every line once in each pass; the median of its readings counts, since a codec does not run at its best moment.
+    /// Every line once in each pass; the smallest of its readings counts, since disturbances only ever add.
     void measure() {
         PassRequest request;
         request.subject = m_context.subject(m_options.subject);
@@ -121,7 +121,6 @@ private:
             }
         }
         request.lines.assign(lines.begin(), lines.end());
-        std::map<Line, std::vector<double>> readings;
         for (int i = 0; i < m_options.passes && !interrupted(); ++i) {
             m_context.console.progress("measuring", static_cast<double>(i) / m_options.passes);
             const Pass pass = runPass(request);
@@ -130,7 +129,8 @@ private:
             }
             for (const Figure& figure : pass.figures) {
                 if (figure.clocks > 0) {
-                    readings[figure.line].push_back(figure.clocks);
+                    const auto [at, first] = m_clocks.try_emplace(figure.line, figure.clocks);
+                    at->second = std::min(at->second, figure.clocks);
                 }
             }
             for (const std::string& failure : pass.failures()) {
@@ -138,9 +138,6 @@ private:
                     m_failures.insert(failure);
                 }
             }
-        }
-        for (auto& [line, values] : readings) {
-            m_clocks[line] = medianOf(std::move(values));
         }
     }
 

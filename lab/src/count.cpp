@@ -83,7 +83,7 @@ std::vector<std::string> launcherFor(const std::string& valgrind, const fs::path
             "-q",
             "--log-file=/dev/null",
             "--dump-line=no",
-            "--toggle-collect=tim_*_loop(int, long long*)",
+            "--toggle-collect=*tim_*_loop(int, long long*)", // some suites have a namespace
             "--dump-after=krTest::runLine(bool&)",
             "--callgrind-out-file=" + (directory / dumpName).string()};
 }

@@ -1,5 +1,7 @@
 #include "steps.h"
 
+#include "signedrank.h"
+
 #include <algorithm>
 #include <boost/math/distributions/normal.hpp>
 #include <boost/math/distributions/students_t.hpp>
@@ -11,6 +13,10 @@
 namespace krlab {
 
 namespace {
+
+// What divisions, and each window of the newest readings, may spend of the error.
+constexpr double shareOfDivisions = 0.5;
+constexpr double shareOfWindow = 1.0 / 6;
 
 /// The best division of a part.
 struct Division {
@@ -62,8 +68,9 @@ double statisticOf(std::span<const double> part, const Division& division) {
 bool significant(std::span<const double> part, const Division& division, const StepRule& rule,
                  std::mt19937_64& random) {
     const double resolved = 1.0 / (rule.permutations + 1);
-    if (rule.error < 2 * resolved) {
-        return chanceOfDivision(statisticOf(part, division), part.size(), rule.least) < rule.error;
+    const double error = rule.error * shareOfDivisions;
+    if (error < 2 * resolved) {
+        return chanceOfDivision(statisticOf(part, division), part.size(), rule.least) < error;
     }
     int reached = 0;
     std::vector<double> shuffled(part.begin(), part.end());
@@ -71,7 +78,7 @@ bool significant(std::span<const double> part, const Division& division, const S
         std::shuffle(shuffled.begin(), shuffled.end(), random);
         // Shuffling changes the rounding of equal divisions.
         reached += bestDivision(shuffled, rule.least).divergence >= division.divergence * (1 - 1e-9) ? 1 : 0;
-        if ((reached + 1) * resolved >= rule.error) {
+        if ((reached + 1) * resolved >= error) {
             return false;
         }
     }
@@ -92,7 +99,58 @@ void divide(std::span<const double> course, size_t begin, size_t end, const Step
     }
 }
 
+// The windows of the newest readings; fewer than three can't be told from outliers, for more the divisions will do.
+constexpr size_t leastNewest = 3;
+constexpr size_t mostNewest = 5;
+// What tells level and noise before them.
+constexpr size_t leastBefore = 12;
+// Readings are cut off at so many usual deviations from the median.
+constexpr double cutOff = 2.5;
+
+/// Student's t of the last `newest` readings against those before, whose deviation counts.
+double riseOf(std::span<const double> course, size_t newest) {
+    const std::span<const double> before = course.first(course.size() - newest);
+    const double middle = medianOf({before.begin(), before.end()});
+    std::vector<double> distances;
+    for (const double value : before) {
+        distances.push_back(std::abs(value - middle));
+    }
+    const double reach = cutOff * 1.4826 * medianOf(std::move(distances)); // of normal readings the deviation
+    const auto cut = [&](double value) { return std::clamp(value, middle - reach, middle + reach); };
+    const auto count = static_cast<double>(before.size());
+    double sum = 0;
+    double squares = 0;
+    for (const double value : before) {
+        const double off = cut(value) - middle;
+        sum += off;
+        squares += off * off;
+    }
+    double risen = 0;
+    for (const double value : course.last(newest)) {
+        risen += cut(value) - middle;
+    }
+    const double variance = (squares - sum * sum / count) / (count - 1);
+    const double rise = risen / static_cast<double>(newest) - sum / count;
+    return rise <= 0 ? 0 : rise / std::sqrt(variance * (1 / count + 1 / static_cast<double>(newest)));
+}
+
 } // namespace
+
+NewestRise newestRise(std::span<const double> course) {
+    NewestRise rise;
+    for (size_t newest = leastNewest; newest <= mostNewest && newest + leastBefore <= course.size(); ++newest) {
+        const double statistic = riseOf(course, newest);
+        const double freedom = static_cast<double>(course.size() - newest - 1);
+        const double chance =
+            std::isfinite(statistic)
+                ? boost::math::cdf(boost::math::complement(boost::math::students_t(freedom), statistic))
+                : 0.0;
+        if (chance < rise.chance) {
+            rise = {course.size() - newest, chance};
+        }
+    }
+    return rise;
+}
 
 double chanceOfDivision(double statistic, size_t count, size_t least) {
     if (!std::isfinite(statistic)) {
@@ -119,6 +177,11 @@ std::vector<Step> findSteps(const std::vector<double>& course, const StepRule& r
     std::mt19937_64 random(rule.seed);
     std::vector<size_t> bounds = {0};
     divide(course, 0, course.size(), rule, random, bounds);
+    const size_t last = bounds.back();
+    const NewestRise rise = newestRise(std::span(course).subspan(last));
+    if (rise.chance < rule.error * shareOfWindow) {
+        bounds.push_back(last + rise.at);
+    }
     bounds.push_back(course.size());
     std::vector<Step> steps;
     const auto meanOf = [&](size_t begin, size_t end) {

@@ -162,6 +162,16 @@ TEST(LabCount, ARefusedMethodAndALineAreHeeded) {
     EXPECT_GT(document["lines"][0]["instructions"], 100);
 }
 
+TEST(LabCount, SuitesWithANamespaceOfTheirOwnAreCounted) {
+    if (!callgrindIsThere()) {
+        GTEST_SKIP() << "valgrind is missing";
+    }
+    const LabDirectory directory;
+    const LabResult result = directory.run({"count", "--json", "-", "--", "-f=veksGainDecodeTCX_AMRWBE_16s"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(nlohmann::json::parse(result.out)["lines"].size(), 6u);
+}
+
 TEST(LabCount, WithoutValgrindTheCauseIsTold) {
     const LabDirectory directory;
     const std::string command = "cd '" + directory.path() + "' && PATH=/nowhere '" + KRLAB + "' count 2>err";

@@ -129,6 +129,63 @@ TEST(LabSteps, ManyLinesAskForMore) {
     EXPECT_EQ(findSteps(course, rule).size(), 1u);
 }
 
+TEST(LabSteps, AStepOfFivePercentUnderTwoPercentOfNoiseIsFoundWithinFiveReadings) {
+    int even = 0;
+    int heavy = 0;
+    std::mt19937_64 random(8);
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        std::vector<double> course = noiseOf(45, 0.02, 1000 + seed);
+        // The same deviation with a tenth of the readings four times as noisy.
+        std::vector<double> disturbed = noiseOf(45, 0.02 / std::sqrt(2.5), 2000 + seed);
+        for (size_t i = 0; i < course.size(); ++i) {
+            disturbed[i] *= std::uniform_int_distribution(0, 9)(random) == 0 ? 4 : 1;
+            course[i] += i < 40 ? 0 : 0.05;
+            disturbed[i] += i < 40 ? 0 : 0.05;
+        }
+        const auto isFound = [](const std::vector<double>& readings) {
+            for (size_t seen = 41; seen <= readings.size(); ++seen) {
+                const std::vector<Step> steps =
+                    findSteps({readings.begin(), readings.begin() + static_cast<long>(seen)});
+                if (!steps.empty() && steps.back().at >= 35 && steps.back().after > steps.back().before) {
+                    return true;
+                }
+            }
+            return false;
+        };
+        even += isFound(course) ? 1 : 0;
+        heavy += isFound(disturbed) ? 1 : 0;
+    }
+    EXPECT_GE(even, 190);
+    EXPECT_GE(heavy, 190);
+}
+
+TEST(LabSteps, NewestReadingsWithoutAStepSpendTheirShareOfTheError) {
+    int risen = 0;
+    for (unsigned seed = 0; seed < 4000; ++seed) {
+        risen += newestRise(noiseOf(40, 0.02, 5000 + seed)).chance < 0.01 / 6 ? 1 : 0;
+    }
+    EXPECT_LE(risen, 4000 * 3 * 0.01 / 6);
+    EXPECT_GE(risen, 4);
+}
+
+TEST(LabSteps, OnlyARiseOfTheNewestReadingsCountsAndTwoOfThemAreNone) {
+    std::vector<double> course = noiseOf(40, 0.01, 6);
+    course[38] += 1;
+    course[39] += 1;
+    EXPECT_GT(newestRise(course).chance, 0.001);
+    course[37] += 1;
+    EXPECT_EQ(newestRise(course).at, 37u);
+    EXPECT_LT(newestRise(course).chance, 0.01 / 6);
+    for (double& value : course) {
+        value = -value;
+    }
+    EXPECT_EQ(newestRise(course).chance, 1);
+    EXPECT_EQ(newestRise({}).chance, 1);
+    EXPECT_EQ(newestRise(std::vector<double>(30, 0.7)).chance, 1);
+    // The level before is not known of so few.
+    EXPECT_EQ(newestRise(std::span(course).first(14)).chance, 1);
+}
+
 TEST(LabReference, KernelTakesAClockForAnAddition) {
     EXPECT_EQ(referenceKernel(40000), 40000u);
     EXPECT_GT(referenceClocks(0.001), 0);

@@ -4,8 +4,6 @@
 // A test includes this only where the headers of both packages are found.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -13,6 +11,7 @@
 #include <vector>
 
 #include "amrwb_frames.h"
+#include "good.h"
 #include "sc/common/fixmath.h"
 #include "veksc.h"
 
@@ -43,8 +42,6 @@ constexpr int kOrder = 16;
 constexpr int kRow = kOrder + 1;
 
 constexpr int kBits[kRates] = {132, 177, 253, 285, 317, 365, 397, 461, 477};
-
-#define GOOD(call) EXPECT_EQ(vekStsNoErr, call)
 
 // A bit that the coder below leaves open: the gain of the upper band at 23.85 kbit/s.
 constexpr int8_t kOpen = -1;
@@ -306,9 +303,9 @@ private:
         int16_t reflections[kOrder];
         int16_t error = 0;
         m_coefficients[0] = 4096;
-        veksLevinsonDurbin_G729_32s16s(r, kOrder, m_coefficients.data(), reflections, &error);
+        DONE(veksLevinsonDurbin_G729_32s16s(r, kOrder, m_coefficients.data(), reflections, &error));
         Samples isp(kOrder);
-        veksLPCToISP_AMRWB_16s(m_coefficients.data(), isp.data(), m_isp.data());
+        DONE(veksLPCToISP_AMRWB_16s(m_coefficients.data(), isp.data(), m_isp.data()));
         spread(m_isp, isp, m_lpc);
         m_isp = isp;
         GOOD(veksISPToISF_Norm_AMRWB_16s(isp.data(), m_isf.data(), kOrder));
