@@ -3,7 +3,7 @@
 
 usage: bench/verdicts.py BUILD_DIR WORK_DIR copies  [--runs 20] [--time 175s] [--threshold 2%] [--confidence 99%]
        bench/verdicts.py BUILD_DIR WORK_DIR planted [--runs 5] [--percent 3,5,10,-3,-5,-10] [...]
-       bench/verdicts.py BUILD_DIR WORK_DIR utest   [--runs 20] [--tool /usr/share/benchmark/compare.py]
+       bench/verdicts.py BUILD_DIR WORK_DIR utest   [--runs 20] [--min-time 0.05] [--tool /usr/share/benchmark/compare.py]
        bench/verdicts.py BUILD_DIR WORK_DIR table
 
 copies:  the built library is copied twice and both copies are compared over the whole grid. Of 20 runs 7 are made on the
@@ -20,6 +20,7 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import statistics
 import subprocess
 import sys
@@ -65,9 +66,15 @@ class Journal:
             file.write(json.dumps(run) + "\n")
 
 
+def stolen():
+    """Seconds that the host of a virtual machine has kept from its processors since it started."""
+    with open("/proc/stat") as file:
+        return int(file.readline().split()[8]) / os.sysconf("SC_CLK_TCK")
+
+
 def compare(args, older, newer, seed):
-    """One use of krlab ab; its verdicts, its wall time and the load of the machine before it."""
-    load = os.getloadavg()[0]
+    """One use of krlab ab; its verdicts, its wall time, and the machine: the load before it, the time stolen meanwhile."""
+    load, stolen_before = os.getloadavg()[0], stolen()
     report = args.work / "verdict.json"
     report.unlink(missing_ok=True)
     command = [args.build / "krlab", "ab", f"old={older}", f"new={newer}", "--rig", args.build / "kelvarrig", "--time",
@@ -77,14 +84,16 @@ def compare(args, older, newer, seed):
     status = subprocess.run(command, stdout=subprocess.DEVNULL, check=False).returncode
     if status not in (0, 1):
         raise SystemExit(f"krlab ended with status {status}")
-    return json.loads(report.read_text()), time.monotonic() - begin, load
+    seconds = time.monotonic() - begin
+    machine = {"seconds": seconds, "load": load, "stolen": (stolen() - stolen_before) / seconds / os.cpu_count()}
+    return json.loads(report.read_text()), machine
 
 
-def note(journal, kind, case, number, verdict, seconds, load, planted=None):
+def note(journal, kind, case, number, verdict, machine, planted=None):
     accused = [line for line in verdict["lines"] if line["verdict"] in ("slower", "faster")]
     for line in accused:
         line["planted"] = planted is not None and line["function"] in planted
-    journal.add({"kind": kind, "case": case, "number": number, "seconds": seconds, "load": load,
+    journal.add({"kind": kind, "case": case, "number": number, **machine,
                  "rounds": verdict["rounds"], "summary": verdict["summary"], "accused": accused})
 
 
@@ -120,7 +129,8 @@ def utest(args, journal):
         for target in copy_library(args):
             outputs.append(args.work / f"{target.name}.json")
             subprocess.run([args.build / "bench" / "bench_google_lines", "--benchmark_repetitions=9",
-                            f"--benchmark_out={outputs[-1]}", "--benchmark_out_format=json"], check=True,
+                            f"--benchmark_min_time={args.min_time}", f"--benchmark_out={outputs[-1]}",
+                            "--benchmark_out_format=json"], check=True,
                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                            env={**os.environ, "LD_LIBRARY_PATH": str(target)})
         judged = args.work / "utest.json"
@@ -192,6 +202,8 @@ def print_planted(args, runs):
 
 
 def main():
+    # Whoever ends it ends the load that it made, too.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
     own, keys = sys.argv[1:], []
     if "--" in own:
         own, keys = own[:own.index("--")], own[own.index("--") + 1:]
@@ -204,6 +216,7 @@ def main():
     parser.add_argument("--threshold", default="2%")
     parser.add_argument("--confidence", default="99%")
     parser.add_argument("--percent", default="3,5,10,-3,-5,-10")
+    parser.add_argument("--min-time", default="0.05", help="seconds of a repetition under Google Benchmark")
     parser.add_argument("--tool", default="/usr/share/benchmark/compare.py", help="the compare script")
     args = parser.parse_args(own)
     args.keys = keys

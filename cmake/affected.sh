@@ -1,11 +1,11 @@
 # For ./test --affected: from the files that differ from a commit to the rooms whose tests can see them, and from rooms
 # to what each of the two builds has to build for that. Files that are not known to matter to some rooms only take all.
 
-all_rooms="api lib vek suites cli own oracle lab pages scripts install"
+all_rooms="api lib vek suites cli own oracle library lab pages scripts install"
 
 kr_rooms_of() { # file: the rooms that can see it
     case $1 in
-    docs/library.md) echo vek ;;
+    docs/library.md | vek/functions.txt | tests/library/* | tools/library/*) echo library ;;
     tests/install/* | CHANGELOG.md) echo install ;;
     tests/pages/* | tools/pages/*) echo pages ;;
     tests/scripts/* | run | krlab | cmake/setup.sh) echo scripts ;;
@@ -13,9 +13,9 @@ kr_rooms_of() { # file: the rooms that can see it
     docs/* | bench/* | *.md | tests/fuzz/* | tests/mutants/* | .clang-tidy | .ci/* | cmake/tidy.sh | .gitignore) ;;
     tests/api/*) echo api ;;
     tests/lib/*) echo lib ;;
-    tests/vek/*) echo vek ;;
+    tests/vek/*) echo vek library ;;
     tests/suites/* | tests/suites_values/*) echo suites ;;
-    tests/oracle/*) echo oracle ;;
+    tests/oracle/*) echo oracle library ;;
     tests/cli/rig_process.*) echo cli own pages scripts ;;
     tests/cli/* | tests/fault/*) echo cli ;;
     tests/lab/*) echo lab ;;
@@ -37,7 +37,7 @@ kr_targets_of() { # build room
     test:pages) echo page_tests ;;
     test:scripts) echo script_tests ;;
     asan:suites) echo suite_tests value_tests ;;
-    test:vek | test:oracle | test:cli | test:own | test:install) echo "$2_tests" ;;
+    test:vek | test:oracle | test:library | test:cli | test:own | test:install) echo "$2_tests" ;;
     asan:vek | asan:oracle) echo veksc ;;
     asan:cli) echo kelvarrig faultrig ;;
     esac

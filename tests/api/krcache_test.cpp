@@ -59,6 +59,26 @@ bool acceptAlways(krParameter* /*parm*/, int /*size*/, int /*bound*/, bool /*ste
     return true;
 }
 
+krStepIterator<int>& withOneSize(krStepIterator<int>& size) {
+    size.setList({100});
+    return size;
+}
+
+// The iterator at its first state, over a size whose one value is 100.
+class IteratorAt100 : public krCacheIteratorInt {
+public:
+    IteratorAt100(krStepIterator<int>& size, krObject* object, krCacheSetFunc setFunc)
+        : krCacheIteratorInt(withOneSize(size), object, setFunc) {
+        firstValue();
+    }
+};
+
+// Whether there is a next size, and which.
+std::pair<bool, int> updated(int value, int size, int bound, bool stepwise) {
+    const bool found = krCacheIteratorInt::updateValue(value, size, bound, stepwise);
+    return {found, value};
+}
+
 } // namespace
 
 TEST_F(KrCacheIterator, WindowsOfBothStates) {
@@ -115,9 +135,7 @@ TEST_F(KrCacheIterator, UserSeesTheSizeParameterAlone) {
 }
 
 TEST_F(KrCacheIterator, FittingSizeIsSilent) {
-    m_size.setList({100});
-    krCacheIteratorInt iter(m_size, nullptr, nullptr);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, nullptr, nullptr);
     takeBlock(100000);
     EXPECT_TRUE(iter.validateSize());
     takeBlock(900000);
@@ -129,9 +147,7 @@ TEST_F(KrCacheIterator, FittingSizeIsSilent) {
 }
 
 TEST_F(KrCacheIterator, MissedLimitsAreTold) {
-    m_size.setList({100});
-    krCacheIteratorInt iter(m_size, nullptr, nullptr);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, nullptr, nullptr);
     takeBlock(99999);
     EXPECT_FALSE(iter.validateSize());
     EXPECT_EQ(m_console.text(), "      inCache try: cacheParm=100 totalSize=99999 < 100000\n");
@@ -142,10 +158,8 @@ TEST_F(KrCacheIterator, MissedLimitsAreTold) {
 }
 
 TEST_F(KrCacheIterator, FailedChecksComeLateAtTheErrorLevel) {
-    m_size.setList({100});
     m_object.m_size = 5;
-    krCacheIteratorInt iter(m_size, &m_object, nullptr);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, &m_object, nullptr);
     takeBlock(500000);
     g_ostrm.setOutLevel(ERR);
     EXPECT_FALSE(iter.validateSize());
@@ -158,10 +172,8 @@ TEST_F(KrCacheIterator, FailedChecksComeLateAtTheErrorLevel) {
 }
 
 TEST_F(KrCacheIterator, BothLimitsMissedDropTheFloorOnceAndThenGiveUp) {
-    m_size.setList({100});
     m_object.m_size = 5000;
-    krCacheIteratorInt iter(m_size, &m_object, acceptAlways);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, &m_object, acceptAlways);
     takeBlock(950000);
     EXPECT_FALSE(iter.validateSize());
     EXPECT_EQ(iter.lowSize(), 10000);
@@ -171,9 +183,7 @@ TEST_F(KrCacheIterator, BothLimitsMissedDropTheFloorOnceAndThenGiveUp) {
 }
 
 TEST_F(KrCacheIterator, SwingingSearchLowersTheFloorAndChecksAgain) {
-    m_size.setList({100});
-    krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, nullptr, acceptAlways);
     takeBlock(2000000);
     EXPECT_FALSE(iter.validateSize());
     iter.repeatValue();
@@ -185,9 +195,7 @@ TEST_F(KrCacheIterator, SwingingSearchLowersTheFloorAndChecksAgain) {
 }
 
 TEST_F(KrCacheIterator, SwingingSearchEndsWithTheFloorDown) {
-    m_size.setList({100});
-    krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, nullptr, acceptAlways);
     takeBlock(2000000);
     EXPECT_FALSE(iter.validateSize());
     iter.repeatValue();
@@ -198,10 +206,8 @@ TEST_F(KrCacheIterator, SwingingSearchEndsWithTheFloorDown) {
 }
 
 TEST_F(KrCacheIterator, NewStateHasItsFloorAndRetriesAnew) {
-    m_size.setList({100});
     m_object.m_size = 5000;
-    krCacheIteratorInt iter(m_size, &m_object, acceptAlways);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, &m_object, acceptAlways);
     takeBlock(950000);
     iter.validateSize();
     EXPECT_EQ(iter.lowSize(), 10000);
@@ -210,9 +216,7 @@ TEST_F(KrCacheIterator, NewStateHasItsFloorAndRetriesAnew) {
 }
 
 TEST_F(KrCacheIterator, EachStateAndEachFitHasElevenRetriesAnew) {
-    m_size.setList({100});
-    krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, nullptr, acceptAlways);
     const auto retries = [&iter] {
         int count = 0;
         while (iter.repeatValue()) {
@@ -230,10 +234,8 @@ TEST_F(KrCacheIterator, EachStateAndEachFitHasElevenRetriesAnew) {
 }
 
 TEST_F(KrCacheIterator, FailedChecksAreForgottenByAFitAndByANewState) {
-    m_size.setList({100});
-    krCacheIteratorInt iter(m_size, nullptr, nullptr);
+    IteratorAt100 iter(m_size, nullptr, nullptr);
     g_ostrm.setOutLevel(ERR);
-    iter.firstValue();
     takeBlock(99999);
     iter.validateSize();
     takeBlock(900001);
@@ -254,9 +256,7 @@ TEST_F(KrCacheIterator, FailedChecksAreForgottenByAFitAndByANewState) {
 }
 
 TEST_F(KrCacheIterator, FailedChecksComeLateBelowThePerformanceLevelOnly) {
-    m_size.setList({100});
-    krCacheIteratorInt iter(m_size, nullptr, nullptr);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, nullptr, nullptr);
     takeBlock(99999);
     g_ostrm.setOutLevel(ERR);
     iter.validateSize();
@@ -271,10 +271,8 @@ TEST_F(KrCacheIterator, FailedChecksComeLateBelowThePerformanceLevelOnly) {
 }
 
 TEST_F(KrCacheIterator, BothLimitsMissedAreToldBoth) {
-    m_size.setList({100});
     m_object.m_size = 5000;
-    krCacheIteratorInt iter(m_size, &m_object, nullptr);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, &m_object, nullptr);
     takeBlock(950000);
     EXPECT_FALSE(iter.validateSize());
     EXPECT_EQ(m_console.text(), "      inCache try: cacheParm=100 objectSize=5000 < 100000\n"
@@ -285,9 +283,7 @@ TEST_F(KrCacheIterator, BothLimitsMissedAreToldBoth) {
 class KrCacheSwing : public KrCacheIterator {
 protected:
     int floorAfter(std::initializer_list<int> sizes) {
-        m_size.setList({100});
-        krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
-        iter.firstValue();
+        IteratorAt100 iter(m_size, nullptr, acceptAlways);
         bool first = true;
         for (const int bytes : sizes) {
             if (!first) {
@@ -323,9 +319,7 @@ TEST_F(KrCacheSwing, IsNoSeriesOfEqualChecks) {
 
 TEST_F(KrCacheSwing, TooBigBlockIsRememberedAcrossAFit) {
     EXPECT_EQ(floorAfter({big, fit, fit, small}), 100000) << "the fit counts the retries anew";
-    m_size.setList({100});
-    krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, nullptr, acceptAlways);
     takeBlock(big);
     EXPECT_FALSE(iter.validateSize());
     takeBlock(fit);
@@ -338,9 +332,7 @@ TEST_F(KrCacheSwing, TooBigBlockIsRememberedAcrossAFit) {
 }
 
 TEST_F(KrCacheIterator, RetriesEndAfterEleven) {
-    m_size.setList({100});
-    krCacheIteratorInt iter(m_size, nullptr, acceptAlways);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, nullptr, acceptAlways);
     for (int i = 0; i < 11; ++i) {
         EXPECT_TRUE(iter.repeatValue()) << i;
     }
@@ -348,10 +340,8 @@ TEST_F(KrCacheIterator, RetriesEndAfterEleven) {
 }
 
 TEST_F(KrCacheIterator, SetFunctionGetsTheMissedLimit) {
-    m_size.setList({100});
     m_object.m_size = 60000;
-    krCacheIteratorInt iter(m_size, &m_object, noteAndRefuse);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, &m_object, noteAndRefuse);
     takeBlock(70000);
     iter.validateSize();
     EXPECT_FALSE(iter.repeatValue());
@@ -367,9 +357,7 @@ TEST_F(KrCacheIterator, SetFunctionGetsTheMissedLimit) {
 }
 
 TEST_F(KrCacheIterator, FirstRetryEstimatesTheNextOnesStep) {
-    m_size.setList({100});
-    krCacheIteratorInt iter(m_size, nullptr, nullptr);
-    iter.firstValue();
+    IteratorAt100 iter(m_size, nullptr, nullptr);
     iter.nextValue();
     takeBlock(100000);
     EXPECT_FALSE(iter.validateSize());
@@ -407,35 +395,21 @@ TEST_F(KrCacheIterator, UnknownCacheLetsNoDataFitInside) {
 }
 
 TEST(KrCacheIteratorInt, EstimateCountsNetDoublings) {
-    int value = 10;
-    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 1000, 5000, false));
-    EXPECT_EQ(value, 40);
-    value = 160;
-    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 10000, 900, false));
-    EXPECT_EQ(value, 10);
-    value = 8;
-    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 4096, 4096, false));
-    EXPECT_EQ(value, 4);
+    EXPECT_EQ(updated(10, 1000, 5000, false), std::pair(true, 40));
+    EXPECT_EQ(updated(160, 10000, 900, false), std::pair(true, 10));
+    EXPECT_EQ(updated(8, 4096, 4096, false), std::pair(true, 4));
 }
 
 TEST(KrCacheIteratorInt, StepDoublesBelowTheBoundAndHalvesOtherwise) {
-    int value = 5;
-    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 99, 100, true));
-    EXPECT_EQ(value, 10);
-    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 100, 100, true));
-    EXPECT_EQ(value, 5);
-    value = 1;
-    EXPECT_FALSE(krCacheIteratorInt::updateValue(value, 100, 100, true));
-    EXPECT_EQ(value, 0);
+    EXPECT_EQ(updated(5, 99, 100, true), std::pair(true, 10));
+    EXPECT_EQ(updated(10, 100, 100, true), std::pair(true, 5));
+    EXPECT_EQ(updated(1, 100, 100, true), std::pair(false, 0));
 }
 
 TEST(KrCacheIteratorInt, EstimateEndsWithoutDataAndWithoutBound) {
-    int value = 7;
-    EXPECT_TRUE(krCacheIteratorInt::updateValue(value, 0, 1000, false));
-    EXPECT_EQ(value, 7);
-    EXPECT_FALSE(krCacheIteratorInt::updateValue(value, 1000, 0, false));
-    value = 2000000000;
-    EXPECT_FALSE(krCacheIteratorInt::updateValue(value, 1, 2147483647, false));
+    EXPECT_EQ(updated(7, 0, 1000, false), std::pair(true, 7));
+    EXPECT_FALSE(updated(7, 1000, 0, false).first);
+    EXPECT_FALSE(updated(2000000000, 1, 2147483647, false).first);
 }
 
 TEST(KrCacheIteratorBase, ParameterOfUnknownTypeHasNoNewValue) {

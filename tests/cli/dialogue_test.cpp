@@ -66,21 +66,7 @@ Sorting functions...
 
  Size [8; 16; 32] =  Size = 8; 24
 | -OK         frGood                                  Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-| KR Summary                                                                  |
-| .Number of tests : 2                                                        |
-| .Successes       : 2                                                        |
-| .Failures        : 0                                                        |
-| ...Fails         : 0                                                        |
-| .....-FAIL       : 0                                                        |
-| .....-EXCPTFAIL  : 0                                                        |
-| ...Warnings      : 0                                                        |
-| .....-WARNING    : 0                                                        |
-| .....-BADSTSWRN  : 0                                                        |
-| ...Undefined     : 0                                                        |
-| .Total time      : hh:mm:ss                                                 |
-+-----------------------------------------------------------------------------+
-)";
+)" + summaryFrame({.tests = 2, .successes = 2});
     EXPECT_EQ(expected, rig.mask(run.out));
 }
 

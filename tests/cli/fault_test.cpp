@@ -272,21 +272,16 @@ Size=16
 +-----------------------------------------------------------------------------+
 | -OK         frGoodAtTheEnd                          Day Mon dd hh:mm:ss yyyy|
 +-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| KR Summary                                                                  |
-| .Number of tests : 24                                                       |
-| .Successes       : 6                                                        |
-| .Failures        : 17                                                       |
-| ...Fails         : 14                                                       |
-| .....-FAIL       : 5                                                        |
-| .....-EXCPTFAIL  : 9                                                        |
-| ...Warnings      : 3                                                        |
-| .....-WARNING    : 2                                                        |
-| .....-BADSTSWRN  : 1                                                        |
-| ...Undefined     : 1                                                        |
-| .Total time      : hh:mm:ss                                                 |
-+-----------------------------------------------------------------------------+
-)";
+)" + summaryFrame({.tests = 24,
+                   .successes = 6,
+                   .failures = 17,
+                   .fails = 14,
+                   .fail = 5,
+                   .exceptFail = 9,
+                   .warnings = 3,
+                   .warning = 2,
+                   .badStatus = 1,
+                   .undefined = 1});
     EXPECT_EQ(expected, rig.mask(run.out));
 }
 

@@ -205,21 +205,7 @@ lenght=223
 +-----------------------------------------------------------------------------+
 | -OK         veksDotProd_G729A_16s32s                Day Mon dd hh:mm:ss yyyy|
 +-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| KR Summary                                                                  |
-| .Number of tests : 1                                                        |
-| .Successes       : 1                                                        |
-| .Failures        : 0                                                        |
-| ...Fails         : 0                                                        |
-| .....-FAIL       : 0                                                        |
-| .....-EXCPTFAIL  : 0                                                        |
-| ...Warnings      : 0                                                        |
-| .....-WARNING    : 0                                                        |
-| .....-BADSTSWRN  : 0                                                        |
-| ...Undefined     : 0                                                        |
-| .Total time      : hh:mm:ss                                                 |
-+-----------------------------------------------------------------------------+
-)";
+)" + summaryFrame({.tests = 1, .successes = 1});
     EXPECT_EQ(expected, rig.mask(run.out));
     const std::string head = "CPU,<text>\nOS,<text>\nComputer,<text>\nLibrary,<text>\nStart,Day Mon dd hh:mm:ss yyyy\n";
     const std::string title = "funcBase,funcDataType,funcDescriptor,Len/Size,Parm1,Parm2,Parm3,Parm4,scaleFactor,"

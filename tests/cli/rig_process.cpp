@@ -230,3 +230,19 @@ int countOf(const std::string& text, const std::string& part) {
     }
     return count;
 }
+
+std::string summaryFrame(const RigCounts& counts) {
+    const std::string edge = "+" + std::string(77, '-') + "+\n";
+    const auto line = [](const std::string& label, const std::string& value) {
+        const std::string text = "| " + label + " : " + value;
+        return text + std::string(78 - text.size(), ' ') + "|\n";
+    };
+    const auto count = [&line](const std::string& label, int value) { return line(label, std::to_string(value)); };
+    const std::string title = "| KR Summary";
+    return edge + title + std::string(78 - title.size(), ' ') + "|\n" + count(".Number of tests", counts.tests) +
+           count(".Successes      ", counts.successes) + count(".Failures       ", counts.failures) +
+           count("...Fails        ", counts.fails) + count(".....-FAIL      ", counts.fail) +
+           count(".....-EXCPTFAIL ", counts.exceptFail) + count("...Warnings     ", counts.warnings) +
+           count(".....-WARNING   ", counts.warning) + count(".....-BADSTSWRN ", counts.badStatus) +
+           count("...Undefined    ", counts.undefined) + line(".Total time     ", "hh:mm:ss") + edge;
+}

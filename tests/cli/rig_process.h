@@ -69,3 +69,20 @@ private:
 bool waitUntil(const std::function<bool()>& condition, int seconds = 20);
 /// How often `part` stands in `text`.
 int countOf(const std::string& text, const std::string& part);
+
+/// What the summary of a run counts.
+struct RigCounts {
+    int tests = 0;
+    int successes = 0;
+    int failures = 0;
+    int fails = 0;
+    int fail = 0;
+    int exceptFail = 0;
+    int warnings = 0;
+    int warning = 0;
+    int badStatus = 0;
+    int undefined = 0;
+};
+
+/// The frame that closes a run at the console, its time masked.
+std::string summaryFrame(const RigCounts& counts);

@@ -512,17 +512,8 @@ private:
     }
 
     void putCode(const int16_t* index) {
-        constexpr int kWidths[kRates][8] = {{12},
-                                            {5, 5, 5, 5},
-                                            {9, 9, 9, 9},
-                                            {13, 13, 9, 9},
-                                            {13, 13, 13, 13},
-                                            {2, 2, 2, 2, 14, 14, 14, 14},
-                                            {10, 10, 2, 2, 10, 10, 14, 14},
-                                            {11, 11, 11, 11, 11, 11, 11, 11},
-                                            {11, 11, 11, 11, 11, 11, 11, 11}};
-        for (int i = 0; i < 8; ++i) {
-            put(index[i], kWidths[m_mode][i]);
+        for (const int width : codeWidths(m_mode)) {
+            put(*index++, width);
         }
     }
 

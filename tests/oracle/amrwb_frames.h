@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "vekdefs.h"
@@ -51,20 +52,29 @@ inline int bitOf(const Octets& octets, int i) {
 
 class TheirCoder {
 public:
-    TheirCoder() : m_state(E_IF_init()) {}
-    ~TheirCoder() { E_IF_exit(m_state); }
-    TheirCoder(const TheirCoder&) = delete;
-    TheirCoder& operator=(const TheirCoder&) = delete;
-
     Octets frame(int mode, const int16_t* in) {
         const Samples speech(in, in + kWide);
         Octets octets{};
-        E_IF_encode(m_state, mode, speech.data(), octets.data(), 0);
+        E_IF_encode(m_state.get(), mode, speech.data(), octets.data(), 0);
         return octets;
     }
 
 private:
-    void* m_state;
+    std::unique_ptr<void, void (*)(void*)> m_state{E_IF_init(), E_IF_exit};
 };
+
+// Widths of the words of a subframe's code vector: TS 26.190 5.8.2.
+inline const std::vector<int>& codeWidths(int mode) {
+    static const std::vector<int> widths[kRates] = {{12},
+                                                    {5, 5, 5, 5},
+                                                    {9, 9, 9, 9},
+                                                    {13, 13, 9, 9},
+                                                    {13, 13, 13, 13},
+                                                    {2, 2, 2, 2, 14, 14, 14, 14},
+                                                    {10, 10, 2, 2, 10, 10, 14, 14},
+                                                    {11, 11, 11, 11, 11, 11, 11, 11},
+                                                    {11, 11, 11, 11, 11, 11, 11, 11}};
+    return widths[mode];
+}
 
 } // namespace amrwb

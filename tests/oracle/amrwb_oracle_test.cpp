@@ -2,6 +2,7 @@
 // header: they are declared here, and the packages' headers tell whether to link.
 #include <gtest/gtest.h>
 
+#include "noise.h"
 #include "veksc.h"
 
 #if __has_include(<vo-amrwbenc/enc_if.h>) && __has_include(<opencore-amrwb/dec_if.h>)
@@ -44,18 +45,6 @@ constexpr VekSpchBitRate kRates[] = {VEK_SPCHBR_6600,  VEK_SPCHBR_8850,  VEK_SPC
                                      VEK_SPCHBR_19850, VEK_SPCHBR_23050, VEK_SPCHBR_23850};
 constexpr int16_t kCodeBits[] = {12, 20, 36, 44, 52, 64, 72, 88, 88};
 constexpr int16_t kFrameBits[] = {132, 177, 253, 285, 317, 365, 397, 461, 477};
-
-int pick(std::mt19937& random, int low, int high) {
-    return std::uniform_int_distribution<int>(low, high)(random);
-}
-
-Samples noise(std::mt19937& random, int n, int low, int high) {
-    Samples v(static_cast<size_t>(n));
-    for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random, low, high));
-    }
-    return v;
-}
 
 Samples response(std::mt19937& random, int first) {
     Samples h = noise(random, 64, -first / 2, first / 2);

@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -26,20 +27,6 @@ int32_t pvDecoder_AmrWb(int16_t mode, int16_t* bits, int16_t* out, int16_t* leng
 namespace amrwb {
 
 constexpr const char* kName[kRates] = {"6.60", "8.85", "12.65", "14.25", "15.85", "18.25", "19.85", "23.05", "23.85"};
-
-// Widths of the words of a subframe's code vector: TS 26.190 5.8.2.
-inline const std::vector<int>& codeWidths(int mode) {
-    static const std::vector<int> widths[kRates] = {{12},
-                                                    {5, 5, 5, 5},
-                                                    {9, 9, 9, 9},
-                                                    {13, 13, 9, 9},
-                                                    {13, 13, 13, 13},
-                                                    {2, 2, 2, 2, 14, 14, 14, 14},
-                                                    {10, 10, 2, 2, 10, 10, 14, 14},
-                                                    {11, 11, 11, 11, 11, 11, 11, 11},
-                                                    {11, 11, 11, 11, 11, 11, 11, 11}};
-    return widths[mode];
-}
 
 // Widths of a frame's parameters: voice activity, spectrum, and for each subframe lag, filter of the adaptive vector
 // (from 12.65 on), code, gains, gain of the high band (23.85).
@@ -109,19 +96,14 @@ inline Octets pack(int mode, const Samples& p) {
 
 class TheirDecoder {
 public:
-    TheirDecoder() : m_state(D_IF_init()) {}
-    ~TheirDecoder() { D_IF_exit(m_state); }
-    TheirDecoder(const TheirDecoder&) = delete;
-    TheirDecoder& operator=(const TheirDecoder&) = delete;
-
     Samples frame(const Octets& octets) {
         Samples out(kWide);
-        D_IF_decode(m_state, octets.data(), out.data(), 0);
+        D_IF_decode(m_state.get(), octets.data(), out.data(), 0);
         return out;
     }
 
 private:
-    void* m_state;
+    std::unique_ptr<void, void (*)(void*)> m_state{D_IF_init(), D_IF_exit};
 };
 
 // What their decoder remembers from frame to frame, as it lies in its memory.

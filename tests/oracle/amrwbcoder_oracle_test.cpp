@@ -107,11 +107,7 @@ TEST(AmrWbCoderOracle, HasThemInTones) {
 
 TEST(AmrWbCoderOracle, FollowsChangesOfTheRate) {
     const Samples x = speechLike(size_t{kWide} * kFrames);
-    std::mt19937 random(190);
-    std::array<int, kFrames> modes{};
-    for (int& mode : modes) {
-        mode = static_cast<int>(random() % kRates);
-    }
+    const auto modes = randomRates<kFrames>(190, kRates);
     expectSameBits(x, [&](int f) { return modes[static_cast<size_t>(f)]; });
 }
 

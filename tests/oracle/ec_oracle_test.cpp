@@ -155,18 +155,33 @@ TEST(EcOracle, SubbandsAreTheTransformPackagesOfTheFold) {
 }
 
 #ifdef ORACLE_TELEPHONY
+// Whether the tone is heard in any frame, by the integer form, and by the other one with full scale at 1.0.
 int ours(const Samples& x) {
     int size = 0;
+    int realSize = 0;
     EXPECT_EQ(vekStsNoErr, veksToneDetectGetStateSize_EC_16s(8000, &size));
+    EXPECT_EQ(vekStsNoErr, veksToneDetectGetStateSize_EC_32f(8000, &realSize));
     std::vector<Vek8u> memory(static_cast<size_t>(size));
+    std::vector<Vek8u> realMemory(static_cast<size_t>(realSize));
     auto* state = reinterpret_cast<VeksToneDetectState_EC_16s*>(memory.data());
+    auto* realState = reinterpret_cast<VeksToneDetectState_EC_32f*>(realMemory.data());
     EXPECT_EQ(vekStsNoErr, veksToneDetectInit_EC_16s(state, 8000));
+    EXPECT_EQ(vekStsNoErr, veksToneDetectInit_EC_32f(realState, 8000));
     int any = 0;
+    int anyOfReals = 0;
     for (size_t i = 0; i + 80 <= x.size(); i += 80) {
         int result = 0;
         EXPECT_EQ(vekStsNoErr, veksToneDetect_EC_16s(&x[i], 80, &result, state));
         any |= result;
+        std::vector<Vek32f> reals(x.begin() + static_cast<std::ptrdiff_t>(i),
+                                  x.begin() + static_cast<std::ptrdiff_t>(i + 80));
+        for (Vek32f& v : reals) {
+            v /= 32768;
+        }
+        EXPECT_EQ(vekStsNoErr, veksToneDetect_EC_32f(reals.data(), 80, &result, realState));
+        anyOfReals |= result;
     }
+    EXPECT_EQ(any, anyOfReals);
     return any;
 }
 

@@ -7,17 +7,9 @@
 #include <random>
 #include <vector>
 
+#include "amrnb_pitch.h"
 #include "noise.h"
 #include "veksc.h"
-
-#if __has_include(<opencore-amrnb/interf_enc.h>)
-#define ORACLE_AMRNB 1
-extern "C" {
-int16_t G_pitch(int mode, int16_t* target, int16_t* filtered, int16_t* products, int16_t n, int* overflow);
-int16_t Pitch_fr(int16_t* lastDelay, int mode, int16_t* open, int16_t* excitation, int16_t* target, int16_t* h,
-                 int16_t n, int16_t offset, int16_t* fraction, int16_t* thirds, int16_t* index, int* overflow);
-}
-#endif
 
 #if __has_include(<bcg729/encoder.h>)
 #define ORACLE_BCG729 1
@@ -47,9 +39,7 @@ TEST(G7291AdaptiveGainOracle, EqualsTheAmrCodecButForTheUnitThatBeginsTheSum) {
         int16_t gain = 0;
         ASSERT_EQ(vekStsNoErr,
                   veksAdaptiveCodebookGain_G7291_16s(target.data(), h.data(), vector.data(), filtered.data(), &gain));
-        int16_t products[4] = {};
-        int overflow = 0;
-        const int16_t want = G_pitch(4, target.data(), filtered.data(), products, 40, &overflow);
+        const int16_t want = amrPitchGain(target, filtered);
         ASSERT_NEAR(want, gain, 1) << round;
         equal += want == gain ? 1 : 0;
     }
@@ -72,22 +62,16 @@ TEST(G7291AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
         Samples h = decayingResponse(random, 2500);
         Samples theirs = x;
         const bool second = round % 2 == 1;
-        int16_t open = noise(random, 1, 20, 143)[0];
+        const int16_t open = noise(random, 1, 20, 143)[0];
         // The range that the AMR codec makes of an open-loop delay, or of that of the first subframe.
         const int width = second ? 9 : 6;
         const int first = std::min(std::max(open - (second ? 5 : 3), 20), 143 - width);
-        int16_t last = open;
-        int16_t fraction = 0;
-        int16_t thirds = 0;
-        int16_t index = 0;
-        int overflow = 0;
-        const int16_t delay = Pitch_fr(&last, 4, &open, theirs.data() + 154, target.data(), h.data(), 40,
-                                       static_cast<int16_t>(second ? 40 : 0), &fraction, &thirds, &index, &overflow);
+        const AmrLag lag = amrLag(4, open, theirs, target, h, second);
         int16_t got[2] = {};
         ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G7291_16s(
                                    target.data(), h.data(), x.data(), got, static_cast<int16_t>(first),
                                    static_cast<int16_t>(first + width), static_cast<int16_t>(40 * (round % 4))));
-        equal += got[0] == delay && got[1] == fraction ? 1 : 0;
+        equal += got[0] == lag.whole && got[1] == lag.fraction ? 1 : 0;
     }
     RecordProperty("equal", equal);
     EXPECT_GE(equal, rounds * 99 / 100);
@@ -107,14 +91,32 @@ TEST(G7291AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
     return c * c / e;
 }
 
-TEST(G7291FirstPulsesOracle, AreNotBelowTheSearchOfTheG729CodecAndItsDecoderReadsThem) {
-#ifdef ORACLE_BCG729
-    std::mt19937 random(3);
+// What two searches reach over many rounds.
+struct Merits {
     double ours = 0;
     double theirs = 0;
     int below = 0;
-    constexpr int rounds = 1000;
-    for (int round = 0; round < rounds; ++round) {
+    int rounds = 0;
+
+    void take(double own, double their) {
+        ours += own;
+        theirs += their;
+        below += own < 0.999 * their ? 1 : 0;
+        ++rounds;
+    }
+    void expectNotBelow() const {
+        testing::Test::RecordProperty("per10000", static_cast<int>(10000 * ours / theirs));
+        testing::Test::RecordProperty("below", below);
+        EXPECT_GE(ours, theirs);
+        EXPECT_LE(below, rounds / 50);
+    }
+};
+
+TEST(G7291FirstPulsesOracle, AreNotBelowTheSearchOfTheG729CodecAndItsDecoderReadsThem) {
+#ifdef ORACLE_BCG729
+    std::mt19937 random(3);
+    Merits merits;
+    for (int round = 0; round < 1000; ++round) {
         const int level = 100 << (round % 6);
         Samples h = decayingResponse(random, 2500);
         Samples target = noise(random, 40, -level, level);
@@ -135,20 +137,13 @@ TEST(G7291FirstPulsesOracle, AreNotBelowTheSearchOfTheG729CodecAndItsDecoderRead
         for (size_t n = 0; n < 40; ++n) {
             rest[n] = static_cast<int16_t>(target[n] - vector[n]);
         }
-        const double own = merit(rest, y);
-        const double their = merit(rest, otherY);
-        ours += own;
-        theirs += their;
-        below += own < 0.999 * their ? 1 : 0;
+        merits.take(merit(rest, y), merit(rest, otherY));
         decodeFixedCodeVector(static_cast<uint16_t>(index[1]), static_cast<uint16_t>(index[0]), lag, gain, read.data());
         for (size_t n = 0; n < 40; ++n) {
             ASSERT_NEAR(read[n], code[n], 4) << n;
         }
     }
-    RecordProperty("per10000", static_cast<int>(10000 * ours / theirs));
-    RecordProperty("below", below);
-    EXPECT_GE(ours, theirs);
-    EXPECT_LE(below, rounds / 50);
+    merits.expectNotBelow();
 #else
     GTEST_SKIP() << "libbcg729-dev is not installed";
 #endif
@@ -157,11 +152,8 @@ TEST(G7291FirstPulsesOracle, AreNotBelowTheSearchOfTheG729CodecAndItsDecoderRead
 TEST(G7291SecondPulsesOracle, AreNotBelowTheSearchOfTheG729Codec) {
 #ifdef ORACLE_BCG729
     std::mt19937 random(4);
-    double ours = 0;
-    double theirs = 0;
-    int below = 0;
-    constexpr int rounds = 1000;
-    for (int round = 0; round < rounds; ++round) {
+    Merits merits;
+    for (int round = 0; round < 1000; ++round) {
         const int level = 100 << (round % 6);
         const Samples h = decayingResponse(random, 2500);
         Samples target = noise(random, 40, -level, level);
@@ -178,16 +170,9 @@ TEST(G7291SecondPulsesOracle, AreNotBelowTheSearchOfTheG729Codec) {
         uint16_t signs = 0;
         fixedCodebookSearch(target.data(), tilted.data(), 40, 0, none.data(), 0, &positions, &signs, other.data(),
                             otherY.data());
-        const double own = merit(target, y);
-        const double their = merit(target, otherY);
-        ours += own;
-        theirs += their;
-        below += own < 0.999 * their ? 1 : 0;
+        merits.take(merit(target, y), merit(target, otherY));
     }
-    RecordProperty("per10000", static_cast<int>(10000 * ours / theirs));
-    RecordProperty("below", below);
-    EXPECT_GE(ours, theirs);
-    EXPECT_LE(below, rounds / 50);
+    merits.expectNotBelow();
 #else
     GTEST_SKIP() << "libbcg729-dev is not installed";
 #endif

@@ -7,19 +7,15 @@
 #include <random>
 #include <vector>
 
+#include "amrnb_pitch.h"
 #include "noise.h"
 #include "veksc.h"
 
-#if __has_include(<opencore-amrnb/interf_enc.h>)
-#define ORACLE_AMRNB 1
+#ifdef ORACLE_AMRNB
 extern "C" {
 void agc(int16_t* gain, int16_t* in, int16_t* out, int16_t factor, int16_t n, int* overflow);
 int16_t Pitch_ol(void* vad, int mode, int16_t* signal, int16_t shortest, int16_t longest, int16_t n, int16_t half,
                  int dtx, int* overflow);
-void Pred_lt_3or6(int16_t* excitation, int16_t delay, int16_t fraction, int16_t n, int16_t thirds, int* overflow);
-int16_t G_pitch(int mode, int16_t* target, int16_t* filtered, int16_t* products, int16_t n, int* overflow);
-int16_t Pitch_fr(int16_t* lastDelay, int mode, int16_t* open, int16_t* excitation, int16_t* target, int16_t* h,
-                 int16_t n, int16_t offset, int16_t* fraction, int16_t* thirds, int16_t* index, int* overflow);
 }
 #endif
 
@@ -43,6 +39,17 @@ using Samples = std::vector<int16_t>;
         e = static_cast<int16_t>(4 * e);
     }
     return v;
+}
+
+// The excitation for each of two searches, target and response.
+struct SearchData {
+    Samples x, target, h, theirs;
+};
+
+[[maybe_unused]] SearchData searchData(std::mt19937& random) {
+    const Samples x = noise(random, 194, -1000, 1000);
+    const Samples target = noise(random, 40, -2000, 2000);
+    return {x, target, decayingResponse(random, 2000), x};
 }
 
 // Noise through a resonance and a delay loop: 223 samples with a pitch.
@@ -140,24 +147,15 @@ TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
     std::mt19937 random(5);
     int equal = 0;
     for (int round = 0; round < 400; ++round) {
-        Samples x = noise(random, 194, -1000, 1000);
-        Samples target = noise(random, 40, -2000, 2000);
-        Samples h = decayingResponse(random, 2000);
-        Samples theirs = x;
-        int16_t open = noise(random, 1, 20, 143)[0];
+        auto [x, target, h, theirs] = searchData(random);
+        const int16_t open = noise(random, 1, 20, 143)[0];
         const auto second = static_cast<int16_t>(round % 2);
-        int16_t last = open;
-        int16_t fraction = 0;
-        int16_t thirds = 0;
-        int16_t index = 0;
-        int overflow = 0;
-        const int16_t delay = Pitch_fr(&last, 4, &open, theirs.data() + 154, target.data(), h.data(), 40,
-                                       static_cast<int16_t>(40 * second), &fraction, &thirds, &index, &overflow);
+        const AmrLag lag = amrLag(4, open, theirs, target, h, second == 1);
         int16_t got[2] = {};
         Samples vector(40);
         ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G729_16s(open, target.data(), h.data(), x.data(), got,
                                                                    vector.data(), second));
-        equal += got[0] == delay && got[1] == fraction ? 1 : 0;
+        equal += got[0] == lag.whole && got[1] == lag.fraction ? 1 : 0;
     }
     EXPECT_GE(equal, 396);
 #else
@@ -170,10 +168,7 @@ TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheG729Codec) {
     std::mt19937 random(6);
     int equal = 0;
     for (int round = 0; round < 400; ++round) {
-        Samples x = noise(random, 194, -1000, 1000);
-        Samples target = noise(random, 40, -2000, 2000);
-        Samples h = decayingResponse(random, 2000);
-        Samples theirs = x;
+        auto [x, target, h, theirs] = searchData(random);
         const int16_t open = noise(random, 1, 23, 140)[0];
         auto shortest = static_cast<int16_t>(open - 3);
         auto longest = static_cast<int16_t>(open + 3);
@@ -210,9 +205,7 @@ TEST(AdaptiveGainOracle, IsWithinOneOfTheAmrCodec) {
         for (int again = 0; again < 2; ++again) {
             ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookGain_G729_16s(target.data(), h.data(), vector.data(),
                                                                      filtered.data(), &gain));
-            int16_t products[4] = {};
-            int overflow = 0;
-            ASSERT_NEAR(G_pitch(4, target.data(), filtered.data(), products, 40, &overflow), gain, 1);
+            ASSERT_NEAR(amrPitchGain(target, filtered), gain, 1);
             target = filtered; // now a gain of 1
         }
         EXPECT_NEAR(16384, gain, 2);

@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 
+#include "amrnb_pitch.h"
 #include "noise.h"
 #include "veksc.h"
 
@@ -20,14 +21,6 @@ void postFilter(void* channel, int16_t* lpc, int16_t* speech, int16_t delay, int
 void computeLP(int16_t* signal, int16_t* lpc, int32_t* reflection, int32_t* windowed, int32_t* plain, int8_t* scale,
                uint8_t count);
 uint16_t findOpenLoopPitchDelay(int16_t* signal);
-}
-#endif
-
-#if __has_include(<opencore-amrnb/interf_enc.h>)
-#define ORACLE_AMRNB 1
-extern "C" {
-int16_t Pitch_fr(int16_t* lastDelay, int mode, int16_t* open, int16_t* excitation, int16_t* target, int16_t* h,
-                 int16_t n, int16_t offset, int16_t* fraction, int16_t* thirds, int16_t* index, int* overflow);
 }
 #endif
 
@@ -150,19 +143,12 @@ TEST(AdaptiveSearchOracle, TheFourBitGridFindsTheDelaysOfTheAmrCodecAt5900) {
         h[0] = 4096;
         Samples theirs = x;
         const auto second = static_cast<int16_t>(round % 2);
-        int16_t open = noise(random, 1, 26, 138)[0];
-        int16_t last = open;
-        int16_t opens[2] = {open, open};
-        int16_t fraction = 0;
-        int16_t thirds = 0;
-        int16_t index = 0;
-        int overflow = 0;
-        const int16_t delay = Pitch_fr(&last, 2, opens, theirs.data() + 154, target.data(), h.data(), 40,
-                                       static_cast<int16_t>(40 * second), &fraction, &thirds, &index, &overflow);
+        const int16_t open = noise(random, 1, 26, 138)[0];
+        const AmrLag lag = amrLag(2, open, theirs, target, h, second == 1);
         int16_t got[2] = {};
         ASSERT_EQ(vekStsNoErr,
                   veksAdaptiveCodebookSearch_G729D_16s(open, target.data(), h.data(), x.data(), second, got));
-        equal += got[0] == delay && got[1] == fraction ? 1 : 0;
+        equal += got[0] == lag.whole && got[1] == lag.fraction ? 1 : 0;
     }
     EXPECT_GE(equal, 390);
 #else

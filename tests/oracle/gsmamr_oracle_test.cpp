@@ -2,10 +2,11 @@
 // Its step functions are in no public header: they are declared here, and the package's header tells whether to link.
 #include <gtest/gtest.h>
 
+#include "amrnb_pitch.h"
+#include "noise.h"
 #include "veksc.h"
 
-#if __has_include(<opencore-amrnb/interf_enc.h>)
-#define ORACLE_AMRNB 1
+#ifdef ORACLE_AMRNB
 
 #include <algorithm>
 #include <cmath>
@@ -21,9 +22,6 @@ struct AmrTables {
 void get_const_tbls(AmrTables* tables);
 void cbsearch(int16_t* target, int16_t* h, int16_t lag, int16_t sharp, int16_t gain, int16_t* residual, int16_t* vector,
               int16_t* filtered, int16_t** words, int mode, int16_t subframe, AmrTables* tables, int* overflow);
-int16_t Pitch_fr(int16_t* lastDelay, int mode, int16_t* open, int16_t* excitation, int16_t* target, int16_t* h,
-                 int16_t n, int16_t offset, int16_t* fraction, int16_t* thirds, int16_t* index, int* overflow);
-void Pred_lt_3or6(int16_t* excitation, int16_t delay, int16_t fraction, int16_t n, int16_t thirds, int* overflow);
 void Dec_lag3(int16_t index, int16_t first, int16_t last, int16_t offset, int16_t former, int16_t* lag,
               int16_t* fraction, int16_t coarse, int* overflow);
 void Dec_lag6(int16_t index, int16_t shortest, int16_t longest, int16_t offset, int16_t* lag, int16_t* fraction,
@@ -37,7 +35,6 @@ void dec_8i40_31bits(int16_t* index, int16_t* vector, int* overflow);
 void dec_10i40_35bits(int16_t* index, int16_t* vector, const int16_t* fromGray);
 extern const int16_t startPos[];
 extern const int16_t dgray[];
-int16_t G_pitch(int mode, int16_t* target, int16_t* filtered, int16_t* products, int16_t n, int* overflow);
 void preemphasis(int16_t* state, int16_t* signal, int16_t g, int16_t n, int* overflow);
 void Int_lsf(int16_t* before, int16_t* now, int16_t offset, int16_t* out, int* overflow);
 void Lsf_lsp(int16_t* lsf, int16_t* lsp, int16_t n, int* overflow);
@@ -54,18 +51,6 @@ constexpr VekSpchBitRate kRates[] = {VEK_SPCHBR_4750,  VEK_SPCHBR_5150,  VEK_SPC
                                      VEK_SPCHBR_10200, VEK_SPCHBR_12200, VEK_SPCHBR_DTX};
 constexpr int kMode102 = 6;
 constexpr int kMode122 = 7;
-
-int pick(std::mt19937& random, int low, int high) {
-    return std::uniform_int_distribution<int>(low, high)(random);
-}
-
-Samples noise(std::mt19937& random, int n, int low, int high) {
-    Samples v(static_cast<size_t>(n));
-    for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random, low, high));
-    }
-    return v;
-}
 
 // A decaying impulse response, Q12, with zeros before it.
 Samples response(std::mt19937& random) {

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "sc/common/fixmath.h"
@@ -79,38 +80,28 @@ inline Octets pack(int mode, const Samples& p) {
 
 class TheirCoder {
 public:
-    TheirCoder() : m_state(Encoder_Interface_init(0)) {}
-    ~TheirCoder() { Encoder_Interface_exit(m_state); }
-    TheirCoder(const TheirCoder&) = delete;
-    TheirCoder& operator=(const TheirCoder&) = delete;
-
     Octets frame(int mode, const int16_t* in) {
         // Its high-pass works in place.
         Samples speech(in, in + kFrame);
         Octets octets{};
-        Encoder_Interface_Encode(m_state, static_cast<::Mode>(mode), speech.data(), octets.data(), 0);
+        Encoder_Interface_Encode(m_state.get(), static_cast<::Mode>(mode), speech.data(), octets.data(), 0);
         return octets;
     }
 
 private:
-    void* m_state;
+    std::unique_ptr<void, void (*)(void*)> m_state{Encoder_Interface_init(0), Encoder_Interface_exit};
 };
 
 class TheirDecoder {
 public:
-    TheirDecoder() : m_state(Decoder_Interface_init()) {}
-    ~TheirDecoder() { Decoder_Interface_exit(m_state); }
-    TheirDecoder(const TheirDecoder&) = delete;
-    TheirDecoder& operator=(const TheirDecoder&) = delete;
-
     Samples frame(const Octets& octets) {
         Samples out(kFrame);
-        Decoder_Interface_Decode(m_state, octets.data(), out.data(), 0);
+        Decoder_Interface_Decode(m_state.get(), octets.data(), out.data(), 0);
         return out;
     }
 
 private:
-    void* m_state;
+    std::unique_ptr<void, void (*)(void*)> m_state{Decoder_Interface_init(), Decoder_Interface_exit};
 };
 
 // Of second order, with outputs of 32 bits as its memory, which are 2^shift times the sums: TS 26.090 5.1, 6.2.2.

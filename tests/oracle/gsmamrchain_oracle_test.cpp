@@ -59,11 +59,7 @@ TEST(AmrChainOracle, DecoderHasTheSamplesOfTheOtherOneAtAllRates) {
 
 TEST(AmrChainOracle, DecoderFollowsChangesOfTheRate) {
     const Samples x = speechLike(size_t{kFrame} * kFrames);
-    std::mt19937 random(475);
-    std::array<int, kFrames> modes{};
-    for (int& mode : modes) {
-        mode = static_cast<int>(random() % kRates);
-    }
+    const auto modes = randomRates<kFrames>(475, kRates);
     expectSameBits(
         x, [&](int f) { return modes[static_cast<size_t>(f)]; }, "mixed", 20);
 }

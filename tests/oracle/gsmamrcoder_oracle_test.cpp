@@ -82,11 +82,7 @@ TEST(AmrChainOracle, CoderHasThemInTones) {
 
 TEST(AmrChainOracle, CoderFollowsChangesOfTheRate) {
     const Samples x = speechLike(size_t{kFrame} * kFrames);
-    std::mt19937 random(515);
-    std::array<int, kFrames> modes{};
-    for (int& mode : modes) {
-        mode = static_cast<int>(random() % kRates);
-    }
+    const auto modes = randomRates<kFrames>(515, kRates);
     expectSameParameters(x, [&](int f) { return modes[static_cast<size_t>(f)]; });
 }
 

@@ -6,12 +6,15 @@
 #include <random>
 #include <vector>
 
+inline int pick(std::mt19937& random, int low, int high) {
+    return std::uniform_int_distribution<int>(low, high)(random);
+}
+
 /// n samples from low to high.
 inline std::vector<int16_t> noise(std::mt19937& random, int n, int low, int high) {
-    std::uniform_int_distribution<int> pick(low, high);
     std::vector<int16_t> v(static_cast<size_t>(n));
     for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random));
+        e = static_cast<int16_t>(pick(random, low, high));
     }
     return v;
 }

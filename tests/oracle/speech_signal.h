@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -76,4 +77,15 @@ inline double segmentalDistance(const std::vector<int16_t>& want, const std::vec
         }
     }
     return sum / count;
+}
+
+// A rate for each frame, drawn at random.
+template <size_t Frames>
+std::array<int, Frames> randomRates(unsigned seed, int rates) {
+    std::mt19937 random(seed);
+    std::array<int, Frames> modes{};
+    for (int& mode : modes) {
+        mode = static_cast<int>(random() % static_cast<unsigned>(rates));
+    }
+    return modes;
 }

@@ -195,6 +195,35 @@ TEST(ScriptsTest, TheTableOfStagesHasItsFiguresInFilesToo) {
     EXPECT_EQ("", checkout.read("err.txt"));
 }
 
+TEST(ScriptsTest, ATestOfTheLibrarysTableThatNeitherRanNorIsNamedAsSkippedIsAFailure) {
+    const Checkout checkout;
+    checkout.write("vek/functions.txt", "veksA | clause\n"
+                                        "  exact: the same | Other.Equal\n"
+                                        "  property: holds | Own.Typed Own.Plain\n"
+                                        "  note: no test\n");
+    const auto after = [&](const std::string& vek, const std::string& oracle) {
+        checkout.standIn("ctest", "mkdir -p build-test/counts; cd build-test/counts\n"
+                                  "printf 'run 2 passed 2 skipped 0 failed 0\n" +
+                                      vek +
+                                      "' >vek_tests.1\n"
+                                      "printf 'run 1 passed 0 skipped 1 failed 0\n" +
+                                      oracle + "' >oracle_tests.1\n");
+        return checkout.type("./test --quick");
+    };
+    const RigResult all = after("ran Own.Typed/0\nran Own/0.Typed\nran Own.Plain\n", "skipped Other.Equal\n");
+    EXPECT_EQ(0, all.exitCode) << all.out;
+    EXPECT_TRUE(holds(all.out, "build-test: 3 tests run, 2 passed, 1 skipped, 0 failed\n  skipped Other.Equal\n"))
+        << all.out;
+    const RigResult without = after("ran Own/0.Typed\nran Own.Plain\n", "ran Other.Others\n");
+    EXPECT_EQ(1, without.exitCode);
+    EXPECT_TRUE(holds(without.out, "vek/functions.txt names a test that was neither run nor skipped: Other.Equal\n"))
+        << without.out;
+    EXPECT_EQ(1, countOf(without.out, "neither run nor skipped")) << without.out;
+    // Of a part of the rooms no more can be said.
+    checkout.standIn("ctest", "rm -f build-test/counts/oracle*\n");
+    EXPECT_EQ(0, checkout.type("./test --quick").exitCode);
+}
+
 TEST(ScriptsTest, AFailedStageIsInTheTableAndEndsTheTest) {
     const Checkout checkout;
     checkout.standIn("ctest", "echo 'one test failed'; exit 8\n");

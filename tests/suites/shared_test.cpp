@@ -72,6 +72,39 @@ TEST(EverySuite, CallsAgainAndAgainWithoutAWarningOnEachLineOfItsGrid) {
     }
 }
 
+class TwoVectors : public vkcTest {
+public:
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        initVectors({&m_words}, vk32s);
+        initVectors({&m_samples}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        m_made += m_samples.type() == vk16s && m_words.type() == vk32s ? 1 : 0;
+        return m_words.createVector(4, setOne, 0, 0) && m_samples.createVector(4, setOne, 0, 0);
+    }
+
+    double getDivisor() override { return 4; }
+
+    vkVector m_words;
+    vkVector m_samples;
+    int m_made = 0;
+};
+
+TEST(SuiteBase, DeletesTheVectorsOfALineInEachRun) {
+    TwoVectors suite(callNothing, nullptr, loopNothing, nullptr, "veksFoo_16s", "p_foo", "TwoVectors//VK_REG");
+    for (int run = 1; run <= 2; ++run) {
+        krResult result = krUndefined;
+        EXPECT_EQ(runOnce(suite, result).size(), 1U);
+        EXPECT_EQ(result, krOk);
+        EXPECT_EQ(suite.m_made, run);
+        EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr);
+    }
+}
+
 TEST(UnmeasuredSuite, IsAWholeSuiteWithNoTest) {
     for (const krTest* test : *pTestList) {
         EXPECT_NE(test->m_info.m_class, "TimMath2");

@@ -19,16 +19,23 @@ struct GridCase {
     double divisor;
 };
 
-/// Runs the whole grid with one loop a line: every call succeeds and no memory is left behind.
+/// Runs a whole grid of so many lines between two of these parameter cells, with one loop a line: every call succeeds and
+/// no memory is left behind. The lines are kept.
+inline void expectLines(krTest& test, int count, const char* first, const char* last, std::vector<std::string>& lines) {
+    krResult result = krUndefined;
+    lines = runOnce(test, result);
+    EXPECT_EQ(result, krOk);
+    ASSERT_EQ(static_cast<int>(lines.size()), count);
+    EXPECT_EQ(cells(lines.front(), 3, 8), first);
+    EXPECT_EQ(cells(lines.back(), 3, 8), last);
+    EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr);
+}
+
 inline void expectGrid(const GridCase& expected) {
     krTest* test = findTest(expected.function);
     ASSERT_NE(test, nullptr);
-    krResult result = krUndefined;
-    const std::vector<std::string> lines = runOnce(*test, result);
-    EXPECT_EQ(result, krOk);
-    ASSERT_EQ(static_cast<int>(lines.size()), expected.lines);
-    EXPECT_EQ(cells(lines.front(), 3, 8), expected.first);
-    EXPECT_EQ(cells(lines.back(), 3, 8), expected.last);
+    std::vector<std::string> lines;
+    ASSERT_NO_FATAL_FAILURE(expectLines(*test, expected.lines, expected.first, expected.last, lines));
     EXPECT_EQ(cells(lines.front(), 9, 9), "nLps=1");
     EXPECT_EQ(cells(lines.front(), 11, 11), "e");
     EXPECT_EQ(test->m_srcName, expected.source);
@@ -36,7 +43,6 @@ inline void expectGrid(const GridCase& expected) {
     EXPECT_EQ(test->m_info.m_macro == "VK_REG_I", expected.restored);
     const double perElement = std::atof(cells(lines.back(), 10, 10).c_str());
     EXPECT_NEAR(test->m_tool.m_funcClocks / perElement, expected.divisor, expected.divisor * 0.02);
-    EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr);
 }
 
 /// A test for each function of a table of grids.

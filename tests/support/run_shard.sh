@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs a GoogleTest program, or the shard of it that the environment tells: run_shard.sh COUNTS PROGRAM [ARGUMENTS].
-# Of tests that pass nothing is shown. COUNTS gets the numbers of tests run, passed, skipped and failed, and the names of
-# those skipped. A test that runs several times is one test; one in which the program crashed or hung has failed.
+# Of tests that pass nothing is shown. COUNTS gets the numbers of tests run, passed, skipped and failed, and each test by
+# its name as "ran" or "skipped". A test that runs several times is one test; one in which the program crashed or hung has failed.
 set -u
 counts=$1
 shift
@@ -25,7 +25,7 @@ timeout "${KR_SHARD_SECONDS:-570}" "$@" --gtest_color=no 2>&1 | awk -v counts="$
         }
         for (test in worst) {
             ++count[worst[test]]
-            if (worst[test] == 2) names = names "skipped " test "\n"
+            names = names (worst[test] == 2 ? "skipped " : "ran ") test "\n"
         }
         printf "run %d passed %d skipped %d failed %d\n%s", count[1] + count[2] + count[3], count[1], count[2], count[3],
                names > counts

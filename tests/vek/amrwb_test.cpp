@@ -74,6 +74,24 @@ TEST(VekWideOpenLoop, SilenceFadesTheStrengthAndKeepsTheLags) {
     EXPECT_EQ(Samples(5, 40), o.lags);
 }
 
+TEST(VekWideOpenLoop, TheExtendedSearchOverTheLagsOfAmrWbIsThatOfAmrWb) {
+    for (int period = 18; period < 115; ++period) {
+        OpenLoop extended(period);
+        OpenLoop plain(period);
+        ASSERT_EQ(vekStsNoErr, extended.run(64, 17, 115));
+        ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_AMRWB_16s(
+                                   plain.x.data() + 214, plain.x.data() + 214, &plain.median, &plain.strength,
+                                   &plain.lag, &plain.tone, &plain.gain, plain.lags.data(), &plain.near, 64));
+        EXPECT_EQ(plain.lag, extended.lag);
+        EXPECT_EQ(plain.gain, extended.gain);
+        EXPECT_EQ(plain.tone, extended.tone);
+        EXPECT_EQ(plain.near, extended.near);
+        EXPECT_EQ(plain.median, extended.median);
+        EXPECT_EQ(plain.strength, extended.strength);
+        EXPECT_EQ(plain.lags, extended.lags);
+    }
+}
+
 TEST(VekWideOpenLoop, TheExtendedSearchReachesLongerLags) {
     OpenLoop o(150);
     ASSERT_EQ(vekStsNoErr, o.run(64, 25, 166));

@@ -278,36 +278,27 @@ double returnLoss(int taps, double scale, const Run& run) {
     return 10 * std::log10(whole / left);
 }
 
-TEST(VekEcNlms, LearnsAnEchoPathTo80DbInFloatingPoint) {
-    atEveryLevel([] {
-        const double loss = returnLoss<float>(128, 1, [](const float* ref, const Floats& echo) {
-            Floats out(echo.size());
-            Floats coef(128);
-            const Floats step(8, 0.5F);
-            float err = 0;
-            for (size_t i = 0; i < echo.size(); i += 8) {
-                veksNLMS_EC_32f(ref + i, &echo[i], step.data(), &out[i], 8, coef.data(), 128, &err);
-            }
-            return out;
-        });
-        EXPECT_GT(loss, 80);
+// In blocks of eight with half the full step.
+template <class T, class Nlms>
+double returnLossOfNlms(double scale, T half, Nlms nlms) {
+    return returnLoss<T>(128, scale, [&](const T* ref, const std::vector<T>& echo) {
+        std::vector<T> out(echo.size());
+        std::vector<T> coef(128);
+        const std::vector<T> step(8, half);
+        T err = 0;
+        for (size_t i = 0; i < echo.size(); i += 8) {
+            nlms(ref + i, &echo[i], step.data(), &out[i], 8, coef.data(), 128, &err);
+        }
+        return out;
     });
 }
 
+TEST(VekEcNlms, LearnsAnEchoPathTo80DbInFloatingPoint) {
+    atEveryLevel([] { EXPECT_GT(returnLossOfNlms(1, 0.5F, veksNLMS_EC_32f), 80); });
+}
+
 TEST(VekEcNlms, LearnsAnEchoPathTo35DbInSixteenBits) {
-    atEveryLevel([] {
-        const double loss = returnLoss<int16_t>(128, 32768, [](const int16_t* ref, const Samples& echo) {
-            Samples out(echo.size());
-            Samples coef(128);
-            const Samples step(8, 16384);
-            int16_t err = 0;
-            for (size_t i = 0; i < echo.size(); i += 8) {
-                veksNLMS_EC_16s(ref + i, &echo[i], step.data(), &out[i], 8, coef.data(), 128, &err);
-            }
-            return out;
-        });
-        EXPECT_GT(loss, 35);
-    });
+    atEveryLevel([] { EXPECT_GT(returnLossOfNlms(32768, int16_t{16384}, veksNLMS_EC_16s), 35); });
 }
 
 TEST(VekEcNlms, SilenceTeachesNothingAndDividesByNothing) {
@@ -320,6 +311,21 @@ TEST(VekEcNlms, SilenceTeachesNothingAndDividesByNothing) {
               veksNLMS_EC_32f(zeros.data() + 20, one.data(), one.data(), out.data(), 8, coef.data(), 8, &err));
     EXPECT_EQ(Floats(8, 0.5F), coef);
     EXPECT_EQ(one, out);
+}
+
+struct WideSums {
+    Wide re = 0;
+    Wide im = 0;
+};
+
+// The complex sum of a subband over the segments, in 128 bits.
+WideSums sumOfProducts(const Matrix& x, const Matrix& c, int k) {
+    WideSums sum;
+    for (size_t s = 0; s < x.size(); s++) {
+        sum.re += Wide{x[s][k].re} * c[s][k].re - Wide{x[s][k].im} * c[s][k].im;
+        sum.im += Wide{x[s][k].re} * c[s][k].im + Wide{x[s][k].im} * c[s][k].re;
+    }
+    return sum;
 }
 
 TEST(VekEcSubbandFir, FullFormIsTheWideSumAtEveryScale) {
@@ -341,12 +347,7 @@ TEST(VekEcSubbandFir, FullFormIsTheWideSumAtEveryScale) {
                         ASSERT_EQ(vekStsNoErr,
                                   veksFIRSubband_EC_32sc_Sfs(px.data(), pc.data(), out.data(), segments, len, scale));
                         for (int k = 0; k < len; k++) {
-                            Wide re = 0;
-                            Wide im = 0;
-                            for (int s = 0; s < segments; s++) {
-                                re += Wide{x[s][k].re} * c[s][k].re - Wide{x[s][k].im} * c[s][k].im;
-                                im += Wide{x[s][k].re} * c[s][k].im + Wide{x[s][k].im} * c[s][k].re;
-                            }
+                            const auto [re, im] = sumOfProducts(x, c, k);
                             ASSERT_EQ(narrowed(re, scale), out[k].re) << len << " " << segments << " " << scale;
                             ASSERT_EQ(narrowed(im, scale), out[k].im) << len << " " << segments << " " << scale;
                         }
@@ -373,12 +374,7 @@ TEST(VekEcSubbandFir, LowFormWrapsAt64BitsAndLeavesTheFirstSubbandsAlone) {
                     ASSERT_EQ(vekStsNoErr, veksFIRSubbandLow_EC_32sc_Sfs(px.data(), pc.data(), segments, out.data(),
                                                                          first, len, scale));
                     for (int k = 0; k < len; k++) {
-                        Wide re = 0;
-                        Wide im = 0;
-                        for (int s = 0; s < segments; s++) {
-                            re += Wide{x[s][k].re} * c[s][k].re - Wide{x[s][k].im} * c[s][k].im;
-                            im += Wide{x[s][k].re} * c[s][k].im + Wide{x[s][k].im} * c[s][k].re;
-                        }
+                        const auto [re, im] = sumOfProducts(x, c, k);
                         const int32_t wantRe = k < first ? 7 : narrowed(static_cast<int64_t>(re), scale);
                         const int32_t wantIm = k < first ? 8 : narrowed(static_cast<int64_t>(im), scale);
                         ASSERT_EQ(wantRe, out[k].re) << first << " " << scale << " " << k;

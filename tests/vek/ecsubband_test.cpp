@@ -383,28 +383,12 @@ TEST(VekEcTone, MayBeOffByWhatTheRecommendationAllows) {
 }
 
 TEST(VekEcTone, IsNotHeardWithoutReversalsOrWithOthers) {
-    Tone plain;
-    plain.turn = 0;
-    EXPECT_EQ(0, heard(toneOf(plain, 8000), 8000, 80));
-    Tone quarter;
-    quarter.turn = M_PI / 2;
-    EXPECT_EQ(0, heard(toneOf(quarter, 8000), 8000, 80));
-    Tone fast;
-    fast.interval = 0.3;
-    EXPECT_EQ(0, heard(toneOf(fast, 8000), 8000, 80));
-    Tone slow;
-    slow.interval = 0.6;
-    slow.seconds = 3;
-    EXPECT_EQ(0, heard(toneOf(slow, 8000), 8000, 80));
-    Tone other;
-    other.frequency = 1800;
-    EXPECT_EQ(0, heard(toneOf(other, 8000), 8000, 80));
-    Tone faint;
-    faint.amplitude = 0.005;
-    EXPECT_EQ(0, heard(toneOf(faint, 8000), 8000, 80));
-    Tone drowned;
-    drowned.noise = 0.1;
-    EXPECT_EQ(0, heard(toneOf(drowned, 8000), 8000, 80));
+    const Tone others[] = {
+        {.turn = 0},         {.turn = M_PI / 2},   {.interval = 0.3}, {.interval = 0.6, .seconds = 3},
+        {.frequency = 1800}, {.amplitude = 0.005}, {.noise = 0.1}};
+    for (const Tone& other : others) {
+        EXPECT_EQ(0, heard(toneOf(other, 8000), 8000, 80)) << &other - others;
+    }
     Tone none;
     none.amplitude = 0;
     none.noise = 0.2;

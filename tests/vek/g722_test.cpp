@@ -200,6 +200,31 @@ TEST(VekG722Concealment, DecimationPassesLowAndStopsHighTones) {
     EXPECT_EQ(y[7], 0) << "len / 4 samples";
 }
 
+TEST(VekG722Concealment, DecimationIsTheHammingWindowedSincOfCutOffOneEighth) {
+    double wanted[11];
+    double sum = 0;
+    for (int k = -5; k <= 5; ++k) {
+        const double x = std::numbers::pi * 0.25 * k;
+        const double window = 0.54 + 0.46 * std::cos(std::numbers::pi * k / 5);
+        wanted[k + 5] = (k == 0 ? 1 : std::sin(x) / x) * window;
+        sum += wanted[k + 5];
+    }
+    Samples x(411);
+    for (size_t i = 0; i < x.size(); ++i) {
+        x[i] = static_cast<int16_t>(i * 40503 % 65536 - 32768);
+    }
+    Samples y(100);
+    ASSERT_EQ(vekStsNoErr, veksDownsampleFilter_G722_16s(x.data() + 5, 400, y.data()));
+    for (size_t m = 0; m < y.size(); ++m) {
+        double want = 0;
+        for (size_t j = 0; j < 11; ++j) {
+            want += wanted[j] / sum * x[4 * m + j];
+        }
+        // Each tap is rounded to Q15, which full scale shows by half a unit.
+        EXPECT_NEAR(std::clamp(want, -32768.0, 32767.0), y[m], 0.5 + 11 * 0.5);
+    }
+}
+
 TEST(VekG722Concealment, DecimationTakesEveryFourthSampleFromTheFirstOn) {
     Samples ramp;
     for (int i = -5; i < 406; ++i) {

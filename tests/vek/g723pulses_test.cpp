@@ -6,27 +6,8 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::clip;
-using lpref::noise;
+using namespace lpref;
 using Samples = std::vector<int16_t>;
-
-double dot(const int16_t* a, const int16_t* b, int n) {
-    double sum = 0;
-    for (int i = 0; i < n; ++i) {
-        sum += double{1} * a[i] * b[i];
-    }
-    return sum;
-}
-
-Samples decaying(std::mt19937& random) {
-    Samples h = noise(random, 60, -5000, 5000);
-    for (size_t i = 0; i < 60; ++i) {
-        h[i] = static_cast<int16_t>(h[i] * std::exp(-0.08 * static_cast<double>(i)));
-    }
-    h[0] = 8192;
-    return h;
-}
 
 // Twice the correlation of target and filtered pulses less their energy. The filtered pulses are Q13 times 2 and 4.
 double measureOf(const Samples& h, const Samples& target, const std::vector<int>& at,

@@ -7,18 +7,8 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::clip;
-using lpref::noise;
+using namespace lpref;
 using Samples = std::vector<int16_t>;
-
-double dot(const int16_t* a, const int16_t* b, int n) {
-    double sum = 0;
-    for (int i = 0; i < n; ++i) {
-        sum += double{1} * a[i] * b[i];
-    }
-    return sum;
-}
 
 // A resonance that pulses of a period excite, with some noise.
 Samples voiced(std::mt19937& random, int n, int period, double loud) {
@@ -33,15 +23,6 @@ Samples voiced(std::mt19937& random, int n, int period, double loud) {
         x.push_back(static_cast<int16_t>(std::lround(y * loud)));
     }
     return x;
-}
-
-Samples decaying(std::mt19937& random) {
-    Samples h = noise(random, 60, -5000, 5000);
-    for (size_t i = 0; i < 60; ++i) {
-        h[i] = static_cast<int16_t>(h[i] * std::exp(-0.08 * static_cast<double>(i)));
-    }
-    h[0] = 8192;
-    return h;
 }
 
 // --- pitch ---

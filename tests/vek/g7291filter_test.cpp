@@ -7,8 +7,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
+using namespace lpref;
 using Samples = std::vector<int16_t>;
 using Reals = std::vector<double>;
 

@@ -8,17 +8,9 @@ namespace {
 
 using lpref::atEveryLevel;
 using lpref::noise;
+using lpref::response;
 using Samples = std::vector<int16_t>;
 using Reals = std::vector<double>;
-
-Samples response(std::mt19937& random) {
-    Samples h = noise(random, 40, -3000, 3000);
-    for (size_t i = 1; i < h.size(); ++i) {
-        h[i] = static_cast<int16_t>(h[i] * 5 / static_cast<int>(5 + i));
-    }
-    h[0] = 4096;
-    return h;
-}
 
 // The pulses of a codeword, ones.
 Reals decode(const Samples& index) {

@@ -6,10 +6,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::clip;
-using lpref::noise;
-using lpref::step;
+using namespace lpref;
 using Samples = std::vector<int16_t>;
 
 constexpr int kHistory = 143;

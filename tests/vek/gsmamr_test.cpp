@@ -386,25 +386,34 @@ TEST(VekAmrPreemphasis, TakesOffItsShareOfTheSampleBefore) {
     EXPECT_EQ(vekStsNullPtrErr, veksPreemphasize_GSMAMR_16s(16384, x.data(), y.data(), 4, nullptr));
 }
 
+// A post-filter from rest, and what it makes of a frame.
+struct PostFilter {
+    int16_t before = 0;
+    int16_t gain = 4096;
+    Samples fir = Samples(10);
+    Samples iir = Samples(10);
+    Samples y = Samples(160);
+
+    void run(const Samples& lpc, const Samples& speech, VekSpchBitRate mode) {
+        ASSERT_EQ(vekStsNoErr, veksPostFilter_GSMAMR_16s(lpc.data(), speech.data(), &before, &gain, fir.data(),
+                                                         iir.data(), y.data(), mode));
+    }
+};
+
 TEST(VekAmrPostFilter, AFlatFilterLetsTheSpeechThroughAtItsLevel) {
     std::mt19937 random(9);
     Samples lpc(44);
     lpc[0] = lpc[11] = lpc[22] = lpc[33] = 4096;
     const Samples speech = noise(random, 160, -2000, 2000);
     for (const VekSpchBitRate mode : rates) {
-        int16_t before = 0;
-        int16_t gain = 4096;
-        Samples fir(10);
-        Samples iir(10);
-        Samples y(160);
-        ASSERT_EQ(vekStsNoErr, veksPostFilter_GSMAMR_16s(lpc.data(), speech.data(), &before, &gain, fir.data(),
-                                                         iir.data(), y.data(), mode));
+        PostFilter p;
+        p.run(lpc, speech, mode);
         for (size_t i = 0; i < 160; ++i) {
-            ASSERT_NEAR(speech[i], y[i], 30) << i;
+            ASSERT_NEAR(speech[i], p.y[i], 30) << i;
         }
-        EXPECT_EQ(Samples(speech.end() - 10, speech.end()), fir);
-        EXPECT_EQ(Samples(speech.end() - 10, speech.end()), iir);
-        EXPECT_EQ(speech[159], before);
+        EXPECT_EQ(Samples(speech.end() - 10, speech.end()), p.fir);
+        EXPECT_EQ(Samples(speech.end() - 10, speech.end()), p.iir);
+        EXPECT_EQ(speech[159], p.before);
     }
 }
 
@@ -418,14 +427,9 @@ TEST(VekAmrPostFilter, TheUpperRatesWeighOtherwise) {
     const Samples speech = noise(random, 160, -2000, 2000);
     std::vector<Samples> all;
     for (const VekSpchBitRate mode : rates) {
-        int16_t before = 0;
-        int16_t gain = 4096;
-        Samples fir(10);
-        Samples iir(10);
-        Samples y(160);
-        ASSERT_EQ(vekStsNoErr, veksPostFilter_GSMAMR_16s(lpc.data(), speech.data(), &before, &gain, fir.data(),
-                                                         iir.data(), y.data(), mode));
-        all.push_back(y);
+        PostFilter p;
+        p.run(lpc, speech, mode);
+        all.push_back(p.y);
     }
     for (const size_t low : {1U, 2U, 3U, 4U, 5U, 8U}) {
         EXPECT_EQ(all[0], all[low]);

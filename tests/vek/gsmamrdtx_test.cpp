@@ -8,10 +8,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::clip;
-using lpref::noise;
-using lpref::step;
+using namespace lpref;
 using Samples = std::vector<int16_t>;
 
 constexpr VekSpchBitRate kRates[] = {VEK_SPCHBR_4750, VEK_SPCHBR_5150, VEK_SPCHBR_5900,  VEK_SPCHBR_6700,
@@ -254,15 +251,6 @@ struct Search {
                                                             weighted.data(), &correlation, &energy, lag, gain, mode);
     }
 };
-
-Samples pulses(int period, int level, size_t n) {
-    Samples x(n);
-    for (size_t i = 0; i < n; ++i) {
-        const double phase = static_cast<double>(i % static_cast<size_t>(period));
-        x[i] = static_cast<int16_t>(std::lround(level * std::exp(-phase / 4) * std::cos(0.8 * phase)));
-    }
-    return x;
-}
 
 TEST(VekAmrOpenLoop, FindsThePeriodAtAllRatesAndBringsTheHistoryForward) {
     for (const VekSpchBitRate mode : kRates) {

@@ -11,16 +11,8 @@ namespace {
 
 using lpref::atEveryLevel;
 using lpref::noise;
+using lpref::pulses;
 using Samples = std::vector<int16_t>;
-
-Samples pulses(int period, int level, size_t n) {
-    Samples x(n);
-    for (size_t i = 0; i < n; ++i) {
-        const double phase = static_cast<double>(i % static_cast<size_t>(period));
-        x[i] = static_cast<int16_t>(std::lround(level * std::exp(-phase / 4) * std::cos(0.8 * phase)));
-    }
-    return x;
-}
 
 VeksVAD1State_GSMAMR freshVad1() {
     VeksVAD1State_GSMAMR s{};

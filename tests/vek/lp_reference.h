@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <random>
 #include <vector>
@@ -81,5 +82,43 @@ inline std::vector<int16_t> noise(std::mt19937& random, int n, int low, int high
 }
 
 using kernellevels::atEveryLevel;
+
+// The response of a filter to a pulse: noise that falls off, a subframe of it.
+inline std::vector<int16_t> response(std::mt19937& random) {
+    std::vector<int16_t> h = noise(random, 40, -3000, 3000);
+    for (size_t i = 1; i < h.size(); ++i) {
+        h[i] = static_cast<int16_t>(h[i] * 5 / static_cast<int>(5 + i));
+    }
+    h[0] = 4096;
+    return h;
+}
+
+// The response of G.723.1, a subframe of it, as far as it rings out.
+inline std::vector<int16_t> decaying(std::mt19937& random) {
+    std::vector<int16_t> h = noise(random, 60, -5000, 5000);
+    for (size_t i = 0; i < 60; ++i) {
+        h[i] = static_cast<int16_t>(h[i] * std::exp(-0.08 * static_cast<double>(i)));
+    }
+    h[0] = 8192;
+    return h;
+}
+
+// Pulses of a period that ring out.
+inline std::vector<int16_t> pulses(int period, int level, size_t n) {
+    std::vector<int16_t> x(n);
+    for (size_t i = 0; i < n; ++i) {
+        const double phase = static_cast<double>(i % static_cast<size_t>(period));
+        x[i] = static_cast<int16_t>(std::lround(level * std::exp(-phase / 4) * std::cos(0.8 * phase)));
+    }
+    return x;
+}
+
+inline double dot(const int16_t* a, const int16_t* b, int n) {
+    double sum = 0;
+    for (int i = 0; i < n; ++i) {
+        sum += double{1} * a[i] * b[i];
+    }
+    return sum;
+}
 
 } // namespace lpref

@@ -15,10 +15,7 @@
 namespace {
 
 using lpref::atEveryLevel;
-using rtaref::Doubles;
-using rtaref::Floats;
-using rtaref::kPi;
-using rtaref::noise;
+using namespace rtaref;
 
 constexpr VekPCMFrequency kFrequencies[] = {VEK_PCM_FREQ_8000, VEK_PCM_FREQ_11025, VEK_PCM_FREQ_16000,
                                             VEK_PCM_FREQ_22050, VEK_PCM_FREQ_32000};

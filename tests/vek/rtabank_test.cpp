@@ -12,10 +12,7 @@
 namespace {
 
 using lpref::atEveryLevel;
-using rtaref::Doubles;
-using rtaref::Floats;
-using rtaref::kPi;
-using rtaref::noise;
+using namespace rtaref;
 
 struct Bank {
     std::vector<unsigned char> bytes;

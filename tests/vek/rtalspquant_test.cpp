@@ -13,11 +13,7 @@
 namespace {
 
 using lpref::atEveryLevel;
-using rtaref::Doubles;
-using rtaref::Floats;
-using rtaref::Gauss;
-using rtaref::kPi;
-using rtaref::noise;
+using namespace rtaref;
 
 // The quantiser's vectors by their rule: [stage][entry].
 using Book = std::vector<std::vector<Doubles>>;

@@ -13,11 +13,7 @@
 namespace {
 
 using lpref::atEveryLevel;
-using rtaref::Doubles;
-using rtaref::Floats;
-using rtaref::Gauss;
-using rtaref::kPi;
-using rtaref::noise;
+using namespace rtaref;
 
 // The response of a synthesis filter: a decaying ring.
 Floats ring(std::mt19937& random, int n) {

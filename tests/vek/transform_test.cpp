@@ -104,6 +104,22 @@ TEST(VekDct, ForwardThenInverseGivesTheSignalBack) {
     }
 }
 
+TEST(VekDct, TheInverseIsTheForwardTransform) {
+    for (const int n : {320, 640}) {
+        for (const Samples& x : signals(n, 5)) {
+            Samples forward(x.size());
+            Samples inverse(x.size());
+            ASSERT_EQ(vekStsNoErr, veksDCTFwd_G7221_16s(x.data(), forward.data(), n));
+            ASSERT_EQ(vekStsNoErr, veksDCTInv_G7221_16s(x.data(), inverse.data(), n));
+            EXPECT_EQ(forward, inverse);
+            if (n == 320) {
+                ASSERT_EQ(vekStsNoErr, veksDCTInv_G722_16s(x.data(), inverse.data()));
+                EXPECT_EQ(forward, inverse);
+            }
+        }
+    }
+}
+
 TEST(VekLappedTransform, FoldFollowsTheDefinition) {
     atEveryLevel([] {
         for (const int n : {320, 640}) {
@@ -124,6 +140,30 @@ TEST(VekLappedTransform, FoldFollowsTheDefinition) {
                     const double b = w(n - 1 - i) * x(n + i) - w(i) * x(2 * n - 1 - i);
                     ASSERT_NEAR(std::min(32767.0, std::max(-32768.0, a)), v[static_cast<size_t>(i)], 1.6);
                     ASSERT_NEAR(std::min(32767.0, std::max(-32768.0, b)), v[static_cast<size_t>(i + h)], 1.6);
+                }
+            }
+        }
+    });
+}
+
+TEST(VekLappedTransform, UnfoldFollowsTheDefinition) {
+    atEveryLevel([] {
+        for (const int n : {320, 640}) {
+            for (const Samples& fresh : signals(n, 9)) {
+                std::mt19937 random(10);
+                const Samples before = noise(random, n, -32768, 32767);
+                Samples old = before;
+                Samples y(fresh.size());
+                ASSERT_EQ(vekStsNoErr, veksDecomposeDCTToMLT_G7221_16s(fresh.data(), old.data(), y.data(), n));
+                EXPECT_EQ(fresh, old);
+                const auto w = [&](int i) { return std::sin(M_PI / (2 * n) * (i + 0.5)); };
+                const auto cut = [](double v) { return std::min(32767.0, std::max(-32768.0, v)); };
+                // The second half of the block before and the first half of this one hold the frame, folded.
+                for (int i = 0; i < n / 2; i++) {
+                    const double late = before[static_cast<size_t>(n / 2 + i)];
+                    const double early = fresh[static_cast<size_t>(n / 2 - 1 - i)];
+                    ASSERT_NEAR(cut(w(n - 1 - i) * late + w(i) * early), y[static_cast<size_t>(i)], 1.6);
+                    ASSERT_NEAR(cut(w(n - 1 - i) * early - w(i) * late), y[static_cast<size_t>(n - 1 - i)], 1.6);
                 }
             }
         }

@@ -111,6 +111,24 @@ TEST(VekWbeTcxGain, QuantisedLevelIsWithinHalfAStepAndTheDecoderHasTheSameGain) 
     }
 }
 
+TEST(VekWbeTcxGain, DecodedGainIsTheLevelOfTheIndexOverTheRootMeanSquare) {
+    std::mt19937 random(5);
+    for (const int len : tcxLengths) {
+        const Samples y = noise(random, len, -9, 9);
+        double energy = 0;
+        for (const int16_t v : y) {
+            energy += v * v;
+        }
+        for (Vek16s index = 0; index < 100; ++index) {
+            Vek32s rms = 0;
+            Vek32s gain = 0;
+            ASSERT_EQ(vekStsNoErr, veksGainDecodeTCX_AMRWBE_16s(y.data(), len, index, 0, &rms, &gain));
+            const double want = std::pow(10, index / 28.0) / std::sqrt(energy / len) * 65536;
+            EXPECT_NEAR(want, gain, 2 + want * 1e-4) << len << " " << index;
+        }
+    }
+}
+
 TEST(VekWbeTcxGain, ALostFrameHasSevenTenthsOfTheLastLevel) {
     const Samples y(48, 2);
     Vek32s rms = 0;

@@ -12,65 +12,48 @@ vkVector pDstFltFixedVector;
 vkVector pDstCodebookIdx;
 vkVector pSrcImpulseResponse;
 krStepIterator<int> len;
-vkcGrid grid;
 
 // A lag beyond the subframe leaves the response as it is from call to call.
 constexpr Vek16s pitchLag = 60;
 constexpr Vek16s pitchGain = 8192;
 constexpr Vek16s voiceFactor = 8192;
 
-class Tim7291cdbk : public prTest {
+class Tim7291cdbk : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_first = m_func.contains("veksAlgebraicCodebookSearchL1_G7291_16s");
+        vkcRebuild(len, "len").setList({40});
+        m_grid.begin({&len});
+        initVectors({&pSrcDstImpulseResponse, &pSrcDstFltAdptVector, &pSrcFixedTarget, &pSrcLtpResidual,
+                     &pDstFixedVector, &pDstFltFixedVector, &pDstCodebookIdx, &pSrcImpulseResponse},
+                    vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        return pDstCodebookIdx.createVector(2, setZero, 0, 0) && SetData_Cdbk(m_grid.room(len), pDstCodebookIdx.m_16s);
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    bool SetData_Cdbk(long long size, short* pIndex);
+
+    // What both searches take; a layer's own response and vector go with it.
+    bool SetData_Cdbk(long long size, short* pIndex) {
+        pIndex[0] = 0;
+        pIndex[1] = 0;
+        const bool own = m_first ? pSrcDstImpulseResponse.createVector(size, setRand, -2048, 2048) &&
+                                       pSrcDstFltAdptVector.createVector(size, setRand, -2048, 2048)
+                                 : pSrcImpulseResponse.createVector(size, setRand, -2048, 2048);
+        return own && pSrcFixedTarget.createVector(size, setRand, -2048, 2048) &&
+               pSrcLtpResidual.createVector(size, setRand, -2048, 2048) &&
+               pDstFixedVector.createVector(size, setZero, 0, 0) &&
+               pDstFltFixedVector.createVector(size, setZero, 0, 0);
+    }
 
 private:
     bool m_first = false;
 };
-
-bool Tim7291cdbk::canStart() {
-    m_first = m_func.contains("veksAlgebraicCodebookSearchL1_G7291_16s");
-    vkcRebuild(len, "len").setList({40});
-    grid.begin({&len});
-    for (vkVector* vector : {&pSrcDstImpulseResponse, &pSrcDstFltAdptVector, &pSrcFixedTarget, &pSrcLtpResidual,
-                             &pDstFixedVector, &pDstFltFixedVector, &pDstCodebookIdx, &pSrcImpulseResponse}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool Tim7291cdbk::makeData() {
-    return pDstCodebookIdx.createVector(2, setZero, 0, 0) && SetData_Cdbk(grid.room(len), pDstCodebookIdx.m_16s);
-}
-
-// What both searches take; a layer's own response and vector go with it.
-bool Tim7291cdbk::SetData_Cdbk(long long size, short* pIndex) {
-    pIndex[0] = 0;
-    pIndex[1] = 0;
-    const bool own = m_first ? pSrcDstImpulseResponse.createVector(size, setRand, -2048, 2048) &&
-                                   pSrcDstFltAdptVector.createVector(size, setRand, -2048, 2048)
-                             : pSrcImpulseResponse.createVector(size, setRand, -2048, 2048);
-    return own && pSrcFixedTarget.createVector(size, setRand, -2048, 2048) &&
-           pSrcLtpResidual.createVector(size, setRand, -2048, 2048) &&
-           pDstFixedVector.createVector(size, setZero, 0, 0) && pDstFltFixedVector.createVector(size, setZero, 0, 0);
-}
-
-void Tim7291cdbk::flushData() {
-    for (vkVector* vector : {&pSrcImpulseResponse, &pDstCodebookIdx, &pDstFltFixedVector, &pDstFixedVector,
-                             &pSrcLtpResidual, &pSrcFixedTarget, &pSrcDstFltAdptVector, &pSrcDstImpulseResponse}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

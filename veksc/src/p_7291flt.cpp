@@ -12,27 +12,73 @@ vkVector pDstHighBand;
 vkVector pSrcDst;
 krStepIterator<int> len;
 vkcScaleIterator scaleFactor;
-vkcGrid grid;
 Vek8u* pState;
 Vek8u* pStateHi;
 Vek8u* pStateLo;
 
 constexpr Vek16s GainSwitching = 16384;
 
-class Tim7291flt : public prTest {
+class Tim7291flt : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_decode = m_func.contains("veksQMFDecode_G7291_16s");
+        m_encode = m_func.contains("veksQMFEncode_G7291_16s");
+        m_low = m_func.contains("veksFilterLowpass_G7291_16s_I");
+        m_high = m_func.contains("veksFilterHighpass_G7291_16s_ISfs");
+        vkcRebuild(len, "len");
+        vkcScales(scaleFactor, "scaleFactor", m_func, -1, 0, 1);
+        if (m_high) {
+            len.setList({160});
+            m_grid.begin({&len, &scaleFactor});
+        } else {
+            if (m_encode) {
+                len.set(160, 320, 160, '+');
+            } else {
+                len.set(80, 160, 80, '+');
+            }
+            m_grid.begin({&len});
+        }
+        initVectors({&pSrcLowBand, &pSrcHighBand, &pDst, &pSrc, &pDstLowBand, &pDstHighBand, &pSrcDst}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!makeStates()) {
+            return false;
+        }
+        const long long size = m_grid.room(len);
+        if (m_decode) {
+            // Two samples for each pair of the bands.
+            return pSrcLowBand.createVector(size, setRand, -2048, 2048) &&
+                   pSrcHighBand.createVector(size, setRand, -2048, 2048) && pDst.createVector(2 * size, setZero, 0, 0);
+        }
+        if (m_encode) {
+            return pSrc.createVector(size, setRand, -2048, 2048) && pDstLowBand.createVector(size, setZero, 0, 0) &&
+                   pDstHighBand.createVector(size, setZero, 0, 0);
+        }
+        return pSrcDst.createVector(size, setRand, -128, 128);
+    }
+
+    void flushData() override {
+        for (Vek8u** state : {&pState, &pStateHi, &pStateLo}) {
+            vkcFree(*state);
+        }
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual bool makeStates();
+
+    virtual bool makeStates() {
+        if (m_high) {
+            return vkcMakeState(pStateHi, veksFilterHighpassGetStateSize_G7291_16s, veksFilterHighpassInit_G7291_16s);
+        }
+        if (m_low) {
+            return vkcMakeState(pStateLo, veksFilterLowpassGetStateSize_G7291_16s, veksFilterLowpassInit_G7291_16s);
+        }
+        return vkcMakeState(pState, veksQMFGetStateSize_G7291_16s, veksQMFInit_G7291_16s);
+    }
 
 private:
     bool m_decode = false;
@@ -40,67 +86,6 @@ private:
     bool m_low = false;
     bool m_high = false;
 };
-
-bool Tim7291flt::canStart() {
-    m_decode = m_func.contains("veksQMFDecode_G7291_16s");
-    m_encode = m_func.contains("veksQMFEncode_G7291_16s");
-    m_low = m_func.contains("veksFilterLowpass_G7291_16s_I");
-    m_high = m_func.contains("veksFilterHighpass_G7291_16s_ISfs");
-    vkcRebuild(len, "len");
-    vkcScales(scaleFactor, "scaleFactor", m_func, -1, 0, 1);
-    if (m_high) {
-        len.setList({160});
-        grid.begin({&len, &scaleFactor});
-    } else {
-        if (m_encode) {
-            len.set(160, 320, 160, '+');
-        } else {
-            len.set(80, 160, 80, '+');
-        }
-        grid.begin({&len});
-    }
-    for (vkVector* vector : {&pSrcLowBand, &pSrcHighBand, &pDst, &pSrc, &pDstLowBand, &pDstHighBand, &pSrcDst}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool Tim7291flt::makeStates() {
-    if (m_high) {
-        return vkcMakeState(pStateHi, veksFilterHighpassGetStateSize_G7291_16s, veksFilterHighpassInit_G7291_16s);
-    }
-    if (m_low) {
-        return vkcMakeState(pStateLo, veksFilterLowpassGetStateSize_G7291_16s, veksFilterLowpassInit_G7291_16s);
-    }
-    return vkcMakeState(pState, veksQMFGetStateSize_G7291_16s, veksQMFInit_G7291_16s);
-}
-
-bool Tim7291flt::makeData() {
-    if (!makeStates()) {
-        return false;
-    }
-    const long long size = grid.room(len);
-    if (m_decode) {
-        // Two samples for each pair of the bands.
-        return pSrcLowBand.createVector(size, setRand, -2048, 2048) &&
-               pSrcHighBand.createVector(size, setRand, -2048, 2048) && pDst.createVector(2 * size, setZero, 0, 0);
-    }
-    if (m_encode) {
-        return pSrc.createVector(size, setRand, -2048, 2048) && pDstLowBand.createVector(size, setZero, 0, 0) &&
-               pDstHighBand.createVector(size, setZero, 0, 0);
-    }
-    return pSrcDst.createVector(size, setRand, -128, 128);
-}
-
-void Tim7291flt::flushData() {
-    for (Vek8u** state : {&pState, &pStateHi, &pStateLo}) {
-        veksFree(*state);
-        *state = nullptr;
-    }
-    for (vkVector* vector : {&pSrcDst, &pDstHighBand, &pDstLowBand, &pSrc, &pDst, &pSrcHighBand, &pSrcLowBand}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

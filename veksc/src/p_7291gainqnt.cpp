@@ -14,7 +14,6 @@ vkVector pSrcDst;
 vkVector pDst;
 krStepIterator<int> len;
 krStepIterator<int> subFrame;
-vkcGrid grid;
 Vek16s pDstQGainIndex;
 Vek16s pDstQGain;
 Vek16s pGain;
@@ -27,86 +26,69 @@ constexpr Vek16s valShare = 410;
 constexpr Vek16s valTilt = -9830;
 constexpr Vek16s NBFlag = 1;
 
-class Tim7291gainqnt : public prTest {
+class Tim7291gainqnt : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_lsf = m_func.contains("veksLSFDecode_G7291_16s");
+        m_quant = m_func.contains("veksGainQuant_G7291_16s");
+        m_control = m_func.contains("veksGainControl_G7291_16s_I");
+        const int size = m_lsf ? 10 : subframeLength;
+        vkcRebuild(len, "len").setList({size});
+        if (m_quant) {
+            vkcRebuild(subFrame, "subFrame").set(1, 4, 1, '+');
+            m_grid.begin({&len, &subFrame});
+        } else {
+            vkcFix(subFrame, 1);
+            m_grid.begin({&len});
+        }
+        initVectors({&pSrcFixedTarget, &pSrcFltFixedVector, &parm, &pQuantIndex, &pSrcDstPrevLSF, &pSrcDstLSF, &pSrc,
+                     &pSrcDst, &pDst},
+                    vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        const long long size = m_grid.room(len);
+        if (m_quant) {
+            return pSrcFixedTarget.createVector(size, setRand, -2048, 2048) &&
+                   pSrcFltFixedVector.createVector(size, setRand, -2048, 2048);
+        }
+        if (m_lsf) {
+            // The prediction reaches back over four vectors.
+            if (!parm.createVector(2, setRand, 0, 20) || !pQuantIndex.createVector(4, setZero, 0, 0) ||
+                !pSrcDstPrevLSF.createVector(history, setRand, 0, 4096) ||
+                !pSrcDstLSF.createVector(size, setRand, 0, 4096)) {
+                return false;
+            }
+            setData(parm.m_16s, pQuantIndex.m_16s);
+            return true;
+        }
+        if (m_control) {
+            pGain = 16384;
+            pSmoothLevel = 16384;
+            return pSrc.createVector(size, setRand, -2048, 2048) && pSrcDst.createVector(size, setRand, -2048, 2048);
+        }
+        return pSrc.createVector(subframeLength + 1, setRand, -2048, 2048) &&
+               pDst.createVector(subframeLength, setZero, 0, 0);
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    void setData(const short* words, short* indices);
+
+    // The four indices of the two words of the bit stream.
+    void setData(const short* words, short* indices) {
+        indices[0] = static_cast<short>(words[0] >> 7 & 1);
+        indices[1] = static_cast<short>(words[0] & 127);
+        indices[2] = static_cast<short>(words[1] >> 5 & 31);
+        indices[3] = static_cast<short>(words[1] & 31);
+    }
 
 private:
     bool m_lsf = false;
     bool m_quant = false;
     bool m_control = false;
 };
-
-bool Tim7291gainqnt::canStart() {
-    m_lsf = m_func.contains("veksLSFDecode_G7291_16s");
-    m_quant = m_func.contains("veksGainQuant_G7291_16s");
-    m_control = m_func.contains("veksGainControl_G7291_16s_I");
-    const int size = m_lsf ? 10 : subframeLength;
-    vkcRebuild(len, "len").setList({size});
-    if (m_quant) {
-        vkcRebuild(subFrame, "subFrame").set(1, 4, 1, '+');
-        grid.begin({&len, &subFrame});
-    } else {
-        vkcFix(subFrame, 1);
-        grid.begin({&len});
-    }
-    for (vkVector* vector : {&pSrcFixedTarget, &pSrcFltFixedVector, &parm, &pQuantIndex, &pSrcDstPrevLSF, &pSrcDstLSF,
-                             &pSrc, &pSrcDst, &pDst}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool Tim7291gainqnt::makeData() {
-    const long long size = grid.room(len);
-    if (m_quant) {
-        return pSrcFixedTarget.createVector(size, setRand, -2048, 2048) &&
-               pSrcFltFixedVector.createVector(size, setRand, -2048, 2048);
-    }
-    if (m_lsf) {
-        // The prediction reaches back over four vectors.
-        if (!parm.createVector(2, setRand, 0, 20) || !pQuantIndex.createVector(4, setZero, 0, 0) ||
-            !pSrcDstPrevLSF.createVector(history, setRand, 0, 4096) ||
-            !pSrcDstLSF.createVector(size, setRand, 0, 4096)) {
-            return false;
-        }
-        setData(parm.m_16s, pQuantIndex.m_16s);
-        return true;
-    }
-    if (m_control) {
-        pGain = 16384;
-        pSmoothLevel = 16384;
-        return pSrc.createVector(size, setRand, -2048, 2048) && pSrcDst.createVector(size, setRand, -2048, 2048);
-    }
-    return pSrc.createVector(subframeLength + 1, setRand, -2048, 2048) &&
-           pDst.createVector(subframeLength, setZero, 0, 0);
-}
-
-// The four indices of the two words of the bit stream.
-void Tim7291gainqnt::setData(const short* words, short* indices) {
-    indices[0] = static_cast<short>(words[0] >> 7 & 1);
-    indices[1] = static_cast<short>(words[0] & 127);
-    indices[2] = static_cast<short>(words[1] >> 5 & 31);
-    indices[3] = static_cast<short>(words[1] & 31);
-}
-
-void Tim7291gainqnt::flushData() {
-    for (vkVector* vector : {&pDst, &pSrcDst, &pSrc, &pSrcDstLSF, &pSrcDstPrevLSF, &pQuantIndex, &parm,
-                             &pSrcFltFixedVector, &pSrcFixedTarget}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

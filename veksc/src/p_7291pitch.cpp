@@ -15,7 +15,6 @@ krStepIterator<int> len;
 krStepIterator<int> lag;
 krStepIterator<int> frac;
 krStepIterator<int> subFrame;
-vkcGrid grid;
 Vek16s pResultAdptGain;
 Vek16s lagMin;
 Vek16s lagMax;
@@ -24,113 +23,94 @@ Vek16s lagMax;
 constexpr int excitation = 234;
 constexpr int lagSpan = 6;
 
-class Tim7291pitch : public prTest {
+class Tim7291pitch : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_decode = m_func.contains("veksAdaptiveCodebookDecode_G7291_16s_I");
+        m_search = m_func.contains("veksAdaptiveCodebookSearch_G7291_16s");
+        vkcRebuild(len, "len");
+        vkcFix(lag, 20);
+        vkcFix(frac, 0);
+        vkcFix(subFrame, 0);
+        if (m_decode) {
+            len.setList({excitation});
+            vkcRebuild(lag, "lag").set(20, 143, 40, '+');
+            vkcRebuild(frac, "subFrame").set(-1, 1, 1, '+');
+        } else {
+            len.setList({40});
+            vkcRebuild(subFrame, "subFrame").set(0, 80, 40, '+');
+            if (m_search) {
+                vkcRebuild(lag, "lag").set(20, 100, 40, '+');
+            }
+        }
+        m_grid.begin({&len, &lag, &frac, &subFrame});
+        initVectors({&pSrcDelay, &pSrcDstPrevExcitation, &pSrcAdptTarget, &pSrcImpulseResponse, &pSrcAdptVector,
+                     &pDstFltAdptVector, &pSrcPrevExcitation, &pDstDelay},
+                    vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!vkcCounts(subFrame, excitation - 40 + 1) || !pSrcDelay.createVector(2, setZero, 0, 0) ||
+            !pSrcDstPrevExcitation.createVector(m_grid.room(len), setRand, -2048, 2048) ||
+            !pSrcAdptTarget.createVector(m_grid.room(len), setRand, -2048, 2048) ||
+            !pSrcImpulseResponse.createVector(m_grid.room(len), setRand, -2048, 2048) ||
+            !pSrcAdptVector.createVector(excitation, setRand, -2048, 2048) ||
+            !pDstFltAdptVector.createVector(m_grid.room(len), setZero, 0, 0) ||
+            !pSrcPrevExcitation.createVector(excitation, setRand, -2048, 2048) ||
+            !pDstDelay.createVector(2, setZero, 0, 0)) {
+            return false;
+        }
+        SetData_Delay(lag.value(), frac.value(), pSrcDelay.m_16s);
+        lagMin = static_cast<Vek16s>(lag.value());
+        lagMax = static_cast<Vek16s>(vkcSize(lag) + lagSpan);
+        return true;
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override;
-    void parmsToCstrm() override;
-    void parmsNameToCstrm() override;
-    void SetData_Delay(int delay, int fraction, short* pDelay);
+
+    void parmsToOstrm() override {
+        for (const krParameter* parm : shown()) {
+            parm->toOStream(g_ostrm);
+        }
+    }
+
+    void parmsToCstrm() override {
+        for (const krParameter* parm : shown()) {
+            parm->toCStream(g_cstrm);
+        }
+    }
+
+    void parmsNameToCstrm() override {
+        for (const krParameter* parm : shown()) {
+            parm->nameToCStream(g_cstrm);
+        }
+    }
+
+    void SetData_Delay(int delay, int fraction, short* pDelay) {
+        pDelay[0] = static_cast<short>(delay);
+        pDelay[1] = static_cast<short>(fraction);
+    }
 
 private:
-    krList<krParameter*> shown() const;
+    // The fraction walks along but does not show.
+    krList<krParameter*> shown() const {
+        krList<krParameter*> parms;
+        parms.append(&len);
+        if (m_search || m_decode) {
+            parms.append(&lag);
+        }
+        if (!m_decode) {
+            parms.append(&subFrame);
+        }
+        return parms;
+    }
 
     bool m_decode = false;
     bool m_search = false;
 };
-
-bool Tim7291pitch::canStart() {
-    m_decode = m_func.contains("veksAdaptiveCodebookDecode_G7291_16s_I");
-    m_search = m_func.contains("veksAdaptiveCodebookSearch_G7291_16s");
-    vkcRebuild(len, "len");
-    vkcFix(lag, 20);
-    vkcFix(frac, 0);
-    vkcFix(subFrame, 0);
-    if (m_decode) {
-        len.setList({excitation});
-        vkcRebuild(lag, "lag").set(20, 143, 40, '+');
-        vkcRebuild(frac, "subFrame").set(-1, 1, 1, '+');
-    } else {
-        len.setList({40});
-        vkcRebuild(subFrame, "subFrame").set(0, 80, 40, '+');
-        if (m_search) {
-            vkcRebuild(lag, "lag").set(20, 100, 40, '+');
-        }
-    }
-    grid.begin({&len, &lag, &frac, &subFrame});
-    for (vkVector* vector : {&pSrcDelay, &pSrcDstPrevExcitation, &pSrcAdptTarget, &pSrcImpulseResponse, &pSrcAdptVector,
-                             &pDstFltAdptVector, &pSrcPrevExcitation, &pDstDelay}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool Tim7291pitch::makeData() {
-    if (!vkcCounts(subFrame, excitation - 40 + 1) || !pSrcDelay.createVector(2, setZero, 0, 0) ||
-        !pSrcDstPrevExcitation.createVector(grid.room(len), setRand, -2048, 2048) ||
-        !pSrcAdptTarget.createVector(grid.room(len), setRand, -2048, 2048) ||
-        !pSrcImpulseResponse.createVector(grid.room(len), setRand, -2048, 2048) ||
-        !pSrcAdptVector.createVector(excitation, setRand, -2048, 2048) ||
-        !pDstFltAdptVector.createVector(grid.room(len), setZero, 0, 0) ||
-        !pSrcPrevExcitation.createVector(excitation, setRand, -2048, 2048) ||
-        !pDstDelay.createVector(2, setZero, 0, 0)) {
-        return false;
-    }
-    SetData_Delay(lag.value(), frac.value(), pSrcDelay.m_16s);
-    lagMin = static_cast<Vek16s>(lag.value());
-    lagMax = static_cast<Vek16s>(vkcSize(lag) + lagSpan);
-    return true;
-}
-
-void Tim7291pitch::SetData_Delay(int delay, int fraction, short* pDelay) {
-    pDelay[0] = static_cast<short>(delay);
-    pDelay[1] = static_cast<short>(fraction);
-}
-
-void Tim7291pitch::flushData() {
-    for (vkVector* vector : {&pDstDelay, &pSrcPrevExcitation, &pDstFltAdptVector, &pSrcAdptVector, &pSrcImpulseResponse,
-                             &pSrcAdptTarget, &pSrcDstPrevExcitation, &pSrcDelay}) {
-        vector->deleteVector();
-    }
-}
-
-// The fraction walks along but does not show.
-krList<krParameter*> Tim7291pitch::shown() const {
-    krList<krParameter*> parms;
-    parms.append(&len);
-    if (m_search || m_decode) {
-        parms.append(&lag);
-    }
-    if (!m_decode) {
-        parms.append(&subFrame);
-    }
-    return parms;
-}
-
-void Tim7291pitch::parmsToOstrm() {
-    for (const krParameter* parm : shown()) {
-        parm->toOStream(g_ostrm);
-    }
-}
-
-void Tim7291pitch::parmsToCstrm() {
-    for (const krParameter* parm : shown()) {
-        parm->toCStream(g_cstrm);
-    }
-}
-
-void Tim7291pitch::parmsNameToCstrm() {
-    for (const krParameter* parm : shown()) {
-        parm->nameToCStream(g_cstrm);
-    }
-}
 
 } // namespace
 

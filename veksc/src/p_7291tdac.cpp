@@ -13,24 +13,62 @@ vkVector pMDCTPrevCoeffs;
 krStepIterator<int> len;
 krStepIterator<int> rate;
 krStepIterator<int> normFactor;
-vkcGrid grid;
 int pNormFactor;
 
 constexpr int coefficients = 320;
 
-class Tim7291TDAC : public prTest {
+class Tim7291TDAC : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_quantInv = m_func.contains("veksMDCTQuantInv_G7291_32u16s");
+        m_quantFwd = m_func.contains("veksMDCTQuantFwd_G7291_16s32u");
+        m_post = m_func.contains("veksMDCTPostProcess_G7291_16s");
+        m_inverse = m_func.contains("veksMDCTInv_G7291_16s");
+        const int size = m_quantInv || m_quantFwd ? 18 : 160;
+        vkcRebuild(len, "len").setList({size});
+        vkcFix(rate, 0);
+        vkcFix(normFactor, 1);
+        if (m_post) {
+            vkcRebuild(rate, "numBits").set(0, 11, 1, '+');
+            m_grid.begin({&len, &rate});
+        } else if (m_inverse) {
+            vkcRebuild(normFactor, "normFactor").set(1, 2, 1, '+');
+            m_grid.begin({&len, &normFactor});
+        } else {
+            m_grid.begin({&len});
+        }
+        initVectors({&pSrc}, vkArg::src);
+        initVectors({&pDst}, vkArg::dst);
+        initVectors({&pSrcDst, &pQuantSpecEnv, &pBitsNumber, &pMDCTCoeffs, &pMDCTPrevCoeffs}, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        const long long size = m_grid.room(len);
+        if (m_quantInv) {
+            return pSrc.createVector(size, setRand, 0, 32767) &&
+                   pQuantSpecEnv.createVector(size, setRand, -32768, 32767) &&
+                   pBitsNumber.createVector(size, setRand, 0, 16) &&
+                   pMDCTCoeffs.createVector(coefficients, setZero, 0, 0);
+        }
+        if (m_quantFwd) {
+            return pMDCTCoeffs.createVector(coefficients, setRand, -512, 512) &&
+                   pBitsNumber.createVector(size, setRand, 0, 16) && pDst.createVector(size, setZero, 0, 0);
+        }
+        if (m_post) {
+            return pMDCTCoeffs.createVector(size, setRand, -512, 512);
+        }
+        if (m_inverse) {
+            return pMDCTCoeffs.createVector(size, setRand, -512, 512) &&
+                   pMDCTPrevCoeffs.createVector(size, setRand, -512, 512) && pDst.createVector(size, setZero, 0, 0);
+        }
+        return pSrc.createVector(size, setRand, -2048, 2048) && pSrcDst.createVector(size, setRand, -2048, 2048) &&
+               pMDCTCoeffs.createVector(size, setZero, 0, 0);
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
     bool m_quantInv = false;
@@ -38,59 +76,6 @@ private:
     bool m_post = false;
     bool m_inverse = false;
 };
-
-bool Tim7291TDAC::canStart() {
-    m_quantInv = m_func.contains("veksMDCTQuantInv_G7291_32u16s");
-    m_quantFwd = m_func.contains("veksMDCTQuantFwd_G7291_16s32u");
-    m_post = m_func.contains("veksMDCTPostProcess_G7291_16s");
-    m_inverse = m_func.contains("veksMDCTInv_G7291_16s");
-    const int size = m_quantInv || m_quantFwd ? 18 : 160;
-    vkcRebuild(len, "len").setList({size});
-    vkcFix(rate, 0);
-    vkcFix(normFactor, 1);
-    if (m_post) {
-        vkcRebuild(rate, "numBits").set(0, 11, 1, '+');
-        grid.begin({&len, &rate});
-    } else if (m_inverse) {
-        vkcRebuild(normFactor, "normFactor").set(1, 2, 1, '+');
-        grid.begin({&len, &normFactor});
-    } else {
-        grid.begin({&len});
-    }
-    pSrc.init(m_func, vkArg::src);
-    pDst.init(m_func, vkArg::dst);
-    for (vkVector* vector : {&pSrcDst, &pQuantSpecEnv, &pBitsNumber, &pMDCTCoeffs, &pMDCTPrevCoeffs}) {
-        vector->init(vk16s);
-    }
-    return true;
-}
-
-bool Tim7291TDAC::makeData() {
-    const long long size = grid.room(len);
-    if (m_quantInv) {
-        return pSrc.createVector(size, setRand, 0, 32767) && pQuantSpecEnv.createVector(size, setRand, -32768, 32767) &&
-               pBitsNumber.createVector(size, setRand, 0, 16) && pMDCTCoeffs.createVector(coefficients, setZero, 0, 0);
-    }
-    if (m_quantFwd) {
-        return pMDCTCoeffs.createVector(coefficients, setRand, -512, 512) &&
-               pBitsNumber.createVector(size, setRand, 0, 16) && pDst.createVector(size, setZero, 0, 0);
-    }
-    if (m_post) {
-        return pMDCTCoeffs.createVector(size, setRand, -512, 512);
-    }
-    if (m_inverse) {
-        return pMDCTCoeffs.createVector(size, setRand, -512, 512) &&
-               pMDCTPrevCoeffs.createVector(size, setRand, -512, 512) && pDst.createVector(size, setZero, 0, 0);
-    }
-    return pSrc.createVector(size, setRand, -2048, 2048) && pSrcDst.createVector(size, setRand, -2048, 2048) &&
-           pMDCTCoeffs.createVector(size, setZero, 0, 0);
-}
-
-void Tim7291TDAC::flushData() {
-    for (vkVector* vector : {&pMDCTPrevCoeffs, &pMDCTCoeffs, &pBitsNumber, &pQuantSpecEnv, &pSrcDst, &pDst, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

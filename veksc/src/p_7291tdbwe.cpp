@@ -19,7 +19,6 @@ vkVector pDstFreqEnvelope;
 vkVector pDstTimeEnvelope;
 krStepIterator<int> len;
 krStepIterator<int> nls;
-vkcGrid grid;
 Vek16s pGain;
 Vek16s pNorm;
 Vek16s* pMemory;
@@ -27,19 +26,83 @@ Vek16s* pMemory;
 // Bytes of pSrc before the frame that shaping by the frequency envelope looks back at.
 constexpr int history = 96;
 
-class Tim7291TDBWE : public prTest {
+class Tim7291TDBWE : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_quant = m_func.contains("veksQuantParam_G7291_16s");
+        m_excitation = m_func.contains("veksGenerateExcitation_G7291_16s");
+        m_compress = m_func.contains("veksCompressEnvelopTime_G7291_16s");
+        m_shapeFreq = m_func.contains("veksShapeEnvelopFrequency_G7291_16s");
+        m_shapeTime = m_func.contains("veksShapeEnvelopTime_G7291_16s");
+        m_envelopFreq = m_func.contains("veksEnvelopFrequency_G7291_16s");
+        vkcRebuild(len, "len");
+        vkcFix(nls, 0);
+        if (m_quant) {
+            len.setList({6});
+        } else if (m_excitation || m_compress || m_shapeFreq) {
+            len.setList({160});
+        } else if (m_shapeTime) {
+            len.setList({80});
+        } else if (m_envelopFreq) {
+            len.setList({12});
+        } else {
+            len.set(8, 16, 8, '+');
+            vkcRebuild(nls, "nls").set(0, 12, 12, '+');
+        }
+        m_grid.begin({&len, &nls});
+        initVectors({&pSrcDst, &pCdbkIndices, &pIntPitchLag, &pFracPitchLag, &pDst, &pSrcTimeEnvelope, &pMem, &pSrc,
+                     &pSrcFreqEnvelope, &pFilterCoeffs, &pDstFreqEnvelope, &pDstTimeEnvelope},
+                    vkArg::src);
+        // Energies of a subframe take 32 bits.
+        initVectors({&pLtpPower, &pFixPower}, vk32s);
+        return true;
+    }
+
+    bool makeData() override {
+        if (m_quant) {
+            return pSrcDst.createVector(28, setRand, -2048, 2048) && pCdbkIndices.createVector(6, setZero, 0, 0);
+        }
+        if (m_excitation) {
+            return pIntPitchLag.createVector(4, setRand, 0, 144) && pFracPitchLag.createVector(4, setRand, 0, 1) &&
+                   pLtpPower.createVector(4, setRand, -2048, 2048) && pFixPower.createVector(4, setRand, -2048, 2048) &&
+                   pDst.createVector(m_grid.room(len), setZero, 0, 0) &&
+                   vkcMakeState(pMemory, veksGenerateExcitationGetStateSize_G7291_16s,
+                                veksGenerateExcitationInit_G7291_16s);
+        }
+        if (m_compress) {
+            return pSrcTimeEnvelope.createVector(28, setRand, -1024, 1024) &&
+                   pSrcDst.createVector(m_grid.room(len), setRand, -1024, 1024) && pMem.createVector(2, setZero, 0, 0);
+        }
+        if (m_shapeFreq) {
+            return pSrc.createVector(208, setRand, -512, 512) &&
+                   pSrcFreqEnvelope.createVector(12, setRand, -1024, 1024) &&
+                   pDst.createVector(m_grid.room(len), setZero, 0, 0) &&
+                   pFilterCoeffs.createVector(33, setZero, 0, 0) && pMem.createVector(32, setZero, 0, 0);
+        }
+        if (m_shapeTime) {
+            pGain = 0;
+            pNorm = 0;
+            return pSrc.createVector(80, setRand, -1024, 1024) &&
+                   pSrcTimeEnvelope.createVector(8, setRand, -1024, 1024) &&
+                   pDst.createVector(m_grid.room(len), setZero, 0, 0);
+        }
+        if (m_envelopFreq) {
+            return pSrc.createVector(128, setRand, -2048, 2048) &&
+                   pDstFreqEnvelope.createVector(m_grid.room(len), setZero, 0, 0);
+        }
+        // Each value of the envelope is of ten samples.
+        return pSrc.createVector(10 * m_grid.room(len), setRand, -2048, 2048) &&
+               pDstTimeEnvelope.createVector(m_grid.room(len), setZero, 0, 0);
+    }
+
+    void flushData() override {
+        vkcFree(pMemory);
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
     bool m_quant = false;
@@ -49,83 +112,6 @@ private:
     bool m_shapeTime = false;
     bool m_envelopFreq = false;
 };
-
-bool Tim7291TDBWE::canStart() {
-    m_quant = m_func.contains("veksQuantParam_G7291_16s");
-    m_excitation = m_func.contains("veksGenerateExcitation_G7291_16s");
-    m_compress = m_func.contains("veksCompressEnvelopTime_G7291_16s");
-    m_shapeFreq = m_func.contains("veksShapeEnvelopFrequency_G7291_16s");
-    m_shapeTime = m_func.contains("veksShapeEnvelopTime_G7291_16s");
-    m_envelopFreq = m_func.contains("veksEnvelopFrequency_G7291_16s");
-    vkcRebuild(len, "len");
-    vkcFix(nls, 0);
-    if (m_quant) {
-        len.setList({6});
-    } else if (m_excitation || m_compress || m_shapeFreq) {
-        len.setList({160});
-    } else if (m_shapeTime) {
-        len.setList({80});
-    } else if (m_envelopFreq) {
-        len.setList({12});
-    } else {
-        len.set(8, 16, 8, '+');
-        vkcRebuild(nls, "nls").set(0, 12, 12, '+');
-    }
-    grid.begin({&len, &nls});
-    for (vkVector* vector : {&pSrcDst, &pCdbkIndices, &pIntPitchLag, &pFracPitchLag, &pDst, &pSrcTimeEnvelope, &pMem,
-                             &pSrc, &pSrcFreqEnvelope, &pFilterCoeffs, &pDstFreqEnvelope, &pDstTimeEnvelope}) {
-        vector->init(m_func, vkArg::src);
-    }
-    // Energies of a subframe take 32 bits.
-    pLtpPower.init(vk32s);
-    pFixPower.init(vk32s);
-    return true;
-}
-
-bool Tim7291TDBWE::makeData() {
-    if (m_quant) {
-        return pSrcDst.createVector(28, setRand, -2048, 2048) && pCdbkIndices.createVector(6, setZero, 0, 0);
-    }
-    if (m_excitation) {
-        return pIntPitchLag.createVector(4, setRand, 0, 144) && pFracPitchLag.createVector(4, setRand, 0, 1) &&
-               pLtpPower.createVector(4, setRand, -2048, 2048) && pFixPower.createVector(4, setRand, -2048, 2048) &&
-               pDst.createVector(grid.room(len), setZero, 0, 0) &&
-               vkcMakeState(pMemory, veksGenerateExcitationGetStateSize_G7291_16s,
-                            veksGenerateExcitationInit_G7291_16s);
-    }
-    if (m_compress) {
-        return pSrcTimeEnvelope.createVector(28, setRand, -1024, 1024) &&
-               pSrcDst.createVector(grid.room(len), setRand, -1024, 1024) && pMem.createVector(2, setZero, 0, 0);
-    }
-    if (m_shapeFreq) {
-        return pSrc.createVector(208, setRand, -512, 512) && pSrcFreqEnvelope.createVector(12, setRand, -1024, 1024) &&
-               pDst.createVector(grid.room(len), setZero, 0, 0) && pFilterCoeffs.createVector(33, setZero, 0, 0) &&
-               pMem.createVector(32, setZero, 0, 0);
-    }
-    if (m_shapeTime) {
-        pGain = 0;
-        pNorm = 0;
-        return pSrc.createVector(80, setRand, -1024, 1024) && pSrcTimeEnvelope.createVector(8, setRand, -1024, 1024) &&
-               pDst.createVector(grid.room(len), setZero, 0, 0);
-    }
-    if (m_envelopFreq) {
-        return pSrc.createVector(128, setRand, -2048, 2048) &&
-               pDstFreqEnvelope.createVector(grid.room(len), setZero, 0, 0);
-    }
-    // Each value of the envelope is of ten samples.
-    return pSrc.createVector(10 * grid.room(len), setRand, -2048, 2048) &&
-           pDstTimeEnvelope.createVector(grid.room(len), setZero, 0, 0);
-}
-
-void Tim7291TDBWE::flushData() {
-    veksFree(pMemory);
-    pMemory = nullptr;
-    for (vkVector* vector :
-         {&pDstTimeEnvelope, &pDstFreqEnvelope, &pFilterCoeffs, &pSrcFreqEnvelope, &pSrc, &pMem, &pSrcTimeEnvelope,
-          &pDst, &pFixPower, &pLtpPower, &pFracPitchLag, &pIntPitchLag, &pCdbkIndices, &pSrcDst}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

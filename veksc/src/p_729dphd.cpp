@@ -7,54 +7,40 @@ vkVector pSrcExcSignal;
 vkVector pDstFltExcSignal;
 vkVector pSrcDstInnovation;
 krStepIterator<int> lenght;
-vkcGrid grid;
 Vek16s valPitchGain = 0;
 Vek16s valCodebookGain = 0;
 Vek16s* pPhDMem;
 int dataSize;
 
-class Tim729dphd : public prTest {
+class Tim729dphd : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "").set(40, 40, 1, '+');
+        m_grid.begin({&lenght});
+        initVectors({&pSrcExcSignal, &pDstFltExcSignal, &pSrcDstInnovation}, 1);
+        veksPhaseDispersionGetStateSize_G729D_16s(&dataSize);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!pSrcExcSignal.createVector(lenght.value(), setRand, 0, 512) ||
+            !pDstFltExcSignal.createVector(lenght.value(), setZero, 0, 0) ||
+            !pSrcDstInnovation.createVector(lenght.value(), setZero, 0, 0)) {
+            return false;
+        }
+        pPhDMem = veksMalloc_16s(dataSize);
+        return pPhDMem != nullptr && vkcDone(veksPhaseDispersionInit_G729D_16s(pPhDMem));
+    }
+
+    void flushData() override {
+        vkcFree(pPhDMem);
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool Tim729dphd::canStart() {
-    vkcRebuild(lenght, "").set(40, 40, 1, '+');
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pSrcExcSignal, &pDstFltExcSignal, &pSrcDstInnovation}) {
-        vector->init(m_func, 1);
-    }
-    veksPhaseDispersionGetStateSize_G729D_16s(&dataSize);
-    return true;
-}
-
-bool Tim729dphd::makeData() {
-    if (!pSrcExcSignal.createVector(lenght.value(), setRand, 0, 512) ||
-        !pDstFltExcSignal.createVector(lenght.value(), setZero, 0, 0) ||
-        !pSrcDstInnovation.createVector(lenght.value(), setZero, 0, 0)) {
-        return false;
-    }
-    pPhDMem = veksMalloc_16s(dataSize);
-    return pPhDMem != nullptr && vkcDone(veksPhaseDispersionInit_G729D_16s(pPhDMem));
-}
-
-void Tim729dphd::flushData() {
-    veksFree(pPhDMem);
-    pPhDMem = nullptr;
-    for (vkVector* vector : {&pSrcDstInnovation, &pDstFltExcSignal, &pSrcExcSignal}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -12,7 +12,6 @@ vkVector pDstDelay;
 vkVector pSrcLpc;
 vkVector pSrcImpulseResponse;
 krStepIterator<int> subFrame;
-vkcGrid grid;
 Vek16s pResultAdptGain;
 int dataSize;
 
@@ -20,69 +19,49 @@ constexpr int subframeLength = 40;
 constexpr int excitation = 194;
 constexpr Vek16s valOpenDelay = 60;
 
-class TimAdap : public prTest {
+class TimAdap : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(subFrame, "subFrame");
+        if (m_func.contains("Search")) {
+            subFrame.set(0, 1, 1, '+');
+        } else {
+            subFrame.setList({1});
+        }
+        m_grid.begin({&subFrame});
+        initVectors({&pSrcAdptTarget, &pSrcAdptVector, &pDstAdptVector, &pSrcDstPrevExcitation, &pTmp, &pDstDelay,
+                     &pSrcLpc, &pSrcImpulseResponse},
+                    vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        dataSize = excitation * vkVector::item(m_func);
+        if (!pSrcAdptTarget.createVector(subframeLength, setOne, 0, 0) ||
+            !pSrcAdptVector.createVector(subframeLength, setOne, 0, 0) ||
+            !pDstAdptVector.createVector(subframeLength, setZero, 0, 0) ||
+            !pSrcDstPrevExcitation.createVector(excitation, setZero, 0, 0) ||
+            !pTmp.createVector(excitation, setRand, -2048, 2048) || !pDstDelay.createVector(2, setZero, 0, 0) ||
+            !pSrcLpc.createVector(11, setZero, 0, 0) ||
+            !pSrcImpulseResponse.createVector(subframeLength, setValue, 2048, 0)) {
+            return false;
+        }
+        setData_LPC();
+        setDataSrc();
+        return true;
+    }
+
     double getDivisor() override { return subframeLength; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setData_LPC();
-    virtual void setDataSrc();
+
+    virtual void setData_LPC() {
+        static constexpr Vek16s lpc[] = {4096, 715, 703, 679, 656, 150, 132, -124, -479, -529, -845};
+        std::memcpy(pSrcLpc.m_16s, lpc, sizeof lpc);
+    }
+
+    virtual void setDataSrc() { pSrcImpulseResponse.m_16s[0] = 8192; }
 };
-
-bool TimAdap::canStart() {
-    vkcRebuild(subFrame, "subFrame");
-    if (m_func.contains("Search")) {
-        subFrame.set(0, 1, 1, '+');
-    } else {
-        subFrame.setList({1});
-    }
-    grid.begin({&subFrame});
-    for (vkVector* vector : {&pSrcAdptTarget, &pSrcAdptVector, &pDstAdptVector, &pSrcDstPrevExcitation, &pTmp,
-                             &pDstDelay, &pSrcLpc, &pSrcImpulseResponse}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimAdap::makeData() {
-    dataSize = excitation * vkVector::item(m_func);
-    if (!pSrcAdptTarget.createVector(subframeLength, setOne, 0, 0) ||
-        !pSrcAdptVector.createVector(subframeLength, setOne, 0, 0) ||
-        !pDstAdptVector.createVector(subframeLength, setZero, 0, 0) ||
-        !pSrcDstPrevExcitation.createVector(excitation, setZero, 0, 0) ||
-        !pTmp.createVector(excitation, setRand, -2048, 2048) || !pDstDelay.createVector(2, setZero, 0, 0) ||
-        !pSrcLpc.createVector(11, setZero, 0, 0) ||
-        !pSrcImpulseResponse.createVector(subframeLength, setValue, 2048, 0)) {
-        return false;
-    }
-    setData_LPC();
-    setDataSrc();
-    return true;
-}
-
-void TimAdap::setData_LPC() {
-    static constexpr Vek16s lpc[] = {4096, 715, 703, 679, 656, 150, 132, -124, -479, -529, -845};
-    std::memcpy(pSrcLpc.m_16s, lpc, sizeof lpc);
-}
-
-void TimAdap::setDataSrc() {
-    pSrcImpulseResponse.m_16s[0] = 8192;
-}
-
-void TimAdap::flushData() {
-    for (vkVector* vector : {&pSrcImpulseResponse, &pSrcLpc, &pDstDelay, &pTmp, &pSrcDstPrevExcitation, &pDstAdptVector,
-                             &pSrcAdptVector, &pSrcAdptTarget}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -11,7 +11,6 @@ vkVector pSrcResidualTraget;
 vkVector pDstFixedVector;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
-vkcGrid grid;
 Vek16s pResultCloseLag;
 Vek16s pResultAdptGainIndex;
 Vek16s pResultGrid;
@@ -26,67 +25,46 @@ constexpr int zones = 5;
 constexpr Vek16s valBaseDelay = 40;
 constexpr Vek16s sineDtct = 0;
 
-class TimAdap2 : public prTest {
+class TimAdap2 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override { return subframeLength; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setData();
-};
+    using vkcGridTest::vkcGridTest;
 
-bool TimAdap2::canStart() {
-    // The multi-pulse codebook is that of one rate.
-    const bool multiPulse = m_func.contains("veksMPMLQFixedCodebookSearch_G723");
-    vkcRebuild(subFrame, "subFrame").set(0, 3, 1, '+');
-    vkcRebuild(mode, "BitRate").resetValidation();
-    for (const VekSpchBitRate rate : {VEK_SPCHBR_6300, VEK_SPCHBR_5300}) {
-        if (!multiPulse || rate == VEK_SPCHBR_6300) {
-            mode.add(rate);
+    bool canStart() override {
+        // The multi-pulse codebook is that of one rate.
+        const bool multiPulse = m_func.contains("veksMPMLQFixedCodebookSearch_G723");
+        vkcRebuild(subFrame, "subFrame").set(0, 3, 1, '+');
+        vkcRebuild(mode, "BitRate").resetValidation();
+        for (const VekSpchBitRate rate : {VEK_SPCHBR_6300, VEK_SPCHBR_5300}) {
+            if (!multiPulse || rate == VEK_SPCHBR_6300) {
+                mode.add(rate);
+            }
+            mode.addValidation(rate);
         }
-        mode.addValidation(rate);
+        m_grid.begin({&subFrame, &mode});
+        // The names tell no element type.
+        initVectors({&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcPrevExcitation, &pSrcResidualTraget, &pDstFixedVector},
+                    vk16s);
+        initVectors({&pSrcPrevError}, vk32s);
+        return true;
     }
-    grid.begin({&subFrame, &mode});
-    // The names tell no element type.
-    for (vkVector* vector :
-         {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcPrevExcitation, &pSrcResidualTraget, &pDstFixedVector}) {
-        vector->init(vk16s);
-    }
-    pSrcPrevError.init(vk32s);
-    return true;
-}
 
-bool TimAdap2::makeData() {
-    if (!pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) ||
-        !pSrcImpulseResponse.createVector(subframeLength, setRand, -4096, 4096) ||
-        !pSrcPrevExcitation.createVector(excitation, setRand, -4096, 4096) ||
-        !pSrcPrevError.createVector(zones, setRand, 4, 300) ||
-        !pSrcResidualTraget.createVector(subframeLength, setRand, -2048, 2048) ||
-        !pDstFixedVector.createVector(subframeLength, setZero, 0, 0)) {
-        return false;
+    bool makeData() override {
+        if (!pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) ||
+            !pSrcImpulseResponse.createVector(subframeLength, setRand, -4096, 4096) ||
+            !pSrcPrevExcitation.createVector(excitation, setRand, -4096, 4096) ||
+            !pSrcPrevError.createVector(zones, setRand, 4, 300) ||
+            !pSrcResidualTraget.createVector(subframeLength, setRand, -2048, 2048) ||
+            !pDstFixedVector.createVector(subframeLength, setZero, 0, 0)) {
+            return false;
+        }
+        setData();
+        return true;
     }
-    setData();
-    return true;
-}
 
-// The response begins with its largest value.
-void TimAdap2::setData() {
-    pSrcImpulseResponse.m_16s[0] = 8192;
-}
-
-void TimAdap2::flushData() {
-    for (vkVector* vector : {&pDstFixedVector, &pSrcResidualTraget, &pSrcPrevError, &pSrcPrevExcitation,
-                             &pSrcImpulseResponse, &pSrcAdptTarget}) {
-        vector->deleteVector();
-    }
-}
+    double getDivisor() override { return subframeLength; }
+    // The response begins with its largest value.
+    virtual void setData() { pSrcImpulseResponse.m_16s[0] = 8192; }
+};
 
 } // namespace
 

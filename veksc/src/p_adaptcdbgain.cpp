@@ -7,43 +7,26 @@ vkVector pFltAdptVector;
 vkVector pSrcAdptTarget;
 vkVector pDstAdptTarget;
 krStepIterator<int> len;
-vkcGrid grid;
 
-class TimAdaptiveCodebookContribute : public prTest {
+class TimAdaptiveCodebookContribute : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(len, "Lenght").setList({40});
+        m_grid.begin({&len});
+        initVectors({&pFltAdptVector, &pSrcAdptTarget, &pDstAdptTarget}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        return pFltAdptVector.createVector(m_grid.room(len), setRand, -16384, 16384) &&
+               pSrcAdptTarget.createVector(m_grid.room(len), setRand, -16384, 16384) &&
+               pDstAdptTarget.createVector(m_grid.room(len), setZero, 0, 0);
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimAdaptiveCodebookContribute::canStart() {
-    vkcRebuild(len, "Lenght").setList({40});
-    grid.begin({&len});
-    for (vkVector* vector : {&pFltAdptVector, &pSrcAdptTarget, &pDstAdptTarget}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimAdaptiveCodebookContribute::makeData() {
-    return pFltAdptVector.createVector(grid.room(len), setRand, -16384, 16384) &&
-           pSrcAdptTarget.createVector(grid.room(len), setRand, -16384, 16384) &&
-           pDstAdptTarget.createVector(grid.room(len), setZero, 0, 0);
-}
-
-void TimAdaptiveCodebookContribute::flushData() {
-    for (vkVector* vector : {&pDstAdptTarget, &pSrcAdptTarget, &pFltAdptVector}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -12,7 +12,6 @@ vkVector pTmp;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
 krStepIterator<int> bfi;
-vkcGrid grid;
 Vek16s pValResultPrevIntPitchLag;
 Vek16s pResultIntPitchLag;
 Vek16s pResultFracPitchLag;
@@ -26,59 +25,39 @@ constexpr Vek16s valAdptIndex = 9;
 constexpr Vek16s inBgNoise = 0;
 constexpr Vek16s voicedHangover = 0;
 
-class TimAdcv : public prTest {
+class TimAdcv : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
+        vkcRebuild(mode, "BitRate");
+        vkcModes(mode, vkcRatesGSMAMR);
+        vkcRebuild(bfi, "Bfi");
+        if (m_func.contains("Decode")) {
+            bfi.set(0, 1, 1, '+');
+        } else {
+            bfi.set(1, 1, 1, '+');
+        }
+        m_grid.begin({&bfi, &mode, &subFrame});
+        initVectors(
+            {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcOpenLoopLag, &pSrcDstExcitation, &pDstAdptVector, &pTmp},
+            vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        dataSize = excitation * vkVector::item(m_func);
+        return pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) &&
+               pSrcImpulseResponse.createVector(subframeLength, setRand, -2048, 2048) &&
+               pSrcOpenLoopLag.createVector(2, setRand, -2048, 2048) &&
+               pSrcDstExcitation.createVector(excitation, setZero, 0, 0) &&
+               pDstAdptVector.createVector(subframeLength, setZero, 0, 0) &&
+               pTmp.createVector(excitation, setRand, -2048, 2048);
+    }
+
     double getDivisor() override { return subframeLength; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimAdcv::canStart() {
-    vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
-    vkcRebuild(mode, "BitRate");
-    for (const VekSpchBitRate rate : {VEK_SPCHBR_4750, VEK_SPCHBR_5150, VEK_SPCHBR_5900, VEK_SPCHBR_6700,
-                                      VEK_SPCHBR_7400, VEK_SPCHBR_7950, VEK_SPCHBR_10200, VEK_SPCHBR_12200}) {
-        mode.add(rate);
-        mode.addValidation(rate);
-    }
-    vkcRebuild(bfi, "Bfi");
-    if (m_func.contains("Decode")) {
-        bfi.set(0, 1, 1, '+');
-    } else {
-        bfi.set(1, 1, 1, '+');
-    }
-    grid.begin({&bfi, &mode, &subFrame});
-    for (vkVector* vector :
-         {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcOpenLoopLag, &pSrcDstExcitation, &pDstAdptVector, &pTmp}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimAdcv::makeData() {
-    dataSize = excitation * vkVector::item(m_func);
-    return pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) &&
-           pSrcImpulseResponse.createVector(subframeLength, setRand, -2048, 2048) &&
-           pSrcOpenLoopLag.createVector(2, setRand, -2048, 2048) &&
-           pSrcDstExcitation.createVector(excitation, setZero, 0, 0) &&
-           pDstAdptVector.createVector(subframeLength, setZero, 0, 0) &&
-           pTmp.createVector(excitation, setRand, -2048, 2048);
-}
-
-void TimAdcv::flushData() {
-    for (vkVector* vector :
-         {&pTmp, &pDstAdptVector, &pSrcDstExcitation, &pSrcOpenLoopLag, &pSrcImpulseResponse, &pSrcAdptTarget}) {
-        vector->deleteVector();
-    }
-}
 
 // The lag of the subframe before is rewritten with the excitation.
 void restore() {

@@ -15,70 +15,51 @@ vkVector pDstAdptContribution;
 krStepIterator<int> subFrameSize;
 krStepIterator<int> searchFlag;
 krStepIterator<int> deltaSearchRange;
-vkcGrid grid;
 
-// Samples of the past before the last subframe, and all of them with the subframes of the grid.
+// Samples of the past before the last subframe, and all of them with the subframes of the m_grid.
 constexpr int history = 212;
 constexpr long long excitation = 372;
 
-class TimADRTA_RTA : public prTest {
+class TimADRTA_RTA : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(subFrameSize, "subFrameSize").set(20, 40, 20, '+');
+        vkcRebuild(searchFlag, "searchFlag").set(0, 1, 1, '+');
+        vkcRebuild(deltaSearchRange, "deltaSearchRange").setList({32, 64, 160});
+        m_grid.begin({&subFrameSize, &searchFlag, &deltaSearchRange});
+        initVectors(
+            {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcBoundary, &pSrcDstExc, &pSrcDstLag, &pDstAdptContribution},
+            vkArg::src);
+        initVectors({&pDstAdptIndex}, vk32s); // an index is no floating number
+        return true;
+    }
+
+    bool makeData() override {
+        const long long n = vkcSize(subFrameSize);
+        // The table has four boundaries and writes five.
+        if (!pSrcAdptTarget.createVector(n, setRand, 10, 20) || !pSrcImpulseResponse.createVector(n, setRand, 10, 20) ||
+            !pSrcBoundary.createVector(5, setZero, 0, 0) ||
+            !pSrcDstExc.createVector(std::max(excitation, history + 2 * n), setRand, 0, 10) ||
+            !pSrcDstLag.createVector(1, setZero, 0, 0) || !pDstAdptIndex.createVector(1, setZero, 0, 0) ||
+            !pDstAdptContribution.createVector(n, setZero, 0, 0)) {
+            return false;
+        }
+        setData();
+        return true;
+    }
+
     double getDivisor() override { return subFrameSize.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
-    virtual void setData();
+    virtual void setData() {
+        int i = 0;
+        for (const Vek32f boundary : {1.0F, 18.0F, 48.0F, 86.0F, 145.0F}) {
+            pSrcBoundary.m_32f[i++] = boundary;
+        }
+    }
 };
-
-bool TimADRTA_RTA::canStart() {
-    vkcRebuild(subFrameSize, "subFrameSize").set(20, 40, 20, '+');
-    vkcRebuild(searchFlag, "searchFlag").set(0, 1, 1, '+');
-    vkcRebuild(deltaSearchRange, "deltaSearchRange").setList({32, 64, 160});
-    grid.begin({&subFrameSize, &searchFlag, &deltaSearchRange});
-    for (vkVector* vector :
-         {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcBoundary, &pSrcDstExc, &pSrcDstLag, &pDstAdptContribution}) {
-        vector->init(m_func, vkArg::src);
-    }
-    pDstAdptIndex.init(vk32s); // an index is no floating number
-    return true;
-}
-
-bool TimADRTA_RTA::makeData() {
-    const long long n = vkcSize(subFrameSize);
-    // The table has four boundaries and writes five.
-    if (!pSrcAdptTarget.createVector(n, setRand, 10, 20) || !pSrcImpulseResponse.createVector(n, setRand, 10, 20) ||
-        !pSrcBoundary.createVector(5, setZero, 0, 0) ||
-        !pSrcDstExc.createVector(std::max(excitation, history + 2 * n), setRand, 0, 10) ||
-        !pSrcDstLag.createVector(1, setZero, 0, 0) || !pDstAdptIndex.createVector(1, setZero, 0, 0) ||
-        !pDstAdptContribution.createVector(n, setZero, 0, 0)) {
-        return false;
-    }
-    setData();
-    return true;
-}
-
-void TimADRTA_RTA::setData() {
-    int i = 0;
-    for (const Vek32f boundary : {1.0F, 18.0F, 48.0F, 86.0F, 145.0F}) {
-        pSrcBoundary.m_32f[i++] = boundary;
-    }
-}
-
-void TimADRTA_RTA::flushData() {
-    for (vkVector* vector : {&pDstAdptContribution, &pDstAdptIndex, &pSrcDstLag, &pSrcDstExc, &pSrcBoundary,
-                             &pSrcImpulseResponse, &pSrcAdptTarget}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

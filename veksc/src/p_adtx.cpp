@@ -16,7 +16,6 @@ vkVector pTmp_1;
 vkVector pTmp_2;
 vkVector pTmp_3;
 krStepIterator<short> Flag;
-vkcGrid grid;
 Vek16s pValResultUpdateIndex;
 Vek16s pValResultLogEnergyIndex;
 Vek16s pValResultDtxLsfRefIndex;
@@ -32,78 +31,57 @@ constexpr int len = 160;
 constexpr int spectrum = 10;
 constexpr int history = 80;
 
-class TimAdtx : public prTest {
+class TimAdtx : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_handler = m_func.contains("veksEncDTXHandler_GSMAMR_16s");
+        m_buffer = m_func.contains("Buffer");
+        vkcRebuild(Flag, "").setList({1});
+        m_grid.begin({&Flag});
+        initVectors({&pSrcSpch, &pSrc, &pSrcDstBuffer, &pSrcDstLogEnergyBuffer, &pSrcLspBuffer, &pSrcLogEnergyBuffer,
+                     &pSrcDstDtxQLsfIndex, &pSrcDstPredQErr, &pSrcDstPredQErrMR122, &pTmp_1, &pTmp_2, &pTmp_3},
+                    vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        pValResultUpdateIndex = 7;
+        pValResultLogEnergyIndex = 1;
+        pValResultDtxLsfRefIndex = 1;
+        pValResultHangOverCount = 0;
+        pValResultDtxElapseCount = 0;
+        pValResultUsedMode = VEK_SPCHBR_12200;
+        return m_handler || (m_buffer ? createBufferData() : createSidData());
+    }
+
     double getDivisor() override { return m_handler ? len : m_buffer ? spectrum : history; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
-    bool createBufferData();
-    bool createSidData();
+    bool createBufferData() {
+        dataSize_1 = history * vkVector::item(m_func);
+        dataSize_2 = history * vkVector::item(m_func);
+        return pSrcSpch.createVector(len, setRand, -2048, 2048) && pSrc.createVector(spectrum, setOne, 0, 0) &&
+               pSrcDstBuffer.createVector(history, setZero, 0, 0) &&
+               pSrcDstLogEnergyBuffer.createVector(history, setZero, 0, 0) &&
+               pTmp_1.createVector(history, setZero, 0, 0) && pTmp_2.createVector(history, setOne, 0, 0);
+    }
+
+    bool createSidData() {
+        dataSize_1 = 3 * vkVector::item(m_func);
+        dataSize_2 = 4 * vkVector::item(m_func);
+        dataSize_3 = 4 * vkVector::item(m_func);
+        return pSrcLspBuffer.createVector(history, setZero, 0, 0) &&
+               pSrcLogEnergyBuffer.createVector(8, setRand, -2048, 2048) &&
+               pSrcDstDtxQLsfIndex.createVector(3, setZero, 0, 0) && pSrcDstPredQErr.createVector(4, setZero, 0, 0) &&
+               pSrcDstPredQErrMR122.createVector(4, setZero, 0, 0) && pTmp_1.createVector(3, setRand, 0, 200) &&
+               pTmp_2.createVector(4, setRand, -2048, 2048) && pTmp_3.createVector(4, setRand, -2048, 2048);
+    }
 
     bool m_handler = false;
     bool m_buffer = false;
 };
-
-bool TimAdtx::canStart() {
-    m_handler = m_func.contains("veksEncDTXHandler_GSMAMR_16s");
-    m_buffer = m_func.contains("Buffer");
-    vkcRebuild(Flag, "").setList({1});
-    grid.begin({&Flag});
-    for (vkVector* vector :
-         {&pSrcSpch, &pSrc, &pSrcDstBuffer, &pSrcDstLogEnergyBuffer, &pSrcLspBuffer, &pSrcLogEnergyBuffer,
-          &pSrcDstDtxQLsfIndex, &pSrcDstPredQErr, &pSrcDstPredQErrMR122, &pTmp_1, &pTmp_2, &pTmp_3}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimAdtx::createBufferData() {
-    dataSize_1 = history * vkVector::item(m_func);
-    dataSize_2 = history * vkVector::item(m_func);
-    return pSrcSpch.createVector(len, setRand, -2048, 2048) && pSrc.createVector(spectrum, setOne, 0, 0) &&
-           pSrcDstBuffer.createVector(history, setZero, 0, 0) &&
-           pSrcDstLogEnergyBuffer.createVector(history, setZero, 0, 0) && pTmp_1.createVector(history, setZero, 0, 0) &&
-           pTmp_2.createVector(history, setOne, 0, 0);
-}
-
-bool TimAdtx::createSidData() {
-    dataSize_1 = 3 * vkVector::item(m_func);
-    dataSize_2 = 4 * vkVector::item(m_func);
-    dataSize_3 = 4 * vkVector::item(m_func);
-    return pSrcLspBuffer.createVector(history, setZero, 0, 0) &&
-           pSrcLogEnergyBuffer.createVector(8, setRand, -2048, 2048) &&
-           pSrcDstDtxQLsfIndex.createVector(3, setZero, 0, 0) && pSrcDstPredQErr.createVector(4, setZero, 0, 0) &&
-           pSrcDstPredQErrMR122.createVector(4, setZero, 0, 0) && pTmp_1.createVector(3, setRand, 0, 200) &&
-           pTmp_2.createVector(4, setRand, -2048, 2048) && pTmp_3.createVector(4, setRand, -2048, 2048);
-}
-
-bool TimAdtx::makeData() {
-    pValResultUpdateIndex = 7;
-    pValResultLogEnergyIndex = 1;
-    pValResultDtxLsfRefIndex = 1;
-    pValResultHangOverCount = 0;
-    pValResultDtxElapseCount = 0;
-    pValResultUsedMode = VEK_SPCHBR_12200;
-    return m_handler || (m_buffer ? createBufferData() : createSidData());
-}
-
-void TimAdtx::flushData() {
-    for (vkVector* vector :
-         {&pTmp_3, &pTmp_2, &pTmp_1, &pSrcDstPredQErrMR122, &pSrcDstPredQErr, &pSrcDstDtxQLsfIndex,
-          &pSrcLogEnergyBuffer, &pSrcLspBuffer, &pSrcDstLogEnergyBuffer, &pSrcDstBuffer, &pSrc, &pSrcSpch}) {
-        vector->deleteVector();
-    }
-}
 
 void restoreBuffers() {
     vkcRestore(pSrcDstBuffer.m_16s, pTmp_1.m_16s, dataSize_1);

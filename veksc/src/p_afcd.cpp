@@ -7,51 +7,30 @@ vkVector pSrcFixedIndex;
 vkVector pDstFixedVector;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
-vkcGrid grid;
 
 constexpr int subframeLength = 40;
 
-class TimAfcd : public prTest {
+class TimAfcd : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
+        vkcRebuild(mode, "BitRate");
+        vkcModes(mode, vkcRatesGSMAMR);
+        vkcModes(mode, {VEK_SPCHBR_DTX});
+        m_grid.begin({&mode, &subFrame});
+        initVectors({&pSrcFixedIndex, &pDstFixedVector}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        return pSrcFixedIndex.createVector(10, setRand, 0, 100) &&
+               pDstFixedVector.createVector(subframeLength, setZero, 0, 0);
+    }
+
     double getDivisor() override { return subframeLength; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimAfcd::canStart() {
-    vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
-    vkcRebuild(mode, "BitRate");
-    for (const VekSpchBitRate rate :
-         {VEK_SPCHBR_4750, VEK_SPCHBR_5150, VEK_SPCHBR_5900, VEK_SPCHBR_6700, VEK_SPCHBR_7400, VEK_SPCHBR_7950,
-          VEK_SPCHBR_10200, VEK_SPCHBR_12200, VEK_SPCHBR_DTX}) {
-        mode.add(rate);
-        mode.addValidation(rate);
-    }
-    grid.begin({&mode, &subFrame});
-    for (vkVector* vector : {&pSrcFixedIndex, &pDstFixedVector}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimAfcd::makeData() {
-    return pSrcFixedIndex.createVector(10, setRand, 0, 100) &&
-           pDstFixedVector.createVector(subframeLength, setZero, 0, 0);
-}
-
-void TimAfcd::flushData() {
-    for (vkVector* vector : {&pDstFixedVector, &pSrcFixedIndex}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -8,47 +8,30 @@ vkVector pTmp;
 vkVector pSrcDst;
 vkVector pGain;
 krStepIterator<int> lenght;
-vkcGrid grid;
 int dataSize;
 
-class TimAgctrl : public prTest {
+class TimAgctrl : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght").setList({40});
+        m_grid.begin({&lenght});
+        initVectors({&pSrc, &pTmp, &pSrcDst, &pGain}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        const bool made = pSrc.createVector(m_grid.room(lenght), setValue, 10, 0) &&
+                          pTmp.createVector(m_grid.room(lenght), setValue, 10, 0) &&
+                          pSrcDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+                          pGain.createVector(m_grid.room(lenght), setValue, 100, 0);
+        dataSize = pTmp.size();
+        return made;
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimAgctrl::canStart() {
-    vkcRebuild(lenght, "lenght").setList({40});
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pSrc, &pTmp, &pSrcDst, &pGain}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimAgctrl::makeData() {
-    const bool made = pSrc.createVector(grid.room(lenght), setValue, 10, 0) &&
-                      pTmp.createVector(grid.room(lenght), setValue, 10, 0) &&
-                      pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
-                      pGain.createVector(grid.room(lenght), setValue, 100, 0);
-    dataSize = pTmp.size();
-    return made;
-}
-
-void TimAgctrl::flushData() {
-    for (vkVector* vector : {&pGain, &pSrcDst, &pTmp, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

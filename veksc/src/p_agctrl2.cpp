@@ -6,49 +6,32 @@ namespace {
 vkVector pSrcDst;
 vkVector pTmp;
 krStepIterator<int> lenght;
-vkcGrid grid;
 Vek16s gain;
 int dataSize;
 
 constexpr Vek32s energy = 1 << 24;
 
-class TimAgctrl2 : public prTest {
+class TimAgctrl2 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght").setList({60});
+        m_grid.begin({&lenght});
+        initVectors({&pSrcDst, &pTmp}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        gain = 1 << 12;
+        const bool made = pSrcDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+                          pTmp.createVector(m_grid.room(lenght), setRand, 0, 0);
+        dataSize = pTmp.size();
+        return made;
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimAgctrl2::canStart() {
-    vkcRebuild(lenght, "lenght").setList({60});
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pSrcDst, &pTmp}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimAgctrl2::makeData() {
-    gain = 1 << 12;
-    const bool made =
-        pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) && pTmp.createVector(grid.room(lenght), setRand, 0, 0);
-    dataSize = pTmp.size();
-    return made;
-}
-
-void TimAgctrl2::flushData() {
-    for (vkVector* vector : {&pTmp, &pSrcDst}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

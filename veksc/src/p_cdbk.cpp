@@ -11,84 +11,67 @@ vkVector ind;
 krStepIterator<int> lenght;
 krStepIterator<int> lenght_srcdst;
 krStepIterator<int> subFrame;
-vkcGrid grid;
 Vek16s pSearchTimes;
 int dataSize;
 
 constexpr int matrixSize = 616;
 
-class TimCdbk : public prTest {
+class TimCdbk : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght").setList({40});
+        vkcRebuild(lenght_srcdst, "lenght_srcdst").setList({matrixSize});
+        vkcRebuild(subFrame, "subFrame");
+        // The depth-first search does not know of subframes.
+        if (m_func.contains("G729A")) {
+            subFrame.setList({1});
+        } else {
+            subFrame.set(0, 1, 1, '+');
+        }
+        m_grid.begin({&lenght, &lenght_srcdst, &subFrame});
+        const vkType element = m_func.contains("_32f") ? vk32f : vk16s;
+        const vkType matrix = m_func.contains("_32s16s") ? vk32s : element;
+        initVectors({&pSrc1}, element);
+        initVectors({&pTmp, &pSrcDst}, matrix);
+        initVectors({&pDst}, element);
+        initVectors({&ind}, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!pSrc1.createVector(m_grid.room(lenght), setRand, 0, 4096) ||
+            !pTmp.createVector(m_grid.room(lenght_srcdst), setRand, 0, 4096) ||
+            !pSrcDst.createVector(m_grid.room(lenght_srcdst), setZero, 0, 0) ||
+            !pDst.createVector(m_grid.room(lenght), setZero, 0, 0) || !ind.createVector(2, setZero, 0, 0)) {
+            return false;
+        }
+        dataSize = pTmp.size();
+        pSearchTimes = 0;
+        return setData();
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual bool setData();
+
+    virtual bool setData() {
+        if (m_func.contains("_32f")) {
+            return vkcDone(veksToeplizMatrix_G729_32f(pSrc1.m_32f, pTmp.m_32f));
+        }
+        if (m_func.contains("_32s16s")) {
+            return vkcDone(veksToeplizMatrix_G729_16s32s(pSrc1.m_16s, pTmp.m_32s));
+        }
+        // The narrow matrix is the upper half of the wide one.
+        Vek32s wide[matrixSize];
+        if (!vkcDone(veksToeplizMatrix_G729_16s32s(pSrc1.m_16s, wide))) {
+            return false;
+        }
+        for (int i = 0; i < matrixSize; ++i) {
+            pTmp.m_16s[i] = static_cast<Vek16s>(wide[i] >> 16);
+        }
+        return true;
+    }
 };
-
-bool TimCdbk::canStart() {
-    vkcRebuild(lenght, "lenght").setList({40});
-    vkcRebuild(lenght_srcdst, "lenght_srcdst").setList({matrixSize});
-    vkcRebuild(subFrame, "subFrame");
-    // The depth-first search does not know of subframes.
-    if (m_func.contains("G729A")) {
-        subFrame.setList({1});
-    } else {
-        subFrame.set(0, 1, 1, '+');
-    }
-    grid.begin({&lenght, &lenght_srcdst, &subFrame});
-    const vkType element = m_func.contains("_32f") ? vk32f : vk16s;
-    const vkType matrix = m_func.contains("_32s16s") ? vk32s : element;
-    pSrc1.init(element);
-    pTmp.init(matrix);
-    pSrcDst.init(matrix);
-    pDst.init(element);
-    ind.init(vk16s);
-    return true;
-}
-
-bool TimCdbk::setData() {
-    if (m_func.contains("_32f")) {
-        return vkcDone(veksToeplizMatrix_G729_32f(pSrc1.m_32f, pTmp.m_32f));
-    }
-    if (m_func.contains("_32s16s")) {
-        return vkcDone(veksToeplizMatrix_G729_16s32s(pSrc1.m_16s, pTmp.m_32s));
-    }
-    // The narrow matrix is the upper half of the wide one.
-    Vek32s wide[matrixSize];
-    if (!vkcDone(veksToeplizMatrix_G729_16s32s(pSrc1.m_16s, wide))) {
-        return false;
-    }
-    for (int i = 0; i < matrixSize; ++i) {
-        pTmp.m_16s[i] = static_cast<Vek16s>(wide[i] >> 16);
-    }
-    return true;
-}
-
-bool TimCdbk::makeData() {
-    if (!pSrc1.createVector(grid.room(lenght), setRand, 0, 4096) ||
-        !pTmp.createVector(grid.room(lenght_srcdst), setRand, 0, 4096) ||
-        !pSrcDst.createVector(grid.room(lenght_srcdst), setZero, 0, 0) ||
-        !pDst.createVector(grid.room(lenght), setZero, 0, 0) || !ind.createVector(2, setZero, 0, 0)) {
-        return false;
-    }
-    dataSize = pTmp.size();
-    pSearchTimes = 0;
-    return setData();
-}
-
-void TimCdbk::flushData() {
-    for (vkVector* vector : {&ind, &pDst, &pSrcDst, &pTmp, &pSrc1}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -7,7 +7,6 @@ vkVector pSrc;
 vkVector pDst;
 krStepIterator<int> lenght_src;
 krStepIterator<int> lenght_dst;
-vkcGrid grid;
 Vek16s pitch[1];
 Vek16s pResultHarmonicDelay;
 Vek16s pResultHarmonicGain;
@@ -17,54 +16,40 @@ constexpr Vek16s valOpenDelay = 60;
 constexpr int harmonicHistory = 148;
 constexpr int pitchHistory = 145;
 
-class TimCdbk2 : public prTest {
+class TimCdbk2 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_matrix = m_func.contains("veksToeplizMatrix_G723");
+        vkcRebuild(lenght_src, "lenght SRC");
+        vkcRebuild(lenght_dst, "lenght SRC");
+        if (m_matrix) {
+            lenght_src.setList({60});
+            lenght_dst.setList({416});
+        } else if (m_func.contains("veksOpenLoopPitchSearch_G723_16s")) {
+            lenght_src.setList({pitchHistory + 120});
+            lenght_dst.setList({120});
+        } else if (m_func.contains("veksHarmonicSearch_G723_16s")) {
+            lenght_src.setList({harmonicHistory + 60});
+            lenght_dst.setList({60});
+        }
+        m_grid.begin({&lenght_src, &lenght_dst});
+        initVectors({&pSrc}, vkArg::src);
+        initVectors({&pDst}, vkArg::dst);
+        return true;
+    }
+
+    bool makeData() override {
+        return pSrc.createVector(m_grid.room(lenght_src), m_matrix ? setZero : setRand, 0, 0) &&
+               pDst.createVector(m_grid.room(lenght_dst), setZero, 0, 0);
+    }
+
     double getDivisor() override { return lenght_dst.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
     bool m_matrix = false;
 };
-
-bool TimCdbk2::canStart() {
-    m_matrix = m_func.contains("veksToeplizMatrix_G723");
-    vkcRebuild(lenght_src, "lenght SRC");
-    vkcRebuild(lenght_dst, "lenght SRC");
-    if (m_matrix) {
-        lenght_src.setList({60});
-        lenght_dst.setList({416});
-    } else if (m_func.contains("veksOpenLoopPitchSearch_G723_16s")) {
-        lenght_src.setList({pitchHistory + 120});
-        lenght_dst.setList({120});
-    } else if (m_func.contains("veksHarmonicSearch_G723_16s")) {
-        lenght_src.setList({harmonicHistory + 60});
-        lenght_dst.setList({60});
-    }
-    grid.begin({&lenght_src, &lenght_dst});
-    pSrc.init(m_func, vkArg::src);
-    pDst.init(m_func, vkArg::dst);
-    return true;
-}
-
-bool TimCdbk2::makeData() {
-    return pSrc.createVector(grid.room(lenght_src), m_matrix ? setZero : setRand, 0, 0) &&
-           pDst.createVector(grid.room(lenght_dst), setZero, 0, 0);
-}
-
-void TimCdbk2::flushData() {
-    for (vkVector* vector : {&pDst, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

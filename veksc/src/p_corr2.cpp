@@ -10,48 +10,32 @@ vkVector pTmp;
 vkVector pSrcDst;
 vkVector pDst;
 krStepIterator<int> lenght;
-vkcGrid grid;
 int norm[1];
 
 constexpr int windowLength = 180;
 constexpr int subframe = 60;
 
-class TimCorr2 : public prTest {
+class TimCorr2 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght").setList({10});
+        m_grid.begin({&lenght});
+        initVectors({&pSrc, &pSrc1, &pSrc2, &pTmp, &pSrcDst, &pDst}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        return pSrc.createVector(windowLength, setRand, -4092, 4092) &&
+               pSrc1.createVector(subframe, setRand, -8192, 8192) &&
+               pSrc2.createVector(subframe, setRand, -8192, 8192) &&
+               pTmp.createVector(subframe, setRand, -8192, 8192) && pSrcDst.createVector(subframe, setZero, 0, 0) &&
+               pDst.createVector(m_grid.room(lenght), setZero, 0, 0);
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimCorr2::canStart() {
-    vkcRebuild(lenght, "lenght").setList({10});
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pSrc, &pSrc1, &pSrc2, &pTmp, &pSrcDst, &pDst}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimCorr2::makeData() {
-    return pSrc.createVector(windowLength, setRand, -4092, 4092) &&
-           pSrc1.createVector(subframe, setRand, -8192, 8192) && pSrc2.createVector(subframe, setRand, -8192, 8192) &&
-           pTmp.createVector(subframe, setRand, -8192, 8192) && pSrcDst.createVector(subframe, setZero, 0, 0) &&
-           pDst.createVector(grid.room(lenght), setZero, 0, 0);
-}
-
-void TimCorr2::flushData() {
-    for (vkVector* vector : {&pDst, &pSrcDst, &pTmp, &pSrc2, &pSrc1, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -41,7 +41,6 @@ krStepIterator<int> tapLen;
 krStepIterator<int> mode;
 krStepIterator<int> numSubbands;
 vkcScaleIterator scaleFactor;
-vkcGrid grid;
 int framesize = 44;
 int ftt_order = 6;
 int window_len = 256;
@@ -102,27 +101,238 @@ void dropState(State*& state) {
     state = nullptr;
 }
 
-class TimEC : public prTest {
+class TimEC : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override;
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_fixed = m_func.contains("16s");
+        m_nlms = m_func.contains("NLMS");
+        m_fir = m_func.contains("FIR");
+        m_tone = m_func.contains("ToneDetect");
+        m_fullband = m_func.contains("FullbandController");
+        m_subband = m_func.contains("SubbandController");
+        m_update = m_func.contains("ControllerUpdate");
+        m_process = m_func.contains("SubbandAnalysis") || m_func.contains("SubbandSynthesis");
+        framesize = m_process ? (m_fixed ? 16 : 24) : 64;
+        ftt_order = m_process && !m_fixed ? 5 : 6;
+        window_len = m_process && m_fixed ? 64 : 128;
+        fft_size = 0;
+        vkcFix(len, 8);
+        vkcFix(tapLen, 8);
+        vkcFix(mode, 0);
+        vkcFix(numSubbands, 65);
+        vkcScales(scaleFactor, "scaleFactor", m_func, 0, 1);
+        if (m_nlms || m_fir || m_fullband) {
+            vkcRebuild(len, "len").setList({8});
+            vkcRebuild(tapLen, "tapLen");
+            if (m_nlms && !m_fixed) {
+                tapLen.setList({8});
+            } else {
+                tapLen.set(128, 256, 128, '+');
+            }
+        }
+        if (m_tone) {
+            vkcRebuild(len, "len").set(64, 80, 16, '+');
+        }
+        if (m_tone || m_fullband || m_subband) {
+            vkcRebuild(mode, "mode").set(0, 1, 1, '+');
+        }
+        if (m_subband || m_process) {
+            vkcRebuild(numSubbands, "numSubbands").setList({m_process && m_fixed ? 33 : 65});
+        }
+        if (m_nlms || m_fir) {
+            m_grid.begin({&len, &tapLen});
+        } else if (m_tone) {
+            m_grid.begin({&len, &mode});
+        } else if (m_fullband) {
+            m_grid.begin({&len, &tapLen, &mode});
+        } else if (m_subband) {
+            m_grid.begin({&numSubbands, &mode});
+        } else if (m_fixed) {
+            vkcRebuild(len, "len").setList({16});
+            m_grid.begin({&len, &numSubbands, &scaleFactor});
+        } else {
+            m_grid.begin({&numSubbands});
+        }
+        setTypes();
+        return true;
+    }
+
+    bool makeData() override {
+        numSegments = mode.value() != 0 ? 4 : 2;
+        if (m_nlms || m_fir) {
+            return filterData();
+        }
+        if (m_tone) {
+            return toneData();
+        }
+        if (m_fullband) {
+            return fullbandData();
+        }
+        return m_subband ? subbandData() : processData();
+    }
+
+    void flushData() override {
+        dropState(pStateTD);
+        dropState(pStateFC);
+        dropState(pStateSC);
+        dropState(pStateSP);
+        dropState(pStateTDI);
+        dropState(pStateFCI);
+        dropState(pStateSCI);
+        dropState(pStateSPI);
+        for (vkrMatrice* matrix : matrices) {
+            matrix->deleteMatrice();
+        }
+        vkcGridTest::flushData();
+    }
+
+    double getDivisor() override {
+        if (m_nlms || m_fir) {
+            return static_cast<double>(len.value()) * tapLen.value();
+        }
+        if (m_fullband) {
+            const double taps = tapLen.value();
+            const double length = len.value();
+            return std::trunc(std::sqrt((taps * taps + length * length) * 0.5));
+        }
+        if (m_subband) {
+            return static_cast<double>(numSubbands.value()) * (m_update ? 1 : numSegments);
+        }
+        return m_tone ? len.value() : fft_size;
+    }
 
 private:
-    void setTypes();
-    bool filterData();
-    bool toneData();
-    bool fullbandData();
-    bool subbandData();
-    bool processData();
+    void setTypes() {
+        const vkType real = m_fixed ? vk16s : vk32f;
+        const vkType complex = m_fixed ? vk32sc : vk32fc;
+        initVectors(vectors, real);
+        initVectors({&pSubbands, &pSrcSinSubbands, &pSrcAdaptiveFilterErr, &pSrcFixedFilterErr}, complex);
+        for (vkrMatrice* matrix : matrices) {
+            matrix->init(complex);
+        }
+        initVectors({&pDstStepSizeI}, vk32s);
+        // Work memory.
+        initVectors({&pBuf, &pInitBuf}, vk8u);
+    }
+
+    bool filterData() {
+        if (m_nlms) {
+            pErr = 0;
+            pErr_16s = 0;
+            return pSrcSpchRef.createVector(m_grid.room(tapLen) + m_grid.room(len) + 1, setValue, 0.5, 0) &&
+                   pStepSize.createVector(m_grid.room(len), setValue, 0.5, 0) &&
+                   pSrcSpch.createVector(m_grid.room(len), setValue, 0.5, 0) &&
+                   pDstSpch.createVector(m_grid.room(len), setZero, 0, 0) &&
+                   pSrcDstCoef.createVector(m_grid.room(tapLen), setValue, 0.5, 0);
+        }
+        return pSrcSpchRef.createVector(m_grid.room(tapLen) + m_grid.room(len), setRand, -1, 1) &&
+               pSrcSpch.createVector(m_grid.room(len), setRand, -1, 1) &&
+               pDstSpch.createVector(m_grid.room(len), setZero, 0, 0) &&
+               pSrcCoef.createVector(m_grid.room(tapLen), setRand, -1, 1);
+    }
+
+    bool toneData() {
+        const int freq = sampleFreq[mode.value() != 0];
+        int pSize = 0;
+        if (!pSignal.createVector(m_grid.room(len), setZero, 0, 0)) {
+            return false;
+        }
+        if (m_fixed) {
+            veksToneDetectGetStateSize_EC_16s(freq, &pSize);
+            return makeState(pStateTDI, pSize) && checkStatus(veksToneDetectInit_EC_16s(pStateTDI, freq)) == krOk;
+        }
+        veksToneDetectGetStateSize_EC_32f(freq, &pSize);
+        return makeState(pStateTD, pSize) && checkStatus(veksToneDetectInit_EC_32f(pStateTD, freq)) == krOk;
+    }
+
+    bool fullbandData() {
+        // The far end's past lies before the pointer that the update takes.
+        const bool made = m_update
+                              ? tapLen.value() > 0 &&
+                                    pSrcRin.createVector(m_grid.room(tapLen) + m_grid.room(len) + 1, setRand, -1, 1) &&
+                                    pSrcSin.createVector(m_grid.room(len), setRand, -1, 1) &&
+                                    pDstStepSize.createVector(m_grid.room(len), setZero, 0, 0)
+                              : pAdaptiveFilterErr.createVector(m_grid.room(len), setRand, -1, 1) &&
+                                    pFixedFilterErr.createVector(m_grid.room(len), setRand, -1, 1) &&
+                                    pAdaptiveCoefs.createVector(m_grid.room(tapLen), setRand, -1, 1) &&
+                                    pFixedCoefs.createVector(m_grid.room(tapLen), setRand, -1, 1);
+        if (!made) {
+            return false;
+        }
+        const int freq = sampleFreq[mode.value() != 0];
+        int pSize = 0;
+        if (m_fixed) {
+            veksFullbandControllerGetSize_EC_16s(1, 1, freq, &pSize);
+            return makeState(pStateFCI, pSize) &&
+                   checkStatus(veksFullbandControllerInit_EC_16s(pStateFCI, 1, 1, freq)) == krOk;
+        }
+        veksFullbandControllerGetSize_EC_32f(1, 1, freq, &pSize);
+        return makeState(pStateFC, pSize) &&
+               checkStatus(veksFullbandControllerInit_EC_32f(pStateFC, 1, 1, freq)) == krOk;
+    }
+
+    bool subbandData() {
+        const int bands = numSubbands.value();
+        const double lo = m_fixed ? 32767 : -1;
+        const double hi = m_fixed ? 0 : 1;
+        vkVector& steps = m_fixed ? pDstStepSizeI : pDstStepSize;
+        // The update reads a frame of both signals.
+        const int signal = std::max(bands, framesize);
+        const bool made = m_update ? pSrcRin.createVector(signal, setRand, lo, hi) &&
+                                         pSrcSin.createVector(signal, setRand, lo, hi) &&
+                                         pSrcSinSubbands.createVector(bands, setRand, lo, hi) &&
+                                         steps.createVector(bands, setZero, 0, 0) &&
+                                         ppSrcRinSubbandsHistory.createMatrice(numSegments, bands, setRand, -1.0, 1.0)
+                                   : pSrcAdaptiveFilterErr.createVector(bands, setRand, lo, hi) &&
+                                         pSrcFixedFilterErr.createVector(bands, setRand, lo, hi) &&
+                                         ppDstAdaptiveCoefs.createMatrice(numSegments, bands, setRand, -1.0, 1.0) &&
+                                         ppDstFixedCoefs.createMatrice(numSegments, bands, setRand, -1.0, 1.0);
+        if (!made) {
+            return false;
+        }
+        const int freq = sampleFreq[mode.value() != 0];
+        int pSize = 0;
+        if (m_fixed) {
+            veksSubbandControllerGetSize_EC_16s(bands, framesize, 1, freq, &pSize);
+            return makeState(pStateSCI, pSize) &&
+                   checkStatus(veksSubbandControllerInit_EC_16s(pStateSCI, bands, framesize, numSegments, freq)) ==
+                       krOk;
+        }
+        veksSubbandControllerGetSize_EC_32f(bands, framesize, 1, freq, &pSize);
+        return makeState(pStateSC, pSize) &&
+               checkStatus(veksSubbandControllerInit_EC_32f(pStateSC, bands, framesize, numSegments, freq)) == krOk;
+    }
+
+    bool processData() {
+        int pSize = 0;
+        int bufSize = 0;
+        if (m_fixed) {
+            veksSubbandProcessGetSize_16s(ftt_order, window_len, &pSize, &fft_size, &bufSize);
+        } else {
+            veksSubbandProcessGetSize_32f(ftt_order, window_len, &pSize, &fft_size, &bufSize);
+        }
+        const int bytes = std::max(bufSize, numSubbands.value());
+        if (!pSignal.createVector(m_fixed ? m_grid.room(len) : framesize, setRand, -1, 1) ||
+            !pSubbands.createVector(std::max<long long>(m_grid.room(numSubbands), fft_size / 2 + 1), setRand, -1, 1) ||
+            !pWindow.createVector(window_len, setZero, 0, 0) || !pInitBuf.createVector(bytes, setZero, 0, 0) ||
+            !pBuf.createVector(bytes, m_fixed ? setRand : setZero, -1, 1)) {
+            return false;
+        }
+        for (int n = 0; n < window_len; ++n) {
+            pWindow.setIndex(n, setValue, (m_fixed ? 32767 : 1) * std::sin(std::acos(-1.0) * (n + 0.5) / window_len),
+                             0);
+        }
+        if (m_fixed) {
+            return makeState(pStateSPI, pSize) &&
+                   checkStatus(veksSubbandProcessInit_16s(pStateSPI, ftt_order, framesize, window_len, pWindow.m_16s,
+                                                          pInitBuf.m_8u)) == krOk;
+        }
+        return makeState(pStateSP, pSize) &&
+               checkStatus(veksSubbandProcessInit_32f(pStateSP, ftt_order, framesize, window_len, pWindow.m_32f,
+                                                      pInitBuf.m_8u)) == krOk;
+    }
 
     bool m_fixed = false;
     bool m_nlms = false;
@@ -133,237 +343,6 @@ private:
     bool m_update = false;
     bool m_process = false;
 };
-
-bool TimEC::canStart() {
-    m_fixed = m_func.contains("16s");
-    m_nlms = m_func.contains("NLMS");
-    m_fir = m_func.contains("FIR");
-    m_tone = m_func.contains("ToneDetect");
-    m_fullband = m_func.contains("FullbandController");
-    m_subband = m_func.contains("SubbandController");
-    m_update = m_func.contains("ControllerUpdate");
-    m_process = m_func.contains("SubbandAnalysis") || m_func.contains("SubbandSynthesis");
-    framesize = m_process ? (m_fixed ? 16 : 24) : 64;
-    ftt_order = m_process && !m_fixed ? 5 : 6;
-    window_len = m_process && m_fixed ? 64 : 128;
-    fft_size = 0;
-    vkcFix(len, 8);
-    vkcFix(tapLen, 8);
-    vkcFix(mode, 0);
-    vkcFix(numSubbands, 65);
-    vkcScales(scaleFactor, "scaleFactor", m_func, 0, 1);
-    if (m_nlms || m_fir || m_fullband) {
-        vkcRebuild(len, "len").setList({8});
-        vkcRebuild(tapLen, "tapLen");
-        if (m_nlms && !m_fixed) {
-            tapLen.setList({8});
-        } else {
-            tapLen.set(128, 256, 128, '+');
-        }
-    }
-    if (m_tone) {
-        vkcRebuild(len, "len").set(64, 80, 16, '+');
-    }
-    if (m_tone || m_fullband || m_subband) {
-        vkcRebuild(mode, "mode").set(0, 1, 1, '+');
-    }
-    if (m_subband || m_process) {
-        vkcRebuild(numSubbands, "numSubbands").setList({m_process && m_fixed ? 33 : 65});
-    }
-    if (m_nlms || m_fir) {
-        grid.begin({&len, &tapLen});
-    } else if (m_tone) {
-        grid.begin({&len, &mode});
-    } else if (m_fullband) {
-        grid.begin({&len, &tapLen, &mode});
-    } else if (m_subband) {
-        grid.begin({&numSubbands, &mode});
-    } else if (m_fixed) {
-        vkcRebuild(len, "len").setList({16});
-        grid.begin({&len, &numSubbands, &scaleFactor});
-    } else {
-        grid.begin({&numSubbands});
-    }
-    setTypes();
-    return true;
-}
-
-void TimEC::setTypes() {
-    const vkType real = m_fixed ? vk16s : vk32f;
-    const vkType complex = m_fixed ? vk32sc : vk32fc;
-    for (vkVector* vector : vectors) {
-        vector->init(real);
-    }
-    for (vkVector* vector : {&pSubbands, &pSrcSinSubbands, &pSrcAdaptiveFilterErr, &pSrcFixedFilterErr}) {
-        vector->init(complex);
-    }
-    for (vkrMatrice* matrix : matrices) {
-        matrix->init(complex);
-    }
-    pDstStepSizeI.init(vk32s);
-    // Work memory.
-    pBuf.init(vk8u);
-    pInitBuf.init(vk8u);
-}
-
-bool TimEC::makeData() {
-    numSegments = mode.value() != 0 ? 4 : 2;
-    if (m_nlms || m_fir) {
-        return filterData();
-    }
-    if (m_tone) {
-        return toneData();
-    }
-    if (m_fullband) {
-        return fullbandData();
-    }
-    return m_subband ? subbandData() : processData();
-}
-
-bool TimEC::filterData() {
-    if (m_nlms) {
-        pErr = 0;
-        pErr_16s = 0;
-        return pSrcSpchRef.createVector(grid.room(tapLen) + grid.room(len) + 1, setValue, 0.5, 0) &&
-               pStepSize.createVector(grid.room(len), setValue, 0.5, 0) &&
-               pSrcSpch.createVector(grid.room(len), setValue, 0.5, 0) &&
-               pDstSpch.createVector(grid.room(len), setZero, 0, 0) &&
-               pSrcDstCoef.createVector(grid.room(tapLen), setValue, 0.5, 0);
-    }
-    return pSrcSpchRef.createVector(grid.room(tapLen) + grid.room(len), setRand, -1, 1) &&
-           pSrcSpch.createVector(grid.room(len), setRand, -1, 1) &&
-           pDstSpch.createVector(grid.room(len), setZero, 0, 0) &&
-           pSrcCoef.createVector(grid.room(tapLen), setRand, -1, 1);
-}
-
-bool TimEC::toneData() {
-    const int freq = sampleFreq[mode.value() != 0];
-    int pSize = 0;
-    if (!pSignal.createVector(grid.room(len), setZero, 0, 0)) {
-        return false;
-    }
-    if (m_fixed) {
-        veksToneDetectGetStateSize_EC_16s(freq, &pSize);
-        return makeState(pStateTDI, pSize) && checkStatus(veksToneDetectInit_EC_16s(pStateTDI, freq)) == krOk;
-    }
-    veksToneDetectGetStateSize_EC_32f(freq, &pSize);
-    return makeState(pStateTD, pSize) && checkStatus(veksToneDetectInit_EC_32f(pStateTD, freq)) == krOk;
-}
-
-bool TimEC::fullbandData() {
-    // The far end's past lies before the pointer that the update takes.
-    const bool made = m_update ? tapLen.value() > 0 &&
-                                     pSrcRin.createVector(grid.room(tapLen) + grid.room(len) + 1, setRand, -1, 1) &&
-                                     pSrcSin.createVector(grid.room(len), setRand, -1, 1) &&
-                                     pDstStepSize.createVector(grid.room(len), setZero, 0, 0)
-                               : pAdaptiveFilterErr.createVector(grid.room(len), setRand, -1, 1) &&
-                                     pFixedFilterErr.createVector(grid.room(len), setRand, -1, 1) &&
-                                     pAdaptiveCoefs.createVector(grid.room(tapLen), setRand, -1, 1) &&
-                                     pFixedCoefs.createVector(grid.room(tapLen), setRand, -1, 1);
-    if (!made) {
-        return false;
-    }
-    const int freq = sampleFreq[mode.value() != 0];
-    int pSize = 0;
-    if (m_fixed) {
-        veksFullbandControllerGetSize_EC_16s(1, 1, freq, &pSize);
-        return makeState(pStateFCI, pSize) &&
-               checkStatus(veksFullbandControllerInit_EC_16s(pStateFCI, 1, 1, freq)) == krOk;
-    }
-    veksFullbandControllerGetSize_EC_32f(1, 1, freq, &pSize);
-    return makeState(pStateFC, pSize) && checkStatus(veksFullbandControllerInit_EC_32f(pStateFC, 1, 1, freq)) == krOk;
-}
-
-bool TimEC::subbandData() {
-    const int bands = numSubbands.value();
-    const double lo = m_fixed ? 32767 : -1;
-    const double hi = m_fixed ? 0 : 1;
-    vkVector& steps = m_fixed ? pDstStepSizeI : pDstStepSize;
-    // The update reads a frame of both signals.
-    const int signal = std::max(bands, framesize);
-    const bool made = m_update ? pSrcRin.createVector(signal, setRand, lo, hi) &&
-                                     pSrcSin.createVector(signal, setRand, lo, hi) &&
-                                     pSrcSinSubbands.createVector(bands, setRand, lo, hi) &&
-                                     steps.createVector(bands, setZero, 0, 0) &&
-                                     ppSrcRinSubbandsHistory.createMatrice(numSegments, bands, setRand, -1.0, 1.0)
-                               : pSrcAdaptiveFilterErr.createVector(bands, setRand, lo, hi) &&
-                                     pSrcFixedFilterErr.createVector(bands, setRand, lo, hi) &&
-                                     ppDstAdaptiveCoefs.createMatrice(numSegments, bands, setRand, -1.0, 1.0) &&
-                                     ppDstFixedCoefs.createMatrice(numSegments, bands, setRand, -1.0, 1.0);
-    if (!made) {
-        return false;
-    }
-    const int freq = sampleFreq[mode.value() != 0];
-    int pSize = 0;
-    if (m_fixed) {
-        veksSubbandControllerGetSize_EC_16s(bands, framesize, 1, freq, &pSize);
-        return makeState(pStateSCI, pSize) &&
-               checkStatus(veksSubbandControllerInit_EC_16s(pStateSCI, bands, framesize, numSegments, freq)) == krOk;
-    }
-    veksSubbandControllerGetSize_EC_32f(bands, framesize, 1, freq, &pSize);
-    return makeState(pStateSC, pSize) &&
-           checkStatus(veksSubbandControllerInit_EC_32f(pStateSC, bands, framesize, numSegments, freq)) == krOk;
-}
-
-bool TimEC::processData() {
-    int pSize = 0;
-    int bufSize = 0;
-    if (m_fixed) {
-        veksSubbandProcessGetSize_16s(ftt_order, window_len, &pSize, &fft_size, &bufSize);
-    } else {
-        veksSubbandProcessGetSize_32f(ftt_order, window_len, &pSize, &fft_size, &bufSize);
-    }
-    const int bytes = std::max(bufSize, numSubbands.value());
-    if (!pSignal.createVector(m_fixed ? grid.room(len) : framesize, setRand, -1, 1) ||
-        !pSubbands.createVector(std::max<long long>(grid.room(numSubbands), fft_size / 2 + 1), setRand, -1, 1) ||
-        !pWindow.createVector(window_len, setZero, 0, 0) || !pInitBuf.createVector(bytes, setZero, 0, 0) ||
-        !pBuf.createVector(bytes, m_fixed ? setRand : setZero, -1, 1)) {
-        return false;
-    }
-    for (int n = 0; n < window_len; ++n) {
-        pWindow.setIndex(n, setValue, (m_fixed ? 32767 : 1) * std::sin(std::acos(-1.0) * (n + 0.5) / window_len), 0);
-    }
-    if (m_fixed) {
-        return makeState(pStateSPI, pSize) &&
-               checkStatus(veksSubbandProcessInit_16s(pStateSPI, ftt_order, framesize, window_len, pWindow.m_16s,
-                                                      pInitBuf.m_8u)) == krOk;
-    }
-    return makeState(pStateSP, pSize) &&
-           checkStatus(veksSubbandProcessInit_32f(pStateSP, ftt_order, framesize, window_len, pWindow.m_32f,
-                                                  pInitBuf.m_8u)) == krOk;
-}
-
-void TimEC::flushData() {
-    dropState(pStateTD);
-    dropState(pStateFC);
-    dropState(pStateSC);
-    dropState(pStateSP);
-    dropState(pStateTDI);
-    dropState(pStateFCI);
-    dropState(pStateSCI);
-    dropState(pStateSPI);
-    for (vkrMatrice* matrix : matrices) {
-        matrix->deleteMatrice();
-    }
-    for (vkVector* vector : vectors) {
-        vector->deleteVector();
-    }
-}
-
-double TimEC::getDivisor() {
-    if (m_nlms || m_fir) {
-        return static_cast<double>(len.value()) * tapLen.value();
-    }
-    if (m_fullband) {
-        const double taps = tapLen.value();
-        const double length = len.value();
-        return std::trunc(std::sqrt((taps * taps + length * length) * 0.5));
-    }
-    if (m_subband) {
-        return static_cast<double>(numSubbands.value()) * (m_update ? 1 : numSegments);
-    }
-    return m_tone ? len.value() : fft_size;
-}
 
 } // namespace
 

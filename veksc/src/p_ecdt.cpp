@@ -21,7 +21,6 @@ vkrMatrice ppDstFixedCoefs;
 krStepIterator<int> startSubband;
 krStepIterator<int> mode;
 krStepIterator<int> doubleTalk;
-vkcGrid grid;
 int SUBBANDS;
 int FRAME_SIZE;
 int numSubbands;
@@ -32,82 +31,68 @@ int pDstStsAdapt;
 Vek32s pSrcDstFilterPwr;
 VeksSubbandControllerDTState_EC_16s* pState;
 
-class TimECDT : public prTest {
+class TimECDT : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_update = m_func.contains("Update");
+        SUBBANDS = 33;
+        FRAME_SIZE = 16;
+        numSubbands = SUBBANDS;
+        vkcRebuild(startSubband, "startSubband").set(2, 3, 1, '+');
+        vkcRebuild(mode, "mode").set(0, 1, 1, '+');
+        vkcRebuild(doubleTalk, "doubleTalk").set(0, 1, 1, '+');
+        m_grid.begin({&startSubband, &mode, &doubleTalk});
+        initVectors({&pSrcSinSubbands, &pSrcFilterErr, &pSrcAdaptiveFilterErr, &pSrcFixedFilterErr}, vk32sc);
+        for (vkrMatrice* matrix : {&ppSrcRinSubbandsHistory, &ppDstAdaptiveCoefs, &ppDstFixedCoefs}) {
+            matrix->init(vk32sc);
+        }
+        initVectors({&pDstStepSize}, vk32s);
+        return true;
+    }
+
+    bool makeData() override {
+        numSegments = mode.value() != 0 ? 4 : 2;
+        pSrcDstFilterPwr = 0;
+        const SetMode fill = doubleTalk.value() != 0 ? setRand : setValue;
+        const bool made = m_update
+                              ? ppSrcRinSubbandsHistory.createMatrice(numSegments, numSubbands, setRand, -1.0, 1.0) &&
+                                    pSrcSinSubbands.createVector(numSubbands, fill, 32767, 0) &&
+                                    pSrcFilterErr.createVector(numSubbands, fill, 32767, 0) &&
+                                    pDstStepSize.createVector(numSubbands, setZero, 0, 0)
+                              : pSrcAdaptiveFilterErr.createVector(numSubbands, setValue, 4095, 0) &&
+                                    pSrcFixedFilterErr.createVector(numSubbands, setValue, 4095, 0) &&
+                                    ppDstAdaptiveCoefs.createMatrice(numSegments, numSubbands, setRand, -1.0, 1.0) &&
+                                    ppDstFixedCoefs.createMatrice(numSegments, numSubbands, setRand, -1.0, 1.0);
+        return made && makeState();
+    }
+
+    void flushData() override {
+        if (pState != nullptr) {
+            krFree(pState);
+        }
+        pState = nullptr;
+        for (vkrMatrice* matrix : {&ppDstFixedCoefs, &ppDstAdaptiveCoefs, &ppSrcRinSubbandsHistory}) {
+            matrix->deleteMatrice();
+        }
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return static_cast<double>(numSubbands) - startSubband.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
-    bool makeState();
+    bool makeState() {
+        const int freq = sampleFreq[mode.value() != 0];
+        int pSize = 0;
+        veksSubbandControllerDTGetSize_EC_16s(numSubbands, FRAME_SIZE, 1, freq, &pSize);
+        pState = static_cast<VeksSubbandControllerDTState_EC_16s*>(krMalloc(pSize, 0, 0, nullptr));
+        return pState != nullptr && checkStatus(veksSubbandControllerDTInit_EC_16s(pState, numSubbands, FRAME_SIZE,
+                                                                                   numSegments, freq)) == krOk;
+    }
 
     bool m_update = false;
 };
-
-bool TimECDT::canStart() {
-    m_update = m_func.contains("Update");
-    SUBBANDS = 33;
-    FRAME_SIZE = 16;
-    numSubbands = SUBBANDS;
-    vkcRebuild(startSubband, "startSubband").set(2, 3, 1, '+');
-    vkcRebuild(mode, "mode").set(0, 1, 1, '+');
-    vkcRebuild(doubleTalk, "doubleTalk").set(0, 1, 1, '+');
-    grid.begin({&startSubband, &mode, &doubleTalk});
-    for (vkVector* vector : {&pSrcSinSubbands, &pSrcFilterErr, &pSrcAdaptiveFilterErr, &pSrcFixedFilterErr}) {
-        vector->init(vk32sc);
-    }
-    for (vkrMatrice* matrix : {&ppSrcRinSubbandsHistory, &ppDstAdaptiveCoefs, &ppDstFixedCoefs}) {
-        matrix->init(vk32sc);
-    }
-    pDstStepSize.init(vk32s);
-    return true;
-}
-
-bool TimECDT::makeData() {
-    numSegments = mode.value() != 0 ? 4 : 2;
-    pSrcDstFilterPwr = 0;
-    const SetMode fill = doubleTalk.value() != 0 ? setRand : setValue;
-    const bool made = m_update ? ppSrcRinSubbandsHistory.createMatrice(numSegments, numSubbands, setRand, -1.0, 1.0) &&
-                                     pSrcSinSubbands.createVector(numSubbands, fill, 32767, 0) &&
-                                     pSrcFilterErr.createVector(numSubbands, fill, 32767, 0) &&
-                                     pDstStepSize.createVector(numSubbands, setZero, 0, 0)
-                               : pSrcAdaptiveFilterErr.createVector(numSubbands, setValue, 4095, 0) &&
-                                     pSrcFixedFilterErr.createVector(numSubbands, setValue, 4095, 0) &&
-                                     ppDstAdaptiveCoefs.createMatrice(numSegments, numSubbands, setRand, -1.0, 1.0) &&
-                                     ppDstFixedCoefs.createMatrice(numSegments, numSubbands, setRand, -1.0, 1.0);
-    return made && makeState();
-}
-
-bool TimECDT::makeState() {
-    const int freq = sampleFreq[mode.value() != 0];
-    int pSize = 0;
-    veksSubbandControllerDTGetSize_EC_16s(numSubbands, FRAME_SIZE, 1, freq, &pSize);
-    pState = static_cast<VeksSubbandControllerDTState_EC_16s*>(krMalloc(pSize, 0, 0, nullptr));
-    return pState != nullptr &&
-           checkStatus(veksSubbandControllerDTInit_EC_16s(pState, numSubbands, FRAME_SIZE, numSegments, freq)) == krOk;
-}
-
-void TimECDT::flushData() {
-    if (pState != nullptr) {
-        krFree(pState);
-    }
-    pState = nullptr;
-    for (vkrMatrice* matrix : {&ppDstFixedCoefs, &ppDstAdaptiveCoefs, &ppSrcRinSubbandsHistory}) {
-        matrix->deleteMatrice();
-    }
-    for (vkVector* vector :
-         {&pSrcFixedFilterErr, &pSrcAdaptiveFilterErr, &pDstStepSize, &pSrcFilterErr, &pSrcSinSubbands}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -16,7 +16,6 @@ krStepIterator<int> nStage;
 krStepIterator<int> gainLimit;
 krStepIterator<int> codebookSize;
 krStepIterator<int> numPulses;
-vkcGrid grid;
 Vek32f pDstGain;
 
 constexpr int longest = 320;
@@ -35,92 +34,74 @@ Vek32f response(int i) {
     return static_cast<Vek32f>(std::pow(0.88, i) * std::cos(0.55 * i));
 }
 
-class FCB_RTA_32f : public prTest {
+class FCB_RTA_32f : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_bandPass = m_func.contains("veksBandPassFilter_RTA_32f_I");
+        m_random = m_func.contains("veksFixedCodebookSearchRandom_RTA_32f");
+        vkcRebuild(subFrameSize, "subFrameSize");
+        vkcFix(nStage, 0);
+        vkcFix(gainLimit, 0);
+        vkcFix(codebookSize, 64);
+        vkcFix(numPulses, 5);
+        if (m_bandPass) {
+            subFrameSize.set(80, longest, 80, '+');
+            m_grid.begin({&subFrameSize});
+        } else {
+            subFrameSize.set(20, 80, 20, '+');
+            if (m_random) {
+                vkcRebuild(nStage, "nStage").set(0, 2, 1, '+');
+                vkcRebuild(gainLimit, "gainLimit").set(0, 4, 1, '+');
+                vkcRebuild(codebookSize, "codebookSize").setList({64, 160, 256});
+                m_grid.begin({&subFrameSize, &nStage, &gainLimit, &codebookSize});
+            } else {
+                vkcRebuild(numPulses, "numPulses").set(5, 10, 5, '+');
+                m_grid.begin({&subFrameSize, &numPulses});
+            }
+        }
+        initVectors({&pSrcFixedTarget, &pSrcImpulseResponse, &pDstFixedVector, &pSrcDst, &pMem}, vkArg::src);
+        initVectors({&pDstFixedIndex}, vk32s); // an index is no floating number
+        return true;
+    }
+
+    bool makeData() override {
+        if (!vkcCounts(subFrameSize, longest + 1)) {
+            return false;
+        }
+        const int n = subFrameSize.value();
+        if (m_bandPass) {
+            return pSrcDst.createVector(n, setZero, 0, 0) && pMem.createVector(3, setZero, 0, 0) && setData();
+        }
+        const SetMode mode = m_random ? setZero : setRand;
+        return pSrcFixedTarget.createVector(n, mode, -150, 150) &&
+               pSrcImpulseResponse.createVector(n, mode, -150, 150) && pDstFixedVector.createVector(n, setZero, 0, 0) &&
+               pDstFixedIndex.createVector(5, setZero, 0, 0) && setData();
+    }
+
     double getDivisor() override { return subFrameSize.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
-    virtual bool setData();
+    // What the table leaves zero gets a signal.
+    virtual bool setData() {
+        const int n = subFrameSize.value();
+        Vek32f signal[longest];
+        Vek32f formant[longest];
+        for (int i = 0; i < n; ++i) {
+            signal[i] = voice(i);
+            formant[i] = response(i);
+        }
+        if (m_bandPass) {
+            return vkcDone(veksCopy_32f(signal, pSrcDst.m_32f, n));
+        }
+        return !m_random || (vkcDone(veksCopy_32f(signal, pSrcFixedTarget.m_32f, n)) &&
+                             vkcDone(veksCopy_32f(formant, pSrcImpulseResponse.m_32f, n)));
+    }
 
     bool m_bandPass = false;
     bool m_random = false;
 };
-
-bool FCB_RTA_32f::canStart() {
-    m_bandPass = m_func.contains("veksBandPassFilter_RTA_32f_I");
-    m_random = m_func.contains("veksFixedCodebookSearchRandom_RTA_32f");
-    vkcRebuild(subFrameSize, "subFrameSize");
-    vkcFix(nStage, 0);
-    vkcFix(gainLimit, 0);
-    vkcFix(codebookSize, 64);
-    vkcFix(numPulses, 5);
-    if (m_bandPass) {
-        subFrameSize.set(80, longest, 80, '+');
-        grid.begin({&subFrameSize});
-    } else {
-        subFrameSize.set(20, 80, 20, '+');
-        if (m_random) {
-            vkcRebuild(nStage, "nStage").set(0, 2, 1, '+');
-            vkcRebuild(gainLimit, "gainLimit").set(0, 4, 1, '+');
-            vkcRebuild(codebookSize, "codebookSize").setList({64, 160, 256});
-            grid.begin({&subFrameSize, &nStage, &gainLimit, &codebookSize});
-        } else {
-            vkcRebuild(numPulses, "numPulses").set(5, 10, 5, '+');
-            grid.begin({&subFrameSize, &numPulses});
-        }
-    }
-    for (vkVector* vector : {&pSrcFixedTarget, &pSrcImpulseResponse, &pDstFixedVector, &pSrcDst, &pMem}) {
-        vector->init(m_func, vkArg::src);
-    }
-    pDstFixedIndex.init(vk32s); // an index is no floating number
-    return true;
-}
-
-bool FCB_RTA_32f::makeData() {
-    if (!vkcCounts(subFrameSize, longest + 1)) {
-        return false;
-    }
-    const int n = subFrameSize.value();
-    if (m_bandPass) {
-        return pSrcDst.createVector(n, setZero, 0, 0) && pMem.createVector(3, setZero, 0, 0) && setData();
-    }
-    const SetMode mode = m_random ? setZero : setRand;
-    return pSrcFixedTarget.createVector(n, mode, -150, 150) && pSrcImpulseResponse.createVector(n, mode, -150, 150) &&
-           pDstFixedVector.createVector(n, setZero, 0, 0) && pDstFixedIndex.createVector(5, setZero, 0, 0) && setData();
-}
-
-// What the table leaves zero gets a signal.
-bool FCB_RTA_32f::setData() {
-    const int n = subFrameSize.value();
-    Vek32f signal[longest];
-    Vek32f formant[longest];
-    for (int i = 0; i < n; ++i) {
-        signal[i] = voice(i);
-        formant[i] = response(i);
-    }
-    if (m_bandPass) {
-        return vkcDone(veksCopy_32f(signal, pSrcDst.m_32f, n));
-    }
-    return !m_random || (vkcDone(veksCopy_32f(signal, pSrcFixedTarget.m_32f, n)) &&
-                         vkcDone(veksCopy_32f(formant, pSrcImpulseResponse.m_32f, n)));
-}
-
-void FCB_RTA_32f::flushData() {
-    for (vkVector* vector :
-         {&pMem, &pSrcDst, &pDstFixedIndex, &pDstFixedVector, &pSrcImpulseResponse, &pSrcFixedTarget}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -6,43 +6,28 @@ namespace {
 vkVector pSrcDst;
 vkVector pTmp;
 krStepIterator<int> lenght;
-vkcGrid grid;
 int dataSize;
 
-class TimFFT : public prTest {
+class TimFFT : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght").setList({128});
+        m_grid.begin({&lenght});
+        initVectors({&pSrcDst, &pTmp}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        const bool made = pSrcDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+                          pTmp.createVector(m_grid.room(lenght), setOne, 0, 0);
+        dataSize = pTmp.size();
+        return made;
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimFFT::canStart() {
-    vkcRebuild(lenght, "lenght").setList({128});
-    grid.begin({&lenght});
-    pSrcDst.init(m_func, vkArg::src);
-    pTmp.init(m_func, vkArg::src);
-    return true;
-}
-
-bool TimFFT::makeData() {
-    const bool made =
-        pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) && pTmp.createVector(grid.room(lenght), setOne, 0, 0);
-    dataSize = pTmp.size();
-    return made;
-}
-
-void TimFFT::flushData() {
-    pTmp.deleteVector();
-    pSrcDst.deleteVector();
-}
 
 } // namespace
 

@@ -16,7 +16,6 @@ vkVector pMem;
 krStepIterator<int> hpfOrder;
 krStepIterator<int> step;
 krStepIterator<int> len;
-vkcGrid grid;
 int order;
 VekPCMFrequency freq;
 
@@ -28,80 +27,63 @@ constexpr Stage stages[] = {{5, VEK_PCM_FREQ_8000},  {5, VEK_PCM_FREQ_16000}, {5
                             {5, VEK_PCM_FREQ_32000}, {4, VEK_PCM_FREQ_16000}, {4, VEK_PCM_FREQ_22050},
                             {4, VEK_PCM_FREQ_32000}};
 
-class TimFILT_RTAFP : public prTest {
+class TimFILT_RTAFP : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_levinson = m_func.contains("veksLevinsonDurbin_RTA_32f");
+        vkcFix(hpfOrder, 4);
+        vkcFix(step, 0);
+        vkcFix(len, 80);
+        if (m_levinson) {
+            vkcRebuild(hpfOrder, "hpfOrder").set(4, 10, 2, '+');
+            m_grid.begin({&hpfOrder});
+        } else {
+            vkcRebuild(step, "stage").set(0, 6, 1, '+');
+            vkcRebuild(len, "Lenght").set(80, 320, 80, '+');
+            m_grid.begin({&step, &len});
+        }
+        initVectors({&pSrc, &pSrcAutoCorr, &pDstLPC, &pDstRC, &pDst, &pMem}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!vkcCounts(step, std::size(stages))) {
+            return false;
+        }
+        // Of order n there are n + 1 autocorrelations and coefficients.
+        const long long n = vkcSize(hpfOrder);
+        const bool created =
+            m_levinson
+                ? pSrc.createVector(n, setRand, -100, 100) && pSrcAutoCorr.createVector(n + 1, setRand, -100, 100) &&
+                      pDstLPC.createVector(n + 1, setZero, 0, 0) && pDstRC.createVector(n, setZero, 0, 0)
+                : pSrc.createVector(len.value(), setRand, -100, 100) && pDst.createVector(len.value(), setZero, 0, 0) &&
+                      pMem.createVector(12, setZero, 0, 0);
+        if (created) {
+            setData();
+        }
+        return created;
+    }
+
     double getDivisor() override { return m_levinson ? hpfOrder.value() : len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
-    virtual void setData();
+    virtual void setData() {
+        order = stages[step.value()].order;
+        freq = stages[step.value()].freq;
+        if (m_levinson) {
+            // Numbers at random are autocorrelations behind a first one above all of them together, on either side.
+            Vek32f sum = 1;
+            for (int i = 1; i <= hpfOrder.value(); ++i) {
+                sum += 2 * std::fabs(pSrcAutoCorr.m_32f[i]);
+            }
+            pSrcAutoCorr.m_32f[0] = sum;
+        }
+    }
 
     bool m_levinson = false;
 };
-
-bool TimFILT_RTAFP::canStart() {
-    m_levinson = m_func.contains("veksLevinsonDurbin_RTA_32f");
-    vkcFix(hpfOrder, 4);
-    vkcFix(step, 0);
-    vkcFix(len, 80);
-    if (m_levinson) {
-        vkcRebuild(hpfOrder, "hpfOrder").set(4, 10, 2, '+');
-        grid.begin({&hpfOrder});
-    } else {
-        vkcRebuild(step, "stage").set(0, 6, 1, '+');
-        vkcRebuild(len, "Lenght").set(80, 320, 80, '+');
-        grid.begin({&step, &len});
-    }
-    for (vkVector* vector : {&pSrc, &pSrcAutoCorr, &pDstLPC, &pDstRC, &pDst, &pMem}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimFILT_RTAFP::makeData() {
-    if (!vkcCounts(step, std::size(stages))) {
-        return false;
-    }
-    // Of order n there are n + 1 autocorrelations and coefficients.
-    const long long n = vkcSize(hpfOrder);
-    const bool created =
-        m_levinson ? pSrc.createVector(n, setRand, -100, 100) && pSrcAutoCorr.createVector(n + 1, setRand, -100, 100) &&
-                         pDstLPC.createVector(n + 1, setZero, 0, 0) && pDstRC.createVector(n, setZero, 0, 0)
-                   : pSrc.createVector(len.value(), setRand, -100, 100) &&
-                         pDst.createVector(len.value(), setZero, 0, 0) && pMem.createVector(12, setZero, 0, 0);
-    if (created) {
-        setData();
-    }
-    return created;
-}
-
-void TimFILT_RTAFP::setData() {
-    order = stages[step.value()].order;
-    freq = stages[step.value()].freq;
-    if (m_levinson) {
-        // Numbers at random are autocorrelations behind a first one above all of them together, on either side.
-        Vek32f sum = 1;
-        for (int i = 1; i <= hpfOrder.value(); ++i) {
-            sum += 2 * std::fabs(pSrcAutoCorr.m_32f[i]);
-        }
-        pSrcAutoCorr.m_32f[0] = sum;
-    }
-}
-
-void TimFILT_RTAFP::flushData() {
-    for (vkVector* vector : {&pMem, &pDst, &pDstRC, &pDstLPC, &pSrcAutoCorr, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

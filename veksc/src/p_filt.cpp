@@ -16,7 +16,6 @@ krStepIterator<int> scale;
 krStepIterator<int> lenght;
 krStepIterator<int> lenght_lpc;
 krStepIterator<int> i_mem;
-vkcGrid grid;
 int dataSize;
 long long past;
 char* pMemUpdated;
@@ -30,20 +29,80 @@ constexpr Vek16s beta = 16384;
 constexpr Vek32f betaFloat = 0.5F;
 const Vek16s stableLpc[order + 1] = {4096, 852, 825, 441, 159, -209, -411, -420, -494, -593, -711};
 
-class TimFilt : public prTest {
+class TimFilt : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_harmonic = m_func.contains("Harmonic");
+        m_residual = m_func.contains("Residual");
+        m_impulse = m_func.contains("ZeroStateResponse");
+        m_highPass = m_func.contains("HighPass");
+        vkcRebuild(lenght, "lenght");
+        vkcFix(scale, 1);
+        vkcFix(lenght_lpc, m_harmonic || m_highPass ? 1 : order + 1);
+        vkcFix(i_mem, 1);
+        vkcScales(scaleFactor, "scaleFactor", m_func, m_highPass ? 13 : 12);
+        if (m_harmonic) {
+            lenght.set(15, 50, 5, '+');
+            m_grid.begin({&lenght});
+        } else if (m_residual) {
+            lenght.set(40, 60, 10, '+');
+            m_grid.begin({&lenght});
+        } else if (m_impulse) {
+            lenght.set(40, 60, 10, '+');
+            vkcRebuild(scale, "scaleFactor").set(12, 13, 1, '+');
+            m_grid.begin({&lenght, &scale});
+        } else if (m_highPass) {
+            lenght.set(40, 60, 10, '+');
+            m_grid.begin({&lenght, &scaleFactor});
+        } else {
+            lenght.set(40, 60, 10, '+');
+            vkcRebuild(i_mem, "i_mem").set(0, 1, 1, '+');
+            m_grid.begin({&lenght, &i_mem, &scaleFactor});
+        }
+        initVectors({&pLPC, &pSrc, &pDst, &pMem, &pTmp, &pSrcDst}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        // The harmonic filters read the lag before the pointer, the residual filter its order, and a subframe from
+        // there on.
+        const long long length = m_residual ? std::max(vkcSize(lenght), subframe) : vkcSize(lenght);
+        past = m_harmonic ? T : m_residual ? std::max<long long>(lenght.value(), order) : 0;
+        const long long size = past + length;
+        // The memory of a synthesis filter is as long as its order.
+        const bool made = pLPC.createVector(lenght_lpc.value(), setZero, 0, 0) &&
+                          pSrc.createVector(size, setZero, 0, 0) && pDst.createVector(length, setZero, 0, 0) &&
+                          pMem.createVector(std::max(length, vkcSize(lenght_lpc)), setZero, 0, 0) &&
+                          pTmp.createVector(size, setZero, 0, 0) && pSrcDst.createVector(size, setZero, 0, 0) &&
+                          setData();
+        dataSize = pTmp.size();
+        return made;
+    }
+
+    void flushData() override {
+        krFree(pMemUpdated);
+        pMemUpdated = nullptr;
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual bool setData();
+
+    virtual bool setData() {
+        for (int i = 0; i < lenght_lpc.value(); ++i) {
+            pLPC.setIndex(i, setValue, stableLpc[i], 0);
+        }
+        if (m_highPass) {
+            veksHighPassFilterSize_G729(&fltSize);
+            pMemUpdated = static_cast<char*>(krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER));
+            if (pMemUpdated == nullptr) {
+                return false;
+            }
+            veksHighPassFilterInit_G729(pMemUpdated);
+        }
+        return true;
+    }
 
 private:
     bool m_harmonic = false;
@@ -51,78 +110,6 @@ private:
     bool m_impulse = false;
     bool m_highPass = false;
 };
-
-bool TimFilt::canStart() {
-    m_harmonic = m_func.contains("Harmonic");
-    m_residual = m_func.contains("Residual");
-    m_impulse = m_func.contains("ZeroStateResponse");
-    m_highPass = m_func.contains("HighPass");
-    vkcRebuild(lenght, "lenght");
-    vkcFix(scale, 1);
-    vkcFix(lenght_lpc, m_harmonic || m_highPass ? 1 : order + 1);
-    vkcFix(i_mem, 1);
-    vkcScales(scaleFactor, "scaleFactor", m_func, m_highPass ? 13 : 12);
-    if (m_harmonic) {
-        lenght.set(15, 50, 5, '+');
-        grid.begin({&lenght});
-    } else if (m_residual) {
-        lenght.set(40, 60, 10, '+');
-        grid.begin({&lenght});
-    } else if (m_impulse) {
-        lenght.set(40, 60, 10, '+');
-        vkcRebuild(scale, "scaleFactor").set(12, 13, 1, '+');
-        grid.begin({&lenght, &scale});
-    } else if (m_highPass) {
-        lenght.set(40, 60, 10, '+');
-        grid.begin({&lenght, &scaleFactor});
-    } else {
-        lenght.set(40, 60, 10, '+');
-        vkcRebuild(i_mem, "i_mem").set(0, 1, 1, '+');
-        grid.begin({&lenght, &i_mem, &scaleFactor});
-    }
-    for (vkVector* vector : {&pLPC, &pSrc, &pDst, &pMem, &pTmp, &pSrcDst}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimFilt::setData() {
-    for (int i = 0; i < lenght_lpc.value(); ++i) {
-        pLPC.setIndex(i, setValue, stableLpc[i], 0);
-    }
-    if (m_highPass) {
-        veksHighPassFilterSize_G729(&fltSize);
-        pMemUpdated = static_cast<char*>(krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER));
-        if (pMemUpdated == nullptr) {
-            return false;
-        }
-        veksHighPassFilterInit_G729(pMemUpdated);
-    }
-    return true;
-}
-
-bool TimFilt::makeData() {
-    // The harmonic filters read the lag before the pointer, the residual filter its order, and a subframe from there
-    // on.
-    const long long length = m_residual ? std::max(vkcSize(lenght), subframe) : vkcSize(lenght);
-    past = m_harmonic ? T : m_residual ? std::max<long long>(lenght.value(), order) : 0;
-    const long long size = past + length;
-    // The memory of a synthesis filter is as long as its order.
-    const bool made = pLPC.createVector(lenght_lpc.value(), setZero, 0, 0) && pSrc.createVector(size, setZero, 0, 0) &&
-                      pDst.createVector(length, setZero, 0, 0) &&
-                      pMem.createVector(std::max(length, vkcSize(lenght_lpc)), setZero, 0, 0) &&
-                      pTmp.createVector(size, setZero, 0, 0) && pSrcDst.createVector(size, setZero, 0, 0) && setData();
-    dataSize = pTmp.size();
-    return made;
-}
-
-void TimFilt::flushData() {
-    krFree(pMemUpdated);
-    pMemUpdated = nullptr;
-    for (vkVector* vector : {&pSrcDst, &pTmp, &pMem, &pDst, &pSrc, &pLPC}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

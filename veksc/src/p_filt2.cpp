@@ -9,7 +9,6 @@ vkVector pSrcArray;
 vkVector pSrc;
 vkVector pDst;
 krStepIterator<int> lenght;
-vkcGrid grid;
 const Vek16s* pSrc_H;
 Vek32s mem[2];
 int dataSize;
@@ -19,67 +18,49 @@ constexpr int history = 144;
 constexpr Vek16s val = 8192;
 constexpr int T = 120;
 
-class TimFilt2 : public prTest {
+class TimFilt2 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_harmonic = m_func.contains("Harmonic");
+        vkcRebuild(lenght, "lenght");
+        if (m_harmonic) {
+            lenght.set(10, 60, 10, '+');
+        } else {
+            lenght.setList({m_func.contains("Tilt") ? 62 : 241});
+        }
+        m_grid.begin({&lenght});
+        initVectors({&pTmp, &pSrcDst, &pSrcArray, &pSrc}, vkArg::src);
+        initVectors({&pDst}, vkArg::dst);
+        return true;
+    }
+
+    bool makeData() override {
+        mem[0] = mem[1] = 0;
+        if (m_harmonic) {
+            return createHarmonicData();
+        }
+        return pSrc.createVector(m_grid.room(lenght), setRand, -16384, 16384) &&
+               pDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+               pTmp.createVector(m_grid.room(lenght), setRand, -8192, 8192);
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
-    bool createHarmonicData();
+    bool createHarmonicData() {
+        if (!pTmp.createVector(frame, setRand, 0, 0) || !pSrcDst.createVector(frame, setZero, 0, 0) ||
+            !pSrcArray.createVector(204, setRand, -8192, 8192)) {
+            return false;
+        }
+        dataSize = frame * vkVector::item(m_func);
+        pSrc_H = pSrcArray.m_16s + history;
+        return true;
+    }
 
     bool m_harmonic = false;
 };
-
-bool TimFilt2::canStart() {
-    m_harmonic = m_func.contains("Harmonic");
-    vkcRebuild(lenght, "lenght");
-    if (m_harmonic) {
-        lenght.set(10, 60, 10, '+');
-    } else {
-        lenght.setList({m_func.contains("Tilt") ? 62 : 241});
-    }
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pTmp, &pSrcDst, &pSrcArray, &pSrc}) {
-        vector->init(m_func, vkArg::src);
-    }
-    pDst.init(m_func, vkArg::dst);
-    return true;
-}
-
-bool TimFilt2::createHarmonicData() {
-    if (!pTmp.createVector(frame, setRand, 0, 0) || !pSrcDst.createVector(frame, setZero, 0, 0) ||
-        !pSrcArray.createVector(204, setRand, -8192, 8192)) {
-        return false;
-    }
-    dataSize = frame * vkVector::item(m_func);
-    pSrc_H = pSrcArray.m_16s + history;
-    return true;
-}
-
-bool TimFilt2::makeData() {
-    mem[0] = mem[1] = 0;
-    if (m_harmonic) {
-        return createHarmonicData();
-    }
-    return pSrc.createVector(grid.room(lenght), setRand, -16384, 16384) &&
-           pDst.createVector(grid.room(lenght), setZero, 0, 0) &&
-           pTmp.createVector(grid.room(lenght), setRand, -8192, 8192);
-}
-
-void TimFilt2::flushData() {
-    for (vkVector* vector : {&pDst, &pSrc, &pSrcArray, &pSrcDst, &pTmp}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -10,56 +10,43 @@ vkVector pDstSignal;
 vkVector pSrcSpeech;
 krStepIterator<int> valLPCOrder;
 krStepIterator<int> lenght;
-vkcGrid grid;
 
-// Of the grid.
+// Of the m_grid.
 constexpr int longestOrder = 30;
 Vek16s* pSrcDstSynFltMemory;
 
-class TimFilt729I : public prTest {
+class TimFilt729I : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(valLPCOrder, "valLPCOrder").set(10, 30, 20, '+');
+        vkcRebuild(lenght, "lenght").set(40, 80, 20, '+');
+        m_grid.begin({&valLPCOrder, &lenght});
+        initVectors({&pSrcLpc, &pDstSignal, &pSrcSpeech}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        // The residual filter reads the samples of its order before the first.
+        const int before = m_func.contains("Residual") ? valLPCOrder.value() : 0;
+        const int order = std::max(valLPCOrder.value(), longestOrder);
+        if (!pSrcLpc.createVector(order + 1LL, setOne, 0, 0) ||
+            !pDstSignal.createVector(lenght.value(), setZero, 0, 0) ||
+            !pSrcSpeech.createVector(before + vkcSize(lenght), setRand, -512, 512)) {
+            return false;
+        }
+        pSrcDstSynFltMemory = veksMalloc_16s(order);
+        return pSrcDstSynFltMemory != nullptr && vkcDone(veksZero_16s(pSrcDstSynFltMemory, order));
+    }
+
+    void flushData() override {
+        vkcFree(pSrcDstSynFltMemory);
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimFilt729I::canStart() {
-    vkcRebuild(valLPCOrder, "valLPCOrder").set(10, 30, 20, '+');
-    vkcRebuild(lenght, "lenght").set(40, 80, 20, '+');
-    grid.begin({&valLPCOrder, &lenght});
-    for (vkVector* vector : {&pSrcLpc, &pDstSignal, &pSrcSpeech}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimFilt729I::makeData() {
-    // The residual filter reads the samples of its order before the first.
-    const int before = m_func.contains("Residual") ? valLPCOrder.value() : 0;
-    const int order = std::max(valLPCOrder.value(), longestOrder);
-    if (!pSrcLpc.createVector(order + 1LL, setOne, 0, 0) || !pDstSignal.createVector(lenght.value(), setZero, 0, 0) ||
-        !pSrcSpeech.createVector(before + vkcSize(lenght), setRand, -512, 512)) {
-        return false;
-    }
-    pSrcDstSynFltMemory = veksMalloc_16s(order);
-    return pSrcDstSynFltMemory != nullptr && vkcDone(veksZero_16s(pSrcDstSynFltMemory, order));
-}
-
-void TimFilt729I::flushData() {
-    veksFree(pSrcDstSynFltMemory);
-    pSrcDstSynFltMemory = nullptr;
-    for (vkVector* vector : {&pSrcSpeech, &pDstSignal, &pSrcLpc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

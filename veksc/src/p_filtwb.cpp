@@ -13,64 +13,47 @@ krStepIterator<int> len_c;
 krStepIterator<int> valLPCOrder;
 krStepIterator<int> len;
 vkcScaleIterator scaleFactor;
-vkcGrid grid;
 
-class TimFiltwb : public prTest {
+class TimFiltwb : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_residual = m_func.contains("Residual");
+        vkcScales(scaleFactor, "scaleFactor", m_func, 10);
+        if (m_residual) {
+            vkcFix(len_c, 32);
+            vkcRebuild(valLPCOrder, "LPCOrder").setList({8, 10, 16, 22, 28, 34, 40});
+            vkcRebuild(len, "len").set(64, 256, 32, '+');
+            m_grid.begin({&valLPCOrder, &len, &scaleFactor});
+        } else {
+            vkcRebuild(len_c, "len_c").set(32, 256, 32, '+');
+            vkcFix(valLPCOrder, 8);
+            vkcFix(len, 64);
+            m_grid.begin({&len_c});
+        }
+        initVectors({&pSrc1, &pSrc2, &pDst, &pSrcLpc, &pSrcSpeech, &pDstResidualSignal}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        // The residual takes a coefficient more than its order, and reads the samples of its order before the first.
+        const long long order = vkcSize(valLPCOrder);
+        return pSrc1.createVector(len_c.value(), setValue, 4000, 0) &&
+               pSrc2.createVector(len_c.value(), setValue, 4000, 0) &&
+               pDst.createVector(len_c.value(), setZero, 0, 0) && pSrcLpc.createVector(order + 1, setValue, 4000, 0) &&
+               pSrcSpeech.createVector(order + 1 + vkcSize(len), setValue, 4000, 0) &&
+               pDstResidualSignal.createVector(len.value(), setZero, 0, 0);
+    }
+
     double getDivisor() override {
         return m_residual ? static_cast<double>(len.value()) * valLPCOrder.value()
                           : static_cast<double>(len_c.value()) * len_c.value();
     }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
     bool m_residual = false;
 };
-
-bool TimFiltwb::canStart() {
-    m_residual = m_func.contains("Residual");
-    vkcScales(scaleFactor, "scaleFactor", m_func, 10);
-    if (m_residual) {
-        vkcFix(len_c, 32);
-        vkcRebuild(valLPCOrder, "LPCOrder").setList({8, 10, 16, 22, 28, 34, 40});
-        vkcRebuild(len, "len").set(64, 256, 32, '+');
-        grid.begin({&valLPCOrder, &len, &scaleFactor});
-    } else {
-        vkcRebuild(len_c, "len_c").set(32, 256, 32, '+');
-        vkcFix(valLPCOrder, 8);
-        vkcFix(len, 64);
-        grid.begin({&len_c});
-    }
-    for (vkVector* vector : {&pSrc1, &pSrc2, &pDst, &pSrcLpc, &pSrcSpeech, &pDstResidualSignal}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimFiltwb::makeData() {
-    // The residual takes a coefficient more than its order, and reads the samples of its order before the first.
-    const long long order = vkcSize(valLPCOrder);
-    return pSrc1.createVector(len_c.value(), setValue, 4000, 0) &&
-           pSrc2.createVector(len_c.value(), setValue, 4000, 0) && pDst.createVector(len_c.value(), setZero, 0, 0) &&
-           pSrcLpc.createVector(order + 1, setValue, 4000, 0) &&
-           pSrcSpeech.createVector(order + 1 + vkcSize(len), setValue, 4000, 0) &&
-           pDstResidualSignal.createVector(len.value(), setZero, 0, 0);
-}
-
-void TimFiltwb::flushData() {
-    for (vkVector* vector : {&pDstResidualSignal, &pSrcSpeech, &pSrcLpc, &pDst, &pSrc2, &pSrc1}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -8,78 +8,61 @@ krStepIterator<int> len;
 krStepIterator<int> numSegments;
 vkcScaleIterator scaleFactor;
 krStepIterator<int> startSubband;
-vkcGrid grid;
 vkcRows<Vek32sc> ppSrcSignalIn;
 vkcRows<Vek32sc> ppSrcCoefs;
 
-class TimFiltACE : public prTest {
+class TimFiltACE : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override;
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual bool makeRows();
-    virtual void setData();
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_low = m_func.contains("Low");
+        vkcRebuild(len, "Length").set(32, 64, 8, '+');
+        vkcRebuild(numSegments, "Num Segments").set(8, 32, 8, '+');
+        if (m_low) {
+            vkcScales(scaleFactor, "scaleFactor", m_func, 0, 16, 20);
+            vkcRebuild(startSubband, "Start Number Segments").set(2, 6, 2, '+');
+            m_grid.begin({&len, &numSegments, &scaleFactor, &startSubband});
+        } else {
+            vkcScales(scaleFactor, "scaleFactor", m_func, -16, 0, 16);
+            vkcFix(startSubband, 0);
+            m_grid.begin({&len, &numSegments, &scaleFactor});
+        }
+        initVectors({&pDstSignalOut}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!pDstSignalOut.createVector(len.value(), setZero, 0, 0) || !makeRows()) {
+            return false;
+        }
+        setData();
+        return true;
+    }
+
+    void flushData() override {
+        ppSrcCoefs.drop();
+        ppSrcSignalIn.drop();
+        vkcGridTest::flushData();
+    }
+
+    double getDivisor() override {
+        return (static_cast<double>(len.value()) - (m_low ? startSubband.value() : 0)) * numSegments.value();
+    }
+
+    virtual bool makeRows() {
+        return ppSrcSignalIn.make(numSegments.value(), len.value(), veksMalloc_32sc) &&
+               ppSrcCoefs.make(numSegments.value(), len.value(), veksMalloc_32sc);
+    }
+
+    virtual void setData() {
+        ppSrcSignalIn.fill(len.value(), {1, 1});
+        ppSrcCoefs.fill(len.value(), {1, 1});
+    }
 
 private:
     bool m_low = false;
 };
-
-bool TimFiltACE::canStart() {
-    m_low = m_func.contains("Low");
-    vkcRebuild(len, "Length").set(32, 64, 8, '+');
-    vkcRebuild(numSegments, "Num Segments").set(8, 32, 8, '+');
-    if (m_low) {
-        vkcScales(scaleFactor, "scaleFactor", m_func, 0, 16, 20);
-        vkcRebuild(startSubband, "Start Number Segments").set(2, 6, 2, '+');
-        grid.begin({&len, &numSegments, &scaleFactor, &startSubband});
-    } else {
-        vkcScales(scaleFactor, "scaleFactor", m_func, -16, 0, 16);
-        vkcFix(startSubband, 0);
-        grid.begin({&len, &numSegments, &scaleFactor});
-    }
-    pDstSignalOut.init(m_func, vkArg::src);
-    return true;
-}
-
-bool TimFiltACE::makeData() {
-    if (!pDstSignalOut.createVector(len.value(), setZero, 0, 0) || !makeRows()) {
-        return false;
-    }
-    setData();
-    return true;
-}
-
-bool TimFiltACE::makeRows() {
-    return ppSrcSignalIn.make(numSegments.value(), len.value(), veksMalloc_32sc) &&
-           ppSrcCoefs.make(numSegments.value(), len.value(), veksMalloc_32sc);
-}
-
-void TimFiltACE::setData() {
-    for (int row = 0; row < numSegments.value(); ++row) {
-        for (int i = 0; i < len.value(); ++i) {
-            ppSrcSignalIn.table[row][i] = {1, 1};
-            ppSrcCoefs.table[row][i] = {1, 1};
-        }
-    }
-}
-
-void TimFiltACE::flushData() {
-    ppSrcCoefs.drop();
-    ppSrcSignalIn.drop();
-    pDstSignalOut.deleteVector();
-}
-
-double TimFiltACE::getDivisor() {
-    return (static_cast<double>(len.value()) - (m_low ? startSubband.value() : 0)) * numSegments.value();
-}
 
 } // namespace
 

@@ -10,7 +10,6 @@ krStepIterator<int> numSegments;
 krStepIterator<int> apOrder;
 krStepIterator<int> scaleFactorCoef;
 krStepIterator<int> startSubband;
-vkcGrid grid;
 Vek32s* pStepSize;
 
 vkcRows<Vek64f> ppStepSize;
@@ -20,136 +19,107 @@ vkcRows<Vek32fc> ppCoefsAp;
 vkcRows<Vek32sc> ppSrcFilterInput;
 vkcRows<Vek32sc> ppSrcDstCoefsQ15;
 
-class TimUpdatePrimAp : public prTest {
+class TimUpdatePrimAp : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(len, "Length").setList({65});
+        vkcRebuild(numSegments, "Number of segments").setList({12});
+        vkcRebuild(apOrder, "affine projection order").set(1, 4, 3, '+');
+        m_grid.begin({&len, &numSegments, &apOrder});
+        return true;
+    }
+
+    bool makeData() override {
+        const long long rows = vkcSize(numSegments) + vkcSize(apOrder);
+        if (!ppStepSize.make(apOrder.value(), len.value(), veksMalloc_64f) ||
+            !ppInputAp.make(rows, len.value(), veksMalloc_32fc) ||
+            !ppErrorAp.make(apOrder.value(), len.value(), veksMalloc_32fc) ||
+            !ppCoefsAp.make(rows, len.value(), veksMalloc_32fc)) {
+            return false;
+        }
+        setData();
+        return true;
+    }
+
+    void flushData() override {
+        ppCoefsAp.drop();
+        ppErrorAp.drop();
+        ppInputAp.drop();
+        ppStepSize.drop();
+    }
+
     double getDivisor() override { return static_cast<double>(len.value()) * numSegments.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setData();
+
+    virtual void setData() {
+        for (int row = 0; row < numSegments.value() + apOrder.value(); ++row) {
+            veksZero_32fc(ppInputAp.table[row], len.value());
+            veksZero_32fc(ppCoefsAp.table[row], len.value());
+        }
+        for (int row = 0; row < apOrder.value(); ++row) {
+            veksZero_32fc(ppErrorAp.table[row], len.value());
+            veksZero_64f(ppStepSize.table[row], len.value());
+        }
+    }
 };
 
-bool TimUpdatePrimAp::canStart() {
-    vkcRebuild(len, "Length").setList({65});
-    vkcRebuild(numSegments, "Number of segments").setList({12});
-    vkcRebuild(apOrder, "affine projection order").set(1, 4, 3, '+');
-    grid.begin({&len, &numSegments, &apOrder});
-    return true;
-}
-
-bool TimUpdatePrimAp::makeData() {
-    const long long rows = vkcSize(numSegments) + vkcSize(apOrder);
-    if (!ppStepSize.make(apOrder.value(), len.value(), veksMalloc_64f) ||
-        !ppInputAp.make(rows, len.value(), veksMalloc_32fc) ||
-        !ppErrorAp.make(apOrder.value(), len.value(), veksMalloc_32fc) ||
-        !ppCoefsAp.make(rows, len.value(), veksMalloc_32fc)) {
-        return false;
-    }
-    setData();
-    return true;
-}
-
-void TimUpdatePrimAp::setData() {
-    for (int row = 0; row < numSegments.value() + apOrder.value(); ++row) {
-        veksZero_32fc(ppInputAp.table[row], len.value());
-        veksZero_32fc(ppCoefsAp.table[row], len.value());
-    }
-    for (int row = 0; row < apOrder.value(); ++row) {
-        veksZero_32fc(ppErrorAp.table[row], len.value());
-        veksZero_64f(ppStepSize.table[row], len.value());
-    }
-}
-
-void TimUpdatePrimAp::flushData() {
-    ppCoefsAp.drop();
-    ppErrorAp.drop();
-    ppInputAp.drop();
-    ppStepSize.drop();
-}
-
-class TimUpdatePrim : public prTest {
+class TimUpdatePrim : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override;
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setData();
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_low = m_func.contains("Low");
+        vkcRebuild(len, "Length").set(32, 64, 8, '+');
+        vkcRebuild(numSegments, "Num Segments").set(8, 32, 8, '+');
+        vkcRebuild(scaleFactorCoef, "scaleFactor").set(1, 31, 15, '+');
+        if (m_low) {
+            vkcRebuild(startSubband, "Srart Number Segments").set(2, 6, 2, '+');
+            m_grid.begin({&len, &numSegments, &scaleFactorCoef, &startSubband});
+        } else {
+            vkcFix(startSubband, 0);
+            m_grid.begin({&len, &numSegments, &scaleFactorCoef});
+        }
+        initVectors({&pSrcError, &prodStepErrQ}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!pSrcError.createVector(m_grid.room(len), setOne, 0, 0) ||
+            !prodStepErrQ.createVector(m_grid.room(len), setZero, 0, 0)) {
+            return false;
+        }
+        pStepSize = veksMalloc_32s(len.value());
+        if (pStepSize == nullptr || !ppSrcFilterInput.make(numSegments.value(), len.value(), veksMalloc_32sc) ||
+            !ppSrcDstCoefsQ15.make(numSegments.value(), len.value(), veksMalloc_32sc)) {
+            return false;
+        }
+        setData();
+        return true;
+    }
+
+    void flushData() override {
+        ppSrcDstCoefsQ15.drop();
+        ppSrcFilterInput.drop();
+        vkcFree(pStepSize);
+        vkcGridTest::flushData();
+    }
+
+    double getDivisor() override {
+        return (static_cast<double>(len.value()) - (m_low ? startSubband.value() : 0)) * numSegments.value();
+    }
+
+    virtual void setData() {
+        for (int i = 0; i < len.value(); ++i) {
+            pStepSize[i] = 1;
+        }
+        ppSrcFilterInput.fill(len.value(), {1, 1});
+        ppSrcDstCoefsQ15.fill(len.value(), {1, 1});
+    }
 
 private:
     bool m_low = false;
 };
-
-bool TimUpdatePrim::canStart() {
-    m_low = m_func.contains("Low");
-    vkcRebuild(len, "Length").set(32, 64, 8, '+');
-    vkcRebuild(numSegments, "Num Segments").set(8, 32, 8, '+');
-    vkcRebuild(scaleFactorCoef, "scaleFactor").set(1, 31, 15, '+');
-    if (m_low) {
-        vkcRebuild(startSubband, "Srart Number Segments").set(2, 6, 2, '+');
-        grid.begin({&len, &numSegments, &scaleFactorCoef, &startSubband});
-    } else {
-        vkcFix(startSubband, 0);
-        grid.begin({&len, &numSegments, &scaleFactorCoef});
-    }
-    for (vkVector* vector : {&pSrcError, &prodStepErrQ}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimUpdatePrim::makeData() {
-    if (!pSrcError.createVector(grid.room(len), setOne, 0, 0) ||
-        !prodStepErrQ.createVector(grid.room(len), setZero, 0, 0)) {
-        return false;
-    }
-    pStepSize = veksMalloc_32s(len.value());
-    if (pStepSize == nullptr || !ppSrcFilterInput.make(numSegments.value(), len.value(), veksMalloc_32sc) ||
-        !ppSrcDstCoefsQ15.make(numSegments.value(), len.value(), veksMalloc_32sc)) {
-        return false;
-    }
-    setData();
-    return true;
-}
-
-void TimUpdatePrim::setData() {
-    for (int i = 0; i < len.value(); ++i) {
-        pStepSize[i] = 1;
-    }
-    for (int row = 0; row < numSegments.value(); ++row) {
-        for (int i = 0; i < len.value(); ++i) {
-            ppSrcFilterInput.table[row][i] = {1, 1};
-            ppSrcDstCoefsQ15.table[row][i] = {1, 1};
-        }
-    }
-}
-
-void TimUpdatePrim::flushData() {
-    ppSrcDstCoefsQ15.drop();
-    ppSrcFilterInput.drop();
-    veksFree(pStepSize);
-    pStepSize = nullptr;
-    for (vkVector* vector : {&prodStepErrQ, &pSrcError}) {
-        vector->deleteVector();
-    }
-}
-
-double TimUpdatePrim::getDivisor() {
-    return (static_cast<double>(len.value()) - (m_low ? startSubband.value() : 0)) * numSegments.value();
-}
 
 } // namespace
 

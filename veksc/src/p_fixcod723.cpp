@@ -8,50 +8,34 @@ vkVector pDstFixedVector;
 vkVector pSrcFixedCorr;
 vkVector pSearchTimes;
 krStepIterator<int> lenght;
-vkcGrid grid;
 Vek16s pDstFixedSign;
 Vek16s pDstFixedPosition;
 Vek16s pResultGrid;
 
 constexpr int matrixSize = 416;
 
-class TimFixCdb : public prTest {
+class TimFixCdb : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght").setList({64});
+        m_grid.begin({&lenght});
+        // The first type is that of the matrix.
+        initVectors({&pSrcMatrix}, vkArg::src);
+        initVectors({&pDstFixedVector, &pSrcFixedCorr, &pSearchTimes}, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        return pSrcMatrix.createVector(matrixSize, setRand, 0, 4096) &&
+               pDstFixedVector.createVector(60, setZero, 0, 0) &&
+               pSrcFixedCorr.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+               pSearchTimes.createVector(1, setRand, 0, 128);
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimFixCdb::canStart() {
-    vkcRebuild(lenght, "lenght").setList({64});
-    grid.begin({&lenght});
-    // The first type is that of the matrix.
-    pSrcMatrix.init(m_func, vkArg::src);
-    for (vkVector* vector : {&pDstFixedVector, &pSrcFixedCorr, &pSearchTimes}) {
-        vector->init(vk16s);
-    }
-    return true;
-}
-
-bool TimFixCdb::makeData() {
-    return pSrcMatrix.createVector(matrixSize, setRand, 0, 4096) && pDstFixedVector.createVector(60, setZero, 0, 0) &&
-           pSrcFixedCorr.createVector(grid.room(lenght), setZero, 0, 0) &&
-           pSearchTimes.createVector(1, setRand, 0, 128);
-}
-
-void TimFixCdb::flushData() {
-    for (vkVector* vector : {&pSearchTimes, &pSrcFixedCorr, &pDstFixedVector, &pSrcMatrix}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

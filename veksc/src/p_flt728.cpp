@@ -10,7 +10,6 @@ vkVector pDstWgtSpeech;
 vkVector pSrcDstExc;
 krStepIterator<int> excSfs;
 krStepIterator<int> len;
-vkcGrid grid;
 int dataSize;
 VeksIIRState_G728* pMemIIR;
 VeksSynthesisFilterState_G728* pMemSynt;
@@ -21,82 +20,65 @@ Vek16s* const pSpeechSfs = &speechSfs;
 constexpr int vectorLength = 5;
 constexpr int weights = 20;
 
-class TimFlt728 : public prTest {
+class TimFlt728 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_iir = m_func.contains("IIR16s");
+        m_synthesis = m_func.contains("SyntesisFilter");
+        vkcRebuild(len, "Lengt").setList({m_iir ? 5 : 50});
+        if (m_synthesis || m_func.contains("ZeroState")) {
+            vkcRebuild(excSfs, "excSfs").set(0, 15, 5, '+');
+            m_grid.begin({&excSfs, &len});
+        } else {
+            vkcFix(excSfs, 1);
+            m_grid.begin({&len});
+        }
+        initVectors({&pSrc, &pCoeff, &pDst, &pDstWgtSpeech, &pSrcDstExc}, vkArg::src);
+        const VekStatus status = m_iir         ? veksIIR16sGetStateSize_G728_16s(&dataSize)
+                                 : m_synthesis ? veksSynthesisFilterGetStateSize_G728_16s(&dataSize)
+                                               : veksCombinedFilterGetStateSize_G728_16s(&dataSize);
+        return status == vekStsNoErr;
+    }
+
+    bool makeData() override {
+        return createState() && pSrc.createVector(m_grid.room(len), setRand, -2048, 2048) &&
+               pCoeff.createVector(weights, setRand, -2048, 2048) && pDst.createVector(vectorLength, setZero, 0, 0) &&
+               pDstWgtSpeech.createVector(m_grid.room(len), setZero, 0, 0) &&
+               pSrcDstExc.createVector(vectorLength, setRand, -256, 256);
+    }
+
+    void flushData() override {
+        vkcFree(pMemIIR);
+        vkcFree(pMemSynt);
+        vkcFree(pMem);
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return m_iir ? len.value() : vectorLength; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
-    bool createState();
+    bool createState() {
+        Vek8u* memory = veksMalloc_8u(dataSize);
+        if (memory == nullptr) {
+            return false;
+        }
+        if (m_iir) {
+            pMemIIR = reinterpret_cast<VeksIIRState_G728*>(memory);
+            return vkcDone(veksIIR16sInit_G728_16s(pMemIIR));
+        }
+        if (m_synthesis) {
+            pMemSynt = reinterpret_cast<VeksSynthesisFilterState_G728*>(memory);
+            return vkcDone(veksSynthesisFilterInit_G728_16s(pMemSynt));
+        }
+        pMem = reinterpret_cast<VeksCombinedFilterState_G728*>(memory);
+        return vkcDone(veksCombinedFilterInit_G728_16s(pMem));
+    }
 
     bool m_iir = false;
     bool m_synthesis = false;
 };
-
-bool TimFlt728::canStart() {
-    m_iir = m_func.contains("IIR16s");
-    m_synthesis = m_func.contains("SyntesisFilter");
-    vkcRebuild(len, "Lengt").setList({m_iir ? 5 : 50});
-    if (m_synthesis || m_func.contains("ZeroState")) {
-        vkcRebuild(excSfs, "excSfs").set(0, 15, 5, '+');
-        grid.begin({&excSfs, &len});
-    } else {
-        vkcFix(excSfs, 1);
-        grid.begin({&len});
-    }
-    for (vkVector* vector : {&pSrc, &pCoeff, &pDst, &pDstWgtSpeech, &pSrcDstExc}) {
-        vector->init(m_func, vkArg::src);
-    }
-    const VekStatus status = m_iir         ? veksIIR16sGetStateSize_G728_16s(&dataSize)
-                             : m_synthesis ? veksSynthesisFilterGetStateSize_G728_16s(&dataSize)
-                                           : veksCombinedFilterGetStateSize_G728_16s(&dataSize);
-    return status == vekStsNoErr;
-}
-
-bool TimFlt728::createState() {
-    Vek8u* memory = veksMalloc_8u(dataSize);
-    if (memory == nullptr) {
-        return false;
-    }
-    if (m_iir) {
-        pMemIIR = reinterpret_cast<VeksIIRState_G728*>(memory);
-        return vkcDone(veksIIR16sInit_G728_16s(pMemIIR));
-    }
-    if (m_synthesis) {
-        pMemSynt = reinterpret_cast<VeksSynthesisFilterState_G728*>(memory);
-        return vkcDone(veksSynthesisFilterInit_G728_16s(pMemSynt));
-    }
-    pMem = reinterpret_cast<VeksCombinedFilterState_G728*>(memory);
-    return vkcDone(veksCombinedFilterInit_G728_16s(pMem));
-}
-
-bool TimFlt728::makeData() {
-    return createState() && pSrc.createVector(grid.room(len), setRand, -2048, 2048) &&
-           pCoeff.createVector(weights, setRand, -2048, 2048) && pDst.createVector(vectorLength, setZero, 0, 0) &&
-           pDstWgtSpeech.createVector(grid.room(len), setZero, 0, 0) &&
-           pSrcDstExc.createVector(vectorLength, setRand, -256, 256);
-}
-
-void TimFlt728::flushData() {
-    veksFree(pMemIIR);
-    pMemIIR = nullptr;
-    veksFree(pMemSynt);
-    pMemSynt = nullptr;
-    veksFree(pMem);
-    pMem = nullptr;
-    for (vkVector* vector : {&pSrcDstExc, &pDstWgtSpeech, &pDst, &pCoeff, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

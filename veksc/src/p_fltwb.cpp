@@ -12,170 +12,93 @@ vkVector pSrcExcitation;
 krStepIterator<int> len;
 krStepIterator<int> valLpcOrder;
 krStepIterator<int> scale;
-vkcGrid grid;
 
 constexpr Vek16s val = 22282; // 0.68
 
-void createDeemphasis(const vkFunc& func) {
-    pSrcSignal.init(func, vkArg::src);
-    pSrcDstSignal.init(func, vkArg::src);
-    pDstSignal.init(func, vkArg::dst);
-    pMem.init(func, vkArg::dst);
-}
+// What emphasis in both codecs shares.
+class Emphasis : public vkcGridTest {
+public:
+    using vkcGridTest::vkcGridTest;
 
-bool createDeemphasisData() {
-    return pSrcSignal.createVector(len.value(), setRand, -65536, 65536) &&
-           pSrcDstSignal.createVector(len.value(), setRand, -65536, 65536) &&
-           pDstSignal.createVector(len.value(), setZero, 0, 0) && pMem.createVector(1, setRand, -4096, 4096);
-}
-
-void deleteDeemphasisData() {
-    for (vkVector* vector : {&pMem, &pDstSignal, &pSrcDstSignal, &pSrcSignal}) {
-        vector->deleteVector();
+    bool canStart() override {
+        vkcRebuild(len, "Lenght").set(32, 256, 32, '+');
+        beginGrid();
+        initVectors({&pSrcSignal, &pSrcDstSignal}, vkArg::src);
+        initVectors({&pDstSignal, &pMem}, vkArg::dst);
+        return true;
     }
-}
 
-void createSynthesis(const vkFunc& func) {
-    pSrcLpc.init(func, vkArg::src);
-    pSrcExcitation.init(func, vkArg::src);
-    pSrcDstSignal.init(func, vkArg::dst);
-}
-
-// The outputs before the first stand ahead of those of the call.
-bool createSynthesisData() {
-    return pSrcDstSignal.createVector(grid.room(valLpcOrder) + vkcSize(len), setRand, -65536, 65536) &&
-           pSrcLpc.createVector(grid.room(valLpcOrder) + 1, setRand, -4096, 4096) &&
-           pSrcExcitation.createVector(len.value(), setRand, -4096, 4096);
-}
-
-void deleteSynthesisData() {
-    for (vkVector* vector : {&pSrcExcitation, &pSrcLpc, &pSrcDstSignal}) {
-        vector->deleteVector();
+    bool makeData() override {
+        return pSrcSignal.createVector(len.value(), setRand, -65536, 65536) &&
+               pSrcDstSignal.createVector(len.value(), setRand, -65536, 65536) &&
+               pDstSignal.createVector(len.value(), setZero, 0, 0) && pMem.createVector(1, setRand, -4096, 4096);
     }
-}
 
-class TimDeemphWB : public prTest {
-public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+protected:
+    virtual void beginGrid() { m_grid.begin({&len}); }
 };
 
-bool TimDeemphWB::canStart() {
-    vkcRebuild(len, "Lenght").set(32, 256, 32, '+');
-    grid.begin({&len});
-    createDeemphasis(m_func);
-    return true;
-}
-
-bool TimDeemphWB::makeData() {
-    return createDeemphasisData();
-}
-
-void TimDeemphWB::flushData() {
-    deleteDeemphasisData();
-}
-
-class TimSinthWB : public prTest {
+class TimDeemphWB : public Emphasis {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using Emphasis::Emphasis;
+};
+
+class TimDeemphWBE : public Emphasis {
+public:
+    using Emphasis::Emphasis;
+
+protected:
+    void beginGrid() override {
+        vkcRebuild(scale, "scale").set(13, 15, 1, '+');
+        m_grid.begin({&scale, &len});
+    }
+};
+
+// What synthesis in both codecs shares; they differ in the orders of the filter.
+class Synthesis : public vkcGridTest {
+public:
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(len, "Lenght").set(32, 128, 32, '+');
+        vkcRebuild(valLpcOrder, "valLpcOrder");
+        setOrders();
+        m_grid.begin({&len, &valLpcOrder});
+        initVectors({&pSrcLpc, &pSrcExcitation}, vkArg::src);
+        initVectors({&pSrcDstSignal}, vkArg::dst);
+        return true;
+    }
+
+    // The outputs before the first stand ahead of those of the call.
+    bool makeData() override {
+        return pSrcDstSignal.createVector(m_grid.room(valLpcOrder) + vkcSize(len), setRand, -65536, 65536) &&
+               pSrcLpc.createVector(m_grid.room(valLpcOrder) + 1, setRand, -4096, 4096) &&
+               pSrcExcitation.createVector(len.value(), setRand, -4096, 4096);
+    }
+
     double getDivisor() override { return static_cast<double>(len.value()) * valLpcOrder.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+
+protected:
+    virtual void setOrders() = 0;
 };
 
-bool TimSinthWB::canStart() {
-    vkcRebuild(len, "Lenght").set(32, 128, 32, '+');
-    vkcRebuild(valLpcOrder, "valLpcOrder").set(8, 24, 8, '+');
-    grid.begin({&len, &valLpcOrder});
-    createSynthesis(m_func);
-    return true;
-}
-
-bool TimSinthWB::makeData() {
-    return createSynthesisData();
-}
-
-void TimSinthWB::flushData() {
-    deleteSynthesisData();
-}
-
-class TimDeemphWBE : public prTest {
+class TimSinthWB : public Synthesis {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    using Synthesis::Synthesis;
+
+protected:
+    void setOrders() override { valLpcOrder.set(8, 24, 8, '+'); }
 };
 
-bool TimDeemphWBE::canStart() {
-    vkcRebuild(scale, "scale").set(13, 15, 1, '+');
-    vkcRebuild(len, "Lenght").set(32, 256, 32, '+');
-    grid.begin({&scale, &len});
-    createDeemphasis(m_func);
-    return true;
-}
-
-bool TimDeemphWBE::makeData() {
-    return createDeemphasisData();
-}
-
-void TimDeemphWBE::flushData() {
-    deleteDeemphasisData();
-}
-
-class TimSinthWBE : public prTest {
+class TimSinthWBE : public Synthesis {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override { return static_cast<double>(len.value()) * valLpcOrder.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    using Synthesis::Synthesis;
+
+protected:
+    void setOrders() override { valLpcOrder.setList({10}); }
 };
-
-bool TimSinthWBE::canStart() {
-    vkcRebuild(len, "Lenght").set(32, 128, 32, '+');
-    vkcRebuild(valLpcOrder, "valLpcOrder").setList({10});
-    grid.begin({&len, &valLpcOrder});
-    createSynthesis(m_func);
-    return true;
-}
-
-bool TimSinthWBE::makeData() {
-    return createSynthesisData();
-}
-
-void TimSinthWBE::flushData() {
-    deleteSynthesisData();
-}
 
 } // namespace
 

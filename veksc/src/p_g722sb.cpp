@@ -12,7 +12,6 @@ vkVector pSrcDst;
 vkVector mem;
 krStepIterator<int> len;
 krStepIterator<int> mode;
-vkcGrid grid;
 VeksCodecState_G722* pEncMem;
 VeksCodecState_G722* pDecMem;
 int fr_class;
@@ -23,22 +22,63 @@ constexpr int beside = 5;
 constexpr int before = 8;
 constexpr int bank = 22;
 
-class TimG722SB : public prTest {
+class TimG722SB : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_downsample = m_func.contains("veksDownsampleFilter_G722_16s");
+        m_highband = m_func.contains("veksFilterHighband_G722_16s_I");
+        m_classify = m_func.contains("veksClassifyFrame_G722_16s_I");
+        m_qmfDecode = m_func.contains("veksQMFDecode_G722_16s");
+        m_decode = m_func.contains("veksSBADPCMDecode_G722_16s");
+        m_qmfEncode = m_func.contains("veksQMFEncode_G722_16s");
+        m_encode = m_func.contains("veksSBADPCMEncode_G722_16s");
+        if (m_classify) {
+            vkcRebuild(len, "valDelay").set(80, 143, 63, '+');
+        } else {
+            vkcRebuild(len, "len").set(80, 320, 80, '+');
+        }
+        if (m_decode) {
+            vkcRebuild(mode, "mode").set(1, 3, 1, '+');
+            m_grid.begin({&len, &mode});
+        } else {
+            vkcFix(mode, 1);
+            m_grid.begin({&len});
+        }
+        initVectors({&pSrc, &pDst, &delay, &pSrcDst, &mem}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        // The state comes last: where a vector fails nobody frees it.
+        if (m_highband || m_classify) {
+            return pSrcDst.createVector(vkcSize(len) + (m_classify ? before : 0), setOne, 0, 0) &&
+                   mem.createVector(2, setOne, 0, 0) && createStates();
+        }
+        return pSrc.createVector(vkcSize(len) + (m_downsample ? 2 * beside : 0), setOne, 0, 0) &&
+               pDst.createVector(len.value(), setZero, 0, 0) &&
+               delay.createVector(std::max(len.value(), bank), setOne, 0, 0) && createStates();
+    }
+
+    void flushData() override {
+        vkcFree(pEncMem);
+        vkcFree(pDecMem);
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
-    bool createStates();
+    bool createStates() {
+        if (m_encode) {
+            return vkcMakeState(pEncMem, veksSBADPCMEncodeStateSize_G722_16s, veksSBADPCMEncodeInit_G722_16s);
+        }
+        if (m_decode || m_classify) {
+            return vkcMakeState(pDecMem, veksSBADPCMDecodeStateSize_G722_16s, veksSBADPCMDecodeInit_G722_16s);
+        }
+        return true;
+    }
 
     bool m_downsample = false;
     bool m_highband = false;
@@ -48,63 +88,6 @@ private:
     bool m_qmfEncode = false;
     bool m_encode = false;
 };
-
-bool TimG722SB::canStart() {
-    m_downsample = m_func.contains("veksDownsampleFilter_G722_16s");
-    m_highband = m_func.contains("veksFilterHighband_G722_16s_I");
-    m_classify = m_func.contains("veksClassifyFrame_G722_16s_I");
-    m_qmfDecode = m_func.contains("veksQMFDecode_G722_16s");
-    m_decode = m_func.contains("veksSBADPCMDecode_G722_16s");
-    m_qmfEncode = m_func.contains("veksQMFEncode_G722_16s");
-    m_encode = m_func.contains("veksSBADPCMEncode_G722_16s");
-    if (m_classify) {
-        vkcRebuild(len, "valDelay").set(80, 143, 63, '+');
-    } else {
-        vkcRebuild(len, "len").set(80, 320, 80, '+');
-    }
-    if (m_decode) {
-        vkcRebuild(mode, "mode").set(1, 3, 1, '+');
-        grid.begin({&len, &mode});
-    } else {
-        vkcFix(mode, 1);
-        grid.begin({&len});
-    }
-    for (vkVector* vector : {&pSrc, &pDst, &delay, &pSrcDst, &mem}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimG722SB::createStates() {
-    if (m_encode) {
-        return vkcMakeState(pEncMem, veksSBADPCMEncodeStateSize_G722_16s, veksSBADPCMEncodeInit_G722_16s);
-    }
-    if (m_decode || m_classify) {
-        return vkcMakeState(pDecMem, veksSBADPCMDecodeStateSize_G722_16s, veksSBADPCMDecodeInit_G722_16s);
-    }
-    return true;
-}
-
-bool TimG722SB::makeData() {
-    // The state comes last: where a vector fails nobody frees it.
-    if (m_highband || m_classify) {
-        return pSrcDst.createVector(vkcSize(len) + (m_classify ? before : 0), setOne, 0, 0) &&
-               mem.createVector(2, setOne, 0, 0) && createStates();
-    }
-    return pSrc.createVector(vkcSize(len) + (m_downsample ? 2 * beside : 0), setOne, 0, 0) &&
-           pDst.createVector(len.value(), setZero, 0, 0) &&
-           delay.createVector(std::max(len.value(), bank), setOne, 0, 0) && createStates();
-}
-
-void TimG722SB::flushData() {
-    veksFree(pEncMem);
-    pEncMem = nullptr;
-    veksFree(pDecMem);
-    pDecMem = nullptr;
-    for (vkVector* vector : {&mem, &pSrcDst, &delay, &pDst, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -9,7 +9,6 @@ vkVector pSrcDstWindow;
 vkVector pSrcDstResidual;
 vkVector pDst;
 krStepIterator<int> len;
-vkcGrid grid;
 int pSrcDstBestNode;
 
 constexpr int order = 50;
@@ -19,42 +18,32 @@ constexpr Vek16s gain = 128;
 const Vek32s* const invGain = &inverse;
 const Vek16s* const excGain = &gain;
 
-class TimTCQ_G728J : public prTest {
+class TimTCQ_G728J : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(len, "").setList({5});
+        m_grid.begin({&len});
+        initVectors({&pSrcLPC, &pSrc, &pSrcDstWindow, &pSrcDstResidual}, vkArg::src);
+        initVectors({&pDst}, vkArg::dst);
+        return true;
+    }
+
+    bool makeData() override {
+        pSrcDstBestNode = 0;
+        return pSrcLPC.createVector(order, setOne, 0, 0) && pSrc.createVector(m_grid.room(len), setOne, 0, 0) &&
+               pSrcDstWindow.createVector(m_grid.room(len), setOne, 0, 0) &&
+               pSrcDstResidual.createVector(m_grid.room(len), setOne, 0, 0) &&
+               pDst.createVector(m_grid.room(len), setZero, 0, 0);
+    }
+
     double getDivisor() override { return 5; }
-    double getDivisor_el() override { return getDivisor(); }
+    krString getUnit() override { return prTest::getUnit(); }
     void parmsToOstrm() override {}
     void parmsToCstrm() override {}
+    void parmsNameToCstrm() override {}
 };
-
-bool TimTCQ_G728J::canStart() {
-    vkcRebuild(len, "").setList({5});
-    grid.begin({&len});
-    for (vkVector* vector : {&pSrcLPC, &pSrc, &pSrcDstWindow, &pSrcDstResidual}) {
-        vector->init(m_func, vkArg::src);
-    }
-    pDst.init(m_func, vkArg::dst);
-    return true;
-}
-
-bool TimTCQ_G728J::makeData() {
-    pSrcDstBestNode = 0;
-    return pSrcLPC.createVector(order, setOne, 0, 0) && pSrc.createVector(grid.room(len), setOne, 0, 0) &&
-           pSrcDstWindow.createVector(grid.room(len), setOne, 0, 0) &&
-           pSrcDstResidual.createVector(grid.room(len), setOne, 0, 0) &&
-           pDst.createVector(grid.room(len), setZero, 0, 0);
-}
-
-void TimTCQ_G728J::flushData() {
-    for (vkVector* vector : {&pDst, &pSrcDstResidual, &pSrcDstWindow, &pSrc, &pSrcLPC}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -16,7 +16,6 @@ vkVector pSrc2;
 krStepIterator<int> len;
 krStepIterator<int> valLPCOrder;
 krStepIterator<int> nLag;
-vkcGrid grid;
 int bestLag;
 int maxLag;
 int lowerLag;
@@ -31,45 +30,79 @@ constexpr int span = 223;
 // The ranges of delays that a coder searches.
 constexpr int lags[][2] = {{20, 39}, {40, 79}, {80, 143}, {20, 79}, {40, 143}, {20, 143}, {30, 36}};
 
-class Timg729fpOpenLoopP : public prTest {
+class Timg729fpOpenLoopP : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override { pSrc.deleteVector(); }
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(len, "len").setList({span});
+        m_grid.begin({&len});
+        initVectors({&pSrc}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override { return pSrc.createVector(span, setOne, 0, 0); }
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
 
-bool Timg729fpOpenLoopP::canStart() {
-    vkcRebuild(len, "len").setList({span});
-    grid.begin({&len});
-    pSrc.init(m_func, vkArg::src);
-    return true;
-}
-
-bool Timg729fpOpenLoopP::makeData() {
-    return pSrc.createVector(span, setOne, 0, 0);
-}
-
-class Timg729fp : public prTest {
+class Timg729fp : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override;
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_gain = m_func.contains("GainControl");
+        m_synthesis = m_func.contains("SynthesisFilter");
+        m_cross = m_func.contains("CrossCorrLagMax");
+        m_auto = m_func.contains("AutoCorrLagMax");
+        vkcRebuild(len, "len");
+        vkcFix(valLPCOrder, 10);
+        vkcFix(nLag, 0);
+        if (m_synthesis) {
+            len.set(40, 640, 40, '+');
+            vkcRebuild(valLPCOrder, "valLPCOrder").setList({3, 4, 6, 10, 16, 30});
+            m_grid.begin({&len, &valLPCOrder});
+        } else if (m_cross || m_auto) {
+            len.set(40, 80, 40, '+');
+            vkcRebuild(nLag, "nLag").set(0, 6, 1, '+');
+            m_grid.begin({&len, &nLag});
+        } else {
+            len.setList({40});
+            m_grid.begin({&len});
+        }
+        initVectors({&pDst, &pSrcLpc, &pSrcSignal, &pSrcSpeech, &pSrcSynFltMemory, &pSrc1, &pSrc2}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!vkcCounts(nLag, std::size(lags))) {
+            return false;
+        }
+        lowerLag = lags[nLag.value()][0];
+        upperLag = lags[nLag.value()][1];
+        gain = 1;
+        // The correlations read as far as the longest delay beside the samples.
+        const int beside = m_cross || m_auto ? upperLag : 0;
+        const long long order = vkcSize(valLPCOrder);
+        return pDst.createVector(m_grid.room(len), setZero, 0, 0) && pSrcLpc.createVector(order + 1, setSeq, 0, 1) &&
+               pSrcSignal.createVector(m_grid.room(len), setZero, 0, 0) &&
+               pSrcSpeech.createVector(order, setSeq, -500, 500) &&
+               pSrcSynFltMemory.createVector(order, setSeq, -10, 10) &&
+               pSrc1.createVector(m_grid.room(len) + beside, setOne, 0, 0) &&
+               pSrc2.createVector(m_grid.room(len) + beside, setOne, 0, 0);
+    }
+
+    double getDivisor() override {
+        if (m_synthesis) {
+            return static_cast<double>(len.value()) * valLPCOrder.value();
+        }
+        if (m_auto) {
+            return static_cast<double>(len.value()) * (upperLag - lowerLag + 1);
+        }
+        if (m_cross) {
+            return static_cast<double>(len.value()) * (upperLag - lowerLag - 1);
+        }
+        return len.value();
+    }
 
 private:
     bool m_gain = false;
@@ -77,68 +110,6 @@ private:
     bool m_cross = false;
     bool m_auto = false;
 };
-
-bool Timg729fp::canStart() {
-    m_gain = m_func.contains("GainControl");
-    m_synthesis = m_func.contains("SynthesisFilter");
-    m_cross = m_func.contains("CrossCorrLagMax");
-    m_auto = m_func.contains("AutoCorrLagMax");
-    vkcRebuild(len, "len");
-    vkcFix(valLPCOrder, 10);
-    vkcFix(nLag, 0);
-    if (m_synthesis) {
-        len.set(40, 640, 40, '+');
-        vkcRebuild(valLPCOrder, "valLPCOrder").setList({3, 4, 6, 10, 16, 30});
-        grid.begin({&len, &valLPCOrder});
-    } else if (m_cross || m_auto) {
-        len.set(40, 80, 40, '+');
-        vkcRebuild(nLag, "nLag").set(0, 6, 1, '+');
-        grid.begin({&len, &nLag});
-    } else {
-        len.setList({40});
-        grid.begin({&len});
-    }
-    for (vkVector* vector : {&pDst, &pSrcLpc, &pSrcSignal, &pSrcSpeech, &pSrcSynFltMemory, &pSrc1, &pSrc2}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool Timg729fp::makeData() {
-    if (!vkcCounts(nLag, std::size(lags))) {
-        return false;
-    }
-    lowerLag = lags[nLag.value()][0];
-    upperLag = lags[nLag.value()][1];
-    gain = 1;
-    // The correlations read as far as the longest delay beside the samples.
-    const int beside = m_cross || m_auto ? upperLag : 0;
-    const long long order = vkcSize(valLPCOrder);
-    return pDst.createVector(grid.room(len), setZero, 0, 0) && pSrcLpc.createVector(order + 1, setSeq, 0, 1) &&
-           pSrcSignal.createVector(grid.room(len), setZero, 0, 0) &&
-           pSrcSpeech.createVector(order, setSeq, -500, 500) && pSrcSynFltMemory.createVector(order, setSeq, -10, 10) &&
-           pSrc1.createVector(grid.room(len) + beside, setOne, 0, 0) &&
-           pSrc2.createVector(grid.room(len) + beside, setOne, 0, 0);
-}
-
-double Timg729fp::getDivisor() {
-    if (m_synthesis) {
-        return static_cast<double>(len.value()) * valLPCOrder.value();
-    }
-    if (m_auto) {
-        return static_cast<double>(len.value()) * (upperLag - lowerLag + 1);
-    }
-    if (m_cross) {
-        return static_cast<double>(len.value()) * (upperLag - lowerLag - 1);
-    }
-    return len.value();
-}
-
-void Timg729fp::flushData() {
-    for (vkVector* vector : {&pSrc2, &pSrc1, &pSrcSynFltMemory, &pSrcSpeech, &pSrcSignal, &pSrcLpc, &pDst}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

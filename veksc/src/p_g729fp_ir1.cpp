@@ -6,44 +6,33 @@ namespace {
 vkVector pSrcSynthSpeech;
 vkVector pDstInvAutoCorr;
 krStepIterator<int> len;
-vkcGrid grid;
 Vek8u* pMem;
 
-class Timg729fpWinH : public prTest {
+class Timg729fpWinH : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(len, "len").setList({145});
+        m_grid.begin({&len});
+        initVectors({&pSrcSynthSpeech}, vkArg::src);
+        initVectors({&pDstInvAutoCorr}, vkArg::dst);
+        return true;
+    }
+
+    bool makeData() override {
+        return vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_32f, veksWinHybridInit_G729E_32f) &&
+               pSrcSynthSpeech.createVector(m_grid.room(len), setOne, 0, 0) &&
+               pDstInvAutoCorr.createVector(31, setZero, 0, 0);
+    }
+
+    void flushData() override {
+        vkcFree(pMem);
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return 2545; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool Timg729fpWinH::canStart() {
-    vkcRebuild(len, "len").setList({145});
-    grid.begin({&len});
-    pSrcSynthSpeech.init(m_func, vkArg::src);
-    pDstInvAutoCorr.init(m_func, vkArg::dst);
-    return true;
-}
-
-bool Timg729fpWinH::makeData() {
-    return vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_32f, veksWinHybridInit_G729E_32f) &&
-           pSrcSynthSpeech.createVector(grid.room(len), setOne, 0, 0) &&
-           pDstInvAutoCorr.createVector(31, setZero, 0, 0);
-}
-
-void Timg729fpWinH::flushData() {
-    pDstInvAutoCorr.deleteVector();
-    pSrcSynthSpeech.deleteVector();
-    veksFree(pMem);
-    pMem = nullptr;
-}
 
 } // namespace
 

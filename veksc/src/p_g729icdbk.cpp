@@ -12,7 +12,6 @@ vkVector pDstFixedIndex;
 vkVector pTmp;
 vkVector pSrcDst;
 krStepIterator<int> mode;
-vkcGrid grid;
 Vek16s pDstSign;
 Vek16s dstIndex;
 int dataSize;
@@ -20,64 +19,48 @@ int dataSize;
 constexpr int subframe = 40;
 constexpr int matrixSize = 616;
 
-class TimICdbk : public prTest {
+class TimICdbk : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(mode, "mode");
+        if (m_func.contains("G729E")) {
+            mode.set(0, 1, 1, '+');
+        } else {
+            mode.setList({1});
+        }
+        m_grid.begin({&mode});
+        const vkType element = m_func.contains("_32f") ? vk32f : vk16s;
+        initVectors({&pSrcFixed, &pSrcLtpResidual, &pSrcImpulseResponse, &pDstFixedVector, &pDstFltFixedVector, &pTmp,
+                     &pSrcDst},
+                    element);
+        initVectors({&pDstFixedIndex}, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!pSrcFixed.createVector(subframe, setRand, -4096, 4096) ||
+            !pSrcLtpResidual.createVector(subframe, setRand, -4096, 4096) ||
+            !pSrcImpulseResponse.createVector(subframe, setRand, -4096, 4096) ||
+            !pDstFixedVector.createVector(subframe, setZero, 0, 0) ||
+            !pDstFltFixedVector.createVector(subframe, setZero, 0, 0) ||
+            !pDstFixedIndex.createVector(5, setZero, 0, 0) || !pTmp.createVector(matrixSize, setRand, 0, 4096) ||
+            !pSrcDst.createVector(matrixSize, setZero, 0, 0)) {
+            return false;
+        }
+        dataSize = matrixSize * static_cast<int>(m_func.contains("_32f") ? sizeof(Vek32f) : sizeof(Vek16s));
+        return setData();
+    }
+
     double getDivisor() override { return subframe; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual bool setData();
+
+    // The matrix of the response, for the search that takes one.
+    virtual bool setData() {
+        return m_func.contains("_32f") ? vkcDone(veksToeplizMatrix_G729_32f(pSrcImpulseResponse.m_32f, pTmp.m_32f))
+                                       : vkcDone(veksToeplizMatrix_G729_16s(pSrcImpulseResponse.m_16s, pTmp.m_16s));
+    }
 };
-
-bool TimICdbk::canStart() {
-    vkcRebuild(mode, "mode");
-    if (m_func.contains("G729E")) {
-        mode.set(0, 1, 1, '+');
-    } else {
-        mode.setList({1});
-    }
-    grid.begin({&mode});
-    const vkType element = m_func.contains("_32f") ? vk32f : vk16s;
-    for (vkVector* vector :
-         {&pSrcFixed, &pSrcLtpResidual, &pSrcImpulseResponse, &pDstFixedVector, &pDstFltFixedVector, &pTmp, &pSrcDst}) {
-        vector->init(element);
-    }
-    pDstFixedIndex.init(vk16s);
-    return true;
-}
-
-// The matrix of the response, for the search that takes one.
-bool TimICdbk::setData() {
-    return m_func.contains("_32f") ? vkcDone(veksToeplizMatrix_G729_32f(pSrcImpulseResponse.m_32f, pTmp.m_32f))
-                                   : vkcDone(veksToeplizMatrix_G729_16s(pSrcImpulseResponse.m_16s, pTmp.m_16s));
-}
-
-bool TimICdbk::makeData() {
-    if (!pSrcFixed.createVector(subframe, setRand, -4096, 4096) ||
-        !pSrcLtpResidual.createVector(subframe, setRand, -4096, 4096) ||
-        !pSrcImpulseResponse.createVector(subframe, setRand, -4096, 4096) ||
-        !pDstFixedVector.createVector(subframe, setZero, 0, 0) ||
-        !pDstFltFixedVector.createVector(subframe, setZero, 0, 0) || !pDstFixedIndex.createVector(5, setZero, 0, 0) ||
-        !pTmp.createVector(matrixSize, setRand, 0, 4096) || !pSrcDst.createVector(matrixSize, setZero, 0, 0)) {
-        return false;
-    }
-    dataSize = matrixSize * static_cast<int>(m_func.contains("_32f") ? sizeof(Vek32f) : sizeof(Vek16s));
-    return setData();
-}
-
-void TimICdbk::flushData() {
-    for (vkVector* vector : {&pSrcDst, &pTmp, &pDstFixedIndex, &pDstFltFixedVector, &pDstFixedVector,
-                             &pSrcImpulseResponse, &pSrcLtpResidual, &pSrcFixed}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

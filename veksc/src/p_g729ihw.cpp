@@ -6,44 +6,33 @@ namespace {
 vkVector pSrcSynthSpeech;
 vkVector pDstInvAutoCorr;
 krStepIterator<int> lenght;
-vkcGrid grid;
 Vek8u* pMem;
 
-class TimIHW : public prTest {
+class TimIHW : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght").setList({145});
+        m_grid.begin({&lenght});
+        initVectors({&pSrcSynthSpeech}, vkArg::src);
+        initVectors({&pDstInvAutoCorr}, vkArg::dst);
+        return true;
+    }
+
+    bool makeData() override {
+        return vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_16s, veksWinHybridInit_G729E_16s) &&
+               pSrcSynthSpeech.createVector(m_grid.room(lenght), setRand, -4096, 4096) &&
+               pDstInvAutoCorr.createVector(31, setZero, 0, 0);
+    }
+
+    void flushData() override {
+        vkcFree(pMem);
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimIHW::canStart() {
-    vkcRebuild(lenght, "lenght").setList({145});
-    grid.begin({&lenght});
-    pSrcSynthSpeech.init(m_func, vkArg::src);
-    pDstInvAutoCorr.init(m_func, vkArg::dst);
-    return true;
-}
-
-bool TimIHW::makeData() {
-    return vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_16s, veksWinHybridInit_G729E_16s) &&
-           pSrcSynthSpeech.createVector(grid.room(lenght), setRand, -4096, 4096) &&
-           pDstInvAutoCorr.createVector(31, setZero, 0, 0);
-}
-
-void TimIHW::flushData() {
-    pDstInvAutoCorr.deleteVector();
-    pSrcSynthSpeech.deleteVector();
-    veksFree(pMem);
-    pMem = nullptr;
-}
 
 } // namespace
 

@@ -9,61 +9,43 @@ vkVector pSrc3;
 vkVector pSrc4;
 vkVector pPastEnergy;
 krStepIterator<int> tameflag;
-vkcGrid grid;
 Vek16s pDstQGain[2];
 Vek16s indx[2];
 
 constexpr int subframe = 40;
 
-class TimGain : public prTest {
+class TimGain : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override { return subframe; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setData();
-};
+    using vkcGridTest::vkcGridTest;
 
-bool TimGain::canStart() {
-    vkcRebuild(tameflag, "tameflag").set(0, 1, 1, '+');
-    grid.begin({&tameflag});
-    for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4, &pPastEnergy}) {
-        vector->init(m_func, vkArg::src);
+    bool canStart() override {
+        vkcRebuild(tameflag, "tameflag").set(0, 1, 1, '+');
+        m_grid.begin({&tameflag});
+        initVectors({&pSrc1, &pSrc2, &pSrc3, &pSrc4, &pPastEnergy}, vkArg::src);
+        return true;
     }
-    return true;
-}
 
-void TimGain::setData() {
-    for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
-        vector->m_16s[0] = 4096;
-    }
-}
-
-bool TimGain::makeData() {
-    if (!pPastEnergy.createVector(4, setRand, 1, 512)) {
-        return false;
-    }
-    for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
-        if (!vector->createVector(subframe, setRand, 1, 512)) {
+    bool makeData() override {
+        if (!pPastEnergy.createVector(4, setRand, 1, 512)) {
             return false;
         }
+        for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
+            if (!vector->createVector(subframe, setRand, 1, 512)) {
+                return false;
+            }
+        }
+        setData();
+        return true;
     }
-    setData();
-    return true;
-}
 
-void TimGain::flushData() {
-    for (vkVector* vector : {&pPastEnergy, &pSrc4, &pSrc3, &pSrc2, &pSrc1}) {
-        vector->deleteVector();
+    double getDivisor() override { return subframe; }
+
+    virtual void setData() {
+        for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
+            vector->m_16s[0] = 4096;
+        }
     }
-}
+};
 
 } // namespace
 

@@ -11,7 +11,6 @@ vkVector pPastEnergy;
 vkVector quaIndex;
 vkVector pGain;
 krStepIterator<int> tameflag;
-vkcGrid grid;
 Vek16s pDstQGain[2];
 Vek16s indx[2];
 Vek32s energy;
@@ -19,56 +18,39 @@ Vek32s energy;
 constexpr Vek16s valGainAttenuation = 32113; // 0.98
 constexpr int subframe = 40;
 
-class TimGainQnte : public prTest {
+class TimGainQnte : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override { return subframe; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setData();
-};
+    using vkcGridTest::vkcGridTest;
 
-bool TimGainQnte::canStart() {
-    vkcRebuild(tameflag, "tameflag").set(0, 1, 1, '+');
-    grid.begin({&tameflag});
-    for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4, &pPastEnergy, &quaIndex, &pGain}) {
-        vector->init(m_func, vkArg::src);
+    bool canStart() override {
+        vkcRebuild(tameflag, "tameflag").set(0, 1, 1, '+');
+        m_grid.begin({&tameflag});
+        initVectors({&pSrc1, &pSrc2, &pSrc3, &pSrc4, &pPastEnergy, &quaIndex, &pGain}, vkArg::src);
+        return true;
     }
-    return true;
-}
 
-void TimGainQnte::setData() {
-    for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
-        vector->m_16s[0] = 4096;
-    }
-}
-
-bool TimGainQnte::makeData() {
-    if (!pPastEnergy.createVector(4, setRand, 1, 512) || !quaIndex.createVector(2, setOne, 0, 0) ||
-        !pGain.createVector(2, setRand, 1, 512)) {
-        return false;
-    }
-    for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
-        if (!vector->createVector(subframe, setRand, 1, 512)) {
+    bool makeData() override {
+        if (!pPastEnergy.createVector(4, setRand, 1, 512) || !quaIndex.createVector(2, setOne, 0, 0) ||
+            !pGain.createVector(2, setRand, 1, 512)) {
             return false;
         }
+        for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
+            if (!vector->createVector(subframe, setRand, 1, 512)) {
+                return false;
+            }
+        }
+        setData();
+        return vkcDone(veksDotProd_G729A_16s32s(pSrc3.m_16s, pSrc3.m_16s, subframe, &energy));
     }
-    setData();
-    return vkcDone(veksDotProd_G729A_16s32s(pSrc3.m_16s, pSrc3.m_16s, subframe, &energy));
-}
 
-void TimGainQnte::flushData() {
-    for (vkVector* vector : {&pGain, &quaIndex, &pPastEnergy, &pSrc4, &pSrc3, &pSrc2, &pSrc1}) {
-        vector->deleteVector();
+    double getDivisor() override { return subframe; }
+
+    virtual void setData() {
+        for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
+            vector->m_16s[0] = 4096;
+        }
     }
-}
+};
 
 } // namespace
 

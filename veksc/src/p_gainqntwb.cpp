@@ -20,7 +20,6 @@ krStepIterator<int> prevBfi;
 krStepIterator<int> lenSrc;
 krStepIterator<int> valClipFlag;
 krEnumIterator<VekSpchBitRate> mode;
-vkcGrid grid;
 Vek16s pDstPitchGain;
 Vek32s pDstCodeGain;
 
@@ -29,89 +28,63 @@ constexpr int valQIndex = 37;
 // 2 in Q12: a pulse in four samples.
 constexpr Vek16s valEnergy = 8192;
 
-class TimGAINQNTWB : public prTest {
+class TimGAINQNTWB : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_decode = m_func.contains("Decode");
+        m_extended = m_func.contains("AMRWBE");
+        vkcFix(bfi, 0);
+        vkcFix(prevBfi, 0);
+        vkcFix(valClipFlag, 0);
+        vkcRebuild(lenSrc, "Lenght").setList({64});
+        vkcRebuild(mode, "BitRate");
+        vkcModes(mode, vkcRatesAMRWB);
+        vkcModes(mode, {VEK_SPCHBR_DTX});
+        if (m_decode) {
+            vkcRebuild(bfi, "bfi").set(0, 1, 1, '+');
+            vkcRebuild(prevBfi, "prevBfi").set(0, 1, 1, '+');
+        } else if (!m_extended) {
+            vkcRebuild(valClipFlag, "valClipFlag").set(0, 1, 1, '+');
+        }
+        if (m_extended) {
+            m_grid.begin({&lenSrc});
+        } else {
+            m_grid.begin({&mode, &bfi, &prevBfi, &lenSrc, &valClipFlag});
+        }
+        initVectors({&pSrcDstPastEnergy, &pPrevCodeGain, &pSrcDstPastCodeGain, &pSrcAdptTarget, &pSrcFltAdptVector,
+                     &pSrcFixedVector, &pSrcFltFixedVector, &pSrcCorr, &pSrcDstEnergyErr, &pSrcDstPitchGain,
+                     &pDstQGainIndex, &pDstCorrFactor},
+                    vkArg::src);
+        return true;
+    }
+
+    bool makeData() override { return m_decode ? setDecodeData() : setQuantData(); }
     double getDivisor() override { return m_decode ? lenSrc.value() : lenSrc.value() * 2.0; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual bool setDecodeData();
-    virtual bool setQuantData();
+
+    virtual bool setDecodeData() {
+        return pSrcDstPastEnergy.createVector(4, setRand, -16384, 16384) &&
+               pPrevCodeGain.createVector(1, setRand, -16384, 16384) &&
+               pSrcDstPastCodeGain.createVector(1, setRand, -16384, 16384);
+    }
+
+    virtual bool setQuantData() {
+        const int loud = m_extended ? 1024 : 4096;
+        return pSrcAdptTarget.createVector(m_grid.room(lenSrc), setRand, -4096, 4096) &&
+               pSrcFltAdptVector.createVector(m_grid.room(lenSrc), setRand, -4096, 4096) &&
+               pSrcFixedVector.createVector(m_grid.room(lenSrc), setRand, -loud, loud) &&
+               pSrcFltFixedVector.createVector(m_grid.room(lenSrc), setRand, -loud, loud) &&
+               pSrcCorr.createVector(4, setRand, 0, 32767) &&
+               pSrcDstEnergyErr.createVector(4, setRand, m_extended ? 0 : -32768, m_extended ? 8192 : 32767) &&
+               pSrcDstPitchGain.createVector(1, setRand, -15565, 15565) &&
+               pDstQGainIndex.createVector(1, setZero, 0, 0) && pDstCorrFactor.createVector(1, setZero, 0, 0);
+    }
 
 private:
     bool m_decode = false;
     bool m_extended = false;
 };
-
-bool TimGAINQNTWB::canStart() {
-    m_decode = m_func.contains("Decode");
-    m_extended = m_func.contains("AMRWBE");
-    vkcFix(bfi, 0);
-    vkcFix(prevBfi, 0);
-    vkcFix(valClipFlag, 0);
-    vkcRebuild(lenSrc, "Lenght").setList({64});
-    vkcRebuild(mode, "BitRate");
-    for (const VekSpchBitRate rate :
-         {VEK_SPCHBR_6600, VEK_SPCHBR_8850, VEK_SPCHBR_12650, VEK_SPCHBR_14250, VEK_SPCHBR_15850, VEK_SPCHBR_18250,
-          VEK_SPCHBR_19850, VEK_SPCHBR_23050, VEK_SPCHBR_23850, VEK_SPCHBR_DTX}) {
-        mode.add(rate);
-        mode.addValidation(rate);
-    }
-    if (m_decode) {
-        vkcRebuild(bfi, "bfi").set(0, 1, 1, '+');
-        vkcRebuild(prevBfi, "prevBfi").set(0, 1, 1, '+');
-    } else if (!m_extended) {
-        vkcRebuild(valClipFlag, "valClipFlag").set(0, 1, 1, '+');
-    }
-    if (m_extended) {
-        grid.begin({&lenSrc});
-    } else {
-        grid.begin({&mode, &bfi, &prevBfi, &lenSrc, &valClipFlag});
-    }
-    for (vkVector* vector : {&pSrcDstPastEnergy, &pPrevCodeGain, &pSrcDstPastCodeGain, &pSrcAdptTarget,
-                             &pSrcFltAdptVector, &pSrcFixedVector, &pSrcFltFixedVector, &pSrcCorr, &pSrcDstEnergyErr,
-                             &pSrcDstPitchGain, &pDstQGainIndex, &pDstCorrFactor}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimGAINQNTWB::makeData() {
-    return (m_decode ? setDecodeData() : setQuantData());
-}
-
-bool TimGAINQNTWB::setDecodeData() {
-    return pSrcDstPastEnergy.createVector(4, setRand, -16384, 16384) &&
-           pPrevCodeGain.createVector(1, setRand, -16384, 16384) &&
-           pSrcDstPastCodeGain.createVector(1, setRand, -16384, 16384);
-}
-
-bool TimGAINQNTWB::setQuantData() {
-    const int loud = m_extended ? 1024 : 4096;
-    return pSrcAdptTarget.createVector(grid.room(lenSrc), setRand, -4096, 4096) &&
-           pSrcFltAdptVector.createVector(grid.room(lenSrc), setRand, -4096, 4096) &&
-           pSrcFixedVector.createVector(grid.room(lenSrc), setRand, -loud, loud) &&
-           pSrcFltFixedVector.createVector(grid.room(lenSrc), setRand, -loud, loud) &&
-           pSrcCorr.createVector(4, setRand, 0, 32767) &&
-           pSrcDstEnergyErr.createVector(4, setRand, m_extended ? 0 : -32768, m_extended ? 8192 : 32767) &&
-           pSrcDstPitchGain.createVector(1, setRand, -15565, 15565) && pDstQGainIndex.createVector(1, setZero, 0, 0) &&
-           pDstCorrFactor.createVector(1, setZero, 0, 0);
-}
-
-void TimGAINQNTWB::flushData() {
-    for (vkVector* vector : {&pDstCorrFactor, &pDstQGainIndex, &pSrcDstPitchGain, &pSrcDstEnergyErr, &pSrcCorr,
-                             &pSrcFltFixedVector, &pSrcFixedVector, &pSrcFltAdptVector, &pSrcAdptTarget,
-                             &pSrcDstPastCodeGain, &pPrevCodeGain, &pSrcDstPastEnergy}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -14,76 +14,65 @@ krStepIterator<int> leni;
 krStepIterator<int> len;
 krStepIterator<int> lend;
 krStepIterator<int> valBounds;
-vkcGrid grid;
 char* pMemUpdated;
 int fltSize;
 
-class TimHPFLTwb : public prTest {
+class TimHPFLTwb : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_direct = m_func.contains("Direct");
+        m_inPlace = m_func.contains("ISfs");
+        if (m_direct) {
+            vkcRebuild(lend, "lend").set(16, 256, 16, '+');
+            vkcRebuild(valBounds, "valBounds").set(0, 1, 1, '+');
+            m_grid.begin({&lend, &valBounds});
+        } else if (m_inPlace) {
+            vkcRebuild(leni, "leni").set(16, 256, 16, '+');
+            vkcScales(scaleFactori, "scaleFactor", m_func, 14);
+            m_grid.begin({&leni, &scaleFactori});
+        } else {
+            vkcRebuild(len, "len").set(16, 256, 16, '+');
+            vkcScales(scaleFactor, "scaleFactor", m_func, 12);
+            m_grid.begin({&len, &scaleFactor});
+        }
+        initVectors({&pSrcDstSignal, &pSrcSignal, &pSrc, &pDst, &pCoeff}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (m_direct) {
+            // One sample is read on each side.
+            return pDst.createVector(lend.value(), setZero, 0, 0) &&
+                   pSrc.createVector(vkcSize(lend) + 2, setRand, -2048, 2048) &&
+                   pCoeff.createVector(2, setRand, -2048, 2048);
+        }
+        if (!vkcDone(veksHighPassFilterGetSize_AMRWB_16s(&fltSize))) {
+            return false;
+        }
+        pMemUpdated = static_cast<char*>(krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER));
+        if (pMemUpdated == nullptr || !vkcDone(veksHighPassFilterInit_AMRWB_16s(pMemUpdated))) {
+            return false;
+        }
+        return m_inPlace ? pSrcDstSignal.createVector(leni.value(), setRand, -2048, 2048)
+                         : pDst.createVector(len.value(), setZero, 0, 0) &&
+                               pSrcSignal.createVector(len.value(), setRand, -2048, 2048);
+    }
+
+    void flushData() override {
+        krFree(pMemUpdated);
+        pMemUpdated = nullptr;
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return m_direct ? lend.value() : m_inPlace ? leni.value() : len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
+    krString getUnit() override { return prTest::getUnit(); }
 
 private:
     bool m_direct = false;
     bool m_inPlace = false;
 };
-
-bool TimHPFLTwb::canStart() {
-    m_direct = m_func.contains("Direct");
-    m_inPlace = m_func.contains("ISfs");
-    if (m_direct) {
-        vkcRebuild(lend, "lend").set(16, 256, 16, '+');
-        vkcRebuild(valBounds, "valBounds").set(0, 1, 1, '+');
-        grid.begin({&lend, &valBounds});
-    } else if (m_inPlace) {
-        vkcRebuild(leni, "leni").set(16, 256, 16, '+');
-        vkcScales(scaleFactori, "scaleFactor", m_func, 14);
-        grid.begin({&leni, &scaleFactori});
-    } else {
-        vkcRebuild(len, "len").set(16, 256, 16, '+');
-        vkcScales(scaleFactor, "scaleFactor", m_func, 12);
-        grid.begin({&len, &scaleFactor});
-    }
-    for (vkVector* vector : {&pSrcDstSignal, &pSrcSignal, &pSrc, &pDst, &pCoeff}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimHPFLTwb::makeData() {
-    if (m_direct) {
-        // One sample is read on each side.
-        return pDst.createVector(lend.value(), setZero, 0, 0) &&
-               pSrc.createVector(vkcSize(lend) + 2, setRand, -2048, 2048) &&
-               pCoeff.createVector(2, setRand, -2048, 2048);
-    }
-    if (!vkcDone(veksHighPassFilterGetSize_AMRWB_16s(&fltSize))) {
-        return false;
-    }
-    pMemUpdated = static_cast<char*>(krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER));
-    if (pMemUpdated == nullptr || !vkcDone(veksHighPassFilterInit_AMRWB_16s(pMemUpdated))) {
-        return false;
-    }
-    return m_inPlace ? pSrcDstSignal.createVector(leni.value(), setRand, -2048, 2048)
-                     : pDst.createVector(len.value(), setZero, 0, 0) &&
-                           pSrcSignal.createVector(len.value(), setRand, -2048, 2048);
-}
-
-void TimHPFLTwb::flushData() {
-    krFree(pMemUpdated);
-    pMemUpdated = nullptr;
-    for (vkVector* vector : {&pCoeff, &pDst, &pSrc, &pSrcSignal, &pSrcDstSignal}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

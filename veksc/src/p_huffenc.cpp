@@ -19,38 +19,29 @@ const Vek16s pSrcArr[modes][region] = {
     {4, -7, 1, 5, -9, 2, -3, 8, -1, 6, -4, 3, -6, 10, -2, 5, -8, 1, 7, -3},
 };
 
-class TimHuffenc : public prTest {
+class TimHuffenc : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override { return region; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-};
+    using vkcTest::vkcTest;
 
-bool TimHuffenc::canStart() {
-    vkcRebuild(modeCount, "modeCount").set(0, 2, 1, '+');
-    m_parms.append(&modeCount);
-    pSrcMLTCoeffs.init(m_func, vkArg::src);
-    pDstCode.init(m_func, vkArg::dst);
-    return true;
-}
-
-bool TimHuffenc::makeData() {
-    if (!vkcCounts(modeCount, modes) || !pSrcMLTCoeffs.createVector(region, setZero, 0, 0) ||
-        !pDstCode.createVector(4, setZero, 0, 0)) {
-        return false;
+    bool canStart() override {
+        vkcRebuild(modeCount, "modeCount").set(0, 2, 1, '+');
+        m_parms.append(&modeCount);
+        initVectors({&pSrcMLTCoeffs}, vkArg::src);
+        initVectors({&pDstCode}, vkArg::dst);
+        return true;
     }
-    std::memcpy(pSrcMLTCoeffs.m_16s, pSrcArr[modeCount.value()], sizeof pSrcArr[0]);
-    return true;
-}
 
-void TimHuffenc::flushData() {
-    pDstCode.deleteVector();
-    pSrcMLTCoeffs.deleteVector();
-}
+    bool makeData() override {
+        if (!vkcCounts(modeCount, modes) || !pSrcMLTCoeffs.createVector(region, setZero, 0, 0) ||
+            !pDstCode.createVector(4, setZero, 0, 0)) {
+            return false;
+        }
+        std::memcpy(pSrcMLTCoeffs.m_16s, pSrcArr[modeCount.value()], sizeof pSrcArr[0]);
+        return true;
+    }
+
+    double getDivisor() override { return region; }
+};
 
 } // namespace
 

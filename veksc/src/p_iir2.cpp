@@ -10,53 +10,37 @@ vkVector pDst;
 vkVector pCoeffs;
 vkVector pMem;
 krStepIterator<int> lenght;
-vkcGrid grid;
 int dataSize;
 
 constexpr int coeffCount = 21;
 constexpr int sFs = 14;
 
-class TimIIR : public prTest {
+class TimIIR : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght").setList({61});
+        m_grid.begin({&lenght});
+        initVectors({&pTmp, &pSrcDst, &pSrc}, vkArg::src);
+        initVectors({&pDst}, vkArg::dst);
+        initVectors({&pCoeffs, &pMem}, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        const bool made = pTmp.createVector(m_grid.room(lenght), setRand, 0, 0) &&
+                          pSrcDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+                          pSrc.createVector(m_grid.room(lenght), setRand, 0, 0) &&
+                          pDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+                          pCoeffs.createVector(coeffCount, setRand, -2048, 2048) &&
+                          pMem.createVector(coeffCount, setRand, 0, 0);
+        dataSize = pTmp.size();
+        return made;
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimIIR::canStart() {
-    vkcRebuild(lenght, "lenght").setList({61});
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pTmp, &pSrcDst, &pSrc}) {
-        vector->init(m_func, vkArg::src);
-    }
-    pDst.init(m_func, vkArg::dst);
-    pCoeffs.init(vk16s);
-    pMem.init(vk16s);
-    return true;
-}
-
-bool TimIIR::makeData() {
-    const bool made =
-        pTmp.createVector(grid.room(lenght), setRand, 0, 0) && pSrcDst.createVector(grid.room(lenght), setZero, 0, 0) &&
-        pSrc.createVector(grid.room(lenght), setRand, 0, 0) && pDst.createVector(grid.room(lenght), setZero, 0, 0) &&
-        pCoeffs.createVector(coeffCount, setRand, -2048, 2048) && pMem.createVector(coeffCount, setRand, 0, 0);
-    dataSize = pTmp.size();
-    return made;
-}
-
-void TimIIR::flushData() {
-    for (vkVector* vector : {&pMem, &pCoeffs, &pDst, &pSrc, &pSrcDst, &pTmp}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -9,7 +9,6 @@ vkVector pTmp;
 vkVector pDstLPC;
 krStepIterator<int> order;
 krStepIterator<int> numSrcLPC;
-vkcGrid grid;
 int dataSize;
 Vek32s pSrcDstResidualEnergy;
 Vek16s pSrcDstScaleFactor;
@@ -39,68 +38,51 @@ constexpr Vek16s filter[longest] = {1969, -3869, -363, 1139, 211, 1028, 380,  -1
                                     -133, 41,    145,  86,   -50, -113, -52,  51,    86,   29,   -48, -64, -13,
                                     43,   46,    2,    -37,  -32, 4,    30,   22,    -7,   -24,  -14};
 
-class TimLp728 : public prTest {
+class TimLp728 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_inPlace = m_func.inplace();
+        vkcRebuild(order, "order").set(10, 50, 40, '+');
+        if (m_inPlace) {
+            vkcRebuild(numSrcLPC, "numSrcLPC").set(0, 5, 5, '+');
+            m_grid.begin({&order, &numSrcLPC});
+        } else {
+            vkcFix(numSrcLPC, 1);
+            m_grid.begin({&order});
+        }
+        initVectors({&pSrcAutoCorr, &pSrcDstLPC, &pTmp, &pDstLPC}, vkArg::src);
+        dataSize = pTmp.item(m_func) * longest;
+        return true;
+    }
+
+    bool makeData() override {
+        // The data stand for the longest filter, whatever the order is.
+        if (!pSrcAutoCorr.createVector(near + far, setZero, 0, 0)) {
+            return false;
+        }
+        if (m_inPlace ? !pSrcDstLPC.createVector(longest, setZero, 0, 0) || !pTmp.createVector(longest, setZero, 0, 0)
+                      : !pDstLPC.createVector(order.value(), setZero, 0, 0)) {
+            return false;
+        }
+        SetData();
+        return true;
+    }
+
     double getDivisor() override { return order.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void SetData();
+
+    virtual void SetData() {
+        std::memcpy(pSrcAutoCorr.m_16s, nearLags, sizeof nearLags);
+        std::memcpy(pSrcAutoCorr.m_16s + near, farLags, sizeof farLags);
+        if (m_inPlace) {
+            std::memcpy(pTmp.m_16s, filter, sizeof filter);
+        }
+    }
 
 private:
     bool m_inPlace = false;
 };
-
-bool TimLp728::canStart() {
-    m_inPlace = m_func.inplace();
-    vkcRebuild(order, "order").set(10, 50, 40, '+');
-    if (m_inPlace) {
-        vkcRebuild(numSrcLPC, "numSrcLPC").set(0, 5, 5, '+');
-        grid.begin({&order, &numSrcLPC});
-    } else {
-        vkcFix(numSrcLPC, 1);
-        grid.begin({&order});
-    }
-    for (vkVector* vector : {&pSrcAutoCorr, &pSrcDstLPC, &pTmp, &pDstLPC}) {
-        vector->init(m_func, vkArg::src);
-    }
-    dataSize = pTmp.item(m_func) * longest;
-    return true;
-}
-
-void TimLp728::SetData() {
-    std::memcpy(pSrcAutoCorr.m_16s, nearLags, sizeof nearLags);
-    std::memcpy(pSrcAutoCorr.m_16s + near, farLags, sizeof farLags);
-    if (m_inPlace) {
-        std::memcpy(pTmp.m_16s, filter, sizeof filter);
-    }
-}
-
-bool TimLp728::makeData() {
-    // The data stand for the longest filter, whatever the order is.
-    if (!pSrcAutoCorr.createVector(near + far, setZero, 0, 0)) {
-        return false;
-    }
-    if (m_inPlace ? !pSrcDstLPC.createVector(longest, setZero, 0, 0) || !pTmp.createVector(longest, setZero, 0, 0)
-                  : !pDstLPC.createVector(order.value(), setZero, 0, 0)) {
-        return false;
-    }
-    SetData();
-    return true;
-}
-
-void TimLp728::flushData() {
-    for (vkVector* vector : {&pDstLPC, &pTmp, &pSrcDstLPC, &pSrcAutoCorr}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

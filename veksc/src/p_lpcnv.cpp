@@ -8,48 +8,31 @@ vkVector pLSP;
 vkVector pPrevLSP;
 vkVector pLPC;
 krStepIterator<int> lenght;
-vkcGrid grid;
 
-class TimLpCnv : public prTest {
+class TimLpCnv : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_toLsp = m_func.contains("ToLSP");
+        vkcRebuild(lenght, "lenght").setList({11});
+        m_grid.begin({&lenght});
+        initVectors({&pLSF, &pLSP, &pPrevLSP, &pLPC}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        return pLSF.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+               pLSP.createVector(m_grid.room(lenght), m_toLsp ? setZero : setOne, 0, 0) &&
+               pPrevLSP.createVector(m_grid.room(lenght), setValue, 2000, 0) &&
+               pLPC.createVector(m_grid.room(lenght), setZero, 0, 0);
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
     bool m_toLsp = false;
 };
-
-bool TimLpCnv::canStart() {
-    m_toLsp = m_func.contains("ToLSP");
-    vkcRebuild(lenght, "lenght").setList({11});
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pLSF, &pLSP, &pPrevLSP, &pLPC}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimLpCnv::makeData() {
-    return pLSF.createVector(grid.room(lenght), setZero, 0, 0) &&
-           pLSP.createVector(grid.room(lenght), m_toLsp ? setZero : setOne, 0, 0) &&
-           pPrevLSP.createVector(grid.room(lenght), setValue, 2000, 0) &&
-           pLPC.createVector(grid.room(lenght), setZero, 0, 0);
-}
-
-void TimLpCnv::flushData() {
-    for (vkVector* vector : {&pLPC, &pPrevLSP, &pLSP, &pLSF}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

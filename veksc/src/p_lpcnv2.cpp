@@ -12,76 +12,57 @@ vkVector pPrevLSF;
 vkVector pQuantLSF;
 vkVector quantIndex;
 krStepIterator<int> erase;
-vkcGrid grid;
 int dataSize;
 
 constexpr int order = 12;
 constexpr int memory = 20;
 
-class TimLpCnv2 : public prTest {
+class TimLpCnv2 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override { return order; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void SetData_LSF();
-    virtual void SetData_LPC();
-};
+    using vkcGridTest::vkcGridTest;
 
-bool TimLpCnv2::canStart() {
-    vkcRebuild(erase, "Erase");
-    if (m_func.contains("Decode")) {
-        erase.set(0, 1, 1, '+');
-    } else {
-        erase.setList({1});
+    bool canStart() override {
+        vkcRebuild(erase, "Erase");
+        if (m_func.contains("Decode")) {
+            erase.set(0, 1, 1, '+');
+        } else {
+            erase.setList({1});
+        }
+        m_grid.begin({&erase});
+        initVectors({&prevLSP, &pTmp, &pSrcDst, &pLPC, &pDst, &pPrevLSF, &pQuantLSF, &quantIndex}, vkArg::src);
+        return true;
     }
-    grid.begin({&erase});
-    for (vkVector* vector : {&prevLSP, &pTmp, &pSrcDst, &pLPC, &pDst, &pPrevLSF, &pQuantLSF, &quantIndex}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
 
-void TimLpCnv2::SetData_LSF() {
-    static constexpr Vek16s lsf[] = {3244, 4648, 7441, 11200, 13758, 16670, 19822, 22012, 25916, 27949, -13108};
-    std::memcpy(pTmp.m_16s, lsf, sizeof lsf);
-    std::memcpy(pQuantLSF.m_16s, lsf, sizeof lsf);
-}
-
-void TimLpCnv2::SetData_LPC() {
-    static constexpr Vek16s lpc[] = {4143, 733, 14, -39, -29, -61, -903, -6692, 4084, 428};
-    std::memcpy(pLPC.m_16s, lpc, sizeof lpc);
-}
-
-bool TimLpCnv2::makeData() {
-    for (vkVector* vector : {&prevLSP, &pTmp, &pLPC}) {
-        if (!vector->createVector(order, setRand, 0, 0)) {
+    bool makeData() override {
+        for (vkVector* vector : {&prevLSP, &pTmp, &pLPC}) {
+            if (!vector->createVector(order, setRand, 0, 0)) {
+                return false;
+            }
+        }
+        if (!pSrcDst.createVector(order, setZero, 0, 0) || !pDst.createVector(order, setZero, 0, 0) ||
+            !pPrevLSF.createVector(memory, setValue, 16384, 0) || !pQuantLSF.createVector(memory, setZero, 0, 0) ||
+            !quantIndex.createVector(3, setZero, 0, 0)) {
             return false;
         }
+        dataSize = order * vkVector::item(m_func);
+        SetData_LSF();
+        SetData_LPC();
+        return true;
     }
-    if (!pSrcDst.createVector(order, setZero, 0, 0) || !pDst.createVector(order, setZero, 0, 0) ||
-        !pPrevLSF.createVector(memory, setValue, 16384, 0) || !pQuantLSF.createVector(memory, setZero, 0, 0) ||
-        !quantIndex.createVector(3, setZero, 0, 0)) {
-        return false;
-    }
-    dataSize = order * vkVector::item(m_func);
-    SetData_LSF();
-    SetData_LPC();
-    return true;
-}
 
-void TimLpCnv2::flushData() {
-    for (vkVector* vector : {&quantIndex, &pQuantLSF, &pPrevLSF, &pDst, &pLPC, &pSrcDst, &pTmp, &prevLSP}) {
-        vector->deleteVector();
+    double getDivisor() override { return order; }
+
+    virtual void SetData_LSF() {
+        static constexpr Vek16s lsf[] = {3244, 4648, 7441, 11200, 13758, 16670, 19822, 22012, 25916, 27949, -13108};
+        std::memcpy(pTmp.m_16s, lsf, sizeof lsf);
+        std::memcpy(pQuantLSF.m_16s, lsf, sizeof lsf);
     }
-}
+
+    virtual void SetData_LPC() {
+        static constexpr Vek16s lpc[] = {4143, 733, 14, -39, -29, -61, -903, -6692, 4084, 428};
+        std::memcpy(pLPC.m_16s, lpc, sizeof lpc);
+    }
+};
 
 } // namespace
 

@@ -18,7 +18,6 @@ vkVector pDstIsp;
 vkVector pSrcLpc;
 vkVector pSrcPrevIsp;
 krStepIterator<int> len;
-vkcGrid grid;
 Vek16s pResultAdptGain;
 
 // Falling coefficients above zero make a stable filter.
@@ -40,80 +39,66 @@ void SetData_AMRWB(long long span, short* data, int n) {
     }
 }
 
-class TimLPCnvwb : public prTest {
+class TimLPCnvwb : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_gain = m_func.contains("AdaptiveCodebookGainCoeff");
+        m_fromLpc = m_func.contains("LPCToISP");
+        vkcRebuild(len, "len");
+        if (m_gain) {
+            len.set(32, 128, 32, '+');
+        } else if (m_fromLpc) {
+            len.setList({17});
+        } else if (m_func.contains("ISPToISF")) {
+            len.setList({16});
+        } else {
+            len.set(16, 21, 4, '+');
+        }
+        m_grid.begin({&len});
+        initVectors({&pSrcAdptTarget, &pSrcFltAdptVector, &pDstGainCoeff, &pSrcIsp, &pDstIsf, &pDstLpc, &pSrcIsf,
+                     &pDstIsp, &pSrcLpc, &pSrcPrevIsp},
+                    vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        constexpr int spectrum = 16;
+        if (m_gain) {
+            return pSrcAdptTarget.createVector(m_grid.room(len), setRand, -8192, 8192) &&
+                   pSrcFltAdptVector.createVector(m_grid.room(len), setRand, -8192, 8192) &&
+                   pDstGainCoeff.createVector(4, setZero, 0, 0);
+        }
+        if (m_fromLpc) {
+            if (!pSrcLpc.createVector(spectrum + 1, setRand, -4096, 4096) ||
+                !pDstIsp.createVector(spectrum, setZero, 0, 0) ||
+                !pSrcPrevIsp.createVector(spectrum, setRand, -4096, 4096)) {
+                return false;
+            }
+            SetValue_AMRWB(4096, pSrcLpc.m_16s, 1);
+            SortLPC_AMRWB(pSrcLpc.m_16s, 1, spectrum + 1);
+            return true;
+        }
+        // A filter has a coefficient more than its order.
+        if (!pSrcIsp.createVector(m_grid.room(len), setZero, 0, 0) ||
+            !pDstIsf.createVector(m_grid.room(len), setZero, 0, 0) ||
+            !pDstLpc.createVector(m_grid.room(len) + 1, setZero, 0, 0) ||
+            !pSrcIsf.createVector(m_grid.room(len), setZero, 0, 0) ||
+            !pDstIsp.createVector(m_grid.room(len), setZero, 0, 0)) {
+            return false;
+        }
+        SetData_AMRWB(-64000, pSrcIsp.m_16s, len.value());
+        SetData_AMRWB(16384, pSrcIsf.m_16s, len.value());
+        return true;
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
     bool m_gain = false;
     bool m_fromLpc = false;
 };
-
-bool TimLPCnvwb::canStart() {
-    m_gain = m_func.contains("AdaptiveCodebookGainCoeff");
-    m_fromLpc = m_func.contains("LPCToISP");
-    vkcRebuild(len, "len");
-    if (m_gain) {
-        len.set(32, 128, 32, '+');
-    } else if (m_fromLpc) {
-        len.setList({17});
-    } else if (m_func.contains("ISPToISF")) {
-        len.setList({16});
-    } else {
-        len.set(16, 21, 4, '+');
-    }
-    grid.begin({&len});
-    for (vkVector* vector : {&pSrcAdptTarget, &pSrcFltAdptVector, &pDstGainCoeff, &pSrcIsp, &pDstIsf, &pDstLpc,
-                             &pSrcIsf, &pDstIsp, &pSrcLpc, &pSrcPrevIsp}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimLPCnvwb::makeData() {
-    constexpr int spectrum = 16;
-    if (m_gain) {
-        return pSrcAdptTarget.createVector(grid.room(len), setRand, -8192, 8192) &&
-               pSrcFltAdptVector.createVector(grid.room(len), setRand, -8192, 8192) &&
-               pDstGainCoeff.createVector(4, setZero, 0, 0);
-    }
-    if (m_fromLpc) {
-        if (!pSrcLpc.createVector(spectrum + 1, setRand, -4096, 4096) ||
-            !pDstIsp.createVector(spectrum, setZero, 0, 0) ||
-            !pSrcPrevIsp.createVector(spectrum, setRand, -4096, 4096)) {
-            return false;
-        }
-        SetValue_AMRWB(4096, pSrcLpc.m_16s, 1);
-        SortLPC_AMRWB(pSrcLpc.m_16s, 1, spectrum + 1);
-        return true;
-    }
-    // A filter has a coefficient more than its order.
-    if (!pSrcIsp.createVector(grid.room(len), setZero, 0, 0) || !pDstIsf.createVector(grid.room(len), setZero, 0, 0) ||
-        !pDstLpc.createVector(grid.room(len) + 1, setZero, 0, 0) ||
-        !pSrcIsf.createVector(grid.room(len), setZero, 0, 0) || !pDstIsp.createVector(grid.room(len), setZero, 0, 0)) {
-        return false;
-    }
-    SetData_AMRWB(-64000, pSrcIsp.m_16s, len.value());
-    SetData_AMRWB(16384, pSrcIsf.m_16s, len.value());
-    return true;
-}
-
-void TimLPCnvwb::flushData() {
-    for (vkVector* vector : {&pSrcPrevIsp, &pSrcLpc, &pDstIsp, &pSrcIsf, &pDstLpc, &pDstIsf, &pSrcIsp, &pDstGainCoeff,
-                             &pSrcFltAdptVector, &pSrcAdptTarget}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

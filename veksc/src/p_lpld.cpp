@@ -7,72 +7,51 @@ vkVector pSrc;
 vkVector pLPC;
 vkVector pRC;
 krStepIterator<int> order;
-vkcGrid grid;
 Vek16s err_;
 Vek32f errFloat_;
 
-class TimLPCLevinsonDurbin : public prTest {
+class TimLPCLevinsonDurbin : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_float = m_func.contains("32f");
+        const bool annexB = m_func.contains("729B");
+        vkcRebuild(order, "Order");
+        if (annexB) {
+            order.setList({10});
+            // The name has no type word.
+            initVectors({&pSrc}, vk32s);
+            initVectors({&pLPC, &pRC}, vk16s);
+        } else {
+            order.set(10, 30, 5, '+');
+            initVectors({&pSrc}, vkArg::src);
+            initVectors({&pLPC, &pRC}, vkArg::dst);
+        }
+        m_grid.begin({&order});
+        return true;
+    }
+
+    bool makeData() override {
+        // Lag 0 and the leading coefficient come on top of the order.
+        const long long size = m_grid.room(order) + 1;
+        const bool source =
+            m_float ? pSrc.createVector(size, setOne, 0, 0) : pSrc.createVector(size, setValue, 1073741824, 0);
+        if (!source || !pLPC.createVector(size, setZero, 0, 0) || !pRC.createVector(size, setZero, 0, 0)) {
+            return false;
+        }
+        if (m_float) {
+            setData_32f();
+        }
+        return true;
+    }
+
     double getDivisor() override { return static_cast<double>(order.value()) * order.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setData_32f();
+    virtual void setData_32f() { pSrc.setIndex(0, setValue, 2, 0); }
 
 private:
     bool m_float = false;
 };
-
-bool TimLPCLevinsonDurbin::canStart() {
-    m_float = m_func.contains("32f");
-    const bool annexB = m_func.contains("729B");
-    vkcRebuild(order, "Order");
-    if (annexB) {
-        order.setList({10});
-        // The name has no type word.
-        pSrc.init(vk32s);
-        pLPC.init(vk16s);
-        pRC.init(vk16s);
-    } else {
-        order.set(10, 30, 5, '+');
-        pSrc.init(m_func, vkArg::src);
-        pLPC.init(m_func, vkArg::dst);
-        pRC.init(m_func, vkArg::dst);
-    }
-    grid.begin({&order});
-    return true;
-}
-
-void TimLPCLevinsonDurbin::setData_32f() {
-    pSrc.setIndex(0, setValue, 2, 0);
-}
-
-bool TimLPCLevinsonDurbin::makeData() {
-    // Lag 0 and the leading coefficient come on top of the order.
-    const long long size = grid.room(order) + 1;
-    const bool source =
-        m_float ? pSrc.createVector(size, setOne, 0, 0) : pSrc.createVector(size, setValue, 1073741824, 0);
-    if (!source || !pLPC.createVector(size, setZero, 0, 0) || !pRC.createVector(size, setZero, 0, 0)) {
-        return false;
-    }
-    if (m_float) {
-        setData_32f();
-    }
-    return true;
-}
-
-void TimLPCLevinsonDurbin::flushData() {
-    for (vkVector* vector : {&pRC, &pLPC, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

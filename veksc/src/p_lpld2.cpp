@@ -6,55 +6,34 @@ namespace {
 vkVector pSrc;
 vkVector pLPC;
 krStepIterator<int> lenght;
-vkcGrid grid;
 Vek16s Pk2;
 Vek16s pErr;
 
 constexpr Vek16s energy = 32767;
 
-class TimLPCLevinsonDurbin723 : public prTest {
+class TimLPCLevinsonDurbin723 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "Lenght").setList({10});
+        m_grid.begin({&lenght});
+        initVectors({&pSrc, &pLPC}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!pSrc.createVector(m_grid.room(lenght), setValue, 1024, 0) ||
+            !pLPC.createVector(m_grid.room(lenght), setZero, 0, 0)) {
+            return false;
+        }
+        setData();
+        return true;
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setData();
+    virtual void setData() { pSrc.m_16s[0] = 16384; }
 };
-
-bool TimLPCLevinsonDurbin723::canStart() {
-    vkcRebuild(lenght, "Lenght").setList({10});
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pSrc, &pLPC}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-void TimLPCLevinsonDurbin723::setData() {
-    pSrc.m_16s[0] = 16384;
-}
-
-bool TimLPCLevinsonDurbin723::makeData() {
-    if (!pSrc.createVector(grid.room(lenght), setValue, 1024, 0) ||
-        !pLPC.createVector(grid.room(lenght), setZero, 0, 0)) {
-        return false;
-    }
-    setData();
-    return true;
-}
-
-void TimLPCLevinsonDurbin723::flushData() {
-    for (vkVector* vector : {&pLPC, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -9,57 +9,40 @@ vkVector pDstLsf;
 vkVector pSrcLsf;
 vkVector pDstLpc;
 krStepIterator<int> len;
-vkcGrid grid;
 Vek32s pResultQLsfIndex;
 
-class TimLSF_723 : public prTest {
+class TimLSF_723 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void SetData_LSF();
-};
+    using vkcGridTest::vkcGridTest;
 
-bool TimLSF_723::canStart() {
-    vkcRebuild(len, "Lenght").setList({10});
-    grid.begin({&len});
-    for (vkVector* vector : {&pSrcLpc, &pSrcPrevLsf, &pDstLsf, &pSrcLsf, &pDstLpc}) {
-        vector->init(m_func, vkArg::src);
+    bool canStart() override {
+        vkcRebuild(len, "Lenght").setList({10});
+        m_grid.begin({&len});
+        initVectors({&pSrcLpc, &pSrcPrevLsf, &pDstLsf, &pSrcLsf, &pDstLpc}, vkArg::src);
+        return true;
     }
-    return true;
-}
 
-void TimLSF_723::SetData_LSF() {
-    static constexpr Vek16s lsf[] = {3244, 4648, 7441, 11200, 13758, 16670, 19822, 22012, 25916, 27949};
-    std::memcpy(pSrcLsf.m_16s, lsf, sizeof lsf);
-}
-
-bool TimLSF_723::makeData() {
-    if (!pDstLsf.createVector(grid.room(len), setZero, 0, 0) || !pDstLpc.createVector(grid.room(len), setZero, 0, 0)) {
-        return false;
-    }
-    for (vkVector* vector : {&pSrcLpc, &pSrcPrevLsf, &pSrcLsf}) {
-        if (!vector->createVector(grid.room(len), setRand, -2048, 2048)) {
+    bool makeData() override {
+        if (!pDstLsf.createVector(m_grid.room(len), setZero, 0, 0) ||
+            !pDstLpc.createVector(m_grid.room(len), setZero, 0, 0)) {
             return false;
         }
+        for (vkVector* vector : {&pSrcLpc, &pSrcPrevLsf, &pSrcLsf}) {
+            if (!vector->createVector(m_grid.room(len), setRand, -2048, 2048)) {
+                return false;
+            }
+        }
+        SetData_LSF();
+        return true;
     }
-    SetData_LSF();
-    return true;
-}
 
-void TimLSF_723::flushData() {
-    for (vkVector* vector : {&pDstLpc, &pSrcLsf, &pDstLsf, &pSrcPrevLsf, &pSrcLpc}) {
-        vector->deleteVector();
+    double getDivisor() override { return len.value(); }
+
+    virtual void SetData_LSF() {
+        static constexpr Vek16s lsf[] = {3244, 4648, 7441, 11200, 13758, 16670, 19822, 22012, 25916, 27949};
+        std::memcpy(pSrcLsf.m_16s, lsf, sizeof lsf);
     }
-}
+};
 
 } // namespace
 

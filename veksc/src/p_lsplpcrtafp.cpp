@@ -11,71 +11,52 @@ vkVector pDstLSP;
 vkVector pSrcLSP;
 vkVector pDstLPC;
 krStepIterator<int> order;
-vkcGrid grid;
 
-class LSFLPC_RTA_32f : public prTest {
+class LSFLPC_RTA_32f : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_toLSP = m_func.contains("veksLPCToLSP_RTA_32f");
+        vkcRebuild(order, "Order").set(4, 16, 2, '+');
+        m_grid.begin({&order});
+        initVectors({&pSrc, &pSrcAutoCorr, &pDstRC, &pSrcLPC, &pDstLSP, &pSrcLSP, &pDstLPC}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        // Of order n there are n + 1 autocorrelations and coefficients.
+        const long long n = vkcSize(order);
+        if (m_toLSP) {
+            return pSrc.createVector(n, setRand, -150, 150) && pSrcAutoCorr.createVector(n + 1, setZero, 0, 0) &&
+                   pDstRC.createVector(n, setZero, 0, 0) && pSrcLPC.createVector(n + 1, setZero, 0, 0) &&
+                   pDstLSP.createVector(n, setZero, 0, 0) && setData();
+        }
+        return pSrcLSP.createVector(n, setRand, -150, 150) && pDstLPC.createVector(n + 1, setZero, 0, 0);
+    }
+
     double getDivisor() override { return order.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
-    virtual bool setData();
+    // The prediction of the random signal.
+    virtual bool setData() {
+        const int n = order.value();
+        // Whether the library takes the order shows before the sums are worked out.
+        pSrcAutoCorr.m_32f[0] = 1;
+        if (!vkcDone(veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n))) {
+            return false;
+        }
+        pSrcAutoCorr.m_32f[0] = 0;
+        for (int lag = 0; lag <= n; ++lag) {
+            for (int i = lag; i < n; ++i) {
+                pSrcAutoCorr.m_32f[lag] += pSrc.m_32f[i] * pSrc.m_32f[i - lag];
+            }
+        }
+        return vkcDone(veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n));
+    }
 
     bool m_toLSP = false;
 };
-
-bool LSFLPC_RTA_32f::canStart() {
-    m_toLSP = m_func.contains("veksLPCToLSP_RTA_32f");
-    vkcRebuild(order, "Order").set(4, 16, 2, '+');
-    grid.begin({&order});
-    for (vkVector* vector : {&pSrc, &pSrcAutoCorr, &pDstRC, &pSrcLPC, &pDstLSP, &pSrcLSP, &pDstLPC}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool LSFLPC_RTA_32f::makeData() {
-    // Of order n there are n + 1 autocorrelations and coefficients.
-    const long long n = vkcSize(order);
-    if (m_toLSP) {
-        return pSrc.createVector(n, setRand, -150, 150) && pSrcAutoCorr.createVector(n + 1, setZero, 0, 0) &&
-               pDstRC.createVector(n, setZero, 0, 0) && pSrcLPC.createVector(n + 1, setZero, 0, 0) &&
-               pDstLSP.createVector(n, setZero, 0, 0) && setData();
-    }
-    return pSrcLSP.createVector(n, setRand, -150, 150) && pDstLPC.createVector(n + 1, setZero, 0, 0);
-}
-
-// The prediction of the random signal.
-bool LSFLPC_RTA_32f::setData() {
-    const int n = order.value();
-    // Whether the library takes the order shows before the sums are worked out.
-    pSrcAutoCorr.m_32f[0] = 1;
-    if (!vkcDone(veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n))) {
-        return false;
-    }
-    pSrcAutoCorr.m_32f[0] = 0;
-    for (int lag = 0; lag <= n; ++lag) {
-        for (int i = lag; i < n; ++i) {
-            pSrcAutoCorr.m_32f[lag] += pSrc.m_32f[i] * pSrc.m_32f[i - lag];
-        }
-    }
-    return vkcDone(veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n));
-}
-
-void LSFLPC_RTA_32f::flushData() {
-    for (vkVector* vector : {&pDstLPC, &pSrcLSP, &pDstLSP, &pSrcLPC, &pDstRC, &pSrcAutoCorr, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

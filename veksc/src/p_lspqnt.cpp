@@ -9,71 +9,52 @@ vkVector pQuantLSFTable;
 vkVector pQuantLSF;
 krStepIterator<int> lenght;
 krStepIterator<int> lenght_table;
-vkcGrid grid;
 
 constexpr int maIndex = 0;
 constexpr int freqCount = 10;
 const Vek16s freq_prev_reset[freqCount] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
 const Vek16s speechLsf[freqCount] = {2963, 4560, 6471, 8523, 11936, 14431, 16601, 18394, 20338, 22179};
 
-class TimLspqnt : public prTest {
+class TimLspqnt : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
-    double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual bool setData();
-    virtual void setDataL();
-};
+    using vkcGridTest::vkcGridTest;
 
-bool TimLspqnt::canStart() {
-    vkcRebuild(lenght, "lenght").setList({10});
-    vkcRebuild(lenght_table, "lenght LSFTable").setList({40});
-    grid.begin({&lenght, &lenght_table});
-    for (vkVector* vector : {&quantIndex, &pLSP, &pQuantLSFTable, &pQuantLSF}) {
-        vector->init(m_func, vkArg::src);
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght").setList({10});
+        vkcRebuild(lenght_table, "lenght LSFTable").setList({40});
+        m_grid.begin({&lenght, &lenght_table});
+        initVectors({&quantIndex, &pLSP, &pQuantLSFTable, &pQuantLSF}, vkArg::src);
+        return true;
     }
-    return true;
-}
 
-bool TimLspqnt::setData() {
-    for (int row = 0; row + freqCount <= lenght_table.value(); row += freqCount) {
-        if (!vkcDone(veksCopy_16s(freq_prev_reset, pQuantLSFTable.m_16s + row, freqCount))) {
+    bool makeData() override {
+        if (!quantIndex.createVector(m_grid.room(lenght), setZero, 0, 0) ||
+            !pLSP.createVector(m_grid.room(lenght), setZero, 0, 0) ||
+            !pQuantLSFTable.createVector(m_grid.room(lenght_table), setZero, 0, 0) ||
+            !pQuantLSF.createVector(m_grid.room(lenght), setZero, 0, 0)) {
             return false;
         }
+        setDataL();
+        return setData();
     }
-    return true;
-}
 
-void TimLspqnt::setDataL() {
-    for (int i = 0; i < freqCount && i < lenght.value(); ++i) {
-        pLSP.setIndex(i, setValue, speechLsf[i], 0);
-    }
-}
+    double getDivisor() override { return lenght.value(); }
 
-bool TimLspqnt::makeData() {
-    if (!quantIndex.createVector(grid.room(lenght), setZero, 0, 0) ||
-        !pLSP.createVector(grid.room(lenght), setZero, 0, 0) ||
-        !pQuantLSFTable.createVector(grid.room(lenght_table), setZero, 0, 0) ||
-        !pQuantLSF.createVector(grid.room(lenght), setZero, 0, 0)) {
-        return false;
+    virtual bool setData() {
+        for (int row = 0; row + freqCount <= lenght_table.value(); row += freqCount) {
+            if (!vkcDone(veksCopy_16s(freq_prev_reset, pQuantLSFTable.m_16s + row, freqCount))) {
+                return false;
+            }
+        }
+        return true;
     }
-    setDataL();
-    return setData();
-}
 
-void TimLspqnt::flushData() {
-    for (vkVector* vector : {&pQuantLSF, &pQuantLSFTable, &pLSP, &quantIndex}) {
-        vector->deleteVector();
+    virtual void setDataL() {
+        for (int i = 0; i < freqCount && i < lenght.value(); ++i) {
+            pLSP.setIndex(i, setValue, speechLsf[i], 0);
+        }
     }
-}
+};
 
 } // namespace
 

@@ -9,59 +9,41 @@ vkVector pDstQLsf;
 vkVector pDstQLsp;
 vkVector pDstQLspIndex;
 krStepIterator<int> lenght;
-vkcGrid grid;
 
 constexpr int rows = 4;
 constexpr int freqCount = 10;
 const Vek16s freq_prev_reset[freqCount] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
 
-class TimLspQnt729e : public prTest {
+class TimLspQnt729e : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "").setList({freqCount});
+        m_grid.begin({&lenght});
+        initVectors({&pSrcLpc, &pSrcPrevFreq, &pDstQLsf, &pDstQLsp, &pDstQLspIndex}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        return pSrcLpc.createVector(m_grid.room(lenght), setRand, -512, 512) &&
+               pSrcPrevFreq.createVector(rows * freqCount, setRand, -512, 512) &&
+               pDstQLsf.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+               pDstQLsp.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+               pDstQLspIndex.createVector(2, setRand, 0, 6) && setData();
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual bool setData();
-};
 
-bool TimLspQnt729e::canStart() {
-    vkcRebuild(lenght, "").setList({freqCount});
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pSrcLpc, &pSrcPrevFreq, &pDstQLsf, &pDstQLsp, &pDstQLspIndex}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimLspQnt729e::setData() {
-    for (int row = 0; row < rows; ++row) {
-        if (!vkcDone(veksCopy_16s(freq_prev_reset, pSrcPrevFreq.m_16s + row * freqCount, freqCount))) {
-            return false;
+    virtual bool setData() {
+        for (int row = 0; row < rows; ++row) {
+            if (!vkcDone(veksCopy_16s(freq_prev_reset, pSrcPrevFreq.m_16s + row * freqCount, freqCount))) {
+                return false;
+            }
         }
+        return true;
     }
-    return true;
-}
-
-bool TimLspQnt729e::makeData() {
-    return pSrcLpc.createVector(grid.room(lenght), setRand, -512, 512) &&
-           pSrcPrevFreq.createVector(rows * freqCount, setRand, -512, 512) &&
-           pDstQLsf.createVector(grid.room(lenght), setZero, 0, 0) &&
-           pDstQLsp.createVector(grid.room(lenght), setZero, 0, 0) && pDstQLspIndex.createVector(2, setRand, 0, 6) &&
-           setData();
-}
-
-void TimLspQnt729e::flushData() {
-    for (vkVector* vector : {&pDstQLspIndex, &pDstQLsp, &pDstQLsf, &pSrcPrevFreq, &pSrcLpc}) {
-        vector->deleteVector();
-    }
-}
+};
 
 } // namespace
 

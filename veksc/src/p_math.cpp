@@ -11,26 +11,58 @@ vkVector pTmp;
 vkcScaleIterator scaleFactor;
 krEnumIterator<int> lenght_1;
 krStepIterator<int> lenght;
-vkcGrid grid;
 int dataSize;
 
 constexpr Vek16s val = 16384;
 constexpr Vek32f valFloat = 0.5F;
 constexpr int powerBase = 16;
 
-class TimMath : public prTest {
+class TimMath : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        const bool interpolatesLsp = m_func.contains("veksInterpolate_G729_16s");
+        const bool interpolatesNR = m_func.contains("InterpolateC_NR");
+        m_listed = interpolatesLsp || interpolatesNR;
+        vkcScales(scaleFactor, "scaleFactor", m_func, 0, 8, 15);
+        if (interpolatesLsp) {
+            vkcRebuild(lenght_1, "length").setList({8, 10, 31, 32, 64});
+        } else if (interpolatesNR) {
+            vkcRebuild(lenght_1, "lenght").setList({11, 39, 40, 60, 80, 120});
+            lenght_1.initValidation();
+            for (const int longest : {180, 223}) {
+                lenght_1.add(longest);
+                lenght_1.addValidation(longest);
+            }
+        } else {
+            vkcRebuild(lenght_1, "lenght").setList({10, 40, 60});
+        }
+        vkcRebuild(lenght, "lenght");
+        if (m_func.contains("LagWindow")) {
+            lenght.set(2, 12, 4, '+');
+        } else {
+            lenght.set(40, 240, 40, '+');
+        }
+        if (m_listed) {
+            m_grid.begin({&lenght_1, &scaleFactor});
+        } else {
+            m_grid.begin({&lenght, &scaleFactor});
+        }
+        initVectors({&pSrc1, &pSrc2, &pDst, &pSrcDst, &pTmp}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        const bool made =
+            pSrc1.createVector(elements(), setZero, 0, 0) && pSrc2.createVector(elements(), setRand, -4092, 4092) &&
+            pDst.createVector(elements(), setZero, 0, 0) && pSrcDst.createVector(elements(), setZero, 0, 0) &&
+            pTmp.createVector(elements(), setValue, 10, 0);
+        dataSize = pTmp.size();
+        return made;
+    }
+
     double getDivisor() override { return elements(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
     int elements() const { return m_listed ? lenght_1.value() : lenght.value(); }
@@ -38,87 +70,26 @@ private:
     bool m_listed = false;
 };
 
-bool TimMath::canStart() {
-    const bool interpolatesLsp = m_func.contains("veksInterpolate_G729_16s");
-    const bool interpolatesNR = m_func.contains("InterpolateC_NR");
-    m_listed = interpolatesLsp || interpolatesNR;
-    vkcScales(scaleFactor, "scaleFactor", m_func, 0, 8, 15);
-    if (interpolatesLsp) {
-        vkcRebuild(lenght_1, "length").setList({8, 10, 31, 32, 64});
-    } else if (interpolatesNR) {
-        vkcRebuild(lenght_1, "lenght").setList({11, 39, 40, 60, 80, 120});
-        lenght_1.initValidation();
-        for (const int longest : {180, 223}) {
-            lenght_1.add(longest);
-            lenght_1.addValidation(longest);
-        }
-    } else {
-        vkcRebuild(lenght_1, "lenght").setList({10, 40, 60});
-    }
-    vkcRebuild(lenght, "lenght");
-    if (m_func.contains("LagWindow")) {
-        lenght.set(2, 12, 4, '+');
-    } else {
-        lenght.set(40, 240, 40, '+');
-    }
-    if (m_listed) {
-        grid.begin({&lenght_1, &scaleFactor});
-    } else {
-        grid.begin({&lenght, &scaleFactor});
-    }
-    for (vkVector* vector : {&pSrc1, &pSrc2, &pDst, &pSrcDst, &pTmp}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimMath::makeData() {
-    const bool made = pSrc1.createVector(elements(), setZero, 0, 0) &&
-                      pSrc2.createVector(elements(), setRand, -4092, 4092) &&
-                      pDst.createVector(elements(), setZero, 0, 0) && pSrcDst.createVector(elements(), setZero, 0, 0) &&
-                      pTmp.createVector(elements(), setValue, 10, 0);
-    dataSize = pTmp.size();
-    return made;
-}
-
-void TimMath::flushData() {
-    for (vkVector* vector : {&pTmp, &pSrcDst, &pDst, &pSrc2, &pSrc1}) {
-        vector->deleteVector();
-    }
-}
-
-class krMulPowerC : public prTest {
+class krMulPowerC : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcScales(scaleFactor, "scaleFactor", m_func, 0, 8, 15);
+        vkcRebuild(lenght_1, "length").setList({9, 11, 17, 32, 64, 128});
+        m_grid.begin({&lenght_1, &scaleFactor});
+        initVectors({&pSrc1}, vkArg::src);
+        initVectors({&pDst}, vkArg::dst);
+        return true;
+    }
+
+    bool makeData() override {
+        return pSrc1.createVector(lenght_1.value(), setValue, 1, 0) &&
+               pDst.createVector(lenght_1.value(), setValue, 1, 0);
+    }
+
     double getDivisor() override { return lenght_1.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool krMulPowerC::canStart() {
-    vkcScales(scaleFactor, "scaleFactor", m_func, 0, 8, 15);
-    vkcRebuild(lenght_1, "length").setList({9, 11, 17, 32, 64, 128});
-    grid.begin({&lenght_1, &scaleFactor});
-    pSrc1.init(m_func, vkArg::src);
-    pDst.init(m_func, vkArg::dst);
-    return true;
-}
-
-bool krMulPowerC::makeData() {
-    return pSrc1.createVector(lenght_1.value(), setValue, 1, 0) && pDst.createVector(lenght_1.value(), setValue, 1, 0);
-}
-
-void krMulPowerC::flushData() {
-    pDst.deleteVector();
-    pSrc1.deleteVector();
-}
 
 } // namespace
 

@@ -1,8 +1,6 @@
 // The first half of the modulated lapped transform: window and fold.
 #include "vkc.h"
 
-#include <algorithm>
-
 namespace {
 
 vkVector pSrcSpch;
@@ -10,46 +8,26 @@ vkVector pSrcDstSpchOld;
 vkVector pDstSpchDecomposed;
 krStepIterator<int> len;
 
-// The length of the functions that do not take one.
-constexpr int frame = 320;
-
-class TimMLTToDCT : public prTest {
+class TimMLTToDCT : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        vkcFrames(vkcRebuild(len, "Lenght"), m_func);
+        m_parms.append(&len);
+        initVectors({&pSrcSpch, &pSrcDstSpchOld, &pDstSpchDecomposed}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        return pSrcSpch.createVector(vkcFrame(len), setRand, -1024, 1024) &&
+               pSrcDstSpchOld.createVector(vkcFrame(len), setRand, -1024, 1024) &&
+               pDstSpchDecomposed.createVector(vkcFrame(len), setZero, 0, 0);
+    }
+
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 };
-
-bool TimMLTToDCT::canStart() {
-    vkcRebuild(len, "Lenght");
-    if (m_func.contains("G7221")) {
-        len.set(320, 640, 320, '+');
-    } else {
-        len.setList({frame});
-    }
-    m_parms.append(&len);
-    for (vkVector* vector : {&pSrcSpch, &pSrcDstSpchOld, &pDstSpchDecomposed}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimMLTToDCT::makeData() {
-    return pSrcSpch.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
-           pSrcDstSpchOld.createVector(std::max(len.value(), frame), setRand, -1024, 1024) &&
-           pDstSpchDecomposed.createVector(std::max(len.value(), frame), setZero, 0, 0);
-}
-
-void TimMLTToDCT::flushData() {
-    for (vkVector* vector : {&pDstSpchDecomposed, &pSrcDstSpchOld, &pSrcSpch}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -19,7 +19,6 @@ vkVector pDstOpenLoopGain;
 vkVector pTmp_1;
 vkVector pTmp_2;
 krEnumIterator<VekSpchBitRate> mode;
-vkcGrid grid;
 Vek16s pValResultPrevMidPitchLag;
 Vek16s pValResultVvalue;
 Vek16s pValResultToneFlag;
@@ -34,101 +33,79 @@ constexpr int lpc = 44;
 constexpr int weighted = 303;
 constexpr int results = 60;
 
-class TimOlps : public prTest {
+class TimOlps : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(mode, "BitRate");
+        vkcModes(mode, vkcRatesGSMAMR);
+        m_grid.begin({&mode});
+        initVectors({&pSrcSpch, &pSrcWgtLpc1, &pSrcWgtLpc2, &pSrcQLpc, &pSrcSynFltState, &pSrcWgtFltState,
+                     &pDstImpulseResponse, &pDstLpResidual, &pDstAdptTarget, &pSrcDstPrevPitchLag, &pSrcDstPrevWgtSpch,
+                     &pDstOpenLoopLag, &pDstOpenLoopGain, &pTmp_1, &pTmp_2},
+                    vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        dataSize_1 = 5 * vkVector::item(m_func);
+        dataSize_2 = weighted * vkVector::item(m_func);
+        pValResultPrevMidPitchLag = 40;
+        pValResultVvalue = 0;
+        pValResultToneFlag = 0;
+        for (vkVector* vector : {&pSrcWgtLpc1, &pSrcWgtLpc2, &pSrcQLpc}) {
+            if (!vector->createVector(lpc, setZero, 0, 0)) {
+                return false;
+            }
+        }
+        for (vkVector* vector :
+             {&pDstImpulseResponse, &pDstLpResidual, &pDstAdptTarget, &pDstOpenLoopLag, &pDstOpenLoopGain}) {
+            if (!vector->createVector(results, setZero, 0, 0)) {
+                return false;
+            }
+        }
+        if (!pSrcSpch.createVector(170, setRand, -2048, 2048) ||
+            !pSrcSynFltState.createVector(history, setRand, -2048, 2048) ||
+            !pSrcWgtFltState.createVector(history, setRand, -2048, 2048) ||
+            !pSrcDstPrevPitchLag.createVector(5, setZero, 0, 0) ||
+            !pSrcDstPrevWgtSpch.createVector(weighted, setZero, 0, 0) || !pTmp_1.createVector(5, setValue, 5, 0) ||
+            !pTmp_2.createVector(weighted, setRand, -2048, 2048)) {
+            return false;
+        }
+        setData_Wgt();
+        setData_QLpc();
+        return true;
+    }
+
     double getDivisor() override { return weighted + results; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setData_Wgt();
-    virtual void setData_QLpc();
+
+    virtual void setData_Wgt() {
+        static constexpr Vek16s numerators[lpc] = {
+            4096, 5085,  7738, -4614, 4425, -2660, 4499, -2928, 3789, 1384, 6439, //
+            4096, -3850, 905,  512,   -380, 221,   -160, 95,    -61,  33,   -18,  //
+            4096, -4620, 2310, -616,  205,  -144,  103,  -72,   41,   -21,  10,   //
+            4096, -2053, 1010, -482,  251,  -133,  62,   -31,   20,   -10,  5};
+        static constexpr Vek16s denominators[lpc] = {4096, -2458, 922, -221, 66,  -33, 20,  -12, 7,  -4, 2, //
+                                                     4096, -2400, 360, 127,  -61, 23,  -11, 4,   -2, 1,  0, //
+                                                     4096, -2880, 920, -153, 33,  -15, 7,   -3,  1,  0,  0, //
+                                                     4096, -1280, 402, -120, 40,  -14, 4,   -1,  1,  0,  0};
+        for (int i = 0; i < lpc; ++i) {
+            pSrcWgtLpc1.m_16s[i] = numerators[i];
+            pSrcWgtLpc2.m_16s[i] = denominators[i];
+        }
+    }
+
+    virtual void setData_QLpc() {
+        static constexpr Vek16s predictors[lpc] = {4096, -4096, 1638, -410, 164,  -123, 82,   -61, 41,  -20, 10,  //
+                                                   4096, -4015, 1004, 553,  -430, 246,  -184, 102, -61, 41,  -20, //
+                                                   4096, -4792, 2560, -696, 225,  -164, 123,  -82, 41,  -20, 10,  //
+                                                   4096, -2130, 1126, -532, 287,  -143, 72,   -41, 20,  -10, 5};
+        for (int i = 0; i < lpc; ++i) {
+            pSrcQLpc.m_16s[i] = predictors[i];
+        }
+    }
 };
-
-bool TimOlps::canStart() {
-    vkcRebuild(mode, "BitRate");
-    for (const VekSpchBitRate rate : {VEK_SPCHBR_4750, VEK_SPCHBR_5150, VEK_SPCHBR_5900, VEK_SPCHBR_6700,
-                                      VEK_SPCHBR_7400, VEK_SPCHBR_7950, VEK_SPCHBR_10200, VEK_SPCHBR_12200}) {
-        mode.add(rate);
-        mode.addValidation(rate);
-    }
-    grid.begin({&mode});
-    for (vkVector* vector : {&pSrcSpch, &pSrcWgtLpc1, &pSrcWgtLpc2, &pSrcQLpc, &pSrcSynFltState, &pSrcWgtFltState,
-                             &pDstImpulseResponse, &pDstLpResidual, &pDstAdptTarget, &pSrcDstPrevPitchLag,
-                             &pSrcDstPrevWgtSpch, &pDstOpenLoopLag, &pDstOpenLoopGain, &pTmp_1, &pTmp_2}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-void TimOlps::setData_Wgt() {
-    static constexpr Vek16s numerators[lpc] = {4096, 5085,  7738, -4614, 4425, -2660, 4499, -2928, 3789, 1384, 6439, //
-                                               4096, -3850, 905,  512,   -380, 221,   -160, 95,    -61,  33,   -18,  //
-                                               4096, -4620, 2310, -616,  205,  -144,  103,  -72,   41,   -21,  10,   //
-                                               4096, -2053, 1010, -482,  251,  -133,  62,   -31,   20,   -10,  5};
-    static constexpr Vek16s denominators[lpc] = {4096, -2458, 922, -221, 66,  -33, 20,  -12, 7,  -4, 2, //
-                                                 4096, -2400, 360, 127,  -61, 23,  -11, 4,   -2, 1,  0, //
-                                                 4096, -2880, 920, -153, 33,  -15, 7,   -3,  1,  0,  0, //
-                                                 4096, -1280, 402, -120, 40,  -14, 4,   -1,  1,  0,  0};
-    for (int i = 0; i < lpc; ++i) {
-        pSrcWgtLpc1.m_16s[i] = numerators[i];
-        pSrcWgtLpc2.m_16s[i] = denominators[i];
-    }
-}
-
-void TimOlps::setData_QLpc() {
-    static constexpr Vek16s predictors[lpc] = {4096, -4096, 1638, -410, 164,  -123, 82,   -61, 41,  -20, 10,  //
-                                               4096, -4015, 1004, 553,  -430, 246,  -184, 102, -61, 41,  -20, //
-                                               4096, -4792, 2560, -696, 225,  -164, 123,  -82, 41,  -20, 10,  //
-                                               4096, -2130, 1126, -532, 287,  -143, 72,   -41, 20,  -10, 5};
-    for (int i = 0; i < lpc; ++i) {
-        pSrcQLpc.m_16s[i] = predictors[i];
-    }
-}
-
-bool TimOlps::makeData() {
-    dataSize_1 = 5 * vkVector::item(m_func);
-    dataSize_2 = weighted * vkVector::item(m_func);
-    pValResultPrevMidPitchLag = 40;
-    pValResultVvalue = 0;
-    pValResultToneFlag = 0;
-    for (vkVector* vector : {&pSrcWgtLpc1, &pSrcWgtLpc2, &pSrcQLpc}) {
-        if (!vector->createVector(lpc, setZero, 0, 0)) {
-            return false;
-        }
-    }
-    for (vkVector* vector :
-         {&pDstImpulseResponse, &pDstLpResidual, &pDstAdptTarget, &pDstOpenLoopLag, &pDstOpenLoopGain}) {
-        if (!vector->createVector(results, setZero, 0, 0)) {
-            return false;
-        }
-    }
-    if (!pSrcSpch.createVector(170, setRand, -2048, 2048) ||
-        !pSrcSynFltState.createVector(history, setRand, -2048, 2048) ||
-        !pSrcWgtFltState.createVector(history, setRand, -2048, 2048) ||
-        !pSrcDstPrevPitchLag.createVector(5, setZero, 0, 0) ||
-        !pSrcDstPrevWgtSpch.createVector(weighted, setZero, 0, 0) || !pTmp_1.createVector(5, setValue, 5, 0) ||
-        !pTmp_2.createVector(weighted, setRand, -2048, 2048)) {
-        return false;
-    }
-    setData_Wgt();
-    setData_QLpc();
-    return true;
-}
-
-void TimOlps::flushData() {
-    for (vkVector* vector : {&pTmp_2, &pTmp_1, &pDstOpenLoopGain, &pDstOpenLoopLag, &pSrcDstPrevWgtSpch,
-                             &pSrcDstPrevPitchLag, &pDstAdptTarget, &pDstLpResidual, &pDstImpulseResponse,
-                             &pSrcWgtFltState, &pSrcSynFltState, &pSrcQLpc, &pSrcWgtLpc2, &pSrcWgtLpc1, &pSrcSpch}) {
-        vector->deleteVector();
-    }
-}
 
 void restore() {
     vkcRestore(pSrcDstPrevPitchLag.m_16s, pTmp_1.m_16s, dataSize_1);

@@ -22,44 +22,32 @@ Vek16s lagSwitcher;
 constexpr int history = 115;
 constexpr int lags = 5;
 
-class TimOLPSWB : public prTest {
+class TimOLPSWB : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        vkcRebuild(len, "Lenght").set(64, 128, 64, '+');
+        vkcRebuild(itLagSwitcher, "lagSwitcher").set(0, 1, 1, '+');
+        m_parms.append(&len);
+        m_parms.append(&itLagSwitcher);
+        initVectors({&pSrcWgtSpch, &pSrcFltWgtSpch, &pSrcDstPrevPitchLag, &pSrcDstPrevPitchLagTst}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        adaptiveParam = 32767;
+        toneFlag = 0;
+        const long long read = history + vkcSize(len);
+        return pSrcWgtSpch.createVector(std::max(371LL, read), setRand, -4096, 4096) &&
+               pSrcFltWgtSpch.createVector(std::max(243LL, read), setRand, -4096, 4096) &&
+               pSrcDstPrevPitchLag.createVector(lags, setValue, 40, 0) &&
+               pSrcDstPrevPitchLagTst.createVector(lags, setValue, 40, 0);
+    }
+
     double getDivisor() override { return len.value(); }
     double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 };
-
-bool TimOLPSWB::canStart() {
-    vkcRebuild(len, "Lenght").set(64, 128, 64, '+');
-    vkcRebuild(itLagSwitcher, "lagSwitcher").set(0, 1, 1, '+');
-    m_parms.append(&len);
-    m_parms.append(&itLagSwitcher);
-    for (vkVector* vector : {&pSrcWgtSpch, &pSrcFltWgtSpch, &pSrcDstPrevPitchLag, &pSrcDstPrevPitchLagTst}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimOLPSWB::makeData() {
-    adaptiveParam = 32767;
-    toneFlag = 0;
-    const long long read = history + vkcSize(len);
-    return pSrcWgtSpch.createVector(std::max(371LL, read), setRand, -4096, 4096) &&
-           pSrcFltWgtSpch.createVector(std::max(243LL, read), setRand, -4096, 4096) &&
-           pSrcDstPrevPitchLag.createVector(lags, setValue, 40, 0) &&
-           pSrcDstPrevPitchLagTst.createVector(lags, setValue, 40, 0);
-}
-
-void TimOLPSWB::flushData() {
-    for (vkVector* vector : {&pSrcDstPrevPitchLagTst, &pSrcDstPrevPitchLag, &pSrcFltWgtSpch, &pSrcWgtSpch}) {
-        vector->deleteVector();
-    }
-}
 
 // The median and the switch begin anew with each call; the lags that the search leaves are kept beside.
 void restore() {
@@ -93,52 +81,40 @@ constexpr int lags = 5;
 // The longest lag of the fastest rate, at half of it.
 constexpr int maxSize = 166;
 
-class krTimOLPSWBE : public prTest {
+class krTimOLPSWBE : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        vkcRebuild(itCntFreqScale, "freqScaleCounter").set(0, 13, 1, '+');
+        vkcRebuild(itLagSwitcher, "lagSwitcher").set(0, 1, 1, '+');
+        m_parms.append(&itCntFreqScale);
+        m_parms.append(&itLagSwitcher);
+        initVectors({&pSrcWgtSpch, &pSrcFltWgtSpch, &pSrcDstPrevPitchLag, &pSrcDstPrevPitchLagTst}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!vkcCounts(itCntFreqScale, std::size(scaleFreq))) {
+            return false;
+        }
+        adaptiveParam = 32767;
+        toneFlag = 0;
+        // A scale of 0 is the rate of the narrower codec, 96/96.
+        const int scale = scaleFreq[itCntFreqScale.value()] == 0 ? 96 : scaleFreq[itCntFreqScale.value()];
+        const int longer = (scale * 34 + 48) / 96 - 34;
+        minPitLag = (34 + longer) / 2;
+        maxPitLag = (231 + 6 * longer) / 2;
+        const int size = maxSize + subframeLength;
+        return pSrcWgtSpch.createVector(size, setRand, -4096, 4096) &&
+               pSrcFltWgtSpch.createVector(size, setRand, -4096, 4096) &&
+               pSrcDstPrevPitchLag.createVector(lags, setValue, 40, 0) &&
+               pSrcDstPrevPitchLagTst.createVector(lags, setValue, 40, 0);
+    }
+
     double getDivisor() override { return subframeLength; }
     double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 };
-
-bool krTimOLPSWBE::canStart() {
-    vkcRebuild(itCntFreqScale, "freqScaleCounter").set(0, 13, 1, '+');
-    vkcRebuild(itLagSwitcher, "lagSwitcher").set(0, 1, 1, '+');
-    m_parms.append(&itCntFreqScale);
-    m_parms.append(&itLagSwitcher);
-    for (vkVector* vector : {&pSrcWgtSpch, &pSrcFltWgtSpch, &pSrcDstPrevPitchLag, &pSrcDstPrevPitchLagTst}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool krTimOLPSWBE::makeData() {
-    if (!vkcCounts(itCntFreqScale, std::size(scaleFreq))) {
-        return false;
-    }
-    adaptiveParam = 32767;
-    toneFlag = 0;
-    // A scale of 0 is the rate of the narrower codec, 96/96.
-    const int scale = scaleFreq[itCntFreqScale.value()] == 0 ? 96 : scaleFreq[itCntFreqScale.value()];
-    const int longer = (scale * 34 + 48) / 96 - 34;
-    minPitLag = (34 + longer) / 2;
-    maxPitLag = (231 + 6 * longer) / 2;
-    const int size = maxSize + subframeLength;
-    return pSrcWgtSpch.createVector(size, setRand, -4096, 4096) &&
-           pSrcFltWgtSpch.createVector(size, setRand, -4096, 4096) &&
-           pSrcDstPrevPitchLag.createVector(lags, setValue, 40, 0) &&
-           pSrcDstPrevPitchLagTst.createVector(lags, setValue, 40, 0);
-}
-
-void krTimOLPSWBE::flushData() {
-    for (vkVector* vector : {&pSrcDstPrevPitchLagTst, &pSrcDstPrevPitchLag, &pSrcFltWgtSpch, &pSrcWgtSpch}) {
-        vector->deleteVector();
-    }
-}
 
 void restore() {
     prevMidPitchLag = 40;

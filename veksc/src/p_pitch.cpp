@@ -9,62 +9,50 @@ krStepIterator<int> maxLag_pithch;
 krStepIterator<int> lowerLag;
 krStepIterator<int> upperLag;
 krStepIterator<int> subFrame;
-vkcGrid grid;
 Vek16s bestLag;
 Vek32s max_src;
 int maxLag;
 
-class TimACorrLagMax : public prTest {
+class TimACorrLagMax : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_lagMax = m_func.contains("veksAutoCorrLagMax");
+        vkcRebuild(lenght, "lenght");
+        vkcRebuild(maxLag_pithch, "maxLag").setList({1});
+        vkcRebuild(lowerLag, "lowerLag").setList({1});
+        vkcRebuild(upperLag, "upperLag").setList({1});
+        vkcRebuild(subFrame, "").setList({1});
+        if (m_func.contains("OpenLoopPitchSearch_G729")) {
+            lenght.setList({160});
+            maxLag_pithch.setList({143});
+        } else if (m_lagMax) {
+            lenght.set(40, 80, 10, '+');
+            lowerLag.setList({20});
+            upperLag.setList({40});
+        } else {
+            lenght.setList({80});
+        }
+        m_grid.begin({&lenght, &maxLag_pithch, &lowerLag, &upperLag, &subFrame});
+        initVectors({&pSrc}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        // The calls read up to the longest delay before or behind the samples.
+        return maxLag_pithch.value() > 0 && maxLag_pithch.value() == m_grid.room(maxLag_pithch) &&
+               pSrc.createVector(m_grid.room(maxLag_pithch) + m_grid.room(upperLag) + m_grid.room(lenght), setValue, 2,
+                                 0);
+    }
+
     double getDivisor() override {
         return lenght.value() * (m_lagMax ? static_cast<double>(upperLag.value()) - lowerLag.value() + 1 : 1);
     }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 
 private:
     bool m_lagMax = false;
 };
-
-bool TimACorrLagMax::canStart() {
-    m_lagMax = m_func.contains("veksAutoCorrLagMax");
-    vkcRebuild(lenght, "lenght");
-    vkcRebuild(maxLag_pithch, "maxLag").setList({1});
-    vkcRebuild(lowerLag, "lowerLag").setList({1});
-    vkcRebuild(upperLag, "upperLag").setList({1});
-    vkcRebuild(subFrame, "").setList({1});
-    if (m_func.contains("OpenLoopPitchSearch_G729")) {
-        lenght.setList({160});
-        maxLag_pithch.setList({143});
-    } else if (m_lagMax) {
-        lenght.set(40, 80, 10, '+');
-        lowerLag.setList({20});
-        upperLag.setList({40});
-    } else {
-        lenght.setList({80});
-    }
-    grid.begin({&lenght, &maxLag_pithch, &lowerLag, &upperLag, &subFrame});
-    pSrc.init(m_func, vkArg::src);
-    return true;
-}
-
-bool TimACorrLagMax::makeData() {
-    // The calls read up to the longest delay before or behind the samples.
-    return maxLag_pithch.value() > 0 && maxLag_pithch.value() == grid.room(maxLag_pithch) &&
-           pSrc.createVector(grid.room(maxLag_pithch) + grid.room(upperLag) + grid.room(lenght), setValue, 2, 0);
-}
-
-void TimACorrLagMax::flushData() {
-    pSrc.deleteVector();
-}
 
 } // namespace
 

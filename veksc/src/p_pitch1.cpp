@@ -8,7 +8,6 @@ vkVector pTmp;
 vkVector pSrcDelay;
 vkVector pDst;
 krStepIterator<int> length;
-vkcGrid grid;
 const Vek32s* valPitchLag;
 int dataSize;
 
@@ -18,54 +17,38 @@ constexpr int history = 154;
 constexpr int readAhead = 11;
 constexpr int floatHistory = 10;
 
-class TimDecAdVector : public prTest {
+class TimDecAdVector : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(length, "length");
+        if (m_func.contains("_32f")) {
+            length.set(10, 40, 10, '+');
+        } else {
+            length.setList({1});
+        }
+        m_grid.begin({&length});
+        initVectors({&pSrcDst, &pTmp, &pSrcDelay, &pDst}, vkArg::src);
+        if (m_func.contains("_32f")) {
+            initVectors({&pSrcDelay}, vk32s); // a delay is no floating number
+        }
+        return true;
+    }
+
+    bool makeData() override {
+        constexpr int size = history + subframe + readAhead;
+        dataSize = size * vkVector::item(m_func);
+        if (!pSrcDst.createVector(size, setZero, 0, 0) || !pTmp.createVector(size, setRand, -16384, 16384) ||
+            !pSrcDelay.createVector(2, setZero, 0, 0) || !pDst.createVector(subframe, setZero, 0, 0)) {
+            return false;
+        }
+        valPitchLag = pSrcDelay.m_32s;
+        return true;
+    }
+
     double getDivisor() override { return length.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimDecAdVector::canStart() {
-    vkcRebuild(length, "length");
-    if (m_func.contains("_32f")) {
-        length.set(10, 40, 10, '+');
-    } else {
-        length.setList({1});
-    }
-    grid.begin({&length});
-    for (vkVector* vector : {&pSrcDst, &pTmp, &pSrcDelay, &pDst}) {
-        vector->init(m_func, vkArg::src);
-    }
-    if (m_func.contains("_32f")) {
-        pSrcDelay.init(vk32s); // a delay is no floating number
-    }
-    return true;
-}
-
-bool TimDecAdVector::makeData() {
-    constexpr int size = history + subframe + readAhead;
-    dataSize = size * vkVector::item(m_func);
-    if (!pSrcDst.createVector(size, setZero, 0, 0) || !pTmp.createVector(size, setRand, -16384, 16384) ||
-        !pSrcDelay.createVector(2, setZero, 0, 0) || !pDst.createVector(subframe, setZero, 0, 0)) {
-        return false;
-    }
-    valPitchLag = pSrcDelay.m_32s;
-    return true;
-}
-
-void TimDecAdVector::flushData() {
-    for (vkVector* vector : {&pDst, &pSrcDelay, &pTmp, &pSrcDst}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

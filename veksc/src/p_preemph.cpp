@@ -10,85 +10,52 @@ vkVector pSrc;
 vkVector pDst;
 krStepIterator<int> lenght;
 krStepIterator<int> len;
-vkcGrid grid;
 int dataSize;
 
 constexpr Vek16s gamma_16s = 26214;
 constexpr Vek32f gamma_32f = 0.8F;
 
-class TimPreemph : public prTest {
+class TimPreemph : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght").set(40, 80, 10, '+');
+        m_grid.begin({&lenght});
+        initVectors({&pSrcDst, &pTmp, &pMem, &pSrc, &pDst}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        const bool made = pSrcDst.createVector(lenght.value(), setZero, 0, 0) &&
+                          pTmp.createVector(lenght.value(), setValue, 10, 0) && pMem.createVector(1, setValue, 6, 0) &&
+                          pSrc.createVector(lenght.value(), setValue, 10, 0) &&
+                          pDst.createVector(lenght.value(), setZero, 0, 0);
+        dataSize = pTmp.size();
+        return made;
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
 
-bool TimPreemph::canStart() {
-    vkcRebuild(lenght, "lenght").set(40, 80, 10, '+');
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pSrcDst, &pTmp, &pMem, &pSrc, &pDst}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimPreemph::makeData() {
-    const bool made = pSrcDst.createVector(lenght.value(), setZero, 0, 0) &&
-                      pTmp.createVector(lenght.value(), setValue, 10, 0) && pMem.createVector(1, setValue, 6, 0) &&
-                      pSrc.createVector(lenght.value(), setValue, 10, 0) &&
-                      pDst.createVector(lenght.value(), setZero, 0, 0);
-    dataSize = pTmp.size();
-    return made;
-}
-
-void TimPreemph::flushData() {
-    for (vkVector* vector : {&pDst, &pSrc, &pMem, &pTmp, &pSrcDst}) {
-        vector->deleteVector();
-    }
-}
-
-class TimPreemphGSMFR : public prTest {
+class TimPreemphGSMFR : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(len, "length").set(100, 180, 10, '+');
+        m_grid.begin({&len});
+        initVectors({&pSrc, &pDst, &pMem}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        return pSrc.createVector(len.value(), setValue, 1, 0) && pDst.createVector(len.value(), setZero, 0, 0) &&
+               pMem.createVector(1, setZero, 0, 0);
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool TimPreemphGSMFR::canStart() {
-    vkcRebuild(len, "length").set(100, 180, 10, '+');
-    grid.begin({&len});
-    for (vkVector* vector : {&pSrc, &pDst, &pMem}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimPreemphGSMFR::makeData() {
-    return pSrc.createVector(len.value(), setValue, 1, 0) && pDst.createVector(len.value(), setZero, 0, 0) &&
-           pMem.createVector(1, setZero, 0, 0);
-}
-
-void TimPreemphGSMFR::flushData() {
-    for (vkVector* vector : {&pMem, &pDst, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -7,46 +7,32 @@ vkVector pSrc;
 vkVector pDstLow;
 vkVector pDstHigh;
 krStepIterator<int> len;
-vkcGrid grid;
 VeksQMFState_RTA_32f* pQMFMem;
 
-class QMFE_RTA_32f : public prTest {
+class QMFE_RTA_32f : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(len, "Lenght").set(20, 80, 20, '+');
+        m_grid.begin({&len});
+        initVectors({&pSrc, &pDstLow, &pDstHigh}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        return vkcMakeState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
+               pSrc.createVector(len.value(), setRand, -32768, 32768) &&
+               pDstLow.createVector(len.value(), setZero, 0, 0) && pDstHigh.createVector(len.value(), setZero, 0, 0);
+    }
+
+    void flushData() override {
+        vkcFree(pQMFMem);
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
 };
-
-bool QMFE_RTA_32f::canStart() {
-    vkcRebuild(len, "Lenght").set(20, 80, 20, '+');
-    grid.begin({&len});
-    for (vkVector* vector : {&pSrc, &pDstLow, &pDstHigh}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool QMFE_RTA_32f::makeData() {
-    return vkcMakeState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
-           pSrc.createVector(len.value(), setRand, -32768, 32768) && pDstLow.createVector(len.value(), setZero, 0, 0) &&
-           pDstHigh.createVector(len.value(), setZero, 0, 0);
-}
-
-void QMFE_RTA_32f::flushData() {
-    veksFree(pQMFMem);
-    pQMFMem = nullptr;
-    for (vkVector* vector : {&pDstHigh, &pDstLow, &pSrc}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -12,7 +12,6 @@ vkVector pSrcLpc;
 vkVector pDst;
 vkVector pSrcSpch;
 krStepIterator<int> len;
-vkcGrid grid;
 Vek16s pResultVoice;
 Vek16s pResultAutoCorrExp;
 Vek32s pDstAutoCorr[13];
@@ -24,82 +23,65 @@ constexpr int past = 152;
 constexpr Vek16s valDelay = 60;
 constexpr Vek16s frameType = 1;
 
-class TimSAG_729 : public prTest {
+class TimSAG_729 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        m_autoCorr = m_func.contains("veksAutoCorr_G729B");
+        m_tilt = !m_autoCorr && m_func.contains("veksTiltCompensation_G729");
+        m_quant = !m_autoCorr && !m_tilt && m_func.contains("veksLSPQuant_G729_16s");
+        vkcRebuild(len, "").setList({m_autoCorr ? 240 : m_quant ? 10 : m_tilt ? 20 : 40});
+        m_grid.begin({&len});
+        // A name without a type word has vectors of 16 bits too.
+        initVectors({&pSrcLsp, &pSrcDst, &pDstQLsp, &pDstQLspIndex, &pSrc, &pSrcLpc, &pDst, &pSrcSpch}, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        if (m_autoCorr) {
+            return pSrcSpch.createVector(m_grid.room(len), setRand, -2048, 2048);
+        }
+        if (m_tilt) {
+            // One sample of the subframe before.
+            return pSrc.createVector(m_grid.room(len), setZero, 0, 0) &&
+                   pSrcDst.createVector(subframe + 1, setRand, -1024, 1024);
+        }
+        if (m_quant) {
+            if (!pSrcLsp.createVector(m_grid.room(len), setZero, 0, 0) ||
+                !pSrcDst.createVector(subframe, setRand, -1024, 1024) ||
+                !pDstQLsp.createVector(m_grid.room(len), setZero, 0, 0) ||
+                !pDstQLspIndex.createVector(2, setZero, 0, 0)) {
+                return false;
+            }
+            setDataLsp();
+            return true;
+        }
+        if (!pSrc.createVector(order + subframe, setOne, 0, 0) || !pSrcLpc.createVector(order + 1, setZero, 0, 0) ||
+            !pSrcDst.createVector(excitation, setOne, 0, 0) || !pDst.createVector(m_grid.room(len), setZero, 0, 0)) {
+            return false;
+        }
+        setDataLpc();
+        return true;
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setDataLsp();
-    virtual void setDataLpc();
+
+    virtual void setDataLsp() {
+        static constexpr Vek16s lsp[] = {31441, 27567, 21458, 13612, 4664, -4662, -13612, -21458, -27566, -31440};
+        std::memcpy(pSrcLsp.m_16s, lsp, sizeof lsp);
+    }
+
+    virtual void setDataLpc() {
+        static constexpr Vek16s lpc[] = {4096, 852, 825, 441, 159, -209, -411, -420, -494, -593, -711};
+        std::memcpy(pSrcLpc.m_16s, lpc, sizeof lpc);
+    }
 
 private:
     bool m_autoCorr = false;
     bool m_tilt = false;
     bool m_quant = false;
 };
-
-bool TimSAG_729::canStart() {
-    m_autoCorr = m_func.contains("veksAutoCorr_G729B");
-    m_tilt = !m_autoCorr && m_func.contains("veksTiltCompensation_G729");
-    m_quant = !m_autoCorr && !m_tilt && m_func.contains("veksLSPQuant_G729_16s");
-    vkcRebuild(len, "").setList({m_autoCorr ? 240 : m_quant ? 10 : m_tilt ? 20 : 40});
-    grid.begin({&len});
-    for (vkVector* vector : {&pSrcLsp, &pSrcDst, &pDstQLsp, &pDstQLspIndex, &pSrc, &pSrcLpc, &pDst, &pSrcSpch}) {
-        // A name without a type word has vectors of 16 bits too.
-        vector->init(vk16s);
-    }
-    return true;
-}
-
-bool TimSAG_729::makeData() {
-    if (m_autoCorr) {
-        return pSrcSpch.createVector(grid.room(len), setRand, -2048, 2048);
-    }
-    if (m_tilt) {
-        // One sample of the subframe before.
-        return pSrc.createVector(grid.room(len), setZero, 0, 0) &&
-               pSrcDst.createVector(subframe + 1, setRand, -1024, 1024);
-    }
-    if (m_quant) {
-        if (!pSrcLsp.createVector(grid.room(len), setZero, 0, 0) ||
-            !pSrcDst.createVector(subframe, setRand, -1024, 1024) ||
-            !pDstQLsp.createVector(grid.room(len), setZero, 0, 0) || !pDstQLspIndex.createVector(2, setZero, 0, 0)) {
-            return false;
-        }
-        setDataLsp();
-        return true;
-    }
-    if (!pSrc.createVector(order + subframe, setOne, 0, 0) || !pSrcLpc.createVector(order + 1, setZero, 0, 0) ||
-        !pSrcDst.createVector(excitation, setOne, 0, 0) || !pDst.createVector(grid.room(len), setZero, 0, 0)) {
-        return false;
-    }
-    setDataLpc();
-    return true;
-}
-
-void TimSAG_729::setDataLsp() {
-    static constexpr Vek16s lsp[] = {31441, 27567, 21458, 13612, 4664, -4662, -13612, -21458, -27566, -31440};
-    std::memcpy(pSrcLsp.m_16s, lsp, sizeof lsp);
-}
-
-void TimSAG_729::setDataLpc() {
-    static constexpr Vek16s lpc[] = {4096, 852, 825, 441, 159, -209, -411, -420, -494, -593, -711};
-    std::memcpy(pSrcLpc.m_16s, lpc, sizeof lpc);
-}
-
-void TimSAG_729::flushData() {
-    for (vkVector* vector : {&pSrcSpch, &pDst, &pSrcLpc, &pSrc, &pDstQLspIndex, &pDstQLsp, &pSrcDst, &pSrcLsp}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

@@ -12,7 +12,6 @@ vkVector pSrc2;
 vkVector pResultCoeffs;
 vkVector pDst;
 krStepIterator<int> lenght;
-vkcGrid grid;
 Vek16s pResult;
 
 constexpr Vek16s gamma_ = 19661;
@@ -20,59 +19,43 @@ constexpr Vek16s gamma_ = 19661;
 // Line spectral frequencies of a frame.
 constexpr int order = 10;
 
-class TimSAG : public prTest {
+class TimSAG : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(lenght, "lenght");
+        if (m_func.contains("Gain")) {
+            lenght.setList({40});
+        } else if (m_func.contains("Preemphasize")) {
+            lenght.set(10, 80, 2, '*');
+        } else {
+            lenght.setList({10});
+        }
+        m_grid.begin({&lenght});
+        initVectors({&pLSF, &pLSP, &pSrc1, &pSrc2, &pResultCoeffs, &pDst}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!pLSF.createVector(std::max<long long>(m_grid.room(lenght), order), setZero, 0, 0) ||
+            !pLSP.createVector(m_grid.room(lenght), setZero, 0, 0) ||
+            !pSrc1.createVector(m_grid.room(lenght), setOne, 0, 0) ||
+            !pSrc2.createVector(m_grid.room(lenght), setOne, 0, 0) || !pResultCoeffs.createVector(4, setZero, 0, 0) ||
+            !pDst.createVector(m_grid.room(lenght), setZero, 0, 0)) {
+            return false;
+        }
+        SetData_LSF();
+        return true;
+    }
+
     double getDivisor() override { return lenght.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void SetData_LSF();
+
+    virtual void SetData_LSF() {
+        static constexpr Vek16s lsf[order] = {3992, 1236, 1534, 405, 5007, 1794, 4929, 242, 5181, 3605};
+        std::memcpy(pLSF.m_16s, lsf, sizeof lsf);
+    }
 };
-
-bool TimSAG::canStart() {
-    vkcRebuild(lenght, "lenght");
-    if (m_func.contains("Gain")) {
-        lenght.setList({40});
-    } else if (m_func.contains("Preemphasize")) {
-        lenght.set(10, 80, 2, '*');
-    } else {
-        lenght.setList({10});
-    }
-    grid.begin({&lenght});
-    for (vkVector* vector : {&pLSF, &pLSP, &pSrc1, &pSrc2, &pResultCoeffs, &pDst}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimSAG::makeData() {
-    if (!pLSF.createVector(std::max<long long>(grid.room(lenght), order), setZero, 0, 0) ||
-        !pLSP.createVector(grid.room(lenght), setZero, 0, 0) || !pSrc1.createVector(grid.room(lenght), setOne, 0, 0) ||
-        !pSrc2.createVector(grid.room(lenght), setOne, 0, 0) || !pResultCoeffs.createVector(4, setZero, 0, 0) ||
-        !pDst.createVector(grid.room(lenght), setZero, 0, 0)) {
-        return false;
-    }
-    SetData_LSF();
-    return true;
-}
-
-void TimSAG::SetData_LSF() {
-    static constexpr Vek16s lsf[order] = {3992, 1236, 1534, 405, 5007, 1794, 4929, 242, 5181, 3605};
-    std::memcpy(pLSF.m_16s, lsf, sizeof lsf);
-}
-
-void TimSAG::flushData() {
-    for (vkVector* vector : {&pDst, &pResultCoeffs, &pSrc2, &pSrc1, &pLSP, &pLSF}) {
-        vector->deleteVector();
-    }
-}
 
 } // namespace
 

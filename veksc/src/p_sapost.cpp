@@ -11,7 +11,6 @@ vkVector pSrcDstFormantFIRState;
 vkVector pSrcDstFormantIIRState;
 vkVector pDstFltSpch;
 krEnumIterator<VekSpchBitRate> mode;
-vkcGrid grid;
 Vek16s pValResultPrevResidual[1];
 Vek16s pValResultPrevScalingGain[1];
 int dataSize;
@@ -20,62 +19,42 @@ constexpr int len = 44;
 constexpr int len_1 = 160;
 constexpr int order = 10;
 
-class TimSapost : public prTest {
+class TimSapost : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(mode, "BitRate");
+        vkcModes(mode, vkcRatesGSMAMR);
+        vkcModes(mode, {VEK_SPCHBR_DTX});
+        m_grid.begin({&mode});
+        initVectors(
+            {&pSrcQLpc, &pSrcSpch, &pTmp_1, &pTmp_2, &pSrcDstFormantFIRState, &pSrcDstFormantIIRState, &pDstFltSpch},
+            vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        dataSize = order * vkVector::item(m_func);
+        if (!pSrcQLpc.createVector(len, setRand, 0, 2048) || !pSrcSpch.createVector(len_1, setRand, 0, 2048) ||
+            !pTmp_1.createVector(order, setRand, 0, 2048) || !pTmp_2.createVector(order, setRand, 0, 2048) ||
+            !pSrcDstFormantFIRState.createVector(order, setZero, 0, 0) ||
+            !pSrcDstFormantIIRState.createVector(order, setZero, 0, 0) ||
+            !pDstFltSpch.createVector(len_1, setZero, 0, 0)) {
+            return false;
+        }
+        setDataLPC();
+        return true;
+    }
+
     double getDivisor() override { return len_1; }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setDataLPC();
+
+    virtual void setDataLPC() {
+        for (int i = 0; i < 4; ++i) {
+            pSrcQLpc.m_16s[11 * i] = 4096;
+        }
+    }
 };
-
-bool TimSapost::canStart() {
-    vkcRebuild(mode, "BitRate");
-    for (const VekSpchBitRate rate :
-         {VEK_SPCHBR_4750, VEK_SPCHBR_5150, VEK_SPCHBR_5900, VEK_SPCHBR_6700, VEK_SPCHBR_7400, VEK_SPCHBR_7950,
-          VEK_SPCHBR_10200, VEK_SPCHBR_12200, VEK_SPCHBR_DTX}) {
-        mode.add(rate);
-        mode.addValidation(rate);
-    }
-    grid.begin({&mode});
-    for (vkVector* vector :
-         {&pSrcQLpc, &pSrcSpch, &pTmp_1, &pTmp_2, &pSrcDstFormantFIRState, &pSrcDstFormantIIRState, &pDstFltSpch}) {
-        vector->init(m_func, vkArg::src);
-    }
-    return true;
-}
-
-bool TimSapost::makeData() {
-    dataSize = order * vkVector::item(m_func);
-    if (!pSrcQLpc.createVector(len, setRand, 0, 2048) || !pSrcSpch.createVector(len_1, setRand, 0, 2048) ||
-        !pTmp_1.createVector(order, setRand, 0, 2048) || !pTmp_2.createVector(order, setRand, 0, 2048) ||
-        !pSrcDstFormantFIRState.createVector(order, setZero, 0, 0) ||
-        !pSrcDstFormantIIRState.createVector(order, setZero, 0, 0) || !pDstFltSpch.createVector(len_1, setZero, 0, 0)) {
-        return false;
-    }
-    setDataLPC();
-    return true;
-}
-
-void TimSapost::setDataLPC() {
-    for (int i = 0; i < 4; ++i) {
-        pSrcQLpc.m_16s[11 * i] = 4096;
-    }
-}
-
-void TimSapost::flushData() {
-    for (vkVector* vector :
-         {&pDstFltSpch, &pSrcDstFormantIIRState, &pSrcDstFormantFIRState, &pTmp_2, &pTmp_1, &pSrcSpch, &pSrcQLpc}) {
-        vector->deleteVector();
-    }
-}
 
 void restore() {
     vkcRestore(pSrcDstFormantFIRState.m_16s, pTmp_1.m_16s, dataSize);

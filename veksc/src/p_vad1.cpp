@@ -5,7 +5,6 @@ namespace {
 
 vkVector pSrcSpch;
 krStepIterator<int> len;
-vkcGrid grid;
 Vek8u* pSrcDstVad1State;
 Vek16s pResultVadFlag;
 
@@ -13,55 +12,45 @@ constexpr int stateSize = 116;
 constexpr Vek16s maxHpCorr = 0;
 constexpr Vek16s toneFlag = 0;
 
-class TimVAD1 : public prTest {
+class TimVAD1 : public vkcGridTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool canContinue() override { return grid.next(m_isFirst) && vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcGridTest::vkcGridTest;
+
+    bool canStart() override {
+        vkcRebuild(len, "").setList({200});
+        m_grid.begin({&len});
+        initVectors({&pSrcSpch}, vkArg::src);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!pSrcSpch.createVector(m_grid.room(len), setZero, 0, 0)) {
+            return false;
+        }
+        pSrcDstVad1State = veksMalloc_8u(stateSize);
+        if (pSrcDstVad1State == nullptr) {
+            return false;
+        }
+        setData();
+        return true;
+    }
+
+    void flushData() override {
+        vkcFree(pSrcDstVad1State);
+        vkcGridTest::flushData();
+    }
+
     double getDivisor() override { return len.value(); }
-    double getDivisor_el() override { return getDivisor(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override { grid.toOstrm(); }
-    void parmsToCstrm() override { grid.toCstrm(); }
-    void parmsNameToCstrm() override { grid.namesToCstrm(); }
-    virtual void setData();
+
+    virtual void setData() {
+        Vek16s words[stateSize / 2] = {};
+        for (int i = 9; i <= 35; ++i) {
+            words[i] = 150;
+        }
+        words[56] = 13106;
+        std::memcpy(pSrcDstVad1State, words, sizeof words);
+    }
 };
-
-bool TimVAD1::canStart() {
-    vkcRebuild(len, "").setList({200});
-    grid.begin({&len});
-    pSrcSpch.init(m_func, vkArg::src);
-    return true;
-}
-
-bool TimVAD1::makeData() {
-    if (!pSrcSpch.createVector(grid.room(len), setZero, 0, 0)) {
-        return false;
-    }
-    pSrcDstVad1State = veksMalloc_8u(stateSize);
-    if (pSrcDstVad1State == nullptr) {
-        return false;
-    }
-    setData();
-    return true;
-}
-
-void TimVAD1::setData() {
-    Vek16s words[stateSize / 2] = {};
-    for (int i = 9; i <= 35; ++i) {
-        words[i] = 150;
-    }
-    words[56] = 13106;
-    std::memcpy(pSrcDstVad1State, words, sizeof words);
-}
-
-void TimVAD1::flushData() {
-    veksFree(pSrcDstVad1State);
-    pSrcDstVad1State = nullptr;
-    pSrcSpch.deleteVector();
-}
 
 } // namespace
 

@@ -7,33 +7,23 @@ vkVector pSrc;
 vkVector pDst;
 krStepIterator<int> length;
 
-class krFFT_wbe : public prTest {
+class krFFT_wbe : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        vkcRebuild(length, "length").setList({48, 96, 192, 288, 576, 1152});
+        m_parms.append(&length);
+        initVectors({&pSrc, &pDst}, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        return pSrc.createVector(length.value(), setValue, 1, 0) && pDst.createVector(length.value(), setZero, 0, 0);
+    }
+
     double getDivisor() override { return length.value(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 };
-
-bool krFFT_wbe::canStart() {
-    vkcRebuild(length, "length").setList({48, 96, 192, 288, 576, 1152});
-    m_parms.append(&length);
-    pSrc.init(vk16s);
-    pDst.init(vk16s);
-    return true;
-}
-
-bool krFFT_wbe::makeData() {
-    return pSrc.createVector(length.value(), setValue, 1, 0) && pDst.createVector(length.value(), setZero, 0, 0);
-}
-
-void krFFT_wbe::flushData() {
-    pDst.deleteVector();
-    pSrc.deleteVector();
-}
 
 } // namespace
 

@@ -10,42 +10,30 @@ vkVector pDst;
 constexpr int lenFrame = 320;
 constexpr int lenHistory = 8;
 
-class krFIRGenMidBand_wbe : public prTest {
+class krFIRGenMidBand_wbe : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        initVectors({&pSrc1, &pSrc2, &pDst}, vk16s);
+        return true;
+    }
+
+    // The target is the other channel through a short filter.
+    bool makeData() override {
+        if (!pSrc1.createVector(lenFrame + lenHistory, setRand, -4096, 4096) ||
+            !pSrc2.createVector(lenFrame, setZero, 0, 0) || !pDst.createVector(9, setZero, 0, 0)) {
+            return false;
+        }
+        for (int i = 0; i < lenFrame; ++i) {
+            const Vek16s* x = pSrc1.m_16s + lenHistory + i;
+            pSrc2.m_16s[i] = static_cast<Vek16s>((x[0] * 3 + x[-1] * 2 - x[-4]) / 8);
+        }
+        return true;
+    }
+
     double getDivisor() override { return 256; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 };
-
-bool krFIRGenMidBand_wbe::canStart() {
-    for (vkVector* vector : {&pSrc1, &pSrc2, &pDst}) {
-        vector->init(vk16s);
-    }
-    return true;
-}
-
-// The target is the other channel through a short filter.
-bool krFIRGenMidBand_wbe::makeData() {
-    if (!pSrc1.createVector(lenFrame + lenHistory, setRand, -4096, 4096) ||
-        !pSrc2.createVector(lenFrame, setZero, 0, 0) || !pDst.createVector(9, setZero, 0, 0)) {
-        return false;
-    }
-    for (int i = 0; i < lenFrame; ++i) {
-        const Vek16s* x = pSrc1.m_16s + lenHistory + i;
-        pSrc2.m_16s[i] = static_cast<Vek16s>((x[0] * 3 + x[-1] * 2 - x[-4]) / 8);
-    }
-    return true;
-}
-
-void krFIRGenMidBand_wbe::flushData() {
-    pDst.deleteVector();
-    pSrc2.deleteVector();
-    pSrc1.deleteVector();
-}
 
 } // namespace
 
@@ -72,44 +60,32 @@ static constexpr int lenFrame = 1024;
 static constexpr int lenSynth = 503;
 static constexpr int lenNoise = 24;
 
-class krPostFilterLowBand_wbe : public prTest {
+class krPostFilterLowBand_wbe : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override;
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        vkcRebuild(itRangeData, "itRangeData").setList({128, 8192});
+        vkcRebuild(itLags, "itLags").set(17, 117, 20, '+');
+        vkcRebuild(itPitchAdjust, "itPitchAdjust").setList({0, 1});
+        m_parms.append(&itRangeData);
+        m_parms.append(&itLags);
+        m_parms.append(&itPitchAdjust);
+        initVectors({&pLags, &pGains, &pSrcDst, &pSrcDstWrk, &pSynth, &pSynthWrk, &pNoise, &pNoiseWrk}, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        return pLags.createVector(lenSubframes, setValue, itLags.value(), 0) &&
+               pGains.createVector(lenSubframes, setValue, 16400, 0) &&
+               pSrcDst.createVector(lenFrame, setValue, itRangeData.value(), 0) &&
+               pSrcDstWrk.createVector(lenFrame, setZero, 0, 0) && pSynth.createVector(lenSynth, setValue, 128, 0) &&
+               pSynthWrk.createVector(lenSynth, setZero, 0, 0) && pNoise.createVector(lenNoise, setValue, 16, 0) &&
+               pNoiseWrk.createVector(lenNoise, setZero, 0, 0);
+    }
+
     double getDivisor() override { return lenFrame; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 };
-
-bool krPostFilterLowBand_wbe::canStart() {
-    vkcRebuild(itRangeData, "itRangeData").setList({128, 8192});
-    vkcRebuild(itLags, "itLags").set(17, 117, 20, '+');
-    vkcRebuild(itPitchAdjust, "itPitchAdjust").setList({0, 1});
-    m_parms.append(&itRangeData);
-    m_parms.append(&itLags);
-    m_parms.append(&itPitchAdjust);
-    for (vkVector* vector : {&pLags, &pGains, &pSrcDst, &pSrcDstWrk, &pSynth, &pSynthWrk, &pNoise, &pNoiseWrk}) {
-        vector->init(vk16s);
-    }
-    return true;
-}
-
-bool krPostFilterLowBand_wbe::makeData() {
-    return pLags.createVector(lenSubframes, setValue, itLags.value(), 0) &&
-           pGains.createVector(lenSubframes, setValue, 16400, 0) &&
-           pSrcDst.createVector(lenFrame, setValue, itRangeData.value(), 0) &&
-           pSrcDstWrk.createVector(lenFrame, setZero, 0, 0) && pSynth.createVector(lenSynth, setValue, 128, 0) &&
-           pSynthWrk.createVector(lenSynth, setZero, 0, 0) && pNoise.createVector(lenNoise, setValue, 16, 0) &&
-           pNoiseWrk.createVector(lenNoise, setZero, 0, 0);
-}
-
-void krPostFilterLowBand_wbe::flushData() {
-    for (vkVector* vector : {&pNoiseWrk, &pNoise, &pSynthWrk, &pSynth, &pSrcDstWrk, &pSrcDst, &pGains, &pLags}) {
-        vector->deleteVector();
-    }
-}
 
 static void restore() {
     veksCopy_16s(pSrcDst.m_16s, pSrcDstWrk.m_16s, lenFrame);

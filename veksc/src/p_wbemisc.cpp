@@ -21,144 +21,114 @@ static constexpr int lenSNR[] = {128, 64, 256, 64, 512, 64, 1024, 64, 40, 40, 80
 static constexpr int lenTCX[] = {48, 96, 192, 288, 576, 1152};
 static constexpr int lenISF = 8;
 
-static void initVectors() {
-    for (vkVector* vector : {&pVector1, &pVector2, &pVector3}) {
-        vector->init(vk16s);
-    }
-}
+static const auto vectors = {&pVector1, &pVector2, &pVector3};
 
-static void deleteVectors() {
-    for (vkVector* vector : {&pVector3, &pVector2, &pVector1}) {
-        vector->deleteVector();
-    }
-}
-
-class krSNR_wbe : public prTest {
+class krSNR_wbe : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override { deleteVectors(); }
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        vkcRebuild(stepCounter2, "LengthCounter").set(0, 6, 1, '+');
+        m_parms.append(&stepCounter2);
+        initVectors(vectors, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        if (!vkcCounts(stepCounter2, std::size(lenSNR) / 2)) {
+            return false;
+        }
+        const int size = lenSNR[stepCounter2.value() * 2];
+        return pVector1.createVector(size, setValue, 2, 0) && pVector2.createVector(size, setValue, 1, 0);
+    }
+
     double getDivisor() override { return lenSNR[stepCounter2.value() * 2]; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 };
 
-bool krSNR_wbe::canStart() {
-    vkcRebuild(stepCounter2, "LengthCounter").set(0, 6, 1, '+');
-    m_parms.append(&stepCounter2);
-    initVectors();
-    return true;
-}
+class krGainQuantTCX_wbe : public vkcTest {
+public:
+    using vkcTest::vkcTest;
 
-bool krSNR_wbe::makeData() {
-    if (!vkcCounts(stepCounter2, std::size(lenSNR) / 2)) {
-        return false;
+    bool canStart() override {
+        vkcRebuild(stepCounter1, "quantFlag").set(0, 1, 1, '+');
+        vkcRebuild(stepCounter2, "LengthCounter").set(0, 5, 1, '+');
+        m_parms.append(&stepCounter1);
+        m_parms.append(&stepCounter2);
+        initVectors(vectors, vk16s);
+        return true;
     }
-    const int size = lenSNR[stepCounter2.value() * 2];
-    return pVector1.createVector(size, setValue, 2, 0) && pVector2.createVector(size, setValue, 1, 0);
-}
 
-class krGainQuantTCX_wbe : public prTest {
-public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override { deleteVectors(); }
-    double getDivisor() override { return lenTCX[stepCounter2.value()]; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-};
-
-bool krGainQuantTCX_wbe::canStart() {
-    vkcRebuild(stepCounter1, "quantFlag").set(0, 1, 1, '+');
-    vkcRebuild(stepCounter2, "LengthCounter").set(0, 5, 1, '+');
-    m_parms.append(&stepCounter1);
-    m_parms.append(&stepCounter2);
-    initVectors();
-    return true;
-}
-
-bool krGainQuantTCX_wbe::makeData() {
-    if (!vkcCounts(stepCounter2, std::size(lenTCX))) {
-        return false;
+    bool makeData() override {
+        if (!vkcCounts(stepCounter2, std::size(lenTCX))) {
+            return false;
+        }
+        const int size = lenTCX[stepCounter2.value()];
+        return pVector1.createVector(size, setValue, 1, 0) && pVector3.createVector(size, setValue, 1, 0);
     }
-    const int size = lenTCX[stepCounter2.value()];
-    return pVector1.createVector(size, setValue, 1, 0) && pVector3.createVector(size, setValue, 1, 0);
-}
 
-class krGainDecodeTCX_wbe : public prTest {
-public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override { deleteVectors(); }
     double getDivisor() override { return lenTCX[stepCounter2.value()]; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 };
 
-bool krGainDecodeTCX_wbe::canStart() {
-    vkcRebuild(stepCounter2, "LengthCounter").set(0, 5, 1, '+');
-    m_parms.append(&stepCounter2);
-    initVectors();
-    quantIdx_16s = 0;
-    valRMS = 0;
-    return true;
-}
-
-bool krGainDecodeTCX_wbe::makeData() {
-    return vkcCounts(stepCounter2, std::size(lenTCX)) &&
-           pVector3.createVector(lenTCX[stepCounter2.value()], setValue, 1, 0);
-}
-
-class krISFQuantHighBand_wbe : public prTest {
+class krGainDecodeTCX_wbe : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override { deleteVectors(); }
-    double getDivisor() override { return lenISF; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        vkcRebuild(stepCounter2, "LengthCounter").set(0, 5, 1, '+');
+        m_parms.append(&stepCounter2);
+        initVectors(vectors, vk16s);
+        quantIdx_16s = 0;
+        valRMS = 0;
+        return true;
+    }
+
+    bool makeData() override {
+        return vkcCounts(stepCounter2, std::size(lenTCX)) &&
+               pVector3.createVector(lenTCX[stepCounter2.value()], setValue, 1, 0);
+    }
+
+    double getDivisor() override { return lenTCX[stepCounter2.value()]; }
 };
 
-bool krISFQuantHighBand_wbe::canStart() {
-    vkcRebuild(stepCounter1, "pitchAdjust").set(0, 1, 1, '+');
-    m_parms.append(&stepCounter1);
-    initVectors();
-    return true;
-}
-
-bool krISFQuantHighBand_wbe::makeData() {
-    return pVector1.createVector(lenISF, setValue, 1, 0) && pVector2.createVector(lenISF, setValue, 1, 0) &&
-           pVector3.createVector(lenISF, setValue, 1, 0);
-}
-
-class krISFQuantDecodeHighBand_wbe : public prTest {
+class krISFQuantHighBand_wbe : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override { deleteVectors(); }
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        vkcRebuild(stepCounter1, "pitchAdjust").set(0, 1, 1, '+');
+        m_parms.append(&stepCounter1);
+        initVectors(vectors, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        return pVector1.createVector(lenISF, setValue, 1, 0) && pVector2.createVector(lenISF, setValue, 1, 0) &&
+               pVector3.createVector(lenISF, setValue, 1, 0);
+    }
+
     double getDivisor() override { return lenISF; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 };
 
-bool krISFQuantDecodeHighBand_wbe::canStart() {
-    vkcRebuild(stepCounter2, "bfi").set(0, 1, 1, '+');
-    vkcRebuild(stepCounter1, "pitchAdjust").set(0, 1, 1, '+');
-    m_parms.append(&stepCounter2);
-    m_parms.append(&stepCounter1);
-    initVectors();
-    return true;
-}
+class krISFQuantDecodeHighBand_wbe : public vkcTest {
+public:
+    using vkcTest::vkcTest;
 
-bool krISFQuantDecodeHighBand_wbe::makeData() {
-    return pVector1.createVector(2, setValue, 1, 0) && pVector2.createVector(lenISF, setValue, 1, 0) &&
-           pVector3.createVector(lenISF, setValue, 1, 0);
-}
+    bool canStart() override {
+        vkcRebuild(stepCounter2, "bfi").set(0, 1, 1, '+');
+        vkcRebuild(stepCounter1, "pitchAdjust").set(0, 1, 1, '+');
+        m_parms.append(&stepCounter2);
+        m_parms.append(&stepCounter1);
+        initVectors(vectors, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        return pVector1.createVector(2, setValue, 1, 0) && pVector2.createVector(lenISF, setValue, 1, 0) &&
+               pVector3.createVector(lenISF, setValue, 1, 0);
+    }
+
+    double getDivisor() override { return lenISF; }
+};
 
 VK_REG(krSNR_wbe, veksSNR_AMRWBE_16s,
        veksSNR_AMRWBE_16s(pVector1.m_16s, pVector2.m_16s, lenSNR[stepCounter2.value() * 2],

@@ -52,54 +52,44 @@ static constexpr bool muxerFollowsModes() {
 }
 static_assert(muxerFollowsModes());
 
-static bool startModes(krList<krParameter*>& parms) {
-    vkcRebuild(cntMode, "ModeCounter").set(0, 17, 1, '+');
-    parms.append(&cntMode);
-    pSrc.init(vk16s);
-    pDst.init(vk16s);
-    return true;
-}
-
-static void deleteVectors() {
-    pDst.deleteVector();
-    pSrc.deleteVector();
-}
-
-class krQntTCX_wbe : public prTest {
+// What both directions share: the modes.
+class ModesTCX : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override { return startModes(m_parms); }
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override { deleteVectors(); }
-    double getDivisor() override { return paramsTCX[cntMode.value()].len; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-};
+    using vkcTest::vkcTest;
 
-bool krQntTCX_wbe::makeData() {
-    if (!vkcCounts(cntMode, std::size(paramsTCX))) {
-        return false;
+    bool canStart() override {
+        vkcRebuild(cntMode, "ModeCounter").set(0, 17, 1, '+');
+        m_parms.append(&cntMode);
+        initVectors({&pSrc, &pDst}, vk16s);
+        return true;
     }
-    const int size = paramsTCX[cntMode.value()].len;
-    return pSrc.createVector(size, setValue, 0, 0) && pDst.createVector(size, setValue, 1, 0);
-}
 
-class krDecMux_wbe : public prTest {
-public:
-    using prTest::prTest;
-    bool canStart() override { return startModes(m_parms); }
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override { deleteVectors(); }
     double getDivisor() override { return paramsTCX[cntMode.value()].len; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 };
 
-bool krDecMux_wbe::makeData() {
-    return vkcCounts(cntMode, std::size(paramsMuxer)) &&
-           pSrc.createVector(paramsMuxer[cntMode.value()][0], setValue, 10, 0) &&
-           pDst.createVector(paramsTCX[cntMode.value()].len, setValue, 1, 0);
-}
+class krQntTCX_wbe : public ModesTCX {
+public:
+    using ModesTCX::ModesTCX;
+
+    bool makeData() override {
+        if (!vkcCounts(cntMode, std::size(paramsTCX))) {
+            return false;
+        }
+        const int size = paramsTCX[cntMode.value()].len;
+        return pSrc.createVector(size, setValue, 0, 0) && pDst.createVector(size, setValue, 1, 0);
+    }
+};
+
+class krDecMux_wbe : public ModesTCX {
+public:
+    using ModesTCX::ModesTCX;
+
+    bool makeData() override {
+        return vkcCounts(cntMode, std::size(paramsMuxer)) &&
+               pSrc.createVector(paramsMuxer[cntMode.value()][0], setValue, 10, 0) &&
+               pDst.createVector(paramsTCX[cntMode.value()].len, setValue, 1, 0);
+    }
+};
 
 VK_REG(krQntTCX_wbe, veksQuantTCX_AMRWBE_16s,
        veksQuantTCX_AMRWBE_16s(pSrc.m_16s, pDst.m_16s, paramsTCX[cntMode.value()].len / 8,

@@ -23,126 +23,105 @@ constexpr int lenSrcDownsample[] = {640, 1280, 1920};
 constexpr int lenDstUpsample[] = {80, 640, 1280, 1920};
 constexpr Vek16s scaleFreq[] = {0, 48, 54, 60, 64, 72, 80, 90, 96, 108, 120, 128, 135, 144};
 
-void initVectors() {
-    for (vkVector* vector : {&pSrc1, &pSrc2, &pSrcDst, &pDst, &pDst2}) {
-        vector->init(vk16s);
-    }
-}
+const auto vectors = {&pSrc1, &pSrc2, &pSrcDst, &pDst, &pDst2};
 
-void deleteVectors() {
-    for (vkVector* vector : {&pDst2, &pDst, &pSrcDst, &pSrc2, &pSrc1}) {
-        vector->deleteVector();
-    }
-}
-
-class krBandResample_wbe : public prTest {
+class krBandResample_wbe : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override { deleteVectors(); }
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        m_split = m_name == "veksBandSplit_AMRWBE_16s";
+        initVectors(vectors, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        constexpr int lenSource = 1152;
+        constexpr int lenLow = 180;
+        if (!pDst.createVector(lenFrame, setZero, 0, 0)) {
+            return false;
+        }
+        if (m_split) {
+            return pSrc1.createVector(lenSource, setRand, -1, 1) && pSrcDst.createVector(lenLow, setRand, -1, 1);
+        }
+        return pSrc1.createVector(lenLow, setRand, -1, 1) && pSrc2.createVector(lenSource, setRand, -1, 1);
+    }
+
     double getDivisor() override { return lenFrame; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 
 private:
     bool m_split = false;
 };
 
-bool krBandResample_wbe::canStart() {
-    m_split = m_name == "veksBandSplit_AMRWBE_16s";
-    initVectors();
-    return true;
-}
-
-bool krBandResample_wbe::makeData() {
-    constexpr int lenSource = 1152;
-    constexpr int lenLow = 180;
-    if (!pDst.createVector(lenFrame, setZero, 0, 0)) {
-        return false;
-    }
-    if (m_split) {
-        return pSrc1.createVector(lenSource, setRand, -1, 1) && pSrcDst.createVector(lenLow, setRand, -1, 1);
-    }
-    return pSrc1.createVector(lenLow, setRand, -1, 1) && pSrc2.createVector(lenSource, setRand, -1, 1);
-}
-
-class krUpDownResample_wbe : public prTest {
+class krUpDownResample_wbe : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override { deleteVectors(); }
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        m_down = m_name == "veksDownsample_AMRWBE_16s";
+        vkcRebuild(bandIdx, "bandIdx").setList({0, 1});
+        vkcRebuild(cntLen, "cntLen");
+        m_parms.append(&bandIdx);
+        m_parms.append(&cntLen);
+        if (m_down) {
+            cntLen.setList({0, 1, 2});
+        } else {
+            cntLen.setList({0, 1, 2, 3});
+            vkcRebuild(addFlag, "addFlag").setList({0, 1});
+            m_parms.append(&addFlag);
+        }
+        initVectors(vectors, vk16s);
+        return true;
+    }
+
+    bool makeData() override {
+        return vkcCounts(cntLen, m_down ? std::size(lenSrcDownsample) : std::size(lenDstUpsample)) &&
+               pSrc1.createVector(frame(), setRand, -1, 1) &&
+               pDst.createVector(m_down ? lenFrame : frame(), setZero, 0, 0) &&
+               pSrcDst.createVector(24, setRand, -1, 1);
+    }
+
     double getDivisor() override { return frame(); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 
 private:
     int frame() const { return m_down ? lenSrcDownsample[cntLen.value()] : lenDstUpsample[cntLen.value()]; }
     bool m_down = false;
 };
 
-bool krUpDownResample_wbe::canStart() {
-    m_down = m_name == "veksDownsample_AMRWBE_16s";
-    vkcRebuild(bandIdx, "bandIdx").setList({0, 1});
-    vkcRebuild(cntLen, "cntLen");
-    m_parms.append(&bandIdx);
-    m_parms.append(&cntLen);
-    if (m_down) {
-        cntLen.setList({0, 1, 2});
-    } else {
-        cntLen.setList({0, 1, 2, 3});
-        vkcRebuild(addFlag, "addFlag").setList({0, 1});
-        m_parms.append(&addFlag);
-    }
-    initVectors();
-    return true;
-}
-
-bool krUpDownResample_wbe::makeData() {
-    return vkcCounts(cntLen, m_down ? std::size(lenSrcDownsample) : std::size(lenDstUpsample)) &&
-           pSrc1.createVector(frame(), setRand, -1, 1) &&
-           pDst.createVector(m_down ? lenFrame : frame(), setZero, 0, 0) && pSrcDst.createVector(24, setRand, -1, 1);
-}
-
-class krBandUpDownResample_wbe : public prTest {
+class krBandUpDownResample_wbe : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
-    void flushData() override { deleteVectors(); }
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        m_split = m_name == "veksBandSplitDownsample_AMRWBE_16s";
+        vkcRebuild(cntFS, "cntFS").set(1, 13, 1, '+');
+        vkcRebuild(length, "length").setList({3528, 3840});
+        m_parms.append(&cntFS);
+        m_parms.append(&length);
+        initVectors(vectors, vk16s);
+        return true;
+    }
+
+    // The lowest internal rate takes, and gives, twice the nominal length.
+    bool makeData() override {
+        fracMem = 0;
+        cntSamp = 0;
+        if (!vkcCounts(cntFS, std::size(scaleFreq)) || !pSrcDst.createVector(72, setRand, -1, 1)) {
+            return false;
+        }
+        if (m_split) {
+            return pSrc1.createVector(2 * vkcSize(length), setRand, -1, 1) &&
+                   pDst.createVector(lenFrame, setZero, 0, 0) && pDst2.createVector(lenFrame, setZero, 0, 0);
+        }
+        return pSrc1.createVector(lenFrame, setRand, -1, 1) && pSrc2.createVector(lenFrame, setRand, -1, 1) &&
+               pDst.createVector(2 * vkcSize(length), setZero, 0, 0);
+    }
+
     double getDivisor() override { return length.value() * 2.0; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
 
 private:
     bool m_split = false;
 };
-
-bool krBandUpDownResample_wbe::canStart() {
-    m_split = m_name == "veksBandSplitDownsample_AMRWBE_16s";
-    vkcRebuild(cntFS, "cntFS").set(1, 13, 1, '+');
-    vkcRebuild(length, "length").setList({3528, 3840});
-    m_parms.append(&cntFS);
-    m_parms.append(&length);
-    initVectors();
-    return true;
-}
-
-// The lowest internal rate takes, and gives, twice the nominal length.
-bool krBandUpDownResample_wbe::makeData() {
-    fracMem = 0;
-    cntSamp = 0;
-    if (!vkcCounts(cntFS, std::size(scaleFreq)) || !pSrcDst.createVector(72, setRand, -1, 1)) {
-        return false;
-    }
-    if (m_split) {
-        return pSrc1.createVector(2 * vkcSize(length), setRand, -1, 1) && pDst.createVector(lenFrame, setZero, 0, 0) &&
-               pDst2.createVector(lenFrame, setZero, 0, 0);
-    }
-    return pSrc1.createVector(lenFrame, setRand, -1, 1) && pSrc2.createVector(lenFrame, setRand, -1, 1) &&
-           pDst.createVector(2 * vkcSize(length), setZero, 0, 0);
-}
 
 } // namespace
 
@@ -174,43 +153,38 @@ int lenSrcPoly;
 int lenDstPoly;
 
 // What both modes of the one function share; a row tells its mode.
-class PolyResample : public prTest {
+class PolyResample : public vkcTest {
 public:
-    using prTest::prTest;
-    bool canStart() override;
-    void flushData() override { deleteVectors(); }
+    using vkcTest::vkcTest;
+
+    bool canStart() override {
+        vkcRebuild(cntFact, "cntFact").set(0, 5, 1, '+');
+        m_parms.append(&cntFact);
+        initVectors(vectors, vk16s);
+        return true;
+    }
+
     double getDivisor() override { return frameSize[cntFact.value()]; }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    void parmsToOstrm() override;
-    void parmsToCstrm() override;
+
+    void parmsToOstrm() override {
+        prTest::parmsToOstrm();
+        g_ostrm << mode();
+    }
+
+    void parmsToCstrm() override {
+        prTest::parmsToCstrm();
+        g_cstrm << mode();
+    }
 
 protected:
     virtual const char* mode() const = 0;
-    bool createVectors(int lenMemory);
+
+    bool createVectors(int lenMemory) {
+        fracMem = 0;
+        return pSrc1.createVector(lenSrcPoly, setRand, -1, 1) && pDst.createVector(lenDstPoly, setZero, 0, 0) &&
+               pSrcDst.createVector(lenMemory, setRand, -1, 1);
+    }
 };
-
-bool PolyResample::canStart() {
-    vkcRebuild(cntFact, "cntFact").set(0, 5, 1, '+');
-    m_parms.append(&cntFact);
-    initVectors();
-    return true;
-}
-
-bool PolyResample::createVectors(int lenMemory) {
-    fracMem = 0;
-    return pSrc1.createVector(lenSrcPoly, setRand, -1, 1) && pDst.createVector(lenDstPoly, setZero, 0, 0) &&
-           pSrcDst.createVector(lenMemory, setRand, -1, 1);
-}
-
-void PolyResample::parmsToOstrm() {
-    prTest::parmsToOstrm();
-    g_ostrm << mode();
-}
-
-void PolyResample::parmsToCstrm() {
-    prTest::parmsToCstrm();
-    g_cstrm << mode();
-}
 
 } // namespace
 
@@ -219,21 +193,19 @@ namespace ns_PolyResample_Over_wbe {
 class krPolyResample_Over_wbe : public PolyResample {
 public:
     using PolyResample::PolyResample;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
+
+    bool makeData() override {
+        if (!vkcCounts(cntFact, std::size(frameSize))) {
+            return false;
+        }
+        lenSrcPoly = frameSize[cntFact.value()];
+        lenDstPoly = lenSrcPoly * resampBase / resampFactor[cntFact.value()];
+        return createVectors(24);
+    }
 
 protected:
     const char* mode() const override { return "(oversamp)"; }
 };
-
-bool krPolyResample_Over_wbe::makeData() {
-    if (!vkcCounts(cntFact, std::size(frameSize))) {
-        return false;
-    }
-    lenSrcPoly = frameSize[cntFact.value()];
-    lenDstPoly = lenSrcPoly * resampBase / resampFactor[cntFact.value()];
-    return createVectors(24);
-}
 
 VK_REG_MODE(krPolyResample_Over_wbe, veksResamplePolyphase_AMRWBE_16s,
             veksResamplePolyphase_AMRWBE_16s(pSrc1.m_16s, lenSrcPoly, resampFactor[cntFact.value()], resampBase,
@@ -247,34 +219,32 @@ namespace ns_PolyResample_Decim_wbe {
 class krPolyResample_Decim_wbe : public PolyResample {
 public:
     using PolyResample::PolyResample;
-    bool canStart() override;
-    bool initData() override { return vkcLine(*this); }
-    bool makeData();
+
+    bool canStart() override {
+        if (!PolyResample::canStart()) {
+            return false;
+        }
+        vkcRebuild(cntFS, "cntFS").set(1, 13, 1, '+');
+        m_parms.append(&cntFS);
+        return true;
+    }
+
+    // A frame of the internal rate lasts 80 ms * 96 / scale; whole twelfths of it leave no fraction.
+    bool makeData() override {
+        if (!vkcCounts(cntFact, std::size(frameSize)) || !vkcCounts(cntFS, std::size(scaleFreq)) ||
+            cntFS.value() == 0) {
+            return false;
+        }
+        const int factor = resampFactor[cntFact.value()];
+        const int high = frameSize[cntFact.value()] * resampBase / factor;
+        lenSrcPoly = high * 96 / scaleFreq[cntFS.value()] / resampBase * resampBase;
+        lenDstPoly = lenSrcPoly * factor / resampBase;
+        return createVectors(144);
+    }
 
 protected:
     const char* mode() const override { return "(decimate)"; }
 };
-
-bool krPolyResample_Decim_wbe::canStart() {
-    if (!PolyResample::canStart()) {
-        return false;
-    }
-    vkcRebuild(cntFS, "cntFS").set(1, 13, 1, '+');
-    m_parms.append(&cntFS);
-    return true;
-}
-
-// A frame of the internal rate lasts 80 ms * 96 / scale; whole twelfths of it leave no fraction.
-bool krPolyResample_Decim_wbe::makeData() {
-    if (!vkcCounts(cntFact, std::size(frameSize)) || !vkcCounts(cntFS, std::size(scaleFreq)) || cntFS.value() == 0) {
-        return false;
-    }
-    const int factor = resampFactor[cntFact.value()];
-    const int high = frameSize[cntFact.value()] * resampBase / factor;
-    lenSrcPoly = high * 96 / scaleFreq[cntFS.value()] / resampBase * resampBase;
-    lenDstPoly = lenSrcPoly * factor / resampBase;
-    return createVectors(144);
-}
 
 VK_REG_MODE(krPolyResample_Decim_wbe, veksResamplePolyphase_AMRWBE_16s,
             veksResamplePolyphase_AMRWBE_16s(pSrc1.m_16s, lenSrcPoly, resampFactor[cntFact.value()], resampBase,

@@ -22,6 +22,21 @@ const VekLibraryVersion* vkGetVekVersion_veksc() {
     return vekscGetLibVersion();
 }
 
+// The frame of the functions that take no length.
+static constexpr int shortFrame = 320;
+
+void vkcFrames(krStepIterator<int>& len, const vkFunc& func) {
+    if (func.contains("G7221")) {
+        len.set(shortFrame, 2 * shortFrame, shortFrame, '+');
+    } else {
+        len.setList({shortFrame});
+    }
+}
+
+int vkcFrame(const krStepIterator<int>& len) {
+    return std::max(len.value(), shortFrame);
+}
+
 void vkcGrid::begin(std::initializer_list<krParameter*> parms) {
     m_parms.clear();
     m_fixed.clear();
@@ -95,6 +110,22 @@ bool vkcRefuse(krTest& test) {
     test.putTextError(krTest::m_currentResult);
     test.flushData();
     return false;
+}
+
+void vkcTest::flushData() {
+    for (vkVector* vector : m_vectors) {
+        vector->deleteVector();
+    }
+}
+
+// A test that starts anew takes the same vectors again.
+void vkcTest::take(vkVector* vector) {
+    for (const vkVector* taken : m_vectors) {
+        if (taken == vector) {
+            return;
+        }
+    }
+    m_vectors.insert(m_vectors.begin(), vector);
 }
 
 bool vkcFits(long long rows, long long bytes) {

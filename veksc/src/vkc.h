@@ -8,9 +8,11 @@
 #include "veks.h"
 #include "veksc.h"
 
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
 #include <memory>
+#include <type_traits>
 
 /// Hands the library's core functions to the harness.
 void vkSetVekEnvironment();
@@ -59,6 +61,28 @@ vkcScaleIterator& vkcScales(vkcScaleIterator& parm, const krString& title, const
     return parm;
 }
 
+/// Adds modes to a grid, and to what a user may give.
+template <class Mode>
+void vkcModes(krEnumIterator<Mode>& parm, std::initializer_list<Mode> modes) {
+    for (const Mode mode : modes) {
+        parm.add(mode);
+        parm.addValidation(mode);
+    }
+}
+
+/// The rates of speech of the two adaptive codecs; silence has a mode of its own.
+inline const std::initializer_list<VekSpchBitRate> vkcRatesGSMAMR = {VEK_SPCHBR_4750,  VEK_SPCHBR_5150, VEK_SPCHBR_5900,
+                                                                     VEK_SPCHBR_6700,  VEK_SPCHBR_7400, VEK_SPCHBR_7950,
+                                                                     VEK_SPCHBR_10200, VEK_SPCHBR_12200};
+inline const std::initializer_list<VekSpchBitRate> vkcRatesAMRWB = {
+    VEK_SPCHBR_6600,  VEK_SPCHBR_8850,  VEK_SPCHBR_12650, VEK_SPCHBR_14250, VEK_SPCHBR_15850,
+    VEK_SPCHBR_18250, VEK_SPCHBR_19850, VEK_SPCHBR_23050, VEK_SPCHBR_23850};
+
+/// The frames of the transform codecs: G.722.1 has two, the functions of G.722 take no length and have the short one.
+void vkcFrames(krStepIterator<int>& len, const vkFunc& func);
+/// Elements for such a frame; the user's value makes none shorter than the shortest.
+int vkcFrame(const krStepIterator<int>& len);
+
 /// The parameters that a function's grid walks, outer first, and that identify a line.
 class vkcGrid {
 public:
@@ -90,11 +114,53 @@ krString vkcUnit(int index);
 /// told, with the line's parameters. Nothing of the line's data stays. Gives false.
 bool vkcRefuse(krTest& test);
 
-/// Whether a line's data stand: what the suite's makeData says, as long as one call has elements to work on.
-template <class Suite>
-bool vkcLine(Suite& suite) {
-    return (suite.makeData() && suite.getDivisor() > 0) || vkcRefuse(suite);
-}
+/// What suites of the newer form answer alike; their parameters stand in m_parms.
+class vkcTest : public prTest {
+public:
+    using prTest::prTest;
+    /// Deletes the vectors that initVectors has taken, the last first.
+    void flushData() override;
+    /// A line stands where makeData says so and one call has elements to work on.
+    bool initData() override { return (makeData() && getDivisor() > 0) || vkcRefuse(*this); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    /// Creates and fills what the call of a line works on; false where the line's values allow none.
+    virtual bool makeData() = 0;
+
+protected:
+    /// Vectors of the test, with an element type of their own, that of an argument of the function or that of one of
+    /// the types in its name.
+    template <class Type>
+    void initVectors(std::initializer_list<vkVector*> vectors, Type type) {
+        for (vkVector* vector : vectors) {
+            if constexpr (std::is_same_v<Type, vkType>) {
+                vector->init(type);
+            } else {
+                vector->init(m_func, type);
+            }
+            take(vector);
+        }
+    }
+
+private:
+    void take(vkVector* vector);
+
+    krList<vkVector*> m_vectors;
+};
+
+/// What suites of the older form answer alike: they walk a grid of their own, and make the data in the step to a line.
+class vkcGridTest : public vkcTest {
+public:
+    using vkcTest::vkcTest;
+    bool canContinue() override { return m_grid.next(m_isFirst) && vkcTest::initData(); }
+    bool initData() override { return true; }
+    double getDivisor_el() override { return getDivisor(); }
+    void parmsToOstrm() override { m_grid.toOstrm(); }
+    void parmsToCstrm() override { m_grid.toCstrm(); }
+    void parmsNameToCstrm() override { m_grid.namesToCstrm(); }
+
+protected:
+    vkcGrid m_grid;
+};
 
 /// Whether a call that prepares data has succeeded; an error is told.
 inline bool vkcDone(VekStatus status) {
@@ -110,6 +176,12 @@ bool vkcMakeState(State*& state, VekStatus (*sizeOf)(int*), Init init) {
     }
     state = static_cast<State*>(static_cast<void*>(veksMalloc_8u(size)));
     return state != nullptr && vkcDone(init(state));
+}
+
+template <class State>
+void vkcFree(State*& state) {
+    veksFree(state);
+    state = nullptr;
 }
 
 /// Whether a table of `rows` rows of `bytes` each is no larger than a block may be; if not, it is refused as one.
@@ -133,6 +205,12 @@ struct vkcRows {
             made = table[count] != nullptr;
         }
         return made;
+    }
+
+    void fill(long long length, const T& value) {
+        for (int row = 0; row < count; ++row) {
+            std::fill_n(table[row], length, value);
+        }
     }
 
     void drop() {

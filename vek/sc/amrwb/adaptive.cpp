@@ -1,10 +1,12 @@
 // Adaptive codebook of AMR-WB: lags and indices by rate and subframe, closed-loop search, decoding, lost lags.
 #include <algorithm>
+#include <cstring>
 
 #include "sc/amrwb/normal.h"
 #include "sc/amrwb/rates.h"
 #include "sc/amrwb/tables.h"
 #include "sc/common/fixmath.h"
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/filter.h"
 #include "veksc_amrwb.h"
@@ -17,18 +19,20 @@ namespace {
 
 constexpr int kHistory = 5;
 
-} // namespace
-
-struct VekAdaptiveCodebookState_AMRWB {
+// The caller's memory holds it at any address.
+struct State {
     Vek16s lags[kHistory];
     Vek16s gains[kHistory];
     Vek16s former;
     Vek16s seed;
+
+    static State of(const void* memory) {
+        State state;
+        std::memcpy(&state, memory, sizeof state);
+        return state;
+    }
+    void give(void* memory) const { std::memcpy(memory, this, sizeof *this); }
 };
-
-namespace {
-
-using State = VekAdaptiveCodebookState_AMRWB;
 
 constexpr int kShortest = 34;
 constexpr int kLongest = 231;
@@ -221,18 +225,14 @@ int conceal(State& state, int lag, bool lost) {
 } // namespace
 
 VekStatus veksAdaptiveCodebookDecodeGetSize_AMRWB_16s(int* pSize) {
-    if (pSize == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = static_cast<int>(sizeof(State));
-    return vekStsNoErr;
+    return stateSize<State>(pSize);
 }
 
 VekStatus veksAdaptiveCodebookDecodeInit_AMRWB_16s(VekAdaptiveCodebookState_AMRWB* pState) {
     if (pState == nullptr) {
         return vekStsNullPtrErr;
     }
-    *pState = State{{64, 64, 64, 64, 64}, {}, 64, 21845};
+    State{{64, 64, 64, 64, 64}, {}, 64, 21845}.give(pState);
     return vekStsNoErr;
 }
 
@@ -240,8 +240,10 @@ VekStatus veksAdaptiveCodebookDecodeGain_AMRWB_16s(Vek16s valPitchGain, VekAdapt
     if (pState == nullptr) {
         return vekStsNullPtrErr;
     }
-    std::copy(pState->gains + 1, pState->gains + kHistory, pState->gains);
-    pState->gains[kHistory - 1] = valPitchGain;
+    State state = State::of(pState);
+    std::copy(state.gains + 1, state.gains + kHistory, state.gains);
+    state.gains[kHistory - 1] = valPitchGain;
+    state.give(pState);
     return vekStsNoErr;
 }
 
@@ -268,13 +270,15 @@ VekStatus veksAdaptiveCodebookDecode_AMRWB_16s(int valAdptIndex, Vek16s* pFracPi
     if (!law.relative) {
         setBounds(firstAround(lag.whole), pResultPrevIntPitchLagBounds);
     }
+    State state = State::of(pState);
     if (bfi == 1) {
-        lag = {conceal(*pState, lag.whole, unusableFrame == 1), 0};
+        lag = {conceal(state, lag.whole, unusableFrame == 1), 0};
     } else {
-        std::copy_backward(pState->lags, pState->lags + kHistory - 1, pState->lags + kHistory);
-        pState->lags[0] = static_cast<Vek16s>(lag.whole);
-        pState->former = pState->lags[0];
+        std::copy_backward(state.lags, state.lags + kHistory - 1, state.lags + kHistory);
+        state.lags[0] = static_cast<Vek16s>(lag.whole);
+        state.former = state.lags[0];
     }
+    state.give(pState);
     predict(pSrcDstExcitation, lag);
     *pResultIntPitchLag = static_cast<Vek16s>(lag.whole);
     *pFracPitchLag = static_cast<Vek16s>(lag.quarters);

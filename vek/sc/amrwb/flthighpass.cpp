@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "veksc_amrwbflt.h"
 
@@ -55,11 +56,7 @@ void run(Memory& m, const Vek16s* src, Vek16s* dst, int n) {
 } // namespace
 
 VekStatus veksHighPassFilterGetSize_AMRWB_16s(int* pSize) {
-    if (!pSize) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = static_cast<int>(sizeof(Memory));
-    return vekStsNoErr;
+    return stateSize<Memory>(pSize);
 }
 
 VekStatus veksHighPassFilterInit_AMRWB_16s(char* pMem) {

@@ -43,6 +43,12 @@ inline Vek16s chebyshev(int64_t x, const int64_t* f, int n) {
     return sat16_64((product(t, x) - b2 + f[n] * 4096) >> 10);
 }
 
+struct Series {
+    const int64_t* f;
+    int order;
+    Vek16s operator()(Vek16s x) const { return chebyshev(x, f, order); }
+};
+
 // Coefficients 0..n of the product of 1 - 2 isp[2i] z^-1 + z^-2, i = 0..n-1, with 1.0 = one.
 template <class Sums>
 void pairProduct(const Vek16s* isp, int n, int64_t one, int64_t* f, Sums& sum) {
@@ -117,38 +123,13 @@ VekStatus veksLPCToISP_AMRWB_16s(const Vek16s* pSrcLpc, Vek16s* pDstIsp, const V
     }
     f1[kHalf] = pSrcLpc[kHalf];
 
-    // The roots of both interlace: each one found changes over to the other.
     Vek16s found[kOrder];
-    int count = 0;
-    const int64_t* series = f1;
-    int order = kHalf;
-    Vek16s xLow = kIspGrid[0];
-    Vek16s yLow = chebyshev(xLow, series, order);
-    for (int j = 1; count < kOrder - 1 && j <= kPoints; ++j) {
-        Vek16s xHigh = xLow;
-        Vek16s yHigh = yLow;
-        xLow = kIspGrid[j];
-        yLow = chebyshev(xLow, series, order);
-        if (yLow * yHigh > 0) {
-            continue;
-        }
-        for (int i = 0; i < kBisections; ++i) {
-            const auto xMid = static_cast<Vek16s>((xLow >> 1) + (xHigh >> 1));
-            const Vek16s yMid = chebyshev(xMid, series, order);
-            if (yLow * yMid <= 0) {
-                yHigh = yMid;
-                xHigh = xMid;
-            } else {
-                yLow = yMid;
-                xLow = xMid;
-            }
-        }
-        xLow = zeroBetween(xLow, yLow, xHigh, yHigh);
-        found[count++] = xLow;
-        series = count % 2 != 0 ? f2 : f1;
-        order = count % 2 != 0 ? kHalf - 1 : kHalf;
-        yLow = chebyshev(xLow, series, order);
-    }
+    const int count = interlacedRoots<kBisections>(
+        kOrder - 1, kPoints, [](int j) { return kIspGrid[j]; },
+        [&](int n) {
+            return n % 2 != 0 ? Series{f2, kHalf - 1} : Series{f1, kHalf};
+        },
+        found);
     if (count < kOrder - 1) {
         std::memmove(pDstIsp, pSrcPrevIsp, sizeof found);
         return vekStsUnstableFilter;

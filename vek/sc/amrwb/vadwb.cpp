@@ -5,6 +5,7 @@
 
 #include "sc/common/bandvad.h"
 #include "sc/common/fixmath.h"
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
 #include "veksc_amrwbflt.h"
@@ -234,11 +235,7 @@ void followSpeech(State& s, Vek16s in) {
 } // namespace
 
 VekStatus veksVADGetSize_AMRWB_16s(int* pSize) {
-    if (!pSize) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = static_cast<int>(sizeof(State));
-    return vekStsNoErr;
+    return stateSize<State>(pSize);
 }
 
 VekStatus veksVADInit_AMRWB_16s(char* pState) {

@@ -127,6 +127,11 @@ int quantise(const Vek16s* src, int count, float gain, std::array<Point, kLarges
     return any ? bits : 0;
 }
 
+// The packets of so many points.
+VekStatus layOut(const int* pNumBits, int nPackets, int count, Packets& packets) {
+    return count < 1 || count > kLargestCount ? vekStsSizeErr : packets.set(pNumBits, nPackets);
+}
+
 // A gain at which the points need about the budget: an eighth of the energy of a vector twice the unit costs 5 bits.
 float estimatedGain(const Vek16s* src, int count, int budget) {
     std::array<float, kLargestCount> halfLog;
@@ -189,11 +194,8 @@ VekStatus veksEncodeMux_AMRWBE_16s(const Vek16s* pSrc, const int* pNumBits, int 
     if (anyNull(pSrc, pNumBits, pDst)) {
         return vekStsNullPtrErr;
     }
-    if (count < 1 || count > kLargestCount) {
-        return vekStsSizeErr;
-    }
     Packets packets;
-    if (const VekStatus status = packets.set(pNumBits, nPackets); status != vekStsNoErr) {
+    if (const VekStatus status = layOut(pNumBits, nPackets, count, packets); status != vekStsNoErr) {
         return status;
     }
     std::array<Code, kLargestCount> codes;
@@ -245,11 +247,8 @@ VekStatus veksDecodeDemux_AMRWBE_16s(const Vek16s* pSrc, const int* pNumBits, co
     if (anyNull(pSrc, pNumBits, pBfi, pDst)) {
         return vekStsNullPtrErr;
     }
-    if (count < 1 || count > kLargestCount) {
-        return vekStsSizeErr;
-    }
     Packets packets;
-    if (const VekStatus status = packets.set(pNumBits, nPackets); status != vekStsNoErr) {
+    if (const VekStatus status = layOut(pNumBits, nPackets, count, packets); status != vekStsNoErr) {
         return status;
     }
     const bool whole = std::all_of(pBfi, pBfi + nPackets, [](int bad) { return bad == 0; });

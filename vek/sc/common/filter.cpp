@@ -23,6 +23,16 @@ void inStretches(Sample* x, int T, int len, Step step) {
     }
 }
 
+VekStatus checkHarmonic(const void* x, int T, int len) {
+    if (x == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    if (badLength(len)) {
+        return vekStsSizeErr;
+    }
+    return T < 0 || T > kMaxSignalLength ? vekStsRangeErr : vekStsNoErr;
+}
+
 VekStatus synthesis(const Vek16s* pLPC, const Vek16s* pSrc, Vek16s* pDst, int len, int scaleFactor, const Vek16s* pMem,
                     Steps steps) {
     if (!pLPC || !pSrc || !pDst || !pMem) {
@@ -38,21 +48,14 @@ VekStatus synthesis(const Vek16s* pLPC, const Vek16s* pSrc, Vek16s* pDst, int le
     return vekStsNoErr;
 }
 
-constexpr bool badPeriod(int T) {
-    return T < 0 || T > kMaxSignalLength;
-}
-
 } // namespace
 
 VekStatus veksHarmonicFilter_NR_16s(Vek16s beta, int T, const Vek16s* pSrc, Vek16s* pDst, int len) {
-    if (!pSrc || !pDst) {
+    if (pSrc == nullptr) {
         return vekStsNullPtrErr;
     }
-    if (badLength(len)) {
-        return vekStsSizeErr;
-    }
-    if (badPeriod(T)) {
-        return vekStsRangeErr;
+    if (const VekStatus status = checkHarmonic(pDst, T, len); status != vekStsNoErr) {
+        return status;
     }
     if (pSrc != pDst) {
         filterKernels().addScaled(pSrc, pSrc - T, beta, pDst, len, 0x4000);
@@ -64,14 +67,8 @@ VekStatus veksHarmonicFilter_NR_16s(Vek16s beta, int T, const Vek16s* pSrc, Vek1
 }
 
 VekStatus veksHarmonicFilter_16s_I(Vek16s beta, int T, Vek16s* pSrcDst, int len) {
-    if (!pSrcDst) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
-    }
-    if (badPeriod(T)) {
-        return vekStsRangeErr;
+    if (const VekStatus status = checkHarmonic(pSrcDst, T, len); status != vekStsNoErr) {
+        return status;
     }
     if (beta == -32768) {
         // The product alone saturates here before it is added.
@@ -86,14 +83,8 @@ VekStatus veksHarmonicFilter_16s_I(Vek16s beta, int T, Vek16s* pSrcDst, int len)
 }
 
 VekStatus veksHarmonicFilter_32f_I(int T, Vek32f* pSrcDst, int len, Vek32f beta) {
-    if (!pSrcDst) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
-    }
-    if (badPeriod(T)) {
-        return vekStsRangeErr;
+    if (const VekStatus status = checkHarmonic(pSrcDst, T, len); status != vekStsNoErr) {
+        return status;
     }
     inStretches(pSrcDst, T, len,
                 [&](Vek32f* x, const Vek32f* d, int n) { filterKernels().addScaled32f(x, d, beta, x, n); });

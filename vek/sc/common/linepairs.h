@@ -24,6 +24,54 @@ inline Vek16s zeroBetween(Vek16s xLow, Vek16s yLow, Vek16s xHigh, Vek16s yHigh) 
     return sub(xLow, extract_l(L_shr(L_mult(yLow, slope), 11)));
 }
 
+inline float zeroBetween(float xLow, float yLow, float xHigh, float yHigh) {
+    return yHigh != yLow ? xLow - yLow * (xHigh - xLow) / (yHigh - yLow) : xLow;
+}
+
+inline Vek16s middleOf(Vek16s low, Vek16s high) {
+    return static_cast<Vek16s>((low >> 1) + (high >> 1));
+}
+
+inline float middleOf(float low, float high) {
+    return 0.5F * (low + high);
+}
+
+// Roots of two series that interlace, `wanted` of them, looked for between the points 0 to `points` of a falling grid:
+// each one found changes over to the other series. `seriesOf(n)` is the one of root n, a function of x. Tells how many
+// were found.
+template <int Bisections, class X, class GridPoint, class SeriesOf>
+inline int interlacedRoots(int wanted, int points, GridPoint gridPoint, SeriesOf seriesOf, X* found) {
+    int count = 0;
+    auto series = seriesOf(0);
+    X xLow = gridPoint(0);
+    X yLow = series(xLow);
+    for (int j = 1; count < wanted && j <= points; ++j) {
+        X xHigh = xLow;
+        X yHigh = yLow;
+        xLow = gridPoint(j);
+        yLow = series(xLow);
+        if (!(yLow * yHigh <= 0)) {
+            continue;
+        }
+        for (int i = 0; i < Bisections; ++i) {
+            const X xMid = middleOf(xLow, xHigh);
+            const X yMid = series(xMid);
+            if (yLow * yMid <= 0) {
+                yHigh = yMid;
+                xHigh = xMid;
+            } else {
+                yLow = yMid;
+                xLow = xMid;
+            }
+        }
+        xLow = zeroBetween(xLow, yLow, xHigh, yHigh);
+        found[count++] = xLow;
+        series = seriesOf(count);
+        yLow = series(xLow);
+    }
+    return count;
+}
+
 // Product of 1 - 2 c z^-1 + z^-2 over every second one of the cosines, `half` of them, up to the middle, which the rest
 // mirrors.
 template <typename T>

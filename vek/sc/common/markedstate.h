@@ -8,6 +8,16 @@
 
 namespace vek {
 
+/// The bytes of a state.
+template <class State>
+VekStatus stateSize(int* pSize) {
+    if (pSize == nullptr) {
+        return vekStsNullPtrErr;
+    }
+    *pSize = static_cast<int>(sizeof(State));
+    return vekStsNoErr;
+}
+
 /// A state with the mark of its kind, which tells memory that has had its start.
 template <class Content, uint32_t kind>
 struct Marked {
@@ -16,13 +26,7 @@ struct Marked {
     uint32_t mark = kind;
     Content content;
 
-    static VekStatus size(int* pSize) {
-        if (pSize == nullptr) {
-            return vekStsNullPtrErr;
-        }
-        *pSize = static_cast<int>(sizeof(Marked));
-        return vekStsNoErr;
-    }
+    static VekStatus size(int* pSize) { return stateSize<Marked>(pSize); }
     static VekStatus init(void* memory, const Content& content = {}) {
         if (memory == nullptr) {
             return vekStsNullPtrErr;

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "sc/common/correlate.h"
+#include "sc/common/correlationrows.h"
 #include "sc/common/fixmath.h"
 #include "sc/kernels/filter.h"
 #include "veksc_filter.h"
@@ -75,16 +76,6 @@ bool normalise(const Vek16s* h, Vek16s* scaled) {
     return true;
 }
 
-void saturatingRows(const Vek16s* h, int32_t* rows) {
-    for (int d = 0; d < kLen; ++d) {
-        int32_t sum = 0;
-        for (int m = 0; m + d < kLen; ++m) {
-            sum = L_mac(sum, h[m], h[m + d]);
-            rows[m * kLen + d] = sum >> 1;
-        }
-    }
-}
-
 // Where the matrix's elements stand among the signed rows, in the order of tracks.
 template <class L>
 constexpr std::array<uint16_t, kLen * kLen> places() {
@@ -111,6 +102,9 @@ void fill(const Vek16s* h, const Vek16s* dn, const Vek16s* sign, PulseField& fie
     } else {
         std::fill_n(rows, kLen * kLen, 0);
         saturatingRows(scaled, rows);
+        for (int32_t& sum : rows) {
+            sum >>= 1;
+        }
     }
     pulseKernels().signRows(rows, sign, signedRows);
     constexpr int width = L::kStride / L::kTracks;

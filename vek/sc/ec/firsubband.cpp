@@ -30,6 +30,18 @@ Vek32s stepTimesWrapped(Vek32s step, Vek32s error) {
     return static_cast<Vek32s>(static_cast<uint32_t>((static_cast<int64_t>(step) * error) >> 15));
 }
 
+// What the updates of 32-bit coefficients have in common behind the pointers.
+VekStatus checkUpdate(const Vek32sc* const* input, const Vek32sc* const* coefs, int numSegments, int len,
+                      int startSubband, int scaleFactorCoef) {
+    if (badSizes(numSegments, len, startSubband)) {
+        return vekStsSizeErr;
+    }
+    if (scaleFactorCoef < 1 || scaleFactorCoef > 31) {
+        return vekStsScaleRangeErr;
+    }
+    return rowNull(input, numSegments) || rowNull(coefs, numSegments) ? vekStsNullPtrErr : vekStsNoErr;
+}
+
 } // namespace
 
 VekStatus veksFIRSubband_EC_32sc_Sfs(const Vek32sc* const* ppSrcSignalIn, const Vek32sc* const* ppSrcCoefs,
@@ -75,14 +87,9 @@ VekStatus veksFIRSubbandCoeffUpdate_EC_32sc_I(const Vek32s* pStepSize, const Vek
     if (anyNull(pStepSize) || anyNull(ppSrcFilterInput) || anyNull(pSrcError) || ppSrcDstCoefsQ15 == nullptr) {
         return vekStsNullPtrErr;
     }
-    if (badSizes(numSegments, len, 0)) {
-        return vekStsSizeErr;
-    }
-    if (scaleFactorCoef < 1 || scaleFactorCoef > 31) {
-        return vekStsScaleRangeErr;
-    }
-    if (rowNull(ppSrcFilterInput, numSegments) || rowNull(ppSrcDstCoefsQ15, numSegments)) {
-        return vekStsNullPtrErr;
+    if (const VekStatus status = checkUpdate(ppSrcFilterInput, ppSrcDstCoefsQ15, numSegments, len, 0, scaleFactorCoef);
+        status != vekStsNoErr) {
+        return status;
     }
     const EcKernels& kernels = ecKernels();
     Vek32sc products[kMaxSubbands];
@@ -103,14 +110,10 @@ VekStatus veksFIRSubbandLowCoeffUpdate_EC_32sc_I(const Vek32sc* const* ppSrcFilt
         prodStepErrQ == nullptr) {
         return vekStsNullPtrErr;
     }
-    if (badSizes(numSegments, len, startSubband)) {
-        return vekStsSizeErr;
-    }
-    if (scaleFactorCoef < 1 || scaleFactorCoef > 31) {
-        return vekStsScaleRangeErr;
-    }
-    if (rowNull(ppSrcFilterInput, numSegments) || rowNull(ppSrcDstCoefsQ15, numSegments)) {
-        return vekStsNullPtrErr;
+    if (const VekStatus status =
+            checkUpdate(ppSrcFilterInput, ppSrcDstCoefsQ15, numSegments, len, startSubband, scaleFactorCoef);
+        status != vekStsNoErr) {
+        return status;
     }
     const EcKernels& kernels = ecKernels();
     for (int k = startSubband; k < len; ++k) {

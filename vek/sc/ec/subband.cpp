@@ -92,6 +92,16 @@ VekStatus init(void* pState, int order, int frameSize, int windowLen, const S* p
     return vekStsNoErr;
 }
 
+// A state that has had its start.
+template <typename T>
+VekStatus take(void* pState, int scaleFactor, Process<T>*& process) {
+    if (badScale(scaleFactor)) {
+        return vekStsScaleRangeErr;
+    }
+    process = ec::placeOf<Process<T>>(pState);
+    return process->mark != markOf<T>() ? vekStsStateErr : vekStsNoErr;
+}
+
 // The newest frame behind the samples that stay.
 template <typename T, typename S>
 void push(Process<T>& p, const S* signal) {
@@ -135,13 +145,11 @@ VekStatus veksSubbandAnalysis_16s32sc_Sfs(const Vek16s* pSignal, Vek32sc* pSubba
     if (anyNull(pSignal) || pSubbands == nullptr || pState == nullptr || pBuf == nullptr) {
         return vekStsNullPtrErr;
     }
-    if (badScale(scaleFactor)) {
-        return vekStsScaleRangeErr;
+    Process<double>* process = nullptr;
+    if (const VekStatus status = take(pState, scaleFactor, process); status != vekStsNoErr) {
+        return status;
     }
-    auto& p = *ec::placeOf<Process<double>>(pState);
-    if (p.mark != markOf<double>()) {
-        return vekStsStateErr;
-    }
+    Process<double>& p = *process;
     push(p, pSignal);
     Vek64fc spectrum[kMaxFoldPoints / 2 + 1];
     const FoldKernels& kernels = foldKernels();
@@ -156,10 +164,11 @@ VekStatus veksSubbandAnalysis_32f32fc(const Vek32f* pSignal, Vek32fc* pSubbands,
     if (anyNull(pSignal) || pSubbands == nullptr || pState == nullptr || pBuf == nullptr) {
         return vekStsNullPtrErr;
     }
-    auto& p = *ec::placeOf<Process<float>>(pState);
-    if (p.mark != markOf<float>()) {
-        return vekStsStateErr;
+    Process<float>* process = nullptr;
+    if (const VekStatus status = take(pState, 0, process); status != vekStsNoErr) {
+        return status;
     }
+    Process<float>& p = *process;
     push(p, pSignal);
     foldKernels().analyse32f(p.order, p.history(), p.analysisWindow(), p.windowLen,
                              ec::placeOf<Work<float>>(pBuf)->fold, pSubbands);
@@ -171,13 +180,11 @@ VekStatus veksSubbandSynthesis_32sc16s_Sfs(const Vek32sc* pSubbands, Vek16s* pSi
     if (anyNull(pSubbands) || pSignal == nullptr || pState == nullptr || pBuf == nullptr) {
         return vekStsNullPtrErr;
     }
-    if (badScale(scaleFactor)) {
-        return vekStsScaleRangeErr;
+    Process<double>* process = nullptr;
+    if (const VekStatus status = take(pState, scaleFactor, process); status != vekStsNoErr) {
+        return status;
     }
-    auto& p = *ec::placeOf<Process<double>>(pState);
-    if (p.mark != markOf<double>()) {
-        return vekStsStateErr;
-    }
+    Process<double>& p = *process;
     // Scaled on the way in: frames of different scale factors overlap in the sums.
     const double factor = std::ldexp(1.0, -scaleFactor);
     Vek64fc spectrum[kMaxFoldPoints / 2 + 1];
@@ -197,10 +204,11 @@ VekStatus veksSubbandSynthesis_32fc32f(const Vek32fc* pSubbands, Vek32f* pSignal
     if (anyNull(pSubbands) || pSignal == nullptr || pState == nullptr || pBuf == nullptr) {
         return vekStsNullPtrErr;
     }
-    auto& p = *ec::placeOf<Process<float>>(pState);
-    if (p.mark != markOf<float>()) {
-        return vekStsStateErr;
+    Process<float>* process = nullptr;
+    if (const VekStatus status = take(pState, 0, process); status != vekStsNoErr) {
+        return status;
     }
+    Process<float>& p = *process;
     foldKernels().synthesise32f(p.order, pSubbands, p.synthesisWindow(), p.windowLen,
                                 ec::placeOf<Work<float>>(pBuf)->fold, p.sums());
     std::memcpy(pSignal, p.sums(), static_cast<size_t>(p.frameSize) * sizeof(Vek32f));

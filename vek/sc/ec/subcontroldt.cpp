@@ -31,6 +31,15 @@ Vek32s filterPower(const Bands& b, Vek32sc* const* coefs, int first) {
     return sum > 0 ? static_cast<Vek32s>(std::lround(2560 * std::log10(std::ldexp(sum, -30)))) : kNoPower;
 }
 
+// A state that has had its start, if it has the subband.
+VekStatus take(VeksSubbandControllerDTState_EC_16s* pState, int startSubband, Bands*& bands) {
+    bands = ec::placeOf<Bands>(pState);
+    if (bands->mark != kMark) {
+        return vekStsStateErr;
+    }
+    return startSubband < 0 || startSubband >= bands->numSubbands ? vekStsSizeErr : vekStsNoErr;
+}
+
 } // namespace
 
 VekStatus veksSubbandControllerDTGetSize_EC_16s(int numSubbands, int frameSize, int numSegments, int sampleFreq,
@@ -51,13 +60,11 @@ VekStatus veksSubbandControllerDTUpdate_EC_16s(const Vek32sc* const* ppSrcRinSub
         anyNull(pIsDT, pDisableNLP) || pState == nullptr) {
         return vekStsNullPtrErr;
     }
-    Bands& b = *ec::placeOf<Bands>(pState);
-    if (b.mark != kMark) {
-        return vekStsStateErr;
+    Bands* bands = nullptr;
+    if (const VekStatus status = take(pState, startSubband, bands); status != vekStsNoErr) {
+        return status;
     }
-    if (startSubband < 0 || startSubband >= b.numSubbands) {
-        return vekStsSizeErr;
-    }
+    Bands& b = *bands;
     if (ec::rowNull(ppSrcRinSubbandsHistory, b.numSegments)) {
         return vekStsNullPtrErr;
     }
@@ -85,13 +92,11 @@ VekStatus veksSubbandControllerDT_EC_16s(const Vek32sc* pSrcAdaptiveFilterErr, c
         ppDstFixedCoefs == nullptr || pSrcDstFilterPwr == nullptr || pDstStsAdapt == nullptr || pState == nullptr) {
         return vekStsNullPtrErr;
     }
-    Bands& b = *ec::placeOf<Bands>(pState);
-    if (b.mark != kMark) {
-        return vekStsStateErr;
+    Bands* bands = nullptr;
+    if (const VekStatus status = take(pState, startSubband, bands); status != vekStsNoErr) {
+        return status;
     }
-    if (startSubband < 0 || startSubband >= b.numSubbands) {
-        return vekStsSizeErr;
-    }
+    Bands& b = *bands;
     if (PwrDelta < 0) {
         return vekStsRangeErr;
     }

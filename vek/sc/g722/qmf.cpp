@@ -69,9 +69,9 @@ VekStatus check(const Vek16s* pSrc, const Vek16s* pDst, int len, const Vek16s* d
     return badLength(len) || len % 2 != 0 ? vekStsSizeErr : vekStsNoErr;
 }
 
-} // namespace
-
-VekStatus veksQMFEncode_G722_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek16s* delay) {
+// Filters len samples: `load` puts the pairs of a stretch behind their past, `store` makes samples of the sums.
+template <class Load, class Store>
+VekStatus filterPairs(const Vek16s* pSrc, Vek16s* pDst, int len, Vek16s* delay, Load load, Store store) {
     const VekStatus status = check(pSrc, pDst, len, delay);
     if (status != vekStsNoErr) {
         return status;
@@ -80,13 +80,11 @@ VekStatus veksQMFEncode_G722_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek1
     for (int first = 0; first < len / 2; first += kPairs) {
         const int pairs = std::min(kPairs, len / 2 - first);
         for (int n = 0; n < pairs; ++n) {
-            p.even[kPast + n] = pSrc[2 * (first + n)];
-            p.odd[kPast + n] = pSrc[2 * (first + n) + 1];
+            load(pSrc + 2 * (first + n), p.even[kPast + n], p.odd[kPast + n]);
         }
         p.filter(pairs);
         for (int n = 0; n < pairs; ++n) {
-            pDst[2 * (first + n)] = static_cast<Vek16s>((p.oddSums[n] + p.evenSums[n]) >> 14);
-            pDst[2 * (first + n) + 1] = static_cast<Vek16s>((p.oddSums[n] - p.evenSums[n]) >> 14);
+            store(p.evenSums[n], p.oddSums[n], pDst + 2 * (first + n));
         }
         p.advance(pairs);
     }
@@ -94,27 +92,30 @@ VekStatus veksQMFEncode_G722_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek1
     return vekStsNoErr;
 }
 
+} // namespace
+
+VekStatus veksQMFEncode_G722_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek16s* delay) {
+    return filterPairs(
+        pSrc, pDst, len, delay,
+        [](const Vek16s* x, Vek16s& even, Vek16s& odd) {
+            even = x[0];
+            odd = x[1];
+        },
+        [](int32_t even, int32_t odd, Vek16s* y) {
+            y[0] = static_cast<Vek16s>((odd + even) >> 14);
+            y[1] = static_cast<Vek16s>((odd - even) >> 14);
+        });
+}
+
 VekStatus veksQMFDecode_G722_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek16s* delay) {
-    const VekStatus status = check(pSrc, pDst, len, delay);
-    if (status != vekStsNoErr) {
-        return status;
-    }
-    Phases p(delay);
-    for (int first = 0; first < len / 2; first += kPairs) {
-        const int pairs = std::min(kPairs, len / 2 - first);
-        for (int n = 0; n < pairs; ++n) {
-            const int low = pSrc[2 * (first + n)];
-            const int high = pSrc[2 * (first + n) + 1];
-            p.even[kPast + n] = fix::sat16(low + high);
-            p.odd[kPast + n] = fix::sat16(low - high);
-        }
-        p.filter(pairs);
-        for (int n = 0; n < pairs; ++n) {
-            pDst[2 * (first + n)] = fix::sat16(p.oddSums[n] >> 11);
-            pDst[2 * (first + n) + 1] = fix::sat16(p.evenSums[n] >> 11);
-        }
-        p.advance(pairs);
-    }
-    p.keep(delay);
-    return vekStsNoErr;
+    return filterPairs(
+        pSrc, pDst, len, delay,
+        [](const Vek16s* bands, Vek16s& even, Vek16s& odd) {
+            even = fix::sat16(bands[0] + bands[1]);
+            odd = fix::sat16(bands[0] - bands[1]);
+        },
+        [](int32_t even, int32_t odd, Vek16s* y) {
+            y[0] = fix::sat16(odd >> 11);
+            y[1] = fix::sat16(even >> 11);
+        });
 }

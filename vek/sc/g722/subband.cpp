@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "veksc_g722.h"
 
@@ -160,14 +161,6 @@ int lowLevel(int code, int mode) {
     }
 }
 
-VekStatus sizeOf(int* pSize) {
-    if (pSize == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = static_cast<int>(sizeof(Bands));
-    return vekStsNoErr;
-}
-
 VekStatus begin(VeksCodecState_G722* state) {
     if (state == nullptr) {
         return vekStsNullPtrErr;
@@ -194,11 +187,11 @@ VekStatus check(const Vek16s* pSrc, const Vek16s* pDst, int len, const void* sta
 } // namespace
 
 VekStatus veksSBADPCMEncodeStateSize_G722_16s(int* pSize) {
-    return sizeOf(pSize);
+    return stateSize<Bands>(pSize);
 }
 
 VekStatus veksSBADPCMDecodeStateSize_G722_16s(int* pSize) {
-    return sizeOf(pSize);
+    return stateSize<Bands>(pSize);
 }
 
 VekStatus veksSBADPCMEncodeInit_G722_16s(VeksCodecState_G722* pEncMem) {

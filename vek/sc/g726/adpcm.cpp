@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/g726/companding.h"
 #include "veksc_g722.h"
@@ -307,14 +308,6 @@ int rateIndex(VekSpchBitRate rate) {
     }
 }
 
-VekStatus sizeOf(int* pSize) {
-    if (pSize == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = static_cast<int>(sizeof(Codec));
-    return vekStsNoErr;
-}
-
 VekStatus begin(VeksCodecState_G726* state, VekSpchBitRate rate, int law) {
     if (state == nullptr) {
         return vekStsNullPtrErr;
@@ -354,11 +347,11 @@ VekStatus run(VeksCodecState_G726* state, const From* pSrc, To* pDst, int len, S
 } // namespace
 
 VekStatus veksEncodeGetStateSize_G726_16s8u(int* pSize) {
-    return sizeOf(pSize);
+    return stateSize<Codec>(pSize);
 }
 
 VekStatus veksDecodeGetStateSize_G726_8u16s(int* pSize) {
-    return sizeOf(pSize);
+    return stateSize<Codec>(pSize);
 }
 
 VekStatus veksEncodeInit_G726_16s8u(VeksCodecState_G726* pEncMem, VekSpchBitRate rate) {

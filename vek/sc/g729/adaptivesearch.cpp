@@ -126,19 +126,26 @@ int16_t vek::g729::pitchGain(const int16_t* target, const int16_t* y) {
     return std::min<Vek16s>(gain, 19661);
 }
 
+// The delay around the open-loop one, with the thirds that the second subframe has; its vector becomes the excitation.
+static PitchDelay search(Vek16s openDelay, const Vek16s* target, const Vek16s* h, Vek16s* exc, Vek16s subFrame,
+                         Thirds ofSecond) {
+    const Range range(openDelay, subFrame);
+    const PitchDelay found =
+        closedLoop(exc, target, h, range.first, range.last, subFrame == 1 ? ofSecond : Thirds::Short);
+    adaptiveVector(exc, found.whole, found.thirds);
+    return found;
+}
+
 VekStatus veksAdaptiveCodebookSearch_G729_16s(Vek16s valOpenDelay, const Vek16s* pSrcAdptTarget,
                                               const Vek16s* pSrcImpulseResponse, Vek16s* pSrcDstPrevExcitation,
                                               Vek16s* pDstDelay, Vek16s* pDstAdptVector, Vek16s subFrame) {
-    const VekStatus status = check(valOpenDelay, pSrcAdptTarget, pSrcImpulseResponse, pSrcDstPrevExcitation, pDstDelay,
-                                   pDstAdptVector, subFrame);
-    if (status != vekStsNoErr) {
+    if (const VekStatus status = check(valOpenDelay, pSrcAdptTarget, pSrcImpulseResponse, pSrcDstPrevExcitation,
+                                       pDstDelay, pDstAdptVector, subFrame);
+        status != vekStsNoErr) {
         return status;
     }
     Vek16s* exc = pSrcDstPrevExcitation + kPastExcitation;
-    const Range range(valOpenDelay, subFrame);
-    const PitchDelay found = closedLoop(exc, pSrcAdptTarget, pSrcImpulseResponse, range.first, range.last,
-                                        subFrame == 1 ? Thirds::All : Thirds::Short);
-    adaptiveVector(exc, found.whole, found.thirds);
+    const PitchDelay found = search(valOpenDelay, pSrcAdptTarget, pSrcImpulseResponse, exc, subFrame, Thirds::All);
     deliver(found.whole, found.thirds, exc, pDstDelay, pDstAdptVector);
     return vekStsNoErr;
 }
@@ -151,11 +158,8 @@ VekStatus veksAdaptiveCodebookSearch_G729D_16s(Vek16s valOpenDelay, const Vek16s
     if (status != vekStsNoErr) {
         return status;
     }
-    Vek16s* exc = pSrcDstPrevExcitation + kPastExcitation;
-    const Range range(valOpenDelay, subFrame);
-    const PitchDelay found = closedLoop(exc, pSrcAdptTarget, pSrcImpulseResponse, range.first, range.last,
-                                        subFrame == 1 ? Thirds::Middle : Thirds::Short);
-    adaptiveVector(exc, found.whole, found.thirds);
+    const PitchDelay found = search(valOpenDelay, pSrcAdptTarget, pSrcImpulseResponse,
+                                    pSrcDstPrevExcitation + kPastExcitation, subFrame, Thirds::Middle);
     pDstDelay[0] = static_cast<Vek16s>(found.whole);
     pDstDelay[1] = static_cast<Vek16s>(found.thirds);
     return vekStsNoErr;

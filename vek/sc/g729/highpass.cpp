@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/markedstate.h"
 #include "sc/kernels/filter.h"
 #include "veksc_filter.h"
 
@@ -92,11 +93,7 @@ void run(Memory& m, Vek16s* x, int n) {
 } // namespace
 
 VekStatus veksHighPassFilterSize_G729(int* pSize) {
-    if (!pSize) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = static_cast<int>(sizeof(Memory));
-    return vekStsNoErr;
+    return stateSize<Memory>(pSize);
 }
 
 VekStatus veksHighPassFilterInit_G729(char* pMem) {

@@ -7,6 +7,7 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/common/hybridwindow.h"
+#include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/floatcorr.h"
@@ -44,15 +45,6 @@ struct State {
 };
 
 template <typename T>
-VekStatus sizeOf(int* pSize) {
-    if (pSize == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    *pSize = static_cast<int>(sizeof(State<T>));
-    return vekStsNoErr;
-}
-
-template <typename T>
 VekStatus init(void* pMem) {
     if (pMem == nullptr) {
         return vekStsNullPtrErr;
@@ -71,7 +63,7 @@ bool take(State<T>& state, const void* pMem) {
 } // namespace
 
 VekStatus veksWinHybridGetStateSize_G729E_16s(int* pSize) {
-    return sizeOf<int64_t>(pSize);
+    return stateSize<State<int64_t>>(pSize);
 }
 
 VekStatus veksWinHybridInit_G729E_16s(void* pMem) {
@@ -108,7 +100,7 @@ VekStatus veksWinHybrid_G729E_16s32s(const Vek16s* pSrcSynthSpeech, Vek32s* pDst
 }
 
 VekStatus veksWinHybridGetStateSize_G729E_32f(int* pSize) {
-    return sizeOf<Vek32f>(pSize);
+    return stateSize<State<Vek32f>>(pSize);
 }
 
 VekStatus veksWinHybridInit_G729E_32f(void* pMem) {

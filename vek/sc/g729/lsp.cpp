@@ -46,40 +46,18 @@ void sumAndDifference(const Vek16s* a, int64_t (*f)[kHalf + 1]) {
     }
 }
 
-// The roots of both filters interlace: each one found changes over to the other filter.
+struct Series {
+    const int64_t* f;
+    Vek16s operator()(Vek16s x) const { return chebyshev(x, f); }
+};
+
 template <int Points, int Bisections>
 VekStatus roots(const Vek16s* a, const Vek16s* previous, const Vek16s (&grid)[Points + 1], Vek16s* lsp) {
     int64_t f[2][kHalf + 1];
     sumAndDifference(a, f);
     Vek16s found[kOrder];
-    int count = 0;
-    const int64_t* series = f[0];
-    Vek16s xLow = grid[0];
-    Vek16s yLow = chebyshev(xLow, series);
-    for (int j = 1; count < kOrder && j <= Points; ++j) {
-        Vek16s xHigh = xLow;
-        Vek16s yHigh = yLow;
-        xLow = grid[j];
-        yLow = chebyshev(xLow, series);
-        if (yLow * yHigh > 0) {
-            continue;
-        }
-        for (int i = 0; i < Bisections; ++i) {
-            const auto xMid = static_cast<Vek16s>((xLow >> 1) + (xHigh >> 1));
-            const Vek16s yMid = chebyshev(xMid, series);
-            if (yLow * yMid <= 0) {
-                yHigh = yMid;
-                xHigh = xMid;
-            } else {
-                yLow = yMid;
-                xLow = xMid;
-            }
-        }
-        xLow = zeroBetween(xLow, yLow, xHigh, yHigh);
-        found[count++] = xLow;
-        series = f[count & 1];
-        yLow = chebyshev(xLow, series);
-    }
+    const int count = interlacedRoots<Bisections>(
+        kOrder, Points, [&](int j) { return grid[j]; }, [&](int n) { return Series{f[n & 1]}; }, found);
     if (count < kOrder) {
         std::memmove(lsp, previous, sizeof found);
         return vekStsUnstableFilter;

@@ -25,6 +25,11 @@ float chebyshev(float x, const float* f) {
     return x * b1 - b2 + 0.5F * f[kHalf];
 }
 
+struct Series {
+    const float* f;
+    float operator()(float x) const { return chebyshev(x, f); }
+};
+
 template <int Points, int Bisections>
 VekStatus roots(const float* a, const float* previous, const Vek16s (&grid)[Points + 1], float* lsp) {
     constexpr float kUnit = 1.0F / 32768;
@@ -34,36 +39,9 @@ VekStatus roots(const float* a, const float* previous, const Vek16s (&grid)[Poin
         f[1][i + 1] = a[i + 1] - a[kOrder - i] + f[1][i];
     }
     float found[kOrder];
-    int count = 0;
-    const float* series = f[0];
-    float xLow = static_cast<float>(grid[0]) * kUnit;
-    float yLow = chebyshev(xLow, series);
-    for (int j = 1; count < kOrder && j <= Points; ++j) {
-        float xHigh = xLow;
-        float yHigh = yLow;
-        xLow = static_cast<float>(grid[j]) * kUnit;
-        yLow = chebyshev(xLow, series);
-        if (!(yLow * yHigh <= 0)) {
-            continue;
-        }
-        for (int i = 0; i < Bisections; ++i) {
-            const float xMid = 0.5F * (xLow + xHigh);
-            const float yMid = chebyshev(xMid, series);
-            if (yLow * yMid <= 0) {
-                yHigh = yMid;
-                xHigh = xMid;
-            } else {
-                yLow = yMid;
-                xLow = xMid;
-            }
-        }
-        if (yHigh != yLow) {
-            xLow -= yLow * (xHigh - xLow) / (yHigh - yLow);
-        }
-        found[count++] = xLow;
-        series = f[count & 1];
-        yLow = chebyshev(xLow, series);
-    }
+    const int count = interlacedRoots<Bisections>(
+        kOrder, Points, [&](int j) { return static_cast<float>(grid[j]) * kUnit; },
+        [&](int n) { return Series{f[n & 1]}; }, found);
     if (count < kOrder) {
         std::memmove(lsp, previous, sizeof found);
         return vekStsUnstableFilter;

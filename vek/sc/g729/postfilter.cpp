@@ -80,17 +80,23 @@ Shares sharesOf(int32_t correlation, int32_t delayed, int32_t energy) {
     return {sub(32767, past), past};
 }
 
-} // namespace
+// 0.55 and 0.70 in Q15: numerator and denominator of the short-term post filter A(z/n) / A(z/d).
+constexpr Vek16s kNumerator = 18022;
+constexpr Vek16s kDenominator = 22938;
 
-void vek::g729::weightedLpc(const Vek16s* a, Vek16s factor, Vek16s* out) {
+// a[i] * factor^i, 11 coefficients.
+void weightedLpc(const Vek16s* a, Vek16s factor, Vek16s* out) {
     veksMulPowerC_NR_16s_Sfs(a, factor, out, kOrder + 1, 15);
 }
 
-void vek::g729::postResidual(const Vek16s* lpc, const Vek16s* speech, Vek16s* residual) {
+// Residual of a subframe through A(z/n); speech[-10..-1] is read.
+void postResidual(const Vek16s* lpc, const Vek16s* speech, Vek16s* residual) {
     Vek16s numerator[kOrder + 1];
     weightedLpc(lpc, kNumerator, numerator);
     residualFilter(numerator, kOrder, speech, residual, kSubframe, kFormat);
 }
+
+} // namespace
 
 void vek::g729::postResponse(const Vek16s* lpc, Vek16s* h, int n) {
     Vek16s denominator[kOrder + 1];

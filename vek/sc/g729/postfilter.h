@@ -1,20 +1,10 @@
-// What the post filters share: their bandwidth factors, the impulse response of the short-term one, the tilt of the
-// main body.
+// What the post filters share with the long-term one of the main body: the impulse response of the short-term one and
+// the tilt.
 #pragma once
 
 #include "vekdefs.h"
 
 namespace vek::g729 {
-
-// 0.55 and 0.70 in Q15: numerator and denominator of the short-term post filter A(z/n) / A(z/d).
-constexpr Vek16s kNumerator = 18022;
-constexpr Vek16s kDenominator = 22938;
-
-// a[i] * factor^i, 11 coefficients.
-void weightedLpc(const Vek16s* a, Vek16s factor, Vek16s* out);
-
-// Residual of a subframe through A(z/n); speech[-10..-1] is read.
-void postResidual(const Vek16s* lpc, const Vek16s* speech, Vek16s* residual);
 
 // First n (at most 22) samples of the response of A(z/n) / A(z/d), Q12.
 void postResponse(const Vek16s* lpc, Vek16s* h, int n);

@@ -2,6 +2,7 @@
 // Rows of running sums come from the kernels; here they are scaled and put in the order that the searches read.
 #include <array>
 
+#include "sc/common/correlationrows.h"
 #include "sc/common/fixmath.h"
 #include "sc/kernels/filter.h"
 #include "veksc_g729.h"
@@ -67,52 +68,34 @@ bool scale(const Vek16s* pSrc, Vek16s* h) {
     return doubledEnergy(h) <= kMax32;
 }
 
-void saturatingRows(const Vek16s* h, Vek32s* rows) {
-    for (int d = 0; d < kSub; d++) {
-        int32_t s = 0;
-        for (int m = 0; m + d < kSub; m++) {
-            s = L_mac(s, h[m], h[m + d]);
-            rows[m * kSub + d] = s;
-        }
+// The matrix by a kernel that gathers it from the rows, or element by element where sums saturate.
+template <class Element, class Gather, class Narrow>
+VekStatus matrix(const Vek16s* pSrc, Element* pDst, Gather gather, Narrow narrow) {
+    if (!pSrc || !pDst) {
+        return vekStsNullPtrErr;
     }
+    Vek16s h[kSub];
+    alignas(32) Vek32s rows[kSub * kSub];
+    if (scale(pSrc, h)) {
+        filterKernels().corrRows16(h, rows);
+        gather(rows, kOrder.data(), pDst, kSize);
+        return vekStsNoErr;
+    }
+    saturatingRows(h, rows);
+    for (size_t n = 0; n < kOrder.size(); n++) {
+        pDst[n] = narrow(rows[kOrder[n]]);
+    }
+    return vekStsNoErr;
 }
 
 } // namespace
 
 VekStatus veksToeplizMatrix_G729_16s(const Vek16s* pSrc, Vek16s* pDst) {
-    if (!pSrc || !pDst) {
-        return vekStsNullPtrErr;
-    }
-    Vek16s h[kSub];
-    alignas(32) Vek32s rows[kSub * kSub];
-    if (scale(pSrc, h)) {
-        filterKernels().corrRows16(h, rows);
-        filterKernels().gather16(rows, kOrder.data(), pDst, kSize);
-        return vekStsNoErr;
-    }
-    saturatingRows(h, rows);
-    for (size_t n = 0; n < kOrder.size(); n++) {
-        pDst[n] = extract_h(rows[kOrder[n]]);
-    }
-    return vekStsNoErr;
+    return matrix(pSrc, pDst, filterKernels().gather16, extract_h);
 }
 
 VekStatus veksToeplizMatrix_G729_16s32s(const Vek16s* pSrc, Vek32s* pDst) {
-    if (!pSrc || !pDst) {
-        return vekStsNullPtrErr;
-    }
-    Vek16s h[kSub];
-    alignas(32) Vek32s rows[kSub * kSub];
-    if (scale(pSrc, h)) {
-        filterKernels().corrRows16(h, rows);
-        filterKernels().gather32(rows, kOrder.data(), pDst, kSize);
-        return vekStsNoErr;
-    }
-    saturatingRows(h, rows);
-    for (size_t n = 0; n < kOrder.size(); n++) {
-        pDst[n] = rows[kOrder[n]];
-    }
-    return vekStsNoErr;
+    return matrix(pSrc, pDst, filterKernels().gather32, [](Vek32s sum) { return sum; });
 }
 
 VekStatus veksToeplizMatrix_G729_32f(const Vek32f* pSrc, Vek32f* pDst) {

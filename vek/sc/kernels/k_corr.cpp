@@ -4,12 +4,70 @@
 #include "sc/kernels/corr.h"
 
 #include "sc/common/fixmath.h"
+#include "sc/kernels/floatlanes.h"
 #include "sc/kernels/simd.h"
 
 namespace vek {
 namespace {
 
 using fix::sat16;
+
+#if VEK_LEVEL > 0
+
+// Four lags from k on, of which those below `lags` are wanted.
+VEK_INLINE void storeLags(int32_t* out, int k, int lags, __m128i r) {
+    if (k + 4 <= lags) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + k), r);
+    } else {
+        int32_t rest[4];
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(rest), r);
+        for (int j = k; j < lags; ++j) {
+            out[j] = rest[j - k];
+        }
+    }
+}
+
+constexpr int kBlock = 32 * floats::kFloats;
+
+float dotOfBlock(const float* a, const float* b, int n) {
+    using namespace floats;
+    const auto products = [a, b](int i) { return load(a + i) * load(b + i); };
+    Floats s0 = set1(0);
+    Floats s1 = s0;
+    Floats s2 = s0;
+    Floats s3 = s0;
+    int i = 0;
+    for (; i + 4 * kFloats <= n; i += 4 * kFloats) {
+        s0 = s0 + products(i);
+        s1 = s1 + products(i + kFloats);
+        s2 = s2 + products(i + 2 * kFloats);
+        s3 = s3 + products(i + 3 * kFloats);
+    }
+    if (i + kFloats <= n) {
+        s0 = s0 + products(i);
+        i += kFloats;
+    }
+    if (i + kFloats <= n) {
+        s1 = s1 + products(i);
+        i += kFloats;
+    }
+    if (i + kFloats <= n) {
+        s2 = s2 + products(i);
+        i += kFloats;
+    }
+    __m128 s = fourSums((s0 + s1) + (s2 + s3));
+    if (kFloats > 4 && i + 4 <= n) {
+        s = s + _mm_loadu_ps(a + i) * _mm_loadu_ps(b + i);
+        i += 4;
+    }
+    float rest = 0;
+    for (; i < n; ++i) {
+        rest += a[i] * b[i];
+    }
+    return total(s) + rest;
+}
+
+#endif
 
 #if VEK_LEVEL == 0
 
@@ -73,42 +131,6 @@ int64_t dot16(const int16_t* a, const int16_t* b, int n) {
     return s;
 }
 
-constexpr int kBlock = 128;
-
-float dotOfBlock(const float* a, const float* b, int n) {
-    const auto products = [a, b](int i) { return _mm_mul_ps(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)); };
-    __m128 s0 = _mm_setzero_ps();
-    __m128 s1 = s0;
-    __m128 s2 = s0;
-    __m128 s3 = s0;
-    int i = 0;
-    for (; i + 16 <= n; i += 16) {
-        s0 = _mm_add_ps(s0, products(i));
-        s1 = _mm_add_ps(s1, products(i + 4));
-        s2 = _mm_add_ps(s2, products(i + 8));
-        s3 = _mm_add_ps(s3, products(i + 12));
-    }
-    if (i + 4 <= n) {
-        s0 = _mm_add_ps(s0, products(i));
-        i += 4;
-    }
-    if (i + 4 <= n) {
-        s1 = _mm_add_ps(s1, products(i));
-        i += 4;
-    }
-    if (i + 4 <= n) {
-        s2 = _mm_add_ps(s2, products(i));
-        i += 4;
-    }
-    float rest = 0;
-    for (; i < n; ++i) {
-        rest += a[i] * b[i];
-    }
-    __m128 s = _mm_add_ps(_mm_add_ps(s0, s1), _mm_add_ps(s2, s3));
-    s = _mm_add_ps(s, _mm_movehl_ps(s, s));
-    return _mm_cvtss_f32(_mm_add_ss(s, _mm_shuffle_ps(s, s, 1))) + rest;
-}
-
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
     for (int k = 0; k < lags; k += 4) {
         __m128i s0 = _mm_setzero_si128();
@@ -125,15 +147,7 @@ void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
         }
         simd::transpose4(s0, s1, s2, s3);
         const __m128i r = _mm_add_epi32(_mm_add_epi32(s0, s1), _mm_add_epi32(s2, s3));
-        if (k + 4 <= lags) {
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + k), r);
-        } else {
-            int32_t rest[4];
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(rest), r);
-            for (int j = k; j < lags; ++j) {
-                out[j] = rest[j - k];
-            }
-        }
+        storeLags(out, k, lags, r);
     }
 }
 
@@ -182,47 +196,6 @@ int64_t dot16(const int16_t* a, const int16_t* b, int n) {
     return s;
 }
 
-constexpr int kBlock = 256;
-
-float dotOfBlock(const float* a, const float* b, int n) {
-    const auto products = [a, b](int i) { return _mm256_mul_ps(_mm256_loadu_ps(a + i), _mm256_loadu_ps(b + i)); };
-    __m256 s0 = _mm256_setzero_ps();
-    __m256 s1 = s0;
-    __m256 s2 = s0;
-    __m256 s3 = s0;
-    int i = 0;
-    for (; i + 32 <= n; i += 32) {
-        s0 = _mm256_add_ps(s0, products(i));
-        s1 = _mm256_add_ps(s1, products(i + 8));
-        s2 = _mm256_add_ps(s2, products(i + 16));
-        s3 = _mm256_add_ps(s3, products(i + 24));
-    }
-    if (i + 8 <= n) {
-        s0 = _mm256_add_ps(s0, products(i));
-        i += 8;
-    }
-    if (i + 8 <= n) {
-        s1 = _mm256_add_ps(s1, products(i));
-        i += 8;
-    }
-    if (i + 8 <= n) {
-        s2 = _mm256_add_ps(s2, products(i));
-        i += 8;
-    }
-    const __m256 wide = _mm256_add_ps(_mm256_add_ps(s0, s1), _mm256_add_ps(s2, s3));
-    __m128 s = _mm_add_ps(_mm256_castps256_ps128(wide), _mm256_extractf128_ps(wide, 1));
-    if (i + 4 <= n) {
-        s = _mm_add_ps(s, _mm_mul_ps(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
-        i += 4;
-    }
-    float rest = 0;
-    for (; i < n; ++i) {
-        rest += a[i] * b[i];
-    }
-    s = _mm_add_ps(s, _mm_movehl_ps(s, s));
-    return _mm_cvtss_f32(_mm_add_ss(s, _mm_shuffle_ps(s, s, 1))) + rest;
-}
-
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
     for (int k = 0; k < lags; k += 4) {
         __m256i s0 = _mm256_setzero_si256();
@@ -240,15 +213,7 @@ void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
         const __m256i s01 = _mm256_hadd_epi32(s0, s1);
         const __m256i s23 = _mm256_hadd_epi32(s2, s3);
         const __m128i r = halves(_mm256_hadd_epi32(s01, s23));
-        if (k + 4 <= lags) {
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + k), r);
-        } else {
-            int32_t rest[4];
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(rest), r);
-            for (int j = k; j < lags; ++j) {
-                out[j] = rest[j - k];
-            }
-        }
+        storeLags(out, k, lags, r);
     }
 }
 

@@ -3,10 +3,7 @@
 #include "sc/kernels/ec.h"
 
 #include "sc/common/fixmath.h"
-
-#if VEK_LEVEL > 0
-#include <immintrin.h>
-#endif
+#include "sc/kernels/floatlanes.h"
 
 namespace vek {
 namespace {
@@ -80,56 +77,29 @@ float learn32f(float* c, const float* x, int n, float g) {
     return s;
 }
 
-#elif VEK_LEVEL == 1
-
-float learn32f(float* c, const float* x, int n, float g) {
-    const __m128 factor = _mm_set1_ps(g);
-    __m128 s0 = _mm_setzero_ps();
-    __m128 s1 = _mm_setzero_ps();
-    int j = 0;
-    for (; j + 8 <= n; j += 8) {
-        const __m128 a = _mm_add_ps(_mm_loadu_ps(c + j), _mm_mul_ps(factor, _mm_loadu_ps(x + j)));
-        const __m128 b = _mm_add_ps(_mm_loadu_ps(c + j + 4), _mm_mul_ps(factor, _mm_loadu_ps(x + j + 4)));
-        _mm_storeu_ps(c + j, a);
-        _mm_storeu_ps(c + j + 4, b);
-        s0 = _mm_add_ps(s0, _mm_mul_ps(a, _mm_loadu_ps(x + j + 1)));
-        s1 = _mm_add_ps(s1, _mm_mul_ps(b, _mm_loadu_ps(x + j + 5)));
-    }
-    s0 = _mm_add_ps(s0, s1);
-    s0 = _mm_add_ps(s0, _mm_movehl_ps(s0, s0));
-    float s = _mm_cvtss_f32(_mm_add_ss(s0, _mm_shuffle_ps(s0, s0, 1)));
-    for (; j < n; ++j) {
-        c[j] += g * x[j];
-        s += c[j] * x[j + 1];
-    }
-    return s;
-}
-
 #else
 
 float learn32f(float* c, const float* x, int n, float g) {
-    const __m256 factor = _mm256_set1_ps(g);
-    __m256 s0 = _mm256_setzero_ps();
-    __m256 s1 = _mm256_setzero_ps();
+    using namespace floats;
+    const Floats factor = set1(g);
+    Floats s0 = set1(0);
+    Floats s1 = set1(0);
     int j = 0;
-    for (; j + 16 <= n; j += 16) {
-        const __m256 a = _mm256_add_ps(_mm256_loadu_ps(c + j), _mm256_mul_ps(factor, _mm256_loadu_ps(x + j)));
-        const __m256 b = _mm256_add_ps(_mm256_loadu_ps(c + j + 8), _mm256_mul_ps(factor, _mm256_loadu_ps(x + j + 8)));
-        _mm256_storeu_ps(c + j, a);
-        _mm256_storeu_ps(c + j + 8, b);
-        s0 = _mm256_add_ps(s0, _mm256_mul_ps(a, _mm256_loadu_ps(x + j + 1)));
-        s1 = _mm256_add_ps(s1, _mm256_mul_ps(b, _mm256_loadu_ps(x + j + 9)));
+    for (; j + 2 * kFloats <= n; j += 2 * kFloats) {
+        const Floats a = load(c + j) + factor * load(x + j);
+        const Floats b = load(c + j + kFloats) + factor * load(x + j + kFloats);
+        store(c + j, a);
+        store(c + j + kFloats, b);
+        s0 = s0 + a * load(x + j + 1);
+        s1 = s1 + b * load(x + j + 1 + kFloats);
     }
-    if (j + 8 <= n) {
-        const __m256 a = _mm256_add_ps(_mm256_loadu_ps(c + j), _mm256_mul_ps(factor, _mm256_loadu_ps(x + j)));
-        _mm256_storeu_ps(c + j, a);
-        s0 = _mm256_add_ps(s0, _mm256_mul_ps(a, _mm256_loadu_ps(x + j + 1)));
-        j += 8;
+    if (kFloats > 4 && j + kFloats <= n) {
+        const Floats a = load(c + j) + factor * load(x + j);
+        store(c + j, a);
+        s0 = s0 + a * load(x + j + 1);
+        j += kFloats;
     }
-    s0 = _mm256_add_ps(s0, s1);
-    __m128 sum = _mm_add_ps(_mm256_castps256_ps128(s0), _mm256_extractf128_ps(s0, 1));
-    sum = _mm_add_ps(sum, _mm_movehl_ps(sum, sum));
-    float s = _mm_cvtss_f32(_mm_add_ss(sum, _mm_shuffle_ps(sum, sum, 1)));
+    float s = total(fourSums(s0 + s1));
     for (; j < n; ++j) {
         c[j] += g * x[j];
         s += c[j] * x[j + 1];
@@ -273,17 +243,23 @@ void firWide(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int
     }
 }
 
+// Four products of one number and the other's conjugate, 64 bits wide.
+struct Products {
+    __m256i re, im;
+};
+[[gnu::always_inline]] inline Products conjugateProducts(__m256i a, __m256i b) {
+    const __m256i aIm = upper(a);
+    const __m256i bIm = upper(b);
+    return {_mm256_add_epi64(_mm256_mul_epi32(a, b), _mm256_mul_epi32(aIm, bIm)),
+            _mm256_sub_epi64(_mm256_mul_epi32(a, bIm), _mm256_mul_epi32(aIm, b))};
+}
+
 void learnLow(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift) {
     const __m128i count = _mm_cvtsi32_si128(shift);
     int k = 0;
     for (; k + 4 <= len; k += 4) {
-        const __m256i a = load4(x + k);
-        const __m256i b = load4(p + k);
-        const __m256i aIm = upper(a);
-        const __m256i bIm = upper(b);
-        const __m256i re = _mm256_add_epi64(_mm256_mul_epi32(a, b), _mm256_mul_epi32(aIm, bIm));
-        const __m256i im = _mm256_sub_epi64(_mm256_mul_epi32(a, bIm), _mm256_mul_epi32(aIm, b));
-        const __m256i change = joined(_mm256_srl_epi64(re, count), _mm256_srl_epi64(im, count));
+        const Products r = conjugateProducts(load4(x + k), load4(p + k));
+        const __m256i change = joined(_mm256_srl_epi64(r.re, count), _mm256_srl_epi64(r.im, count));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(c + k), _mm256_add_epi32(load4(c + k), change));
     }
     for (; k < len; ++k) {
@@ -307,12 +283,7 @@ void learnSat(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift
     const __m256i turned = _mm256_srl_epi64(turn, count);
     int k = 0;
     for (; k + 4 <= len; k += 4) {
-        const __m256i a = load4(x + k);
-        const __m256i b = load4(p + k);
-        const __m256i aIm = upper(a);
-        const __m256i bIm = upper(b);
-        __m256i re = _mm256_add_epi64(_mm256_mul_epi32(a, b), _mm256_mul_epi32(aIm, bIm));
-        __m256i im = _mm256_sub_epi64(_mm256_mul_epi32(a, bIm), _mm256_mul_epi32(aIm, b));
+        auto [re, im] = conjugateProducts(load4(x + k), load4(p + k));
         re = _mm256_srl_epi64(_mm256_xor_si256(_mm256_add_epi64(re, half), turn), count);
         im = _mm256_srl_epi64(_mm256_xor_si256(_mm256_add_epi64(im, half), turn), count);
         const __m256i old = load4(c + k);

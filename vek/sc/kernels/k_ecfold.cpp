@@ -3,11 +3,7 @@
 // All levels do the same operations in the same order, so that they give the same bits.
 #include "sc/kernels/ec.h"
 
-#include "sc/common/level_ns.h"
-
-#if VEK_LEVEL > 0
-#include <immintrin.h>
-#endif
+#include "sc/kernels/complexlanes.h"
 
 namespace vek {
 namespace {
@@ -208,6 +204,10 @@ VEK_INLINE void transpose(D4& a, D4& b, D4& c, D4& d) {
 #endif
 #endif
 
+using simd::Complex;
+using simd::fft4;
+using simd::joinHalves;
+
 template <typename T>
 struct Kind;
 template <>
@@ -221,55 +221,16 @@ struct Kind<double> {
     using Complex = Vek64fc;
 };
 
-template <typename V>
-struct Complex4 {
-    V re, im;
-};
-template <typename V>
-VEK_INLINE Complex4<V> operator+(Complex4<V> a, Complex4<V> b) {
-    return {a.re + b.re, a.im + b.im};
-}
-template <typename V>
-VEK_INLINE Complex4<V> operator-(Complex4<V> a, Complex4<V> b) {
-    return {a.re - b.re, a.im - b.im};
-}
-// a + j b and a - j b.
-template <typename V>
-VEK_INLINE Complex4<V> plusJ(Complex4<V> a, Complex4<V> b) {
-    return {a.re - b.im, a.im + b.re};
-}
-template <typename V>
-VEK_INLINE Complex4<V> minusJ(Complex4<V> a, Complex4<V> b) {
-    return {a.re + b.im, a.im - b.re};
-}
-
-template <typename V>
-VEK_INLINE void fft4(Complex4<V>* x) {
-    const Complex4<V> a = x[0] + x[2];
-    const Complex4<V> b = x[0] - x[2];
-    const Complex4<V> c = x[1] + x[3];
-    const Complex4<V> d = x[1] - x[3];
-    x[0] = a + c;
-    x[1] = minusJ(b, d);
-    x[2] = a - c;
-    x[3] = plusJ(b, d);
-}
-
 template <typename T, typename V>
-VEK_INLINE void fft8(Complex4<V>* x) {
-    Complex4<V> even[4] = {x[0], x[2], x[4], x[6]};
-    Complex4<V> odd[4] = {x[1], x[3], x[5], x[7]};
+VEK_INLINE void fft8(Complex<V>* x) {
+    Complex<V> even[4] = {x[0], x[2], x[4], x[6]};
+    Complex<V> odd[4] = {x[1], x[3], x[5], x[7]};
     fft4(even);
     fft4(odd);
     const V r = set1(static_cast<T>(0.70710678118654752440));
-    const Complex4<V> o1 = {r * (odd[1].re + odd[1].im), r * (odd[1].im - odd[1].re)};
-    const Complex4<V> o3 = {r * (odd[3].im - odd[3].re), r * (odd[3].re + odd[3].im)}; // the second one negative
-    x[0] = even[0] + odd[0];
-    x[4] = even[0] - odd[0];
-    x[1] = even[1] + o1;
-    x[5] = even[1] - o1;
-    x[2] = minusJ(even[2], odd[2]);
-    x[6] = plusJ(even[2], odd[2]);
+    const Complex<V> o1 = {r * (odd[1].re + odd[1].im), r * (odd[1].im - odd[1].re)};
+    const Complex<V> o3 = {r * (odd[3].im - odd[3].re), r * (odd[3].re + odd[3].im)}; // the second one negative
+    joinHalves(x, even, odd, o1);
     x[3] = {even[3].re + o3.re, even[3].im - o3.im};
     x[7] = {even[3].re - o3.re, even[3].im + o3.im};
 }
@@ -278,7 +239,7 @@ VEK_INLINE void fft8(Complex4<V>* x) {
 template <int Rows, typename T>
 VEK_INLINE void transform(const FoldTable<T>& t, const T* re, const T* im, T* outRe, T* outIm) {
     using V = typename Kind<T>::Vector;
-    Complex4<V> x[Rows];
+    Complex<V> x[Rows];
     for (int r = 0; r < Rows; ++r) {
         x[r] = {load(re + 4 * r), load(im + 4 * r)};
     }

@@ -45,6 +45,16 @@ inline uint32_t firAt(const int16_t* a, int order, const int16_t* x) {
     return s;
 }
 
+// Output i of the recursion.
+VEK_INLINE void allPoleAt(const int16_t* a, int order, int32_t* f, int16_t* y, int i, uint32_t half, int q) {
+    auto s = static_cast<uint32_t>(f[i]);
+    for (int j = order; j > 0; j--) {
+        s -= prod(a[j], y[i - j]);
+    }
+    f[i] = static_cast<int32_t>(s);
+    y[i] = roundTo16(s, half, q);
+}
+
 #if VEK_LEVEL >= 1
 
 constexpr int kMaxPairs = kMaxLpOrder / 2 + 1;
@@ -212,12 +222,7 @@ void allPoleOf(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q
         __builtin_memcpy(y + i, &word, sizeof word);
     }
     for (; i < n; i++) {
-        auto s = static_cast<uint32_t>(f[i]);
-        for (int j = m; j > 0; j--) {
-            s -= prod(a[j], y[i - j]);
-        }
-        f[i] = static_cast<int32_t>(s);
-        y[i] = roundTo16(s, half, q);
+        allPoleAt(a, m, f, y, i, half, q);
     }
 }
 
@@ -267,12 +272,7 @@ void allPoleOf(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q
     const int m = Fixed > 0 ? Fixed : order;
     const uint32_t half = halfOf(q);
     for (int i = 0; i < n; i++) {
-        auto s = static_cast<uint32_t>(f[i]);
-        for (int j = m; j > 0; j--) {
-            s -= prod(a[j], y[i - j]);
-        }
-        f[i] = static_cast<int32_t>(s);
-        y[i] = roundTo16(s, half, q);
+        allPoleAt(a, m, f, y, i, half, q);
     }
 }
 

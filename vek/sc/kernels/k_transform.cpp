@@ -4,30 +4,15 @@
 // factor map 2 x 5, 4 x 5 and 8 x 5, which needs no rotation.
 #include "sc/kernels/transform.h"
 
-#include "sc/kernels/simd.h"
+#include "sc/kernels/complexlanes.h"
 
 namespace vek {
 namespace {
 
 using namespace simd;
 
-struct C8 {
-    V8 re, im;
-};
+using C8 = Complex<V8>;
 
-VEK_INLINE C8 operator+(C8 a, C8 b) {
-    return {a.re + b.re, a.im + b.im};
-}
-VEK_INLINE C8 operator-(C8 a, C8 b) {
-    return {a.re - b.re, a.im - b.im};
-}
-// a + j b and a - j b.
-VEK_INLINE C8 plusJ(C8 a, C8 b) {
-    return {a.re - b.im, a.im + b.re};
-}
-VEK_INLINE C8 minusJ(C8 a, C8 b) {
-    return {a.re + b.im, a.im - b.re};
-}
 VEK_INLINE C8 rotate(C8 a, V8 wRe, V8 wIm) {
     return {mulDiff(a.re, wRe, a.im, wIm), mulSum(a.re, wIm, a.im, wRe)};
 }
@@ -39,17 +24,6 @@ VEK_INLINE void storeC(int32_t* re, int32_t* im, C8 a) {
     store(im, a.im);
 }
 
-VEK_INLINE void fft4(C8 (&x)[4]) {
-    const C8 a = x[0] + x[2];
-    const C8 b = x[0] - x[2];
-    const C8 c = x[1] + x[3];
-    const C8 d = x[1] - x[3];
-    x[0] = a + c;
-    x[1] = minusJ(b, d);
-    x[2] = a - c;
-    x[3] = plusJ(b, d);
-}
-
 VEK_INLINE_WIDE void fft8(C8 (&x)[8]) {
     C8 even[4] = {x[0], x[2], x[4], x[6]};
     C8 odd[4] = {x[1], x[3], x[5], x[7]};
@@ -58,15 +32,14 @@ VEK_INLINE_WIDE void fft8(C8 (&x)[8]) {
     const V8 r = set1(759250125); // sqrt(1/2)
     const C8 o1 = {mul(odd[1].re + odd[1].im, r), mul(odd[1].im - odd[1].re, r)};
     const C8 o3 = {mul(odd[3].im - odd[3].re, r), mul(odd[3].re + odd[3].im, r)}; // the second one negative
-    x[0] = even[0] + odd[0];
-    x[4] = even[0] - odd[0];
-    x[1] = even[1] + o1;
-    x[5] = even[1] - o1;
-    x[2] = minusJ(even[2], odd[2]);
-    x[6] = plusJ(even[2], odd[2]);
+    joinHalves(x, even, odd, o1);
     x[3] = {even[3].re + o3.re, even[3].im - o3.im};
     x[7] = {even[3].re - o3.re, even[3].im + o3.im};
 }
+
+struct Fft8 {
+    VEK_INLINE_WIDE void operator()(C8 (&x)[8]) const { fft8(x); }
+};
 
 VEK_INLINE_WIDE void fft5(C8 (&x)[5]) {
     const V8 c1 = set1(331804471);  // cos(2 pi / 5)
@@ -157,25 +130,7 @@ VEK_INLINE_WIDE void complexFft(const TransformTable<M>& t, const int32_t* srcRe
         midIm[i] = 0;
     }
     columns<M>(t, srcRe, srcIm, midRe, midIm);
-    // From the last block down: what a block that is not full writes too much, the next one overwrites.
-    for (int k1 = rows - 8; k1 >= 0; k1 -= 8) {
-        V8 re[8];
-        V8 im[8];
-        for (int i = 0; i < 8; ++i) {
-            re[i] = load(midRe + 8 * (k1 + i));
-            im[i] = load(midIm + 8 * (k1 + i));
-        }
-        transpose(re);
-        transpose(im);
-        C8 x[8];
-        for (int i = 0; i < 8; ++i) {
-            x[i] = {re[i], im[i]};
-        }
-        fft8(x);
-        for (int k2 = 0; k2 < 8; ++k2) {
-            storeC(dstRe + M * k2 + k1, dstIm + M * k2 + k1, x[k2]);
-        }
-    }
+    transformRows<M, V8>(midRe, midIm, dstRe, dstIm, Fft8{});
 }
 
 // 10 bits behind the point: full scale grows to 2^19.7 over the orthonormal transform of 640.

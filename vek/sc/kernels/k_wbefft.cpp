@@ -6,32 +6,17 @@
 
 #include <cstring>
 
-#include "sc/kernels/simdf.h"
+#include "sc/kernels/complexlanes.h"
 
 namespace vek {
 namespace {
 
 using namespace simd;
 
-struct Cf8 {
-    F8 re, im;
-};
+using Cf8 = Complex<F8>;
 
-VEK_INLINE Cf8 operator+(Cf8 a, Cf8 b) {
-    return {a.re + b.re, a.im + b.im};
-}
-VEK_INLINE Cf8 operator-(Cf8 a, Cf8 b) {
-    return {a.re - b.re, a.im - b.im};
-}
 VEK_INLINE Cf8 operator*(Cf8 a, F8 b) {
     return {a.re * b, a.im * b};
-}
-// a + j b and a - j b.
-VEK_INLINE Cf8 plusJ(Cf8 a, Cf8 b) {
-    return {a.re - b.im, a.im + b.re};
-}
-VEK_INLINE Cf8 minusJ(Cf8 a, Cf8 b) {
-    return {a.re + b.im, a.im - b.re};
 }
 VEK_INLINE Cf8 rotate(Cf8 a, F8 wRe, F8 wIm) {
     return {a.re * wRe - a.im * wIm, a.re * wIm + a.im * wRe};
@@ -90,14 +75,7 @@ VEK_INLINE_WIDE void dft(C (&x)[3]) {
 }
 template <class C>
 VEK_INLINE_WIDE void dft(C (&x)[4]) {
-    const C a = x[0] + x[2];
-    const C b = x[0] - x[2];
-    const C c = x[1] + x[3];
-    const C d = x[1] - x[3];
-    x[0] = a + c;
-    x[1] = minusJ(b, d);
-    x[2] = a - c;
-    x[3] = plusJ(b, d);
+    fft4(x);
 }
 template <class C>
 VEK_INLINE_WIDE void dft(C (&x)[8]) {
@@ -108,15 +86,13 @@ VEK_INLINE_WIDE void dft(C (&x)[8]) {
     const F8 r = setf(0.707106781F);
     const C o1 = minusJ(odd[1], odd[1]) * r;
     const C o3 = plusJ(odd[3], odd[3]) * r; // negative
-    x[0] = even[0] + odd[0];
-    x[4] = even[0] - odd[0];
-    x[1] = even[1] + o1;
-    x[5] = even[1] - o1;
-    x[2] = minusJ(even[2], odd[2]);
-    x[6] = plusJ(even[2], odd[2]);
+    joinHalves(x, even, odd, o1);
     x[3] = even[3] - o3;
     x[7] = even[3] + o3;
 }
+struct Dft8 {
+    VEK_INLINE_WIDE void operator()(Cf8 (&x)[8]) const { dft(x); }
+};
 VEK_INLINE_WIDE void dft(Cf8 (&x)[9]) {
     Cf8 row0[3] = {x[0], x[3], x[6]};
     Cf8 row1[3] = {x[1], x[4], x[7]};
@@ -191,25 +167,7 @@ void complexFft(const RealFftTable<M>& t, const float* srcRe, const float* srcIm
         midIm[i] = 0;
     }
     columns<M>(t, srcRe, srcIm, midRe, midIm);
-    // From the last block down: what a block that is not full writes too much, the next one overwrites.
-    for (int k1 = rows - 8; k1 >= 0; k1 -= 8) {
-        F8 re[8];
-        F8 im[8];
-        for (int i = 0; i < 8; ++i) {
-            re[i] = load(midRe + 8 * (k1 + i));
-            im[i] = load(midIm + 8 * (k1 + i));
-        }
-        transpose(re);
-        transpose(im);
-        Cf8 x[8];
-        for (int i = 0; i < 8; ++i) {
-            x[i] = {re[i], im[i]};
-        }
-        dft(x);
-        for (int k2 = 0; k2 < 8; ++k2) {
-            storeC(dstRe + M * k2 + k1, dstIm + M * k2 + k1, x[k2]);
-        }
-    }
+    transformRows<M, F8>(midRe, midIm, dstRe, dstIm, Dft8{});
 }
 
 // The shortest one: number 3 * k + i of the result is in lane i of x[k], i = 0..2.
