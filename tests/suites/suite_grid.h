@@ -19,8 +19,8 @@ struct GridCase {
     double divisor;
 };
 
-/// Runs a whole grid of so many lines between two of these parameter cells, with one loop a line: every call succeeds and
-/// no memory is left behind. The lines are kept.
+/// Runs a whole grid of so many lines between two of these parameter cells, with one loop a line: every call succeeds
+/// and no memory is left behind. The lines are kept.
 inline void expectLines(krTest& test, int count, const char* first, const char* last, std::vector<std::string>& lines) {
     krResult result = krUndefined;
     lines = runOnce(test, result);
