@@ -161,7 +161,7 @@ std::string submitArray(const SlurmArray& array) {
     words.push_back(array.script);
     const std::string out = succeed(words);
     // "123" or "123;cluster"
-    const std::string id(trimmed(out.substr(0, out.find(';'))));
+    const std::string id = out.substr(0, out.find_first_of(";\n"));
     if (!integerOf(id)) {
         throw Fault(fmt::format("sbatch tells no number of the job but: {}", joinedLines(out)));
     }
