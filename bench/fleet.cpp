@@ -10,6 +10,8 @@
 #include <exception>
 #include <filesystem>
 #include <random>
+#include <sqlite3.h>
+#include <stdexcept>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -19,19 +21,19 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int nodesOfAKind = 100;
+constexpr int kinds = 10; // of machines
 
 double secondsSince(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-krlab::Pass passOf(const std::string& subject, int task, int lines, std::mt19937& random) {
+krlab::Pass passOf(const std::string& subject, int kind, int lines, std::mt19937& random) {
     std::exponential_distribution<double> noise(100);
     krlab::Pass pass;
     pass.identity.subject = subject;
     pass.identity.program.sha256 = subject;
-    pass.identity.machine.host = "node" + std::to_string(task);
-    pass.identity.machine.processor = "family 6 model " + std::to_string(task / nodesOfAKind) + " stepping 1";
+    pass.identity.machine.host = "node" + std::to_string(kind);
+    pass.identity.machine.processor = "family 6 model " + std::to_string(kind) + " stepping 1";
     pass.ends.emplace_back();
     for (int i = 0; i < lines; ++i) {
         krlab::Figure figure;
@@ -46,7 +48,7 @@ krlab::Pass passOf(const std::string& subject, int task, int lines, std::mt19937
     return pass;
 }
 
-void writeTask(const std::string& file, int task, int passes, int lines) {
+void writeTask(const std::string& file, int kind, int passes, int lines) {
     const std::string draft = file + ".draft";
     {
         krlab::Store store(draft);
@@ -54,17 +56,30 @@ void writeTask(const std::string& file, int task, int passes, int lines) {
         record.command = "fleet";
         record.label = "made up";
         const long long run = store.beginRun(record);
-        store.markFleet({run, "plan", task, "usual", {"before", "after"}});
-        std::mt19937 random(static_cast<unsigned>(task));
+        store.markFleet({run, "plan", kind, "usual", {"before", "after"}});
+        std::mt19937 random(static_cast<unsigned>(kind));
         for (int round = 0; round < passes; ++round) {
-            store.addPass(run, round, passOf("before", task, lines, random));
-            store.addPass(run, round, passOf("after", task, lines, random));
+            store.addPass(run, round, passOf("before", kind, lines, random));
+            store.addPass(run, round, passOf("after", kind, lines, random));
         }
         store.endRun(run, 0);
         store.copyTo(file);
     }
     for (const char* end : {"", "-wal", "-shm"}) {
         fs::remove(draft + end);
+    }
+}
+
+// The first task of each kind is written, the others are copies of it with a number of their own.
+void copyTask(const std::string& from, const std::string& to, int task) {
+    fs::copy_file(from, to);
+    sqlite3* db = nullptr;
+    const std::string sql = "UPDATE fleet SET task = " + std::to_string(task);
+    const bool good = sqlite3_open(to.c_str(), &db) == SQLITE_OK &&
+                      sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(db);
+    if (!good) {
+        throw std::runtime_error(to + " can't be numbered");
     }
 }
 
@@ -142,8 +157,14 @@ int main(int argc, char** argv) {
     alone([&] {
         fs::create_directories(directory);
         for (int task = 0; task < tasks; ++task) {
-            if (const std::string one = directory + "/" + std::to_string(task) + ".db"; !fs::exists(one)) {
+            const std::string one = directory + "/" + std::to_string(task) + ".db";
+            if (fs::exists(one)) {
+                continue;
+            }
+            if (task < kinds) {
                 writeTask(one, task, passes, lines);
+            } else {
+                copyTask(directory + "/" + std::to_string(task % kinds) + ".db", one, task);
             }
         }
         for (const char* end : {"", "-wal", "-shm"}) {
