@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Builds test copies of the library in which some functions are delayed by a known share of their calls.
 
-usage: bench/plant.py BUILD_DIR OUT_DIR PERCENT [--passes 5]
-Makes OUT_DIR/base and OUT_DIR/delayed. In both, each function of the list is entered through a stub that jumps on to the
-real one; in `delayed` the stub counts down first. The counts are found by measuring. OUT_DIR/truth.json tells, for each
-line of these functions, the ratio that a long measurement gives.
+usage: bench/plant.py BUILD_DIR OUT_DIR PERCENT [--passes 8]
+Makes OUT_DIR/base and OUT_DIR/delayed. In both, each function of the list is entered through a stub that waits until all
+before it is done and jumps on to the real one; in `delayed` the stub counts down before that, beside nothing else. What a
+countdown takes is timed by itself, what a function takes is the smallest of many readings of `base`.
+OUT_DIR/truth.json tells, for each line of these functions, the ratio that follows.
 """
 import argparse
 import json
@@ -15,7 +16,7 @@ import shutil
 import statistics
 import subprocess
 
-# Different families, 20 to 70,000 clocks; no function of the list calls another one, and none is called from within the
+# Different families, 70 to 56,000 clocks with the stub; no function of the list calls another one, and none is called from within the
 # library. All lines of a function take nearly the same time, except the one before the last, whose longest line sets the delay.
 FUNCTIONS = [
     "veksFullbandController_EC_16s", "veksEncDTXBuffer_AMRWB_16s", "veksResidualFilter_G729_16s",
@@ -29,12 +30,61 @@ FUNCTIONS = [
 LIBRARIES = ["libvekcore.so.1", "libveks.so.1", "libveksc.so.1"]
 REAL = "libveksr.so.1"  # as long as the name that it replaces
 
+# Nothing before the countdown or after it runs beside it, so that it lasts as long as it does by itself.
 STUB = """
-__asm__(".text\\n.p2align 6\\n.globl {name}\\n.type {name},@function\\n{name}:\\n{delay}\\tjmp *real_{index}(%rip)\\n"
-        ".size {name}, .-{name}\\n");
+__asm__(".text\\n.p2align 6\\n.globl {name}\\n.type {name},@function\\n{name}:\\n\\tlfence\\n{delay}\\tlfence\\n"
+        "\\tjmp *real_{index}(%rip)\\n.size {name}, .-{name}\\n");
 __attribute__((visibility("hidden"))) void *real_{index};
 """
-DELAY = "\\tmovl ${count}, %r11d\\n1:\\tdecl %r11d\\n\\tjnz 1b\\n"
+# One clock of the core for each step. A short countdown is written out: it has no end for the processor to foresee.
+LONGEST_WRITTEN_OUT = 64
+
+TIMER = r"""
+#include <stdint.h>
+#include <stdio.h>
+#include <x86intrin.h>
+{functions}
+static void (*const functions[])(void) = {{ {names} }};
+static const int calls[] = {{ {calls} }};
+enum {{ count = sizeof functions / sizeof functions[0] }};
+int main(void) {{
+    uint64_t best[count];
+    for (int i = 0; i < count; ++i) {{ best[i] = UINT64_MAX; }}
+    const uint64_t begin = __rdtsc();
+    for (int round = 0; round < 2000 || __rdtsc() - begin < 20000000000; ++round) {{
+        for (int i = 0; i < count; ++i) {{
+            const uint64_t start = __rdtsc();
+            for (int call = 0; call < calls[i]; ++call) {{ functions[i](); }}
+            const uint64_t clocks = __rdtsc() - start;
+            if (clocks < best[i]) {{ best[i] = clocks; }}
+        }}
+    }}
+    for (int i = 0; i < count; ++i) {{ printf("%.2f\n", (double)best[i] / calls[i]); }}
+    return 0;
+}}
+"""
+
+
+def delay_text(count):
+    """The instructions of a countdown of `count` clocks of the core."""
+    if count <= LONGEST_WRITTEN_OUT:
+        return f"\\t.rept {count}\\n\\tdecl %r11d\\n\\t.endr\\n" if count else ""
+    return f"\\tmovl ${count}, %r11d\\n1:\\tdecl %r11d\\n\\tjnz 1b\\n"
+
+
+def delays(out, counts):
+    """What countdowns take in clocks of the counter: the smallest of many readings, less that of none."""
+    functions, names, calls = "", [], []
+    for index, count in enumerate([0, *counts]):
+        names.append(f"delay{index}")
+        calls.append(str(1 + 20000 // (count + 30)))  # a reading of 10 us: long beside the counter's step, short beside noise
+        functions += (f'__asm__(".text\\n.p2align 6\\ndelay{index}:\\n\\tlfence\\n{delay_text(count)}\\tlfence\\n\\tret\\n");\n'
+                      f'extern void delay{index}(void);\n')
+    source, program = out / "timer.c", out / "timer"
+    source.write_text(TIMER.format(functions=functions, names=", ".join(names), calls=", ".join(calls)))
+    subprocess.run(["cc", "-O2", "-o", program, source], check=True)
+    none, *clocks = map(float, subprocess.run([program], check=True, capture_output=True, text=True).stdout.split())
+    return [value - none for value in clocks]
 
 
 def build_library(source, out, counts):
@@ -47,8 +97,7 @@ def build_library(source, out, counts):
     (out / REAL).write_bytes(real.replace(LIBRARIES[2].encode() + b"\0", REAL.encode() + b"\0"))
     text = "#define _GNU_SOURCE\n#include <dlfcn.h>\n#include <stdlib.h>\n"
     for index, name in enumerate(FUNCTIONS):
-        count = counts.get(name, 0)
-        text += STUB.format(name=name, index=index, delay=DELAY.format(count=count) if count else "")
+        text += STUB.format(name=name, index=index, delay=delay_text(counts.get(name, 0)))
     text += "static void *find(const char *name) {\n    void *real = dlsym(RTLD_NEXT, name);\n"
     text += "    if (real == NULL) {\n        abort();\n    }\n    return real;\n}\n"
     text += "__attribute__((constructor)) static void findAll(void) {\n"
@@ -60,7 +109,7 @@ def build_library(source, out, counts):
 
 
 def measure(rig, libraries, loops):
-    """Clocks per call of each line of the functions, from whole counts."""
+    """The smallest clocks per call of each line of the functions in one process, from whole counts."""
     command = [rig, "-B", "-LINFO", "-dMethod=Iterative", f"-dStartNumLoops={loops}", "-dStopNumLoops=1", "-dAccuracy=0"]
     text = subprocess.run([*command, *(f"-f={name}" for name in FUNCTIONS)], capture_output=True, text=True, check=False,
                           env={"LD_LIBRARY_PATH": str(libraries)}).stdout
@@ -80,13 +129,13 @@ def measure(rig, libraries, loops):
     return result
 
 
-def smallest(rig, directories, passes, loops):
-    """The smallest clocks of each line in each directory, the passes taken in turn."""
-    best = [{} for _ in directories]
+def levels(rig, libraries, passes):
+    """The same from several processes. Readings of one call to 64: what is short fits between two disturbances."""
+    best = {}
     for _ in range(passes):
-        for values, directory in zip(best, directories):
-            for line, clocks in measure(rig, directory, loops).items():
-                values[line] = min(values.get(line, math.inf), clocks)
+        for loops in (64, 8):
+            for line, clocks in measure(rig, libraries, loops).items():
+                best[line] = min(best.get(line, math.inf), clocks)
     return best
 
 
@@ -100,28 +149,25 @@ def longest(clocks):
     return result
 
 
-def plant(build, out, percent, passes):
+def plant(build, out, percent, passes=8):
     build, out = pathlib.Path(build).resolve(), pathlib.Path(out).resolve()
-    rig, source = build / "kelvarrig", build / "lib"
-    build_library(source, out / "base", {})
-    [base] = smallest(rig, [out / "base"], passes, 64)
-    share = percent / 100
-    counts = {name: max(1, round(value * share)) for name, (_, value) in longest(base).items()}
-    missing = [name for name in FUNCTIONS if name not in counts]
+    build_library(build / "lib", out / "base", {})
+    base = levels(build / "kelvarrig", out / "base", passes)
+    wanted = {name: value * percent / 100 for name, (_, value) in longest(base).items()}
+    missing = [name for name in FUNCTIONS if name not in wanted]
     if missing:
         raise SystemExit(f"no line was measured of {', '.join(missing)}")
-    for _ in range(3):
-        build_library(source, out / "delayed", counts)
-        base, delayed = smallest(rig, [out / "base", out / "delayed"], passes, 64)
-        for name, (line, value) in longest(base).items():
-            got = delayed[line] - value
-            # A countdown runs beside the function's own work in part: at most doubled in a step.
-            factor = min(2.0, max(0.5, value * share / got)) if got > 0 else 2.0
-            counts[name] = max(1, round(counts[name] * factor))
-    build_library(source, out / "delayed", counts)
-    base, delayed = smallest(rig, [out / "base", out / "delayed"], 2 * passes, 64)
-    truth = {line: {"clocks": base[line], "ratio": delayed[line] / base[line]} for line in base}
-    (out / "truth.json").write_text(json.dumps({"percent": percent, "counts": counts, "lines": truth}, indent=1))
+    [unit] = delays(out, [10000])
+    counts = [max(1, round(clocks / unit * 10000)) for clocks in wanted.values()]
+    for _ in range(2):
+        taken = delays(out, counts)
+        counts = [max(1, count + round((clocks - got) / unit * 10000))
+                  for count, clocks, got in zip(counts, wanted.values(), taken)]
+    delay = dict(zip(wanted, delays(out, counts)))
+    build_library(build / "lib", out / "delayed", dict(zip(wanted, counts)))
+    truth = {line: {"clocks": clocks, "ratio": 1 + delay[line.split(" ", 1)[0]] / clocks} for line, clocks in base.items()}
+    (out / "truth.json").write_text(json.dumps({"percent": percent, "counts": dict(zip(wanted, counts)), "lines": truth},
+                                               indent=1))
     return truth
 
 
@@ -130,7 +176,7 @@ def main():
     parser.add_argument("build")
     parser.add_argument("out")
     parser.add_argument("percent", type=float)
-    parser.add_argument("--passes", type=int, default=5)
+    parser.add_argument("--passes", type=int, default=8, help="for measuring what the functions take")
     args = parser.parse_args()
     truth = plant(args.build, args.out, args.percent, args.passes)
     names = {}

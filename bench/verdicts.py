@@ -137,7 +137,7 @@ def planted(args, journal):
         percent = float(text)
         out = args.work / f"planted-{abs(percent):g}"
         if not (out / "truth.json").exists():
-            plant.plant(args.build, out, abs(percent), args.passes)
+            plant.plant(args.build, out, abs(percent))
         pair = [out / "base", out / "delayed"]
         older, newer = pair if percent > 0 else reversed(pair)
         for number in range(args.runs):
@@ -205,7 +205,6 @@ def main():
     parser.add_argument("--confidence", default="99%")
     parser.add_argument("--percent", default="3,5,10,-3,-5,-10")
     parser.add_argument("--tool", default="/usr/share/benchmark/compare.py", help="the compare script")
-    parser.add_argument("--passes", type=int, default=5, help="of each step that finds the delays")
     args = parser.parse_args(own)
     args.keys = keys
     args.work.mkdir(parents=True, exist_ok=True)
