@@ -72,7 +72,7 @@ std::string adviceFor(const std::string& text) {
     constexpr Advice known[] = {
         {"nable to contact slurm controller", "see that slurmctld runs: scontrol ping"},
         {"Could not establish a configuration source", "this machine has no slurm.conf; start again where it is"},
-        {"nvalid job array specification", "slurm.conf allows fewer tasks: raise MaxArraySize, or split the plan"},
+        {"nvalid job array", "slurm.conf allows fewer tasks: raise MaxArraySize, or split the plan"},
         {"nvalid feature", "no node has these \"features\"; scontrol show nodes tells those that there are"},
         {"node configuration is not available", "no node has what the plan asks for; see sinfo"},
         {"nvalid partition", "name a partition that sinfo shows, in \"slurm\" of the plan"},
