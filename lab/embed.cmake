@@ -7,7 +7,7 @@ file(READ ${PAGE}/page.css styles)
 file(READ ${CHART} chart)
 # In this order: each file uses only what stands before it.
 set(scripts "")
-foreach(part data show chart summary lines function sides scatter families course identity main)
+foreach(part data show chart summary lines function sides scatter machines families course identity main)
   file(READ ${PAGE}/${part}.js text)
   string(APPEND scripts "${text}")
 endforeach()

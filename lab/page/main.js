@@ -7,6 +7,7 @@ const views = [
     { id: "sides", title: "Old and new", show: showSides },
     { id: "scatter", title: "Scatter", show: showScatter },
   ] : []),
+  ...(data.kinds.length > 0 ? [{ id: "machines", title: "Machines", show: showMachines }] : []),
   { id: "families", title: "Families", show: showFamilies },
   { id: "course", title: "Course", show: showCourse },
   { id: "identity", title: "What was measured", show: showIdentity },

@@ -3,6 +3,7 @@
 #include "fault.h"
 #include "interrupt.h"
 #include "lanes.h"
+#include "roundstart.h"
 
 #include <algorithm>
 #include <chrono>
@@ -38,13 +39,6 @@ constexpr int mostRepeats = 16;
 // While there are suspects, each so many-th start is for all lines that are not decided, with so many rounds.
 constexpr int startsForAll = 4;
 constexpr int roundsForAll = 4;
-
-// A page of memory: where the stack lies within one depends on the length of names and paths, and short calls may
-// depend on that.
-constexpr size_t mostPadding = 4096;
-
-// Rounds whose rigs learn the counter's rate together.
-constexpr int mostRounds = 12;
 
 // A test in which this many processes have died is not started again.
 constexpr int mostDeaths = 2;
@@ -116,8 +110,7 @@ int AbRun::roundsLeft(Kind kind) const {
 
 std::vector<std::string> AbRun::keys() const {
     // The user's keys stand behind and win.
-    std::vector<std::string> keys = {"-dMethod=Iterative", fmt::format("-dStartNumLoops={}", m_loops[m_kind]),
-                                     "-dStopNumLoops=1", "-dAccuracy=0"};
+    std::vector<std::string> keys = loopKeys(m_loops[m_kind]);
     keys.insert(keys.end(), m_options.keys.begin(), m_options.keys.end());
     return keys;
 }
@@ -145,25 +138,24 @@ void AbRun::startRounds(int first, size_t count) {
     // The same for all of these rounds, whatever the first ones tell.
     const std::vector<std::string> passKeys = keys();
     const int repeats = m_repeats[m_kind];
-    auto seats = m_turns.addRounds(count);
-    for (size_t i = 0; i < count; ++i) {
-        const int number = first + static_cast<int>(i);
-        // Whatever a process inherits from being the second one, neither side has it more often.
-        const bool newFirst = (m_random() & 1) != 0;
-        for (const Side side : {newFirst ? sideNew : sideOld, newFirst ? sideOld : sideNew}) {
-            PassRequest request;
-            request.subject = m_options.subjects[side];
-            request.keys = passKeys;
-            request.lines = wanted;
-            request.keepOthers = true;
-            request.repeats = repeats;
-            request.timeLimit = m_options.passLimit;
-            request.record = number == 0;
-            request.padding = 1 + m_random() % mostPadding;
-            request.seat = std::move(seats[i][side]);
-            m_lanes.start(std::move(request), [this, number, side](Pass pass) { take(number, side, std::move(pass)); });
-        }
-    }
+    RoundStart rounds;
+    rounds.count = count;
+    rounds.request = [&](size_t round, Side side) {
+        PassRequest request;
+        request.subject = m_options.subjects[side];
+        request.keys = passKeys;
+        request.lines = wanted;
+        request.keepOthers = true;
+        request.repeats = repeats;
+        request.timeLimit = m_options.passLimit;
+        request.record = first == 0 && round == 0;
+        return request;
+    };
+    rounds.done = [this, first](size_t round, Side side, Pass pass) {
+        take(first + static_cast<int>(round), side, std::move(pass));
+    };
+    rounds.draw = [this](size_t) { return m_random(); };
+    krlab::startRounds(rounds, m_lanes, m_turns);
     showProgress("");
     m_lanes.collect(true);
     m_interval[m_kind] = std::chrono::duration<double>(Clock::now() - start).count() / static_cast<double>(count);

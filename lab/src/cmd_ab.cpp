@@ -1,5 +1,7 @@
 // `krlab ab A B`: which lines of B are slower or faster than those of A.
 #include "abrun.h"
+#include "fleetsource.h"
+#include "fleetverdict.h"
 #include "interrupt.h"
 #include "program.h"
 
@@ -20,10 +22,40 @@ struct AbArguments {
     std::string timeLimit = "2m";
     std::string store = "krlab.db";
     std::string label;
+    std::string fleet;
     bool strict = false;
 };
 
+void writeVerdicts(const VerdictReport& report, Context& context) {
+    if (!context.options.json.empty()) {
+        writeOutput(context.options.json, toJson(report).dump(1) + "\n");
+    }
+    if (context.reportWanted()) {
+        writeOutput("-", describe(report));
+    }
+}
+
+// Nothing is measured here: the tasks of the fleet have done that.
+int decideFleet(const AbArguments& options, Context& context) {
+    FleetChoice choice{options.label, options.older, options.newer, parseShare(options.threshold),
+                       parseShare(options.confidence)};
+    const FleetSource source(options.fleet);
+    if (source.folder()) {
+        choice.plan = source.folder()->id();
+    }
+    VerdictReport report = fleetVerdict(source.store(), choice);
+    report.remarks.insert(report.remarks.end(), source.remarks().begin(), source.remarks().end());
+    writeVerdicts(report, context);
+    return exitStatus(report, options.strict);
+}
+
 int decide(const AbArguments& options, Context& context) {
+    if (!options.fleet.empty()) {
+        return decideFleet(options, context);
+    }
+    if (options.older.empty() || options.newer.empty()) {
+        throw Fault("ab needs two subjects, OLD and NEW, or --fleet with what a fleet has measured");
+    }
     AbOptions ab;
     const std::filesystem::path rig = context.options.rig.empty() ? defaultRig() : std::filesystem::path(context.rig());
     ab.subjects = {parseSubject(options.older, rig), parseSubject(options.newer, rig)};
@@ -57,12 +89,7 @@ int decide(const AbArguments& options, Context& context) {
         store->endRun(ab.run, status);
     }
     context.console.clear();
-    if (!context.options.json.empty()) {
-        writeOutput(context.options.json, toJson(report).dump(1) + "\n");
-    }
-    if (context.reportWanted()) {
-        writeOutput("-", describe(report));
-    }
+    writeVerdicts(report, context);
     return status;
 }
 
@@ -72,11 +99,12 @@ void addAb(Program& program) {
     const auto options = std::make_shared<AbArguments>();
     CLI::App& command = program.add("ab", "measure two subjects in turn and tell which lines changed",
                                     [options](Context& context) { return decide(*options, context); });
-    command
-        .add_option("OLD", options->older,
-                    "a library directory, a rig program, or PROGRAM,DIRECTORY; NAME=... names it")
-        ->required();
-    command.add_option("NEW", options->newer, "the same for the new one")->required();
+    command.add_option("OLD", options->older,
+                       "a library directory, a rig program, or PROGRAM,DIRECTORY; NAME=... names it");
+    command.add_option("NEW", options->newer, "the same for the new one");
+    command.add_option("--fleet", options->fleet,
+                       "a job folder of krlab fleet or a store with its passes: nothing is measured; OLD and NEW, if "
+                       "given, are names of its subjects, and --label is its name");
     command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
     command.add_option("--time", options->time, "time for all rounds")->capture_default_str();
     command.add_option("--confidence", options->confidence, "that no line is accused wrongly")->capture_default_str();

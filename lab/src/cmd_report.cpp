@@ -1,5 +1,7 @@
 // `krlab report`: tables or stored passes as one page for the browser.
 #include "comparison.h"
+#include "fleetsource.h"
+#include "fleetverdict.h"
 #include "history.h"
 #include "program.h"
 #include "report.h"
@@ -28,6 +30,7 @@ struct ReportArguments {
     std::string threshold = "3%";
     std::string confidence = "99%";
     std::string store = "krlab.db";
+    std::string fleet;
 };
 
 // The names of all subjects, in the order in which they were measured.
@@ -84,15 +87,60 @@ void addSteps(Course& course, const Store& store) {
     }
 }
 
+void writePage(const ReportArguments& options, Context& context, const nlohmann::json& data, size_t passes) {
+    if (!context.options.json.empty()) {
+        writeOutput(context.options.json, data.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+    }
+    if (!options.output.empty()) {
+        const std::string page = reportPage(data);
+        writeOutput(options.output, page);
+        context.console.note(fmt::format("{}: {} lines, {} passes, {:.1f} MB", options.output, data["lines"].size(),
+                                         passes, static_cast<double>(page.size()) / 1e6));
+    }
+}
+
+// Two subjects of a fleet: verdicts by kind of machine, figures and course from all machines.
+int writeFleetReport(const ReportArguments& options, Context& context) {
+    if (!options.sources.empty()) {
+        throw Fault("--fleet names all that is on the page; take the other sources away");
+    }
+    const FleetSource source(options.fleet);
+    const std::string plan = source.folder() ? source.folder()->id() : "";
+    const VerdictReport verdicts =
+        fleetVerdict(source.store(), {plan, options.older, options.newer, parseShare(options.threshold),
+                                      parseShare(options.confidence)});
+    PassList all;
+    all.add(source.file(), "");
+    const auto of = [&](const std::string& subject) {
+        return all.where([&](const PassList::Entry& pass) {
+            return pass.identity.subject == subject && verdicts.runs.count(pass.run) != 0;
+        });
+    };
+    const PassList older = of(verdicts.older.subject);
+    const PassList newer = of(verdicts.newer.subject);
+    PassList both = older;
+    both.add(newer);
+    ReportInput input;
+    input.verdicts = verdicts;
+    input.sides = {&older, &newer};
+    input.title = options.title.empty() ? titleOf(input) : options.title;
+    input.made = timeText();
+    writePage(options, context, reportData(input, courseOf(both, input.sides, mostReadings)), both.passes().size());
+    return exitStatus(verdicts, false);
+}
+
 int writeReport(const ReportArguments& options, Context& context) {
+    if (options.output.empty() && context.options.json.empty()) {
+        throw Fault("-o FILE.html is missing");
+    }
+    if (!options.fleet.empty()) {
+        return writeFleetReport(options, context);
+    }
     if (options.older.empty() != options.newer.empty()) {
         throw Fault("--old and --new belong together");
     }
     if (options.sources.empty() && options.older.empty()) {
         throw Fault("name tables or a store, or two subjects with --old and --new");
-    }
-    if (options.output.empty() && context.options.json.empty()) {
-        throw Fault("-o FILE.html is missing");
     }
     const double threshold = parseShare(options.threshold);
     const double confidence = parseShare(options.confidence);
@@ -141,16 +189,7 @@ int writeReport(const ReportArguments& options, Context& context) {
     if (all.stores().size() == 1) {
         addSteps(course, Store(*all.stores().begin()));
     }
-    const nlohmann::json data = reportData(input, course);
-    if (!context.options.json.empty()) {
-        writeOutput(context.options.json, data.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
-    }
-    if (!options.output.empty()) {
-        const std::string page = reportPage(data);
-        writeOutput(options.output, page);
-        context.console.note(fmt::format("{}: {} lines, {} passes, {:.1f} MB", options.output, data["lines"].size(),
-                                         all.passes().size(), static_cast<double>(page.size()) / 1e6));
-    }
+    writePage(options, context, reportData(input, course), all.passes().size());
     return status;
 }
 
@@ -165,6 +204,9 @@ void addReport(Program& program) {
     command.add_option("SOURCE", options->sources, what);
     command.add_option("--old", options->older, "the old one of two subjects to compare, as SOURCE");
     command.add_option("--new", options->newer, "the new one");
+    command.add_option("--fleet", options->fleet,
+                       "a job folder of krlab fleet or a store with its passes: verdicts by kind of machine; --old and "
+                       "--new are names of its subjects");
     command.add_option("-o,--output", options->output, "the page to write, - for standard output");
     command.add_option("--title", options->title, "heading of the page, if not the subjects' names");
     command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();

@@ -2,6 +2,7 @@
 
 #include "countcomparison.h"
 #include "fault.h"
+#include "lineverdict.h"
 #include "noise.h"
 #include "signedrank.h"
 
@@ -61,14 +62,6 @@ std::map<Line, Figure> smallestOf(const std::vector<Figure>& run, bool byCall) {
     return lines;
 }
 
-double meanOf(const std::vector<double>& values) {
-    double sum = 0;
-    for (const double value : values) {
-        sum += value;
-    }
-    return sum / static_cast<double>(values.size());
-}
-
 class Compared {
 public:
     explicit Compared(const Comparison& comparison) : m_comparison(comparison) {
@@ -83,7 +76,6 @@ private:
     void steady();
     void findNoise();
     LineVerdict result(const Course& course, double tail) const;
-    void judgeAll(VerdictReport& report) const;
 
     const Comparison& m_comparison;
     std::vector<Course> m_courses; // lines of both sides
@@ -188,38 +180,6 @@ LineVerdict Compared::result(const Course& course, double tail) const {
     return result;
 }
 
-void Compared::judgeAll(VerdictReport& report) const {
-    const double error = (1 - m_comparison.confidence) / 2;
-    const auto changed = [](const LineVerdict& line) {
-        return line.verdict == Verdict::slower || line.verdict == Verdict::faster;
-    };
-    report.lines.resize(m_courses.size());
-    size_t accused = 0;
-    for (bool found = true; found && accused < m_courses.size();) {
-        found = false;
-        const double tail = error / static_cast<double>(m_courses.size() - accused);
-        for (size_t i = 0; i < m_courses.size(); ++i) {
-            if (changed(report.lines[i])) {
-                continue;
-            }
-            report.lines[i] = result(m_courses[i], tail);
-            if (changed(report.lines[i])) {
-                ++accused;
-                found = true;
-            } else {
-                report.lines[i].verdict = Verdict::undecided;
-            }
-        }
-    }
-    // That a line is the same accuses nobody: there each line stands for itself.
-    for (size_t i = 0; i < m_courses.size(); ++i) {
-        if (const LineVerdict alone = result(m_courses[i], error);
-            !changed(report.lines[i]) && alone.verdict == Verdict::same) {
-            report.lines[i] = alone;
-        }
-    }
-}
-
 VerdictReport Compared::report() {
     VerdictReport report;
     report.threshold = m_comparison.threshold;
@@ -228,7 +188,8 @@ VerdictReport Compared::report() {
     report.onlyNew = m_only[1];
     report.commonRatio = std::exp(m_common);
     report.commonRemoved = true;
-    judgeAll(report);
+    report.lines = judgeTogether(m_courses.size(), m_comparison.confidence,
+                                 [this](size_t i, double tail) { return result(m_courses[i], tail); });
     if (m_courses.empty()) {
         report.incomplete = true;
         report.remarks.push_back("the two sides have no line in common");

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cpuid.h>
 #include <cstdlib>
 #include <ctime>
 #include <fmt/format.h>
@@ -112,6 +113,16 @@ std::string processorText() {
     return text;
 }
 
+std::string featureText() {
+    unsigned int eax = 0;
+    unsigned int ebx = 0;
+    unsigned int first[2] = {0, 0};
+    unsigned int further[3] = {0, 0, 0};
+    __get_cpuid(1, &eax, &ebx, &first[0], &first[1]);
+    __get_cpuid_count(7, 0, &eax, &further[0], &further[1], &further[2]);
+    return fmt::format("{:08x}", fmt::join(first, "-")) + "-" + fmt::format("{:08x}", fmt::join(further, "-"));
+}
+
 Machine readMachine() {
     Machine machine;
     utsname names{};
@@ -119,6 +130,7 @@ Machine readMachine() {
     machine.kernel = fmt::format("{} {} {}", names.sysname, names.release, names.machine);
     machine.host = names.nodename;
     machine.processor = processorText();
+    machine.features = featureText();
     machine.counterMHz = measureCounter();
     machine.processors = static_cast<int>(::sysconf(_SC_NPROCESSORS_ONLN));
     return machine;
@@ -193,6 +205,7 @@ nlohmann::json toJson(const Identity& identity) {
             {"libraries", std::move(libraries)},
             {"machine",
              {{"processor", identity.machine.processor},
+              {"features", identity.machine.features},
               {"kernel", identity.machine.kernel},
               {"host", identity.machine.host},
               {"counter_mhz", identity.machine.counterMHz},
@@ -216,6 +229,7 @@ Identity identityFromJson(const nlohmann::json& json) {
     }
     const nlohmann::json machine = json.value("machine", nlohmann::json::object());
     identity.machine.processor = machine.value("processor", "");
+    identity.machine.features = machine.value("features", "");
     identity.machine.kernel = machine.value("kernel", "");
     identity.machine.host = machine.value("host", "");
     identity.machine.counterMHz = machine.value("counter_mhz", 0.0);

@@ -21,6 +21,7 @@ struct FileIdentity {
 /// The machine and its state.
 struct Machine {
     std::string processor;
+    std::string features; ///< of the processor, as CPUID tells them: leaf 1 ecx and edx, leaf 7 ebx, ecx and edx
     std::string kernel;
     std::string host;
     double counterMHz = 0; ///< rate of the time-stamp counter

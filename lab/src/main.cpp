@@ -16,5 +16,6 @@ int main(int argc, char** argv) {
     krlab::addHistory(program);
     krlab::addWatch(program);
     krlab::addBudget(program);
+    krlab::addFleet(program);
     return program.main(argc, argv);
 }

@@ -77,6 +77,7 @@ void addCount(Program& program);
 void addHistory(Program& program);
 void addWatch(Program& program);
 void addBudget(Program& program);
+void addFleet(Program& program);
 
 /// The argument SUBJECT of a command, which may be left out.
 void addSubject(CLI::App& command, std::string& subject);

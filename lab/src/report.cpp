@@ -190,7 +190,9 @@ private:
     std::uint32_t lineOf(const Line& line) { return static_cast<std::uint32_t>(m_lines(line)); }
     void takeElements(const PassList& list);
     json sides();
+    json verdictRows(const std::vector<LineVerdict>& verdicts);
     json verdicts();
+    json kinds();
     json points();
     json values();
     json steps();
@@ -260,23 +262,42 @@ json Data::listOf(const std::vector<Line>& lines) {
     return list;
 }
 
-json Data::verdicts() {
-    if (!m_input.verdicts) {
-        return nullptr;
-    }
-    const VerdictReport& report = *m_input.verdicts;
+json Data::verdictRows(const std::vector<LineVerdict>& verdicts) {
     json lines = json::array();
-    for (const LineVerdict& line : report.lines) {
+    for (const LineVerdict& line : verdicts) {
         const bool known = std::isfinite(line.high);
         lines.push_back({lineOf(line.line), rounded(line.older), rounded(line.newer), rounded(line.ratio),
                          rounded(known ? line.low : noFigure), rounded(known ? line.high : noFigure), line.passes,
                          verdictText(line.verdict)});
     }
+    return lines;
+}
+
+// The axis of machines: the verdicts on each kind of a fleet.
+json Data::kinds() {
+    json kinds = json::array();
+    if (m_input.verdicts) {
+        for (const KindVerdicts& kind : m_input.verdicts->kinds) {
+            kinds.push_back({{"name", kind.name()},
+                             {"features", kind.features},
+                             {"hosts", kind.hosts},
+                             {"rounds", kind.rounds},
+                             {"lines", verdictRows(kind.lines)}});
+        }
+    }
+    return kinds;
+}
+
+json Data::verdicts() {
+    if (!m_input.verdicts) {
+        return nullptr;
+    }
+    const VerdictReport& report = *m_input.verdicts;
     return {{"threshold", report.threshold},
             {"confidence", report.confidence},
             {"common", {{"ratio", rounded(report.commonRatio)}, {"removed", report.commonRemoved}}},
             {"geometric_mean", countVerdicts(report.lines).geometricMean},
-            {"lines", std::move(lines)},
+            {"lines", verdictRows(report.lines)},
             {"only_old", listOf(report.onlyOld)},
             {"only_new", listOf(report.onlyNew)},
             {"incomplete", report.incomplete}};
@@ -361,6 +382,7 @@ json Data::build() {
     data["sides"] = sides();
     takeElements(*m_course.list);
     data["verdicts"] = verdicts();
+    data["kinds"] = kinds();
     data["points"] = points();
     data["values"] = values();
     data["steps"] = steps();

@@ -52,6 +52,13 @@ LowReadings::LowReadings(std::span<const Round> rounds, size_t line) {
     }
 }
 
+LowReadings::LowReadings(std::vector<double> older, std::vector<double> newer)
+    : m_sorted{std::move(older), std::move(newer)} {
+    for (std::vector<double>& side : m_sorted) {
+        std::sort(side.begin(), side.end());
+    }
+}
+
 LowShift LowReadings::shift(double tail) const {
     const std::vector<double>& older = m_sorted[sideOld];
     const std::vector<double>& newer = m_sorted[sideNew];

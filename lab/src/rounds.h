@@ -35,6 +35,8 @@ struct LowShift {
 class LowReadings {
 public:
     LowReadings(std::span<const Round> rounds, size_t line);
+    /// From the readings of each side, as logarithms: those of one round stand at one place.
+    LowReadings(std::vector<double> older, std::vector<double> newer);
 
     int rounds() const { return static_cast<int>(m_sorted[sideOld].size()); }
     /// Misses the shift with at most `tail` on each side. Bounds are unknown if there are too few rounds. The estimate

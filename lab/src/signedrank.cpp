@@ -102,4 +102,12 @@ double medianOf(std::vector<double> values) {
     return medianOfSorted(values);
 }
 
+double meanOf(const std::vector<double>& values) {
+    double sum = 0;
+    for (const double value : values) {
+        sum += value;
+    }
+    return sum / static_cast<double>(values.size());
+}
+
 } // namespace krlab

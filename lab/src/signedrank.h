@@ -45,5 +45,7 @@ int signedRankBound(int pairs, double tail);
 
 /// The middle value, the mean of the two middle ones of an even number; not a number if empty.
 double medianOf(std::vector<double> values);
+/// Not a number if empty.
+double meanOf(const std::vector<double>& values);
 
 } // namespace krlab

@@ -1,7 +1,9 @@
 #include "store.h"
 
 #include "fault.h"
+#include "storestatement.h"
 
+#include <filesystem>
 #include <fmt/format.h>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -15,8 +17,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int applicationId = 0x6b726c62; // "krlb"
-constexpr int schemaVersion = 1;
 /// Another lab holds the store for the time of one pass's rows; this is longer than any machine needs for that.
 constexpr int busyMilliseconds = 60000;
 
@@ -46,80 +46,6 @@ CREATE TABLE figure (
 )";
 
 } // namespace
-
-/// A prepared statement; every failure becomes a Fault with the store's file.
-class Store::Statement {
-public:
-    Statement(const Store& store, const std::string& sql) : m_store(store) {
-        check(sqlite3_prepare_v2(store.m_db, sql.c_str(), -1, &m_statement, nullptr));
-    }
-    ~Statement() { sqlite3_finalize(m_statement); }
-    Statement(const Statement&) = delete;
-    Statement& operator=(const Statement&) = delete;
-
-    template <typename... Values>
-    Statement& bind(const Values&... values) {
-        int index = 0;
-        (bindOne(++index, values), ...);
-        return *this;
-    }
-    /// True with a row, false at the end.
-    bool step() {
-        const int code = sqlite3_step(m_statement);
-        if (code != SQLITE_ROW && code != SQLITE_DONE) {
-            check(code);
-        }
-        return code == SQLITE_ROW;
-    }
-    void run() {
-        step();
-        sqlite3_reset(m_statement);
-    }
-    long long integer(int column) const { return sqlite3_column_int64(m_statement, column); }
-    double real(int column) const { return sqlite3_column_double(m_statement, column); }
-    std::string text(int column) const {
-        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement, column));
-        return text == nullptr ? "" : std::string(text, static_cast<size_t>(sqlite3_column_bytes(m_statement, column)));
-    }
-
-private:
-    void check(int code) const {
-        if (code != SQLITE_OK) {
-            throw Fault(m_store.m_file, fmt::format("the store fails: {}", sqlite3_errmsg(m_store.m_db)));
-        }
-    }
-    void bindOne(int index, const std::string& value) {
-        check(sqlite3_bind_text(m_statement, index, value.data(), static_cast<int>(value.size()), SQLITE_TRANSIENT));
-    }
-    void bindOne(int index, double value) { check(sqlite3_bind_double(m_statement, index, value)); }
-    void bindOne(int index, long long value) { check(sqlite3_bind_int64(m_statement, index, value)); }
-    void bindOne(int index, int value) { bindOne(index, static_cast<long long>(value)); }
-
-    const Store& m_store;
-    sqlite3_stmt* m_statement = nullptr;
-};
-
-/// Undone unless it is committed.
-class Store::Transaction {
-public:
-    explicit Transaction(Store& store) : m_store(store) { Statement(store, "BEGIN IMMEDIATE").run(); }
-    ~Transaction() {
-        if (m_open) {
-            sqlite3_exec(m_store.m_db, "ROLLBACK", nullptr, nullptr, nullptr);
-            m_store.m_lines.clear();
-        }
-    }
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    void commit() {
-        Statement(m_store, "COMMIT").run();
-        m_open = false;
-    }
-
-private:
-    Store& m_store;
-    bool m_open = true;
-};
 
 namespace {
 
@@ -186,7 +112,9 @@ std::string condition(const PassFilter& filter) {
 } // namespace
 
 Store::Store(const std::string& file) : m_file(file) {
-    const int code = sqlite3_open_v2(file.c_str(), &m_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    // Whole paths, so that no name looks like the address by which a merge attaches a file.
+    const int code = sqlite3_open_v2(std::filesystem::absolute(file).c_str(), &m_db,
+                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI, nullptr);
     try {
         if (code != SQLITE_OK) {
             throw Fault(file, fmt::format("can't be opened as a store: {}", sqlite3_errmsg(m_db)));
@@ -238,6 +166,10 @@ void Store::prepare() {
     // Stores of before the history have no such table.
     Statement(*this,
               "CREATE TABLE IF NOT EXISTS reference (pass INTEGER PRIMARY KEY REFERENCES pass, clocks REAL NOT NULL)")
+        .run();
+    // Nor those of before the fleet this one.
+    Statement(*this, "CREATE TABLE IF NOT EXISTS fleet (run INTEGER PRIMARY KEY REFERENCES run, plan TEXT NOT NULL, "
+                     "task INTEGER NOT NULL, setting TEXT NOT NULL, subjects TEXT NOT NULL, UNIQUE (plan, task))")
         .run();
 }
 

@@ -45,6 +45,21 @@ struct PassFilter {
     std::string label;
 };
 
+/// A run that is one task of a fleet: the same task measured again has the same plan and number.
+struct FleetRun {
+    long long run = 0; ///< its number in this store
+    std::string plan;  ///< the job folder's own identity
+    int task = 0;
+    std::string setting;               ///< name of its setting in the plan
+    std::vector<std::string> subjects; ///< of the plan, in its order
+};
+
+/// What a merge brought.
+struct MergeCount {
+    size_t passes = 0;
+    long long figures = 0;
+};
+
 /// Figures of many passes in little room: lines and passes by index.
 struct FigureTable {
     struct Entry {
@@ -75,6 +90,16 @@ public:
     /// Keeps what the reference kernel took around a pass.
     void addReference(long long pass, double clocks);
 
+    /// Marks a run as a task of a fleet; `run` is that of beginRun.
+    void markFleet(const FleetRun& run);
+    /// The runs that are tasks of a fleet, in the order in which they came.
+    std::vector<FleetRun> fleetRuns() const;
+    /// Takes over the fleet passes of another store that are not here yet: a pass is known by its plan, task, round and
+    /// subject. Nothing of the other file is locked or written. All of them or, where it throws Fault, none.
+    MergeCount merge(const std::string& file);
+    /// Writes a copy of the whole store into a new file that nothing else belongs to.
+    void copyTo(const std::string& file) const;
+
     std::vector<RunRecord> runs() const;
     std::vector<PassRecord> passes(const PassFilter& filter = {}) const;
     /// A whole pass as it was written: all members of the figures, the tests and how the processes ended.
@@ -85,7 +110,10 @@ public:
 private:
     class Statement;
     class Transaction;
+    class Attached;
     void prepare();
+    long long runOfTask(long long theirs);
+    MergeCount mergePasses(long long theirs, long long ours);
     long long lineId(const Line& line);
 
     std::string m_file;

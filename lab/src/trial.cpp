@@ -1,5 +1,7 @@
 #include "trial.h"
 
+#include "lineverdict.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -96,18 +98,7 @@ double Trial::clocksOf(size_t line, Side side) const {
 }
 
 LineVerdict Trial::resultOf(size_t line, const LowReadings& readings, double tail) const {
-    LineVerdict result;
-    result.line = m_lines[line].result.line;
-    const LowShift shift = readings.shift(tail);
-    result.ratio = std::exp(shift.estimate);
-    result.low = std::exp(shift.bounds.low);
-    result.high = std::exp(shift.bounds.high);
-    result.passes = readings.rounds();
-    // The clocks stand around the middle of both sides, so that their quotient is the ratio.
-    result.older = std::exp(shift.logClocks - shift.estimate / 2);
-    result.newer = std::exp(shift.logClocks + shift.estimate / 2);
-    result.verdict = judge(result.ratio, result.low, result.high, m_options.threshold);
-    return result;
+    return lineVerdict(m_lines[line].result.line, readings, tail, m_options.threshold);
 }
 
 std::vector<Trial::Candidate> Trial::judgeUnsuspected() {

@@ -31,12 +31,19 @@ nlohmann::json lineJson(const LineVerdict& verdict) {
     return object;
 }
 
-nlohmann::json listJson(const std::vector<Line>& lines) {
+template <typename Entry>
+nlohmann::json listJson(const std::vector<Entry>& lines) {
     nlohmann::json object = nlohmann::json::array();
-    for (const Line& line : lines) {
+    for (const Entry& line : lines) {
         object.push_back(lineJson(line));
     }
     return object;
+}
+
+nlohmann::json summaryJson(const std::vector<LineVerdict>& lines) {
+    const VerdictCounts counts = countVerdicts(lines);
+    return {{"lines", counts.lines}, {"slower", counts.slower},       {"faster", counts.faster},
+            {"same", counts.same},   {"undecided", counts.undecided}, {"geometric_mean", counts.geometricMean}};
 }
 
 } // namespace
@@ -81,37 +88,49 @@ VerdictCounts countVerdicts(const std::vector<LineVerdict>& lines) {
     return counts;
 }
 
+std::string KindVerdicts::name() const {
+    return setting.empty() ? machine : machine + ", " + setting;
+}
+
 nlohmann::json toJson(const VerdictReport& report) {
-    const VerdictCounts counts = countVerdicts(report.lines);
-    nlohmann::json lines = nlohmann::json::array();
-    for (const LineVerdict& line : report.lines) {
-        lines.push_back(lineJson(line));
+    nlohmann::json object = {{"schema", "krlab-verdict-1"},
+                             {"old", toJson(report.older)},
+                             {"new", toJson(report.newer)},
+                             {"unit", report.unit},
+                             {"threshold", report.threshold},
+                             {"confidence", report.confidence},
+                             {"lines", listJson(report.lines)},
+                             {"only_old", listJson(report.onlyOld)},
+                             {"only_new", listJson(report.onlyNew)},
+                             {"rounds", report.rounds},
+                             {"common", {{"ratio", report.commonRatio}, {"removed", report.commonRemoved}}},
+                             {"remarks", report.remarks},
+                             {"summary", summaryJson(report.lines)}};
+    if (!report.kinds.empty()) {
+        nlohmann::json kinds = nlohmann::json::array();
+        for (const KindVerdicts& kind : report.kinds) {
+            kinds.push_back({{"machine", kind.machine},
+                             {"features", kind.features},
+                             {"setting", kind.setting},
+                             {"hosts", kind.hosts},
+                             {"rounds", kind.rounds},
+                             {"lines", listJson(kind.lines)},
+                             {"summary", summaryJson(kind.lines)}});
+        }
+        object["machines"] = std::move(kinds);
     }
-    return {{"schema", "krlab-verdict-1"},
-            {"old", toJson(report.older)},
-            {"new", toJson(report.newer)},
-            {"unit", report.unit},
-            {"threshold", report.threshold},
-            {"confidence", report.confidence},
-            {"lines", lines},
-            {"only_old", listJson(report.onlyOld)},
-            {"only_new", listJson(report.onlyNew)},
-            {"rounds", report.rounds},
-            {"common", {{"ratio", report.commonRatio}, {"removed", report.commonRemoved}}},
-            {"remarks", report.remarks},
-            {"summary",
-             {{"lines", counts.lines},
-              {"slower", counts.slower},
-              {"faster", counts.faster},
-              {"same", counts.same},
-              {"undecided", counts.undecided},
-              {"geometric_mean", counts.geometricMean}}}};
+    return object;
 }
 
 int exitStatus(const VerdictReport& report, bool strict) {
-    const VerdictCounts counts = countVerdicts(report.lines);
     if (report.incomplete || !report.onlyOld.empty()) {
         return exitFailed;
+    }
+    VerdictCounts counts = countVerdicts(report.lines);
+    for (const KindVerdicts& kind : report.kinds) {
+        const VerdictCounts ofKind = countVerdicts(kind.lines);
+        counts.slower += ofKind.slower;
+        counts.undecided += ofKind.undecided;
     }
     if (counts.slower > 0) {
         return exitWorse;

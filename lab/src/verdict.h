@@ -6,6 +6,7 @@
 #include "line.h"
 
 #include <nlohmann/json_fwd.hpp>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,18 @@ struct VerdictCounts {
 };
 VerdictCounts countVerdicts(const std::vector<LineVerdict>& lines);
 
+/// The verdicts on one kind of machine, of a fleet.
+struct KindVerdicts {
+    std::string machine;  ///< "family 6 model 143 stepping 8", with the features where these alone tell kinds apart
+    std::string features; ///< as in Machine
+    std::string setting;  ///< of the plan; empty where it has only one
+    std::vector<std::string> hosts;
+    int rounds = 0;
+    std::vector<LineVerdict> lines;
+    /// Both in one word or two.
+    std::string name() const;
+};
+
 /// What `ab` and `compare` say.
 struct VerdictReport {
     Identity older;
@@ -50,6 +63,8 @@ struct VerdictReport {
     double threshold = 0;
     double confidence = 0; ///< 1 for counts, which know no noise
     std::vector<LineVerdict> lines;
+    std::vector<KindVerdicts> kinds; ///< of a fleet; `lines` are then over all of its machines
+    std::set<long long> runs;        ///< of a fleet: numbers of its runs in the store
     std::vector<Line> onlyOld;
     std::vector<Line> onlyNew;
     /// What moved all lines alike: the ratio new / old.
@@ -68,8 +83,8 @@ nlohmann::json toJson(const VerdictReport& report);
 /// counts.
 std::string describe(const VerdictReport& report);
 
-/// 2 if the report is incomplete or lines of the old subject are missing in the new one; 1 if a line is slower; 3 if
-/// `strict` and lines are undecided; else 0.
+/// 2 if the report is incomplete or lines of the old subject are missing in the new one; 1 if a line is slower, over
+/// all or on one kind of machine; 3 if `strict` and lines are undecided; else 0.
 int exitStatus(const VerdictReport& report, bool strict);
 
 } // namespace krlab

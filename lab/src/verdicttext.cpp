@@ -12,6 +12,7 @@ namespace {
 
 // What stayed undecided is listed as far as a reader looks at it.
 constexpr size_t mostListed = 20;
+constexpr size_t mostHosts = 8;
 
 // "+4.2 %"
 std::string change(double ratio) {
@@ -86,6 +87,49 @@ std::string listOf(const std::string& title, const std::vector<Line>& lines) {
     return text;
 }
 
+// Lines that changed on some kinds of machines and not on all, a section for each kind.
+std::string kindLists(const std::vector<KindVerdicts>& kinds) {
+    std::map<Line, std::map<Verdict, size_t>> found;
+    for (const KindVerdicts& kind : kinds) {
+        for (const LineVerdict& line : kind.lines) {
+            ++found[line.line][line.verdict];
+        }
+    }
+    std::string text;
+    for (const KindVerdicts& kind : kinds) {
+        for (const Verdict verdict : {Verdict::slower, Verdict::faster}) {
+            std::vector<LineVerdict> lines;
+            for (const LineVerdict& line : kind.lines) {
+                if (line.verdict == verdict && found[line.line][verdict] < kinds.size()) {
+                    lines.push_back(line);
+                }
+            }
+            const std::string title =
+                fmt::format("{} on {}, and not on all kinds of machines ({})",
+                            verdict == Verdict::slower ? "Slower" : "Faster", kind.name(), lines.size());
+            text += lineList(title, lines, lines.size());
+        }
+    }
+    return text;
+}
+
+std::string kindTable(const std::vector<KindVerdicts>& kinds) {
+    if (kinds.empty()) {
+        return "";
+    }
+    Groups groups;
+    std::string hosts;
+    for (const KindVerdicts& kind : kinds) {
+        groups[kind.name()] = kind.lines;
+        const size_t told = std::min(kind.hosts.size(), mostHosts);
+        hosts +=
+            fmt::format(" {}: {} rounds on {}{}\n", kind.name(), kind.rounds,
+                        fmt::join(kind.hosts.begin(), kind.hosts.begin() + static_cast<std::ptrdiff_t>(told), ", "),
+                        told < kind.hosts.size() ? fmt::format(" and {} more", kind.hosts.size() - told) : "");
+    }
+    return groupTable("machine", groups, false) + hosts;
+}
+
 // What was measured; a table tells less than the lab itself knows.
 std::string head(const Identity& identity) {
     if (!identity.program.path.empty()) {
@@ -122,6 +166,10 @@ std::string describe(const VerdictReport& report) {
     text += lineList(fmt::format("Faster ({})", counts.faster), byVerdict[Verdict::faster], counts.faster);
     text += groupTable("changed function", functions, true);
     text += groupTable("family", families, false);
+    text += kindTable(report.kinds);
+    if (report.kinds.size() > 1) {
+        text += kindLists(report.kinds);
+    }
     text += lineList(fmt::format("Undecided ({}), the largest estimates", counts.undecided),
                      byVerdict[Verdict::undecided], mostListed);
     text += listOf("Only in the old one", report.onlyOld);
