@@ -145,7 +145,10 @@ void follow(const RigCall& call, pid_t process, int console, RigExit& result) {
                            {open ? console : -1, POLLIN, 0},
                            {call.heedInterrupt && !killed ? interruptDescriptor() : -1, POLLIN, 0}};
         const int wait = killed ? 200 : static_cast<int>(std::clamp(left() * 1000 + 1, 0.0, 200.0));
-        ::poll(polls, 3, wait);
+        const int ready = ::poll(polls, 3, wait);
+        if (ready == 0 && call.seat != nullptr) {
+            call.seat->keepGoing();
+        }
         if (polls[1].revents != 0) {
             open = drain(console, call);
         }

@@ -46,6 +46,13 @@ bool Seat::stopped() const {
     return m_state == State::waiting;
 }
 
+void Seat::keepGoing() const {
+    const std::lock_guard lock(m_turns.m_mutex);
+    if (m_state == State::running) {
+        ::kill(-m_process, SIGCONT);
+    }
+}
+
 Turns::Turns(unsigned long seed) : m_random(seed) {
     CPU_ZERO(&m_allowed);
     ::sched_getaffinity(0, sizeof m_allowed, &m_allowed);

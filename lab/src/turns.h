@@ -37,6 +37,9 @@ public:
     void exited();
     /// True while it is stopped.
     bool stopped() const;
+    /// Lets it go on once more, if it has the turn. What it was just forking when it was stopped and let go on at once
+    /// stays stopped: Linux forgets the second one of the two signals.
+    void keepGoing() const;
 
 private:
     friend class Turns;

@@ -126,6 +126,19 @@ TEST_F(LabTurnsOfARound, ProcessesAreStoppedAndGoOn) {
     }
 }
 
+TEST_F(LabTurnsOfARound, WhateverStandsStillThoughItHasTheTurnIsLetGoOn) {
+    const size_t first = *round.running();
+    for (const Sleeper& rig : round.rigs) {
+        ::kill(-rig.process(), SIGSTOP);
+        ASSERT_TRUE(rig.becomes(true));
+    }
+    for (const auto& seat : round.seats) {
+        seat->keepGoing();
+    }
+    EXPECT_TRUE(round.rigs[first].becomes(false));
+    EXPECT_TRUE(round.rigs[1 - first].becomes(true));
+}
+
 TEST_F(LabTurnsOfARound, BothMeasureEachTestAndEitherIsTheFirstAtTimes) {
     int newFirst = 0;
     for (int test = 0; test < 40; ++test) {
