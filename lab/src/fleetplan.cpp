@@ -73,7 +73,7 @@ public:
     }
     /// A time that the command line would take.
     std::string time(const char* name, const std::string& fallback) {
-        const std::string value = text(name, fallback);
+        std::string value = text(name, fallback);
         try {
             if (parseDuration(value) <= 0) {
                 throw Fault("a limit of nothing lets nothing be measured");

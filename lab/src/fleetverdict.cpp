@@ -228,6 +228,7 @@ std::vector<Cell> Judgement::cellsOverAll() const {
         }
     }
     std::vector<Cell> cells;
+    cells.reserve(lines.size());
     for (auto& [line, all] : lines) {
         cells.push_back({&m_table.lines[line], {std::move(all.older), std::move(all.newer)}, all.levels / all.kinds});
     }

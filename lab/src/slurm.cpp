@@ -42,6 +42,7 @@ CommandEnd runCommand(std::vector<std::string> words) {
     ::posix_spawn_file_actions_adddup2(&actions, out.descriptor(), STDOUT_FILENO);
     ::posix_spawn_file_actions_adddup2(&actions, err.descriptor(), STDERR_FILENO);
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }
@@ -161,7 +162,7 @@ std::string submitArray(const SlurmArray& array) {
     words.push_back(array.script);
     const std::string out = succeed(words);
     // "123" or "123;cluster"
-    const std::string id = out.substr(0, out.find_first_of(";\n"));
+    std::string id = out.substr(0, out.find_first_of(";\n"));
     if (!integerOf(id)) {
         throw Fault(fmt::format("sbatch tells no number of the job but: {}", joinedLines(out)));
     }
