@@ -3,6 +3,7 @@
 #include "callgraph.h"
 #include "fault.h"
 #include "lanes.h"
+#include "newdirectory.h"
 #include "rigkeys.h"
 #include "text.h"
 
@@ -29,13 +30,7 @@ constexpr const char* dumpName = "line";
 /// A directory for the dumps of one process.
 class DumpDirectory {
 public:
-    DumpDirectory() {
-        std::string name = (fs::temp_directory_path() / "krlab-count-XXXXXX").string();
-        if (::mkdtemp(name.data()) == nullptr) {
-            throw Fault(name, "can't be made: " + systemCause(errno));
-        }
-        m_path = name;
-    }
+    DumpDirectory() : m_path(makeDirectory(fs::temp_directory_path(), "krlab-count-")) {}
     ~DumpDirectory() {
         std::error_code ignored;
         fs::remove_all(m_path, ignored);

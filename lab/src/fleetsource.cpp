@@ -3,6 +3,7 @@
 #include "fault.h"
 #include "fleetmerge.h"
 #include "fleettask.h"
+#include "newdirectory.h"
 
 #include <fmt/format.h>
 

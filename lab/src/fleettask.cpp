@@ -2,6 +2,7 @@
 
 #include "fault.h"
 #include "interrupt.h"
+#include "newdirectory.h"
 #include "program.h"
 #include "roundstart.h"
 #include "store.h"
@@ -266,14 +267,6 @@ int Task::run() {
 }
 
 } // namespace
-
-fs::path makeDirectory(const fs::path& storage, const std::string& name) {
-    std::string pattern = (storage / (name + "XXXXXX")).string();
-    if (::mkdtemp(pattern.data()) == nullptr) {
-        throw Fault(storage.string(), "takes no new directory: " + systemCause(errno));
-    }
-    return pattern;
-}
 
 fs::path nodeStorage() {
     for (const char* name : {"SLURM_TMPDIR", "TMPDIR"}) {

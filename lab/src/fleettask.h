@@ -18,9 +18,6 @@ struct FleetTaskOptions {
 /// Storage of this node: what Slurm or the user names, else /tmp.
 std::filesystem::path nodeStorage();
 
-/// A new directory whose name begins with `name`. Throws Fault with the cause.
-std::filesystem::path makeDirectory(const std::filesystem::path& storage, const std::string& name);
-
 /// Measures the rounds that are not in the folder yet; returns the exit status of the task. What it draws depends on
 /// plan and task alone, so that a task that is run again is the same task. Throws Fault where the node can't measure.
 int runFleetTask(const FleetFolder& folder, const FleetTaskOptions& options);
