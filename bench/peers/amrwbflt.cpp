@@ -37,39 +37,37 @@ PEER_ROWS(amrwbflt) {
     static Vek32s wide[80];
     static char filter[32], activity[400];
     alignas(16) static Vek16s record[256], history[512];
-    for (int i = 0; i < 320; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 401 - 200);
-    }
+    data.fill(x, 320, 200);
     voAWB_Isp_Az(isp, a, 16, 0);
     Isp_isf(isp, isf, 16);
     veksHighPassFilterInit_AMRWB_16s(filter);
     veksVADInit_AMRWB_16s(activity);
     wb_vad_reset(record);
     peerRow(
-        "veksResidualFilter_AMRWB_16s_Sfs 64", "vo-amrwbenc voAWB_Residu",
+        "veksResidualFilter_AMRWB_16s_Sfs, 64", "vo-amrwbenc voAWB_Residu",
         [] { veksResidualFilter_AMRWB_16s_Sfs(a, 16, x + 16, y, 64, 11); }, [] { voAWB_Residu(a, x + 16, y, 64); });
     peerRow(
-        "veksPreemphasize_AMRWB_16s_ISfs 256", "vo-amrwbenc Preemph2",
+        "veksPreemphasize_AMRWB_16s_ISfs, 256", "vo-amrwbenc Preemph2",
         [] { veksPreemphasize_AMRWB_16s_ISfs(22282, y, 256, 14, &memory); }, [] { Preemph2(y, 22282, 256, &memory); });
     peerRow(
-        "veksDeemphasize_AMRWB_NR_16s_I 256", "vo-amrwbenc Deemph2",
+        "veksDeemphasize_AMRWB_NR_16s_I, 256", "vo-amrwbenc Deemph2",
         [] { veksDeemphasize_AMRWB_NR_16s_I(22282, z, 256, &memory); }, [] { Deemph2(z, 22282, 256, &memory); });
     peerRow(
-        "veksDeemphasize_AMRWB_32s16s 64", "opencore-amrwb deemphasis_32",
+        "veksDeemphasize_AMRWB_32s16s, 64", "opencore-amrwb deemphasis_32",
         [] { veksDeemphasize_AMRWB_32s16s(22282, wide, y, 64, &memory); },
         [] { deemphasis_32(high, low, y, 22282, 64, &memory); });
     peerRow(
-        "veksSynthesisFilter_AMRWB_16s32s_I 64", "opencore-amrwb Syn_filt_32",
+        "veksSynthesisFilter_AMRWB_16s32s_I, 64", "opencore-amrwb Syn_filt_32",
         [] { veksSynthesisFilter_AMRWB_16s32s_I(a, 16, x, wide + 16, 64); },
         [] { Syn_filt_32(a, 16, x, 0, high + 16, low + 16, 64); });
     peerRow(
-        "veksHighPassFilter_AMRWB_16s_ISfs 256", "vo-amrwbenc HP50_12k8",
+        "veksHighPassFilter_AMRWB_16s_ISfs, 256", "vo-amrwbenc HP50_12k8",
         [] { veksHighPassFilter_AMRWB_16s_ISfs(y, 256, filter, 14); }, [] { HP50_12k8(y, 256, past); });
     peerRow(
-        "veksHighPassFilter_AMRWB_16s_Sfs 256", "vo-amrwbenc HP400_12k8",
+        "veksHighPassFilter_AMRWB_16s_Sfs, 256", "vo-amrwbenc HP400_12k8",
         [] { veksHighPassFilter_AMRWB_16s_Sfs(x, y, 256, filter, 12); }, [] { HP400_12k8(z, 256, past); });
     peerRow(
-        "veksAdaptiveCodebookGainCoeff_AMRWB_16s 64", "vo-amrwbenc voAWB_G_pitch",
+        "veksAdaptiveCodebookGainCoeff_AMRWB_16s, 64", "vo-amrwbenc voAWB_G_pitch",
         [] { veksAdaptiveCodebookGainCoeff_AMRWB_16s(x, x + 9, c, &gain, 64); },
         [] { voAWB_G_pitch(x, x + 9, c, 64); });
     peerRow(
@@ -85,15 +83,15 @@ PEER_ROWS(amrwbflt) {
         "veksLPCToISP_AMRWB_16s", "vo-amrwbenc Az_isp", [] { veksLPCToISP_AMRWB_16s(a, theirs, isp); },
         [] { Az_isp(a, theirs, isp); });
     peerRow(
-        "veksISFQuant_AMRWB_16s 8.85", "vo-amrwbenc Qpisf_2s_46b",
+        "veksISFQuant_AMRWB_16s, 8.85", "vo-amrwbenc Qpisf_2s_46b",
         [] { veksISFQuant_AMRWB_16s(isf, past, theirs, index, VEK_SPCHBR_8850); },
         [] { Qpisf_2s_46b(isf, theirs, past, index, 4); });
     peerRow(
-        "veksISFQuant_AMRWB_16s 6.6", "vo-amrwbenc Qpisf_2s_36b",
+        "veksISFQuant_AMRWB_16s, 6.6", "vo-amrwbenc Qpisf_2s_36b",
         [] { veksISFQuant_AMRWB_16s(isf, past, theirs, index, VEK_SPCHBR_6600); },
         [] { Qpisf_2s_36b(isf, theirs, past, index, 4); });
     peerRow(
-        "veksISFQuantDecode_AMRWB_16s 8.85", "opencore-amrwb Dpisf_2s_46b",
+        "veksISFQuantDecode_AMRWB_16s, 8.85", "opencore-amrwb Dpisf_2s_46b",
         [] { veksISFQuantDecode_AMRWB_16s(words, theirs, past, isf, frames, 0, VEK_SPCHBR_8850); },
         [] { Dpisf_2s_46b(words, theirs, past, isf, frames, 0, 1); });
     peerRow(

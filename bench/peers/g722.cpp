@@ -16,9 +16,7 @@ PEER_ROWS(g722) {
     static uint8_t bytes[320];
     static std::vector<Vek8u> memory;
     static auto* ours = static_cast<VeksCodecState_G722*>(nullptr);
-    for (int i = 0; i < 320; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 8001 - 4000);
-    }
+    data.fill(x, 320, 4000);
     int size = 0;
     veksSBADPCMEncodeStateSize_G722_16s(&size);
     memory.resize(static_cast<size_t>(size));
@@ -27,7 +25,7 @@ PEER_ROWS(g722) {
     static g722_decode_state_t* decoder = g722_decode_init(nullptr, 64000, 0);
     veksSBADPCMEncodeInit_G722_16s(ours);
     peerRow(
-        "QMFEncode + SBADPCMEncode _G722_16s", "spandsp g722_encode, 320 samples",
+        "veksQMFEncode_G722_16s + veksSBADPCMEncode_G722_16s, 320", "spandsp g722_encode",
         [] {
             veksQMFEncode_G722_16s(x, bands, 320, delay);
             veksSBADPCMEncode_G722_16s(bands, codes, 320, ours);
@@ -35,7 +33,7 @@ PEER_ROWS(g722) {
         [] { g722_encode(coder, bytes, x, 320); });
     veksSBADPCMDecodeInit_G722_16s(ours);
     peerRow(
-        "SBADPCMDecode + QMFDecode _G722_16s", "spandsp g722_decode, 320 samples",
+        "veksSBADPCMDecode_G722_16s + veksQMFDecode_G722_16s, 320", "spandsp g722_decode",
         [] {
             veksSBADPCMDecode_G722_16s(codes, bands, 320, 1, ours);
             veksQMFDecode_G722_16s(bands, x, 320, delay);

@@ -31,9 +31,9 @@ PEER_ROWS(g729code) {
     static Vek16s words[5];
     static Vek16s narrow[616];
     static Vek32s wide[616];
+    data.fill(x, 40, 1000);
+    data.fill(residual, 40, 800, 1);
     for (int i = 0; i < 40; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 2003 - 1000);
-        residual[i] = static_cast<Vek16s>(i * 5347 % 1601 - 800);
         h[i] = static_cast<Vek16s>((i * 3571 % 4001 - 2000) / (i + 1));
     }
     h[0] = 4096;

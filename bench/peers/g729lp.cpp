@@ -58,10 +58,10 @@ PEER_ROWS(g729lp) {
         "veksLSPToLSF_Norm_G729_16s", "opencore-amrnb Lsp_lsf", [] { veksLSPToLSF_Norm_G729_16s(lsp, lsf); },
         [] { Lsp_lsf(lsp, lsf, 10, &overflow); });
     peerRow(
-        "veksLSFToLSP_G729_16s", "opencore-amrnb Lsf_lsp, of 0..16384", [] { veksLSFToLSP_G729_16s(lsf, found); },
-        [] { Lsf_lsp(lsf, found, 10, &overflow); });
+        "veksLSFToLSP_G729_16s", "opencore-amrnb Lsf_lsp (frequencies to 16384)",
+        [] { veksLSFToLSP_G729_16s(lsf, found); }, [] { Lsf_lsp(lsf, found, 10, &overflow); });
     peerRow(
-        "veksLevinsonDurbin_G729_32s16s", "opencore-amrnb Levinson",
+        "veksLevinsonDurbin_G729_32s16s, 10", "opencore-amrnb Levinson",
         [] {
             static Vek16s error;
             veksLevinsonDurbin_G729_32s16s(r, 10, found, rc, &error);
@@ -74,16 +74,14 @@ PEER_ROWS(g729lp) {
     static Vek16s gain = 4096;
     static Vek16s memory = 0;
     static Vek16s excitation[194];
-    for (int i = 0; i < 223; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 4001 - 2000);
-    }
+    data.fill(x, 223, 2000);
+    data.fill(y, 40, 800, 1);
     for (int i = 0; i < 40; ++i) {
-        y[i] = static_cast<Vek16s>(i * 5347 % 1601 - 800);
         h[i] = i == 0 ? Vek16s{4096} : static_cast<Vek16s>((i * 3571 % 4001 - 2000) / (i + 1));
     }
     std::copy(x, x + 194, excitation);
     peerRow(
-        "veksPreemphasize_G729A_16s_I", "opencore-amrnb preemphasis",
+        "veksPreemphasize_G729A_16s_I, 40", "opencore-amrnb preemphasis",
         [] { veksPreemphasize_G729A_16s_I(16384, y, 40, &memory); },
         [] { preemphasis(&memory, y, 16384, 40, &overflow); });
     peerRow(
@@ -165,9 +163,7 @@ PEER_ROWS(g729spectrum) {
     for (int i = 0; i < 40; ++i) {
         history[i] = theirHistory[i / 10][i % 10] = static_cast<Vek16s>(2339 * (i % 10 + 1));
     }
-    for (int i = 0; i < 223; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 4001 - 2000);
-    }
+    data.fill(x, 223, 2000, 2);
     peerRow(
         "veksLPCToLSP_G729A_16s", "bcg729 LP2LSPConversion", [] { veksLPCToLSP_G729A_16s(a, lsp, quantised); },
         [] { LP2LSPConversion(a + 1, quantised); });
@@ -176,18 +172,18 @@ PEER_ROWS(g729spectrum) {
         [] { veksLSPQuant_G729_16s(lsp, history, quantised, words); },
         [] { LSPQuantization(encoder, lsp, quantised, theirs); });
     peerRow(
-        "veksLSFQuant_G729_16s", "bcg729 LSPQuantization, with the conversions",
+        "veksLSFQuant_G729_16s", "bcg729 LSPQuantization (converts both ways)",
         [] { veksLSFQuant_G729_16s(lsf, history, quantised, words); },
         [] { LSPQuantization(encoder, lsp, quantised, theirs); });
     peerRow(
-        "veksLSFQuant_G729B_16s", "bcg729 noiseLSPQuantization, with the conversions",
+        "veksLSFQuant_G729B_16s", "bcg729 noiseLSPQuantization (converts both ways)",
         [] { veksLSFQuant_G729B_16s(lsf, history, quantised, words); },
         [] {
             static uint8_t three[3];
             noiseLSPQuantization(theirHistory, lsp, quantised, three);
         });
     peerRow(
-        "veksLSFDecode_G729_16s and to pairs", "bcg729 decodeLSP",
+        "veksLSFDecode_G729_16s + veksLSFToLSP_G729_16s", "bcg729 decodeLSP",
         [] {
             static const Vek16s index[4] = {1, 57, 12, 23};
             veksLSFDecode_G729_16s(index, history, quantised);
@@ -198,7 +194,7 @@ PEER_ROWS(g729spectrum) {
             decodeLSP(decoder, index, quantised, 0);
         });
     peerRow(
-        "veksLSFDecodeErased_G729_16s and to pairs", "bcg729 decodeLSP, erased",
+        "veksLSFDecodeErased_G729_16s + veksLSFToLSP_G729_16s", "bcg729 decodeLSP of an erased frame",
         [] {
             veksLSFDecodeErased_G729_16s(1, history, lsf);
             veksLSFToLSP_G729_16s(lsf, quantised);
@@ -215,7 +211,7 @@ PEER_ROWS(g729spectrum) {
         },
         [] { findOpenLoopPitchDelay(x + 143); });
     peerRow(
-        "veksHighPassFilter_G729_16s_ISfs 80", "bcg729 preProcessing",
+        "veksHighPassFilter_G729_16s_ISfs, 80", "bcg729 preProcessing",
         [] {
             static Vek16s frame[80];
             std::copy(x, x + 80, frame);

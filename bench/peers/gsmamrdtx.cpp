@@ -71,9 +71,7 @@ void pitchRow(const char* name, int mode, VekSpchBitRate rate, bool dtx) {
 } // namespace
 
 PEER_ROWS(gsmamrdtx) {
-    for (int i = 0; i < 640; ++i) {
-        x[i] = static_cast<int16_t>(i * 7919 % 2001 - 1000);
-    }
+    data.fill(x, 640, 1000);
     for (int s = 0; s < 4; ++s) {
         veksLSPToLPC_G729_16s(spectrum, a + 11 * s);
         flat[11 * s] = 4096;
@@ -123,20 +121,20 @@ PEER_ROWS(gsmamrdtx) {
             subframePreProc(4, powers[0], powers[1], powers[2], a, a, x + 10, errors, previous, zero, response, exc, h,
                             target, rest, errors + 10);
         });
-    pitchRow("veksOpenLoopPitchSearchNonDTX_GSMAMR_16s 4.75", 0, VEK_SPCHBR_4750, false);
-    pitchRow("veksOpenLoopPitchSearchNonDTX_GSMAMR_16s 7.4", 4, VEK_SPCHBR_7400, false);
-    pitchRow("veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s 10.2", 6, VEK_SPCHBR_10200, true);
-    pitchRow("veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s 12.2", 7, VEK_SPCHBR_12200, true);
+    pitchRow("veksOpenLoopPitchSearchNonDTX_GSMAMR_16s, 4.75", 0, VEK_SPCHBR_4750, false);
+    pitchRow("veksOpenLoopPitchSearchNonDTX_GSMAMR_16s, 7.4", 4, VEK_SPCHBR_7400, false);
+    pitchRow("veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s, 10.2", 6, VEK_SPCHBR_10200, true);
+    pitchRow("veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s, 12.2", 7, VEK_SPCHBR_12200, true);
     peerRow(
-        "veksQuantLSPDecode_GSMAMR_16s 7.4", "opencore-amrnb D_plsf_3",
+        "veksQuantLSPDecode_GSMAMR_16s, 7.4", "opencore-amrnb D_plsf_3",
         [] { veksQuantLSPDecode_GSMAMR_16s(words, residual, previous, pairs, subframes, 0, VEK_SPCHBR_7400); },
         [] { D_plsf_3(decoder, 4, 0, words, tables, out, &overflow); });
     peerRow(
-        "veksLSPQuant_GSMAMR_16s 7.4", "opencore-amrnb Q_plsf_3",
+        "veksLSPQuant_GSMAMR_16s, 7.4", "opencore-amrnb Q_plsf_3",
         [] { veksLSPQuant_GSMAMR_16s(spectrum, residual, out, words, VEK_SPCHBR_7400); },
         [] { Q_plsf_3(theirResidual, 4, spectrum, out, words, &start, &overflow); });
     peerRow(
-        "veksLSPQuant_GSMAMR_16s 12.2", "opencore-amrnb Q_plsf_5",
+        "veksLSPQuant_GSMAMR_16s, 12.2", "opencore-amrnb Q_plsf_5",
         [] { veksLSPQuant_GSMAMR_16s(spectrum, residual, out, words, VEK_SPCHBR_12200); },
         [] { Q_plsf_5(theirResidual, spectrum, spectrum + 10, out, out + 10, words, &overflow); });
     peerRow(

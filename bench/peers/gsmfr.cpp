@@ -27,27 +27,28 @@ PEER_ROWS(gsmfr) {
     static Vek16s memory[10];
     static Vek32s offset[2];
     static Vek16s emphasis;
-    for (int i = 0; i < 160; ++i) {
-        pcm[i] = static_cast<Vek16s>((i * 7919 % 8001 - 4000) & ~7);
-        past[i] = static_cast<Vek16s>(i * 104729 % 6001 - 3000);
+    data.fill(past, 160, 3000);
+    data.fill(pcm, 160, 4000, 1);
+    for (Vek16s& v : pcm) {
+        v = static_cast<Vek16s>(v & ~7);
     }
     peerRow(
-        "HighPassFilter + Preemphasize _GSMFR", "libgsm Gsm_Preprocess",
+        "veksHighPassFilter_GSMFR_16s + veksPreemphasize_GSMFR_16s, 160", "libgsm Gsm_Preprocess",
         [] {
             veksHighPassFilter_GSMFR_16s(pcm, x, 160, offset);
             veksPreemphasize_GSMFR_16s(x, y, 160, &emphasis);
         },
         [] { Gsm_Preprocess(state, pcm, y); });
     peerRow(
-        "veksShortTermAnalysisFilter_GSMFR_16s_I", "libgsm Gsm_Short_Term_Analysis_Filter",
+        "veksShortTermAnalysisFilter_GSMFR_16s_I, 160", "libgsm Gsm_Short_Term_Analysis_Filter",
         [] { veksShortTermAnalysisFilter_GSMFR_16s_I(rc, x, 160, memory); },
         [] { Gsm_Short_Term_Analysis_Filter(state, ratios, y); });
     peerRow(
-        "veksShortTermSynthesisFilter_GSMFR_16s", "libgsm Gsm_Short_Term_Synthesis_Filter",
+        "veksShortTermSynthesisFilter_GSMFR_16s, 160", "libgsm Gsm_Short_Term_Synthesis_Filter",
         [] { veksShortTermSynthesisFilter_GSMFR_16s(rc, pcm, x, 160, memory); },
         [] { Gsm_Short_Term_Synthesis_Filter(state, ratios, pcm, y); });
     peerRow(
-        "veksCrossCorrLagMax_16s", "libgsm Gsm_Long_Term_Predictor",
+        "veksCrossCorrLagMax_16s, 40x81", "libgsm Gsm_Long_Term_Predictor",
         [] {
             Vek32s most = 0;
             int lag = 0;

@@ -10,10 +10,6 @@
 
 namespace {
 
-float noise(int i) {
-    return static_cast<float>(i * 7919 % 8001 - 4000);
-}
-
 // Convolution of every vector of a codebook and two sums: the search without any of its short cuts.
 template <class Vector>
 float plainSearch(const float* target, const float* h, int n, int count, Vector vector) {
@@ -49,18 +45,16 @@ PEER_ROWS(rtasearch) {
     static int index[5];
     static const Vek32f boundary[5] = {1, 18, 48, 86, 145};
     for (int i = 0; i < 80; ++i) {
-        target[i] = noise(i);
         h[i] = static_cast<float>(std::pow(0.85, i) * std::cos(0.5 * i));
     }
-    for (int i = 0; i < 400; ++i) {
-        past[i] = noise(i * 3);
-    }
+    data.fill(target, 80, 4000);
+    data.fill(past, 400, 4000, 1);
     peerRow(
-        "veksAdaptiveCodebookSearch_RTA_32f", "plain loops, 243 vectors of 40",
+        "veksAdaptiveCodebookSearch_RTA_32f, 40", "plain float loops, 243 vectors",
         [] { veksAdaptiveCodebookSearch_RTA_32f(target, h, 40, boundary, past + 200, &lag, index, y, 32, 0); },
         [] { g_found = plainSearch(target, h, 40, 243, [](int k) { return past + 155 - k / 2; }); });
     peerRow(
-        "veksFixedCodebookSearchRandom_RTA_32f", "plain loops, 256 vectors of 80",
+        "veksFixedCodebookSearchRandom_RTA_32f, 80x256", "plain float loops",
         [] { veksFixedCodebookSearchRandom_RTA_32f(target, h, y, 80, index, &gain, 256, 0, 0); },
         [] { g_found = plainSearch(target, h, 80, 256, [](int k) { return past + k; }); });
 }
@@ -96,9 +90,8 @@ PEER_ROWS(rta) {
     static std::vector<Vek8u> bank;
     static std::vector<Vek8u> post;
     static Vek32f small[3][10];
-    for (int i = 0; i < 320; ++i) {
-        x[i] = noise(i);
-    }
+    data.fill(x, 320, 4000);
+    std::fill_n(r, 17, 0.0F);
     for (int k = 0; k <= 16; ++k) {
         for (int i = k; i < 320; ++i) {
             r[k] += x[i] * x[i - k];
@@ -106,18 +99,18 @@ PEER_ROWS(rta) {
     }
     veksLevinsonDurbin_RTA_32f(r, a10, rc, 10);
     peerRow(
-        "veksLevinsonDurbin_RTA_32f", "speex _spx_lpc, order 10", [] { veksLevinsonDurbin_RTA_32f(r, out, rc, 10); },
+        "veksLevinsonDurbin_RTA_32f, 10", "speex _spx_lpc", [] { veksLevinsonDurbin_RTA_32f(r, out, rc, 10); },
         [] { _spx_lpc(out, r, 10); });
     veksLevinsonDurbin_RTA_32f(r, a, rc, 16);
     peerRow(
-        "veksLPCToLSP_RTA_32f", "speex lpc_to_lsp, order 10", [] { veksLPCToLSP_RTA_32f(a10, lsp, 10); },
+        "veksLPCToLSP_RTA_32f, 10", "speex lpc_to_lsp", [] { veksLPCToLSP_RTA_32f(a10, lsp, 10); },
         [] { lpc_to_lsp(a10 + 1, 10, lsp, 10, 0.2F, stack); });
     peerRow(
-        "veksLPCToLSP_RTA_32f", "speex lpc_to_lsp, order 16", [] { veksLPCToLSP_RTA_32f(a, lsp, 16); },
+        "veksLPCToLSP_RTA_32f, 16", "speex lpc_to_lsp", [] { veksLPCToLSP_RTA_32f(a, lsp, 16); },
         [] { lpc_to_lsp(a + 1, 16, lsp, 15, 0.02F, stack); });
     veksLPCToLSP_RTA_32f(a, lsp, 16);
     peerRow(
-        "veksLSPToLPC_RTA_32f", "speex lsp_to_lpc, order 16", [] { veksLSPToLPC_RTA_32f(lsp, out, 16); },
+        "veksLSPToLPC_RTA_32f, 16", "speex lsp_to_lpc", [] { veksLSPToLPC_RTA_32f(lsp, out, 16); },
         [] { lsp_to_lpc(lsp, out, 16, stack); });
     for (int i = 0; i < 64; ++i) {
         taps[i] = static_cast<float>(std::sin(1.6 * (i - 31.5)) / (i - 31.5) / 3);
@@ -128,25 +121,24 @@ PEER_ROWS(rta) {
     static auto* state = reinterpret_cast<VeksQMFState_RTA_32f*>(bank.data());
     veksQMFInit_RTA_32f(state);
     peerRow(
-        "veksQMFEncode_RTA_32f", "speex qmf_decomp, 80 samples, 64 taps",
+        "veksQMFEncode_RTA_32f, 80", "speex qmf_decomp, 64 taps",
         [] { veksQMFEncode_RTA_32f(x, 80, low, high, state); },
         [] { qmf_decomp(x, taps, low, high, 80, 64, memory, stack); });
     veksQMFInit_RTA_32f(state);
     peerRow(
-        "veksQMFDecode_RTA_32f", "speex qmf_synth, 40 pairs, 64 taps",
-        [] { veksQMFDecode_RTA_32f(x, x + 40, 40, y, state); },
+        "veksQMFDecode_RTA_32f, 80", "speex qmf_synth, 64 taps", [] { veksQMFDecode_RTA_32f(x, x + 40, 40, y, state); },
         [] { qmf_synth(x, x + 40, taps, y, 80, 64, memory, memory2, stack); });
     // Its filters have orders 8 and 10 alone.
     small[1][0] = -1.5F;
     small[1][1] = 0.7F;
     static Vek32f states[12];
     peerRow(
-        "veksHighPassFilter_RTA_32f", "speex filter_mem16, 320 samples, order 8",
+        "veksHighPassFilter_RTA_32f, 320", "speex filter_mem16, order 8",
         [] { veksHighPassFilter_RTA_32f(x, y, 320, 5, VEK_PCM_FREQ_8000, states); },
         [] { filter_mem16(x, small[0], small[1], y, 320, 8, small[2], stack); });
     static Vek32f speech[320];
     peerRow(
-        "veksBandPassFilter_RTA_32f_I", "speex filter_mem16, 320 samples, order 8",
+        "veksBandPassFilter_RTA_32f_I, 320", "speex filter_mem16, order 8",
         [] {
             veksCopy_32f(x, speech, 320);
             veksBandPassFilter_RTA_32f_I(speech, 320, states);
@@ -164,7 +156,7 @@ PEER_ROWS(rta) {
     static Vek32f response[24];
     static Vek32f level = 1;
     peerRow(
-        "veksPostFilter_RTA_32f_I", "speex filter_mem16 and plain loops, 160 samples, order 10",
+        "veksPostFilter_RTA_32f_I, 160", "speex filter_mem16 and plain loops, order 10",
         [] {
             veksCopy_32f(x, speech, 160);
             veksPostFilter_RTA_32f_I(a10, 10, speech, 160, 1, shortTerm, postState);
