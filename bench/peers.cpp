@@ -190,8 +190,10 @@ PeerBlockMark::PeerBlockMark(const char* topic, PeerBlock block, bool once) {
 
 void peerMeasure(const std::string& functions, const std::string& peer, PeerSide ours, PeerSide theirs) {
     // In a row that is left out too: what later rows of the block read is what these leave.
-    ours.batch(ours.call, 1);
-    theirs.batch(theirs.call, 1);
+    if (!g_options.list) {
+        ours.batch(ours.call, 1);
+        theirs.batch(theirs.call, 1);
+    }
     const size_t comma = std::min(functions.find(", "), functions.size());
     const std::string names = functions.substr(0, comma);
     const std::string size = comma < functions.size() ? functions.substr(comma + 2) : "-";

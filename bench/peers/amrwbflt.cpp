@@ -3,6 +3,8 @@
 
 #include "veksc.h"
 
+#include <algorithm>
+
 #if __has_include(<vo-amrwbenc/enc_if.h>) && __has_include(<opencore-amrwb/dec_if.h>)
 extern "C" {
 void voAWB_Residu(int16_t* a, int16_t* x, int16_t* y, int16_t n);
@@ -26,6 +28,11 @@ void Dpisf_2s_46b(int16_t* index, int16_t* isf, int16_t* past, int16_t* old, int
                   int16_t update);
 void Disf_ns(int16_t* index, int16_t* isf);
 void dtx_dec_amr_wb_activity_update(void* s, int16_t* isf, int16_t* x);
+int16_t voAWB_dtx_buffer(void* s, int16_t* isf, int32_t energy, int16_t mode);
+void Deemph(int16_t* x, int16_t mu, int16_t n, int16_t* mem);
+int16_t Pitch_med_ol(int16_t* speech, void* coder, int16_t n);
+int16_t Med_olag(int16_t lag, int16_t* lags);
+void Hp_wsp(int16_t* speech, int16_t* filtered, int16_t n, int16_t* memory);
 }
 
 PEER_ROWS(amrwbflt) {
@@ -104,6 +111,49 @@ PEER_ROWS(amrwbflt) {
         "veksDecDTXBuffer_AMRWB_16s", "opencore-amrwb dtx_dec_amr_wb_activity_update",
         [] { veksDecDTXBuffer_AMRWB_16s(x, isf, &place, spectra, energies); },
         [] { dtx_dec_amr_wb_activity_update(history, isf, x); });
+    static Vek16s coderPlace = 7, coderSpectra[128], coderEnergies[8];
+    alignas(16) static Vek16s coderRecord[512];
+    peerRow(
+        "veksEncDTXBuffer_AMRWB_16s", "vo-amrwbenc voAWB_dtx_buffer (energy by a plain loop)",
+        [] { veksEncDTXBuffer_AMRWB_16s(x, isf, &coderPlace, coderSpectra, coderEnergies, VEK_SPCHBR_12650); },
+        [] {
+            int32_t energy = 0;
+            for (int i = 0; i < 256; ++i) {
+                energy += x[i] * x[i];
+            }
+            voAWB_dtx_buffer(coderRecord, isf, energy, 2);
+        });
+    peerRow(
+        "veksSynthesisFilter_AMRWBE_16s32s_I, 64", "opencore-amrwb Syn_filt_32",
+        [] { veksSynthesisFilter_AMRWBE_16s32s_I(a, 16, x, wide + 16, 64); },
+        [] { Syn_filt_32(a, 16, x, 0, high + 16, low + 16, 64); });
+    peerRow(
+        "veksDeemphasize_AMRWBE_NR_16s_I, 256", "vo-amrwbenc Deemph",
+        [] {
+            std::copy_n(x, 256, z);
+            veksDeemphasize_AMRWBE_NR_16s_I(22282, 15, z, 256, &memory);
+        },
+        [] {
+            std::copy_n(x, 256, z);
+            Deemph(z, 22282, 256, &memory);
+        });
+    static Vek16s coder[4096], passed[243], memory9[9], found, level, lags[5] = {40, 40, 40, 40, 40},
+                                                                      values[4] = {40, 30000, 0, 1};
+    for (const int n : {64, 128}) {
+        peerRow(
+            "veksOpenLoopPitchSearch_AMRWBE_16s, " + std::to_string(n), "vo-amrwbenc Pitch_med_ol, Med_olag",
+            [n] {
+                Hp_wsp(x + 115, passed + 115, static_cast<int16_t>(n), memory9);
+                values[3] = 1;
+                veksOpenLoopPitchSearch_AMRWBE_16s(x + 115, passed + 115, values, values + 1, &found, values + 2,
+                                                   &level, lags, values + 3, n, 17, 115);
+            },
+            [n] {
+                coder[627] = 40;
+                coder[630] = 1;
+                coder[627] = Med_olag(Pitch_med_ol(x + 115, coder, static_cast<int16_t>(n)), lags);
+            });
+    }
     peerRow(
         "veksVAD_AMRWB_16s", "vo-amrwbenc wb_vad", [] { veksVAD_AMRWB_16s(x, activity, &tone, &flag); },
         [] { wb_vad(record, x); });

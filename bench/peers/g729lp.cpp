@@ -58,6 +58,9 @@ PEER_ROWS(g729lp) {
         "veksLSPToLSF_Norm_G729_16s", "opencore-amrnb Lsp_lsf", [] { veksLSPToLSF_Norm_G729_16s(lsp, lsf); },
         [] { Lsp_lsf(lsp, lsf, 10, &overflow); });
     peerRow(
+        "veksLSPToLSF_G729_16s", "opencore-amrnb Lsp_lsf (frequencies to 16384)",
+        [] { veksLSPToLSF_G729_16s(lsp, found); }, [] { Lsp_lsf(lsp, found, 10, &overflow); });
+    peerRow(
         "veksLSFToLSP_G729_16s", "opencore-amrnb Lsf_lsp (frequencies to 16384)",
         [] { veksLSFToLSP_G729_16s(lsf, found); }, [] { Lsf_lsp(lsf, found, 10, &overflow); });
     peerRow(
@@ -135,6 +138,7 @@ PEER_ROWS(g729lp) {
 #if __has_include(<bcg729/encoder.h>)
 extern "C" {
 int LP2LSPConversion(int16_t* a, int16_t* lsp);
+void interpolateqLSP(int16_t* previous, int16_t* current, int16_t* out);
 void* initBcg729EncoderChannel(uint8_t noVoice);
 void* initBcg729DecoderChannel();
 void LSPQuantization(void* encoder, int16_t* lsp, int16_t* quantised, uint16_t* words);
@@ -171,6 +175,26 @@ PEER_ROWS(g729spectrum) {
         "veksLSPQuant_G729_16s", "bcg729 LSPQuantization",
         [] { veksLSPQuant_G729_16s(lsp, history, quantised, words); },
         [] { LSPQuantization(encoder, lsp, quantised, theirs); });
+    static Vek32f lspF[10], historyF[40], lsfF[10], quantisedF[10];
+    static Vek32s wordsF[2];
+    for (int i = 0; i < 10; ++i) {
+        lspF[i] = static_cast<Vek32f>(lsp[i]) / 32768;
+    }
+    for (int i = 0; i < 40; ++i) {
+        historyF[i] = static_cast<Vek32f>(history[i]) / 8192;
+    }
+    peerRow(
+        "veksLSPQuant_G729E_16s", "bcg729 LSPQuantization",
+        [] { veksLSPQuant_G729E_16s(lsp, history, lsf, quantised, words); },
+        [] { LSPQuantization(encoder, lsp, quantised, theirs); });
+    peerRow(
+        "veksLSPQuant_G729E_32f", "bcg729 LSPQuantization",
+        [] { veksLSPQuant_G729E_32f(lspF, historyF, lsfF, quantisedF, wordsF); },
+        [] { LSPQuantization(encoder, lsp, quantised, theirs); });
+    peerRow(
+        "veksInterpolate_G729_16s, 10", "bcg729 interpolateqLSP",
+        [] { veksInterpolate_G729_16s(lsp, history, quantised, 10); },
+        [] { interpolateqLSP(lsp, history, quantised); });
     peerRow(
         "veksLSFQuant_G729_16s", "bcg729 LSPQuantization (converts both ways)",
         [] { veksLSFQuant_G729_16s(lsf, history, quantised, words); },

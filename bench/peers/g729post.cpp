@@ -38,6 +38,18 @@ PEER_ROWS(g729post) {
         },
         [] { postFilter(channel, a + 1, x + 10, 60, 0, out + 10); });
     peerRow(
+        "veksLongTermPostFilter_G729B_16s + veksTiltCompensation_G729A_16s + veksShortTermPostFilter_G729A_16s + "
+        "veksGainControl_G729A_16s_I",
+        "bcg729 postFilter",
+        [] {
+            static Vek16s voice;
+            veksLongTermPostFilter_G729B_16s(60, x + 10, a, residual, harmonic + 1, &voice, 1);
+            veksTiltCompensation_G729A_16s(a, harmonic + 1);
+            veksShortTermPostFilter_G729A_16s(a, harmonic + 1, out + 10);
+            veksGainControl_G729A_16s_I(x + 10, out + 10, &gain);
+        },
+        [] { postFilter(channel, a + 1, x + 10, 60, 0, out + 10); });
+    peerRow(
         "veksAutoCorr_G729B", "bcg729 computeLP (with its recursion)",
         [] {
             static Vek16s exponent;

@@ -3,10 +3,13 @@
 
 #include "veksc.h"
 
+#include <algorithm>
+
 #if __has_include(<gsm.h>) || __has_include(<gsm/gsm.h>)
 extern "C" {
 struct gsm_state;
 gsm_state* gsm_create(void);
+void Gsm_LPC_Analysis(gsm_state* state, int16_t* s, int16_t* ratios);
 void Gsm_Preprocess(gsm_state* state, int16_t* s, int16_t* out);
 void Gsm_Short_Term_Analysis_Filter(gsm_state* state, int16_t* codes, int16_t* s);
 void Gsm_Short_Term_Synthesis_Filter(gsm_state* state, int16_t* codes, int16_t* residual, int16_t* s);
@@ -39,6 +42,23 @@ PEER_ROWS(gsmfr) {
             veksPreemphasize_GSMFR_16s(x, y, 160, &emphasis);
         },
         [] { Gsm_Preprocess(state, pcm, y); });
+    // It scales the frame and codes the ratios too.
+    peerRow(
+        "veksAutoScale_16s + veksAutoCorr_16s32s + veksSchur_GSMFR_32s16s, 160", "libgsm Gsm_LPC_Analysis",
+        [] {
+            static Vek16s scaled[160];
+            static Vek32s r[9];
+            static Vek16s reflection[8];
+            int scale = 4;
+            veksAutoScale_16s(pcm, scaled, 160, &scale);
+            veksAutoCorr_16s32s(scaled, 160, r, 9);
+            veksSchur_GSMFR_32s16s(r, reflection, 8);
+        },
+        [] {
+            static int16_t coded[8];
+            std::copy_n(pcm, 160, y);
+            Gsm_LPC_Analysis(state, y, coded);
+        });
     peerRow(
         "veksShortTermAnalysisFilter_GSMFR_16s_I, 160", "libgsm Gsm_Short_Term_Analysis_Filter",
         [] { veksShortTermAnalysisFilter_GSMFR_16s_I(rc, x, 160, memory); },

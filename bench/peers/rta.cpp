@@ -101,6 +101,17 @@ PEER_ROWS(rta) {
     peerRow(
         "veksLevinsonDurbin_RTA_32f, 10", "speex _spx_lpc", [] { veksLevinsonDurbin_RTA_32f(r, out, rc, 10); },
         [] { _spx_lpc(out, r, 10); });
+    static Vek32f left;
+    peerRow(
+        "veksLevinsonDurbin_G729_32f, 10", "speex _spx_lpc", [] { veksLevinsonDurbin_G729_32f(r, 10, out, rc, &left); },
+        [] { _spx_lpc(out, r, 10); });
+    static const Vek32f cosines[10] = {0.95F, 0.85F, 0.65F, 0.42F, 0.15F, -0.14F, -0.41F, -0.64F, -0.84F, -0.94F};
+    peerRow(
+        "veksLPCToLSP_G729_32f", "speex lpc_to_lsp", [] { veksLPCToLSP_G729_32f(a10, cosines, lsp); },
+        [] { lpc_to_lsp(a10 + 1, 10, lsp, 4, 0.05F, stack); });
+    peerRow(
+        "veksLPCToLSP_G729A_32f", "speex lpc_to_lsp", [] { veksLPCToLSP_G729A_32f(a10, cosines, lsp); },
+        [] { lpc_to_lsp(a10 + 1, 10, lsp, 2, 0.06F, stack); });
     veksLevinsonDurbin_RTA_32f(r, a, rc, 16);
     peerRow(
         "veksLPCToLSP_RTA_32f, 10", "speex lpc_to_lsp", [] { veksLPCToLSP_RTA_32f(a10, lsp, 10); },
