@@ -139,8 +139,13 @@ void printMachine() {
     const unsigned family = id.family + (id.family == 15 ? id.exFamily : 0);
     const unsigned model = id.model + (id.family == 6 || id.family == 15 ? 16 * id.exModel : 0);
     const int bits = __builtin_cpu_supports("avx512f") ? 512 : __builtin_cpu_supports("avx2") ? 256 : 128;
-    std::printf("family\t%u\nmodel\t%u\nregister bits\t%d\ncounter MHz\t%d\nkernel level\t%d\n", family, model, bits,
-                krCpuTicker::getFreq(), vekGetKernelLevel());
+#ifdef __clang__
+    const char* const compiler = "Clang " __clang_version__;
+#else
+    const char* const compiler = "GCC " __VERSION__;
+#endif
+    std::printf("family\t%u\nmodel\t%u\nregister bits\t%d\ncounter MHz\t%d\nkernel level\t%d\ncompiler\t%s\n", family,
+                model, bits, krCpuTicker::getFreq(), vekGetKernelLevel(), compiler);
 }
 
 void readCommandLine(int argc, char** argv) {

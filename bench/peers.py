@@ -72,7 +72,7 @@ def by_function(ratios):
 
 
 def versions(rows):
-    """Of the packages that the rows name: those of Debian, and the compiler's where plain loops were compiled here."""
+    """Debian's versions of the packages that the rows name."""
     told = []
     for name in sorted({peer.split(",")[0].split()[0] for _, _, _, peer in rows}):
         if name in PACKAGES and shutil.which("dpkg-query"):
@@ -94,7 +94,7 @@ def table(machine, medians, processes, note):
         f"machine: CPUID family {machine['family']}, model {machine['model']}, registers of {machine['register bits']} bits, "
         f"counter at {machine['counter MHz']} MHz",
         f"kernels: level {machine['kernel level']} ({WIDTHS.get(int(machine['kernel level']), 'unknown')})",
-        f"packages: {versions(ratios)}",
+        f"packages: {versions(ratios)}; plain loops by {machine['compiler']}",
         f"readings: medians of the lowest of {processes} processes a side" + (f"; {note}" if note else ""),
         f"summary: {len(ratios)} rows, geometric mean {geometric_mean(ratios.values()):.3f}; {len(functions)} functions, "
         f"geometric mean {geometric_mean(functions.values()):.3f}; {len(slower)} rows above 1.0",

@@ -27,6 +27,12 @@ void ff_acelp_lsf2lsp(int16_t* lsp, const int16_t* lsf, int order);
 void ff_acelp_lspd2lpc(const double* lsp, float* lpc, int half);
 int64_t ff_dot_product(const int16_t* a, const int16_t* b, int n);
 int32_t ff_scalarproduct_int16_sse2(const int16_t* a, const int16_t* b, int n);
+struct Products {
+    int32_t (*integer)(const int16_t* a, const int16_t* b, int n);
+    void* others[2];
+};
+void ff_g729_postfilter(Products* products, int16_t* pastLevel, int* voicing, const int16_t* lpc, int delay,
+                        int16_t* residual, int16_t* residualMemory, int16_t* synthesisMemory, int16_t* speech, int n);
 int ff_g723_1_scale_vector(int16_t* out, const int16_t* in, int n);
 void ff_g723_1_inverse_quant(int16_t* lsp, int16_t* before, uint8_t* index, int bad);
 void ff_g723_1_lsp_interpolate(int16_t* lpc, int16_t* now, int16_t* before);
@@ -194,6 +200,35 @@ PEER_ROWS(celp) {
         [] {
             ff_acelp_interpolate(x + 154, x + 154 - 60, taps, 6, 4, 10, 40);
             std::copy_n(x + 154, 40, y);
+        });
+    static Products products = {[](const int16_t* a, const int16_t* b, int n) {
+                                    int32_t dot = 0;
+                                    for (int i = 0; i < n; ++i) {
+                                        dot += a[i] * b[i];
+                                    }
+                                    return dot;
+                                },
+                                {}};
+    static Vek16s weighted[11], residual[200], harmonic[40], response[20], filtered[51];
+    static int16_t level, theirResidual[400], residualMemory[100], synthesisMemory[100], speech[60];
+    static int voicing;
+    peerRow(
+        "veksMulPowerC_NR_16s_Sfs + veksResidualFilter_G729_16s + veksLongTermPostFilter_G729_16s + "
+        "veksShortTermPostFilter_G729_16s + veksTiltCompensation_G729_16s",
+        "libavcodec ff_g729_postfilter",
+        [] {
+            static Vek16s voice;
+            veksMulPowerC_NR_16s_Sfs(a10, 18022, weighted, 11, 15);
+            std::copy_n(residual + 40, 152, residual);
+            veksResidualFilter_G729_16s(x + 50, weighted, residual + 152);
+            veksLongTermPostFilter_G729_16s(16384, 60, residual + 152, harmonic, &voice);
+            veksShortTermPostFilter_G729_16s(a10, harmonic, filtered + 11, response);
+            veksTiltCompensation_G729_16s(response, filtered + 11);
+        },
+        [] {
+            std::copy_n(x + 40, 50, speech);
+            ff_g729_postfilter(&products, &level, &voicing, a10, 60, theirResidual, residualMemory, synthesisMemory,
+                               speech + 10, 40);
         });
     // It keeps a number of bits of its own.
     for (const int n : {60, 80, 385}) {

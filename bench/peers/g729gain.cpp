@@ -71,18 +71,22 @@ PEER_ROWS(g729gain) {
             static uint16_t second;
             gainQuantization(encoder, target, adaptive, filtered, code, xy, yy, gains, gains + 1, &first, &second);
         });
-    for (const bool erased : {false, true}) {
-        peerRow(
-            std::string("veksDotProd_G729A_16s32s + veksDecodeGain_G729I_16s") + (erased ? ", erased" : ""),
-            "bcg729 decodeGains",
-            [erased] {
-                Vek16s both[2] = {static_cast<Vek16s>(erased ? -1 : 3), 9};
-                static Vek32s energy;
-                veksDotProd_G729A_16s32s(code, code, 40, &energy);
-                veksDecodeGain_G729I_16s(energy, 32113, past, both, gains);
-            },
-            [erased] { decodeGains(decoder, 3, 9, code, erased ? 1 : 0, gains, gains + 1); });
-    }
+    peerRow(
+        "veksDotProd_G729A_16s32s + veksDecodeGain_G729I_16s", "bcg729 decodeGains",
+        [] {
+            static const Vek16s both[2] = {3, 9};
+            static Vek32s energy;
+            veksDotProd_G729A_16s32s(code, code, 40, &energy);
+            veksDecodeGain_G729I_16s(energy, 32113, past, both, gains);
+        },
+        [] { decodeGains(decoder, 3, 9, code, 0, gains, gains + 1); });
+    peerRow(
+        "veksDecodeGain_G729I_16s, erased", "bcg729 decodeGains",
+        [] {
+            static const Vek16s none[2] = {-1, 0};
+            veksDecodeGain_G729I_16s(1 << 26, 32113, past, none, gains);
+        },
+        [] { decodeGains(decoder, 3, 9, code, 1, gains, gains + 1); });
     peerRow(
         "veksAdaptiveCodebookGain_G729A_16s", "bcg729 synthesisFilter, computeAdaptativeCodebookGain",
         [] { veksAdaptiveCodebookGain_G729A_16s(target, lpc, adaptive, y + 10, gains); },

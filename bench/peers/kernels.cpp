@@ -48,10 +48,9 @@ void WebRtcSpl_CrossCorrelationC(int32_t* result, const int16_t* a, const int16_
                                  int rightShifts, int step);
 void WebRtcSpl_FilterMAFastQ12(const int16_t* x, int16_t* y, const int16_t* b, size_t count, size_t n);
 void WebRtcSpl_FilterARFastQ12(const int16_t* x, int16_t* y, const int16_t* a, size_t count, size_t n);
+int16_t WebRtcSpl_LevinsonDurbin(const int32_t* r, int16_t* a, int16_t* k, size_t order);
 void WebRtcSpl_ScaleVectorWithSat(const int16_t* x, int16_t* y, int16_t gain, size_t n, int16_t shift);
 void WebRtcSpl_ElementwiseVectorMult(int16_t* y, const int16_t* x, const int16_t* window, size_t n, int16_t shift);
-void WebRtcSpl_ScaleAndAddVectors(const int16_t* x, int16_t gain, int shift, const int16_t* z, int16_t otherGain,
-                                  int otherShift, int16_t* y, int n);
 }
 
 PEER_ROWS(voiceengine) {
@@ -121,6 +120,19 @@ PEER_ROWS(voiceengine) {
                 std::copy_n(y + 10 + n, 30, memory);
             });
     }
+    static Vek32s energy;
+    static Vek16s place;
+    for (int i = 0; i <= 20; ++i) {
+        h[i] = static_cast<Vek16s>(32000 * std::pow(0.85, i) * std::cos(0.6 * i));
+        r[i] = h[i] * 32768;
+    }
+    for (const int order : {10, 20}) {
+        peerRow(
+            sized("veksLevinsonDurbin_G728_16s_Sfs", order), "webrtc LevinsonDurbin",
+            [order] { veksLevinsonDurbin_G728_16s_Sfs(h, order, y, z, &energy, &place); },
+            [order] { WebRtcSpl_LevinsonDurbin(r, y, y + 40, static_cast<size_t>(order)); });
+    }
+    fill(data);
     for (const int n : {64, 256}) {
         peerRow(
             sized("veksResidualFilter_Low_16s_Sfs", n), "webrtc FilterMAFastQ12",

@@ -1,17 +1,8 @@
-// G.728's blocks beside plain loops in single precision, which is how open codecs of this kind do them, and beside a
-// voice engine's recursion.
-#include "peers.h"
+// G.728's blocks in single precision, which is how open codecs of this kind do them.
+#include "plain.h"
 
-#include "veksc.h"
-
-#include <cmath>
 #include <cstring>
 #include <vector>
-
-#if __has_include(<webrtc_audio_processing/webrtc/typedefs.h>)
-extern "C" int16_t WebRtcSpl_LevinsonDurbin(const int32_t* r, int16_t* a, int16_t* k, size_t order);
-#define KR_HAS_RECURSION
-#endif
 
 namespace {
 
@@ -264,7 +255,7 @@ void fill(const PeerData& data) {
 
 } // namespace
 
-PEER_ROWS(g728) {
+PEER_ROWS(plaing728) {
     fill(data);
     static auto* iir = started(veksIIR16sGetStateSize_G728_16s, veksIIR16sInit_G728_16s);
     static auto* synthesis = started(veksSynthesisFilterGetStateSize_G728_16s, veksSynthesisFilterInit_G728_16s);
@@ -275,10 +266,10 @@ PEER_ROWS(g728) {
         return veksWinHybridInit_G728_16s(VEK_G728_WINDOW_SYNTHESIS, state);
     });
     peerRow(
-        "veksIIR16s_G728_16s", "plain float loop, 5 x (10 + 10)",
+        "veksIIR16s_G728_16s", PEER_PLAIN " in float",
         [] { veksIIR16s_G728_16s(weights, frame, speech, kVector, iir); }, [] { poleZero(residualF); });
     peerRow(
-        "veksSyntesisFilterZeroInput_G728_16s", "plain float loop, 5 x 50",
+        "veksSyntesisFilterZeroInput_G728_16s", PEER_PLAIN " in float",
         [] {
             Vek16s e[kVector];
             std::memcpy(e, exc, sizeof e);
@@ -286,8 +277,7 @@ PEER_ROWS(g728) {
         },
         [] { synthesise(); });
     peerRow(
-        "veksCombinedFilterZeroInput_G728_16s + veksCombinedFilterZeroState_G728_16s",
-        "plain float loops, 5 x 50, 5 x (10 + 10)",
+        "veksCombinedFilterZeroInput_G728_16s + veksCombinedFilterZeroState_G728_16s", PEER_PLAIN " in float",
         [] {
             Vek16s e[kVector];
             std::memcpy(e, exc, sizeof e);
@@ -299,52 +289,36 @@ PEER_ROWS(g728) {
             poleZero(pastF + kOrder);
         });
     peerRow(
-        "veksWinHybridBlock_G728_16s", "plain float loop, 55 x 51",
+        "veksWinHybridBlock_G728_16s", PEER_PLAIN " in float",
         [] { veksWinHybridBlock_G728_16s(0, frame, frameShifts, r, hybrid); }, [] { window(); });
     peerRow(
-        "veksWinHybrid_G728_16s", "plain float loop, 55 x 51", [] { veksWinHybrid_G728_16s(0, frame, r, hybrid); },
+        "veksWinHybrid_G728_16s", PEER_PLAIN " in float", [] { veksWinHybrid_G728_16s(0, frame, r, hybrid); },
         [] { window(); });
     fill(data);
     peerRow(
-        "veksLevinsonDurbin_G728_16s_Sfs, 50", "plain float loop",
+        "veksLevinsonDurbin_G728_16s_Sfs, 50", PEER_PLAIN " in float",
         [] { veksLevinsonDurbin_G728_16s_Sfs(r, 50, a, &first, &energy, &q); }, [] { levinson(50); });
     peerRow(
-        "veksLevinsonDurbin_G728_16s_ISfs, 10", "plain float loop",
+        "veksLevinsonDurbin_G728_16s_ISfs, 10", PEER_PLAIN " in float",
         [] { veksLevinsonDurbin_G728_16s_ISfs(r, 0, 10, a, &energy, &q); }, [] { levinson(10); });
-#ifdef KR_HAS_RECURSION
-    static int32_t rWide[21];
-    static int16_t aWide[21];
-    static int16_t kWide[20];
-    for (int i = 0; i <= 20; ++i) {
-        rWide[i] = r[i] * 32768;
-    }
     peerRow(
-        "veksLevinsonDurbin_G728_16s_Sfs, 10", "webrtc LevinsonDurbin",
-        [] { veksLevinsonDurbin_G728_16s_Sfs(r, 10, a, &first, &energy, &q); },
-        [] { WebRtcSpl_LevinsonDurbin(rWide, aWide, kWide, 10); });
-    peerRow(
-        "veksLevinsonDurbin_G728_16s_Sfs, 20", "webrtc LevinsonDurbin",
-        [] { veksLevinsonDurbin_G728_16s_Sfs(r, 20, a, &first, &energy, &q); },
-        [] { WebRtcSpl_LevinsonDurbin(rWide, aWide, kWide, 20); });
-#endif
-    peerRow(
-        "veksImpulseResponseEnergy_G728_16s", "plain float loop, 128 x 15",
+        "veksImpulseResponseEnergy_G728_16s", PEER_PLAIN " in float",
         [] { veksImpulseResponseEnergy_G728_16s(impulse, energies); }, [] { filterShapes(); });
     peerRow(
-        "veksCodebookSearch_G728_16s", "plain float loop, 128 x 5, 4 gains",
+        "veksCodebookSearch_G728_16s", PEER_PLAIN " in float",
         [] { veksCodebookSearch_G728_16s(pn, energies, &shape, &gain, &word, VEK_SPCHBR_16000); }, [] { search(); });
     peerRow(
-        "veksPitchPeriodExtraction_G728_16s", "plain float loops, 31 x 25, 7 x 100",
+        "veksPitchPeriodExtraction_G728_16s", PEER_PLAIN " in float",
         [] {
             period = 50;
             veksPitchPeriodExtraction_G728_16s(residual + 140, &period, adapter);
         },
         [] { pitch(); });
     peerRow(
-        "veksLPCInverseFilter_G728_16s", "plain float loop, 5 x 10",
+        "veksLPCInverseFilter_G728_16s", PEER_PLAIN " in float",
         [] { veksLPCInverseFilter_G728_16s(frame, a, speech, adapter); }, [] { inverse(residualF); });
     peerRow(
-        "veksPostFilter_G728_16s", "plain float loops",
+        "veksPostFilter_G728_16s", PEER_PLAIN " in float",
         [] { veksPostFilter_G728_16s(14247, 8548, 50, 1600, weights, residual + 150, post, postState); },
         [] { postFilter(); });
 }
