@@ -32,7 +32,8 @@ struct Options {
 
 // What the block that runs is about.
 std::string g_topic;
-std::string g_data;
+PeerData g_data(PeerData::Kind::numbers);
+bool g_once = false;
 
 struct Block {
     PeerBlock rows;
@@ -193,7 +194,7 @@ PeerBlockMark::PeerBlockMark(const char* topic, PeerBlock block, bool once) {
     blocks().emplace(topic, Block{block, once});
 }
 
-void peerMeasure(const std::string& functions, const std::string& peer, PeerSide ours, PeerSide theirs) {
+void peerMeasure(const std::string& functions, const std::string& peer, PeerSide ours, PeerSide theirs, bool once) {
     // In a row that is left out too: what later rows of the block read is what these leave.
     if (!g_options.list) {
         ours.batch(ours.call, 1);
@@ -202,11 +203,12 @@ void peerMeasure(const std::string& functions, const std::string& peer, PeerSide
     const size_t comma = std::min(functions.find(", "), functions.size());
     const std::string names = functions.substr(0, comma);
     const std::string size = comma < functions.size() ? functions.substr(comma + 2) : "-";
+    const std::string told = once || g_once ? "-" : g_data.name();
     std::string row;
-    for (const std::string& field : {g_topic, names, size, g_data, peer}) {
+    for (const std::string& field : {g_topic, names, size, told, peer}) {
         row += (row.empty() ? "" : "\t") + field;
     }
-    if (!isWanted(row)) {
+    if (!isWanted(row) || (once && g_data.isSpeech())) {
         return;
     }
     const Clocks clocks = g_options.list ? Clocks{} : measure(ours, theirs);
@@ -214,7 +216,7 @@ void peerMeasure(const std::string& functions, const std::string& peer, PeerSide
         std::printf("%s\t%.2f\t%.2f\n", row.c_str(), clocks.ours, clocks.peer);
     } else {
         const double ratio = g_options.ours && g_options.peer && !g_options.list ? clocks.ours / clocks.peer : 0;
-        std::printf("%-55s %-6s %10.0f %10.0f %6.2f  %s\n", functions.c_str(), g_data.c_str(), clocks.ours, clocks.peer,
+        std::printf("%-55s %-6s %10.0f %10.0f %6.2f  %s\n", functions.c_str(), told.c_str(), clocks.ours, clocks.peer,
                     ratio, peer.c_str());
     }
     std::fflush(stdout);
@@ -230,7 +232,8 @@ int main(int argc, char** argv) {
         for (const auto& [topic, block] : blocks()) {
             if (!block.once || !data.isSpeech()) {
                 g_topic = topic;
-                g_data = block.once ? "-" : data.name();
+                g_data = data;
+                g_once = block.once;
                 block.rows(data);
             }
         }

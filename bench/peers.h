@@ -64,13 +64,19 @@ PeerSide peerSide(Call& call) {
             }};
 }
 
-/// Measures and prints a row, unless the command line leaves it out.
-void peerMeasure(const std::string& functions, const std::string& peer, PeerSide ours, PeerSide theirs);
+/// Measures and prints a row, unless the command line leaves it out; with `once` for the first kind of data alone.
+void peerMeasure(const std::string& functions, const std::string& peer, PeerSide ours, PeerSide theirs, bool once);
 
 /// A row. `functions`: "veksA", "veksA + veksB" for one call of each, with the size behind a comma, "veksA, 80".
 /// `peer`: the package and its function. Each call has to bring its own state back, at a cost small beside its work or
 /// the same on both sides. Both are called once before anything is measured.
 template <class Ours, class Theirs>
 void peerRow(const std::string& functions, const std::string& peer, Ours ours, Theirs theirs) {
-    peerMeasure(functions, peer, peerSide(ours), peerSide(theirs));
+    peerMeasure(functions, peer, peerSide(ours), peerSide(theirs), false);
+}
+
+/// The same for a call that no data of the block come into.
+template <class Ours, class Theirs>
+void peerRowOnce(const std::string& functions, const std::string& peer, Ours ours, Theirs theirs) {
+    peerMeasure(functions, peer, peerSide(ours), peerSide(theirs), true);
 }

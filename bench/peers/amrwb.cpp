@@ -92,7 +92,7 @@ PEER_ROWS(amrwb) {
     }
     static Vek16s codes[8] = {5, 17, 3, 30, 77, 99, 55, 3};
     for (const Rate& r : rates) {
-        peerRow(
+        peerRowOnce(
             std::string("veksAlgebraicCodebookDecode_AMRWB_16s, ") + r.name,
             r.bits == 12 ? "opencore-amrwb dec_acelp_2p_in_64" : "opencore-amrwb dec_acelp_4p_in_64",
             [&r] { veksAlgebraicCodebookDecode_AMRWB_16s(codes, vector, r.rate); },
@@ -185,7 +185,7 @@ PEER_ROWS(amrwb) {
     static Vek16s decoder[23];
     static Vek16s former[2];
     dec_gain2_amr_wb_init(decoder);
-    peerRow(
+    peerRowOnce(
         "veksDecodeGain_AMRWB_16s", "opencore-amrwb dec_gain2_amr_wb",
         [] { veksDecodeGain_AMRWB_16s(50, 8192, &lag, &gain, 0, 0, energies, former, former + 1, VEK_SPCHBR_12650); },
         [] { dec_gain2_amr_wb(50, 7, vector, 64, &lag, &gain, 0, 0, 0, 0, 0, decoder); });

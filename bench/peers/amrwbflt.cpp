@@ -55,10 +55,24 @@ PEER_ROWS(amrwbflt) {
         [] { veksResidualFilter_AMRWB_16s_Sfs(a, 16, x + 16, y, 64, 11); }, [] { voAWB_Residu(a, x + 16, y, 64); });
     peerRow(
         "veksPreemphasize_AMRWB_16s_ISfs, 256", "vo-amrwbenc Preemph2",
-        [] { veksPreemphasize_AMRWB_16s_ISfs(22282, y, 256, 14, &memory); }, [] { Preemph2(y, 22282, 256, &memory); });
+        [] {
+            std::copy_n(x, 256, y);
+            veksPreemphasize_AMRWB_16s_ISfs(22282, y, 256, 14, &memory);
+        },
+        [] {
+            std::copy_n(x, 256, y);
+            Preemph2(y, 22282, 256, &memory);
+        });
     peerRow(
         "veksDeemphasize_AMRWB_NR_16s_I, 256", "vo-amrwbenc Deemph2",
-        [] { veksDeemphasize_AMRWB_NR_16s_I(22282, z, 256, &memory); }, [] { Deemph2(z, 22282, 256, &memory); });
+        [] {
+            std::copy_n(x, 256, z);
+            veksDeemphasize_AMRWB_NR_16s_I(22282, z, 256, &memory);
+        },
+        [] {
+            std::copy_n(x, 256, z);
+            Deemph2(z, 22282, 256, &memory);
+        });
     peerRow(
         "veksDeemphasize_AMRWB_32s16s, 64", "opencore-amrwb deemphasis_32",
         [] { veksDeemphasize_AMRWB_32s16s(22282, wide, y, 64, &memory); },
@@ -69,42 +83,53 @@ PEER_ROWS(amrwbflt) {
         [] { Syn_filt_32(a, 16, x, 0, high + 16, low + 16, 64); });
     peerRow(
         "veksHighPassFilter_AMRWB_16s_ISfs, 256", "vo-amrwbenc HP50_12k8",
-        [] { veksHighPassFilter_AMRWB_16s_ISfs(y, 256, filter, 14); }, [] { HP50_12k8(y, 256, past); });
+        [] {
+            std::copy_n(x, 256, y);
+            veksHighPassFilter_AMRWB_16s_ISfs(y, 256, filter, 14);
+        },
+        [] {
+            std::copy_n(x, 256, y);
+            HP50_12k8(y, 256, past);
+        });
     peerRow(
         "veksHighPassFilter_AMRWB_16s_Sfs, 256", "vo-amrwbenc HP400_12k8",
-        [] { veksHighPassFilter_AMRWB_16s_Sfs(x, y, 256, filter, 12); }, [] { HP400_12k8(z, 256, past); });
+        [] { veksHighPassFilter_AMRWB_16s_Sfs(x, y, 256, filter, 12); },
+        [] {
+            std::copy_n(x, 256, z);
+            HP400_12k8(z, 256, past);
+        });
     peerRow(
         "veksAdaptiveCodebookGainCoeff_AMRWB_16s, 64", "vo-amrwbenc voAWB_G_pitch",
         [] { veksAdaptiveCodebookGainCoeff_AMRWB_16s(x, x + 9, c, &gain, 64); },
         [] { voAWB_G_pitch(x, x + 9, c, 64); });
-    peerRow(
+    peerRowOnce(
         "veksISPToISF_Norm_AMRWB_16s", "vo-amrwbenc Isp_isf", [] { veksISPToISF_Norm_AMRWB_16s(isp, theirs, 16); },
         [] { Isp_isf(isp, theirs, 16); });
-    peerRow(
+    peerRowOnce(
         "veksISFToISP_AMRWB_16s", "vo-amrwbenc voAWB_Isf_isp", [] { veksISFToISP_AMRWB_16s(isf, theirs, 16); },
         [] { voAWB_Isf_isp(isf, theirs, 16); });
-    peerRow(
+    peerRowOnce(
         "veksISPToLPC_AMRWB_16s", "vo-amrwbenc voAWB_Isp_Az", [] { veksISPToLPC_AMRWB_16s(isp, y, 16); },
         [] { voAWB_Isp_Az(isp, y, 16, 0); });
-    peerRow(
+    peerRowOnce(
         "veksLPCToISP_AMRWB_16s", "vo-amrwbenc Az_isp", [] { veksLPCToISP_AMRWB_16s(a, theirs, isp); },
         [] { Az_isp(a, theirs, isp); });
-    peerRow(
+    peerRowOnce(
         "veksISFQuant_AMRWB_16s, 8.85", "vo-amrwbenc Qpisf_2s_46b",
         [] { veksISFQuant_AMRWB_16s(isf, past, theirs, index, VEK_SPCHBR_8850); },
         [] { Qpisf_2s_46b(isf, theirs, past, index, 4); });
-    peerRow(
+    peerRowOnce(
         "veksISFQuant_AMRWB_16s, 6.6", "vo-amrwbenc Qpisf_2s_36b",
         [] { veksISFQuant_AMRWB_16s(isf, past, theirs, index, VEK_SPCHBR_6600); },
         [] { Qpisf_2s_36b(isf, theirs, past, index, 4); });
-    peerRow(
+    peerRowOnce(
         "veksISFQuantDecode_AMRWB_16s, 8.85", "opencore-amrwb Dpisf_2s_46b",
         [] { veksISFQuantDecode_AMRWB_16s(words, theirs, past, isf, frames, 0, VEK_SPCHBR_8850); },
         [] { Dpisf_2s_46b(words, theirs, past, isf, frames, 0, 1); });
-    peerRow(
+    peerRowOnce(
         "veksISFQuantDTX_AMRWB_16s", "vo-amrwbenc voAWB_Qisf_ns", [] { veksISFQuantDTX_AMRWB_16s(isf, theirs, index); },
         [] { voAWB_Qisf_ns(isf, theirs, index); });
-    peerRow(
+    peerRowOnce(
         "veksISFQuantDecodeDTX_AMRWB_16s", "opencore-amrwb Disf_ns",
         [] { veksISFQuantDecodeDTX_AMRWB_16s(index, theirs); }, [] { Disf_ns(index, theirs); });
     peerRow(

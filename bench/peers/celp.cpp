@@ -259,7 +259,7 @@ PEER_ROWS_ONCE(celpspectrum) {
     static const float lsp[10] = {0.95F, 0.85F, 0.65F, 0.42F, 0.15F, -0.14F, -0.41F, -0.64F, -0.84F, -0.94F};
     static double wide[10];
     std::copy_n(lsp, 10, wide);
-    peerRow(
+    peerRowOnce(
         "veksLSFToLSP_G729_16s", "libavcodec ff_acelp_lsf2lsp", [] { veksLSFToLSP_G729_16s(lsf, y); },
         [] { ff_acelp_lsf2lsp(y, lsf, 10); });
     peerRow(

@@ -75,7 +75,7 @@ PEER_ROWS(g7291core) {
     peerRow(
         "veksAlgebraicCodebookSearchL2_G7291_16s", "bcg729 fixedCodebookSearch",
         [] { veksAlgebraicCodebookSearchL2_G7291_16s(x, residual, h, 8192, code, y, words); }, theirPulses);
-    peerRow(
+    peerRowOnce(
         "veksLSFDecode_G7291_16s", "bcg729 decodeLSP", [] { veksLSFDecode_G7291_16s(index, history, lsf); },
         [] {
             uint16_t theirs[4] = {1, 37, 12, 25};

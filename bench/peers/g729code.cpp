@@ -139,7 +139,7 @@ PEER_ROWS(g729code) {
             veksFixedCodebookSearch_G729D_32f(dF, matrix, hF, codeF, filteredF, words);
         },
         theirTwoPulses);
-    peerRow(
+    peerRowOnce(
         "veksRandomNoiseExcitation_G729B_16s", "bcg729 pseudoRandom",
         [] { veksRandomNoiseExcitation_G729B_16s(words, code, 40); },
         [] {

@@ -80,7 +80,7 @@ PEER_ROWS(g729gain) {
             veksDecodeGain_G729I_16s(energy, 32113, past, both, gains);
         },
         [] { decodeGains(decoder, 3, 9, code, 0, gains, gains + 1); });
-    peerRow(
+    peerRowOnce(
         "veksDecodeGain_G729I_16s, erased", "bcg729 decodeGains",
         [] {
             static const Vek16s none[2] = {-1, 0};

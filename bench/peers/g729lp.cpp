@@ -45,25 +45,25 @@ PEER_ROWS(g729lp) {
         high[i] = static_cast<Vek16s>(r[i] >> 16);
         low[i] = static_cast<Vek16s>((r[i] >> 1) & 0x7fff);
     }
-    peerRow(
+    peerRowOnce(
         "veksLPCToLSP_G729_16s", "opencore-amrnb Az_lsp", [] { veksLPCToLSP_G729_16s(a, previous, found); },
         [] { Az_lsp(a, found, previous, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLPCToLSP_GSMAMR_16s", "opencore-amrnb Az_lsp", [] { veksLPCToLSP_GSMAMR_16s(a, previous, found); },
         [] { Az_lsp(a, found, previous, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLSPToLPC_G729_16s", "opencore-amrnb Lsp_Az", [] { veksLSPToLPC_G729_16s(lsp, a); },
         [] { Lsp_Az(lsp, a, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLSPToLSF_Norm_G729_16s", "opencore-amrnb Lsp_lsf", [] { veksLSPToLSF_Norm_G729_16s(lsp, lsf); },
         [] { Lsp_lsf(lsp, lsf, 10, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLSPToLSF_G729_16s", "opencore-amrnb Lsp_lsf (frequencies to 16384)",
         [] { veksLSPToLSF_G729_16s(lsp, found); }, [] { Lsp_lsf(lsp, found, 10, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLSFToLSP_G729_16s", "opencore-amrnb Lsf_lsp (frequencies to 16384)",
         [] { veksLSFToLSP_G729_16s(lsf, found); }, [] { Lsf_lsp(lsf, found, 10, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLevinsonDurbin_G729_32s16s, 10", "opencore-amrnb Levinson",
         [] {
             static Vek16s error;
@@ -168,10 +168,10 @@ PEER_ROWS(g729spectrum) {
         history[i] = theirHistory[i / 10][i % 10] = static_cast<Vek16s>(2339 * (i % 10 + 1));
     }
     data.fill(x, 223, 2000, 2);
-    peerRow(
+    peerRowOnce(
         "veksLPCToLSP_G729A_16s", "bcg729 LP2LSPConversion", [] { veksLPCToLSP_G729A_16s(a, lsp, quantised); },
         [] { LP2LSPConversion(a + 1, quantised); });
-    peerRow(
+    peerRowOnce(
         "veksLSPQuant_G729_16s", "bcg729 LSPQuantization",
         [] { veksLSPQuant_G729_16s(lsp, history, quantised, words); },
         [] { LSPQuantization(encoder, lsp, quantised, theirs); });
@@ -183,11 +183,11 @@ PEER_ROWS(g729spectrum) {
     for (int i = 0; i < 40; ++i) {
         historyF[i] = static_cast<Vek32f>(history[i]) / 8192;
     }
-    peerRow(
+    peerRowOnce(
         "veksLSPQuant_G729E_16s", "bcg729 LSPQuantization",
         [] { veksLSPQuant_G729E_16s(lsp, history, lsf, quantised, words); },
         [] { LSPQuantization(encoder, lsp, quantised, theirs); });
-    peerRow(
+    peerRowOnce(
         "veksLSPQuant_G729E_32f", "bcg729 LSPQuantization",
         [] { veksLSPQuant_G729E_32f(lspF, historyF, lsfF, quantisedF, wordsF); },
         [] { LSPQuantization(encoder, lsp, quantised, theirs); });
@@ -195,18 +195,18 @@ PEER_ROWS(g729spectrum) {
         "veksInterpolate_G729_16s, 10", "bcg729 interpolateqLSP",
         [] { veksInterpolate_G729_16s(lsp, history, quantised, 10); },
         [] { interpolateqLSP(lsp, history, quantised); });
-    peerRow(
+    peerRowOnce(
         "veksLSFQuant_G729_16s", "bcg729 LSPQuantization (converts both ways)",
         [] { veksLSFQuant_G729_16s(lsf, history, quantised, words); },
         [] { LSPQuantization(encoder, lsp, quantised, theirs); });
-    peerRow(
+    peerRowOnce(
         "veksLSFQuant_G729B_16s", "bcg729 noiseLSPQuantization (converts both ways)",
         [] { veksLSFQuant_G729B_16s(lsf, history, quantised, words); },
         [] {
             static uint8_t three[3];
             noiseLSPQuantization(theirHistory, lsp, quantised, three);
         });
-    peerRow(
+    peerRowOnce(
         "veksLSFDecode_G729_16s + veksLSFToLSP_G729_16s", "bcg729 decodeLSP",
         [] {
             static const Vek16s index[4] = {1, 57, 12, 23};
@@ -217,7 +217,7 @@ PEER_ROWS(g729spectrum) {
             static uint16_t index[4] = {1, 57, 12, 23};
             decodeLSP(decoder, index, quantised, 0);
         });
-    peerRow(
+    peerRowOnce(
         "veksLSFDecodeErased_G729_16s + veksLSFToLSP_G729_16s", "bcg729 decodeLSP of an erased frame",
         [] {
             veksLSFDecodeErased_G729_16s(1, history, lsf);

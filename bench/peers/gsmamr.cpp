@@ -125,15 +125,15 @@ PEER_ROWS(gsmamr) {
             Pred_lt_3or6(exc + 154, value, other, 40, 1, &overflow);
         });
     static Vek16s codes[10] = {1, 0, 1, 0, 77, 99, 55, 3, 2, 1};
-    peerRow(
+    peerRowOnce(
         "veksFixedCodebookDecode_GSMAMR_16s, 7.4", "opencore-amrnb decode_4i40_17bits",
         [] { veksFixedCodebookDecode_GSMAMR_16s(codes, vector, 0, VEK_SPCHBR_7400); },
         [] { decode_4i40_17bits(codes[1], codes[0], dgray, vector); });
-    peerRow(
+    peerRowOnce(
         "veksFixedCodebookDecode_GSMAMR_16s, 10.2", "opencore-amrnb dec_8i40_31bits",
         [] { veksFixedCodebookDecode_GSMAMR_16s(codes, vector, 0, VEK_SPCHBR_10200); },
         [] { dec_8i40_31bits(codes, vector, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksFixedCodebookDecode_GSMAMR_16s, 12.2", "opencore-amrnb dec_10i40_35bits",
         [] { veksFixedCodebookDecode_GSMAMR_16s(codes, vector, 0, VEK_SPCHBR_12200); },
         [] { dec_10i40_35bits(codes, vector, dgray); });
@@ -153,7 +153,7 @@ PEER_ROWS(gsmamr) {
         "veksInterpolate_GSMAMR_16s", "opencore-amrnb Int_lsf",
         [] { veksInterpolate_GSMAMR_16s(x, residual, work, 10); }, [] { Int_lsf(x, residual, 80, work, &overflow); });
     static Vek16s lsf[10] = {800, 1600, 3000, 4500, 6000, 7500, 9000, 11000, 13000, 15000};
-    peerRow(
+    peerRowOnce(
         "veksLSFToLSP_GSMAMR_16s", "opencore-amrnb Lsf_lsp", [] { veksLSFToLSP_GSMAMR_16s(lsf, work); },
         [] { Lsf_lsp(lsf, work, 10, &overflow); });
     static int64_t post[1000];

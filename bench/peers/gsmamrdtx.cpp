@@ -117,7 +117,7 @@ PEER_ROWS(gsmamrdtx) {
         "veksDecDTXBuffer_GSMAMR_16s", "opencore-amrnb dtx_dec_activity_update",
         [] { veksDecDTXBuffer_GSMAMR_16s(x, spectrum, &decoderPlace, frequencies, decoderEnergies); },
         [] { dtx_dec_activity_update(decoderRecord, spectrum, x, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksEncDTXHandler_GSMAMR_16s", "opencore-amrnb tx_dtx_handler",
         [] { veksEncDTXHandler_GSMAMR_16s(&hangover, &elapsed, &used, &sid, 1); },
         [] { tx_dtx_handler(record, 1, &usedTheirs, &overflow); });
@@ -141,15 +141,15 @@ PEER_ROWS(gsmamrdtx) {
     pitchRow("veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s, 12.2", 7, VEK_SPCHBR_12200, Detector::first);
     pitchRow("veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s, 4.75", 0, VEK_SPCHBR_4750, Detector::second);
     pitchRow("veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s, 7.4", 4, VEK_SPCHBR_7400, Detector::second);
-    peerRow(
+    peerRowOnce(
         "veksQuantLSPDecode_GSMAMR_16s, 7.4", "opencore-amrnb D_plsf_3",
         [] { veksQuantLSPDecode_GSMAMR_16s(words, residual, previous, pairs, subframes, 0, VEK_SPCHBR_7400); },
         [] { D_plsf_3(decoder, 4, 0, words, tables, out, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLSPQuant_GSMAMR_16s, 7.4", "opencore-amrnb Q_plsf_3",
         [] { veksLSPQuant_GSMAMR_16s(spectrum, residual, out, words, VEK_SPCHBR_7400); },
         [] { Q_plsf_3(theirResidual, 4, spectrum, out, words, &start, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLSPQuant_GSMAMR_16s, 12.2", "opencore-amrnb Q_plsf_5",
         [] { veksLSPQuant_GSMAMR_16s(spectrum, residual, out, words, VEK_SPCHBR_12200); },
         [] { Q_plsf_5(theirResidual, spectrum, spectrum + 10, out, out + 10, words, &overflow); });

@@ -81,7 +81,7 @@ PEER_ROWS(gsmfr) {
             int16_t gain = 0;
             Gsm_Long_Term_Predictor(state, pcm, past + 120, e, predicted, &lag, &gain);
         });
-    peerRow(
+    peerRowOnce(
         "veksRPEQuantDecode_GSMFR_16s", "libgsm Gsm_RPE_Decoding", [] { veksRPEQuantDecode_GSMFR_16s(codes, 3, 2, y); },
         [] { Gsm_RPE_Decoding(state, 27, 1, codes, y); });
 }
