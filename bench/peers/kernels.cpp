@@ -69,7 +69,9 @@ PEER_ROWS(voiceengine) {
             [n] { sum = WebRtcSpl_DotProductWithScale(x, z, static_cast<size_t>(n), 0); });
     }
     const struct { int n, lags; } frames[] = {{40, 4}, {160, 9}, {240, 12}};
-    for (const auto [n, lags] : frames) {
+    for (const auto& frame : frames) {
+        const int n = frame.n;
+        const int lags = frame.lags;
         const std::string size = ", " + std::to_string(n) + "x" + std::to_string(lags);
         const auto theirs = [=] {
             WebRtcSpl_AutoCorrelation(x, static_cast<size_t>(n), static_cast<size_t>(lags - 1), r, &shift);

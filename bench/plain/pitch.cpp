@@ -234,7 +234,10 @@ PEER_ROWS(plainpitch) {
     data.fill(xF, 400, 1);
     data.fill(zF, 400, 1, 1);
     const struct { int n, from, to; } ranges[] = {{40, 20, 39}, {80, 40, 79}, {80, 20, 143}};
-    for (const auto [n, from, to] : ranges) {
+    for (const auto& range : ranges) {
+        const int n = range.n;
+        const int from = range.from;
+        const int to = range.to;
         const std::string size =
             ", " + std::to_string(n) + " at lags " + std::to_string(from) + ".." + std::to_string(to);
         peerRow(

@@ -115,7 +115,9 @@ PEER_ROWS(plainsignal) {
             [n] { sumF = dotF(xF, zF, n); });
     }
     const struct { int n, lags; } frames[] = {{40, 4}, {160, 9}, {240, 12}};
-    for (const auto [n, lags] : frames) {
+    for (const auto& frame : frames) {
+        const int n = frame.n;
+        const int lags = frame.lags;
         const std::string size = ", " + std::to_string(n) + "x" + std::to_string(lags);
         peerRow(
             "veksAutoCorr_16s32s" + size, PEER_PLAIN, [=] { veksAutoCorr_16s32s(x, n, r, lags); },

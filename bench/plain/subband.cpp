@@ -93,8 +93,10 @@ PEER_ROWS(plainsubband) {
     for (auto& row : stepsF.values) {
         std::fill_n(row, kBands, 1e-3);
     }
-    const struct { int segments, n; } sizes[] = {{4, 33}, {kSegments, kBands}};
-    for (const auto [segments, n] : sizes) {
+    const struct { int segments, n; } shapes[] = {{4, 33}, {kSegments, kBands}};
+    for (const auto& shape : shapes) {
+        const int segments = shape.segments;
+        const int n = shape.n;
         const std::string size = ", " + std::to_string(segments) + "x" + std::to_string(n);
         peerRow(
             "veksFIRSubband_EC_32sc_Sfs" + size, PEER_PLAIN,

@@ -209,7 +209,7 @@ Figures readFigures(const std::string& file, const std::string& text) {
         std::string ratio;
         std::string function;
         if (!(words >> ratio >> function) || ratio.find_first_not_of("0123456789.") != std::string::npos) {
-            throw std::runtime_error(file + ": no ratio and function: " + line);
+            throw std::runtime_error(std::string(file).append(": no ratio and function: ").append(line));
         }
         figures.ratios[function] = ratio;
     }
