@@ -109,6 +109,19 @@ VEK_INLINE void storeHalfPairs(int16_t* p, V8 a) {
         p[2 * i + 1] = narrow(a.v[i]);
     }
 }
+// The even and the odd ones of sixteen numbers, and the way back.
+VEK_INLINE void loadSplit(const int32_t* p, V8& even, V8& odd) {
+    for (int i = 0; i < 8; ++i) {
+        even.v[i] = p[2 * i];
+        odd.v[i] = p[2 * i + 1];
+    }
+}
+VEK_INLINE void storeMerged(int32_t* p, V8 even, V8 odd) {
+    for (int i = 0; i < 8; ++i) {
+        p[2 * i] = even.v[i];
+        p[2 * i + 1] = odd.v[i];
+    }
+}
 VEK_INLINE void transpose(V8 (&r)[8]) {
     for (int i = 0; i < 8; ++i) {
         for (int k = i + 1; k < 8; ++k) {
@@ -207,6 +220,21 @@ VEK_INLINE void storeHalfPairs(int16_t* p, V8 a) {
     const __m128i packed = _mm_packs_epi32(a.lo, a.hi);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_unpacklo_epi16(_mm_srli_si128(packed, 8), packed));
 }
+VEK_INLINE __m128i pickTwo(__m128i a, __m128i b, bool odd) {
+    const __m128 x = _mm_castsi128_ps(a);
+    const __m128 y = _mm_castsi128_ps(b);
+    return _mm_castps_si128(odd ? _mm_shuffle_ps(x, y, 0xdd) : _mm_shuffle_ps(x, y, 0x88));
+}
+VEK_INLINE void loadSplit(const int32_t* p, V8& even, V8& odd) {
+    const V8 a = load(p);
+    const V8 b = load(p + 8);
+    even = {pickTwo(a.lo, a.hi, false), pickTwo(b.lo, b.hi, false)};
+    odd = {pickTwo(a.lo, a.hi, true), pickTwo(b.lo, b.hi, true)};
+}
+VEK_INLINE void storeMerged(int32_t* p, V8 even, V8 odd) {
+    store(p, {_mm_unpacklo_epi32(even.lo, odd.lo), _mm_unpackhi_epi32(even.lo, odd.lo)});
+    store(p + 8, {_mm_unpacklo_epi32(even.hi, odd.hi), _mm_unpackhi_epi32(even.hi, odd.hi)});
+}
 VEK_INLINE void transpose4(__m128i& a, __m128i& b, __m128i& c, __m128i& d) {
     const __m128i ab0 = _mm_unpacklo_epi32(a, b);
     const __m128i ab1 = _mm_unpackhi_epi32(a, b);
@@ -303,6 +331,18 @@ VEK_INLINE void storePairs(int16_t* p, V8 even, V8 odd) {
 VEK_INLINE void storeHalfPairs(int16_t* p, V8 a) {
     const __m128i packed = _mm_packs_epi32(_mm256_castsi256_si128(a.v), _mm256_extracti128_si256(a.v, 1));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_unpacklo_epi16(_mm_srli_si128(packed, 8), packed));
+}
+VEK_INLINE void loadSplit(const int32_t* p, V8& even, V8& odd) {
+    const __m256 a = _mm256_castsi256_ps(load(p).v);
+    const __m256 b = _mm256_castsi256_ps(load(p + 8).v);
+    even = {_mm256_permute4x64_epi64(_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0x88)), 0xd8)};
+    odd = {_mm256_permute4x64_epi64(_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0xdd)), 0xd8)};
+}
+VEK_INLINE void storeMerged(int32_t* p, V8 even, V8 odd) {
+    const __m256i low = _mm256_unpacklo_epi32(even.v, odd.v);
+    const __m256i high = _mm256_unpackhi_epi32(even.v, odd.v);
+    store(p, {_mm256_permute2x128_si256(low, high, 0x20)});
+    store(p + 8, {_mm256_permute2x128_si256(low, high, 0x31)});
 }
 VEK_INLINE void transpose(V8 (&r)[8]) {
     __m256i t[8];
