@@ -7,6 +7,7 @@
 #include "sc/amrwb/rates.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/common/spacing.h"
 #include "sc/kernels/filter.h"
 #include "sc/kernels/isfvq.h"
 #include "veksc_amrwbflt.h"
@@ -36,6 +37,7 @@ struct Parts {
     int count;
 };
 
+constexpr Part kFirstStage[] = {{&kIsfLow, 0}, {&kIsfHigh, kLowColumns}};
 constexpr Part kLowParts46[] = {{&kIsfLow46a, 0}, {&kIsfLow46b, 3}, {&kIsfLow46c, 6}};
 constexpr Part kHighParts46[] = {{&kIsfHigh46a, 0}, {&kIsfHigh46b, 3}};
 constexpr Part kLowParts36[] = {{&kIsfLow36a, 0}, {&kIsfLow36b, 5}};
@@ -126,49 +128,48 @@ bool isSpeechRate(VekSpchBitRate mode) {
     return mode != VEK_SPCHBR_DTX && rateOf(mode) != Rate::None;
 }
 
-bool inside(const IsfBook& book, Vek16s row) {
-    return row >= 0 && row < book.rows;
-}
-
 bool inside(Parts parts, const Vek16s* rows) {
     for (int p = 0; p < parts.count; ++p) {
-        if (!inside(*parts.list[p].book, rows[p])) {
+        if (rows[p] < 0 || rows[p] >= parts.list[p].book->rows) {
             return false;
         }
     }
     return true;
 }
 
-void addRows(Parts parts, const Vek16s* rows, Vek16s* isf) {
+// Writes the rows of all parts, one behind the other. The zero beside an odd last column is overwritten by the next
+// part: behind the last one there has to be room for it.
+void takeRows(Parts parts, const Vek16s* rows, Vek16s* to) {
     for (int p = 0; p < parts.count; ++p) {
-        const Part& part = parts.list[p];
-        for (int j = 0; j < part.book->columns; ++j) {
-            isf[part.first + j] = add(isf[part.first + j], element(*part.book, rows[p], j));
+        const IsfBook& book = *parts.list[p].book;
+        const Vek16s* from = book.pairs + 2 * rows[p];
+        Vek16s* const first = to + parts.list[p].first;
+        for (int j = 0; j < book.columns; j += 2, from += 2 * book.rows) {
+            std::memcpy(first + j, from, 2 * sizeof(Vek16s));
         }
     }
 }
 
-// Keeps a distance between the frequencies; the last is of another kind.
+// The last frequency is of another kind.
 void keepApart(Vek16s* isf) {
-    Vek16s lowest = kIsfGap;
-    for (int i = 0; i < kIsfOrder - 1; ++i) {
-        isf[i] = isf[i] < lowest ? lowest : isf[i];
-        lowest = add(isf[i], kIsfGap);
-    }
+    vek::keepApart<kIsfOrder - 1>(isf, kIsfGap);
 }
 
-// Frequencies of a frame's indices before they are kept apart; the residual becomes this frame's.
+// Frequencies of a frame's indices before they are kept apart; the residual becomes this frame's. No sum of rows,
+// mean and prediction leaves 16 bits.
 void decode(const Vek16s* index, bool lowest, Vek16s* residual, Vek16s* isf) {
-    Vek16s rest[kIsfOrder];
+    Vek16s rest[kIsfOrder + 1];
+    Vek16s second[kIsfOrder + 1];
+    takeRows({kFirstStage, 2}, index, rest);
+    takeRows(lowParts(lowest), index + 2, second);
+    takeRows(highParts(lowest), index + 2 + lowParts(lowest).count, second + kLowColumns);
+    Vek16s out[kIsfOrder];
     for (int i = 0; i < kIsfOrder; ++i) {
-        rest[i] = i < kLowColumns ? element(kIsfLow, index[0], i) : element(kIsfHigh, index[1], i - kLowColumns);
+        rest[i] = static_cast<Vek16s>(rest[i] + second[i]);
+        out[i] = static_cast<Vek16s>(rest[i] + kIsfMean[i] + ((kPrediction * residual[i]) >> 15));
     }
-    addRows(lowParts(lowest), index + 2, rest);
-    addRows(highParts(lowest), index + 2 + lowParts(lowest).count, rest + kLowColumns);
-    for (int i = 0; i < kIsfOrder; ++i) {
-        isf[i] = add(add(rest[i], kIsfMean[i]), mult(kPrediction, residual[i]));
-    }
-    std::memcpy(residual, rest, sizeof rest);
+    std::memcpy(isf, out, sizeof out);
+    std::memcpy(residual, rest, sizeof out);
 }
 
 // A bad frame's: nine tenths of the last ones and one of the mean; the residual is what would have led there.
@@ -188,11 +189,13 @@ void conceal(const Vek16s* previous, const Vek16s* memory, Vek16s* residual, Vek
 }
 
 void decodeNoise(const Vek16s* index, Vek16s* isf) {
-    Vek16s sum[kIsfOrder] = {};
-    addRows({kNoiseParts, 5}, index, sum);
+    Vek16s rows[kIsfOrder + 1];
+    takeRows({kNoiseParts, 5}, index, rows);
+    Vek16s out[kIsfOrder];
     for (int i = 0; i < kIsfOrder; ++i) {
-        isf[i] = add(sum[i], kIsfNoiseMean[i]);
+        out[i] = static_cast<Vek16s>(rows[i] + kIsfNoiseMean[i]);
     }
+    std::memcpy(isf, out, sizeof out);
     keepApart(isf);
 }
 
@@ -236,13 +239,15 @@ VekStatus veksISFQuantDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstQIsf,
     if (bfi == 1) {
         conceal(pSrcPrevQntIsf, pSrcDstIsfMemory, pSrcDstResidual, pDstQIsf);
     } else {
-        if (!inside(kIsfLow, pSrcIdxs[0]) || !inside(kIsfHigh, pSrcIdxs[1]) ||
-            !inside(lowParts(lowest), pSrcIdxs + 2) ||
+        if (!inside({kFirstStage, 2}, pSrcIdxs) || !inside(lowParts(lowest), pSrcIdxs + 2) ||
             !inside(highParts(lowest), pSrcIdxs + 2 + lowParts(lowest).count)) {
             return vekStsOutOfRangeErr;
         }
         decode(pSrcIdxs, lowest, pSrcDstResidual, pDstQIsf);
-        std::memmove(pSrcDstIsfMemory + kIsfOrder, pSrcDstIsfMemory, 2 * kIsfOrder * sizeof(Vek16s));
+        for (int frame = 2; frame > 0; --frame) {
+            Vek16s* const at = pSrcDstIsfMemory + frame * kIsfOrder;
+            std::memcpy(at, at - kIsfOrder, kIsfOrder * sizeof(Vek16s));
+        }
         std::memcpy(pSrcDstIsfMemory, pDstQIsf, kIsfOrder * sizeof(Vek16s));
     }
     keepApart(pDstQIsf);

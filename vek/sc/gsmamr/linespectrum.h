@@ -1,15 +1,13 @@
 // Line spectra of AMR as the quantiser and the frames of silence share them.
 #pragma once
 
+#include "sc/common/spacing.h"
 #include "sc/g729/lsptables.h"
 #include "sc/gsmamr/rates.h"
 
 namespace vek::gsmamr {
 
-constexpr Vek16s kLsfGap = 205; // 50 Hz
-
-// Brings frequencies (Q15 of the sampling rate) into order with the least distance between them.
-void keepApart(Vek16s* lsf);
+constexpr Vek16s kLsfGap = 205; // 50 Hz, Q15 of the sampling rate
 
 // The pair (Q15) of a frequency from 0 to 2^14, half the sampling rate.
 inline Vek16s lspOf(int frequency) {
