@@ -130,13 +130,15 @@ PEER_ROWS(celp) {
     static char highPass[64];
     static int passed[2];
     veksHighPassFilterInit_G729(highPass);
-    peerRow(
-        "veksHighPassFilter_G729_16s_ISfs, 80", "libavcodec ff_acelp_high_pass_filter",
-        [] {
-            std::copy_n(x, 80, y);
-            veksHighPassFilter_G729_16s_ISfs(y, 80, 12, highPass);
-        },
-        [] { ff_acelp_high_pass_filter(y, passed, x, 80); });
+    for (const int n : {40, 60, 80}) {
+        peerRow(
+            "veksHighPassFilter_G729_16s_ISfs, " + std::to_string(n), "libavcodec ff_acelp_high_pass_filter",
+            [n] {
+                std::copy_n(x, n, y);
+                veksHighPassFilter_G729_16s_ISfs(y, n, 12, highPass);
+            },
+            [n] { ff_acelp_high_pass_filter(y, passed, x, n); });
+    }
     static float last;
     for (const int n : {40, 80}) {
         peerRow(

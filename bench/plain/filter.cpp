@@ -550,28 +550,34 @@ PEER_ROWS(plainarithmetic) {
             [n] { veksHighPassFilter_Direct_AMRWB_16s(taps, x + 1, y, n, 1); },
             [n] { symmetric(5898, 20972, x + 1, y, n); });
     }
-    peerRow(
-        "veksDeemphasize_GSMFR_16s_I, 160", PEER_PLAIN,
-        [] {
-            std::copy_n(x, 160, y);
-            veksDeemphasize_GSMFR_16s_I(y, 160, &last);
-        },
-        [] {
-            std::copy_n(x, 160, y);
-            lift(28180, y, 160, &last, true);
-        });
-    peerRow(
-        "veksDeemphasize_AMRWBE_NR_16s_I, 256", PEER_PLAIN,
-        [] {
-            std::copy_n(x, 256, y);
-            veksDeemphasize_AMRWBE_NR_16s_I(22282, 15, y, 256, &last);
-        },
-        [] {
-            std::copy_n(x, 256, y);
-            lift(22282, y, 256, &last, false);
-        });
+    for (const int n : {100, 140, 180}) {
+        peerRow(
+            "veksDeemphasize_GSMFR_16s_I, " + std::to_string(n), PEER_PLAIN,
+            [n] {
+                std::copy_n(x, n, y);
+                veksDeemphasize_GSMFR_16s_I(y, n, &last);
+            },
+            [n] {
+                std::copy_n(x, n, y);
+                lift(28180, y, n, &last, true);
+            });
+    }
+    for (const int n : {32, 128, 256}) {
+        peerRow(
+            "veksDeemphasize_AMRWBE_NR_16s_I, " + std::to_string(n), PEER_PLAIN,
+            [n] {
+                std::copy_n(x, n, y);
+                veksDeemphasize_AMRWBE_NR_16s_I(22282, 15, y, n, &last);
+            },
+            [n] {
+                std::copy_n(x, n, y);
+                lift(22282, y, n, &last, false);
+            });
+    }
     static const Vek16s taps11[11] = {-134, -374, 0, 2054, 5741, 8192, 5741, 2054, 0, -374, -134};
-    peerRow(
-        "veksWeightingFilter_GSMFR_16s, 40", PEER_PLAIN, [] { veksWeightingFilter_GSMFR_16s(x + 10, y, 40); },
-        [] { zeros(taps11, 10, x + 15, y, 40); });
+    for (const int n : {30, 40, 60}) {
+        peerRow(
+            "veksWeightingFilter_GSMFR_16s, " + std::to_string(n), PEER_PLAIN,
+            [n] { veksWeightingFilter_GSMFR_16s(x + 10, y, n); }, [n] { zeros(taps11, 10, x + 15, y, n); });
+    }
 }
