@@ -103,7 +103,7 @@ def table(machine, medians, processes, note):
         f"machine: CPUID family {machine['family']}, model {machine['model']}, registers of {machine['register bits']} bits, "
         f"counter at {machine['counter MHz']} MHz",
         f"kernels: level {machine['kernel level']} ({WIDTHS.get(int(machine['kernel level']), 'unknown')})",
-        f"packages: {versions(ratios)}; plain loops by {machine['compiler']}",
+        f"packages: {versions(ratios) or 'none'}; plain loops by {machine['compiler']}",
         f"readings: medians of the lowest of {processes} processes a side" + (f"; {note}" if note else ""),
         f"summary: {len(ratios)} rows, geometric mean {geometric_mean(ratios.values()):.3f}; {len(functions)} functions, "
         f"geometric mean {geometric_mean(functions.values()):.3f}; {len(slower)} rows above 1.0",
