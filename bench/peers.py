@@ -81,6 +81,15 @@ def versions(rows):
     return ", ".join(told)
 
 
+def by_peer(ratios):
+    """Rows, geometric mean and rows above 1.0 of packages and of each build of plain loops."""
+    of = {}
+    for (*_, peer), ratio in ratios.items():
+        of.setdefault(peer.removesuffix(" in float") if peer.startswith("plain loop") else "packages", []).append(ratio)
+    return "; ".join(f"{kind}: {len(values)} rows, {geometric_mean(values):.3f}, {sum(r > 1 for r in values)} above 1.0"
+                     for kind, values in sorted(of.items()))
+
+
 def table(machine, medians, processes, note):
     ratios = {row: ours / theirs for row, (ours, theirs) in medians.items()}
     functions = by_function(ratios)
@@ -94,10 +103,11 @@ def table(machine, medians, processes, note):
         f"machine: CPUID family {machine['family']}, model {machine['model']}, registers of {machine['register bits']} bits, "
         f"counter at {machine['counter MHz']} MHz",
         f"kernels: level {machine['kernel level']} ({WIDTHS.get(int(machine['kernel level']), 'unknown')})",
-        f"packages: {versions(ratios)}; plain loops by {machine['compiler']}",
+        f"packages: {versions(ratios) or 'none'}; plain loops by {machine['compiler']}",
         f"readings: medians of the lowest of {processes} processes a side" + (f"; {note}" if note else ""),
         f"summary: {len(ratios)} rows, geometric mean {geometric_mean(ratios.values()):.3f}; {len(functions)} functions, "
         f"geometric mean {geometric_mean(functions.values()):.3f}; {len(slower)} rows above 1.0",
+        f"by peer: {by_peer(ratios)}",
         "",
         " ratio       ours       peer  functions | size | data | peer",
         *(told(row) for row in sorted(ratios, key=ratios.get, reverse=True)),

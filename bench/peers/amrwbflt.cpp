@@ -53,51 +53,57 @@ PEER_ROWS(amrwbflt) {
     peerRow(
         "veksResidualFilter_AMRWB_16s_Sfs, 64", "vo-amrwbenc voAWB_Residu",
         [] { veksResidualFilter_AMRWB_16s_Sfs(a, 16, x + 16, y, 64, 11); }, [] { voAWB_Residu(a, x + 16, y, 64); });
-    peerRow(
-        "veksPreemphasize_AMRWB_16s_ISfs, 256", "vo-amrwbenc Preemph2",
-        [] {
-            std::copy_n(x, 256, y);
-            veksPreemphasize_AMRWB_16s_ISfs(22282, y, 256, 14, &memory);
-        },
-        [] {
-            std::copy_n(x, 256, y);
-            Preemph2(y, 22282, 256, &memory);
-        });
-    peerRow(
-        "veksDeemphasize_AMRWB_NR_16s_I, 256", "vo-amrwbenc Deemph2",
-        [] {
-            std::copy_n(x, 256, z);
-            veksDeemphasize_AMRWB_NR_16s_I(22282, z, 256, &memory);
-        },
-        [] {
-            std::copy_n(x, 256, z);
-            Deemph2(z, 22282, 256, &memory);
-        });
-    peerRow(
-        "veksDeemphasize_AMRWB_32s16s, 64", "opencore-amrwb deemphasis_32",
-        [] { veksDeemphasize_AMRWB_32s16s(22282, wide, y, 64, &memory); },
-        [] { deemphasis_32(high, low, y, 22282, 64, &memory); });
-    peerRow(
-        "veksSynthesisFilter_AMRWB_16s32s_I, 64", "opencore-amrwb Syn_filt_32",
-        [] { veksSynthesisFilter_AMRWB_16s32s_I(a, 16, x, wide + 16, 64); },
-        [] { Syn_filt_32(a, 16, x, 0, high + 16, low + 16, 64); });
-    peerRow(
-        "veksHighPassFilter_AMRWB_16s_ISfs, 256", "vo-amrwbenc HP50_12k8",
-        [] {
-            std::copy_n(x, 256, y);
-            veksHighPassFilter_AMRWB_16s_ISfs(y, 256, filter, 14);
-        },
-        [] {
-            std::copy_n(x, 256, y);
-            HP50_12k8(y, 256, past);
-        });
-    peerRow(
-        "veksHighPassFilter_AMRWB_16s_Sfs, 256", "vo-amrwbenc HP400_12k8",
-        [] { veksHighPassFilter_AMRWB_16s_Sfs(x, y, 256, filter, 12); },
-        [] {
-            std::copy_n(x, 256, z);
-            HP400_12k8(z, 256, past);
-        });
+    for (const int n : {32, 128, 256}) {
+        peerRow(
+            "veksPreemphasize_AMRWB_16s_ISfs, " + std::to_string(n), "vo-amrwbenc Preemph2",
+            [n] {
+                std::copy_n(x, n, y);
+                veksPreemphasize_AMRWB_16s_ISfs(22282, y, n, 14, &memory);
+            },
+            [n] {
+                std::copy_n(x, n, y);
+                Preemph2(y, 22282, n, &memory);
+            });
+        peerRow(
+            "veksDeemphasize_AMRWB_NR_16s_I, " + std::to_string(n), "vo-amrwbenc Deemph2",
+            [n] {
+                std::copy_n(x, n, z);
+                veksDeemphasize_AMRWB_NR_16s_I(22282, z, n, &memory);
+            },
+            [n] {
+                std::copy_n(x, n, z);
+                Deemph2(z, 22282, n, &memory);
+            });
+    }
+    for (const int n : {32, 64}) {
+        peerRow(
+            "veksDeemphasize_AMRWB_32s16s, " + std::to_string(n), "opencore-amrwb deemphasis_32",
+            [n] { veksDeemphasize_AMRWB_32s16s(22282, wide, y, n, &memory); },
+            [n] { deemphasis_32(high, low, y, 22282, n, &memory); });
+        peerRow(
+            "veksSynthesisFilter_AMRWB_16s32s_I, " + std::to_string(n), "opencore-amrwb Syn_filt_32",
+            [n] { veksSynthesisFilter_AMRWB_16s32s_I(a, 16, x, wide + 16, n); },
+            [n] { Syn_filt_32(a, 16, x, 0, high + 16, low + 16, n); });
+    }
+    for (const int n : {32, 128, 256}) {
+        peerRow(
+            "veksHighPassFilter_AMRWB_16s_ISfs, " + std::to_string(n), "vo-amrwbenc HP50_12k8",
+            [n] {
+                std::copy_n(x, n, y);
+                veksHighPassFilter_AMRWB_16s_ISfs(y, n, filter, 14);
+            },
+            [n] {
+                std::copy_n(x, n, y);
+                HP50_12k8(y, n, past);
+            });
+        peerRow(
+            "veksHighPassFilter_AMRWB_16s_Sfs, " + std::to_string(n), "vo-amrwbenc HP400_12k8",
+            [n] { veksHighPassFilter_AMRWB_16s_Sfs(x, y, n, filter, 12); },
+            [n] {
+                std::copy_n(x, n, z);
+                HP400_12k8(z, n, past);
+            });
+    }
     peerRow(
         "veksAdaptiveCodebookGainCoeff_AMRWB_16s, 64", "vo-amrwbenc voAWB_G_pitch",
         [] { veksAdaptiveCodebookGainCoeff_AMRWB_16s(x, x + 9, c, &gain, 64); },
@@ -152,16 +158,18 @@ PEER_ROWS(amrwbflt) {
         "veksSynthesisFilter_AMRWBE_16s32s_I, 64", "opencore-amrwb Syn_filt_32",
         [] { veksSynthesisFilter_AMRWBE_16s32s_I(a, 16, x, wide + 16, 64); },
         [] { Syn_filt_32(a, 16, x, 0, high + 16, low + 16, 64); });
-    peerRow(
-        "veksDeemphasize_AMRWBE_NR_16s_I, 256", "vo-amrwbenc Deemph",
-        [] {
-            std::copy_n(x, 256, z);
-            veksDeemphasize_AMRWBE_NR_16s_I(22282, 15, z, 256, &memory);
-        },
-        [] {
-            std::copy_n(x, 256, z);
-            Deemph(z, 22282, 256, &memory);
-        });
+    for (const int n : {32, 128, 256}) {
+        peerRow(
+            "veksDeemphasize_AMRWBE_NR_16s_I, " + std::to_string(n), "vo-amrwbenc Deemph",
+            [n] {
+                std::copy_n(x, n, z);
+                veksDeemphasize_AMRWBE_NR_16s_I(22282, 15, z, n, &memory);
+            },
+            [n] {
+                std::copy_n(x, n, z);
+                Deemph(z, 22282, n, &memory);
+            });
+    }
     static Vek16s coder[4096], passed[243], memory9[9], found, level, lags[5] = {40, 40, 40, 40, 40},
                                                                       values[4] = {40, 30000, 0, 1};
     for (const int n : {64, 128}) {

@@ -130,13 +130,15 @@ PEER_ROWS(celp) {
     static char highPass[64];
     static int passed[2];
     veksHighPassFilterInit_G729(highPass);
-    peerRow(
-        "veksHighPassFilter_G729_16s_ISfs, 80", "libavcodec ff_acelp_high_pass_filter",
-        [] {
-            std::copy_n(x, 80, y);
-            veksHighPassFilter_G729_16s_ISfs(y, 80, 12, highPass);
-        },
-        [] { ff_acelp_high_pass_filter(y, passed, x, 80); });
+    for (const int n : {40, 60, 80}) {
+        peerRow(
+            "veksHighPassFilter_G729_16s_ISfs, " + std::to_string(n), "libavcodec ff_acelp_high_pass_filter",
+            [n] {
+                std::copy_n(x, n, y);
+                veksHighPassFilter_G729_16s_ISfs(y, n, 12, highPass);
+            },
+            [n] { ff_acelp_high_pass_filter(y, passed, x, n); });
+    }
     static float last;
     for (const int n : {40, 80}) {
         peerRow(
@@ -257,6 +259,7 @@ PEER_ROWS(celp) {
 PEER_ROWS_ONCE(celpspectrum) {
     static const Vek16s lsf[10] = {2339, 4678, 7017, 9356, 11695, 14034, 16373, 18712, 21051, 23390};
     static const float lsp[10] = {0.95F, 0.85F, 0.65F, 0.42F, 0.15F, -0.14F, -0.41F, -0.64F, -0.84F, -0.94F};
+    static const float angles[10] = {0.2F, 0.4F, 0.7F, 1.1F, 1.4F, 1.7F, 2.0F, 2.3F, 2.6F, 2.8F};
     static double wide[10];
     std::copy_n(lsp, 10, wide);
     peerRowOnce(
@@ -266,12 +269,14 @@ PEER_ROWS_ONCE(celpspectrum) {
         "veksLSPToLPC_G729_32f", "libavcodec ff_acelp_lspd2lpc", [] { veksLSPToLPC_G729_32f(lsp, yF); },
         [] { ff_acelp_lspd2lpc(wide, yF, 5); });
     peerRow(
-        "veksLSPToLPC_RTA_32f, 10", "libavcodec ff_acelp_lspd2lpc",
+        "veksLSPToLPC_RTA_32f, 10", "libavcodec ff_acelp_lspd2lpc, cosines by a plain loop",
+        [] { veksLSPToLPC_RTA_32f(angles, yF, 10); },
         [] {
-            static const float angles[10] = {0.2F, 0.4F, 0.7F, 1.1F, 1.4F, 1.7F, 2.0F, 2.3F, 2.6F, 2.8F};
-            veksLSPToLPC_RTA_32f(angles, yF, 10);
-        },
-        [] { ff_acelp_lspd2lpc(wide, yF, 5); });
+            for (int i = 0; i < 10; ++i) {
+                wide[i] = std::cos(angles[i]);
+            }
+            ff_acelp_lspd2lpc(wide, yF, 5);
+        });
     static Vek16s spectrum[10] = {1200, 2500, 4300, 6200, 8200, 10100, 12200, 14300, 16200, 18000};
     static int16_t before[10] = {1200, 2500, 4300, 6200, 8200, 10100, 12200, 14300, 16200, 18000};
     const auto fourFilters = [] { ff_g723_1_lsp_interpolate(y, spectrum, before); };

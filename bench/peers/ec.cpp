@@ -188,12 +188,15 @@ PEER_ROWS(ec) {
     static int result;
     static modem_connect_tones_rx_state_t* rx =
         modem_connect_tones_rx_init(nullptr, MODEM_CONNECT_TONES_ANS_PR, nullptr, nullptr);
-    peerRow(
-        "veksToneDetect_EC_16s, 80", "spandsp modem_connect_tones_rx",
-        [] { veksToneDetect_EC_16s(speech, 80, &result, tone.get()); }, [] { modem_connect_tones_rx(rx, speech, 80); });
-    peerRow(
-        "veksToneDetect_EC_32f, 80", "spandsp modem_connect_tones_rx",
-        [] { veksToneDetect_EC_32f(speechF, 80, &result, toneF.get()); },
-        [] { modem_connect_tones_rx(rx, speech, 80); });
+    for (const int n : {64, 80}) {
+        peerRow(
+            "veksToneDetect_EC_16s, " + std::to_string(n), "spandsp modem_connect_tones_rx",
+            [n] { veksToneDetect_EC_16s(speech, n, &result, tone.get()); },
+            [n] { modem_connect_tones_rx(rx, speech, n); });
+        peerRow(
+            "veksToneDetect_EC_32f, " + std::to_string(n), "spandsp modem_connect_tones_rx",
+            [n] { veksToneDetect_EC_32f(speechF, n, &result, toneF.get()); },
+            [n] { modem_connect_tones_rx(rx, speech, n); });
+    }
 }
 #endif

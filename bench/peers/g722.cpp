@@ -1,4 +1,4 @@
-// G.722 beside another codec: 320 samples of 16 kHz with the filter bank, and the sub-bands alone.
+// G.722 beside another codec, sub-bands and filter bank together.
 #include "peers.h"
 
 #include "veksc.h"
@@ -23,21 +23,25 @@ PEER_ROWS(g722) {
     ours = reinterpret_cast<VeksCodecState_G722*>(memory.data());
     static g722_encode_state_t* coder = g722_encode_init(nullptr, 64000, 0);
     static g722_decode_state_t* decoder = g722_decode_init(nullptr, 64000, 0);
-    veksSBADPCMEncodeInit_G722_16s(ours);
-    peerRow(
-        "veksQMFEncode_G722_16s + veksSBADPCMEncode_G722_16s, 320", "spandsp g722_encode",
-        [] {
-            veksQMFEncode_G722_16s(x, bands, 320, delay);
-            veksSBADPCMEncode_G722_16s(bands, codes, 320, ours);
-        },
-        [] { g722_encode(coder, bytes, x, 320); });
-    veksSBADPCMDecodeInit_G722_16s(ours);
-    peerRow(
-        "veksSBADPCMDecode_G722_16s + veksQMFDecode_G722_16s, 320", "spandsp g722_decode",
-        [] {
-            veksSBADPCMDecode_G722_16s(codes, bands, 320, 1, ours);
-            veksQMFDecode_G722_16s(bands, x, 320, delay);
-        },
-        [] { g722_decode(decoder, x, bytes, 160); });
+    for (const int n : {80, 160, 320}) {
+        const std::string told = ", " + std::to_string(n);
+        static Vek16s y[320];
+        veksSBADPCMEncodeInit_G722_16s(ours);
+        peerRow(
+            "veksQMFEncode_G722_16s + veksSBADPCMEncode_G722_16s" + told, "spandsp g722_encode",
+            [n] {
+                veksQMFEncode_G722_16s(x, bands, n, delay);
+                veksSBADPCMEncode_G722_16s(bands, codes, n, ours);
+            },
+            [n] { g722_encode(coder, bytes, x, n); });
+        veksSBADPCMDecodeInit_G722_16s(ours);
+        peerRow(
+            "veksSBADPCMDecode_G722_16s + veksQMFDecode_G722_16s" + told, "spandsp g722_decode",
+            [n] {
+                veksSBADPCMDecode_G722_16s(codes, bands, n, 1, ours);
+                veksQMFDecode_G722_16s(bands, y, n, delay);
+            },
+            [n] { g722_decode(decoder, y, bytes, n / 2); });
+    }
 }
 #endif

@@ -123,14 +123,18 @@ PEER_ROWS(g7291filters) {
         taps[i] = 1.0F / static_cast<float>(64 + i);
     }
     veksQMFInit_G7291_16s(state);
-    peerRow(
-        "veksQMFEncode_G7291_16s, 320", "speex qmf_decomp (float, 64 taps)",
-        [] { veksQMFEncode_G7291_16s(x, 320, low, high, state); },
-        [] { qmf_decomp(fx, taps, fLow, fHigh, 320, 64, memory, stack); });
-    peerRow(
-        "veksQMFDecode_G7291_16s, 160", "speex qmf_synth (float, 64 taps)",
-        [] { veksQMFDecode_G7291_16s(low, high, 16384, 160, y, state); },
-        [] { qmf_synth(fLow, fHigh, taps, fy, 320, 64, memory, other, stack); });
+    for (const int n : {160, 320}) {
+        peerRow(
+            "veksQMFEncode_G7291_16s, " + std::to_string(n), "speex qmf_decomp (float, 64 taps)",
+            [n] { veksQMFEncode_G7291_16s(x, n, low, high, state); },
+            [n] { qmf_decomp(fx, taps, fLow, fHigh, n, 64, memory, stack); });
+    }
+    for (const int n : {80, 160}) {
+        peerRow(
+            "veksQMFDecode_G7291_16s, " + std::to_string(n), "speex qmf_synth (float, 64 taps)",
+            [n] { veksQMFDecode_G7291_16s(low, high, 16384, n, y, state); },
+            [n] { qmf_synth(fLow, fHigh, taps, fy, 2 * n, 64, memory, other, stack); });
+    }
     veksFilterHighpassInit_G7291_16s(filter);
     peerRow(
         "veksFilterHighpass_G7291_16s_ISfs, 80", "bcg729 preProcessing",

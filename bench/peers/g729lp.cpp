@@ -83,10 +83,12 @@ PEER_ROWS(g729lp) {
         h[i] = i == 0 ? Vek16s{4096} : static_cast<Vek16s>((i * 3571 % 4001 - 2000) / (i + 1));
     }
     std::copy(x, x + 194, excitation);
-    peerRow(
-        "veksPreemphasize_G729A_16s_I, 40", "opencore-amrnb preemphasis",
-        [] { veksPreemphasize_G729A_16s_I(16384, y, 40, &memory); },
-        [] { preemphasis(&memory, y, 16384, 40, &overflow); });
+    for (const int n : {10, 40}) {
+        peerRow(
+            "veksPreemphasize_G729A_16s_I, " + std::to_string(n), "opencore-amrnb preemphasis",
+            [n] { veksPreemphasize_G729A_16s_I(16384, y, n, &memory); },
+            [n] { preemphasis(&memory, y, 16384, n, &overflow); });
+    }
     peerRow(
         "veksGainControl_G729A_16s_I", "opencore-amrnb agc",
         [] {

@@ -50,7 +50,8 @@ PEER_ROWS(opus) {
         [] { veksAutoCorrLagMax_32f(xF + 150, 80, 20, 143, &most, &lag); }, [] { searchBack(80, 20, 143); });
     for (const int n : {40, 80}) {
         peerRow(
-            "veksCrossCorrLagMax_32f64f, " + std::to_string(n) + "x20", "opus celt_pitch_xcorr_c, then the largest",
+            "veksCrossCorrLagMax_32f64f, " + std::to_string(n) + "x20",
+            "opus celt_pitch_xcorr_c in float, then the largest",
             [n] { veksCrossCorrLagMax_32f64f(xF, zF, n, 20, &mostWide, &lag); },
             [n] {
                 celt_pitch_xcorr_c(xF, zF, sums, n, 20, 0);

@@ -80,10 +80,12 @@ PEER_ROWS(rta) {
     bank.resize(static_cast<size_t>(size));
     static auto* state = reinterpret_cast<VeksQMFState_RTA_32f*>(bank.data());
     veksQMFInit_RTA_32f(state);
-    peerRow(
-        "veksQMFEncode_RTA_32f, 80", "speex qmf_decomp, 64 taps",
-        [] { veksQMFEncode_RTA_32f(x, 80, low, high, state); },
-        [] { qmf_decomp(x, taps, low, high, 80, 64, memory, stack); });
+    for (const int n : {20, 40, 80}) {
+        peerRow(
+            "veksQMFEncode_RTA_32f, " + std::to_string(n), "speex qmf_decomp, 64 taps",
+            [n] { veksQMFEncode_RTA_32f(x, n, low, high, state); },
+            [n] { qmf_decomp(x, taps, low, high, n, 64, memory, stack); });
+    }
     veksQMFInit_RTA_32f(state);
     peerRow(
         "veksQMFDecode_RTA_32f, 80", "speex qmf_synth, 64 taps", [] { veksQMFDecode_RTA_32f(x, x + 40, 40, y, state); },
@@ -92,21 +94,23 @@ PEER_ROWS(rta) {
     small[1][0] = -1.5F;
     small[1][1] = 0.7F;
     static Vek32f states[12];
-    peerRow(
-        "veksHighPassFilter_RTA_32f, 320", "speex filter_mem16, order 8",
-        [] { veksHighPassFilter_RTA_32f(x, y, 320, 5, VEK_PCM_FREQ_8000, states); },
-        [] { filter_mem16(x, small[0], small[1], y, 320, 8, small[2], stack); });
     static Vek32f speech[320];
-    peerRow(
-        "veksBandPassFilter_RTA_32f_I, 320", "speex filter_mem16, order 8",
-        [] {
-            veksCopy_32f(x, speech, 320);
-            veksBandPassFilter_RTA_32f_I(speech, 320, states);
-        },
-        [] {
-            veksCopy_32f(x, speech, 320);
-            filter_mem16(speech, small[0], small[1], speech, 320, 8, small[2], stack);
-        });
+    for (const int n : {80, 160, 320}) {
+        peerRow(
+            "veksHighPassFilter_RTA_32f, " + std::to_string(n), "speex filter_mem16, order 8",
+            [n] { veksHighPassFilter_RTA_32f(x, y, n, 5, VEK_PCM_FREQ_8000, states); },
+            [n] { filter_mem16(x, small[0], small[1], y, n, 8, small[2], stack); });
+        peerRow(
+            "veksBandPassFilter_RTA_32f_I, " + std::to_string(n), "speex filter_mem16, order 8",
+            [n] {
+                veksCopy_32f(x, speech, n);
+                veksBandPassFilter_RTA_32f_I(speech, n, states);
+            },
+            [n] {
+                veksCopy_32f(x, speech, n);
+                filter_mem16(speech, small[0], small[1], speech, n, 8, small[2], stack);
+            });
+    }
     veksPostFilterGetStateSize_RTA_32f(&size);
     post.resize(static_cast<size_t>(size));
     static auto* postState = reinterpret_cast<VeksPostFilterState_RTA_32f*>(post.data());

@@ -211,6 +211,36 @@ PLAIN void filteredExcitation(const float* h, float* y, int n, float v) {
     y[0] = v * h[0];
 }
 
+// The innovation convolved in a circle with the response, and its share in the excitation exchanged.
+PLAIN void disperse(const Vek16s* x, Vek16s* code, const Vek16s* h, int gain, Vek16s* y) {
+    int32_t sums[40];
+    std::fill_n(sums, 40, 0);
+    for (int i = 0; i < 40; ++i) {
+        for (int k = 0; k < 40 - i; ++k) {
+            sums[i + k] += code[i] * h[k];
+        }
+        for (int k = 40 - i; k < 40; ++k) {
+            sums[i + k - 40] += code[i] * h[k];
+        }
+    }
+    for (int i = 0; i < 40; ++i) {
+        const Vek16s dispersed = rounded(sums[i], 15);
+        y[i] = narrow(x[i] + rounded(gain * (dispersed - code[i]), 14));
+        code[i] = dispersed;
+    }
+}
+
+// Half the logarithm of each segment's energy.
+PLAIN void levels(const Vek16s* x, float* y, int segments) {
+    for (int s = 0; s < segments; ++s) {
+        float energy = 1;
+        for (int i = 10 * s; i < 10 * s + 10; ++i) {
+            energy += static_cast<float>(x[i]) * x[i];
+        }
+        y[s] = 0.5F * std::log2(energy);
+    }
+}
+
 // A table of 1/sqrt over a quarter of the range, and a line between its entries.
 Vek16s roots[50];
 PLAIN void inverseRoots(Vek32s* x, int n) {
@@ -543,6 +573,26 @@ PEER_ROWS(plainarithmetic) {
             std::copy_n(zF, 40, yF);
             gainControlF(xF, yF, &gainF);
         });
+    static Vek8u dispersion[1024];
+    static Vek16s code[40];
+    veksPhaseDispersionInit_G729D_16s(dispersion);
+    peerRow(
+        "veksPhaseDispersion_G729D_16s", PEER_PLAIN,
+        [] {
+            std::fill_n(code, 40, Vek16s{0});
+            code[3] = code[17] = 8192;
+            veksPhaseDispersion_G729D_16s(x, y, 2000, 4000, code, dispersion);
+        },
+        [] {
+            std::fill_n(code, 40, Vek16s{0});
+            code[3] = code[17] = 8192;
+            disperse(x, code, z, 2000, y);
+        });
+    for (const int segments : {8, 16}) {
+        peerRow(
+            "veksEnvelopTime_G7291_16s, " + std::to_string(segments), PEER_PLAIN,
+            [segments] { veksEnvelopTime_G7291_16s(x, 2, y, segments); }, [segments] { levels(x, yF, segments); });
+    }
     for (const int n : {64, 256}) {
         static const Vek16s taps[2] = {5898, 20972};
         peerRow(
@@ -550,28 +600,34 @@ PEER_ROWS(plainarithmetic) {
             [n] { veksHighPassFilter_Direct_AMRWB_16s(taps, x + 1, y, n, 1); },
             [n] { symmetric(5898, 20972, x + 1, y, n); });
     }
-    peerRow(
-        "veksDeemphasize_GSMFR_16s_I, 160", PEER_PLAIN,
-        [] {
-            std::copy_n(x, 160, y);
-            veksDeemphasize_GSMFR_16s_I(y, 160, &last);
-        },
-        [] {
-            std::copy_n(x, 160, y);
-            lift(28180, y, 160, &last, true);
-        });
-    peerRow(
-        "veksDeemphasize_AMRWBE_NR_16s_I, 256", PEER_PLAIN,
-        [] {
-            std::copy_n(x, 256, y);
-            veksDeemphasize_AMRWBE_NR_16s_I(22282, 15, y, 256, &last);
-        },
-        [] {
-            std::copy_n(x, 256, y);
-            lift(22282, y, 256, &last, false);
-        });
+    for (const int n : {100, 140, 180}) {
+        peerRow(
+            "veksDeemphasize_GSMFR_16s_I, " + std::to_string(n), PEER_PLAIN,
+            [n] {
+                std::copy_n(x, n, y);
+                veksDeemphasize_GSMFR_16s_I(y, n, &last);
+            },
+            [n] {
+                std::copy_n(x, n, y);
+                lift(28180, y, n, &last, true);
+            });
+    }
+    for (const int n : {32, 128, 256}) {
+        peerRow(
+            "veksDeemphasize_AMRWBE_NR_16s_I, " + std::to_string(n), PEER_PLAIN,
+            [n] {
+                std::copy_n(x, n, y);
+                veksDeemphasize_AMRWBE_NR_16s_I(22282, 15, y, n, &last);
+            },
+            [n] {
+                std::copy_n(x, n, y);
+                lift(22282, y, n, &last, false);
+            });
+    }
     static const Vek16s taps11[11] = {-134, -374, 0, 2054, 5741, 8192, 5741, 2054, 0, -374, -134};
-    peerRow(
-        "veksWeightingFilter_GSMFR_16s, 40", PEER_PLAIN, [] { veksWeightingFilter_GSMFR_16s(x + 10, y, 40); },
-        [] { zeros(taps11, 10, x + 15, y, 40); });
+    for (const int n : {30, 40, 60}) {
+        peerRow(
+            "veksWeightingFilter_GSMFR_16s, " + std::to_string(n), PEER_PLAIN,
+            [n] { veksWeightingFilter_GSMFR_16s(x + 10, y, n); }, [n] { zeros(taps11, 10, x + 15, y, n); });
+    }
 }
