@@ -57,14 +57,14 @@ void codeVector(const Rows& rows, Vek16s* code) {
     spread(code, kNarrowGap);
 }
 
-// Sum of the last code vectors' shares, Q28.
-int32_t predicted(const LsfPredictor& predictor, const Vek16s* previous, int i) {
-    int32_t sum = 0;
-    for (int k = 0; k < kHistory; ++k) {
-        sum += predictor.weight[k][i] * previous[k * kOrder + i];
+// Sums of the last code vectors' shares, Q28.
+struct Predicted {
+    int32_t sum[kOrder];
+
+    Predicted(const LsfPredictor& predictor, const Vek16s* previous) {
+        vqKernels().movingAverage10(predictor.weight[0], previous, sum);
     }
-    return sum;
-}
+};
 
 void push(Vek16s* previous, const Vek16s* code) {
     std::memmove(previous + kOrder, previous, sizeof(Vek16s) * (kHistory - 1) * kOrder);
@@ -92,8 +92,9 @@ void reconstruct(const LsfPredictor& predictor, const Rows& rows, Vek16s* previo
     Vek16s code[kOrder];
     codeVector(rows, code);
     Vek16s out[kOrder];
+    const Predicted predicted(predictor, previous);
     for (int i = 0; i < kOrder; ++i) {
-        const int64_t sum = int64_t{predictor.rest[i]} * code[i] + predicted(predictor, previous, i);
+        const int64_t sum = int64_t{predictor.rest[i]} * code[i] + predicted.sum[i];
         out[i] = sat16_64((sum + 0x4000) >> 15);
     }
     push(previous, code);
@@ -268,8 +269,9 @@ void quantise(const Vek16s* lsf, Vek16s* previous, Vek16s* out, Vek16s* index, i
     for (int p = 0; p < 2; ++p) {
         const LsfPredictor& predictor = predictors[p];
         Vek16s target[kOrder];
+        const Predicted predicted(predictor, previous);
         for (int i = 0; i < kOrder; ++i) {
-            const int64_t rest = int64_t{lsf[i]} * 32768 - predicted(predictor, previous, i);
+            const int64_t rest = int64_t{lsf[i]} * 32768 - predicted.sum[i];
             target[i] = sat16_64((((rest + 0x4000) >> 15) * predictor.inverse[i]) >> 12);
         }
         Vek16s candidate[4] = {static_cast<Vek16s>(p)};
@@ -327,8 +329,9 @@ VekStatus veksLSFDecodeErased_G729_16s(int maIndex, Vek16s* pPrevLSF, const Vek1
     }
     const LsfPredictor& predictor = kLsfPredictors[maIndex];
     Vek16s code[kOrder];
+    const Predicted predicted(predictor, pPrevLSF);
     for (int i = 0; i < kOrder; ++i) {
-        const int64_t rest = int64_t{pSrcQLSF[i]} * 32768 - predicted(predictor, pPrevLSF, i);
+        const int64_t rest = int64_t{pSrcQLSF[i]} * 32768 - predicted.sum[i];
         code[i] = sat16_64((((rest * predictor.inverse[i]) >> 12) + 0x4000) >> 15);
     }
     push(pPrevLSF, code);

@@ -18,7 +18,8 @@ constexpr int kFilteredShift = 14;
 constexpr int kRoundEnergy = 1 << 12; // Q18 to Q5
 constexpr int kEnergyShift = 13;
 
-// The recursions within a vector, in scalar code at all levels: each sample waits for the one before.
+// The recursions within a vector, in scalar code at all levels: each sample waits for the one before. What stands
+// before the vector does not.
 constexpr int kZeros = 10;
 constexpr int64_t kHalf14 = 1 << 13;
 
@@ -61,21 +62,97 @@ void recur(const int16_t* a, int64_t* y, int64_t limit) {
     }
 }
 
-void poleZero(const int16_t* c, const int16_t* x, int16_t* y) {
-    int64_t sums[kSamples];
+// sums[k] = sum of c[i] * x[9 + k - i], i = 0..9, exact, of x[0..9] and, if they are `fresh`, the five behind,
+// else zeros; k = 0..4.
+void tapsEach(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
     for (int k = 0; k < kSamples; ++k) {
-        int64_t s = x[kZeros + k] * (1 << 14) + kHalf14;
-        for (int i = 0; i < kZeros; ++i) {
+        int64_t s = 0;
+        for (int i = fresh ? 0 : k; i < kZeros; ++i) {
             s += c[i] * x[kZeros - 1 + k - i];
-        }
-        for (int i = k; i < kZeros; ++i) {
-            s -= c[kZeros + i] * y[kZeros - 1 + k - i];
         }
         sums[k] = s;
     }
+}
+
+#if VEK_LEVEL == 0
+
+void taps(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
+    tapsEach(c, x, fresh, sums);
+}
+
+#else
+
+// Eight samples from a place on in two registers.
+template <int From>
+VEK_INLINE __m128i window(__m128i first, __m128i second) {
+    if constexpr (From < 8) {
+        return _mm_alignr_epi8(second, first, 2 * From);
+    } else {
+        return _mm_srli_si128(second, 2 * (From - 8));
+    }
+}
+
+// Four sums, in pairs, and the fifth.
+struct TapSums {
+    __m128i first = _mm_setzero_si128();
+    __m128i second = _mm_setzero_si128();
+    __m128i last = _mm_setzero_si128();
+    bool fits = true;
+};
+
+// Two taps from I on, and the ones behind. Of their products, only those of two coefficients of -32768 can leave 32
+// bits.
+template <int I>
+VEK_INLINE void addTaps(const int16_t* c, __m128i first, __m128i second, TapSums& sums) {
+    int32_t pair = 0;
+    __builtin_memcpy(&pair, c + I, sizeof pair);
+    sums.fits = sums.fits && pair != static_cast<int32_t>(0x80008000U);
+    const __m128i k = _mm_set1_epi32(pair);
+    const __m128i a = window<kZeros - 1 - I>(first, second);
+    const __m128i b = window<kZeros - 2 - I>(first, second);
+    const __m128i low = _mm_madd_epi16(_mm_unpacklo_epi16(a, b), k);
+    const __m128i high = _mm_madd_epi16(_mm_unpackhi_epi16(a, b), k);
+    sums.first = _mm_add_epi64(sums.first, _mm_cvtepi32_epi64(low));
+    sums.second = _mm_add_epi64(sums.second, _mm_cvtepi32_epi64(_mm_srli_si128(low, 8)));
+    sums.last = _mm_add_epi64(sums.last, _mm_cvtepi32_epi64(high));
+    if constexpr (I + 2 < kZeros) {
+        addTaps<I + 2>(c, first, second, sums);
+    }
+}
+
+void taps(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
+    const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
+    int32_t old = 0;
+    __builtin_memcpy(&old, x + 8, sizeof old);
+    __m128i second = _mm_cvtsi32_si128(old);
+    if (fresh) {
+        // Written one by one just before.
+        second = _mm_insert_epi16(second, x[10], 2);
+        second = _mm_insert_epi16(second, x[11], 3);
+        second = _mm_insert_epi16(second, x[12], 4);
+        second = _mm_insert_epi16(second, x[13], 5);
+        second = _mm_insert_epi16(second, x[14], 6);
+    }
+    TapSums all;
+    addTaps<0>(c, first, second, all);
+    if (!all.fits) [[unlikely]] {
+        return tapsEach(c, x, fresh, sums);
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(sums), all.first);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(sums + 2), all.second);
+    sums[4] = _mm_cvtsi128_si64(all.last);
+}
+
+#endif
+
+void poleZero(const int16_t* c, const int16_t* x, int16_t* y) {
+    int64_t zeros[kSamples];
+    int64_t poles[kSamples];
+    taps(c, x, true, zeros);
+    taps(c + kZeros, y, false, poles);
     int out[kSamples];
     for (int k = 0; k < kSamples; ++k) {
-        int64_t s = sums[k];
+        int64_t s = x[kZeros + k] * (1 << 14) + kHalf14 + zeros[k] - poles[k];
         for (int i = k - 1; i >= 0; --i) {
             s -= c[kZeros + i] * out[k - 1 - i];
         }
@@ -115,16 +192,10 @@ void poleZeroRest(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit)
 }
 
 void zeros(const int16_t* c, const int16_t* x, int16_t* y) {
-    int16_t out[kSamples];
+    int64_t sums[kSamples];
+    taps(c, x, true, sums);
     for (int k = 0; k < kSamples; ++k) {
-        int64_t s = x[kZeros + k] * (1 << 13) + (1 << 12);
-        for (int i = 0; i < kZeros; ++i) {
-            s += c[i] * x[kZeros - 1 + k - i];
-        }
-        out[k] = fix::sat16_64(s >> 13);
-    }
-    for (int k = 0; k < kSamples; ++k) {
-        y[k] = out[k];
+        y[k] = fix::sat16_64((x[kZeros + k] * (1 << 13) + (1 << 12) + sums[k]) >> 13);
     }
 }
 

@@ -311,14 +311,12 @@ int32_t largest(const int32_t* x, int n) {
     return most;
 }
 
-// Lines k to k + 7 of the real transform of 16 M samples, doubled, from z, the complex one of its pairs; z[8 M] = z[0].
+// Lines k to k + 7 of the real transform of 16 M samples, doubled, from those of z, the complex one of its pairs, and
+// from those opposite, z[8 M - k] to z[8 M - k - 7].
 template <int M>
-VEK_INLINE C8 realLines(const TransformTable<M>& t, const int32_t* zRe, const int32_t* zIm, int k) {
-    constexpr int mirror = 8 * M - 7;
-    const C8 z = loadC(zRe + k, zIm + k);
-    const C8 m = {reverse(load(zRe + mirror - k)), reverse(load(zIm + mirror - k))}; // Z(8 M - k)
-    const C8 even = {z.re + m.re, z.im - m.im};
-    const C8 odd = {z.im + m.im, m.re - z.re};
+VEK_INLINE C8 realLines(const TransformTable<M>& t, int k, C8 z, C8 opposite) {
+    const C8 even = {z.re + opposite.re, z.im - opposite.im};
+    const C8 odd = {z.im + opposite.im, opposite.re - z.re};
     return even + rotate(odd, load(t.postRe + k), load(t.postIm + k));
 }
 
@@ -339,7 +337,8 @@ void fft128(int16_t* srcDst) {
     zRe[64] = zRe[0];
     zIm[64] = zIm[0];
     for (int k = 0; k < 64; k += 8) {
-        const C8 x = realLines(g_fft128, zRe, zIm, k);
+        const C8 opposite = {reverse(load(zRe + 57 - k)), reverse(load(zIm + 57 - k))};
+        const C8 x = realLines(g_fft128, k, loadC(zRe + k, zIm + k), opposite);
         storePairs(srcDst + 2 * k, shiftRightRounded<guard + 8>(x.re), shiftRightRounded<guard + 8>(x.im));
     }
     int16_t nyquist[16];
@@ -349,13 +348,13 @@ void fft128(int16_t* srcDst) {
 }
 
 // Samples of 23 bits: the gain of 64 and the doubling of the split fill 30.
-int foldedFft64(const int16_t* x, const int16_t* w, int32_t* re, int32_t* im) {
+int foldedFft64(const int16_t* samples, const int16_t* w, int32_t* re, int32_t* im) {
     constexpr int half = 32;
     constexpr int bits = 23;
     int32_t folded[2 * half];
     int32_t used = 0;
     for (int n = 0; n < 2 * half; ++n) {
-        folded[n] = w[n] * x[n] + w[n + 2 * half] * x[n + 2 * half];
+        folded[n] = w[n] * samples[n] + w[n + 2 * half] * samples[n + 2 * half];
         used |= folded[n] ^ (folded[n] >> 31);
     }
     // A shift of 8 to the right, that of a full scale, and then as many to the left as there is room for.
@@ -364,8 +363,6 @@ int foldedFft64(const int16_t* x, const int16_t* w, int32_t* re, int32_t* im) {
     for (int32_t& v : folded) {
         v = (v << left) >> right;
     }
-    alignas(32) int32_t zRe[half + 8];
-    alignas(32) int32_t zIm[half + 8];
     alignas(32) int32_t srcRe[half];
     alignas(32) int32_t srcIm[half];
     for (int n = 0; n < half; n += 8) {
@@ -374,12 +371,32 @@ int foldedFft64(const int16_t* x, const int16_t* w, int32_t* re, int32_t* im) {
         loadSplit(folded + 2 * n, even, odd);
         storeC(srcRe + n, srcIm + n, {even, odd});
     }
-    complexFft<4>(g_fft64, srcRe, srcIm, zRe, zIm);
-    zRe[half] = zRe[0];
-    zIm[half] = zIm[0];
-    for (int k = 0; k < half; k += 8) {
-        const C8 lines = realLines(g_fft64, zRe, zIm, k);
-        storeC(re + k, im + k, lines);
+    alignas(32) int32_t midRe[half];
+    alignas(32) int32_t midIm[half];
+    columns<4>(g_fft64, srcRe, srcIm, midRe, midIm);
+    V8 rowsRe[8];
+    V8 rowsIm[8];
+    for (int i = 0; i < 8; ++i) {
+        rowsRe[i] = i < 4 ? load(midRe + 8 * i) : set1(0);
+        rowsIm[i] = i < 4 ? load(midIm + 8 * i) : set1(0);
+    }
+    transpose(rowsRe);
+    transpose(rowsIm);
+    C8 x[8];
+    for (int i = 0; i < 8; ++i) {
+        x[i] = {rowsRe[i], rowsIm[i]};
+    }
+    fft8(x);
+    // Four lines in each.
+    C8 z[4];
+    for (int j = 0; j < 4; ++j) {
+        z[j] = {joinLower(x[2 * j].re, x[2 * j + 1].re), joinLower(x[2 * j].im, x[2 * j + 1].im)};
+    }
+    for (int j = 0; j < 4; ++j) {
+        const C8& last = z[3 - j];
+        const C8& first = z[(4 - j) % 4];
+        const C8 opposite = {mirrored(last.re, first.re), mirrored(last.im, first.im)};
+        storeC(re + 8 * j, im + 8 * j, realLines(g_fft64, 8 * j, z[j], opposite));
     }
     return left - right + 1;
 }

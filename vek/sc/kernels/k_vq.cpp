@@ -68,7 +68,37 @@ int nearestWeighted(const int16_t* columns, int n, int count, const int32_t* tar
     });
 }
 
+void movingAverage10(const int16_t* weight, const int16_t* previous, int32_t* sum) {
+    for (int j = 0; j < 10; ++j) {
+        sum[j] = 0;
+        for (int k = 0; k < 4; ++k) {
+            sum[j] += weight[10 * k + j] * previous[10 * k + j];
+        }
+    }
+}
+
 #else
+
+void movingAverage10(const int16_t* weight, const int16_t* previous, int32_t* sum) {
+    // The second time over six of the same.
+    for (const int j : {0, 2}) {
+        const auto row = [j](const int16_t* p, int k) {
+            return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 10 * k + j));
+        };
+        __m128i low = _mm_setzero_si128();
+        __m128i high = low;
+        for (int k = 0; k < 4; k += 2) {
+            const __m128i w0 = row(weight, k);
+            const __m128i w1 = row(weight, k + 1);
+            const __m128i p0 = row(previous, k);
+            const __m128i p1 = row(previous, k + 1);
+            low = _mm_add_epi32(low, _mm_madd_epi16(_mm_unpacklo_epi16(w0, w1), _mm_unpacklo_epi16(p0, p1)));
+            high = _mm_add_epi32(high, _mm_madd_epi16(_mm_unpackhi_epi16(w0, w1), _mm_unpackhi_epi16(p0, p1)));
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(sum + j), low);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(sum + j + 4), high);
+    }
+}
 
 // The least of the lanes; of equal ones the first row.
 VEK_INLINE int settle(const uint32_t* errors, const int32_t* rows, int lanes, uint32_t* least) {
@@ -214,6 +244,6 @@ int nearest(const int16_t* rows, int n, const int16_t* target, const int16_t* we
 
 } // namespace
 
-VEK_KERNEL_TABLE(VqKernels, vqKernels) = {nearest<false>, nearest<true>, nearest10, nearestWeighted};
+VEK_KERNEL_TABLE(VqKernels, vqKernels) = {nearest<false>, nearest<true>, nearest10, nearestWeighted, movingAverage10};
 
 } // namespace vek

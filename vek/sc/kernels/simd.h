@@ -79,6 +79,14 @@ VEK_INLINE V8 shiftRightRounded(V8 a) {
 VEK_INLINE V8 reverse(V8 a) {
     return {{a.v[7], a.v[6], a.v[5], a.v[4], a.v[3], a.v[2], a.v[1], a.v[0]}};
 }
+// The lower halves of both.
+VEK_INLINE V8 joinLower(V8 a, V8 b) {
+    return {{a.v[0], a.v[1], a.v[2], a.v[3], b.v[0], b.v[1], b.v[2], b.v[3]}};
+}
+// The first one of `first`, and behind it all but the first one from the last on.
+VEK_INLINE V8 mirrored(V8 a, V8 first) {
+    return {{first.v[0], a.v[7], a.v[6], a.v[5], a.v[4], a.v[3], a.v[2], a.v[1]}};
+}
 // Eight pairs of 16-bit numbers, split into the even and the odd ones.
 VEK_INLINE void loadPairs(const int16_t* p, V8& even, V8& odd) {
     for (int i = 0; i < 8; ++i) {
@@ -197,6 +205,13 @@ VEK_INLINE V8 shiftRightRounded(V8 a) {
 VEK_INLINE V8 reverse(V8 a) {
     return {_mm_shuffle_epi32(a.hi, 0x1b), _mm_shuffle_epi32(a.lo, 0x1b)};
 }
+VEK_INLINE V8 joinLower(V8 a, V8 b) {
+    return {a.lo, b.lo};
+}
+VEK_INLINE V8 mirrored(V8 a, V8 first) {
+    const V8 back = reverse(a);
+    return {_mm_alignr_epi8(back.lo, _mm_shuffle_epi32(first.lo, 0), 12), _mm_alignr_epi8(back.hi, back.lo, 12)};
+}
 VEK_INLINE V8 loadRaw(const int16_t* p) {
     return load(reinterpret_cast<const int32_t*>(p));
 }
@@ -309,6 +324,13 @@ VEK_INLINE V8 shiftRightRounded(V8 a) {
 }
 VEK_INLINE V8 reverse(V8 a) {
     return {_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0))};
+}
+VEK_INLINE V8 joinLower(V8 a, V8 b) {
+    return {_mm256_permute2x128_si256(a.v, b.v, 0x20)};
+}
+VEK_INLINE V8 mirrored(V8 a, V8 first) {
+    const __m256i back = _mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 7, 6, 5, 4, 3, 2, 1));
+    return {_mm256_blend_epi32(back, first.v, 1)};
 }
 VEK_INLINE V8 loadRaw(const int16_t* p) {
     return load(reinterpret_cast<const int32_t*>(p));

@@ -21,6 +21,8 @@ struct VqKernels {
     // columns[j * n + k])) >> 15. Differences fit 16 bits, products and sums 31.
     int (*nearestWeighted)(const int16_t* columns, int n, int count, const int32_t* target, const int16_t* rest,
                            const int32_t* weight);
+    // sum[j] = sum of weight[10 k + j] * previous[10 k + j], k = 0..3, j = 0..9; 32 bits suffice.
+    void (*movingAverage10)(const int16_t* weight, const int16_t* previous, int32_t* sum);
 };
 
 VEK_KERNEL_PICK(VqKernels, vqKernels)
