@@ -109,6 +109,34 @@ TEST(VekAmrAlgebraicSearch, StaysInBoundsForTheLoudestResponse) {
     });
 }
 
+TEST(VekAmrAlgebraicSearch, LevelsFindTheSamePulsesAtAnyLoudness) {
+    // Down to responses whose energies are nothing once they are scaled, and up to those whose sums saturate.
+    std::vector<Samples> found;
+    atEveryLevel([&found] {
+        std::mt19937 random(3);
+        Samples all;
+        for (int round = 0; round < 300; ++round) {
+            const int peaks[] = {0, 1, 3, 40, 2000, 9000, 32767};
+            Search search(random);
+            const int loudest = peaks[round % 7];
+            search.h = noise(random, 40, -loudest, loudest);
+            const int strongest = peaks[round / 7 % 7];
+            search.target = noise(random, 40, -strongest, strongest);
+            if (round % 5 == 0) {
+                std::fill(search.h.begin() + 1 + round % 40, search.h.end(), int16_t{0});
+            }
+            for (const VekSpchBitRate mode : rates) {
+                Search one = search;
+                ASSERT_EQ(vekStsNoErr, one.run(mode, 40, 0, round % 4));
+                all.insert(all.end(), one.words.begin(), one.words.end());
+                all.insert(all.end(), one.filtered.begin(), one.filtered.end());
+            }
+        }
+        found.push_back(all);
+        EXPECT_EQ(found.front(), found.back());
+    });
+}
+
 TEST(VekAmrAlgebraicSearch, RefusesWhatIsNoneOfTheCodecs) {
     std::mt19937 random(6);
     Search search(random);
