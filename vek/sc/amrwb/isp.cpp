@@ -206,6 +206,7 @@ VekStatus veksISFToISP_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pDstIsp, int len
     if (const VekStatus status = check(pSrcIsf, pDstIsp, len); status != vekStsNoErr) {
         return status;
     }
+#pragma GCC unroll 4
     for (int i = 0; i < len - 1; ++i) {
         pDstIsp[i] = ispOf(pSrcIsf[i]);
     }

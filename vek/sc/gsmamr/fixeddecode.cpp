@@ -12,14 +12,15 @@ using namespace vek::gsmamr;
 namespace {
 
 constexpr int kTracks = 5;
-constexpr int kFromGray[8] = {0, 1, 3, 2, 5, 6, 4, 7};
+// The positions of the first track in the order of their codes; those of the others follow.
+constexpr Vek8u kFromGray[8] = {0, 5, 15, 10, 25, 30, 20, 35};
 
 // Pulses that stand alone: a sign bit each.
 template <int Pulses>
 void place(const int (&positions)[Pulses], int signs, Vek16s* vector) {
 #pragma GCC unroll 4
     for (int k = 0; k < Pulses; ++k) {
-        vector[positions[k]] = static_cast<Vek16s>((signs >> k & 1) * 16383 - 8192);
+        vector[positions[k]] = static_cast<Vek16s>(8191 ^ ((signs >> k & 1) - 1)); // or -8192
     }
 }
 
@@ -61,9 +62,9 @@ void decodeFour17(const Vek16s* words, Vek16s* vector) {
     int at[4];
 #pragma GCC unroll 3
     for (int k = 0; k < 3; ++k) {
-        at[k] = kFromGray[index >> (3 * k) & 7] * kTracks + k;
+        at[k] = kFromGray[index >> (3 * k) & 7] + k;
     }
-    at[3] = kFromGray[index >> 10 & 7] * kTracks + 3 + (index >> 9 & 1);
+    at[3] = kFromGray[index >> 10 & 7] + 3 + (index >> 9 & 1);
     place(at, words[1], vector);
 }
 
@@ -85,7 +86,7 @@ void decodeEight31(const Vek16s* words, Vek16s* vector) {
 void decodeTen35(const Vek16s* words, Vek16s* vector) {
 #pragma GCC unroll 5
     for (int t = 0; t < kTracks; ++t) {
-        placeBoth(kFromGray[words[t] & 7] * kTracks + t, kFromGray[words[kTracks + t] & 7] * kTracks + t,
+        placeBoth(kFromGray[words[t] & 7] + t, kFromGray[words[kTracks + t] & 7] + t,
                   (words[t] & 8) == 0 ? 4096 : -4096, vector);
     }
 }
