@@ -2,6 +2,9 @@
 // survivors go on, and a second stage in three or five parts; that of comfort noise in five parts; and their decoders.
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <type_traits>
+#include <utility>
 
 #include "sc/amrwb/isfbooks.h"
 #include "sc/amrwb/rates.h"
@@ -21,29 +24,31 @@ using namespace vek::amrwb;
 constexpr int kSurvivors = 4;
 constexpr int kMostRows = 256;
 constexpr int kLowColumns = 9;
+constexpr int kAtOnce = 4;            // frequencies in a word
 constexpr Vek16s kPrediction = 10923; // 1/3
 constexpr Vek16s kIsfGap = 128;       // 50 Hz
 
 // Targets up to here are so near to all books that no difference nor sum of squares saturates.
 constexpr int kNear = 7000;
 
-// A part of the second stage: the book and the column it begins at.
+// A part of a stage: the book, the column it begins at and how many it has.
 struct Part {
     const IsfBook* book;
     int first;
+    int columns;
 };
 struct Parts {
     const Part* list;
     int count;
 };
 
-constexpr Part kFirstStage[] = {{&kIsfLow, 0}, {&kIsfHigh, kLowColumns}};
-constexpr Part kLowParts46[] = {{&kIsfLow46a, 0}, {&kIsfLow46b, 3}, {&kIsfLow46c, 6}};
-constexpr Part kHighParts46[] = {{&kIsfHigh46a, 0}, {&kIsfHigh46b, 3}};
-constexpr Part kLowParts36[] = {{&kIsfLow36a, 0}, {&kIsfLow36b, 5}};
-constexpr Part kHighParts36[] = {{&kIsfHigh36, 0}};
+constexpr Part kFirstStage[] = {{&kIsfLow, 0, 9}, {&kIsfHigh, kLowColumns, 7}};
+constexpr Part kLowParts46[] = {{&kIsfLow46a, 0, 3}, {&kIsfLow46b, 3, 3}, {&kIsfLow46c, 6, 3}};
+constexpr Part kHighParts46[] = {{&kIsfHigh46a, 0, 3}, {&kIsfHigh46b, 3, 4}};
+constexpr Part kLowParts36[] = {{&kIsfLow36a, 0, 5}, {&kIsfLow36b, 5, 4}};
+constexpr Part kHighParts36[] = {{&kIsfHigh36, 0, 7}};
 constexpr Part kNoiseParts[] = {
-    {&kIsfNoise1, 0}, {&kIsfNoise2, 2}, {&kIsfNoise3, 5}, {&kIsfNoise4, 8}, {&kIsfNoise5, 12}};
+    {&kIsfNoise1, 0, 2}, {&kIsfNoise2, 2, 3}, {&kIsfNoise3, 5, 3}, {&kIsfNoise4, 8, 4}, {&kIsfNoise5, 12, 4}};
 
 constexpr Parts lowParts(bool lowest) {
     return lowest ? Parts{kLowParts36, 2} : Parts{kLowParts46, 3};
@@ -128,26 +133,35 @@ bool isSpeechRate(VekSpchBitRate mode) {
     return mode != VEK_SPCHBR_DTX && rateOf(mode) != Rate::None;
 }
 
-bool inside(Parts parts, const Vek16s* rows) {
-    for (int p = 0; p < parts.count; ++p) {
-        if (rows[p] < 0 || rows[p] >= parts.list[p].book->rows) {
-            return false;
-        }
+// Calls f with each part of a list and its place.
+template <const auto& List, class F>
+[[gnu::always_inline]] inline void eachPart(F f) {
+    [&f]<size_t... P>(std::index_sequence<P...>) __attribute__((always_inline)) {
+        (f(std::integral_constant<size_t, P>()), ...);
     }
-    return true;
+    (std::make_index_sequence<std::size(List)>());
 }
 
-// Writes the rows of all parts, one behind the other. The zero beside an odd last column is overwritten by the next
-// part: behind the last one there has to be room for it.
-void takeRows(Parts parts, const Vek16s* rows, Vek16s* to) {
-    for (int p = 0; p < parts.count; ++p) {
-        const IsfBook& book = *parts.list[p].book;
-        const Vek16s* from = book.pairs + 2 * rows[p];
-        Vek16s* const first = to + parts.list[p].first;
-        for (int j = 0; j < book.columns; j += 2, from += 2 * book.rows) {
-            std::memcpy(first + j, from, 2 * sizeof(Vek16s));
+template <const auto& List>
+bool inside(const Vek16s* rows) {
+    bool all = true;
+    eachPart<List>([&](auto p) { all &= static_cast<unsigned>(rows[p]) < static_cast<unsigned>(List[p].book->rows); });
+    return all;
+}
+
+// Adds the rows of all parts, one behind the other, to sums that are written out one by one: no later load of several
+// has to wait for them.
+template <const auto& List>
+[[gnu::always_inline]] inline void addRows(const Vek16s* rows, int* to) {
+    eachPart<List>([&](auto p) __attribute__((always_inline)) {
+        constexpr Part part = List[p];
+        const Vek16s* from = part.book->pairs + 2 * rows[p];
+#pragma GCC unroll 9
+        for (int j = 0; j < part.columns; ++j) {
+            to[part.first + j] += from[j % 2];
+            from += j % 2 * 2 * part.book->rows;
         }
-    }
+    });
 }
 
 // The last frequency is of another kind.
@@ -155,21 +169,29 @@ void keepApart(Vek16s* isf) {
     vek::keepApart<kIsfOrder - 1>(isf, kIsfGap);
 }
 
-// Frequencies of a frame's indices before they are kept apart; the residual becomes this frame's. No sum of rows,
-// mean and prediction leaves 16 bits.
-void decode(const Vek16s* index, bool lowest, Vek16s* residual, Vek16s* isf) {
-    Vek16s rest[kIsfOrder + 1];
-    Vek16s second[kIsfOrder + 1];
-    takeRows({kFirstStage, 2}, index, rest);
-    takeRows(lowParts(lowest), index + 2, second);
-    takeRows(highParts(lowest), index + 2 + lowParts(lowest).count, second + kLowColumns);
-    Vek16s out[kIsfOrder];
-    for (int i = 0; i < kIsfOrder; ++i) {
-        rest[i] = static_cast<Vek16s>(rest[i] + second[i]);
-        out[i] = static_cast<Vek16s>(rest[i] + kIsfMean[i] + ((kPrediction * residual[i]) >> 15));
+// Frequencies of a frame's indices before they are kept apart, twice; the residual becomes this frame's. No sum of
+// rows, mean and prediction leaves 16 bits.
+template <bool Lowest>
+void decode(const Vek16s* index, Vek16s* residual, Vek16s* isf, Vek16s* again) {
+    int rest[kIsfOrder] = {};
+    addRows<kFirstStage>(index, rest);
+    if constexpr (Lowest) {
+        addRows<kLowParts36>(index + 2, rest);
+        addRows<kHighParts36>(index + 4, rest + kLowColumns);
+    } else {
+        addRows<kLowParts46>(index + 2, rest);
+        addRows<kHighParts46>(index + 5, rest + kLowColumns);
     }
-    std::memcpy(isf, out, sizeof out);
-    std::memcpy(residual, rest, sizeof out);
+#pragma GCC unroll 16
+    for (int i = 0; i < kIsfOrder; ++i) {
+        const int predicted = kIsfMean[i] + ((kPrediction * residual[i]) >> 15);
+        residual[i] = static_cast<Vek16s>(rest[i]);
+        again[i] = isf[i] = static_cast<Vek16s>(rest[i] + predicted);
+    }
+}
+
+void decode(const Vek16s* index, bool lowest, Vek16s* residual, Vek16s* isf, Vek16s* again) {
+    (lowest ? decode<true> : decode<false>)(index, residual, isf, again);
 }
 
 // A bad frame's: nine tenths of the last ones and one of the mean; the residual is what would have led there.
@@ -189,13 +211,12 @@ void conceal(const Vek16s* previous, const Vek16s* memory, Vek16s* residual, Vek
 }
 
 void decodeNoise(const Vek16s* index, Vek16s* isf) {
-    Vek16s rows[kIsfOrder + 1];
-    takeRows({kNoiseParts, 5}, index, rows);
-    Vek16s out[kIsfOrder];
+    int sum[kIsfOrder] = {};
+    addRows<kNoiseParts>(index, sum);
+#pragma GCC unroll 16
     for (int i = 0; i < kIsfOrder; ++i) {
-        out[i] = static_cast<Vek16s>(rows[i] + kIsfNoiseMean[i]);
+        isf[i] = static_cast<Vek16s>(sum[i] + kIsfNoiseMean[i]);
     }
-    std::memcpy(isf, out, sizeof out);
     keepApart(isf);
 }
 
@@ -217,7 +238,7 @@ VekStatus veksISFQuant_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pSrcDstResidual,
     Vek16s index[7];
     quantiseHalf(kIsfLow, lowParts(lowest), target, index, index + 2);
     quantiseHalf(kIsfHigh, highParts(lowest), target + kLowColumns, index + 1, index + 2 + lowParts(lowest).count);
-    decode(index, lowest, pSrcDstResidual, pDstQIsf);
+    decode(index, lowest, pSrcDstResidual, pDstQIsf, pDstQIsf);
     keepApart(pDstQIsf);
     std::memcpy(pDstQIsfIndex, index, (lowest ? 5 : 7) * sizeof(Vek16s));
     return vekStsNoErr;
@@ -239,16 +260,17 @@ VekStatus veksISFQuantDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstQIsf,
     if (bfi == 1) {
         conceal(pSrcPrevQntIsf, pSrcDstIsfMemory, pSrcDstResidual, pDstQIsf);
     } else {
-        if (!inside({kFirstStage, 2}, pSrcIdxs) || !inside(lowParts(lowest), pSrcIdxs + 2) ||
-            !inside(highParts(lowest), pSrcIdxs + 2 + lowParts(lowest).count)) {
+        const bool good = inside<kFirstStage>(pSrcIdxs) &&
+                          (lowest ? inside<kLowParts36>(pSrcIdxs + 2) && inside<kHighParts36>(pSrcIdxs + 4)
+                                  : inside<kLowParts46>(pSrcIdxs + 2) && inside<kHighParts46>(pSrcIdxs + 5));
+        if (!good) {
             return vekStsOutOfRangeErr;
         }
-        decode(pSrcIdxs, lowest, pSrcDstResidual, pDstQIsf);
         for (int frame = 2; frame > 0; --frame) {
             Vek16s* const at = pSrcDstIsfMemory + frame * kIsfOrder;
             std::memcpy(at, at - kIsfOrder, kIsfOrder * sizeof(Vek16s));
         }
-        std::memcpy(pSrcDstIsfMemory, pDstQIsf, kIsfOrder * sizeof(Vek16s));
+        decode(pSrcIdxs, lowest, pSrcDstResidual, pDstQIsf, pSrcDstIsfMemory);
     }
     keepApart(pDstQIsf);
     return vekStsNoErr;
@@ -278,7 +300,7 @@ VekStatus veksISFQuantDecodeDTX_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstQI
     if (anyNull(pSrcIdxs, pDstQIsf)) {
         return vekStsNullPtrErr;
     }
-    if (!inside({kNoiseParts, 5}, pSrcIdxs)) {
+    if (!inside<kNoiseParts>(pSrcIdxs)) {
         return vekStsOutOfRangeErr;
     }
     decodeNoise(pSrcIdxs, pDstQIsf);

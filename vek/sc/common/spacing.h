@@ -11,6 +11,7 @@ template <int N>
 void keepApart(Vek16s* f, Vek16s gap) {
     // As a rule they are apart, and then none waits for the one before.
     int close = f[0] - gap;
+#pragma GCC unroll 16
     for (int i = 1; i < N; ++i) {
         close |= f[i] - f[i - 1] - gap;
     }

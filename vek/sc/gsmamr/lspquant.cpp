@@ -151,12 +151,6 @@ void quantiseBy5(const Vek16s* lsp, Vek16s* residual, Vek16s* quantised, Vek16s*
 
 } // namespace
 
-void lsfToLsp(const Vek16s* lsf, Vek16s* lsp) {
-    for (int i = 0; i < kOrder; ++i) {
-        lsp[i] = lspOf(std::clamp<int>(lsf[i], 0, 1 << 14));
-    }
-}
-
 void quantiseBy3(Rate rate, const Vek16s* lsp, Vek16s* residual, Vek16s* quantised, Vek16s* index, Vek16s* start) {
     const bool lowest = rate == Rate::R475 || rate == Rate::R515;
     Vek16s lsf[kOrder];

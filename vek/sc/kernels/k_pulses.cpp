@@ -466,11 +466,10 @@ struct Nest {
         const int rounding = 1 << (15 - stage.unit);
         for (int i = 0; i < Count; ++i) {
             for (int n = 0; n < registers; ++n) {
-                const V crossed = up<1>(widened(both + i * kStride + n * kLanes));
-                V e = plus(plus(spread(energyA[i] + rounding), wordsAt(energyB + n * kLanes)), crossed);
+                const V shared = up<1>(widened(both + i * kStride + n * kLanes));
+                V e = plus(plus(spread(energyA[i] + rounding), wordsAt(energyB + n * kLanes)), shared);
                 e = least32(downBy(e, 16 - stage.unit), spread(32767));
-                const V sum = saturated16(plus(spread(psA[i]), wordsAt(dnB + n * kLanes)));
-                all[n].meet(squared(sum), e, place);
+                all[n].meet(squared(saturated16(plus(spread(psA[i]), wordsAt(dnB + n * kLanes)))), e, place);
                 lowest = least32(lowest, e);
                 place = plus(place, spread(kLanes));
             }
