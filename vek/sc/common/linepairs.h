@@ -16,7 +16,8 @@ inline Vek16s zeroBetween(Vek16s xLow, Vek16s yLow, Vek16s xHigh, Vek16s yHigh) 
     }
     const int steep = abs_s(rise);
     const int exp = norm_s(static_cast<Vek16s>(steep));
-    // Of a normalised divisor: 14 bits and more.
+    // A normalised divisor has 14 bits and more.
+    // NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
     const int inverse = (16383 << 15) / (steep << exp);
     const Vek16s size = extract_l((2 * width * inverse) >> (20 - exp));
     const Vek16s slope = rise < 0 ? negate(size) : size;

@@ -229,7 +229,7 @@ void recurse(Levinson& filter, const int16_t* rBack, int order) {
         const auto k = static_cast<int>(static_cast<double>(magnitude * 65536 + filter.energy) /
                                         static_cast<double>(int64_t{2} * filter.energy));
         const auto reflection = static_cast<int16_t>(sum < 0 ? k : -k);
-        int16_t next[kPredictSpan];
+        int16_t next[kPredictSpan] = {};
         bool fits = k <= INT16_MAX;
         for (int i = 0; i < m; ++i) {
             const int a = filter.forward[i] + fix::mult_r(reflection, filter.backward[i]);
