@@ -24,7 +24,6 @@ using namespace vek::amrwb;
 constexpr int kSurvivors = 4;
 constexpr int kMostRows = 256;
 constexpr int kLowColumns = 9;
-constexpr int kAtOnce = 4;            // frequencies in a word
 constexpr Vek16s kPrediction = 10923; // 1/3
 constexpr Vek16s kIsfGap = 128;       // 50 Hz
 

@@ -1,6 +1,8 @@
 // Cosine tables of the ISP conversions of TS 26.190 5.2.3 and 5.2.4: figures of the published ones.
 #include "sc/amrwb/isptables.h"
 
+#include <cstddef>
+
 namespace vek::amrwb {
 
 const Vek16s kIspGrid[101] = {
@@ -47,7 +49,7 @@ constexpr std::array<Vek8u, 256> places() {
         while (kIspCos[place + 1] >= (k - 128) * 256 + 255) {
             ++place;
         }
-        at[static_cast<size_t>(k)] = static_cast<Vek8u>(place);
+        at[static_cast<std::size_t>(k)] = static_cast<Vek8u>(place);
     }
     return at;
 }
