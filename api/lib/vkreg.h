@@ -41,11 +41,18 @@ inline krString vkSourcePath(const char* file) {
     return path.getFileDir() + path.getFileTitle();
 }
 
+// Tests of equal code keep loops of their own: who counts instructions by the loop's name finds each.
+#if defined(__GNUC__) && !defined(__clang__)
+#define VK_OWN_LOOP __attribute__((no_icf))
+#else
+#define VK_OWN_LOOP
+#endif
+
 #define VK_REG_FUNCTIONS(function, call, init)                                                                         \
     static int tcall_##function() {                                                                                    \
         return call;                                                                                                   \
     }                                                                                                                  \
-    static krResult tim_##function##_loop(int calls, long long* clocks) {                                              \
+    VK_OWN_LOOP static krResult tim_##function##_loop(int calls, long long* clocks) {                                  \
         init;                                                                                                          \
         int status = call;                                                                                             \
         vkStopwatch watch;                                                                                             \

@@ -1,7 +1,10 @@
 // The list of tests: their order, which of them run, and the counters of their results.
 #include "kr.h"
 #include "krcache.h"
+#include "krheaplot.h"
 #include "krtest.h"
+
+#include <cstdlib>
 
 krString krTestList::m_startFunc;
 krTest* krTestList::m_pCurrentTest = nullptr;
@@ -23,6 +26,7 @@ void krTestList::plus(krResult result) {
 
 bool krTestList::runTests(krConditions& conditions) {
     beforeAll();
+    krHeapLot heap(std::getenv("KR_HEAP_LOT"));
     for (krTest* test : *this) {
         if (!test->tobeRun(conditions)) {
             continue;
@@ -33,6 +37,7 @@ bool krTestList::runTests(krConditions& conditions) {
         m_startFunc = "";
         m_pCurrentTest = test;
         beforeTest();
+        heap.draw();
         const krResult result = test->run();
         afterTest(test);
         if (result != krUndefined || test->m_result != krOk) {

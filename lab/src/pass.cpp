@@ -65,6 +65,7 @@ Told callOnce(const PassRequest& request, const std::vector<std::string>& keys, 
     }
     if (request.padding > 0) {
         call.environment.push_back("KRLAB_PADDING=" + std::string(request.padding, '.'));
+        call.environment.push_back("KR_HEAP_LOT=" + std::to_string(request.padding));
     }
     call.output = [&](std::string_view piece) {
         told.info.feed(piece);

@@ -1,10 +1,16 @@
 // The list of tests: counters, which tests a run reaches, and the common parameters that they use.
 #include "harness_state.h"
+#include "krheaplot.h"
 #include "kriterator.h"
 #include "streamcapture.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstdlib>
+#include <list>
+#include <memory>
+#include <set>
 #include <string>
 
 namespace {
@@ -213,6 +219,58 @@ TEST_F(KrTestListRun, CacheIteratorStandsForWhatItWraps) {
     list.selectCommonParms(all, parms);
     EXPECT_EQ(parms.size(), 1);
     EXPECT_EQ(test.m_cacheIter, nullptr);
+}
+
+// Where a block comes to lie within a page in each of some tests.
+std::set<std::uintptr_t> placesOfBlocks() {
+    class Placing : public Fixed {
+    public:
+        Placing(const char* name, std::set<std::uintptr_t>& places) : Fixed(name), m_places(places) {}
+        krResult run() override {
+            const auto block = std::make_unique<char[]>(2000);
+            m_places.insert(reinterpret_cast<std::uintptr_t>(block.get()) % 4096);
+            return Fixed::run();
+        }
+        std::set<std::uintptr_t>& m_places;
+    };
+    std::set<std::uintptr_t> places;
+    std::list<Placing> tests;
+    krTestList list;
+    for (int i = 0; i < 20; ++i) {
+        list.append(&tests.emplace_back("placing", places));
+    }
+    krConditions all;
+    list.runTests(all);
+    list.clear();
+    return places;
+}
+
+TEST(KrTestList, DataOfEachTestLieElsewhereIfALotIsWanted) {
+    EXPECT_EQ(krHeapLot(nullptr).draw(), 0U);
+    std::set<size_t> sizes;
+    krHeapLot lot("7");
+    krHeapLot same("7");
+    for (int i = 0; i < 20; ++i) {
+        const size_t size = lot.draw();
+        EXPECT_EQ(same.draw(), size);
+        EXPECT_GE(size, 64U);
+        EXPECT_LE(size, 4096U);
+        sizes.insert(size);
+    }
+    EXPECT_GT(sizes.size(), 10U);
+    unsetenv("KR_HEAP_LOT");
+    const size_t usual = placesOfBlocks().size();
+    setenv("KR_HEAP_LOT", "7", 1);
+    const size_t drawn = placesOfBlocks().size();
+    unsetenv("KR_HEAP_LOT");
+#ifdef __SANITIZE_ADDRESS__
+    // It lays blocks wherever it likes.
+    EXPECT_GE(usual, 1U);
+    EXPECT_GE(drawn, 1U);
+#else
+    EXPECT_LE(usual, 2U);
+    EXPECT_GT(drawn, 5U);
+#endif
 }
 
 } // namespace

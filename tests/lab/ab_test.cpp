@@ -22,7 +22,7 @@ std::string rigScript(const std::string& changes) {
     return R"sh(
 place=$(dirname "$0")
 echo "$keys" >> "$place/uses"
-echo "$$ $KR_CORE_AWAKE ${#KRLAB_PADDING}" >> "$place/starts"
+echo "$$ $KR_CORE_AWAKE ${#KRLAB_PADDING} $KR_HEAP_LOT" >> "$place/starts"
 cat "$place/head" >> "$table"
 awk -v keys=" $keys " -v table="$table" -v place="$place" '
 BEGIN {
@@ -113,20 +113,23 @@ TEST(LabAb, SlowerAndFasterFunctionsAreToldAndTheOthersAreTheSame) {
     EXPECT_EQ(report.newer.program.path, pair.newer.subject().program.string());
 }
 
-TEST(LabAb, NeitherSideIsAlwaysTheFirstNorHasAlwaysTheSameStack) {
+TEST(LabAb, NeitherSideIsAlwaysTheFirstNorHasAlwaysTheSameStackAndHeap) {
     Pair pair("");
     runAb(pair.options);
     std::set<size_t> paddings;
+    std::set<size_t> heaps;
     std::vector<long> starts[2];
     for (const FakeRig* rig : {&pair.older, &pair.newer}) {
         std::ifstream file(rig->file("starts"));
         long process = 0;
         size_t padding = 0;
-        for (std::string awake; file >> process >> awake >> padding;) {
+        size_t heap = 0;
+        for (std::string awake; file >> process >> awake >> padding >> heap;) {
             EXPECT_EQ(awake, "1");
             EXPECT_GE(padding, 1U);
             EXPECT_LE(padding, 4096U);
             paddings.insert(padding);
+            heaps.insert(heap);
             starts[rig == &pair.newer].push_back(process);
         }
         std::sort(starts[rig == &pair.newer].begin(), starts[rig == &pair.newer].end());
@@ -134,6 +137,7 @@ TEST(LabAb, NeitherSideIsAlwaysTheFirstNorHasAlwaysTheSameStack) {
     ASSERT_EQ(starts[0].size(), starts[1].size());
     ASSERT_GT(starts[0].size(), 20U);
     EXPECT_GT(paddings.size(), starts[0].size());
+    EXPECT_GT(heaps.size(), starts[0].size());
     // The processes of a round are started one after the other.
     std::ptrdiff_t newFirst = 0;
     for (size_t i = 0; i < starts[0].size(); ++i) {

@@ -136,6 +136,29 @@ class Cluster:
             process.kill()
             process.wait()
 
+    def left(self):
+        """Process ids of what the cluster started and is not a daemon of its own: steps and what runs in them."""
+        wanted = f"SLURM_CONF={self.environment['SLURM_CONF']}".encode()
+        daemons = {process.pid for process in self.processes.values()}
+        found = []
+        for entry in pathlib.Path("/proc").iterdir():
+            if entry.name.isdigit() and int(entry.name) not in daemons | {os.getpid()}:
+                try:
+                    if wanted in (entry / "environ").read_bytes().split(b"\0"):
+                        found.append(int(entry.name))
+                except OSError:
+                    pass  # it has ended meanwhile
+        return found
+
     def close(self):
+        """Also ends what still runs, as after a test that failed."""
+        if "slurmctld" in self.processes:
+            self.command("scancel", f"--user={os.geteuid()}", check=False)
         for name in list(self.processes)[::-1]:
             self._end(self.processes.pop(name))
+        for process in self.left():
+            try:
+                os.kill(process, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
+        wait_for("the end of all steps", lambda: not self.left())

@@ -172,6 +172,17 @@ TEST(LabCount, SuitesWithANamespaceOfTheirOwnAreCounted) {
     EXPECT_EQ(nlohmann::json::parse(result.out)["lines"].size(), 6u);
 }
 
+// One of these tests has the code of the other, and a compiler that folds them would leave one loop without its calls.
+TEST(LabCount, TestsOfEqualCodeAreCountedApart) {
+    if (!callgrindIsThere()) {
+        GTEST_SKIP() << "valgrind is missing";
+    }
+    const LabDirectory directory;
+    const LabResult result = directory.run({"count", "--json", "-", "--", "-f=veksResamplePolyphase_AMRWBE_16s"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(nlohmann::json::parse(result.out)["lines"].size(), 84u);
+}
+
 TEST(LabCount, WithoutValgrindTheCauseIsTold) {
     const LabDirectory directory;
     const std::string command = "cd '" + directory.path() + "' && PATH=/nowhere '" + KRLAB + "' count 2>err";

@@ -11,11 +11,10 @@ import shutil
 import stat
 import subprocess
 import sys
-import time
 import unittest
 
 import cluster
-from report_page_test import write_counts
+import countedtests
 
 TASKS = 24
 PASSES = 3
@@ -62,6 +61,9 @@ class FleetOnSlurm(unittest.TestCase):
 
     @classmethod
     def tearDownClass(cls):
+        # As if a test had failed: what runs ends with the cluster, or closing it raises an error.
+        cls.cluster.command("sbatch", "--output=/dev/null", "--wrap=sleep 60")
+        cluster.wait_for("a step", cls.cluster.left)
         cls.cluster.close()
 
     def krlab(self, *words, status=0):
@@ -191,24 +193,6 @@ class FleetOnSlurm(unittest.TestCase):
         self.assertIn("raise MaxArraySize, or split the plan", told)
 
 
-def main():
-    global KRLAB
-    KRLAB, directory, counts = (os.path.abspath(word) for word in sys.argv[1:4])
-    tests = unittest.defaultTestLoader.loadTestsFromTestCase(FleetOnSlurm)
-    if cluster.missing():
-        names = [f"FleetOnSlurm.{test._testMethodName}" for test in tests]
-        write_counts(counts, len(names), names, 0)
-        print(f"not there: {', '.join(cluster.missing())}")
-        return 77
-    shutil.rmtree(directory, ignore_errors=True)
-    os.makedirs(directory)
-    os.chdir(directory)
-    start = time.monotonic()
-    result = unittest.TextTestRunner(verbosity=2 if "-v" in sys.argv else 1).run(tests)
-    print(f"{time.monotonic() - start:.1f} s")
-    write_counts(counts, max(result.testsRun, 1), [], len(result.failures) + len(result.errors))
-    return 0 if result.wasSuccessful() else 1
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    KRLAB = countedtests.krlab()
+    sys.exit(countedtests.run(FleetOnSlurm, cluster.missing()))

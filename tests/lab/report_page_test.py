@@ -3,12 +3,14 @@
 
 Makes a full comparison of 2,860 lines in DIRECTORY, opens its page from the file, drives it, and leaves a picture of
 each of five views there. COUNTS gets the numbers of tests as those of the other test programs."""
+import json
 import os
 import subprocess
 import sys
 import unittest
 
 import browser
+import countedtests
 
 LINES = 2860
 RUNS = 4
@@ -238,13 +240,40 @@ class ReportPage(unittest.TestCase):
         self.assertIn("Processor of a test", self.text("#identity"))
         self.assertIn("libveksc, 1.0.0", self.text("#identity"))
 
+    def open_changed(self, page, view, member, value):
+        """Opens a page like that of the full comparison, with a value in place of an empty list of its data."""
+        with open("ab.html", encoding="utf-8") as file:
+            text = file.read()
+        with open(page, "w", encoding="utf-8") as file:
+            file.write(text.replace(f'"{member}":[]', f'"{member}":{json.dumps(value)}', 1))
+        self.open(page, view)
+
+    def test_kinds_of_machines_stand_side_by_side_and_what_differs_among_them_comes_first(self):
+        rows = self.browser.run("return JSON.parse(document.getElementById('data').textContent).verdicts.lines")
+        slower = [row[0] for row in rows if row[7] == "slower"]
+        # On the second kind what was slower is the same, one line was not measured, and nothing else differs.
+        other = [[*row[:3], 1.001, 0.99, 1.01, row[6], "same"] if row[0] in slower else row for row in rows][:-1]
+        names = ["family 6 model 1", "family 6 model 2"]
+        self.open_changed("kinds.html", "#machines", "kinds", [
+            {"name": name, "features": "0", "hosts": hosts, "rounds": 8, "lines": lines}
+            for name, hosts, lines in zip(names, (["a", "b"], ["c"]), (rows, other))])
+        cells = "return [...document.querySelectorAll(arguments[0])].map((row) => [...row.cells].map((cell) => cell.textContent))"
+        head, *kinds = self.browser.run(cells, "#machines > .scroll tr")
+        self.assertEqual(head[:3], ["machine", "hosts", "rounds"])
+        self.assertEqual([kind[:5] for kind in kinds], [[names[0], "2", "8", "10", "10"], [names[1], "1", "8", "0", "10"]])
+        apart = self.browser.run(cells, "#machines-apart tbody tr")
+        self.assertEqual(len(apart), 10)
+        for line, first, second, _ in apart:
+            self.assertIn(SLOWER, line)
+            self.assertEqual((first[0], second[0]), ("▲", "="), line)
+        self.assertEqual(len(self.browser.run(cells, "#machines-alike tbody tr")), 10)
+        rest = self.browser.run(cells, "#machines-rest tbody tr")
+        self.assertEqual((len(rest), self.text("#machines-rest .note")), (20, f"and {LINES - 40:,} more"))
+        self.picture("machines")
+
     @opens(None)
     def test_steps_are_drawn_where_the_data_has_them(self):
-        with open("ab.html", encoding="utf-8") as page:
-            text = page.read()
-        with open("steps.html", "w", encoding="utf-8") as page:
-            page.write(text.replace('"steps":[]', f'"steps":[[7,{RUNS},1.2]]'))
-        self.open("steps.html", "#course")
+        self.open_changed("steps.html", "#course", "steps", [[7, RUNS, 1.2]])
         course = self.charts()[0]
         self.assertEqual([set["points"] for set in course["sets"] if set["label"] == "level"], [2, 2])
         self.assertIn("Steps (1)", self.text("#course"))
@@ -295,28 +324,6 @@ class ReportPage(unittest.TestCase):
         self.assertEqual(len(self.charts()), 2)
 
 
-def write_counts(file, ran, skipped, failed):
-    os.makedirs(os.path.dirname(file), exist_ok=True)
-    with open(file, "w", encoding="ascii") as out:
-        out.write(f"run {ran} passed {ran - len(skipped) - failed} skipped {len(skipped)} failed {failed}\n")
-        out.writelines(f"skipped {name}\n" for name in skipped)
-
-
-def main():
-    global KRLAB
-    KRLAB, directory, counts = (os.path.abspath(word) for word in sys.argv[1:4])
-    tests = unittest.defaultTestLoader.loadTestsFromTestCase(ReportPage)
-    if browser.missing():
-        names = [f"ReportPage.{test._testMethodName}" for test in tests]
-        write_counts(counts, len(names), names, 0)
-        print(f"not installed: {', '.join(browser.missing())}")
-        return 77
-    os.makedirs(directory, exist_ok=True)
-    os.chdir(directory)
-    result = unittest.TextTestRunner(verbosity=2 if "-v" in sys.argv else 1).run(tests)
-    write_counts(counts, max(result.testsRun, 1), [], len(result.failures) + len(result.errors))
-    return 0 if result.wasSuccessful() else 1
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    KRLAB = countedtests.krlab()
+    sys.exit(countedtests.run(ReportPage, browser.missing()))
