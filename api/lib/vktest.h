@@ -37,7 +37,7 @@ public:
     virtual void printVectorBlock(vkVector* vector);
     virtual void printByteBlock(void* data, int size);
 
-    /// 0: OK; negative: told, FUNCFAIL; positive: told, FUNCWRN. Raises the result of the test in work.
+    /// 0: OK; negative: reported, FUNCFAIL; positive: reported, FUNCWRN. Raises the result of the test in work.
     static krResult checkStatus(int status, const krString& name);
     krResult checkStatus(int status) const { return checkStatus(status, m_func); }
 

@@ -52,7 +52,7 @@ constexpr Steps powers(int first, int last, int factor = 2) {
 /// A named parameter of the grid. Users may give other values by its name: -dlen=160, or in an ini-file.
 class Param : public krStepIterator<int> {
 public:
-    /// A walk that never reaches its last value is told when the test starts.
+    /// A walk that never reaches its last value is reported when the test starts.
     Param(const char* name, const Steps& walk);
     /// A list, in this order.
     Param(const char* name, std::initializer_list<int> values);
@@ -158,7 +158,7 @@ T spreadOver(const Random& range, int stream, int index) {
 }
 } // namespace detail
 
-/// A vector's memory, made anew for each line with the user's alignment settings and taken away behind it.
+/// A vector's memory, made anew for each line with the user's alignment settings and released after it.
 class Data : public krObject {
 public:
     int objectSize() const override { return m_bytes; }
@@ -170,8 +170,8 @@ public:
     /// Elements of the present line.
     int count() const { return m_bytes / m_elementBytes; }
     const Size& size() const { return m_size; }
-    /// Memory of the line's size, filled; false, and told, if there is none or the size is below 1: the test ends as a
-    /// data error.
+    /// Memory of the line's size, filled; false, and reported, if there is none or the size is below 1: the test ends
+    /// as a data error.
     bool create();
     void release();
     void* memory() const { return m_memory; }
@@ -235,7 +235,7 @@ private:
 };
 
 /// A vector that the function overwrites: its contents are put back before every call, by a copy in the cache. As with
-/// all tests of the rig that copy is inside the measured stretch in the methods Auto, Iterative and Manual; the method
+/// all tests of the rig that copy is inside the measured region in the methods Auto, Iterative and Manual; the method
 /// Statistic (-dMethod=Statistic) leaves it out.
 template <class T>
 class Restored : public Vector<T> {
@@ -320,7 +320,7 @@ public:
     Measure& elements(const Size& count, const char* unit = "e");
     /// Floating-point operations of one call: the table shows MFlops.
     Measure& flops(const Size& count);
-    /// Runs before the first call of each line, outside the measured stretch, when parameters and vectors stand; it may
+    /// Runs before the first call of each line, outside the measured region, when parameters and vectors stand; it may
     /// return bool, and a line for which it returns false is left out.
     template <class F>
     Measure& setup(F prepare) {
@@ -333,7 +333,7 @@ public:
             return before(std::move(prepare));
         }
     }
-    /// Runs behind each line that was set up.
+    /// Runs after each line that was set up.
     Measure& teardown(std::function<void()> clean);
     /// The int that the function returns is a value. Without this it is a status: 0 is good, a negative one fails the
     /// test, a positive one is a warning. Results of other types than int and enumerations are values anyway.

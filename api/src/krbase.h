@@ -1,6 +1,6 @@
 // Aligned memory: places every block that a test hands to a library function at a chosen distance from a 64-byte line,
-// and keeps the list of live blocks with their owners. How the user's settings become an alignment and a shift is told
-// by krTest::allocate.
+// and keeps the list of live blocks with their owners. How the user's settings become an alignment and a shift is
+// stated by krTest::allocate.
 #pragma once
 
 #include "krlist.h"
@@ -60,7 +60,7 @@ private:
     iterator m_position;
 };
 
-/// First stage: a 64-byte aligned base with at least 64 bytes of slack behind `size`; null if there is no memory.
+/// First stage: a 64-byte aligned base with at least 64 bytes of slack after `size`; null if there is no memory.
 void* kr_malloc(int size);
 /// Second stage: stores the base, returns the pointer aligned `align` bytes past a line, `shift` bytes into the block.
 void* kr_malloc(void*& base, int size, int align, int shift);

@@ -1,4 +1,4 @@
-// Command keys: one letter behind "-" or "/", with an argument that is attached or follows as the next word.
+// Command keys: one letter after "-" or "/", with an argument that is attached or follows as the next word.
 #pragma once
 
 #include "krstring.h"

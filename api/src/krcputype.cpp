@@ -94,8 +94,8 @@ void krCpuType::updateCpuName(int cpuType, krString& name) {
     }
     const int cores = kr_vekGetNumCoresOnDie();
     const krString word = cores == 2 ? "Duo " : cores == 4 ? "Quad " : "";
-    const int behind = place + mark.length();
-    name = name.substr(0, behind) + word + name.substr(behind);
+    const int after = place + mark.length();
+    name = name.substr(0, after) + word + name.substr(after);
 }
 
 static krString formatLabel(const krString& label) {

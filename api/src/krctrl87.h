@@ -1,5 +1,5 @@
 // Floating-point status guard: the x87 and SSX control and status words, set to a known state before each measured line
-// and looked at behind it.
+// and looked at after it.
 #pragma once
 
 #include "krstring.h"

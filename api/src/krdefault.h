@@ -30,7 +30,7 @@ public:
     virtual void resetIterator();
     /// Goes to the first value; false if there is none.
     virtual bool firstValue();
-    /// Goes to the next value; false behind the last.
+    /// Goes to the next value; false after the last.
     virtual bool nextValue();
     /// Whether some values of this parameter have a deprecated name.
     virtual bool isDeprecatedParm();
@@ -42,7 +42,7 @@ public:
     virtual int colmIndex() const;
     virtual void toCStream(krCStream& stream) const;
     virtual void nameToCStream(krCStream& stream) const;
-    /// Asks for the value. Bad input and faults are told in a line and leave the value as it was.
+    /// Asks for the value. Bad input and faults are reported in a line and leave the value as it was.
     virtual void fromIStream(krIStream& stream);
     /// Takes the value from text; throws krException on bad text.
     virtual void translate(const krString& text);
@@ -51,7 +51,7 @@ public:
     /// Names the parameter anew; without `prompt` the question is the name.
     void setName(const krString& name, const krString& prompt = "");
     bool hasValue() const { return m_hasValue; }
-    /// False: the value is told, but not asked for. Also the used mark of the common parameters.
+    /// False: the value is printed, but not asked for. Also the used mark of the common parameters.
     bool enabled() const { return m_enabled; }
     void setEnabled(bool enabled) { m_enabled = enabled; }
     /// 1: the table form of the value is put in quotes.

@@ -1,5 +1,5 @@
 // Fault containment: the harness's one exception type, and the signal handler that turns a crash of a measured function
-// into it. Where faults are caught is told by krtest and krdefault.
+// into it. Where faults are caught is stated in krtest and krdefault.
 #pragma once
 
 #include "krstring.h"
@@ -25,7 +25,7 @@ private:
     char m_info[256] = {};
 };
 
-/// The trap of SIGFPE, SIGILL and SIGSEGV. Each guarded stretch marks `m_jmpbuf`; the handler does nothing but jump.
+/// The trap of SIGFPE, SIGILL and SIGSEGV. Each guarded section marks `m_jmpbuf`; the handler does nothing but jump.
 class tsSignal {
 public:
     tsSignal();
@@ -33,7 +33,7 @@ public:
     static int code() { return m_code; }
     /// The text of the last signal.
     static const char* getInfo();
-    /// Sets handlers, alternate stack and mask as they must be at the start of a guarded stretch, whatever a function
+    /// Sets handlers, alternate stack and mask as they must be at the start of a guarded section, whatever a function
     /// left behind. A write to a closed pipe or beyond the size limit is answered by an error and not by the end of the
     /// process.
     static void arm();
@@ -43,12 +43,12 @@ public:
 
     static jmp_buf m_jmpbuf;
     static int m_code;
-    /// Whether this thread waits at the mark; a fault outside every guarded stretch, or in a thread of the library,
+    /// Whether this thread waits at the mark; a fault outside every guarded section, or in a thread of the library,
     /// ends the process as usual.
     static inline thread_local volatile sig_atomic_t m_armed = 0;
 };
 
-/// Keeps the mark of the outer stretch while an inner one uses it: declare it, then call setjmp on tsSignal::m_jmpbuf.
+/// Keeps the mark of the outer section while an inner one uses it: declare it, then call setjmp on tsSignal::m_jmpbuf.
 class krFaultMark {
 public:
     krFaultMark() : m_outerArmed(tsSignal::m_armed) {

@@ -9,7 +9,7 @@
 /// Mode bits of a file.
 enum krIoMode { ioRead = 1, ioWrite = 2, ioAppend = 4, ioBinary = 8, ioRawName = 256 };
 
-/// What fopen is told for these bits.
+/// The mode of fopen for these bits.
 const char* krFileMode(int mode);
 
 /// A file of the standard input and output library; null if it could not be opened.
@@ -57,7 +57,7 @@ private:
 bool getlinebuf(FILE* file, char* buffer, int size, bool& eof);
 
 o_stream& operator<<(o_stream& stream, const krString& text);
-/// Writes `lines` over a file; one that can't take them stays as it was. A failure is told at level ERR.
+/// Writes `lines` over a file; one that can't take them stays as it was. A failure is reported at level ERR.
 void krReplaceFile(const krString& name, const krStringList& lines);
 /// What two names of the same file have in common; empty for a device, which any number may share.
 krString krFileIdentity(const krString& name);

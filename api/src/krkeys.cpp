@@ -144,7 +144,7 @@ void P_apply(const krString& /*arg*/, krSession* /*session*/) {
     krTest::m_pressing = true;
 }
 
-// Adds one more file to a stream; a file that can't be opened ends the run behind the last key.
+// Adds one more file to a stream; a file that can't be opened ends the run after the last key.
 template <class Stream>
 static void addFile(Stream& stream, const krString& arg, const char* ext, bool append, krSession* session) {
     const krString name = krSession::genOutPath(arg, ext);
@@ -410,7 +410,7 @@ void T_apply(const krString& arg, krSession* /*session*/) {
     setCpuType(krCpuType::cpuType(arg));
 }
 
-// The whole argument as a decimal number; 0 for any other text, so that what is told and what is called agree.
+// The whole argument as a decimal number; 0 for any other text, so that what is printed and what is called agree.
 static int numberOf(const krString& arg) {
     krString text = arg;
     text.trim();

@@ -79,7 +79,7 @@ public:
     static krString cpuLabel(int cpuType);
     /// The lines of the help of -T.
     static krString optimizedList();
-    /// Names the number of cores behind " 2 " in the name of code 35.
+    /// Names the number of cores after " 2 " in the name of code 35.
     static void updateCpuName(int cpuType, krString& name);
     static int count();
     /// Row `index` of the table, 0 to count() - 1.

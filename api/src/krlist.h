@@ -91,7 +91,7 @@ public:
     /// Appends one value: an insert before the end node.
     void append(const T& value) { insert(end(), value); }
 
-    /// Removes one value and returns the position behind it. The end node can't be removed.
+    /// Removes one value and returns the position after it. The end node can't be removed.
     iterator erase(iterator place) {
         Node* node = place.m_node;
         Node* next = node->next;

@@ -136,12 +136,12 @@ void krSession::tellSharedFiles() const {
         }
     }
     krStringList before;
-    krStringList told;
+    krStringList reported;
     for (const krString& name : names) {
         const krString identity = krFileIdentity(name);
-        if (before.has(identity) && !told.has(identity)) {
+        if (before.has(identity) && !reported.has(identity)) {
             g_ostrm << ERR << "-- File " << name << " is named by more than one key\n" << msgEnd;
-            told.append(identity);
+            reported.append(identity);
         }
         if (!identity.empty()) {
             before.append(identity);

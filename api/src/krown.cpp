@@ -158,10 +158,10 @@ Measure& Measure::returnsValue() {
 } // namespace kr
 
 // Runs what the user wrote: an exception of any type leaves as the one that the harness contains.
-template <class Stretch>
-static auto contained(Stretch stretch) {
+template <class Section>
+static auto contained(Section section) {
     try {
-        return stretch();
+        return section();
     } catch (const krException&) {
         throw;
     } catch (const std::exception& thrown) {

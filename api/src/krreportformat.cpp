@@ -88,16 +88,16 @@ bool krReportFormat::getPieceItem(krString& text, krString& piece, int limit) {
         return false;
     }
     piece = text;
-    int behind = -1;
+    int rest = -1;
     int blank = limit + 1;
     while (blank > limit && (blank = piece.rfind(" ")) >= 0) {
-        behind = blank + 1;
+        rest = blank + 1;
         piece = piece.substr(0, blank);
     }
-    if (behind < 0) {
+    if (rest < 0) {
         return false;
     }
-    text = text.substr(behind);
+    text = text.substr(rest);
     return true;
 }
 

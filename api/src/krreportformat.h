@@ -10,9 +10,9 @@ public:
     /// Six item positions: 0 or more is the index at which an item starts; -p means that it ends just before p - 1.
     krReportFormat(bool frame, int count, int p0, int p1, int p2, int p3, int p4, int p5);
 
-    /// The separator; the lines behind it get borders.
+    /// The separator; the lines after it get borders.
     krString firstLine();
-    /// The separator; the lines behind it have no borders.
+    /// The separator; the lines after it have no borders.
     krString lastLine();
     static krString sepLine();
     /// A full line of six items.
@@ -26,11 +26,11 @@ public:
     void setEndLine(krString& line) const;
     /// Blanks up to `position`; false if the line is longer already.
     static bool setOffsetLine(krString& line, int position);
-    /// The number of characters behind the last newline.
+    /// The number of characters after the last newline.
     static int getLastLen(const krString& text);
     static void setItem(krString& line, const krString& item, int position);
     static void setItemLeft(krString& line, const krString& item, int position);
-    /// Cuts a piece off `text` at its last blank within `limit` characters, or at its first one behind them; false if
+    /// Cuts a piece off `text` at its last blank within `limit` characters, or at its first one after them; false if
     /// it is short or has no blank.
     static bool getPieceItem(krString& text, krString& piece, int limit);
 

@@ -56,7 +56,7 @@ public:
 
     /// From here on lines with equal first `n` cells are looked for; 0 turns the search off.
     void identicalLinesStart(int n);
-    /// The end of the search: true if there are identical lines, which are then told.
+    /// The end of the search: true if there are identical lines, which are then reported.
     bool identicalLinesStop();
     /// Tells the first pair of identical lines in their order; the cost is linear in the lines.
     bool identicalLinesCheck() const;

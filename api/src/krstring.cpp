@@ -23,7 +23,7 @@ int lengthOf(const char* text) {
     return static_cast<int>(std::strlen(text));
 }
 
-// Numbers and letters of the program are those of the "C" locale, also behind a function that has set another one.
+// Numbers and letters of the program are those of the "C" locale, also after a function that has set another one.
 class PlainText {
 public:
     PlainText() : m_former(uselocale(plain())) {}
@@ -327,7 +327,7 @@ bool fitString(const krString& word, const krString& name, int skip) {
     return lowName.substr(skip).find(lowWord) == 0 || lowName.find(lowWord) == 0;
 }
 
-// The quote states of the splitter; 0 and above is the index of the quote that opened the stretch.
+// The quote states of the splitter; 0 and above is the index of the quote that opened the quoted part.
 static constexpr int noQuotes = -100;
 static constexpr int outside = -1;
 

@@ -58,7 +58,7 @@ public:
     int parse(krString& a, krString& b, const krString& seps) const;
     int parse(krString& a, krString& b, krString& c, const krString& seps) const;
 
-    /// Removes blanks, tabs and carriage returns in front, blanks and tabs behind.
+    /// Removes leading blanks, tabs and carriage returns, and trailing blanks and tabs.
     void trim();
     krString toLower() const;
     krString getFileName() const;
@@ -84,7 +84,7 @@ public:
 /// A number that equal texts share, for tables that are searched by text.
 struct krHash {
     std::size_t operator()(const krString& text) const { return add(14695981039346656037U, text); }
-    /// The number of a text behind others, of which `hash` is the number.
+    /// The number of a text that follows others, of which `hash` is the number.
     static uint64_t add(uint64_t hash, const krString& text);
 };
 
@@ -114,10 +114,10 @@ private:
 
 /// n + 1 rounded up to a multiple of 16.
 int getBufSize(int n);
-/// True if `word` is a case-insensitive beginning of `name`, or of `name` behind its first `skip` characters.
+/// True if `word` is a case-insensitive beginning of `name`, or of `name` after its first `skip` characters.
 bool fitString(const krString& word, const krString& name, int skip);
 
-/// Pads with blanks to |width|: in front for a positive width, behind for a negative one. Never cuts.
+/// Pads with blanks to |width|: on the left for a positive width, on the right for a negative one. Never cuts.
 krString sFormat(const krString& text, int width);
 krString sFormat(double value, int width);
 krString sFormat(int value, int width);

@@ -128,23 +128,23 @@ void printNotSupportTiming(const krString& word, const krString& name) {
     g_ostrm << ERR << "-- Can't run " << word << " timing: no program support for function " << name << "\n" << msgEnd;
 }
 
-// Runs a stretch in which a trapped fault leaves by the same exception as bad input.
-bool krTest::trapped(bool (krTest::*stretch)()) {
+// Runs a section in which a trapped fault leaves by the same exception as bad input.
+bool krTest::trapped(bool (krTest::*section)()) {
     tsSignal::arm();
     const krFaultMark mark;
     if (setjmp(tsSignal::m_jmpbuf) != 0) {
         tsSignal::contain();
         throw krException(tsSignal::getInfo());
     }
-    return (this->*stretch)();
+    return (this->*section)();
 }
 
-// EXCPTFAIL after a fault, with what the stretch left half done put in order; else OK, or undefined if it declines.
-krResult krTest::guarded(bool (krTest::*stretch)()) {
+// EXCPTFAIL after a fault, with what the section left half done put in order; else OK, or undefined if it declines.
+krResult krTest::guarded(bool (krTest::*section)()) {
     const int depth = g_trace.size();
     const int messages = g_ostrm.openMessages();
     try {
-        return trapped(stretch) ? krOk : krUndefined;
+        return trapped(section) ? krOk : krUndefined;
     } catch (const krException& fault) {
         krEndForkedChild();
         krResetPriority();
@@ -168,8 +168,8 @@ krResult krTest::run() {
     }
     m_result = m_currentResult;
     m_endTime = krTime();
-    for (const auto stretch : {&krTest::reportResult, &krTest::runEnd}) {
-        if (guarded(stretch) == krExcptFail) {
+    for (const auto section : {&krTest::reportResult, &krTest::runEnd}) {
+        if (guarded(section) == krExcptFail) {
             m_result = krExcptFail;
         }
     }

@@ -147,8 +147,8 @@ public:
 
 private:
     void construct(const krString& name, const krString& file, const krString& info);
-    krResult guarded(bool (krTest::*stretch)());
-    bool trapped(bool (krTest::*stretch)());
+    krResult guarded(bool (krTest::*section)());
+    bool trapped(bool (krTest::*section)());
     bool startAndStopPhases();
     bool runInSection();
     bool reportResult();

@@ -31,22 +31,15 @@ void dec_gain2_amr_wb(int16_t index, int16_t bits, int16_t* code, int16_t n, int
 namespace {
 
 struct Rate {
-    const char* search;
-    const char* decode;
+    const char* name;
     VekSpchBitRate rate;
     int16_t bits;
     int16_t frame;
 };
 constexpr Rate rates[] = {
-    {"cor_h_x, ACELP_2t64_fx", "dec_acelp_2p_in_64", VEK_SPCHBR_6600, 12, 132},
-    {"cor_h_x, ACELP_4t64_fx 8.85", "dec_acelp_4p_in_64 8.85", VEK_SPCHBR_8850, 20, 177},
-    {"cor_h_x, ACELP_4t64_fx 12.65", "dec_acelp_4p_in_64 12.65", VEK_SPCHBR_12650, 36, 253},
-    {"cor_h_x, ACELP_4t64_fx 14.25", "dec_acelp_4p_in_64 14.25", VEK_SPCHBR_14250, 44, 285},
-    {"cor_h_x, ACELP_4t64_fx 15.85", "dec_acelp_4p_in_64 15.85", VEK_SPCHBR_15850, 52, 317},
-    {"cor_h_x, ACELP_4t64_fx 18.25", "dec_acelp_4p_in_64 18.25", VEK_SPCHBR_18250, 64, 365},
-    {"cor_h_x, ACELP_4t64_fx 19.85", "dec_acelp_4p_in_64 19.85", VEK_SPCHBR_19850, 72, 397},
-    {"cor_h_x, ACELP_4t64_fx 23.05", "dec_acelp_4p_in_64 23.05", VEK_SPCHBR_23050, 88, 461},
-    {"cor_h_x, ACELP_4t64_fx 23.85", "dec_acelp_4p_in_64 23.85", VEK_SPCHBR_23850, 88, 477},
+    {"6.6", VEK_SPCHBR_6600, 12, 132},    {"8.85", VEK_SPCHBR_8850, 20, 177},   {"12.65", VEK_SPCHBR_12650, 36, 253},
+    {"14.25", VEK_SPCHBR_14250, 44, 285}, {"15.85", VEK_SPCHBR_15850, 52, 317}, {"18.25", VEK_SPCHBR_18250, 64, 365},
+    {"19.85", VEK_SPCHBR_19850, 72, 397}, {"23.05", VEK_SPCHBR_23050, 88, 461}, {"23.85", VEK_SPCHBR_23850, 88, 477},
 };
 
 Vek16s x[64];
@@ -65,25 +58,24 @@ Vek16s bounds[2];
 Vek16s lag;
 Vek16s fraction;
 
-void fill() {
+void fill(const PeerData& data) {
+    data.fill(x, 64, 1000);
+    data.fill(residual, 64, 800, 1);
     for (int i = 0; i < 64; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 2001 - 1000);
-        residual[i] = static_cast<Vek16s>(i * 6101 % 1601 - 800);
         h[i] = static_cast<Vek16s>(i == 0 ? 4096 : (i * 4999 % 4001 - 2000) * 5 / (5 + i));
         loudH[i] = static_cast<Vek16s>(6 * h[i]);
     }
-    for (int i = 0; i < 505; ++i) {
-        past[i] = static_cast<Vek16s>(i * 7333 % 3001 - 1500);
-    }
+    data.fill(past, 505, 1500, 2);
 }
 
 } // namespace
 
 PEER_ROWS(amrwb) {
-    fill();
+    fill(data);
     for (const Rate& r : rates) {
         peerRow(
-            "veksAlgebraicCodebookSearch_AMRWB_16s", r.search,
+            std::string("veksAlgebraicCodebookSearch_AMRWB_16s, ") + r.name,
+            r.bits == 12 ? "vo-amrwbenc voAWB_cor_h_x, ACELP_2t64_fx" : "vo-amrwbenc voAWB_cor_h_x, ACELP_4t64_fx",
             [&r] {
                 std::memcpy(work, h, sizeof h);
                 veksAlgebraicCodebookSearch_AMRWB_16s(x, residual, work, vector, filtered, r.rate, words);
@@ -100,8 +92,9 @@ PEER_ROWS(amrwb) {
     }
     static Vek16s codes[8] = {5, 17, 3, 30, 77, 99, 55, 3};
     for (const Rate& r : rates) {
-        peerRow(
-            "veksAlgebraicCodebookDecode_AMRWB_16s", r.decode,
+        peerRowOnce(
+            std::string("veksAlgebraicCodebookDecode_AMRWB_16s, ") + r.name,
+            r.bits == 12 ? "opencore-amrwb dec_acelp_2p_in_64" : "opencore-amrwb dec_acelp_4p_in_64",
             [&r] { veksAlgebraicCodebookDecode_AMRWB_16s(codes, vector, r.rate); },
             [&r] {
                 if (r.bits == 12) {
@@ -115,7 +108,9 @@ PEER_ROWS(amrwb) {
         for (const VekSpchBitRate rate : {VEK_SPCHBR_8850, VEK_SPCHBR_12650}) {
             const bool coarse = rate == VEK_SPCHBR_8850;
             peerRow(
-                "veksAdaptiveCodebookSearch_AMRWB_16s", subframe == 0 ? "Pitch_fr4, Pred_lt4" : "the same, relative",
+                std::string("veksAdaptiveCodebookSearch_AMRWB_16s, ") + (coarse ? "8.85" : "12.65") +
+                    (subframe == 0 ? "" : " relative"),
+                "vo-amrwbenc Pitch_fr4, voAWB_Pred_lt4",
                 [rate, subframe] {
                     std::memcpy(exc, past, sizeof past);
                     bounds[0] = 112;
@@ -134,7 +129,7 @@ PEER_ROWS(amrwb) {
     auto* state = reinterpret_cast<VekAdaptiveCodebookState_AMRWB*>(memory);
     veksAdaptiveCodebookDecodeInit_AMRWB_16s(state);
     peerRow(
-        "veksAdaptiveCodebookDecode_AMRWB_16s", "Pred_lt4",
+        "veksAdaptiveCodebookDecode_AMRWB_16s", "opencore-amrwb Pred_lt4",
         [state] {
             veksAdaptiveCodebookDecode_AMRWB_16s(201, &fraction, exc + 248, &lag, bounds, 0, 0, 0, VEK_SPCHBR_12650,
                                                  state);
@@ -148,7 +143,7 @@ PEER_ROWS(amrwb) {
     static Vek16s values[6] = {40, 30000, 0, 0, 0, 1};
     for (const int n : {64, 128}) {
         peerRow(
-            "veksOpenLoopPitchSearch_AMRWB_16s", "Pitch_med_ol, Med_olag",
+            "veksOpenLoopPitchSearch_AMRWB_16s, " + std::to_string(n), "vo-amrwbenc Pitch_med_ol, Med_olag",
             [n] {
                 Hp_wsp(past + 115, passed + 115, static_cast<int16_t>(n), memory9);
                 values[5] = 1;
@@ -168,7 +163,8 @@ PEER_ROWS(amrwb) {
     voAWB_G_pitch(x, residual, corr, 64);
     for (const VekSpchBitRate rate : {VEK_SPCHBR_8850, VEK_SPCHBR_12650}) {
         peerRow(
-            "veksGainQuant_AMRWB_16s", "Q_gain2",
+            rate == VEK_SPCHBR_8850 ? "veksGainQuant_AMRWB_16s, 8.85" : "veksGainQuant_AMRWB_16s, 12.65",
+            "vo-amrwbenc Q_gain2",
             [rate] {
                 lag = 9000;
                 veksGainQuant_AMRWB_16s(x, residual, 2, vector, h, corr, energies, &lag, &gain, 0, words, 64, rate);
@@ -180,7 +176,7 @@ PEER_ROWS(amrwb) {
     }
     // All entries against a window of half of them.
     peerRow(
-        "veksGainQuant_AMRWBE_16s", "Q_gain2, half the entries",
+        "veksGainQuant_AMRWBE_16s", "vo-amrwbenc Q_gain2, half the entries",
         [] { veksGainQuant_AMRWBE_16s(x, residual, 2, vector, h, 64, corr, 7000, &lag, &fraction, &gain, words); },
         [] {
             lag = 9000;
@@ -189,8 +185,8 @@ PEER_ROWS(amrwb) {
     static Vek16s decoder[23];
     static Vek16s former[2];
     dec_gain2_amr_wb_init(decoder);
-    peerRow(
-        "veksDecodeGain_AMRWB_16s", "dec_gain2_amr_wb",
+    peerRowOnce(
+        "veksDecodeGain_AMRWB_16s", "opencore-amrwb dec_gain2_amr_wb",
         [] { veksDecodeGain_AMRWB_16s(50, 8192, &lag, &gain, 0, 0, energies, former, former + 1, VEK_SPCHBR_12650); },
         [] { dec_gain2_amr_wb(50, 7, vector, 64, &lag, &gain, 0, 0, 0, 0, 0, decoder); });
 }

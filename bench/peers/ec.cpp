@@ -4,7 +4,6 @@
 #include "veksc.h"
 
 #include <cmath>
-#include <random>
 
 #if __has_include(<spandsp.h>) && __has_include(<fftw3.h>)
 #include <fftw3.h>
@@ -78,18 +77,17 @@ void synthesise(fftwf_plan plan, int points, int frame, int len) {
     }
 }
 
-void fill() {
-    std::mt19937 random(1);
+void fill(const PeerData& data) {
+    data.fill(ref, 300, 1000);
     for (int i = 0; i < 300; ++i) {
-        ref[i] = static_cast<Vek16s>(static_cast<int>(random() % 2001) - 1000);
         refF[i] = static_cast<Vek32f>(ref[i]) / 32768;
     }
+    data.fill(speech, 80, 1000, 1);
     for (int i = 0; i < 80; ++i) {
-        speech[i] = static_cast<Vek16s>(static_cast<int>(random() % 2001) - 1000);
         speechF[i] = static_cast<Vek32f>(speech[i]) / 32768;
     }
+    data.fill(coef, 256, 200, 2);
     for (int i = 0; i < 256; ++i) {
-        coef[i] = static_cast<Vek16s>(static_cast<int>(random() % 401) - 200);
         coefF[i] = static_cast<Vek32f>(coef[i]) / 32768;
     }
     for (int i = 0; i < kLen; ++i) {
@@ -106,7 +104,7 @@ void fill() {
 
 void fullBand(int taps) {
     peerRow(
-        "veksFIR_EC_16s", taps == 128 ? "spandsp vec_dot_prodi16, 8x128" : "spandsp vec_dot_prodi16, 8x256",
+        "veksFIR_EC_16s, 8x" + std::to_string(taps), "spandsp vec_dot_prodi16",
         [taps] { veksFIR_EC_16s(ref + taps, speech, out, kLen, coef, taps); },
         [taps] {
             for (int i = 0; i < kLen; ++i) {
@@ -114,7 +112,7 @@ void fullBand(int taps) {
             }
         });
     peerRow(
-        "veksFIR_EC_32f", taps == 128 ? "spandsp vec_dot_prodf, 8x128" : "spandsp vec_dot_prodf, 8x256",
+        "veksFIR_EC_32f, 8x" + std::to_string(taps), "spandsp vec_dot_prodf",
         [taps] { veksFIR_EC_32f(refF + taps, speechF, outF, kLen, coefF, taps); },
         [taps] {
             for (int i = 0; i < kLen; ++i) {
@@ -122,7 +120,7 @@ void fullBand(int taps) {
             }
         });
     peerRow(
-        "veksNLMS_EC_16s", taps == 128 ? "spandsp vec_lmsi16, dot, 8x128" : "spandsp vec_lmsi16, dot, 8x256",
+        "veksNLMS_EC_16s, 8x" + std::to_string(taps), "spandsp vec_lmsi16, vec_dot_prodi16",
         [taps] { veksNLMS_EC_16s(ref + taps + 1, speech, step, out, kLen, coef, taps, &err); },
         [taps] {
             for (int i = 0; i < kLen; ++i) {
@@ -132,7 +130,7 @@ void fullBand(int taps) {
             }
         });
     peerRow(
-        "veksNLMS_EC_32f", taps == 128 ? "spandsp vec_lmsf, dot, 8x128" : "spandsp vec_lmsf, dot, 8x256",
+        "veksNLMS_EC_32f, 8x" + std::to_string(taps), "spandsp vec_lmsf, vec_dot_prodf",
         [taps] { veksNLMS_EC_32f(refF + taps + 1, speechF, stepF, outF, kLen, coefF, taps, &errF); },
         [taps] {
             for (int i = 0; i < kLen; ++i) {
@@ -146,7 +144,7 @@ void fullBand(int taps) {
 } // namespace
 
 PEER_ROWS(ec) {
-    fill();
+    fill(data);
     fullBand(128);
     fullBand(256);
     folded = fftwf_alloc_real(64);
@@ -155,32 +153,32 @@ PEER_ROWS(ec) {
     fftwf_plan forward6 = fftwf_plan_dft_r2c_1d(64, folded, spectrum, FFTW_MEASURE);
     fftwf_plan backward5 = fftwf_plan_dft_c2r_1d(32, spectrum, folded, FFTW_MEASURE);
     fftwf_plan backward6 = fftwf_plan_dft_c2r_1d(64, spectrum, folded, FFTW_MEASURE);
-    fill();
+    fill(data);
     veksSubbandProcessInit_32f(process5.get(), 5, 24, 128, window, process5.work);
     veksSubbandProcessInit_32f(process6.get(), 6, 16, 64, window, process6.work);
     veksSubbandProcessInit_16s(processFixed.get(), 6, 16, 64, windowFixed, processFixed.work);
     peerRow(
-        "veksSubbandAnalysis_32f32fc", "fold, fftw3f 32",
+        "veksSubbandAnalysis_32f32fc, 32", "fftw3f, fold by a plain loop",
         [] { veksSubbandAnalysis_32f32fc(speechF, bands, process5.get(), process5.work); },
         [=] { analyse(forward5, 32, 24, 128); });
     peerRow(
-        "veksSubbandAnalysis_32f32fc", "fold, fftw3f 64",
+        "veksSubbandAnalysis_32f32fc, 64", "fftw3f, fold by a plain loop",
         [] { veksSubbandAnalysis_32f32fc(speechF, bands, process6.get(), process6.work); },
         [=] { analyse(forward6, 64, 16, 64); });
     peerRow(
-        "veksSubbandAnalysis_16s32sc_Sfs", "fold, fftw3f 64",
+        "veksSubbandAnalysis_16s32sc_Sfs, 64", "fftw3f, fold by a plain loop",
         [] { veksSubbandAnalysis_16s32sc_Sfs(speech, bandsFixed, processFixed.get(), 0, processFixed.work); },
         [=] { analyse(forward6, 64, 16, 64); });
     peerRow(
-        "veksSubbandSynthesis_32fc32f", "fftw3f 32, overlap",
+        "veksSubbandSynthesis_32fc32f, 32", "fftw3f, overlap by a plain loop",
         [] { veksSubbandSynthesis_32fc32f(bands, sums, process5.get(), process5.work); },
         [=] { synthesise(backward5, 32, 24, 128); });
     peerRow(
-        "veksSubbandSynthesis_32fc32f", "fftw3f 64, overlap",
+        "veksSubbandSynthesis_32fc32f, 64", "fftw3f, overlap by a plain loop",
         [] { veksSubbandSynthesis_32fc32f(bands, sums, process6.get(), process6.work); },
         [=] { synthesise(backward6, 64, 16, 64); });
     peerRow(
-        "veksSubbandSynthesis_32sc16s_Sfs", "fftw3f 64, overlap",
+        "veksSubbandSynthesis_32sc16s_Sfs, 64", "fftw3f, overlap by a plain loop",
         [] { veksSubbandSynthesis_32sc16s_Sfs(bandsFixed, windowFixed, processFixed.get(), 0, processFixed.work); },
         [=] { synthesise(backward6, 64, 16, 64); });
     static Shape<VeksToneDetectState_EC_16s> tone;
@@ -190,12 +188,15 @@ PEER_ROWS(ec) {
     static int result;
     static modem_connect_tones_rx_state_t* rx =
         modem_connect_tones_rx_init(nullptr, MODEM_CONNECT_TONES_ANS_PR, nullptr, nullptr);
-    peerRow(
-        "veksToneDetect_EC_16s", "spandsp modem_connect_tones_rx, 80",
-        [] { veksToneDetect_EC_16s(speech, 80, &result, tone.get()); }, [] { modem_connect_tones_rx(rx, speech, 80); });
-    peerRow(
-        "veksToneDetect_EC_32f", "spandsp modem_connect_tones_rx, 80",
-        [] { veksToneDetect_EC_32f(speechF, 80, &result, toneF.get()); },
-        [] { modem_connect_tones_rx(rx, speech, 80); });
+    for (const int n : {64, 80}) {
+        peerRow(
+            "veksToneDetect_EC_16s, " + std::to_string(n), "spandsp modem_connect_tones_rx",
+            [n] { veksToneDetect_EC_16s(speech, n, &result, tone.get()); },
+            [n] { modem_connect_tones_rx(rx, speech, n); });
+        peerRow(
+            "veksToneDetect_EC_32f, " + std::to_string(n), "spandsp modem_connect_tones_rx",
+            [n] { veksToneDetect_EC_32f(speechF, n, &result, toneF.get()); },
+            [n] { modem_connect_tones_rx(rx, speech, n); });
+    }
 }
 #endif

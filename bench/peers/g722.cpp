@@ -1,4 +1,4 @@
-// G.722 beside another codec: 320 samples of 16 kHz with the filter bank, and the sub-bands alone.
+// G.722 beside another codec, sub-bands and filter bank together.
 #include "peers.h"
 
 #include "veksc.h"
@@ -16,30 +16,32 @@ PEER_ROWS(g722) {
     static uint8_t bytes[320];
     static std::vector<Vek8u> memory;
     static auto* ours = static_cast<VeksCodecState_G722*>(nullptr);
-    for (int i = 0; i < 320; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 8001 - 4000);
-    }
+    data.fill(x, 320, 4000);
     int size = 0;
     veksSBADPCMEncodeStateSize_G722_16s(&size);
     memory.resize(static_cast<size_t>(size));
     ours = reinterpret_cast<VeksCodecState_G722*>(memory.data());
     static g722_encode_state_t* coder = g722_encode_init(nullptr, 64000, 0);
     static g722_decode_state_t* decoder = g722_decode_init(nullptr, 64000, 0);
-    veksSBADPCMEncodeInit_G722_16s(ours);
-    peerRow(
-        "QMFEncode + SBADPCMEncode _G722_16s", "spandsp g722_encode, 320 samples",
-        [] {
-            veksQMFEncode_G722_16s(x, bands, 320, delay);
-            veksSBADPCMEncode_G722_16s(bands, codes, 320, ours);
-        },
-        [] { g722_encode(coder, bytes, x, 320); });
-    veksSBADPCMDecodeInit_G722_16s(ours);
-    peerRow(
-        "SBADPCMDecode + QMFDecode _G722_16s", "spandsp g722_decode, 320 samples",
-        [] {
-            veksSBADPCMDecode_G722_16s(codes, bands, 320, 1, ours);
-            veksQMFDecode_G722_16s(bands, x, 320, delay);
-        },
-        [] { g722_decode(decoder, x, bytes, 160); });
+    for (const int n : {80, 160, 320}) {
+        const std::string told = ", " + std::to_string(n);
+        static Vek16s y[320];
+        veksSBADPCMEncodeInit_G722_16s(ours);
+        peerRow(
+            "veksQMFEncode_G722_16s + veksSBADPCMEncode_G722_16s" + told, "spandsp g722_encode",
+            [n] {
+                veksQMFEncode_G722_16s(x, bands, n, delay);
+                veksSBADPCMEncode_G722_16s(bands, codes, n, ours);
+            },
+            [n] { g722_encode(coder, bytes, x, n); });
+        veksSBADPCMDecodeInit_G722_16s(ours);
+        peerRow(
+            "veksSBADPCMDecode_G722_16s + veksQMFDecode_G722_16s" + told, "spandsp g722_decode",
+            [n] {
+                veksSBADPCMDecode_G722_16s(codes, bands, n, 1, ours);
+                veksQMFDecode_G722_16s(bands, y, n, delay);
+            },
+            [n] { g722_decode(decoder, y, bytes, n / 2); });
+    }
 }
 #endif

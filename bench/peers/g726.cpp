@@ -19,9 +19,7 @@ PEER_ROWS(g726) {
     static std::vector<Vek8u> memory;
     static g726_state_s* theirs;
     static auto* ours = static_cast<VeksCodecState_G726*>(nullptr);
-    for (int i = 0; i < 160; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 8001 - 4000);
-    }
+    data.fill(x, 160, 4000);
     int size = 0;
     veksEncodeGetStateSize_G726_16s8u(&size);
     memory.resize(static_cast<size_t>(size));
@@ -29,24 +27,23 @@ PEER_ROWS(g726) {
     const struct {
         int bits;
         VekSpchBitRate rate;
-        const char* encoder;
-        const char* decoder;
-    } rates[] = {{16000, VEK_SPCHBR_16000, "veksEncode_G726_16s8u 16", "veksDecode_G726_8u16s 16"},
-                 {24000, VEK_SPCHBR_24000, "veksEncode_G726_16s8u 24", "veksDecode_G726_8u16s 24"},
-                 {32000, VEK_SPCHBR_32000, "veksEncode_G726_16s8u 32", "veksDecode_G726_8u16s 32"},
-                 {40000, VEK_SPCHBR_40000, "veksEncode_G726_16s8u 40", "veksDecode_G726_8u16s 40"}};
+    } rates[] = {
+        {16000, VEK_SPCHBR_16000}, {24000, VEK_SPCHBR_24000}, {32000, VEK_SPCHBR_32000}, {40000, VEK_SPCHBR_40000}};
     for (const auto& row : rates) {
-        theirs = g726_init(nullptr, row.bits, 0, 0);
-        veksEncodeInit_G726_16s8u(ours, row.rate);
-        peerRow(
-            row.encoder, "spandsp g726_encode, 160 samples", [] { veksEncode_G726_16s8u(ours, x, codes, 160); },
-            [] { g726_encode(theirs, codes, x, 160); });
-        theirs = g726_init(nullptr, row.bits, 0, 0);
-        veksDecodeInit_G726_8u16s(ours, row.rate, VEK_PCM_LINEAR);
-        static Vek16s y[160];
-        peerRow(
-            row.decoder, "spandsp g726_decode, 160 samples", [] { veksDecode_G726_8u16s(ours, codes, y, 160); },
-            [] { g726_decode(theirs, y, codes, 160); });
+        for (const int n : {32, 160}) {
+            static Vek16s y[160];
+            const std::string told = ", " + std::to_string(n) + " at " + std::to_string(row.bits / 1000) + " kbit/s";
+            theirs = g726_init(nullptr, row.bits, 0, 0);
+            veksEncodeInit_G726_16s8u(ours, row.rate);
+            peerRow(
+                "veksEncode_G726_16s8u" + told, "spandsp g726_encode",
+                [n] { veksEncode_G726_16s8u(ours, x, codes, n); }, [n] { g726_encode(theirs, codes, x, n); });
+            theirs = g726_init(nullptr, row.bits, 0, 0);
+            veksDecodeInit_G726_8u16s(ours, row.rate, VEK_PCM_LINEAR);
+            peerRow(
+                "veksDecode_G726_8u16s" + told, "spandsp g726_decode",
+                [n] { veksDecode_G726_8u16s(ours, codes, y, n); }, [n] { g726_decode(theirs, y, codes, n); });
+        }
     }
 }
 #endif

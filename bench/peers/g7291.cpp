@@ -36,16 +36,14 @@ PEER_ROWS(g7291core) {
     static int16_t context[4096];
     static const Vek16s index[4] = {1, 37, 12, 25};
     initDecodeLSP(context);
+    data.fill(x, 40, 1000);
+    data.fill(residual, 40, 800, 1);
     for (int i = 0; i < 40; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 2003 - 1000);
         h[i] = static_cast<Vek16s>((i * 3571 % 4001 - 2000) / (i + 1));
-        residual[i] = static_cast<Vek16s>(i * 5347 % 1601 - 800);
         history[i] = static_cast<Vek16s>(2340 * (i % 10 + 1));
     }
     h[0] = 4096;
-    for (int i = 0; i < 234; ++i) {
-        excitation[i] = static_cast<Vek16s>(i * 6007 % 4093 - 2046);
-    }
+    data.fill(excitation, 234, 2046, 2);
     peerRow(
         "veksAdaptiveCodebookGain_G7291_16s", "opencore-amrnb Convolve, G_pitch",
         [] { veksAdaptiveCodebookGain_G7291_16s(x, h, excitation + 80, y, words); },
@@ -77,7 +75,7 @@ PEER_ROWS(g7291core) {
     peerRow(
         "veksAlgebraicCodebookSearchL2_G7291_16s", "bcg729 fixedCodebookSearch",
         [] { veksAlgebraicCodebookSearchL2_G7291_16s(x, residual, h, 8192, code, y, words); }, theirPulses);
-    peerRow(
+    peerRowOnce(
         "veksLSFDecode_G7291_16s", "bcg729 decodeLSP", [] { veksLSFDecode_G7291_16s(index, history, lsf); },
         [] {
             uint16_t theirs[4] = {1, 37, 12, 25};
@@ -117,25 +115,29 @@ PEER_ROWS(g7291filters) {
     alignas(16) static float fx[320], fLow[320], fHigh[320], fy[640], taps[64], memory[64], other[64];
     static char stack[65536];
     static void* const encoder = initBcg729EncoderChannel(0);
+    data.fill(x, 320, 2000, 3);
     for (int i = 0; i < 320; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 4003 - 2000);
         fx[i] = x[i];
     }
     for (int i = 0; i < 64; ++i) {
         taps[i] = 1.0F / static_cast<float>(64 + i);
     }
     veksQMFInit_G7291_16s(state);
-    peerRow(
-        "veksQMFEncode_G7291_16s 320", "speex qmf_decomp (float, 64 taps)",
-        [] { veksQMFEncode_G7291_16s(x, 320, low, high, state); },
-        [] { qmf_decomp(fx, taps, fLow, fHigh, 320, 64, memory, stack); });
-    peerRow(
-        "veksQMFDecode_G7291_16s 160", "speex qmf_synth (float, 64 taps)",
-        [] { veksQMFDecode_G7291_16s(low, high, 16384, 160, y, state); },
-        [] { qmf_synth(fLow, fHigh, taps, fy, 320, 64, memory, other, stack); });
+    for (const int n : {160, 320}) {
+        peerRow(
+            "veksQMFEncode_G7291_16s, " + std::to_string(n), "speex qmf_decomp (float, 64 taps)",
+            [n] { veksQMFEncode_G7291_16s(x, n, low, high, state); },
+            [n] { qmf_decomp(fx, taps, fLow, fHigh, n, 64, memory, stack); });
+    }
+    for (const int n : {80, 160}) {
+        peerRow(
+            "veksQMFDecode_G7291_16s, " + std::to_string(n), "speex qmf_synth (float, 64 taps)",
+            [n] { veksQMFDecode_G7291_16s(low, high, 16384, n, y, state); },
+            [n] { qmf_synth(fLow, fHigh, taps, fy, 2 * n, 64, memory, other, stack); });
+    }
     veksFilterHighpassInit_G7291_16s(filter);
     peerRow(
-        "veksFilterHighpass_G7291_16s_ISfs 80", "bcg729 preProcessing",
+        "veksFilterHighpass_G7291_16s_ISfs, 80", "bcg729 preProcessing",
         [] {
             static Vek16s frame[80];
             std::copy(x, x + 80, frame);
@@ -148,7 +150,7 @@ PEER_ROWS(g7291filters) {
     static Vek8u lowFilter[1024];
     veksFilterLowpassInit_G7291_16s(lowFilter);
     peerRow(
-        "veksFilterLowpass_G7291_16s_I 80, one section", "bcg729 preProcessing",
+        "veksFilterLowpass_G7291_16s_I, 80, one section", "bcg729 preProcessing",
         [] {
             static Vek16s frame[80];
             std::copy(x, x + 80, frame);
@@ -169,8 +171,8 @@ PEER_ROWS(g7291tdac) {
     static Vek16s y[160];
     alignas(64) static float fx[320], fy[320];
     alignas(64) static int32_t ix[320], iy[320];
+    data.fill(x, 160, 2000, 4);
     for (int i = 0; i < 160; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 4003 - 2000);
         fx[i] = fx[i + 160] = x[i];
         ix[i] = ix[i + 160] = x[i];
     }

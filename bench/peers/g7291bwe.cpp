@@ -18,8 +18,8 @@ float bandLevels[12];
 } // namespace
 
 PEER_ROWS(g7291bwe) {
+    data.fill(samples, 128, 1000);
     for (int n = 0; n < 128; ++n) {
-        samples[n] = static_cast<Vek16s>(n * 7919 % 2001 - 1000);
         const double turn = n < 72 ? n / 143.0 : (n - 16) / 111.0;
         window[n] = static_cast<float>((1 - std::cos(2 * std::numbers::pi * turn)) / 2);
     }
@@ -27,7 +27,8 @@ PEER_ROWS(g7291bwe) {
     fftwf_complex* bins = fftwf_alloc_complex(33);
     fftwf_plan plan = fftwf_plan_dft_r2c_1d(64, folded, bins, FFTW_MEASURE);
     peerRow(
-        "veksEnvelopFrequency_G7291_16s", "fftw3f 64, log2f", [] { veksEnvelopFrequency_G7291_16s(samples, envelope); },
+        "veksEnvelopFrequency_G7291_16s", "fftw3f 64 points, log2f",
+        [] { veksEnvelopFrequency_G7291_16s(samples, envelope); },
         [=] {
             for (int n = 0; n < 64; ++n) {
                 folded[n] = window[n] * samples[n] + window[n + 64] * samples[n + 64];

@@ -3,7 +3,7 @@
 
 #include "veksc.h"
 
-#include <cstring>
+#include <algorithm>
 
 #if __has_include(<opencore-amrnb/interf_enc.h>) && __has_include(<bcg729/encoder.h>)
 extern "C" {
@@ -31,9 +31,9 @@ PEER_ROWS(g729code) {
     static Vek16s words[5];
     static Vek16s narrow[616];
     static Vek32s wide[616];
+    data.fill(x, 40, 1000);
+    data.fill(residual, 40, 800, 1);
     for (int i = 0; i < 40; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 2003 - 1000);
-        residual[i] = static_cast<Vek16s>(i * 5347 % 1601 - 800);
         h[i] = static_cast<Vek16s>((i * 3571 % 4001 - 2000) / (i + 1));
     }
     h[0] = 4096;
@@ -42,8 +42,21 @@ PEER_ROWS(g729code) {
         uint16_t signs = 0;
         fixedCodebookSearch(x, h, 40, 0, none, 0, &positions, &signs, code, y);
     };
+    const auto theirTenPulses = [] {
+        static int16_t sign[40], largest[5], start[10], positions[10], rr[40][40];
+        int overflow = 0;
+        cor_h_x(h, x, d, 2, &overflow);
+        set_sign12k2(d, residual, sign, largest, 5, start, 5, &overflow);
+        cor_h(h, sign, rr, &overflow);
+        search_10and8i40(10, 5, 5, d, rr, start, largest, positions, &overflow);
+    };
+    const auto theirTwoPulses = [] {
+        int overflow = 0;
+        code_2i40_11bits(x, h, 40, 0, code, y, words, &overflow);
+    };
     peerRow(
-        "veksFixedCodebookSearch_G729A_32s16s", "bcg729 fixedCodebookSearch",
+        "veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s32s + veksFixedCodebookSearch_G729A_32s16s",
+        "bcg729 fixedCodebookSearch",
         [] {
             veksCrossCorr_NormM_16s(x, h, 40, d);
             veksToeplizMatrix_G729_16s32s(h, wide);
@@ -51,7 +64,8 @@ PEER_ROWS(g729code) {
         },
         theirSearch);
     peerRow(
-        "veksFixedCodebookSearch_G729A_16s", "bcg729 fixedCodebookSearch",
+        "veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s + veksFixedCodebookSearch_G729A_16s",
+        "bcg729 fixedCodebookSearch",
         [] {
             veksCrossCorr_NormM_16s(x, h, 40, d);
             veksToeplizMatrix_G729_16s(h, narrow);
@@ -60,23 +74,72 @@ PEER_ROWS(g729code) {
         theirSearch);
     peerRow(
         "veksFixedCodebookSearch_G729E_16s", "opencore-amrnb search of ten pulses",
-        [] { veksFixedCodebookSearch_G729E_16s(0, x, residual, h, code, y, words); },
-        [] {
-            static int16_t sign[40], largest[5], start[10], positions[10], rr[40][40];
-            int overflow = 0;
-            cor_h_x(h, x, d, 2, &overflow);
-            set_sign12k2(d, residual, sign, largest, 5, start, 5, &overflow);
-            cor_h(h, sign, rr, &overflow);
-            search_10and8i40(10, 5, 5, d, rr, start, largest, positions, &overflow);
-        });
+        [] { veksFixedCodebookSearch_G729E_16s(0, x, residual, h, code, y, words); }, theirTenPulses);
     peerRow(
         "veksFixedCodebookSearch_G729D_16s", "opencore-amrnb code_2i40_11bits",
-        [] { veksFixedCodebookSearch_G729D_16s(x, h, code, y, words, words + 1); },
-        [] {
-            int overflow = 0;
-            code_2i40_11bits(x, h, 40, 0, code, y, words, &overflow);
-        });
+        [] { veksFixedCodebookSearch_G729D_16s(x, h, code, y, words, words + 1); }, theirTwoPulses);
+    static Vek32f matrix[616];
+    static Vek32f xF[40], hF[40], residualF[40], dF[40], codeF[40], filteredF[40];
+    std::copy_n(x, 40, xF);
+    std::copy_n(h, 40, hF);
+    std::copy_n(residual, 40, residualF);
+    for (int k = 0; k < 40; ++k) {
+        dF[k] = 0;
+        for (int i = k; i < 40; ++i) {
+            dF[k] += xF[i] * hF[i - k];
+        }
+    }
+    // The search of the main body tries more than theirs, which is that of Annex A.
+    static Vek16s times = 75;
     peerRow(
+        "veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s + veksFixedCodebookSearch_G729_16s",
+        "bcg729 fixedCodebookSearch",
+        [] {
+            times = 75;
+            veksCrossCorr_NormM_16s(x, h, 40, d);
+            veksToeplizMatrix_G729_16s(h, narrow);
+            veksFixedCodebookSearch_G729_16s(d, narrow, code, words, &times, 0);
+        },
+        theirSearch);
+    peerRow(
+        "veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s32s + veksFixedCodebookSearch_G729_32s16s",
+        "bcg729 fixedCodebookSearch",
+        [] {
+            times = 75;
+            veksCrossCorr_NormM_16s(x, h, 40, d);
+            veksToeplizMatrix_G729_16s32s(h, wide);
+            veksFixedCodebookSearch_G729_32s16s(d, wide, code, words, &times, 0);
+        },
+        theirSearch);
+    peerRow(
+        "veksToeplizMatrix_G729_32f + veksFixedCodebookSearch_G729_32f",
+        "bcg729 fixedCodebookSearch (correlations too)",
+        [] {
+            times = 75;
+            veksToeplizMatrix_G729_32f(hF, matrix);
+            veksFixedCodebookSearch_G729_32f(dF, matrix, codeF, words, &times, 0);
+        },
+        theirSearch);
+    peerRow(
+        "veksToeplizMatrix_G729_32f + veksFixedCodebookSearch_G729A_32f",
+        "bcg729 fixedCodebookSearch (correlations too)",
+        [] {
+            veksToeplizMatrix_G729_32f(hF, matrix);
+            veksFixedCodebookSearch_G729A_32f(dF, matrix, codeF, words);
+        },
+        theirSearch);
+    peerRow(
+        "veksFixedCodebookSearch_G729E_32f", "opencore-amrnb search of ten pulses",
+        [] { veksFixedCodebookSearch_G729E_32f(0, xF, residualF, hF, codeF, filteredF, words); }, theirTenPulses);
+    peerRow(
+        "veksToeplizMatrix_G729_32f + veksFixedCodebookSearch_G729D_32f",
+        "opencore-amrnb code_2i40_11bits (correlations too)",
+        [] {
+            veksToeplizMatrix_G729_32f(hF, matrix);
+            veksFixedCodebookSearch_G729D_32f(dF, matrix, hF, codeF, filteredF, words);
+        },
+        theirTwoPulses);
+    peerRowOnce(
         "veksRandomNoiseExcitation_G729B_16s", "bcg729 pseudoRandom",
         [] { veksRandomNoiseExcitation_G729B_16s(words, code, 40); },
         [] {

@@ -35,9 +35,9 @@ PEER_ROWS(g729gain) {
     static void* const decoder = initBcg729DecoderChannel();
     static int64_t xy = 0;
     static int64_t yy = 0;
+    data.fill(adaptive, 40, 1000);
+    data.fill(filtered, 40, 4000, 1);
     for (int i = 0; i < 40; ++i) {
-        adaptive[i] = static_cast<Vek16s>(i * 7919 % 2001 - 1000);
-        filtered[i] = static_cast<Vek16s>(i * 5347 % 8001 - 4000);
         target[i] = static_cast<Vek16s>(adaptive[i] * 3 / 4 + filtered[i] / 16);
         code[i] = i % 11 == 2 ? 8192 : 0;
         h[i] = static_cast<Vek16s>((i * 3571 % 4001 - 2000) / (i + 1));
@@ -45,11 +45,9 @@ PEER_ROWS(g729gain) {
         yy += adaptive[i] * adaptive[i];
     }
     h[0] = 4096;
-    for (int i = 0; i < 194; ++i) {
-        excitation[i] = static_cast<Vek16s>(i * 7919 % 2001 - 1000);
-    }
+    data.fill(excitation, 194, 1000, 2);
     peerRow(
-        "veksGainQuant_G729_16s", "bcg729 gainQuantization, two sums given",
+        "veksGainQuant_G729_16s", "bcg729 gainQuantization (two sums given)",
         [] { veksGainQuant_G729_16s(target, adaptive, code, filtered, past, gains, codes, 0); },
         [] {
             static uint16_t first;
@@ -57,7 +55,7 @@ PEER_ROWS(g729gain) {
             gainQuantization(encoder, target, adaptive, filtered, code, xy, yy, gains, gains + 1, &first, &second);
         });
     peerRow(
-        "veksDecodeGain_G729_16s", "bcg729 decodeGains, with the energy",
+        "veksDotProd_G729A_16s32s + veksDecodeGain_G729_16s", "bcg729 decodeGains",
         [] {
             static Vek16s both[2] = {3, 9};
             static Vek32s energy;
@@ -65,6 +63,30 @@ PEER_ROWS(g729gain) {
             veksDecodeGain_G729_16s(energy, past, both, gains);
         },
         [] { decodeGains(decoder, 3, 9, code, 0, gains, gains + 1); });
+    peerRow(
+        "veksGainQuant_G729D_16s", "bcg729 gainQuantization (two sums given, 3 and 4 bits)",
+        [] { veksGainQuant_G729D_16s(target, adaptive, code, filtered, past, gains, codes, 0); },
+        [] {
+            static uint16_t first;
+            static uint16_t second;
+            gainQuantization(encoder, target, adaptive, filtered, code, xy, yy, gains, gains + 1, &first, &second);
+        });
+    peerRow(
+        "veksDotProd_G729A_16s32s + veksDecodeGain_G729I_16s", "bcg729 decodeGains",
+        [] {
+            static const Vek16s both[2] = {3, 9};
+            static Vek32s energy;
+            veksDotProd_G729A_16s32s(code, code, 40, &energy);
+            veksDecodeGain_G729I_16s(energy, 32113, past, both, gains);
+        },
+        [] { decodeGains(decoder, 3, 9, code, 0, gains, gains + 1); });
+    peerRowOnce(
+        "veksDecodeGain_G729I_16s, erased", "bcg729 decodeGains",
+        [] {
+            static const Vek16s none[2] = {-1, 0};
+            veksDecodeGain_G729I_16s(1 << 26, 32113, past, none, gains);
+        },
+        [] { decodeGains(decoder, 3, 9, code, 1, gains, gains + 1); });
     peerRow(
         "veksAdaptiveCodebookGain_G729A_16s", "bcg729 synthesisFilter, computeAdaptativeCodebookGain",
         [] { veksAdaptiveCodebookGain_G729A_16s(target, lpc, adaptive, y + 10, gains); },

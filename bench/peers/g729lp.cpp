@@ -45,23 +45,26 @@ PEER_ROWS(g729lp) {
         high[i] = static_cast<Vek16s>(r[i] >> 16);
         low[i] = static_cast<Vek16s>((r[i] >> 1) & 0x7fff);
     }
-    peerRow(
+    peerRowOnce(
         "veksLPCToLSP_G729_16s", "opencore-amrnb Az_lsp", [] { veksLPCToLSP_G729_16s(a, previous, found); },
         [] { Az_lsp(a, found, previous, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLPCToLSP_GSMAMR_16s", "opencore-amrnb Az_lsp", [] { veksLPCToLSP_GSMAMR_16s(a, previous, found); },
         [] { Az_lsp(a, found, previous, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLSPToLPC_G729_16s", "opencore-amrnb Lsp_Az", [] { veksLSPToLPC_G729_16s(lsp, a); },
         [] { Lsp_Az(lsp, a, &overflow); });
-    peerRow(
+    peerRowOnce(
         "veksLSPToLSF_Norm_G729_16s", "opencore-amrnb Lsp_lsf", [] { veksLSPToLSF_Norm_G729_16s(lsp, lsf); },
         [] { Lsp_lsf(lsp, lsf, 10, &overflow); });
-    peerRow(
-        "veksLSFToLSP_G729_16s", "opencore-amrnb Lsf_lsp, of 0..16384", [] { veksLSFToLSP_G729_16s(lsf, found); },
-        [] { Lsf_lsp(lsf, found, 10, &overflow); });
-    peerRow(
-        "veksLevinsonDurbin_G729_32s16s", "opencore-amrnb Levinson",
+    peerRowOnce(
+        "veksLSPToLSF_G729_16s", "opencore-amrnb Lsp_lsf (frequencies to 16384)",
+        [] { veksLSPToLSF_G729_16s(lsp, found); }, [] { Lsp_lsf(lsp, found, 10, &overflow); });
+    peerRowOnce(
+        "veksLSFToLSP_G729_16s", "opencore-amrnb Lsf_lsp (frequencies to 16384)",
+        [] { veksLSFToLSP_G729_16s(lsf, found); }, [] { Lsf_lsp(lsf, found, 10, &overflow); });
+    peerRowOnce(
+        "veksLevinsonDurbin_G729_32s16s, 10", "opencore-amrnb Levinson",
         [] {
             static Vek16s error;
             veksLevinsonDurbin_G729_32s16s(r, 10, found, rc, &error);
@@ -74,18 +77,18 @@ PEER_ROWS(g729lp) {
     static Vek16s gain = 4096;
     static Vek16s memory = 0;
     static Vek16s excitation[194];
-    for (int i = 0; i < 223; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 4001 - 2000);
-    }
+    data.fill(x, 223, 2000);
+    data.fill(y, 40, 800, 1);
     for (int i = 0; i < 40; ++i) {
-        y[i] = static_cast<Vek16s>(i * 5347 % 1601 - 800);
         h[i] = i == 0 ? Vek16s{4096} : static_cast<Vek16s>((i * 3571 % 4001 - 2000) / (i + 1));
     }
     std::copy(x, x + 194, excitation);
-    peerRow(
-        "veksPreemphasize_G729A_16s_I", "opencore-amrnb preemphasis",
-        [] { veksPreemphasize_G729A_16s_I(16384, y, 40, &memory); },
-        [] { preemphasis(&memory, y, 16384, 40, &overflow); });
+    for (const int n : {10, 40}) {
+        peerRow(
+            "veksPreemphasize_G729A_16s_I, " + std::to_string(n), "opencore-amrnb preemphasis",
+            [n] { veksPreemphasize_G729A_16s_I(16384, y, n, &memory); },
+            [n] { preemphasis(&memory, y, 16384, n, &overflow); });
+    }
     peerRow(
         "veksGainControl_G729A_16s_I", "opencore-amrnb agc",
         [] {
@@ -137,6 +140,7 @@ PEER_ROWS(g729lp) {
 #if __has_include(<bcg729/encoder.h>)
 extern "C" {
 int LP2LSPConversion(int16_t* a, int16_t* lsp);
+void interpolateqLSP(int16_t* previous, int16_t* current, int16_t* out);
 void* initBcg729EncoderChannel(uint8_t noVoice);
 void* initBcg729DecoderChannel();
 void LSPQuantization(void* encoder, int16_t* lsp, int16_t* quantised, uint16_t* words);
@@ -165,29 +169,47 @@ PEER_ROWS(g729spectrum) {
     for (int i = 0; i < 40; ++i) {
         history[i] = theirHistory[i / 10][i % 10] = static_cast<Vek16s>(2339 * (i % 10 + 1));
     }
-    for (int i = 0; i < 223; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 4001 - 2000);
-    }
-    peerRow(
+    data.fill(x, 223, 2000, 2);
+    peerRowOnce(
         "veksLPCToLSP_G729A_16s", "bcg729 LP2LSPConversion", [] { veksLPCToLSP_G729A_16s(a, lsp, quantised); },
         [] { LP2LSPConversion(a + 1, quantised); });
-    peerRow(
+    peerRowOnce(
         "veksLSPQuant_G729_16s", "bcg729 LSPQuantization",
         [] { veksLSPQuant_G729_16s(lsp, history, quantised, words); },
         [] { LSPQuantization(encoder, lsp, quantised, theirs); });
-    peerRow(
-        "veksLSFQuant_G729_16s", "bcg729 LSPQuantization, with the conversions",
-        [] { veksLSFQuant_G729_16s(lsf, history, quantised, words); },
+    static Vek32f lspF[10], historyF[40], lsfF[10], quantisedF[10];
+    static Vek32s wordsF[2];
+    for (int i = 0; i < 10; ++i) {
+        lspF[i] = static_cast<Vek32f>(lsp[i]) / 32768;
+    }
+    for (int i = 0; i < 40; ++i) {
+        historyF[i] = static_cast<Vek32f>(history[i]) / 8192;
+    }
+    peerRowOnce(
+        "veksLSPQuant_G729E_16s", "bcg729 LSPQuantization",
+        [] { veksLSPQuant_G729E_16s(lsp, history, lsf, quantised, words); },
+        [] { LSPQuantization(encoder, lsp, quantised, theirs); });
+    peerRowOnce(
+        "veksLSPQuant_G729E_32f", "bcg729 LSPQuantization",
+        [] { veksLSPQuant_G729E_32f(lspF, historyF, lsfF, quantisedF, wordsF); },
         [] { LSPQuantization(encoder, lsp, quantised, theirs); });
     peerRow(
-        "veksLSFQuant_G729B_16s", "bcg729 noiseLSPQuantization, with the conversions",
+        "veksInterpolate_G729_16s, 10", "bcg729 interpolateqLSP",
+        [] { veksInterpolate_G729_16s(lsp, history, quantised, 10); },
+        [] { interpolateqLSP(lsp, history, quantised); });
+    peerRowOnce(
+        "veksLSFQuant_G729_16s", "bcg729 LSPQuantization (converts both ways)",
+        [] { veksLSFQuant_G729_16s(lsf, history, quantised, words); },
+        [] { LSPQuantization(encoder, lsp, quantised, theirs); });
+    peerRowOnce(
+        "veksLSFQuant_G729B_16s", "bcg729 noiseLSPQuantization (converts both ways)",
         [] { veksLSFQuant_G729B_16s(lsf, history, quantised, words); },
         [] {
             static uint8_t three[3];
             noiseLSPQuantization(theirHistory, lsp, quantised, three);
         });
-    peerRow(
-        "veksLSFDecode_G729_16s and to pairs", "bcg729 decodeLSP",
+    peerRowOnce(
+        "veksLSFDecode_G729_16s + veksLSFToLSP_G729_16s", "bcg729 decodeLSP",
         [] {
             static const Vek16s index[4] = {1, 57, 12, 23};
             veksLSFDecode_G729_16s(index, history, quantised);
@@ -197,8 +219,8 @@ PEER_ROWS(g729spectrum) {
             static uint16_t index[4] = {1, 57, 12, 23};
             decodeLSP(decoder, index, quantised, 0);
         });
-    peerRow(
-        "veksLSFDecodeErased_G729_16s and to pairs", "bcg729 decodeLSP, erased",
+    peerRowOnce(
+        "veksLSFDecodeErased_G729_16s + veksLSFToLSP_G729_16s", "bcg729 decodeLSP of an erased frame",
         [] {
             veksLSFDecodeErased_G729_16s(1, history, lsf);
             veksLSFToLSP_G729_16s(lsf, quantised);
@@ -215,7 +237,7 @@ PEER_ROWS(g729spectrum) {
         },
         [] { findOpenLoopPitchDelay(x + 143); });
     peerRow(
-        "veksHighPassFilter_G729_16s_ISfs 80", "bcg729 preProcessing",
+        "veksHighPassFilter_G729_16s_ISfs, 80", "bcg729 preProcessing",
         [] {
             static Vek16s frame[80];
             std::copy(x, x + 80, frame);

@@ -22,12 +22,14 @@ PEER_ROWS(g729post) {
     static Vek16s gain = 4096;
     static long long channel[4096];
     initPostFilter(channel);
+    data.fill(x, 240, 2000);
     for (int i = 0; i < 240; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 4001 - 2000);
         xf[i] = x[i];
     }
     peerRow(
-        "long-term, tilt, short-term, gain control, A", "bcg729 postFilter",
+        "veksLongTermPostFilter_G729A_16s + veksTiltCompensation_G729A_16s + veksShortTermPostFilter_G729A_16s + "
+        "veksGainControl_G729A_16s_I",
+        "bcg729 postFilter",
         [] {
             veksLongTermPostFilter_G729A_16s(60, x + 10, a, residual, harmonic + 1);
             veksTiltCompensation_G729A_16s(a, harmonic + 1);
@@ -36,7 +38,19 @@ PEER_ROWS(g729post) {
         },
         [] { postFilter(channel, a + 1, x + 10, 60, 0, out + 10); });
     peerRow(
-        "veksAutoCorr_G729B", "bcg729 computeLP, with its recursion",
+        "veksLongTermPostFilter_G729B_16s + veksTiltCompensation_G729A_16s + veksShortTermPostFilter_G729A_16s + "
+        "veksGainControl_G729A_16s_I",
+        "bcg729 postFilter",
+        [] {
+            static Vek16s voice;
+            veksLongTermPostFilter_G729B_16s(60, x + 10, a, residual, harmonic + 1, &voice, 1);
+            veksTiltCompensation_G729A_16s(a, harmonic + 1);
+            veksShortTermPostFilter_G729A_16s(a, harmonic + 1, out + 10);
+            veksGainControl_G729A_16s_I(x + 10, out + 10, &gain);
+        },
+        [] { postFilter(channel, a + 1, x + 10, 60, 0, out + 10); });
+    peerRow(
+        "veksAutoCorr_G729B", "bcg729 computeLP (with its recursion)",
         [] {
             static Vek16s exponent;
             static Vek32s r[13];
@@ -70,15 +84,13 @@ PEER_ROWS(g729search) {
     static Vek16s excitation[194];
     static Vek16s target[40];
     static Vek16s h[40] = {4096};
-    for (int i = 0; i < 194; ++i) {
-        excitation[i] = static_cast<Vek16s>(i * 7919 % 2001 - 1000);
-    }
+    data.fill(excitation, 194, 1000, 1);
+    data.fill(target, 40, 1500, 2);
     for (int i = 1; i < 40; ++i) {
-        target[i] = static_cast<Vek16s>(i * 104729 % 3001 - 1500);
         h[i] = static_cast<Vek16s>(i * 1299709 % 1401 - 700);
     }
     peerRow(
-        "veksAdaptiveCodebookSearch_G729D_16s", "opencore-amrnb Pitch_fr, without the vector",
+        "veksAdaptiveCodebookSearch_G729D_16s", "opencore-amrnb Pitch_fr",
         [] {
             static Vek16s delay[2];
             veksAdaptiveCodebookSearch_G729D_16s(60, target, h, excitation, 1, delay);

@@ -33,13 +33,12 @@ void Post_Filter(void* state, int mode, int16_t* speech, int16_t* lpc, int* over
 namespace {
 
 struct Rate {
-    const char* search;
+    const char* name;
     VekSpchBitRate rate;
     int mode;
 };
-constexpr Rate rates[] = {{"cbsearch 4.75", VEK_SPCHBR_4750, 0},  {"cbsearch 5.9", VEK_SPCHBR_5900, 2},
-                          {"cbsearch 6.7", VEK_SPCHBR_6700, 3},   {"cbsearch 7.4", VEK_SPCHBR_7400, 4},
-                          {"cbsearch 10.2", VEK_SPCHBR_10200, 6}, {"cbsearch 12.2", VEK_SPCHBR_12200, 7}};
+constexpr Rate rates[] = {{"4.75", VEK_SPCHBR_4750, 0}, {"5.9", VEK_SPCHBR_5900, 2},   {"6.7", VEK_SPCHBR_6700, 3},
+                          {"7.4", VEK_SPCHBR_7400, 4},  {"10.2", VEK_SPCHBR_10200, 6}, {"12.2", VEK_SPCHBR_12200, 7}};
 
 Vek16s x[40];
 Vek16s residual[40];
@@ -61,32 +60,28 @@ Vek16s value;
 Vek16s other;
 int overflow;
 
-void fill() {
+void fill(const PeerData& data) {
+    data.fill(x, 40, 1000);
+    data.fill(residual, 40, 800, 1);
     for (int i = 0; i < 40; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 2001 - 1000);
-        residual[i] = static_cast<Vek16s>(i * 6101 % 1601 - 800);
         response[i] = static_cast<Vek16s>(i == 0 ? 4096 : (i * 4999 % 4001 - 2000) * 5 / (5 + i));
     }
-    for (int i = 0; i < 194; ++i) {
-        past[i] = static_cast<Vek16s>(i * 7333 % 3001 - 1500);
-    }
+    data.fill(past, 194, 1500, 2);
     for (int i = 0; i < 44; ++i) {
         lpc[i] = static_cast<Vek16s>(i % 11 == 0 ? 4096 : i % 11 == 1 ? -3000 : i * 97 % 401 - 200);
     }
-    for (int i = 0; i < 160; ++i) {
-        speech[i] = static_cast<Vek16s>(i * 7919 % 4001 - 2000);
-    }
+    data.fill(speech, 160, 2000, 3);
 }
 
 } // namespace
 
 PEER_ROWS(gsmamr) {
-    fill();
+    fill(data);
     static AmrTables tables;
     get_const_tbls(&tables);
     for (const Rate& rate : rates) {
         peerRow(
-            "veksAlgebraicCodebookSearch_GSMAMR_16s", rate.search,
+            std::string("veksAlgebraicCodebookSearch_GSMAMR_16s, ") + rate.name, "opencore-amrnb cbsearch",
             [&rate] {
                 std::memcpy(h + 40, response, sizeof response);
                 veksAlgebraicCodebookSearch_GSMAMR_16s(50, 8192, x, residual, h + 40, vector, filtered, words, 1,
@@ -101,8 +96,8 @@ PEER_ROWS(gsmamr) {
     for (const Rate& rate : rates) {
         for (const Vek16s subframe : {Vek16s{0}, Vek16s{1}}) {
             peerRow(
-                "veksAdaptiveCodebookSearch_GSMAMR_16s",
-                subframe == 0 ? "Pitch_fr, Pred_lt_3or6" : "the same, relative",
+                std::string("veksAdaptiveCodebookSearch_GSMAMR_16s, ") + rate.name + (subframe == 0 ? "" : " relative"),
+                "opencore-amrnb Pitch_fr, Pred_lt_3or6",
                 [&rate, subframe] {
                     std::memcpy(exc, past, sizeof past);
                     value = 60;
@@ -120,7 +115,7 @@ PEER_ROWS(gsmamr) {
         }
     }
     peerRow(
-        "veksAdaptiveCodebookDecode_GSMAMR_16s", "Dec_lag3, Pred_lt_3or6",
+        "veksAdaptiveCodebookDecode_GSMAMR_16s", "opencore-amrnb Dec_lag3, Pred_lt_3or6",
         [] {
             value = 60;
             veksAdaptiveCodebookDecode_GSMAMR_16s(100, &value, &other, exc, vector, 0, 0, 0, 0, VEK_SPCHBR_7400);
@@ -130,40 +125,41 @@ PEER_ROWS(gsmamr) {
             Pred_lt_3or6(exc + 154, value, other, 40, 1, &overflow);
         });
     static Vek16s codes[10] = {1, 0, 1, 0, 77, 99, 55, 3, 2, 1};
-    peerRow(
-        "veksFixedCodebookDecode_GSMAMR_16s", "decode_4i40_17bits",
+    peerRowOnce(
+        "veksFixedCodebookDecode_GSMAMR_16s, 7.4", "opencore-amrnb decode_4i40_17bits",
         [] { veksFixedCodebookDecode_GSMAMR_16s(codes, vector, 0, VEK_SPCHBR_7400); },
         [] { decode_4i40_17bits(codes[1], codes[0], dgray, vector); });
-    peerRow(
-        "veksFixedCodebookDecode_GSMAMR_16s", "dec_8i40_31bits",
+    peerRowOnce(
+        "veksFixedCodebookDecode_GSMAMR_16s, 10.2", "opencore-amrnb dec_8i40_31bits",
         [] { veksFixedCodebookDecode_GSMAMR_16s(codes, vector, 0, VEK_SPCHBR_10200); },
         [] { dec_8i40_31bits(codes, vector, &overflow); });
-    peerRow(
-        "veksFixedCodebookDecode_GSMAMR_16s", "dec_10i40_35bits",
+    peerRowOnce(
+        "veksFixedCodebookDecode_GSMAMR_16s, 12.2", "opencore-amrnb dec_10i40_35bits",
         [] { veksFixedCodebookDecode_GSMAMR_16s(codes, vector, 0, VEK_SPCHBR_12200); },
         [] { dec_10i40_35bits(codes, vector, dgray); });
     static Vek16s products[4];
     peerRow(
-        "veksAdaptiveCodebookGainCoeffs_GSMAMR_16s", "G_pitch",
+        "veksAdaptiveCodebookGainCoeffs_GSMAMR_16s", "opencore-amrnb G_pitch",
         [] { veksAdaptiveCodebookGainCoeffs_GSMAMR_16s(x, residual, &value, products); },
         [] { value = G_pitch(0, x, residual, products, 40, &overflow); });
     peerRow(
-        "veksPreemphasize_GSMAMR_16s", "preemphasis", [] { veksPreemphasize_GSMAMR_16s(16384, x, work, 40, &value); },
+        "veksPreemphasize_GSMAMR_16s", "opencore-amrnb preemphasis",
+        [] { veksPreemphasize_GSMAMR_16s(16384, x, work, 40, &value); },
         [] {
             std::memcpy(work, x, sizeof x);
             preemphasis(&value, work, 16384, 40, &overflow);
         });
     peerRow(
-        "veksInterpolate_GSMAMR_16s", "Int_lsf", [] { veksInterpolate_GSMAMR_16s(x, residual, work, 10); },
-        [] { Int_lsf(x, residual, 80, work, &overflow); });
+        "veksInterpolate_GSMAMR_16s", "opencore-amrnb Int_lsf",
+        [] { veksInterpolate_GSMAMR_16s(x, residual, work, 10); }, [] { Int_lsf(x, residual, 80, work, &overflow); });
     static Vek16s lsf[10] = {800, 1600, 3000, 4500, 6000, 7500, 9000, 11000, 13000, 15000};
-    peerRow(
-        "veksLSFToLSP_GSMAMR_16s", "Lsf_lsp", [] { veksLSFToLSP_GSMAMR_16s(lsf, work); },
+    peerRowOnce(
+        "veksLSFToLSP_GSMAMR_16s", "opencore-amrnb Lsf_lsp", [] { veksLSFToLSP_GSMAMR_16s(lsf, work); },
         [] { Lsf_lsp(lsf, work, 10, &overflow); });
     static int64_t post[1000];
     Post_Filter_reset(post);
     peerRow(
-        "veksPostFilter_GSMAMR_16s", "Post_Filter",
+        "veksPostFilter_GSMAMR_16s", "opencore-amrnb Post_Filter",
         [] { veksPostFilter_GSMAMR_16s(lpc, speech, state, state + 1, fir, iir, work, VEK_SPCHBR_7400); },
         [] {
             std::memcpy(work, speech, sizeof speech);

@@ -9,6 +9,7 @@
 extern "C" {
 extern const int16_t window_200_40[];
 void get_const_tbls(void* tables);
+void dtx_dec_activity_update(void* s, int16_t* lsf, int16_t* frame, int* overflow);
 void dtx_buffer(void* s, int16_t* lsp, int16_t* speech, int* overflow);
 void dtx_enc(void* s, int16_t flag, int16_t* residual, int16_t* predictor, int16_t** words, int* overflow);
 int16_t tx_dtx_handler(void* s, int16_t vad, int* mode, int* overflow);
@@ -41,13 +42,20 @@ alignas(16) int16_t record[256], vadRecord[128];
 int16_t out[64], words[8];
 VeksVAD1State_GSMAMR state1;
 
-void pitchRow(const char* name, int mode, VekSpchBitRate rate, bool dtx) {
+enum class Detector { none, first, second };
+
+void pitchRow(const char* name, int mode, VekSpchBitRate rate, Detector detector) {
     static int16_t median = 40, strength, tone, maxHp, lags[5], weighted[303], lag[2], gain[2];
     static int16_t theirs[303], memory[10], weight[3] = {40, 0, 0};
+    static Vek32s correlation, energy;
+    const bool dtx = detector == Detector::first;
     peerRow(
         name, "opencore-amrnb pre_big, ol_ltp",
         [=] {
-            if (dtx) {
+            if (detector == Detector::second) {
+                veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s(a, flat, x + 40, &median, &strength, lags, weighted,
+                                                             &correlation, &energy, lag, gain, rate);
+            } else if (dtx) {
                 veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s(a, flat, x + 40, &tone, &median, &strength, lags, weighted,
                                                           &maxHp, lag, gain, rate);
             } else {
@@ -71,9 +79,7 @@ void pitchRow(const char* name, int mode, VekSpchBitRate rate, bool dtx) {
 } // namespace
 
 PEER_ROWS(gsmamrdtx) {
-    for (int i = 0; i < 640; ++i) {
-        x[i] = static_cast<int16_t>(i * 7919 % 2001 - 1000);
-    }
+    data.fill(x, 640, 1000);
     for (int s = 0; s < 4; ++s) {
         veksLSPToLPC_G729_16s(spectrum, a + 11 * s);
         flat[11 * s] = 4096;
@@ -105,7 +111,13 @@ PEER_ROWS(gsmamrdtx) {
         "veksEncDTXBuffer_GSMAMR_16s", "opencore-amrnb dtx_buffer",
         [] { veksEncDTXBuffer_GSMAMR_16s(x, spectrum, &place, spectra, energies); },
         [] { dtx_buffer(record, spectrum, x, &overflow); });
+    static Vek16s decoderPlace = 7, frequencies[80], decoderEnergies[8];
+    alignas(16) static int16_t decoderRecord[512];
     peerRow(
+        "veksDecDTXBuffer_GSMAMR_16s", "opencore-amrnb dtx_dec_activity_update",
+        [] { veksDecDTXBuffer_GSMAMR_16s(x, spectrum, &decoderPlace, frequencies, decoderEnergies); },
+        [] { dtx_dec_activity_update(decoderRecord, spectrum, x, &overflow); });
+    peerRowOnce(
         "veksEncDTXHandler_GSMAMR_16s", "opencore-amrnb tx_dtx_handler",
         [] { veksEncDTXHandler_GSMAMR_16s(&hangover, &elapsed, &used, &sid, 1); },
         [] { tx_dtx_handler(record, 1, &usedTheirs, &overflow); });
@@ -123,20 +135,22 @@ PEER_ROWS(gsmamrdtx) {
             subframePreProc(4, powers[0], powers[1], powers[2], a, a, x + 10, errors, previous, zero, response, exc, h,
                             target, rest, errors + 10);
         });
-    pitchRow("veksOpenLoopPitchSearchNonDTX_GSMAMR_16s 4.75", 0, VEK_SPCHBR_4750, false);
-    pitchRow("veksOpenLoopPitchSearchNonDTX_GSMAMR_16s 7.4", 4, VEK_SPCHBR_7400, false);
-    pitchRow("veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s 10.2", 6, VEK_SPCHBR_10200, true);
-    pitchRow("veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s 12.2", 7, VEK_SPCHBR_12200, true);
-    peerRow(
-        "veksQuantLSPDecode_GSMAMR_16s 7.4", "opencore-amrnb D_plsf_3",
+    pitchRow("veksOpenLoopPitchSearchNonDTX_GSMAMR_16s, 4.75", 0, VEK_SPCHBR_4750, Detector::none);
+    pitchRow("veksOpenLoopPitchSearchNonDTX_GSMAMR_16s, 7.4", 4, VEK_SPCHBR_7400, Detector::none);
+    pitchRow("veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s, 10.2", 6, VEK_SPCHBR_10200, Detector::first);
+    pitchRow("veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s, 12.2", 7, VEK_SPCHBR_12200, Detector::first);
+    pitchRow("veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s, 4.75", 0, VEK_SPCHBR_4750, Detector::second);
+    pitchRow("veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s, 7.4", 4, VEK_SPCHBR_7400, Detector::second);
+    peerRowOnce(
+        "veksQuantLSPDecode_GSMAMR_16s, 7.4", "opencore-amrnb D_plsf_3",
         [] { veksQuantLSPDecode_GSMAMR_16s(words, residual, previous, pairs, subframes, 0, VEK_SPCHBR_7400); },
         [] { D_plsf_3(decoder, 4, 0, words, tables, out, &overflow); });
-    peerRow(
-        "veksLSPQuant_GSMAMR_16s 7.4", "opencore-amrnb Q_plsf_3",
+    peerRowOnce(
+        "veksLSPQuant_GSMAMR_16s, 7.4", "opencore-amrnb Q_plsf_3",
         [] { veksLSPQuant_GSMAMR_16s(spectrum, residual, out, words, VEK_SPCHBR_7400); },
         [] { Q_plsf_3(theirResidual, 4, spectrum, out, words, &start, &overflow); });
-    peerRow(
-        "veksLSPQuant_GSMAMR_16s 12.2", "opencore-amrnb Q_plsf_5",
+    peerRowOnce(
+        "veksLSPQuant_GSMAMR_16s, 12.2", "opencore-amrnb Q_plsf_5",
         [] { veksLSPQuant_GSMAMR_16s(spectrum, residual, out, words, VEK_SPCHBR_12200); },
         [] { Q_plsf_5(theirResidual, spectrum, spectrum + 10, out, out + 10, words, &overflow); });
     peerRow(

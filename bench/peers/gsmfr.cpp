@@ -3,10 +3,13 @@
 
 #include "veksc.h"
 
+#include <algorithm>
+
 #if __has_include(<gsm.h>) || __has_include(<gsm/gsm.h>)
 extern "C" {
 struct gsm_state;
 gsm_state* gsm_create(void);
+void Gsm_LPC_Analysis(gsm_state* state, int16_t* s, int16_t* ratios);
 void Gsm_Preprocess(gsm_state* state, int16_t* s, int16_t* out);
 void Gsm_Short_Term_Analysis_Filter(gsm_state* state, int16_t* codes, int16_t* s);
 void Gsm_Short_Term_Synthesis_Filter(gsm_state* state, int16_t* codes, int16_t* residual, int16_t* s);
@@ -27,27 +30,45 @@ PEER_ROWS(gsmfr) {
     static Vek16s memory[10];
     static Vek32s offset[2];
     static Vek16s emphasis;
-    for (int i = 0; i < 160; ++i) {
-        pcm[i] = static_cast<Vek16s>((i * 7919 % 8001 - 4000) & ~7);
-        past[i] = static_cast<Vek16s>(i * 104729 % 6001 - 3000);
+    data.fill(past, 160, 3000);
+    data.fill(pcm, 160, 4000, 1);
+    for (Vek16s& v : pcm) {
+        v = static_cast<Vek16s>(v & ~7);
     }
     peerRow(
-        "HighPassFilter + Preemphasize _GSMFR", "libgsm Gsm_Preprocess",
+        "veksHighPassFilter_GSMFR_16s + veksPreemphasize_GSMFR_16s, 160", "libgsm Gsm_Preprocess",
         [] {
             veksHighPassFilter_GSMFR_16s(pcm, x, 160, offset);
             veksPreemphasize_GSMFR_16s(x, y, 160, &emphasis);
         },
         [] { Gsm_Preprocess(state, pcm, y); });
+    // It scales the frame and codes the ratios too.
     peerRow(
-        "veksShortTermAnalysisFilter_GSMFR_16s_I", "libgsm Gsm_Short_Term_Analysis_Filter",
+        "veksAutoScale_16s + veksAutoCorr_16s32s + veksSchur_GSMFR_32s16s, 160", "libgsm Gsm_LPC_Analysis",
+        [] {
+            static Vek16s scaled[160];
+            static Vek32s r[9];
+            static Vek16s reflection[8];
+            int scale = 4;
+            veksAutoScale_16s(pcm, scaled, 160, &scale);
+            veksAutoCorr_16s32s(scaled, 160, r, 9);
+            veksSchur_GSMFR_32s16s(r, reflection, 8);
+        },
+        [] {
+            static int16_t coded[8];
+            std::copy_n(pcm, 160, y);
+            Gsm_LPC_Analysis(state, y, coded);
+        });
+    peerRow(
+        "veksShortTermAnalysisFilter_GSMFR_16s_I, 160", "libgsm Gsm_Short_Term_Analysis_Filter",
         [] { veksShortTermAnalysisFilter_GSMFR_16s_I(rc, x, 160, memory); },
         [] { Gsm_Short_Term_Analysis_Filter(state, ratios, y); });
     peerRow(
-        "veksShortTermSynthesisFilter_GSMFR_16s", "libgsm Gsm_Short_Term_Synthesis_Filter",
+        "veksShortTermSynthesisFilter_GSMFR_16s, 160", "libgsm Gsm_Short_Term_Synthesis_Filter",
         [] { veksShortTermSynthesisFilter_GSMFR_16s(rc, pcm, x, 160, memory); },
         [] { Gsm_Short_Term_Synthesis_Filter(state, ratios, pcm, y); });
     peerRow(
-        "veksCrossCorrLagMax_16s", "libgsm Gsm_Long_Term_Predictor",
+        "veksCrossCorrLagMax_16s, 40x81", "libgsm Gsm_Long_Term_Predictor",
         [] {
             Vek32s most = 0;
             int lag = 0;
@@ -60,7 +81,7 @@ PEER_ROWS(gsmfr) {
             int16_t gain = 0;
             Gsm_Long_Term_Predictor(state, pcm, past + 120, e, predicted, &lag, &gain);
         });
-    peerRow(
+    peerRowOnce(
         "veksRPEQuantDecode_GSMFR_16s", "libgsm Gsm_RPE_Decoding", [] { veksRPEQuantDecode_GSMFR_16s(codes, 3, 2, y); },
         [] { Gsm_RPE_Decoding(state, 27, 1, codes, y); });
 }

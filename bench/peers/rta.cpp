@@ -1,4 +1,4 @@
-// Float steps of the real-time audio codec beside those of another float codec, and its searches beside plain loops.
+// Float steps of the real-time audio codec and of G.729 beside those of another float codec.
 #include "peers.h"
 
 #include "veks.h"
@@ -7,63 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <vector>
-
-namespace {
-
-float noise(int i) {
-    return static_cast<float>(i * 7919 % 8001 - 4000);
-}
-
-// Convolution of every vector of a codebook and two sums: the search without any of its short cuts.
-template <class Vector>
-float plainSearch(const float* target, const float* h, int n, int count, Vector vector) {
-    float best = -1;
-    for (int k = 0; k < count; ++k) {
-        const float* x = vector(k);
-        float correlation = 0;
-        float energy = 0;
-        for (int i = 0; i < n; ++i) {
-            float y = 0;
-            for (int j = 0; j <= i; ++j) {
-                y += x[j] * h[i - j];
-            }
-            correlation += y * target[i];
-            energy += y * y;
-        }
-        best = std::fmax(best, correlation * correlation / energy);
-    }
-    return best;
-}
-
-volatile float g_found;
-
-} // namespace
-
-PEER_ROWS(rtasearch) {
-    static Vek32f target[80];
-    static Vek32f h[80];
-    static Vek32f past[400];
-    static Vek32f y[80];
-    static Vek32f lag;
-    static Vek32f gain;
-    static int index[5];
-    static const Vek32f boundary[5] = {1, 18, 48, 86, 145};
-    for (int i = 0; i < 80; ++i) {
-        target[i] = noise(i);
-        h[i] = static_cast<float>(std::pow(0.85, i) * std::cos(0.5 * i));
-    }
-    for (int i = 0; i < 400; ++i) {
-        past[i] = noise(i * 3);
-    }
-    peerRow(
-        "veksAdaptiveCodebookSearch_RTA_32f", "plain loops, 243 vectors of 40",
-        [] { veksAdaptiveCodebookSearch_RTA_32f(target, h, 40, boundary, past + 200, &lag, index, y, 32, 0); },
-        [] { g_found = plainSearch(target, h, 40, 243, [](int k) { return past + 155 - k / 2; }); });
-    peerRow(
-        "veksFixedCodebookSearchRandom_RTA_32f", "plain loops, 256 vectors of 80",
-        [] { veksFixedCodebookSearchRandom_RTA_32f(target, h, y, 80, index, &gain, 256, 0, 0); },
-        [] { g_found = plainSearch(target, h, 80, 256, [](int k) { return past + k; }); });
-}
 
 #if __has_include(<speex/speex.h>)
 extern "C" {
@@ -96,9 +39,8 @@ PEER_ROWS(rta) {
     static std::vector<Vek8u> bank;
     static std::vector<Vek8u> post;
     static Vek32f small[3][10];
-    for (int i = 0; i < 320; ++i) {
-        x[i] = noise(i);
-    }
+    data.fill(x, 320, 4000);
+    std::fill_n(r, 17, 0.0F);
     for (int k = 0; k <= 16; ++k) {
         for (int i = k; i < 320; ++i) {
             r[k] += x[i] * x[i - k];
@@ -106,18 +48,29 @@ PEER_ROWS(rta) {
     }
     veksLevinsonDurbin_RTA_32f(r, a10, rc, 10);
     peerRow(
-        "veksLevinsonDurbin_RTA_32f", "speex _spx_lpc, order 10", [] { veksLevinsonDurbin_RTA_32f(r, out, rc, 10); },
+        "veksLevinsonDurbin_RTA_32f, 10", "speex _spx_lpc", [] { veksLevinsonDurbin_RTA_32f(r, out, rc, 10); },
         [] { _spx_lpc(out, r, 10); });
+    static Vek32f left;
+    peerRow(
+        "veksLevinsonDurbin_G729_32f, 10", "speex _spx_lpc", [] { veksLevinsonDurbin_G729_32f(r, 10, out, rc, &left); },
+        [] { _spx_lpc(out, r, 10); });
+    static const Vek32f cosines[10] = {0.95F, 0.85F, 0.65F, 0.42F, 0.15F, -0.14F, -0.41F, -0.64F, -0.84F, -0.94F};
+    peerRow(
+        "veksLPCToLSP_G729_32f", "speex lpc_to_lsp", [] { veksLPCToLSP_G729_32f(a10, cosines, lsp); },
+        [] { lpc_to_lsp(a10 + 1, 10, lsp, 4, 0.05F, stack); });
+    peerRow(
+        "veksLPCToLSP_G729A_32f", "speex lpc_to_lsp", [] { veksLPCToLSP_G729A_32f(a10, cosines, lsp); },
+        [] { lpc_to_lsp(a10 + 1, 10, lsp, 2, 0.06F, stack); });
     veksLevinsonDurbin_RTA_32f(r, a, rc, 16);
     peerRow(
-        "veksLPCToLSP_RTA_32f", "speex lpc_to_lsp, order 10", [] { veksLPCToLSP_RTA_32f(a10, lsp, 10); },
+        "veksLPCToLSP_RTA_32f, 10", "speex lpc_to_lsp", [] { veksLPCToLSP_RTA_32f(a10, lsp, 10); },
         [] { lpc_to_lsp(a10 + 1, 10, lsp, 10, 0.2F, stack); });
     peerRow(
-        "veksLPCToLSP_RTA_32f", "speex lpc_to_lsp, order 16", [] { veksLPCToLSP_RTA_32f(a, lsp, 16); },
+        "veksLPCToLSP_RTA_32f, 16", "speex lpc_to_lsp", [] { veksLPCToLSP_RTA_32f(a, lsp, 16); },
         [] { lpc_to_lsp(a + 1, 16, lsp, 15, 0.02F, stack); });
     veksLPCToLSP_RTA_32f(a, lsp, 16);
     peerRow(
-        "veksLSPToLPC_RTA_32f", "speex lsp_to_lpc, order 16", [] { veksLSPToLPC_RTA_32f(lsp, out, 16); },
+        "veksLSPToLPC_RTA_32f, 16", "speex lsp_to_lpc", [] { veksLSPToLPC_RTA_32f(lsp, out, 16); },
         [] { lsp_to_lpc(lsp, out, 16, stack); });
     for (int i = 0; i < 64; ++i) {
         taps[i] = static_cast<float>(std::sin(1.6 * (i - 31.5)) / (i - 31.5) / 3);
@@ -127,34 +80,37 @@ PEER_ROWS(rta) {
     bank.resize(static_cast<size_t>(size));
     static auto* state = reinterpret_cast<VeksQMFState_RTA_32f*>(bank.data());
     veksQMFInit_RTA_32f(state);
-    peerRow(
-        "veksQMFEncode_RTA_32f", "speex qmf_decomp, 80 samples, 64 taps",
-        [] { veksQMFEncode_RTA_32f(x, 80, low, high, state); },
-        [] { qmf_decomp(x, taps, low, high, 80, 64, memory, stack); });
+    for (const int n : {20, 40, 80}) {
+        peerRow(
+            "veksQMFEncode_RTA_32f, " + std::to_string(n), "speex qmf_decomp, 64 taps",
+            [n] { veksQMFEncode_RTA_32f(x, n, low, high, state); },
+            [n] { qmf_decomp(x, taps, low, high, n, 64, memory, stack); });
+    }
     veksQMFInit_RTA_32f(state);
     peerRow(
-        "veksQMFDecode_RTA_32f", "speex qmf_synth, 40 pairs, 64 taps",
-        [] { veksQMFDecode_RTA_32f(x, x + 40, 40, y, state); },
+        "veksQMFDecode_RTA_32f, 80", "speex qmf_synth, 64 taps", [] { veksQMFDecode_RTA_32f(x, x + 40, 40, y, state); },
         [] { qmf_synth(x, x + 40, taps, y, 80, 64, memory, memory2, stack); });
     // Its filters have orders 8 and 10 alone.
     small[1][0] = -1.5F;
     small[1][1] = 0.7F;
     static Vek32f states[12];
-    peerRow(
-        "veksHighPassFilter_RTA_32f", "speex filter_mem16, 320 samples, order 8",
-        [] { veksHighPassFilter_RTA_32f(x, y, 320, 5, VEK_PCM_FREQ_8000, states); },
-        [] { filter_mem16(x, small[0], small[1], y, 320, 8, small[2], stack); });
     static Vek32f speech[320];
-    peerRow(
-        "veksBandPassFilter_RTA_32f_I", "speex filter_mem16, 320 samples, order 8",
-        [] {
-            veksCopy_32f(x, speech, 320);
-            veksBandPassFilter_RTA_32f_I(speech, 320, states);
-        },
-        [] {
-            veksCopy_32f(x, speech, 320);
-            filter_mem16(speech, small[0], small[1], speech, 320, 8, small[2], stack);
-        });
+    for (const int n : {80, 160, 320}) {
+        peerRow(
+            "veksHighPassFilter_RTA_32f, " + std::to_string(n), "speex filter_mem16, order 8",
+            [n] { veksHighPassFilter_RTA_32f(x, y, n, 5, VEK_PCM_FREQ_8000, states); },
+            [n] { filter_mem16(x, small[0], small[1], y, n, 8, small[2], stack); });
+        peerRow(
+            "veksBandPassFilter_RTA_32f_I, " + std::to_string(n), "speex filter_mem16, order 8",
+            [n] {
+                veksCopy_32f(x, speech, n);
+                veksBandPassFilter_RTA_32f_I(speech, n, states);
+            },
+            [n] {
+                veksCopy_32f(x, speech, n);
+                filter_mem16(speech, small[0], small[1], speech, n, 8, small[2], stack);
+            });
+    }
     veksPostFilterGetStateSize_RTA_32f(&size);
     post.resize(static_cast<size_t>(size));
     static auto* postState = reinterpret_cast<VeksPostFilterState_RTA_32f*>(post.data());
@@ -164,7 +120,7 @@ PEER_ROWS(rta) {
     static Vek32f response[24];
     static Vek32f level = 1;
     peerRow(
-        "veksPostFilter_RTA_32f_I", "speex filter_mem16 and plain loops, 160 samples, order 10",
+        "veksPostFilter_RTA_32f_I, 160", "speex filter_mem16 and plain loops, order 10",
         [] {
             veksCopy_32f(x, speech, 160);
             veksPostFilter_RTA_32f_I(a10, 10, speech, 160, 1, shortTerm, postState);

@@ -14,14 +14,12 @@ PEER_ROWS(signal) {
     static Vek16s x[50];
     static Vek16s y[50];
     static Vek16s memory[10];
-    for (int i = 0; i < 50; ++i) {
-        x[i] = static_cast<Vek16s>(i * 7919 % 401 - 200);
-    }
+    data.fill(x, 50, 200);
     peerRow(
-        "veksResidualFilter_G729_16s", "opencore-amrnb Residu", [] { veksResidualFilter_G729_16s(x + 10, a, y); },
+        "veksResidualFilter_G729_16s, 40", "opencore-amrnb Residu", [] { veksResidualFilter_G729_16s(x + 10, a, y); },
         [] { Residu(a, x + 10, y, 40); });
     peerRow(
-        "veksSynthesisFilter_NR_16s_Sfs", "opencore-amrnb Syn_filt",
+        "veksSynthesisFilter_NR_16s_Sfs, 40", "opencore-amrnb Syn_filt",
         [] { veksSynthesisFilter_NR_16s_Sfs(a, x, y, 40, 12, memory); }, [] { Syn_filt(a, x, y, 40, memory, 0); });
 }
 #endif

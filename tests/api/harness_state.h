@@ -7,7 +7,7 @@
 #include "krinfo.h"
 #include "krstream.h"
 
-/// Closes the files that keys added to the console text behind its first destination, which is that of the capture.
+/// Closes the files that keys added to the console text after its first destination, which is that of the capture.
 inline void dropAddedFiles() {
     while (g_ostrm.begin() != g_ostrm.end() && ++g_ostrm.begin() != g_ostrm.end()) {
         auto added = ++g_ostrm.begin();

@@ -156,11 +156,11 @@ TEST_F(KrEstimate, LastsUntilTwoSecondsHavePassed) {
 TEST_F(KrEstimate, IsTheStepsOfTheCounterOverTheTimeOfTheClock) {
     const unsigned long long before = orderedTick();
     const int mhz = krCpuTicker::getFreq();
-    const unsigned long long behind = orderedTick();
+    const unsigned long long after = orderedTick();
     constexpr float microseconds = 1e6F / 8192;
     ASSERT_EQ(s_visits.size(), 5U);
     EXPECT_GE(mhz, krFrequencyOf(static_cast<unsigned long long>(ticksWithin(0, 4)), microseconds));
-    EXPECT_LE(mhz, krFrequencyOf(behind - before, microseconds));
+    EXPECT_LE(mhz, krFrequencyOf(after - before, microseconds));
     EXPECT_EQ(krCpuTicker::m_freqMHz, mhz);
     EXPECT_EQ(krCpuTicker::getFreq(), mhz);
     EXPECT_EQ(s_visits.size(), 5U) << "made once";

@@ -372,6 +372,7 @@ TEST_F(KrOwn, VectorsFollowTheAlignmentSettings) {
     static std::uintptr_t where;
     kr::Vector<int> data(16);
     kr::measure<[](int* place) { where = reinterpret_cast<std::uintptr_t>(place); }>("place", data);
+    krSetAlignByByte(true);
     krSetVectorAlign(3);
     run();
     EXPECT_EQ(3U, where % 64);

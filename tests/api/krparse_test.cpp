@@ -56,7 +56,7 @@ TEST(KrStringParse, DoubledQuoteRemovesTheSecondCharacterUntilItIsGone) {
     EXPECT_EQ(words("\"\"", " "), (Words{"\""}));
 }
 
-TEST(KrStringParse, PairOfQuotesInsideAStretchDoesNotCloseIt) {
+TEST(KrStringParse, PairOfQuotesInsideAQuotedPartDoesNotCloseIt) {
     EXPECT_EQ(words("x\"\" y\" z", " "), (Words{"x\" y\"", "z"}));
 }
 

@@ -253,7 +253,7 @@ TEST_F(KrOutput, ParametersAreNotComposedForAMessageAboveTheLevel) {
     EXPECT_EQ(counted.composed, 1);
 }
 
-// A second parameter behind the first.
+// A second parameter after the first.
 class TwoMeasured : public Measured {
 public:
     TwoMeasured() {

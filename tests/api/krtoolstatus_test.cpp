@@ -129,7 +129,7 @@ TEST_F(KrToolBadStatus, OfThePreparationIsNotThatOfTheMeasurement) {
     tool.setMethodLoop(3);
     EXPECT_EQ(run(badLoop, nullptr, nullptr, dirtyInit), krOk);
     EXPECT_EQ(s_inits, 1);
-    EXPECT_FALSE(g_ctrl87.badStatus()) << "the guard starts behind the preparation";
+    EXPECT_FALSE(g_ctrl87.badStatus()) << "the guard starts after the preparation";
 }
 
 krResult badStat(int* calls, long long* clocks) {

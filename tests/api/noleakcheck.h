@@ -1,4 +1,4 @@
-// Around a stretch that a fault leaves by a jump.
+// Around a section that a fault leaves by a jump.
 #pragma once
 
 #ifdef __SANITIZE_ADDRESS__

@@ -1,4 +1,4 @@
-// The whole texts of the help: behind the line "QUICK HELP" without hidden keys, and behind the line "EXTENDED HELP
+// The whole texts of the help: after the line "QUICK HELP" without hidden keys, and after the line "EXTENDED HELP
 // with hidden keys".
 #pragma once
 

@@ -48,7 +48,7 @@ TEST(UserSize, OfAllTestsAtOnceCostsNoLineOfAnother) {
         const auto lines = table(rig);
         EXPECT_GT(lines.size(), 1000U);
         for (const std::vector<std::string>& cells : lines) {
-            // No line has a size that is none; the scale factor behind the sizes may be negative.
+            // No line has a size that is none; the scale factor after the sizes may be negative.
             for (const char* none : {"-5", "-1"}) {
                 EXPECT_EQ(std::count(cells.begin() + 3, cells.begin() + 8, none), 0) << cells[0];
             }

@@ -115,7 +115,7 @@ int holds() {
 
 // ------------------------------------------------------------------------------------------------ the process
 
-// Destroyed behind the streams of the harness, as the data of a suite may be.
+// Destroyed after the streams of the harness, as the data of a suite may be.
 struct LateBlock {
     ~LateBlock() { krTest::deallocate(block); }
     void* block = nullptr;

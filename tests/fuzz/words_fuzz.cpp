@@ -1,4 +1,4 @@
-// Fuzz target of the word splitter and of the -d pairs: separators in front of a newline, the text behind it.
+// Fuzz target of the word splitter and of the -d pairs: separators before a newline, the text after it.
 #include "fuzz_input.h"
 
 #include "krdata.h"

@@ -180,8 +180,10 @@ TEST(LibraryTable, NamesTestsOfFilesThatNameTheFunction) {
 }
 
 TEST(LibraryTable, GivesTheDocument) {
-    EXPECT_TRUE(library::document(table()) == textOf(source / "docs/library.md"))
-        << "docs/library.md is not what vek/functions.txt gives; `cmake --build build-test --target library_page` "
+    const std::vector<library::Figures> machines = library::readFiguresOf((source / "bench/figures").string());
+    EXPECT_TRUE(library::document(table(), machines) == textOf(source / "docs/library.md"))
+        << "docs/library.md is not what vek/functions.txt and bench/figures give; `cmake --build build-test --target "
+           "library_page` "
            "writes it";
 }
 
@@ -200,7 +202,8 @@ TEST(LibraryTable, BecomesTextAndRowsWithTheStrongestClassCounted) {
                                                                   "\n"
                                                                   "## Next\n"
                                                                   "veksD | -\n"
-                                                                  "  property: is | S.One\n"));
+                                                                  "  property: is | S.One\n"),
+                                               {});
     EXPECT_EQ("# Title\n"
               "By the strongest class of each, of 4 functions 2 are exact, 1 agree with a reference, 1 hold properties "
               "only.\n"
@@ -213,6 +216,75 @@ TEST(LibraryTable, BecomesTextAndRowsWithTheStrongestClassCounted) {
               "| function | source | verified by |\n|---|---|---|\n"
               "| `veksD` | - | **property**: is |\n",
               page);
+}
+
+const char* const figures = "machine: CPUID family 6, model 207, registers of 512 bits\n"
+                            "summary: 3 rows\n"
+                            "\n"
+                            " ratio       ours       peer  functions | size | data | peer\n"
+                            "  0.50       10.0       20.0  veksA | 80 | speech | package step\n"
+                            "\n"
+                            "geometric mean by function\n"
+                            "  0.50  veksA\n"
+                            "  1.20  veksC\n"
+                            "\n"
+                            "rows above 1.0\n"
+                            "  1.20       12.0       10.0  veksC | - | suite | package step\n";
+
+TEST(LibraryTable, HasAColumnForEachMachineThatWasMeasured) {
+    const library::Figures machine = library::readFigures("family-6-model-207.txt", figures);
+    const std::string page =
+        library::document(library::readTable("Machines:\n"
+                                             "\n"
+                                             "@MACHINES@\n"
+                                             "\n"
+                                             "veksA, veksB | -\n"
+                                             "  exact: so | S.One\n"
+                                             "veksC | -\n"
+                                             "  exact: so | S.One\n"
+                                             "veksD, veksE | -\n"
+                                             "  exact: so | S.One\n"),
+                          {machine, {"other.txt", "family 1 model 2", {"machine"}, {{"veksE", "2.00"}}}});
+    EXPECT_EQ("Machines:\n"
+              "\n"
+              "- **family 6 model 207** (`bench/figures/family-6-model-207.txt`): machine: CPUID family 6, model 207, "
+              "registers of 512 bits; summary: 3 rows.\n"
+              "- **family 1 model 2** (`bench/figures/other.txt`): machine.\n"
+              "\n"
+              "| function | source | verified by | family 6 model 207 | family 1 model 2 |\n"
+              "|---|---|---|---|---|\n"
+              "| `veksA`, `veksB` | - | **exact**: so | 0.50, - | - |\n"
+              "| `veksC` | - | **exact**: so | 1.20 | - |\n"
+              "| `veksD`, `veksE` | - | **exact**: so | - | -, 2.00 |\n",
+              page);
+}
+
+TEST(LibraryTable, RefusesFilesThatAreNoFigures) {
+    const auto refused = [](const std::string& text) -> std::string {
+        try {
+            library::readFigures("f.txt", text);
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "";
+    };
+    const std::string good = figures;
+    EXPECT_EQ("", refused(good));
+    EXPECT_EQ("f.txt: does not begin with the machine's family and model", refused(""));
+    EXPECT_EQ("f.txt: does not begin with the machine's family and model", refused("summary: 3 rows\n"));
+    EXPECT_EQ("f.txt: no geometric mean by function", refused(good.substr(0, good.find("geometric"))));
+    EXPECT_EQ("f.txt: no ratio and function: veksA  0.50",
+              refused("machine: CPUID family 6, model 207,\n\ngeometric mean by function\nveksA  0.50\n"));
+}
+
+// Figures of a function that there is no more would be lost from the document unseen.
+TEST(LibraryTable, HasTheFunctionsOfAllFigures) {
+    const Names functions = declared();
+    for (const library::Figures& machine : library::readFiguresOf((source / "bench/figures").string())) {
+        for (const auto& [function, ratio] : machine.ratios) {
+            EXPECT_EQ(1U, functions.count(function)) << machine.file << ": " << function;
+        }
+    }
 }
 
 TEST(LibraryTable, RefusesWhatIsNoneOfItsForm) {

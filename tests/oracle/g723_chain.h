@@ -435,7 +435,7 @@ private:
         }
     }
 
-    // Weighted speech, its open-loop delays, and the target behind the harmonic noise shaping.
+    // Weighted speech, its open-loop delays, and the target after the harmonic noise shaping.
     void weight(const Word* x, Word open[4][kOrder], Word weights[4][2 * kOrder], Word* target, Frame& f) {
         static constexpr Word zeros[kOrder] = {29491, 26542, 23888, 21499, 19349, 17414, 15673, 14106, 12695, 11425};
         Word w[kPast + kFrame];

@@ -76,7 +76,7 @@ Coded coded() {
     return c;
 }
 
-// Against the input, which the coder is 40 samples behind.
+// Against the input, which the coder lags by 40 samples.
 double fidelity(const Samples& x, const Samples& y) {
     return segmental(Samples(x.begin(), x.end() - 40), Samples(y.begin() + 40, y.end()));
 }
@@ -162,7 +162,7 @@ TEST(G729ChainOracle, CoderKeepsAsMuchOfTheSignalAsTheOtherOne) {
     record("other", other);
     EXPECT_GT(ours, other - 0.3);
 
-    // Predictors carry the first near tie on into all frames behind it: then the parameters differ, not what they say.
+    // Predictors carry the first near tie on into all frames after it: then the parameters differ, not what they say.
     Samples ourHistory = startOfHistory();
     Samples theirHistory = ourHistory;
     double radians = 0;

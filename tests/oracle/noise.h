@@ -19,7 +19,7 @@ inline std::vector<int16_t> noise(std::mt19937& random, int n, int low, int high
     return v;
 }
 
-/// A decaying impulse response of 40 samples, Q12, with noise up to `level` behind its first one.
+/// A decaying impulse response of 40 samples, Q12, with noise up to `level` after its first one.
 inline std::vector<int16_t> decayingResponse(std::mt19937& random, int level) {
     std::vector<int16_t> h = noise(random, 40, -level, level);
     for (size_t i = 1; i < h.size(); ++i) {

@@ -74,7 +74,7 @@ TEST(SignalOracle, RoundedCorrelationIsTheOneOfTheVoiceEngineThenRounded) {
     constexpr size_t n = 40;
     const Samples a = noise(1, n, 4000);
     const Samples b = noise(2, n, 4000);
-    Samples padded = a; // theirs reads on behind the end
+    Samples padded = a; // theirs reads on beyond the end
     padded.resize(2 * n, 0);
     std::vector<int32_t> theirs(n);
     WebRtcSpl_CrossCorrelationC(theirs.data(), b.data(), padded.data(), n, n, 0, 1);

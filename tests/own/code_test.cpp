@@ -71,7 +71,7 @@ unsigned long addressOf(const std::string& line) {
     return std::stoul(line, nullptr, 16);
 }
 
-// Whether a jump behind `from` goes back to `from` or in front of it.
+// Whether a jump after `from` goes back to `from` or before it.
 bool isLoopAround(const Lines& lines, unsigned long from) {
     return std::any_of(lines.begin(), lines.end(), [&](const std::string& line) {
         const size_t jump = line.find("\tj");

@@ -74,7 +74,7 @@ void expectCompleted(const Shell& shell) {
         {"kelvarrig -B -f veksDCTFwd_G7221_1\t", "<-B><-f><veksDCTFwd_G7221_16s>"},
         {"kelvarrig -FveksDCTFwd_G7221_1\t", "<-FveksDCTFwd_G7221_16s>"},
         {"kelvarrig -tTimDCTFw\t", "<-tTimDCTFwd>"},
-        // Parameters of all tests and of one, with blanks in the name; the value goes on behind the sign.
+        // Parameters of all tests and of one, with blanks in the name; the value goes on after the sign.
         {"kelvarrig -dMeth\tIterative", "<-dMethod=Iterative>"},
         {"kelvarrig -daffine\t7", "<-daffine projection order=7>"},
         {"kelvarrig -d affine\t7", "<-d><affine projection order=7>"},
@@ -84,7 +84,7 @@ void expectCompleted(const Shell& shell) {
         {"kelvarrig -HO\t", "<-HONLY>"},
         {"kelvarrig -TUnk\t", "<-TUnknown>"},
         {"kelvarrig -rresu\t", "<-rresult.txt>"},
-        // The companion's commands and options, and the rig's keys behind the bar.
+        // The companion's commands and options, and the rig's keys after the bar.
         {"krlab doc\t", "<doctor>"},
         {"krlab repl\t result.txt:5", "<replay><result.txt:5>"},
         {"krlab run --pas\t3", "<run><--passes><3>"},

@@ -125,7 +125,7 @@ TEST(CommonSuiteData, TheMemoryOfTheFiltersIsZeroOnEachLine) {
     }
 }
 
-// The pointer of the call moves with the length, and a subframe lies behind it.
+// The pointer of the call moves with the length, and a subframe follows it.
 TEST(CommonSuiteData, TheResidualFilterHasItsLengthBeforeTheSubframe) {
     for (const auto& [row, length] : {std::pair{0, 40}, {1, 50}, {2, 60}}) {
         SuiteLine line("veksResidualFilter_G729_16s", row);

@@ -150,7 +150,7 @@ TEST(EcSuiteRates, ModeZeroOfTheToneDetectorIsEightThousandAndOthersAreSixteen) 
     }
 }
 
-// Frames for which steps stay at their least behind one in which the near end talked, told by a step of each frame.
+// Frames for which steps stay at their least after one in which the near end talked, told by a step of each frame.
 template <class Update>
 int framesOfDoubleTalk(const Update& update) {
     const double least = update(true);

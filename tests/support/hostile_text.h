@@ -114,7 +114,7 @@ public:
         return word + text(2);
     }
 
-    /// The same key without a way out of the working directory: no slash behind its first character, no "..".
+    /// The same key without a way out of the working directory: no slash after its first character, no "..".
     std::string tameKey() {
         std::string word = key();
         std::string tame;

@@ -11,7 +11,7 @@ inline bool isNameChar(char c) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
 }
 
-/// Names of a header's functions, by its text: what stands before the first bracket behind each VEK_API.
+/// Names of a header's functions, by its text: what stands before the first bracket after each VEK_API.
 inline std::set<std::string> of(const std::string& text) {
     std::set<std::string> names;
     // VEK_API <type> vek...(

@@ -1,4 +1,4 @@
-// What a measurement calls, each stay with the ticks of the counter at its two ends. A measured stretch must hold the
+// What a measurement calls, each stay with the ticks of the counter at its two ends. A measured region must hold the
 // stays that belong to it and end before the next that does not: so its length has a least and a most, whatever the
 // machine does in between.
 #pragma once
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// The time-stamp counter in the order of the program: what stands before has ended, what stands behind has not begun.
+/// The time-stamp counter in the order of the program: what stands before has ended, what stands after has not begun.
 inline unsigned long long orderedTick() {
     unsigned low = 0;
     unsigned high = 0;
@@ -52,6 +52,6 @@ inline long long ticksWithin(size_t first, size_t last) {
     return static_cast<long long>(s_visits.at(last).out - s_visits.at(first).in);
 }
 /// Ticks from the end of one stay to the beginning of another.
-inline long long ticksBetween(size_t before, size_t behind) {
-    return static_cast<long long>(s_visits.at(behind).in - s_visits.at(before).out);
+inline long long ticksBetween(size_t before, size_t after) {
+    return static_cast<long long>(s_visits.at(after).in - s_visits.at(before).out);
 }

@@ -260,7 +260,7 @@ TEST(VekWideAdaptiveDecode, CopiesThePastAtAWholeLagAndSetsTheBounds) {
     EXPECT_EQ(1, a.fraction);
 }
 
-// What is decoded in place of a lag behind five that had one gain each.
+// What is decoded in place of a lag after five that had one gain each.
 int lagInPlaceOf(int lost, int unusable, std::initializer_list<int> lags, int16_t gain) {
     Adaptive a;
     for (const int lag : lags) {
@@ -333,7 +333,7 @@ TEST(VekWideAdaptiveSearch, CountsFromTheFirstLagInTheRelativeSubframes) {
         a.exc = noise(random, 505, -3000, 3000);
         a.h = Samples(64);
         a.h[0] = 32767;
-        // A whole period behind a lag below the subframe's length.
+        // A whole period after a lag below the subframe's length.
         for (size_t i = 0; i < 64; ++i) {
             a.exc[248 + i] = a.exc[248 - 57 + i];
             a.x[i] = a.exc[248 + i];

@@ -66,6 +66,32 @@ int exactFrames(VekSpchBitRate mode) {
     return exact;
 }
 
+TEST(VekAmrWbIsfDecode, ShareOfAnyResidualIsAddedWithoutLoss) {
+    std::mt19937 random(36);
+    for (int round = 0; round < 3000; ++round) {
+        const bool lowest = round % 2 == 0;
+        const VekSpchBitRate mode = lowest ? VEK_SPCHBR_6600 : VEK_SPCHBR_8850;
+        const Samples index = lowest ? drawn(random, kLowestRows) : drawn(random, kRows);
+        Samples isf(16), silent(16), residual(16), memory(48), loudMemory(48);
+        for (int16_t& r : residual) {
+            r = static_cast<int16_t>(random() % 2 == 0 ? -32768 : 32767);
+        }
+        const Samples before = residual;
+        ASSERT_EQ(vekStsNoErr, veksISFQuantDecode_AMRWB_16s(index.data(), isf.data(), silent.data(), isf.data(),
+                                                            memory.data(), 0, mode));
+        ASSERT_EQ(vekStsNoErr, veksISFQuantDecode_AMRWB_16s(index.data(), isf.data(), residual.data(), isf.data(),
+                                                            loudMemory.data(), 0, mode));
+        ASSERT_EQ(silent, residual);
+        for (size_t i = 0; i < 16; ++i) {
+            // The memory holds the frequencies as they are before they are kept apart.
+            ASSERT_EQ(memory[i] + ((10923 * before[i]) >> 15), loudMemory[i]);
+        }
+        for (size_t i = 0; i < 15; ++i) {
+            ASSERT_EQ(std::max(int{loudMemory[i]}, 128 + (i == 0 ? 0 : isf[i - 1])), isf[i]);
+        }
+    }
+}
+
 TEST(VekAmrWbIsfChoice, FrequenciesThatTheBooksHoldMostlyComeBack) {
     EXPECT_EQ(182, exactFrames(VEK_SPCHBR_6600));
     EXPECT_EQ(149, exactFrames(VEK_SPCHBR_12650));

@@ -433,7 +433,7 @@ TEST(VekEcSubbandControl, DoubleTalkIsToldAndForbidsSuppression) {
     EXPECT_LT(p.noNlp[2], 0.05);
 }
 
-// The gain behind 400 frames of single talk in which the fixed filter leaves a share of the echo's amplitude.
+// The gain after 400 frames of single talk in which the fixed filter leaves a share of the echo's amplitude.
 template <class C>
 double gainFor(double share) {
     using F = Sub<C>;

@@ -63,15 +63,16 @@ bool same(const std::vector<Vek32sc>& a, const std::vector<Vek32sc>& b) {
 TEST(VekEcFir, IntegerFormIsTheExactSumRoundedAndSaturated) {
     atEveryLevel([] {
         std::mt19937 random(1);
-        for (const int taps : {1, 7, 8, 128, 256, 4096}) {
+        // More samples than a block holds, too.
+        for (const auto& [taps, len] : {std::pair{1, 20}, {7, 70}, {8, 20}, {128, 70}, {256, 33}, {4096, 20}}) {
             for (const int peak : {300, 32767}) {
-                const Samples ref = noise(random, taps + 20, -peak - 1, peak);
-                const Samples speech = noise(random, 20, -peak - 1, peak);
+                const Samples ref = noise(random, taps + len, -peak - 1, peak);
+                const Samples speech = noise(random, len, -peak - 1, peak);
                 const Samples coef = noise(random, taps, -peak - 1, peak);
-                Samples out(20);
+                Samples out(static_cast<size_t>(len));
                 ASSERT_EQ(vekStsNoErr,
-                          veksFIR_EC_16s(ref.data() + taps, speech.data(), out.data(), 20, coef.data(), taps));
-                for (int i = 0; i < 20; i++) {
+                          veksFIR_EC_16s(ref.data() + taps, speech.data(), out.data(), len, coef.data(), taps));
+                for (int i = 0; i < len; i++) {
                     int64_t sum = 0;
                     for (int j = 0; j < taps; j++) {
                         sum += int64_t{coef[j]} * ref[taps + i - j];

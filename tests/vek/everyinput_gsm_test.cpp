@@ -20,8 +20,8 @@ S sample(Run& r, int least = -32768, int most = 32767) {
 }
 
 // The size of a call is its rate, 0 to 7 or 8.
-#define RATES ({0, 1, 2, 3, 4, 5, 6, 7})
-#define RATES_AND_DTX ({0, 1, 2, 3, 4, 5, 6, 7, 8})
+#define AMR_RATES ({0, 1, 2, 3, 4, 5, 6, 7})
+#define AMR_RATES_AND_DTX ({0, 1, 2, 3, 4, 5, 6, 7, 8})
 
 // The subframe of a run.
 S subframe(Run& r) {
@@ -50,22 +50,23 @@ VeksVAD2State_GSMAMR* secondVad(Run& r) {
 }
 
 const everyinput::Family amr{
-    EVERY_INPUT(veksAdaptiveCodebookSearch_GSMAMR_16s, RATES, r.in<S>(40), r.in<S>(40), r.in<S>(2, {20, 143}),
+    EVERY_INPUT(veksAdaptiveCodebookSearch_GSMAMR_16s, AMR_RATES, r.in<S>(40), r.in<S>(40), r.in<S>(2, {20, 143}),
                 r.both<S>(1, {20, 143}), r.both<S>(194), r.out<S>(1), r.out<S>(1), r.out<S>(40), subframe(r),
                 kRates[n]),
-    EVERY_INPUT(veksAdaptiveCodebookDecode_GSMAMR_16s, RATES, sample(r, 0, 15), r.both<S>(1, {17, 144}), r.out<S>(1),
-                r.both<S>(194), r.out<S>(40), subframe(r), sample(r, 0, 1), sample(r, 0, 1), sample(r, 0, 7),
-                kRates[n]),
-    EVERY_INPUT(veksAlgebraicCodebookSearch_GSMAMR_16s, RATES_AND_DTX, sample(r, 17, 144), sample(r, 0, 32767),
+    EVERY_INPUT(veksAdaptiveCodebookDecode_GSMAMR_16s, AMR_RATES, sample(r, 0, 15), r.both<S>(1, {17, 144}),
+                r.out<S>(1), r.both<S>(194), r.out<S>(40), subframe(r), sample(r, 0, 1), sample(r, 0, 1),
+                sample(r, 0, 7), kRates[n]),
+    EVERY_INPUT(veksAlgebraicCodebookSearch_GSMAMR_16s, AMR_RATES_AND_DTX, sample(r, 17, 144), sample(r, 0, 32767),
                 r.in<S>(40), r.in<S>(40), r.both<S>(40), r.out<S>(40), r.out<S>(40), r.out<S>(10), subframe(r),
                 kRates[n]),
-    EVERY_INPUT(veksFixedCodebookDecode_GSMAMR_16s, RATES_AND_DTX, r.in<S>(10), r.out<S>(40), subframe(r), kRates[n]),
+    EVERY_INPUT(veksFixedCodebookDecode_GSMAMR_16s, AMR_RATES_AND_DTX, r.in<S>(10), r.out<S>(40), subframe(r),
+                kRates[n]),
     EVERY_INPUT(veksAdaptiveCodebookGain_GSMAMR_16s, ({40}), r.in<S>(n), r.in<S>(n), r.out<S>(1)),
     EVERY_INPUT(veksAdaptiveCodebookGainCoeffs_GSMAMR_16s, ({40}), r.in<S>(n), r.in<S>(n), r.out<S>(1), r.out<S>(4)),
     EVERY_INPUT(veksPreemphasize_GSMAMR_16s, ({1, 40, 67, 65536}), sample(r), r.in<S>(n), r.out<S>(n), n, r.both<S>(1)),
     EVERY_INPUT(veksInterpolate_GSMAMR_16s, ({1, 10, 67, 65536}), r.from<S>(n), r.in<S>(n), r.to<S>(n), n),
     EVERY_INPUT(veksLSFToLSP_GSMAMR_16s, ({10}), r.from<S>(n, {0, 16384}), r.to<S>(n)),
-    EVERY_INPUT(veksPostFilter_GSMAMR_16s, RATES_AND_DTX, r.in<S>(44), r.in<S>(160), r.both<S>(1),
+    EVERY_INPUT(veksPostFilter_GSMAMR_16s, AMR_RATES_AND_DTX, r.in<S>(44), r.in<S>(160), r.both<S>(1),
                 r.both<S>(1, {0, 32767}), r.both<S>(10), r.both<S>(10), r.out<S>(160), kRates[n]),
 };
 
@@ -80,19 +81,20 @@ const everyinput::Family amrDtx{
                 r.both<S>(1, {0, 7}), r.both<S>(3, {0, 127}), r.both<S>(4), r.both<S>(4), static_cast<S>(n)),
     EVERY_INPUT(veksImpulseResponseTarget_GSMAMR_16s, ({40}), r.in<S>(n, 10), r.in<S>(11), r.in<S>(11), r.in<S>(11),
                 r.in<S>(10), r.in<S>(10), r.out<S>(n), r.out<S>(n), r.out<S>(n)),
-    EVERY_INPUT(veksOpenLoopPitchSearchNonDTX_GSMAMR_16s, RATES, r.in<S>(44), r.in<S>(44), r.in<S>(160, 10), median(r),
-                r.both<S>(1, {0, 32767}), r.both<S>(5, {20, 143}), r.both<S>(303), r.out<S>(2), r.out<S>(2), kRates[n]),
-    EVERY_INPUT(veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s, RATES, r.in<S>(44), r.in<S>(44), r.in<S>(160, 10),
+    EVERY_INPUT(veksOpenLoopPitchSearchNonDTX_GSMAMR_16s, AMR_RATES, r.in<S>(44), r.in<S>(44), r.in<S>(160, 10),
+                median(r), r.both<S>(1, {0, 32767}), r.both<S>(5, {20, 143}), r.both<S>(303), r.out<S>(2), r.out<S>(2),
+                kRates[n]),
+    EVERY_INPUT(veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s, AMR_RATES, r.in<S>(44), r.in<S>(44), r.in<S>(160, 10),
                 r.both<S>(1, {0, 32767}), median(r), r.both<S>(1, {0, 32767}), r.both<S>(5, {20, 143}), r.both<S>(303),
                 r.out<S>(1), r.out<S>(2), r.out<S>(2), kRates[n]),
-    EVERY_INPUT(veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s, RATES, r.in<S>(44), r.in<S>(44), r.in<S>(160, 10),
+    EVERY_INPUT(veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s, AMR_RATES, r.in<S>(44), r.in<S>(44), r.in<S>(160, 10),
                 median(r), r.both<S>(1, {0, 32767}), r.both<S>(5, {20, 143}), r.both<S>(303), r.out<L>(1), r.out<L>(1),
                 r.out<S>(2), r.out<S>(2), kRates[n]),
-    EVERY_INPUT(veksQuantLSPDecode_GSMAMR_16s, RATES_AND_DTX, r.in<S>(5, {0, 7}), r.both<S>(10),
+    EVERY_INPUT(veksQuantLSPDecode_GSMAMR_16s, AMR_RATES_AND_DTX, r.in<S>(5, {0, 7}), r.both<S>(10),
                 r.bothRising<S>(10, {205, 16000}), r.both<S>(10), r.out<S>(40), sample(r, 0, 1), kRates[n]),
-    EVERY_INPUT(veksLSPQuant_GSMAMR_16s, RATES_AND_DTX, r.falling<S>(20, {-32768, 32767}), r.both<S>(10, {-400, 400}),
-                r.out<S>(20), r.out<S>(5), kRates[n]),
-    EVERY_INPUT(veksAutoCorr_GSMAMR_16s32s, RATES_AND_DTX, r.in<S>(240), r.out<L>(22), kRates[n]),
+    EVERY_INPUT(veksLSPQuant_GSMAMR_16s, AMR_RATES_AND_DTX, r.falling<S>(20, {-32768, 32767}),
+                r.both<S>(10, {-400, 400}), r.out<S>(20), r.out<S>(5), kRates[n]),
+    EVERY_INPUT(veksAutoCorr_GSMAMR_16s32s, AMR_RATES_AND_DTX, r.in<S>(240), r.out<L>(22), kRates[n]),
     EVERY_INPUT(veksVAD1_GSMAMR_16s, ({200}), r.in<S>(n), firstVad(r), r.out<S>(1), sample(r, 0, 32767),
                 sample(r, 0, 32767)),
     EVERY_INPUT(veksVAD2_GSMAMR_16s, ({160}), r.in<S>(n), secondVad(r), r.out<S>(1), sample(r, 0, 1)),

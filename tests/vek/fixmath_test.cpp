@@ -113,8 +113,6 @@ TEST(FixMath, MultiplyAndAddSaturatesTheProductBeforeTheSum) {
     EXPECT_EQ(kHi32, L_mac(1, kLo, kLo));
     EXPECT_EQ(-kHi32, L_msu(0, kLo, kLo));
     EXPECT_EQ(kLo32, L_msu(-100, kLo, kLo));
-    EXPECT_EQ(7, L_mac0(1, 2, 3));
-    EXPECT_EQ(-5, L_msu0(1, 2, 3));
 }
 
 TEST(FixMath, QuotientIsCutOffInQ15) {
@@ -154,17 +152,6 @@ TEST(FixMath, DoublePrecisionProductsAreWithinFourOfTheExactOnes) {
                 ASSERT_NEAR(exact, Mpy_32(ah, al, bh, bl), 8) << a << " " << b;
             }
             ASSERT_NEAR(static_cast<double>(a) * bh / 32768.0, Mpy_32_16(ah, al, bh), bh == kLo ? 65536 : 4);
-        }
-    }
-}
-
-TEST(FixMath, DoublePrecisionQuotientOfNormalisedNumbers) {
-    for (const int32_t den : {0x40000000, 0x50000001, 0x7fffffff}) {
-        for (const int32_t num : {1, 1000, 0x20000000, 0x3fffffff}) {
-            int16_t hi = 0;
-            int16_t lo = 0;
-            L_Extract(den, hi, lo);
-            EXPECT_NEAR(2147483648.0 * num / den, Div_32(num, hi, lo), 64) << num << "/" << den;
         }
     }
 }

@@ -219,7 +219,7 @@ std::vector<int> tapsOf(int entry, VekSpchBitRate rate, int base) {
     std::vector<int> taps;
     for (int t = 0; t < 5; ++t) {
         Samples history(148, 0);
-        // The first sample takes the history from two before the delay to two behind.
+        // The first sample takes the history from two before the delay to two after.
         history[static_cast<size_t>(148 - base - 2 + t)] = 16384;
         Samples out(60);
         EXPECT_EQ(vekStsNoErr,

@@ -147,7 +147,7 @@ TEST(VekG726, AJumpBehindAToneHasTheCodesAndSamplesOfTheRecommendation) {
         EXPECT_EQ(Samples(y.begin() + 412, y.end()), last);
     }
 }
-// The adjustment is made so that codes survive any number of codings one behind the other. It goes one PCM code at
+// The adjustment is made so that codes survive any number of codings one after the other. It goes one PCM code at
 // most, which serves where the law's steps are finer than the quantiser's, as at the lower rates.
 TEST(VekG726, CodesOfALawSurviveASecondCoding) {
     const Samples x = speech(4000);

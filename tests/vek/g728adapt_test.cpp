@@ -388,6 +388,97 @@ TEST(VekG728Levinson, FormatGivesWayToLargeCoefficients) {
     });
 }
 
+// The recursion in 16 bits, one coefficient after the other.
+struct WrittenOut {
+    Samples a;
+    int64_t energy = 0;
+    int first = 0;
+    int q = 15;
+    bool stable = true;
+
+    WrittenOut(const Samples& r, size_t order) : energy(r[0] * int64_t{65536}) {
+        while (stable && a.size() < order) {
+            step(r);
+        }
+    }
+
+    void step(const Samples& r) {
+        const size_t m = a.size();
+        int64_t sum = r[m + 1] * (int64_t{1} << q);
+        for (size_t i = 0; i < m; ++i) {
+            sum += a[i] * r[m - i];
+        }
+        const int64_t magnitude = std::abs(sum) << (16 - q);
+        const int64_t k = magnitude < energy ? (magnitude * 65536 + energy) / (2 * energy) : 32768;
+        const int64_t reflection = sum < 0 ? k : -k;
+        stable = k < 32768;
+        std::vector<int64_t> next(m);
+        const auto fits = [&] {
+            for (size_t i = 0; i < m; ++i) {
+                next[i] = a[i] + ((reflection * a[m - 1 - i] + 0x4000) >> 15);
+            }
+            return std::all_of(next.begin(), next.end(), [](int64_t v) { return std::abs(2 * v + 1) < 65536; });
+        };
+        while (stable && !fits()) {
+            --q;
+            stable = q >= 13;
+            for (int16_t& v : a) {
+                v = static_cast<int16_t>((v + 1) >> 1);
+            }
+        }
+        const int64_t n = 15 - q;
+        next.push_back(n > 0 ? (reflection + (int64_t{1} << (n - 1))) >> n : reflection);
+        a.assign(next.begin(), next.end());
+        energy -= (energy * k >> 15) * k >> 15;
+        first = m == 0 ? static_cast<int>(reflection) : first;
+    }
+};
+
+// An autocorrelation whose coefficients need fewer fraction bits from some step on.
+Samples growingFrom(std::mt19937& random, size_t from) {
+    std::uniform_real_distribution<double> unit(-1, 1);
+    Reals k(50);
+    for (size_t i = 0; i < k.size(); ++i) {
+        k[i] = i == from || i == from + 1 ? 0.85 * (i % 2 == 0 ? -1 : 1) : 0.08 * unit(random);
+    }
+    return ofReflections(k, 50);
+}
+
+TEST(VekG728Levinson, HasTheBitsOfTheRecursionWrittenOut) {
+    atEveryLevel([] {
+        std::mt19937 random(11);
+        std::uniform_int_distribution<int> any(-32768, 32767);
+        int stable = 0;
+        int coarse = 0;
+        for (int round = 0; round < 400; ++round) {
+            Samples r =
+                round % 4 == 0 ? autocorrelation(random, 50) : growingFrom(random, static_cast<size_t>(round) % 50);
+            if (round % 8 == 3) {
+                r[static_cast<size_t>(1 + round % 50)] = static_cast<int16_t>(round % 16 == 3 ? -32768 : any(random));
+            }
+            const size_t order = static_cast<size_t>(1 + round * 7 % 50);
+            const WrittenOut want(r, order);
+            Samples a(order);
+            int16_t first = 0;
+            int32_t energy = 0;
+            int16_t q = 0;
+            const VekStatus status =
+                veksLevinsonDurbin_G728_16s_Sfs(r.data(), static_cast<int>(order), a.data(), &first, &energy, &q);
+            ASSERT_EQ(want.stable ? vekStsNoErr : vekStsUnstableFilter, status) << round;
+            if (want.stable) {
+                ++stable;
+                coarse += want.q < 15 ? 1 : 0;
+                ASSERT_EQ(want.a, a) << round;
+                ASSERT_EQ(want.first, first) << round;
+                ASSERT_EQ(want.energy, energy) << round;
+                ASSERT_EQ(want.q, q) << round;
+            }
+        }
+        EXPECT_GT(stable, 200);
+        EXPECT_GT(coarse, 50);
+    });
+}
+
 TEST(VekG728Levinson, WhatIsNoAutocorrelationLeavesTheFilterAlone) {
     const Samples cases[] = {
         Samples(11),                                    // silence

@@ -62,6 +62,24 @@ TEST(VekG728Weighting, LoudSumsSaturate) {
     EXPECT_EQ(y, weighted(c, x));
 }
 
+TEST(VekG728Weighting, LowestCoefficientsOfLowestSamplesDoNotWrap) {
+    Samples c(20);
+    std::fill_n(c.begin(), 10, int16_t{-32768});
+    const Samples x(15, -32768);
+    Weighting memory(veksIIR16sGetStateSize_G728_16s);
+    ASSERT_EQ(vekStsNoErr, veksIIR16sInit_G728_16s(memory));
+    Samples y(15);
+    ASSERT_EQ(vekStsNoErr, veksIIR16s_G728_16s(c.data(), x.data(), y.data(), 15, memory));
+    EXPECT_EQ(Samples(14, 32767), Samples(y.begin() + 1, y.end()));
+    Adapter adapter(veksPostFilterAdapterGetStateSize_G728);
+    ASSERT_EQ(vekStsNoErr, veksPostFilterAdapterInit_G728(adapter));
+    Samples error(5);
+    for (int v = 0; v < 3; ++v) {
+        ASSERT_EQ(vekStsNoErr, veksLPCInverseFilter_G728_16s(x.data() + 5 * v, c.data(), error.data(), adapter));
+    }
+    EXPECT_EQ(Samples(5, 32767), error);
+}
+
 // Both filters in double precision; the memories are those of real numbers.
 class Real {
 public:

@@ -69,7 +69,7 @@ TEST(VekG7291EnvelopFrequency, IsHalfTheLogarithmOfTheFoldedSpectrum) {
                 const Doubles want = bands(x.data());
                 const Samples got = bandEnvelope(x);
                 for (int j = 0; j < 12; ++j) {
-                    EXPECT_NEAR(1024 * want[j], got[j], 8) << size << " " << j;
+                    EXPECT_NEAR(1024 * want[j], got[j], 2) << size << " " << j;
                 }
             }
         }

@@ -16,7 +16,7 @@ Samples unitResponse() {
     return h;
 }
 
-// The vector at a delay, from a history that holds the residual behind it.
+// The vector at a delay, from a history that holds the residual after it.
 Samples vectorAt(const Samples& x, int delay, int thirds) {
     Samples made = x;
     Samples vector(40);

@@ -251,14 +251,14 @@ TEST(VekG7291Spherical, EachPointHasItsNumberAndTheLevelOfTheEnvelope) {
         for (int bits = 0; bits <= 16; ++bits) {
             const Band b(band, bits);
             int points = 0;
-            bool behind = false;
+            bool after = false;
             for (uint32_t number = 0; number<1U << bits; number += bits> 12 ? 37 : 1) {
                 const Samples y = b.read(number, 20);
                 if (energy(y) == 0) {
-                    behind = true; // of the last leader
+                    after = true; // of the last leader
                     continue;
                 }
-                ASSERT_FALSE(behind);
+                ASSERT_FALSE(after);
                 ++points;
                 ASSERT_NEAR(1024, std::sqrt(energy(y) / static_cast<double>(b.size())), 1);
                 ASSERT_EQ(number, b.write(y)) << band << " " << bits;

@@ -7,6 +7,7 @@
 
 namespace {
 
+using lpref::atEveryLevel;
 using lpref::clip;
 using lpref::noise;
 using Samples = std::vector<int16_t>;
@@ -213,6 +214,101 @@ TEST(VekSpectralPairs, WithoutTenRootsThePreviousOnesAreGiven) {
     std::vector<float> now(10);
     EXPECT_EQ(vekStsUnstableFilter, veksLPCToLSP_G729_32f(f.data(), before.data(), now.data()));
     EXPECT_EQ(before, now);
+}
+
+// The search for the pairs, one point after the other, with products of split words and sums that cannot overflow.
+struct PairSearch {
+    int points, bisections;
+
+    static int clipped(int64_t v) { return static_cast<int>(std::clamp<int64_t>(v, -32768, 32767)); }
+    static int64_t times(int64_t t, int x) { return (t >> 16) * x + ((((t >> 1) & 0x7fff) * x) >> 15); }
+
+    static int series(const std::vector<int64_t>& f, int x) {
+        int64_t b2 = 1 << 24;
+        int64_t t = x * 1024 + f[1] * 16384;
+        for (size_t i = 2; i < 5; ++i) {
+            const int64_t next = 4 * times(t, x) - b2 + f[i] * 16384;
+            b2 = t & ~int64_t{1};
+            t = next;
+        }
+        return clipped((2 * times(t, x) - b2 + f[5] * 8192) >> 10);
+    }
+
+    static int crossing(int xLow, int yLow, int xHigh, int yHigh) {
+        const int width = clipped(xHigh - xLow);
+        const int rise = clipped(yHigh - yLow);
+        if (rise == 0) {
+            return xLow;
+        }
+        int steep = std::min(std::abs(rise), 32767);
+        int exponent = 0;
+        for (; steep < 16384; steep *= 2) {
+            ++exponent;
+        }
+        const auto slope = static_cast<int16_t>((int64_t{2} * width * ((16383 << 15) / steep)) >> (20 - exponent));
+        const int turned = rise < 0 ? clipped(-slope) : slope;
+        return clipped(xLow - static_cast<int16_t>((int64_t{2} * yLow * turned) >> 11));
+    }
+
+    Samples operator()(const Samples& a) const {
+        std::vector<std::vector<int64_t>> f(2, {1024});
+        for (size_t i = 0; i < 5; ++i) {
+            f[0].push_back(clipped(static_cast<int16_t>((a[i + 1] + a[10 - i]) >> 2) - f[0][i]));
+            f[1].push_back(clipped(static_cast<int16_t>((a[i + 1] - a[10 - i]) >> 2) + f[1][i]));
+        }
+        const auto at = [this](int j) {
+            const double ends = j == 0 ? 32760 : -32760;
+            return static_cast<int>(j == 0 || j == points ? ends : std::trunc(32768 * std::cos(kPi * j / points)));
+        };
+        Samples found;
+        int xLow = at(0);
+        int yLow = series(f[0], xLow);
+        for (int j = 1; j <= points && found.size() < 10; ++j) {
+            int xHigh = xLow;
+            int yHigh = yLow;
+            xLow = at(j);
+            yLow = series(f[found.size() % 2], xLow);
+            if (yLow * yHigh > 0) {
+                continue;
+            }
+            for (int i = 0; i < bisections; ++i) {
+                const int x = (xLow >> 1) + (xHigh >> 1);
+                const int y = series(f[found.size() % 2], x);
+                const bool upper = yLow * y <= 0;
+                (upper ? yHigh : yLow) = y;
+                (upper ? xHigh : xLow) = x;
+            }
+            xLow = crossing(xLow, yLow, xHigh, yHigh);
+            found.push_back(static_cast<int16_t>(xLow));
+            yLow = series(f[found.size() % 2], xLow);
+        }
+        return found;
+    }
+};
+
+TEST(VekSpectralPairs, HaveTheBitsOfTheSearchWrittenOut) {
+    atEveryLevel([] {
+        std::mt19937 random(21);
+        std::uniform_int_distribution<int> any(-32768, 32767);
+        int whole = 0;
+        for (int round = 0; round < 3000; ++round) {
+            Samples a = {4096};
+            const int down = round % 6;
+            for (int i = 0; i < 10; ++i) {
+                a.push_back(static_cast<int16_t>(any(random) >> down >> (i * (round % 3) / 4)));
+            }
+            const Samples previous(10, 7);
+            for (const auto& [search, want] : {std::pair{&veksLPCToLSP_G729_16s, PairSearch{60, 4}(a)},
+                                               std::pair{&veksLPCToLSP_G729A_16s, PairSearch{50, 2}(a)}}) {
+                Samples lsp(10);
+                const VekStatus status = search(a.data(), previous.data(), lsp.data());
+                ASSERT_EQ(want.size() == 10 ? vekStsNoErr : vekStsUnstableFilter, status) << round;
+                ASSERT_EQ(want.size() == 10 ? want : previous, lsp) << round;
+                whole += want.size() == 10 ? 1 : 0;
+            }
+        }
+        EXPECT_GT(whole, 500);
+    });
 }
 
 TEST(VekSpectralPairs, RefuseNull) {

@@ -2,6 +2,7 @@
 #include "lp_reference.h"
 #include "veksc.h"
 
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -115,6 +116,37 @@ TEST(VekLsfQuantiser, FindsTheBestUpperHalf) {
         Samples v(10);
         ASSERT_EQ(vekStsNoErr, veksLSFDecode_G729_16s(changed, past.data(), v.data()));
         EXPECT_GE(error(v) * 1.01 + 10, error(lsf)) << other;
+    }
+}
+
+// Targets so far from all rows that sums of squares need more than 32 bits; the indices are those of sums of 64.
+TEST(VekLsfQuantiser, TargetsFarFromAllRowsHaveTheNearestOnes) {
+    struct Case {
+        int share;
+        int16_t odd;
+        std::array<int16_t, 4> speech;
+        std::array<int16_t, 3> noise;
+    };
+    for (const auto& [share, odd, speech, noise] :
+         {Case{32767, 32767, {0, 5, 3, 17}, {0, 31, 9}}, Case{20000, -32768, {0, 79, 9, 23}, {0, 28, 9}},
+          Case{-32768, -32768, {0, 119, 24, 23}, {0, 25, 15}}}) {
+        Samples lsf(10);
+        for (size_t i = 0; i < 10; ++i) {
+            lsf[i] = i % 2 != 0 ? odd : static_cast<int16_t>(2500 * i);
+        }
+        Samples history(40);
+        for (size_t i = 0; i < 40; ++i) {
+            history[i] = static_cast<int16_t>(i % 3 != 0 ? share : -(share / 2));
+        }
+        Samples past = history;
+        Samples out(10);
+        std::array<int16_t, 4> index = {};
+        std::array<int16_t, 3> noiseIndex = {};
+        ASSERT_EQ(vekStsNoErr, veksLSFQuant_G729_16s(lsf.data(), past.data(), out.data(), index.data()));
+        EXPECT_EQ(speech, index) << share << " " << odd;
+        past = history;
+        ASSERT_EQ(vekStsNoErr, veksLSFQuant_G729B_16s(lsf.data(), past.data(), out.data(), noiseIndex.data()));
+        EXPECT_EQ(noise, noiseIndex) << share << " " << odd;
     }
 }
 

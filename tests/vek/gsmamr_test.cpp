@@ -109,6 +109,55 @@ TEST(VekAmrAlgebraicSearch, StaysInBoundsForTheLoudestResponse) {
     });
 }
 
+TEST(VekAmrAlgebraicSearch, SumsOfTheLoudestResponseSaturateStepByStep) {
+    // A response of full scale throughout, and the words found for it.
+    const std::pair<VekSpchBitRate, Samples> cases[] = {
+        {VEK_SPCHBR_4750, {40, 2, 0, 0, 0, 0, 0, 0, 0, 0}},  {VEK_SPCHBR_5900, {66, 2, 0, 0, 0, 0, 0, 0, 0, 0}},
+        {VEK_SPCHBR_6700, {475, 6, 0, 0, 0, 0, 0, 0, 0, 0}}, {VEK_SPCHBR_7400, {4301, 13, 0, 0, 0, 0, 0, 0, 0, 0}},
+        {VEK_SPCHBR_10200, {0, 1, 0, 1, 5, 2, 1, 0, 0, 0}},  {VEK_SPCHBR_12200, {8, 0, 9, 9, 9, 1, 1, 0, 0, 0}}};
+    atEveryLevel([&cases] {
+        for (const auto& [mode, words] : cases) {
+            std::mt19937 random(1);
+            Search search(random);
+            for (size_t i = 0; i < 40; ++i) {
+                search.target[i] = static_cast<int16_t>(static_cast<int>(i) * 7919 % 2001 - 1000);
+                search.residual[i] = static_cast<int16_t>(static_cast<int>(i) * 6101 % 1601 - 800);
+                search.h[i] = i * 4999 % 7 < 3 ? 32767 : -32768;
+            }
+            ASSERT_EQ(vekStsNoErr, search.run(mode, 40, 0, 1));
+            EXPECT_EQ(words, search.words) << mode;
+        }
+    });
+}
+
+TEST(VekAmrAlgebraicSearch, LevelsFindTheSamePulsesAtAnyLoudness) {
+    // Down to responses whose energies are nothing once they are scaled, and up to those whose sums saturate.
+    std::vector<Samples> found;
+    atEveryLevel([&found] {
+        std::mt19937 random(3);
+        Samples all;
+        for (int round = 0; round < 300; ++round) {
+            const int peaks[] = {0, 1, 3, 40, 2000, 9000, 32767};
+            Search search(random);
+            const int loudest = peaks[round % 7];
+            search.h = noise(random, 40, -loudest, loudest);
+            const int strongest = peaks[round / 7 % 7];
+            search.target = noise(random, 40, -strongest, strongest);
+            if (round % 5 == 0) {
+                std::fill(search.h.begin() + 1 + round % 40, search.h.end(), int16_t{0});
+            }
+            for (const VekSpchBitRate mode : rates) {
+                Search one = search;
+                ASSERT_EQ(vekStsNoErr, one.run(mode, 40, 0, round % 4));
+                all.insert(all.end(), one.words.begin(), one.words.end());
+                all.insert(all.end(), one.filtered.begin(), one.filtered.end());
+            }
+        }
+        found.push_back(all);
+        EXPECT_EQ(found.front(), found.back());
+    });
+}
+
 TEST(VekAmrAlgebraicSearch, RefusesWhatIsNoneOfTheCodecs) {
     std::mt19937 random(6);
     Search search(random);

@@ -252,7 +252,7 @@ TEST(VekRtaPairs, CoefficientsAreTheProductsOfThePairs) {
             for (size_t i = 0; i < want.size(); ++i) {
                 ASSERT_NEAR(a[i], want[i], 4e-6 * largest) << order;
             }
-            ASSERT_EQ(a.back(), 99) << "nothing behind the last coefficient";
+            ASSERT_EQ(a.back(), 99) << "nothing after the last coefficient";
         }
     }
 }

@@ -134,6 +134,26 @@ TEST(VekRtaLspQuant, OneSurvivorTakesTheNearestOfEachStage) {
     });
 }
 
+// The least error of all sums of one vector of each of three stages.
+double leastOfAll(const Spectrum& x, const Book& book) {
+    const auto add = [](const Doubles& a, const Doubles& b, Doubles& sum) {
+        std::transform(a.begin(), a.end(), b.begin(), sum.begin(), std::plus<>());
+    };
+    Doubles two(book[0][0].size());
+    Doubles three = two;
+    double least = 1e30;
+    for (const Doubles& first : book[0]) {
+        for (const Doubles& second : book[1]) {
+            add(first, second, two);
+            for (const Doubles& third : book[2]) {
+                add(two, third, three);
+                least = std::min(least, x.error(three));
+            }
+        }
+    }
+    return least;
+}
+
 TEST(VekRtaLspQuant, MoreSurvivorsComeNearerAndNearTheBestOfAll) {
     std::mt19937 random(16);
     for (const LspCase& k : kLspCases) {
@@ -151,12 +171,7 @@ TEST(VekRtaLspQuant, MoreSurvivorsComeNearerAndNearTheBestOfAll) {
                 errors[at++] += x.error(sumOf(book, index));
             }
             if (k.order == 4 && round < 4) {
-                double least = 1e30;
-                for (int all = 0; all < 64 * 64 * 64; ++all) {
-                    const int index[] = {all % 64, all / 64 % 64, all / 4096};
-                    least = std::min(least, x.error(sumOf(book, index)));
-                }
-                best += least;
+                best += leastOfAll(x, book);
                 EXPECT_LT(best, 1.001 * errors[2]);
                 EXPECT_LT(errors[2], 3 * best);
             }

@@ -299,6 +299,7 @@ double rateOf(int nominal) {
 }
 
 TEST(VekWbeBandResample, AFrameTakesAndGivesItsShareAndNothingDrifts) {
+    kernellevels::onceIsEnough();
     for (const int nominal : {3840, 3528}) {
         for (const int scale : scales) {
             const Internal all = toInternal(Samples(60 * static_cast<size_t>(nominal), 0), nominal, scale);

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 
@@ -13,6 +16,8 @@ namespace {
 const std::array<std::string, 3> s_strongestFirst = {"exact", "reference", "property"};
 const std::string s_note = "note";
 const std::string s_counts = "@COUNTS@";
+const std::string s_machines = "@MACHINES@";
+const std::string s_byFunction = "geometric mean by function";
 const std::string s_between = " | ";
 
 bool isClass(const std::string& kind) {
@@ -59,7 +64,19 @@ Claim readClaim(const std::string& line, int number) {
     return claim;
 }
 
-std::string markdown(const Row& row) {
+// The ratios of a row's functions; one dash where none of them was measured.
+std::string ratiosOf(const Row& row, const Figures& machine) {
+    std::string ratios;
+    bool measured = false;
+    for (const std::string& function : row.functions) {
+        const auto found = machine.ratios.find(function);
+        measured = measured || found != machine.ratios.end();
+        ratios += (ratios.empty() ? "" : ", ") + (found == machine.ratios.end() ? "-" : found->second);
+    }
+    return measured ? ratios : "-";
+}
+
+std::string markdown(const Row& row, const std::vector<Figures>& machines) {
     std::string line = "|";
     for (const std::string& function : row.functions) {
         line += std::string(line.size() > 1 ? "," : "").append(" `").append(function).append("`");
@@ -75,7 +92,37 @@ std::string markdown(const Row& row) {
             before = claim.kind;
         }
     }
+    for (const Figures& machine : machines) {
+        line += s_between + ratiosOf(row, machine);
+    }
     return line + " |\n";
+}
+
+std::string headOf(const std::vector<Figures>& machines) {
+    std::string head = "| function | source | verified by |";
+    std::string rule = "|---|---|---|";
+    for (const Figures& machine : machines) {
+        head += " " + machine.name + " |";
+        rule += "---|";
+    }
+    return head + "\n" + rule + "\n";
+}
+
+std::string machineList(const std::vector<Figures>& machines) {
+    std::string list = machines.empty() ? "None yet." : "";
+    for (const Figures& machine : machines) {
+        list += std::string(list.empty() ? "" : "\n") + "- **" + machine.name + "** (`bench/figures/" + machine.file +
+                "`): ";
+        for (const std::string& line : machine.lines) {
+            list += line + (line == machine.lines.back() ? "." : "; ");
+        }
+    }
+    return list;
+}
+
+std::string replaced(std::string text, const std::string& mark, const std::string& by) {
+    const size_t at = text.find(mark);
+    return at == std::string::npos ? text : text.replace(at, mark.size(), by);
 }
 
 std::string counts(const std::vector<Section>& table) {
@@ -140,17 +187,61 @@ std::vector<Row> rowsOf(const std::vector<Section>& table) {
     return rows;
 }
 
-std::string document(const std::vector<Section>& table) {
+Figures readFigures(const std::string& file, const std::string& text) {
+    Figures figures;
+    figures.file = file;
+    std::istringstream lines(text);
+    std::string line;
+    unsigned family = 0;
+    unsigned model = 0;
+    while (std::getline(lines, line) && !line.empty()) {
+        figures.lines.push_back(line);
+    }
+    if (figures.lines.empty() ||
+        std::sscanf(figures.lines.front().c_str(), "machine: CPUID family %u, model %u,", &family, &model) != 2) {
+        throw std::runtime_error(file + ": does not begin with the machine's family and model");
+    }
+    figures.name = "family " + std::to_string(family) + " model " + std::to_string(model);
+    while (std::getline(lines, line) && line != s_byFunction) {
+    }
+    while (std::getline(lines, line) && !line.empty()) {
+        std::istringstream words(line);
+        std::string ratio;
+        std::string function;
+        if (!(words >> ratio >> function) || ratio.find_first_not_of("0123456789.") != std::string::npos) {
+            throw std::runtime_error(std::string(file).append(": no ratio and function: ").append(line));
+        }
+        figures.ratios[function] = ratio;
+    }
+    if (figures.ratios.empty()) {
+        throw std::runtime_error(file + ": no " + s_byFunction);
+    }
+    return figures;
+}
+
+std::vector<Figures> readFiguresOf(const std::string& folder) {
+    std::vector<Figures> machines;
+    if (std::filesystem::is_directory(folder)) {
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            std::ifstream file(entry.path(), std::ios::binary);
+            const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+            machines.push_back(readFigures(entry.path().filename().string(), text));
+        }
+    }
+    std::sort(machines.begin(), machines.end(), [](const Figures& a, const Figures& b) { return a.file < b.file; });
+    return machines;
+}
+
+std::string document(const std::vector<Section>& table, const std::vector<Figures>& machines) {
     std::string text;
     for (const Section& section : table) {
         text += section.text;
-        text += section.rows.empty() ? "" : "| function | source | verified by |\n|---|---|---|\n";
+        text += section.rows.empty() ? "" : headOf(machines);
         for (const Row& row : section.rows) {
-            text += markdown(row);
+            text += markdown(row, machines);
         }
     }
-    const size_t at = text.find(s_counts);
-    return at == std::string::npos ? text : text.replace(at, s_counts.size(), counts(table));
+    return replaced(replaced(text, s_counts, counts(table)), s_machines, machineList(machines));
 }
 
 } // namespace library

@@ -7,7 +7,7 @@
 
 namespace pages {
 
-/// What may stand behind a key's letter.
+/// What may follow a key's letter.
 enum class Argument { none, words, file, directory, function, test, parameter, processor, key };
 
 /// One line of a key's help: "-q+" and what it does.

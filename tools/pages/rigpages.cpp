@@ -50,7 +50,7 @@ const char* listName(Argument argument) {
     }
 }
 
-// What goes behind a letter: the name of a list, or words with a "=" in front.
+// What follows a letter: the name of a list, or words with a leading "=".
 std::string argumentText(const RigKey& key) {
     if (key.argument != Argument::words) {
         return listName(key.argument);

@@ -31,7 +31,7 @@ VEK_API VekStatus veksAlgebraicCodebookSearch_AMRWB_16s(const Vek16s* pSrcFixedT
 // What the concealment of lost lags remembers: the last five lags and gains, and a random seed.
 typedef struct VekAdaptiveCodebookState_AMRWB VekAdaptiveCodebookState_AMRWB;
 // Size in bytes of that state, which may lie at any address, and its value at the start of decoding (lags of 64, gains
-// of 0). The gain of each subframe, Q14, is told by the third, once it is decoded.
+// of 0). The gain of each subframe, Q14, is given by the third, once it is decoded.
 VEK_API VekStatus veksAdaptiveCodebookDecodeGetSize_AMRWB_16s(int* pSize);
 VEK_API VekStatus veksAdaptiveCodebookDecodeInit_AMRWB_16s(VekAdaptiveCodebookState_AMRWB* pState);
 VEK_API VekStatus veksAdaptiveCodebookDecodeGain_AMRWB_16s(Vek16s valPitchGain, VekAdaptiveCodebookState_AMRWB* pState);

@@ -186,7 +186,7 @@ VEK_API VekStatus veksSubbandController_EC_32f(const Vek32fc* pSrcAdaptiveFilter
                                                Vek32fc** ppDstAdaptiveCoefs, Vek32fc** ppDstFixedCoefs,
                                                Vek32f* pDstSGain, VeksSubbandControllerState_EC_32f* pState);
 
-// The same with the decision on double talk told, on subbands from startSubband (0..numSubbands-1) on; what belongs to
+// The same with the decision on double talk given, on subbands from startSubband (0..numSubbands-1) on; what belongs to
 // those below is left alone.
 typedef struct VeksSubbandControllerDTState_EC_16s VeksSubbandControllerDTState_EC_16s;
 

@@ -3,7 +3,7 @@
 // is the code of G.729 (veksc_g729*.h); the second adds four pulses a subframe, the higher ones band extension and
 // transform coding.
 //
-// All functions: vekStsNullPtrErr for a null pointer and vekStsRangeErr for a value out of the range told, before
+// All functions: vekStsNullPtrErr for a null pointer and vekStsRangeErr for a value out of the range given, before
 // anything is written. States are opaque buffers of the size that GetStateSize tells, without alignment, set up by Init
 // (silence before), else vekStsStateErr.
 #pragma once
@@ -19,7 +19,7 @@ extern "C" {
 // Closed-loop search of the adaptive codebook in a subframe, over the whole delays lagMin..lagMax within 20..143.
 // subFrame is where the subframe begins in the frame: 0, 40, 80 or 120; at 40 and 120, which are coded by
 // their distance from the delay before, all delays have thirds, at 0 and 80 those up to 84. Target Q0, impulse response
-// Q12. pSrcPrevExcitation holds 154 samples of excitation, oldest first, and behind them the 40 of the residual.
+// Q12. pSrcPrevExcitation holds 154 samples of excitation, oldest first, and after them the 40 of the residual.
 // pDstDelay receives the whole delay and the thirds (-1..1). G.729.1 6.5, G.729 3.7.
 VEK_API VekStatus veksAdaptiveCodebookSearch_G7291_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcImpulseResponse,
                                                        const Vek16s* pSrcPrevExcitation, Vek16s* pDstDelay,
@@ -151,7 +151,7 @@ VEK_API VekStatus veksMDCTPostProcess_G7291_16s(Vek16s* pMDCTCoeffs, int rate);
 // 1 is negative. Fewer bits than the first leader needs (5, in the last band 4) code nothing. G.729.1 6.9, 7.4; the
 // codebooks are ours.
 //
-// The 11 words of pDst receive the numbers band after band from the uppermost bit of the first word, zeros behind.
+// The 11 words of pDst receive the numbers band after band from the uppermost bit of the first word, then zeros.
 VEK_API VekStatus veksMDCTQuantFwd_G7291_16s32u(const Vek16s* pMDCTCoeffs, const Vek16s* pBitsNumber, Vek32u* pDst);
 // The points of those numbers, at the root mean square 2^(pQuantSpecEnv/2) that the spectral envelope tells for each of
 // 18 bands, its index taken as the nearest of -11..20. pMDCTCoeffs receives 320 coefficients, zeros from 280 on and for

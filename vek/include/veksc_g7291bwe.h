@@ -7,7 +7,7 @@
 // of the recommendation's tables.
 //
 // All functions: vekStsNullPtrErr for a null pointer, vekStsSizeErr for a length and vekStsRangeErr for a value out of
-// the range told, before anything is written. The state is an opaque buffer of the size that GetStateSize tells,
+// the range given, before anything is written. The state is an opaque buffer of the size that GetStateSize tells,
 // without alignment, set up by Init (silence before), else vekStsStateErr.
 #pragma once
 
@@ -63,13 +63,13 @@ VEK_API VekStatus veksShapeEnvelopTime_G7291_16s(const Vek16s* pSrc, const Vek16
 // twelve bands of 33 taps, each times the gain from the signal's own envelope to that wanted, at most 8. The own
 // envelope is that of 128 samples around the half: pSrc[-48..159] is read. pFilterCoeffs is the last half's filter,
 // Q12, before and after; the first half's goes halfway there from its own. pMem holds the 32 samples before the frame,
-// oldest first, and is brought up to date. pDst is 16 samples behind pSrc, and apart from it. G.729.1 7.
+// oldest first, and is brought up to date. pDst lags pSrc by 16 samples, and apart from it. G.729.1 7.
 VEK_API VekStatus veksShapeEnvelopFrequency_G7291_16s(const Vek16s* pSrc, const Vek16s* pSrcFreqEnvelope, Vek16s* pDst,
                                                       Vek16s* pFilterCoeffs, Vek16s* pMem);
 
 // Compresses samples that stick out of the time envelope of a frame. With e = 2^envelope, which no sample of a segment
 // of that energy exceeds: up to e/2 a sample stays; what is above counts half up to e, a sixteenth beyond. The 160
-// samples are 16 behind the envelope of 16 values; pMem has the two values before it, and receives the last two.
+// samples lag the envelope by 16 of 16 values; pMem has the two values before it, and receives the last two.
 // G.729.1 7.
 VEK_API VekStatus veksCompressEnvelopTime_G7291_16s(const Vek16s* pSrcTimeEnvelope, Vek16s* pSrcDst, Vek16s* pMem);
 

@@ -56,7 +56,7 @@ VEK_API VekStatus veksAutoCorrLagMax_Inv_16s(const Vek16s* pSrc, int len, int lo
 // else vekStsRangeErr. Samples of the vector serve as excitation for its later ones; a delay below 11 makes the filter
 // reach up to 11 samples further on than that, which must be there then. Rounded, saturating steps.
 //
-// pSrcDst holds 154 samples of excitation, the oldest first, and behind them receives the 40 of the vector.
+// pSrcDst holds 154 samples of excitation, the oldest first, and after them receives the 40 of the vector.
 VEK_API VekStatus veksDecodeAdaptiveVector_G729_16s_I(const Vek16s* pSrcDelay, Vek16s* pSrcDst);
 // The same, and pDst receives the vector too.
 VEK_API VekStatus veksDecodeAdaptiveVector_G729_16s(const Vek16s* pSrcDelay, Vek16s* pSrcDst, Vek16s* pDst);
@@ -66,7 +66,7 @@ VEK_API VekStatus veksDecodeAdaptiveVector_G729_32f_I(const Vek32s* pSrcDelay, V
 // Closed-loop search of the adaptive codebook in a subframe. subFrame 0: valOpenDelay is the open-loop delay, searched
 // are the 7 whole delays around it; subFrame 1: valOpenDelay is the whole delay of the first subframe, searched are the
 // 10 from 5 below it; within 20..143, in thirds below 85 or in subframe 1. valOpenDelay 19..144 and subFrame 0..1, else
-// vekStsRangeErr. Target Q0, impulse response Q12. pSrcDstPrevExcitation holds 154 samples of excitation and behind
+// vekStsRangeErr. Target Q0, impulse response Q12. pSrcDstPrevExcitation holds 154 samples of excitation and after
 // them the 40 of the residual; these receive the adaptive codebook vector, as pDstAdptVector does. pDstDelay receives
 // the whole delay and the thirds (-1..1). Sums are exact and saturate once.
 //

@@ -80,7 +80,7 @@ VEK_API VekStatus veksLSPQuant_G729E_32f(const Vek32f* pSrcLsp, Vek32f* pSrcDstP
 // long-term, tilt, short-term, gain control.
 
 // Long-term, by whole delays within 3 of valDelay (Annex A): pSrc[-10..39] is the decoded speech. pSrcDstResidual holds
-// 154 samples of residual of the subframes before and receives the 40 of this one behind them. Below 3 dB of prediction
+// 154 samples of residual of the subframes before and receives the 40 of this one after them. Below 3 dB of prediction
 // gain pDst is the residual.
 VEK_API VekStatus veksLongTermPostFilter_G729A_16s(Vek16s valDelay, const Vek16s* pSrc, const Vek16s* pSrcLpc,
                                                    Vek16s* pSrcDstResidual, Vek16s* pDst);
@@ -96,7 +96,7 @@ VEK_API VekStatus veksLongTermPostFilter_G729B_16s(Vek16s valDelay, const Vek16s
                                                    Vek16s* pSrcDstResidual, Vek16s* pDst, Vek16s* pResultVoice,
                                                    Vek16s frameType);
 
-// Short-term, the recursive half 1 / A(z/0.70): pSrc are 40 samples of residual behind the long-term filter,
+// Short-term, the recursive half 1 / A(z/0.70): pSrc are 40 samples of residual after the long-term filter,
 // pSrcDst[-10..-1] the outputs before, pSrcDst[0..39] receives the output. The form of the main body first divides by
 // the sum of magnitudes of the impulse response of the whole filter where that exceeds 1; its 20 first samples, Q12, go
 // to pDstImpulseResponse.

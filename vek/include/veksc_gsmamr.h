@@ -2,7 +2,7 @@
 // (TS 26.090). Subframes have 40 samples, frames 160.
 //
 // All functions: vekStsNullPtrErr for a null pointer, vekStsBitRateErr for a rate that is none of the codec's,
-// vekStsRangeErr for a value out of range; all before anything is written. Unless told otherwise `mode` is one of the
+// vekStsRangeErr for a value out of range; all before anything is written. Unless stated otherwise `mode` is one of the
 // eight rates of speech, and subFrame 0..3.
 #pragma once
 
@@ -15,7 +15,7 @@ extern "C" {
 // Closed-loop search of the adaptive codebook in a subframe: TS 26.090 5.6. pSrcOpenLoopLag holds the open-loop lags
 // of the two halves of the frame, *pValResultPrevIntPitchLag the whole lag of the subframe before; lags outside the
 // codec's range are brought into it. Target Q0, impulse response Q12. pSrcDstExcitation holds 154 samples of
-// excitation and behind them the 40 of the residual; these receive the adaptive codebook vector, as pDstAdptVector
+// excitation and after them the 40 of the residual; these receive the adaptive codebook vector, as pDstAdptVector
 // does. The results are the whole lag, its fraction (-2..3 sixths at 12.2 kbit/s, else -1..1 thirds) and the index of
 // the bit stream. Sums are exact and saturate once.
 VEK_API VekStatus veksAdaptiveCodebookSearch_GSMAMR_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcImpulseResponse,
@@ -31,7 +31,7 @@ VEK_API VekStatus veksAdaptiveCodebookSearch_GSMAMR_16s(const Vek16s* pSrcAdptTa
 // subframe before, and receives the one used; *pResultIntPitchLag receives the one that the index tells. The index
 // must fit its field: 9 bits at 12.2 kbit/s, else 8, in the subframes 0 and 2 (0 alone at 4.75 and 5.15 kbit/s); in
 // the others 6 bits at 12.2 and 7.95, 5 at 10.2 and 7.4, else 4. bfi 0..1. pSrcDstExcitation holds 154 samples and
-// receives 40 behind them, as pDstAdptVector does.
+// receives 40 after them, as pDstAdptVector does.
 VEK_API VekStatus veksAdaptiveCodebookDecode_GSMAMR_16s(Vek16s valAdptIndex, Vek16s* pValResultPrevIntPitchLag,
                                                         Vek16s* pResultIntPitchLag, Vek16s* pSrcDstExcitation,
                                                         Vek16s* pDstAdptVector, Vek16s subFrame, Vek16s bfi,

@@ -2,7 +2,7 @@
 //
 // All functions: vekStsNullPtrErr for a null pointer, vekStsBitRateErr for a rate that AMR does not have, before
 // anything is written. A frame has 160 samples, a subframe 40; spectra have 10 elements. `mode` is one of the eight
-// rates from VEK_SPCHBR_4750 to VEK_SPCHBR_12200, and where told VEK_SPCHBR_DTX.
+// rates from VEK_SPCHBR_4750 to VEK_SPCHBR_12200, and where stated VEK_SPCHBR_DTX.
 #pragma once
 
 #include "vekdefs.h"
@@ -54,7 +54,7 @@ VEK_API VekStatus veksImpulseResponseTarget_GSMAMR_16s(const Vek16s* pSrcSpch, c
 // Open-loop delays of a frame, one for each half (at 4.75 and 5.15 one for both), 20..143, from 18 on at 12.2. The
 // speech pSrcSpch[-10..159] is first weighted by four rows of 11 coefficients each, Q12: numerators pSrcWgtLpc1,
 // denominators pSrcWgtLpc2. pSrcDstPrevWgtSpch has 303 elements: 143 of weighted speech before the frame, which are
-// brought forward, and room for the frame's, which stays behind them. At 10.2 the correlation is weighted towards short
+// brought forward, and room for the frame's, which stays after them. At 10.2 the correlation is weighted towards short
 // delays and the median *pValResultPrevMidPitchLag of the last five voiced ones (pSrcDstPrevPitchLag, newest first; 40
 // at first; beyond 20..143 it counts as the nearest of these) while the strength *pValResultVvalue (Q15, 0 at first) is
 // at least 0.3; other rates leave these three alone. pDstOpenLoopGain receives, at 10.2, correlation minus 0.4 energy

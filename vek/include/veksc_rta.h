@@ -36,7 +36,7 @@ VEK_API VekStatus veksLPCToLSP_RTA_32f(const Vek32f* pSrcLPC, Vek32f* pDstLSP, i
 
 VEK_API VekStatus veksLSPToLPC_RTA_32f(const Vek32f* pSrcLSP, Vek32f* pDstLPC, int order);
 
-// Quantiser of line spectral pairs: stages of 64 vectors one behind the other, searched with `complexity` survivors,
+// Quantiser of line spectral pairs: stages of 64 vectors one after the other, searched with `complexity` survivors,
 // 1..16. For order 10 at 8000 Hz four stages, for orders 6 and 4 at 16000 Hz three; vekStsRangeErr for another pair or
 // complexity. The error is weighted with 1 / |A| of pSrcLPC at each frequency. pDstLSPIndex receives an index a stage;
 // pDstLSP, the sum of the vectors, is held 0.02 apart and from the ends. The input need not be rising.

@@ -1,4 +1,4 @@
-// Gain control behind the post filters of G.729.
+// Gain control after the post filters of G.729.
 #include "vkc.h"
 
 namespace {

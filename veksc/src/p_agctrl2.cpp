@@ -1,4 +1,4 @@
-// Gain control behind the formant post-filter of G.723.1.
+// Gain control after the formant post-filter of G.723.1.
 #include "vkc.h"
 
 namespace {

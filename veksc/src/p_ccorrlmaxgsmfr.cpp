@@ -24,7 +24,7 @@ public:
     }
 
     bool makeData() override {
-        // The second signal reaches as far behind the first as the longest lag.
+        // The second signal reaches as far beyond the first as the longest lag.
         return pSrc1.createVector(len.value(), setValue, 0, 0) &&
                pSrc2.createVector(vkcSize(len) + lag - 1, setValue, 0, 0);
     }

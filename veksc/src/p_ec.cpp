@@ -86,7 +86,7 @@ const auto vectors = {&pSubbands,
                       &pAdaptiveFilterErr};
 const auto matrices = {&ppSrcRinSubbandsHistory, &ppDstAdaptiveCoefs, &ppDstFixedCoefs};
 
-// Memory of a state whose size the library has told.
+// Memory of a state whose size the library has given.
 template <class State>
 bool makeState(State*& state, int size) {
     state = static_cast<State*>(krMalloc(size, 0, 0, nullptr));

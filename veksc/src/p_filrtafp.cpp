@@ -73,7 +73,7 @@ private:
         order = stages[step.value()].order;
         freq = stages[step.value()].freq;
         if (m_levinson) {
-            // Numbers at random are autocorrelations behind a first one above all of them together, on either side.
+            // Numbers at random are autocorrelations after a first one above all of them together, on either side.
             Vek32f sum = 1;
             for (int i = 1; i <= hpfOrder.value(); ++i) {
                 sum += 2 * std::fabs(pSrcAutoCorr.m_32f[i]);

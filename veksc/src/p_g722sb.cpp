@@ -16,7 +16,7 @@ VeksCodecState_G722* pEncMem;
 VeksCodecState_G722* pDecMem;
 int fr_class;
 
-// Samples that the decimation reads before its first output and behind its last, those before a pitch period, and the
+// Samples that the decimation reads before its first output and after its last, those before a pitch period, and the
 // least history that the filter bank takes.
 constexpr int beside = 5;
 constexpr int before = 8;

@@ -24,7 +24,7 @@ constexpr int longest = 50;
 constexpr Vek16s startScale = 13;
 constexpr Vek32s startEnergy = 1600000000;
 
-// Autocorrelation of one signal: the near lags, and those behind. The recursion reaches the longest filter both from
+// Autocorrelation of one signal: the near lags, and those beyond. The recursion reaches the longest filter both from
 // the start and from the five coefficients below.
 constexpr int near = 20;
 constexpr Vek16s nearLags[near] = {32767, 9915, 15799, 4398, 5910, 8168, 6255, 4381, 6479, 1258,

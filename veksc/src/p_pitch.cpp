@@ -40,7 +40,7 @@ public:
     }
 
     bool makeData() override {
-        // The calls read up to the longest delay before or behind the samples.
+        // The calls read up to the longest delay before or after the samples.
         return maxLag_pithch.value() > 0 && maxLag_pithch.value() == m_grid.room(maxLag_pithch) &&
                pSrc.createVector(m_grid.room(maxLag_pithch) + m_grid.room(upperLag) + m_grid.room(lenght), setValue, 2,
                                  0);

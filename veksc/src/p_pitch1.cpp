@@ -12,7 +12,7 @@ const Vek32s* valPitchLag;
 int dataSize;
 
 constexpr int subframe = 40;
-// The longest history before the subframe, and what the shortest delays read behind it.
+// The longest history before the subframe, and what the shortest delays read after it.
 constexpr int history = 154;
 constexpr int readAhead = 11;
 constexpr int floatHistory = 10;

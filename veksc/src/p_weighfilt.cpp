@@ -7,7 +7,7 @@ vkVector pSrc;
 vkVector pDst;
 krStepIterator<int> dstLen;
 
-// Samples that the filter reads before and behind the destination.
+// Samples that the filter reads before and after the destination.
 constexpr int beside = 5;
 
 class TimWFiltGSMFR : public vkcGridTest {

@@ -111,7 +111,7 @@ enum vkcUnitIndex { vkcNoUnit, vkcElements, vkcPixels, vkcPixelChannels, vkcComp
 krString vkcUnit(int index);
 
 /// Ends a test on values that its data or its function can't take: "test data error", or the error that the library has
-/// told, with the line's parameters. Nothing of the line's data stays. Gives false.
+/// reported, with the line's parameters. Nothing of the line's data stays. Gives false.
 bool vkcRefuse(krTest& test);
 
 /// What suites of the newer form answer alike; their parameters stand in m_parms.
@@ -162,7 +162,7 @@ protected:
     vkcGrid m_grid;
 };
 
-/// Whether a call that prepares data has succeeded; an error is told.
+/// Whether a call that prepares data has succeeded; an error is reported.
 inline bool vkcDone(VekStatus status) {
     return vkTest::checkStatus(status, "") == krOk;
 }

@@ -1,5 +1,5 @@
-// Vector of the algebraic codebook from the words of the bit stream.
-#include <algorithm>
+// Vector of the algebraic codebook from the words of the bit stream: the reverse of pulsewords.cpp.
+#include <cstring>
 
 #include "sc/amrwb/pulselayout.h"
 #include "sc/common/signal_check.h"
@@ -12,8 +12,130 @@ namespace {
 
 constexpr int kPulse = 512;
 
-void addPulse(Vek16s* code, int position, bool negative) {
-    code[position] = static_cast<Vek16s>(code[position] + (negative ? -kPulse : kPulse));
+constexpr uint32_t bitsAt(uint32_t word, int shift, int count) {
+    return (word >> shift) & ((1U << count) - 1);
+}
+
+void addPulse(Vek16s* code, uint32_t position, uint32_t negative) {
+    code[position] = static_cast<Vek16s>(code[position] + kPulse - 2 * kPulse * static_cast<int>(negative));
+}
+
+// Reads pulses on 2^N positions of a track, the first of which is `at`. Bits above the word's own do not matter.
+template <int N>
+void addOne(uint32_t w, Vek16s* at) {
+    addPulse(at, kTracks * bitsAt(w, 0, N), bitsAt(w, N, 1));
+}
+
+template <int N>
+void addTwo(uint32_t w, Vek16s* at) {
+    const uint32_t leader = bitsAt(w, N, N);
+    const uint32_t other = bitsAt(w, 0, N);
+    const uint32_t negative = bitsAt(w, 2 * N, 1);
+    addPulse(at, kTracks * leader, negative);
+    addPulse(at, kTracks * other, negative ^ (other < leader ? 1U : 0U));
+}
+
+template <int N>
+Vek16s* halfOf(uint32_t upper, Vek16s* at) {
+    return at + kTracks * (upper << (N - 1));
+}
+
+template <int N>
+void addThree(uint32_t w, Vek16s* at) {
+    addTwo<N - 1>(w, halfOf<N>(bitsAt(w, 2 * N - 1, 1), at));
+    addOne<N>(w >> (2 * N), at);
+}
+
+template <int N>
+void addFourUneven(uint32_t w, Vek16s* at) {
+    addTwo<N - 1>(w, halfOf<N>(bitsAt(w, 2 * N - 1, 1), at));
+    addTwo<N>(w >> (2 * N), at);
+}
+
+template <int N>
+void addFour(uint32_t w, Vek16s* at) {
+    constexpr int m = N - 1;
+    Vek16s* const upper = halfOf<N>(1, at);
+    switch (bitsAt(w, 4 * N - 2, 2)) {
+    case 0:
+        addFourUneven<m>(w, halfOf<N>(bitsAt(w, 4 * m + 1, 1), at));
+        break;
+    case 1:
+        addOne<m>(w >> (3 * m + 1), at);
+        addThree<m>(w, upper);
+        break;
+    case 2:
+        addTwo<m>(w >> (2 * m + 1), at);
+        addTwo<m>(w, upper);
+        break;
+    default:
+        addThree<m>(w >> (m + 1), at);
+        addOne<m>(w, upper);
+        break;
+    }
+}
+
+template <int N>
+void addFive(uint32_t w, Vek16s* at) {
+    addThree<N - 1>(w >> (2 * N + 1), halfOf<N>(bitsAt(w, 5 * N - 1, 1), at));
+    addTwo<N>(w, at);
+}
+
+template <int N>
+void addSix(uint32_t w, Vek16s* at) {
+    constexpr int m = N - 1;
+    const uint32_t upper = bitsAt(w, 6 * N - 5, 1);
+    Vek16s* const most = halfOf<N>(upper, at);
+    Vek16s* const least = halfOf<N>(upper ^ 1, at);
+    switch (bitsAt(w, 6 * N - 4, 2)) {
+    case 0:
+        addFive<m>(w >> N, most);
+        addOne<m>(w, most);
+        break;
+    case 1:
+        addFive<m>(w >> N, most);
+        addOne<m>(w, least);
+        break;
+    case 2:
+        addFour<m>(w >> (2 * m + 1), most);
+        addTwo<m>(w, least);
+        break;
+    default:
+        addThree<m>(w >> (3 * m + 1), at);
+        addThree<m>(w, halfOf<N>(1, at));
+        break;
+    }
+}
+
+template <int Pulses, int LowBits>
+void addTrack(const Vek16s* words, Vek16s* at) {
+    constexpr int n = 4;
+    auto w = static_cast<uint32_t>(static_cast<uint16_t>(words[0]));
+    if constexpr (LowBits > 0) {
+        w = (w << LowBits) + bitsAt(static_cast<uint16_t>(words[kTracks]), 0, LowBits);
+    }
+    if constexpr (Pulses == 1) {
+        addOne<n>(w, at);
+    } else if constexpr (Pulses == 2) {
+        addTwo<n>(w, at);
+    } else if constexpr (Pulses == 3) {
+        addThree<n>(w, at);
+    } else if constexpr (Pulses == 4) {
+        addFour<n>(w, at);
+    } else if constexpr (Pulses == 5) {
+        addFive<n>(w, at);
+    } else {
+        addSix<n>(w, at);
+    }
+}
+
+template <Rate kRate>
+void addTracks(const Vek16s* words, Vek16s* code) {
+    constexpr WordLayout layout = layoutOf(kRate);
+    addTrack<layout.pulses[0], layout.lowBits[0]>(words, code);
+    addTrack<layout.pulses[1], layout.lowBits[1]>(words + 1, code + 1);
+    addTrack<layout.pulses[2], layout.lowBits[2]>(words + 2, code + 2);
+    addTrack<layout.pulses[3], layout.lowBits[3]>(words + 3, code + 3);
 }
 
 } // namespace
@@ -26,25 +148,35 @@ VekStatus veksAlgebraicCodebookDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* 
     if (rate == Rate::None) {
         return vekStsBitRateErr;
     }
-    std::fill_n(pDstFixedCodevec, kSubframe, Vek16s{0});
-    if (rate == Rate::R660) {
-        const int word = pSrcIdxs[0];
-        addPulse(pDstFixedCodevec, 2 * ((word >> 6) & 31), ((word >> 11) & 1) != 0);
-        addPulse(pDstFixedCodevec, 2 * (word & 31) + 1, ((word >> 5) & 1) != 0);
-        return vekStsNoErr;
+    std::memset(pDstFixedCodevec, 0, kSubframe * sizeof(Vek16s));
+    switch (rate) {
+    case Rate::R660: {
+        const auto word = static_cast<uint32_t>(pSrcIdxs[0]);
+        addPulse(pDstFixedCodevec, 2 * bitsAt(word, 6, 5), bitsAt(word, 11, 1));
+        addPulse(pDstFixedCodevec, 2 * bitsAt(word, 0, 5) + 1, bitsAt(word, 5, 1));
+        break;
     }
-    const WordLayout layout = layoutOf(rate);
-    for (int t = 0; t < kTracks; ++t) {
-        const int low = layout.lowBits[t];
-        auto word = static_cast<uint32_t>(static_cast<uint16_t>(pSrcIdxs[t]));
-        if (low > 0) {
-            word = (word << low) + (static_cast<uint16_t>(pSrcIdxs[t + kTracks]) & ((1U << low) - 1));
-        }
-        int pulses[kMostOnTrack];
-        decodeTrack(word & ((1U << kTrackBits[layout.pulses[t]]) - 1), layout.pulses[t], pulses);
-        for (int i = 0; i < layout.pulses[t]; ++i) {
-            addPulse(pDstFixedCodevec, kTracks * (pulses[i] & 15) + t, (pulses[i] & kTrackPositions) != 0);
-        }
+    case Rate::R885:
+        addTracks<Rate::R885>(pSrcIdxs, pDstFixedCodevec);
+        break;
+    case Rate::R1265:
+        addTracks<Rate::R1265>(pSrcIdxs, pDstFixedCodevec);
+        break;
+    case Rate::R1425:
+        addTracks<Rate::R1425>(pSrcIdxs, pDstFixedCodevec);
+        break;
+    case Rate::R1585:
+        addTracks<Rate::R1585>(pSrcIdxs, pDstFixedCodevec);
+        break;
+    case Rate::R1825:
+        addTracks<Rate::R1825>(pSrcIdxs, pDstFixedCodevec);
+        break;
+    case Rate::R1985:
+        addTracks<Rate::R1985>(pSrcIdxs, pDstFixedCodevec);
+        break;
+    default:
+        addTracks<Rate::R2305>(pSrcIdxs, pDstFixedCodevec);
+        break;
     }
     return vekStsNoErr;
 }

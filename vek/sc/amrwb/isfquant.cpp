@@ -2,11 +2,15 @@
 // survivors go on, and a second stage in three or five parts; that of comfort noise in five parts; and their decoders.
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <type_traits>
+#include <utility>
 
 #include "sc/amrwb/isfbooks.h"
 #include "sc/amrwb/rates.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/common/spacing.h"
 #include "sc/kernels/filter.h"
 #include "sc/kernels/isfvq.h"
 #include "veksc_amrwbflt.h"
@@ -26,22 +30,24 @@ constexpr Vek16s kIsfGap = 128;       // 50 Hz
 // Targets up to here are so near to all books that no difference nor sum of squares saturates.
 constexpr int kNear = 7000;
 
-// A part of the second stage: the book and the column it begins at.
+// A part of a stage: the book, the column it begins at and how many it has.
 struct Part {
     const IsfBook* book;
     int first;
+    int columns;
 };
 struct Parts {
     const Part* list;
     int count;
 };
 
-constexpr Part kLowParts46[] = {{&kIsfLow46a, 0}, {&kIsfLow46b, 3}, {&kIsfLow46c, 6}};
-constexpr Part kHighParts46[] = {{&kIsfHigh46a, 0}, {&kIsfHigh46b, 3}};
-constexpr Part kLowParts36[] = {{&kIsfLow36a, 0}, {&kIsfLow36b, 5}};
-constexpr Part kHighParts36[] = {{&kIsfHigh36, 0}};
+constexpr Part kFirstStage[] = {{&kIsfLow, 0, 9}, {&kIsfHigh, kLowColumns, 7}};
+constexpr Part kLowParts46[] = {{&kIsfLow46a, 0, 3}, {&kIsfLow46b, 3, 3}, {&kIsfLow46c, 6, 3}};
+constexpr Part kHighParts46[] = {{&kIsfHigh46a, 0, 3}, {&kIsfHigh46b, 3, 4}};
+constexpr Part kLowParts36[] = {{&kIsfLow36a, 0, 5}, {&kIsfLow36b, 5, 4}};
+constexpr Part kHighParts36[] = {{&kIsfHigh36, 0, 7}};
 constexpr Part kNoiseParts[] = {
-    {&kIsfNoise1, 0}, {&kIsfNoise2, 2}, {&kIsfNoise3, 5}, {&kIsfNoise4, 8}, {&kIsfNoise5, 12}};
+    {&kIsfNoise1, 0, 2}, {&kIsfNoise2, 2, 3}, {&kIsfNoise3, 5, 3}, {&kIsfNoise4, 8, 4}, {&kIsfNoise5, 12, 4}};
 
 constexpr Parts lowParts(bool lowest) {
     return lowest ? Parts{kLowParts36, 2} : Parts{kLowParts46, 3};
@@ -126,49 +132,65 @@ bool isSpeechRate(VekSpchBitRate mode) {
     return mode != VEK_SPCHBR_DTX && rateOf(mode) != Rate::None;
 }
 
-bool inside(const IsfBook& book, Vek16s row) {
-    return row >= 0 && row < book.rows;
-}
-
-bool inside(Parts parts, const Vek16s* rows) {
-    for (int p = 0; p < parts.count; ++p) {
-        if (!inside(*parts.list[p].book, rows[p])) {
-            return false;
-        }
+// Calls f with each part of a list and its place.
+template <const auto& List, class F>
+[[gnu::always_inline]] inline void eachPart(F f) {
+    [&f]<size_t... P>(std::index_sequence<P...>) __attribute__((always_inline)) {
+        (f(std::integral_constant<size_t, P>()), ...);
     }
-    return true;
+    (std::make_index_sequence<std::size(List)>());
 }
 
-void addRows(Parts parts, const Vek16s* rows, Vek16s* isf) {
-    for (int p = 0; p < parts.count; ++p) {
-        const Part& part = parts.list[p];
-        for (int j = 0; j < part.book->columns; ++j) {
-            isf[part.first + j] = add(isf[part.first + j], element(*part.book, rows[p], j));
+template <const auto& List>
+bool inside(const Vek16s* rows) {
+    bool all = true;
+    eachPart<List>([&](auto p) { all &= static_cast<unsigned>(rows[p]) < static_cast<unsigned>(List[p].book->rows); });
+    return all;
+}
+
+// Adds the rows of all parts, one behind the other, to sums that are written out one by one: no later load of several
+// has to wait for them.
+template <const auto& List>
+[[gnu::always_inline]] inline void addRows(const Vek16s* rows, int* to) {
+    eachPart<List>([&](auto p) __attribute__((always_inline)) {
+        constexpr Part part = List[p];
+        const Vek16s* from = part.book->pairs + 2 * rows[p];
+#pragma GCC unroll 9
+        for (int j = 0; j < part.columns; ++j) {
+            to[part.first + j] += from[j % 2];
+            from += j % 2 * 2 * part.book->rows;
         }
-    }
+    });
 }
 
-// Keeps a distance between the frequencies; the last is of another kind.
+// The last frequency is of another kind.
 void keepApart(Vek16s* isf) {
-    Vek16s lowest = kIsfGap;
-    for (int i = 0; i < kIsfOrder - 1; ++i) {
-        isf[i] = isf[i] < lowest ? lowest : isf[i];
-        lowest = add(isf[i], kIsfGap);
+    vek::keepApart<kIsfOrder - 1>(isf, kIsfGap);
+}
+
+// Frequencies of a frame's indices before they are kept apart, twice; the residual becomes this frame's. No sum of
+// rows, mean and prediction leaves 16 bits.
+template <bool Lowest>
+void decode(const Vek16s* index, Vek16s* residual, Vek16s* isf, Vek16s* again) {
+    int rest[kIsfOrder] = {};
+    addRows<kFirstStage>(index, rest);
+    if constexpr (Lowest) {
+        addRows<kLowParts36>(index + 2, rest);
+        addRows<kHighParts36>(index + 4, rest + kLowColumns);
+    } else {
+        addRows<kLowParts46>(index + 2, rest);
+        addRows<kHighParts46>(index + 5, rest + kLowColumns);
+    }
+#pragma GCC unroll 16
+    for (int i = 0; i < kIsfOrder; ++i) {
+        const int predicted = kIsfMean[i] + ((kPrediction * residual[i]) >> 15);
+        residual[i] = static_cast<Vek16s>(rest[i]);
+        again[i] = isf[i] = static_cast<Vek16s>(rest[i] + predicted);
     }
 }
 
-// Frequencies of a frame's indices before they are kept apart; the residual becomes this frame's.
-void decode(const Vek16s* index, bool lowest, Vek16s* residual, Vek16s* isf) {
-    Vek16s rest[kIsfOrder];
-    for (int i = 0; i < kIsfOrder; ++i) {
-        rest[i] = i < kLowColumns ? element(kIsfLow, index[0], i) : element(kIsfHigh, index[1], i - kLowColumns);
-    }
-    addRows(lowParts(lowest), index + 2, rest);
-    addRows(highParts(lowest), index + 2 + lowParts(lowest).count, rest + kLowColumns);
-    for (int i = 0; i < kIsfOrder; ++i) {
-        isf[i] = add(add(rest[i], kIsfMean[i]), mult(kPrediction, residual[i]));
-    }
-    std::memcpy(residual, rest, sizeof rest);
+void decode(const Vek16s* index, bool lowest, Vek16s* residual, Vek16s* isf, Vek16s* again) {
+    (lowest ? decode<true> : decode<false>)(index, residual, isf, again);
 }
 
 // A bad frame's: nine tenths of the last ones and one of the mean; the residual is what would have led there.
@@ -188,10 +210,11 @@ void conceal(const Vek16s* previous, const Vek16s* memory, Vek16s* residual, Vek
 }
 
 void decodeNoise(const Vek16s* index, Vek16s* isf) {
-    Vek16s sum[kIsfOrder] = {};
-    addRows({kNoiseParts, 5}, index, sum);
+    int sum[kIsfOrder] = {};
+    addRows<kNoiseParts>(index, sum);
+#pragma GCC unroll 16
     for (int i = 0; i < kIsfOrder; ++i) {
-        isf[i] = add(sum[i], kIsfNoiseMean[i]);
+        isf[i] = static_cast<Vek16s>(sum[i] + kIsfNoiseMean[i]);
     }
     keepApart(isf);
 }
@@ -214,7 +237,7 @@ VekStatus veksISFQuant_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pSrcDstResidual,
     Vek16s index[7];
     quantiseHalf(kIsfLow, lowParts(lowest), target, index, index + 2);
     quantiseHalf(kIsfHigh, highParts(lowest), target + kLowColumns, index + 1, index + 2 + lowParts(lowest).count);
-    decode(index, lowest, pSrcDstResidual, pDstQIsf);
+    decode(index, lowest, pSrcDstResidual, pDstQIsf, pDstQIsf);
     keepApart(pDstQIsf);
     std::memcpy(pDstQIsfIndex, index, (lowest ? 5 : 7) * sizeof(Vek16s));
     return vekStsNoErr;
@@ -236,14 +259,17 @@ VekStatus veksISFQuantDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstQIsf,
     if (bfi == 1) {
         conceal(pSrcPrevQntIsf, pSrcDstIsfMemory, pSrcDstResidual, pDstQIsf);
     } else {
-        if (!inside(kIsfLow, pSrcIdxs[0]) || !inside(kIsfHigh, pSrcIdxs[1]) ||
-            !inside(lowParts(lowest), pSrcIdxs + 2) ||
-            !inside(highParts(lowest), pSrcIdxs + 2 + lowParts(lowest).count)) {
+        const bool good = inside<kFirstStage>(pSrcIdxs) &&
+                          (lowest ? inside<kLowParts36>(pSrcIdxs + 2) && inside<kHighParts36>(pSrcIdxs + 4)
+                                  : inside<kLowParts46>(pSrcIdxs + 2) && inside<kHighParts46>(pSrcIdxs + 5));
+        if (!good) {
             return vekStsOutOfRangeErr;
         }
-        decode(pSrcIdxs, lowest, pSrcDstResidual, pDstQIsf);
-        std::memmove(pSrcDstIsfMemory + kIsfOrder, pSrcDstIsfMemory, 2 * kIsfOrder * sizeof(Vek16s));
-        std::memcpy(pSrcDstIsfMemory, pDstQIsf, kIsfOrder * sizeof(Vek16s));
+        for (int frame = 2; frame > 0; --frame) {
+            Vek16s* const at = pSrcDstIsfMemory + frame * kIsfOrder;
+            std::memcpy(at, at - kIsfOrder, kIsfOrder * sizeof(Vek16s));
+        }
+        decode(pSrcIdxs, lowest, pSrcDstResidual, pDstQIsf, pSrcDstIsfMemory);
     }
     keepApart(pDstQIsf);
     return vekStsNoErr;
@@ -273,7 +299,7 @@ VekStatus veksISFQuantDecodeDTX_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstQI
     if (anyNull(pSrcIdxs, pDstQIsf)) {
         return vekStsNullPtrErr;
     }
-    if (!inside({kNoiseParts, 5}, pSrcIdxs)) {
+    if (!inside<kNoiseParts>(pSrcIdxs)) {
         return vekStsOutOfRangeErr;
     }
     decodeNoise(pSrcIdxs, pDstQIsf);

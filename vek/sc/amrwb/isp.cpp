@@ -26,21 +26,23 @@ VekStatus check(const Vek16s* src, const Vek16s* dst, int len) {
     return len < 4 || len > kMostOrder || len % 2 != 0 ? vekStsSizeErr : vekStsNoErr;
 }
 
-// Product of a 32-bit number in split words and a Q15 one.
+// Product of a 32-bit number in split words and a Q15 one: the product of the lower word, cut off by itself, is what
+// cutting off the whole leaves.
 inline int64_t product(int64_t v, int64_t x) {
-    return 2 * ((v >> 16) * x + ((((v >> 1) & 0x7fff) * x) >> 15));
+    return 2 * (((v >> 1) * x) >> 15);
 }
 
-// Chebyshev series of f at x with saturation; the sums have room for any coefficients.
+// Chebyshev series of f at x with saturation; the sums have room for any coefficients. They are halves of those that
+// the recommendation keeps in split words, all of which are even.
 inline Vek16s chebyshev(int64_t x, const int64_t* f, int n) {
-    int64_t b2 = f[0] * 8192;
-    int64_t t = 2 * product(b2, x) + f[1] * 8192;
+    int64_t b2 = f[0] * 4096;
+    int64_t t = 2 * ((b2 * x) >> 15) + f[1] * 4096;
     for (int i = 2; i < n; ++i) {
-        const int64_t next = 2 * product(t, x) - b2 + f[i] * 8192;
-        b2 = t & ~int64_t{1};
+        const int64_t next = 2 * ((t * x) >> 15) + (f[i] * 4096 - b2);
+        b2 = t;
         t = next;
     }
-    return sat16_64((product(t, x) - b2 + f[n] * 4096) >> 10);
+    return sat16_64((((t * x) >> 15) + (f[n] * 2048 - b2)) >> 9);
 }
 
 struct Series {
@@ -101,6 +103,28 @@ void coefficients(const Vek16s* isp, int order, Vek16s* a, Sums& sum) {
     a[order] = shr_r(isp[order - 1], 3 + excess);
 }
 
+Vek16s ispOf(int frequency) {
+    if (static_cast<unsigned>(frequency) > kSteps * 128) [[unlikely]] {
+        frequency = frequency < 0 ? 0 : kSteps * 128;
+    }
+    const int place = frequency >> 7;
+    // The last step has no next one, and nothing lies within it.
+    const int rise = kIspCos[place + 1 - (place >> 7)] - kIspCos[place];
+    return static_cast<Vek16s>(kIspCos[place] + ((rise * (frequency & 127)) >> 7));
+}
+
+// The last of the falling cosines, up to kSteps - 1, that is not below x.
+int lastNotBelow(Vek16s x) {
+    int place = kIspPlace[static_cast<size_t>((x >> 8) + 128)];
+    // As a rule not more than one step on; beyond that only where the cosine is flat.
+    place += kIspCos[place + 1] >= x ? 1 : 0;
+    while (place < kSteps - 1 && kIspCos[place + 1] >= x)
+        [[unlikely]] {
+            ++place;
+        }
+    return std::min(place, kSteps - 1);
+}
+
 } // namespace
 
 VekStatus veksLPCToISP_AMRWB_16s(const Vek16s* pSrcLpc, Vek16s* pDstIsp, const Vek16s* pSrcPrevIsp) {
@@ -158,16 +182,21 @@ VekStatus veksISPToISF_Norm_AMRWB_16s(const Vek16s* pSrcIsp, Vek16s* pDstIsf, in
     if (const VekStatus status = check(pSrcIsp, pDstIsf, len); status != vekStsNoErr) {
         return status;
     }
-    // The pairs of a frame are visited in rising order, so that the step only moves to the front; the last one is of
+    // The pairs of a frame are visited in rising order, and the step only moves to the front; the last one is of
     // another kind and is searched for by itself.
     int place = kSteps - 1;
     for (int i = len - 1; i >= 0; --i) {
-        place = i >= len - 2 ? kSteps - 1 : place;
-        while (kIspCos[place] < pSrcIsp[i]) {
-            --place;
+        const int last = i >= len - 2 ? kSteps - 1 : place;
+        const int found = lastNotBelow(pSrcIsp[i]);
+        place = std::min(last, found);
+        const int below = pSrcIsp[i] - kIspCos[place];
+        if (place == found) [[likely]] {
+            // Within the step nothing saturates.
+            pDstIsf[i] = static_cast<Vek16s>(place * 128 + ((below * kIspAcosSlope[place] * 32 + 0x8000) >> 16));
+        } else {
+            const int32_t within = L_mult(sat16(below), kIspAcosSlope[place]);
+            pDstIsf[i] = add(round_s(L_shl(within, 4)), static_cast<Vek16s>(place * 128));
         }
-        const int32_t within = L_mult(sub(pSrcIsp[i], kIspCos[place]), kIspAcosSlope[place]);
-        pDstIsf[i] = add(round_s(L_shl(within, 4)), static_cast<Vek16s>(place * 128));
     }
     pDstIsf[len - 1] = static_cast<Vek16s>(pDstIsf[len - 1] >> 1);
     return vekStsNoErr;
@@ -177,12 +206,10 @@ VekStatus veksISFToISP_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pDstIsp, int len
     if (const VekStatus status = check(pSrcIsf, pDstIsp, len); status != vekStsNoErr) {
         return status;
     }
-    for (int i = 0; i < len; ++i) {
-        const int frequency = std::clamp(i == len - 1 ? 2 * pSrcIsf[i] : int{pSrcIsf[i]}, 0, kSteps * 128);
-        const int place = std::min(frequency >> 7, kSteps - 1);
-        const int within = frequency - place * 128;
-        const int step = kIspCos[place + 1] - kIspCos[place];
-        pDstIsp[i] = static_cast<Vek16s>(kIspCos[place] + ((step * within) >> 7));
+#pragma GCC unroll 4
+    for (int i = 0; i < len - 1; ++i) {
+        pDstIsp[i] = ispOf(pSrcIsf[i]);
     }
+    pDstIsp[len - 1] = ispOf(2 * pSrcIsf[len - 1]);
     return vekStsNoErr;
 }

@@ -1,4 +1,5 @@
-// Words of one to six pulses: halves of a track are told apart, until pairs are left whose order tells a sign.
+// Makes the words of one to six pulses: halves of a track are told apart, until pairs are left whose order tells a
+// sign.
 #include "sc/amrwb/pulsewords.h"
 
 namespace vek::amrwb {
@@ -128,89 +129,6 @@ uint32_t six(const int* p, int n) {
     return word + (static_cast<uint32_t>(fewer) << (6 * n - 4));
 }
 
-int bitsAt(uint32_t word, int shift, int count) {
-    return static_cast<int>((word >> shift) & ((1U << count) - 1));
-}
-
-void readOne(uint32_t w, int n, int base, int* p) {
-    p[0] = bitsAt(w, 0, n) + base + (bitsAt(w, n, 1) != 0 ? kNegative : 0);
-}
-
-void readTwo(uint32_t w, int n, int base, int* p) {
-    p[0] = bitsAt(w, n, n) + base;
-    p[1] = bitsAt(w, 0, n) + base;
-    const bool negative = bitsAt(w, 2 * n, 1) != 0;
-    const bool unlike = p[1] < p[0];
-    p[0] += negative ? kNegative : 0;
-    p[1] += negative != unlike ? kNegative : 0;
-}
-
-int halfOf(bool upper, int base, int n) {
-    return upper ? base + (1 << (n - 1)) : base;
-}
-
-void readThree(uint32_t w, int n, int base, int* p) {
-    readTwo(w & ((1U << (2 * n - 1)) - 1), n - 1, halfOf(bitsAt(w, 2 * n - 1, 1) != 0, base, n), p);
-    readOne(w >> (2 * n), n, base, p + 2);
-}
-
-void readFourUneven(uint32_t w, int n, int base, int* p) {
-    readTwo(w & ((1U << (2 * n - 1)) - 1), n - 1, halfOf(bitsAt(w, 2 * n - 1, 1) != 0, base, n), p);
-    readTwo(w >> (2 * n), n, base, p + 2);
-}
-
-void readFour(uint32_t w, int n, int base, int* p) {
-    const int m = n - 1;
-    const int upper = base + (1 << m);
-    switch (bitsAt(w, 4 * n - 2, 2)) {
-    case 0:
-        readFourUneven(w, m, bitsAt(w, 4 * m + 1, 1) != 0 ? upper : base, p);
-        break;
-    case 1:
-        readOne(w >> (3 * m + 1), m, base, p);
-        readThree(w, m, upper, p + 1);
-        break;
-    case 2:
-        readTwo(w >> (2 * m + 1), m, base, p);
-        readTwo(w, m, upper, p + 2);
-        break;
-    default:
-        readThree(w >> (m + 1), m, base, p);
-        readOne(w, m, upper, p + 3);
-        break;
-    }
-}
-
-void readFive(uint32_t w, int n, int base, int* p) {
-    readThree(w >> (2 * n + 1), n - 1, halfOf(bitsAt(w, 5 * n - 1, 1) != 0, base, n), p);
-    readTwo(w, n, base, p + 3);
-}
-
-void readSix(uint32_t w, int n, int base, int* p) {
-    const int m = n - 1;
-    const bool upper = bitsAt(w, 6 * n - 5, 1) != 0;
-    const int most = halfOf(upper, base, n);
-    const int least = halfOf(!upper, base, n);
-    switch (bitsAt(w, 6 * n - 4, 2)) {
-    case 0:
-        readFive(w >> n, m, most, p);
-        readOne(w, m, most, p + 5);
-        break;
-    case 1:
-        readFive(w >> n, m, most, p);
-        readOne(w, m, least, p + 5);
-        break;
-    case 2:
-        readFour(w >> (2 * m + 1), m, most, p);
-        readTwo(w, m, least, p + 4);
-        break;
-    default:
-        readThree(w >> (3 * m + 1), m, base, p);
-        readThree(w, m, base + (1 << m), p + 3);
-        break;
-    }
-}
-
 } // namespace
 
 uint32_t encodeTrack(const int* pulses, int count) {
@@ -228,24 +146,6 @@ uint32_t encodeTrack(const int* pulses, int count) {
         return five(pulses, n);
     default:
         return six(pulses, n);
-    }
-}
-
-void decodeTrack(uint32_t word, int count, int* pulses) {
-    constexpr int n = 4;
-    switch (count) {
-    case 1:
-        return readOne(word, n, 0, pulses);
-    case 2:
-        return readTwo(word, n, 0, pulses);
-    case 3:
-        return readThree(word, n, 0, pulses);
-    case 4:
-        return readFour(word, n, 0, pulses);
-    case 5:
-        return readFive(word, n, 0, pulses);
-    default:
-        return readSix(word, n, 0, pulses);
     }
 }
 

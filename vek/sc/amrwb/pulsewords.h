@@ -10,11 +10,8 @@ constexpr int kTracks = 4;
 constexpr int kTrackPositions = 16;
 constexpr int kMostOnTrack = 6;
 
-// Bits of a track's word by its number of pulses, 0..6.
-constexpr int kTrackBits[kMostOnTrack + 1] = {0, 5, 9, 13, 16, 20, 22};
-
+// The word of up to six pulses: 5, 9, 13, 16, 20 or 22 bits. algebraicdecode.cpp reads it.
 uint32_t encodeTrack(const int* pulses, int count);
-void decodeTrack(uint32_t word, int count, int* pulses);
 
 // The pulses on each track, and the words of the bit stream: one a track, or two, the upper bits in the first four.
 struct WordLayout {

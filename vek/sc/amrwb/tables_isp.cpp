@@ -1,6 +1,8 @@
 // Cosine tables of the ISP conversions of TS 26.190 5.2.3 and 5.2.4: figures of the published ones.
 #include "sc/amrwb/isptables.h"
 
+#include <cstddef>
+
 namespace vek::amrwb {
 
 const Vek16s kIspGrid[101] = {
@@ -14,7 +16,7 @@ const Vek16s kIspGrid[101] = {
     -31466, -31738, -31978, -32187, -32364, -32509, -32622, -32703, -32751, -32760,
 };
 
-const Vek16s kIspCos[129] = {
+constexpr Vek16s kIspCos[129] = {
     32767,  32758,  32729,  32679,  32610,  32522,  32413,  32286,  32138,  31972,  31786,  31581,  31357,
     31114,  30853,  30572,  30274,  29957,  29622,  29269,  28899,  28511,  28106,  27684,  27246,  26791,
     26320,  25833,  25330,  24812,  24279,  23732,  23170,  22595,  22006,  21403,  20788,  20160,  19520,
@@ -37,5 +39,23 @@ const Vek16s kIspAcosSlope[128] = {
     -466,   -479,  -492,  -506,  -521,  -538,  -557,  -576,  -599,  -621,  -647,  -676,  -708,  -743,  -783,  -827,
     -880,   -933,  -1004, -1079, -1170, -1279, -1409, -1579, -1771, -2064, -2405, -2979, -3799, -5243, -9039, -26214,
 };
+
+namespace {
+
+constexpr std::array<Vek8u, 256> places() {
+    std::array<Vek8u, 256> at{};
+    for (int k = 0; k < 256; ++k) {
+        int place = 0;
+        while (kIspCos[place + 1] >= (k - 128) * 256 + 255) {
+            ++place;
+        }
+        at[static_cast<std::size_t>(k)] = static_cast<Vek8u>(place);
+    }
+    return at;
+}
+
+} // namespace
+
+const std::array<Vek8u, 256> kIspPlace = places();
 
 } // namespace vek::amrwb

@@ -47,28 +47,17 @@ void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
     for (int i = 0; i < kFrame; ++i) {
         x[i] = static_cast<Vek16s>(in[i] >> 1);
     }
-    // The filters of a stage go side by side: each waits for its own last output.
-    for (int i = 0; i < kFrame; i += 2) {
-        split5(x[i], x[i + 1], s.filter5[0]);
-    }
-    for (int i = 0; i < kFrame; i += 4) {
-        split5(x[i], x[i + 2], s.filter5[1]);
-        split5(x[i + 1], x[i + 3], s.filter5[2]);
-    }
-    for (int i = 0; i < kFrame; i += 8) {
-        split5(x[i], x[i + 4], s.filter5[3]);
-        split5(x[i + 2], x[i + 6], s.filter5[4]);
-        split3(x[i + 3], x[i + 7], s.filter3[0]);
-    }
-    for (int i = 0; i < kFrame; i += 16) {
-        split3(x[i], x[i + 8], s.filter3[1]);
-        split3(x[i + 4], x[i + 12], s.filter3[2]);
-        split3(x[i + 6], x[i + 14], s.filter3[3]);
-    }
-    for (int i = 0; i < kFrame; i += 32) {
-        split3(x[i], x[i + 16], s.filter3[4]);
-        split3(x[i + 8], x[i + 24], s.filter3[5]);
-    }
+    splitBand5<kFrame>(x, 1, s.filter5[0]);
+    splitBand5<kFrame>(x, 2, s.filter5[1]);
+    splitBand5<kFrame - 1>(x + 1, 2, s.filter5[2]);
+    splitBand5<kFrame>(x, 4, s.filter5[3]);
+    splitBand5<kFrame - 2>(x + 2, 4, s.filter5[4]);
+    splitBand3<kFrame - 3>(x + 3, 4, s.filter3[0]);
+    splitBand3<kFrame>(x, 8, s.filter3[1]);
+    splitBand3<kFrame - 4>(x + 4, 8, s.filter3[2]);
+    splitBand3<kFrame - 6>(x + 6, 8, s.filter3[3]);
+    splitBand3<kFrame>(x, 16, s.filter3[4]);
+    splitBand3<kFrame - 8>(x + 8, 16, s.filter3[5]);
     struct Band {
         int step, first, scale;
     };

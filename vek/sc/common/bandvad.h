@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "sc/common/fixmath.h"
 #include "vekdefs.h"
@@ -16,44 +17,95 @@ inline Vek16s allPass(Vek16s x, Vek16s& memory, Vek16s c) {
     return fix::add(before, fix::mult(c, memory));
 }
 
-inline Vek16s halved(int v) {
-    return static_cast<Vek16s>(fix::sat16(v) >> 1);
-}
-
 constexpr Vek16s kLeastNoise = 40;
 constexpr Vek16s kFilter5First = 21955;
 constexpr Vek16s kFilter5Second = 6390;
 constexpr Vek16s kFilter3 = 13363;
 
-// Splits two successive samples into the lower and the upper half of their band.
-inline void split5(Vek16s& even, Vek16s& odd, Vek16s (&memory)[2]) {
-    const Vek16s a = allPass(even, memory[0], kFilter5First);
-    const Vek16s b = allPass(odd, memory[1], kFilter5Second);
-    even = halved(a + b);
-    odd = halved(a - b);
+// Whether a number of these leaves 16 bits.
+template <typename... T>
+bool anyOutside(T... v) {
+    return ((static_cast<unsigned>(v + 32768)) | ...) > 65535;
 }
 
-inline void split3(Vek16s& even, Vek16s& odd, Vek16s& memory) {
-    const Vek16s a = even;
-    const Vek16s b = allPass(odd, memory, kFilter3);
-    even = halved(a + b);
-    odd = halved(a - b);
+// Splits two successive samples into the lower and the upper half of their band, halved or not. Where neither memories
+// nor sum and difference leave 16 bits, which is nearly always, no step on the way has left them either.
+template <int Halvings>
+inline void split5(Vek16s& even, Vek16s& odd, int& memory0, int& memory1) {
+    const int next0 = even - ((kFilter5First * memory0) >> 15);
+    const int next1 = odd - ((kFilter5Second * memory1) >> 15);
+    const int a = memory0 + ((kFilter5First * next0) >> 15);
+    const int b = memory1 + ((kFilter5Second * next1) >> 15);
+    if (anyOutside(next0, next1, a + b, a - b)) [[unlikely]] {
+        auto kept0 = static_cast<Vek16s>(memory0);
+        auto kept1 = static_cast<Vek16s>(memory1);
+        const Vek16s cutA = allPass(even, kept0, kFilter5First);
+        const Vek16s cutB = allPass(odd, kept1, kFilter5Second);
+        even = static_cast<Vek16s>(fix::add(cutA, cutB) >> Halvings);
+        odd = static_cast<Vek16s>(fix::sub(cutA, cutB) >> Halvings);
+        memory0 = kept0;
+        memory1 = kept1;
+        return;
+    }
+    even = static_cast<Vek16s>((a + b) >> Halvings);
+    odd = static_cast<Vek16s>((a - b) >> Halvings);
+    memory0 = next0;
+    memory1 = next1;
+}
+
+inline void split3(Vek16s& even, Vek16s& odd, int& memory) {
+    const int a = even;
+    const int next = odd - ((kFilter3 * memory) >> 15);
+    const int b = memory + ((kFilter3 * next) >> 15);
+    if (anyOutside(next, a + b, a - b)) [[unlikely]] {
+        auto kept = static_cast<Vek16s>(memory);
+        const Vek16s cut = allPass(odd, kept, kFilter3);
+        odd = static_cast<Vek16s>(fix::sub(even, cut) >> 1);
+        even = static_cast<Vek16s>(fix::add(even, cut) >> 1);
+        memory = kept;
+        return;
+    }
+    even = static_cast<Vek16s>((a + b) >> 1);
+    odd = static_cast<Vek16s>((a - b) >> 1);
+    memory = next;
+}
+
+// Splits a band whose samples stand `step` apart: the lower half of it takes the even ones' places, the upper one the
+// odd ones'.
+template <int Length, int Halvings = 1>
+void splitBand5(Vek16s* x, int step, Vek16s (&memory)[2]) {
+    int m0 = memory[0];
+    int m1 = memory[1];
+    for (int i = 0; i < Length; i += 2 * step) {
+        split5<Halvings>(x[i], x[i + step], m0, m1);
+    }
+    memory[0] = static_cast<Vek16s>(m0);
+    memory[1] = static_cast<Vek16s>(m1);
+}
+
+template <int Length>
+void splitBand3(Vek16s* x, int step, Vek16s& memory) {
+    int m = memory;
+    for (int i = 0; i < Length; i += 2 * step) {
+        split3(x[i], x[i + step], m);
+    }
+    memory = static_cast<Vek16s>(m);
 }
 
 // Sum of magnitudes of `count` elements, each `step` behind the one before, from the first `fresh` of this frame back
 // to those of the last frame that come behind its first `fresh`, whose sum *kept brings along.
 inline Vek16s level(const Vek16s* data, int count, int fresh, int step, int scale, Vek16s* kept) {
-    using namespace fix;
+    // Halves of 16-bit numbers, which never leave 32 bits.
     int32_t last = 0;
     for (int i = fresh; i < count; ++i) {
-        last += 2 * abs_s(data[step * i]);
+        last += 2 * std::abs(data[step * i]);
     }
-    int32_t sum = L_add(last, L_shl(*kept, 16 - scale));
-    *kept = extract_h(L_shl(last, scale));
+    int32_t sum = last + fix::L_shl(*kept, 16 - scale);
+    *kept = fix::extract_h(fix::L_shl(last, scale));
     for (int i = 0; i < fresh; ++i) {
-        sum = L_add(sum, 2 * abs_s(data[step * i]));
+        sum += 2 * std::abs(data[step * i]);
     }
-    return extract_h(L_shl(sum, scale));
+    return fix::extract_h(fix::L_shl(sum, scale));
 }
 
 // Sum over the bands of the larger of level and mean over the smaller, Q6.

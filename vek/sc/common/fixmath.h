@@ -45,9 +45,6 @@ constexpr int16_t mult(int16_t a, int16_t b) {
 constexpr int16_t mult_r(int16_t a, int16_t b) {
     return sat16((a * b + 0x4000) >> 15);
 }
-constexpr int16_t i_mult(int16_t a, int16_t b) {
-    return sat16(a * b);
-}
 
 // Shifts; a negative count shifts the other way. Left saturates, right cuts off.
 constexpr int16_t shr(int16_t a, int n);
@@ -93,20 +90,11 @@ constexpr int32_t L_mult(int16_t a, int16_t b) {
     const int32_t p = a * b;
     return p == 0x40000000 ? kMax32 : p * 2;
 }
-constexpr int32_t L_mult0(int16_t a, int16_t b) {
-    return a * b;
-}
 constexpr int32_t L_mac(int32_t s, int16_t a, int16_t b) {
     return L_add(s, L_mult(a, b));
 }
 constexpr int32_t L_msu(int32_t s, int16_t a, int16_t b) {
     return L_sub(s, L_mult(a, b));
-}
-constexpr int32_t L_mac0(int32_t s, int16_t a, int16_t b) {
-    return L_add(s, a * b);
-}
-constexpr int32_t L_msu0(int32_t s, int16_t a, int16_t b) {
-    return L_sub(s, a * b);
 }
 constexpr int32_t L_shr(int32_t a, int n);
 constexpr int32_t L_shl(int32_t a, int n) {
@@ -144,17 +132,11 @@ constexpr int16_t extract_l(int32_t a) {
 constexpr int32_t L_deposit_h(int16_t a) {
     return static_cast<int32_t>(a) * 65536;
 }
-constexpr int32_t L_deposit_l(int16_t a) {
-    return a;
-}
 constexpr int16_t round_s(int32_t a) {
     return extract_h(L_add(a, 0x8000));
 }
 constexpr int16_t mac_r(int32_t s, int16_t a, int16_t b) {
     return round_s(L_mac(s, a, b));
-}
-constexpr int16_t msu_r(int32_t s, int16_t a, int16_t b) {
-    return round_s(L_msu(s, a, b));
 }
 
 // Number of left shifts until the value fills its word; 0 for 0.
@@ -197,18 +179,6 @@ constexpr int32_t Mpy_32(int16_t hi1, int16_t lo1, int16_t hi2, int16_t lo2) {
 }
 constexpr int32_t Mpy_32_16(int16_t hi, int16_t lo, int16_t n) {
     return L_mac(L_mult(hi, n), mult(lo, n), 1);
-}
-// Q31 quotient num / den for 0 <= num < den and a normalised den (0x4000 <= denHi), by one step of iteration.
-constexpr int32_t Div_32(int32_t num, int16_t denHi, int16_t denLo) {
-    const int16_t approx = div_s(0x3fff, denHi);
-    int16_t hi = 0;
-    int16_t lo = 0;
-    L_Extract(L_sub(kMax32, Mpy_32_16(denHi, denLo, approx)), hi, lo);
-    L_Extract(Mpy_32_16(hi, lo, approx), hi, lo);
-    int16_t numHi = 0;
-    int16_t numLo = 0;
-    L_Extract(num, numHi, numLo);
-    return L_shl(Mpy_32(numHi, numLo, hi, lo), 2);
 }
 
 // A wide sum times 2^-scale, cut off (a negative scale multiplies), saturated; scale -31..31.

@@ -14,14 +14,14 @@ inline Vek16s zeroBetween(Vek16s xLow, Vek16s yLow, Vek16s xHigh, Vek16s yHigh) 
     if (rise == 0) {
         return xLow;
     }
-    const Vek16s steep = abs_s(rise);
-    const int exp = norm_s(steep);
-    const Vek16s inverse = div_s(16383, shl(steep, exp));
-    Vek16s slope = extract_l(L_shr(L_mult(width, inverse), 20 - exp));
-    if (rise < 0) {
-        slope = negate(slope);
-    }
-    return sub(xLow, extract_l(L_shr(L_mult(yLow, slope), 11)));
+    const int steep = abs_s(rise);
+    const int exp = norm_s(static_cast<Vek16s>(steep));
+    // A normalised divisor has 14 bits and more.
+    // NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
+    const int inverse = (16383 << 15) / (steep << exp);
+    const Vek16s size = extract_l((2 * width * inverse) >> (20 - exp));
+    const Vek16s slope = rise < 0 ? negate(size) : size;
+    return sub(xLow, extract_l(L_mult(yLow, slope) >> 11));
 }
 
 inline float zeroBetween(float xLow, float yLow, float xHigh, float yHigh) {
@@ -36,6 +36,16 @@ inline float middleOf(float low, float high) {
     return 0.5F * (low + high);
 }
 
+// The value of a series at a point of the grid, which it may have at hand.
+template <class Series, class X>
+inline X valueOnGrid(const Series& series, int j, X x) {
+    if constexpr (requires { series.atPoint(j); }) {
+        return series.atPoint(j);
+    } else {
+        return series(x);
+    }
+}
+
 // Roots of two series that interlace, `wanted` of them, looked for between the points 0 to `points` of a falling grid:
 // each one found changes over to the other series. `seriesOf(n)` is the one of root n, a function of x. Tells how many
 // were found.
@@ -44,12 +54,12 @@ inline int interlacedRoots(int wanted, int points, GridPoint gridPoint, SeriesOf
     int count = 0;
     auto series = seriesOf(0);
     X xLow = gridPoint(0);
-    X yLow = series(xLow);
+    X yLow = valueOnGrid(series, 0, xLow);
     for (int j = 1; count < wanted && j <= points; ++j) {
         X xHigh = xLow;
         X yHigh = yLow;
         xLow = gridPoint(j);
-        yLow = series(xLow);
+        yLow = valueOnGrid(series, j, xLow);
         if (!(yLow * yHigh <= 0)) {
             continue;
         }

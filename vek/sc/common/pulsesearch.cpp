@@ -2,13 +2,11 @@
 #include "sc/common/pulsesearch.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 #include "sc/common/correlate.h"
 #include "sc/common/correlationrows.h"
 #include "sc/common/fixmath.h"
-#include "sc/kernels/filter.h"
 #include "veksc_filter.h"
 
 using namespace vek;
@@ -76,59 +74,38 @@ bool normalise(const Vek16s* h, Vek16s* scaled) {
     return true;
 }
 
-// Where the matrix's elements stand among the signed rows, in the order of tracks.
+// What the kernel makes of a response whose sums leave 32 bits: they saturate at each step.
 template <class L>
-constexpr std::array<uint16_t, kLen * kLen> places() {
-    std::array<uint16_t, kLen * kLen> at{};
+void saturatingField(const Vek16s* h, const Vek16s* sign, PulseField& field) {
+    alignas(32) int32_t rows[kLen * kLen];
+    saturatingRows(h, rows);
     for (int i = 0; i < kLen; ++i) {
-        for (int j = 0; j < kLen; ++j) {
-            const int last = i > j ? i : j;
-            const int first = i > j ? j : i;
-            at[static_cast<size_t>(L::row(i) * kLen + L::row(j))] = static_cast<uint16_t>(last * kLen + last - first);
+        for (int j = 0; j <= i; ++j) {
+            const int r = std::min(((rows[(kLen - 1 - i) * kLen + i - j] >> 1) + 0x4000) >> 15, 32767);
+            const int product = (sign[i] * sign[j]) >> 15;
+            const auto turned = static_cast<Vek16s>(i == j ? r : (r * product) >> 15);
+            field.rr[L::row(i) * L::kStride + L::slot(j)] = turned;
+            field.rr[L::row(j) * L::kStride + L::slot(i)] = turned;
         }
+        field.energy[L::slot(i)] = field.rr[L::row(i) * L::kStride + L::slot(i)];
     }
-    return at;
 }
-template <class L>
-constexpr auto kPlaces = places<L>();
 
 template <class L>
 void fill(const Vek16s* h, const Vek16s* dn, const Vek16s* sign, PulseField& field) {
-    alignas(32) Vek16s scaled[kLen];
-    alignas(32) int32_t rows[kLen * kLen];
-    alignas(32) Vek16s signedRows[kLen * kLen];
-    if (normalise(h, scaled)) {
-        filterKernels().corrRows16(scaled, rows);
-    } else {
-        std::fill_n(rows, kLen * kLen, 0);
-        saturatingRows(scaled, rows);
-        for (int32_t& sum : rows) {
-            sum >>= 1;
-        }
-    }
-    pulseKernels().signRows(rows, sign, signedRows);
-    constexpr int width = L::kStride / L::kTracks;
-    if constexpr (width != L::kCount) {
+    if constexpr (L::kStride != kLen) {
         std::memset(field.dn, 0, sizeof field.dn);
         std::memset(field.energy, 0, sizeof field.energy);
+        std::memset(field.rr, 0, sizeof field.rr);
     }
     for (int i = 0; i < kLen; ++i) {
         field.dn[L::slot(i)] = dn[i];
-        field.energy[L::slot(i)] = signedRows[i * kLen];
     }
-    const uint16_t* at = kPlaces<L>.data();
-    Vek16s* to = field.rr;
-    for (int i = 0; i < kLen; ++i) {
-        for (int t = 0; t < L::kTracks; ++t) {
-            for (int k = 0; k < L::kCount; ++k) {
-                to[k] = signedRows[at[k]];
-            }
-            for (int k = L::kCount; k < width; ++k) {
-                to[k] = 0;
-            }
-            at += L::kCount;
-            to += width;
-        }
+    alignas(32) Vek16s scaled[kLen];
+    if (normalise(h, scaled)) {
+        pulseKernels().field(scaled, sign, L::kTracks, field);
+    } else {
+        saturatingField<L>(scaled, sign, field);
     }
 }
 

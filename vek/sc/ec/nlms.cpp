@@ -57,9 +57,28 @@ VekStatus veksFIR_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, Vek1
     if (badSizes(len, tapLen)) {
         return vekStsSizeErr;
     }
+    constexpr int block = 32;
+    constexpr int room = VEK_EC_MAX_TAPS + block + kCorrPadding;
     const CorrKernels& kernels = corrKernels();
-    Vek16s turned[VEK_EC_MAX_TAPS];
-    std::reverse_copy(pSrcCoef, pSrcCoef + tapLen, turned);
+    alignas(32) Vek16s turned[room];
+    ecKernels().turn16(pSrcCoef, turned, tapLen);
+    std::fill_n(turned + tapLen, block + kCorrPadding, Vek16s{0});
+    // The sum of the coefficients' magnitudes is then below 2.0, and all sums fit 32 bits.
+    if (kernels.dot16(turned, turned, tapLen) * tapLen < int64_t{1} << 32) {
+        for (int i = 0; i < len; i += block) {
+            const int n = std::min(block, len - i);
+            const int reach = tapLen + n - 1;
+            alignas(32) Vek16s past[room];
+            std::copy_n(pSrcSpchRef + i - tapLen + 1, reach, past);
+            std::fill_n(past + reach, kCorrPadding, Vek16s{0});
+            int32_t echo[block];
+            kernels.corr32(past, turned, reach, n, echo);
+            for (int k = 0; k < n; ++k) {
+                pDstSpch[i + k] = remainder(pSrcSpch[i + k], echo[k]);
+            }
+        }
+        return vekStsNoErr;
+    }
     for (int i = 0; i < len; ++i) {
         pDstSpch[i] = remainder(pSrcSpch[i], kernels.dot16(turned, pSrcSpchRef + i - tapLen + 1, tapLen));
     }
@@ -76,7 +95,7 @@ VekStatus veksFIR_EC_32f(const Vek32f* pSrcSpchRef, const Vek32f* pSrcSpch, Vek3
     }
     const FloatCorrKernels& kernels = floatCorrKernels();
     Vek32f turned[VEK_EC_MAX_TAPS];
-    std::reverse_copy(pSrcCoef, pSrcCoef + tapLen, turned);
+    ecKernels().turn32f(pSrcCoef, turned, tapLen);
     constexpr int block = 64;
     for (int i = 0; i < len; i += block) {
         const int n = std::min(block, len - i);
@@ -103,7 +122,7 @@ VekStatus veksNLMS_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, con
     const CorrKernels& sums = corrKernels();
     const EcKernels& kernels = ecKernels();
     Vek16s turned[VEK_EC_MAX_TAPS];
-    std::reverse_copy(pSrcDstCoef, pSrcDstCoef + tapLen, turned);
+    kernels.turn16(pSrcDstCoef, turned, tapLen);
     const Vek16s* past = pSrcSpchRef - tapLen;
     int64_t energy = sums.dot16(past, past, tapLen) + kLeastEnergy * tapLen;
     Vek16s err = *pErr;
@@ -115,7 +134,7 @@ VekStatus veksNLMS_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, con
         energy += past[tapLen] * past[tapLen] - past[0] * past[0];
         ++past;
     }
-    std::reverse_copy(turned, turned + tapLen, pSrcDstCoef);
+    kernels.turn16(turned, pSrcDstCoef, tapLen);
     *pErr = err;
     return vekStsNoErr;
 }
@@ -130,7 +149,7 @@ VekStatus veksNLMS_EC_32f(const Vek32f* pSrcSpchRef, const Vek32f* pSrcSpch, con
     }
     const EcKernels& kernels = ecKernels();
     Vek32f turned[VEK_EC_MAX_TAPS];
-    std::reverse_copy(pSrcDstCoef, pSrcDstCoef + tapLen, turned);
+    kernels.turn32f(pSrcDstCoef, turned, tapLen);
     const Vek32f* past = pSrcSpchRef - tapLen;
     // The energy is carried along within a call only, so that rounding does not gather.
     double energy = static_cast<double>(corrKernels().dot32f(past, past, tapLen));
@@ -143,7 +162,7 @@ VekStatus veksNLMS_EC_32f(const Vek32f* pSrcSpchRef, const Vek32f* pSrcSpch, con
         energy += static_cast<double>(past[tapLen]) * past[tapLen] - static_cast<double>(past[0]) * past[0];
         ++past;
     }
-    std::reverse_copy(turned, turned + tapLen, pSrcDstCoef);
+    kernels.turn32f(turned, pSrcDstCoef, tapLen);
     *pErr = err;
     return vekStsNoErr;
 }

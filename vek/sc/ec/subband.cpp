@@ -102,15 +102,12 @@ VekStatus take(void* pState, int scaleFactor, Process<T>*& process) {
     return process->mark != markOf<T>() ? vekStsStateErr : vekStsNoErr;
 }
 
-// The newest frame behind the samples that stay.
-template <typename T, typename S>
-void push(Process<T>& p, const S* signal) {
+// Makes room for the newest frame behind the samples that stay.
+template <typename T>
+T* dropOldest(Process<T>& p) {
     T* history = p.history();
     std::memmove(history, history + p.frameSize, p.kept() * sizeof(T));
-    T* fresh = history + p.kept();
-    for (int i = 0; i < p.frameSize; ++i) {
-        fresh[i] = signal[i];
-    }
+    return history + p.kept();
 }
 
 template <typename T>
@@ -150,9 +147,9 @@ VekStatus veksSubbandAnalysis_16s32sc_Sfs(const Vek16s* pSignal, Vek32sc* pSubba
         return status;
     }
     Process<double>& p = *process;
-    push(p, pSignal);
     Vek64fc spectrum[kMaxFoldPoints / 2 + 1];
     const FoldKernels& kernels = foldKernels();
+    kernels.widen16(pSignal, dropOldest(p), p.frameSize);
     kernels.analyse64f(p.order, p.history(), p.analysisWindow(), p.windowLen, ec::placeOf<Work<double>>(pBuf)->fold,
                        spectrum);
     kernels.round32(&spectrum[0].re, std::ldexp(1.0, -scaleFactor), &pSubbands[0].re, (1 << p.order) + 2);
@@ -169,7 +166,7 @@ VekStatus veksSubbandAnalysis_32f32fc(const Vek32f* pSignal, Vek32fc* pSubbands,
         return status;
     }
     Process<float>& p = *process;
-    push(p, pSignal);
+    std::memmove(dropOldest(p), pSignal, static_cast<size_t>(p.frameSize) * sizeof(Vek32f));
     foldKernels().analyse32f(p.order, p.history(), p.analysisWindow(), p.windowLen,
                              ec::placeOf<Work<float>>(pBuf)->fold, pSubbands);
     return vekStsNoErr;

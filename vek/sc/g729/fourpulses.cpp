@@ -14,8 +14,8 @@ constexpr int kExtraEntries = 30;
 constexpr int kMostEntries = 105;
 
 template <class Corr, class Element>
-VekStatus searchNested(const Corr* pSrc, Element* pSrcDst, Corr* pDst, Vek16s* pDstIndex, Vek16s* pSearchTimes,
-                       Vek16s subFrame) {
+VekStatus searchNested(const FourPulseSearches<Corr, Element>& searches, const Corr* pSrc, Element* pSrcDst, Corr* pDst,
+                       Vek16s* pDstIndex, Vek16s* pSearchTimes, Vek16s subFrame) {
     if (anyNull(pSrcDst) || anyNull(pSrc, pDst) || anyNull(pDstIndex, pSearchTimes)) {
         return vekStsNullPtrErr;
     }
@@ -24,19 +24,18 @@ VekStatus searchNested(const Corr* pSrc, Element* pSrcDst, Corr* pDst, Vek16s* p
     }
     const int extra = subFrame == 0 ? kExtraEntries : std::clamp<int>(*pSearchTimes, 0, kMostEntries);
     int entries = kEntries + extra;
-    const Search<Corr, Element> search(pSrc, pSrcDst);
-    search.deliver(search.nested(entries), pDst, pDstIndex);
+    deliver(searches.nested(pSrc, pSrcDst, &entries), pSrc, pDst, pDstIndex);
     *pSearchTimes = static_cast<Vek16s>(entries);
     return vekStsNoErr;
 }
 
 template <class Corr, class Element>
-VekStatus searchDepthFirst(const Corr* pSrc, Element* pSrcDst, Corr* pDst, Vek16s* pDstIndex) {
+VekStatus searchDepthFirst(const FourPulseSearches<Corr, Element>& searches, const Corr* pSrc, Element* pSrcDst,
+                           Corr* pDst, Vek16s* pDstIndex) {
     if (anyNull(pSrcDst) || anyNull(pSrc, pDst) || anyNull(pDstIndex)) {
         return vekStsNullPtrErr;
     }
-    const Search<Corr, Element> search(pSrc, pSrcDst);
-    search.deliver(search.depthFirst(), pDst, pDstIndex);
+    deliver(searches.depthFirst(pSrc, pSrcDst), pSrc, pDst, pDstIndex);
     return vekStsNoErr;
 }
 
@@ -44,23 +43,23 @@ VekStatus searchDepthFirst(const Corr* pSrc, Element* pSrcDst, Corr* pDst, Vek16
 
 VekStatus veksFixedCodebookSearch_G729_16s(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s* pDst, Vek16s* pDstIndex,
                                            Vek16s* pSearchTimes, Vek16s subFrame) {
-    return searchNested(pSrc, pSrcDst, pDst, pDstIndex, pSearchTimes, subFrame);
+    return searchNested(fourPulseKernels().narrow, pSrc, pSrcDst, pDst, pDstIndex, pSearchTimes, subFrame);
 }
 VekStatus veksFixedCodebookSearch_G729_32s16s(const Vek16s* pSrc, Vek32s* pSrcDst, Vek16s* pDst, Vek16s* pDstIndex,
                                               Vek16s* pSearchTimes, Vek16s subFrame) {
-    return searchNested(pSrc, pSrcDst, pDst, pDstIndex, pSearchTimes, subFrame);
+    return searchNested(fourPulseKernels().wide, pSrc, pSrcDst, pDst, pDstIndex, pSearchTimes, subFrame);
 }
 VekStatus veksFixedCodebookSearch_G729_32f(const Vek32f* pSrc, Vek32f* pSrcDst, Vek32f* pDst, Vek16s* pDstIndex,
                                            Vek16s* pSearchTimes, Vek16s subFrame) {
-    return searchNested(pSrc, pSrcDst, pDst, pDstIndex, pSearchTimes, subFrame);
+    return searchNested(fourPulseKernels().real, pSrc, pSrcDst, pDst, pDstIndex, pSearchTimes, subFrame);
 }
 
 VekStatus veksFixedCodebookSearch_G729A_16s(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s* pDst, Vek16s* pDstIndex) {
-    return searchDepthFirst(pSrc, pSrcDst, pDst, pDstIndex);
+    return searchDepthFirst(fourPulseKernels().narrow, pSrc, pSrcDst, pDst, pDstIndex);
 }
 VekStatus veksFixedCodebookSearch_G729A_32s16s(const Vek16s* pSrc, Vek32s* pSrcDst, Vek16s* pDst, Vek16s* pDstIndex) {
-    return searchDepthFirst(pSrc, pSrcDst, pDst, pDstIndex);
+    return searchDepthFirst(fourPulseKernels().wide, pSrc, pSrcDst, pDst, pDstIndex);
 }
 VekStatus veksFixedCodebookSearch_G729A_32f(const Vek32f* pSrc, Vek32f* pSrcDst, Vek32f* pDst, Vek16s* pDstIndex) {
-    return searchDepthFirst(pSrc, pSrcDst, pDst, pDstIndex);
+    return searchDepthFirst(fourPulseKernels().real, pSrc, pSrcDst, pDst, pDstIndex);
 }

@@ -1,11 +1,14 @@
 // The predictive two-stage quantiser of line spectral frequencies, for speech and for background noise.
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <cstring>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/lsfquant.h"
 #include "sc/g729/lsptables.h"
+#include "sc/kernels/vq.h"
 #include "veksc_g729lp.h"
 
 namespace {
@@ -37,13 +40,13 @@ Rows noiseRows(const Vek16s* index) {
 }
 
 void spread(Vek16s* v, int gap) {
+    int last = v[0];
     for (int i = 1; i < kOrder; ++i) {
-        const int lack = (v[i - 1] - v[i] + gap) / 2;
-        if (lack > 0) {
-            v[i - 1] = static_cast<Vek16s>(v[i - 1] - lack);
-            v[i] = static_cast<Vek16s>(v[i] + lack);
-        }
+        const int lack = std::max((last - v[i] + gap) >> 1, 0);
+        v[i - 1] = static_cast<Vek16s>(last - lack);
+        last = static_cast<Vek16s>(v[i] + lack);
     }
+    v[kOrder - 1] = static_cast<Vek16s>(last);
 }
 
 void codeVector(const Rows& rows, Vek16s* code) {
@@ -54,14 +57,14 @@ void codeVector(const Rows& rows, Vek16s* code) {
     spread(code, kNarrowGap);
 }
 
-// Sum of the last code vectors' shares, Q28.
-int32_t predicted(const LsfPredictor& predictor, const Vek16s* previous, int i) {
-    int32_t sum = 0;
-    for (int k = 0; k < kHistory; ++k) {
-        sum += predictor.weight[k][i] * previous[k * kOrder + i];
+// Sums of the last code vectors' shares, Q28.
+struct Predicted {
+    int32_t sum[kOrder];
+
+    Predicted(const LsfPredictor& predictor, const Vek16s* previous) {
+        vqKernels().movingAverage10(predictor.weight[0], previous, sum);
     }
-    return sum;
-}
+};
 
 void push(Vek16s* previous, const Vek16s* code) {
     std::memmove(previous + kOrder, previous, sizeof(Vek16s) * (kHistory - 1) * kOrder);
@@ -69,20 +72,29 @@ void push(Vek16s* previous, const Vek16s* code) {
 }
 
 void stabilise(Vek16s* lsf) {
-    std::sort(lsf, lsf + kOrder);
-    lsf[0] = static_cast<Vek16s>(std::max<int>(lsf[0], kLowest));
+    // They stand in order nearly always.
     for (int i = 1; i < kOrder; ++i) {
-        lsf[i] = sat16(std::max(lsf[i] + 0, lsf[i - 1] + kLeastDistance));
+        if (lsf[i] < lsf[i - 1]) [[unlikely]] {
+            std::sort(lsf, lsf + kOrder);
+            break;
+        }
     }
-    lsf[kOrder - 1] = static_cast<Vek16s>(std::min<int>(lsf[kOrder - 1], kHighest));
+    int last = std::max<int>(lsf[0], kLowest);
+    lsf[0] = static_cast<Vek16s>(last);
+    for (int i = 1; i < kOrder; ++i) {
+        last = std::min(std::max<int>(lsf[i], last + kLeastDistance), 32767);
+        lsf[i] = static_cast<Vek16s>(last);
+    }
+    lsf[kOrder - 1] = static_cast<Vek16s>(std::min(last, kHighest));
 }
 
 void reconstruct(const LsfPredictor& predictor, const Rows& rows, Vek16s* previous, Vek16s* lsf) {
     Vek16s code[kOrder];
     codeVector(rows, code);
     Vek16s out[kOrder];
+    const Predicted predicted(predictor, previous);
     for (int i = 0; i < kOrder; ++i) {
-        const int64_t sum = int64_t{predictor.rest[i]} * code[i] + predicted(predictor, previous, i);
+        const int64_t sum = int64_t{predictor.rest[i]} * code[i] + predicted.sum[i];
         out[i] = sat16_64((sum + 0x4000) >> 15);
     }
     push(previous, code);
@@ -117,34 +129,7 @@ inline int64_t weighted(int difference, int rest, int weight) {
     return d * ((int64_t{d} * weight) >> 11);
 }
 
-int64_t weightedHalf(const int* left, const Vek16s* row, const LsfPredictor& predictor, const int* weight, int begin) {
-    int64_t sum = 0;
-    for (int i = begin; i < begin + kHalf; ++i) {
-        sum += weighted(left[i] - row[i], predictor.rest[i], weight[i]);
-    }
-    return sum;
-}
-
-// The row of the first stage next to the target; rowOf gives a codebook row for each of n indices.
-template <class RowOf>
-int nearest(const Vek16s* target, int n, RowOf rowOf) {
-    int64_t least = INT64_MAX;
-    int best = 0;
-    for (int k = 0; k < n; ++k) {
-        const Vek16s* row = rowOf(k);
-        int64_t sum = 0;
-        for (int i = 0; i < kOrder; ++i) {
-            const int d = target[i] - row[i];
-            sum += int64_t{d} * d;
-        }
-        if (sum < least) {
-            least = sum;
-            best = k;
-        }
-    }
-    return best;
-}
-
+// The first of n with the least distance.
 template <class Distance>
 int least(int n, Distance distance) {
     int64_t smallest = INT64_MAX;
@@ -159,29 +144,119 @@ int least(int n, Distance distance) {
     return best;
 }
 
-// Chooses index[1..] for one predictor's target. rest is what a first stage leaves.
+// A first stage of so many rows in the order of the kernel, and the bounds of its columns.
+template <int Rows>
+struct FirstStage {
+    alignas(32) std::array<Vek16s, Rows * kOrder> pairs{};
+    int lowest[kOrder];
+    int highest[kOrder];
+
+    template <class RowOf>
+    explicit FirstStage(RowOf rowOf) {
+        std::fill_n(lowest, kOrder, INT16_MAX);
+        std::fill_n(highest, kOrder, INT16_MIN);
+        for (int k = 0; k < Rows; ++k) {
+            const Vek16s* row = rowOf(k);
+            for (int i = 0; i < kOrder; ++i) {
+                pairs[static_cast<size_t>((i / 2 * Rows + k) * 2 + i % 2)] = row[i];
+                lowest[i] = std::min<int>(lowest[i], row[i]);
+                highest[i] = std::max<int>(highest[i], row[i]);
+            }
+        }
+    }
+
+    // The row next to the target.
+    int nearest(const Vek16s* target) const {
+        int64_t most = 0;
+        for (int i = 0; i < kOrder; ++i) {
+            const int64_t d = std::max(target[i] - lowest[i], highest[i] - target[i]);
+            most = std::max(most, d);
+        }
+        // Far from all rows sums may need more than 31 bits.
+        return most * most * kOrder <= INT32_MAX ? vqKernels().nearest10(pairs.data(), Rows, target)
+                                                 : farNearest(target);
+    }
+
+    int farNearest(const Vek16s* target) const {
+        return least(Rows, [&](int k) {
+            int64_t sum = 0;
+            for (int i = 0; i < kOrder; ++i) {
+                const int d = target[i] - pairs[static_cast<size_t>((i / 2 * Rows + k) * 2 + i % 2)];
+                sum += int64_t{d} * d;
+            }
+            return sum;
+        });
+    }
+};
+
+// A second stage, column by column, and the largest magnitude in each.
+template <int Rows>
+struct SecondStage {
+    alignas(32) std::array<Vek16s, Rows * kOrder> columns{};
+    int largest[kOrder] = {};
+
+    template <class ElementOf>
+    explicit SecondStage(ElementOf elementOf) {
+        for (int i = 0; i < kOrder; ++i) {
+            for (int k = 0; k < Rows; ++k) {
+                const Vek16s v = elementOf(k, i);
+                columns[static_cast<size_t>(i * Rows + k)] = v;
+                largest[i] = std::max(largest[i], std::abs(int{v}));
+            }
+        }
+    }
+
+    // The row of least weighted error in the elements from `begin` on.
+    int nearest(const int* left, const LsfPredictor& predictor, const int* weight, int begin, int count) const {
+        int64_t bound = 0;
+        int most = 0;
+        for (int i = begin; i < begin + count; ++i) {
+            const int d = std::abs(left[i]) + largest[i];
+            most = std::max(most, d);
+            const int64_t e = ((int64_t{d} * predictor.rest[i]) >> 15) + 1;
+            bound += e * (((e * weight[i]) >> 11) + 1);
+        }
+        const Vek16s* from = columns.data() + begin * Rows;
+        if (most <= INT16_MAX && bound <= INT32_MAX) {
+            return vqKernels().nearestWeighted(from, Rows, count, left + begin, predictor.rest + begin, weight + begin);
+        }
+        return least(Rows, [&](int k) {
+            int64_t sum = 0;
+            for (int i = begin; i < begin + count; ++i) {
+                const int v = columns[static_cast<size_t>(i * Rows + k)];
+                sum += weighted(left[i] - v, predictor.rest[i], weight[i]);
+            }
+            return sum;
+        });
+    }
+};
+
+const FirstStage<128> g_speechFirst([](int k) { return kLsfFirst[k]; });
+const FirstStage<32> g_noiseFirst([](int k) { return kLsfFirst[kNoiseFirst[k]]; });
+const SecondStage<32> g_speechSecond([](int k, int i) { return kLsfSecond[k][i]; });
+const SecondStage<16> g_noiseSecond([](int k, int i) {
+    return kLsfSecond[i < kHalf ? kNoiseLower[k] : kNoiseUpper[k]][i];
+});
+
+// Chooses index[1..] for one predictor's target. left is what a first stage leaves.
 void chooseSpeech(const Vek16s* target, const LsfPredictor& predictor, const int* weight, Vek16s* index) {
-    index[1] = static_cast<Vek16s>(nearest(target, 128, [](int k) { return kLsfFirst[k]; }));
+    index[1] = static_cast<Vek16s>(g_speechFirst.nearest(target));
     int left[kOrder];
     for (int i = 0; i < kOrder; ++i) {
         left[i] = target[i] - kLsfFirst[index[1]][i];
     }
     for (int half = 0; half < 2; ++half) {
-        index[2 + half] = static_cast<Vek16s>(
-            least(32, [&](int k) { return weightedHalf(left, kLsfSecond[k], predictor, weight, half * kHalf); }));
+        index[2 + half] = static_cast<Vek16s>(g_speechSecond.nearest(left, predictor, weight, half * kHalf, kHalf));
     }
 }
 
 void chooseNoise(const Vek16s* target, const LsfPredictor& predictor, const int* weight, Vek16s* index) {
-    index[1] = static_cast<Vek16s>(nearest(target, 32, [](int k) { return kLsfFirst[kNoiseFirst[k]]; }));
+    index[1] = static_cast<Vek16s>(g_noiseFirst.nearest(target));
     int left[kOrder];
     for (int i = 0; i < kOrder; ++i) {
         left[i] = target[i] - kLsfFirst[kNoiseFirst[index[1]]][i];
     }
-    index[2] = static_cast<Vek16s>(least(16, [&](int k) {
-        return weightedHalf(left, kLsfSecond[kNoiseLower[k]], predictor, weight, 0) +
-               weightedHalf(left, kLsfSecond[kNoiseUpper[k]], predictor, weight, kHalf);
-    }));
+    index[2] = static_cast<Vek16s>(g_noiseSecond.nearest(left, predictor, weight, 0, kOrder));
 }
 
 template <class Choose, class RowsOf>
@@ -194,8 +269,9 @@ void quantise(const Vek16s* lsf, Vek16s* previous, Vek16s* out, Vek16s* index, i
     for (int p = 0; p < 2; ++p) {
         const LsfPredictor& predictor = predictors[p];
         Vek16s target[kOrder];
+        const Predicted predicted(predictor, previous);
         for (int i = 0; i < kOrder; ++i) {
-            const int64_t rest = int64_t{lsf[i]} * 32768 - predicted(predictor, previous, i);
+            const int64_t rest = int64_t{lsf[i]} * 32768 - predicted.sum[i];
             target[i] = sat16_64((((rest + 0x4000) >> 15) * predictor.inverse[i]) >> 12);
         }
         Vek16s candidate[4] = {static_cast<Vek16s>(p)};
@@ -253,8 +329,9 @@ VekStatus veksLSFDecodeErased_G729_16s(int maIndex, Vek16s* pPrevLSF, const Vek1
     }
     const LsfPredictor& predictor = kLsfPredictors[maIndex];
     Vek16s code[kOrder];
+    const Predicted predicted(predictor, pPrevLSF);
     for (int i = 0; i < kOrder; ++i) {
-        const int64_t rest = int64_t{pSrcQLSF[i]} * 32768 - predicted(predictor, pPrevLSF, i);
+        const int64_t rest = int64_t{pSrcQLSF[i]} * 32768 - predicted.sum[i];
         code[i] = sat16_64((((rest * predictor.inverse[i]) >> 12) + 0x4000) >> 15);
     }
     push(pPrevLSF, code);

@@ -1,12 +1,15 @@
 // Conversions between prediction coefficients, line spectral pairs (the cosine domain) and line spectral frequencies,
 // order 10, in fixed point. The floating point forms are in lspfloat.cpp.
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <cstring>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/linepairs.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/lsptables.h"
+#include "sc/kernels/linepairs.h"
 #include "veksc_g729lp.h"
 
 namespace {
@@ -17,17 +20,17 @@ using namespace vek::g729;
 
 constexpr int kHalf = kOrder / 2;
 
-// Chebyshev series of f (Q10, f[0] = 1.0) at x, Q10 with saturation. The products are those of split words; the sums
-// have room for any coefficients.
+// Chebyshev series of f (Q10, f[0] = 1.0) at x, Q10 with saturation. The products are those of split words: of the
+// upper half and 15 bits of the lower one, cut off; the sums have room for any coefficients.
 inline Vek16s chebyshev(int64_t x, const int64_t* f) {
     int64_t b2 = 1 << 24;
     int64_t t = (x << 10) + f[1] * (1 << 14);
     for (int i = 2; i < kHalf; ++i) {
-        const int64_t next = 4 * ((t >> 16) * x + ((((t >> 1) & 0x7fff) * x) >> 15)) - b2 + f[i] * (1 << 14);
+        const int64_t next = 4 * (((t >> 1) * x) >> 15) + (f[i] * (1 << 14) - b2);
         b2 = t & ~int64_t{1};
         t = next;
     }
-    t = 2 * ((t >> 16) * x + ((((t >> 1) & 0x7fff) * x) >> 15)) - b2 + f[kHalf] * (1 << 13);
+    t = 2 * (((t >> 1) * x) >> 15) + (f[kHalf] * (1 << 13) - b2);
     return sat16_64(t >> 10);
 }
 
@@ -46,18 +49,41 @@ void sumAndDifference(const Vek16s* a, int64_t (*f)[kHalf + 1]) {
     }
 }
 
+// Whether the terms of the series at any point fit 32 bits: those of Clenshaw's recursion are sums of the coefficients
+// times Chebyshev polynomials of the second kind, of order i at most i + 1.
+bool isModest(const int64_t* f) {
+    const int64_t most = 5 * f[0] + 4 * std::abs(f[1]) + 3 * std::abs(f[2]) + 2 * std::abs(f[3]) + std::abs(f[4]);
+    return most < 126 * 1024;
+}
+
 struct Series {
     const int64_t* f;
+    const Vek16s* onGrid;
+
     Vek16s operator()(Vek16s x) const { return chebyshev(x, f); }
+    Vek16s atPoint(int j) const { return onGrid[j]; }
 };
 
 template <int Points, int Bisections>
-VekStatus roots(const Vek16s* a, const Vek16s* previous, const Vek16s (&grid)[Points + 1], Vek16s* lsp) {
+VekStatus roots(const Vek16s* a, const Vek16s* previous, const Vek16s (&grid)[kGridRoom], Vek16s* lsp) {
     int64_t f[2][kHalf + 1];
     sumAndDifference(a, f);
+    Vek16s onGrid[2][kGridRoom];
+    constexpr int room = (Points + 8) / 8 * 8;
+    for (int n = 0; n < 2; ++n) {
+        if (isModest(f[n])) {
+            linePairKernels().series5(grid, room, f[n], onGrid[n]);
+        } else {
+            std::transform(grid, grid + Points + 1, onGrid[n], [&](Vek16s x) { return chebyshev(x, f[n]); });
+        }
+    }
     Vek16s found[kOrder];
     const int count = interlacedRoots<Bisections>(
-        kOrder, Points, [&](int j) { return grid[j]; }, [&](int n) { return Series{f[n & 1]}; }, found);
+        kOrder, Points, [&](int j) { return grid[j]; },
+        [&](int n) {
+            return Series{f[n & 1], onGrid[n & 1]};
+        },
+        found);
     if (count < kOrder) {
         std::memmove(lsp, previous, sizeof found);
         return vekStsUnstableFilter;
@@ -70,9 +96,7 @@ VekStatus roots(const Vek16s* a, const Vek16s* previous, const Vek16s (&grid)[Po
 template <int J, class Sums>
 inline void takeIn(int64_t x, int64_t* f, Sums& sum) {
     if constexpr (J > 1) {
-        const int64_t hi = f[J - 1] >> 16;
-        const int64_t lo = (f[J - 1] >> 1) & 0x7fff;
-        const int64_t twice = sum(4 * (hi * x + ((lo * x) >> 15)));
+        const int64_t twice = sum(4 * (((f[J - 1] >> 1) * x) >> 15));
         f[J] = sum.keep(sum(f[J] + f[J - 2]) - twice);
         takeIn<J - 1>(x, f, sum);
     }
@@ -114,13 +138,50 @@ void coefficients(const Vek16s* lsp, Vek16s* a, Sums& sum) {
 
 constexpr int kLastStep = 63;
 
-// The step of the cosine table whose upper end is not below the pair. The pairs of a frame are visited in rising order,
-// so that it only moves to the front.
-inline int stepOf(Vek16s lsp, int place) {
-    while (kCos[place] < lsp) {
-        --place;
+// The last step of the cosine table that begins at or above the lowest pair of each stretch of 64.
+constexpr int kStretchBits = 6;
+constexpr auto kStepOfStretch = [] {
+    std::array<uint8_t, (65536 >> kStretchBits)> steps{};
+    for (size_t n = 0; n < steps.size(); ++n) {
+        const int lowest = static_cast<int>(n << kStretchBits) - 32768;
+        int place = kLastStep;
+        while (kCos[place] < lowest) {
+            --place;
+        }
+        steps[n] = static_cast<uint8_t>(place);
     }
-    return place;
+    return steps;
+}();
+
+// The last step that begins at or above the pair, but none behind `last`: the pairs of a frame are visited in rising
+// order. No stretch of 64 holds more than one beginning that a pair can exceed.
+inline int stepOf(int lsp, int last) {
+    int place = kStepOfStretch[static_cast<size_t>((lsp + 32768) >> kStretchBits)];
+    place -= kCos[place] < lsp ? 1 : 0;
+    return std::min(place, last);
+}
+
+// A step of the cosine, and its chord. Frequencies behind the last step go on from there.
+struct CosineStep {
+    Vek16s begin;
+    Vek16s slope;
+};
+constexpr int kRadian = 20861; // steps of 1/256 in a radian, Q13: 2^17 / 2 pi
+constexpr auto kCosineSteps = [] {
+    std::array<CosineStep, ((32767 * kRadian) >> 23) + 1> steps{};
+    for (size_t n = 0; n < steps.size(); ++n) {
+        const int place = std::min(static_cast<int>(n), kLastStep);
+        steps[n] = {kCos[place], kCosSlope[place]};
+    }
+    return steps;
+}();
+
+bool anyNegative(const Vek16s* v) {
+    uint64_t words[2];
+    uint32_t rest = 0;
+    std::memcpy(words, v, sizeof words);
+    std::memcpy(&rest, v + kOrder - 2, sizeof rest);
+    return ((words[0] | words[1] | rest) & 0x8000800080008000U) != 0;
 }
 
 } // namespace
@@ -163,11 +224,12 @@ VekStatus veksLSPToLSF_Norm_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF) {
         return vekStsNullPtrErr;
     }
     int place = kLastStep;
+#pragma GCC unroll 10
     for (int i = kOrder - 1; i >= 0; --i) {
         place = stepOf(pSrcLSP[i], place);
         // Difference and slope are negative or 0: sums saturate upwards alone.
-        const int within = kAcosSlope[place] * std::max(pSrcLSP[i] - kCos[place], -32768);
-        pDstLSF[i] = static_cast<Vek16s>(std::min(place * 256 + ((within + 0x800) >> 12), 32767));
+        const int within = kAcosSlope[place] * std::max(pSrcLSP[i] - kCos[place], -32768) + place * (1 << 20);
+        pDstLSF[i] = static_cast<Vek16s>(std::min((within + 0x800) >> 12, 32767));
     }
     return vekStsNoErr;
 }
@@ -190,19 +252,15 @@ VekStatus veksLSFToLSP_G729_16s(const Vek16s* pSrcLSF, Vek16s* pDstLSP) {
     if (anyNull(pSrcLSF, pDstLSP)) {
         return vekStsNullPtrErr;
     }
-    constexpr int kSteps = 20861; // steps of 1/256 in a radian: 2^17 / 2 pi
-    Vek16s lsp[kOrder];
-    int signs = 0;
-    for (int i = 0; i < kOrder; ++i) {
-        signs |= pSrcLSF[i];
-        const int frequency = ((pSrcLSF[i] & 0x7fff) * kSteps) >> 15;
-        const int place = std::min(frequency >> 8, kLastStep);
-        // The last line falls below -1.
-        lsp[i] = sat16(kCos[place] + ((kCosSlope[place] * (frequency & 0xff)) >> 12));
-    }
-    if (signs < 0) {
+    if (anyNegative(pSrcLSF)) {
         return vekStsRangeErr;
     }
-    std::memcpy(pDstLSP, lsp, sizeof lsp);
+#pragma GCC unroll 10
+    for (int i = 0; i < kOrder; ++i) {
+        const int frequency = (pSrcLSF[i] * kRadian) >> 15;
+        const CosineStep step = kCosineSteps[static_cast<size_t>(frequency >> 8)];
+        // The last line falls below -1.
+        pDstLSP[i] = static_cast<Vek16s>(std::max(step.begin + ((step.slope * (frequency & 0xff)) >> 12), -32768));
+    }
     return vekStsNoErr;
 }

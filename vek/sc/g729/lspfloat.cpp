@@ -31,7 +31,7 @@ struct Series {
 };
 
 template <int Points, int Bisections>
-VekStatus roots(const float* a, const float* previous, const Vek16s (&grid)[Points + 1], float* lsp) {
+VekStatus roots(const float* a, const float* previous, const Vek16s (&grid)[kGridRoom], float* lsp) {
     constexpr float kUnit = 1.0F / 32768;
     float f[2][kHalf + 1] = {{1}, {1}};
     for (int i = 0; i < kHalf; ++i) {

@@ -27,16 +27,16 @@ constexpr Vek16s kLeastSharpness = 3277; // 0.2, Q14
 constexpr Vek16s kMostSharpness = 13017; // 0.7945
 
 // Each track's place where residual and correlation together are largest.
-Choice peaks(const Vek16s* d, const Vek16s* residual) {
+FourPulses peaks(const Vek16s* d, const Vek16s* residual) {
     Vek16s weighed[kSub];
     Vek16s sign[kSub];
     int8_t lanes[kTracks];
     std::copy_n(d, kSub, weighed);
     pulses::signsAndPeaks(residual, weighed, sign, lanes);
-    Choice choice;
+    FourPulses choice{{}, 3};
     choice.last = abs_s(d[lanes[4] * kTracks + 4]) > abs_s(d[lanes[3] * kTracks + 3]) ? 4 : 3;
     for (int n = 0; n < 4; ++n) {
-        const int track = choice.track(n);
+        const int track = trackOf(choice, n);
         const int position = lanes[track] * kTracks + track;
         choice.at[n] = position / kTracks;
     }
@@ -50,17 +50,11 @@ void search(const Vek16s* target, const Vek16s* residual, const Vek16s* h, Vek16
     Vek16s matrix[kMatrix];
     veksCrossCorr_NormM_16s(target, h, kSub, d);
     veksToeplizMatrix_G729_16s(h, matrix);
-    const Search<Vek16s, Vek16s> pulseSearch(d, matrix);
-    const Choice fromPeaks = pulseSearch.replaced(peaks(d, residual));
-    const Choice fromDepth = pulseSearch.replaced(pulseSearch.depthFirst());
-    Best best = pulseSearch.merit(fromDepth);
-    const Best other = pulseSearch.merit(fromPeaks);
-    const bool peaksWin = other.square * best.energy > best.square * other.energy;
-    const Choice& found = peaksWin ? fromPeaks : fromDepth;
-    pulseSearch.deliver(found, code, index);
+    const FourPulses found = fourPulseKernels().replaced(d, matrix, peaks(d, residual));
+    deliver(found, d, code, index);
     std::fill_n(filtered, kSub, Vek16s{0});
     for (int n = 0; n < 4; ++n) {
-        const int at = found.position(n);
+        const int at = positionOf(found, n);
         pulses::addResponse(h, at, code[at] > 0, filtered);
     }
 }

@@ -36,21 +36,13 @@ int32_t vek::g7291::timeEnvelope(const int16_t* x) {
 }
 
 void vek::g7291::frequencyEnvelope(const int16_t* x, int16_t* envelope) {
-    const CorrKernels& kernels = corrKernels();
-    const auto used = static_cast<int16_t>(kernels.usedBits16(x, kAnalysis));
-    const int shift = used > 0 ? fix::norm_s(used) : 15;
-    alignas(32) int16_t spectrum[kAnalysis];
-    kernels.shift16(x, spectrum, kAnalysis, shift);
-    kernels.window16(spectrum, g_window.data(), spectrum, kAnalysis);
-    transformKernels().fft128(spectrum);
-    // The sums of 64 points at every line are those of 128 at every other one.
-    const auto power = [&](int line) {
-        const int32_t re = spectrum[4 * line];
-        const int32_t im = line > 0 ? spectrum[4 * line + 1] : 0;
-        return int64_t{re} * re + int64_t{im} * im;
-    };
-    // The transform divides by 2^7; the doubled sum takes half of a unit.
-    const int offset = (7 - shift) * kEnvelopeOne - kEnvelopeOne / 2;
+    constexpr int lines = 32;
+    alignas(32) int32_t re[lines];
+    alignas(32) int32_t im[lines];
+    const int shift = transformKernels().foldedFft64(x, g_window.data(), re, im);
+    const auto power = [&](int line) { return int64_t{re[line]} * re[line] + int64_t{im[line]} * im[line]; };
+    // The window is in Q15; the doubled sum takes half of a unit.
+    const int offset = -(15 + shift) * kEnvelopeOne - kEnvelopeOne / 2;
     int64_t left = power(0);
     for (int j = 0; j < kBands; ++j) {
         const int64_t right = power(2 * j + 2);

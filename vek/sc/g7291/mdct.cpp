@@ -3,7 +3,6 @@
 // behind the point as the frame allows; backward 11.
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
@@ -18,9 +17,7 @@ using namespace vek;
 namespace {
 
 constexpr int kSize = 160;
-constexpr int kHalf = kSize / 2;
 constexpr int kFraction = 11;
-constexpr int kTransformBits = 26;
 constexpr int kMostForwardNorm = 11;
 constexpr int kMostHeadroom = 8;
 constexpr int kMostNorm = 15;
@@ -77,39 +74,16 @@ VekStatus veksMDCTFwd_G7291_16s(const Vek16s* pSrc, Vek16s* pSrcDst, int* pNormF
     if (headroom < 0 || headroom > kMostHeadroom) {
         return vekStsRangeErr;
     }
-    int64_t folded[kSize];
-    int64_t used = 0;
-    const auto& w = g_window;
-    for (int n = 0; n < kHalf; ++n) {
-        const auto i = static_cast<size_t>(n);
-        const int64_t fresh =
-            -pSrc[kHalf - 1 - n] * int64_t{w[i + kHalf]} - pSrc[kHalf + n] * int64_t{w[kHalf - 1 - i]};
-        const int64_t old = pSrcDst[n] * int64_t{w[i]} - pSrcDst[kSize - 1 - n] * int64_t{w[kSize - 1 - i]};
-        folded[n] = fresh;
-        folded[kHalf + n] = old;
-        used |= std::abs(fresh) | std::abs(old);
-    }
-    std::copy_n(pSrc, kSize, pSrcDst);
-    const int excess = std::max(static_cast<int>(std::bit_width(static_cast<uint64_t>(used))) - kTransformBits, 0);
-    const int64_t roundUp = (int64_t{1} << excess) >> 1;
+    const TransformKernels& kernels = transformKernels();
     alignas(32) int32_t u[kSize];
-    for (int n = 0; n < kSize; ++n) {
-        u[n] = static_cast<int32_t>((folded[n] + roundUp) >> excess);
-    }
-    transformKernels().dct160(u, u);
-    int32_t largest = 0;
-    for (const int32_t v : u) {
-        largest = std::max(largest, std::abs(v));
-    }
+    const int excess = kernels.mdct160(pSrc, pSrcDst, g_window.data(), u);
+    std::copy_n(pSrc, kSize, pSrcDst);
+    const int32_t largest = kernels.largest(u, kSize);
     // A sample of 26 bits has a coefficient of 22 or more: there is something to shift away.
     const int fraction = kWindowBits - excess;
     const int room = fix::norm_l(largest);
     const int norm = largest == 0 ? 0 : std::min(room - (16 - fraction) - headroom, kMostForwardNorm);
-    const int shift = fraction - norm;
-    const int32_t half = 1 << (shift - 1);
-    for (int k = 0; k < kSize; ++k) {
-        pMDCTCoeffs[k] = fix::sat16((u[k] + half) >> shift);
-    }
+    kernels.narrow(u, kSize, fraction - norm, pMDCTCoeffs);
     *pNormFactor = norm;
     return vekStsNoErr;
 }
@@ -125,16 +99,7 @@ VekStatus veksMDCTInv_G7291_16s(const Vek16s* pMDCTCoeffs, Vek16s* pMDCTPrevCoef
     for (int k = 0; k < kSize; ++k) {
         u[k] = pMDCTCoeffs[k] * (1 << kFraction);
     }
-    transformKernels().dct160(u, u);
-    const int shift = kWindowBits + kFraction + normFactor;
-    const auto& w = g_window;
-    for (int n = 0; n < kSize; ++n) {
-        const auto i = static_cast<size_t>(n);
-        const int64_t now = n < kHalf ? u[kHalf + n] : -int64_t{u[kSize + kHalf - 1 - n]};
-        const int64_t next = n < kHalf ? -int64_t{u[kHalf - 1 - n]} : -int64_t{u[n - kHalf]};
-        pDst[n] = fix::sat16_64(pMDCTPrevCoeffs[n] + rounded(w[i] * now, shift));
-        pMDCTPrevCoeffs[n] = fix::sat16_64(rounded(w[kSize - 1 - i] * next, shift));
-    }
+    transformKernels().mdctInverse160(u, pMDCTPrevCoeffs, g_window.data(), kFraction + normFactor, pDst);
     return vekStsNoErr;
 }
 

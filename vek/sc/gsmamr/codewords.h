@@ -1,4 +1,4 @@
-// Words of the bit stream for the pulses of the algebraic codebook, both ways: TS 26.090 5.7 and 7.
+// Words of the bit stream for the pulses of the algebraic codebook: TS 26.090 5.7. fixeddecode.cpp reads them.
 #pragma once
 
 #include "sc/common/pulsesearch.h"
@@ -7,19 +7,14 @@ namespace vek::gsmamr {
 
 using pulses::PulsesFound;
 
+// First tracks of the two pulses of 9 bits by subframe, for both values of the choosing bit.
+constexpr int kPairTracks[2][4][2] = {{{0, 2}, {0, 3}, {0, 2}, {0, 3}}, {{1, 3}, {2, 4}, {1, 4}, {1, 4}}};
+
 void encodePair9(const PulsesFound& found, int subFrame, Vek16s* words);
 void encodePair11(const PulsesFound& found, Vek16s* words);
 void encodeThree14(const PulsesFound& found, Vek16s* words);
 void encodeFour17(const PulsesFound& found, Vek16s* words);
 void encodeEight31(const PulsesFound& found, Vek16s* words);
 void encodeTen35(const PulsesFound& found, Vek16s* words);
-
-// The vector is all zero before.
-void decodePair9(const Vek16s* words, int subFrame, Vek16s* vector);
-void decodePair11(const Vek16s* words, Vek16s* vector);
-void decodeThree14(const Vek16s* words, Vek16s* vector);
-void decodeFour17(const Vek16s* words, Vek16s* vector);
-void decodeEight31(const Vek16s* words, Vek16s* vector);
-void decodeTen35(const Vek16s* words, Vek16s* vector);
 
 } // namespace vek::gsmamr

@@ -121,7 +121,7 @@ VekStatus veksEncDTXSID_GSMAMR_16s(const Vek16s* pSrcLspBuffer, const Vek16s* pS
         lsp[i] = extract_l(sums[i] >> 3);
     }
     veksLSPToLSF_Norm_G729_16s(lsp, lsf);
-    keepApart(lsf);
+    keepApart<kOrder>(lsf, kLsfGap);
     lsfToLsp(lsf, lsp);
     Vek16s residual[kOrder] = {};
     Vek16s quantised[kOrder];

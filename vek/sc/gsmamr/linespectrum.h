@@ -1,25 +1,16 @@
 // Line spectra of AMR as the quantiser and the frames of silence share them.
 #pragma once
 
+#include "sc/common/spacing.h"
 #include "sc/g729/lsptables.h"
 #include "sc/gsmamr/rates.h"
 
 namespace vek::gsmamr {
 
-constexpr Vek16s kLsfGap = 205; // 50 Hz
+constexpr Vek16s kLsfGap = 205; // 50 Hz, Q15 of the sampling rate
 
-// Brings frequencies (Q15 of the sampling rate) into order with the least distance between them.
-void keepApart(Vek16s* lsf);
-
-// The pair (Q15) of a frequency from 0 to 2^14, half the sampling rate.
-inline Vek16s lspOf(int frequency) {
-    const int step = frequency >> 8;
-    // The last step has no next one, and nothing lies within it.
-    const int rise = g729::kCos[step + 1 - (step >> 6)] - g729::kCos[step];
-    return static_cast<Vek16s>(g729::kCos[step] + (rise * (frequency & 0xff) >> 8));
-}
-
-// Pairs (Q15) of frequencies; those beyond half the sampling rate, which a damaged history may give, count as it.
+// Pairs (Q15) of frequencies; those beyond half the sampling rate, which a damaged history may give, count as it, and
+// those below 0 as 0.
 void lsfToLsp(const Vek16s* lsf, Vek16s* lsp);
 
 // Quantiser in three parts, for all rates but 12.2. In frames of silence *start receives the start residual; else it is

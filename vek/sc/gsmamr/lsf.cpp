@@ -1,14 +1,49 @@
 // Line spectral frequencies: their cosines, and the interpolation between two frames.
 #include <algorithm>
+#include <cstring>
 
-#include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/gsmamr/linespectrum.h"
 #include "veksc_gsmamr.h"
 
 using namespace vek;
-using namespace vek::fix;
+using vek::g729::kCos;
 using vek::g729::kOrder;
+
+namespace {
+
+constexpr int kHalf = 16384; // of the sampling rate
+
+// Whether all are from 0 to below half the sampling rate: the upper two bits of each are zero.
+bool allBelowHalf(const Vek16s* lsf) {
+    uint64_t four[2];
+    uint32_t two = 0;
+    std::memcpy(four, lsf, sizeof four);
+    std::memcpy(&two, lsf + 8, sizeof two);
+    return ((four[0] | four[1] | two) & 0xc000c000c000c000) == 0;
+}
+
+// The pair (Q15) of a frequency from 0 to below half the sampling rate.
+Vek16s pairBelowHalf(int frequency) {
+    const int step = frequency >> 8;
+    const int rise = kCos[step + 1] - kCos[step];
+    return static_cast<Vek16s>(kCos[step] + ((rise * (frequency & 0xff)) >> 8));
+}
+
+} // namespace
+
+void vek::gsmamr::lsfToLsp(const Vek16s* lsf, Vek16s* lsp) {
+    if (allBelowHalf(lsf)) [[likely]] {
+#pragma GCC unroll 10
+        for (int i = 0; i < kOrder; ++i) {
+            lsp[i] = pairBelowHalf(lsf[i]);
+        }
+        return;
+    }
+    for (int i = 0; i < kOrder; ++i) {
+        lsp[i] = lsf[i] >= kHalf ? kCos[64] : pairBelowHalf(std::max<int>(lsf[i], 0));
+    }
+}
 
 VekStatus veksInterpolate_GSMAMR_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len) {
     if (anyNull(pSrc1, pSrc2, pDst)) {
@@ -18,24 +53,23 @@ VekStatus veksInterpolate_GSMAMR_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, V
         return vekStsSizeErr;
     }
     for (int i = 0; i < len; ++i) {
-        pDst[i] = sat16((pSrc1[i] >> 2) + (pSrc2[i] - (pSrc2[i] >> 2)));
+        // A quarter and three quarters never leave 16 bits.
+        pDst[i] = static_cast<Vek16s>((pSrc1[i] >> 2) + (pSrc2[i] - (pSrc2[i] >> 2)));
     }
     return vekStsNoErr;
 }
 
 VekStatus veksLSFToLSP_GSMAMR_16s(const Vek16s* pLSF, Vek16s* pLSP) {
-    constexpr unsigned half = 16384;
     if (anyNull(pLSF, pLSP)) {
         return vekStsNullPtrErr;
     }
-    Vek16s lsp[kOrder];
-    for (int i = 0; i < kOrder; ++i) {
-        const int frequency = pLSF[i];
-        if (static_cast<unsigned>(frequency) > half) {
-            return vekStsRangeErr;
+    if (!allBelowHalf(pLSF)) [[unlikely]] {
+        for (int i = 0; i < kOrder; ++i) {
+            if (pLSF[i] < 0 || pLSF[i] > kHalf) {
+                return vekStsRangeErr;
+            }
         }
-        lsp[i] = gsmamr::lspOf(frequency);
     }
-    std::copy_n(lsp, kOrder, pLSP);
+    gsmamr::lsfToLsp(pLSF, pLSP);
     return vekStsNoErr;
 }

@@ -63,19 +63,23 @@ void conceal(Rate rate, const Vek16s* previous, Vek16s* residual, Vek16s* lsf) {
     }
 }
 
+// A row of three elements has one more, which the next row covers. No sum of row, mean and prediction leaves 16 bits.
 void decodeBy3(Rate rate, const Vek16s* index, Vek16s* residual, Vek16s* lsf) {
+    constexpr size_t rowSize = 4 * sizeof(Vek16s);
     const bool lowest = rate == Rate::R475 || rate == Rate::R515;
-    if (rate == Rate::Dtx) {
-        std::memcpy(residual, kLsf3Start[*index++], sizeof kLsf3Start[0]);
-    }
-    Vek16s rest[kOrder];
-    std::memcpy(rest, (rate == Rate::R795 ? kLsf3Low795 : kLsf3Low)[index[0]], 3 * sizeof(Vek16s));
-    std::memcpy(rest + 3, (lowest ? kLsf3MiddleHalf : kLsf3Middle)[index[1]], 3 * sizeof(Vek16s));
-    std::memcpy(rest + 6, (lowest ? kLsf3High515 : kLsf3High)[index[2]], 4 * sizeof(Vek16s));
+    const bool noise = rate == Rate::Dtx;
+    Vek16s predicted[kOrder];
     for (int i = 0; i < kOrder; ++i) {
-        lsf[i] = add(rest[i], add(kLsf3Mean[i], share(rate, residual, i)));
+        const int share = noise ? kLsf3Start[index[0]][i] : (residual[i] * kLsf3Predictor[i]) >> 15;
+        predicted[i] = static_cast<Vek16s>(kLsf3Mean[i] + share);
     }
-    std::memcpy(residual, rest, sizeof rest);
+    index += noise ? 1 : 0;
+    std::memcpy(residual, (rate == Rate::R795 ? kLsf3Low795 : kLsf3Low)[index[0]], rowSize);
+    std::memcpy(residual + 3, (lowest ? kLsf3MiddleHalf : kLsf3Middle)[index[1]], rowSize);
+    std::memcpy(residual + 6, (lowest ? kLsf3High515 : kLsf3High)[index[2]], rowSize);
+    for (int i = 0; i < kOrder; ++i) {
+        lsf[i] = static_cast<Vek16s>(residual[i] + predicted[i]);
+    }
 }
 
 void decodeBy5(const Vek16s* index, Vek16s* residual, Vek16s (*lsf)[kOrder]) {
@@ -93,12 +97,12 @@ void decodeBy5(const Vek16s* index, Vek16s* residual, Vek16s (*lsf)[kOrder]) {
     }
 }
 
+// Halves of a and b, or a quarter of a and three quarters of b; neither leaves 16 bits.
 Vek16s half(Vek16s a, Vek16s b) {
-    return add(shr(a, 1), shr(b, 1));
+    return static_cast<Vek16s>((a >> 1) + (b >> 1));
 }
-// A quarter of a and three quarters of b.
 Vek16s quarter(Vek16s a, Vek16s b) {
-    return add(shr(a, 2), sub(b, shr(b, 2)));
+    return static_cast<Vek16s>((a >> 2) + (b - (b >> 2)));
 }
 
 } // namespace
@@ -129,26 +133,27 @@ VekStatus veksQuantLSPDecode_GSMAMR_16s(const Vek16s* pSrcIndex, Vek16s* pSrcDst
         decodeBy3(rate, pSrcIndex, pSrcDstPrevQLsfResidual, lsf[1]);
     }
     Vek16s lsp[2][kOrder];
-    const int sets = rate == Rate::R1220 ? 2 : 1;
-    for (int set = 2 - sets; set < 2; ++set) {
-        keepApart(lsf[set]);
+    const bool twice = rate == Rate::R1220;
+    for (int set = twice ? 0 : 1; set < 2; ++set) {
+        keepApart<kOrder>(lsf[set], kLsfGap);
         lsfToLsp(lsf[set], lsp[set]);
     }
-    const Vek16s* old = pSrcDstPrevQLsp;
-    Vek16s out[4][kOrder];
-    for (int i = 0; i < kOrder; ++i) {
-        if (sets == 2) {
-            out[0][i] = half(lsp[0][i], old[i]);
-            out[1][i] = lsp[0][i];
-            out[2][i] = half(lsp[0][i], lsp[1][i]);
-        } else {
-            out[0][i] = quarter(lsp[1][i], old[i]);
-            out[1][i] = half(old[i], lsp[1][i]);
-            out[2][i] = quarter(old[i], lsp[1][i]);
+    Vek16s old[kOrder];
+    std::memcpy(old, pSrcDstPrevQLsp, sizeof old);
+    if (twice) {
+        for (int i = 0; i < kOrder; ++i) {
+            pDstQLsp[i] = half(lsp[0][i], old[i]);
+            pDstQLsp[kOrder + i] = lsp[0][i];
+            pDstQLsp[2 * kOrder + i] = half(lsp[0][i], lsp[1][i]);
         }
-        out[3][i] = lsp[1][i];
+    } else {
+        for (int i = 0; i < kOrder; ++i) {
+            pDstQLsp[i] = quarter(lsp[1][i], old[i]);
+            pDstQLsp[kOrder + i] = half(old[i], lsp[1][i]);
+            pDstQLsp[2 * kOrder + i] = quarter(old[i], lsp[1][i]);
+        }
     }
-    std::memcpy(pDstQLsp, out, sizeof out);
+    std::memcpy(pDstQLsp + 3 * kOrder, lsp[1], sizeof lsp[1]);
     std::memcpy(pSrcDstPrevQLsf, lsf[1], sizeof lsf[1]);
     std::memcpy(pSrcDstPrevQLsp, lsp[1], sizeof lsp[1]);
     return vekStsNoErr;

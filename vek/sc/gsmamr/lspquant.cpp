@@ -119,7 +119,7 @@ void finish(const Vek16s* residual, const Vek16s* predicted, Vek16s* quantised) 
     for (int i = 0; i < kOrder; ++i) {
         lsf[i] = add(residual[i], predicted[i]);
     }
-    keepApart(lsf);
+    keepApart<kOrder>(lsf, kLsfGap);
     lsfToLsp(lsf, quantised);
 }
 
@@ -150,20 +150,6 @@ void quantiseBy5(const Vek16s* lsp, Vek16s* residual, Vek16s* quantised, Vek16s*
 }
 
 } // namespace
-
-void keepApart(Vek16s* lsf) {
-    Vek16s lowest = kLsfGap;
-    for (int i = 0; i < kOrder; ++i) {
-        lsf[i] = lsf[i] < lowest ? lowest : lsf[i];
-        lowest = add(lsf[i], kLsfGap);
-    }
-}
-
-void lsfToLsp(const Vek16s* lsf, Vek16s* lsp) {
-    for (int i = 0; i < kOrder; ++i) {
-        lsp[i] = lspOf(std::clamp<int>(lsf[i], 0, 1 << 14));
-    }
-}
 
 void quantiseBy3(Rate rate, const Vek16s* lsp, Vek16s* residual, Vek16s* quantised, Vek16s* index, Vek16s* start) {
     const bool lowest = rate == Rate::R475 || rate == Rate::R515;

@@ -27,29 +27,17 @@ constexpr Vek16s kLeastCorrelation = 13106; // 0.4
 
 void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
     Vek16s x[kFrame];
-    Vek16s m0 = s.filter5[0][0];
-    Vek16s m1 = s.filter5[0][1];
-    for (int i = 0; i < kFrame; i += 2) {
-        const Vek16s a = allPass(static_cast<Vek16s>(in[i] >> 2), m0, kFilter5First);
-        const Vek16s b = allPass(static_cast<Vek16s>(in[i + 1] >> 2), m1, kFilter5Second);
-        x[i] = add(a, b);
-        x[i + 1] = sub(a, b);
+    for (int i = 0; i < kFrame; ++i) {
+        x[i] = static_cast<Vek16s>(in[i] >> 2);
     }
-    s.filter5[0][0] = m0;
-    s.filter5[0][1] = m1;
-    for (int i = 0; i < kFrame; i += 4) {
-        split5(x[i], x[i + 2], s.filter5[1]);
-        split5(x[i + 1], x[i + 3], s.filter5[2]);
-    }
-    for (int i = 0; i < kFrame; i += 8) {
-        split3(x[i], x[i + 4], s.filter3[0]);
-        split3(x[i + 2], x[i + 6], s.filter3[1]);
-        split3(x[i + 3], x[i + 7], s.filter3[4]);
-    }
-    for (int i = 0; i < kFrame; i += 16) {
-        split3(x[i], x[i + 8], s.filter3[2]);
-        split3(x[i + 4], x[i + 12], s.filter3[3]);
-    }
+    splitBand5<kFrame, 0>(x, 1, s.filter5[0]);
+    splitBand5<kFrame>(x, 2, s.filter5[1]);
+    splitBand5<kFrame - 1>(x + 1, 2, s.filter5[2]);
+    splitBand3<kFrame>(x, 4, s.filter3[0]);
+    splitBand3<kFrame - 2>(x + 2, 4, s.filter3[1]);
+    splitBand3<kFrame - 3>(x + 3, 4, s.filter3[4]);
+    splitBand3<kFrame>(x, 8, s.filter3[2]);
+    splitBand3<kFrame - 4>(x + 4, 8, s.filter3[3]);
     struct Band {
         int ahead, step, first, scale;
     };

@@ -26,8 +26,9 @@ VekStatus veksHighPassFilter_GSMFR_16s(const Vek16s* pSrc, Vek16s* pDst, int len
         const int32_t scaled = (pSrc[i] >> 3) * 4;
         const int32_t step = scaled - past;
         past = scaled;
-        // The pole's product in two words, the lower one rounded, is the rounded product of the whole.
-        const int64_t next = ((int64_t{sum} * kOffsetPole + 0x4000) >> 15) + step * 32768;
+        // The pole's product in two words, the lower one rounded, is the rounded product of the whole. What is added is
+        // whole after the shift.
+        const int64_t next = (int64_t{sum} * kOffsetPole + (step * (int64_t{1} << 30) + 0x4000)) >> 15;
         sum = static_cast<int32_t>(next);
         if (sum != next) [[unlikely]] {
             sum = sat32(next);

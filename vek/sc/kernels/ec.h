@@ -27,6 +27,9 @@ struct EcKernels {
     void (*learnSat)(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift);
     // c[k] += conj(x[k]) * g[k]
     void (*learn32fc)(const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len);
+    // dst[j] = src[n - 1 - j], apart from each other.
+    void (*turn16)(const int16_t* src, int16_t* dst, int n);
+    void (*turn32f)(const float* src, float* dst, int n);
 };
 
 VEK_KERNEL_PICK(EcKernels, ecKernels)
@@ -43,6 +46,7 @@ struct FoldKernels {
     // dst[i] = src[i] * factor to the nearest, saturated.
     void (*round32)(const double* src, double factor, int32_t* dst, int n);
     void (*round16)(const double* src, double factor, int16_t* dst, int n);
+    void (*widen16)(const int16_t* src, double* dst, int n);
 };
 
 VEK_KERNEL_PICK(FoldKernels, foldKernels)

@@ -8,9 +8,20 @@
 
 namespace vek {
 
-// Elements of the vectors of `predict` and `reflect`; those behind the data are zero.
+// Elements of the vectors of `predict`; those behind the data are zero.
 constexpr int kPredictSpan = 64;
 constexpr int kPredictCoeffs = kPredictSpan + 16;
+
+// A prediction filter of an order on the way to a higher one: coefficients with q fraction bits, zeros behind them, the
+// same from the last one on, the energy that they leave, and the first reflection, Q15.
+struct Levinson {
+    int16_t forward[kPredictCoeffs];
+    int16_t backward[kPredictCoeffs];
+    int order;
+    int q;
+    int32_t energy;
+    int16_t first;
+};
 
 // Left shifts that a mantissa of 14 bits can have at most.
 constexpr int kG728MostShifts = 15;
@@ -32,9 +43,9 @@ struct G728Kernels {
     void (*poleZeroRest)(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit);
     // y[k] = x[10+k] + sum of c[i] * x[9+k-i], i = 0..9, Q13, rounded and saturated; k = 0..4.
     void (*zeros)(const int16_t* c, const int16_t* x, int16_t* y);
-    // aOut[i] = a[i] + mult_r(k, back[i]) and backOut[i] = back[i] + mult_r(k, a[i]) for the first m elements, whole
-    // groups of 16 being written; false if a sum needed more than 16 bits. k is above -32768.
-    bool (*reflect)(const int16_t* a, const int16_t* back, int m, int16_t k, int16_t* aOut, int16_t* backOut);
+    // Levinson's recursion to an order, or up to a step that finds no reflection below 1 or coefficients that need more
+    // than 16 bits. rBack[i] = r[order - i], i = 0..order-1, with kPredictSpan zeros behind; all are above -32768.
+    void (*recurse)(Levinson& filter, const int16_t* rBack, int order);
     // Energies in Q5 of n shapes (a multiple of 8) through the impulse response h, 5 samples, Q13. A shape book holds
     // for all shapes the first two samples in turn, then the next two, then the last one and 0.
     void (*energies)(const int16_t* book, int n, const int16_t* h, int16_t* energy);

@@ -334,8 +334,24 @@ void learn32fc(const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len) {
     }
 }
 
+template <typename T>
+VEK_INLINE void turn(const T* __restrict src, T* __restrict dst, int n) {
+    for (int j = 0; j < n; ++j) {
+        dst[j] = src[n - 1 - j];
+    }
+}
+
+void turn16(const int16_t* src, int16_t* dst, int n) {
+    turn(src, dst, n);
+}
+
+void turn32f(const float* src, float* dst, int n) {
+    turn(src, dst, n);
+}
+
 } // namespace
 
-VEK_KERNEL_TABLE(EcKernels, ecKernels) = {learn32f, learn16, firLow, firWide, learnLow, learnSat, learn32fc};
+VEK_KERNEL_TABLE(EcKernels, ecKernels) = {learn32f, learn16,   firLow, firWide, learnLow,
+                                          learnSat, learn32fc, turn16, turn32f};
 
 } // namespace vek

@@ -40,9 +40,10 @@ template <typename T>
 VEK_INLINE Four<T> operator*(Four<T> a, Four<T> b) {
     return {{a.v[0] * b.v[0], a.v[1] * b.v[1], a.v[2] * b.v[2], a.v[3] * b.v[3]}};
 }
+// The numbers from the first of `next`, which follows a, downwards.
 template <typename T>
-VEK_INLINE Four<T> reversed(Four<T> a) {
-    return {{a.v[3], a.v[2], a.v[1], a.v[0]}};
+VEK_INLINE Four<T> downFrom(Four<T> next, Four<T> a) {
+    return {{next.v[0], a.v[3], a.v[2], a.v[1]}};
 }
 template <typename T>
 VEK_INLINE void loadPairs(const T* p, Four<T>& even, Four<T>& odd) {
@@ -90,8 +91,10 @@ VEK_INLINE F4 operator-(F4 a, F4 b) {
 VEK_INLINE F4 operator*(F4 a, F4 b) {
     return {_mm_mul_ps(a.v, b.v)};
 }
-VEK_INLINE F4 reversed(F4 a) {
-    return {_mm_shuffle_ps(a.v, a.v, 0x1b)};
+// The numbers from the first of `next`, which follows a, downwards.
+VEK_INLINE F4 downFrom(F4 next, F4 a) {
+    const __m128 all = _mm_move_ss(a.v, next.v);
+    return {_mm_shuffle_ps(all, all, 0x6c)};
 }
 VEK_INLINE void loadPairs(const float* p, F4& even, F4& odd) {
     const __m128 a = _mm_loadu_ps(p);
@@ -131,8 +134,8 @@ VEK_INLINE D4 operator-(D4 a, D4 b) {
 VEK_INLINE D4 operator*(D4 a, D4 b) {
     return {_mm_mul_pd(a.lo, b.lo), _mm_mul_pd(a.hi, b.hi)};
 }
-VEK_INLINE D4 reversed(D4 a) {
-    return {_mm_shuffle_pd(a.hi, a.hi, 1), _mm_shuffle_pd(a.lo, a.lo, 1)};
+VEK_INLINE D4 downFrom(D4 next, D4 a) {
+    return {_mm_shuffle_pd(next.lo, a.hi, 2), _mm_shuffle_pd(a.hi, a.lo, 2)};
 }
 VEK_INLINE void loadPairs(const double* p, D4& even, D4& odd) {
     const D4 a = load(p);
@@ -175,8 +178,8 @@ VEK_INLINE D4 operator-(D4 a, D4 b) {
 VEK_INLINE D4 operator*(D4 a, D4 b) {
     return {_mm256_mul_pd(a.v, b.v)};
 }
-VEK_INLINE D4 reversed(D4 a) {
-    return {_mm256_permute4x64_pd(a.v, 0x1b)};
+VEK_INLINE D4 downFrom(D4 next, D4 a) {
+    return {_mm256_permute4x64_pd(_mm256_blend_pd(a.v, next.v, 1), 0x6c)};
 }
 VEK_INLINE void loadPairs(const double* p, D4& even, D4& odd) {
     const __m256d a = _mm256_loadu_pd(p);
@@ -280,14 +283,16 @@ VEK_INLINE void forward(const FoldTable<T>& t, const T* fold, typename Kind<T>::
         store(im + n, odd);
     }
     transform<Rows>(t, re, im, zRe, zIm);
-    zRe[half] = zRe[0];
-    zIm[half] = zIm[0];
+    // Whole vectors, which the loads below take as they were stored.
+    store(zRe + half, load(zRe));
+    store(zIm + half, load(zIm));
     const V middle = set1(static_cast<T>(0.5));
     for (int k = 0; k < half; k += 4) {
         const V aRe = load(zRe + k);
         const V aIm = load(zIm + k);
-        const V bRe = reversed(load(zRe + half - 3 - k)); // Z(half - k), whose conjugate is meant
-        const V bIm = reversed(load(zIm + half - 3 - k));
+        // Z(half - k), whose conjugate is meant.
+        const V bRe = downFrom(load(zRe + half - k), load(zRe + half - 4 - k));
+        const V bIm = downFrom(load(zIm + half - k), load(zIm + half - 4 - k));
         const V oRe = aRe - bRe;
         const V oIm = aIm + bIm;
         const V wRe = load(t.postRe + k);
@@ -314,14 +319,14 @@ VEK_INLINE void backward(const FoldTable<T>& t, const typename Kind<T>::Complex*
         store(im + k, odd);
     }
     im[0] = 0;
-    re[half] = spectrum[half].re;
-    im[half] = 0;
+    store(re + half, set1(spectrum[half].re));
+    store(im + half, set1(static_cast<T>(0)));
     const V two = set1(static_cast<T>(2));
     for (int k = 0; k < half; k += 4) {
         const V aRe = load(re + k);
         const V aIm = load(im + k);
-        const V bRe = reversed(load(re + half - 3 - k));
-        const V bIm = reversed(load(im + half - 3 - k));
+        const V bRe = downFrom(load(re + half - k), load(re + half - 4 - k));
+        const V bIm = downFrom(load(im + half - k), load(im + half - 4 - k));
         const V oRe = aRe - bRe;
         const V oIm = aIm + bIm;
         const V wRe = two * load(t.postRe + k);
@@ -413,8 +418,15 @@ void round16(const double* src, double factor, int16_t* dst, int n) {
     rounded(src, factor, dst, n, -32768.0, 32767.0);
 }
 
+void widen16(const int16_t* src, double* dst, int n) {
+    for (int i = 0; i < n; ++i) {
+        dst[i] = src[i];
+    }
+}
+
 } // namespace
 
-VEK_KERNEL_TABLE(FoldKernels, foldKernels) = {analyse32f, analyse64f, synthesise32f, synthesise64f, round32, round16};
+VEK_KERNEL_TABLE(FoldKernels, foldKernels) = {analyse32f, analyse64f, synthesise32f, synthesise64f,
+                                              round32,    round16,    widen16};
 
 } // namespace vek

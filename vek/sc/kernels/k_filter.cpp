@@ -8,6 +8,7 @@
 #endif
 
 #include "sc/common/fixmath.h"
+#include "sc/kernels/lanes.h"
 
 namespace vek {
 namespace {
@@ -366,21 +367,51 @@ void mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
     }
 }
 
+#if VEK_LEVEL > 0
+
+// Rows of up to Groups registers, for as many values of the response as a register has lanes; the rows grow shorter.
+template <int Groups>
+void corrRowsOf(const int32_t* wide, int m, lanes::V* sums, int32_t* rows) {
+    using namespace lanes;
+    for (const int last = m + kLanes; m < last; ++m) {
+        // Products of the lower halves: those of the upper ones have a zero.
+        const V k = lowHalf(spread(wide[m]));
+        for (int g = 0; g < Groups; ++g) {
+            sums[g] = plus(sums[g], madd(k, loadAll(wide + m + g * kLanes)));
+            storeAll(rows + m * kSub + g * kLanes, sums[g]);
+        }
+    }
+    if constexpr (Groups > 1) {
+        corrRowsOf<Groups - 1>(wide, m, sums, rows);
+    }
+}
+
 void corrRows16(const int16_t* h, int32_t* rows) {
-    // Zeros behind the response let every row run over the full width.
+    constexpr int groups = kSub / lanes::kLanes;
     int32_t wide[2 * kSub] = {};
-    uint32_t s[kSub] = {};
     for (int i = 0; i < kSub; i++) {
         wide[i] = h[i];
     }
+    lanes::V sums[groups];
+    for (lanes::V& s : sums) {
+        s = lanes::spread(0);
+    }
+    corrRowsOf<groups>(wide, 0, sums, rows);
+}
+
+#else
+
+void corrRows16(const int16_t* h, int32_t* rows) {
+    uint32_t s[kSub] = {};
     for (int m = 0; m < kSub; m++) {
-        const int32_t k = wide[m];
-        for (int d = 0; d < kSub; d++) {
-            s[d] += static_cast<uint32_t>(k * wide[m + d]);
+        for (int d = 0; d < kSub - m; d++) {
+            s[d] += static_cast<uint32_t>(h[m] * h[m + d]);
             rows[m * kSub + d] = static_cast<int32_t>(s[d]);
         }
     }
 }
+
+#endif
 
 void corrRows32f(const float* h, float* rows) {
     float wide[2 * kSub] = {};

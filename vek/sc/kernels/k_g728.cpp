@@ -1,6 +1,9 @@
 // Prediction, recursion and codebook search of G.728. Sums that could leave 32 bits are widened every two products.
 #include "sc/kernels/g728.h"
 
+#include <algorithm>
+#include <array>
+
 #include "sc/common/fixmath.h"
 #include "sc/kernels/lanes.h"
 
@@ -15,7 +18,8 @@ constexpr int kFilteredShift = 14;
 constexpr int kRoundEnergy = 1 << 12; // Q18 to Q5
 constexpr int kEnergyShift = 13;
 
-// The recursions within a vector, in scalar code at all levels: each sample waits for the one before.
+// The recursions within a vector, in scalar code at all levels: each sample waits for the one before. What stands
+// before the vector does not.
 constexpr int kZeros = 10;
 constexpr int64_t kHalf14 = 1 << 13;
 
@@ -58,21 +62,97 @@ void recur(const int16_t* a, int64_t* y, int64_t limit) {
     }
 }
 
-void poleZero(const int16_t* c, const int16_t* x, int16_t* y) {
-    int64_t sums[kSamples];
+// sums[k] = sum of c[i] * x[9 + k - i], i = 0..9, exact, of x[0..9] and, if they are `fresh`, the five behind,
+// else zeros; k = 0..4.
+void tapsEach(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
     for (int k = 0; k < kSamples; ++k) {
-        int64_t s = x[kZeros + k] * (1 << 14) + kHalf14;
-        for (int i = 0; i < kZeros; ++i) {
+        int64_t s = 0;
+        for (int i = fresh ? 0 : k; i < kZeros; ++i) {
             s += c[i] * x[kZeros - 1 + k - i];
-        }
-        for (int i = k; i < kZeros; ++i) {
-            s -= c[kZeros + i] * y[kZeros - 1 + k - i];
         }
         sums[k] = s;
     }
+}
+
+#if VEK_LEVEL == 0
+
+void taps(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
+    tapsEach(c, x, fresh, sums);
+}
+
+#else
+
+// Eight samples from a place on in two registers.
+template <int From>
+VEK_INLINE __m128i window(__m128i first, __m128i second) {
+    if constexpr (From < 8) {
+        return _mm_alignr_epi8(second, first, 2 * From);
+    } else {
+        return _mm_srli_si128(second, 2 * (From - 8));
+    }
+}
+
+// Four sums, in pairs, and the fifth.
+struct TapSums {
+    __m128i first = _mm_setzero_si128();
+    __m128i second = _mm_setzero_si128();
+    __m128i last = _mm_setzero_si128();
+    bool fits = true;
+};
+
+// Two taps from I on, and the ones behind. Of their products, only those of two coefficients of -32768 can leave 32
+// bits.
+template <int I>
+VEK_INLINE void addTaps(const int16_t* c, __m128i first, __m128i second, TapSums& sums) {
+    int32_t pair = 0;
+    __builtin_memcpy(&pair, c + I, sizeof pair);
+    sums.fits = sums.fits && pair != static_cast<int32_t>(0x80008000U);
+    const __m128i k = _mm_set1_epi32(pair);
+    const __m128i a = window<kZeros - 1 - I>(first, second);
+    const __m128i b = window<kZeros - 2 - I>(first, second);
+    const __m128i low = _mm_madd_epi16(_mm_unpacklo_epi16(a, b), k);
+    const __m128i high = _mm_madd_epi16(_mm_unpackhi_epi16(a, b), k);
+    sums.first = _mm_add_epi64(sums.first, _mm_cvtepi32_epi64(low));
+    sums.second = _mm_add_epi64(sums.second, _mm_cvtepi32_epi64(_mm_srli_si128(low, 8)));
+    sums.last = _mm_add_epi64(sums.last, _mm_cvtepi32_epi64(high));
+    if constexpr (I + 2 < kZeros) {
+        addTaps<I + 2>(c, first, second, sums);
+    }
+}
+
+void taps(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
+    const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
+    int32_t old = 0;
+    __builtin_memcpy(&old, x + 8, sizeof old);
+    __m128i second = _mm_cvtsi32_si128(old);
+    if (fresh) {
+        // Written one by one just before.
+        second = _mm_insert_epi16(second, x[10], 2);
+        second = _mm_insert_epi16(second, x[11], 3);
+        second = _mm_insert_epi16(second, x[12], 4);
+        second = _mm_insert_epi16(second, x[13], 5);
+        second = _mm_insert_epi16(second, x[14], 6);
+    }
+    TapSums all;
+    addTaps<0>(c, first, second, all);
+    if (!all.fits) [[unlikely]] {
+        return tapsEach(c, x, fresh, sums);
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(sums), all.first);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(sums + 2), all.second);
+    sums[4] = _mm_cvtsi128_si64(all.last);
+}
+
+#endif
+
+void poleZero(const int16_t* c, const int16_t* x, int16_t* y) {
+    int64_t zeros[kSamples];
+    int64_t poles[kSamples];
+    taps(c, x, true, zeros);
+    taps(c + kZeros, y, false, poles);
     int out[kSamples];
     for (int k = 0; k < kSamples; ++k) {
-        int64_t s = sums[k];
+        int64_t s = x[kZeros + k] * (1 << 14) + kHalf14 + zeros[k] - poles[k];
         for (int i = k - 1; i >= 0; --i) {
             s -= c[kZeros + i] * out[k - 1 - i];
         }
@@ -112,16 +192,10 @@ void poleZeroRest(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit)
 }
 
 void zeros(const int16_t* c, const int16_t* x, int16_t* y) {
-    int16_t out[kSamples];
+    int64_t sums[kSamples];
+    taps(c, x, true, sums);
     for (int k = 0; k < kSamples; ++k) {
-        int64_t s = x[kZeros + k] * (1 << 13) + (1 << 12);
-        for (int i = 0; i < kZeros; ++i) {
-            s += c[i] * x[kZeros - 1 + k - i];
-        }
-        out[k] = fix::sat16_64(s >> 13);
-    }
-    for (int k = 0; k < kSamples; ++k) {
-        y[k] = out[k];
+        y[k] = fix::sat16_64((x[kZeros + k] * (1 << 13) + (1 << 12) + sums[k]) >> 13);
     }
 }
 
@@ -140,20 +214,40 @@ void predict(const int16_t* a, const int16_t* mantissa, const int16_t* factor, i
     }
 }
 
-bool reflect(const int16_t* a, const int16_t* back, int m, int16_t k, int16_t* aOut, int16_t* backOut) {
-    bool fits = true;
-    for (int i = 0; i < m; ++i) {
-        const int forward = a[i] + fix::mult_r(k, back[i]);
-        const int backward = back[i] + fix::mult_r(k, a[i]);
-        aOut[i] = fix::sat16(forward);
-        backOut[i] = fix::sat16(backward);
-        fits = fits && aOut[i] == forward && backOut[i] == backward;
+void recurse(Levinson& filter, const int16_t* rBack, int order) {
+    for (int& m = filter.order; m < order; ++m) {
+        const int16_t* r = rBack + order - m;
+        int64_t sum = r[-1] * (1 << filter.q);
+        for (int i = 0; i < m; ++i) {
+            sum += filter.forward[i] * r[i];
+        }
+        const int64_t magnitude = (sum < 0 ? -sum : sum) << (16 - filter.q); // Q31
+        if (magnitude >= filter.energy) {
+            return;
+        }
+        // Both have at most 47 bits: the quotient of the doubles is cut off as that of the integers is.
+        const auto k = static_cast<int>(static_cast<double>(magnitude * 65536 + filter.energy) /
+                                        static_cast<double>(int64_t{2} * filter.energy));
+        const auto reflection = static_cast<int16_t>(sum < 0 ? k : -k);
+        int16_t next[kPredictSpan] = {};
+        bool fits = k <= INT16_MAX;
+        for (int i = 0; i < m; ++i) {
+            const int a = filter.forward[i] + fix::mult_r(reflection, filter.backward[i]);
+            next[i] = static_cast<int16_t>(a);
+            fits = fits && next[i] == a;
+        }
+        if (!fits) {
+            return;
+        }
+        for (int i = 0; i < m; ++i) {
+            filter.forward[i] = next[i];
+            filter.backward[m - i] = next[i];
+        }
+        filter.forward[m] = fix::shr_r(reflection, 15 - filter.q);
+        filter.backward[0] = filter.forward[m];
+        filter.energy -= static_cast<int32_t>((int64_t{filter.energy} * k >> 15) * k >> 15);
+        filter.first = m == 0 ? reflection : filter.first;
     }
-    for (int i = m; i % 16 != 0; ++i) {
-        aOut[i] = 0;
-        backOut[i] = 0;
-    }
-    return fits;
 }
 
 void energies(const int16_t* book, int n, const int16_t* h, int16_t* energy) {
@@ -220,21 +314,121 @@ void predict(const int16_t* a, const int16_t* mantissa, const int16_t* factor, i
     }
 }
 
-bool reflect(const int16_t* a, const int16_t* back, int m, int16_t k, int16_t* aOut, int16_t* backOut) {
-    const V factor = spread16(k);
-    V lost = spread(0);
-    for (int i = 0; i < (m + 15) / 16 * 16; i += 2 * kLanes) {
-        const V x = loadAll(a + i);
-        const V y = loadAll(back + i);
-        const V dx = multRounded(y, factor);
-        const V dy = multRounded(x, factor);
-        const V forward = plus16(x, dx);
-        const V backward = plus16(y, dy);
-        lost = orBits(lost, orBits(lost16(forward, x, dx), lost16(backward, y, dy)));
-        storeAll(aOut + i, forward);
-        storeAll(backOut + i, backward);
+constexpr int kWidth = 2 * kLanes;
+
+// All bits at kPredictSpan.
+alignas(32) constexpr auto kOnly = [] {
+    std::array<int16_t, 2 * kPredictSpan> only{};
+    only[kPredictSpan] = -1;
+    return only;
+}();
+
+// The steps of the recursion for whose coefficients N registers suffice; false if it stopped before. Each step waits
+// for the one before from the sum of products over the quotient to the reflection; nothing else is in that chain: the
+// sum is formed modulo 2^32, and whether it is exact, below the energy and without saturation is told beside it.
+template <int N>
+bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
+    V a[N];
+    V b[N];
+    V products = spread(0);
+    V wide = spread(0);
+    const auto multiply = [&](const int16_t* r) {
+        products = madd(a[0], loadAll(r));
+        wide = wide64(spread(0), products);
+        for (int g = 1; g < N; ++g) {
+            const V more = madd(a[g], loadAll(r + g * kWidth));
+            products = plus(products, more);
+            wide = wide64(wide, more);
+        }
+    };
+    int m = filter.order;
+    const int16_t* r = rBack + order - m;
+    // What was written just before is not read from the start: that would wait for it.
+    if (m == 0) {
+        std::fill_n(a, N, spread(0));
+        std::fill_n(b, N, spread(0));
+    } else {
+        for (int g = 0; g < N; ++g) {
+            a[g] = loadAll(filter.forward + g * kWidth);
+            b[g] = loadAll(filter.backward + g * kWidth);
+        }
+        multiply(r);
     }
-    return none(lost);
+    const int q = filter.q;
+    const V one = spread16(static_cast<int16_t>(q < 15 ? 1 << q : 0));
+    // Of the exponent of a double: 2^(q - 31); and its sign.
+    const __m128i unit = _mm_set1_epi64x(static_cast<int64_t>(q - 31) * (int64_t{1} << 52));
+    const __m128d sign = _mm_set1_pd(-0.0);
+    const int last = order < N * kWidth ? order : N * kWidth;
+    int64_t energy = filter.energy;
+    bool goes = true;
+    while (m < last) {
+        const int32_t fresh = r[-1] * (1 << q);
+        const int64_t exact = total(wide) + fresh;
+        goes = (exact < 0 ? -exact : exact) << (16 - q) < energy;
+        if (!goes) {
+            break;
+        }
+        const __m128i sum = _mm_add_epi32(sumOfLanes(products), _mm_set1_epi32(fresh));
+        // Rounded to the nearest. Quotients are 2^-33 or more from where the rounding changes, but for those that lie
+        // on it, which the little that is added takes beyond.
+        const __m128d dividend = _mm_xor_pd(_mm_cvtepi32_pd(sum), sign);
+        const __m128d half = _mm_or_pd(_mm_and_pd(dividend, sign), _mm_set1_pd(0.5 + 0x1p-34));
+        const __m128i divisor = _mm_castpd_si128(_mm_set_sd(static_cast<double>(energy)));
+        const __m128d quotient = _mm_div_sd(dividend, _mm_castsi128_pd(_mm_add_epi64(divisor, unit)));
+        const __m128i reflection = _mm_cvttpd_epi32(_mm_add_pd(quotient, half));
+        const V k = spreadLowest16(reflection);
+        V forward[N];
+        V backward[N];
+        V lost = spread(0);
+        for (int g = 0; g < N; ++g) {
+            const V da = multRounded(b[g], k);
+            forward[g] = plus16(a[g], da);
+            backward[g] = plus16(b[g], multRounded(a[g], k));
+            lost = orBits(lost, lost16(forward[g], a[g], da));
+        }
+        const int64_t magnitude = _mm_cvtsi128_si32(_mm_abs_epi32(reflection));
+        goes = none(lost) && magnitude <= INT16_MAX;
+        if (!goes) {
+            break;
+        }
+        const V newest = q < 15 ? multRounded(k, one) : k;
+        const int16_t* only = kOnly.data() + kPredictSpan - m;
+        V below = newest;
+        for (int g = 0; g < N; ++g) {
+            a[g] = orBits(forward[g], andBits(newest, loadAll(only + g * kWidth)));
+            b[g] = shiftIn16(backward[g], below);
+            below = backward[g];
+        }
+        energy -= (energy * magnitude >> 15) * magnitude >> 15;
+        filter.first = m == 0 ? static_cast<int16_t>(_mm_cvtsi128_si32(reflection)) : filter.first;
+        ++m;
+        --r;
+        multiply(r);
+    }
+    for (int g = 0; g < N; ++g) {
+        storeAll(filter.forward + g * kWidth, a[g]);
+        storeAll(filter.backward + g * kWidth, b[g]);
+    }
+    filter.order = m;
+    filter.energy = static_cast<int32_t>(energy);
+    return goes;
+}
+
+template <int N>
+void recurseFrom(Levinson& filter, const int16_t* rBack, int order) {
+    if (filter.order < N * kWidth && !recurseWithin<N>(filter, rBack, order)) {
+        return;
+    }
+    if constexpr (N * kWidth < kPredictSpan) {
+        if (filter.order < order) {
+            recurseFrom<N + 1>(filter, rBack, order);
+        }
+    }
+}
+
+void recurse(Levinson& filter, const int16_t* rBack, int order) {
+    recurseFrom<1>(filter, rBack, order);
 }
 
 VEK_INLINE V pairOf(int16_t a, int16_t b) {
@@ -323,6 +517,6 @@ int nearest(const int16_t* book, int n, const int16_t* pn, int shift, const int1
 } // namespace
 
 VEK_KERNEL_TABLE(G728Kernels, g728Kernels) = {normalise,    predict, recur,   poleZero, poleZeroWide,
-                                              poleZeroRest, zeros,   reflect, energies, nearest};
+                                              poleZeroRest, zeros,   recurse, energies, nearest};
 
 } // namespace vek

@@ -1,10 +1,12 @@
-// Cosine transform of type IV (160, 320, 640) and real Fourier transform (128) of 16-bit samples in 32-bit arithmetic.
-// The core is a complex transform of 8 * M points, M = 8, 10, 20, 40: eight transforms of M points side by side, one a
-// lane, a rotation, and M transforms of eight points, again eight at a time. 10, 20 and 40 points go by the prime
-// factor map 2 x 5, 4 x 5 and 8 x 5, which needs no rotation.
+// Cosine transform of type IV (160, 320, 640) and real Fourier transform (64, 128) of 16-bit samples in 32-bit
+// arithmetic. The core is a complex transform of 8 * M points, M = 4, 8, 10, 20, 40: eight transforms of M points side
+// by side, one a lane, a rotation, and M transforms of eight points, again eight at a time. 10, 20 and 40 points go by
+// the prime factor map 2 x 5, 4 x 5 and 8 x 5, which needs no rotation.
 #include "sc/kernels/transform.h"
 
+#include "sc/common/fixmath.h"
 #include "sc/kernels/complexlanes.h"
+#include "sc/kernels/lanes.h"
 
 namespace vek {
 namespace {
@@ -70,13 +72,17 @@ VEK_INLINE void columnOut(const TransformTable<M>& t, int32_t* re, int32_t* im, 
 template <int M>
 VEK_INLINE_WIDE void columns(const TransformTable<M>& t, const int32_t* srcRe, const int32_t* srcIm, int32_t* re,
                              int32_t* im) {
-    if constexpr (M == 8) {
-        C8 x[8];
-        for (int n = 0; n < 8; ++n) {
+    if constexpr (M <= 8) {
+        C8 x[M];
+        for (int n = 0; n < M; ++n) {
             x[n] = loadC(srcRe + 8 * n, srcIm + 8 * n);
         }
-        fft8(x);
-        for (int k = 0; k < 8; ++k) {
+        if constexpr (M == 4) {
+            fft4(x);
+        } else {
+            fft8(x);
+        }
+        for (int k = 0; k < M; ++k) {
             columnOut<M>(t, re, im, k, x[k]);
         }
     } else {
@@ -173,28 +179,145 @@ void dct640(const int16_t* src, int16_t* dst) {
     dct4<40>(g_dct640, src, dst);
 }
 
-void dct160(const int32_t* src, int32_t* dst) {
+// Orthonormal, of samples below 2^27.
+void dct160(int32_t* u) {
     constexpr int half = 80;
     alignas(32) int32_t re[half + 8];
     alignas(32) int32_t im[half + 8];
     alignas(32) int32_t outRe[half + 8];
     alignas(32) int32_t outIm[half + 8];
-    for (int n = 0; n < half; ++n) {
-        re[n] = src[2 * n];
-        im[half - 1 - n] = src[2 * n + 1];
+    for (int n = 0; n < half; n += 8) {
+        V8 even;
+        V8 odd;
+        loadSplit(u + 2 * n, even, odd);
+        store(re + n, even);
+        store(im + half - 8 - n, reverse(odd));
     }
     for (int n = 0; n < half; n += 8) {
         storeC(re + n, im + n, rotate(loadC(re + n, im + n), load(g_dct160.preRe + n), load(g_dct160.preIm + n)));
     }
     complexFft<10>(g_dct160, re, im, outRe, outIm);
     for (int n = 0; n < half; n += 8) {
-        storeC(re + n, im + n,
-               rotate(loadC(outRe + n, outIm + n), load(g_dct160.postRe + n), load(g_dct160.postIm + n)));
+        const C8 y = rotate(loadC(outRe + n, outIm + n), load(g_dct160.postRe + n), load(g_dct160.postIm + n));
+        store(re + n, y.re);
+        store(im + half - 8 - n, reverse(set1(0) - y.im));
     }
-    for (int n = 0; n < half; ++n) {
-        dst[2 * n] = re[n];
-        dst[2 * n + 1] = -im[half - 1 - n];
+    for (int n = 0; n < half; n += 8) {
+        storeMerged(u + 2 * n, load(re + n), load(im + n));
     }
+}
+
+constexpr int kFrame = 160;
+constexpr int kHalfFrame = kFrame / 2;
+
+// The fold in doubles, which hold the sums of 47 bits exactly, then in as many of 26 bits as they need.
+int mdct160(const int16_t* fresh, const int16_t* old, const int32_t* w, int32_t* u) {
+    constexpr int bits = 26;
+    constexpr int below = 16;
+    int32_t parts[4][kHalfFrame];
+    for (int n = 0; n < kHalfFrame; ++n) {
+        parts[0][n] = fresh[kHalfFrame - 1 - n];
+        parts[1][n] = fresh[kHalfFrame + n];
+        parts[2][n] = old[n];
+        parts[3][n] = old[kFrame - 1 - n];
+    }
+    double folded[kFrame];
+    for (int n = 0; n < kHalfFrame; ++n) {
+        folded[n] = -(static_cast<double>(parts[0][n]) * static_cast<double>(w[kHalfFrame + n])) -
+                    static_cast<double>(parts[1][n]) * static_cast<double>(w[kHalfFrame - 1 - n]);
+    }
+    for (int n = 0; n < kHalfFrame; ++n) {
+        folded[kHalfFrame + n] = static_cast<double>(parts[2][n]) * static_cast<double>(w[n]) -
+                                 static_cast<double>(parts[3][n]) * static_cast<double>(w[kFrame - 1 - n]);
+    }
+    int32_t used = 0;
+    for (int n = 0; n < kFrame; ++n) {
+        const auto upper = static_cast<int32_t>(folded[n] * (1.0 / (1 << below)));
+        used |= upper < 0 ? -upper : upper;
+    }
+    const int most = used != 0 ? below + 31 - fix::norm_l(used) : 0;
+    const int excess = most > bits ? most - bits : 0;
+    // Rounded upwards at the half: what is above zero is cut off.
+    constexpr int above = 1 << (bits + 1);
+    const double unit = 1.0 / static_cast<double>(int64_t{1} << excess);
+    for (int n = 0; n < kFrame; ++n) {
+        u[n] = static_cast<int32_t>(folded[n] * unit + (above + 0.5)) - above;
+    }
+    dct160(u);
+    return excess;
+}
+
+// Sums of 64 bits, for all shifts.
+void overlap(const int32_t* u, int16_t* previous, const int32_t* w, int shift, int16_t* y) {
+    const auto weighted = [shift](int32_t v, int32_t window) {
+        return (int64_t{v} * window + (int64_t{1} << (29 + shift))) >> (30 + shift);
+    };
+    for (int n = 0; n < kFrame; ++n) {
+        const bool first = n < kHalfFrame;
+        const int32_t now = first ? u[kHalfFrame + n] : -u[kFrame + kHalfFrame - 1 - n];
+        const int32_t next = first ? -u[kHalfFrame - 1 - n] : -u[n - kHalfFrame];
+        y[n] = fix::sat16_64(previous[n] + weighted(now, w[n]));
+        previous[n] = fix::sat16_64(weighted(next, w[kFrame - 1 - n]));
+    }
+}
+
+#if VEK_LEVEL > 0
+
+constexpr int kLeastWideShift = 2;
+
+// The same of the upper 32 bits of the sums, which hold what shifts from kLeastWideShift on leave.
+void overlapWide(const int32_t* u, int16_t* previous, const int32_t* w, int shift, int16_t* y) {
+    using namespace lanes;
+    const int64_t half = int64_t{1} << (29 + shift);
+    const auto weighted = [half, shift](V v, V window) {
+        return downBy(timesHigh(v, window, half), shift - kLeastWideShift);
+    };
+    const auto backwards = [](const int32_t* p) { return reversed(loadAll(p - kLanes + 1)); };
+    const auto minusOf = [](V v) { return minus(spread(0), v); };
+    for (int n = 0; n < kFrame; n += kLanes) {
+        const bool first = n < kHalfFrame;
+        const V now = first ? loadAll(u + kHalfFrame + n) : minusOf(backwards(u + kFrame + kHalfFrame - 1 - n));
+        const V next = minusOf(first ? backwards(u + kHalfFrame - 1 - n) : loadAll(u + n - kHalfFrame));
+        storeNarrow(y + n, plus(widened(previous + n), weighted(now, loadAll(w + n))));
+        storeNarrow(previous + n, weighted(next, backwards(w + kFrame - 1 - n)));
+    }
+}
+
+#endif
+
+void mdctInverse160(int32_t* u, int16_t* previous, const int32_t* w, int shift, int16_t* y) {
+    dct160(u);
+#if VEK_LEVEL > 0
+    if (shift >= kLeastWideShift) {
+        return overlapWide(u, previous, w, shift, y);
+    }
+#endif
+    overlap(u, previous, w, shift, y);
+}
+
+void narrow(const int32_t* x, int n, int shift, int16_t* y) {
+    const int32_t half = 1 << (shift - 1);
+    for (int k = 0; k < n; ++k) {
+        y[k] = fix::sat16((x[k] + half) >> shift);
+    }
+}
+
+int32_t largest(const int32_t* x, int n) {
+    int32_t most = 0;
+    for (int k = 0; k < n; ++k) {
+        const int32_t v = x[k] < 0 ? -x[k] : x[k];
+        most = v > most ? v : most;
+    }
+    return most;
+}
+
+// Lines k to k + 7 of the real transform of 16 M samples, doubled, from those of z, the complex one of its pairs, and
+// from those opposite, z[8 M - k] to z[8 M - k - 7].
+template <int M>
+VEK_INLINE C8 realLines(const TransformTable<M>& t, int k, C8 z, C8 opposite) {
+    const C8 even = {z.re + opposite.re, z.im - opposite.im};
+    const C8 odd = {z.im + opposite.im, opposite.re - z.re};
+    return even + rotate(odd, load(t.postRe + k), load(t.postIm + k));
 }
 
 // 7 bits behind the point: with the gain of 128 and the doubling of the split a full scale fills 31 bits.
@@ -214,11 +337,8 @@ void fft128(int16_t* srcDst) {
     zRe[64] = zRe[0];
     zIm[64] = zIm[0];
     for (int k = 0; k < 64; k += 8) {
-        const C8 z = loadC(zRe + k, zIm + k);
-        const C8 m = {reverse(load(zRe + 57 - k)), reverse(load(zIm + 57 - k))}; // Z(64 - k)
-        const C8 even = {z.re + m.re, z.im - m.im};
-        const C8 odd = {z.im + m.im, m.re - z.re};
-        const C8 x = even + rotate(odd, load(g_fft128.postRe + k), load(g_fft128.postIm + k));
+        const C8 opposite = {reverse(load(zRe + 57 - k)), reverse(load(zIm + 57 - k))};
+        const C8 x = realLines(g_fft128, k, loadC(zRe + k, zIm + k), opposite);
         storePairs(srcDst + 2 * k, shiftRightRounded<guard + 8>(x.re), shiftRightRounded<guard + 8>(x.im));
     }
     int16_t nyquist[16];
@@ -227,8 +347,63 @@ void fft128(int16_t* srcDst) {
     srcDst[1] = nyquist[0];
 }
 
+// Samples of 23 bits: the gain of 64 and the doubling of the split fill 30.
+int foldedFft64(const int16_t* samples, const int16_t* w, int32_t* re, int32_t* im) {
+    constexpr int half = 32;
+    constexpr int bits = 23;
+    int32_t folded[2 * half];
+    int32_t used = 0;
+    for (int n = 0; n < 2 * half; ++n) {
+        folded[n] = w[n] * samples[n] + w[n + 2 * half] * samples[n + 2 * half];
+        used |= folded[n] ^ (folded[n] >> 31);
+    }
+    // A shift of 8 to the right, that of a full scale, and then as many to the left as there is room for.
+    const int left = used != 0 ? fix::norm_l(used) : 0;
+    constexpr int right = 31 - bits;
+    for (int32_t& v : folded) {
+        v = (v << left) >> right;
+    }
+    alignas(32) int32_t srcRe[half];
+    alignas(32) int32_t srcIm[half];
+    for (int n = 0; n < half; n += 8) {
+        V8 even;
+        V8 odd;
+        loadSplit(folded + 2 * n, even, odd);
+        storeC(srcRe + n, srcIm + n, {even, odd});
+    }
+    alignas(32) int32_t midRe[half];
+    alignas(32) int32_t midIm[half];
+    columns<4>(g_fft64, srcRe, srcIm, midRe, midIm);
+    V8 rowsRe[8];
+    V8 rowsIm[8];
+    for (int i = 0; i < 8; ++i) {
+        rowsRe[i] = i < 4 ? load(midRe + 8 * i) : set1(0);
+        rowsIm[i] = i < 4 ? load(midIm + 8 * i) : set1(0);
+    }
+    transpose(rowsRe);
+    transpose(rowsIm);
+    C8 x[8];
+    for (int i = 0; i < 8; ++i) {
+        x[i] = {rowsRe[i], rowsIm[i]};
+    }
+    fft8(x);
+    // Four lines in each.
+    C8 z[4];
+    for (int j = 0; j < 4; ++j) {
+        z[j] = {joinLower(x[2 * j].re, x[2 * j + 1].re), joinLower(x[2 * j].im, x[2 * j + 1].im)};
+    }
+    for (int j = 0; j < 4; ++j) {
+        const C8& last = z[3 - j];
+        const C8& first = z[(4 - j) % 4];
+        const C8 opposite = {mirrored(last.re, first.re), mirrored(last.im, first.im)};
+        storeC(re + 8 * j, im + 8 * j, realLines(g_fft64, 8 * j, z[j], opposite));
+    }
+    return left - right + 1;
+}
+
 } // namespace
 
-VEK_KERNEL_TABLE(TransformKernels, transformKernels) = {dct320, dct640, fft128, dct160};
+VEK_KERNEL_TABLE(TransformKernels, transformKernels) = {dct320,  dct640,         fft128, foldedFft64,
+                                                        mdct160, mdctInverse160, narrow, largest};
 
 } // namespace vek

@@ -1,9 +1,9 @@
-// Nearest row of a codebook of four columns: the wide forms keep the best of each lane with its row, and settle between
+// Nearest row of a codebook: the wide forms keep the best of each lane with its row, and settle between
 // the lanes at the end.
 #include "sc/kernels/vq.h"
 
 #include "sc/common/fixmath.h"
-#include "sc/kernels/simd.h"
+#include "sc/kernels/lanes.h"
 
 namespace vek {
 namespace {
@@ -30,7 +30,75 @@ int nearest(const int16_t* rows, int n, const int16_t* target, const int16_t* we
     return row;
 }
 
+// errorOf gives the sum of each row.
+template <class ErrorOf>
+int least(int n, ErrorOf errorOf) {
+    int32_t best = INT32_MAX;
+    int row = 0;
+    for (int k = 0; k < n; ++k) {
+        const int32_t error = errorOf(k);
+        if (error < best) {
+            best = error;
+            row = k;
+        }
+    }
+    return row;
+}
+
+int nearest10(const int16_t* pairs, int n, const int16_t* target) {
+    return least(n, [=](int k) {
+        int32_t error = 0;
+        for (int j = 0; j < 10; ++j) {
+            const int d = target[j] - pairs[(j / 2 * n + k) * 2 + j % 2];
+            error += d * d;
+        }
+        return error;
+    });
+}
+
+int nearestWeighted(const int16_t* columns, int n, int count, const int32_t* target, const int16_t* rest,
+                    const int32_t* weight) {
+    return least(n, [=](int k) {
+        int32_t error = 0;
+        for (int j = 0; j < count; ++j) {
+            const int e = (rest[j] * (target[j] - columns[j * n + k])) >> 15;
+            error += e * ((e * weight[j]) >> 11);
+        }
+        return error;
+    });
+}
+
+void movingAverage10(const int16_t* weight, const int16_t* previous, int32_t* sum) {
+    for (int j = 0; j < 10; ++j) {
+        sum[j] = 0;
+        for (int k = 0; k < 4; ++k) {
+            sum[j] += weight[10 * k + j] * previous[10 * k + j];
+        }
+    }
+}
+
 #else
+
+void movingAverage10(const int16_t* weight, const int16_t* previous, int32_t* sum) {
+    // The second time over six of the same.
+    for (const int j : {0, 2}) {
+        const auto row = [j](const int16_t* p, int k) {
+            return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 10 * k + j));
+        };
+        __m128i low = _mm_setzero_si128();
+        __m128i high = low;
+        for (int k = 0; k < 4; k += 2) {
+            const __m128i w0 = row(weight, k);
+            const __m128i w1 = row(weight, k + 1);
+            const __m128i p0 = row(previous, k);
+            const __m128i p1 = row(previous, k + 1);
+            low = _mm_add_epi32(low, _mm_madd_epi16(_mm_unpacklo_epi16(w0, w1), _mm_unpacklo_epi16(p0, p1)));
+            high = _mm_add_epi32(high, _mm_madd_epi16(_mm_unpackhi_epi16(w0, w1), _mm_unpackhi_epi16(p0, p1)));
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(sum + j), low);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(sum + j + 4), high);
+    }
+}
 
 // The least of the lanes; of equal ones the first row.
 VEK_INLINE int settle(const uint32_t* errors, const int32_t* rows, int lanes, uint32_t* least) {
@@ -44,6 +112,58 @@ VEK_INLINE int settle(const uint32_t* errors, const int32_t* rows, int lanes, ui
     }
     *least = best;
     return row;
+}
+
+// errorOf gives the sums of all rows of a register from row k on.
+template <class ErrorOf>
+VEK_INLINE int leastOfRows(int n, ErrorOf errorOf) {
+    using namespace lanes;
+    V best = spread(INT32_MAX);
+    V bestRow = spread(0);
+    V row = counting();
+    for (int k = 0; k < n; k += kLanes) {
+        const V error = errorOf(k);
+        bestRow = choose(less(error, best), row, bestRow);
+        best = least32(best, error);
+        row = plus(row, spread(kLanes));
+    }
+    uint32_t errors[kLanes];
+    int32_t rows[kLanes];
+    storeAll(errors, best);
+    storeAll(rows, bestRow);
+    uint32_t least = 0;
+    return settle(errors, rows, kLanes, &least);
+}
+
+int nearest10(const int16_t* pairs, int n, const int16_t* target) {
+    using namespace lanes;
+    V t[5];
+    for (int p = 0; p < 5; ++p) {
+        t[p] = spread(static_cast<int32_t>(static_cast<uint16_t>(target[2 * p]) |
+                                           static_cast<uint32_t>(static_cast<uint16_t>(target[2 * p + 1])) << 16));
+    }
+    return leastOfRows(n, [&](int k) {
+        V sum = spread(0);
+        for (int p = 0; p < 5; ++p) {
+            const V d = minus16(t[p], loadAll(pairs + 2 * (p * n + k)));
+            sum = plus(sum, madd(d, d));
+        }
+        return sum;
+    });
+}
+
+int nearestWeighted(const int16_t* columns, int n, int count, const int32_t* target, const int16_t* rest,
+                    const int32_t* weight) {
+    using namespace lanes;
+    return leastOfRows(n, [&](int k) {
+        V sum = spread(0);
+        for (int j = 0; j < count; ++j) {
+            const V d = minus(spread(target[j]), widened(columns + j * n + k));
+            const V e = down<15>(times32(d, spread(rest[j])));
+            sum = plus(sum, times32(e, down<11>(times32(e, spread(weight[j])))));
+        }
+        return sum;
+    });
 }
 
 #if VEK_LEVEL == 1
@@ -124,6 +244,6 @@ int nearest(const int16_t* rows, int n, const int16_t* target, const int16_t* we
 
 } // namespace
 
-VEK_KERNEL_TABLE(VqKernels, vqKernels) = {nearest<false>, nearest<true>};
+VEK_KERNEL_TABLE(VqKernels, vqKernels) = {nearest<false>, nearest<true>, nearest10, nearestWeighted, movingAverage10};
 
 } // namespace vek

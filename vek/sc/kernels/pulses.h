@@ -32,9 +32,9 @@ struct PulseField {
 };
 
 struct PulseKernels {
-    // out[j * 40 + d] = correlation of the responses from j and from j-d with their signs (32767 or -32767); the rows
-    // are those of FilterKernels::corrRows16. Behind d = j undefined.
-    void (*signRows)(const int32_t* rows, const int16_t* sign, int16_t* out);
+    // Energies of a response and the correlations of the responses from two positions, with their signs (32767 or
+    // -32767), on five tracks or four. No sum of the response's products may leave 32 bits when doubled.
+    void (*field)(const int16_t* h, const int16_t* sign, int tracks, PulseField& field);
     // Chains of two to four single pulses on five tracks.
     void (*chains)(const PulseField& field, const PulseChain* chains, int count, int pulses, Pulse* best);
     // Pairs nested behind the two strongest: twelve or ten pulses on five tracks, eight on four. tracks[0..pulses-1]

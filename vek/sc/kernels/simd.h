@@ -79,6 +79,14 @@ VEK_INLINE V8 shiftRightRounded(V8 a) {
 VEK_INLINE V8 reverse(V8 a) {
     return {{a.v[7], a.v[6], a.v[5], a.v[4], a.v[3], a.v[2], a.v[1], a.v[0]}};
 }
+// The lower halves of both.
+VEK_INLINE V8 joinLower(V8 a, V8 b) {
+    return {{a.v[0], a.v[1], a.v[2], a.v[3], b.v[0], b.v[1], b.v[2], b.v[3]}};
+}
+// The first one of `first`, and behind it all but the first one from the last on.
+VEK_INLINE V8 mirrored(V8 a, V8 first) {
+    return {{first.v[0], a.v[7], a.v[6], a.v[5], a.v[4], a.v[3], a.v[2], a.v[1]}};
+}
 // Eight pairs of 16-bit numbers, split into the even and the odd ones.
 VEK_INLINE void loadPairs(const int16_t* p, V8& even, V8& odd) {
     for (int i = 0; i < 8; ++i) {
@@ -107,6 +115,19 @@ VEK_INLINE void storeHalfPairs(int16_t* p, V8 a) {
     for (int i = 0; i < 4; ++i) {
         p[2 * i] = narrow(a.v[4 + i]);
         p[2 * i + 1] = narrow(a.v[i]);
+    }
+}
+// The even and the odd ones of sixteen numbers, and the way back.
+VEK_INLINE void loadSplit(const int32_t* p, V8& even, V8& odd) {
+    for (int i = 0; i < 8; ++i) {
+        even.v[i] = p[2 * i];
+        odd.v[i] = p[2 * i + 1];
+    }
+}
+VEK_INLINE void storeMerged(int32_t* p, V8 even, V8 odd) {
+    for (int i = 0; i < 8; ++i) {
+        p[2 * i] = even.v[i];
+        p[2 * i + 1] = odd.v[i];
     }
 }
 VEK_INLINE void transpose(V8 (&r)[8]) {
@@ -184,6 +205,13 @@ VEK_INLINE V8 shiftRightRounded(V8 a) {
 VEK_INLINE V8 reverse(V8 a) {
     return {_mm_shuffle_epi32(a.hi, 0x1b), _mm_shuffle_epi32(a.lo, 0x1b)};
 }
+VEK_INLINE V8 joinLower(V8 a, V8 b) {
+    return {a.lo, b.lo};
+}
+VEK_INLINE V8 mirrored(V8 a, V8 first) {
+    const V8 back = reverse(a);
+    return {_mm_alignr_epi8(back.lo, _mm_shuffle_epi32(first.lo, 0), 12), _mm_alignr_epi8(back.hi, back.lo, 12)};
+}
 VEK_INLINE V8 loadRaw(const int16_t* p) {
     return load(reinterpret_cast<const int32_t*>(p));
 }
@@ -206,6 +234,21 @@ VEK_INLINE void storePairs(int16_t* p, V8 even, V8 odd) {
 VEK_INLINE void storeHalfPairs(int16_t* p, V8 a) {
     const __m128i packed = _mm_packs_epi32(a.lo, a.hi);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_unpacklo_epi16(_mm_srli_si128(packed, 8), packed));
+}
+VEK_INLINE __m128i pickTwo(__m128i a, __m128i b, bool odd) {
+    const __m128 x = _mm_castsi128_ps(a);
+    const __m128 y = _mm_castsi128_ps(b);
+    return _mm_castps_si128(odd ? _mm_shuffle_ps(x, y, 0xdd) : _mm_shuffle_ps(x, y, 0x88));
+}
+VEK_INLINE void loadSplit(const int32_t* p, V8& even, V8& odd) {
+    const V8 a = load(p);
+    const V8 b = load(p + 8);
+    even = {pickTwo(a.lo, a.hi, false), pickTwo(b.lo, b.hi, false)};
+    odd = {pickTwo(a.lo, a.hi, true), pickTwo(b.lo, b.hi, true)};
+}
+VEK_INLINE void storeMerged(int32_t* p, V8 even, V8 odd) {
+    store(p, {_mm_unpacklo_epi32(even.lo, odd.lo), _mm_unpackhi_epi32(even.lo, odd.lo)});
+    store(p + 8, {_mm_unpacklo_epi32(even.hi, odd.hi), _mm_unpackhi_epi32(even.hi, odd.hi)});
 }
 VEK_INLINE void transpose4(__m128i& a, __m128i& b, __m128i& c, __m128i& d) {
     const __m128i ab0 = _mm_unpacklo_epi32(a, b);
@@ -282,6 +325,13 @@ VEK_INLINE V8 shiftRightRounded(V8 a) {
 VEK_INLINE V8 reverse(V8 a) {
     return {_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0))};
 }
+VEK_INLINE V8 joinLower(V8 a, V8 b) {
+    return {_mm256_permute2x128_si256(a.v, b.v, 0x20)};
+}
+VEK_INLINE V8 mirrored(V8 a, V8 first) {
+    const __m256i back = _mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 7, 6, 5, 4, 3, 2, 1));
+    return {_mm256_blend_epi32(back, first.v, 1)};
+}
 VEK_INLINE V8 loadRaw(const int16_t* p) {
     return load(reinterpret_cast<const int32_t*>(p));
 }
@@ -303,6 +353,18 @@ VEK_INLINE void storePairs(int16_t* p, V8 even, V8 odd) {
 VEK_INLINE void storeHalfPairs(int16_t* p, V8 a) {
     const __m128i packed = _mm_packs_epi32(_mm256_castsi256_si128(a.v), _mm256_extracti128_si256(a.v, 1));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_unpacklo_epi16(_mm_srli_si128(packed, 8), packed));
+}
+VEK_INLINE void loadSplit(const int32_t* p, V8& even, V8& odd) {
+    const __m256 a = _mm256_castsi256_ps(load(p).v);
+    const __m256 b = _mm256_castsi256_ps(load(p + 8).v);
+    even = {_mm256_permute4x64_epi64(_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0x88)), 0xd8)};
+    odd = {_mm256_permute4x64_epi64(_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0xdd)), 0xd8)};
+}
+VEK_INLINE void storeMerged(int32_t* p, V8 even, V8 odd) {
+    const __m256i low = _mm256_unpacklo_epi32(even.v, odd.v);
+    const __m256i high = _mm256_unpackhi_epi32(even.v, odd.v);
+    store(p, {_mm256_permute2x128_si256(low, high, 0x20)});
+    store(p + 8, {_mm256_permute2x128_si256(low, high, 0x31)});
 }
 VEK_INLINE void transpose(V8 (&r)[8]) {
     __m256i t[8];

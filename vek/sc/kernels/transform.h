@@ -1,4 +1,4 @@
-// Kernels of the 16-bit transforms: cosine transform of type IV and the real Fourier transform of 128 samples.
+// Kernels of the 16-bit transforms: cosine transform of type IV and the real Fourier transforms of 128 and 64 samples.
 // Their tables are computed once, at load (transform_tables.cpp); Q30.
 #pragma once
 
@@ -23,6 +23,7 @@ extern const TransformTable<10> g_dct160;
 extern const TransformTable<20> g_dct320;
 extern const TransformTable<40> g_dct640;
 extern const TransformTable<8> g_fft128;
+extern const TransformTable<4> g_fft64;
 
 struct TransformKernels {
     // Orthonormal cosine transforms of type IV; dst may be src.
@@ -30,8 +31,19 @@ struct TransformKernels {
     void (*dct640)(const int16_t* src, int16_t* dst);
     // In place, divided by 128, permuted: re 0, re 64, re 1, im 1, ...
     void (*fft128)(int16_t* srcDst);
-    // Orthonormal cosine transform of type IV of 32-bit samples below 2^27; dst may be src.
-    void (*dct160)(const int32_t* src, int32_t* dst);
+    // Lines 0..31 of the Fourier transform of w[n] * x[n] + w[n+64] * x[n+64], n = 0..63, times 2^shift and below 2^30;
+    // the shift is returned. Of 128 samples and a window below 32768.
+    int (*foldedFft64)(const int16_t* x, const int16_t* w, int32_t* re, int32_t* im);
+    // Lapped transform of 160 coefficients under a window of 320, w its rising half, Q30. Forward: the coefficients are
+    // u[k] * 2^(excess - 30), below 2^30; returns the excess. Backward: u is overwritten; y[n] = previous[n] plus the
+    // first half and previous[n] = the second half of the frame, each times 2^-(30 + shift), rounded and saturated.
+    // |u| is below 2^27, shift -4..26.
+    int (*mdct160)(const int16_t* fresh, const int16_t* old, const int32_t* w, int32_t* u);
+    void (*mdctInverse160)(int32_t* u, int16_t* previous, const int32_t* w, int shift, int16_t* y);
+    // y[k] = x[k] / 2^shift, rounded and saturated; shift above 0.
+    void (*narrow)(const int32_t* x, int n, int shift, int16_t* y);
+    // Largest magnitude.
+    int32_t (*largest)(const int32_t* x, int n);
 };
 
 VEK_KERNEL_PICK(TransformKernels, transformKernels)

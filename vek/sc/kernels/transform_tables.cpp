@@ -40,12 +40,13 @@ TransformTable<M> dctTable() {
     return t;
 }
 
-// The real transform has no rotation before, and exp(-2 pi j k / 128) after.
-TransformTable<8> fftTable() {
-    TransformTable<8> t{};
+// A real transform of 16 M samples has no rotation before, and exp(-2 pi j k / (16 M)) after.
+template <int M>
+TransformTable<M> fftTable() {
+    TransformTable<M> t{};
     fillTwiddles(t);
-    for (int k = 0; k < 64; ++k) {
-        const double phase = 2 * std::numbers::pi * k / 128;
+    for (int k = 0; k < 8 * M; ++k) {
+        const double phase = 2 * std::numbers::pi * k / (16 * M);
         t.postRe[k] = q30(std::cos(phase));
         t.postIm[k] = q30(-std::sin(phase));
     }
@@ -57,6 +58,7 @@ TransformTable<8> fftTable() {
 const TransformTable<10> g_dct160 = dctTable<10>();
 const TransformTable<20> g_dct320 = dctTable<20>();
 const TransformTable<40> g_dct640 = dctTable<40>();
-const TransformTable<8> g_fft128 = fftTable();
+const TransformTable<8> g_fft128 = fftTable<8>();
+const TransformTable<4> g_fft64 = fftTable<4>();
 
 } // namespace vek

@@ -1,4 +1,4 @@
-// What the measured stretch of a call holds that the tool loops itself: preparation and reset in the loop form, the
+// What the measured region of a call holds that the tool loops itself: preparation and reset in the loop form, the
 // reset alone in the statistic form, and neither the untimed calls nor the status check.
 #include "toolrun.h"
 #include "visits.h"
@@ -13,13 +13,13 @@ int visitedInit() {
     visit('i');
     return 0;
 }
-// The tool asks it straight behind its last reading of the counter.
+// The tool asks it straight after its last reading of the counter.
 krResult visitedCheck(int /*status*/) {
     visit('k');
     return krOk;
 }
 
-class KrStretch : public KrToolRun {
+class KrMeasuredRegion : public KrToolRun {
 protected:
     struct Owner final : krObject {
         bool setReservedCopy() override {
@@ -27,11 +27,11 @@ protected:
             return true;
         }
     };
-    KrStretch() : m_block(krMalloc(64, 0, 0, &m_owner)) {
+    KrMeasuredRegion() : m_block(krMalloc(64, 0, 0, &m_owner)) {
         krTool::m_pCheckStatus = visitedCheck;
         forgetVisits();
     }
-    ~KrStretch() override { krFree(m_block); }
+    ~KrMeasuredRegion() override { krFree(m_block); }
     std::string calls() {
         EXPECT_EQ(run(nullptr, nullptr, visitedCall, visitedInit), krOk);
         return visited();
@@ -41,7 +41,7 @@ protected:
     void* m_block;
 };
 
-TEST_F(KrStretch, LoopHoldsThePreparationOfEachCall) {
+TEST_F(KrMeasuredRegion, LoopHoldsThePreparationOfEachCall) {
     tool.setMethodLoop(3);
     ASSERT_EQ(calls(), "ic"
                        "icicic"
@@ -50,7 +50,7 @@ TEST_F(KrStretch, LoopHoldsThePreparationOfEachCall) {
     EXPECT_LE(tool.m_numClocks, ticksBetween(1, 8));
 }
 
-TEST_F(KrStretch, LoopHoldsTheResetOfEachCall) {
+TEST_F(KrMeasuredRegion, LoopHoldsTheResetOfEachCall) {
     tool.m_setUse = true;
     tool.setMethodLoop(2);
     ASSERT_EQ(calls(), "ic"
@@ -60,7 +60,7 @@ TEST_F(KrStretch, LoopHoldsTheResetOfEachCall) {
     EXPECT_LE(tool.m_numClocks, ticksBetween(1, 8));
 }
 
-TEST_F(KrStretch, StatisticLeavesThePreparationAndTheSecondCallOut) {
+TEST_F(KrMeasuredRegion, StatisticLeavesThePreparationAndTheSecondCallOut) {
     tool.setMethodStat(2, 0);
     ASSERT_EQ(calls(), "ic"
                        "iccicc"
@@ -69,7 +69,7 @@ TEST_F(KrStretch, StatisticLeavesThePreparationAndTheSecondCallOut) {
     EXPECT_LE(tool.m_numClocks, ticksBetween(2, 4) + ticksBetween(5, 7));
 }
 
-TEST_F(KrStretch, StatisticHoldsTheResetOfEachCall) {
+TEST_F(KrMeasuredRegion, StatisticHoldsTheResetOfEachCall) {
     tool.m_setUse = true;
     tool.setMethodStat(2, 0);
     ASSERT_EQ(calls(), "ic"
@@ -79,7 +79,7 @@ TEST_F(KrStretch, StatisticHoldsTheResetOfEachCall) {
     EXPECT_LE(tool.m_numClocks, ticksBetween(2, 5) + ticksBetween(6, 9));
 }
 
-TEST_F(KrStretch, ClocksOfACallAreTheStretchOverItsCalls) {
+TEST_F(KrMeasuredRegion, ClocksOfACallAreTheRegionOverItsCalls) {
     tool.setMethodLoop(2);
     calls();
     EXPECT_EQ(tool.m_funcClocks, static_cast<double>(tool.m_numClocks) / 2);

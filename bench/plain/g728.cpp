@@ -1,17 +1,8 @@
-// G.728's blocks beside plain loops in single precision, which is how open codecs of this kind do them, and beside a
-// voice engine's recursion.
-#include "peers.h"
+// G.728's blocks in single precision, which is how open codecs of this kind do them.
+#include "plain.h"
 
-#include "veksc.h"
-
-#include <cmath>
 #include <cstring>
 #include <vector>
-
-#if __has_include(<webrtc_audio_processing/webrtc/typedefs.h>)
-extern "C" int16_t WebRtcSpl_LevinsonDurbin(const int32_t* r, int16_t* a, int16_t* k, size_t order);
-#define KR_HAS_RECURSION
-#endif
 
 namespace {
 
@@ -227,17 +218,17 @@ void pitch() {
     found = bestLag(residualF + 140, 100, std::max(4 * coarse - 3, 20), std::min(4 * coarse + 3, 140));
 }
 
-void fill() {
+void fill(const PeerData& data) {
     for (int i = 0; i < kOrder; ++i) {
         lpcF[i] = (i == 0 ? -0.9F : 0.2F) * std::pow(-0.85F, static_cast<float>(i));
         lpc[i] = static_cast<Vek16s>(std::lround(16384 * lpcF[i]));
         correlationF[i] = std::pow(0.85F, static_cast<float>(i)) * std::cos(0.6F * static_cast<float>(i));
         r[i] = static_cast<Vek16s>(std::lround(32000 * correlationF[i]));
     }
+    data.fill(frame, 20, 2000);
     for (int i = 0; i < 20; ++i) {
         weights[i] = static_cast<Vek16s>(lpc[i % 10] / (i < 10 ? 2 : 4));
         weightsF[i] = static_cast<float>(weights[i]) / 16384;
-        frame[i] = static_cast<Vek16s>(i * 7919 % 4001 - 2000);
     }
     for (int i = 0; i < 4; ++i) {
         frameShifts[i] = static_cast<Vek16s>(2 + i % 2);
@@ -250,8 +241,8 @@ void fill() {
             shapesF[j][k] = static_cast<float>((j * 53 + k * 97) % 211 - 105) / 30;
         }
     }
+    data.fill(residual, 260, 3000, 1);
     for (int i = 0; i < 260; ++i) {
-        residual[i] = static_cast<Vek16s>(i % 47 == 0 ? 3000 : i * 7919 % 301 - 150);
         residualF[i] = residual[i];
     }
     for (int k = 0; k < kVector; ++k) {
@@ -264,8 +255,8 @@ void fill() {
 
 } // namespace
 
-PEER_ROWS(g728) {
-    fill();
+PEER_ROWS(plaing728) {
+    fill(data);
     static auto* iir = started(veksIIR16sGetStateSize_G728_16s, veksIIR16sInit_G728_16s);
     static auto* synthesis = started(veksSynthesisFilterGetStateSize_G728_16s, veksSynthesisFilterInit_G728_16s);
     static auto* cascade = started(veksCombinedFilterGetStateSize_G728_16s, veksCombinedFilterInit_G728_16s);
@@ -275,10 +266,10 @@ PEER_ROWS(g728) {
         return veksWinHybridInit_G728_16s(VEK_G728_WINDOW_SYNTHESIS, state);
     });
     peerRow(
-        "veksIIR16s_G728_16s", "float loop, 5 x (10 + 10)",
+        "veksIIR16s_G728_16s", PEER_PLAIN " in float",
         [] { veksIIR16s_G728_16s(weights, frame, speech, kVector, iir); }, [] { poleZero(residualF); });
     peerRow(
-        "veksSyntesisFilterZeroInput_G728_16s", "float loop, 5 x 50",
+        "veksSyntesisFilterZeroInput_G728_16s", PEER_PLAIN " in float",
         [] {
             Vek16s e[kVector];
             std::memcpy(e, exc, sizeof e);
@@ -286,7 +277,7 @@ PEER_ROWS(g728) {
         },
         [] { synthesise(); });
     peerRow(
-        "veksCombinedFilter* ZeroInput + ZeroState", "float loops, 5 x 50, 5 x (10 + 10)",
+        "veksCombinedFilterZeroInput_G728_16s + veksCombinedFilterZeroState_G728_16s", PEER_PLAIN " in float",
         [] {
             Vek16s e[kVector];
             std::memcpy(e, exc, sizeof e);
@@ -298,52 +289,36 @@ PEER_ROWS(g728) {
             poleZero(pastF + kOrder);
         });
     peerRow(
-        "veksWinHybridBlock_G728_16s", "float loop, 55 x 51",
+        "veksWinHybridBlock_G728_16s", PEER_PLAIN " in float",
         [] { veksWinHybridBlock_G728_16s(0, frame, frameShifts, r, hybrid); }, [] { window(); });
     peerRow(
-        "veksWinHybrid_G728_16s", "float loop, 55 x 51", [] { veksWinHybrid_G728_16s(0, frame, r, hybrid); },
+        "veksWinHybrid_G728_16s", PEER_PLAIN " in float", [] { veksWinHybrid_G728_16s(0, frame, r, hybrid); },
         [] { window(); });
-    fill();
+    fill(data);
     peerRow(
-        "veksLevinsonDurbin_G728_16s_Sfs, 50", "float loop",
+        "veksLevinsonDurbin_G728_16s_Sfs, 50", PEER_PLAIN " in float",
         [] { veksLevinsonDurbin_G728_16s_Sfs(r, 50, a, &first, &energy, &q); }, [] { levinson(50); });
     peerRow(
-        "veksLevinsonDurbin_G728_16s_ISfs, 10", "float loop",
+        "veksLevinsonDurbin_G728_16s_ISfs, 10", PEER_PLAIN " in float",
         [] { veksLevinsonDurbin_G728_16s_ISfs(r, 0, 10, a, &energy, &q); }, [] { levinson(10); });
-#ifdef KR_HAS_RECURSION
-    static int32_t rWide[21];
-    static int16_t aWide[21];
-    static int16_t kWide[20];
-    for (int i = 0; i <= 20; ++i) {
-        rWide[i] = r[i] * 32768;
-    }
     peerRow(
-        "veksLevinsonDurbin_G728_16s_Sfs, 10", "webrtc LevinsonDurbin",
-        [] { veksLevinsonDurbin_G728_16s_Sfs(r, 10, a, &first, &energy, &q); },
-        [] { WebRtcSpl_LevinsonDurbin(rWide, aWide, kWide, 10); });
-    peerRow(
-        "veksLevinsonDurbin_G728_16s_Sfs, 20", "webrtc LevinsonDurbin",
-        [] { veksLevinsonDurbin_G728_16s_Sfs(r, 20, a, &first, &energy, &q); },
-        [] { WebRtcSpl_LevinsonDurbin(rWide, aWide, kWide, 20); });
-#endif
-    peerRow(
-        "veksImpulseResponseEnergy_G728_16s", "float loop, 128 x 15",
+        "veksImpulseResponseEnergy_G728_16s", PEER_PLAIN " in float",
         [] { veksImpulseResponseEnergy_G728_16s(impulse, energies); }, [] { filterShapes(); });
     peerRow(
-        "veksCodebookSearch_G728_16s", "float loop, 128 x 5, 4 gains",
+        "veksCodebookSearch_G728_16s", PEER_PLAIN " in float",
         [] { veksCodebookSearch_G728_16s(pn, energies, &shape, &gain, &word, VEK_SPCHBR_16000); }, [] { search(); });
     peerRow(
-        "veksPitchPeriodExtraction_G728_16s", "float loops, 31 x 25, 7 x 100",
+        "veksPitchPeriodExtraction_G728_16s", PEER_PLAIN " in float",
         [] {
             period = 50;
             veksPitchPeriodExtraction_G728_16s(residual + 140, &period, adapter);
         },
         [] { pitch(); });
     peerRow(
-        "veksLPCInverseFilter_G728_16s", "float loop, 5 x 10",
+        "veksLPCInverseFilter_G728_16s", PEER_PLAIN " in float",
         [] { veksLPCInverseFilter_G728_16s(frame, a, speech, adapter); }, [] { inverse(residualF); });
     peerRow(
-        "veksPostFilter_G728_16s", "float loops",
+        "veksPostFilter_G728_16s", PEER_PLAIN " in float",
         [] { veksPostFilter_G728_16s(14247, 8548, 50, 1600, weights, residual + 150, post, postState); },
         [] { postFilter(); });
 }

@@ -1,4 +1,4 @@
-// What the measured stretch of a registered function holds: its preparation in the loop form, the call alone in the
+// What the measured region of a registered function holds: its preparation in the loop form, the call alone in the
 // statistic form, and the warm-up in neither.
 #include "../api/harness_state.h"
 #include "../api/streamcapture.h"
@@ -14,16 +14,16 @@ int visitedCall() {
     return 0;
 }
 
-class TimStretch : public prTest {
+class TimRegion : public prTest {
 public:
     using prTest::prTest;
 };
 
-VK_REG_I(TimStretch, veksStretch_16s_I, visitedCall(), visit('i'))
+VK_REG_I(TimRegion, veksRegion_16s_I, visitedCall(), visit('i'))
 
-class VkStretch : public testing::Test {
+class VkMeasuredRegion : public testing::Test {
 protected:
-    VkStretch() {
+    VkMeasuredRegion() {
         setVekEnvironment();
         forgetVisits();
     }
@@ -31,8 +31,8 @@ protected:
     long long clocks = 0;
 };
 
-TEST_F(VkStretch, LoopHoldsThePreparationOfEachCall) {
-    EXPECT_EQ(tim_veksStretch_16s_I_loop(3, &clocks), krOk);
+TEST_F(VkMeasuredRegion, LoopHoldsThePreparationOfEachCall) {
+    EXPECT_EQ(tim_veksRegion_16s_I_loop(3, &clocks), krOk);
     visit('k');
     ASSERT_EQ(visited(), "ic"
                          "icicic"
@@ -41,9 +41,9 @@ TEST_F(VkStretch, LoopHoldsThePreparationOfEachCall) {
     EXPECT_LE(clocks, ticksBetween(1, 8));
 }
 
-TEST_F(VkStretch, StatisticHoldsTheCallsAlone) {
+TEST_F(VkMeasuredRegion, StatisticHoldsTheCallsAlone) {
     int calls = 2;
-    EXPECT_EQ(tim_veksStretch_16s_I_stat(&calls, &clocks), krOk);
+    EXPECT_EQ(tim_veksRegion_16s_I_stat(&calls, &clocks), krOk);
     visit('k');
     ASSERT_EQ(visited(), "ic"
                          "icic"
