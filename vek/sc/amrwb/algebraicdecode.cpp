@@ -16,8 +16,12 @@ constexpr uint32_t bitsAt(uint32_t word, int shift, int count) {
     return (word >> shift) & ((1U << count) - 1);
 }
 
+Vek16s pulse(uint32_t negative) {
+    return static_cast<Vek16s>(kPulse - 2 * kPulse * static_cast<int>(negative));
+}
+
 void addPulse(Vek16s* code, uint32_t position, uint32_t negative) {
-    code[position] = static_cast<Vek16s>(code[position] + kPulse - 2 * kPulse * static_cast<int>(negative));
+    code[position] = static_cast<Vek16s>(code[position] + pulse(negative));
 }
 
 // Reads pulses on 2^N positions of a track, the first of which is `at`. Bits above the word's own do not matter.
@@ -149,13 +153,13 @@ VekStatus veksAlgebraicCodebookDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* 
         return vekStsBitRateErr;
     }
     std::memset(pDstFixedCodevec, 0, kSubframe * sizeof(Vek16s));
-    switch (rate) {
-    case Rate::R660: {
+    if (rate == Rate::R660) {
         const auto word = static_cast<uint32_t>(pSrcIdxs[0]);
-        addPulse(pDstFixedCodevec, 2 * bitsAt(word, 6, 5), bitsAt(word, 11, 1));
-        addPulse(pDstFixedCodevec, 2 * bitsAt(word, 0, 5) + 1, bitsAt(word, 5, 1));
-        break;
+        pDstFixedCodevec[2 * bitsAt(word, 6, 5)] = pulse(bitsAt(word, 11, 1));
+        pDstFixedCodevec[2 * bitsAt(word, 0, 5) + 1] = pulse(bitsAt(word, 5, 1));
+        return vekStsNoErr;
     }
+    switch (rate) {
     case Rate::R885:
         addTracks<Rate::R885>(pSrcIdxs, pDstFixedCodevec);
         break;
