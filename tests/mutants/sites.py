@@ -37,7 +37,7 @@ EXCHANGES = {
 ROUNDING = {
     "mult_r": "mult", "mult": "mult_r", "round16": "extract_h", "L_shr_r": "L_shr", "shr_r": "shr",
     "L_mac": "L_msu", "L_msu": "L_mac", "L_add": "L_sub", "L_sub": "L_add", "add": "sub", "sub": "add",
-    "L_shl": "L_shr", "L_shr": "L_shl", "shl": "shr", "shr": "shl", "norm_l": "norm_s", "L_mult": "L_mult0",
+    "L_shl": "L_shr", "L_shr": "L_shl", "shl": "shr", "shr": "shl", "norm_l": "norm_s",
     "negate": "abs_s", "extract_h": "extract_l", "extract_l": "extract_h",
     "_mm_mulhrs_epi16": "_mm_mulhi_epi16", "_mm256_mulhrs_epi16": "_mm256_mulhi_epi16",
     "_mm_adds_epi16": "_mm_add_epi16", "_mm256_adds_epi16": "_mm256_add_epi16",
