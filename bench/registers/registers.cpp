@@ -2,7 +2,7 @@
 // clocks.
 #include "five.h"
 
-#include "krcputick.h"
+#include "peers.h"
 
 #include <algorithm>
 #include <array>
@@ -19,12 +19,9 @@ constexpr size_t kinds = 5;
 const FiveKernels* const all[kinds] = {&g_library128, &g_highway128, &g_library256, &g_highway256, &g_highway512};
 
 template <class Call>
-double batch(Call& call, int calls) {
-    const unsigned long long begin = vek_get_cyclon_counter();
-    for (int i = 0; i < calls; ++i) {
-        call();
-    }
-    return static_cast<double>(vek_get_cyclon_counter() - begin) / calls;
+double clocksOf(Call call, int calls) {
+    const PeerSide side = peerSide(call);
+    return side.batch(side.call, calls);
 }
 
 // `call` works with the k-th kernels; `result` has the bytes of what they gave.
@@ -36,13 +33,13 @@ void row(const std::string& name, Call call, Result result) {
     std::array<int, kinds> calls{};
     for (size_t k = 0; k < kinds; ++k) {
         const auto one = [&] { call(k); };
-        low[k] = batch(one, 10);
+        low[k] = clocksOf(one, 10);
         calls[k] = std::max(1, static_cast<int>(batchClocks / low[k]));
     }
     for (int round = 0; round < rounds; ++round) {
         for (size_t k = 0; k < kinds; ++k) {
             const auto one = [&] { call(k); };
-            low[k] = std::min(low[k], batch(one, calls[k]));
+            low[k] = std::min(low[k], clocksOf(one, calls[k]));
         }
     }
     const std::string wanted = result(0);
