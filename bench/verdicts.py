@@ -12,6 +12,7 @@ planted: 20 functions of a test build are delayed by the given percents (bench/p
          made by taking the delayed build for the old one. A function counts as found if one of its lines is accused.
 utest:   forty lines of two copies under Google Benchmark (BUILD_DIR/bench/bench_google_lines, of a build with
          -DKR_BENCH=ON), 9 repetitions each, judged by the U test of its compare script; loads as in copies.
+The readings of a run that accuses wrongly stay in WORK_DIR/wrong-*.db.
 Each run is noted in WORK_DIR/runs.jsonl when it is done; what is noted there is not measured again, so that the programs
 go on where they were ended. `table` prints what there is. Keys behind -- go to the rig (a shorter grid for a trial).
 """
@@ -77,9 +78,10 @@ def compare(args, older, newer, seed):
     load, stolen_before = os.getloadavg()[0], stolen()
     report = args.work / "verdict.json"
     report.unlink(missing_ok=True)
+    (args.work / "last.db").unlink(missing_ok=True)
     command = [args.build / "krlab", "ab", f"old={older}", f"new={newer}", "--rig", args.build / "kelvarrig", "--time",
                args.time, "--threshold", args.threshold, "--confidence", args.confidence, "--json", report, "--store",
-               "none", "--quiet", "--seed", str(seed), "--", *args.keys]
+               args.work / "last.db", "--quiet", "--seed", str(seed), "--", *args.keys]
     begin = time.monotonic()
     status = subprocess.run(command, stdout=subprocess.DEVNULL, check=False).returncode
     if status not in (0, 1):
@@ -93,6 +95,9 @@ def note(journal, kind, case, number, verdict, machine, planted=None):
     accused = [line for line in verdict["lines"] if line["verdict"] in ("slower", "faster")]
     for line in accused:
         line["planted"] = planted is not None and line["function"] in planted
+    # Whoever was accused wrongly can be looked at: all readings of that comparison stay.
+    if not all(line["planted"] for line in accused):
+        (journal.path.parent / "last.db").rename(journal.path.parent / f"wrong-{kind}-{case}-{number}.db")
     journal.add({"kind": kind, "case": case, "number": number, **machine,
                  "rounds": verdict["rounds"], "summary": verdict["summary"], "accused": accused})
 
