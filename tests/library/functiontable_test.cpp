@@ -66,7 +66,7 @@ Names testsOf(const std::string& program) {
         if (line[0] != ' ') {
             suite = word.substr(0, word.find_first_of("/."));
         } else {
-            names.insert(suite + "." + word);
+            names.insert(std::string(suite).append(".").append(word));
         }
     }
     EXPECT_EQ(0, pclose(pipe)) << program;

@@ -508,7 +508,7 @@ struct Nest {
     }
 
     void search(const int8_t* order, const int8_t* peaks, int pulses, Pulse* best) {
-        int8_t tracks[kMostPulses];
+        int8_t tracks[kMostPulses] = {};
         for (int i = 0; i < pulses; ++i) {
             tracks[i] = order[i];
             best[i] = {static_cast<int8_t>(i % Tracks), static_cast<int8_t>(i / Tracks)};
