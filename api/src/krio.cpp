@@ -141,7 +141,7 @@ static bool replaceByCopy(const krString& name, const krStringList& lines) {
     char* const target = realpath(path.c_str(), nullptr);
     const krString goal = target;
     std::free(target);
-    krString copy = goal + ".XXXXXX";
+    krString copy = goal + ".XXXXXX"; // mkstemp puts letters of its own in place of these
     const int file = goal.empty() ? -1 : mkstemp(copy.data());
     if (file < 0) {
         return false;

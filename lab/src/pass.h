@@ -26,9 +26,11 @@ struct PassRequest {
     std::vector<std::string> launcher; ///< as in RigCall
     double timeLimit = 600;            ///< seconds of its own for each rig process; one that takes longer is ended
     std::shared_ptr<Seat> seat;        ///< where rigs take turns; none if this one has the machine to itself
-    size_t padding = 0;                ///< bytes added to the rig's environment: they move its stack
-    bool goOn = true;                  ///< after a rig process that died, measure what stood behind the test in work
-    bool record = true;                ///< false leaves all but the start out of the identity: the caller knows it
+    /// Bytes added to the rig's environment, which move its stack; also the number from which the rig draws where its
+    /// data lie. 0 leaves both as they are.
+    size_t padding = 0;
+    bool goOn = true;   ///< after a rig process that died, measure what stood behind the test in work
+    bool record = true; ///< false leaves all but the start out of the identity: the caller knows it
     /// Called a few times a second with the number of tests that the process in work has ended and its test in work.
     std::function<void(size_t ended, const std::string& function)> progress;
 };
