@@ -20,10 +20,11 @@ TASKS = 24
 PASSES = 3
 FUNCTIONS = 12
 SLOWER = [2, 3, 5, 7, 11]
-KILLED, REQUEUED = 1, 2
+KILLED, REQUEUED, LEFT_ALONE = 1, 2, 3
 
 # A program in place of the rig: twelve functions with one line each. Its figures differ from pass to pass by what the length
-# of its environment tells, so that the same round of the same task has the same figures.
+# of its environment tells, so that the same round of the same task has the same figures. A task that a file holds stays in
+# its second round until the file is gone.
 RIG = r"""#!/bin/bash
 keys="$*"
 for word in "$@"; do case $word in -r*) table=${word#-r} ;; esac; done
@@ -48,6 +49,12 @@ for ((i = 1; i <= functions; ++i)); do
     printf '  acc=0.5%%%%   nLps=64     perf= %%8d/        8=      125 clocks\n| -OK         f%%d     Sun Nov 22 02:25:49 2026|\n' $call $i
 done
 sleep %(sleep)s
+readarray -d '' lab </proc/$PPID/cmdline
+hold=%(place)s/hold.${lab[4]}
+if [ -e "$hold" ]; then
+    echo >>"$hold.passes"
+    while [ -e "$hold" ] && (($(wc -l <"$hold.passes") > 2)); do sleep 0.05; done
+fi
 printf '| KR Summary        |\n| .Number of tests : %%d |\n' $functions
 """
 
@@ -79,7 +86,8 @@ class FleetOnSlurm(unittest.TestCase):
         place.mkdir()
         for subject, slower in (("before", []), ("after", SLOWER)):
             rig = place / subject
-            rig.write_text(RIG % {"functions": FUNCTIONS, "slower": " ".join(map(str, slower)), "sleep": sleep})
+            rig.write_text(RIG % {"functions": FUNCTIONS, "slower": " ".join(map(str, slower)), "sleep": sleep,
+                                  "place": place.absolute()})
             rig.chmod(rig.stat().st_mode | stat.S_IXUSR)
         plan = {"schema": "krlab-fleet-1", "name": name, "passes": PASSES, "seed": 7, "time": "5m",
                 "subjects": [{"name": subject, "path": subject} for subject in ("before", "after")],
@@ -90,13 +98,21 @@ class FleetOnSlurm(unittest.TestCase):
     def tasks(self, folder):
         return self.json("fleet", "status", folder)["tasks"]
 
+    @staticmethod
+    def hold(name, tasks):
+        """Files that keep the tasks from ending."""
+        holds = [pathlib.Path(name, f"hold.{task}") for task in tasks]
+        for file in holds:
+            file.touch()
+        return holds
+
     def wait_for_round(self, folder, task):
-        """Until the task runs and has finished a round, and is not done."""
+        """Until the task, which a file holds, has finished a round."""
         def reached():
             state = self.tasks(folder)[task]
-            self.assertNotEqual(state["state"], "whole", f"task {task} was too quick")
+            self.assertNotEqual(state["state"], "whole", f"task {task} was not held")
             return state["state"] == "running" and state["rounds"] > 0 and state
-        return cluster.wait_for(f"a round of task {task}", reached)
+        return cluster.wait_for(f"a round of task {task}", reached, 60)
 
     def wait_for_end(self, folder):
         """As `--wait` does, and sooner."""
@@ -108,19 +124,22 @@ class FleetOnSlurm(unittest.TestCase):
 
     def test_killed_requeued_and_restarted_tasks_change_no_verdict_and_count_once(self):
         plan = self.plan("disturbed", TASKS, 0.25)
+        holds = self.hold("disturbed", [KILLED, REQUEUED, LEFT_ALONE])
         made = self.json("fleet", "submit", plan, "--folder", "disturbed/folder")
         folder, job = made["folder"], made["job"]
         self.assertEqual(made["tasks"], f"0-{TASKS - 1}")
 
-        node = self.wait_for_round(folder, KILLED)["node"]
+        self.wait_for_round(folder, KILLED)
         self.cluster.command("scancel", "--signal=KILL", "--full", f"{job}_{KILLED}")
+        cluster.wait_for("the end of the killed task", lambda: self.tasks(folder)[KILLED]["state"] == "ended", 60)
         self.wait_for_round(folder, REQUEUED)
         self.cluster.command("scontrol", "requeue", f"{job}_{REQUEUED}")
         # The daemon goes and comes back while a task runs on its node.
-        cluster.wait_for("a task on the node", lambda: any(
-            task["state"] == "running" and task["node"] == node for task in self.tasks(folder)))
+        node = self.wait_for_round(folder, LEFT_ALONE)["node"]
         self.cluster.stop_node(node)
         self.cluster.start_node(node)
+        for file in holds:
+            file.unlink()
 
         self.wait_for_end(folder)
         status = self.json("fleet", "status", folder)
@@ -172,9 +191,10 @@ class FleetOnSlurm(unittest.TestCase):
         self.assertLessEqual(set(nodes[2:]), {"n0", "n1"})
 
     def test_a_cancelled_fleet_keeps_its_finished_rounds(self):
-        plan = self.plan("cancelled", 8, 0.3)
+        plan = self.plan("cancelled", 8, 0.05)
+        self.hold("cancelled", range(8))
         folder = self.json("fleet", "submit", plan, "--folder", "cancelled/folder")["folder"]
-        cluster.wait_for("a round", lambda: any(task["rounds"] > 0 for task in self.tasks(folder)))
+        cluster.wait_for("a round", lambda: any(task["rounds"] > 0 for task in self.tasks(folder)), 60)
         self.krlab("fleet", "cancel", folder)
         self.krlab("fleet", "status", folder, "--wait")
         summary = self.json("fleet", "status", folder)["summary"]
