@@ -1,6 +1,7 @@
 // The operations of the kernels' registers at each level that the machine has, against what they mean.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -112,6 +113,46 @@ TEST(VekRegisters, LanesKeepTheirOrderWhenTheyAreWidenedOrTakenOut) {
         std::vector<int32_t> taken(kElements);
         wide.lanes(x.data(), taken.data(), kElements);
         EXPECT_EQ(x, taken);
+    });
+}
+
+TEST(VekRegisters, EightsAreTurnedRoundAndSummed) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        const Operands o;
+        std::vector<int16_t> want(kElements);
+        std::vector<int16_t> have(kElements);
+        plain.reversed(o.a.data(), want.data(), kElements);
+        wide.reversed(o.a.data(), have.data(), kElements);
+        EXPECT_EQ(want, have);
+        std::vector<float> a(kElements);
+        std::copy(o.a.begin(), o.a.end(), a.begin());
+        std::vector<float> wantSums(kElements / 8);
+        std::vector<float> haveSums(kElements / 8);
+        plain.eightSums(a.data(), wantSums.data(), kElements);
+        wide.eightSums(a.data(), haveSums.data(), kElements);
+        EXPECT_EQ(wantSums, haveSums);
+    });
+}
+
+TEST(VekRegisters, OfEqualLeastOnesTheFirstIsFound) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        // -1 is the largest without a sign; each of the two stands in all lanes, first in this one.
+        for (int first = 0; first < 64; ++first) {
+            std::vector<int32_t> a(128, 7);
+            for (int i = first; i < first + 32; i += 3) {
+                a[static_cast<size_t>(i)] = -1;
+                a[static_cast<size_t>(i) + 1] = 3;
+            }
+            const std::vector<uint32_t> u(a.begin(), a.end());
+            int32_t value = 0;
+            EXPECT_EQ(first, wide.least(a.data(), 128, &value));
+            EXPECT_EQ(-1, value);
+            EXPECT_EQ(first, plain.least(a.data(), 128, &value));
+            uint32_t least = 0;
+            EXPECT_EQ(first + 1, wide.leastUnsigned(u.data(), 128, &least));
+            EXPECT_EQ(3U, least);
+            EXPECT_EQ(first + 1, plain.leastUnsigned(u.data(), 128, &least));
+        }
     });
 }
 

@@ -58,6 +58,29 @@ void lanes(const int32_t* a, int32_t* out, int n) {
     }
 }
 
+void reversedEights(const int16_t* a, int16_t* out, int n) {
+    for (int i = 0; i < n; ++i) {
+        out[i] = a[i / 8 * 8 + 7 - i % 8];
+    }
+}
+
+void eightSums(const float* a, float* out, int n) {
+    for (int i = 0; i < n; i += 8) {
+        const float four[4] = {a[i] + a[i + 4], a[i + 1] + a[i + 5], a[i + 2] + a[i + 6], a[i + 3] + a[i + 7]};
+        out[i / 8] = (four[0] + four[2]) + (four[1] + four[3]);
+    }
+}
+
+template <class T>
+int leastOf(const T* a, int n, T* value) {
+    int at = 0;
+    for (int i = 1; i < n; ++i) {
+        at = a[i] < a[at] ? i : at;
+    }
+    *value = a[at];
+    return at;
+}
+
 #else
 
 using namespace registers;
@@ -120,11 +143,43 @@ void lanes(const int32_t* a, int32_t* out, int n) {
     }
 }
 
+void reversedEights(const int16_t* a, int16_t* out, int n) {
+    for (int i = 0; i < n; i += 8) {
+        hn::StoreU(registers::reversed(kEightOf16, hn::LoadU(kEightOf16, a + i)), kEightOf16, out + i);
+    }
+}
+
+void eightSums(const float* a, float* out, int n) {
+    using D = hn::CappedTag<float, 8>;
+    using Four = hn::FixedTag<float, 4>;
+    for (int i = 0; i < n; i += 8) {
+        auto four = fourSums(hn::LoadU(D(), a + i));
+        if (kLanesOf<D> == 4) {
+            four = four + hn::LoadU(Four(), a + i + 4);
+        }
+        out[i / 8] = hn::GetLane(hn::SumOfLanes(Four(), four));
+    }
+}
+
+template <class T>
+int leastOf(const T* a, int n, T* value) {
+    using D = hn::ScalableTag<T>;
+    LeastOfLanes<D> least;
+    auto number = hn::BitCast(D(), hn::Load(d32, kCounting));
+    for (int i = 0; i < n; i += kLanesOf<D>) {
+        least.see(hn::LoadU(D(), a + i), number);
+        number = number + hn::Set(D(), static_cast<T>(kLanesOf<D>));
+    }
+    return least.settle(value);
+}
+
 #endif
 
 } // namespace
 
-VEK_KERNEL_TABLE_512(RegisterOperations, registerOperations) = {bytes,        plusPairsOf, pairSumsOf, multCutOf,
-                                                                addSaturated, combined,    widened,    lanes};
+VEK_KERNEL_TABLE_512(RegisterOperations, registerOperations) = {
+    bytes,   plusPairsOf, pairSumsOf,     multCutOf, addSaturated,     combined,
+    widened, lanes,       reversedEights, eightSums, leastOf<int32_t>, leastOf<uint32_t>,
+};
 
 } // namespace vek

@@ -23,6 +23,13 @@ struct RegisterOperations {
     void (*widened)(const float* a, double* out, int n);
     /// The four of each four in their order, each by itself.
     void (*lanes)(const int32_t* a, int32_t* out, int n);
+    /// The elements of each eight in the opposite order.
+    void (*reversed)(const int16_t* a, int16_t* out, int n);
+    /// The sum of each eight, the lower and the upper four added first.
+    void (*eightSums)(const float* a, float* out, int n);
+    /// The least of all and where it stands first.
+    int (*least)(const int32_t* a, int n, int32_t* value);
+    int (*leastUnsigned)(const uint32_t* a, int n, uint32_t* value);
 };
 
 VEK_KERNEL_PICK(RegisterOperations, registerOperations)
