@@ -350,6 +350,8 @@ void fir32(const int16_t* a, int order, const int16_t* x, int32_t* f, int n) {
     }
 }
 
+#if VEK_LEVEL < 3
+
 void allPole(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q) {
     switch (order) {
     case 10:
@@ -362,6 +364,8 @@ void allPole(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q) 
         return allPoleOf<0>(a, order, f, y, n, q);
     }
 }
+
+#endif
 
 void weighted(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half) {
     for (int i = 0; i < n; i++) {
@@ -435,6 +439,14 @@ void weighted32f(const float* x1, float v1, const float* x2, float v2, float* y,
 }
 
 } // namespace
+
+#if VEK_LEVEL == 2
+void allPole256(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q) {
+    allPole(a, order, f, y, n, q);
+}
+#elif VEK_LEVEL == 3
+constexpr auto allPole = allPole256;
+#endif
 
 VEK_KERNEL_TABLE_512(FilterKernels, filterKernels) = {
     maxAbs16, fir16,      fir32,       allPole,  weighted, mul,        mulC,         addScaled,
