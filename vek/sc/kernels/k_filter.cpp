@@ -43,8 +43,9 @@ inline uint32_t firAt(const int16_t* a, int order, const int16_t* x) {
     return s;
 }
 
-// Output i of the recursion.
-VEK_INLINE void allPoleAt(const int16_t* a, int order, int32_t* f, int16_t* y, int i, uint32_t half, int q) {
+// Output i of the recursion. Like all of it unused at 512 bits (allPole256).
+[[maybe_unused]] VEK_INLINE void allPoleAt(const int16_t* a, int order, int32_t* f, int16_t* y, int i, uint32_t half,
+                                           int q) {
     auto s = static_cast<uint32_t>(f[i]);
     for (int j = order; j > 0; j--) {
         s -= prod(a[j], y[i - j]);
@@ -135,7 +136,7 @@ VEK_INLINE uint32_t lane(V v) {
 
 // The cut on the chain from output to output: a branch that is hardly ever taken costs it nothing, and the empty
 // statement keeps the compiler from gathering the scalars into a vector.
-inline int cutScalar(uint32_t& sum, int q) {
+[[maybe_unused]] inline int cutScalar(uint32_t& sum, int q) {
     __asm__("" : "+r"(sum));
     int v = static_cast<int32_t>(sum) >> q;
     if (v != static_cast<int16_t>(v)) [[unlikely]] {
