@@ -45,6 +45,9 @@ kr_need_files() { # file:package ...
     fi
 }
 
+# What the library's kernels stand on.
+kr_library_files="/usr/include/hwy/highway.h:libhwy-dev"
+
 # What the companion stands on.
 kr_lab_files="/usr/include/CLI/CLI.hpp:libcli11-dev /usr/include/nlohmann/json.hpp:nlohmann-json3-dev
     /usr/include/sqlite3.h:libsqlite3-dev /usr/include/fmt/format.h:libfmt-dev

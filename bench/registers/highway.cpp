@@ -1,5 +1,5 @@
-// Five kernels through Highway, one body for all widths; compiled once for each set of registers.
-#include "five.h"
+// Two kernels through Highway, one body for all widths; compiled once for each set of registers.
+#include "trial.h"
 
 #include <hwy/highway.h>
 
@@ -8,131 +8,12 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-using D16 = hn::ScalableTag<int16_t>;
-using D32 = hn::RepartitionToWide<D16>;
+using D32 = hn::ScalableTag<int32_t>;
 using D64 = hn::RepartitionToWide<D32>;
 using V32 = hn::Vec<D32>;
 
-constexpr D16 d16;
 constexpr D32 d32;
 constexpr D64 d64;
-
-// sum + a * b of pairs of neighbours
-HWY_INLINE V32 madd(hn::Vec<D16> a, hn::Vec<D16> b, V32 sum) {
-    V32 none = hn::Zero(d32);
-    return hn::Add(hn::ReorderWidenMulAccumulate(d32, a, b, sum, none), none);
-}
-
-int64_t dot16(const int16_t* a, const int16_t* b, int n) {
-    const hn::RebindToUnsigned<D64> du64;
-    const int step = static_cast<int>(hn::Lanes(d16));
-    const V32 bias = hn::Set(d32, 0x7fff0000);
-    const auto low = hn::Set(du64, 0xffffffffU);
-    auto s0 = hn::Zero(du64);
-    auto s1 = s0;
-    int i = 0;
-    for (; i + step <= n; i += step) {
-        const auto p = hn::BitCast(du64, madd(hn::LoadU(d16, a + i), hn::LoadU(d16, b + i), bias));
-        s0 = hn::Add(s0, hn::And(p, low));
-        s1 = hn::Add(s1, hn::ShiftRight<32>(p));
-    }
-    int pairs = i / 2;
-    if (i > 0 && i < n) {
-        const auto old = hn::FirstN(d16, static_cast<size_t>(step - (n - i)));
-        const auto x = hn::IfThenZeroElse(old, hn::LoadU(d16, a + n - step));
-        const auto p = hn::BitCast(du64, madd(x, hn::LoadU(d16, b + n - step), bias));
-        s0 = hn::Add(s0, hn::And(p, low));
-        s1 = hn::Add(s1, hn::ShiftRight<32>(p));
-        pairs += step / 2;
-        i = n;
-    }
-    auto s = static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(du64, hn::Add(s0, s1)))) -
-             static_cast<int64_t>(pairs) * 0x7fff0000;
-    for (; i < n; ++i) {
-        s += a[i] * b[i];
-    }
-    return s;
-}
-
-void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
-    const int step = static_cast<int>(hn::Lanes(d16));
-    for (int k = 0; k < lags; k += 4) {
-        V32 s0 = hn::Zero(d32);
-        V32 s1 = s0;
-        V32 s2 = s0;
-        V32 s3 = s0;
-        const int16_t* x = a + k;
-        for (int i = 0; i < n - k; i += step) {
-            const auto y = hn::LoadU(d16, b + i);
-            s0 = madd(y, hn::LoadU(d16, x + i), s0);
-            s1 = madd(y, hn::LoadU(d16, x + i + 1), s1);
-            s2 = madd(y, hn::LoadU(d16, x + i + 2), s2);
-            s3 = madd(y, hn::LoadU(d16, x + i + 3), s3);
-        }
-        const int32_t r[4] = {hn::GetLane(hn::SumOfLanes(d32, s0)), hn::GetLane(hn::SumOfLanes(d32, s1)),
-                              hn::GetLane(hn::SumOfLanes(d32, s2)), hn::GetLane(hn::SumOfLanes(d32, s3))};
-        for (int j = k; j < lags && j < k + 4; ++j) {
-            out[j] = r[j - k];
-        }
-    }
-}
-
-constexpr int kMaxPairs = 21;
-
-template <class D>
-HWY_INLINE void firBlock(D d, const int32_t* c, int order, const int16_t* x, int16_t* y, int half, int q) {
-    const hn::RepartitionToWide<D> wide;
-    auto none = hn::Zero(wide);
-    auto lo = hn::Set(wide, half);
-    auto hi = lo;
-    for (int j = 0; j <= order; j += 2) {
-        const auto u = hn::LoadU(d, x - j);
-        const auto v = j < order ? hn::LoadU(d, x - j - 1) : u;
-        const auto k = hn::BitCast(d, hn::Set(wide, c[j / 2]));
-        lo = hn::ReorderWidenMulAccumulate(wide, hn::InterleaveLower(d, u, v), k, lo, none);
-        hi = hn::ReorderWidenMulAccumulate(wide, hn::InterleaveUpper(d, u, v), k, hi, none);
-    }
-    hn::StoreU(hn::ReorderDemote2To(d, hn::ShiftRightSame(lo, q), hn::ShiftRightSame(hi, q)), d, y);
-}
-
-template <int Fixed>
-void firOf(const int16_t* a, int given, const int16_t* x, int16_t* y, int n, int q) {
-    const int order = Fixed > 0 ? Fixed : given;
-    int32_t c[kMaxPairs];
-    for (int j = 0; j <= order; j += 2) {
-        const auto second = static_cast<uint16_t>(j < order ? a[j + 1] : 0);
-        c[j / 2] = static_cast<int32_t>(static_cast<uint16_t>(a[j]) | static_cast<uint32_t>(second) << 16);
-    }
-    const int half = q > 0 ? 1 << (q - 1) : 0;
-    const int step = static_cast<int>(hn::Lanes(d16));
-    int i = 0;
-    for (; i + step <= n; i += step) {
-        firBlock(d16, c, order, x + i, y + i, half, q);
-    }
-    const hn::CappedTag<int16_t, 8> eight;
-    for (; i + 8 <= n; i += 8) {
-        firBlock(eight, c, order, x + i, y + i, half, q);
-    }
-    for (; i < n; ++i) {
-        uint32_t s = 0;
-        for (int j = 0; j <= order; ++j) {
-            s += static_cast<uint32_t>(a[j] * x[i - j]);
-        }
-        const int32_t r = static_cast<int32_t>(s + static_cast<uint32_t>(half)) >> q;
-        y[i] = static_cast<int16_t>(r > 32767 ? 32767 : r < -32768 ? -32768 : r);
-    }
-}
-
-void fir16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
-    switch (order) {
-    case 10:
-        return firOf<10>(a, order, x, y, n, q);
-    case 16:
-        return firOf<16>(a, order, x, y, n, q);
-    default:
-        return firOf<0>(a, order, x, y, n, q);
-    }
-}
 
 using E64 = hn::Vec<D64>;
 
@@ -244,6 +125,6 @@ void chains(const PulseField& field, const PulseChain* list, int count, int puls
 
 } // namespace
 
-const FiveKernels FIVE_KERNELS = {dot16, corr32, fir16, butterflies, chains};
+const TrialKernels TRIAL_KERNELS = {butterflies, chains};
 
 } // namespace vek

@@ -1,8 +1,6 @@
 // The library's own, compiled for the registers of one level.
-#include "five.h"
+#include "trial.h"
 
-#include "sc/kernels/corr.h"
-#include "sc/kernels/filter.h"
 #include "sc/kernels/simd.h"
 
 namespace vek {
@@ -27,11 +25,9 @@ void butterflies(int32_t* re, int32_t* im, const int32_t* wRe, const int32_t* wI
 } // namespace
 
 #if VEK_LEVEL == 1
-const FiveKernels g_library128 = {corrKernels_L1.dot16, corrKernels_L1.corr32, filterKernels_L1.fir16, butterflies,
-                                  pulseKernels_L1.chains};
+const TrialKernels g_library128 = {butterflies, pulseKernels_L1.chains};
 #else
-const FiveKernels g_library256 = {corrKernels_L2.dot16, corrKernels_L2.corr32, filterKernels_L2.fir16, butterflies,
-                                  pulseKernels_L2.chains};
+const TrialKernels g_library256 = {butterflies, pulseKernels_L2.chains};
 #endif
 
 } // namespace vek

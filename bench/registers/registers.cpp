@@ -1,6 +1,6 @@
-// The same five kernels in the library's registers and in those of Highway, measured in turn. Lowest readings, in
+// The same two kernels in the library's registers and in those of Highway, measured in turn. Lowest readings, in
 // clocks.
-#include "five.h"
+#include "trial.h"
 
 #include "peers.h"
 
@@ -16,7 +16,7 @@ namespace {
 using namespace vek;
 
 constexpr size_t kinds = 5;
-const FiveKernels* const all[kinds] = {&g_library128, &g_highway128, &g_library256, &g_highway256, &g_highway512};
+const TrialKernels* const all[kinds] = {&g_library128, &g_highway128, &g_library256, &g_highway256, &g_highway512};
 
 template <class Call>
 double clocksOf(Call call, int calls) {
@@ -43,8 +43,8 @@ void row(const std::string& name, Call call, Result result) {
         }
     }
     const std::string wanted = result(0);
-    const bool alike =
-        std::all_of(all, all + kinds, [&, k = size_t{0}](const FiveKernels*) mutable { return result(k++) == wanted; });
+    const bool alike = std::all_of(all, all + kinds,
+                                   [&, k = size_t{0}](const TrialKernels*) mutable { return result(k++) == wanted; });
     std::printf("%-24s %8.1f %8.1f %5.2f  %8.1f %8.1f %5.2f  %8.1f %5.2f%s\n", name.c_str(), low[0], low[1],
                 low[1] / low[0], low[2], low[3], low[3] / low[2], low[4], low[4] / low[2],
                 alike ? "" : "  DIFFERENT RESULTS");
@@ -59,36 +59,7 @@ std::string bytesOf(const T* values, size_t count) {
 
 int main() {
     std::mt19937 random(1);
-    constexpr size_t room = 1024;
-    alignas(64) static int16_t a[room];
-    alignas(64) static int16_t b[room];
-    alignas(64) static int16_t padded[room];
-    alignas(64) static int16_t y[kinds][room];
-    for (size_t i = 0; i < room; ++i) {
-        a[i] = static_cast<int16_t>(random());
-        b[i] = static_cast<int16_t>(random());
-    }
     std::printf("%-24s %26s%26s%17s\n", "", "128 bits: library, Highway", "256 bits: library, Highway", "512: Highway");
-    for (const int n : {40, 180, 240}) {
-        int64_t sums[kinds];
-        row(
-            "inner product " + std::to_string(n), [&](size_t k) { sums[k] = all[k]->dot16(a, b, n); },
-            [&](size_t k) { return bytesOf(sums + k, 1); });
-    }
-    for (const int n : {40, 240}) {
-        constexpr int lags = 11;
-        int32_t out[kinds][lags];
-        std::memset(padded, 0, sizeof padded);
-        std::copy_n(a, n, padded);
-        row(
-            "correlation " + std::to_string(n) + " x 11", [&](size_t k) { all[k]->corr32(padded, b, n, lags, out[k]); },
-            [&](size_t k) { return bytesOf(out[k], lags); });
-    }
-    for (const int n : {40, 240}) {
-        row(
-            "filter " + std::to_string(n) + ", order 10", [&](size_t k) { all[k]->fir16(a, 10, b + 64, y[k], n, 12); },
-            [&](size_t k) { return bytesOf(y[k], static_cast<size_t>(n)); });
-    }
     for (const int half : {64, 256}) {
         alignas(64) static int32_t parts[2][2 * 256];
         alignas(64) static int32_t w[2][256];

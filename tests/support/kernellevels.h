@@ -1,6 +1,6 @@
-// Runs a program of tests once at each level of the kernels: 256-bit, 128-bit and plain code, as far as the machine has
-// them. Who tests a function that works by kernels need do nothing for it. A test that compares the levels with one
-// another walks through them by atEveryLevel, and is run once.
+// Runs a program of tests once at each level of the kernels: 512-bit, 256-bit, 128-bit and plain code, as far as the
+// machine has them. Who tests a function that works by kernels need do nothing for it. A test that compares the levels
+// with one another walks through them by atEveryLevel, and is run once.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -43,15 +43,25 @@ inline void onceIsEnough() {
     run().done.insert(nameOf(*testing::UnitTest::GetInstance()->current_test_info()));
 }
 
-/// Runs the body with plain, 128-bit and 256-bit kernels, as far as the machine has them.
+/// Runs the body with plain, 128-bit, 256-bit and 512-bit kernels, as far as the machine has them.
 template <class Body>
 void atEveryLevel(Body body) {
     onceIsEnough();
+    const auto atThis = [&body] {
+        SCOPED_TRACE("kernel level " + std::to_string(vekGetKernelLevel()));
+        body();
+    };
+    int named = 0;
     for (const VekCpuType cpu : {vekCpuUnknown, vekCpuV5, vekCpuV8}) {
         if (vekInitCpu(cpu) == vekStsNoErr) {
-            SCOPED_TRACE("kernel level " + std::to_string(vekGetKernelLevel()));
-            body();
+            named = vekGetKernelLevel();
+            atThis();
         }
+    }
+    // Above what has a name.
+    vekInit();
+    if (vekGetKernelLevel() > named) {
+        atThis();
     }
     run().choose();
 }
@@ -92,7 +102,7 @@ inline int runTests(int argc, char** argv, const std::set<std::string>& single) 
     unsetenv("GTEST_TOTAL_SHARDS");
     unsetenv("GTEST_SHARD_INDEX");
     run().best = false;
-    for (const VekCpuType cpu : {vekCpuV5, vekCpuUnknown}) {
+    for (const VekCpuType cpu : {vekCpuV8, vekCpuV5, vekCpuUnknown}) {
         if (!again.empty() && vekInitCpu(cpu) == vekStsNoErr && vekGetKernelLevel() < best) {
             std::printf("Note: kernel level %d\n", vekGetKernelLevel());
             run().cpu = cpu;

@@ -101,6 +101,28 @@ TEST(VekCpuRules, WideLevelsNeedASystemThatSavesTheWideRegisters) {
     EXPECT_EQ(68, cpuType(kPlayed));
 }
 
+TEST(VekCpuRules, LongRegistersNeedEachOfTheirFeaturesAndASystemThatSavesThem) {
+    constexpr uint32_t avx2 = 1U << 5;
+    constexpr uint32_t features[] = {1U << 16, 1U << 17, 1U << 28, 1U << 30, 1U << 31};
+    uint32_t all = avx2;
+    for (const uint32_t feature : features) {
+        all |= feature;
+    }
+    const auto bestOf = [](uint32_t wide, uint32_t saved) {
+        play({{{0, 0}, {7, 0, 0, 0}}, {{1, 0}, {0, 0, (3U << 27) | (1U << 19), 0}}, {{7, 0}, {0, wide, 0, 0}}}, saved);
+        return bestKernelLevel(kPlayed);
+    };
+    EXPECT_EQ(3, bestOf(all, 0xe7));
+    for (const uint32_t feature : features) {
+        EXPECT_EQ(2, bestOf(all & ~feature, 0xe7)) << feature;
+    }
+    for (const uint32_t state : {0x20U, 0x40U, 0x80U}) {
+        EXPECT_EQ(2, bestOf(all, 0xe7U & ~state)) << state;
+    }
+    EXPECT_EQ(1, bestOf(all, 0xe3));
+    EXPECT_EQ(1, bestOf(all & ~avx2, 0xe7));
+}
+
 TEST(VekCpuRules, TheLargestCacheThatHoldsDataCounts) {
     // 64 ways x 64 bytes x 1024 sets of instructions; 8 x 64 x 64 data; 16 x 64 x 2048 unified.
     play({{{0, 0}, {4, 0, 0, 0}},
@@ -139,7 +161,21 @@ TEST(VekInit, CodeZeroMeansPlainCodeAndInitTheBestOfTheMachine) {
     ASSERT_EQ(vekStsNoErr, vekInitCpu(0));
     EXPECT_EQ(0, vekGetKernelLevel());
     ASSERT_EQ(vekStsNoErr, vekInit());
-    EXPECT_EQ(kernelLevel(vekGetCpuType()), vekGetKernelLevel());
+    const bool longRegisters = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                               __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") &&
+                               __builtin_cpu_supports("avx512vl");
+    EXPECT_EQ(longRegisters ? 3 : kernelLevel(vekGetCpuType()), vekGetKernelLevel());
+}
+
+TEST(VekInit, NoProcessorTypeStandsForKernelsAbove256Bits) {
+    for (int code = vekCpuUnknown; code <= 96; ++code) {
+        ASSERT_EQ(vekStsNoErr, vekInit());
+        if (vekInitCpu(code) == vekStsNoErr) {
+            EXPECT_LE(vekGetKernelLevel(), 2) << code;
+            EXPECT_TRUE(code != vekCpuV8 || vekGetKernelLevel() == 2);
+        }
+    }
+    ASSERT_EQ(vekStsNoErr, vekInit());
 }
 
 TEST(VekInit, UnknownCodesAreRefusedAndLeaveTheChoice) {

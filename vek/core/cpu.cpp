@@ -47,17 +47,10 @@ std::mutex g_listenersLock;
 void (*g_listeners[kMaxListeners])(int) = {};
 int g_numListeners = 0;
 
-int bestLevel() {
-    if (hasLevel(kMachine, vekCpuV8)) {
-        return 2;
-    }
-    return hasLevel(kMachine, vekCpuV5) ? 1 : 0;
-}
-
 int currentLevel() {
     int level = g_level.load(std::memory_order_relaxed);
     if (level < 0) {
-        level = bestLevel();
+        level = bestKernelLevel(kMachine);
         g_level.store(level, std::memory_order_relaxed);
     }
     return level;
@@ -93,7 +86,7 @@ VekStatus vekGetMaxCacheSizeB(int* pSize) {
 }
 
 VekStatus vekInit(void) {
-    setLevel(bestLevel());
+    setLevel(bestKernelLevel(kMachine));
     return vekStsNoErr;
 }
 

@@ -63,6 +63,15 @@ inline bool hasLevel(const CpuReader& cpu, VekCpuType code) {
     }
 }
 
+// Does the processor have 512-bit registers as the kernels use them, with lanes of all sizes and in the shorter
+// registers too, and a system that saves them? No processor type stands for these.
+inline bool hasLongRegisters(const CpuReader& cpu) {
+    constexpr uint32_t features = (1U << 16) | (1U << 17) | (1U << 28) | (1U << 30) | (1U << 31);
+    constexpr uint32_t states = 0xe6; // the registers of each width, and the masks
+    return hasLevel(cpu, vekCpuV8) && (cpu.cpuid(7, 0).ebx & features) == features &&
+           (cpu.savedStates() & states) == states;
+}
+
 inline VekCpuType cpuType(const CpuReader& cpu) {
     for (VekCpuType code = vekCpuV8; code >= vekCpuV1; --code) {
         if (hasLevel(cpu, code)) {
@@ -122,6 +131,11 @@ inline int kernelLevel(VekCpuType code) {
         return 2;
     }
     return code >= vekCpuV5 && code <= vekCpuV7 ? 1 : 0;
+}
+
+// The best kernels of the machine: these, or 3 for 512-bit ones.
+inline int bestKernelLevel(const CpuReader& cpu) {
+    return hasLongRegisters(cpu) ? 3 : kernelLevel(cpuType(cpu));
 }
 
 } // namespace vek::core

@@ -23,7 +23,8 @@ VEK_API VekStatus vekGetMaxCacheSizeB(int* pSize);
 // Text of a status from the one table of vekdefs.h; "unknown status" for any other number. Never null.
 VEK_API const char* vekGetStatusString(VekStatus status);
 
-// Picks the best kernels for this machine. In force already when the library is loaded.
+// Picks the best kernels for this machine, those with 512-bit registers too, for which no processor type stands. In force
+// already when the library is loaded.
 VEK_API VekStatus vekInit(void);
 
 // Picks the kernels of a processor type: plain code below level 68, 128-bit code for 68 to 70, 256-bit code for 71.
@@ -35,7 +36,7 @@ VEK_API VekStatus vekInitCpu(VekCpuType cpu);
 // since no function of this library splits its work.
 VEK_API VekStatus vekSetNumThreads(int numThreads);
 
-// Kernel level in force: 0 plain code, 1 128-bit, 2 256-bit.
+// Kernel level in force: 0 plain code, 1 128-bit, 2 256-bit, 3 512-bit where a kernel gains by it.
 VEK_API int vekGetKernelLevel(void);
 
 // For the sister libraries: notify(level) is called at once and after each change of the level. Up to 16 listeners;

@@ -10,8 +10,10 @@
 #define VEK_LEVEL_NS level1
 #elif VEK_LEVEL == 2
 #define VEK_LEVEL_NS level2
+#elif VEK_LEVEL == 3
+#define VEK_LEVEL_NS level3
 #else
-#error "VEK_LEVEL is 0, 1 or 2"
+#error "VEK_LEVEL is 0, 1, 2 or 3"
 #endif
 
 // For the short steps of kernels, which must not cost a call. Sanitizer builds leave them apart: laid into each other

@@ -42,6 +42,9 @@ struct FilterKernels {
     void (*weighted32f)(const float* x1, float v1, const float* x2, float v2, float* y, int n);
 };
 
+// The recursion of 256 bits, which that of 512 shares: compiled for these, some of its scalars wait in mask registers.
+void allPole256(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q);
+
 VEK_KERNEL_PICK(FilterKernels, filterKernels)
 
 } // namespace vek

@@ -4,70 +4,16 @@
 #include "sc/kernels/corr.h"
 
 #include "sc/common/fixmath.h"
-#include "sc/kernels/floatlanes.h"
-#include "sc/kernels/simd.h"
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
 
 using fix::sat16;
 
-#if VEK_LEVEL > 0
-
-// Four lags from k on, of which those below `lags` are wanted.
-VEK_INLINE void storeLags(int32_t* out, int k, int lags, __m128i r) {
-    if (k + 4 <= lags) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + k), r);
-    } else {
-        int32_t rest[4];
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(rest), r);
-        for (int j = k; j < lags; ++j) {
-            out[j] = rest[j - k];
-        }
-    }
-}
-
-constexpr int kBlock = 32 * floats::kFloats;
-
-float dotOfBlock(const float* a, const float* b, int n) {
-    using namespace floats;
-    const auto products = [a, b](int i) { return load(a + i) * load(b + i); };
-    Floats s0 = set1(0);
-    Floats s1 = s0;
-    Floats s2 = s0;
-    Floats s3 = s0;
-    int i = 0;
-    for (; i + 4 * kFloats <= n; i += 4 * kFloats) {
-        s0 = s0 + products(i);
-        s1 = s1 + products(i + kFloats);
-        s2 = s2 + products(i + 2 * kFloats);
-        s3 = s3 + products(i + 3 * kFloats);
-    }
-    if (i + kFloats <= n) {
-        s0 = s0 + products(i);
-        i += kFloats;
-    }
-    if (i + kFloats <= n) {
-        s1 = s1 + products(i);
-        i += kFloats;
-    }
-    if (i + kFloats <= n) {
-        s2 = s2 + products(i);
-        i += kFloats;
-    }
-    __m128 s = fourSums((s0 + s1) + (s2 + s3));
-    if (kFloats > 4 && i + 4 <= n) {
-        s = s + _mm_loadu_ps(a + i) * _mm_loadu_ps(b + i);
-        i += 4;
-    }
-    float rest = 0;
-    for (; i < n; ++i) {
-        rest += a[i] * b[i];
-    }
-    return total(s) + rest;
-}
-
-#endif
+// One half of a fold: dst[n] = (w1[n] * x1[n] + w2[n] * x2[n]) in Q15, where each of the four runs forwards or
+// backwards from its pointer, and the second product counts negative if asked.
+enum class Run { forwards, backwards };
 
 #if VEK_LEVEL == 0
 
@@ -106,114 +52,169 @@ void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
     }
 }
 
-#elif VEK_LEVEL == 1
-
-__m128i load16(const int16_t* p) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+template <Run run>
+VEK_INLINE int at(const int16_t* p, int n) {
+    return run == Run::forwards ? p[n] : p[-n];
 }
 
-int64_t dot16(const int16_t* a, const int16_t* b, int n) {
-    const __m128i bias = _mm_set1_epi32(0x7fff0000);
-    const __m128i low = _mm_set1_epi64x(0xffffffffLL);
-    __m128i s0 = _mm_setzero_si128();
-    __m128i s1 = _mm_setzero_si128();
-    int i = 0;
-    for (; i + 8 <= n; i += 8) {
-        const __m128i p = _mm_add_epi32(_mm_madd_epi16(load16(a + i), load16(b + i)), bias);
-        s0 = _mm_add_epi64(s0, _mm_and_si128(p, low));
-        s1 = _mm_add_epi64(s1, _mm_srli_epi64(p, 32));
-    }
-    s0 = _mm_add_epi64(s0, s1);
-    int64_t s = _mm_cvtsi128_si64(s0) + _mm_extract_epi64(s0, 1) - static_cast<int64_t>(i / 2) * 0x7fff0000;
-    for (; i < n; ++i) {
-        s += a[i] * b[i];
-    }
-    return s;
-}
-
-void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
-    for (int k = 0; k < lags; k += 4) {
-        __m128i s0 = _mm_setzero_si128();
-        __m128i s1 = s0;
-        __m128i s2 = s0;
-        __m128i s3 = s0;
-        const int16_t* x = a + k;
-        for (int i = 0; i < n - k; i += 8) {
-            const __m128i y = load16(b + i);
-            s0 = _mm_add_epi32(s0, _mm_madd_epi16(y, load16(x + i)));
-            s1 = _mm_add_epi32(s1, _mm_madd_epi16(y, load16(x + i + 1)));
-            s2 = _mm_add_epi32(s2, _mm_madd_epi16(y, load16(x + i + 2)));
-            s3 = _mm_add_epi32(s3, _mm_madd_epi16(y, load16(x + i + 3)));
-        }
-        simd::transpose4(s0, s1, s2, s3);
-        const __m128i r = _mm_add_epi32(_mm_add_epi32(s0, s1), _mm_add_epi32(s2, s3));
-        storeLags(out, k, lags, r);
+template <Run runW1, Run runX1, Run runW2, Run runX2, bool minus>
+VEK_INLINE void halfFold(const int16_t* w1, const int16_t* x1, const int16_t* w2, const int16_t* x2, int16_t* dst,
+                         int count) {
+    for (int n = 0; n < count; ++n) {
+        const int first = at<runW1>(w1, n) * at<runX1>(x1, n);
+        const int second = at<runW2>(w2, n) * at<runX2>(x2, n);
+        dst[n] = sat16(((minus ? first - second : first + second) + 0x4000) >> 15);
     }
 }
 
 #else
 
-__m256i load16(const int16_t* p) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+using namespace registers;
+
+using PairSum = hn::RepartitionToWide<D16>;
+using WideSum = hn::RebindToUnsigned<hn::RepartitionToWide<PairSum>>;
+
+// Adds to `all` the biased sums of pairs, two in 64 bits, and to `upper` those in the upper halves once more.
+VEK_INLINE void addBiased(hn::Vec<D16> a, hn::Vec<D16> b, hn::Vec<WideSum>& all, hn::Vec<WideSum>& upper) {
+    const auto two = hn::BitCast(WideSum(), plusPairs(hn::Set(PairSum(), 0x7fff0000), a, b));
+    all = all + two;
+    upper = upper + hn::ShiftRight<32>(two);
 }
 
-__m128i halves(__m256i v) {
-    return _mm_add_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
-}
+// Read from element m on: a mask of the last m lanes.
+struct LastLanes {
+    int16_t mask[2 * kLanesOf<D16>];
 
-// Read from element m on: a mask of the last m of sixteen.
-alignas(32) const int16_t kLastOf16[32] = {0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,
-                                           -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    constexpr LastLanes() : mask() {
+        for (int i = kLanesOf<D16>; i < 2 * kLanesOf<D16>; ++i) {
+            mask[i] = -1;
+        }
+    }
+};
+constexpr LastLanes kLast;
 
 int64_t dot16(const int16_t* a, const int16_t* b, int n) {
-    const __m256i bias = _mm256_set1_epi32(0x7fff0000);
-    const __m256i low = _mm256_set1_epi64x(0xffffffffLL);
-    __m256i s0 = _mm256_setzero_si256();
-    __m256i s1 = _mm256_setzero_si256();
+    constexpr int lanes = kLanesOf<D16>;
+    auto all = hn::Zero(WideSum());
+    auto upper = all;
     int i = 0;
-    for (; i + 16 <= n; i += 16) {
-        const __m256i p = _mm256_add_epi32(_mm256_madd_epi16(load16(a + i), load16(b + i)), bias);
-        s0 = _mm256_add_epi64(s0, _mm256_and_si256(p, low));
-        s1 = _mm256_add_epi64(s1, _mm256_srli_epi64(p, 32));
+    for (; i + lanes <= n; i += lanes) {
+        addBiased(hn::LoadU(d16, a + i), hn::LoadU(d16, b + i), all, upper);
     }
-    int pairs = i / 2;
-    if (i > 0 && i < n) {
-        // The rest with the last sixteen elements, of which those already counted are masked out.
-        const __m256i fresh = load16(kLastOf16 + (n - i));
-        const __m256i x = _mm256_and_si256(load16(a + n - 16), fresh);
-        const __m256i p = _mm256_add_epi32(_mm256_madd_epi16(x, load16(b + n - 16)), bias);
-        s0 = _mm256_add_epi64(s0, _mm256_and_si256(p, low));
-        s1 = _mm256_add_epi64(s1, _mm256_srli_epi64(p, 32));
-        pairs += 8;
+    int64_t pairs = i / 2;
+    if (lanes > 8 && i > 0 && i < n) {
+        // The rest with the last register, without what has been counted.
+        const auto rest = hn::And(hn::LoadU(d16, a + n - lanes), hn::LoadU(d16, kLast.mask + (n - i)));
+        addBiased(rest, hn::LoadU(d16, b + n - lanes), all, upper);
+        pairs += lanes / 2;
         i = n;
     }
-    s0 = _mm256_add_epi64(s0, s1);
-    const __m128i h = _mm_add_epi64(_mm256_castsi256_si128(s0), _mm256_extracti128_si256(s0, 1));
-    int64_t s = _mm_cvtsi128_si64(h) + _mm_extract_epi64(h, 1) - static_cast<int64_t>(pairs) * 0x7fff0000;
+    // The lower halves, which are the sums of all without the upper ones, and these.
+    const auto both = all - hn::ShiftLeft<32>(upper) + upper;
+    int64_t s = static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(WideSum(), both))) - pairs * 0x7fff0000;
     for (; i < n; ++i) {
         s += a[i] * b[i];
     }
     return s;
 }
 
+using FourFloats = hn::FixedTag<float, 4>;
+using Floats = hn::CappedTag<float, 8>;
+
+constexpr int kBlock = 32 * kLanesOf<Floats>;
+
+VEK_INLINE float dotOfBlock(const float* a, const float* b, int n) {
+    constexpr int lanes = kLanesOf<Floats>;
+    const auto products = [a, b](auto d, int i) { return hn::LoadU(d, a + i) * hn::LoadU(d, b + i); };
+    const Floats d;
+    auto s0 = hn::Zero(d);
+    auto s1 = s0;
+    auto s2 = s0;
+    auto s3 = s0;
+    int i = 0;
+    for (; i + 4 * lanes <= n; i += 4 * lanes) {
+        s0 = s0 + products(d, i);
+        s1 = s1 + products(d, i + lanes);
+        s2 = s2 + products(d, i + 2 * lanes);
+        s3 = s3 + products(d, i + 3 * lanes);
+    }
+    if (i + lanes <= n) {
+        s0 = s0 + products(d, i);
+        i += lanes;
+    }
+    if (i + lanes <= n) {
+        s1 = s1 + products(d, i);
+        i += lanes;
+    }
+    if (i + lanes <= n) {
+        s2 = s2 + products(d, i);
+        i += lanes;
+    }
+    auto four = fourSums((s0 + s1) + (s2 + s3));
+    if (lanes > 4 && i + 4 <= n) {
+        four = four + products(FourFloats(), i);
+        i += 4;
+    }
+    float rest = 0;
+    for (; i < n; ++i) {
+        rest += a[i] * b[i];
+    }
+    return hn::GetLane(hn::SumOfLanes(FourFloats(), four)) + rest;
+}
+
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
+    const PairSum d;
     for (int k = 0; k < lags; k += 4) {
-        __m256i s0 = _mm256_setzero_si256();
-        __m256i s1 = s0;
-        __m256i s2 = s0;
-        __m256i s3 = s0;
-        const int16_t* x = a + k;
-        for (int i = 0; i < n - k; i += 16) {
-            const __m256i y = load16(b + i);
-            s0 = _mm256_add_epi32(s0, _mm256_madd_epi16(y, load16(x + i)));
-            s1 = _mm256_add_epi32(s1, _mm256_madd_epi16(y, load16(x + i + 1)));
-            s2 = _mm256_add_epi32(s2, _mm256_madd_epi16(y, load16(x + i + 2)));
-            s3 = _mm256_add_epi32(s3, _mm256_madd_epi16(y, load16(x + i + 3)));
+        auto s0 = hn::Zero(d);
+        auto s1 = s0;
+        auto s2 = s0;
+        auto s3 = s0;
+        const int16_t* const x = a + k;
+        for (int i = 0; i < n - k; i += kLanesOf<D16>) {
+            const auto y = hn::LoadU(d16, b + i);
+            s0 = plusPairs(s0, y, hn::LoadU(d16, x + i));
+            s1 = plusPairs(s1, y, hn::LoadU(d16, x + i + 1));
+            s2 = plusPairs(s2, y, hn::LoadU(d16, x + i + 2));
+            s3 = plusPairs(s3, y, hn::LoadU(d16, x + i + 3));
         }
-        const __m256i s01 = _mm256_hadd_epi32(s0, s1);
-        const __m256i s23 = _mm256_hadd_epi32(s2, s3);
-        const __m128i r = halves(_mm256_hadd_epi32(s01, s23));
-        storeLags(out, k, lags, r);
+        const int32_t sums[4] = {hn::GetLane(hn::SumOfLanes(d, s0)), hn::GetLane(hn::SumOfLanes(d, s1)),
+                                 hn::GetLane(hn::SumOfLanes(d, s2)), hn::GetLane(hn::SumOfLanes(d, s3))};
+        for (int j = k; j < lags && j < k + 4; ++j) {
+            out[j] = sums[j - k];
+        }
+    }
+}
+
+// As many from element n on as `d` has lanes.
+template <Run run, class D>
+VEK_INLINE auto loadRun(D d, const int16_t* p, int n) {
+    if constexpr (run == Run::forwards) {
+        return hn::LoadU(d, p + n);
+    } else {
+        return reversed(d, hn::LoadU(d, p - n - (kLanesOf<D> - 1)));
+    }
+}
+
+// From element n on what fills registers, then eight at a time. count is a multiple of eight.
+template <Run runW1, Run runX1, Run runW2, Run runX2, bool minus, class D = D16>
+VEK_INLINE void halfFold(const int16_t* w1, const int16_t* x1, const int16_t* w2, const int16_t* x2, int16_t* dst,
+                         int count, int n = 0) {
+    const D d;
+    const auto half = hn::Set(hn::RepartitionToWide<D>(), 0x4000);
+    for (; n + kLanesOf<D> <= count; n += kLanesOf<D>) {
+        const auto a = loadRun<runX1>(d, x1, n);
+        const auto b = loadRun<runX2>(d, x2, n);
+        const auto wa = loadRun<runW1>(d, w1, n);
+        auto wb = loadRun<runW2>(d, w2, n);
+        if constexpr (minus) {
+            wb = hn::Zero(d) - wb; // a window has no -32768
+        }
+        const auto lower = plusPairs(half, hn::InterleaveLower(d, a, b), hn::InterleaveLower(d, wa, wb));
+        const auto upper = plusPairs(half, hn::InterleaveUpper(d, a, b), hn::InterleaveUpper(d, wa, wb));
+        storeSaturated(d, dst + n, hn::ShiftRight<15>(lower), hn::ShiftRight<15>(upper));
+    }
+    if constexpr (kLanesOf < D >> 8) {
+        halfFold<runW1, runX1, runW2, runX2, minus, hn::Half<D>>(w1, x1, w2, x2, dst, count, n);
     }
 }
 
@@ -245,62 +246,6 @@ void window16(const int16_t* src, const int16_t* window, int16_t* dst, int n) {
         dst[i] = fix::mult_r(src[i], window[i]);
     }
 }
-
-// One half of a fold: dst[n] = (w1[n] * x1[n] + w2[n] * x2[n]) in Q15, where each of the four runs forwards or
-// backwards from its pointer, and the second product counts negative if asked.
-enum class Run { forwards, backwards };
-
-#if VEK_LEVEL == 0
-
-template <Run run>
-VEK_INLINE int at(const int16_t* p, int n) {
-    return run == Run::forwards ? p[n] : p[-n];
-}
-
-template <Run runW1, Run runX1, Run runW2, Run runX2, bool minus>
-VEK_INLINE void halfFold(const int16_t* w1, const int16_t* x1, const int16_t* w2, const int16_t* x2, int16_t* dst,
-                         int count) {
-    for (int n = 0; n < count; ++n) {
-        const int first = at<runW1>(w1, n) * at<runX1>(x1, n);
-        const int second = at<runW2>(w2, n) * at<runX2>(x2, n);
-        dst[n] = sat16(((minus ? first - second : first + second) + 0x4000) >> 15);
-    }
-}
-
-#else
-
-template <Run run>
-VEK_INLINE __m128i eight(const int16_t* p, int n) {
-    if constexpr (run == Run::forwards) {
-        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + n));
-    } else {
-        const __m128i turn = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
-        return _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p - n - 7)), turn);
-    }
-}
-
-// count is a multiple of eight.
-template <Run runW1, Run runX1, Run runW2, Run runX2, bool minus>
-VEK_INLINE void halfFold(const int16_t* w1, const int16_t* x1, const int16_t* w2, const int16_t* x2, int16_t* dst,
-                         int count) {
-    const __m128i half = _mm_set1_epi32(0x4000);
-    for (int n = 0; n < count; n += 8) {
-        const __m128i a = eight<runX1>(x1, n);
-        const __m128i b = eight<runX2>(x2, n);
-        const __m128i wa = eight<runW1>(w1, n);
-        __m128i wb = eight<runW2>(w2, n);
-        if constexpr (minus) {
-            wb = _mm_sub_epi16(_mm_setzero_si128(), wb); // a window has no -32768
-        }
-        const __m128i low = _mm_madd_epi16(_mm_unpacklo_epi16(a, b), _mm_unpacklo_epi16(wa, wb));
-        const __m128i high = _mm_madd_epi16(_mm_unpackhi_epi16(a, b), _mm_unpackhi_epi16(wa, wb));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + n),
-                         _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(low, half), 15),
-                                         _mm_srai_epi32(_mm_add_epi32(high, half), 15)));
-    }
-}
-
-#endif
 
 void fold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half) {
     using enum Run;

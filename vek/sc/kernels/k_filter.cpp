@@ -1,14 +1,11 @@
 // The filter room's kernels, once per instruction level.
-// The element-wise loops are left to the compiler's vectoriser; the FIR, the all-pole recursion and the circular
-// convolution are written out, since their data must be arranged. All levels give the same integers.
+// The element-wise loops are left to the compiler's vectoriser; the FIR, the all-pole recursion, the circular
+// convolution and the rows of correlations are written out, since their data must be arranged. All levels give the same
+// integers.
 #include "sc/kernels/filter.h"
 
-#if VEK_LEVEL >= 1
-#include <immintrin.h>
-#endif
-
 #include "sc/common/fixmath.h"
-#include "sc/kernels/lanes.h"
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
@@ -46,8 +43,9 @@ inline uint32_t firAt(const int16_t* a, int order, const int16_t* x) {
     return s;
 }
 
-// Output i of the recursion.
-VEK_INLINE void allPoleAt(const int16_t* a, int order, int32_t* f, int16_t* y, int i, uint32_t half, int q) {
+// Output i of the recursion. Like all of it unused at 512 bits (allPole256).
+[[maybe_unused]] VEK_INLINE void allPoleAt(const int16_t* a, int order, int32_t* f, int16_t* y, int i, uint32_t half,
+                                           int q) {
     auto s = static_cast<uint32_t>(f[i]);
     for (int j = order; j > 0; j--) {
         s -= prod(a[j], y[i - j]);
@@ -56,7 +54,9 @@ VEK_INLINE void allPoleAt(const int16_t* a, int order, int32_t* f, int16_t* y, i
     y[i] = roundTo16(s, half, q);
 }
 
-#if VEK_LEVEL >= 1
+#if VEK_LEVEL > 0
+
+using namespace registers;
 
 constexpr int kMaxPairs = kMaxLpOrder / 2 + 1;
 
@@ -68,64 +68,46 @@ inline void pairUp(const int16_t* a, int order, int32_t* c) {
     }
 }
 
-inline __m128i load(const void* p) {
-    return _mm_loadu_si128(static_cast<const __m128i*>(p));
-}
-
-inline void store(void* p, __m128i v) {
-    _mm_storeu_si128(static_cast<__m128i*>(p), v);
-}
-
-// Sums of eight neighbouring outputs; a fixed order lets the compiler keep the coefficients in registers.
-template <int Fixed>
-inline void fir8(const int32_t* c, int order, const int16_t* x, __m128i& lo, __m128i& hi) {
+// Sums of as many neighbouring outputs as `d` has lanes: of each eight the lower four and the upper four. A fixed order
+// lets the compiler keep the coefficients in registers.
+template <int Fixed, class D, class Sums>
+VEK_INLINE void firSums(D d, const int32_t* c, int order, const int16_t* x, Sums& lower, Sums& upper) {
     const int m = Fixed > 0 ? Fixed : order;
     for (int j = 0; j <= m; j += 2) {
-        const __m128i u = load(x - j);
-        const __m128i v = j < m ? load(x - j - 1) : u;
-        const __m128i k = _mm_set1_epi32(c[j / 2]);
-        lo = _mm_add_epi32(lo, _mm_madd_epi16(_mm_unpacklo_epi16(u, v), k));
-        hi = _mm_add_epi32(hi, _mm_madd_epi16(_mm_unpackhi_epi16(u, v), k));
+        const auto u = hn::LoadU(d, x - j);
+        const auto v = j < m ? hn::LoadU(d, x - j - 1) : u;
+        const auto k = hn::BitCast(d, hn::Set(hn::RepartitionToWide<D>(), c[j / 2]));
+        lower = plusPairs(lower, hn::InterleaveLower(d, u, v), k);
+        upper = plusPairs(upper, hn::InterleaveUpper(d, u, v), k);
+        // In this order: regrouped, the products of all pairs would want registers at once, of which there are few
+        // below 512 bits.
+        if constexpr (VEK_LEVEL < 3) {
+            __asm__("" : "+v"(lower.raw), "+v"(upper.raw));
+        }
     }
 }
 
-#if VEK_LEVEL >= 2
-template <int Fixed>
-inline void fir16x(const int32_t* c, int order, const int16_t* x, __m256i& lo, __m256i& hi) {
-    const int m = Fixed > 0 ? Fixed : order;
-    for (int j = 0; j <= m; j += 2) {
-        const __m256i u = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(x - j));
-        const __m256i v = j < m ? _mm256_loadu_si256(reinterpret_cast<const __m256i*>(x - j - 1)) : u;
-        const __m256i k = _mm256_set1_epi32(c[j / 2]);
-        lo = _mm256_add_epi32(lo, _mm256_madd_epi16(_mm256_unpacklo_epi16(u, v), k));
-        hi = _mm256_add_epi32(hi, _mm256_madd_epi16(_mm256_unpackhi_epi16(u, v), k));
+// From output i on what fills registers, then shorter ones; gives the first output that is left.
+template <int Fixed, class D>
+VEK_INLINE int fir16By(D d, const int32_t* c, int order, const int16_t* x, int16_t* y, int i, int n, int q) {
+    for (; i + kLanesOf<D> <= n; i += kLanesOf<D>) {
+        auto lower = hn::Set(hn::RepartitionToWide<D>(), static_cast<int>(halfOf(q)));
+        auto upper = lower;
+        firSums<Fixed>(d, c, order, x + i, lower, upper);
+        storeSaturated(d, y + i, hn::ShiftRightSame(lower, q), hn::ShiftRightSame(upper, q));
+    }
+    if constexpr (kLanesOf < D >> kLanesOf<EightOf16>) {
+        return fir16By<Fixed>(hn::Half<D>(), c, order, x, y, i, n, q);
+    } else {
+        return i;
     }
 }
-#endif
 
 template <int Fixed>
 void fir16Of(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
     int32_t c[kMaxPairs];
     pairUp(a, order, c);
-    const __m128i count = _mm_cvtsi32_si128(q);
-    const auto half = static_cast<int>(halfOf(q));
-    int i = 0;
-#if VEK_LEVEL >= 2
-    for (; i + 16 <= n; i += 16) {
-        __m256i lo = _mm256_set1_epi32(half);
-        __m256i hi = lo;
-        fir16x<Fixed>(c, order, x + i, lo, hi);
-        const __m256i r = _mm256_packs_epi32(_mm256_sra_epi32(lo, count), _mm256_sra_epi32(hi, count));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(y + i), r);
-    }
-#endif
-    for (; i + 8 <= n; i += 8) {
-        __m128i lo = _mm_set1_epi32(half);
-        __m128i hi = lo;
-        fir8<Fixed>(c, order, x + i, lo, hi);
-        store(y + i, _mm_packs_epi32(_mm_sra_epi32(lo, count), _mm_sra_epi32(hi, count)));
-    }
-    for (; i < n; i++) {
+    for (int i = fir16By<Fixed>(d16, c, order, x, y, 0, n, q); i < n; i++) {
         y[i] = roundTo16(firAt(a, order, x + i), halfOf(q), q);
     }
 }
@@ -136,25 +118,25 @@ void fir32Of(const int16_t* a, int order, const int16_t* x, int32_t* f, int n) {
     pairUp(a, order, c);
     int i = 0;
     for (; i + 8 <= n; i += 8) {
-        __m128i lo = _mm_setzero_si128();
-        __m128i hi = lo;
-        fir8<Fixed>(c, order, x + i, lo, hi);
-        store(f + i, lo);
-        store(f + i + 4, hi);
+        auto lower = hn::Zero(kFourOf32);
+        auto upper = lower;
+        firSums<Fixed>(kEightOf16, c, order, x + i, lower, upper);
+        hn::StoreU(lower, kFourOf32, f + i);
+        hn::StoreU(upper, kFourOf32, f + i + 4);
     }
     for (; i < n; i++) {
         f[i] = static_cast<int32_t>(firAt(a, order, x + i));
     }
 }
 
-template <int N>
-inline uint32_t lane(__m128i v) {
-    return static_cast<uint32_t>(_mm_extract_epi32(v, N));
+template <size_t N, class V>
+VEK_INLINE uint32_t lane(V v) {
+    return static_cast<uint32_t>(hn::ExtractLane(v, N));
 }
 
 // The cut on the chain from output to output: a branch that is hardly ever taken costs it nothing, and the empty
 // statement keeps the compiler from gathering the scalars into a vector.
-inline int cutScalar(uint32_t& sum, int q) {
+[[maybe_unused]] inline int cutScalar(uint32_t& sum, int q) {
     __asm__("" : "+r"(sum));
     int v = static_cast<int32_t>(sum) >> q;
     if (v != static_cast<int16_t>(v)) [[unlikely]] {
@@ -170,7 +152,7 @@ template <int Fixed>
 void allPoleOf(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q) {
     const int m = Fixed > 0 ? Fixed : order;
     const int pairs = (m - 4) / 2;
-    __m128i c[kMaxLpOrder / 2];
+    hn::Vec<EightOf16> c[kMaxLpOrder / 2];
     for (int p = 0; p < pairs; p++) {
         alignas(16) int16_t k[8];
         for (int i = 0; i < 4; i++) {
@@ -178,7 +160,7 @@ void allPoleOf(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q
             k[2 * i] = j + 1 <= m ? a[j + 1] : static_cast<int16_t>(0);
             k[2 * i + 1] = j <= m ? a[j] : static_cast<int16_t>(0);
         }
-        c[p] = load(k);
+        c[p] = hn::Load(kEightOf16, k);
     }
     int t[8];
     for (int j = 1; j < 8; j++) {
@@ -191,11 +173,11 @@ void allPoleOf(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q
     int w3 = y[-1];
     int i = 0;
     for (; i + 4 <= n; i += 4) {
-        __m128i s = _mm_add_epi32(load(f + i), _mm_set1_epi32(static_cast<int>(half)));
+        auto s = hn::LoadU(kFourOf32, f + i) + hn::Set(kFourOf32, static_cast<int>(half));
         for (int p = pairs - 1; p >= 0; p--) {
             int32_t older;
             __builtin_memcpy(&older, y + i - 6 - 2 * p, sizeof older);
-            s = _mm_sub_epi32(s, _mm_madd_epi16(_mm_set1_epi32(older), c[p]));
+            s = s - pairSums(hn::BitCast(kEightOf16, hn::Set(kFourOf32, older)), c[p]);
         }
         uint32_t r0 = lane<0>(s) - prod(t[4], w0) - prod(t[3], w1) - prod(t[2], w2);
         uint32_t r1 = lane<1>(s) - prod(t[5], w0) - prod(t[4], w1) - prod(t[3], w2) - prod(t[2], w3);
@@ -227,26 +209,63 @@ void allPoleOf(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q
     }
 }
 
+// 32 outputs in the level's registers, and eight.
 void circular40(const int16_t* c, const int16_t* f2, int16_t* y) {
-    __m128i s[5];
-    for (__m128i& v : s) {
-        v = _mm_setzero_si128();
+    constexpr int parts = 32 / kLanesOf<D16>;
+    hn::Vec<D16> s[parts];
+    for (auto& v : s) {
+        v = hn::Zero(d16);
     }
+    auto last = hn::Zero(kEightOf16);
     for (int i = 0; i < kSub; i++) {
         if (c[i] == 0) {
             continue;
         }
-        const __m128i k = _mm_set1_epi16(c[i]);
-        for (int b = 0; b < 5; b++) {
-            const __m128i f = load(f2 + kSub - i + 8 * b);
-            const __m128i high = _mm_slli_epi16(_mm_mulhi_epi16(k, f), 1);
-            const __m128i low = _mm_srli_epi16(_mm_mullo_epi16(k, f), 15);
-            s[b] = _mm_adds_epi16(s[b], _mm_or_si128(high, low));
+        const int16_t* const f = f2 + kSub - i;
+        for (int p = 0; p < parts; p++) {
+            s[p] = hn::SaturatedAdd(s[p], multCut(hn::Set(d16, c[i]), hn::LoadU(d16, f + p * kLanesOf<D16>)));
+        }
+        last = hn::SaturatedAdd(last, multCut(hn::Set(kEightOf16, c[i]), hn::LoadU(kEightOf16, f + 32)));
+    }
+    for (int p = 0; p < parts; p++) {
+        hn::StoreU(s[p], d16, y + p * kLanesOf<D16>);
+    }
+    hn::StoreU(last, kEightOf16, y + 32);
+}
+
+// Rows of up to Groups registers, for as many values of the response as a register has lanes; the rows grow shorter.
+// Rows of 40 are no multiple of more lanes than eight.
+using RowPart = hn::CappedTag<int32_t, 8>;
+
+template <int Groups>
+void corrRowsOf(const int32_t* wide, int m, hn::Vec<RowPart>* sums, int32_t* rows) {
+    const RowPart d;
+    const hn::RepartitionToNarrow<RowPart> halves;
+    for (const int last = m + kLanesOf<RowPart>; m < last; ++m) {
+        // Products of the lower halves: those of the upper ones have a zero.
+        const auto k = hn::BitCast(halves, hn::Set(d, wide[m] & 0xffff));
+        for (int g = 0; g < Groups; ++g) {
+            const auto x = hn::BitCast(halves, hn::LoadU(d, wide + m + g * kLanesOf<RowPart>));
+            sums[g] = plusPairs(sums[g], k, x);
+            hn::StoreU(sums[g], d, rows + m * kSub + g * kLanesOf<RowPart>);
         }
     }
-    for (int b = 0; b < 5; b++) {
-        store(y + 8 * b, s[b]);
+    if constexpr (Groups > 1) {
+        corrRowsOf<Groups - 1>(wide, m, sums, rows);
     }
+}
+
+void corrRows16(const int16_t* h, int32_t* rows) {
+    constexpr int groups = kSub / kLanesOf<RowPart>;
+    int32_t wide[2 * kSub] = {};
+    for (int i = 0; i < kSub; i++) {
+        wide[i] = h[i];
+    }
+    hn::Vec<RowPart> sums[groups];
+    for (auto& s : sums) {
+        s = hn::Zero(RowPart());
+    }
+    corrRowsOf<groups>(wide, 0, sums, rows);
 }
 
 #else
@@ -292,6 +311,16 @@ void circular40(const int16_t* c, const int16_t* f2, int16_t* y) {
     }
 }
 
+void corrRows16(const int16_t* h, int32_t* rows) {
+    uint32_t s[kSub] = {};
+    for (int m = 0; m < kSub; m++) {
+        for (int d = 0; d < kSub - m; d++) {
+            s[d] += static_cast<uint32_t>(h[m] * h[m + d]);
+            rows[m * kSub + d] = static_cast<int32_t>(s[d]);
+        }
+    }
+}
+
 #endif
 
 void fir16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
@@ -322,6 +351,8 @@ void fir32(const int16_t* a, int order, const int16_t* x, int32_t* f, int n) {
     }
 }
 
+#if VEK_LEVEL < 3
+
 void allPole(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q) {
     switch (order) {
     case 10:
@@ -334,6 +365,8 @@ void allPole(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q) 
         return allPoleOf<0>(a, order, f, y, n, q);
     }
 }
+
+#endif
 
 void weighted(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half) {
     for (int i = 0; i < n; i++) {
@@ -366,52 +399,6 @@ void mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
         y[i] = static_cast<int16_t>((x1[i] >> 1) + (x2[i] >> 1));
     }
 }
-
-#if VEK_LEVEL > 0
-
-// Rows of up to Groups registers, for as many values of the response as a register has lanes; the rows grow shorter.
-template <int Groups>
-void corrRowsOf(const int32_t* wide, int m, lanes::V* sums, int32_t* rows) {
-    using namespace lanes;
-    for (const int last = m + kLanes; m < last; ++m) {
-        // Products of the lower halves: those of the upper ones have a zero.
-        const V k = lowHalf(spread(wide[m]));
-        for (int g = 0; g < Groups; ++g) {
-            sums[g] = plus(sums[g], madd(k, loadAll(wide + m + g * kLanes)));
-            storeAll(rows + m * kSub + g * kLanes, sums[g]);
-        }
-    }
-    if constexpr (Groups > 1) {
-        corrRowsOf<Groups - 1>(wide, m, sums, rows);
-    }
-}
-
-void corrRows16(const int16_t* h, int32_t* rows) {
-    constexpr int groups = kSub / lanes::kLanes;
-    int32_t wide[2 * kSub] = {};
-    for (int i = 0; i < kSub; i++) {
-        wide[i] = h[i];
-    }
-    lanes::V sums[groups];
-    for (lanes::V& s : sums) {
-        s = lanes::spread(0);
-    }
-    corrRowsOf<groups>(wide, 0, sums, rows);
-}
-
-#else
-
-void corrRows16(const int16_t* h, int32_t* rows) {
-    uint32_t s[kSub] = {};
-    for (int m = 0; m < kSub; m++) {
-        for (int d = 0; d < kSub - m; d++) {
-            s[d] += static_cast<uint32_t>(h[m] * h[m + d]);
-            rows[m * kSub + d] = static_cast<int32_t>(s[d]);
-        }
-    }
-}
-
-#endif
 
 void corrRows32f(const float* h, float* rows) {
     float wide[2 * kSub] = {};
@@ -454,7 +441,15 @@ void weighted32f(const float* x1, float v1, const float* x2, float v2, float* y,
 
 } // namespace
 
-VEK_KERNEL_TABLE(FilterKernels, filterKernels) = {
+#if VEK_LEVEL == 2
+void allPole256(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q) {
+    allPole(a, order, f, y, n, q);
+}
+#elif VEK_LEVEL == 3
+constexpr auto allPole = allPole256;
+#endif
+
+VEK_KERNEL_TABLE_512(FilterKernels, filterKernels) = {
     maxAbs16, fir16,      fir32,       allPole,  weighted, mul,        mulC,         addScaled,
     mean,     corrRows16, corrRows32f, gather32, gather16, circular40, addScaled32f, weighted32f,
 };

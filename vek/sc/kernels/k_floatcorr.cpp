@@ -1,13 +1,9 @@
-// Correlations and all-pole recursion of floating signals, eight neighbours at a time.
+// Correlations and all-pole recursion of floating signals, eight or more neighbours at a time.
 // Which of them share a register differs from level to level, the order of each sum only between the plain level and
 // the others.
 #include "sc/kernels/floatcorr.h"
 
-#include "sc/common/level_ns.h"
-
-#if VEK_LEVEL > 0
-#include <immintrin.h>
-#endif
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
@@ -16,156 +12,102 @@ constexpr int kMostPoles = 40; // as kMaxLpOrder
 
 #if VEK_LEVEL == 0
 
-template <typename T>
-struct Eight {
-    T v[8];
+// N neighbours.
+template <typename T, int N>
+struct Neighbours {
+    static constexpr int parts = N;
+    T v[parts];
 };
-using F8 = Eight<float>;
-using D8 = Eight<double>;
 
-VEK_INLINE void load(const float* p, F8& a) {
-    for (int i = 0; i < 8; ++i) {
+template <typename T, int N>
+VEK_INLINE void load(const float* p, Neighbours<T, N>& a) {
+    for (int i = 0; i < N; ++i) {
         a.v[i] = p[i];
     }
 }
-VEK_INLINE void load(const float* p, D8& a) {
-    for (int i = 0; i < 8; ++i) {
-        a.v[i] = p[i];
-    }
-}
-template <typename T>
-VEK_INLINE void store(T* p, const Eight<T>& a) {
-    for (int i = 0; i < 8; ++i) {
+template <typename T, int N>
+VEK_INLINE void store(T* p, const Neighbours<T, N>& a) {
+    for (int i = 0; i < N; ++i) {
         p[i] = a.v[i];
     }
 }
-template <typename T>
-VEK_INLINE void set1(float x, Eight<T>& a) {
-    for (int i = 0; i < 8; ++i) {
-        a.v[i] = x;
-    }
-}
-template <typename T>
-VEK_INLINE void addProduct(Eight<T>& s, const Eight<T>& a, const Eight<T>& b) {
-    for (int i = 0; i < 8; ++i) {
-        s.v[i] += a.v[i] * b.v[i];
-    }
-}
-template <typename T>
-VEK_INLINE void addTo(Eight<T>& s, const Eight<T>& a) {
-    for (int i = 0; i < 8; ++i) {
-        s.v[i] += a.v[i];
+template <typename T, int N>
+VEK_INLINE void set1(float x, Neighbours<T, N>& a) {
+    for (T& v : a.v) {
+        v = x;
     }
 }
 
-#elif VEK_LEVEL == 1
-
-struct F8 {
-    __m128 lo, hi;
-};
-struct D8 {
-    __m128d v[4];
-};
-
-VEK_INLINE void load(const float* p, F8& a) {
-    a = {_mm_loadu_ps(p), _mm_loadu_ps(p + 4)};
-}
-VEK_INLINE void load(const float* p, D8& a) {
-    const __m128 lo = _mm_loadu_ps(p);
-    const __m128 hi = _mm_loadu_ps(p + 4);
-    a = {
-        {_mm_cvtps_pd(lo), _mm_cvtps_pd(_mm_movehl_ps(lo, lo)), _mm_cvtps_pd(hi), _mm_cvtps_pd(_mm_movehl_ps(hi, hi))}};
-}
-VEK_INLINE void store(float* p, const F8& a) {
-    _mm_storeu_ps(p, a.lo);
-    _mm_storeu_ps(p + 4, a.hi);
-}
-VEK_INLINE void store(double* p, const D8& a) {
-    for (int i = 0; i < 4; ++i) {
-        _mm_storeu_pd(p + 2 * i, a.v[i]);
-    }
-}
-VEK_INLINE void set1(float x, F8& a) {
-    a.lo = a.hi = _mm_set1_ps(x);
-}
-VEK_INLINE void set1(float x, D8& a) {
-    for (__m128d& v : a.v) {
-        v = _mm_set1_pd(x);
-    }
-}
-VEK_INLINE void addProduct(F8& s, const F8& a, const F8& b) {
-    s.lo = _mm_add_ps(s.lo, _mm_mul_ps(a.lo, b.lo));
-    s.hi = _mm_add_ps(s.hi, _mm_mul_ps(a.hi, b.hi));
-}
-VEK_INLINE void addProduct(D8& s, const D8& a, const D8& b) {
-    for (int i = 0; i < 4; ++i) {
-        s.v[i] = _mm_add_pd(s.v[i], _mm_mul_pd(a.v[i], b.v[i]));
-    }
-}
-VEK_INLINE void addTo(F8& s, const F8& a) {
-    s.lo = _mm_add_ps(s.lo, a.lo);
-    s.hi = _mm_add_ps(s.hi, a.hi);
-}
-VEK_INLINE void addTo(D8& s, const D8& a) {
-    for (int i = 0; i < 4; ++i) {
-        s.v[i] = _mm_add_pd(s.v[i], a.v[i]);
-    }
-}
+// Delays that are worth going together.
+template <typename T>
+constexpr int kMostDelays = 8;
 
 #else
 
-struct F8 {
-    __m256 v;
-};
-struct D8 {
-    __m256d lo, hi;
+using namespace registers;
+
+template <typename T, int N>
+struct Neighbours {
+    using D = hn::CappedTag<T, N>;
+    static constexpr int parts = N / kLanesOf<D>;
+    hn::Vec<D> v[parts];
 };
 
-VEK_INLINE void load(const float* p, F8& a) {
-    a.v = _mm256_loadu_ps(p);
+template <typename T, int N>
+VEK_INLINE void load(const float* p, Neighbours<T, N>& a) {
+    using D = typename Neighbours<T, N>::D;
+    for (auto& v : a.v) {
+        if constexpr (sizeof(T) == sizeof(float)) {
+            v = hn::LoadU(D(), p);
+        } else {
+            v = hn::PromoteTo(D(), hn::LoadU(hn::Rebind<float, D>(), p));
+        }
+        p += kLanesOf<D>;
+    }
 }
-VEK_INLINE void load(const float* p, D8& a) {
-    a = {_mm256_cvtps_pd(_mm_loadu_ps(p)), _mm256_cvtps_pd(_mm_loadu_ps(p + 4))};
+template <typename T, int N>
+VEK_INLINE void store(T* p, const Neighbours<T, N>& a) {
+    using D = typename Neighbours<T, N>::D;
+    for (const auto& v : a.v) {
+        hn::StoreU(v, D(), p);
+        p += kLanesOf<D>;
+    }
 }
-VEK_INLINE void store(float* p, const F8& a) {
-    _mm256_storeu_ps(p, a.v);
+template <typename T, int N>
+VEK_INLINE void set1(float x, Neighbours<T, N>& a) {
+    using D = typename Neighbours<T, N>::D;
+    for (auto& v : a.v) {
+        v = hn::Set(D(), static_cast<T>(x));
+    }
 }
-VEK_INLINE void store(double* p, const D8& a) {
-    _mm256_storeu_pd(p, a.lo);
-    _mm256_storeu_pd(p + 4, a.hi);
-}
-VEK_INLINE void set1(float x, F8& a) {
-    a.v = _mm256_set1_ps(x);
-}
-VEK_INLINE void set1(float x, D8& a) {
-    a.lo = a.hi = _mm256_set1_pd(x);
-}
-VEK_INLINE void addProduct(F8& s, const F8& a, const F8& b) {
-    s.v = _mm256_add_ps(s.v, _mm256_mul_ps(a.v, b.v));
-}
-VEK_INLINE void addProduct(D8& s, const D8& a, const D8& b) {
-    s.lo = _mm256_add_pd(s.lo, _mm256_mul_pd(a.lo, b.lo));
-    s.hi = _mm256_add_pd(s.hi, _mm256_mul_pd(a.hi, b.hi));
-}
-VEK_INLINE void addTo(F8& s, const F8& a) {
-    s.v = _mm256_add_ps(s.v, a.v);
-}
-VEK_INLINE void addTo(D8& s, const D8& a) {
-    s.lo = _mm256_add_pd(s.lo, a.lo);
-    s.hi = _mm256_add_pd(s.hi, a.hi);
-}
+
+template <typename T>
+constexpr int kMostDelays = kLanesOf<hn::ScalableTag<T>> > 8 ? 16 : 8;
 
 #endif
 
-// Eight delays from y on; four sums each, so that no addition waits for the one before.
-template <typename V, typename T>
-VEK_INLINE void eightDelays(const float* x, const float* y, int n, T* out) {
-    V sums[4];
-    for (V& s : sums) {
+template <typename T, int N>
+VEK_INLINE void addProduct(Neighbours<T, N>& s, const Neighbours<T, N>& a, const Neighbours<T, N>& b) {
+    for (int i = 0; i < Neighbours<T, N>::parts; ++i) {
+        s.v[i] = s.v[i] + a.v[i] * b.v[i];
+    }
+}
+template <typename T, int N>
+VEK_INLINE void addTo(Neighbours<T, N>& s, const Neighbours<T, N>& a) {
+    for (int i = 0; i < Neighbours<T, N>::parts; ++i) {
+        s.v[i] = s.v[i] + a.v[i];
+    }
+}
+
+// N delays from y on; four sums each, so that no addition waits for the one before.
+template <int N, typename T>
+VEK_INLINE void neighbouringDelays(const float* x, const float* y, int n, T* out) {
+    Neighbours<T, N> sums[4];
+    for (auto& s : sums) {
         set1(0, s);
     }
-    V a;
-    V b;
+    Neighbours<T, N> a;
+    Neighbours<T, N> b;
     int i = 0;
     for (; i + 4 <= n; i += 4) {
         for (int u = 0; u < 4; ++u) {
@@ -185,8 +127,8 @@ VEK_INLINE void eightDelays(const float* x, const float* y, int n, T* out) {
     store(out, sums[0]);
 }
 
-template <typename V, typename T>
-VEK_INLINE void correlate(const float* x, const float* y, int n, int lags, T* out) {
+template <typename T>
+void correlate(const float* x, const float* y, int n, int lags, T* out) {
     if (lags < 8) {
         for (int k = 0; k < lags; ++k) {
             T sum = 0;
@@ -197,21 +139,21 @@ VEK_INLINE void correlate(const float* x, const float* y, int n, int lags, T* ou
         }
         return;
     }
-    for (int k = 0; k + 8 <= lags; k += 8) {
-        eightDelays<V>(x, y + k, n, out + k);
+    int k = 0;
+    if constexpr (kMostDelays < T >> 8) {
+        for (; k + kMostDelays<T> <= lags; k += kMostDelays<T>) {
+            neighbouringDelays<kMostDelays<T>>(x, y + k, n, out + k);
+        }
+    }
+    for (; k + 8 <= lags; k += 8) {
+        neighbouringDelays<8>(x, y + k, n, out + k);
     }
     if (lags % 8 != 0) {
-        eightDelays<V>(x, y + lags - 8, n, out + lags - 8);
+        neighbouringDelays<8>(x, y + lags - 8, n, out + lags - 8);
     }
 }
 
-void corr32f(const float* x, const float* y, int n, int lags, float* out) {
-    correlate<F8>(x, y, n, lags, out);
-}
-
-void corr32f64f(const float* x, const float* y, int n, int lags, double* out) {
-    correlate<D8>(x, y, n, lags, out);
-}
+using F8 = Neighbours<float, 8>;
 
 // Eight outputs at a time, each a sum of the eight inputs and of the outputs before them: only the latter wait for what
 // was just computed.
@@ -278,6 +220,6 @@ void allPole32f(const float* a, int order, float* y, int n) {
 
 } // namespace
 
-VEK_KERNEL_TABLE(FloatCorrKernels, floatCorrKernels) = {corr32f, corr32f64f, allPole32f};
+VEK_KERNEL_TABLE_512(FloatCorrKernels, floatCorrKernels) = {correlate<float>, correlate<double>, allPole32f};
 
 } // namespace vek

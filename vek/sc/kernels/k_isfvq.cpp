@@ -4,12 +4,10 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
-#include "sc/kernels/lanes.h"
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
-
-using namespace lanes;
 
 #if VEK_LEVEL == 0
 
@@ -57,70 +55,64 @@ int nearest(const int16_t* book, int rows, int pairs, const int16_t* target, int
 
 #else
 
-template <bool far>
-VEK_INLINE V squares(V a, V b) {
-    const V d = far ? minusSat16(a, b) : minus16(a, b);
-    return madd(d, d);
-}
+using namespace registers;
 
-// Of sums up to 3 * 2^30, without a sign.
-template <bool far>
-VEK_INLINE V saturated(V sum) {
-    return far ? leastUnsigned32(sum, spread(kFarthest)) : sum;
-}
+// A lane is a row, or two columns of it. The number of rows is no multiple of more.
+using Rows = hn::CappedTag<int32_t, 8>;
+using Columns = hn::RepartitionToNarrow<Rows>;
 
-VEK_INLINE void spreadTarget(const int16_t* target, int pairs, V (&t)[kMostIsfPairs]) {
+VEK_INLINE void spreadTarget(const int16_t* target, int pairs, hn::Vec<Columns> (&t)[kMostIsfPairs]) {
     for (int p = 0; p < pairs; ++p) {
         int32_t pair = 0;
         std::memcpy(&pair, target + 2 * p, sizeof pair);
-        t[p] = spread(pair);
+        t[p] = hn::BitCast(Columns(), hn::Set(Rows(), pair));
     }
 }
 
 template <bool far>
-VEK_INLINE V distancesAt(const int16_t* book, int rows, int pairs, const V (&t)[kMostIsfPairs]) {
-    V sum = saturated<far>(squares<far>(t[0], loadAll(book)));
+VEK_INLINE hn::Vec<Rows> squares(hn::Vec<Columns> target, const int16_t* columns) {
+    const auto row = hn::LoadU(Columns(), columns);
+    const auto d = far ? hn::SaturatedSub(target, row) : target - row;
+    return pairSums(d, d);
+}
+
+// Of sums up to 3 * 2^30, without a sign.
+template <bool far>
+VEK_INLINE hn::Vec<Rows> saturated(hn::Vec<Rows> sum) {
+    const hn::RebindToUnsigned<Rows> bits;
+    return far ? hn::BitCast(Rows(), hn::Min(hn::BitCast(bits, sum), hn::Set(bits, kFarthest))) : sum;
+}
+
+template <bool far>
+VEK_INLINE hn::Vec<Rows> distancesAt(const int16_t* book, int rows, int pairs,
+                                     const hn::Vec<Columns> (&t)[kMostIsfPairs]) {
+    auto sum = saturated<far>(squares<far>(t[0], book));
     for (int p = 1; p < pairs; ++p) {
-        sum = saturated<far>(plus(sum, squares<far>(t[p], loadAll(book + 2 * p * rows))));
+        sum = saturated<far>(sum + squares<far>(t[p], book + 2 * p * rows));
     }
     return sum;
 }
 
 template <bool far>
 void distances(const int16_t* book, int rows, int pairs, const int16_t* target, int32_t* out) {
-    V t[kMostIsfPairs];
+    hn::Vec<Columns> t[kMostIsfPairs];
     spreadTarget(target, pairs, t);
-    for (int row = 0; row < rows; row += kLanes) {
-        storeAll(out + row, distancesAt<far>(book + 2 * row, rows, pairs, t));
+    for (int row = 0; row < rows; row += kLanesOf<Rows>) {
+        hn::StoreU(distancesAt<far>(book + 2 * row, rows, pairs, t), Rows(), out + row);
     }
 }
 
 template <bool far>
 int nearest(const int16_t* book, int rows, int pairs, const int16_t* target, int32_t* least) {
-    V t[kMostIsfPairs];
+    hn::Vec<Columns> t[kMostIsfPairs];
     spreadTarget(target, pairs, t);
-    V best = spread(INT32_MAX);
-    V bestPlace = spread(0);
-    V place = counting();
-    for (int row = 0; row < rows; row += kLanes) {
-        const V d = distancesAt<far>(book + 2 * row, rows, pairs, t);
-        bestPlace = choose(less(d, best), place, bestPlace);
-        best = least32(d, best);
-        place = plus(place, spread(kLanes));
+    LeastOfLanes<Rows> best;
+    auto place = hn::Load(Rows(), kCounting);
+    for (int row = 0; row < rows; row += kLanesOf<Rows>) {
+        best.see(distancesAt<far>(book + 2 * row, rows, pairs, t), place);
+        place = place + hn::Set(Rows(), kLanesOf<Rows>);
     }
-    int32_t values[kLanes];
-    int32_t found[kLanes];
-    storeAll(values, best);
-    storeAll(found, bestPlace);
-    // The least of the lanes; of equal ones the first row.
-    int at = 0;
-    for (int i = 1; i < kLanes; ++i) {
-        if (values[i] < values[at] || (values[i] == values[at] && found[i] < found[at])) {
-            at = i;
-        }
-    }
-    *least = values[at];
-    return found[at];
+    return best.settle(least);
 }
 
 #endif

@@ -2,7 +2,7 @@
 #include "sc/kernels/linepairs.h"
 
 #include "sc/common/fixmath.h"
-#include "sc/kernels/lanes.h"
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
@@ -28,28 +28,36 @@ void series5(const int16_t* x, int n, const int64_t* f, int16_t* y) {
 
 #else
 
+using namespace registers;
+
+// n is no multiple of more.
+using Points = hn::CappedTag<int32_t, 8>;
+
 void series5(const int16_t* x, int n, const int64_t* f, int16_t* y) {
-    using namespace lanes;
-    V term[kHalfOrder + 1];
+    const Points d;
+    const hn::RepartitionToNarrow<Points> halves;
+    const hn::Rebind<int16_t, Points> narrow;
+    hn::Vec<Points> term[kHalfOrder + 1];
     for (int i = 1; i <= kHalfOrder; ++i) {
-        term[i] = spread(static_cast<int32_t>(f[i]) * (i < kHalfOrder ? 1 << 14 : 1 << 13));
+        term[i] = hn::Set(d, static_cast<int32_t>(f[i]) * (i < kHalfOrder ? 1 << 14 : 1 << 13));
     }
-    for (int k = 0; k < n; k += kLanes) {
-        const V low = widened(x + k);
-        const V high = up<16>(low);
-        const auto product = [&](V t) {
-            const V lower = andBits(down<1>(t), spread(0x7fff));
-            return plus(madd(t, high), down<15>(madd(lower, low)));
+    for (int k = 0; k < n; k += kLanesOf<Points>) {
+        const auto low = hn::PromoteTo(d, hn::LoadU(narrow, x + k));
+        const auto high = hn::ShiftLeft<16>(low);
+        const auto product = [&](hn::Vec<Points> t) {
+            const auto lower = hn::ShiftRight<1>(t) & hn::Set(d, 0x7fff);
+            const auto below = pairSums(hn::BitCast(halves, lower), hn::BitCast(halves, low));
+            return plusPairs(hn::ShiftRight<15>(below), hn::BitCast(halves, t), hn::BitCast(halves, high));
         };
-        V b2 = spread(1 << 24);
-        V t = plus(up<10>(low), term[1]);
+        auto b2 = hn::Set(d, 1 << 24);
+        auto t = hn::ShiftLeft<10>(low) + term[1];
         for (int i = 2; i < kHalfOrder; ++i) {
-            const V next = plus(up<2>(product(t)), minus(term[i], b2));
-            b2 = andBits(t, spread(~1));
+            const auto next = hn::ShiftLeft<2>(product(t)) + (term[i] - b2);
+            b2 = t & hn::Set(d, ~1);
             t = next;
         }
-        t = plus(up<1>(product(t)), minus(term[kHalfOrder], b2));
-        storeNarrow(y + k, down<10>(t));
+        t = hn::ShiftLeft<1>(product(t)) + (term[kHalfOrder] - b2);
+        hn::StoreU(hn::DemoteTo(narrow, hn::ShiftRight<10>(t)), narrow, y + k);
     }
 }
 

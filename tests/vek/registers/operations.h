@@ -1,0 +1,37 @@
+// The operations of the kernels' registers over whole vectors, compiled once for each level as the kernels are.
+#pragma once
+
+#include <cstdint>
+
+#include "sc/kernels/kernels.h"
+
+namespace vek {
+
+/// n is a multiple of what the longest register holds, 32 elements of 16 bits.
+struct RegisterOperations {
+    /// Bytes of a register; 0 at the plain level.
+    int bytes;
+    /// sum[k] += a[2k] * b[2k] + a[2k+1] * b[2k+1], modulo 2^32.
+    void (*plusPairs)(const int16_t* a, const int16_t* b, int32_t* sum, int n);
+    void (*pairSums)(const int16_t* a, const int16_t* b, int32_t* out, int n);
+    /// (a * b) >> 15, two of -32768 as -32768.
+    void (*multCut)(const int16_t* a, const int16_t* b, int16_t* out, int n);
+    void (*addSaturated)(const int16_t* a, const int16_t* b, int16_t* out, int n);
+    /// (a * 32767 - b) >> shift, saturated, by way of pairs from both and 32 bits.
+    void (*combined)(const int16_t* a, const int16_t* b, int16_t* out, int n, int shift);
+    /// To 64 bits, of eight at a time.
+    void (*widened)(const float* a, double* out, int n);
+    /// The four of each four in their order, each by itself.
+    void (*lanes)(const int32_t* a, int32_t* out, int n);
+    /// The elements of each eight in the opposite order.
+    void (*reversed)(const int16_t* a, int16_t* out, int n);
+    /// The sum of each eight, the lower and the upper four added first.
+    void (*eightSums)(const float* a, float* out, int n);
+    /// The least of all and where it stands first.
+    int (*least)(const int32_t* a, int n, int32_t* value);
+    int (*leastUnsigned)(const uint32_t* a, int n, uint32_t* value);
+};
+
+VEK_KERNEL_PICK(RegisterOperations, registerOperations)
+
+} // namespace vek

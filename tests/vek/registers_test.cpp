@@ -1,0 +1,159 @@
+// The operations of the kernels' registers at each level that the machine has, against what they mean.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "kernellevels.h"
+#include "registers/operations.h"
+#include "vekcore.h"
+
+namespace {
+
+constexpr int kElements = 4096;
+
+/// Random ones, and all pairs of those at the edges.
+struct Operands {
+    std::vector<int16_t> a, b;
+
+    Operands() {
+        std::mt19937 random(1);
+        const int16_t edges[] = {-32768, -32767, -16384, -2, -1, 0, 1, 2, 16384, 32766, 32767};
+        for (const int16_t x : edges) {
+            for (const int16_t y : edges) {
+                a.push_back(x);
+                b.push_back(y);
+            }
+        }
+        while (a.size() < kElements) {
+            a.push_back(static_cast<int16_t>(random()));
+            b.push_back(static_cast<int16_t>(random()));
+        }
+    }
+};
+
+/// Calls `compare(plain, wide)` for the operations of each level above plain code that the machine has.
+template <class Compare>
+void atEachWidth(Compare compare) {
+    kernellevels::onceIsEnough();
+    vekInit();
+    const int best = vekGetKernelLevel();
+    for (int level = 1; level <= best; ++level) {
+        SCOPED_TRACE("kernel level " + std::to_string(level));
+        compare(vek::registerOperations_L0, *vek::registerOperations_all[level]);
+    }
+}
+
+TEST(VekRegisters, EachLevelHasItsWidth) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        EXPECT_EQ(0, plain.bytes);
+        int level = 1;
+        while (vek::registerOperations_all[level] != &wide) {
+            ++level;
+        }
+        EXPECT_EQ(8 << level, wide.bytes);
+    });
+}
+
+TEST(VekRegisters, PairsOfNeighboursAreAddedModulo32Bits) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        const Operands o;
+        std::vector<int32_t> want(kElements / 2, 0x7fffffff);
+        std::vector<int32_t> have = want;
+        plain.plusPairs(o.a.data(), o.b.data(), want.data(), kElements);
+        wide.plusPairs(o.a.data(), o.b.data(), have.data(), kElements);
+        EXPECT_EQ(want, have);
+        plain.pairSums(o.a.data(), o.b.data(), want.data(), kElements);
+        wide.pairSums(o.a.data(), o.b.data(), have.data(), kElements);
+        EXPECT_EQ(want, have);
+    });
+}
+
+TEST(VekRegisters, OperationsOn16BitsAreThoseOfPlainCode) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        const Operands o;
+        std::vector<int16_t> want(kElements);
+        std::vector<int16_t> have(kElements);
+        for (const auto operation : {&vek::RegisterOperations::multCut, &vek::RegisterOperations::addSaturated}) {
+            (plain.*operation)(o.a.data(), o.b.data(), want.data(), kElements);
+            (wide.*operation)(o.a.data(), o.b.data(), have.data(), kElements);
+            EXPECT_EQ(want, have);
+        }
+    });
+}
+
+TEST(VekRegisters, WhatIsInterleavedComesBackInOrderAndSaturated) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        const Operands o;
+        std::vector<int16_t> want(kElements);
+        std::vector<int16_t> have(kElements);
+        for (const int shift : {0, 1, 12, 15, 31}) {
+            plain.combined(o.a.data(), o.b.data(), want.data(), kElements, shift);
+            wide.combined(o.a.data(), o.b.data(), have.data(), kElements, shift);
+            EXPECT_EQ(want, have) << shift;
+        }
+    });
+}
+
+TEST(VekRegisters, LanesKeepTheirOrderWhenTheyAreWidenedOrTakenOut) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        std::vector<float> a(kElements);
+        std::vector<int32_t> x(kElements);
+        for (int i = 0; i < kElements; ++i) {
+            a[static_cast<size_t>(i)] = static_cast<float>(i) / 3.0F;
+            x[static_cast<size_t>(i)] = i * 500009 - 1000000000;
+        }
+        std::vector<double> want(kElements);
+        std::vector<double> have(kElements);
+        plain.widened(a.data(), want.data(), kElements);
+        wide.widened(a.data(), have.data(), kElements);
+        EXPECT_EQ(want, have);
+        std::vector<int32_t> taken(kElements);
+        wide.lanes(x.data(), taken.data(), kElements);
+        EXPECT_EQ(x, taken);
+    });
+}
+
+TEST(VekRegisters, EightsAreTurnedRoundAndSummed) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        const Operands o;
+        std::vector<int16_t> want(kElements);
+        std::vector<int16_t> have(kElements);
+        plain.reversed(o.a.data(), want.data(), kElements);
+        wide.reversed(o.a.data(), have.data(), kElements);
+        EXPECT_EQ(want, have);
+        std::vector<float> a(kElements);
+        std::copy(o.a.begin(), o.a.end(), a.begin());
+        std::vector<float> wantSums(kElements / 8);
+        std::vector<float> haveSums(kElements / 8);
+        plain.eightSums(a.data(), wantSums.data(), kElements);
+        wide.eightSums(a.data(), haveSums.data(), kElements);
+        EXPECT_EQ(wantSums, haveSums);
+    });
+}
+
+TEST(VekRegisters, OfEqualLeastOnesTheFirstIsFound) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        // -1 is the largest without a sign; each of the two stands in all lanes, first in this one.
+        for (int first = 0; first < 64; ++first) {
+            std::vector<int32_t> a(128, 7);
+            for (int i = first; i < first + 32; i += 3) {
+                a[static_cast<size_t>(i)] = -1;
+                a[static_cast<size_t>(i) + 1] = 3;
+            }
+            const std::vector<uint32_t> u(a.begin(), a.end());
+            int32_t value = 0;
+            EXPECT_EQ(first, wide.least(a.data(), 128, &value));
+            EXPECT_EQ(-1, value);
+            EXPECT_EQ(first, plain.least(a.data(), 128, &value));
+            uint32_t least = 0;
+            EXPECT_EQ(first + 1, wide.leastUnsigned(u.data(), 128, &least));
+            EXPECT_EQ(3U, least);
+            EXPECT_EQ(first + 1, plain.leastUnsigned(u.data(), 128, &least));
+        }
+    });
+}
+
+} // namespace
