@@ -2,8 +2,10 @@
 // Their step functions are in no public header: they are declared here, and the package's header tells whether to link.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "noise.h"
@@ -41,12 +43,10 @@ namespace {
 
 using Samples = std::vector<int16_t>;
 
-TEST(FourPulsesOracle, FindsTheCodewordsOfTheG729Codec) {
+TEST(FourPulsesOracle, DepthFirstSearchHasTheCodewordsOfTheG729Codec) {
 #ifdef ORACLE_BCG729
     std::mt19937 random(1);
-    int equal = 0;
-    constexpr int rounds = 1000;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < 2000; ++round) {
         Samples h = decayingResponse(random, 2500);
         Samples target = noise(random, 40, -100 << (round % 6), 100 << (round % 6));
         Samples d(40), code(40), index(2), theirs(40), filtered(40);
@@ -60,11 +60,9 @@ TEST(FourPulsesOracle, FindsTheCodewordsOfTheG729Codec) {
         uint16_t signs = 0;
         fixedCodebookSearch(target.data(), h.data(), 40, 0, none.data(), 0, &positions, &signs, theirs.data(),
                             filtered.data());
-        equal += positions == index[0] && signs == index[1] ? 1 : 0;
+        ASSERT_EQ(positions, index[0]) << round;
+        ASSERT_EQ(signs, index[1]) << round;
     }
-    RecordProperty("equal", equal);
-    // It keeps a bit less of small correlations and of energies halved.
-    EXPECT_GE(equal, rounds * 98 / 100);
 #else
     GTEST_SKIP() << "libbcg729-dev is not installed";
 #endif
@@ -187,12 +185,13 @@ TEST(DecodeGainOracle, FollowsTheG729Codec) {
 #endif
 }
 
-TEST(GainQuantOracle, FindsTheCodesOfTheG729Codec) {
+TEST(GainQuantOracle, GainsLeaveNoMoreErrorThanThoseOfTheG729Codec) {
 #ifdef ORACLE_BCG729
     std::mt19937 random(5);
     void* encoder = initBcg729EncoderChannel(0);
     int equal = 0;
-    constexpr int rounds = 500;
+    double most = 0;
+    constexpr int rounds = 5000;
     for (int round = 0; round < rounds; ++round) {
         const Samples h = decayingResponse(random, 2500);
         Samples target = noise(random, 40, -300, 300);
@@ -222,11 +221,23 @@ TEST(GainQuantOracle, FindsTheCodesOfTheG729Codec) {
         gainQuantization(encoder, target.data(), adaptive.data(), z.data(), code.data(), xy, yy, &pitch, &gain, &first,
                          &second);
         equal += first == codes[0] && second == codes[1] ? 1 : 0;
+        const auto error = [&](int adaptiveGain, int fixedGain) {
+            double sum = 0;
+            for (size_t i = 0; i < 40; ++i) {
+                const double e = target[i] - adaptiveGain / 16384.0 * adaptive[i] - fixedGain / 8192.0 * z[i];
+                sum += e * e;
+            }
+            return sum;
+        };
+        if (first != codes[0] || second != codes[1]) {
+            // Of two near ties its prediction, which rounds elsewhere, may find the other.
+            most = std::max(most, error(gains[0], gains[1]) / error(pitch, gain));
+        }
     }
     closeBcg729EncoderChannel(encoder);
     RecordProperty("equal", equal);
-    // Its prediction has other roundings: near ties may fall otherwise.
-    EXPECT_GE(equal, rounds * 98 / 100);
+    RecordProperty("most", std::to_string(most));
+    EXPECT_LE(most, 1.012);
 #else
     GTEST_SKIP() << "libbcg729-dev is not installed";
 #endif
