@@ -1,5 +1,5 @@
-// Fixed codebook searches of G.729 and its annexes against the same searches in double precision: the floating forms
-// find the same pulses, those of the fixed-point ones are hardly worse by the exact criterion in any case.
+// Fixed codebook searches of G.729 and its annexes against the same searches in double precision, which find the same
+// pulses; of Annex E's in fixed point they may be others that are as good.
 #include "pulses_reference.h"
 
 #include <algorithm>
@@ -119,9 +119,16 @@ template <class Words16, class Words32, class Real, class Search, class Model>
 void expectSearch(unsigned seed, Words16 words16, Words32 words32, Real real, const Search& search,
                   const Model& model) {
     std::mt19937 random(seed);
-    double least = 1;
     for (int round = 0; round < 120; ++round) {
         Problem p(random);
+        if (round % 2 == 1) {
+            // Correlations much alike: where pulses may stand, a threshold between their mean and maximum decides.
+            for (size_t i = 0; i < 40; ++i) {
+                const int size = noise(random, 1, 2000, 2600)[0];
+                p.d[i] = static_cast<int16_t>(p.d[i] < 0 ? -size : size);
+                p.realD[i] = p.d[i];
+            }
+        }
         const Exact exact(p);
         const std::vector<int> want = exact.code(p, model(exact));
         Samples code(40), wideCode(40), index(2);
@@ -130,11 +137,9 @@ void expectSearch(unsigned seed, Words16 words16, Words32 words32, Real real, co
         ASSERT_EQ(want, ones(realCode, 1)) << round;
         ASSERT_EQ(vekStsNoErr, search(words16, p.d.data(), p.matrix.data(), code.data(), index.data()));
         ASSERT_EQ(vekStsNoErr, search(words32, p.d.data(), p.wide.data(), wideCode.data(), index.data()));
-        least = std::min(least, p.merit(ones(code, 8192)) / p.merit(want));
-        least = std::min(least, p.merit(ones(wideCode, 8192)) / p.merit(want));
+        ASSERT_EQ(want, ones(code, 8192)) << round;
+        ASSERT_EQ(want, ones(wideCode, 8192)) << round;
     }
-    testing::Test::RecordProperty("least", std::to_string(least));
-    EXPECT_GE(least, 0.999);
 }
 
 TEST(VekFourPulses, OfTheNestedSearchAreThoseOfDoublePrecision) {
