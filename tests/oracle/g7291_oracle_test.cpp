@@ -51,10 +51,9 @@ TEST(G7291AdaptiveGainOracle, EqualsTheAmrCodecButForTheUnitThatBeginsTheSum) {
 #endif
 }
 
-TEST(G7291AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
+TEST(G7291AdaptiveSearchOracle, HasTheDelaysOfTheAmrCodec) {
 #ifdef ORACLE_AMRNB
     std::mt19937 random(2);
-    int equal = 0;
     constexpr int rounds = 1000;
     for (int round = 0; round < rounds; ++round) {
         const Samples x = noise(random, 194, -1000, 1000);
@@ -71,10 +70,9 @@ TEST(G7291AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
         ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G7291_16s(
                                    target.data(), h.data(), x.data(), got, static_cast<int16_t>(first),
                                    static_cast<int16_t>(first + width), static_cast<int16_t>(40 * (round % 4))));
-        equal += got[0] == lag.whole && got[1] == lag.fraction ? 1 : 0;
+        ASSERT_EQ(lag.whole, got[0]) << round;
+        ASSERT_EQ(lag.fraction, got[1]) << round;
     }
-    RecordProperty("equal", equal);
-    EXPECT_GE(equal, rounds * 99 / 100);
 #else
     GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
 #endif
@@ -96,19 +94,17 @@ struct Merits {
     double ours = 0;
     double theirs = 0;
     int below = 0;
-    int rounds = 0;
 
     void take(double own, double their) {
         ours += own;
         theirs += their;
         below += own < 0.999 * their ? 1 : 0;
-        ++rounds;
     }
     void expectNotBelow() const {
         testing::Test::RecordProperty("per10000", static_cast<int>(10000 * ours / theirs));
         testing::Test::RecordProperty("below", below);
         EXPECT_GE(ours, theirs);
-        EXPECT_LE(below, rounds / 50);
+        EXPECT_EQ(0, below);
     }
 };
 

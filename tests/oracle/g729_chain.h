@@ -1,4 +1,5 @@
-// Coder and decoder of G.729 Annex A put together from the library's functions, and the bits of a frame.
+// Coder and decoder of G.729 put together from the library's functions, and the bits of a frame: Annex A, with the post
+// filters of the main body on request, and the coder at the 6.4 kbit/s of Annex D with what its decoder makes heard.
 #pragma once
 
 #include <algorithm>
@@ -29,6 +30,21 @@ inline Bits pack(const Parameters& p) {
         for (int b = kWidth[f] - 1; b >= 0; --b, ++at) {
             bits[static_cast<size_t>(at / 8)] |=
                 static_cast<uint8_t>((p[static_cast<size_t>(f)] >> b & 1) << (7 - at % 8));
+        }
+    }
+    return bits;
+}
+
+// At 6.4 kbit/s: no parity, shorter words.
+using ShortBits = std::array<uint8_t, 8>;
+constexpr int kShortWidth[kFields] = {1, 7, 5, 5, 8, 0, 9, 2, 3, 3, 4, 9, 2, 3, 3};
+
+inline ShortBits packShort(const Parameters& p) {
+    ShortBits bits{};
+    size_t at = 0;
+    for (size_t f = 0; f < kFields; ++f) {
+        for (int b = kShortWidth[f] - 1; b >= 0; --b, ++at) {
+            bits[at / 8] |= static_cast<uint8_t>((p[f] >> b & 1) << (7 - at % 8));
         }
     }
     return bits;
@@ -100,11 +116,79 @@ struct Model {
     void endFrame() { std::copy(synthesis.end() - 10, synthesis.end(), synthesis.begin()); }
 };
 
+// The post filters of the main body, subframe by subframe, and the last high-pass.
+class MainPostFilter {
+public:
+    MainPostFilter() { GOOD(veksHighPassFilterInit_G729(m_filter)); }
+
+    // speech[-10..39] is the synthesis.
+    void add(const int16_t* speech, const int16_t* lpc, int delay, Samples& out) {
+        int16_t voice = 0;
+        int16_t response[20];
+        // Lags of 19 and a third, and of 144 less one, are of 20 and 143 to the filter.
+        const auto whole = static_cast<int16_t>(std::clamp(delay, 20, 143));
+        GOOD(veksLongTermPostFilter_G729B_16s(whole, speech, lpc, m_residual.data(), m_harmonic.data(), &voice, 1));
+        int16_t direct[kSub];
+        GOOD(veksLongTermPostFilter_G729_16s(16384, whole, m_residual.data() + 154, direct, &voice));
+        SAME(true, std::equal(direct, direct + kSub, m_harmonic.begin()));
+        std::copy(m_short.begin() + kSub, m_short.end(), m_short.begin());
+        GOOD(veksShortTermPostFilter_G729_16s(lpc, m_harmonic.data(), m_short.data() + 10, response));
+        Samples level(1 + kSub);
+        level[0] = m_last;
+        std::copy(m_short.begin() + 10, m_short.end(), level.begin() + 1);
+        GOOD(veksTiltCompensation_G729_16s(response, level.data() + 1));
+        m_last = level[0];
+        GOOD(veksGainControl_G729_16s_I(speech, level.data() + 1, &m_gain));
+        std::copy(m_residual.begin() + kSub, m_residual.end(), m_residual.begin());
+        GOOD(veksHighPassFilter_G729_16s_ISfs(level.data() + 1, kSub, 12, m_filter));
+        out.insert(out.end(), level.begin() + 1, level.end());
+    }
+
+private:
+    char m_filter[64] = {};
+    Samples m_residual = Samples(194);
+    Samples m_harmonic = Samples(kSub);
+    Samples m_short = Samples(10 + kSub);
+    int16_t m_last = 0;
+    int16_t m_gain = 16384;
+};
+
+// What a decoder at 6.4 kbit/s makes heard of a coder's subframes.
+class ShortHearing {
+public:
+    Samples heard;
+
+    ShortHearing() {
+        int size = 0;
+        GOOD(veksPhaseDispersionGetStateSize_G729D_16s(&size));
+        m_dispersion.resize(static_cast<size_t>(size));
+        GOOD(veksPhaseDispersionInit_G729D_16s(m_dispersion.data()));
+    }
+
+    void add(const int16_t* excitation, const int16_t* code, const int16_t* gains, const int16_t* lpc, int delay) {
+        int16_t dispersed[kSub];
+        int16_t innovation[kSub];
+        std::copy(code, code + kSub, innovation);
+        GOOD(veksPhaseDispersion_G729D_16s(excitation, dispersed, gains[1], gains[0], innovation, m_dispersion.data()));
+        std::copy(m_synthesis.end() - 10, m_synthesis.end(), m_synthesis.begin());
+        int16_t* const speech = m_synthesis.data() + 10;
+        GOOD(veksSynthesisFilter_NR_16s_Sfs(lpc, dispersed, speech, kSub, 12, m_synthesis.data()));
+        m_post.add(speech, lpc, delay, heard);
+    }
+
+private:
+    std::vector<char> m_dispersion;
+    Samples m_synthesis = Samples(10 + kSub);
+    MainPostFilter m_post;
+};
+
 class Coder {
 public:
     Samples local;
+    ShortHearing hearing;
 
-    Coder() { GOOD(veksHighPassFilterInit_G729(m_filter)); }
+    // With 8 kbit/s as Annex A, or with 6.4.
+    explicit Coder(bool atShortRate = false) : m_short(atShortRate) { GOOD(veksHighPassFilterInit_G729(m_filter)); }
 
     Parameters frame(const int16_t* in) {
         Parameters p{};
@@ -123,6 +207,7 @@ public:
 
 private:
     Model m;
+    bool m_short;
     char m_filter[64] = {};
     Samples m_speech = Samples(240); // the frame at 120
     Samples m_pairs = startOfPairs;
@@ -181,8 +266,14 @@ private:
         int16_t delay[2];
         int16_t vector[kSub];
         const int16_t around = sub == 0 ? m_openLag : m_delay;
-        GOOD(veksAdaptiveCodebookSearch_G729A_16s(around, target, h, m.excitation.data(), delay, vector,
-                                                  static_cast<int16_t>(sub)));
+        if (m_short) {
+            GOOD(veksAdaptiveCodebookSearch_G729D_16s(around, target, h, m.excitation.data(), static_cast<int16_t>(sub),
+                                                      delay));
+            std::copy(m.excitation.begin() + 154, m.excitation.end(), vector);
+        } else {
+            GOOD(veksAdaptiveCodebookSearch_G729A_16s(around, target, h, m.excitation.data(), delay, vector,
+                                                      static_cast<int16_t>(sub)));
+        }
         if (sub == 0) {
             p[P1] = delay[0] <= 85 && !(delay[0] == 85 && delay[1] > 0) ? 3 * delay[0] + delay[1] - 58 : delay[0] + 112;
             p[P0] = 1;
@@ -190,7 +281,8 @@ private:
                 p[P0] ^= p[P1] >> b & 1;
             }
         } else {
-            p[P2] = (delay[0] - std::clamp(m_delay - 5, 20, 134)) * 3 + delay[1] + 2;
+            const int thirds = (delay[0] - std::clamp(m_delay - 5, 20, 134)) * 3 + delay[1];
+            p[P2] = !m_short ? thirds + 2 : thirds < 10 ? thirds / 3 : thirds < 18 ? thirds - 6 : thirds / 3 + 6;
         }
         m_delay = delay[0];
 
@@ -200,19 +292,24 @@ private:
         int16_t second[kSub];
         GOOD(veksAdaptiveCodebookContribution_G729_16s(gain, y, target, second));
         m.sharpen(m_delay, h);
-        int16_t d[kSub];
         int16_t code[kSub];
         int16_t index[2];
-        std::vector<int32_t> matrix(616);
-        GOOD(veksCrossCorr_NormM_16s(second, h, kSub, d));
-        GOOD(veksToeplizMatrix_G729_16s32s(h, matrix.data()));
-        GOOD(veksFixedCodebookSearch_G729A_32s16s(d, matrix.data(), code, index));
         int16_t z[kSub];
-        GOOD(veksConvPartial_16s_Sfs(code, h, z, kSub, 13));
+        if (m_short) {
+            GOOD(veksFixedCodebookSearch_G729D_16s(second, h, code, z, &index[1], &index[0]));
+        } else {
+            int16_t d[kSub];
+            std::vector<int32_t> matrix(616);
+            GOOD(veksCrossCorr_NormM_16s(second, h, kSub, d));
+            GOOD(veksToeplizMatrix_G729_16s32s(h, matrix.data()));
+            GOOD(veksFixedCodebookSearch_G729A_32s16s(d, matrix.data(), code, index));
+            GOOD(veksConvPartial_16s_Sfs(code, h, z, kSub, 13));
+        }
         m.sharpen(m_delay, code);
         int16_t gains[2];
         int16_t codes[2];
-        GOOD(veksGainQuant_G729_16s(target, y, code, z, m.past.data(), gains, codes, 0));
+        GOOD((m_short ? veksGainQuant_G729D_16s : veksGainQuant_G729_16s)(target, y, code, z, m.past.data(), gains,
+                                                                          codes, 0));
         const int fields[2][4] = {{C1, S1, GA1, GB1}, {C2, S2, GA2, GB2}};
         const int values[] = {index[0], index[1], codes[0], codes[1]};
         for (int i = 0; i < 4; ++i) {
@@ -225,6 +322,9 @@ private:
                 static_cast<int16_t>(std::clamp(target[i] - adaptive - fixed, -32768, 32767));
         }
         m.take(vector, code, gains, sub);
+        if (m_short) {
+            hearing.add(m.excitation.data() + 154 - kSub, code, gains, m.lpc[sub], m_delay);
+        }
     }
 };
 
@@ -232,7 +332,8 @@ class Decoder {
 public:
     Samples local;
 
-    Decoder() { GOOD(veksHighPassFilterInit_G729(m_filter)); }
+    // With the post filters of Annex A or of the main body.
+    explicit Decoder(bool asMainBody = false) : m_main(asMainBody) { GOOD(veksHighPassFilterInit_G729(m_filter)); }
 
     Samples frame(const Parameters& p) {
         const int16_t words[4] = {static_cast<int16_t>(p[L0]), static_cast<int16_t>(p[L1]), static_cast<int16_t>(p[L2]),
@@ -244,16 +345,24 @@ public:
         Samples out;
         for (int sub = 0; sub < 2; ++sub) {
             excite(sub, p);
-            postFilter(sub, out);
+            if (m_main) {
+                m_post.add(m.synthesis.data() + 10 + sub * kSub, m.lpc[sub], m_delay, out);
+            } else {
+                postFilter(sub, out);
+            }
         }
         m.endFrame();
         local.insert(local.end(), m.synthesis.end() - kFrame, m.synthesis.end());
-        GOOD(veksHighPassFilter_G729_16s_ISfs(out.data(), kFrame, 12, m_filter));
+        if (!m_main) {
+            GOOD(veksHighPassFilter_G729_16s_ISfs(out.data(), kFrame, 12, m_filter));
+        }
         return out;
     }
 
 private:
     Model m;
+    bool m_main;
+    MainPostFilter m_post;
     char m_filter[64] = {};
     int m_delay = 0;
     Samples m_residual = Samples(194);

@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "amrnb_pitch.h"
@@ -66,6 +70,70 @@ struct SearchData {
     return x;
 }
 
+// The criteria of the open-loop search of Annex A in double precision: correlations of every second sample of the frame
+// choose within three ranges of delays, then the normalised ones among the ranges, shorter ones favoured.
+class OpenLoop {
+public:
+    explicit OpenLoop(const int16_t* x) {
+        for (size_t lag = 20; lag <= 143; ++lag) {
+            double energy = 1e-9;
+            for (int n = 0; n < 80; n += 2) {
+                const double past = x[n - static_cast<int>(lag)];
+                m_product[lag] += x[n] * past;
+                energy += past * past;
+            }
+            m_root[lag] = std::sqrt(energy);
+        }
+        for (int n = 0; n < 80; n += 2) {
+            m_level += double{1} * x[n] * x[n];
+        }
+        m_level = std::sqrt(m_level) + 1e-9;
+        m_best[0] = best(20, 39, 1);
+        m_best[1] = best(40, 79, 1);
+        m_best[2] = best(80, 142, 2);
+        m_best[2] = best(std::max(m_best[2] - 1, 80), m_best[2] + 1, 1);
+    }
+
+    // How much less of the criterion that parts them one delay has than another, as a part of all that there can be.
+    double lack(int one, int other) const {
+        const size_t range = rangeOf(one);
+        const auto first = static_cast<size_t>(one);
+        const auto second = static_cast<size_t>(other);
+        if (range == rangeOf(other)) {
+            return (m_product[second] - m_product[first]) / (m_level * std::max(m_root[first], m_root[second]));
+        }
+        return (weighted(rangeOf(other)) - weighted(range)) / m_level;
+    }
+
+private:
+    std::array<double, 144> m_product{};
+    std::array<double, 144> m_root{};
+    double m_level = 0;
+    int m_best[3] = {};
+
+    static size_t rangeOf(int lag) { return lag < 40 ? 0 : lag < 80 ? 1 : 2; }
+    int best(int from, int to, int step) const {
+        int found = from;
+        for (int lag = from; lag <= to; lag += step) {
+            found = m_product[static_cast<size_t>(lag)] > m_product[static_cast<size_t>(found)] ? lag : found;
+        }
+        return found;
+    }
+    double normalised(size_t range) const {
+        const auto lag = static_cast<size_t>(m_best[range]);
+        return m_product[lag] / m_root[lag];
+    }
+    double weighted(size_t range) const {
+        double v = normalised(range);
+        for (int times = 2; range < 2 && times <= 3; ++times) {
+            if (std::abs(times * m_best[range] - m_best[range + 1]) < 2 * times + 1) {
+                v += range == 1 ? normalised(2) / 4 : weighted(1) / 5;
+            }
+        }
+        return v;
+    }
+};
+
 TEST(GainControlOracle, EqualsTheAmrCodec) {
 #ifdef ORACLE_AMRNB
     std::mt19937 random(1);
@@ -125,28 +193,42 @@ TEST(OpenLoopPitchOracle, EqualsTheAmrCodecAt7400BitsASecond) {
 #endif
 }
 
-TEST(OpenLoopPitchOracle, AgreesWithTheG729Codec) {
+TEST(OpenLoopPitchOracle, DelaysOfBothFormsAreAsGoodAsThoseOfTheG729Codec) {
 #ifdef ORACLE_BCG729
     std::mt19937 random(3);
     int equal = 0;
-    for (int round = 0; round < 1000; ++round) {
+    int equalFloating = 0;
+    double most = 0;
+    for (int round = 0; round < 2000; ++round) {
         Samples x = voiced(random, 64 << (round % 8));
+        const std::vector<float> y(x.begin(), x.end());
         int16_t lag = 0;
+        int floating = 0;
         ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729A_16s(x.data() + 143, &lag));
-        equal += findOpenLoopPitchDelay(x.data() + 143) == lag ? 1 : 0;
+        ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729A_32f(y.data() + 143, &floating));
+        // It scales and takes roots in other formats: near ties may fall otherwise.
+        const int theirs = findOpenLoopPitchDelay(x.data() + 143);
+        equal += lag == theirs ? 1 : 0;
+        equalFloating += floating == lag ? 1 : 0;
+        if (lag != theirs || floating != lag) {
+            const OpenLoop criteria(x.data() + 143);
+            most = std::max(
+                {most, criteria.lack(lag, theirs), criteria.lack(floating, theirs), criteria.lack(floating, lag)});
+        }
     }
-    // It scales and takes roots in other formats: near ties may fall otherwise.
-    EXPECT_GE(equal, 970);
+    RecordProperty("equal", equal);
+    RecordProperty("equalFloating", equalFloating);
+    RecordProperty("lack", std::to_string(most));
+    EXPECT_LE(most, 0.005);
 #else
     GTEST_SKIP() << "libbcg729-dev is not installed";
 #endif
 }
 
-TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
+TEST(AdaptiveSearchOracle, HasTheDelaysOfTheAmrCodec) {
 #ifdef ORACLE_AMRNB
     std::mt19937 random(5);
-    int equal = 0;
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < 2000; ++round) {
         auto [x, target, h, theirs] = searchData(random);
         const int16_t open = noise(random, 1, 20, 143)[0];
         const auto second = static_cast<int16_t>(round % 2);
@@ -155,19 +237,18 @@ TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheAmrCodec) {
         Samples vector(40);
         ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookSearch_G729_16s(open, target.data(), h.data(), x.data(), got,
                                                                    vector.data(), second));
-        equal += got[0] == lag.whole && got[1] == lag.fraction ? 1 : 0;
+        ASSERT_EQ(lag.whole, got[0]) << round;
+        ASSERT_EQ(lag.fraction, got[1]) << round;
     }
-    EXPECT_GE(equal, 396);
 #else
     GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
 #endif
 }
 
-TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheG729Codec) {
+TEST(AdaptiveSearchOracle, HasTheDelaysAndVectorsOfTheG729Codec) {
 #ifdef ORACLE_BCG729
     std::mt19937 random(6);
-    int equal = 0;
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < 2000; ++round) {
         auto [x, target, h, theirs] = searchData(random);
         const int16_t open = noise(random, 1, 23, 140)[0];
         auto shortest = static_cast<int16_t>(open - 3);
@@ -181,12 +262,10 @@ TEST(AdaptiveSearchOracle, FindsTheDelaysOfTheG729Codec) {
         Samples vector(40);
         ASSERT_EQ(vekStsNoErr,
                   veksAdaptiveCodebookSearch_G729A_16s(open, target.data(), h.data(), x.data(), got, vector.data(), 0));
-        if (got[0] == delay && got[1] == fraction) {
-            ++equal;
-            ASSERT_EQ(theirs, x);
-        }
+        ASSERT_EQ(delay, got[0]) << round;
+        ASSERT_EQ(fraction, got[1]) << round;
+        ASSERT_EQ(theirs, x);
     }
-    EXPECT_GE(equal, 388);
 #else
     GTEST_SKIP() << "libbcg729-dev is not installed";
 #endif

@@ -261,6 +261,55 @@ TEST(VekEcSynthesis, IntegerPairGivesTheSignalBackWithinOne) {
     });
 }
 
+TEST(VekEcSynthesis, IntegerFormIsTheWindowedInverseTransformOverlapped) {
+    atEveryLevel([] {
+        std::mt19937 random(25);
+        for (const int order : {5, 6}) {
+            const int points = 1 << order;
+            for (const int scale : {-3, 0, 5}) {
+                const int len = 2 * points;
+                const int frame = points / 2;
+                const Samples window = noise(random, len, 8000, 32767);
+                FixedProcess p = make(order, frame, window);
+                // Each place of a frame is divided by the sum of the windows' squares that meet in it.
+                std::vector<double> synthesis(static_cast<size_t>(len));
+                for (int n = 0; n < len; n++) {
+                    double squares = 0;
+                    for (int m = n % frame; m < len; m += frame) {
+                        squares += window[m] / 32768.0 * window[m] / 32768.0;
+                    }
+                    synthesis[n] = window[n] / 32768.0 / squares / points;
+                }
+                std::vector<double> sums(static_cast<size_t>(len));
+                for (int round = 0; round < 8; round++) {
+                    std::vector<Vek32sc> bands(static_cast<size_t>(points / 2 + 1));
+                    const int most = static_cast<int>(std::ldexp(round == 7 ? 1e6 : 1e5, scale));
+                    for (Vek32sc& band : bands) {
+                        band.re = std::uniform_int_distribution<int>(-most, most)(random);
+                        band.im = std::uniform_int_distribution<int>(-most, most)(random);
+                    }
+                    for (int n = 0; n < len; n++) {
+                        double v = bands.front().re + (n % 2 == 0 ? 1.0 : -1.0) * bands.back().re;
+                        for (int k = 1; k < points / 2; k++) {
+                            const double angle = 2 * M_PI * k * n / points;
+                            v += 2 * (bands[k].re * std::cos(angle) - bands[k].im * std::sin(angle));
+                        }
+                        sums[n] += std::ldexp(v, -scale) * synthesis[n];
+                    }
+                    Samples y(static_cast<size_t>(frame));
+                    ASSERT_EQ(vekStsNoErr,
+                              veksSubbandSynthesis_32sc16s_Sfs(bands.data(), y.data(), p.get(), scale, p.work()));
+                    for (int i = 0; i < frame; i++) {
+                        ASSERT_NEAR(std::clamp(sums[i], -32768.0, 32767.0), y[i], 0.501) << order << " " << scale;
+                    }
+                    sums.erase(sums.begin(), sums.begin() + frame);
+                    sums.resize(static_cast<size_t>(len));
+                }
+            }
+        }
+    });
+}
+
 TEST(VekEcProcessRefusals, ComeBeforeAnythingIsWritten) {
     int a = 1;
     int b = 2;

@@ -300,6 +300,60 @@ TEST(VekG722Concealment, FramesFallIntoTheirClasses) {
     EXPECT_EQ(classOf(smooth, 143, state), VEK_G722_UNVOICED);
 }
 
+TEST(VekG722Concealment, ClassesAndPeaksFollowTheirRulesInDoublePrecision) {
+    Bytes state = memory();
+    ASSERT_EQ(vekStsNoErr, veksSBADPCMDecodeInit_G722_16s(odd(state)));
+    std::mt19937 random(14);
+    int seen[5] = {};
+    for (int round = 0; round < 3000; ++round) {
+        const int n = noise(random, 1, 16, 300)[0];
+        const double f = noise(random, 1, 1, 450)[0] / 1000.0;
+        const double hiss = noise(random, 1, 0, 100)[0] / 60.0;
+        const double rise = round % 4 == 0 ? noise(random, 1, -40, 100)[0] / 10.0 / n : 0;
+        Samples x = noise(random, n + 9, -1000, 1000);
+        for (size_t i = 0; i < x.size(); ++i) {
+            const double t = static_cast<double>(i);
+            const double v = hiss * x[i] + 1500 * std::sin(2 * std::numbers::pi * f * t + round);
+            x[i] = static_cast<int16_t>(std::clamp(std::lround(v * std::exp(rise * (t - n))), -32768L, 32767L));
+        }
+        double crossings = 0;
+        double first = 0;
+        double second = 0;
+        double neighbours = 0;
+        double magnitude = 0;
+        for (int i = 0; i < n; ++i) {
+            const double now = x[static_cast<size_t>(i) + 8];
+            const double before = x[static_cast<size_t>(i) + 7];
+            crossings += (now < 0) == (before < 0) ? 0 : 1;
+            (i < n / 2 ? first : second) += now * now;
+            neighbours += now * before;
+            magnitude += std::abs(now) / n;
+        }
+        const double energy = first + second;
+        int want = VEK_G722_VOICED;
+        if (energy > 0 && second / first > 16) {
+            want = VEK_G722_TRANSIENT;
+        } else if (crossings / n > 0.375) {
+            want = VEK_G722_UNVOICED;
+        } else if (crossings / n > 0.25) {
+            want = VEK_G722_UNVOICED_TO_VOICED;
+        } else if (neighbours < 0.6 * energy) {
+            want = VEK_G722_WEAKLY_VOICED;
+        }
+        Samples cut = x;
+        for (size_t i = 8; want != VEK_G722_VOICED && i < 8 + static_cast<size_t>(n); ++i) {
+            const auto limit = static_cast<int16_t>(std::clamp(std::floor(2 * magnitude + 1e-9), 1.0, 32767.0));
+            cut[i] = std::clamp<int16_t>(cut[i], static_cast<int16_t>(-limit), limit);
+        }
+        ASSERT_EQ(want, classOf(x, n, state)) << round;
+        ASSERT_EQ(cut, x) << round;
+        ++seen[want];
+    }
+    for (const int count : seen) {
+        EXPECT_GT(count, 40);
+    }
+}
+
 TEST(VekG722Concealment, PeaksAreCutInAllButVoicedFrames) {
     Bytes state = memory();
     ASSERT_EQ(vekStsNoErr, veksSBADPCMDecodeInit_G722_16s(odd(state)));

@@ -430,7 +430,8 @@ TEST(VekG728Trellis, RefusesWhatItCannotTake) {
 // Block 82 in double precision, with the low-pass filter as printed.
 class RealPitch {
 public:
-    int next(const double* d, int before) {
+    // The period, and those that come out where correlations or taps are as good as equal.
+    std::vector<int> next(const double* d, int before) {
         for (int n = 80; n < 100; ++n) {
             const double y = 0.0357081667 * d[n] - 0.0069956244 * m_in[0] - 0.0069956244 * m_in[1] +
                              0.0357081667 * m_in[2] + 2.34036589 * m_out[0] - 2.01190019 * m_out[1] +
@@ -445,18 +446,28 @@ public:
             m_decimated.insert(m_decimated.begin(), 0);
         }
         const double* dec = m_decimated.data() + m_decimated.size() - 25;
-        const int coarse = 4 * best(dec, 25, 5, 35);
-        int lag = best(d, 100, std::max(coarse - 3, 20), std::min(coarse + 3, 140));
-        if (lag > before + 6) {
-            const int old = best(d, 100, std::max(before - 6, 20), before + 6);
-            if (tap(d, old) > 0.4 * tap(d, lag)) {
-                lag = old;
+        std::vector<int> periods;
+        for (const int coarse : best(dec, 25, 5, 35)) {
+            for (const int lag : best(d, 100, std::max(4 * coarse - 3, 20), std::min(4 * coarse + 3, 140))) {
+                bool left = lag <= before + 6;
+                for (const int old : best(d, 100, std::max(before - 6, 20), left ? 19 : before + 6)) {
+                    const double more = tap(d, old) - 0.4 * tap(d, lag);
+                    if (more > -kTie) {
+                        periods.push_back(old);
+                    }
+                    left = left || more < kTie;
+                }
+                if (left) {
+                    periods.push_back(lag);
+                }
             }
         }
-        return lag;
+        return periods;
     }
 
 private:
+    static constexpr double kTie = 4e-3;
+
     static double product(const double* x, int n, int lag) {
         double s = 0;
         for (int k = 0; k < n; ++k) {
@@ -464,10 +475,23 @@ private:
         }
         return s;
     }
-    static int best(const double* x, int n, int first, int last) {
-        int found = first;
+    static std::vector<int> best(const double* x, int n, int first, int last) {
+        Reals products;
         for (int lag = first; lag <= last; ++lag) {
-            found = product(x, n, lag) > product(x, n, found) ? lag : found;
+            products.push_back(product(x, n, lag));
+        }
+        std::vector<int> found;
+        const double energy = product(x, n, 0);
+        if (energy == 0 && !products.empty()) {
+            return {first}; // of nothing but ties
+        }
+        // What is compared was rounded.
+        const double room = kTie * energy + std::sqrt(energy);
+        const auto most = std::max_element(products.begin(), products.end());
+        for (int lag = first; lag <= last; ++lag) {
+            if (products[static_cast<size_t>(lag - first)] >= *most - room) {
+                found.push_back(lag);
+            }
         }
         return found;
     }
@@ -485,7 +509,7 @@ private:
 };
 
 // Runs both over a residual, from its 240th sample on.
-int disagreements(const Reals& residual, int& frames, std::vector<int>* periods = nullptr) {
+int disagreements(const Reals& residual, int& frames, std::vector<int>* found = nullptr) {
     Adapter memory(veksPostFilterAdapterGetStateSize_G728);
     EXPECT_EQ(vekStsNoErr, veksPostFilterAdapterInit_G728(memory));
     Samples d(residual.size());
@@ -500,12 +524,12 @@ int disagreements(const Reals& residual, int& frames, std::vector<int>* periods 
     int unequal = 0;
     for (size_t n = 140; n + 100 <= d.size(); n += 20) {
         EXPECT_EQ(vekStsNoErr, veksPitchPeriodExtraction_G728_16s(d.data() + n, &period, memory));
-        before = reference.next(real.data() + n, before);
-        unequal += period != before;
+        const std::vector<int> periods = reference.next(real.data() + n, before);
+        unequal += std::count(periods.begin(), periods.end(), period) == 0;
         before = period; // an error counts once
         ++frames;
-        if (periods != nullptr) {
-            periods->push_back(period);
+        if (found != nullptr) {
+            found->push_back(period);
         }
     }
     return unequal;
@@ -523,7 +547,7 @@ TEST(VekG728Pitch, IsThatOfTheBlocksInDoublePrecision) {
             unequal += disagreements(s, frames);
         }
         EXPECT_GT(frames, 3000);
-        EXPECT_LE(unequal, frames / 200);
+        EXPECT_EQ(0, unequal);
     });
 }
 

@@ -299,6 +299,50 @@ TEST(VekG7291Elliptic, LowPassHasItsEdgeAt3000Hertz) {
     }
 }
 
+// The elliptic rational function of order 2, 1 at the edge of the pass band; t by its least value in the stop band.
+double rational(double least, double x) {
+    const double t = (least - 1) / (least + 1);
+    return ((t + 1) * x * x - 1) / ((t - 1) * x * x + 1);
+}
+
+// Magnitude of an elliptic filter of so many sections, x: the frequency over that of the edge.
+double elliptic(int sections, double ripple, double stop, double x) {
+    const double epsilon = std::pow(10, ripple / 10) - 1;
+    const double least = std::sqrt((std::pow(10, stop / 10) - 1) / epsilon);
+    double r = 0;
+    if (sections == 1) {
+        r = rational(least, x);
+    } else {
+        // Order 4 is the function of order 2 of itself.
+        const double t = (least - 1) / (least + 1);
+        r = rational(least, rational(1 / std::sqrt(1 - t * t), x));
+    }
+    return 1 / std::sqrt(1 + epsilon * r * r);
+}
+
+TEST(VekG7291Elliptic, ResponsesAreThoseOfTheEllipticFunctions) {
+    const auto warped = [](double hertz) { return std::tan(pi * hertz / 8000); };
+    const auto high = [](Samples& x) {
+        std::vector<uint8_t> state = freshHigh();
+        ASSERT_EQ(vekStsNoErr, veksFilterHighpass_G7291_16s_ISfs(x.data(), 8000, state.data(), 0));
+    };
+    for (const double hertz : {10.0, 25.0, 40.0, 50.0, 65.0, 90.0, 150.0, 400.0, 1700.0, 3900.0}) {
+        const double want = elliptic(1, 0.25, 40, warped(50) / warped(hertz));
+        EXPECT_NEAR(want, std::pow(10, gainAt(hertz, high) / 20), 3e-3) << hertz;
+    }
+    for (const int sections : {1, 2}) {
+        const auto low = [sections](Samples& x) {
+            std::vector<uint8_t> state = freshLow();
+            ASSERT_EQ(vekStsNoErr, veksFilterLowpass_G7291_16s_I(x.data(), 8000, state.data(), sections));
+        };
+        for (double hertz = 0; hertz < 4000; hertz += 110) {
+            const double want = sections == 1 ? elliptic(1, 0.5, 20, warped(hertz) / warped(3000))
+                                              : elliptic(2, 0.25, 50, warped(hertz) / warped(3000));
+            EXPECT_NEAR(want, std::pow(10, gainAt(hertz, low) / 20), 5e-4) << sections << " " << hertz;
+        }
+    }
+}
+
 TEST(VekG7291Elliptic, FollowsTheRecursionInDoubleSampleBySample) {
     std::mt19937 random(55);
     const double unit = 67108864;

@@ -1,75 +1,9 @@
 // Fixed codebook searches of G.729 and its annexes against plain ones, and their codewords read back.
-#include "lp_reference.h"
-#include "veksc.h"
-
-#include <cmath>
+#include "pulses_reference.h"
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using lpref::response;
-using Samples = std::vector<int16_t>;
-using Words = std::vector<int32_t>;
-using Reals = std::vector<float>;
-
-struct Problem {
-    Samples target, h, d = Samples(40);
-    Samples matrix = Samples(616);
-    Words wide = Words(616);
-    Reals real = Reals(616), realD, realH;
-
-    explicit Problem(std::mt19937& random) : target(noise(random, 40, -3000, 3000)), h(response(random)) {
-        veksCrossCorr_NormM_16s(target.data(), h.data(), 40, d.data());
-        veksToeplizMatrix_G729_16s(h.data(), matrix.data());
-        veksToeplizMatrix_G729_16s32s(h.data(), wide.data());
-        realD.assign(d.begin(), d.end());
-        realH.assign(h.begin(), h.end());
-        veksToeplizMatrix_G729_32f(realH.data(), real.data());
-    }
-
-    double phi(int i, int j) const {
-        double s = 0;
-        for (int n = std::max(i, j); n < 40; ++n) {
-            s += double{1} * h[n - i] * h[n - j];
-        }
-        return s;
-    }
-
-    // Squared correlation over energy of pulses with signs.
-    template <class Code>
-    double merit(const Code& code) const {
-        double c = 0;
-        double e = 0;
-        for (int i = 0; i < 40; ++i) {
-            c += double{1} * code[i] * d[i];
-            for (int j = 0; j < 40; ++j) {
-                e += code[i] != 0 && code[j] != 0 ? phi(i, j) * code[i] * code[j] : 0;
-            }
-        }
-        return c * c / e;
-    }
-};
-
-// The code vector of a codeword of four pulses, ones.
-std::vector<int> decodeFour(int positions, int signs) {
-    std::vector<int> code(40);
-    for (int n = 0; n < 4; ++n) {
-        const int field = positions >> (3 * n);
-        const int at = n < 3 ? 5 * (field & 7) + n : 5 * (field >> 1 & 7) + 3 + (field & 1);
-        code[at] = signs >> n & 1 ? 1 : -1;
-    }
-    return code;
-}
-
-template <class Code>
-std::vector<int> ones(const Code& code, double size) {
-    std::vector<int> v;
-    for (const auto e : code) {
-        v.push_back(static_cast<int>(std::lround(e / size)));
-    }
-    return v;
-}
+using namespace pulseref;
 
 // The best of all four pulses with the signs of the correlations.
 double best(const Problem& p) {

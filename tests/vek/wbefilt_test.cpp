@@ -1,5 +1,7 @@
 // Mid-band prediction and low-band post-filter of the extended wide-band codec: known filters, the error of least
 // squares, harmonic signals, tones between the harmonics, memories over frames, and the refusals.
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "lp_reference.h"
@@ -57,6 +59,69 @@ TEST(VekWbeMidBand, NoFilterNearbyHasASmallerError) {
             EXPECT_LT(least, error(other)) << k;
         }
     }
+}
+
+// The solution of equations by elimination.
+std::array<long double, 9> solved(std::array<std::array<long double, 10>, 9> m) {
+    for (size_t i = 0; i < 9; i++) {
+        for (size_t k = 0; k < 9; k++) {
+            const long double factor = m[k][i] / m[i][i];
+            for (size_t j = i; j < 10 && k != i; j++) {
+                m[k][j] -= factor * m[i][j];
+            }
+        }
+    }
+    std::array<long double, 9> x{};
+    for (size_t i = 0; i < 9; i++) {
+        x[i] = m[i][9] / m[i][i];
+    }
+    return x;
+}
+
+TEST(VekWbeMidBand, TapsSolveTheNormalEquations) {
+    atEveryLevel([] {
+        std::mt19937 random(12);
+        for (int round = 0; round < 60; round++) {
+            const int level = 50 << (round % 9);
+            Samples mid = noise(random, 328, -level, level);
+            Samples target = noise(random, 320, -level, level);
+            // White, low-pass, nearly a tone.
+            const double feedback[] = {0, 0.97, 1.99};
+            const double second[] = {0, 0, -0.9995};
+            double y[2] = {};
+            for (size_t n = 0; n < mid.size(); n++) {
+                const auto kind = static_cast<size_t>(round % 3);
+                const double v = mid[n] * (kind == 0 ? 1 : 0.05) + feedback[kind] * y[0] + second[kind] * y[1];
+                y[1] = y[0];
+                y[0] = std::clamp(v, -32768.0, 32767.0);
+                mid[n] = static_cast<int16_t>(std::lround(y[0]));
+                if (n >= 8) {
+                    target[n - 8] = static_cast<int16_t>(target[n - 8] / 4 + mid[n] / 2 - mid[n - 5] / 4);
+                }
+            }
+            std::array<std::array<long double, 10>, 9> equations{};
+            for (size_t i = 0; i < 9; i++) {
+                for (size_t n = 0; n < 320; n++) {
+                    for (size_t k = 0; k < 9; k++) {
+                        equations[i][k] += static_cast<long double>(mid[8 + n - i]) * mid[8 + n - k];
+                    }
+                    equations[i][9] += static_cast<long double>(mid[8 + n - i]) * target[n];
+                }
+            }
+            // A floor of 40 dB below the signal, as told in the source.
+            const long double floor = equations[0][0] * 1e-4L + 1;
+            for (size_t i = 0; i < 9; i++) {
+                equations[i][i] += floor;
+            }
+            const auto want = solved(equations);
+            Samples h(9);
+            ASSERT_EQ(vekStsNoErr, veksFIRGenMidBand_AMRWBE_16s(mid.data() + 8, target.data(), h.data()));
+            for (size_t k = 0; k < 9; k++) {
+                const double tap = std::clamp(static_cast<double>(4096 * want[k]), -32768.0, 32767.0);
+                ASSERT_NEAR(tap, h[k], 0.501) << round << " " << k;
+            }
+        }
+    });
 }
 
 TEST(VekWbeMidBand, SilenceHasNoFilterAndLargeOnesSaturate) {
@@ -120,6 +185,93 @@ double lossInDb(double period, int lag, int gain, int adjust) {
         out += static_cast<double>(y[i]) * y[i];
     }
     return 10 * std::log10(in / out);
+}
+
+// The whole post-filter over a signal in double precision, rounding nothing in between.
+std::vector<double> filteredInDouble(const Samples& x, const Samples& lags, const Samples& gains, int adjust) {
+    const auto at = [&](long i) { return i < 0 || i >= static_cast<long>(x.size()) ? 0.0 : x[static_cast<size_t>(i)]; };
+    std::vector<double> weighted(x.size() + 256); // of the sample 140 before
+    double mean = 0;
+    for (size_t j = 0; j < lags.size(); j++) {
+        const long start = static_cast<long>(64 * j) - 128;
+        long lag = lags[j];
+        if (lag == 0) {
+            continue;
+        }
+        double cross = 0;
+        double now = 0;
+        double then = 0;
+        for (long n = start; n < start + 64; n++) {
+            cross += at(n) * at(n - lag / 2);
+            now += at(n) * at(n);
+            then += at(n - lag / 2) * at(n - lag / 2);
+        }
+        if (adjust == 1 && lag > 1 && cross > 0 && cross * cross > 0.9025 * now * then) {
+            lag /= 2;
+        }
+        double difference[64];
+        double energy = 0;
+        for (long i = 0; i < 64; i++) {
+            const long n = start + i;
+            difference[i] = lag <= 128 ? at(n) - (at(n - lag) + at(n + lag)) / 2 : (at(n) - at(n - lag)) / 2;
+            energy += difference[i] * difference[i] / 64;
+        }
+        mean += 0.01 * (20 * std::log10(std::max(std::sqrt(energy), 1.0)) - mean);
+        const double usual = std::pow(10, mean / 20);
+        const double share = std::clamp(gains[j] / 16384.0, 0.0, 1.0) * usual / (usual + std::sqrt(energy));
+        for (long i = 0; i < 64; i++) {
+            weighted[static_cast<size_t>(start + i + 140)] = share * difference[i];
+        }
+    }
+    double taps[25];
+    double sum = 0;
+    for (int k = 0; k < 25; k++) {
+        const double angle = 2 * M_PI * (k - 12) * 500 / 12800;
+        taps[k] = (k == 12 ? 1 : std::sin(angle) / angle) * (0.54 + 0.46 * std::cos(2 * M_PI * (k - 12) / 26));
+        sum += taps[k];
+    }
+    std::vector<double> y(x.size());
+    for (size_t n = 0; n < x.size(); n++) {
+        y[n] = at(static_cast<long>(n) - 140);
+        for (size_t k = 0; k < 25; k++) {
+            y[n] -= n + k >= 12 ? taps[k] / sum * weighted[n + k - 12] : 0;
+        }
+    }
+    return y;
+}
+
+TEST(VekWbePostFilter, FollowsItsDefinitionInDoublePrecision) {
+    atEveryLevel([] {
+        std::mt19937 random(13);
+        for (const int adjust : {0, 1}) {
+            Samples x = noise(random, 8 * 1024, -300, 300);
+            for (size_t i = 0; i < x.size(); i++) {
+                const double t = 2 * M_PI * static_cast<double>(i);
+                const double v = 2500 * std::sin(t / 110) + 1500 * std::sin(t / 47.3) + 600 * std::sin(t / 9);
+                x[i] = static_cast<int16_t>(x[i] + v * (1 + std::sin(t / 3000)));
+            }
+            Samples lags = noise(random, 8 * 16, 1, 375);
+            const Samples gains = noise(random, 8 * 16, -3000, 22000);
+            for (size_t j = 0; j < lags.size(); j += 3) {
+                lags[j] = static_cast<int16_t>(j % 2 == 0 ? 220 : 110);
+            }
+            lags[50] = 0;
+            lags[51] = 0;
+            const std::vector<double> want = filteredInDouble(x, lags, gains, adjust);
+            Samples synth(503);
+            Samples memory(24);
+            Vek16s scale = 0;
+            for (size_t frame = 0; frame < 8; frame++) {
+                Samples y(x.begin() + static_cast<long>(1024 * frame),
+                          x.begin() + static_cast<long>(1024 * frame + 1024));
+                ASSERT_EQ(vekStsNoErr, veksPostFilterLowBand_AMRWBE_16s(&lags[16 * frame], &gains[16 * frame], y.data(),
+                                                                        synth.data(), memory.data(), &scale, adjust));
+                for (size_t i = 0; i < 1024; i++) {
+                    ASSERT_NEAR(want[1024 * frame + i], y[i], 3) << adjust << " " << frame << " " << i;
+                }
+            }
+        }
+    });
 }
 
 TEST(VekWbePostFilter, WithoutPitchOrGainIsADelay) {

@@ -260,6 +260,34 @@ TEST(VekWbeHighIsf, TheDecoderFollowsTheCoderOverManyFrames) {
     }
 }
 
+TEST(VekWbeHighIsf, TheDecoderFollowsTheRuleInDoublePrecision) {
+    std::mt19937 random(15);
+    for (int mode = 0; mode < 2; mode++) {
+        double past[8] = {};
+        double want[8] = {};
+        Samples history(8, 0);
+        Samples isf(8, 0);
+        for (int frame = 0; frame < 1000; frame++) {
+            const Vek16s index[2] = {noise(random, 1, 0, 3)[0], noise(random, 1, 0, 127)[0]};
+            const int lost = frame > 0 && noise(random, 1, 0, 4)[0] == 0 ? 1 : 0;
+            for (int i = 0; i < 8; i++) {
+                const double code = codeElement(index[0], index[1], mode, i);
+                want[i] =
+                    lost == 1 ? 0.9 * want[i] + 0.1 * meanElement(mode, i) : meanElement(mode, i) + code + past[i] / 2;
+                const double floor = i == 0 ? 128 : want[i - 1] + 128;
+                want[i] = std::min(std::max(want[i], floor), 16384.0 - 128 * (8 - i));
+                past[i] = lost == 1 ? (want[i] - meanElement(mode, i) - past[i] / 2) / 2 : code;
+            }
+            ASSERT_EQ(vekStsNoErr,
+                      veksISFQuantDecodeHighBand_AMRWBE_16s(index, isf.data(), history.data(), lost, mode));
+            for (size_t i = 0; i < 8; i++) {
+                ASSERT_NEAR(want[i], isf[i], 4) << mode << " " << frame << " " << i;
+                ASSERT_NEAR(past[i], history[i], 4) << mode << " " << frame << " " << i;
+            }
+        }
+    }
+}
+
 TEST(VekWbeHighIsf, LostFramesMoveToTheMean) {
     const Vek16s index[2] = {3, 127};
     Samples past(8, 0);

@@ -1,5 +1,6 @@
 // Lattice quantiser and multiplexer of the extended wide-band codec: nearest points by brute force, the budget of bits,
 // points through packets and back, lost packets, and the refusals.
+#include <algorithm>
 #include <cmath>
 
 #include "lp_reference.h"
@@ -141,6 +142,150 @@ TEST(VekWbeMux, PointsOfAllSizesComeBack) {
             ASSERT_EQ(y, back) << peak;
         }
     }
+}
+
+// Number of a codebook and index in it.
+struct Coded {
+    int number = 0;
+    int index = 0;
+};
+
+// Packets written by their layout: the numbers of each packet's points, indices as far as they fit there, the others in
+// what all have left. What finds no place is told as the origin.
+Samples written(std::vector<Coded>& codes, const std::vector<int>& bits) {
+    std::vector<std::vector<int>> packets(bits.size());
+    const auto room = [&](size_t p) { return bits[p] - static_cast<int>(packets[p].size()); };
+    for (size_t i = 0; i < codes.size(); i++) {
+        const size_t p = i % bits.size();
+        if (room(p) < std::max(codes[i].number, 1)) {
+            codes[i] = {};
+        }
+        for (int b = 1; b < codes[i].number; b++) {
+            packets[p].push_back(1);
+        }
+        if (room(p) > 0) {
+            packets[p].push_back(0);
+        }
+    }
+    std::vector<size_t> left;
+    for (size_t i = 0; i < codes.size(); i++) {
+        const size_t p = i % bits.size();
+        if (room(p) < 4 * codes[i].number) {
+            left.push_back(i);
+            continue;
+        }
+        for (int b = 4 * codes[i].number - 1; b >= 0; b--) {
+            packets[p].push_back(codes[i].index >> b & 1);
+        }
+    }
+    size_t all = 0;
+    for (size_t p = 0; p < bits.size(); p++) {
+        all += static_cast<size_t>(room(p));
+    }
+    size_t p = 0;
+    for (const size_t i : left) {
+        const auto wanted = static_cast<size_t>(4 * codes[i].number);
+        const bool fits = wanted <= all;
+        for (size_t b = std::min(wanted, all); b > 0; b--, all--) {
+            while (room(p) == 0) {
+                p++;
+            }
+            packets[p].push_back(fits ? codes[i].index >> (b - 1) & 1 : 0);
+        }
+        codes[i] = fits ? codes[i] : Coded{};
+    }
+    Samples words;
+    for (size_t k = 0; k < bits.size(); k++) {
+        packets[k].resize(static_cast<size_t>(bits[k] + 3) / 4 * 4);
+        for (size_t at = 0; at < packets[k].size(); at += 4) {
+            const std::vector<int>& b = packets[k];
+            words.push_back(static_cast<int16_t>(8 * b[at] + 4 * b[at + 1] + 2 * b[at + 2] + b[at + 3]));
+        }
+    }
+    return words;
+}
+
+// The point of a code.
+Samples pointOf(Coded code) {
+    std::vector<Coded> one = {code};
+    const int bits = 5 * code.number;
+    const int good = 0;
+    const Samples words = written(one, {bits});
+    Samples point(8, 99);
+    EXPECT_EQ(vekStsNoErr, veksDecodeDemux_AMRWBE_16s(words.data(), &bits, &good, 1, point.data(), 1));
+    return point;
+}
+
+TEST(VekWbeMux, SmallestCodebookHasTheShortestPointsOfTheLattice) {
+    // Of the lattice 240 points have the least norm and 2160 the next one, 16 of them along an axis.
+    std::vector<Samples> points;
+    int shortest = 0;
+    for (int index = 0; index < 256; index++) {
+        points.push_back(pointOf({2, index}));
+        int norm = 0;
+        for (const int16_t v : points.back()) {
+            norm += v * v;
+        }
+        EXPECT_TRUE(norm == 8 || norm == 16);
+        EXPECT_TRUE(inLattice(points.back().data()));
+        shortest += norm == 8 ? 1 : 0;
+    }
+    EXPECT_EQ(240, shortest);
+    std::sort(points.begin(), points.end());
+    EXPECT_EQ(points.end(), std::unique(points.begin(), points.end()));
+}
+
+TEST(VekWbeMux, NumbersAndIndicesStandWhereTheLayoutTellsThem) {
+    // Codes of two codebooks, as far as their points are in no smaller one.
+    std::vector<Coded> codes;
+    for (int index = 0; index < 256; index++) {
+        codes.push_back({2, index});
+    }
+    for (int index = 0; index < 4096; index += 3) {
+        std::vector<Coded> one = {{3, index}};
+        const int bits = 15;
+        Samples words(4);
+        ASSERT_EQ(vekStsNoErr, veksEncodeMux_AMRWBE_16s(pointOf(one[0]).data(), &bits, 1, words.data(), 1));
+        if (words == written(one, {bits})) {
+            codes.push_back(one[0]);
+        }
+    }
+    ASSERT_GT(codes.size(), 1000U);
+    std::mt19937 random(16);
+    int dropped = 0;
+    for (int round = 0; round < 200; round++) {
+        const int packets = 1 + round % 4;
+        const int count = packets * noise(random, 1, 1, 8)[0];
+        std::vector<Coded> chosen;
+        Samples points;
+        for (int i = 0; i < count; i++) {
+            const int pick = noise(random, 1, -300, static_cast<int>(codes.size()) - 1)[0];
+            chosen.push_back(pick < 0 ? Coded{} : codes[static_cast<size_t>(pick)]);
+            const Samples point = pick < 0 ? Samples(8) : pointOf(chosen.back());
+            points.insert(points.end(), point.begin(), point.end());
+        }
+        std::vector<int> bits;
+        for (int p = 0; p < packets; p++) {
+            bits.push_back(noise(random, 1, 1, 13 * count / packets + 4)[0]);
+        }
+        const std::vector<Coded> all = chosen;
+        const Samples want = written(chosen, bits);
+        Samples words(want.size(), 77);
+        ASSERT_EQ(vekStsNoErr, veksEncodeMux_AMRWBE_16s(points.data(), bits.data(), packets, words.data(), count));
+        ASSERT_EQ(want, words) << round;
+        for (size_t i = 0; i < chosen.size(); i++) {
+            if (chosen[i].number == 0) {
+                dropped += all[i].number > 0 ? 1 : 0;
+                std::fill_n(points.begin() + static_cast<long>(8 * i), 8, int16_t{0});
+            }
+        }
+        const std::vector<int> good(bits.size());
+        Samples back(points.size(), 99);
+        ASSERT_EQ(vekStsNoErr,
+                  veksDecodeDemux_AMRWBE_16s(want.data(), bits.data(), good.data(), packets, back.data(), count));
+        ASSERT_EQ(points, back) << round;
+    }
+    EXPECT_GT(dropped, 50);
 }
 
 TEST(VekWbeMux, WhatAPacketCannotHoldStandsInTheOthers) {

@@ -75,6 +75,35 @@ TEST(VekWbeBandSplit, BothBandsAreThoseOfTheFilterByFormulaOverTheWholeSignal) {
     });
 }
 
+TEST(VekWbeBandSplit, TheJoinIsTheHighBandAndTheFilterByFormulaOverTheLowBand) {
+    atEveryLevel([] {
+        std::mt19937 random(21);
+        for (const int len : {128, 1024}) {
+            const auto size = static_cast<size_t>(len);
+            const size_t part = size * 5 / 32;
+            const Samples low = noise(random, 4 * len * 5 / 32, -20000, 20000);
+            const Samples high = noise(random, 4 * len, -20000, 20000);
+            const Formula up = {20, 0.45, 4.5};
+            Samples past(20, 0);
+            for (size_t frame = 0; frame < 4; frame++) {
+                Samples source = past;
+                source.insert(source.end(), &low[part * frame], &low[part * frame] + part);
+                past.assign(source.end() - 20, source.end());
+                Samples y(size);
+                ASSERT_EQ(vekStsNoErr,
+                          veksBandJoin_AMRWBE_16s(source.data(), high.data() + size * frame, y.data(), len));
+                for (size_t i = 0; i < size; i++) {
+                    const auto n = static_cast<long>(size * frame + i);
+                    double room = 0;
+                    const double value = up.at({low}, 5 * n / 32 - 10, static_cast<double>(5 * n % 32) / 32, &room);
+                    const double sum = std::clamp(value, -32768.0, 32767.0) + high[static_cast<size_t>(n)];
+                    ASSERT_NEAR(std::clamp(sum, -32768.0, 32767.0), y[i], room) << len << " " << n;
+                }
+            }
+        }
+    });
+}
+
 TEST(VekWbeBandSplit, LowTonesGoToTheLowBandAndHighOnesAreKeptFromFoldingIntoIt) {
     for (const double hertz : {50.0, 300.0, 600.0, 750.0}) {
         const Bands bands = splitAndJoin(tone(hertz / 12800, 16384), 1024);

@@ -55,8 +55,11 @@ VekStatus veksFIRGenMidBand_AMRWBE_16s(const Vek16s* pSrcMid, const Vek16s* pSrc
             m[row][static_cast<size_t>(k)] = static_cast<double>(corrKernels().dot16(pSrcMid - i, pSrcMid - k, kFrame));
         }
         r[row] = static_cast<double>(corrKernels().dot16(pSrcTarget, pSrcMid - i, kFrame));
-        // A little noise keeps the system solvable for pure tones and silence.
-        m[row][row] += m[0][0] * 1e-4 + 1;
+    }
+    // A little noise keeps the system solvable for pure tones and silence.
+    const double noise = m[0][0] * 1e-4 + 1;
+    for (size_t i = 0; i < kTaps; ++i) {
+        m[i][i] += noise;
     }
     const Vector h = solve(m, r);
     for (size_t i = 0; i < kTaps; ++i) {
