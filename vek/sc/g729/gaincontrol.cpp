@@ -7,6 +7,7 @@
 #include "sc/common/signal_check.h"
 #include "sc/g729/gaincontrol.h"
 #include "sc/kernels/corr.h"
+#include "sc/kernels/loops.h"
 #include "veksc_g729pitch.h"
 
 using namespace vek;
@@ -90,9 +91,7 @@ VekStatus veksAdaptiveCodebookContribution_G729_16s(Vek16s gain, const Vek16s* p
     if (anyNull(pFltAdptVector, pSrcTarget, pDst)) {
         return vekStsNullPtrErr;
     }
-    for (int i = 0; i < kSubframe; ++i) {
-        pDst[i] = sat16(pSrcTarget[i] - sat16((pFltAdptVector[i] * gain) >> 14));
-    }
+    loopKernels().lessScaled16(pSrcTarget, pFltAdptVector, gain, pDst);
     return vekStsNoErr;
 }
 
@@ -101,8 +100,6 @@ VekStatus veksAdaptiveCodebookContribution_G729_32f(Vek32f gain, const Vek32f* p
     if (anyNull(pFltAdptVector, pSrcTarget, pDst)) {
         return vekStsNullPtrErr;
     }
-    for (int i = 0; i < kSubframe; ++i) {
-        pDst[i] = pSrcTarget[i] - gain * pFltAdptVector[i];
-    }
+    loopKernels().lessScaled32f(pSrcTarget, pFltAdptVector, gain, pDst);
     return vekStsNoErr;
 }
