@@ -1,7 +1,5 @@
 // Gain control behind the post filters, by energy and by sum of magnitudes, and the target without the adaptive
 // codebook's share.
-#include <cstdlib>
-
 #include "sc/common/energylevel.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
@@ -41,22 +39,11 @@ int16_t vek::g729::levelRatio(int32_t in, int32_t out) {
 }
 
 int32_t vek::g729::sumOfMagnitudes(const int16_t* x) {
-    int32_t sum = 0;
-    for (int i = 0; i < kSubframe; ++i) {
-        sum += std::abs(static_cast<int>(x[i]));
-    }
-    return sum;
+    return loopKernels().magnitudes16(x);
 }
 
 void vek::g729::moveGain(int16_t* x, int16_t ratio, int16_t share, int16_t& gain) {
-    const int keep = 32768 - share;
-    const int fresh = mult(ratio, share);
-    int now = gain;
-    for (int i = 0; i < kSubframe; ++i) {
-        now = ((now * keep) >> 15) + fresh;
-        x[i] = sat16((x[i] * now + 0x2000) >> 14);
-    }
-    gain = static_cast<int16_t>(now);
+    gain = static_cast<int16_t>(loopKernels().moveGain16(x, gain, 32768 - share, mult(ratio, share)));
 }
 
 VekStatus veksGainControl_G729A_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s* pGain) {

@@ -33,6 +33,28 @@ void lessScaled32f(const float* x, const float* d, float g, float* y) {
     }
 }
 
+int32_t magnitudes16(const int16_t* x) {
+    int32_t sum = 0;
+    for (int i = 0; i < kSub; ++i) {
+        const int v = x[i];
+        sum += v < 0 ? -v : v;
+    }
+    return sum;
+}
+
+// Only the gain waits for the one before.
+int moveGain16(int16_t* x, int g, int keep, int fresh) {
+    int gains[kSub];
+    for (int& now : gains) {
+        g = ((g * keep) >> 15) + fresh;
+        now = g;
+    }
+    for (int i = 0; i < kSub; ++i) {
+        x[i] = fix::sat16((x[i] * gains[i] + 0x2000) >> 14);
+    }
+    return g;
+}
+
 // From the end, so that each block meets unchanged predecessors.
 void lessPrevious16(int16_t* x, int g, int n) {
     constexpr int block = 16;
@@ -196,8 +218,8 @@ void cosines(const float* angles, double* c) {
 } // namespace
 
 VEK_KERNEL_TABLE(LoopKernels, loopKernels) = {
-    lessScaled16, lessScaled32f, lessPrevious16,   lessPrevious32f, moveUp32f,         threeTaps,
-    tilt,         taps32f,       pairCorrelations, slide16,         squaredDistance16, cosines,
+    lessScaled16, lessScaled32f, magnitudes16, moveGain16,       lessPrevious16, lessPrevious32f,   moveUp32f,
+    threeTaps,    tilt,          taps32f,      pairCorrelations, slide16,        squaredDistance16, cosines,
 };
 
 } // namespace vek

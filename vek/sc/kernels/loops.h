@@ -21,6 +21,10 @@ struct LoopKernels {
     void (*lessScaled16)(const int16_t* x, const int16_t* d, int g, int16_t* y);
     // y[i] = x[i] - g * d[i], kLoopSubframe samples; y may be x.
     void (*lessScaled32f)(const float* x, const float* d, float g, float* y);
+    // Sum of |x[i]|, kLoopSubframe samples.
+    int32_t (*magnitudes16)(const int16_t* x);
+    // g = ((g * keep) >> 15) + fresh, x[i] = sat16((x[i] * g + 2^13) >> 14), kLoopSubframe samples; returns the last g.
+    int (*moveGain16)(int16_t* x, int g, int keep, int fresh);
     // x[i] = x[i] - g * x[i-1], i = 1..n-1, of what x held before. Integers: the product in Q15 and cut off, the
     // difference saturated, g above -32768.
     void (*lessPrevious16)(int16_t* x, int g, int n);
