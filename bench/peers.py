@@ -22,10 +22,11 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 # What a peer's name begins with, and the package that its version is asked of.
 PACKAGES = {
-    "bcg729": "libbcg729-dev", "fftw3f": "libfftw3-dev", "libavcodec": "libavcodec-dev", "libavutil": "libavutil-dev",
-    "libgsm": "libgsm1-dev", "opencore-amrnb": "libopencore-amrnb-dev", "opencore-amrwb": "libopencore-amrwb-dev",
-    "opus": "libopus-dev", "spandsp": "libspandsp-dev", "speex": "libspeex-dev", "speexdsp": "libspeexdsp-dev",
-    "vo-amrwbenc": "libvo-amrwbenc-dev", "volk": "libvolk2-dev", "webrtc": "libwebrtc-audio-processing-dev",
+    "bcg729": "libbcg729-dev", "fftw3": "libfftw3-dev", "fftw3f": "libfftw3-dev", "libavcodec": "libavcodec-dev",
+    "libavutil": "libavutil-dev", "libgsm": "libgsm1-dev", "opencore-amrnb": "libopencore-amrnb-dev",
+    "opencore-amrwb": "libopencore-amrwb-dev", "opus": "libopus-dev", "spandsp": "libspandsp-dev",
+    "speex": "libspeex-dev", "speexdsp": "libspeexdsp-dev", "vo-amrwbenc": "libvo-amrwbenc-dev",
+    "volk": "libvolk2-dev", "webrtc": "libwebrtc-audio-processing-dev",
 }
 WIDTHS = {0: "plain code", 1: "128 bits", 2: "256 bits", 3: "512 bits"}
 

@@ -3,7 +3,9 @@
 
 #include "veksc.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #if __has_include(<spandsp.h>) && __has_include(<fftw3.h>)
 #include <fftw3.h>
@@ -29,51 +31,67 @@ struct Shape {
 };
 Shape<VeksSubbandProcessState_32f> process5, process6;
 Shape<VeksSubbandProcessState_16s> processFixed;
-Vek32f window[128], history[128], sums[128];
+Vek32f window[128], sumsF[128];
 Vek16s windowFixed[64];
 Vek32fc bands[33];
 Vek32sc bandsFixed[33];
-float* folded;
-fftwf_complex* spectrum;
 
-// Their side of an analysis: a frame into the history, the fold, the transform.
-void analyse(fftwf_plan plan, int points, int frame, int len) {
+// Their side: in single precision beside our floats, in double beside our integers, whose 32 bits single does not fill.
+template <class T>
+struct Theirs {
+    T window[128], history[128], sums[128];
+    T* folded;
+    T (*spectrum)[2];
+};
+Theirs<float> theirs;
+Theirs<double> theirsWide;
+
+template <class T>
+T nearest(double v) {
+    constexpr double top = std::numeric_limits<T>::max();
+    return static_cast<T>(std::clamp(v + (v < 0 ? -0.5 : 0.5), -top - 1, top));
+}
+
+// A frame into the history, the fold, the transform.
+template <class T, class Sample, class Transform>
+void analyse(Theirs<T>& t, const Sample* fresh, int points, int frame, int len, Transform transform) {
     for (int i = 0; i < len - frame; ++i) {
-        history[i] = history[i + frame];
+        t.history[i] = t.history[i + frame];
     }
     for (int i = 0; i < frame; ++i) {
-        history[len - frame + i] = speechF[i];
+        t.history[len - frame + i] = fresh[i];
     }
     for (int n = 0; n < points; ++n) {
-        folded[n] = history[n] * window[n];
+        t.folded[n] = t.history[n] * t.window[n];
     }
     for (int b = points; b < len; b += points) {
         for (int n = 0; n < points; ++n) {
-            folded[n] += history[b + n] * window[b + n];
+            t.folded[n] += t.history[b + n] * t.window[b + n];
         }
     }
-    fftwf_execute(plan);
+    transform();
 }
 
-void synthesise(fftwf_plan plan, int points, int frame, int len) {
+template <class T, class Band, class Transform, class Put>
+void synthesise(Theirs<T>& t, const Band* from, int points, int frame, int len, Transform transform, Put put) {
     for (int k = 0; k <= points / 2; ++k) {
-        spectrum[k][0] = bands[k].re;
-        spectrum[k][1] = bands[k].im;
+        t.spectrum[k][0] = from[k].re;
+        t.spectrum[k][1] = from[k].im;
     }
-    fftwf_execute(plan);
+    transform();
     for (int b = 0; b < len; b += points) {
         for (int n = 0; n < points; ++n) {
-            sums[b + n] += folded[n] * window[b + n];
+            t.sums[b + n] += t.folded[n] * t.window[b + n];
         }
     }
     for (int i = 0; i < frame; ++i) {
-        speechF[i] = sums[i];
+        put(i, t.sums[i]);
     }
     for (int i = 0; i < len - frame; ++i) {
-        sums[i] = sums[i + frame];
+        t.sums[i] = t.sums[i + frame];
     }
     for (int i = len - frame; i < len; ++i) {
-        sums[i] = 0;
+        t.sums[i] = 0;
     }
 }
 
@@ -95,10 +113,11 @@ void fill(const PeerData& data) {
         stepF[i] = 0.25F;
     }
     for (int n = 0; n < 128; ++n) {
-        window[n] = static_cast<Vek32f>(std::sin(3.14159265 * (n + 0.5) / 128));
+        theirs.window[n] = window[n] = static_cast<Vek32f>(std::sin(3.14159265 * (n + 0.5) / 128));
     }
     for (int n = 0; n < 64; ++n) {
         windowFixed[n] = static_cast<Vek16s>(32767 * std::sin(3.14159265 * (n + 0.5) / 64));
+        theirsWide.window[n] = windowFixed[n] / 32768.0;
     }
 }
 
@@ -147,12 +166,17 @@ PEER_ROWS(ec) {
     fill(data);
     fullBand(128);
     fullBand(256);
-    folded = fftwf_alloc_real(64);
-    spectrum = fftwf_alloc_complex(33);
-    fftwf_plan forward5 = fftwf_plan_dft_r2c_1d(32, folded, spectrum, FFTW_MEASURE);
-    fftwf_plan forward6 = fftwf_plan_dft_r2c_1d(64, folded, spectrum, FFTW_MEASURE);
-    fftwf_plan backward5 = fftwf_plan_dft_c2r_1d(32, spectrum, folded, FFTW_MEASURE);
-    fftwf_plan backward6 = fftwf_plan_dft_c2r_1d(64, spectrum, folded, FFTW_MEASURE);
+    theirs.folded = fftwf_alloc_real(64);
+    theirs.spectrum = fftwf_alloc_complex(33);
+    theirsWide.folded = fftw_alloc_real(64);
+    theirsWide.spectrum = fftw_alloc_complex(33);
+    fftwf_plan forward5 = fftwf_plan_dft_r2c_1d(32, theirs.folded, theirs.spectrum, FFTW_MEASURE);
+    fftwf_plan forward6 = fftwf_plan_dft_r2c_1d(64, theirs.folded, theirs.spectrum, FFTW_MEASURE);
+    fftwf_plan backward5 = fftwf_plan_dft_c2r_1d(32, theirs.spectrum, theirs.folded, FFTW_MEASURE);
+    fftwf_plan backward6 = fftwf_plan_dft_c2r_1d(64, theirs.spectrum, theirs.folded, FFTW_MEASURE);
+    fftw_plan forwardWide = fftw_plan_dft_r2c_1d(64, theirsWide.folded, theirsWide.spectrum, FFTW_MEASURE);
+    fftw_plan backwardWide = fftw_plan_dft_c2r_1d(64, theirsWide.spectrum, theirsWide.folded, FFTW_MEASURE);
+    const auto putFloat = [](int i, float v) { speechF[i] = v; };
     fill(data);
     veksSubbandProcessInit_32f(process5.get(), 5, 24, 128, window, process5.work);
     veksSubbandProcessInit_32f(process6.get(), 6, 16, 64, window, process6.work);
@@ -160,27 +184,43 @@ PEER_ROWS(ec) {
     peerRow(
         "veksSubbandAnalysis_32f32fc, 32", "fftw3f, fold by a plain loop",
         [] { veksSubbandAnalysis_32f32fc(speechF, bands, process5.get(), process5.work); },
-        [=] { analyse(forward5, 32, 24, 128); });
+        [=] { analyse(theirs, speechF, 32, 24, 128, [=] { fftwf_execute(forward5); }); });
     peerRow(
         "veksSubbandAnalysis_32f32fc, 64", "fftw3f, fold by a plain loop",
         [] { veksSubbandAnalysis_32f32fc(speechF, bands, process6.get(), process6.work); },
-        [=] { analyse(forward6, 64, 16, 64); });
+        [=] { analyse(theirs, speechF, 64, 16, 64, [=] { fftwf_execute(forward6); }); });
     peerRow(
-        "veksSubbandAnalysis_16s32sc_Sfs, 64", "fftw3f, fold by a plain loop",
+        "veksSubbandAnalysis_16s32sc_Sfs, 64", "fftw3, fold and rounding by a plain loop",
         [] { veksSubbandAnalysis_16s32sc_Sfs(speech, bandsFixed, processFixed.get(), 0, processFixed.work); },
-        [=] { analyse(forward6, 64, 16, 64); });
+        [=] {
+            analyse(theirsWide, speech, 64, 16, 64, [=] { fftw_execute(forwardWide); });
+            for (int k = 0; k <= 32; ++k) {
+                bandsFixed[k] = {nearest<Vek32s>(theirsWide.spectrum[k][0]),
+                                 nearest<Vek32s>(theirsWide.spectrum[k][1])};
+            }
+        });
     peerRow(
         "veksSubbandSynthesis_32fc32f, 32", "fftw3f, overlap by a plain loop",
-        [] { veksSubbandSynthesis_32fc32f(bands, sums, process5.get(), process5.work); },
-        [=] { synthesise(backward5, 32, 24, 128); });
+        [] { veksSubbandSynthesis_32fc32f(bands, sumsF, process5.get(), process5.work); },
+        [=] {
+            synthesise(
+                theirs, bands, 32, 24, 128, [=] { fftwf_execute(backward5); }, putFloat);
+        });
     peerRow(
         "veksSubbandSynthesis_32fc32f, 64", "fftw3f, overlap by a plain loop",
-        [] { veksSubbandSynthesis_32fc32f(bands, sums, process6.get(), process6.work); },
-        [=] { synthesise(backward6, 64, 16, 64); });
+        [] { veksSubbandSynthesis_32fc32f(bands, sumsF, process6.get(), process6.work); },
+        [=] {
+            synthesise(
+                theirs, bands, 64, 16, 64, [=] { fftwf_execute(backward6); }, putFloat);
+        });
     peerRow(
-        "veksSubbandSynthesis_32sc16s_Sfs, 64", "fftw3f, overlap by a plain loop",
+        "veksSubbandSynthesis_32sc16s_Sfs, 64", "fftw3, overlap and rounding by a plain loop",
         [] { veksSubbandSynthesis_32sc16s_Sfs(bandsFixed, windowFixed, processFixed.get(), 0, processFixed.work); },
-        [=] { synthesise(backward6, 64, 16, 64); });
+        [=] {
+            synthesise(
+                theirsWide, bandsFixed, 64, 16, 64, [=] { fftw_execute(backwardWide); },
+                [](int i, double v) { windowFixed[i] = nearest<Vek16s>(v); });
+        });
     static Shape<VeksToneDetectState_EC_16s> tone;
     static Shape<VeksToneDetectState_EC_32f> toneF;
     veksToneDetectInit_EC_16s(tone.get(), 8000);

@@ -137,8 +137,10 @@ PLAIN void tiltF(float* x, float c, int n, float* memory) {
     *memory = last;
 }
 
-// (x[n] + mu * x[n - 1]) / (1 - |mu|), both Q15 and Q14 by one multiplication each.
-PLAIN void unitTilt(int mu, int gain, const Vek16s* x, Vek16s* y, int n) {
+// (x[n] + mu * x[n - 1]) / (1 - |mu|), by a multiplication each; mu is 0.2 k for a k above 0, else 0.9 k.
+PLAIN void unitTilt(int k, const Vek16s* x, Vek16s* y, int n) {
+    const int mu = rounded(k * (k > 0 ? 6554 : 29491), 15);
+    const int gain = (1 << 27) / (32768 - std::abs(mu));
     for (int i = 0; i < n; ++i) {
         y[i] = rounded(narrow(x[i + 1] + ((mu * x[i]) >> 15)) * gain, 12);
     }
@@ -549,10 +551,10 @@ PEER_ROWS(plainarithmetic) {
     }
     peerRow(
         "veksTiltCompensation_G7291_16s", PEER_PLAIN, [] { veksTiltCompensation_G7291_16s(x, y, -9000); },
-        [] { unitTilt(-8100, 5440, x, y, 40); });
+        [] { unitTilt(-9000, x, y, 40); });
     peerRow(
         "veksTiltCompensation_G729E_16s", PEER_PLAIN, [] { veksTiltCompensation_G729E_16s(-9000, x, y); },
-        [] { unitTilt(-8100, 5440, x, y, 40); });
+        [] { unitTilt(-9000, x, y, 40); });
     peerRow(
         "veksGainControl_G729_16s_I", PEER_PLAIN,
         [] {

@@ -15,6 +15,45 @@ TEST(VekWideInterpolation, WeighsBothAndRounds) {
     EXPECT_EQ((Samples{1100, -999, 32767, 0}), y);
 }
 
+// Products, sum and rounding saturate at 32 bits each.
+Samples interpolated(const Samples& a, int64_t factor1, const Samples& b, int64_t factor2) {
+    Samples y;
+    for (size_t i = 0; i < a.size(); ++i) {
+        const int64_t sum = lpref::clip(lpref::clip(a[i] * factor1, 32) + lpref::clip(b[i] * factor2, 32), 32);
+        y.push_back(static_cast<int16_t>(lpref::clip(sum + 0x8000, 32) >> 16));
+    }
+    return y;
+}
+
+TEST(VekWideInterpolation, SaturatesEachStepForAllGainsAndLoudnesses) {
+    std::mt19937 random(2);
+    const int16_t gains[] = {0, 1, -40, 9000, -19661, 32767, -32768};
+    for (const int16_t peak : {100, 9000, 32767}) {
+        for (const int n : {1, 15, 16, 40, 67}) {
+            const Samples a = lpref::noise(random, n, -peak - 1, peak);
+            const Samples b = lpref::noise(random, n, -peak - 1, peak);
+            for (const int16_t gain1 : gains) {
+                for (const int16_t gain2 : gains) {
+                    for (const int scale : {0, 2, 7, 15}) {
+                        const Samples want = interpolated(a, gain1 * (int64_t{1} << scale), b, int64_t{gain2} * 4);
+                        Samples y(a.size());
+                        ASSERT_EQ(0, veksInterpolateC_NR_16s(a.data(), gain1, scale, b.data(), gain2, 2, y.data(), n));
+                        ASSERT_EQ(want, y) << gain1 << " " << scale << " " << gain2 << " " << peak;
+                        Samples first = a;
+                        ASSERT_EQ(0, veksInterpolateC_NR_16s(first.data(), gain1, scale, b.data(), gain2, 2,
+                                                             first.data(), n));
+                        ASSERT_EQ(want, first);
+                        Samples second = b;
+                        ASSERT_EQ(0, veksInterpolateC_NR_16s(a.data(), gain1, scale, second.data(), gain2, 2,
+                                                             second.data(), n));
+                        ASSERT_EQ(want, second);
+                    }
+                }
+            }
+        }
+    }
+}
+
 TEST(VekWideInterpolation, RefusesWhatItCannotDo) {
     Samples x(4, 7);
     EXPECT_EQ(vekStsNullPtrErr, veksInterpolateC_NR_16s(nullptr, 1, 2, x.data(), 1, 7, x.data(), 4));

@@ -287,6 +287,30 @@ TEST(VekAmrWbDirect, WeighsNeighboursAndHeedsTheBounds) {
     }
 }
 
+TEST(VekAmrWbDirect, LoudestSamplesKeepTheirBitsUpToASumOfOne) {
+    std::mt19937 random(6);
+    // Sums of magnitudes of 1 less a unit, 1, and little.
+    const int16_t taps[][2] = {{8191, 16385}, {-8191, -16385}, {8192, 16384}, {-8192, 16384}, {5898, 20972}, {0, -1}};
+    for (const auto& c : taps) {
+        for (const int len : {1, 2, 15, 64, 97}) {
+            Samples x = noise(random, len + 2, -32768, 32767);
+            for (size_t i = 0; i < x.size(); ++i) {
+                x[i] = i % 3 == 0 ? int16_t{-32768} : i % 7 == 0 ? int16_t{32767} : x[i];
+            }
+            for (const int bounds : {0, 1}) {
+                Samples y(static_cast<size_t>(len));
+                ASSERT_EQ(0, veksHighPassFilter_Direct_AMRWB_16s(c, x.data() + 1, y.data(), len, bounds));
+                for (size_t i = 0; i < y.size(); ++i) {
+                    const int64_t before = i > 0 || bounds == 1 ? x[i] : 0;
+                    const int64_t after = i + 1 < y.size() || bounds == 1 ? x[i + 2] : 0;
+                    const int64_t sum = c[0] * (before + after) + int64_t{c[1]} * x[i + 1];
+                    ASSERT_EQ(lpref::clip((sum + 0x4000) >> 15, 16), y[i]) << c[0] << " " << c[1] << " " << i;
+                }
+            }
+        }
+    }
+}
+
 TEST(VekAmrWbAdaptiveGain, IsTheQuotientUpToItsLimit) {
     atEveryLevel([] {
         std::mt19937 random(6);

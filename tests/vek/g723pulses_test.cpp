@@ -199,8 +199,9 @@ TEST(VekMultiPulseG723, CodesTellTheVectorToADecoder) {
 TEST(VekToeplizG723, HasTheCorrelationsOfTheScaledResponse) {
     atEveryLevel([] {
         std::mt19937 random(10);
-        for (const int high : {3, 900, 20000, 32767}) {
-            const Samples source = noise(random, 60, -high, high);
+        // 8000 is halved and saturates nowhere, -32768 saturates at most places.
+        for (const int high : {3, 900, 8000, 20000, 32767, -32768}) {
+            const Samples source = high > 0 ? noise(random, 60, -high, high) : Samples(60, static_cast<int16_t>(high));
             const int64_t energy = clip(static_cast<int64_t>(2 * dot(source.data(), source.data(), 60)), 32);
             int shift = -1;
             if ((energy >> 16) <= 32000) {

@@ -24,7 +24,7 @@ Samples emphasised(int gamma, const Samples& x, int before) {
 TEST(VekPreemphasize, SubtractsTheScaledPredecessorAndKeepsTheLastInput) {
     std::mt19937 random(1);
     for (const int gamma : {26214, 0, -16384, 32767, -32768}) {
-        for (const int n : {1, 2, 40, 80}) {
+        for (const int n : {1, 2, 16, 17, 33, 40, 80}) {
             const Samples x = noise(random, n, -32768, 32767);
             int16_t memory = -32768;
             Samples y(x.size());
@@ -60,6 +60,17 @@ TEST(VekPreemphasize, FloatFormIsTheDifferenceOfExactValues) {
     EXPECT_EQ(-4, x[2]);
     EXPECT_EQ(17, x[3]);
     EXPECT_EQ(16, memory);
+    std::mt19937 random(2);
+    for (const int n : {1, 15, 16, 17, 33, 160}) {
+        const Samples whole = noise(random, n, -1000, 1000);
+        std::vector<float> y(whole.begin(), whole.end());
+        float before = 3;
+        ASSERT_EQ(vekStsNoErr, veksPreemphasize_32f_I(y.data(), n, &before, 0.25F));
+        for (size_t i = 0; i < y.size(); ++i) {
+            ASSERT_EQ(static_cast<float>(whole[i]) - 0.25F * (i > 0 ? static_cast<float>(whole[i - 1]) : 3.0F), y[i]);
+        }
+        EXPECT_EQ(static_cast<float>(whole.back()), before);
+    }
 }
 
 TEST(VekPreemphasize, RefusesNullAndLengthsOutOfRange) {

@@ -154,6 +154,10 @@ TEST(VekAdaptiveContribution, IsTheTargetLessTheScaledVector) {
         for (size_t i = 0; i < 40; ++i) {
             ASSERT_EQ(clip(x[i] - clip((y[i] * gain) >> 14, 16), 16), got[i]);
         }
+        Samples place = x;
+        ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookContribution_G729_16s(static_cast<int16_t>(gain), y.data(),
+                                                                         place.data(), place.data()));
+        EXPECT_EQ(got, place);
     }
     const std::vector<float> y(40, 3);
     std::vector<float> x(40, 10);

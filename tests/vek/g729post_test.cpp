@@ -157,6 +157,23 @@ TEST(VekG729Tilt, FollowsTheFirstReflectionOfTheResponse) {
     EXPECT_EQ(vekStsNullPtrErr, veksTiltCompensation_G729E_16s(0, edge.data(), nullptr));
 }
 
+TEST(VekG729Tilt, HasTheBitsOfTheQuotientForAllReflectionsAndLoudnesses) {
+    std::mt19937 random(13);
+    for (const int peak : {30, 3000, 32767}) {
+        for (const int k : {-32768, -32767, -20000, -9000, -1, 0, 1, 9000, 32767}) {
+            const Samples x = noise(random, 41, -peak - 1, peak);
+            const int64_t mu = (k * (k > 0 ? 6554 : 29491) + 0x4000) >> 15;
+            const int64_t gain = (int64_t{1} << 29) / (32768 - std::abs(mu));
+            Samples got(40);
+            ASSERT_EQ(vekStsNoErr, veksTiltCompensation_G729E_16s(static_cast<int16_t>(k), x.data(), got.data()));
+            for (size_t i = 1; i <= 40; ++i) {
+                const int64_t sum = (x[i] * 32768 + mu * x[i - 1]) * gain;
+                ASSERT_EQ(lpref::clip((sum + (1 << 28)) >> 29, 16), got[i - 1]) << k << " " << i;
+            }
+        }
+    }
+}
+
 TEST(VekG729Tilt, OfAnnexAWorksAgainstAFallingSpectrumOnly) {
     std::mt19937 random(11);
     const Samples x = noise(random, 41, -3000, 3000);

@@ -257,6 +257,25 @@ TEST(VekRtaPairs, CoefficientsAreTheProductsOfThePairs) {
     }
 }
 
+TEST(VekRtaPairs, AnglesBeyondTheHalfCircleHaveTheirCosinesToo) {
+    for (const int order : {2, 10, 16}) {
+        Floats inside;
+        Floats beyond;
+        for (int i = 0; i < order; ++i) {
+            const double at = 3.0 * (i + 1) / (order + 1);
+            inside.push_back(static_cast<float>(at));
+            beyond.push_back(static_cast<float>(i % 2 == 0 ? -at : 2 * std::numbers::pi - at));
+        }
+        Floats want(static_cast<size_t>(order) + 1);
+        Floats got(want.size());
+        ASSERT_EQ(vekStsNoErr, veksLSPToLPC_RTA_32f(inside.data(), want.data(), order));
+        ASSERT_EQ(vekStsNoErr, veksLSPToLPC_RTA_32f(beyond.data(), got.data(), order));
+        for (size_t i = 0; i < want.size(); ++i) {
+            ASSERT_NEAR(want[i], got[i], 1e-5 * (1 << (order / 2))) << order;
+        }
+    }
+}
+
 TEST(VekRtaPairs, FrequenciesComeBackFromTheCoefficients) {
     atEveryLevel([] {
         std::mt19937 random(6);

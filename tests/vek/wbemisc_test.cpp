@@ -52,6 +52,14 @@ TEST(VekWbeSnr, EnergiesOfNothingCountAsOne) {
     EXPECT_EQ(-9744, snr);
 }
 
+TEST(VekWbeSnr, LoudestDifferencesCountInFull) {
+    const Samples up(192, 32767);
+    const Samples down(192, -32768);
+    Vek16s snr = 0;
+    ASSERT_EQ(vekStsNoErr, veksSNR_AMRWBE_16s(up.data(), down.data(), 192, 64, &snr));
+    EXPECT_EQ(-1541, snr); // 20 log10(32767 / 65535)
+}
+
 TEST(VekWbeSnr, Refusals) {
     const Samples x(128, 1);
     Vek16s snr = 77;

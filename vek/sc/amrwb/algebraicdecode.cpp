@@ -24,6 +24,21 @@ void addPulse(Vek16s* code, uint32_t position, uint32_t negative) {
     code[position] = static_cast<Vek16s>(code[position] + pulse(negative));
 }
 
+// The pulses of a track that has no others, where nothing stands yet: no store waits for one before.
+template <int N>
+void setOne(uint32_t w, Vek16s* at) {
+    at[kTracks * bitsAt(w, 0, N)] = pulse(bitsAt(w, N, 1));
+}
+
+template <int N>
+void setTwo(uint32_t w, Vek16s* at) {
+    const uint32_t leader = bitsAt(w, N, N);
+    const uint32_t other = bitsAt(w, 0, N);
+    const Vek16s first = pulse(bitsAt(w, 2 * N, 1));
+    at[kTracks * leader] = first;
+    at[kTracks * other] = static_cast<Vek16s>(other == leader ? 2 * first : other < leader ? -first : first);
+}
+
 // Reads pulses on 2^N positions of a track, the first of which is `at`. Bits above the word's own do not matter.
 template <int N>
 void addOne(uint32_t w, Vek16s* at) {
@@ -119,9 +134,9 @@ void addTrack(const Vek16s* words, Vek16s* at) {
         w = (w << LowBits) + bitsAt(static_cast<uint16_t>(words[kTracks]), 0, LowBits);
     }
     if constexpr (Pulses == 1) {
-        addOne<n>(w, at);
+        setOne<n>(w, at);
     } else if constexpr (Pulses == 2) {
-        addTwo<n>(w, at);
+        setTwo<n>(w, at);
     } else if constexpr (Pulses == 3) {
         addThree<n>(w, at);
     } else if constexpr (Pulses == 4) {

@@ -4,6 +4,7 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
+#include "sc/kernels/loops.h"
 #include "veksc_amrwbflt.h"
 
 namespace {
@@ -41,11 +42,12 @@ void run(Memory& m, const Vek16s* src, Vek16s* dst, int n) {
         x1 = x0;
         older = y1 * F.a2;
         m.y2 = static_cast<Vek32s>(y1);
-        int64_t v = ((y1 * F.a1 + known) >> 14) * (1 << F.shift);
+        y1 = ((y1 * F.a1 + known) >> 14) * (1 << (F.shift - 1));
+        int64_t v = 2 * y1;
         if (v != static_cast<int32_t>(v)) [[unlikely]] {
             v = v < 0 ? kMin32 : kMax32;
+            y1 = v >> 1;
         }
-        y1 = v >> 1;
         dst[i] = sat16_64((v * (1 << F.outShift) + 0x8000) >> 16);
     }
     m.y1 = static_cast<Vek32s>(y1);
@@ -110,6 +112,12 @@ VekStatus veksHighPassFilter_Direct_AMRWB_16s(const Vek16s* pCoeff, const Vek16s
     const auto stepwise = [&](Vek16s before, Vek16s x, Vek16s after) {
         return round_s(L_mac(L_mac(L_mult(side, before), middle, x), side, after));
     };
+    // Coefficients whose magnitudes sum up to 1, as the published ones do, or less saturate at the end alone.
+    const bool tame = 2 * L_abs(side) + L_abs(middle) <= 32768;
+    if (tame && bounds == 1) {
+        loopKernels().threeTaps(side, middle, pSrc, pDst, len);
+        return vekStsNoErr;
+    }
     const Vek16s before = bounds == 1 ? pSrc[-1] : Vek16s{0};
     const Vek16s after = bounds == 1 ? pSrc[len] : Vek16s{0};
     if (len == 1) {
@@ -117,12 +125,8 @@ VekStatus veksHighPassFilter_Direct_AMRWB_16s(const Vek16s* pCoeff, const Vek16s
         return vekStsNoErr;
     }
     pDst[0] = stepwise(before, pSrc[0], pSrc[1]);
-    // Coefficients whose magnitudes sum up to less than 1 saturate nowhere.
-    const bool tame = 2 * L_abs(side) + L_abs(middle) < 32768;
     if (tame) {
-        for (int i = 1; i < len - 1; ++i) {
-            pDst[i] = static_cast<Vek16s>((side * (pSrc[i - 1] + pSrc[i + 1]) + middle * pSrc[i] + 0x4000) >> 15);
-        }
+        loopKernels().threeTaps(side, middle, pSrc + 1, pDst + 1, len - 2);
     } else {
         for (int i = 1; i < len - 1; ++i) {
             pDst[i] = stepwise(pSrc[i - 1], pSrc[i], pSrc[i + 1]);

@@ -1,10 +1,22 @@
 // Sum of two vectors with a gain each.
+#include <cstdlib>
+
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/kernels/filter.h"
 #include "veksc_amrwb.h"
 
 using namespace vek;
 using namespace vek::fix;
+
+namespace {
+
+// Whether sums of products with such magnitudes leave 32 bits nowhere, rounding included.
+bool fits(int64_t factor1, int most1, int64_t factor2, int most2) {
+    return std::abs(factor1) * most1 + std::abs(factor2) * most2 + 0x8000 <= kMax32;
+}
+
+} // namespace
 
 VekStatus veksInterpolateC_NR_16s(const Vek16s* pSrc1, Vek16s val1, int scaleFactor1, const Vek16s* pSrc2, Vek16s val2,
                                   int scaleFactor2, Vek16s* pDst, int len) {
@@ -19,6 +31,13 @@ VekStatus veksInterpolateC_NR_16s(const Vek16s* pSrc1, Vek16s val1, int scaleFac
     }
     const int64_t factor1 = int64_t{val1} * (1 << scaleFactor1);
     const int64_t factor2 = int64_t{val2} * (1 << scaleFactor2);
+    constexpr int loudest = 32768;
+    const FilterKernels& kernels = filterKernels();
+    if (fits(factor1, loudest, factor2, loudest) ||
+        fits(factor1, kernels.maxAbs16(pSrc1, len), factor2, kernels.maxAbs16(pSrc2, len))) {
+        kernels.weighted(pSrc1, static_cast<int>(factor1), pSrc2, static_cast<int>(factor2), pDst, len, 16, 0x8000);
+        return vekStsNoErr;
+    }
     for (int i = 0; i < len; ++i) {
         pDst[i] = round_s(L_add(sat32(pSrc1[i] * factor1), sat32(pSrc2[i] * factor2)));
     }

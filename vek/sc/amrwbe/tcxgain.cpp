@@ -5,6 +5,7 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
+#include "sc/kernels/loops.h"
 #include "veksc_amrwbe.h"
 
 using namespace vek;
@@ -38,11 +39,7 @@ VekStatus veksSNR_AMRWBE_16s(const Vek16s* pSrcSignal, const Vek16s* pSrcSynth, 
     }
     double sum = 0;
     for (int start = 0; start < len; start += lenSegment) {
-        int64_t noise = 0;
-        for (int i = start; i < start + lenSegment; ++i) {
-            const int64_t difference = pSrcSignal[i] - pSrcSynth[i];
-            noise += difference * difference;
-        }
+        const int64_t noise = loopKernels().squaredDistance16(pSrcSignal + start, pSrcSynth + start, lenSegment);
         const int64_t signal = corrKernels().dot16(pSrcSignal + start, pSrcSignal + start, lenSegment);
         sum += std::log10(static_cast<double>(std::max<int64_t>(signal, 1)) /
                           static_cast<double>(std::max<int64_t>(noise, 1)));

@@ -5,21 +5,27 @@
 
 #include "sc/common/scratch.h"
 #include "sc/kernels/corr.h"
+#include "sc/kernels/loops.h"
 
 namespace vek {
 
 constexpr int kLagBlock = 256;
 
+// Where the geometric mean of the energies stays below 2^31 no sum of products of two vectors, nor of some of them, can
+// leave 32 bits.
+inline bool sumsFit(double energyA, double energyB) {
+    return energyA * energyB < 4.6e18; // a little below 2^62
+}
+
 // put(k, sum) for k = 0..lags-1 with the exact sum of a[i] * b[i-k], i = k..len-1; lags from len on give 0.
 // padA and padB are the vectors followed by kCorrPadding readable elements, zero behind a.
-// Where the geometric mean of the energies stays below 2^31 no sum can leave 32 bits, and the quick kernel, which
-// counts modulo 2^32, is exact.
+// Where no sum can leave 32 bits the quick kernel, which counts modulo 2^32, is exact.
 template <typename Put>
 void correlate(const int16_t* padA, const int16_t* padB, int len, int lags, Put put) {
     const CorrKernels& kernels = corrKernels();
     const auto energyA = static_cast<double>(kernels.dot16(padA, padA, len));
     const double energyB = padA == padB ? energyA : static_cast<double>(kernels.dot16(padB, padB, len));
-    const bool fits = energyA * energyB < 4.6e18; // a little below 2^62
+    const bool fits = sumsFit(energyA, energyB);
     const int own = lags < len ? lags : len;
     if (fits) {
         int32_t block[kLagBlock];
@@ -37,6 +43,30 @@ void correlate(const int16_t* padA, const int16_t* padB, int len, int lags, Put 
     }
     for (int k = own; k < lags; ++k) {
         put(k, int64_t{0});
+    }
+}
+
+// take(k, sum) for k = 0..count-1 with the exact sum of a[i] * b[i + step * k], i = 0..n-1, step 1 or -1.
+template <typename Take>
+void slide(const int16_t* a, const int16_t* b, int n, int step, int count, Take take) {
+    const CorrKernels& kernels = corrKernels();
+    const int16_t* const lowest = step < 0 ? b - (count - 1) : b;
+    const auto energyA = static_cast<double>(kernels.dot16(a, a, n));
+    const auto energyB = static_cast<double>(kernels.dot16(lowest, lowest, n + count - 1));
+    if (!sumsFit(energyA, energyB)) {
+        for (int k = 0; k < count; ++k) {
+            take(k, kernels.dot16(a, b + step * k, n));
+        }
+        return;
+    }
+    constexpr int block = 64;
+    int32_t sums[block];
+    for (int first = 0; first < count; first += block) {
+        const int own = count - first < block ? count - first : block;
+        loopKernels().slide16(a, b + step * first, n, step, own, sums);
+        for (int k = 0; k < own; ++k) {
+            take(first + k, int64_t{sums[k]});
+        }
     }
 }
 

@@ -7,6 +7,7 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
+#include "sc/kernels/loops.h"
 
 namespace {
 
@@ -138,16 +139,7 @@ VekStatus veksFilteredExcitation_G729_32f(const Vek32f* pSrc, Vek32f* pSrcDst, i
     if (badLength(len)) {
         return vekStsSizeErr;
     }
-    // From the end, in stretches through a buffer: each sample moves up by one.
-    constexpr int kStretch = 64;
-    Vek32f moved[kStretch];
-    for (int end = len; end > 1;) {
-        const int n = std::min(kStretch, end - 1);
-        const int first = end - n;
-        filterKernels().addScaled32f(pSrcDst + first - 1, pSrc + first, val, moved, n);
-        std::copy_n(moved, n, pSrcDst + first);
-        end = first;
-    }
+    loopKernels().moveUp32f(pSrcDst, pSrc, val, len);
     pSrcDst[0] = val * pSrc[0];
     return vekStsNoErr;
 }

@@ -1,4 +1,5 @@
 // Line spectral frequencies of G.723.1: from and to prediction coefficients, and decoded.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -25,6 +26,10 @@ const std::array<int16_t, kCircle + 1> g_cosine = [] {
     }
     return c;
 }();
+
+// Bounds of decoded frequencies.
+constexpr int16_t kLowest = 0x180;
+constexpr int16_t kHighest = 0x7e00;
 
 // Powers of 0.994, Q15.
 constexpr int16_t kExpansion[kOrder] = {32571, 32376, 32182, 31989, 31797, 31606, 31416, 31228, 31040, 30854};
@@ -73,10 +78,20 @@ void toLpc(const Vek16s* lsf, Vek16s* lpc) {
     }
 }
 
+// Whether all frequencies are in their bounds and have their distances.
+bool apart(const int* lsf, int least) {
+    int missing = (lsf[0] - kLowest) | (kHighest - lsf[kOrder - 1]);
+#pragma GCC unroll 10
+    for (int j = 1; j < kOrder; ++j) {
+        missing |= lsf[j] - lsf[j - 1] - least;
+    }
+    return missing >= 0;
+}
+
 // Moves neighbours apart that are nearer than `least`; whether all are then, within 4.
 bool spread(Vek16s* lsf, int least) {
-    lsf[0] = lsf[0] < 0x180 ? int16_t{0x180} : lsf[0];
-    lsf[kOrder - 1] = lsf[kOrder - 1] > 0x7e00 ? int16_t{0x7e00} : lsf[kOrder - 1];
+    lsf[0] = lsf[0] < kLowest ? kLowest : lsf[0];
+    lsf[kOrder - 1] = lsf[kOrder - 1] > kHighest ? kHighest : lsf[kOrder - 1];
     for (int j = 1; j < kOrder; ++j) {
         const int missing = least + lsf[j - 1] - lsf[j];
         if (missing > 0) {
@@ -121,17 +136,30 @@ VekStatus veksLSFDecode_G723_16s(const Vek16s* quantIndex, const Vek16s* pPrevLS
         }
     }
     const int16_t prediction = erase ? 23552 : 12288;
-    Vek16s lsf[kOrder];
+    const int least = erase ? 512 : 256;
+    int sums[kOrder];
+#pragma GCC unroll 10
     for (int i = 0; i < kOrder; ++i) {
-        const int16_t residue = i < 3   ? kLsfBook0[i][index[0]]
-                                : i < 6 ? kLsfBook1[i - 3][index[1]]
-                                        : kLsfBook2[i - 6][index[2]];
-        const int16_t predicted = mult_r(sub(pPrevLSF[i], kLsfMean[i]), prediction);
-        lsf[i] = add(add(residue, predicted), kLsfMean[i]);
+        const int residue = i < 3   ? kLsfBook0[i][index[0]]
+                            : i < 6 ? kLsfBook1[i - 3][index[1]]
+                                    : kLsfBook2[i - 6][index[2]];
+        // A residue, 6012 at most, and a prediction have room in 16 bits.
+        const int predicted = (sub(pPrevLSF[i], kLsfMean[i]) * prediction + 0x4000) >> 15;
+        sums[i] = sat16(residue + predicted + kLsfMean[i]);
     }
+    // As a rule they are apart, and then they are written one by one, which no later load waits for.
+    if (apart(sums, least)) {
+#pragma GCC unroll 10
+        for (int i = 0; i < kOrder; ++i) {
+            pQuantLSF[i] = static_cast<Vek16s>(sums[i]);
+        }
+        return vekStsNoErr;
+    }
+    Vek16s lsf[kOrder];
+    std::copy_n(sums, kOrder, lsf);
     bool ordered = false;
     for (int round = 0; round < kOrder && !ordered; ++round) {
-        ordered = spread(lsf, erase ? 512 : 256);
+        ordered = spread(lsf, least);
     }
     std::memmove(pQuantLSF, ordered ? lsf : pPrevLSF, sizeof lsf);
     return ordered ? vekStsNoErr : vekStsUnstableFilter;

@@ -1,6 +1,10 @@
 // Correlation matrix of G.723.1 for the search of four pulses.
+#include <array>
+
 #include "sc/g723/tables.h"
 #include "sc/kernels/corr.h"
+#include "sc/kernels/filter.h"
+#include "sc/kernels/loops.h"
 #include "veksc_g723.h"
 
 using namespace vek;
@@ -11,15 +15,59 @@ namespace {
 
 constexpr int kPlaces = 32; // even positions 0..62
 
-// put(element, sum) with the doubled sums of the scaled response.
-template <typename Put>
-void matrix(const Vek16s* pSrc, Put put) {
-    int16_t h[kSubframe];
-    const int32_t energy = sat32(2 * corrKernels().dot16(pSrc, pSrc, kSubframe));
-    const int shift = extract_h(energy) > 32000 ? -1 : norm_l(energy) >> 1;
-    for (int i = 0; i < kSubframe; ++i) {
-        h[i] = shl(pSrc[i], shift);
+constexpr int kElements = 416;
+
+// Calls f(element, place, place) for the elements in their order.
+template <typename F>
+constexpr void eachElement(F f) {
+    int element = 0;
+    for (int t = 0; t < 4; ++t) {
+        for (int k = 0; k < 8; ++k) {
+            f(element++, 4 * k + t, 4 * k + t);
+        }
     }
+    for (int t = 0; t < 4; ++t) {
+        for (int u = t + 1; u < 4; ++u) {
+            for (int k = 0; k < 8; ++k) {
+                for (int l = 0; l < 8; ++l) {
+                    f(element++, 4 * k + t, 4 * l + u);
+                }
+            }
+        }
+    }
+}
+
+// Where the kernel's rows hold each element: a sum of pairs ends where the later position meets the end. Positions
+// behind it have the zero behind the rows.
+constexpr int kZero = kPairs * kPairRow;
+constexpr auto kRowPlaces = [] {
+    std::array<uint16_t, kElements> places{};
+    eachElement([&](int element, int i, int j) {
+        const int later = i > j ? i : j;
+        const int distance = i > j ? i - j : j - i;
+        places[static_cast<size_t>(element)] =
+            static_cast<uint16_t>(later < kPairs ? (kPairs - 1 - later) * kPairRow + distance : kZero);
+    });
+    return places;
+}();
+
+// The response as large as its energy allows; whether no sum of products can reach 2^30 in magnitude.
+bool scaled(const Vek16s* pSrc, int16_t* h) {
+    const CorrKernels& kernels = corrKernels();
+    const int32_t energy = sat32(2 * kernels.dot16(pSrc, pSrc, kSubframe));
+    const int shift = extract_h(energy) > 32000 ? -1 : norm_l(energy) >> 1;
+    kernels.shift16(pSrc, h, kSubframe, shift);
+    return shift >= 0 || kernels.dot16(h, h, kSubframe) < 1 << 30;
+}
+
+void quickSums(const int16_t* h, int32_t* rows) {
+    loopKernels().pairCorrelations(h, rows);
+    rows[kZero] = 0;
+}
+
+// put(element, sum) with the doubled sums, saturated.
+template <typename Put>
+void saturatedSums(const int16_t* h, Put put) {
     // sums[i][j], i <= j: from the largest position down each product is added once for a whole diagonal.
     int32_t sums[kPlaces][kPlaces] = {};
     for (int distance = 0; distance < kSubframe; distance += 2) {
@@ -32,26 +80,7 @@ void matrix(const Vek16s* pSrc, Put put) {
             }
         }
     }
-    const auto phi = [&](int track, int k, int other, int l) {
-        const int i = 4 * k + track;
-        const int j = 4 * l + other;
-        return i < j ? sums[i][j] : sums[j][i];
-    };
-    int element = 0;
-    for (int t = 0; t < 4; ++t) {
-        for (int k = 0; k < 8; ++k) {
-            put(element++, phi(t, k, t, k));
-        }
-    }
-    for (int t = 0; t < 4; ++t) {
-        for (int u = t + 1; u < 4; ++u) {
-            for (int k = 0; k < 8; ++k) {
-                for (int l = 0; l < 8; ++l) {
-                    put(element++, phi(t, k, u, l));
-                }
-            }
-        }
-    }
+    eachElement([&](int element, int i, int j) { put(element, i < j ? sums[i][j] : sums[j][i]); });
 }
 
 } // namespace
@@ -60,7 +89,14 @@ VekStatus veksToeplizMatrix_G723_16s(const Vek16s* pSrc, Vek16s* pDst) {
     if (!pSrc || !pDst) {
         return vekStsNullPtrErr;
     }
-    matrix(pSrc, [&](int i, int32_t sum) { pDst[i] = extract_h(sum); });
+    int16_t h[kSubframe];
+    if (scaled(pSrc, h)) {
+        int32_t rows[kZero + 1];
+        quickSums(h, rows);
+        filterKernels().gather16(rows, kRowPlaces.data(), pDst, kElements);
+    } else {
+        saturatedSums(h, [&](int i, int32_t sum) { pDst[i] = extract_h(sum); });
+    }
     return vekStsNoErr;
 }
 
@@ -68,6 +104,13 @@ VekStatus veksToeplizMatrix_G723_16s32s(const Vek16s* pSrc, Vek32s* pDst) {
     if (!pSrc || !pDst) {
         return vekStsNullPtrErr;
     }
-    matrix(pSrc, [&](int i, int32_t sum) { pDst[i] = sum; });
+    int16_t h[kSubframe];
+    if (scaled(pSrc, h)) {
+        int32_t rows[kZero + 1];
+        quickSums(h, rows);
+        filterKernels().gather32(rows, kRowPlaces.data(), pDst, kElements);
+    } else {
+        saturatedSums(h, [&](int i, int32_t sum) { pDst[i] = sum; });
+    }
     return vekStsNoErr;
 }

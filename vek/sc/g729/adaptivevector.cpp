@@ -11,6 +11,7 @@
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/filter.h"
+#include "sc/kernels/loops.h"
 #include "veksc_g729pitch.h"
 
 using namespace vek;
@@ -125,8 +126,18 @@ VekStatus veksDecodeAdaptiveVector_G729_32f_I(const Vek32s* pSrcDelay, Vek32f* p
     }
     const Delay back(pSrcDelay[0], 2 * pSrcDelay[1]);
     const Taps<float> taps(back.part, 1.0F / 32768);
-    for (int i = 0; i < kSubframe; ++i) {
-        pSrcDst[i] = corrKernels().dot32f(pSrcDst - back.whole + i - kReach + 1, taps.at, kTaps);
+    const Vek32f* const x = pSrcDst - back.whole - kReach + 1;
+    const int stretch = back.stretch();
+    if (stretch < kLeastOutputs) {
+        for (int i = 0; i < kSubframe; ++i) {
+            pSrcDst[i] = corrKernels().dot32f(x + i, taps.at, kTaps);
+        }
+        return vekStsNoErr;
+    }
+    for (int i = 0; i < kSubframe; i += stretch) {
+        // A short rest is made anew with those before, which do not feed it.
+        const int from = std::min(i, kSubframe - kLeastOutputs);
+        loopKernels().taps32f(x + from, taps.at, pSrcDst + from, std::min(i + stretch, kSubframe) - from);
     }
     return vekStsNoErr;
 }

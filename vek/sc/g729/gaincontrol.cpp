@@ -1,12 +1,11 @@
 // Gain control behind the post filters, by energy and by sum of magnitudes, and the target without the adaptive
 // codebook's share.
-#include <cstdlib>
-
 #include "sc/common/energylevel.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/gaincontrol.h"
 #include "sc/kernels/corr.h"
+#include "sc/kernels/loops.h"
 #include "veksc_g729pitch.h"
 
 using namespace vek;
@@ -40,22 +39,11 @@ int16_t vek::g729::levelRatio(int32_t in, int32_t out) {
 }
 
 int32_t vek::g729::sumOfMagnitudes(const int16_t* x) {
-    int32_t sum = 0;
-    for (int i = 0; i < kSubframe; ++i) {
-        sum += std::abs(static_cast<int>(x[i]));
-    }
-    return sum;
+    return loopKernels().magnitudes16(x);
 }
 
 void vek::g729::moveGain(int16_t* x, int16_t ratio, int16_t share, int16_t& gain) {
-    const int keep = 32768 - share;
-    const int fresh = mult(ratio, share);
-    int now = gain;
-    for (int i = 0; i < kSubframe; ++i) {
-        now = ((now * keep) >> 15) + fresh;
-        x[i] = sat16((x[i] * now + 0x2000) >> 14);
-    }
-    gain = static_cast<int16_t>(now);
+    gain = static_cast<int16_t>(loopKernels().moveGain16(x, gain, 32768 - share, mult(ratio, share)));
 }
 
 VekStatus veksGainControl_G729A_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s* pGain) {
@@ -90,9 +78,7 @@ VekStatus veksAdaptiveCodebookContribution_G729_16s(Vek16s gain, const Vek16s* p
     if (anyNull(pFltAdptVector, pSrcTarget, pDst)) {
         return vekStsNullPtrErr;
     }
-    for (int i = 0; i < kSubframe; ++i) {
-        pDst[i] = sat16(pSrcTarget[i] - sat16((pFltAdptVector[i] * gain) >> 14));
-    }
+    loopKernels().lessScaled16(pSrcTarget, pFltAdptVector, gain, pDst);
     return vekStsNoErr;
 }
 
@@ -101,8 +87,6 @@ VekStatus veksAdaptiveCodebookContribution_G729_32f(Vek32f gain, const Vek32f* p
     if (anyNull(pFltAdptVector, pSrcTarget, pDst)) {
         return vekStsNullPtrErr;
     }
-    for (int i = 0; i < kSubframe; ++i) {
-        pDst[i] = pSrcTarget[i] - gain * pFltAdptVector[i];
-    }
+    loopKernels().lessScaled32f(pSrcTarget, pFltAdptVector, gain, pDst);
     return vekStsNoErr;
 }

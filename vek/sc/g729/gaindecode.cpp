@@ -17,7 +17,10 @@ constexpr int kPast = 4;
 constexpr int16_t kPrediction[kPast] = {5571, 4751, 2785, 1556}; // Q13
 
 void push(Vek16s value, Vek16s* past) {
-    std::copy_backward(past, past + kPast - 1, past + kPast);
+    // One by one: whoever reads them next does so too, and does not wait for a copy of all.
+    past[3] = past[2];
+    past[2] = past[1];
+    past[1] = past[0];
     past[0] = value;
 }
 
@@ -56,10 +59,8 @@ void movePast(int factor, Vek16s* past) {
 void movePastLost(Vek16s* past) {
     constexpr int drop = 4096;
     constexpr int least = -14336;
-    int sum = 0;
-    for (int i = 0; i < kPast; ++i) {
-        sum += past[i];
-    }
+    // The newest last: it may just have been written.
+    const int sum = past[3] + past[2] + past[1] + past[0];
     push(static_cast<Vek16s>(std::max((sum >> 2) - drop, least)), past);
 }
 

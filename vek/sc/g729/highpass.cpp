@@ -44,7 +44,7 @@ void push(Memory& m, Vek16s x, int32_t v) {
 // The loop waits for the last output only: the rest of a sample's sum is made ahead.
 template <Section F>
 void runQuiet(Memory& m, Vek16s* x, int n) {
-    constexpr int64_t kFactor = int64_t{2} << F.shift;
+    constexpr int64_t kFactor = int64_t{1} << F.shift;
     int64_t y1 = m.y1;
     int64_t older = (static_cast<int64_t>(m.y2) * F.a2) >> 15;
     int x1 = m.x1;
@@ -55,11 +55,12 @@ void runQuiet(Memory& m, Vek16s* x, int n) {
         x1 = x[i];
         older = (y1 * F.a2) >> 15;
         m.y2 = static_cast<Vek32s>(y1);
-        int64_t v = (((y1 * F.a1) >> 15) + known) * kFactor;
+        y1 = (((y1 * F.a1) >> 15) + known) * kFactor;
+        int64_t v = 2 * y1;
         if (v != static_cast<int32_t>(v)) [[unlikely]] {
             v = v < 0 ? kMin32 : kMax32;
+            y1 = v >> 1;
         }
-        y1 = v >> 1;
         x[i] = sat16_64((v * (1 << F.outShift) + 0x8000) >> 16);
     }
     m.y1 = static_cast<Vek32s>(y1);

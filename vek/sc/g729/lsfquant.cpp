@@ -53,8 +53,16 @@ void codeVector(const Rows& rows, Vek16s* code) {
     for (int i = 0; i < kOrder; ++i) {
         code[i] = static_cast<Vek16s>(rows.first[i] + (i < kHalf ? rows.lower[i] : rows.upper[i]));
     }
-    spread(code, kWideGap);
-    spread(code, kNarrowGap);
+    // Where nothing lacks to the wide gap, nothing waits for the one before.
+    int lack = 0;
+#pragma GCC unroll 10
+    for (int i = 1; i < kOrder; ++i) {
+        lack |= code[i] - code[i - 1] - kWideGap + 1;
+    }
+    if (lack < 0) {
+        spread(code, kWideGap);
+        spread(code, kNarrowGap);
+    }
 }
 
 // Sums of the last code vectors' shares, Q28.
@@ -72,7 +80,15 @@ void push(Vek16s* previous, const Vek16s* code) {
 }
 
 void stabilise(Vek16s* lsf) {
-    // They stand in order nearly always.
+    // They stand in order and apart as a rule.
+    int lack = (lsf[0] - kLowest) | (kHighest - lsf[kOrder - 1]);
+#pragma GCC unroll 10
+    for (int i = 1; i < kOrder; ++i) {
+        lack |= lsf[i] - lsf[i - 1] - kLeastDistance;
+    }
+    if (lack >= 0) {
+        return;
+    }
     for (int i = 1; i < kOrder; ++i) {
         if (lsf[i] < lsf[i - 1]) [[unlikely]] {
             std::sort(lsf, lsf + kOrder);

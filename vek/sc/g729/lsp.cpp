@@ -176,12 +176,14 @@ constexpr auto kCosineSteps = [] {
     return steps;
 }();
 
+// One by one, as they have been written: a load of several would wait for the stores.
 bool anyNegative(const Vek16s* v) {
-    uint64_t words[2];
-    uint32_t rest = 0;
-    std::memcpy(words, v, sizeof words);
-    std::memcpy(&rest, v + kOrder - 2, sizeof rest);
-    return ((words[0] | words[1] | rest) & 0x8000800080008000U) != 0;
+    int all = 0;
+#pragma GCC unroll 10
+    for (int i = 0; i < kOrder; ++i) {
+        all |= v[i];
+    }
+    return all < 0;
 }
 
 } // namespace

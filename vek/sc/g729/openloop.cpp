@@ -4,6 +4,7 @@
 // its way, it is made step by step instead.
 #include <cstdlib>
 
+#include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
@@ -150,16 +151,14 @@ VekStatus lagMax(const Vek16s* pSrc, int len, int lowerLag, int upperLag, int di
     if (lowerLag < 0 || lowerLag > upperLag || upperLag > kMaxSignalLength) {
         return vekStsRangeErr;
     }
-    const CorrKernels& kernels = corrKernels();
-    int64_t best = kernels.dot16(pSrc, pSrc + direction * lowerLag, len);
+    int64_t best = INT64_MIN;
     int bestLag = lowerLag;
-    for (int lag = lowerLag + 1; lag <= upperLag; ++lag) {
-        const int64_t sum = kernels.dot16(pSrc, pSrc + direction * lag, len);
+    slide(pSrc, pSrc + direction * lowerLag, len, direction, upperLag - lowerLag + 1, [&](int k, int64_t sum) {
         if (sum > best) {
             best = sum;
-            bestLag = lag;
+            bestLag = lowerLag + k;
         }
-    }
+    });
     *pMax = doubled(best);
     *pMaxLag = bestLag;
     return vekStsNoErr;

@@ -9,6 +9,7 @@
 #include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
+#include "sc/kernels/loops.h"
 #include "veksc_filter.h"
 #include "veksc_g729lp.h"
 #include "veksc_g729post.h"
@@ -107,18 +108,13 @@ void vek::g729::postResponse(const Vek16s* lpc, Vek16s* h, int n) {
     synthesisFilter(denominator, kOrder, numerator, h, n, kFormat, rest);
 }
 
-void vek::g729::tilt(Vek16s k, Vek16s before, const Vek16s* x, Vek16s* y) {
+void vek::g729::tilt(Vek16s k, const Vek16s* x, Vek16s* y) {
     constexpr Vek16s above = 6554;
     constexpr Vek16s below = 29491;
     const Vek16s mu = mult_r(k, k > 0 ? above : below);
     // Q14 of 1 / (1 - |mu|), at most 10.
-    const int64_t gain = (int64_t{1} << 29) / (32768 - abs_s(mu));
-    for (int i = 0; i < kSubframe; ++i) {
-        const Vek16s now = x[i];
-        const int64_t sum = now * 32768 + int64_t{mu} * before;
-        y[i] = sat16_64((sum * gain + (1 << 28)) >> 29);
-        before = now;
-    }
+    const int gain = (1 << 29) / (32768 - abs_s(mu));
+    loopKernels().tilt(x, mu, gain, y);
 }
 
 VekStatus veksShortTermPostFilter_G729_16s(const Vek16s* pSrcLpc, const Vek16s* pSrc, Vek16s* pSrcDst,
@@ -180,7 +176,7 @@ VekStatus veksTiltCompensation_G729_16s(const Vek16s* pSrcImpulseResponse, Vek16
     // r1 is below r0 in magnitude, unless both are 0.
     const Vek16s k = r0 == 0 ? Vek16s{0} : sat16_64(-r1 * 32768 / r0);
     const Vek16s last = pSrcDst[kSubframe - 1];
-    tilt(k, pSrcDst[-1], pSrcDst, pSrcDst);
+    tilt(k, pSrcDst, pSrcDst);
     pSrcDst[-1] = last;
     return vekStsNoErr;
 }
@@ -189,7 +185,7 @@ VekStatus veksTiltCompensation_G729E_16s(Vek16s val, const Vek16s* pSrc, Vek16s*
     if (anyNull(pSrc, pDst)) {
         return vekStsNullPtrErr;
     }
-    tilt(val, pSrc[0], pSrc + 1, pDst);
+    tilt(val, pSrc + 1, pDst);
     return vekStsNoErr;
 }
 

@@ -24,10 +24,10 @@ void place(const int (&positions)[Pulses], int signs, Vek16s* vector) {
     }
 }
 
-// Two pulses of a track: the second has the other sign if it comes before the first.
+// Two pulses of a track: the second has the other sign if it comes before the first. No store waits for one before.
 void placeBoth(int first, int second, int value, Vek16s* vector) {
     vector[first] = static_cast<Vek16s>(value);
-    vector[second] = static_cast<Vek16s>(vector[second] + (second < first ? -value : value));
+    vector[second] = static_cast<Vek16s>(second == first ? 2 * value : second < first ? -value : value);
 }
 
 void unpackThree(int word, int& a, int& b, int& c) {

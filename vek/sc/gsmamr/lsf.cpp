@@ -1,6 +1,5 @@
 // Line spectral frequencies: their cosines, and the interpolation between two frames.
 #include <algorithm>
-#include <cstring>
 
 #include "sc/common/signal_check.h"
 #include "sc/gsmamr/linespectrum.h"
@@ -14,13 +13,15 @@ namespace {
 
 constexpr int kHalf = 16384; // of the sampling rate
 
-// Whether all are from 0 to below half the sampling rate: the upper two bits of each are zero.
+// Whether all are from 0 to below half the sampling rate: no bit of them is above. One by one, as they have been
+// written: a load of several would wait for the stores.
 bool allBelowHalf(const Vek16s* lsf) {
-    uint64_t four[2];
-    uint32_t two = 0;
-    std::memcpy(four, lsf, sizeof four);
-    std::memcpy(&two, lsf + 8, sizeof two);
-    return ((four[0] | four[1] | two) & 0xc000c000c000c000) == 0;
+    int used = 0;
+#pragma GCC unroll 10
+    for (int i = 0; i < kOrder; ++i) {
+        used |= lsf[i];
+    }
+    return (used & -kHalf) == 0;
 }
 
 // The pair (Q15) of a frequency from 0 to below half the sampling rate.

@@ -1,4 +1,5 @@
 // Long-term lag, weighting filter and inverse block quantisation of GSM full rate.
+#include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
@@ -29,16 +30,14 @@ VekStatus veksCrossCorrLagMax_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, int 
     if (badLength(lag)) {
         return vekStsRangeErr;
     }
-    const CorrKernels& kernels = corrKernels();
-    int64_t best = kernels.dot16(pSrc1, pSrc2, len);
+    int64_t best = INT64_MIN;
     int bestLag = 0;
-    for (int k = 1; k < lag; ++k) {
-        const int64_t sum = kernels.dot16(pSrc1, pSrc2 + k, len);
+    slide(pSrc1, pSrc2, len, 1, lag, [&](int k, int64_t sum) {
         if (sum >= best) {
             best = sum;
             bestLag = k;
         }
-    }
+    });
     *pMax = sat32(best);
     *pMaxLag = bestLag;
     return vekStsNoErr;

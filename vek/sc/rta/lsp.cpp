@@ -5,6 +5,7 @@
 
 #include "sc/common/linepairs.h"
 #include "sc/common/signal_check.h"
+#include "sc/kernels/loops.h"
 #include "sc/kernels/rta.h"
 #include "veksc_g729lp.h"
 #include "veksc_rta.h"
@@ -104,6 +105,25 @@ bool pairsOf(const double (&f)[2][kMostPairs + 1], int half, const Grid<N>& g, f
     return true;
 }
 
+static_assert(kMostOrder == kAngles);
+
+// The kernel's series holds for angles of the half circle alone.
+void cosinesOf(const float* lsp, int order, double (&cosines)[kAngles]) {
+    float angles[kAngles] = {};
+    bool inside = true;
+    for (int i = 0; i < order; ++i) {
+        angles[i] = lsp[i];
+        inside = inside && lsp[i] >= 0 && lsp[i] <= 3.15F;
+    }
+    if (inside) {
+        loopKernels().cosines(angles, cosines);
+        return;
+    }
+    for (int i = 0; i < order; ++i) {
+        cosines[i] = std::cos(static_cast<double>(lsp[i]));
+    }
+}
+
 } // namespace
 
 VekStatus veksLevinsonDurbin_RTA_32f(const Vek32f* pSrcAutoCorr, Vek32f* pDstLPC, Vek32f* pDstRC, int order) {
@@ -137,9 +157,18 @@ VekStatus veksLSPToLPC_RTA_32f(const Vek32f* pSrcLSP, Vek32f* pDstLPC, int order
         return vekStsSizeErr;
     }
     double cosines[kMostOrder];
-    for (int i = 0; i < order; ++i) {
-        cosines[i] = std::cos(static_cast<double>(pSrcLSP[i]));
+    cosinesOf(pSrcLSP, order, cosines);
+    // Known counts are quicker.
+    switch (order) {
+    case 10:
+        pairsToCoefficients<5>(cosines, 5, pDstLPC);
+        break;
+    case 16:
+        pairsToCoefficients<8>(cosines, 8, pDstLPC);
+        break;
+    default:
+        pairsToCoefficients<kMostPairs>(cosines, order / 2, pDstLPC);
+        break;
     }
-    pairsToCoefficients<kMostPairs>(cosines, order / 2, pDstLPC);
     return vekStsNoErr;
 }

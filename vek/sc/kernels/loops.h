@@ -1,0 +1,57 @@
+// Kernels of single loops, which the compiler spreads over the registers of each level by itself: what is done to each
+// sample of a subframe, filters of a fixed number of taps, correlations of pairs, cosines. The same integers and floats
+// at all levels.
+#pragma once
+
+#include <cstdint>
+
+#include "sc/kernels/kernels.h"
+
+namespace vek {
+
+constexpr int kLoopSubframe = 40;
+constexpr int kLoopTaps = 20;
+constexpr int kLeastOutputs = 8;
+constexpr int kPairs = 30;
+constexpr int kPairRow = 32;
+constexpr int kAngles = 16;
+
+struct LoopKernels {
+    // y[i] = sat16(x[i] - sat16((d[i] * g) >> 14)), kLoopSubframe samples; y may be x.
+    void (*lessScaled16)(const int16_t* x, const int16_t* d, int g, int16_t* y);
+    // y[i] = x[i] - g * d[i], kLoopSubframe samples; y may be x.
+    void (*lessScaled32f)(const float* x, const float* d, float g, float* y);
+    // Sum of |x[i]|, kLoopSubframe samples.
+    int32_t (*magnitudes16)(const int16_t* x);
+    // g = ((g * keep) >> 15) + fresh, x[i] = sat16((x[i] * g + 2^13) >> 14), kLoopSubframe samples; returns the last g.
+    int (*moveGain16)(int16_t* x, int g, int keep, int fresh);
+    // x[i] = x[i] - g * x[i-1], i = 1..n-1, of what x held before. Integers: the product in Q15 and cut off, the
+    // difference saturated, g above -32768.
+    void (*lessPrevious16)(int16_t* x, int g, int n);
+    void (*lessPrevious32f)(float* x, float g, int n);
+    // y[i] = y[i-1] + v * h[i], i = 1..n-1, of what y held before.
+    void (*moveUp32f)(float* y, const float* h, float v, int n);
+    // y[i] = sat16((side * (x[i-1] + x[i+1]) + middle * x[i] + 2^14) >> 15), y apart from x; 2 |side| + |middle| is
+    // 2^15 at most.
+    void (*threeTaps)(int side, int middle, const int16_t* x, int16_t* y, int n);
+    // y[i] = sat16(((x[i] * 2^15 + mu * x[i-1]) * gain + 2^28) >> 29), kLoopSubframe samples; y may be x. |mu| is below
+    // 2^15, gain at most 2^18.
+    void (*tilt)(const int16_t* x, int mu, int gain, int16_t* y);
+    // y[i] = sum of taps[j] * x[i+j], kLoopTaps of them one after the other. n is at least kLeastOutputs, and y begins
+    // behind the last sample that is read.
+    void (*taps32f)(const float* x, const float* taps, float* y, int n);
+    // rows[p * kPairRow + d] = sum of h[2q] * h[2q+2d] + h[2q+1] * h[2q+2d+1], q = 0..p, modulo 2^32, for p =
+    // 0..kPairs-1 and d = 0..kPairs-1-p; what else a row holds is not defined.
+    void (*pairCorrelations)(const int16_t* h, int32_t* rows);
+    // sums[k] = sum of a[i] * b[i + step * k], i = 0..n-1, k = 0..count-1, where no sum of any of the products leaves
+    // 32 bits.
+    void (*slide16)(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* sums);
+    // Sum of the squares of x[i] - y[i].
+    int64_t (*squaredDistance16)(const int16_t* x, const int16_t* y, int n);
+    // Cosines of kAngles angles between 0 and 3.15, within 10^-11.
+    void (*cosines)(const float* angles, double* c);
+};
+
+VEK_KERNEL_PICK(LoopKernels, loopKernels)
+
+} // namespace vek
