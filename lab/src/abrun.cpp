@@ -85,7 +85,8 @@ private:
     Clock::time_point m_start = Clock::now();
     std::map<int, Rounds> m_open;
     std::array<std::optional<Identity>, 2> m_identity;
-    Kind m_kind = everything; ///< of the rounds under way
+    std::array<std::vector<FileIdentity>, 2> m_libraries; ///< as they were found at the start
+    Kind m_kind = everything;                             ///< of the rounds under way
     std::array<int, 2> m_loops{leastLoops, leastLoops};
     std::array<int, 2> m_repeats{1, 1};
     std::array<double, 2> m_interval{}; ///< seconds of a round
@@ -144,6 +145,7 @@ void AbRun::startRounds(int first, size_t count) {
         PassRequest request;
         request.subject = m_options.subjects[side];
         request.keys = passKeys;
+        request.copied = m_libraries[side];
         request.lines = wanted;
         request.keepOthers = true;
         request.repeats = repeats;
@@ -293,6 +295,9 @@ void AbRun::showProgress(const std::string& function) const {
 }
 
 VerdictReport AbRun::run() {
+    for (const Side side : {sideOld, sideNew}) {
+        m_libraries[side] = identify(m_options.subjects[side]).libraries;
+    }
     // The first round tells what there is, and whether anything can be measured at all.
     startRounds(m_started++, 1);
     m_outOfTime = m_trial.rounds() == 0;

@@ -61,6 +61,8 @@ int addToHistory(const HistoryArguments& options, Context& context) {
     request.keys = shortCallKeys(context.options.keys);
     request.keys.insert(request.keys.end(), context.options.keys.begin(), context.options.keys.end());
     request.timeLimit = parseDuration(options.timeLimit);
+    // A point is not to hang on where its build happens to lie in memory.
+    request.copied = identify(request.subject).libraries;
     const size_t tests = listChosenTests(request.subject, request.keys).size();
     Store store(options.store);
     RunRecord record;

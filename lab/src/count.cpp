@@ -30,21 +30,13 @@ constexpr const char* dumpName = "line";
 /// A directory for the dumps of one process.
 class DumpDirectory {
 public:
-    DumpDirectory() : m_path(makeDirectory(fs::temp_directory_path(), "krlab-count-")) {}
-    ~DumpDirectory() {
-        std::error_code ignored;
-        fs::remove_all(m_path, ignored);
-    }
-    DumpDirectory(const DumpDirectory&) = delete;
-    DumpDirectory& operator=(const DumpDirectory&) = delete;
-
-    const fs::path& path() const { return m_path; }
+    const fs::path& path() const { return m_own.path(); }
     /// The dumps in the order in which they were written; the one at the process's end, which has no number, is none of
     /// a line.
     std::vector<std::string> dumps() const {
         std::vector<std::string> texts;
         for (size_t i = 1;; ++i) {
-            const fs::path file = m_path / fmt::format("{}.{}", dumpName, i);
+            const fs::path file = path() / fmt::format("{}.{}", dumpName, i);
             std::error_code error;
             if (!fs::is_regular_file(file, error)) {
                 return texts;
@@ -54,7 +46,7 @@ public:
     }
 
 private:
-    fs::path m_path;
+    NewDirectory m_own{fs::temp_directory_path(), "krlab-count-"};
 };
 
 std::string findCallgrind() {

@@ -21,31 +21,16 @@ FleetSource::FleetSource(const std::string& text) : m_file(text) {
         throw Fault(text, "is neither a store nor a job folder of a fleet");
     }
     m_folder.emplace(text);
-    m_directory = makeDirectory(nodeStorage(), "krlab-merge.");
-    try {
-        m_file = (m_directory / "fleet.db").string();
-        m_store.emplace(m_file);
-        const FetchResult result = fetchFleet(*m_folder, *m_store, [](size_t) {});
-        const size_t all = m_folder->plan().tasks().size();
-        m_remarks = result.failures;
-        if (result.tasks < all) {
-            m_remarks.push_back(
-                fmt::format("{} of {} tasks are whole, of {} more the finished rounds count; krlab fleet "
-                            "status tells why, krlab fleet submit {} measures the rest",
-                            result.tasks, all, result.parts, text));
-        }
-    } catch (...) {
-        m_store.reset();
-        fs::remove_all(m_directory, error);
-        throw;
-    }
-}
-
-FleetSource::~FleetSource() {
-    m_store.reset();
-    if (!m_directory.empty()) {
-        std::error_code ignored;
-        fs::remove_all(m_directory, ignored);
+    m_directory.emplace(nodeStorage(), "krlab-merge.");
+    m_file = (m_directory->path() / "fleet.db").string();
+    m_store.emplace(m_file);
+    const FetchResult result = fetchFleet(*m_folder, *m_store, [](size_t) {});
+    const size_t all = m_folder->plan().tasks().size();
+    m_remarks = result.failures;
+    if (result.tasks < all) {
+        m_remarks.push_back(fmt::format("{} of {} tasks are whole, of {} more the finished rounds count; krlab fleet "
+                                        "status tells why, krlab fleet submit {} measures the rest",
+                                        result.tasks, all, result.parts, text));
     }
 }
 

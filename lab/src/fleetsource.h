@@ -2,6 +2,7 @@
 #pragma once
 
 #include "fleetfolder.h"
+#include "newdirectory.h"
 #include "store.h"
 
 #include <optional>
@@ -14,9 +15,6 @@ class FleetSource {
 public:
     /// `text` names a store or a job folder. Throws Fault if it is neither.
     explicit FleetSource(const std::string& text);
-    ~FleetSource();
-    FleetSource(const FleetSource&) = delete;
-    FleetSource& operator=(const FleetSource&) = delete;
 
     const Store& store() const { return *m_store; }
     /// Name of the store's file, as long as this object lives.
@@ -28,8 +26,8 @@ public:
 private:
     std::string m_file;
     std::optional<FleetFolder> m_folder;
-    std::optional<Store> m_store;
-    std::filesystem::path m_directory; ///< of the store that is made for this use alone
+    std::optional<NewDirectory> m_directory; ///< of the store that is made for this use alone
+    std::optional<Store> m_store;            // after its directory, which it leaves first
     std::vector<std::string> m_remarks;
 };
 

@@ -35,18 +35,12 @@ public:
                 fs::remove_all(entry.path(), error);
             }
         }
-        m_path = makeDirectory(storage, name);
+        m_own.emplace(storage, name);
     }
-    ~LocalDirectory() {
-        std::error_code ignored;
-        fs::remove_all(m_path, ignored);
-    }
-    LocalDirectory(const LocalDirectory&) = delete;
-    LocalDirectory& operator=(const LocalDirectory&) = delete;
-    const fs::path& path() const { return m_path; }
+    const fs::path& path() const { return m_own->path(); }
 
 private:
-    fs::path m_path;
+    std::optional<NewDirectory> m_own;
 };
 
 void checkFile(const FileIdentity& wanted, const FileIdentity& found) {
@@ -84,6 +78,7 @@ private:
     FleetTask m_task;
     LocalDirectory m_local;
     std::vector<Subject> m_subjects;
+    std::vector<std::vector<FileIdentity>> m_libraries; ///< of the subjects
     std::optional<Store> m_store;
     long long m_run = 0;
     std::set<int> m_done;
@@ -124,6 +119,7 @@ void Task::takeSubjects() {
         for (size_t library = 0; library < wanted.libraries.size(); ++library) {
             checkFile(wanted.libraries[library], found.libraries[library]);
         }
+        m_libraries.push_back(found.libraries);
     }
 }
 
@@ -166,7 +162,9 @@ std::mt19937_64 Task::drawn(int round) const {
 
 PassRequest Task::request(int round, Side side) const {
     PassRequest request;
-    request.subject = m_subjects[side == sideOld ? 0 : plan().partner(round)];
+    const size_t subject = side == sideOld ? 0 : plan().partner(round);
+    request.subject = m_subjects[subject];
+    request.copied = m_libraries[subject];
     request.keys = loopKeys(plan().loops);
     // The plan's keys stand behind and win.
     for (std::string& key : plan().keys(m_task)) {

@@ -9,12 +9,17 @@ namespace krlab {
 
 namespace fs = std::filesystem;
 
-fs::path makeDirectory(const fs::path& storage, const std::string& name) {
+NewDirectory::NewDirectory(const fs::path& storage, const std::string& name) {
     std::string pattern = (storage / (name + "XXXXXX")).string(); // mkdtemp replaces the last six letters
     if (::mkdtemp(pattern.data()) == nullptr) {
         throw Fault(storage.string(), "takes no new directory: " + systemCause(errno));
     }
-    return pattern;
+    m_path = pattern;
+}
+
+NewDirectory::~NewDirectory() {
+    std::error_code ignored;
+    fs::remove_all(m_path, ignored);
 }
 
 } // namespace krlab

@@ -6,7 +6,19 @@
 
 namespace krlab {
 
-/// A new directory whose name begins with `name`. Throws Fault with the cause.
-std::filesystem::path makeDirectory(const std::filesystem::path& storage, const std::string& name);
+/// A new directory, which goes with all that is in it.
+class NewDirectory {
+public:
+    /// Its name begins with `name`. Throws Fault with the cause.
+    NewDirectory(const std::filesystem::path& storage, const std::string& name);
+    ~NewDirectory();
+    NewDirectory(const NewDirectory&) = delete;
+    NewDirectory& operator=(const NewDirectory&) = delete;
+
+    const std::filesystem::path& path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
 
 } // namespace krlab

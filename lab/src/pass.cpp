@@ -3,6 +3,7 @@
 #include "fault.h"
 #include "infotext.h"
 #include "interrupt.h"
+#include "librarycopies.h"
 #include "rigkeys.h"
 #include "rigpaths.h"
 #include "rigprocess.h"
@@ -57,6 +58,11 @@ Told callOnce(const PassRequest& request, const std::vector<std::string>& keys, 
     if (ini != nullptr) {
         call.keys.push_back("-i" + input.path());
         call.inherited.push_back(input.descriptor());
+    }
+    const LibraryCopies copies(request.copied);
+    call.libraryCopies = copies.directory();
+    for (const int descriptor : copies.descriptors()) {
+        call.inherited.push_back(descriptor);
     }
     call.timeLimit = request.timeLimit;
     call.seat = request.seat.get();

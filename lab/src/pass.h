@@ -29,8 +29,9 @@ struct PassRequest {
     /// Bytes added to the rig's environment, which move its stack; also the number from which the rig draws where its
     /// data lie. 0 leaves both as they are.
     size_t padding = 0;
-    bool goOn = true;   ///< after a rig process that died, measure what stood behind the test in work
-    bool record = true; ///< false leaves all but the start out of the identity: the caller knows it
+    std::vector<FileIdentity> copied; ///< shared objects of which each rig process gets copies of its own
+    bool goOn = true;                 ///< after a rig process that died, measure what stood behind the test in work
+    bool record = true;               ///< false leaves all but the start out of the identity: the caller knows it
     /// Called a few times a second with the number of tests that the process in work has ended and its test in work.
     std::function<void(size_t ended, const std::string& function)> progress;
 };

@@ -70,9 +70,20 @@ std::vector<char*> pointers(std::vector<std::string>& words) {
     return result;
 }
 
+/// The loader's search path, as an environment entry; empty if the call adds nothing to it.
+std::string searchPathEntry(const RigCall& call) {
+    std::string path = call.libraryCopies;
+    const char* inherited = std::getenv("LD_LIBRARY_PATH");
+    for (const std::string& next :
+         {call.subject.libraries.string(), std::string(inherited != nullptr ? inherited : "")}) {
+        path += (path.empty() || next.empty() ? "" : ":") + next;
+    }
+    return call.libraryCopies.empty() && call.subject.libraries.empty() ? "" : "LD_LIBRARY_PATH=" + path;
+}
+
 std::vector<std::string> environmentOf(const RigCall& call) {
     std::vector<std::string> added = call.environment;
-    if (const std::string path = searchPathEntry(call.subject); !path.empty()) {
+    if (const std::string path = searchPathEntry(call); !path.empty()) {
         added.push_back(path);
     }
     std::vector<std::string> result;
@@ -215,15 +226,6 @@ std::string MemoryFile::read() const {
         text.append(block, static_cast<size_t>(n));
     }
     return text;
-}
-
-std::string searchPathEntry(const Subject& subject) {
-    if (subject.libraries.empty()) {
-        return "";
-    }
-    const char* inherited = std::getenv("LD_LIBRARY_PATH");
-    const std::string rest = inherited != nullptr && *inherited != 0 ? std::string(":") + inherited : "";
-    return "LD_LIBRARY_PATH=" + subject.libraries.string() + rest;
 }
 
 RigExit callRig(const RigCall& call) {

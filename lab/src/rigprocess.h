@@ -33,6 +33,7 @@ struct RigCall {
     std::vector<std::string> keys;        ///< the whole argument vector behind the program
     std::vector<std::string> launcher;    ///< a program and its arguments that start the rig; empty for the rig itself
     std::vector<int> inherited;           ///< descriptors of memory files
+    std::string libraryCopies;            ///< a directory that the loader searches before the subject's; may be empty
     std::vector<std::string> environment; ///< further "NAME=value" entries
     double timeLimit = 600;               ///< seconds, without those in which another rig has the turn
     Seat* seat = nullptr;                 ///< takes turns with others; null if it runs alone
@@ -52,8 +53,5 @@ struct RigExit {
 
 /// Starts the rig and waits for its end. Throws Fault if it can't be started.
 RigExit callRig(const RigCall& call);
-
-/// The loader's search path for a subject, as an environment entry; empty if it needs none.
-std::string searchPathEntry(const Subject& subject);
 
 } // namespace krlab

@@ -2,9 +2,12 @@
 #include "fakerig.h"
 #include "labprocess.h"
 
+#include <filesystem>
 #include <fmt/format.h>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <set>
 
 using namespace krlab;
 
@@ -73,6 +76,38 @@ TEST(LabVerdictProgram, PassesOfAbAreComparedFromTheStore) {
     EXPECT_NE(compared.out.find("One run of each side: the noise of single lines is unknown."), std::string::npos);
     EXPECT_EQ(directory.run({"compare", "krlab.db:1/a", "2"}).err,
               "krlab: krlab.db: holds no pass for '2'; name a run by its number, NUMBER/SUBJECT, or a label\n");
+}
+
+TEST(LabVerdictProgram, EachRigProcessOfAbLoadsCopiesOfTheLibraryOfItsOwn) {
+    const LabDirectory directory;
+    // The loader itself tells, in a file for each process.
+    ::setenv("LD_DEBUG", "libs", 1);
+    ::setenv("LD_DEBUG_OUTPUT", directory.path("loader").c_str(), 1);
+    const std::string library = VEK_LIBRARY_DIR;
+    const LabResult told = directory.run(
+        {"ab", "old=" + library, "new=" + library, "--time", "0", "--quiet", "--", "-fAutoCorr_G723_16s"});
+    ::unsetenv("LD_DEBUG");
+    ::unsetenv("LD_DEBUG_OUTPUT");
+    EXPECT_EQ(told.status, 0) << told.err;
+    std::multiset<std::string> copies;
+    for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
+        if (!entry.path().filename().string().starts_with("loader.")) {
+            continue;
+        }
+        std::ifstream file(entry.path());
+        for (std::string line; std::getline(file, line);) {
+            const size_t path = line.find("calling init: ");
+            if (path != std::string::npos && line.ends_with("libveksc.so.1") &&
+                line.find("krlab-") != std::string::npos) {
+                copies.insert(line.substr(line.find('/', path)));
+            }
+        }
+    }
+    ASSERT_EQ(copies.size(), 2U); // of one round
+    EXPECT_NE(*copies.begin(), *copies.rbegin());
+    for (const std::string& copy : copies) {
+        EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(copy).parent_path())) << copy;
+    }
 }
 
 TEST(LabVerdictProgram, SubjectThatIsNoneEndsWithTwo) {
