@@ -152,28 +152,23 @@ krString vkFunc::prefix() const {
     return substr(0, prefixLength());
 }
 
+// Base, types or descriptor.
+static krString partOf(const vkFunc& func, int index) {
+    krString parts[3];
+    func.parseFunction(parts[0], parts[1], parts[2]);
+    return parts[index];
+}
+
 krString vkFunc::baseName() const {
-    krString base;
-    krString types;
-    krString descr;
-    parseFunction(base, types, descr);
-    return base;
+    return partOf(*this, 0);
 }
 
 krString vkFunc::typeName() const {
-    krString base;
-    krString types;
-    krString descr;
-    parseFunction(base, types, descr);
-    return types;
+    return partOf(*this, 1);
 }
 
 krString vkFunc::descrName() const {
-    krString base;
-    krString types;
-    krString descr;
-    parseFunction(base, types, descr);
-    return descr;
+    return partOf(*this, 2);
 }
 
 vkType vkFunc::typeFromBase() const {

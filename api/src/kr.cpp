@@ -1,5 +1,4 @@
-// The session: the phases of a run in their fixed order, the rules of file names, header and footer, and the
-// registries.
+// The session: the phases of a run in their fixed order, header and footer, and the registries.
 #include "kr.h"
 
 #include "krcpuidtest.h"
@@ -7,31 +6,16 @@
 #include "krreport.h"
 #include "krstream.h"
 
-krTestList* pTestList = nullptr;
 krList<krParameter*>* g_pParmList = nullptr;
 void (*s_parmFunc)() = nullptr;
 krString* pCmdLine = nullptr;
 void (*initTimingMethod)(krTool& tool) = nullptr;
-krStringList* g_pHotList = nullptr;
 bool qKeys = true;
 krSession* pSession = nullptr;
 
 const char* KR_version = KR_VERSION; // that of the project, from the build
 const char* KR_buildDate = "Mar 16 2010";
-const char* extIni = ".ini";
-const char* extCsv = ".csv";
-const char* extOut = ".txt";
-const char* extSgl = ".end";
-const char* extName = "_name.csv";
-const char* extSum = "_sum.csv";
-const char* extMem = "_mem.csv";
 
-krString krSession::m_exePath;
-krString krSession::m_defName;
-krString krSession::m_inDir;
-krString krSession::m_outDir;
-int krSession::m_nameMode = 0;
-bool krSession::m_nameExit = false;
 int krSession::m_exitLevel = 0;
 
 int krRegTest(krTest* test) {
@@ -89,51 +73,6 @@ int krRegSession(krSession* session) {
 krSession::~krSession() {
     dropOptions();
     delete m_conditions;
-}
-
-bool krSession::isAbsolutePath(const krString& path) {
-    return path[0] == '/' || path[0] == '\\' || (path.length() >= 2 && path[1] == ':');
-}
-
-krString krSession::genDirName(const krString& dir) {
-    if (dir.empty()) {
-        return m_exePath.getFileDir();
-    }
-    const char last = dir[dir.length() - 1];
-    const krString full = last == '/' || last == '\\' ? dir : dir + "/";
-    return isAbsolutePath(full) ? full : m_exePath.getFileDir() + full;
-}
-
-void krSession::setDefName(const krString& name) {
-    m_defName = name.empty() ? m_exePath.getFileTitle() : name;
-}
-
-krString krSession::genPathName(const krString& dir, const krString& name, const krString& ext) {
-    if (isAbsolutePath(name)) {
-        return name;
-    }
-    if (name.empty()) {
-        return dir + m_defName + ext;
-    }
-    return name.contains('.') ? dir + name : dir + name + ext;
-}
-
-krString krSession::genInPath(const krString& name, const krString& ext) {
-    return genPathName(m_inDir, name, ext);
-}
-
-krString krSession::genOutPath(const krString& name, const krString& ext) {
-    return genPathName(m_outDir, name, ext);
-}
-
-krString krSession::getDirPath(const krString& path, const krString& dir) {
-    if (isAbsolutePath(path)) {
-        return path;
-    }
-    if (dir.empty()) {
-        return m_exePath.getFileDir() + path;
-    }
-    return path.find(dir) == 0 ? path : dir + path;
 }
 
 void krSession::setSglName(const krString& name) {

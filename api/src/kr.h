@@ -1,10 +1,11 @@
-// The session: the fixed phases of a run, the rules of file names, the option table, and the registration entry points
-// that static constructors call before the run starts.
+// The session: the fixed phases of a run, the option table, and the registration entry points that static constructors
+// call before the run starts. Nothing below the session includes this.
 #pragma once
 
 #include "krcond.h"
 #include "krio.h"
 #include "krlib.h"
+#include "krpaths.h"
 #include "krstring.h"
 #include "krtest.h"
 
@@ -29,7 +30,7 @@ constexpr int krNoEnumeration = 100;
 enum krAskBits { krAskTiming = 1, krAskParms = 2, krAskAlign = 4, krAskTests = 8 };
 
 /// One run of the program. All that a test program may want to change is virtual.
-class krSession {
+class krSession : public krPaths, public krNameTables {
 public:
     krSession() = default;
     krSession(const krSession&) = delete;
@@ -57,17 +58,6 @@ public:
     virtual void outputSignal();
     virtual void readCommonData();
 
-    static bool isAbsolutePath(const krString& path);
-    static krString genDirName(const krString& dir);
-    static void setInDir(const krString& dir) { m_inDir = genDirName(dir); }
-    static void setOutDir(const krString& dir) { m_outDir = genDirName(dir); }
-    static void setDefName(const krString& name);
-    static krString genPathName(const krString& dir, const krString& name, const krString& ext);
-    static krString genInPath(const krString& name, const krString& ext);
-    static krString genOutPath(const krString& name, const krString& ext);
-    static krString getDirPath(const krString& path, const krString& dir);
-    static krString getInPath(const krString& path) { return getDirPath(path, m_inDir); }
-    static krString getOutPath(const krString& path) { return getDirPath(path, m_outDir); }
     void setSglName(const krString& name);
 
     void addAskMode(int bits) { m_askMode |= bits; }
@@ -110,12 +100,6 @@ public:
     krString m_sglName;
 
     // Of the process: settled while the keys are parsed.
-    static krString m_exePath;
-    static krString m_defName;
-    static krString m_inDir;
-    static krString m_outDir;
-    static int m_nameMode;
-    static bool m_nameExit;
     static int m_exitLevel;
 
 private:
@@ -126,9 +110,6 @@ private:
 
     krStringList m_outputNames; // of the tables and text copies of a command line
 };
-
-/// Name rows go into the result table, the name table, or both.
-enum krNameBits { krNameInResults = 1, krNameInNames = 2 };
 
 /// A table's function and parameter titles for tests of library functions: what the session writes.
 void vkFuncTitleToCStream();
@@ -153,29 +134,17 @@ using krNameCells = void (*)(const krString& name);
 int krRegNameCells(krNameCells cells);
 
 // The registries; null until the first registration.
-extern krTestList* pTestList;
 extern krList<krParameter*>* g_pParmList;
 extern void (*s_parmFunc)();
 extern krString* pCmdLine;
 extern void (*initTimingMethod)(krTool& tool);
-extern krStringList* g_pHotList;
 extern bool qKeys;
 extern krSession* pSession;
 
 extern const char* KR_version;
 extern const char* KR_buildDate;
-extern const char* extIni;
-extern const char* extCsv;
-extern const char* extOut;
-extern const char* extSgl;
-extern const char* extName;
-extern const char* extSum;
-extern const char* extMem;
 
 // Of the key parsing: what -h, -? and -v asked for.
 extern char s_hintArg;
 extern bool s_hintHide;
 extern bool s_version;
-
-/// Deletes every test and the list.
-void deleteTestList();

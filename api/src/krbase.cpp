@@ -318,3 +318,33 @@ bool krGetAlignByByte() {
 void krSetAlignByByte(bool byByte) {
     AlignByByte = byByte;
 }
+
+// The object that owns a block, or null for a block without one.
+static krObject* ownerObject(void* info) {
+    if (info == nullptr || info == MEM_OBJECT_IS_BUFFER || info == MEM_OBJECT_IS_SUBOBJECT) {
+        return nullptr;
+    }
+    return static_cast<krObject*>(info);
+}
+
+int krVectorCopies::reserveAllVectors() {
+    int count = 0;
+    void* info = nullptr;
+    for (void* block = krMallocFirst(nullptr, &info); block != nullptr; block = krMallocNext(nullptr, &info)) {
+        krObject* owner = ownerObject(info);
+        if (owner != nullptr && owner->reserveCopy()) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+void krVectorCopies::resetAllVectors() {
+    void* info = nullptr;
+    for (void* block = krMallocFirst(nullptr, &info); block != nullptr; block = krMallocNext(nullptr, &info)) {
+        krObject* owner = ownerObject(info);
+        if (owner != nullptr) {
+            owner->setReservedCopy();
+        }
+    }
+}

@@ -85,6 +85,15 @@ void krForgetBlocks();
 /// Forgets all blocks without releasing any: the end of the process does that. Returns false.
 bool krFreeAll();
 
+/// A base of the test: the copies that the owners of all live blocks keep.
+class krVectorCopies {
+public:
+    /// Has each owner keep a copy; the number of those that did.
+    static int reserveAllVectors();
+    /// Has each owner put its copy back.
+    static void resetAllVectors();
+};
+
 /// Bytes between the shifts of successive blocks.
 int krGetVectorShift();
 void krSetVectorShift(int shift);

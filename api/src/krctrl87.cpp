@@ -2,6 +2,7 @@
 #include "krctrl87.h"
 
 #include "krcpuid.h"
+#include "krio.h"
 
 kr87 g_ctrl87;
 krSSX g_ssx;
@@ -199,4 +200,29 @@ void krRestoreCtrlWords() {
     __asm__ volatile("fninit");
     g_ctrl87.init();
     g_ssx.init();
+}
+
+void krCtrlStatus::initCtrlStatus() {
+    g_ctrl87.init();
+    g_ssx.init();
+}
+
+bool krCtrlStatus::badCtrlStatus(bool& bad87, bool& badSSX) {
+    bad87 = g_ctrl87.badStatus();
+    badSSX = g_ssx.badStatus();
+    return bad87 || badSSX;
+}
+
+void krCtrlStatus::printCtrlStatus(bool bad87, bool badSSX) {
+    if (bad87) {
+        g_ostrm << WARN << "-- Status    87: " << g_ctrl87.strSW() << "\n" << msgEnd;
+    }
+    if (badSSX) {
+        g_ostrm << WARN << "-- Status    SSX: " << g_ssx.strExceptionState() << "\n" << msgEnd;
+    }
+}
+
+void krCtrlStatus::clearCtrlStatus() {
+    g_ctrl87.clear();
+    g_ssx.clear();
 }

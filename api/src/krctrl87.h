@@ -108,3 +108,13 @@ extern krSSX g_ssx;
 
 /// Sets both units' control words to the default, whatever a fault left in them.
 void krRestoreCtrlWords();
+
+/// A base of the test: both units together.
+class krCtrlStatus {
+public:
+    static void initCtrlStatus();
+    /// Tells for each unit whether its status is bad; true if any is.
+    static bool badCtrlStatus(bool& bad87, bool& badSSX);
+    static void printCtrlStatus(bool bad87, bool badSSX);
+    static void clearCtrlStatus();
+};

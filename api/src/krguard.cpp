@@ -1,7 +1,6 @@
 // Guards of the process: exit and fork.
 #include "krguard.h"
 
-#include "kr.h"
 #include "krstream.h"
 
 #include <cstdio>
@@ -10,6 +9,8 @@
 
 // The process of the run while it is guarded; 0 otherwise.
 static pid_t s_process = 0;
+// The name of what is in work, or null. Of the process.
+static const krString* (*s_workName)() = nullptr;
 
 // Objects of the suites outlive the streams, so the way through the destructors is not open here.
 static void exitInTheMidst(int status, void* /*unused*/) {
@@ -18,8 +19,8 @@ static void exitInTheMidst(int status, void* /*unused*/) {
     }
     if (getpid() == s_process) {
         g_ostrm << ERR << "-- The run is cut short: exit(" << status << ") in " << g_trace.getCurName();
-        if (krTestList::m_pCurrentTest != nullptr) {
-            g_ostrm << " of " << krTestList::m_pCurrentTest->m_name;
+        if (const krString* name = s_workName()) {
+            g_ostrm << " of " << *name;
         }
         g_ostrm << "\n" << msgEnd;
         krTellLosses();
@@ -29,7 +30,8 @@ static void exitInTheMidst(int status, void* /*unused*/) {
     _exit(status);
 }
 
-void krGuardProcess() {
+void krGuardProcess(const krString* (*workName)()) {
+    s_workName = workName;
     s_process = getpid();
     on_exit(exitInTheMidst, nullptr);
 }

@@ -2,8 +2,11 @@
 // exit, or fork.
 #pragma once
 
+#include "krstring.h"
+
 /// From here on an exit that does not come from main tells where it struck, writes what is buffered and fails.
-void krGuardProcess();
+/// `workName` gives the name of the test in work, null for none.
+void krGuardProcess(const krString* (*workName)());
 /// The run is over: an exit is the regular one.
 void krProcessIsOver();
 /// Nothing is left in a buffer that a child of a measured function could write a second time.

@@ -1,7 +1,7 @@
 // Files and console messages: opening, line reading, and the routing of messages by level.
 #include "krio.h"
 
-#include "kr.h"
+#include "krpaths.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -23,7 +23,7 @@ const char* krFileMode(int mode) {
 io_stream::io_stream(const krString& name, int mode, bool reportError) : m_file(nullptr) {
     krString path = name;
     if ((mode & ioRawName) == 0) {
-        path = (mode & ioRead) != 0 ? krSession::getInPath(name) : krSession::getOutPath(name);
+        path = (mode & ioRead) != 0 ? krPaths::getInPath(name) : krPaths::getOutPath(name);
     }
     if ((mode & (ioRead | ioWrite)) != 0) {
         m_file = std::fopen(krFullPath(path).c_str(), krFileMode(mode));

@@ -306,24 +306,30 @@ krString f_info(const krString& arg) {
     }
 }
 
-void f_apply(const krString& arg, krSession* session) {
+// Adds the condition that the form of a pattern asks for; an empty pattern asks for none.
+template <class Plain, class And, class Not, class Equal>
+static void addCondition(const krString& arg, krSession* session) {
     krString pattern = arg;
     switch (getCondition(pattern)) {
     case krCondPlain:
-        session->addCondition(new RunCondition_f(pattern));
+        session->addCondition(new Plain(pattern));
         break;
     case krCondAnd:
-        session->addCondition(new RunCondition_fAnd(pattern));
+        session->addCondition(new And(pattern));
         break;
     case krCondNot:
-        session->addCondition(new RunCondition_fNot(pattern));
+        session->addCondition(new Not(pattern));
         break;
     case krCondEqual:
-        session->addCondition(new RunCondition_fEqual(pattern));
+        session->addCondition(new Equal(pattern));
         break;
     default:
         break;
     }
+}
+
+void f_apply(const krString& arg, krSession* session) {
+    addCondition<RunCondition_f, RunCondition_fAnd, RunCondition_fNot, RunCondition_fEqual>(arg, session);
 }
 
 krString t_info(const krString& arg) {
@@ -343,23 +349,7 @@ krString t_info(const krString& arg) {
 }
 
 void t_apply(const krString& arg, krSession* session) {
-    krString pattern = arg;
-    switch (getCondition(pattern)) {
-    case krCondPlain:
-        session->addCondition(new RunCondition_t(pattern));
-        break;
-    case krCondAnd:
-        session->addCondition(new RunCondition_tAnd(pattern));
-        break;
-    case krCondNot:
-        session->addCondition(new RunCondition_tNot(pattern));
-        break;
-    case krCondEqual:
-        session->addCondition(new RunCondition_tEqual(pattern));
-        break;
-    default:
-        break;
-    }
+    addCondition<RunCondition_t, RunCondition_tAnd, RunCondition_tNot, RunCondition_tEqual>(arg, session);
 }
 
 krString F_info(const krString& arg) {

@@ -8,7 +8,10 @@
 int main(int argc, char** argv) {
     krHoldConsole();
     krHoldDirectory();
-    krGuardProcess();
+    krGuardProcess([]() -> const krString* {
+        const krTest* test = krTestList::m_pCurrentTest;
+        return test == nullptr ? nullptr : &test->m_name;
+    });
     g_trace.traceIn("main");
     if (pSession == nullptr) {
         pSession = new krSession;

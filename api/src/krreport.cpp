@@ -1,9 +1,11 @@
 // The items of a report.
 #include "krreport.h"
 
-#include "kr.h"
 #include "krcputick.h"
 #include "krinfo.h"
+#include "krlib.h"
+#include "krpaths.h"
+#include "krtest.h"
 
 // Place of an item at the right border of a frame, and the level up to which a test's title and result are single
 // lines.
@@ -198,7 +200,7 @@ krReportTestResult::krReportTestResult(const krTest* test) {
     }
     m_tableRow << "-," << (test->m_bad87 ? "?" : "-") << ",-," << (test->m_badSSX ? "?" : "-") << ","
                << test->m_info.m_class << "," << static_cast<int>(std::difftime(test->m_endTime, test->m_startTime))
-               << "," << test->m_srcName << "," << m_resultName << "," << krSession::m_exePath.getFileName();
+               << "," << test->m_srcName << "," << m_resultName << "," << krPaths::m_exePath.getFileName();
 }
 
 krOStream& operator<<(krOStream& stream, const krReportTestResult& result) {

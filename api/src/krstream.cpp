@@ -1,7 +1,7 @@
 // Tables, answers and the call trace, and the global streams of the whole harness.
 #include "krstream.h"
 
-#include "kr.h"
+#include "krpaths.h"
 
 #include <cstdint>
 #include <cstring>
@@ -255,7 +255,7 @@ bool krIStream::setIniFile(const krString& name, bool writeBack) {
     deleteIniFile();
     m_iniFile = new krIniFile;
     m_iniWrite = writeBack;
-    return m_iniFile->open(krSession::getInPath(name), writeBack);
+    return m_iniFile->open(krPaths::getInPath(name), writeBack);
 }
 
 krString krIStream::setIniSection(const krString& section) {

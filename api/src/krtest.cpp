@@ -2,18 +2,18 @@
 // What a line writes is in krtestout, the list of tests in krtestlist.
 #include "krtest.h"
 
-#include "kr.h"
-#include "krbase.h"
 #include "krcache.h"
-#include "krcond.h"
 #include "krcputick.h"
-#include "krctrl87.h"
 #include "krexcept.h"
 #include "krguard.h"
 #include "krinfo.h"
 #include "krinifile.h"
 #include "krreport.h"
 #include "krstream.h"
+
+int krNameTables::m_nameMode = 0;
+bool krNameTables::m_nameExit = false;
+krStringList* g_pHotList = nullptr;
 
 int krTest::m_numParmsColm = 0;
 int krTest::m_numResultColm = 0;
@@ -88,13 +88,6 @@ void krTest::initSettings() {
     m_parms.clear();
 }
 
-bool krTest::tobeRun(krConditions& conditions) {
-    if (!conditions.tobeRun(this)) {
-        return false;
-    }
-    return m_hot != 2 || krTest::isHotLine();
-}
-
 int krTest::compareFunc(const krTest* other) const {
     return m_name.compare(other->m_name);
 }
@@ -121,7 +114,7 @@ bool krTest::setIniSection(const krString& section) {
 
 // Parameters are walked for the ini-file or the name table, and nothing is measured.
 bool krTest::namesOnly() {
-    return (g_istrm.iniFile() != nullptr && g_istrm.iniWrite()) || krSession::m_nameExit;
+    return (g_istrm.iniFile() != nullptr && g_istrm.iniWrite()) || krNameTables::m_nameExit;
 }
 
 void printNotSupportTiming(const krString& word, const krString& name) {
@@ -463,61 +456,6 @@ void* krTest::allocate(int size, int align, void* owner) {
 
 void krTest::deallocate(void* pointer) {
     krFree(pointer);
-}
-
-// The object that owns a block, or null for a block without one.
-static krObject* ownerObject(void* info) {
-    if (info == nullptr || info == MEM_OBJECT_IS_BUFFER || info == MEM_OBJECT_IS_SUBOBJECT) {
-        return nullptr;
-    }
-    return static_cast<krObject*>(info);
-}
-
-int krTest::reserveAllVectors() {
-    int count = 0;
-    void* info = nullptr;
-    for (void* block = krMallocFirst(nullptr, &info); block != nullptr; block = krMallocNext(nullptr, &info)) {
-        krObject* owner = ownerObject(info);
-        if (owner != nullptr && owner->reserveCopy()) {
-            ++count;
-        }
-    }
-    return count;
-}
-
-void krTest::resetAllVectors() {
-    void* info = nullptr;
-    for (void* block = krMallocFirst(nullptr, &info); block != nullptr; block = krMallocNext(nullptr, &info)) {
-        krObject* owner = ownerObject(info);
-        if (owner != nullptr) {
-            owner->setReservedCopy();
-        }
-    }
-}
-
-void krTest::initCtrlStatus() {
-    g_ctrl87.init();
-    g_ssx.init();
-}
-
-bool krTest::badCtrlStatus(bool& bad87, bool& badSSX) {
-    bad87 = g_ctrl87.badStatus();
-    badSSX = g_ssx.badStatus();
-    return bad87 || badSSX;
-}
-
-void krTest::printCtrlStatus(bool bad87, bool badSSX) {
-    if (bad87) {
-        g_ostrm << WARN << "-- Status    87: " << g_ctrl87.strSW() << "\n" << msgEnd;
-    }
-    if (badSSX) {
-        g_ostrm << WARN << "-- Status    SSX: " << g_ssx.strExceptionState() << "\n" << msgEnd;
-    }
-}
-
-void krTest::clearCtrlStatus() {
-    g_ctrl87.clear();
-    g_ssx.clear();
 }
 
 krResult krTest::checkCtrlStatus() {

@@ -2,6 +2,8 @@
 // all tests. The numbers come from krtool, the layout of what is written from krreport.
 #pragma once
 
+#include "krbase.h"
+#include "krctrl87.h"
 #include "krdefault.h"
 #include "krresult.h"
 #include "krstring.h"
@@ -11,11 +13,20 @@
 
 class krCacheIterator;
 class krConditions;
-class krObject;
 template <class T>
 class krIterator;
 template <class T>
 class krStepIterator;
+
+/// Name rows go into the result table, the name table, or both.
+enum krNameBits { krNameInResults = 1, krNameInNames = 2 };
+
+/// A base of the session: what its keys say of name rows.
+class krNameTables {
+public:
+    static int m_nameMode;
+    static bool m_nameExit;
+};
 
 /// "class/mode/macro", split at the slashes.
 struct krTestInfo {
@@ -28,7 +39,7 @@ struct krTestInfo {
 
 /// One measurement. Suites derive from it and answer which parameter values exist, what data go with a line and on how
 /// many elements one call works; `run` does the rest.
-class krTest {
+class krTest : public krVectorCopies, public krCtrlStatus {
 public:
     krTest(krFuncOld funcOld, const krString& name, const krString& file, const krString& info);
     krTest(krFuncLoop funcLoop, krFuncStat funcStat, const krString& name, const krString& file, const krString& info);
@@ -100,13 +111,7 @@ public:
     /// The tests' way to the aligned allocator; a negative `align` means that many units of the misalignment setting.
     static void* allocate(int size, int align, void* owner = nullptr);
     static void deallocate(void* pointer);
-    static int reserveAllVectors();
-    static void resetAllVectors();
 
-    static void initCtrlStatus();
-    static bool badCtrlStatus(bool& bad87, bool& badSSX);
-    static void printCtrlStatus(bool bad87, bool badSSX);
-    static void clearCtrlStatus();
     krResult checkCtrlStatus();
     /// Tells a status that is not 0, and makes a failure of a negative one and a warning of a positive one, also for
     /// the test in work. A blank name is left out.
@@ -201,3 +206,11 @@ private:
     int m_count = 0;
     int m_counters[krResultCount] = {};
 };
+
+/// Null until the first registration.
+extern krTestList* pTestList;
+/// The names of the hot functions; null until the first registration.
+extern krStringList* g_pHotList;
+
+/// Deletes every test and the list.
+void deleteTestList();

@@ -1,15 +1,24 @@
 // The list of tests: their order, which of them run, and the counters of their results.
-#include "kr.h"
 #include "krcache.h"
+#include "krcond.h"
 #include "krheaplot.h"
 #include "krtest.h"
 
 #include <cstdlib>
 
+krTestList* pTestList = nullptr;
+
 krString krTestList::m_startFunc;
 krTest* krTestList::m_pCurrentTest = nullptr;
 
 static constexpr int sortBins = 16;
+
+bool krTest::tobeRun(krConditions& conditions) {
+    if (!conditions.tobeRun(this)) {
+        return false;
+    }
+    return m_hot != 2 || krTest::isHotLine();
+}
 
 void krTestList::plus(krResult result) {
     ++m_count;

@@ -1,8 +1,8 @@
 // What a measured line writes: clocks per element, microseconds, MFlops, the comment, and the text and table lines.
-#include "kr.h"
 #include "krcache.h"
 #include "krcputick.h"
 #include "krio.h"
+#include "krlib.h"
 #include "krstream.h"
 #include "krtest.h"
 
@@ -125,10 +125,10 @@ bool krTest::setDeprecatedFlag(bool flag) {
 }
 
 void krTest::putTableName() {
-    if ((krSession::m_nameMode & krNameInResults) != 0) {
+    if ((krNameTables::m_nameMode & krNameInResults) != 0) {
         putTableNameLine();
     }
-    if ((krSession::m_nameMode & krNameInNames) != 0) {
+    if ((krNameTables::m_nameMode & krNameInNames) != 0) {
         swapNameTable();
         putTableNameLine();
         swapNameTable();

@@ -1,12 +1,12 @@
 // The timing tool: its settings, the four methods and one measurement. The adaptive search is in krtoolbest.
 #include "krtool.h"
 
+#include "krbase.h"
 #include "krcputick.h"
 #include "krctrl87.h"
 #include "krguard.h"
 #include "krio.h"
 #include "krstream.h"
-#include "krtest.h"
 
 #include <algorithm>
 #include <climits>
@@ -345,24 +345,40 @@ void krTool::runTimFuncStat(long long maxClocks, int* calls, double* clocksPerCa
     updateResult(result);
 }
 
+// The call before the clock starts. A failure ends the measurement with its result.
+struct FirstCall {
+    int status;
+    bool ended;
+    krResult result;
+};
+
+static FirstCall firstCall(const krTool& tool) {
+    if (tool.m_funcCall == nullptr) {
+        return {0, true, internalError(__LINE__)};
+    }
+    if (tool.m_funcInit != nullptr) {
+        tool.m_funcInit();
+    }
+    const int status = tool.m_funcCall();
+    if (krTool::m_pCheckStatus == nullptr || status >= 0) {
+        return {status, false, krOk};
+    }
+    return {status, true, krTool::m_pCheckStatus(status)};
+}
+
 krResult krTool::timCall_Loop(int loops, long long* clocks, bool reset) {
-    if (m_funcCall == nullptr) {
-        return internalError(__LINE__);
+    const FirstCall before = firstCall(*this);
+    if (before.ended) {
+        return before.result;
     }
-    if (m_funcInit != nullptr) {
-        m_funcInit();
-    }
-    int status = m_funcCall();
-    if (m_pCheckStatus != nullptr && status < 0) {
-        return m_pCheckStatus(status);
-    }
+    int status = before.status;
     const unsigned long long first = vek_get_cyclon_counter();
     for (int i = 0; i < loops; ++i) {
         if (m_funcInit != nullptr) {
             m_funcInit();
         }
         if (reset) {
-            krTest::resetAllVectors();
+            krVectorCopies::resetAllVectors();
         }
         const int returned = m_funcCall();
         if (returned != 0) {
@@ -378,16 +394,11 @@ krResult krTool::timCall_Loop(int loops, long long* clocks, bool reset) {
 }
 
 krResult krTool::timCall_Stat(int* calls, long long* clocks, bool reset) {
-    if (m_funcCall == nullptr) {
-        return internalError(__LINE__);
+    const FirstCall before = firstCall(*this);
+    if (before.ended) {
+        return before.result;
     }
-    if (m_funcInit != nullptr) {
-        m_funcInit();
-    }
-    int status = m_funcCall();
-    if (m_pCheckStatus != nullptr && status < 0) {
-        return m_pCheckStatus(status);
-    }
+    int status = before.status;
     int i = 0;
     long long sum = 0;
     while (i < *calls || krCpuTicker::getClockFactor() * sum < *clocks) {
@@ -396,7 +407,7 @@ krResult krTool::timCall_Stat(int* calls, long long* clocks, bool reset) {
         }
         const unsigned long long first = vek_get_cyclon_counter();
         if (reset) {
-            krTest::resetAllVectors();
+            krVectorCopies::resetAllVectors();
         }
         const int timed = m_funcCall();
         const unsigned long long last = vek_get_cyclon_counter();

@@ -1,9 +1,9 @@
 // The adaptive search shared by Auto and Iterative: a prior measurement, the doubling of the loop count until two
 // successive values agree, and the confirmation by repeated measurements, of which the smallest is kept.
 #include "krcputick.h"
+#include "krctrl87.h"
 #include "krio.h"
 #include "krstream.h"
-#include "krtest.h"
 #include "krtool.h"
 
 #include <vector>
@@ -28,19 +28,19 @@ void writeInfo(const krString& info) {
 bool badCtrlStatus() {
     bool bad87 = false;
     bool badSSX = false;
-    return krTest::badCtrlStatus(bad87, badSSX);
+    return krCtrlStatus::badCtrlStatus(bad87, badSSX);
 }
 
 void printBadCtrlStatus(bool wanted) {
     bool bad87 = false;
     bool badSSX = false;
-    if (wanted && krTest::badCtrlStatus(bad87, badSSX)) {
-        krTest::printCtrlStatus(bad87, badSSX);
+    if (wanted && krCtrlStatus::badCtrlStatus(bad87, badSSX)) {
+        krCtrlStatus::printCtrlStatus(bad87, badSSX);
     }
 }
 
 void clearCtrlStatus() {
-    krTest::clearCtrlStatus();
+    krCtrlStatus::clearCtrlStatus();
 }
 
 // Ten times, as far as an int goes.

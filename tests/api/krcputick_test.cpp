@@ -14,16 +14,11 @@
 namespace {
 
 TEST(KrNominalFrequency, SnapsWithinThreePerCent) {
-    EXPECT_EQ(krNominalMHz(2394), 2400);
-    EXPECT_EQ(krNominalMHz(1200), 1200);
-    EXPECT_EQ(krNominalMHz(60), 60);
-    EXPECT_EQ(krNominalMHz(59), 60);
-    EXPECT_EQ(krNominalMHz(50), 50);
-    EXPECT_EQ(krNominalMHz(3060), 3060);
-    EXPECT_EQ(krNominalMHz(3150), 3060);
-    EXPECT_EQ(krNominalMHz(3160), 3160);
-    EXPECT_EQ(krNominalMHz(5000), 5000);
-    EXPECT_EQ(krNominalMHz(0), 0);
+    const int rows[][2] = {{2394, 2400}, {1200, 1200}, {60, 60},     {59, 60},     {50, 50},
+                           {3060, 3060}, {3150, 3060}, {3160, 3160}, {5000, 5000}, {0, 0}};
+    for (const auto& [mhz, nominal] : rows) {
+        EXPECT_EQ(krNominalMHz(mhz), nominal) << mhz;
+    }
 }
 
 TEST(KrNominalFrequency, IsThatOfTheCountsOverTheTime) {

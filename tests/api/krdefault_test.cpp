@@ -228,52 +228,49 @@ TEST(KrFromIStream, DefaultIsTakenWithoutAConsole) {
     EXPECT_EQ(console.text(), " x = 5\n");
 }
 
-TEST(KrFromIStream, SilentParameterIsNotAsked) {
+// A parameter of 5, and a person who types.
+struct Question {
+    explicit Question(const char* typed, const char* name = "x", OutputLevel level = ERR | WARN | PERF)
+        : console(level), answers(typed), parm(5, name, "") {
+        stream.setIStream(&c_in);
+    }
+
     ConsoleCapture console;
     krIStream stream;
-    TypedAnswers answers("7\n");
-    stream.setIStream(&c_in);
-    krDefault<int> parm(5, "", "");
-    parm.fromIStream(stream);
-    EXPECT_EQ(parm.value(), 5);
-    EXPECT_EQ(console.text(), "");
+    TypedAnswers answers;
+    krDefault<int> parm;
+};
+
+TEST(KrFromIStream, SilentParameterIsNotAsked) {
+    Question question("7\n", "");
+    question.parm.fromIStream(question.stream);
+    EXPECT_EQ(question.parm.value(), 5);
+    EXPECT_EQ(question.console.text(), "");
 }
 
 TEST(KrFromIStream, DisabledParameterIsToldButNotAsked) {
-    ConsoleCapture console;
-    krIStream stream;
-    TypedAnswers answers("7\n");
-    stream.setIStream(&c_in);
-    krDefault<int> parm(5, "x", "");
-    parm.setEnabled(false);
-    parm.fromIStream(stream);
-    EXPECT_EQ(parm.value(), 5);
-    EXPECT_EQ(console.text(), " x = 5\n");
+    Question question("7\n");
+    question.parm.setEnabled(false);
+    question.parm.fromIStream(question.stream);
+    EXPECT_EQ(question.parm.value(), 5);
+    EXPECT_EQ(question.console.text(), " x = 5\n");
 }
 
 TEST(KrFromIStream, DialogueShowsAtTheErrorLevelAndTheLevelComesBack) {
-    ConsoleCapture console(ERR);
-    krIStream stream;
-    TypedAnswers answers("7\n");
-    stream.setIStream(&c_in);
-    krDefault<int> parm(5, "x", "");
-    parm.fromIStream(stream);
-    EXPECT_EQ(answers.prompts(), "\n x [5] = ");
-    EXPECT_EQ(parm.value(), 7);
-    EXPECT_EQ(console.text(), " x = 7\n");
+    Question question("7\n", "x", ERR);
+    question.parm.fromIStream(question.stream);
+    EXPECT_EQ(question.answers.prompts(), "\n x [5] = ");
+    EXPECT_EQ(question.parm.value(), 7);
+    EXPECT_EQ(question.console.text(), " x = 7\n");
     EXPECT_EQ(g_ostrm.outLevel(), ERR);
 }
 
 TEST(KrFromIStream, BadAnswerIsToldAndTheValueStays) {
-    ConsoleCapture console;
-    krIStream stream;
-    TypedAnswers answers("abc\n9\n");
-    stream.setIStream(&c_in);
-    krDefault<int> parm(5, "x", "");
-    parm.fromIStream(stream);
-    EXPECT_EQ(answers.prompts(), "\n x [5] = ");
-    EXPECT_EQ(parm.value(), 5);
-    EXPECT_EQ(console.text(), "-Invalid value of x = abc\n x = 5\n");
+    Question question("abc\n9\n");
+    question.parm.fromIStream(question.stream);
+    EXPECT_EQ(question.answers.prompts(), "\n x [5] = ");
+    EXPECT_EQ(question.parm.value(), 5);
+    EXPECT_EQ(question.console.text(), "-Invalid value of x = abc\n x = 5\n");
 }
 
 TEST(KrFromIStream, FaultsAreToldAsOftenAsTheyCome) {

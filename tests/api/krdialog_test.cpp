@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
 
 const std::string s_stars = " " + std::string(78, '*') + "\n";
@@ -39,6 +41,13 @@ protected:
         m_session.beginCommonData();
         m_session.readCommonData();
         return console.text();
+    }
+    // Loops of the iterative method at the start and at the end, and its least clocks.
+    using Best = std::tuple<int, int, long long>;
+    static Best best() {
+        Best numbers;
+        EXPECT_TRUE(g_tool.getMethodBest(std::get<0>(numbers), std::get<1>(numbers), std::get<2>(numbers)));
+        return numbers;
     }
     krSession m_session;
 
@@ -113,24 +122,14 @@ TEST_F(KrDialog, IterativeStopsAtEightTimesItsStart) {
     force("StopNumLoops=20");
     EXPECT_EQ(dialogue(), " Method = Iterative\n StartNumLoops = 10\n StopNumLoops = 20\n Accuracy = 5\n"
                           " AlignVectorsBy = element\n VectorAlign = 0\n");
-    int start = 0;
-    int stop = 0;
-    long long clocks = 0;
-    ASSERT_TRUE(g_tool.getMethodBest(start, stop, clocks));
-    EXPECT_EQ(start, 10);
-    EXPECT_EQ(stop, 80);
-    EXPECT_EQ(clocks, 10);
+    EXPECT_EQ(best(), (Best{10, 80, 10}));
 }
 
 TEST_F(KrDialog, IterativeHasItsDefaults) {
     force("Method=i");
     dialogue();
-    int start = 0;
-    int stop = 0;
-    long long clocks = 0;
-    ASSERT_TRUE(g_tool.getMethodBest(start, stop, clocks));
-    EXPECT_EQ(start, 1);
-    EXPECT_EQ(stop, 2048);
+    EXPECT_EQ(std::get<0>(best()), 1);
+    EXPECT_EQ(std::get<1>(best()), 2048);
 }
 
 TEST_F(KrDialog, PresetGivesTheMethodAndItsNumbers) {
@@ -146,13 +145,7 @@ TEST_F(KrDialog, PresetGivesTheMethodAndItsNumbers) {
 TEST_F(KrDialog, PresetOfTheIterativeMethodGivesItsThreeNumbers) {
     initTimingMethod = [](krTool& preset) { preset.setMethodBest(3, 40, 77); };
     EXPECT_EQ(dialogue().find(" Method = Iterative\n StartNumLoops = 3\n StopNumLoops = 40\n Accuracy = 5\n"), 0U);
-    int start = 0;
-    int stop = 0;
-    long long clocks = 0;
-    ASSERT_TRUE(g_tool.getMethodBest(start, stop, clocks));
-    EXPECT_EQ(start, 3);
-    EXPECT_EQ(stop, 40);
-    EXPECT_EQ(clocks, 77);
+    EXPECT_EQ(best(), (Best{3, 40, 77}));
 }
 
 TEST_F(KrDialog, AlignmentIsHeldToTheRemainderBySixtyFour) {

@@ -76,6 +76,16 @@ protected:
         setVekEnvironment();
         s_calls.clear();
     }
+    // What is told of the dispatch to a processor by a library that answers with these statuses.
+    static std::string dispatched(int cpuType, int status, int initStatus = 0) {
+        bind();
+        setCpuType(cpuType);
+        s_status = status;
+        s_initStatus = initStatus;
+        ConsoleCapture console(ERR);
+        initStaticCpu();
+        return console.text();
+    }
 
 private:
     void (*m_environment)() = nullptr;
@@ -136,55 +146,30 @@ TEST_F(KrLib, LibraryDispatchesByItselfWithoutTheKey) {
 }
 
 TEST_F(KrLib, CodeZeroIsAProcessorToo) {
-    bind();
-    setCpuType(krCpuType::cpuType("Unknown"));
-    ConsoleCapture console(ERR);
-    initStaticCpu();
+    EXPECT_EQ(dispatched(krCpuType::cpuType("Unknown"), 0),
+              "\n--calling vekInitCpu( vekCpuUnknown=0 )\n--status = vekStsNoErr\n");
     EXPECT_EQ(s_calls, "initCpu 0;");
-    EXPECT_EQ(console.text(), "\n--calling vekInitCpu( vekCpuUnknown=0 )\n--status = vekStsNoErr\n");
 }
 
 TEST_F(KrLib, RefusedProcessorFallsBackToTheLibrarysDispatch) {
-    bind();
-    setCpuType(64);
-    s_status = -9;
-    ConsoleCapture console(ERR);
-    initStaticCpu();
+    EXPECT_EQ(dispatched(64, -9), "\n--calling vekInitCpu( vekCpuV1=64 )\n--VEK ERROR. status = -9: bad\n"
+                                  "--calling vekInit()\n");
     EXPECT_EQ(s_calls, "initCpu 64;init;");
-    EXPECT_EQ(console.text(), "\n--calling vekInitCpu( vekCpuV1=64 )\n--VEK ERROR. status = -9: bad\n"
-                              "--calling vekInit()\n");
 }
 
 TEST_F(KrLib, WarningOfTheFallBackIsNotTold) {
-    bind();
-    setCpuType(64);
-    s_status = -9;
-    s_initStatus = 5;
-    ConsoleCapture console(ERR);
-    initStaticCpu();
-    EXPECT_EQ(console.text(), "\n--calling vekInitCpu( vekCpuV1=64 )\n--VEK ERROR. status = -9: bad\n"
-                              "--calling vekInit()\n");
+    EXPECT_EQ(dispatched(64, -9, 5), "\n--calling vekInitCpu( vekCpuV1=64 )\n--VEK ERROR. status = -9: bad\n"
+                                     "--calling vekInit()\n");
 }
 
 TEST_F(KrLib, FailureOfTheFallBackIsToldAndTheRunGoesOn) {
-    bind();
-    setCpuType(64);
-    s_status = -9;
-    s_initStatus = -3;
-    ConsoleCapture console(ERR);
-    initStaticCpu();
-    EXPECT_EQ(console.text(), "\n--calling vekInitCpu( vekCpuV1=64 )\n--VEK ERROR. status = -9: bad\n"
-                              "--calling vekInit()\n--VEK ERROR. status = -3: bad\n");
+    EXPECT_EQ(dispatched(64, -9, -3), "\n--calling vekInitCpu( vekCpuV1=64 )\n--VEK ERROR. status = -9: bad\n"
+                                      "--calling vekInit()\n--VEK ERROR. status = -3: bad\n");
 }
 
 TEST_F(KrLib, WarningOfTheDispatchIsToldAndKept) {
-    bind();
-    setCpuType(70);
-    s_status = 36;
-    ConsoleCapture console(ERR);
-    initStaticCpu();
+    EXPECT_EQ(dispatched(70, 36), "\n--calling vekInitCpu( vekCpuV7=70 )\n--VEK WARNING. status = 36: odd\n");
     EXPECT_EQ(s_calls, "initCpu 70;");
-    EXPECT_EQ(console.text(), "\n--calling vekInitCpu( vekCpuV7=70 )\n--VEK WARNING. status = 36: odd\n");
 }
 
 TEST_F(KrLib, ThreadsAreSetAndTheStatusIsTold) {

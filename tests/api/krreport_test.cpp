@@ -90,37 +90,26 @@ TEST(KrReportFormat, HoursAreNotWrapped) {
     EXPECT_STREQ(krReportFormat::getTimeStr(360000).c_str(), "100:00:00");
 }
 
+// "piece|rest" of a text; "piece|rest not cut" where that is the answer. The piece is "kept" before.
+std::string pieceOf(const char* text, int limit) {
+    krString rest = text;
+    krString piece = "kept";
+    const bool cut = krReportFormat::getPieceItem(rest, piece, limit);
+    return std::string(piece.c_str()) + "|" + rest.c_str() + (cut ? "" : " not cut");
+}
+
 TEST(KrReportFormat, PieceIsCutAtABlankWithinTheLimit) {
-    krString text = "aaa bbb ccc";
-    krString piece;
-    EXPECT_TRUE(krReportFormat::getPieceItem(text, piece, 5));
-    EXPECT_STREQ(piece.c_str(), "aaa");
-    EXPECT_STREQ(text.c_str(), "bbb ccc");
-    text = "aaa bbb ccc";
-    EXPECT_TRUE(krReportFormat::getPieceItem(text, piece, 7));
-    EXPECT_STREQ(piece.c_str(), "aaa bbb");
-    EXPECT_STREQ(text.c_str(), "ccc");
+    EXPECT_EQ(pieceOf("aaa bbb ccc", 5), "aaa|bbb ccc");
+    EXPECT_EQ(pieceOf("aaa bbb ccc", 7), "aaa bbb|ccc");
 }
 
 TEST(KrReportFormat, TextWithoutAFittingBlankIsNotCut) {
-    krString text = "aaaaaaaa";
-    krString piece = "kept";
-    EXPECT_FALSE(krReportFormat::getPieceItem(text, piece, 5));
-    EXPECT_STREQ(text.c_str(), "aaaaaaaa");
-    EXPECT_STREQ(piece.c_str(), "aaaaaaaa");
-    text = "short";
-    piece = "kept";
-    EXPECT_FALSE(krReportFormat::getPieceItem(text, piece, 5));
-    EXPECT_STREQ(text.c_str(), "short");
-    EXPECT_STREQ(piece.c_str(), "kept");
+    EXPECT_EQ(pieceOf("aaaaaaaa", 5), "aaaaaaaa|aaaaaaaa not cut");
+    EXPECT_EQ(pieceOf("short", 5), "kept|short not cut");
 }
 
 TEST(KrReportFormat, TextIsCutAtItsFirstBlankIfThatStandsBeyondTheLimit) {
-    krString text = "aaaaaaaa bbb ccc";
-    krString piece;
-    EXPECT_TRUE(krReportFormat::getPieceItem(text, piece, 5));
-    EXPECT_STREQ(piece.c_str(), "aaaaaaaa");
-    EXPECT_STREQ(text.c_str(), "bbb ccc");
+    EXPECT_EQ(pieceOf("aaaaaaaa bbb ccc", 5), "aaaaaaaa|bbb ccc");
 }
 
 TEST(KrReportFormat, TextIsCutAtItsFirstNewline) {

@@ -24,23 +24,30 @@ TEST(KrTestInfoText, IsSplitAtTwoSlashes) {
 }
 
 TEST(KrResultScale, NamesAndTexts) {
-    const char* table[][2] = {{"UNDEFINED", "was not run"},
-                              {"OK", "successfully"},
-                              {"ACCURWRN", "wrong measure accuracy"},
-                              {"BADSTSWRN", "modified control status"},
-                              {"DATAWRN", "test data warning"},
-                              {"FUNCWRN", "lib function warning"},
-                              {"WARNING", "warning"},
-                              {"ACCURFAIL", "accuracy error"},
-                              {"DATAFAIL", "test data error"},
-                              {"FUNCFAIL", "lib function error"},
-                              {"EXCPTFAIL", "exception"},
-                              {"FAIL", "error"}};
-    for (int i = 0; i < 12; ++i) {
-        EXPECT_STREQ(krResultName(static_cast<krResult>(i)).c_str(), table[i][0]);
-        EXPECT_STREQ(krResultString(static_cast<krResult>(i)).c_str(), table[i][1]);
-        EXPECT_EQ(krIsFailure(static_cast<krResult>(i)), i >= 7);
-        EXPECT_EQ(krIsWarning(static_cast<krResult>(i)), i >= 2 && i <= 6);
+    enum Kind { plain, warning, failure };
+    static constexpr struct {
+        Kind kind;
+        const char* name;
+        const char* text;
+    } scale[] = {{plain, "UNDEFINED", "was not run"},
+                 {plain, "OK", "successfully"},
+                 {warning, "ACCURWRN", "wrong measure accuracy"},
+                 {warning, "BADSTSWRN", "modified control status"},
+                 {warning, "DATAWRN", "test data warning"},
+                 {warning, "FUNCWRN", "lib function warning"},
+                 {warning, "WARNING", "warning"},
+                 {failure, "ACCURFAIL", "accuracy error"},
+                 {failure, "DATAFAIL", "test data error"},
+                 {failure, "FUNCFAIL", "lib function error"},
+                 {failure, "EXCPTFAIL", "exception"},
+                 {failure, "FAIL", "error"}};
+    int code = 0;
+    for (const auto& row : scale) {
+        const auto result = static_cast<krResult>(code++);
+        EXPECT_STREQ(krResultName(result).c_str(), row.name);
+        EXPECT_STREQ(krResultString(result).c_str(), row.text);
+        EXPECT_EQ(krIsFailure(result), row.kind == failure) << row.name;
+        EXPECT_EQ(krIsWarning(result), row.kind == warning) << row.name;
     }
     EXPECT_STREQ(krResultName(static_cast<krResult>(12)).c_str(), "UNKNOWN");
     EXPECT_STREQ(krResultString(static_cast<krResult>(-1)).c_str(), "unknown result");

@@ -1,32 +1,12 @@
 // Runs that something from outside disturbs: a kill, a full disk, a directory that vanishes or can't be written, and a
 // console that is not there.
+#include "faultrun.h"
 #include "filelimit.h"
 #include "rig_process.h"
 
 #include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
-
-namespace {
-
-std::vector<std::string> quickKeys(const std::vector<std::string>& more) {
-    std::vector<std::string> keys = {"-B", "-s-", "-dMethod=Manual", "-dNumLoops=2"};
-    keys.insert(keys.end(), more.begin(), more.end());
-    return keys;
-}
-
-const char* const s_tableHead = "CPU,<text>\n"
-                                "OS,<text>\n"
-                                "Computer,<text>\n"
-                                "Start,Day Mon dd hh:mm:ss yyyy\n"
-                                "function,Parm1,Parm2,Parm3,Parm4,Parm5,Parm6,Parm7,Parm8,Comment,Clocks,per,"
-                                "Time (usec),MFlops\n";
-
-std::string sized(const char* name, const char* size) {
-    return std::string(name) + "," + size + ",-,-,-,-,-,-,-,nLps=2,<clocks>,el,<usec>,<mflops>\n";
-}
-
-} // namespace
 
 TEST(DisturbedRun, KillInMidMeasurementLeavesEveryFinishedLineAndTheNextRunWorks) {
     const RigDirectory rig(FAULTRIG, "rig");
@@ -36,15 +16,14 @@ TEST(DisturbedRun, KillInMidMeasurementLeavesEveryFinishedLineAndTheNextRunWorks
     EXPECT_TRUE(waitUntil([&] { return countOf(rig.read("rig.csv"), "\nhdHolds,") == 2; }));
     kill(process, SIGKILL);
     EXPECT_EQ(SIGKILL, RigDirectory::wait(process).signal);
-    const std::string finished = sized("frGood", "8") + sized("frGood", "16") + sized("frGood", "32") +
-                                 sized("hdHolds", "8") + sized("hdHolds", "16");
-    EXPECT_EQ(s_tableHead + finished, rig.masked("rig.csv"));
+    const std::string finished = grid("frGood") + sized("hdHolds", "8") + sized("hdHolds", "16");
+    EXPECT_EQ(faultTableHead + faultTableTitle + finished, rig.masked("rig.csv"));
     EXPECT_EQ(1, countOf(rig.read("rig_sum.csv"), "frGood,Timing,"));
     EXPECT_FALSE(rig.exists("rig.end"));
 
     std::filesystem::remove(rig.file("hold"));
     EXPECT_EQ(0, rig.run(measuring).exitCode);
-    EXPECT_EQ(s_tableHead + finished + sized("hdHolds", "32"), rig.masked("rig.csv"));
+    EXPECT_EQ(faultTableHead + faultTableTitle + finished + sized("hdHolds", "32"), rig.masked("rig.csv"));
     EXPECT_TRUE(rig.exists("rig.end"));
 }
 
@@ -213,8 +192,7 @@ TEST(DisturbedRun, ClosedConsoleKeepsConsoleTextOutOfTheTables) {
     console.inputClosed = true;
     console.outputClosed = true;
     EXPECT_EQ(0, rig.run(quickKeys({"-f=frGood", "-r", "-u", "-o", "-LI"}), console).exitCode);
-    EXPECT_EQ(s_tableHead + sized("frGood", "8") + sized("frGood", "16") + sized("frGood", "32"),
-              rig.masked("rig.csv"));
+    EXPECT_EQ(faultTableHead + faultTableTitle + grid("frGood"), rig.masked("rig.csv"));
     EXPECT_EQ(0U, rig.read("rig_sum.csv").find("CPU,"));
     EXPECT_EQ(1, countOf(rig.read("rig.txt"), "KR Summary"));
 }

@@ -1,31 +1,14 @@
 // Runs of the fault program: every kind of fault in every phase of a test, its result, and that the run gets over it.
+#include "faultrun.h"
 #include "rig_process.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-const std::vector<std::string> s_quick = {"-B", "-s-", "-dMethod=Manual", "-dNumLoops=2"};
-
-std::vector<std::string> quickKeys(const std::vector<std::string>& more) {
-    std::vector<std::string> keys = s_quick;
-    keys.insert(keys.end(), more.begin(), more.end());
-    return keys;
-}
-
-const char* const s_tableHead = "CPU,<text>\n"
-                                "OS,<text>\n"
-                                "Computer,<text>\n"
-                                "Start,Day Mon dd hh:mm:ss yyyy\n";
-const char* const s_tableTitle = "function,Parm1,Parm2,Parm3,Parm4,Parm5,Parm6,Parm7,Parm8,Comment,Clocks,per,"
-                                 "Time (usec),MFlops\n";
-
 // A test of one line has no element and no known operations.
 std::string single(const char* name) {
     return std::string(name) + ",-,-,-,-,-,-,-,-,nLps=2,<clocks>, ,<usec>,-\n";
-}
-std::string sized(const char* name, const char* size) {
-    return std::string(name) + "," + size + ",-,-,-,-,-,-,-,nLps=2,<clocks>,el,<usec>,<mflops>\n";
 }
 
 } // namespace
@@ -289,13 +272,12 @@ TEST(FaultRun, TableHoldsEveryLineThatWasMeasuredBeforeAFault) {
     const RigDirectory rig(FAULTRIG, "rig");
     const RigResult run = rig.run(quickKeys({"-ffr", "-f-frMany", "-r"}));
     EXPECT_EQ(1, run.exitCode);
-    const std::string expected =
-        std::string(s_tableHead) + s_tableTitle + sized("frGood", "8") + sized("frGood", "16") + sized("frGood", "32") +
-        single("frWordsAfterFaults") + single("frDenormalFlag") + single("frInexactFlag") + single("frRoundingMode") +
-        single("frWordsAfterRounding") + single("frWarning") + sized("frCrashInData", "8") +
-        sized("frCrashInData", "16") + sized("frFailsAtSixteen", "8") + sized("frCrashesAtSixteen", "8") +
-        sized("frDuplicates", "8") + sized("frDuplicates", "16") + sized("frDuplicates", "8") +
-        sized("frGoodAtTheEnd", "8") + sized("frGoodAtTheEnd", "16") + sized("frGoodAtTheEnd", "32");
+    const std::string expected = faultTableHead + faultTableTitle + grid("frGood") + single("frWordsAfterFaults") +
+                                 single("frDenormalFlag") + single("frInexactFlag") + single("frRoundingMode") +
+                                 single("frWordsAfterRounding") + single("frWarning") + sized("frCrashInData", "8") +
+                                 sized("frCrashInData", "16") + sized("frFailsAtSixteen", "8") +
+                                 sized("frCrashesAtSixteen", "8") + sized("frDuplicates", "8") +
+                                 sized("frDuplicates", "16") + sized("frDuplicates", "8") + grid("frGoodAtTheEnd");
     EXPECT_EQ(expected, rig.masked("rig.csv"));
 }
 
@@ -303,7 +285,7 @@ TEST(FaultRun, SummaryTableGivesEachTestItsResultAndTheCounters) {
     const RigDirectory rig(FAULTRIG, "rig");
     rig.run(quickKeys({"-ffr", "-f-frMany", "-LWARN", "-u"}));
     const std::string expected =
-        std::string(s_tableHead) +
+        faultTableHead +
         R"(Function,Class,Control87,Status87,ControlSSX,StatusSSX,Test,Time (sec.),SrcName,Result,ExeName
 frGood,Timing,-,-,-,-,FrGrid,<sec>,faultrig.cpp,OK,rig
 frNullWrite,Timing,-,-,-,-,FrSingle,<sec>,faultrig.cpp,EXCPTFAIL,rig
@@ -388,9 +370,7 @@ TEST(FaultRun, AThousandFaultsOfFourKindsCostOneTestEach) {
                                     " in vekFunctionCalls\n"));
     EXPECT_EQ(250, countOf(run.out, "--VEK. Signal: Illegal storage access. in vekFunctionCalls\n"));
     EXPECT_EQ(250, countOf(run.out, "--VEK. Signal: Illegal instruction. in vekFunctionCalls\n"));
-    const std::string rows =
-        sized("frManySurvived", "8") + sized("frManySurvived", "16") + sized("frManySurvived", "32");
-    EXPECT_EQ(std::string(s_tableHead) + s_tableTitle + rows, rig.masked("rig.csv"));
+    EXPECT_EQ(faultTableHead + faultTableTitle + grid("frManySurvived"), rig.masked("rig.csv"));
     const std::string summary = rig.read("rig_sum.csv");
     EXPECT_EQ(1000, countOf(summary, ",EXCPTFAIL,rig\n"));
     EXPECT_NE(std::string::npos, summary.find(".Number of tests,1001\n.Successes      ,1\n.Failures       ,1000\n"

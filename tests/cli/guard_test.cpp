@@ -1,6 +1,7 @@
 // What a measured function may do to the process of the run, beside a fault: it costs no other test and no finished
 // row.
 #include "commalocale.h"
+#include "faultrun.h"
 #include "rig_process.h"
 
 #include <csignal>
@@ -8,18 +9,10 @@
 
 namespace {
 
-std::vector<std::string> quickKeys(const std::vector<std::string>& more) {
-    std::vector<std::string> keys = {"-B", "-s-", "-dMethod=Manual", "-dNumLoops=2", "-LPERF"};
+std::vector<std::string> loudKeys(const std::vector<std::string>& more) {
+    std::vector<std::string> keys = quickKeys({"-LPERF"});
     keys.insert(keys.end(), more.begin(), more.end());
     return keys;
-}
-
-std::string sized(const char* name, const char* size) {
-    return std::string(name) + "," + size + ",-,-,-,-,-,-,-,nLps=2,<clocks>,el,<usec>,<mflops>\n";
-}
-
-std::string grid(const char* name) {
-    return sized(name, "8") + sized(name, "16") + sized(name, "32");
 }
 
 // The rows of a table, without its head.
@@ -40,7 +33,7 @@ TEST(GuardedRun, ExitOfAMeasuredFunctionIsToldAndKeepsEveryFinishedRow) {
                 {"-f=dmExitsWithFive", "-- The run is cut short: exit(5) in vekFunctionCalls of dmExitsWithFive\n", 5}};
     for (const auto& row : rows) {
         const RigDirectory rig(FAULTRIG, "rig");
-        const RigResult run = rig.run(quickKeys({"-f=frGood", row.key, "-r", "-o", "-g"}));
+        const RigResult run = rig.run(loudKeys({"-f=frGood", row.key, "-r", "-o", "-g"}));
         EXPECT_EQ(row.status, run.exitCode) << run.signal;
         EXPECT_EQ(1, countOf(run.out, row.message)) << run.out;
         EXPECT_EQ(grid("frGood"), rowsOf(rig));
@@ -51,7 +44,7 @@ TEST(GuardedRun, ExitOfAMeasuredFunctionIsToldAndKeepsEveryFinishedRow) {
 
 TEST(GuardedRun, FaultInAnotherThreadEndsTheRunAsUsualAndKeepsEveryFinishedRow) {
     const RigDirectory rig(FAULTRIG, "rig");
-    const RigResult run = rig.run(quickKeys({"-f=frGood", "-f=dmCrashesInThread", "-r", "-o"}));
+    const RigResult run = rig.run(loudKeys({"-f=frGood", "-f=dmCrashesInThread", "-r", "-o"}));
     EXPECT_EQ(SIGSEGV, run.signal) << run.exitCode;
     EXPECT_EQ(1, countOf(run.out, "-- The run is cut short: a fault in another thread\n")) << run.out;
     EXPECT_EQ(1, countOf(run.out, "-OK         frGood"));
@@ -62,8 +55,8 @@ TEST(GuardedRun, FaultInAnotherThreadEndsTheRunAsUsualAndKeepsEveryFinishedRow) 
 TEST(GuardedRun, SignalsThatAFunctionSpoiledAreSetAnewForTheNextTest) {
     const RigDirectory rig(FAULTRIG, "rig");
     const std::vector<std::string> keys =
-        quickKeys({"-f=dmSpoilsSignals", "-f=frMany0000", "-f=frMany0001", "-f=frMany0002", "-f=frMany0003",
-                   "-f=dmRunAway", "-f=frManySurvived", "-r", "-g"});
+        loudKeys({"-f=dmSpoilsSignals", "-f=frMany0000", "-f=frMany0001", "-f=frMany0002", "-f=frMany0003",
+                  "-f=dmRunAway", "-f=frManySurvived", "-r", "-g"});
     const RigResult run = rig.run(keys);
     EXPECT_EQ(1, run.exitCode) << run.signal;
     EXPECT_EQ(5, countOf(run.out, "in vekFunctionCalls\n")) << run.out;
@@ -82,7 +75,7 @@ TEST(GuardedRun, LocaleOfAFunctionReachesNoNumber) {
         GTEST_SKIP() << "no locale can be made";
     }
     const RigDirectory rig(FAULTRIG, "rig");
-    const RigResult run = rig.run(quickKeys({"-f=dmSetsLocale", "-f=frManySurvived", "-r"}));
+    const RigResult run = rig.run(loudKeys({"-f=dmSetsLocale", "-f=frManySurvived", "-r"}));
     EXPECT_EQ(0, run.exitCode) << run.out;
     EXPECT_EQ("dmSetsLocale,-,-,-,-,-,-,-,-,nLps=2,<clocks>, ,<usec>,-\n" + grid("frManySurvived"), rowsOf(rig));
 }
@@ -91,7 +84,7 @@ TEST(GuardedRun, DirectoryOfAFunctionMovesNoFileOfTheRun) {
     const RigDirectory rig(FAULTRIG, "rig");
     RigConsole console;
     console.relativeName = true;
-    const RigResult run = rig.run(quickKeys({"-f=dmChangesDirectory", "-r", "-g"}), console);
+    const RigResult run = rig.run(loudKeys({"-f=dmChangesDirectory", "-r", "-g"}), console);
     EXPECT_EQ(0, run.exitCode) << run.out;
     EXPECT_EQ(1, countOf(run.out, "create file ./rig.end at the end of KR work\n"));
     EXPECT_EQ(0, countOf(run.out, "Can't open file"));
@@ -112,7 +105,7 @@ TEST(GuardedRun, ChildOfAFunctionWritesNothingOfTheRun) {
         const RigDirectory rig(FAULTRIG, "rig");
         const std::string name = row.name;
         std::vector<std::string> keys =
-            quickKeys({"-LINFO", "-f=frGood", "-f=" + name, "-f=frManySurvived", "-r", "-u", "-o"});
+            loudKeys({"-LINFO", "-f=frGood", "-f=" + name, "-f=frManySurvived", "-r", "-u", "-o"});
         keys.insert(keys.end(), row.way.begin(), row.way.end());
         const RigResult run = rig.run(keys);
         EXPECT_EQ(0, run.exitCode) << name << run.out;
@@ -134,7 +127,7 @@ TEST(GuardedRun, ConsoleThatHangsUpCutsNoTableShort) {
     const RigDirectory rig(FAULTRIG, "rig");
     RigConsole console;
     console.outputHangsUp = true;
-    const RigResult run = rig.run(quickKeys({"-LTRACE", "-f=frGood", "-f=frManySurvived", "-r", "-g"}), console);
+    const RigResult run = rig.run(loudKeys({"-LTRACE", "-f=frGood", "-f=frManySurvived", "-r", "-g"}), console);
     EXPECT_EQ(0, run.exitCode) << run.signal;
     EXPECT_EQ(grid("frGood") + grid("frManySurvived"), rowsOf(rig));
     EXPECT_TRUE(rig.exists("rig.end"));

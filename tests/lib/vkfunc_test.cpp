@@ -126,11 +126,14 @@ TEST(VkFuncParse, InplaceAndScaleOfOneDescriptor) {
 }
 
 TEST(VkFuncTokens, MissingTokensRepeatTheLast) {
-    EXPECT_EQ(tokens("veksFoo_16s"), "16s,16s,16s");
-    EXPECT_EQ(tokens("veksFoo_16s32s"), "16s,32s,32s");
-    EXPECT_EQ(tokens("veksFoo_16s32s64s"), "16s,32s,64s");
-    EXPECT_EQ(tokens("veksFoo_16s32s64s8u"), "16s,32s,64s");
-    EXPECT_EQ(tokens("veksFoo"), ",,");
+    const char* const rows[][2] = {{"veksFoo_16s", "16s,16s,16s"},
+                                   {"veksFoo_16s32s", "16s,32s,32s"},
+                                   {"veksFoo_16s32s64s", "16s,32s,64s"},
+                                   {"veksFoo_16s32s64s8u", "16s,32s,64s"},
+                                   {"veksFoo", ",,"}};
+    for (const auto& [name, types] : rows) {
+        EXPECT_EQ(tokens(name), types) << name;
+    }
 }
 
 TEST(VkFuncTypes, IndexedTypes) {
@@ -163,26 +166,34 @@ TEST(VkFuncTypes, TokensOfTheArguments) {
 }
 
 TEST(VkFuncTypes, ExceptionsOfSignalFunctions) {
-    EXPECT_EQ(argTypes("veksReal_16sc"), "16sc,16sc,16s,16s");
-    EXPECT_EQ(argTypes("veksMagnitude_32fc"), "32fc,32fc,32f,32f");
-    EXPECT_EQ(argTypes("veksPowerSpectr_16sc"), "16sc,16sc,16s,16s");
-    EXPECT_EQ(argTypes("veksPolarToCart_32fc"), "32f,32f,32fc,32fc");
-    EXPECT_EQ(argTypes("veksRealToCplx_16s"), "16s,16s,16sc,16sc");
-    EXPECT_EQ(argTypes("veksDotProd_32f32fc"), "32f,32fc,32fc,32fc");
-    EXPECT_EQ(argTypes("veksDotProd_16s32s"), "16s,16s,32s,32s");
-    EXPECT_EQ(argTypes("veksDotProd_32fc64fc"), "32fc,32fc,64fc,64fc") << "the source is complex";
-    EXPECT_EQ(argTypes("veksDotProd_32f16s32fc"), "32f,16s,32fc,32fc") << "the second source has a type of its own";
-    EXPECT_EQ(argTypes("veksMul_16u16s"), "16u,16s,16s,16s");
-    EXPECT_EQ(argTypes("veksGoertz_16s"), "16s,16s,16sc,16sc");
-    EXPECT_EQ(argTypes("veksRealPart_16sc"), "16sc,16sc,16sc,16sc");
-    EXPECT_EQ(argTypes("Real_16sc"), "16sc,16sc,16sc,16sc");
+    const char* const rows[][2] = {
+        {"veksReal_16sc", "16sc,16sc,16s,16s"},
+        {"veksMagnitude_32fc", "32fc,32fc,32f,32f"},
+        {"veksPowerSpectr_16sc", "16sc,16sc,16s,16s"},
+        {"veksPolarToCart_32fc", "32f,32f,32fc,32fc"},
+        {"veksRealToCplx_16s", "16s,16s,16sc,16sc"},
+        {"veksDotProd_32f32fc", "32f,32fc,32fc,32fc"},
+        {"veksDotProd_16s32s", "16s,16s,32s,32s"},
+        {"veksDotProd_32fc64fc", "32fc,32fc,64fc,64fc"}, // the source is complex
+        {"veksDotProd_32f16s32fc", "32f,16s,32fc,32fc"}, // the second source has a type of its own
+        {"veksMul_16u16s", "16u,16s,16s,16s"},
+        {"veksGoertz_16s", "16s,16s,16sc,16sc"},
+        {"veksRealPart_16sc", "16sc,16sc,16sc,16sc"},
+        {"Real_16sc", "16sc,16sc,16sc,16sc"},
+    };
+    for (const auto& [name, types] : rows) {
+        EXPECT_EQ(argTypes(name), types) << name;
+    }
 }
 
 TEST(VkFuncTypes, ExceptionsOfImageFunctions) {
-    EXPECT_EQ(argTypes("vekiSum_16s_C1R"), "16s,16s,64f,64f");
-    EXPECT_EQ(argTypes("vekiCompare_16s_C1R"), "16s,16s,8u,8u");
-    EXPECT_EQ(argTypes("vekiCopy_16s_C1MR"), "16s,8u,16s,16s");
-    EXPECT_EQ(argTypes("vekiCopy_16s_C1R"), "16s,16s,16s,16s");
+    const char* const rows[][2] = {{"vekiSum_16s_C1R", "16s,16s,64f,64f"},
+                                   {"vekiCompare_16s_C1R", "16s,16s,8u,8u"},
+                                   {"vekiCopy_16s_C1MR", "16s,8u,16s,16s"},
+                                   {"vekiCopy_16s_C1R", "16s,16s,16s,16s"}};
+    for (const auto& [name, types] : rows) {
+        EXPECT_EQ(argTypes(name), types) << name;
+    }
 }
 
 TEST(VkFuncChannels, FirstWordIsTakenOffTheText) {

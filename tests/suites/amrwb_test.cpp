@@ -22,13 +22,15 @@ const GridCase gridCases[] = {
 SUITE_GRIDS(AmrWbSuites, gridCases)
 
 TEST(AmrWbSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksInterpolateC_NR_16s"), "Lenght,Sfs,-,-,-,-");
-    EXPECT_EQ(nameRow("veksOpenLoopPitchSearch_AMRWB_16s"), "Lenght,lagSwitcher,-,-,-,-");
-    EXPECT_EQ(nameRow("veksOpenLoopPitchSearch_AMRWBE_16s"), "freqScaleCounter,lagSwitcher,-,-,-,-");
-    EXPECT_EQ(nameRow("veksAlgebraicCodebookSearch_AMRWB_16s"), "Lenght,BitRate,-,-,-,-");
-    EXPECT_EQ(nameRow("veksAdaptiveCodebookDecode_AMRWB_16s"), "Lenght,bfi,unusableFrame,Subframe,BitRate,-");
-    EXPECT_EQ(nameRow("veksAdaptiveCodebookSearch_AMRWB_16s"), "Lenght,-,-,Subframe,BitRate,-");
-    EXPECT_EQ(nameRow("veksDecodeGain_AMRWB_16s"), "BitRate,bfi,prevBfi,Lenght,-,-");
-    EXPECT_EQ(nameRow("veksGainQuant_AMRWB_16s"), "BitRate,-,-,Lenght,valClipFlag,-");
-    EXPECT_EQ(nameRow("veksGainQuant_AMRWBE_16s"), "Lenght,-,-,-,-,-");
+    expectNameRows({
+        {"veksInterpolateC_NR_16s", "Lenght,Sfs,-,-,-,-"},
+        {"veksOpenLoopPitchSearch_AMRWB_16s", "Lenght,lagSwitcher,-,-,-,-"},
+        {"veksOpenLoopPitchSearch_AMRWBE_16s", "freqScaleCounter,lagSwitcher,-,-,-,-"},
+        {"veksAlgebraicCodebookSearch_AMRWB_16s", "Lenght,BitRate,-,-,-,-"},
+        {"veksAdaptiveCodebookDecode_AMRWB_16s", "Lenght,bfi,unusableFrame,Subframe,BitRate,-"},
+        {"veksAdaptiveCodebookSearch_AMRWB_16s", "Lenght,-,-,Subframe,BitRate,-"},
+        {"veksDecodeGain_AMRWB_16s", "BitRate,bfi,prevBfi,Lenght,-,-"},
+        {"veksGainQuant_AMRWB_16s", "BitRate,-,-,Lenght,valClipFlag,-"},
+        {"veksGainQuant_AMRWBE_16s", "Lenght,-,-,-,-,-"},
+    });
 }

@@ -56,18 +56,20 @@ void expectMode(const char* mode, const char* className, const std::vector<std::
 SUITE_GRIDS(AmrWbeSuites, gridCases)
 
 TEST(AmrWbeSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksFFTInv_PermToR_AMRWBE_16s"), "length,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksSNR_AMRWBE_16s"), "LengthCounter,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksGainQuantTCX_AMRWBE_16s"), "quantFlag,LengthCounter,-,-,-,-");
-    EXPECT_EQ(nameRow("veksISFQuantHighBand_AMRWBE_16s"), "pitchAdjust,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksISFQuantDecodeHighBand_AMRWBE_16s"), "bfi,pitchAdjust,-,-,-,-");
-    EXPECT_EQ(nameRow("veksPostFilterLowBand_AMRWBE_16s"), "itRangeData,itLags,itPitchAdjust,-,-,-");
-    EXPECT_EQ(nameRow("veksQuantTCX_AMRWBE_16s"), "ModeCounter,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksDecodeDemux_AMRWBE_16s"), "ModeCounter,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksDownsample_AMRWBE_16s"), "bandIdx,cntLen,-,-,-,-");
-    EXPECT_EQ(nameRow("veksUpsample_AMRWBE_16s"), "bandIdx,cntLen,addFlag,-,-,-");
-    EXPECT_EQ(nameRow("veksBandSplitDownsample_AMRWBE_16s"), "cntFS,length,-,-,-,-");
-    EXPECT_EQ(nameRow("veksBandJoinUpsample_AMRWBE_16s"), "cntFS,length,-,-,-,-");
+    expectNameRows({
+        {"veksFFTInv_PermToR_AMRWBE_16s", "length,-,-,-,-,-"},
+        {"veksSNR_AMRWBE_16s", "LengthCounter,-,-,-,-,-"},
+        {"veksGainQuantTCX_AMRWBE_16s", "quantFlag,LengthCounter,-,-,-,-"},
+        {"veksISFQuantHighBand_AMRWBE_16s", "pitchAdjust,-,-,-,-,-"},
+        {"veksISFQuantDecodeHighBand_AMRWBE_16s", "bfi,pitchAdjust,-,-,-,-"},
+        {"veksPostFilterLowBand_AMRWBE_16s", "itRangeData,itLags,itPitchAdjust,-,-,-"},
+        {"veksQuantTCX_AMRWBE_16s", "ModeCounter,-,-,-,-,-"},
+        {"veksDecodeDemux_AMRWBE_16s", "ModeCounter,-,-,-,-,-"},
+        {"veksDownsample_AMRWBE_16s", "bandIdx,cntLen,-,-,-,-"},
+        {"veksUpsample_AMRWBE_16s", "bandIdx,cntLen,addFlag,-,-,-"},
+        {"veksBandSplitDownsample_AMRWBE_16s", "cntFS,length,-,-,-,-"},
+        {"veksBandJoinUpsample_AMRWBE_16s", "cntFS,length,-,-,-,-"},
+    });
 }
 
 TEST(AmrWbePolyphaseSuites, MeasureOneFunctionInTwoModesAndTellWhich) {

@@ -54,19 +54,23 @@ TEST(AmrWbHighPassSuite, WalksALengthOfItsOwnForEachFunctionAndHasNoUnit) {
         EXPECT_EQ(test->getUnit(), " ");
         EXPECT_EQ(test->m_srcName, "p_hpfltwb");
     }
-    EXPECT_EQ(nameRow("veksHighPassFilter_Direct_AMRWB_16s"), "lend,valBounds,-,-,-,-");
-    EXPECT_EQ(nameRow("veksHighPassFilter_AMRWB_16s_ISfs"), "leni,-,-,-,-,scaleFactor");
-    EXPECT_EQ(nameRow("veksHighPassFilter_AMRWB_16s_Sfs"), "len,-,-,-,-,scaleFactor");
+    expectNameRows({
+        {"veksHighPassFilter_Direct_AMRWB_16s", "lend,valBounds,-,-,-,-"},
+        {"veksHighPassFilter_AMRWB_16s_ISfs", "leni,-,-,-,-,scaleFactor"},
+        {"veksHighPassFilter_AMRWB_16s_Sfs", "len,-,-,-,-,scaleFactor"},
+    });
 }
 
 TEST(AmrWbFilterSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksConvPartial_NR_16s"), "len_c,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksResidualFilter_AMRWB_16s_Sfs"), "LPCOrder,len,-,-,-,scaleFactor");
-    EXPECT_EQ(nameRow("veksDeemphasize_AMRWBE_NR_16s_I"), "scale,Lenght,-,-,-,-");
-    EXPECT_EQ(nameRow("veksSynthesisFilter_AMRWB_16s32s_I"), "Lenght,valLpcOrder,-,-,-,-");
-    EXPECT_EQ(nameRow("veksISFQuantDecode_AMRWB_16s"), "BitRate,Bfi,-,-,-,-");
-    EXPECT_EQ(nameRow("veksEncDTXBuffer_AMRWB_16s"), "BitRate,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksISPToLPC_AMRWB_16s"), "len,-,-,-,-,-");
+    expectNameRows({
+        {"veksConvPartial_NR_16s", "len_c,-,-,-,-,-"},
+        {"veksResidualFilter_AMRWB_16s_Sfs", "LPCOrder,len,-,-,-,scaleFactor"},
+        {"veksDeemphasize_AMRWBE_NR_16s_I", "scale,Lenght,-,-,-,-"},
+        {"veksSynthesisFilter_AMRWB_16s32s_I", "Lenght,valLpcOrder,-,-,-,-"},
+        {"veksISFQuantDecode_AMRWB_16s", "BitRate,Bfi,-,-,-,-"},
+        {"veksEncDTXBuffer_AMRWB_16s", "BitRate,-,-,-,-,-"},
+        {"veksISPToLPC_AMRWB_16s", "len,-,-,-,-,-"},
+    });
 }
 
 TEST(AmrWbResidualSuite, WalksSevenOrdersUnderTheTitleLPCOrder) {

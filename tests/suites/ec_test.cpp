@@ -48,16 +48,16 @@ std::vector<std::string> column(const char* function, int index) {
 SUITE_GRIDS(EcSuites, gridCases)
 
 TEST(EcSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksNLMS_EC_32f"), "len,tapLen,-,-,-,-");
-    EXPECT_EQ(nameRow("veksFullbandController_EC_16s"), "len,tapLen,mode,-,-,-");
-    EXPECT_EQ(nameRow("veksToneDetect_EC_32f"), "len,mode,-,-,-,-");
-    EXPECT_EQ(nameRow("veksSubbandAnalysis_16s32sc_Sfs"), "len,numSubbands,-,-,-,scaleFactor");
-    EXPECT_EQ(nameRow("veksSubbandControllerDT_EC_16s"), "startSubband,mode,doubleTalk,-,-,-");
-    EXPECT_EQ(nameRow("veksFIRSubbandLow_EC_32sc_Sfs"), "Length,Num Segments,Start Number Segments,-,-,scaleFactor");
-    EXPECT_EQ(nameRow("veksFIRSubbandAPCoeffUpdate_EC_32fc_I"),
-              "Length,Number of segments,affine projection order,-,-,-");
-    EXPECT_EQ(nameRow("veksFIRSubbandLowCoeffUpdate_EC_32sc_I"),
-              "Length,Num Segments,scaleFactor,Srart Number Segments,-,-");
+    expectNameRows({
+        {"veksNLMS_EC_32f", "len,tapLen,-,-,-,-"},
+        {"veksFullbandController_EC_16s", "len,tapLen,mode,-,-,-"},
+        {"veksToneDetect_EC_32f", "len,mode,-,-,-,-"},
+        {"veksSubbandAnalysis_16s32sc_Sfs", "len,numSubbands,-,-,-,scaleFactor"},
+        {"veksSubbandControllerDT_EC_16s", "startSubband,mode,doubleTalk,-,-,-"},
+        {"veksFIRSubbandLow_EC_32sc_Sfs", "Length,Num Segments,Start Number Segments,-,-,scaleFactor"},
+        {"veksFIRSubbandAPCoeffUpdate_EC_32fc_I", "Length,Number of segments,affine projection order,-,-,-"},
+        {"veksFIRSubbandLowCoeffUpdate_EC_32sc_I", "Length,Num Segments,scaleFactor,Srart Number Segments,-,-"},
+    });
 }
 
 // Scale factors are walked outside the start of the subbands.

@@ -37,13 +37,15 @@ const GridCase gridCases[] = {
 SUITE_GRIDS(G723Suites, gridCases)
 
 TEST(G723SuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksAdaptiveCodebookSearch_G723"), "subFrame,BitRate,-,-,-,-");
-    EXPECT_EQ(nameRow("veksPitchPostFilter_G723_16s"), "SubFrame,BitRate,-,-,-,-");
-    EXPECT_EQ(nameRow("veksLSFDecode_G723_16s"), "Erase,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksLevinsonDurbin_G723_16s"), "Lenght,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksGainQuant_G723_16s"), "lenght,lenght DST,-,-,-,-");
-    EXPECT_EQ(nameRow("veksSynthesisFilter_G723_16s"), "lenght,lenght LPC,-,-,-,-");
-    EXPECT_EQ(nameRow("veksTiltCompensation_G723_32s16s"), "lenght,-,-,-,-,-");
+    expectNameRows({
+        {"veksAdaptiveCodebookSearch_G723", "subFrame,BitRate,-,-,-,-"},
+        {"veksPitchPostFilter_G723_16s", "SubFrame,BitRate,-,-,-,-"},
+        {"veksLSFDecode_G723_16s", "Erase,-,-,-,-,-"},
+        {"veksLevinsonDurbin_G723_16s", "Lenght,-,-,-,-,-"},
+        {"veksGainQuant_G723_16s", "lenght,lenght DST,-,-,-,-"},
+        {"veksSynthesisFilter_G723_16s", "lenght,lenght LPC,-,-,-,-"},
+        {"veksTiltCompensation_G723_32s16s", "lenght,-,-,-,-,-"},
+    });
 }
 
 TEST(G723SuiteNames, BothLengthsOfTheSearchesAreNamedForTheSource) {

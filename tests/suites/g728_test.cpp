@@ -40,9 +40,11 @@ TEST(G728SuiteTrellis, PrintsNoParameterAndNoUnit) {
 }
 
 TEST(G728SuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksIIR16s_G728_16s"), "Lengt,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksSyntesisFilterZeroInput_G728_16s"), "excSfs,Lengt,-,-,-,-");
-    EXPECT_EQ(nameRow("veksWinHybrid_G728_16s"), "bfi,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksLevinsonDurbin_G728_16s_ISfs"), "order,numSrcLPC,-,-,-,-");
-    EXPECT_EQ(nameRow("veksCodebookSearch_G728_16s"), "BitRate,-,-,-,-,-");
+    expectNameRows({
+        {"veksIIR16s_G728_16s", "Lengt,-,-,-,-,-"},
+        {"veksSyntesisFilterZeroInput_G728_16s", "excSfs,Lengt,-,-,-,-"},
+        {"veksWinHybrid_G728_16s", "bfi,-,-,-,-,-"},
+        {"veksLevinsonDurbin_G728_16s_ISfs", "order,numSrcLPC,-,-,-,-"},
+        {"veksCodebookSearch_G728_16s", "BitRate,-,-,-,-,-"},
+    });
 }

@@ -29,12 +29,14 @@ const GridCase gridCases[] = {
 SUITE_GRIDS(G7291Suites, gridCases)
 
 TEST(G7291SuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksAdaptiveCodebookSearch_G7291_16s"), "len,lag,subFrame,-,-,-");
-    EXPECT_EQ(nameRow("veksAdaptiveCodebookGain_G7291_16s"), "len,subFrame,-,-,-,-");
-    EXPECT_EQ(nameRow("veksGainQuant_G7291_16s"), "len,subFrame,-,-,-,-");
-    EXPECT_EQ(nameRow("veksMDCTPostProcess_G7291_16s"), "len,numBits,-,-,-,-");
-    EXPECT_EQ(nameRow("veksMDCTInv_G7291_16s"), "len,normFactor,-,-,-,-");
-    EXPECT_EQ(nameRow("veksAlgebraicCodebookSearchL1_G7291_16s"), "len,-,-,-,-,-");
+    expectNameRows({
+        {"veksAdaptiveCodebookSearch_G7291_16s", "len,lag,subFrame,-,-,-"},
+        {"veksAdaptiveCodebookGain_G7291_16s", "len,subFrame,-,-,-,-"},
+        {"veksGainQuant_G7291_16s", "len,subFrame,-,-,-,-"},
+        {"veksMDCTPostProcess_G7291_16s", "len,numBits,-,-,-,-"},
+        {"veksMDCTInv_G7291_16s", "len,normFactor,-,-,-,-"},
+        {"veksAlgebraicCodebookSearchL1_G7291_16s", "len,-,-,-,-,-"},
+    });
 }
 
 TEST(G7291SuiteNames, TheAdaptiveVectorOfTheDecoderHasNoTest) {

@@ -30,9 +30,11 @@ const GridCase gridCases[] = {
 SUITE_GRIDS(G729CodeSuites, gridCases)
 
 TEST(G729CodeSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksFixedCodebookSearch_G729_16s"), "lenght,lenght_srcdst,subFrame,-,-,-");
-    EXPECT_EQ(nameRow("veksFixedCodebookSearch_G729D_16s"), "mode,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksRandomNoiseExcitation_G729B_16s"), "lenght,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksGainCodebookSearch_G729D_32f"), "valTimeFlag,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksGainQuant_G729D_16s"), "tameflag,-,-,-,-,-");
+    expectNameRows({
+        {"veksFixedCodebookSearch_G729_16s", "lenght,lenght_srcdst,subFrame,-,-,-"},
+        {"veksFixedCodebookSearch_G729D_16s", "mode,-,-,-,-,-"},
+        {"veksRandomNoiseExcitation_G729B_16s", "lenght,-,-,-,-,-"},
+        {"veksGainCodebookSearch_G729D_32f", "valTimeFlag,-,-,-,-,-"},
+        {"veksGainQuant_G729D_16s", "tameflag,-,-,-,-,-"},
+    });
 }

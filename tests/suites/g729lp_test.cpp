@@ -37,9 +37,11 @@ const GridCase gridCases[] = {
 SUITE_GRIDS(G729LpSuites, gridCases)
 
 TEST(G729LpSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksToeplizMatrix_G729_16s"), "Lenght Src,Lenght Dst,-,-,-,-");
-    EXPECT_EQ(nameRow("veksLSFQuant_G729_16s"), "lenght,lenght LSFTable,-,-,-,-");
-    EXPECT_EQ(nameRow("veksPreemphasize_32f_I"), "lenght,-,-,-,-,-");
+    expectNameRows({
+        {"veksToeplizMatrix_G729_16s", "Lenght Src,Lenght Dst,-,-,-,-"},
+        {"veksLSFQuant_G729_16s", "lenght,lenght LSFTable,-,-,-,-"},
+        {"veksPreemphasize_32f_I", "lenght,-,-,-,-,-"},
+    });
 }
 
 TEST(G729LpSuiteNames, TheRecursionHasAnOrder) {

@@ -27,10 +27,12 @@ const GridCase gridCases[] = {
 SUITE_GRIDS(G729PitchSuites, gridCases)
 
 TEST(G729PitchSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksGainControl_G729_16s_I"), "lenght,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksAdaptiveCodebookContribution_G729_16s"), "Lenght,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksDecodeAdaptiveVector_G729_16s"), "length,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksAutoCorrLagMax_Inv_16s"), "lenght,maxLag,lowerLag,upperLag,-,-");
+    expectNameRows({
+        {"veksGainControl_G729_16s_I", "lenght,-,-,-,-,-"},
+        {"veksAdaptiveCodebookContribution_G729_16s", "Lenght,-,-,-,-,-"},
+        {"veksDecodeAdaptiveVector_G729_16s", "length,-,-,-,-,-"},
+        {"veksAutoCorrLagMax_Inv_16s", "lenght,maxLag,lowerLag,upperLag,-,-"},
+    });
 }
 
 TEST(G729PitchSuiteNames, TheSubframeOfTheOpenLoopSearchHasNoTitleAndDoesNotShow) {

@@ -35,14 +35,16 @@ const GridCase gridCases[] = {
 SUITE_GRIDS(G729PostSuites, gridCases)
 
 TEST(G729PostSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksSynthesisFilter_G729E_16s"), "valLPCOrder,lenght,-,-,-,-");
-    EXPECT_EQ(nameRow("veksSynthesisFilter_G729_32f"), "len,valLPCOrder,-,-,-,-");
-    EXPECT_EQ(nameRow("veksAutoCorrLagMax_32f"), "len,nLag,-,-,-,-");
-    EXPECT_EQ(nameRow("veksGainControl_G729_32f_I"), "len,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksWinHybrid_G729E_32f"), "len,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksWinHybrid_G729E_16s32s"), "lenght,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksLSPQuant_G729E_32f"), "lenght,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksAdaptiveCodebookSearch_G729D_16s"), "subFrame,-,-,-,-,-");
+    expectNameRows({
+        {"veksSynthesisFilter_G729E_16s", "valLPCOrder,lenght,-,-,-,-"},
+        {"veksSynthesisFilter_G729_32f", "len,valLPCOrder,-,-,-,-"},
+        {"veksAutoCorrLagMax_32f", "len,nLag,-,-,-,-"},
+        {"veksGainControl_G729_32f_I", "len,-,-,-,-,-"},
+        {"veksWinHybrid_G729E_32f", "len,-,-,-,-,-"},
+        {"veksWinHybrid_G729E_16s32s", "lenght,-,-,-,-,-"},
+        {"veksLSPQuant_G729E_32f", "lenght,-,-,-,-,-"},
+        {"veksAdaptiveCodebookSearch_G729D_16s", "subFrame,-,-,-,-,-"},
+    });
 }
 
 TEST(G729PostSuiteNames, ParametersWithoutATitleDoNotShow) {

@@ -32,11 +32,13 @@ std::vector<std::string> parameters(const char* function, int first, int last) {
 SUITE_GRIDS(GsmAmrSuites, gridCases)
 
 TEST(GsmAmrSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksAdaptiveCodebookDecode_GSMAMR_16s"), "Bfi,BitRate,SubFrame,-,-,-");
-    EXPECT_EQ(nameRow("veksAlgebraicCodebookSearch_GSMAMR_16s"), "BitRate,SubFrame,-,-,-,-");
-    EXPECT_EQ(nameRow("veksFixedCodebookDecode_GSMAMR_16s"), "BitRate,SubFrame,-,-,-,-");
-    EXPECT_EQ(nameRow("veksPreemphasize_GSMAMR_16s"), "lenght,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksPostFilter_GSMAMR_16s"), "BitRate,-,-,-,-,-");
+    expectNameRows({
+        {"veksAdaptiveCodebookDecode_GSMAMR_16s", "Bfi,BitRate,SubFrame,-,-,-"},
+        {"veksAlgebraicCodebookSearch_GSMAMR_16s", "BitRate,SubFrame,-,-,-,-"},
+        {"veksFixedCodebookDecode_GSMAMR_16s", "BitRate,SubFrame,-,-,-,-"},
+        {"veksPreemphasize_GSMAMR_16s", "lenght,-,-,-,-,-"},
+        {"veksPostFilter_GSMAMR_16s", "BitRate,-,-,-,-,-"},
+    });
 }
 
 TEST(GsmAmrSuiteData, TheSearchFindsAnImpulseAsItsResponseInEachCall) {

@@ -25,11 +25,13 @@ const GridCase gridCases[] = {
 SUITE_GRIDS(AmrDtxSuites, gridCases)
 
 TEST(AmrDtxSuiteNames, RatesAndBadFramesHaveTitlesAndLengthsHaveNone) {
-    EXPECT_EQ(nameRow("veksQuantLSPDecode_GSMAMR_16s"), "BitRate,-,-,Num bfi,-,-");
-    EXPECT_EQ(nameRow("veksLSPQuant_GSMAMR_16s"), "BitRate,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksOpenLoopPitchSearchNonDTX_GSMAMR_16s"), "BitRate,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksVAD1_GSMAMR_16s"), "-,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksEncDTXSID_GSMAMR_16s"), "-,-,-,-,-,-");
+    expectNameRows({
+        {"veksQuantLSPDecode_GSMAMR_16s", "BitRate,-,-,Num bfi,-,-"},
+        {"veksLSPQuant_GSMAMR_16s", "BitRate,-,-,-,-,-"},
+        {"veksOpenLoopPitchSearchNonDTX_GSMAMR_16s", "BitRate,-,-,-,-,-"},
+        {"veksVAD1_GSMAMR_16s", "-,-,-,-,-,-"},
+        {"veksEncDTXSID_GSMAMR_16s", "-,-,-,-,-,-"},
+    });
 }
 
 TEST(AmrDtxSuiteRates, FramesOfSilenceComeFirstInTheLineSpectrumSuite) {

@@ -21,9 +21,11 @@ const GridCase gridCases[] = {
 SUITE_GRIDS(GsmFrSuites, gridCases)
 
 TEST(GsmFrSuiteNames, StandInTheFirstColumn) {
-    EXPECT_EQ(nameRow("veksSchur_GSMFR_32s16s"), "length Dst,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksWeightingFilter_GSMFR_16s"), "dstLength,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksPreemphasize_GSMFR_16s"), "length,-,-,-,-,-");
+    expectNameRows({
+        {"veksSchur_GSMFR_32s16s", "length Dst,-,-,-,-,-"},
+        {"veksWeightingFilter_GSMFR_16s", "dstLength,-,-,-,-,-"},
+        {"veksPreemphasize_GSMFR_16s", "length,-,-,-,-,-"},
+    });
 }
 
 TEST(GsmFrSuiteNames, PreemphasisSharesItsFileWithThatOfAnotherCodec) {

@@ -24,13 +24,15 @@ const GridCase gridCases[] = {
 SUITE_GRIDS(RtaSuites, gridCases)
 
 TEST(RtaSuiteNames, StandInTheColumnsOfTheirValues) {
-    EXPECT_EQ(nameRow("veksAdaptiveCodebookSearch_RTA_32f"), "subFrameSize,searchFlag,deltaSearchRange,-,-,-");
-    EXPECT_EQ(nameRow("veksFixedCodebookSearchRandom_RTA_32f"), "subFrameSize,nStage,gainLimit,codebookSize,-,-");
-    EXPECT_EQ(nameRow("veksFixedCodebookSearch_RTA_32f"), "subFrameSize,numPulses,-,-,-,-");
-    EXPECT_EQ(nameRow("veksLevinsonDurbin_RTA_32f"), "hpfOrder,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksHighPassFilter_RTA_32f"), "stage,Lenght,-,-,-,-");
-    EXPECT_EQ(nameRow("veksLPCToLSP_RTA_32f"), "Order,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksLSPQuant_RTA_32f"), "stage,-,-,-,-,-");
-    EXPECT_EQ(nameRow("veksPostFilter_RTA_32f_I"), "Lenght,Order,apfIdx,-,-,-");
-    EXPECT_EQ(nameRow("veksQMFDecode_RTA_32f"), "Lenght,-,-,-,-,-");
+    expectNameRows({
+        {"veksAdaptiveCodebookSearch_RTA_32f", "subFrameSize,searchFlag,deltaSearchRange,-,-,-"},
+        {"veksFixedCodebookSearchRandom_RTA_32f", "subFrameSize,nStage,gainLimit,codebookSize,-,-"},
+        {"veksFixedCodebookSearch_RTA_32f", "subFrameSize,numPulses,-,-,-,-"},
+        {"veksLevinsonDurbin_RTA_32f", "hpfOrder,-,-,-,-,-"},
+        {"veksHighPassFilter_RTA_32f", "stage,Lenght,-,-,-,-"},
+        {"veksLPCToLSP_RTA_32f", "Order,-,-,-,-,-"},
+        {"veksLSPQuant_RTA_32f", "stage,-,-,-,-,-"},
+        {"veksPostFilter_RTA_32f_I", "Lenght,Order,apfIdx,-,-,-"},
+        {"veksQMFDecode_RTA_32f", "Lenght,-,-,-,-,-"},
+    });
 }

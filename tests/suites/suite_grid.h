@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <utility>
+
 /// A function's grid: the number of lines, the parameter cells of the first and last line, the source file, whether the
 /// input is restored before each call, and the elements of one call on the last line.
 struct GridCase {
@@ -68,4 +71,13 @@ inline std::string nameRow(krTest& test, int first = 3, int last = 8) {
 /// The same of a function's test.
 inline std::string nameRow(const char* function, int first = 3, int last = 8) {
     return nameRow(*findTest(function), first, last);
+}
+
+/// Function and parameter cells of name rows.
+inline void expectNameRows(std::initializer_list<std::pair<const char*, const char*>> rows) {
+    for (const auto& [function, names] : rows) {
+        krTest* test = findTest(function);
+        ASSERT_NE(test, nullptr) << function;
+        EXPECT_EQ(nameRow(*test), names) << function;
+    }
 }

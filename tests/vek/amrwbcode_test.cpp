@@ -189,12 +189,9 @@ TEST(VekWideAlgebraicSearch, RefusesWhatItCannotDo) {
     std::mt19937 random(7);
     Search search(random);
     EXPECT_EQ(vekStsBitRateErr, search.run(VEK_SPCHBR_12200));
-    EXPECT_EQ(vekStsNullPtrErr, veksAlgebraicCodebookSearch_AMRWB_16s(nullptr, search.residual.data(), search.h.data(),
-                                                                      search.vector.data(), search.filtered.data(),
-                                                                      VEK_SPCHBR_6600, search.words.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksAlgebraicCodebookSearch_AMRWB_16s(
-                                    search.target.data(), search.residual.data(), search.h.data(), search.vector.data(),
-                                    search.filtered.data(), VEK_SPCHBR_6600, nullptr));
+    expectNullsRefused(veksAlgebraicCodebookSearch_AMRWB_16s, search.target.data(), search.residual.data(),
+                       search.h.data(), search.vector.data(), search.filtered.data(), VEK_SPCHBR_6600,
+                       search.words.data());
     EXPECT_EQ(Samples(64, 7), search.vector);
     EXPECT_EQ(Samples(64, 7), search.filtered);
     EXPECT_EQ(Samples(8, 7), search.words);

@@ -56,9 +56,7 @@ TEST(VekAmrWbResidual, SaturatesAtEachStepButWrapsInTheLowForm) {
 TEST(VekAmrWbResidual, RefusesNullOrderLengthAndScale) {
     Samples v(200);
     for (const auto filter : {veksResidualFilter_AMRWB_16s_Sfs, veksResidualFilter_Low_16s_Sfs}) {
-        EXPECT_EQ(vekStsNullPtrErr, filter(nullptr, 16, v.data() + 40, v.data(), 64, 12));
-        EXPECT_EQ(vekStsNullPtrErr, filter(v.data(), 16, nullptr, v.data(), 64, 12));
-        EXPECT_EQ(vekStsNullPtrErr, filter(v.data(), 16, v.data() + 40, nullptr, 64, 12));
+        expectNullsRefused(filter, v.data(), 16, v.data() + 40, v.data(), 64, 12);
         EXPECT_EQ(vekStsFilterOrderErr, filter(v.data(), 0, v.data() + 40, v.data(), 64, 12));
         EXPECT_EQ(vekStsFilterOrderErr, filter(v.data(), 41, v.data() + 41, v.data(), 64, 12));
         EXPECT_EQ(vekStsSizeErr, filter(v.data(), 16, v.data() + 40, v.data(), 0, 12));
@@ -122,20 +120,15 @@ TEST(VekAmrWbEmphasis, RefusesNullLengthAndScale) {
     Samples v(64);
     std::vector<int32_t> w(64);
     int16_t m = 5;
-    EXPECT_EQ(vekStsNullPtrErr, veksPreemphasize_AMRWB_16s_ISfs(1, nullptr, 64, 14, &m));
-    EXPECT_EQ(vekStsNullPtrErr, veksPreemphasize_AMRWB_16s_ISfs(1, v.data(), 64, 14, nullptr));
+    expectNullsRefused(veksPreemphasize_AMRWB_16s_ISfs, 1, v.data(), 64, 14, &m);
     EXPECT_EQ(vekStsSizeErr, veksPreemphasize_AMRWB_16s_ISfs(1, v.data(), 0, 14, &m));
     EXPECT_EQ(vekStsScaleRangeErr, veksPreemphasize_AMRWB_16s_ISfs(1, v.data(), 64, 16, &m));
     EXPECT_EQ(vekStsScaleRangeErr, veksPreemphasize_AMRWB_16s_ISfs(1, v.data(), 64, -1, &m));
-    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWB_32s16s(1, nullptr, v.data(), 64, &m));
-    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWB_32s16s(1, w.data(), nullptr, 64, &m));
-    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWB_32s16s(1, w.data(), v.data(), 64, nullptr));
+    expectNullsRefused(veksDeemphasize_AMRWB_32s16s, 1, w.data(), v.data(), 64, &m);
     EXPECT_EQ(vekStsSizeErr, veksDeemphasize_AMRWB_32s16s(1, w.data(), v.data(), -1, &m));
-    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWB_NR_16s_I(1, nullptr, 64, &m));
-    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWB_NR_16s_I(1, v.data(), 64, nullptr));
+    expectNullsRefused(veksDeemphasize_AMRWB_NR_16s_I, 1, v.data(), 64, &m);
     EXPECT_EQ(vekStsSizeErr, veksDeemphasize_AMRWB_NR_16s_I(1, v.data(), 65537, &m));
-    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 14, nullptr, 64, &m));
-    EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 14, v.data(), 64, nullptr));
+    expectNullsRefused(veksDeemphasize_AMRWBE_NR_16s_I, 1, 14, v.data(), 64, &m);
     EXPECT_EQ(vekStsSizeErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 14, v.data(), 0, &m));
     EXPECT_EQ(vekStsScaleRangeErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 12, v.data(), 64, &m));
     EXPECT_EQ(vekStsScaleRangeErr, veksDeemphasize_AMRWBE_NR_16s_I(1, 16, v.data(), 64, &m));
@@ -190,9 +183,7 @@ TEST(VekAmrWbSynthesis, RefusesNullOrderAndLength) {
     Samples v(80);
     std::vector<int32_t> w(120);
     for (const auto filter : {veksSynthesisFilter_AMRWB_16s32s_I, veksSynthesisFilter_AMRWBE_16s32s_I}) {
-        EXPECT_EQ(vekStsNullPtrErr, filter(nullptr, 16, v.data(), w.data() + 41, 64));
-        EXPECT_EQ(vekStsNullPtrErr, filter(v.data(), 16, nullptr, w.data() + 41, 64));
-        EXPECT_EQ(vekStsNullPtrErr, filter(v.data(), 16, v.data(), nullptr, 64));
+        expectNullsRefused(filter, v.data(), 16, v.data(), w.data() + 41, 64);
         EXPECT_EQ(vekStsFilterOrderErr, filter(v.data(), 0, v.data(), w.data() + 41, 64));
         EXPECT_EQ(vekStsFilterOrderErr, filter(v.data(), 41, v.data(), w.data() + 41, 64));
         EXPECT_EQ(vekStsSizeErr, filter(v.data(), 16, v.data(), w.data() + 41, 0));
@@ -250,16 +241,12 @@ TEST(VekAmrWbHighPass, RefusesNullLengthScaleAndBounds) {
     char m[32] = {};
     EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilterGetSize_AMRWB_16s(nullptr));
     EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilterInit_AMRWB_16s(nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_AMRWB_16s_ISfs(nullptr, 64, m, 14));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_AMRWB_16s_ISfs(v.data(), 64, nullptr, 14));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_AMRWB_16s_Sfs(nullptr, v.data(), 64, m, 14));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_AMRWB_16s_Sfs(v.data(), nullptr, 64, m, 14));
+    expectNullsRefused(veksHighPassFilter_AMRWB_16s_ISfs, v.data(), 64, m, 14);
+    expectNullsRefused(veksHighPassFilter_AMRWB_16s_Sfs, v.data(), v.data(), 64, m, 14);
     EXPECT_EQ(vekStsSizeErr, veksHighPassFilter_AMRWB_16s_Sfs(v.data(), v.data(), 0, m, 14));
     EXPECT_EQ(vekStsScaleRangeErr, veksHighPassFilter_AMRWB_16s_Sfs(v.data(), v.data(), 64, m, 13));
     EXPECT_EQ(vekStsScaleRangeErr, veksHighPassFilter_AMRWB_16s_ISfs(v.data(), 64, m, 15));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_Direct_AMRWB_16s(nullptr, v.data(), v.data(), 64, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_Direct_AMRWB_16s(v.data(), nullptr, v.data(), 64, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_Direct_AMRWB_16s(v.data(), v.data(), nullptr, 64, 0));
+    expectNullsRefused(veksHighPassFilter_Direct_AMRWB_16s, v.data(), v.data(), v.data(), 64, 0);
     EXPECT_EQ(vekStsSizeErr, veksHighPassFilter_Direct_AMRWB_16s(v.data(), v.data(), v.data(), 0, 0));
     EXPECT_EQ(vekStsRangeErr, veksHighPassFilter_Direct_AMRWB_16s(v.data(), v.data(), v.data(), 64, 2));
     EXPECT_EQ(vekStsRangeErr, veksHighPassFilter_Direct_AMRWB_16s(v.data(), v.data(), v.data(), 64, -1));
@@ -345,10 +332,7 @@ TEST(VekAmrWbAdaptiveGain, IsTheQuotientUpToItsLimit) {
 TEST(VekAmrWbAdaptiveGain, RefusesNullAndLength) {
     Samples v(64);
     int16_t c[4], gain = 0;
-    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookGainCoeff_AMRWB_16s(nullptr, v.data(), c, &gain, 64));
-    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookGainCoeff_AMRWB_16s(v.data(), nullptr, c, &gain, 64));
-    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookGainCoeff_AMRWB_16s(v.data(), v.data(), nullptr, &gain, 64));
-    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookGainCoeff_AMRWB_16s(v.data(), v.data(), c, nullptr, 64));
+    expectNullsRefused(veksAdaptiveCodebookGainCoeff_AMRWB_16s, v.data(), v.data(), c, &gain, 64);
     EXPECT_EQ(vekStsSizeErr, veksAdaptiveCodebookGainCoeff_AMRWB_16s(v.data(), v.data(), c, &gain, 0));
 }
 
@@ -417,15 +401,12 @@ TEST(VekAmrWbSpectra, AFilterWithoutAllRootsGivesTheLastPairs) {
 TEST(VekAmrWbSpectra, RefuseNullAndOrders) {
     Samples v(21), w(21);
     for (const auto convert : {veksISPToISF_Norm_AMRWB_16s, veksISFToISP_AMRWB_16s, veksISPToLPC_AMRWB_16s}) {
-        EXPECT_EQ(vekStsNullPtrErr, convert(nullptr, w.data(), 16));
-        EXPECT_EQ(vekStsNullPtrErr, convert(v.data(), nullptr, 16));
+        expectNullsRefused(convert, v.data(), w.data(), 16);
         for (const int len : {-16, 0, 2, 15, 22}) {
             EXPECT_EQ(vekStsSizeErr, convert(v.data(), w.data(), len));
         }
     }
-    EXPECT_EQ(vekStsNullPtrErr, veksLPCToISP_AMRWB_16s(nullptr, v.data(), w.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksLPCToISP_AMRWB_16s(v.data(), nullptr, w.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksLPCToISP_AMRWB_16s(v.data(), w.data(), nullptr));
+    expectNullsRefused(veksLPCToISP_AMRWB_16s, v.data(), w.data(), w.data());
 }
 
 TEST(VekAmrWbIsfQuant, DecodesToWhatItQuantisedAlsoFarFromAllRows) {
@@ -470,10 +451,7 @@ TEST(VekAmrWbIsfQuant, LevelsAgree) {
 
 TEST(VekAmrWbIsfQuant, RefusesNullRatesAndIndicesBeyondTheBooks) {
     Samples v(48), r(16), q(16, 9), index(7);
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuant_AMRWB_16s(nullptr, r.data(), q.data(), index.data(), VEK_SPCHBR_8850));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuant_AMRWB_16s(v.data(), nullptr, q.data(), index.data(), VEK_SPCHBR_8850));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuant_AMRWB_16s(v.data(), r.data(), nullptr, index.data(), VEK_SPCHBR_8850));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuant_AMRWB_16s(v.data(), r.data(), q.data(), nullptr, VEK_SPCHBR_8850));
+    expectNullsRefused(veksISFQuant_AMRWB_16s, v.data(), r.data(), q.data(), index.data(), VEK_SPCHBR_8850);
     for (const VekSpchBitRate mode : {VEK_SPCHBR_4750, VEK_SPCHBR_DTX}) {
         EXPECT_EQ(vekStsBitRateErr, veksISFQuant_AMRWB_16s(v.data(), r.data(), q.data(), index.data(), mode));
         EXPECT_EQ(vekStsBitRateErr,
@@ -483,11 +461,7 @@ TEST(VekAmrWbIsfQuant, RefusesNullRatesAndIndicesBeyondTheBooks) {
                             VekSpchBitRate mode = VEK_SPCHBR_8850) {
         return veksISFQuantDecode_AMRWB_16s(i, out, rest, old, memory, bfi, mode);
     };
-    EXPECT_EQ(vekStsNullPtrErr, decode(nullptr, q.data(), r.data(), v.data(), v.data(), 0));
-    EXPECT_EQ(vekStsNullPtrErr, decode(index.data(), nullptr, r.data(), v.data(), v.data(), 0));
-    EXPECT_EQ(vekStsNullPtrErr, decode(index.data(), q.data(), nullptr, v.data(), v.data(), 0));
-    EXPECT_EQ(vekStsNullPtrErr, decode(index.data(), q.data(), r.data(), nullptr, v.data(), 0));
-    EXPECT_EQ(vekStsNullPtrErr, decode(index.data(), q.data(), r.data(), v.data(), nullptr, 0));
+    expectNullsRefused(decode, index.data(), q.data(), r.data(), v.data(), v.data(), 0);
     EXPECT_EQ(vekStsRangeErr, decode(index.data(), q.data(), r.data(), v.data(), v.data(), 2));
     const int rows[2][7] = {{256, 256, 64, 128, 128, 32, 32}, {256, 256, 128, 128, 64, 1, 1}};
     for (const bool lowest : {false, true}) {
@@ -501,11 +475,8 @@ TEST(VekAmrWbIsfQuant, RefusesNullRatesAndIndicesBeyondTheBooks) {
         }
     }
     EXPECT_EQ(Samples(16, 9), q);
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDTX_AMRWB_16s(nullptr, q.data(), index.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDTX_AMRWB_16s(v.data(), nullptr, index.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDTX_AMRWB_16s(v.data(), q.data(), nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDecodeDTX_AMRWB_16s(nullptr, q.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDecodeDTX_AMRWB_16s(index.data(), nullptr));
+    expectNullsRefused(veksISFQuantDTX_AMRWB_16s, v.data(), q.data(), index.data());
+    expectNullsRefused(veksISFQuantDecodeDTX_AMRWB_16s, index.data(), q.data());
     for (size_t i = 0; i < 5; ++i) {
         Samples bad(5);
         bad[i] = i < 3 ? 64 : 32;
@@ -542,11 +513,7 @@ TEST(VekAmrWbHistory, RefusesNullPlacesAndRates) {
         const VekStatus other = veksEncDTXBuffer_AMRWB_16s(s, p, i, b, e, VEK_SPCHBR_6600);
         return one == other ? one : 99;
     };
-    EXPECT_EQ(vekStsNullPtrErr, both(nullptr, isp.data(), &place, spectra.data(), energies.data()));
-    EXPECT_EQ(vekStsNullPtrErr, both(x.data(), nullptr, &place, spectra.data(), energies.data()));
-    EXPECT_EQ(vekStsNullPtrErr, both(x.data(), isp.data(), nullptr, spectra.data(), energies.data()));
-    EXPECT_EQ(vekStsNullPtrErr, both(x.data(), isp.data(), &place, nullptr, energies.data()));
-    EXPECT_EQ(vekStsNullPtrErr, both(x.data(), isp.data(), &place, spectra.data(), nullptr));
+    expectNullsRefused(both, x.data(), isp.data(), &place, spectra.data(), energies.data());
     for (const int16_t wrong : {-1, 8}) {
         place = wrong;
         EXPECT_EQ(vekStsRangeErr, both(x.data(), isp.data(), &place, spectra.data(), energies.data()));
@@ -604,10 +571,7 @@ TEST(VekAmrWbVad, RefusesNullAndAStateThatIsNotSetUp) {
     ASSERT_EQ(0, veksVADGetSize_AMRWB_16s(&size));
     ASSERT_LE(size, 400);
     ASSERT_EQ(0, veksVADInit_AMRWB_16s(state.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksVAD_AMRWB_16s(nullptr, state.data(), &tone, &flag));
-    EXPECT_EQ(vekStsNullPtrErr, veksVAD_AMRWB_16s(x.data(), nullptr, &tone, &flag));
-    EXPECT_EQ(vekStsNullPtrErr, veksVAD_AMRWB_16s(x.data(), state.data(), nullptr, &flag));
-    EXPECT_EQ(vekStsNullPtrErr, veksVAD_AMRWB_16s(x.data(), state.data(), &tone, nullptr));
+    expectNullsRefused(veksVAD_AMRWB_16s, x.data(), state.data(), &tone, &flag);
     EXPECT_EQ(9, flag);
 }
 

@@ -9,6 +9,7 @@
 namespace {
 
 using lpref::atEveryLevel;
+using lpref::dot;
 using lpref::noise;
 using Samples = std::vector<int16_t>;
 
@@ -30,14 +31,6 @@ std::vector<Pair> pairsOf(VekSpchBitRate mode, int count) {
         pairs.push_back({pitch / 16384.0, gain / 65536.0 / std::pow(10.0, 1.5)});
     }
     return pairs;
-}
-
-double dot(const Samples& a, const Samples& b) {
-    double sum = 0;
-    for (size_t i = 0; i < a.size(); ++i) {
-        sum += static_cast<double>(a[i]) * b[i];
-    }
-    return sum;
 }
 
 // A 16-bit mantissa and an exponent.

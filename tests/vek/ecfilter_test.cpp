@@ -535,15 +535,12 @@ TEST(VekEcFilterRefusals, ComeBeforeAnythingIsWritten) {
     const Samples bad(8, -1);
     const int16_t* r = s.data() + 300;
     const float* rf = f.data() + 300;
-    EXPECT_EQ(vekStsNullPtrErr, veksFIR_EC_16s(nullptr, r, out.data(), 8, r, 8));
-    EXPECT_EQ(vekStsNullPtrErr, veksFIR_EC_16s(r, r, nullptr, 8, r, 8));
-    EXPECT_EQ(vekStsNullPtrErr, veksFIR_EC_16s(r, r, out.data(), 8, nullptr, 8));
+    expectNullsRefused(veksFIR_EC_16s, r, r, out.data(), 8, r, 8);
     EXPECT_EQ(vekStsSizeErr, veksFIR_EC_16s(r, r, out.data(), 0, r, 8));
     EXPECT_EQ(vekStsSizeErr, veksFIR_EC_16s(r, r, out.data(), 8, r, 4097));
     EXPECT_EQ(vekStsNullPtrErr, veksFIR_EC_32f(rf, nullptr, outF.data(), 8, rf, 8));
     EXPECT_EQ(vekStsSizeErr, veksFIR_EC_32f(rf, rf, outF.data(), 8, rf, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksNLMS_EC_16s(r, r, r, out.data(), 8, coef.data(), 8, nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksNLMS_EC_16s(r, r, nullptr, out.data(), 8, coef.data(), 8, &err));
+    expectNullsRefused(veksNLMS_EC_16s, r, r, r, out.data(), 8, coef.data(), 8, &err);
     EXPECT_EQ(vekStsSizeErr, veksNLMS_EC_16s(r, r, r, out.data(), -1, coef.data(), 8, &err));
     EXPECT_EQ(vekStsRangeErr, veksNLMS_EC_16s(r, r, bad.data(), out.data(), 8, coef.data(), 8, &err));
     EXPECT_EQ(vekStsNullPtrErr, veksNLMS_EC_32f(rf, rf, rf, outF.data(), 8, nullptr, 8, &errF));

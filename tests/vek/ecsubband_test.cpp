@@ -4,6 +4,7 @@
 #include <complex>
 
 #include "lp_reference.h"
+#include "statememory.h"
 #include "veksc.h"
 
 namespace {
@@ -199,7 +200,6 @@ double reconstruction(int order, int frame, const Floats& window) {
     std::mt19937 random(4);
     std::uniform_real_distribution<float> pick(-1, 1);
     FloatProcess p = make(order, frame, window);
-    const int delay = static_cast<int>(window.size()) - frame;
     const int rounds = 200;
     Floats x(static_cast<size_t>(frame * rounds));
     for (float& v : x) {
@@ -213,14 +213,7 @@ double reconstruction(int order, int frame, const Floats& window) {
         bands.back().im = -99;
         veksSubbandSynthesis_32fc32f(bands.data(), &y[r * frame], p.get(), p.work());
     }
-    double signal = 0;
-    double error = 0;
-    for (size_t i = 2 * window.size(); i < x.size(); i++) {
-        const double e = static_cast<double>(y[i]) - x[i - delay];
-        signal += static_cast<double>(x[i]) * x[i];
-        error += e * e;
-    }
-    return 10 * std::log10(signal / error);
+    return lpref::signalToError(x, y, 2 * window.size(), window.size() - static_cast<size_t>(frame));
 }
 
 TEST(VekEcSynthesis, GivesTheSignalBackThroughAWindowAsLongAsTheTransform) {
@@ -380,14 +373,9 @@ Floats toneOf(const Tone& t, int freq) {
 
 // Whether the tone was detected at any time; both forms have to agree.
 int heard(const Floats& x, int freq, int frame) {
-    int size = 0;
-    EXPECT_EQ(vekStsNoErr, veksToneDetectGetStateSize_EC_32f(freq, &size));
-    Bytes memory(static_cast<size_t>(size) + 1);
-    auto* state = reinterpret_cast<VeksToneDetectState_EC_32f*>(memory.data() + 1);
+    StateMemory<VeksToneDetectState_EC_32f> state(veksToneDetectGetStateSize_EC_32f, freq);
     EXPECT_EQ(vekStsNoErr, veksToneDetectInit_EC_32f(state, freq));
-    EXPECT_EQ(vekStsNoErr, veksToneDetectGetStateSize_EC_16s(freq, &size));
-    Bytes memoryI(static_cast<size_t>(size) + 1);
-    auto* stateI = reinterpret_cast<VeksToneDetectState_EC_16s*>(memoryI.data() + 1);
+    StateMemory<VeksToneDetectState_EC_16s> stateI(veksToneDetectGetStateSize_EC_16s, freq);
     EXPECT_EQ(vekStsNoErr, veksToneDetectInit_EC_16s(stateI, freq));
     int any = 0;
     for (size_t i = 0; i + frame <= x.size(); i += frame) {
@@ -445,10 +433,7 @@ TEST(VekEcTone, IsNotHeardWithoutReversalsOrWithOthers) {
 }
 
 TEST(VekEcTone, OnceHeardHoldsUntilAQuarterSecondOfSilence) {
-    int size = 0;
-    ASSERT_EQ(vekStsNoErr, veksToneDetectGetStateSize_EC_32f(8000, &size));
-    Bytes memory(static_cast<size_t>(size));
-    auto* state = reinterpret_cast<VeksToneDetectState_EC_32f*>(memory.data());
+    StateMemory<VeksToneDetectState_EC_32f> state(veksToneDetectGetStateSize_EC_32f, 8000);
     ASSERT_EQ(vekStsNoErr, veksToneDetectInit_EC_32f(state, 8000));
     const Floats tone = toneOf({}, 8000);
     int result = 0;
@@ -486,8 +471,7 @@ TEST(VekEcToneRefusals, ComeBeforeAnythingIsWritten) {
     EXPECT_EQ(vekStsStateErr, veksToneDetect_EC_16s(x.data(), 80, &result, state));
     ASSERT_EQ(vekStsNoErr, veksToneDetectInit_EC_16s(state, 8000));
     EXPECT_EQ(vekStsStateErr, veksToneDetect_EC_32f(xf.data(), 80, &result, stateF));
-    EXPECT_EQ(vekStsNullPtrErr, veksToneDetect_EC_16s(nullptr, 80, &result, state));
-    EXPECT_EQ(vekStsNullPtrErr, veksToneDetect_EC_16s(x.data(), 80, nullptr, state));
+    expectNullsRefused(veksToneDetect_EC_16s, x.data(), 80, &result, state);
     EXPECT_EQ(vekStsSizeErr, veksToneDetect_EC_16s(x.data(), 0, &result, state));
     EXPECT_EQ(5, result);
 }

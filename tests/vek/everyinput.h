@@ -213,6 +213,20 @@ template <> constexpr Element Run::element<Vek32fc>() { return Element::F32; }
 template <> constexpr Element Run::element<Vek64f>() { return Element::F64; }
 // clang-format on
 
+/// A number for an argument that is a sample.
+inline Vek16s sample(Run& r, int least = -32768, int most = 32767) {
+    return static_cast<Vek16s>(r.number(least, most));
+}
+
+/// What the predictive quantisers of G.729 start from: four code vectors, k * pi / 11 in Q13.
+inline Vek16s* lsfHistory(Run& r) {
+    std::vector<Vek16s> start;
+    for (int i = 0; i < 40; ++i) {
+        start.push_back(static_cast<Vek16s>((i % 10 + 1) * 25736 / 11));
+    }
+    return r.kept(start);
+}
+
 /// A function, its sizes and its call.
 struct Entry {
     const char* name;

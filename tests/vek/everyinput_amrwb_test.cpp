@@ -9,14 +9,11 @@ namespace {
 using S = Vek16s;
 using L = Vek32s;
 using everyinput::Run;
+using everyinput::sample;
 
 constexpr VekSpchBitRate kRates[] = {VEK_SPCHBR_6600,  VEK_SPCHBR_8850,  VEK_SPCHBR_12650, VEK_SPCHBR_14250,
                                      VEK_SPCHBR_15850, VEK_SPCHBR_18250, VEK_SPCHBR_19850, VEK_SPCHBR_23050,
                                      VEK_SPCHBR_23850, VEK_SPCHBR_DTX};
-
-S sample(Run& r, int least = -32768, int most = 32767) {
-    return static_cast<S>(r.number(least, most));
-}
 
 // The size of a call is its rate, 0 to 8 or 9.
 #define RATES ({0, 1, 2, 3, 4, 5, 6, 7, 8})

@@ -9,10 +9,7 @@ namespace {
 using S = Vek16s;
 using L = Vek32s;
 using everyinput::Run;
-
-S sample(Run& r, int least = -32768, int most = 32767) {
-    return static_cast<S>(r.number(least, most));
-}
+using everyinput::sample;
 
 #define TRANSFORMS ({48, 96, 192, 288, 576, 1152})
 

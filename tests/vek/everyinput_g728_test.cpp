@@ -9,10 +9,7 @@ namespace {
 using S = Vek16s;
 using L = Vek32s;
 using everyinput::Run;
-
-S sample(Run& r, int least = -32768, int most = 32767) {
-    return static_cast<S>(r.number(least, most));
-}
+using everyinput::sample;
 
 VeksIIRState_G728* weighting(Run& r) {
     return r.state<VeksIIRState_G728>(veksIIR16sGetStateSize_G728_16s, veksIIR16sInit_G728_16s);

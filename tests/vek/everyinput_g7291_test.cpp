@@ -8,19 +8,9 @@ namespace {
 
 using S = Vek16s;
 using L = Vek32s;
+using everyinput::lsfHistory;
 using everyinput::Run;
-
-S sample(Run& r, int least = -32768, int most = 32767) {
-    return static_cast<S>(r.number(least, most));
-}
-
-S* lsfHistory(Run& r) {
-    std::vector<S> start;
-    for (int i = 0; i < 40; ++i) {
-        start.push_back(static_cast<S>((i % 10 + 1) * 25736 / 11));
-    }
-    return r.kept(start);
-}
+using everyinput::sample;
 
 void* bank(Run& r) {
     return r.state<void>(veksQMFGetStateSize_G7291_16s, veksQMFInit_G7291_16s);

@@ -9,26 +9,15 @@ namespace {
 using S = Vek16s;
 using L = Vek32s;
 using F = Vek32f;
+using everyinput::lsfHistory;
 using everyinput::Range;
 using everyinput::Run;
+using everyinput::sample;
 
 constexpr Range kCosine16{-32768, 32767};
 constexpr Range kRadians16{40, 25681};
 constexpr Range kCosine{-0.999, 0.999};
 constexpr Range kSmall{-1, 1};
-
-S sample(Run& r, int least = -32768, int most = 32767) {
-    return static_cast<S>(r.number(least, most));
-}
-
-/// Four code vectors of the start, k * pi / 11 in Q13.
-S* lsfHistory(Run& r) {
-    std::vector<S> start;
-    for (int i = 0; i < 40; ++i) {
-        start.push_back(static_cast<S>((i % 10 + 1) * 25736 / 11));
-    }
-    return r.kept(start);
-}
 
 F* realLsfHistory(Run& r) {
     std::vector<F> start;

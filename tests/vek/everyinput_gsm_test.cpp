@@ -10,14 +10,11 @@ using S = Vek16s;
 using L = Vek32s;
 using everyinput::Range;
 using everyinput::Run;
+using everyinput::sample;
 
 constexpr VekSpchBitRate kRates[] = {VEK_SPCHBR_4750,  VEK_SPCHBR_5150,  VEK_SPCHBR_5900,
                                      VEK_SPCHBR_6700,  VEK_SPCHBR_7400,  VEK_SPCHBR_7950,
                                      VEK_SPCHBR_10200, VEK_SPCHBR_12200, VEK_SPCHBR_DTX};
-
-S sample(Run& r, int least = -32768, int most = 32767) {
-    return static_cast<S>(r.number(least, most));
-}
 
 // The size of a call is its rate, 0 to 7 or 8.
 #define AMR_RATES ({0, 1, 2, 3, 4, 5, 6, 7})

@@ -82,8 +82,7 @@ TEST(VekHarmonicFilter, FloatFormFeedsBack) {
 TEST(VekHarmonicFilter, RefusesNullPeriodsOutOfRangeAndEmptyVector) {
     int16_t x[4] = {};
     float f[4] = {};
-    EXPECT_EQ(vekStsNullPtrErr, veksHarmonicFilter_NR_16s(1, 1, nullptr, x, 2));
-    EXPECT_EQ(vekStsNullPtrErr, veksHarmonicFilter_NR_16s(1, 1, x, nullptr, 2));
+    expectNullsRefused(veksHarmonicFilter_NR_16s, 1, 1, x, x, 2);
     EXPECT_EQ(vekStsNullPtrErr, veksHarmonicFilter_16s_I(1, 1, nullptr, 2));
     EXPECT_EQ(vekStsNullPtrErr, veksHarmonicFilter_32f_I(1, nullptr, 2, 1.0f));
     EXPECT_EQ(vekStsSizeErr, veksHarmonicFilter_NR_16s(1, 1, x + 1, x + 1, 0));
@@ -140,9 +139,7 @@ TEST(VekResidualFilter, SaturatesEachStepNotOnlyTheSum) {
 
 TEST(VekResidualFilter, RefusesNull) {
     int16_t x[50] = {};
-    EXPECT_EQ(vekStsNullPtrErr, veksResidualFilter_G729_16s(nullptr, x, x));
-    EXPECT_EQ(vekStsNullPtrErr, veksResidualFilter_G729_16s(x + 10, nullptr, x));
-    EXPECT_EQ(vekStsNullPtrErr, veksResidualFilter_G729_16s(x + 10, x, nullptr));
+    expectNullsRefused(veksResidualFilter_G729_16s, x + 10, x, x);
 }
 
 TEST(VekSynthesisFilter, EqualsTheTextbookForEveryLengthAndScale) {
@@ -229,9 +226,7 @@ TEST(VekSynthesisFilter, RefusesNullLengthAndScaleAndWritesNothing) {
     int16_t a[11] = {4096};
     int16_t m[10] = {};
     int16_t x[4] = {1, 2, 3, 4};
-    EXPECT_EQ(vekStsNullPtrErr, veksSynthesisFilter_NR_16s_Sfs(nullptr, x, x, 4, 12, m));
-    EXPECT_EQ(vekStsNullPtrErr, veksSynthesisFilter_NR_16s_Sfs(a, nullptr, x, 4, 12, m));
-    EXPECT_EQ(vekStsNullPtrErr, veksSynthesisFilter_NR_16s_Sfs(a, x, nullptr, 4, 12, m));
+    expectNullsRefused(veksSynthesisFilter_NR_16s_Sfs, a, x, x, 4, 12, m);
     EXPECT_EQ(vekStsNullPtrErr, veksSynthesisFilter_NR_16s_ISfs(a, x, 4, 12, nullptr));
     EXPECT_EQ(vekStsSizeErr, veksSynthesisFilter_NR_16s_ISfs(a, x, 0, 12, m));
     EXPECT_EQ(vekStsSizeErr, veksSynthesisFilterLow_NR_16s_ISfs(a, x, 65537, 12, m));
@@ -262,8 +257,7 @@ TEST(VekFilteredExcitation, MovesUpByOneAndAddsTheIncomingSample) {
 
 TEST(VekFilteredExcitation, RefusesNullAndEmpty) {
     float x[2] = {};
-    EXPECT_EQ(vekStsNullPtrErr, veksFilteredExcitation_G729_32f(nullptr, x, 2, 1.0f));
-    EXPECT_EQ(vekStsNullPtrErr, veksFilteredExcitation_G729_32f(x, nullptr, 2, 1.0f));
+    expectNullsRefused(veksFilteredExcitation_G729_32f, x, x, 2, 1.0f);
     EXPECT_EQ(vekStsSizeErr, veksFilteredExcitation_G729_32f(x, x, 0, 1.0f));
 }
 
@@ -336,8 +330,7 @@ TEST(VekHighPassFilter, RefusesNullLengthAndOtherScales) {
     char memory[64] = {};
     EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilterSize_G729(nullptr));
     EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilterInit_G729(nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_G729_16s_ISfs(nullptr, 2, 12, memory));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_G729_16s_ISfs(x, 2, 12, nullptr));
+    expectNullsRefused(veksHighPassFilter_G729_16s_ISfs, x, 2, 12, memory);
     EXPECT_EQ(vekStsSizeErr, veksHighPassFilter_G729_16s_ISfs(x, 0, 12, memory));
     EXPECT_EQ(vekStsScaleRangeErr, veksHighPassFilter_G729_16s_ISfs(x, 2, 11, memory));
     EXPECT_EQ(vekStsScaleRangeErr, veksHighPassFilter_G729_16s_ISfs(x, 2, 0, memory));
@@ -396,9 +389,7 @@ TEST(VekIirG723, RefusesNullAndScale) {
     int16_t m[20] = {};
     int16_t x[60] = {};
     int32_t w[60] = {};
-    EXPECT_EQ(vekStsNullPtrErr, veksIIR16s_G723_16s_I(nullptr, x, m));
-    EXPECT_EQ(vekStsNullPtrErr, veksIIR16s_G723_16s_I(c, nullptr, m));
-    EXPECT_EQ(vekStsNullPtrErr, veksIIR16s_G723_16s_I(c, x, nullptr));
+    expectNullsRefused(veksIIR16s_G723_16s_I, c, x, m);
     EXPECT_EQ(vekStsNullPtrErr, veksIIR16s_G723_16s32s(c, x, nullptr, m));
     EXPECT_EQ(vekStsNullPtrErr, veksIIR16s_G723_32s16s_Sfs(c, nullptr, 0, x, m));
     EXPECT_EQ(vekStsScaleRangeErr, veksIIR16s_G723_32s16s_Sfs(c, w, -1, x, m));
@@ -443,9 +434,7 @@ TEST(VekIirG729, RefusesNull) {
     int16_t c[22] = {};
     int16_t m[20] = {};
     int16_t x[40] = {};
-    EXPECT_EQ(vekStsNullPtrErr, veksIIR16s_G729_16s(nullptr, x, x, m));
-    EXPECT_EQ(vekStsNullPtrErr, veksIIR16s_G729_16s(c, nullptr, x, m));
-    EXPECT_EQ(vekStsNullPtrErr, veksIIR16s_G729_16s(c, x, nullptr, m));
+    expectNullsRefused(veksIIR16s_G729_16s, c, x, x, m);
     EXPECT_EQ(vekStsNullPtrErr, veksIIR16sLow_G729_16s(c, x, x, nullptr));
 }
 

@@ -60,9 +60,7 @@ TEST(VekMul, ProductOfTheTwoMinimaSaturates) {
 
 TEST(VekMul, RefusesNullLengthAndScale) {
     int16_t x[2] = {5, 6};
-    EXPECT_EQ(vekStsNullPtrErr, veksMul_NR_16s_Sfs(nullptr, x, x, 2, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksMul_NR_16s_Sfs(x, nullptr, x, 2, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksMul_NR_16s_Sfs(x, x, nullptr, 2, 0));
+    expectNullsRefused(veksMul_NR_16s_Sfs, x, x, x, 2, 0);
     EXPECT_EQ(vekStsNullPtrErr, veksMul_NR_16s_ISfs(x, nullptr, 2, 0));
     EXPECT_EQ(vekStsNullPtrErr, veksMulC_NR_16s_Sfs(nullptr, 1, x, 2, 0));
     EXPECT_EQ(vekStsNullPtrErr, veksMulC_NR_16s_ISfs(1, nullptr, 2, 0));
@@ -122,8 +120,7 @@ TEST(VekInterpolateC, RefusesNullLengthAndScale) {
     int16_t x[2] = {};
     float f[2] = {};
     EXPECT_EQ(vekStsNullPtrErr, veksInterpolateC_NR_G729_16s_Sfs(nullptr, 1, x, 1, x, 2, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksInterpolateC_G729_16s_Sfs(x, 1, nullptr, 1, x, 2, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksInterpolateC_G729_16s_Sfs(x, 1, x, 1, nullptr, 2, 0));
+    expectNullsRefused(veksInterpolateC_G729_16s_Sfs, x, 1, x, 1, x, 2, 0);
     EXPECT_EQ(vekStsSizeErr, veksInterpolateC_G729_16s_Sfs(x, 1, x, 1, x, 0, 0));
     EXPECT_EQ(vekStsScaleRangeErr, veksInterpolateC_G729_16s_Sfs(x, 1, x, 1, x, 2, 16));
     EXPECT_EQ(vekStsScaleRangeErr, veksInterpolateC_NR_G729_16s_Sfs(x, 1, x, 1, x, 2, -1));
@@ -220,8 +217,7 @@ TEST(VekMulPowerC, RoundsEachPowerAndSaturatesWithEveryScale) {
 
 TEST(VekMulPowerC, RefusesNullLengthAndScale) {
     int16_t x[2] = {};
-    EXPECT_EQ(vekStsNullPtrErr, veksMulPowerC_NR_16s_Sfs(nullptr, 1, x, 2, 15));
-    EXPECT_EQ(vekStsNullPtrErr, veksMulPowerC_NR_16s_Sfs(x, 1, nullptr, 2, 15));
+    expectNullsRefused(veksMulPowerC_NR_16s_Sfs, x, 1, x, 2, 15);
     EXPECT_EQ(vekStsSizeErr, veksMulPowerC_NR_16s_Sfs(x, 1, x, 0, 15));
     EXPECT_EQ(vekStsScaleRangeErr, veksMulPowerC_NR_16s_Sfs(x, 1, x, 2, 16));
 }

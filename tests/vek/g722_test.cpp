@@ -501,8 +501,7 @@ TEST(VekG722Errors, NullsSizesModesAndStatesAreRefused) {
     Bytes state = memory();
     int n = 0;
     Vek32u code[4] = {};
-    EXPECT_EQ(vekStsNullPtrErr, veksQMFEncode_G722_16s(nullptr, y.data(), 80, d.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksQMFEncode_G722_16s(x.data(), y.data(), 80, nullptr));
+    expectNullsRefused(veksQMFEncode_G722_16s, x.data(), y.data(), 80, d.data());
     EXPECT_EQ(vekStsNullPtrErr, veksQMFDecode_G722_16s(x.data(), nullptr, 80, d.data()));
     EXPECT_EQ(vekStsNullPtrErr, veksSBADPCMEncodeStateSize_G722_16s(nullptr));
     EXPECT_EQ(vekStsNullPtrErr, veksSBADPCMDecodeStateSize_G722_16s(nullptr));
@@ -530,9 +529,7 @@ TEST(VekG722Errors, NullsSizesModesAndStatesAreRefused) {
     EXPECT_EQ(vekStsNullPtrErr, veksClassifyFrame_G722_16s_I(x.data() + 8, 80, nullptr, odd(state)));
     EXPECT_EQ(vekStsSizeErr, veksClassifyFrame_G722_16s_I(x.data() + 8, 15, &n, odd(state)));
     EXPECT_EQ(vekStsSizeErr, veksClassifyFrame_G722_16s_I(x.data() + 8, 1025, &n, odd(state)));
-    EXPECT_EQ(vekStsNullPtrErr, veksHuffmanEncode_G722_16s32u(0, 0, nullptr, code, &n));
-    EXPECT_EQ(vekStsNullPtrErr, veksHuffmanEncode_G722_16s32u(0, 0, x.data(), nullptr, &n));
-    EXPECT_EQ(vekStsNullPtrErr, veksHuffmanEncode_G722_16s32u(0, 0, x.data(), code, nullptr));
+    expectNullsRefused(veksHuffmanEncode_G722_16s32u, 0, 0, x.data(), code, &n);
     for (const auto& [category, index] : {std::pair{-1, 0}, {8, 0}, {0, -9}, {0, 32}}) {
         EXPECT_EQ(vekStsRangeErr, veksHuffmanEncode_G722_16s32u(category, index, x.data(), code, &n));
     }

@@ -489,24 +489,17 @@ TEST(VekG723Searches, RefuseNullPointersAndValuesOutOfRange) {
     int16_t* no = nullptr;
     int32_t* wide = nullptr;
     const VekSpchBitRate rate = VEK_SPCHBR_6300;
-    EXPECT_EQ(vekStsNullPtrErr, veksOpenLoopPitchSearch_G723_16s(no, p));
-    EXPECT_EQ(vekStsNullPtrErr, veksOpenLoopPitchSearch_G723_16s(x, no));
-    EXPECT_EQ(vekStsNullPtrErr, veksHarmonicSearch_G723_16s(60, no, p, p));
-    EXPECT_EQ(vekStsNullPtrErr, veksHarmonicSearch_G723_16s(60, x, no, p));
-    EXPECT_EQ(vekStsNullPtrErr, veksHarmonicSearch_G723_16s(60, x, p, no));
+    expectNullsRefused(veksOpenLoopPitchSearch_G723_16s, x, p);
+    expectNullsRefused(veksHarmonicSearch_G723_16s, 60, x, p, p);
     EXPECT_EQ(vekStsRangeErr, veksHarmonicSearch_G723_16s(17, x, p, p));
     EXPECT_EQ(vekStsRangeErr, veksHarmonicSearch_G723_16s(146, x, p, p));
-    EXPECT_EQ(vekStsNullPtrErr, veksPitchPostFilter_G723_16s(60, no, p, p, p, 0, rate));
-    EXPECT_EQ(vekStsNullPtrErr, veksPitchPostFilter_G723_16s(60, x, no, p, p, 0, rate));
-    EXPECT_EQ(vekStsNullPtrErr, veksPitchPostFilter_G723_16s(60, x, p, no, p, 0, rate));
-    EXPECT_EQ(vekStsNullPtrErr, veksPitchPostFilter_G723_16s(60, x, p, p, no, 0, rate));
+    expectNullsRefused(veksPitchPostFilter_G723_16s, 60, x, p, p, p, 0, rate);
     EXPECT_EQ(vekStsRangeErr, veksPitchPostFilter_G723_16s(17, x, p, p, p, 0, rate));
     EXPECT_EQ(vekStsRangeErr, veksPitchPostFilter_G723_16s(146, x, p, p, p, 0, rate));
     EXPECT_EQ(vekStsRangeErr, veksPitchPostFilter_G723_16s(60, x, p, p, p, 4, rate));
     EXPECT_EQ(vekStsRangeErr, veksPitchPostFilter_G723_16s(60, x, p, p, p, -1, rate));
     EXPECT_EQ(vekStsBitRateErr, veksPitchPostFilter_G723_16s(60, x, p, p, p, 0, VEK_SPCHBR_4750));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeAdaptiveVector_G723_16s(60, 1, 0, no, p, rate));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeAdaptiveVector_G723_16s(60, 1, 0, p, no, rate));
+    expectNullsRefused(veksDecodeAdaptiveVector_G723_16s, 60, 1, 0, p, p, rate);
     EXPECT_EQ(vekStsRangeErr, veksDecodeAdaptiveVector_G723_16s(17, 1, 0, p, p, rate));
     EXPECT_EQ(vekStsRangeErr, veksDecodeAdaptiveVector_G723_16s(146, 1, 0, p, p, rate));
     EXPECT_EQ(vekStsRangeErr, veksDecodeAdaptiveVector_G723_16s(145, 3, 0, p, p, rate));
@@ -544,16 +537,15 @@ TEST(VekG723Searches, RefuseNullPointersAndValuesOutOfRange) {
     EXPECT_EQ(vekStsRangeErr, pulses(60, -1, 4));
     EXPECT_EQ(vekStsRangeErr, quantise(-1, 0));
     EXPECT_EQ(vekStsRangeErr, quantise(-1, 7));
-    EXPECT_EQ(vekStsNullPtrErr, veksToeplizMatrix_G723_16s(no, p));
-    EXPECT_EQ(vekStsNullPtrErr, veksToeplizMatrix_G723_16s(p, no));
-    EXPECT_EQ(vekStsNullPtrErr, veksToeplizMatrix_G723_16s32s(no, w));
-    EXPECT_EQ(vekStsNullPtrErr, veksToeplizMatrix_G723_16s32s(p, wide));
+    expectNullsRefused(veksToeplizMatrix_G723_16s, p, p);
+    expectNullsRefused(veksToeplizMatrix_G723_16s32s, p, w);
     for (int missing = 0; missing < 7; ++missing) {
         const auto pick = [&](int i) { return missing == i ? no : p; };
         EXPECT_EQ(vekStsNullPtrErr,
                   veksACELPFixedCodebookSearch_G723_16s(pick(0), pick(1), pick(2), pick(3), pick(4), pick(5), pick(6)));
-        EXPECT_EQ(vekStsNullPtrErr, veksACELPFixedCodebookSearch_G723_32s16s(pick(0), missing == 1 ? wide : w, pick(2),
-                                                                             pick(3), pick(4), pick(5), pick(6)));
+        EXPECT_EQ(vekStsNullPtrErr,
+                  veksACELPFixedCodebookSearch_G723_32s16s(pick(0), missing == 1 ? nullptr : w, pick(2), pick(3),
+                                                           pick(4), pick(5), pick(6)));
     }
     for (const int16_t times : {int16_t{-1}, int16_t{30001}}) {
         int16_t held = times;

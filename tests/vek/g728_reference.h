@@ -2,6 +2,7 @@
 #pragma once
 
 #include "lp_reference.h"
+#include "statememory.h"
 #include "veksc.h"
 
 #include <array>
@@ -14,24 +15,8 @@ namespace g728ref {
 using Samples = std::vector<int16_t>;
 using Reals = std::vector<double>;
 
-/// A state at an odd address, of the size that the library tells.
 template <class State>
-class Memory {
-public:
-    explicit Memory(VekStatus (*getSize)(int*)) {
-        int size = 0;
-        EXPECT_EQ(vekStsNoErr, getSize(&size));
-        m_bytes.resize(static_cast<size_t>(size) + 1);
-    }
-    // Where a State* is asked for: the tests call the functions as users do.
-    operator State*() // NOLINT(google-explicit-constructor)
-    {
-        return reinterpret_cast<State*>(m_bytes.data() + 1);
-    }
-
-private:
-    std::vector<uint8_t> m_bytes;
-};
+using Memory = StateMemory<State>;
 
 /// Predictor from reflection coefficients, without its first coefficient.
 inline Reals stepUp(const Reals& reflection) {

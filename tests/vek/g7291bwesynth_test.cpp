@@ -5,6 +5,7 @@ namespace {
 
 using namespace bwe;
 using lpref::atEveryLevel;
+using lpref::bessel;
 using lpref::noise;
 
 // --- excitation ---
@@ -357,16 +358,6 @@ TEST(VekG7291ShapeTime, RefusesGainsOutOfRange) {
 }
 
 // --- frequency shaping ---
-
-double bessel(double x) {
-    double sum = 0;
-    double term = 1;
-    for (int k = 1; term > 1e-15; ++k) {
-        sum += term;
-        term *= std::pow(x / (2 * k), 2);
-    }
-    return sum;
-}
 
 Doubles filterFor(const int16_t* x, const Samples& envelope) {
     const Doubles own = bands(x);

@@ -13,16 +13,6 @@ using Reals = std::vector<double>;
 
 constexpr double pi = 3.14159265358979323846;
 
-double bessel(double x) {
-    double sum = 1;
-    double term = 1;
-    for (int k = 1; k < 60; ++k) {
-        term *= x / 2 / k * (x / 2 / k);
-        sum += term;
-    }
-    return sum;
-}
-
 // The prototype by its rule.
 Reals prototype() {
     Reals h(64);

@@ -7,6 +7,8 @@
 namespace {
 
 using lpref::atEveryLevel;
+using lpref::convolved;
+using lpref::dot;
 using lpref::noise;
 using lpref::response;
 using Samples = std::vector<int16_t>;
@@ -21,24 +23,6 @@ Reals decode(const Samples& index) {
         code[static_cast<size_t>(at)] = index[1] >> n & 1 ? 1 : -1;
     }
     return code;
-}
-
-Reals convolved(const Reals& code, const Reals& h) {
-    Reals y(40);
-    for (size_t n = 0; n < 40; ++n) {
-        for (size_t i = 0; i <= n; ++i) {
-            y[n] += code[i] * h[n - i];
-        }
-    }
-    return y;
-}
-
-double dot(const Reals& a, const Reals& b) {
-    double sum = 0;
-    for (size_t i = 0; i < a.size(); ++i) {
-        sum += a[i] * b[i];
-    }
-    return sum;
 }
 
 // Squared correlation over energy of all codes with the signs of the correlation, the best of them.

@@ -242,10 +242,6 @@ struct Band {
     }
 };
 
-double energy(const Samples& y) {
-    return std::accumulate(y.begin(), y.end(), 0.0, [](double sum, int16_t v) { return sum + double{1} * v * v; });
-}
-
 TEST(VekG7291Spherical, EachPointHasItsNumberAndTheLevelOfTheEnvelope) {
     for (const int band : {0, 9, 17}) {
         for (int bits = 0; bits <= 16; ++bits) {

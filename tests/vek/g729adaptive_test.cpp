@@ -95,13 +95,9 @@ TEST(VekDecodeAdaptiveVector, RefusesNullAndDelaysOutOfRange) {
     const Samples before = x;
     const int16_t good[] = {40, 0};
     const int32_t goodFloat[] = {40, 0};
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeAdaptiveVector_G729_16s_I(nullptr, x.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeAdaptiveVector_G729_16s_I(good, nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeAdaptiveVector_G729_16s(nullptr, x.data(), y.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeAdaptiveVector_G729_16s(good, nullptr, y.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeAdaptiveVector_G729_16s(good, x.data(), nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeAdaptiveVector_G729_32f_I(nullptr, f.data() + 154));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeAdaptiveVector_G729_32f_I(goodFloat, nullptr));
+    expectNullsRefused(veksDecodeAdaptiveVector_G729_16s_I, good, x.data());
+    expectNullsRefused(veksDecodeAdaptiveVector_G729_16s, good, x.data(), y.data());
+    expectNullsRefused(veksDecodeAdaptiveVector_G729_32f_I, goodFloat, f.data() + 154);
     for (const auto& [delay, fraction] : {std::pair{-1, 0}, {144, 0}, {40, 2}, {40, -2}}) {
         const int16_t bad[] = {static_cast<int16_t>(delay), static_cast<int16_t>(fraction)};
         const int32_t badFloat[] = {delay, fraction};
@@ -151,11 +147,7 @@ TEST(VekAdaptiveCodebookSearch, RefusesNullAndValuesOutOfRange) {
     int16_t at[2] = {7, 7};
     Samples v(40);
     for (const auto search : {veksAdaptiveCodebookSearch_G729_16s, veksAdaptiveCodebookSearch_G729A_16s}) {
-        EXPECT_EQ(vekStsNullPtrErr, search(60, nullptr, h.data(), x.data(), at, v.data(), 0));
-        EXPECT_EQ(vekStsNullPtrErr, search(60, h.data(), nullptr, x.data(), at, v.data(), 0));
-        EXPECT_EQ(vekStsNullPtrErr, search(60, h.data(), h.data(), nullptr, at, v.data(), 0));
-        EXPECT_EQ(vekStsNullPtrErr, search(60, h.data(), h.data(), x.data(), nullptr, v.data(), 0));
-        EXPECT_EQ(vekStsNullPtrErr, search(60, h.data(), h.data(), x.data(), at, nullptr, 0));
+        expectNullsRefused(search, 60, h.data(), h.data(), x.data(), at, v.data(), 0);
         EXPECT_EQ(vekStsRangeErr, search(18, h.data(), h.data(), x.data(), at, v.data(), 0));
         EXPECT_EQ(vekStsRangeErr, search(145, h.data(), h.data(), x.data(), at, v.data(), 0));
         EXPECT_EQ(vekStsRangeErr, search(60, h.data(), h.data(), x.data(), at, v.data(), 2));

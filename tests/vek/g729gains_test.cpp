@@ -41,10 +41,8 @@ TEST(VekRandomNoise, RefusesNullAndLengths) {
     int16_t seed = 5;
     int16_t y = 6;
     float f = 7;
-    EXPECT_EQ(vekStsNullPtrErr, veksRandomNoiseExcitation_G729B_16s(nullptr, &y, 1));
-    EXPECT_EQ(vekStsNullPtrErr, veksRandomNoiseExcitation_G729B_16s(&seed, nullptr, 1));
-    EXPECT_EQ(vekStsNullPtrErr, veksRandomNoiseExcitation_G729B_16s32f(nullptr, &f, 1));
-    EXPECT_EQ(vekStsNullPtrErr, veksRandomNoiseExcitation_G729B_16s32f(&seed, nullptr, 1));
+    expectNullsRefused(veksRandomNoiseExcitation_G729B_16s, &seed, &y, 1);
+    expectNullsRefused(veksRandomNoiseExcitation_G729B_16s32f, &seed, &f, 1);
     for (const int len : {0, -1, 65537}) {
         EXPECT_EQ(vekStsSizeErr, veksRandomNoiseExcitation_G729B_16s(&seed, &y, len));
         EXPECT_EQ(vekStsSizeErr, veksRandomNoiseExcitation_G729B_16s32f(&seed, &f, len));
@@ -149,12 +147,8 @@ TEST(VekDecodeGain, RefusesNullAndCodesOutOfRange) {
     Samples past = fresh;
     int16_t gains[] = {7, 8};
     const int16_t good[] = {1, 1};
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeGain_G729_16s(1, nullptr, good, gains));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeGain_G729_16s(1, past.data(), nullptr, gains));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeGain_G729_16s(1, past.data(), good, nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeGain_G729I_16s(1, 1, nullptr, good, gains));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeGain_G729I_16s(1, 1, past.data(), nullptr, gains));
-    EXPECT_EQ(vekStsNullPtrErr, veksDecodeGain_G729I_16s(1, 1, past.data(), good, nullptr));
+    expectNullsRefused(veksDecodeGain_G729_16s, 1, past.data(), good, gains);
+    expectNullsRefused(veksDecodeGain_G729I_16s, 1, 1, past.data(), good, gains);
     EXPECT_EQ(vekStsRangeErr, veksDecodeGain_G729_16s(-1, past.data(), good, gains));
     EXPECT_EQ(vekStsRangeErr, veksDecodeGain_G729I_16s(-1, 1, past.data(), good, gains));
     EXPECT_EQ(vekStsRangeErr, veksDecodeGain_G729I_16s(1, -1, past.data(), good, gains));
@@ -418,9 +412,7 @@ TEST(VekGainCodebookSearch, RefusesNullAndEntriesBeyondTheCodebooks) {
     const int16_t good[] = {1, 1};
     int16_t codes[] = {7, 8};
     for (const Search search : {veksGainCodebookSearch_G729_32f, veksGainCodebookSearch_G729D_32f}) {
-        EXPECT_EQ(vekStsNullPtrErr, search(nullptr, good, codes, 0, 1));
-        EXPECT_EQ(vekStsNullPtrErr, search(terms.data(), nullptr, codes, 0, 1));
-        EXPECT_EQ(vekStsNullPtrErr, search(terms.data(), good, nullptr, 0, 1));
+        expectNullsRefused(search, terms.data(), good, codes, 0, 1);
         EXPECT_EQ(vekStsRangeErr, search(terms.data(), good, codes, -1, 1));
         EXPECT_EQ(vekStsRangeErr, search(terms.data(), good, codes, 2, 1));
         const bool d = search == veksGainCodebookSearch_G729D_32f;

@@ -187,18 +187,12 @@ TEST(VekLsfQuantiser, RefusesNullAndIndicesOutOfRange) {
     Samples lsf(10, 5);
     int16_t index[4] = {};
     for (const auto decode : {veksLSFDecode_G729_16s, veksLSFDecode_G729B_16s}) {
-        EXPECT_EQ(vekStsNullPtrErr, decode(nullptr, history.data(), lsf.data()));
-        EXPECT_EQ(vekStsNullPtrErr, decode(index, nullptr, lsf.data()));
-        EXPECT_EQ(vekStsNullPtrErr, decode(index, history.data(), nullptr));
+        expectNullsRefused(decode, index, history.data(), lsf.data());
     }
     for (const auto quant : {veksLSFQuant_G729_16s, veksLSFQuant_G729B_16s, veksLSPQuant_G729_16s}) {
-        EXPECT_EQ(vekStsNullPtrErr, quant(nullptr, history.data(), lsf.data(), index));
-        EXPECT_EQ(vekStsNullPtrErr, quant(kSpeech, nullptr, lsf.data(), index));
-        EXPECT_EQ(vekStsNullPtrErr, quant(kSpeech, history.data(), nullptr, index));
-        EXPECT_EQ(vekStsNullPtrErr, quant(kSpeech, history.data(), lsf.data(), nullptr));
+        expectNullsRefused(quant, kSpeech, history.data(), lsf.data(), index);
     }
-    EXPECT_EQ(vekStsNullPtrErr, veksLSFDecodeErased_G729_16s(0, nullptr, lsf.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksLSFDecodeErased_G729_16s(0, history.data(), nullptr));
+    expectNullsRefused(veksLSFDecodeErased_G729_16s, 0, history.data(), lsf.data());
     EXPECT_EQ(vekStsRangeErr, veksLSFDecodeErased_G729_16s(2, history.data(), lsf.data()));
     EXPECT_EQ(vekStsRangeErr, veksLSFDecodeErased_G729_16s(-1, history.data(), lsf.data()));
     const int16_t beyond[4] = {2, 128, 32, 32};

@@ -66,9 +66,7 @@ TEST(VekG729Analysis, IsTheWindowedAutocorrelationWithItsExponent) {
     int16_t exponent = 0;
     int32_t r[13];
     const Samples x(240);
-    EXPECT_EQ(vekStsNullPtrErr, veksAutoCorr_G729B(nullptr, &exponent, r));
-    EXPECT_EQ(vekStsNullPtrErr, veksAutoCorr_G729B(x.data(), nullptr, r));
-    EXPECT_EQ(vekStsNullPtrErr, veksAutoCorr_G729B(x.data(), &exponent, nullptr));
+    expectNullsRefused(veksAutoCorr_G729B, x.data(), &exponent, r);
 }
 
 TEST(VekG729ShortTerm, IsTheRecursiveHalfAndTheMainBodyScalesByTheResponse) {
@@ -113,13 +111,8 @@ TEST(VekG729ShortTerm, IsTheRecursiveHalfAndTheMainBodyScalesByTheResponse) {
         }
     });
     Samples v(60);
-    EXPECT_EQ(vekStsNullPtrErr, veksShortTermPostFilter_G729A_16s(nullptr, v.data(), v.data() + 10));
-    EXPECT_EQ(vekStsNullPtrErr, veksShortTermPostFilter_G729A_16s(v.data(), nullptr, v.data() + 10));
-    EXPECT_EQ(vekStsNullPtrErr, veksShortTermPostFilter_G729A_16s(v.data(), v.data(), nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksShortTermPostFilter_G729_16s(nullptr, v.data(), v.data() + 10, v.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksShortTermPostFilter_G729_16s(v.data(), nullptr, v.data() + 10, v.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksShortTermPostFilter_G729_16s(v.data(), v.data(), nullptr, v.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksShortTermPostFilter_G729_16s(v.data(), v.data(), v.data() + 10, nullptr));
+    expectNullsRefused(veksShortTermPostFilter_G729A_16s, v.data(), v.data(), v.data() + 10);
+    expectNullsRefused(veksShortTermPostFilter_G729_16s, v.data(), v.data(), v.data() + 10, v.data());
 }
 
 TEST(VekG729Tilt, FollowsTheFirstReflectionOfTheResponse) {
@@ -151,10 +144,8 @@ TEST(VekG729Tilt, FollowsTheFirstReflectionOfTheResponse) {
     Samples out(40);
     ASSERT_EQ(vekStsNoErr, veksTiltCompensation_G729E_16s(32767, edge.data(), out.data()));
     EXPECT_EQ(Samples(40, 32767), out);
-    EXPECT_EQ(vekStsNullPtrErr, veksTiltCompensation_G729_16s(nullptr, got.data() + 1));
-    EXPECT_EQ(vekStsNullPtrErr, veksTiltCompensation_G729_16s(silent.data(), nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksTiltCompensation_G729E_16s(0, nullptr, out.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksTiltCompensation_G729E_16s(0, edge.data(), nullptr));
+    expectNullsRefused(veksTiltCompensation_G729_16s, silent.data(), got.data() + 1);
+    expectNullsRefused(veksTiltCompensation_G729E_16s, 0, edge.data(), out.data());
 }
 
 TEST(VekG729Tilt, HasTheBitsOfTheQuotientForAllReflectionsAndLoudnesses) {
@@ -203,8 +194,7 @@ TEST(VekG729Tilt, OfAnnexAWorksAgainstAFallingSpectrumOnly) {
         EXPECT_EQ(x[40], got[0]);
     }
     Samples v(60);
-    EXPECT_EQ(vekStsNullPtrErr, veksTiltCompensation_G729A_16s(nullptr, v.data() + 1));
-    EXPECT_EQ(vekStsNullPtrErr, veksTiltCompensation_G729A_16s(v.data(), nullptr));
+    expectNullsRefused(veksTiltCompensation_G729A_16s, v.data(), v.data() + 1);
 }
 
 TEST(VekG729LongTerm, OfAnnexAMixesTheBestWholeDelayIn) {
@@ -327,22 +317,9 @@ TEST(VekG729LongTerm, RefusesDelaysGainsAndNullPointers) {
         EXPECT_EQ(vekStsRangeErr,
                   veksLongTermPostFilter_G729B_16s(60, v.data() + 10, v.data(), v.data(), v.data(), &voice, type));
     }
-    EXPECT_EQ(vekStsNullPtrErr, veksLongTermPostFilter_G729A_16s(60, nullptr, v.data(), v.data(), v.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksLongTermPostFilter_G729A_16s(60, v.data() + 10, nullptr, v.data(), v.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksLongTermPostFilter_G729A_16s(60, v.data() + 10, v.data(), nullptr, v.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksLongTermPostFilter_G729A_16s(60, v.data() + 10, v.data(), v.data(), nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksLongTermPostFilter_G729_16s(1, 60, nullptr, v.data(), &voice));
-    EXPECT_EQ(vekStsNullPtrErr, veksLongTermPostFilter_G729_16s(1, 60, v.data() + 152, nullptr, &voice));
-    EXPECT_EQ(vekStsNullPtrErr, veksLongTermPostFilter_G729_16s(1, 60, v.data() + 152, v.data(), nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksLongTermPostFilter_G729B_16s(60, nullptr, v.data(), v.data(), v.data(), &voice, 1));
-    EXPECT_EQ(vekStsNullPtrErr,
-              veksLongTermPostFilter_G729B_16s(60, v.data() + 10, nullptr, v.data(), v.data(), &voice, 1));
-    EXPECT_EQ(vekStsNullPtrErr,
-              veksLongTermPostFilter_G729B_16s(60, v.data() + 10, v.data(), nullptr, v.data(), &voice, 1));
-    EXPECT_EQ(vekStsNullPtrErr,
-              veksLongTermPostFilter_G729B_16s(60, v.data() + 10, v.data(), v.data(), nullptr, &voice, 1));
-    EXPECT_EQ(vekStsNullPtrErr,
-              veksLongTermPostFilter_G729B_16s(60, v.data() + 10, v.data(), v.data(), v.data(), nullptr, 1));
+    expectNullsRefused(veksLongTermPostFilter_G729A_16s, 60, v.data() + 10, v.data(), v.data(), v.data());
+    expectNullsRefused(veksLongTermPostFilter_G729_16s, 1, 60, v.data() + 152, v.data(), &voice);
+    expectNullsRefused(veksLongTermPostFilter_G729B_16s, 60, v.data() + 10, v.data(), v.data(), v.data(), &voice, 1);
 }
 
 TEST(VekG729SearchD, IsThatOfTheMainBodyWithFewerThirdsInTheSecondSubframe) {
@@ -382,10 +359,7 @@ TEST(VekG729SearchD, IsThatOfTheMainBodyWithFewerThirdsInTheSecondSubframe) {
     int16_t delay[2];
     EXPECT_EQ(vekStsRangeErr, veksAdaptiveCodebookSearch_G729D_16s(18, v.data(), v.data(), v.data(), 0, delay));
     EXPECT_EQ(vekStsRangeErr, veksAdaptiveCodebookSearch_G729D_16s(60, v.data(), v.data(), v.data(), 2, delay));
-    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookSearch_G729D_16s(60, nullptr, v.data(), v.data(), 0, delay));
-    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookSearch_G729D_16s(60, v.data(), nullptr, v.data(), 0, delay));
-    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookSearch_G729D_16s(60, v.data(), v.data(), nullptr, 0, delay));
-    EXPECT_EQ(vekStsNullPtrErr, veksAdaptiveCodebookSearch_G729D_16s(60, v.data(), v.data(), v.data(), 0, nullptr));
+    expectNullsRefused(veksAdaptiveCodebookSearch_G729D_16s, 60, v.data(), v.data(), v.data(), 0, delay);
 }
 
 } // namespace

@@ -47,11 +47,7 @@ TEST(VekAmrDtxBuffer, RefusesNullAndAPlaceOutsideTheRing) {
     Samples speech(160), spectrum(10), spectra(80, 3), energies(8, 3);
     for (const auto function : {veksDecDTXBuffer_GSMAMR_16s, veksEncDTXBuffer_GSMAMR_16s}) {
         int16_t at = 7;
-        EXPECT_EQ(vekStsNullPtrErr, function(nullptr, spectrum.data(), &at, spectra.data(), energies.data()));
-        EXPECT_EQ(vekStsNullPtrErr, function(speech.data(), nullptr, &at, spectra.data(), energies.data()));
-        EXPECT_EQ(vekStsNullPtrErr, function(speech.data(), spectrum.data(), nullptr, spectra.data(), energies.data()));
-        EXPECT_EQ(vekStsNullPtrErr, function(speech.data(), spectrum.data(), &at, nullptr, energies.data()));
-        EXPECT_EQ(vekStsNullPtrErr, function(speech.data(), spectrum.data(), &at, spectra.data(), nullptr));
+        expectNullsRefused(function, speech.data(), spectrum.data(), &at, spectra.data(), energies.data());
         for (const int16_t wrong : {-1, 8}) {
             at = wrong;
             EXPECT_EQ(vekStsRangeErr, function(speech.data(), spectrum.data(), &at, spectra.data(), energies.data()));
@@ -93,10 +89,7 @@ TEST(VekAmrDtxHandler, RefusesNullAndANegativeHangover) {
     int16_t elapsed = 4;
     int16_t sid = 9;
     VekSpchBitRate mode = VEK_SPCHBR_7400;
-    EXPECT_EQ(vekStsNullPtrErr, veksEncDTXHandler_GSMAMR_16s(nullptr, &elapsed, &mode, &sid, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksEncDTXHandler_GSMAMR_16s(&hangover, nullptr, &mode, &sid, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksEncDTXHandler_GSMAMR_16s(&hangover, &elapsed, nullptr, &sid, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksEncDTXHandler_GSMAMR_16s(&hangover, &elapsed, &mode, nullptr, 0));
+    expectNullsRefused(veksEncDTXHandler_GSMAMR_16s, &hangover, &elapsed, &mode, &sid, 0);
     hangover = -1;
     EXPECT_EQ(vekStsRangeErr, veksEncDTXHandler_GSMAMR_16s(&hangover, &elapsed, &mode, &sid, 0));
     EXPECT_EQ(4, elapsed);
@@ -497,8 +490,7 @@ TEST(VekAmrAutoCorr, OverflowingFramesAreDividedByFourUntilTheyFit) {
 TEST(VekAmrAutoCorr, SilenceGivesOneAndRefusalsLeaveTheResult) {
     const Samples x(240, 0);
     std::vector<int32_t> r(22, 5);
-    EXPECT_EQ(vekStsNullPtrErr, veksAutoCorr_GSMAMR_16s32s(nullptr, r.data(), VEK_SPCHBR_7400));
-    EXPECT_EQ(vekStsNullPtrErr, veksAutoCorr_GSMAMR_16s32s(x.data(), nullptr, VEK_SPCHBR_7400));
+    expectNullsRefused(veksAutoCorr_GSMAMR_16s32s, x.data(), r.data(), VEK_SPCHBR_7400);
     EXPECT_EQ(vekStsBitRateErr, veksAutoCorr_GSMAMR_16s32s(x.data(), r.data(), VEK_SPCHBR_24000));
     EXPECT_EQ(std::vector<int32_t>(22, 5), r);
     ASSERT_EQ(0, veksAutoCorr_GSMAMR_16s32s(x.data(), r.data(), VEK_SPCHBR_7400));

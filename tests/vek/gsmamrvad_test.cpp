@@ -52,9 +52,7 @@ TEST(VekAmrVad1, RefusesNullAndAMemoryThatIsNotSetUp) {
     const Samples x(200);
     VeksVAD1State_GSMAMR s = freshVad1();
     int16_t flag = 9;
-    EXPECT_EQ(vekStsNullPtrErr, veksVAD1_GSMAMR_16s(nullptr, &s, &flag, 0, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksVAD1_GSMAMR_16s(x.data(), nullptr, &flag, 0, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksVAD1_GSMAMR_16s(x.data(), &s, nullptr, 0, 0));
+    expectNullsRefused(veksVAD1_GSMAMR_16s, x.data(), &s, &flag, 0, 0);
     for (const int16_t wrong : {0, 39, 16001}) {
         s = freshVad1();
         s.bckrEst[8] = wrong;
@@ -156,9 +154,7 @@ TEST(VekAmrVad2, RefusesNullAndAMemoryThatNoCallLeaves) {
     const Samples x(160);
     VeksVAD2State_GSMAMR s{};
     int16_t flag = 9;
-    EXPECT_EQ(vekStsNullPtrErr, veksVAD2_GSMAMR_16s(nullptr, &s, &flag, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksVAD2_GSMAMR_16s(x.data(), nullptr, &flag, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksVAD2_GSMAMR_16s(x.data(), &s, nullptr, 0));
+    expectNullsRefused(veksVAD2_GSMAMR_16s, x.data(), &s, &flag, 0);
     for (int16_t VeksVAD2State_GSMAMR::*word :
          {&VeksVAD2State_GSMAMR::loud, &VeksVAD2State_GSMAMR::hangover, &VeksVAD2State_GSMAMR::burstCount}) {
         s = {};

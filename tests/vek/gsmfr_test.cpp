@@ -350,9 +350,7 @@ TEST(VekGsmFrErrors, NullsAndSizesAreRefused) {
     Vek16s codes[13] = {};
     Vek32s l[20] = {};
     int lag = 0;
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_GSMFR_16s(nullptr, w, 10, l));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_GSMFR_16s(w, nullptr, 10, l));
-    EXPECT_EQ(vekStsNullPtrErr, veksHighPassFilter_GSMFR_16s(w, w, 10, nullptr));
+    expectNullsRefused(veksHighPassFilter_GSMFR_16s, w, w, 10, l);
     EXPECT_EQ(vekStsNullPtrErr, veksPreemphasize_GSMFR_16s(w, nullptr, 10, w));
     EXPECT_EQ(vekStsNullPtrErr, veksDeemphasize_GSMFR_16s_I(w, 10, nullptr));
     EXPECT_EQ(vekStsNullPtrErr, veksSchur_GSMFR_32s16s(nullptr, w, 8));

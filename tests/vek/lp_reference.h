@@ -1,5 +1,5 @@
-// Textbook versions of the filters, with saturation written out in 64 bits. Used by the tests of the filter room;
-// shares no code with the library.
+// Textbook versions of the filters, with saturation written out in 64 bits, and what else the tests of the signal
+// functions share. No code of the library is in it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "kernellevels.h"
+#include "nullrefusal.h"
 
 namespace lpref {
 
@@ -111,6 +112,50 @@ inline std::vector<int16_t> pulses(int period, int level, size_t n) {
         x[i] = static_cast<int16_t>(std::lround(level * std::exp(-phase / 4) * std::cos(0.8 * phase)));
     }
     return x;
+}
+
+template <class A, class B>
+double dot(const A& a, const B& b) {
+    double sum = 0;
+    for (size_t i = 0; i < a.size(); ++i) {
+        sum += static_cast<double>(a[i]) * b[i];
+    }
+    return sum;
+}
+
+template <class X>
+double energy(const X& x) {
+    return dot(x, x);
+}
+
+// The signal over what y makes of it otherwise, in dB, from y[from] on; y comes `delay` samples after x.
+template <class X, class Y>
+double signalToError(const X& x, const Y& y, size_t from, size_t delay = 0) {
+    double signal = 0;
+    double error = 0;
+    for (size_t i = from; i < y.size(); ++i) {
+        const double sample = x[i - delay];
+        signal += sample * sample;
+        error += (y[i] - sample) * (y[i] - sample);
+    }
+    return 10 * std::log10(signal / error);
+}
+
+// As long as x.
+template <class X, class H>
+std::vector<double> convolved(const X& x, const H& h) {
+    std::vector<double> y(x.size());
+    for (size_t i = 0; i < y.size(); ++i) {
+        for (size_t j = 0; j <= i; ++j) {
+            y[i] += static_cast<double>(x[j]) * h[i - j];
+        }
+    }
+    return y;
+}
+
+// The modified Bessel function of order 0, of which windows are made.
+inline double bessel(double x) {
+    return std::cyl_bessel_i(0.0, x);
 }
 
 inline double dot(const int16_t* a, const int16_t* b, int n) {

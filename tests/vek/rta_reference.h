@@ -2,6 +2,7 @@
 #pragma once
 
 #include "lp_reference.h"
+#include "statememory.h"
 
 #include <cmath>
 #include <numbers>

@@ -450,16 +450,9 @@ TEST(VekRtaLevinson, KeepsTheLastFilterWhereThereIsNone) {
 }
 
 struct PostFilter {
-    std::vector<unsigned char> bytes;
     Floats memory = Floats(51, 0);
-    VeksPostFilterState_RTA_32f* state = nullptr;
-    PostFilter() {
-        int size = 0;
-        EXPECT_EQ(vekStsNoErr, veksPostFilterGetStateSize_RTA_32f(&size));
-        bytes.resize(static_cast<size_t>(size) + 1);
-        state = reinterpret_cast<VeksPostFilterState_RTA_32f*>(bytes.data() + 1);
-        EXPECT_EQ(vekStsNoErr, veksPostFilterInit_RTA_32f(state));
-    }
+    StateMemory<VeksPostFilterState_RTA_32f> state{veksPostFilterGetStateSize_RTA_32f};
+    PostFilter() { EXPECT_EQ(vekStsNoErr, veksPostFilterInit_RTA_32f(state)); }
 };
 
 // Pole-zero filter, tilt and level of one kind after the other.
@@ -627,7 +620,7 @@ TEST(VekRtaPostFilter, RefusesWhatItHasNoFilterFor) {
     EXPECT_EQ(vekStsSizeErr, veksPostFilter_RTA_32f_I(a.data(), 4, x.data(), 50, 1, m, filter.state));
     EXPECT_EQ(vekStsBadArgErr, veksPostFilter_RTA_32f_I(a.data(), 4, x.data(), 80, 0, m, filter.state));
     EXPECT_EQ(vekStsBadArgErr, veksPostFilter_RTA_32f_I(a.data(), 4, x.data(), 80, 4, m, filter.state));
-    std::memset(filter.bytes.data(), 0, filter.bytes.size());
+    filter.state.clear();
     EXPECT_EQ(vekStsStateErr, veksPostFilter_RTA_32f_I(a.data(), 4, x.data(), 80, 1, m, filter.state));
     EXPECT_EQ(x, Floats(80, 5));
 }

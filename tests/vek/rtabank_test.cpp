@@ -12,23 +12,16 @@
 namespace {
 
 using lpref::atEveryLevel;
+using lpref::bessel;
 using namespace rtaref;
 
 struct Bank {
-    std::vector<unsigned char> bytes;
-    VeksQMFState_RTA_32f* state = nullptr;
-    Bank() {
-        int size = 0;
-        EXPECT_EQ(vekStsNoErr, veksQMFGetStateSize_RTA_32f(&size));
-        bytes.resize(static_cast<size_t>(size) + 1);
-        state = reinterpret_cast<VeksQMFState_RTA_32f*>(bytes.data() + 1);
-        EXPECT_EQ(vekStsNoErr, veksQMFInit_RTA_32f(state));
-    }
+    StateMemory<VeksQMFState_RTA_32f> state{veksQMFGetStateSize_RTA_32f};
+    Bank() { EXPECT_EQ(vekStsNoErr, veksQMFInit_RTA_32f(state)); }
 };
 
 // The prototype by its rule: the edge where the square of the gain at a quarter is half.
 Doubles prototype() {
-    const auto bessel = [](double x) { return std::cyl_bessel_i(0.0, x); };
     Doubles h(64);
     const auto design = [&](double edge) {
         double sum = 0;
@@ -144,7 +137,7 @@ TEST(VekRtaBank, RefusesOddLengthsAndStatesWithoutAStart) {
     EXPECT_EQ(vekStsSizeErr, veksQMFEncode_RTA_32f(x.data(), 7, out, out + 8, bank.state));
     EXPECT_EQ(vekStsSizeErr, veksQMFEncode_RTA_32f(x.data(), 0, out, out + 8, bank.state));
     EXPECT_EQ(vekStsSizeErr, veksQMFDecode_RTA_32f(x.data(), x.data(), 0, out, bank.state));
-    std::memset(bank.bytes.data(), 0, bank.bytes.size());
+    bank.state.clear();
     EXPECT_EQ(vekStsStateErr, veksQMFEncode_RTA_32f(x.data(), 8, out, out + 8, bank.state));
     EXPECT_EQ(vekStsStateErr, veksQMFDecode_RTA_32f(x.data(), x.data(), 8, out, bank.state));
     EXPECT_EQ(y, Floats(16, 3));

@@ -13,6 +13,8 @@
 namespace {
 
 using lpref::atEveryLevel;
+using lpref::convolved;
+using lpref::dot;
 using namespace rtaref;
 
 // The response of a synthesis filter: a decaying ring.
@@ -24,26 +26,6 @@ Floats ring(std::mt19937& random, int n) {
         h[i] = static_cast<float>(std::pow(0.85, i) * std::cos(w * static_cast<double>(i)));
     }
     return h;
-}
-
-template <class V, class H>
-Doubles convolved(const V& x, const H& h) {
-    Doubles y(x.size());
-    for (size_t i = 0; i < y.size(); ++i) {
-        for (size_t j = 0; j <= i; ++j) {
-            y[i] += static_cast<double>(x[j]) * h[i - j];
-        }
-    }
-    return y;
-}
-
-template <class A, class B>
-double dot(const A& a, const B& b) {
-    double sum = 0;
-    for (size_t i = 0; i < a.size(); ++i) {
-        sum += static_cast<double>(a[i]) * b[i];
-    }
-    return sum;
 }
 
 // Signed correlation with the target over the root of the energy.

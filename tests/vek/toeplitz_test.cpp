@@ -126,12 +126,9 @@ TEST(VekToeplizMatrix, RefusesNull) {
     int16_t y[616];
     int32_t w[616];
     float f[616] = {};
-    EXPECT_EQ(vekStsNullPtrErr, veksToeplizMatrix_G729_16s(nullptr, y));
-    EXPECT_EQ(vekStsNullPtrErr, veksToeplizMatrix_G729_16s(h, nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksToeplizMatrix_G729_16s32s(nullptr, w));
-    EXPECT_EQ(vekStsNullPtrErr, veksToeplizMatrix_G729_16s32s(h, nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksToeplizMatrix_G729_32f(nullptr, f));
-    EXPECT_EQ(vekStsNullPtrErr, veksToeplizMatrix_G729_32f(f, nullptr));
+    expectNullsRefused(veksToeplizMatrix_G729_16s, h, y);
+    expectNullsRefused(veksToeplizMatrix_G729_16s32s, h, w);
+    expectNullsRefused(veksToeplizMatrix_G729_32f, f, f);
 }
 
 // A state after Init, and one call with an impulse of 1.0 in Q13 at the given place.
@@ -154,6 +151,13 @@ struct Dispersion {
         return innovation;
     }
 
+    // Six subframes with a high gain.
+    void forgetWeakGains() {
+        for (int i = 0; i < 6; i++) {
+            impulseResponse(0, 16384);
+        }
+    }
+
     std::vector<int16_t> state;
     Samples out;
 };
@@ -164,10 +168,7 @@ constexpr int kNoneHead = 8191;
 
 TEST(VekPhaseDispersion, ChoosesTheFilterByThePitchGain) {
     Dispersion d;
-    // Six subframes with a high gain, so that no past weak gain counts.
-    for (int i = 0; i < 6; i++) {
-        d.impulseResponse(0, 16384);
-    }
+    d.forgetWeakGains();
     EXPECT_EQ(kNoneHead, d.impulseResponse(0, 14745)[0]);
     EXPECT_EQ(kMildHead, d.impulseResponse(0, 14744)[0]);
     EXPECT_EQ(kMildHead, d.impulseResponse(0, 9830)[0]);
@@ -176,9 +177,7 @@ TEST(VekPhaseDispersion, ChoosesTheFilterByThePitchGain) {
 
 TEST(VekPhaseDispersion, RisesByOneStepASubframeOnly) {
     Dispersion d;
-    for (int i = 0; i < 6; i++) {
-        d.impulseResponse(0, 16384);
-    }
+    d.forgetWeakGains();
     EXPECT_EQ(kStrongHead, d.impulseResponse(0, 0)[0]);
     EXPECT_EQ(kMildHead, d.impulseResponse(0, 16384)[0]);
     EXPECT_EQ(kNoneHead, d.impulseResponse(0, 16384)[0]);
@@ -186,9 +185,7 @@ TEST(VekPhaseDispersion, RisesByOneStepASubframeOnly) {
 
 TEST(VekPhaseDispersion, ThreeWeakGainsAmongSixMeanStrongDispersion) {
     Dispersion d;
-    for (int i = 0; i < 6; i++) {
-        d.impulseResponse(0, 16384);
-    }
+    d.forgetWeakGains();
     for (int i = 0; i < 3; i++) {
         d.impulseResponse(0, 9000);
     }
@@ -292,10 +289,7 @@ TEST(VekPhaseDispersion, RefusesNullAndAStateThatWasNotSetUp) {
     int16_t state[64];
     EXPECT_EQ(vekStsNullPtrErr, veksPhaseDispersionGetStateSize_G729D_16s(nullptr));
     EXPECT_EQ(vekStsNullPtrErr, veksPhaseDispersionInit_G729D_16s(nullptr));
-    EXPECT_EQ(vekStsNullPtrErr, veksPhaseDispersion_G729D_16s(nullptr, x, 0, 0, x, state));
-    EXPECT_EQ(vekStsNullPtrErr, veksPhaseDispersion_G729D_16s(x, nullptr, 0, 0, x, state));
-    EXPECT_EQ(vekStsNullPtrErr, veksPhaseDispersion_G729D_16s(x, x, 0, 0, nullptr, state));
-    EXPECT_EQ(vekStsNullPtrErr, veksPhaseDispersion_G729D_16s(x, x, 0, 0, x, nullptr));
+    expectNullsRefused(veksPhaseDispersion_G729D_16s, x, x, 0, 0, x, state);
     for (const int16_t never : {0, 1, 2, 0x5555, -1}) {
         std::fill(std::begin(state), std::end(state), never);
         EXPECT_EQ(vekStsStateErr, veksPhaseDispersion_G729D_16s(x, x, 0, 0, x, state)) << never;

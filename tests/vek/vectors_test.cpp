@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "nullrefusal.h"
 #include "veks.h"
 
 namespace {
@@ -111,8 +112,7 @@ TEST(VeksSet, FillsExactlyTheElementsAsked) {
 
 TEST(VeksVectors, NullAndEmptyAreRefused) {
     Vek16s a = 1;
-    EXPECT_EQ(vekStsNullPtrErr, veksCopy_16s(nullptr, &a, 1));
-    EXPECT_EQ(vekStsNullPtrErr, veksCopy_16s(&a, nullptr, 1));
+    expectNullsRefused(veksCopy_16s, &a, &a, 1);
     EXPECT_EQ(vekStsSizeErr, veksCopy_16s(&a, &a, 0));
     EXPECT_EQ(vekStsNullPtrErr, veksZero_16s(nullptr, 1));
     EXPECT_EQ(vekStsSizeErr, veksZero_16s(&a, -1));

@@ -142,9 +142,7 @@ TEST(VekWbeMidBand, SilenceHasNoFilterAndLargeOnesSaturate) {
 TEST(VekWbeMidBand, Refusals) {
     const Samples x(328, 1);
     Samples h(9, 3);
-    EXPECT_EQ(vekStsNullPtrErr, veksFIRGenMidBand_AMRWBE_16s(nullptr, x.data(), h.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksFIRGenMidBand_AMRWBE_16s(x.data() + 8, nullptr, h.data()));
-    EXPECT_EQ(vekStsNullPtrErr, veksFIRGenMidBand_AMRWBE_16s(x.data() + 8, x.data(), nullptr));
+    expectNullsRefused(veksFIRGenMidBand_AMRWBE_16s, x.data() + 8, x.data(), h.data());
     EXPECT_EQ(Samples(9, 3), h);
 }
 
@@ -334,12 +332,7 @@ TEST(VekWbePostFilter, Refusals) {
     EXPECT_EQ(vekStsRangeErr, run(lags.data(), gains.data(), x.data(), synth.data(), memory.data(), &scale, 0));
     lags.assign(16, 80);
     EXPECT_EQ(vekStsRangeErr, run(lags.data(), gains.data(), x.data(), synth.data(), memory.data(), &scale, 2));
-    EXPECT_EQ(vekStsNullPtrErr, run(nullptr, gains.data(), x.data(), synth.data(), memory.data(), &scale, 0));
-    EXPECT_EQ(vekStsNullPtrErr, run(lags.data(), nullptr, x.data(), synth.data(), memory.data(), &scale, 0));
-    EXPECT_EQ(vekStsNullPtrErr, run(lags.data(), gains.data(), nullptr, synth.data(), memory.data(), &scale, 0));
-    EXPECT_EQ(vekStsNullPtrErr, run(lags.data(), gains.data(), x.data(), nullptr, memory.data(), &scale, 0));
-    EXPECT_EQ(vekStsNullPtrErr, run(lags.data(), gains.data(), x.data(), synth.data(), nullptr, &scale, 0));
-    EXPECT_EQ(vekStsNullPtrErr, run(lags.data(), gains.data(), x.data(), synth.data(), memory.data(), nullptr, 0));
+    expectNullsRefused(run, lags.data(), gains.data(), x.data(), synth.data(), memory.data(), &scale, 0);
     EXPECT_EQ(Samples(1024, 5), x);
     EXPECT_EQ(Samples(503, 6), synth);
     EXPECT_EQ(Samples(24, 7), memory);

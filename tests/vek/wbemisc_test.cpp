@@ -63,9 +63,7 @@ TEST(VekWbeSnr, LoudestDifferencesCountInFull) {
 TEST(VekWbeSnr, Refusals) {
     const Samples x(128, 1);
     Vek16s snr = 77;
-    EXPECT_EQ(vekStsNullPtrErr, veksSNR_AMRWBE_16s(nullptr, x.data(), 64, 64, &snr));
-    EXPECT_EQ(vekStsNullPtrErr, veksSNR_AMRWBE_16s(x.data(), nullptr, 64, 64, &snr));
-    EXPECT_EQ(vekStsNullPtrErr, veksSNR_AMRWBE_16s(x.data(), x.data(), 64, 64, nullptr));
+    expectNullsRefused(veksSNR_AMRWBE_16s, x.data(), x.data(), 64, 64, &snr);
     EXPECT_EQ(vekStsSizeErr, veksSNR_AMRWBE_16s(x.data(), x.data(), 0, 64, &snr));
     EXPECT_EQ(vekStsSizeErr, veksSNR_AMRWBE_16s(x.data(), x.data(), 100, 64, &snr));
     EXPECT_EQ(vekStsSizeErr, veksSNR_AMRWBE_16s(x.data(), x.data(), 64, 0, &snr));
@@ -170,16 +168,11 @@ TEST(VekWbeTcxGain, Refusals) {
     Vek32s gain = 5;
     Vek32s rms = 6;
     Vek16s index = 7;
-    EXPECT_EQ(vekStsNullPtrErr, veksGainQuantTCX_AMRWBE_16s(nullptr, 0, x.data(), 48, 1, &gain, &index));
-    EXPECT_EQ(vekStsNullPtrErr, veksGainQuantTCX_AMRWBE_16s(x.data(), 0, nullptr, 48, 1, &gain, &index));
-    EXPECT_EQ(vekStsNullPtrErr, veksGainQuantTCX_AMRWBE_16s(x.data(), 0, x.data(), 48, 1, nullptr, &index));
-    EXPECT_EQ(vekStsNullPtrErr, veksGainQuantTCX_AMRWBE_16s(x.data(), 0, x.data(), 48, 1, &gain, nullptr));
+    expectNullsRefused(veksGainQuantTCX_AMRWBE_16s, x.data(), 0, x.data(), 48, 1, &gain, &index);
     EXPECT_EQ(vekStsSizeErr, veksGainQuantTCX_AMRWBE_16s(x.data(), 0, x.data(), 47, 1, &gain, &index));
     EXPECT_EQ(vekStsRangeErr, veksGainQuantTCX_AMRWBE_16s(x.data(), 16, x.data(), 48, 1, &gain, &index));
     EXPECT_EQ(vekStsRangeErr, veksGainQuantTCX_AMRWBE_16s(x.data(), 0, x.data(), 48, 2, &gain, &index));
-    EXPECT_EQ(vekStsNullPtrErr, veksGainDecodeTCX_AMRWBE_16s(nullptr, 48, 1, 0, &rms, &gain));
-    EXPECT_EQ(vekStsNullPtrErr, veksGainDecodeTCX_AMRWBE_16s(x.data(), 48, 1, 0, nullptr, &gain));
-    EXPECT_EQ(vekStsNullPtrErr, veksGainDecodeTCX_AMRWBE_16s(x.data(), 48, 1, 0, &rms, nullptr));
+    expectNullsRefused(veksGainDecodeTCX_AMRWBE_16s, x.data(), 48, 1, 0, &rms, &gain);
     EXPECT_EQ(vekStsSizeErr, veksGainDecodeTCX_AMRWBE_16s(x.data(), 64, 1, 0, &rms, &gain));
     EXPECT_EQ(vekStsRangeErr, veksGainDecodeTCX_AMRWBE_16s(x.data(), 48, 128, 0, &rms, &gain));
     EXPECT_EQ(vekStsRangeErr, veksGainDecodeTCX_AMRWBE_16s(x.data(), 48, 1, 2, &rms, &gain));
@@ -320,14 +313,9 @@ TEST(VekWbeHighIsf, Refusals) {
     Samples past(8, 5);
     Vek16s index[2] = {4, 0};
     Vek16s shape[2] = {0, 128};
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantHighBand_AMRWBE_16s(nullptr, isf.data(), past.data(), index, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantHighBand_AMRWBE_16s(isf.data(), nullptr, past.data(), index, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantHighBand_AMRWBE_16s(isf.data(), isf.data(), nullptr, index, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantHighBand_AMRWBE_16s(isf.data(), isf.data(), past.data(), nullptr, 0));
+    expectNullsRefused(veksISFQuantHighBand_AMRWBE_16s, isf.data(), isf.data(), past.data(), index, 0);
     EXPECT_EQ(vekStsRangeErr, veksISFQuantHighBand_AMRWBE_16s(isf.data(), isf.data(), past.data(), index, 2));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDecodeHighBand_AMRWBE_16s(nullptr, isf.data(), past.data(), 0, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDecodeHighBand_AMRWBE_16s(index, nullptr, past.data(), 0, 0));
-    EXPECT_EQ(vekStsNullPtrErr, veksISFQuantDecodeHighBand_AMRWBE_16s(index, isf.data(), nullptr, 0, 0));
+    expectNullsRefused(veksISFQuantDecodeHighBand_AMRWBE_16s, index, isf.data(), past.data(), 0, 0);
     EXPECT_EQ(vekStsRangeErr, veksISFQuantDecodeHighBand_AMRWBE_16s(index, isf.data(), past.data(), 0, 0));
     EXPECT_EQ(vekStsRangeErr, veksISFQuantDecodeHighBand_AMRWBE_16s(shape, isf.data(), past.data(), 0, 0));
     EXPECT_EQ(vekStsRangeErr, veksISFQuantDecodeHighBand_AMRWBE_16s(index, isf.data(), past.data(), 2, 0));

@@ -31,11 +31,9 @@ Vek16s normalised(const Vek16s* x, const Vek16s* y, int len, Vek16s* exp) {
 VekStatus veksAdaptiveCodebookGainCoeff_AMRWB_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcFltAdptVector,
                                                   Vek16s* pDstGainCoeff, Vek16s* pResultAdptGain, int len) {
     constexpr Vek16s kMostGain = 19661; // 1.2
-    if (anyNull(pSrcAdptTarget, pSrcFltAdptVector, pDstGainCoeff, pResultAdptGain)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcAdptTarget, pSrcFltAdptVector, pDstGainCoeff, pResultAdptGain);
+        status != vekStsNoErr) {
+        return status;
     }
     Vek16s* const c = pDstGainCoeff;
     c[2] = normalised(pSrcAdptTarget, pSrcFltAdptVector, len, c + 3);

@@ -229,7 +229,7 @@ VekStatus veksAdaptiveCodebookDecodeGetSize_AMRWB_16s(int* pSize) {
 }
 
 VekStatus veksAdaptiveCodebookDecodeInit_AMRWB_16s(VekAdaptiveCodebookState_AMRWB* pState) {
-    if (pState == nullptr) {
+    if (anyNull(pState)) {
         return vekStsNullPtrErr;
     }
     State{{64, 64, 64, 64, 64}, {}, 64, 21845}.give(pState);
@@ -237,7 +237,7 @@ VekStatus veksAdaptiveCodebookDecodeInit_AMRWB_16s(VekAdaptiveCodebookState_AMRW
 }
 
 VekStatus veksAdaptiveCodebookDecodeGain_AMRWB_16s(Vek16s valPitchGain, VekAdaptiveCodebookState_AMRWB* pState) {
-    if (pState == nullptr) {
+    if (anyNull(pState)) {
         return vekStsNullPtrErr;
     }
     State state = State::of(pState);
@@ -251,8 +251,7 @@ VekStatus veksAdaptiveCodebookDecode_AMRWB_16s(int valAdptIndex, Vek16s* pFracPi
                                                Vek16s* pResultIntPitchLag, Vek16s* pResultPrevIntPitchLagBounds,
                                                int Subframe, int bfi, int unusableFrame, VekSpchBitRate mode,
                                                VekAdaptiveCodebookState_AMRWB* pState) {
-    if (anyNull(pFracPitchLag, pSrcDstExcitation, pResultIntPitchLag, pResultPrevIntPitchLagBounds) ||
-        pState == nullptr) {
+    if (anyNull(pFracPitchLag, pSrcDstExcitation, pResultIntPitchLag, pResultPrevIntPitchLagBounds, pState)) {
         return vekStsNullPtrErr;
     }
     const Rate rate = rateOf(mode);

@@ -46,11 +46,8 @@ inline int64_t cutSum(int64_t known, int64_t share) {
 
 // A sum that saturates on its way leaves the same 16 bits, since what follows only enlarges and rounds it.
 VekStatus deemphasize(Vek16s gamma, int scale, Vek16s* x, int len, Vek16s* mem) {
-    if (anyNull(x, mem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, x, mem); status != vekStsNoErr) {
+        return status;
     }
     if (scale < 13 || scale > 15) {
         return vekStsScaleRangeErr;
@@ -116,11 +113,8 @@ VekStatus veksResidualFilter_AMRWB_16s_Sfs(const Vek16s* pSrcLpc, int order, con
 }
 
 VekStatus veksPreemphasize_AMRWB_16s_ISfs(Vek16s gamma, Vek16s* pSrcDst, int len, int scaleFactor, Vek16s* pMem) {
-    if (anyNull(pSrcDst, pMem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcDst, pMem); status != vekStsNoErr) {
+        return status;
     }
     if (scaleFactor < 0 || scaleFactor > 15) {
         return vekStsScaleRangeErr;
@@ -141,11 +135,8 @@ VekStatus veksPreemphasize_AMRWB_16s_ISfs(Vek16s gamma, Vek16s* pSrcDst, int len
 }
 
 VekStatus veksDeemphasize_AMRWB_32s16s(Vek16s gamma, const Vek32s* pSrc, Vek16s* pDst, int len, Vek16s* pMem) {
-    if (anyNull(pDst, pMem) || pSrc == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pDst, pMem, pSrc); status != vekStsNoErr) {
+        return status;
     }
     const int factor = 4 * (gamma >> 1);
     int64_t y = *pMem;
@@ -168,7 +159,7 @@ VekStatus veksDeemphasize_AMRWBE_NR_16s_I(Vek16s gamma, int scale, Vek16s* pSrcD
 
 VekStatus veksSynthesisFilter_AMRWB_16s32s_I(const Vek16s* pSrcLpc, int order, const Vek16s* pSrcExcitation,
                                              Vek32s* pSrcDst, int len) {
-    if (anyNull(pSrcLpc, pSrcExcitation) || pSrcDst == nullptr) {
+    if (anyNull(pSrcLpc, pSrcExcitation, pSrcDst)) {
         return vekStsNullPtrErr;
     }
     if (order < 1 || order > kMaxLpOrder) {

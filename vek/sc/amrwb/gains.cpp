@@ -102,8 +102,7 @@ VekStatus veksGainQuant_AMRWB_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pS
                                   Vek32s* pDstCodeGain, int valClipFlag, Vek16s* pDstQGainIndex, int len,
                                   VekSpchBitRate mode) {
     if (anyNull(pSrcAdptTarget, pSrcFltAdptVector, pSrcFixedVector, pSrcFltFixedVector, pSrcCorr, pSrcDstEnergyErr,
-                pSrcDstPitchGain, pDstQGainIndex) ||
-        pDstCodeGain == nullptr) {
+                pSrcDstPitchGain, pDstQGainIndex, pDstCodeGain)) {
         return vekStsNullPtrErr;
     }
     if (len < 1 || len > kSubframe) {
@@ -148,8 +147,7 @@ VekStatus veksGainQuant_AMRWBE_16s(const Vek16s* pSrcAdptTarget, const Vek16s* p
                                    const Vek16s* pSrcCorr, Vek16s valMeanEnergy, Vek16s* pSrcDstPitchGain,
                                    Vek16s* pDstCorrFactor, Vek32s* pDstCodeGain, Vek16s* pDstQGainIndex) {
     if (anyNull(pSrcAdptTarget, pSrcFltAdptVector, pSrcFixedVector, pSrcFltFixedVector, pSrcCorr, pSrcDstPitchGain,
-                pDstCorrFactor, pDstQGainIndex) ||
-        pDstCodeGain == nullptr) {
+                pDstCorrFactor, pDstQGainIndex, pDstCodeGain)) {
         return vekStsNullPtrErr;
     }
     if (len < 1 || len > kSubframe) {
@@ -173,7 +171,7 @@ VekStatus veksGainQuant_AMRWBE_16s(const Vek16s* pSrcAdptTarget, const Vek16s* p
 VekStatus veksDecodeGain_AMRWB_16s(int valQIndex, Vek16s valEnergy, Vek16s* pDstPitchGain, Vek32s* pDstCodeGain,
                                    int bfi, int prevBfi, Vek16s* pSrcDstPastEnergy, Vek16s* pPrevCodeGain,
                                    Vek16s* pSrcDstPastCodeGain, VekSpchBitRate mode) {
-    if (anyNull(pDstPitchGain, pSrcDstPastEnergy, pPrevCodeGain, pSrcDstPastCodeGain) || pDstCodeGain == nullptr) {
+    if (anyNull(pDstPitchGain, pSrcDstPastEnergy, pPrevCodeGain, pSrcDstPastCodeGain, pDstCodeGain)) {
         return vekStsNullPtrErr;
     }
     const Rate rate = rateOf(mode);

@@ -19,7 +19,6 @@ using namespace vek::bandvad;
 constexpr int kFrame = 256;
 constexpr int kBands = 12;
 constexpr Vek16s kMostNoise = 20000;
-constexpr Vek16s kStationary = 20;
 constexpr Vek16s kNominalLevel = 2050; // about -26 dBov
 constexpr int kReady = 0x57425644;
 
@@ -85,53 +84,12 @@ Vek16s fallingLog(Vek16s v) {
     return static_cast<Vek16s>((first + 16) * 1024 + second * 64 + 127 - (m >> 8));
 }
 
-void countStationary(State& s, const Vek16s (&levels)[kBands], Vek16s toneFlag) {
-    constexpr Vek16s kRestless = 1000;
-    if ((toneFlag & 0x7c00) == 0x7c00 || (s.flags & 0x7f80) == 0 || unrest(levels, s.average) > kRestless) {
-        s.stationary = kStationary;
-    } else if ((s.flags & 0x4000) != 0 && s.stationary != 0) {
-        s.stationary = sub(s.stationary, 1);
-    }
-    smooth(levels, s.stationary == kStationary, (s.flags & 0x4000) != 0, s.average);
-}
-
 void updateNoise(State& s, const Vek16s (&levels)[kBands], Vek16s toneFlag) {
-    countStationary(s, levels, toneFlag);
-    Vek16s up = 0;
-    Vek16s down = 1638;
-    Vek16s rise = 0;
-    if ((s.flags & 0x7800) == 0) {
-        up = 1638;
-        down = 2097;
-        rise = 2;
-    } else if (s.stationary == 0) {
-        up = 491;
-        down = 1867;
-        rise = 2;
-    }
-    followNoise(s.oldLevel, up, down, rise, kMostNoise, s.noise);
-    std::memcpy(s.oldLevel, levels, sizeof s.oldLevel);
-}
-
-bool withHangover(State& s, bool quiet, Vek16s hang, Vek16s burst) {
-    if (quiet) {
-        s.burst = 0;
-        s.hang = 0;
-        return false;
-    }
-    if ((s.flags & 0x4000) != 0) {
-        s.burst = add(s.burst, 1);
-        if (s.burst >= burst) {
-            s.hang = hang;
-        }
-        return true;
-    }
-    s.burst = 0;
-    if (s.hang > 0) {
-        s.hang = sub(s.hang, 1);
-        return true;
-    }
-    return false;
+    constexpr Vek16s kRestless = 1000;
+    const bool restless =
+        (toneFlag & 0x7c00) == 0x7c00 || (s.flags & 0x7f80) == 0 || unrest(levels, s.average) > kRestless;
+    countStationary(levels, restless, (s.flags & 0x4000) != 0, s.stationary, s.average);
+    followNoise(levels, paceOf((s.flags & 0x7800) == 0, s.stationary == 0), kMostNoise, s.oldLevel, s.noise);
 }
 
 // A sixteenth of the sum of the upper eleven bands' values.
@@ -188,7 +146,12 @@ bool decide(State& s, const Vek16s (&levels)[kBands], int32_t power, Vek16s tone
     updateNoise(s, levels, toneFlag);
     const Vek16s hang = add(mult(kHangSlope, sub(threshold, 217)), 12);
     const Vek16s burst = add(mult(kBurstSlope, sub(threshold, 768)), 8);
-    return withHangover(s, power < kQuiet, std::max(hang, Vek16s{2}), burst);
+    if (power < kQuiet) {
+        s.burst = 0;
+        s.hang = 0;
+        return false;
+    }
+    return withHangover((s.flags & 0x4000) != 0, burst, std::max(hang, Vek16s{2}), s.burst, s.hang);
 }
 
 void followSpeech(State& s, Vek16s in) {
@@ -228,7 +191,7 @@ VekStatus veksVADGetSize_AMRWB_16s(int* pSize) {
 }
 
 VekStatus veksVADInit_AMRWB_16s(char* pState) {
-    if (!pState) {
+    if (anyNull(pState)) {
         return vekStsNullPtrErr;
     }
     State s = {};
@@ -243,7 +206,7 @@ VekStatus veksVADInit_AMRWB_16s(char* pState) {
 
 VekStatus veksVAD_AMRWB_16s(const Vek16s* pSrcSpch, char* pSrcDstVadState, Vek16s* pToneFlag, Vek16s* pResultVadFlag) {
     constexpr int32_t kNoTone = 686080;
-    if (anyNull(pSrcSpch, pToneFlag, pResultVadFlag) || pSrcDstVadState == nullptr) {
+    if (anyNull(pSrcSpch, pToneFlag, pResultVadFlag, pSrcDstVadState)) {
         return vekStsNullPtrErr;
     }
     // The caller's buffer has no alignment.

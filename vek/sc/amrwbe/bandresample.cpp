@@ -25,7 +25,7 @@ uint64_t place(int numerator, int denominator) {
 
 VekStatus veksBandSplitDownsample_AMRWBE_16s(const Vek16s* pSrc, int lenSrc, Vek16s* pDstLow, Vek16s* pDstHigh, int len,
                                              Vek16s* pSrcDstMem, Vek16s* pSrcDstFrac, int* pDstCount, int freqScale) {
-    if (anyNull(pSrc, pDstLow, pDstHigh, pSrcDstMem, pSrcDstFrac) || anyNull(pDstCount)) {
+    if (anyNull(pSrc, pDstLow, pDstHigh, pSrcDstMem, pSrcDstFrac, pDstCount)) {
         return vekStsNullPtrErr;
     }
     const int step = lenSrc % 2 == 0 ? fileRate(lenSrc / 2) : 0;
@@ -58,7 +58,7 @@ VekStatus veksBandSplitDownsample_AMRWBE_16s(const Vek16s* pSrc, int lenSrc, Vek
 VekStatus veksBandJoinUpsample_AMRWBE_16s(const Vek16s* pSrcLow, const Vek16s* pSrcHigh, int len, Vek16s* pDst,
                                           int lenDst, Vek16s* pSrcDstMem, Vek16s* pSrcDstFrac, int* pDstCount,
                                           int freqScale) {
-    if (anyNull(pSrcLow, pSrcHigh, pDst, pSrcDstMem, pSrcDstFrac) || anyNull(pDstCount)) {
+    if (anyNull(pSrcLow, pSrcHigh, pDst, pSrcDstMem, pSrcDstFrac, pDstCount)) {
         return vekStsNullPtrErr;
     }
     const int phases = fileRate(lenDst);

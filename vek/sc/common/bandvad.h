@@ -18,6 +18,7 @@ inline Vek16s allPass(Vek16s x, Vek16s& memory, Vek16s c) {
 }
 
 constexpr Vek16s kLeastNoise = 40;
+constexpr Vek16s kStationary = 20;
 constexpr Vek16s kFilter5First = 21955;
 constexpr Vek16s kFilter5Second = 6390;
 constexpr Vek16s kFilter3 = 13363;
@@ -132,20 +133,63 @@ void smooth(const Vek16s (&levels)[Bands], bool restless, bool active, Vek16s (&
     }
 }
 
-// The noise follows the levels of the last frame, upwards by the share `up` (Q15) and by `rise`, downwards by the
-// share `down` (Q15).
+// Counts the frames down since the last restless one, and lets the means follow the levels.
 template <int Bands>
-void followNoise(const Vek16s (&levels)[Bands], Vek16s up, Vek16s down, Vek16s rise, Vek16s most,
+void countStationary(const Vek16s (&levels)[Bands], bool restless, bool active, Vek16s& count, Vek16s (&means)[Bands]) {
+    if (restless) {
+        count = kStationary;
+    } else if (active && count != 0) {
+        count = fix::sub(count, 1);
+    }
+    smooth(levels, count == kStationary, active, means);
+}
+
+// How the noise follows the levels of the last frame: upwards by the share `up` (Q15) and by `rise`, downwards by the
+// share `down` (Q15).
+struct NoisePace {
+    Vek16s up;
+    Vek16s down;
+    Vek16s rise;
+};
+
+inline NoisePace paceOf(bool pause, bool stationary) {
+    if (pause) {
+        return {1638, 2097, 2};
+    }
+    return stationary ? NoisePace{491, 1867, 2} : NoisePace{0, 1638, 0};
+}
+
+// The noise follows the levels of the last frame, whose place those of this one take.
+template <int Bands>
+void followNoise(const Vek16s (&levels)[Bands], const NoisePace& pace, Vek16s most, Vek16s (&oldLevels)[Bands],
                  Vek16s (&noise)[Bands]) {
     using namespace fix;
     for (int i = 0; i < Bands; ++i) {
-        const Vek16s above = sub(levels[i], noise[i]);
+        const Vek16s above = sub(oldLevels[i], noise[i]);
         if (above < 0) {
-            noise[i] = std::max(add(-2, add(noise[i], mult_r(down, above))), kLeastNoise);
+            noise[i] = std::max(add(-2, add(noise[i], mult_r(pace.down, above))), kLeastNoise);
         } else {
-            noise[i] = std::min(add(rise, add(noise[i], mult_r(up, above))), most);
+            noise[i] = std::min(add(pace.rise, add(noise[i], mult_r(pace.up, above))), most);
         }
     }
+    std::copy(levels, levels + Bands, oldLevels);
+}
+
+// Whether a frame counts as active: after at least `burst` active ones the next `hang` do so, too.
+inline bool withHangover(bool active, Vek16s burst, Vek16s hang, Vek16s& burstCount, Vek16s& hangCount) {
+    if (active) {
+        burstCount = fix::add(burstCount, 1);
+        if (burstCount >= burst) {
+            hangCount = hang;
+        }
+        return true;
+    }
+    burstCount = 0;
+    if (hangCount > 0) {
+        hangCount = fix::sub(hangCount, 1);
+        return true;
+    }
+    return false;
 }
 
 } // namespace vek::bandvad

@@ -37,7 +37,7 @@ Vek16s roundQ15(int64_t sum) {
 }
 
 VekStatus check(const Vek16s* pSrc1, const Vek16s* pSrc2, const void* pDst, int len) {
-    if (anyNull(pSrc1, pSrc2) || pDst == nullptr) {
+    if (anyNull(pSrc1, pSrc2, pDst)) {
         return vekStsNullPtrErr;
     }
     return badLength(len) ? vekStsSizeErr : vekStsNoErr;

@@ -7,33 +7,24 @@
 using namespace vek;
 
 VekStatus veksDotProd_G729A_16s32s(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Vek32s* pDp) {
-    if (anyNull(pSrc1, pSrc2) || pDp == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDp); status != vekStsNoErr) {
+        return status;
     }
     *pDp = fix::sat32(corrKernels().dot16(pSrc1, pSrc2, len));
     return vekStsNoErr;
 }
 
 VekStatus veksDotProd_G729A_32f(const Vek32f* pSrc1, const Vek32f* pSrc2, int len, Vek32f* pDp) {
-    if (anyNull(pSrc1, pSrc2, pDp)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDp); status != vekStsNoErr) {
+        return status;
     }
     *pDp = corrKernels().dot32f(pSrc1, pSrc2, len);
     return vekStsNoErr;
 }
 
 VekStatus veksDotProdAutoScale_16s32s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Vek32s* pDp, int* pSfs) {
-    if (anyNull(pSrc1, pSrc2) || anyNull(pDp, pSfs)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDp, pSfs); status != vekStsNoErr) {
+        return status;
     }
     const int64_t sum = corrKernels().dot16(pSrc1, pSrc2, len);
     const int spare = fix::norm_64(sum);
@@ -44,11 +35,8 @@ VekStatus veksDotProdAutoScale_16s32s_Sfs(const Vek16s* pSrc1, const Vek16s* pSr
 }
 
 VekStatus veksAutoScale_16s(const Vek16s* pSrc, Vek16s* pDst, int len, int* pScale) {
-    if (anyNull(pSrc, pDst) || pScale == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc, pDst, pScale); status != vekStsNoErr) {
+        return status;
     }
     if (*pScale < 0 || *pScale > 15) {
         return vekStsScaleRangeErr;

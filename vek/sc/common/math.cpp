@@ -17,11 +17,8 @@ bool badScale(int scaleFactor, int largest) {
 }
 
 VekStatus product(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len, int scaleFactor) {
-    if (!pSrc1 || !pSrc2 || !pDst) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDst); status != vekStsNoErr) {
+        return status;
     }
     if (badScale(scaleFactor, 30)) {
         return vekStsScaleRangeErr;
@@ -31,11 +28,8 @@ VekStatus product(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int le
 }
 
 VekStatus productC(const Vek16s* pSrc, Vek16s val, Vek16s* pDst, int len, int scaleFactor) {
-    if (!pSrc || !pDst) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc, pDst); status != vekStsNoErr) {
+        return status;
     }
     if (badScale(scaleFactor, 30)) {
         return vekStsScaleRangeErr;
@@ -46,11 +40,8 @@ VekStatus productC(const Vek16s* pSrc, Vek16s val, Vek16s* pDst, int len, int sc
 
 VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, Vek16s val2, Vek16s* pDst, int len,
                         int scaleFactor, bool rounded) {
-    if (!pSrc1 || !pSrc2 || !pDst) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDst); status != vekStsNoErr) {
+        return status;
     }
     if (badScale(scaleFactor, 15)) {
         return vekStsScaleRangeErr;
@@ -88,11 +79,8 @@ Vek32s invSqrt(Vek32s x) {
 } // namespace
 
 VekStatus veksInvSqrt_32s_I(Vek32s* pSrcDst, int len) {
-    if (!pSrcDst) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcDst); status != vekStsNoErr) {
+        return status;
     }
     std::transform(pSrcDst, pSrcDst + len, pSrcDst, invSqrt);
     return vekStsNoErr;
@@ -110,22 +98,16 @@ VekStatus veksInterpolateC_G729_16s_Sfs(const Vek16s* pSrc1, Vek16s val1, const 
 
 VekStatus veksInterpolateC_G729_32f(const Vek32f* pSrc1, const Vek32f* pSrc2, Vek32f* pDst, int len, Vek32f val1,
                                     Vek32f val2) {
-    if (!pSrc1 || !pSrc2 || !pDst) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDst); status != vekStsNoErr) {
+        return status;
     }
     filterKernels().weighted32f(pSrc1, val1, pSrc2, val2, pDst, len);
     return vekStsNoErr;
 }
 
 VekStatus veksInterpolate_G729_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len) {
-    if (!pSrc1 || !pSrc2 || !pDst) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDst); status != vekStsNoErr) {
+        return status;
     }
     filterKernels().mean(pSrc1, pSrc2, pDst, len);
     return vekStsNoErr;
@@ -148,11 +130,8 @@ VekStatus veksMul_NR_16s_ISfs(const Vek16s* pSrc, Vek16s* pSrcDst, int len, int 
 }
 
 VekStatus veksMulPowerC_NR_16s_Sfs(const Vek16s* pSrc, Vek16s val, Vek16s* pDst, int len, int scaleFactor) {
-    if (!pSrc || !pDst) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc, pDst); status != vekStsNoErr) {
+        return status;
     }
     if (badScale(scaleFactor, 15)) {
         return vekStsScaleRangeErr;

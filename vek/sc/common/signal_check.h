@@ -16,6 +16,12 @@ constexpr bool badLength(int len) {
     return len < 1 || len > kMaxSignalLength;
 }
 
+/// What most signal functions check first: their pointers, then the length.
+template <typename... P>
+constexpr VekStatus checkSignal(int len, const P*... p) {
+    return anyNull(p...) ? vekStsNullPtrErr : badLength(len) ? vekStsSizeErr : vekStsNoErr;
+}
+
 constexpr bool badScale(int scaleFactor) {
     return scaleFactor < -31 || scaleFactor > 31;
 }

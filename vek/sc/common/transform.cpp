@@ -100,7 +100,7 @@ VekStatus veksDCTInv_G722_16s(const Vek16s* pSrc, Vek16s* pDst) {
 }
 
 VekStatus veksFFTFwd_RToPerm_GSMAMR_16s_I(Vek16s* pSrcDst) {
-    if (pSrcDst == nullptr) {
+    if (anyNull(pSrcDst)) {
         return vekStsNullPtrErr;
     }
     transformKernels().fft128(pSrcDst);

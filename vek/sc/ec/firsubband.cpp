@@ -46,7 +46,7 @@ VekStatus checkUpdate(const Vek32sc* const* input, const Vek32sc* const* coefs, 
 
 VekStatus veksFIRSubband_EC_32sc_Sfs(const Vek32sc* const* ppSrcSignalIn, const Vek32sc* const* ppSrcCoefs,
                                      Vek32sc* pDstSignalOut, int numSegments, int len, int scaleFactor) {
-    if (anyNull(ppSrcSignalIn, ppSrcCoefs) || pDstSignalOut == nullptr) {
+    if (anyNull(ppSrcSignalIn, ppSrcCoefs, pDstSignalOut)) {
         return vekStsNullPtrErr;
     }
     if (badSizes(numSegments, len, 0)) {
@@ -65,7 +65,7 @@ VekStatus veksFIRSubband_EC_32sc_Sfs(const Vek32sc* const* ppSrcSignalIn, const 
 VekStatus veksFIRSubbandLow_EC_32sc_Sfs(const Vek32sc* const* ppSrcSignalIn, const Vek32sc* const* ppSrcCoefs,
                                         int numSegments, Vek32sc* pDstSignalOut, int startSubband, int len,
                                         int scaleFactor) {
-    if (anyNull(ppSrcSignalIn, ppSrcCoefs) || pDstSignalOut == nullptr) {
+    if (anyNull(ppSrcSignalIn, ppSrcCoefs, pDstSignalOut)) {
         return vekStsNullPtrErr;
     }
     if (badSizes(numSegments, len, startSubband)) {

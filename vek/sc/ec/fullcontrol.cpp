@@ -32,7 +32,7 @@ VekStatus checkShape(int frameSize, int tapLen, int sampleFreq) {
 }
 
 VekStatus sizeOf(int frameSize, int tapLen, int sampleFreq, int* pSize) {
-    if (pSize == nullptr) {
+    if (anyNull(pSize)) {
         return vekStsNullPtrErr;
     }
     const VekStatus status = checkShape(frameSize, tapLen, sampleFreq);
@@ -44,7 +44,7 @@ VekStatus sizeOf(int frameSize, int tapLen, int sampleFreq, int* pSize) {
 
 template <typename S>
 VekStatus init(void* pState, int frameSize, int tapLen, int sampleFreq) {
-    if (pState == nullptr) {
+    if (anyNull(pState)) {
         return vekStsNullPtrErr;
     }
     const VekStatus status = checkShape(frameSize, tapLen, sampleFreq);
@@ -58,7 +58,7 @@ VekStatus init(void* pState, int frameSize, int tapLen, int sampleFreq) {
 
 template <typename S>
 VekStatus update(const S* pSrcRin, const S* pSrcSin, S* pDstStepSize, void* pState) {
-    if (anyNull(pSrcRin, pSrcSin, pDstStepSize) || pState == nullptr) {
+    if (anyNull(pSrcRin, pSrcSin, pDstStepSize, pState)) {
         return vekStsNullPtrErr;
     }
     Control& c = *ec::placeOf<Control>(pState);
@@ -76,7 +76,7 @@ VekStatus update(const S* pSrcRin, const S* pSrcSin, S* pDstStepSize, void* pSta
 template <typename S>
 VekStatus control(const S* pAdaptiveFilterErr, const S* pFixedFilterErr, S* pAdaptiveCoefs, S* pFixedCoefs, S* pSGain,
                   void* pState) {
-    if (anyNull(pAdaptiveFilterErr, pFixedFilterErr, pAdaptiveCoefs, pFixedCoefs, pSGain) || pState == nullptr) {
+    if (anyNull(pAdaptiveFilterErr, pFixedFilterErr, pAdaptiveCoefs, pFixedCoefs, pSGain, pState)) {
         return vekStsNullPtrErr;
     }
     Control& c = *ec::placeOf<Control>(pState);

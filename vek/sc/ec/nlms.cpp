@@ -51,7 +51,7 @@ Vek16s remainder(Vek16s signal, int64_t echo) {
 
 VekStatus veksFIR_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, Vek16s* pDstSpch, int len,
                          const Vek16s* pSrcCoef, int tapLen) {
-    if (anyNull(pSrcSpchRef, pSrcSpch, pSrcCoef) || pDstSpch == nullptr) {
+    if (anyNull(pSrcSpchRef, pSrcSpch, pSrcCoef, pDstSpch)) {
         return vekStsNullPtrErr;
     }
     if (badSizes(len, tapLen)) {
@@ -87,7 +87,7 @@ VekStatus veksFIR_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, Vek1
 
 VekStatus veksFIR_EC_32f(const Vek32f* pSrcSpchRef, const Vek32f* pSrcSpch, Vek32f* pDstSpch, int len,
                          const Vek32f* pSrcCoef, int tapLen) {
-    if (anyNull(pSrcSpchRef, pSrcSpch, pSrcCoef) || pDstSpch == nullptr) {
+    if (anyNull(pSrcSpchRef, pSrcSpch, pSrcCoef, pDstSpch)) {
         return vekStsNullPtrErr;
     }
     if (badSizes(len, tapLen)) {
@@ -110,7 +110,7 @@ VekStatus veksFIR_EC_32f(const Vek32f* pSrcSpchRef, const Vek32f* pSrcSpch, Vek3
 
 VekStatus veksNLMS_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, const Vek16s* pStepSize, Vek16s* pDstSpch,
                           int len, Vek16s* pSrcDstCoef, int tapLen, Vek16s* pErr) {
-    if (anyNull(pSrcSpchRef, pSrcSpch, pStepSize) || anyNull(pDstSpch, pSrcDstCoef, pErr)) {
+    if (anyNull(pSrcSpchRef, pSrcSpch, pStepSize, pDstSpch, pSrcDstCoef, pErr)) {
         return vekStsNullPtrErr;
     }
     if (badSizes(len, tapLen)) {
@@ -141,7 +141,7 @@ VekStatus veksNLMS_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, con
 
 VekStatus veksNLMS_EC_32f(const Vek32f* pSrcSpchRef, const Vek32f* pSrcSpch, const Vek32f* pStepSize, Vek32f* pDstSpch,
                           int len, Vek32f* pSrcDstCoef, int tapLen, Vek32f* pErr) {
-    if (anyNull(pSrcSpchRef, pSrcSpch, pStepSize) || anyNull(pDstSpch, pSrcDstCoef, pErr)) {
+    if (anyNull(pSrcSpchRef, pSrcSpch, pStepSize, pDstSpch, pSrcDstCoef, pErr)) {
         return vekStsNullPtrErr;
     }
     if (badSizes(len, tapLen)) {

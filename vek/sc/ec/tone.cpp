@@ -117,7 +117,7 @@ struct ToneForm<Vek32f> {
 };
 
 VekStatus sizeOf(int freq, int* pSize) {
-    if (pSize == nullptr) {
+    if (anyNull(pSize)) {
         return vekStsNullPtrErr;
     }
     if (!ec::knownRate(freq)) {
@@ -129,7 +129,7 @@ VekStatus sizeOf(int freq, int* pSize) {
 
 template <typename T>
 VekStatus init(void* pState, int freq) {
-    if (pState == nullptr) {
+    if (anyNull(pState)) {
         return vekStsNullPtrErr;
     }
     if (!ec::knownRate(freq)) {
@@ -141,11 +141,8 @@ VekStatus init(void* pState, int freq) {
 
 template <typename T>
 VekStatus detect(const T* pSignal, int len, int* pResult, void* pState) {
-    if (anyNull(pSignal, pResult) || pState == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSignal, pResult, pState); status != vekStsNoErr) {
+        return status;
     }
     Detector& d = *ec::placeOf<Detector>(pState);
     if (d.mark != ToneForm<T>::mark) {

@@ -80,11 +80,8 @@ VekStatus veksDownsampleFilter_G722_16s(const Vek16s* pSrc, int len, Vek16s* pDs
 }
 
 VekStatus veksFilterHighband_G722_16s_I(Vek16s* pSrcDst, int len, Vek16s* mem) {
-    if (anyNull(pSrcDst, mem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcDst, mem); status != vekStsNoErr) {
+        return status;
     }
     int past = mem[0];
     int out = mem[1];
@@ -101,7 +98,7 @@ VekStatus veksFilterHighband_G722_16s_I(Vek16s* pSrcDst, int len, Vek16s* mem) {
 
 VekStatus veksClassifyFrame_G722_16s_I(Vek16s* pSrcDst, int valDelay, int* pFrameClass,
                                        const VeksCodecState_G722* pDecMem) {
-    if (anyNull(pSrcDst) || anyNull(pFrameClass) || pDecMem == nullptr) {
+    if (anyNull(pSrcDst, pFrameClass, pDecMem)) {
         return vekStsNullPtrErr;
     }
     if (valDelay < kShortest || valDelay > kLongest) {

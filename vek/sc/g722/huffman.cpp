@@ -61,7 +61,7 @@ int numberOf(const g722::HuffmanCategory& book, int* levels) {
 
 VekStatus veksHuffmanEncode_G722_16s32u(int category, int qntAmpEnvIndex, const Vek16s* pSrcMLTCoeffs, Vek32u* pDstCode,
                                         int* pCodeLength) {
-    if (anyNull(pSrcMLTCoeffs) || anyNull(pDstCode) || anyNull(pCodeLength)) {
+    if (anyNull(pSrcMLTCoeffs, pDstCode, pCodeLength)) {
         return vekStsNullPtrErr;
     }
     if (category < 0 || category > kUncoded || qntAmpEnvIndex < kLeastIndex || qntAmpEnvIndex > kMostIndex) {

@@ -111,7 +111,7 @@ constexpr int kMiddleGains = 2;
 } // namespace
 
 VekStatus veksImpulseResponseEnergy_G728_16s(const Vek16s* pSrcImpulse, Vek16s* pEnergy) {
-    if (anyNull(pSrcImpulse) || pEnergy == nullptr) {
+    if (anyNull(pSrcImpulse, pEnergy)) {
         return vekStsNullPtrErr;
     }
     g728Kernels().energies(g_book.pairs, kAllShapes, pSrcImpulse, pEnergy);
@@ -120,7 +120,7 @@ VekStatus veksImpulseResponseEnergy_G728_16s(const Vek16s* pSrcImpulse, Vek16s* 
 
 VekStatus veksCodebookSearch_G728_16s(const Vek16s* pSrc, const Vek16s* pEnergy, Vek16s* pDstShapeIdx,
                                       Vek16s* pDstGainIdx, Vek16s* pDstCodebookIdx, VekSpchBitRate rate) {
-    if (anyNull(pSrc, pEnergy) || anyNull(pDstShapeIdx, pDstGainIdx, pDstCodebookIdx)) {
+    if (anyNull(pSrc, pEnergy, pDstShapeIdx, pDstGainIdx, pDstCodebookIdx)) {
         return vekStsNullPtrErr;
     }
     const int coarser = coarserBits(pSrc);

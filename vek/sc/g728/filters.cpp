@@ -48,11 +48,8 @@ VekStatus veksIIR16sInit_G728_16s(VeksIIRState_G728* pMem) {
 
 VekStatus veksIIR16s_G728_16s(const Vek16s* pCoeffs, const Vek16s* pSrc, Vek16s* pDstWgtSpeech, int len,
                               VeksIIRState_G728* pMem) {
-    if (anyNull(pCoeffs, pSrc) || pDstWgtSpeech == nullptr || pMem == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pCoeffs, pSrc, pDstWgtSpeech, pMem); status != vekStsNoErr) {
+        return status;
     }
     IIRState state;
     if (!state.take(pMem)) {
@@ -71,7 +68,7 @@ VekStatus veksIIR16s_G728_16s(const Vek16s* pCoeffs, const Vek16s* pSrc, Vek16s*
 
 VekStatus veksLPCInverseFilter_G728_16s(const Vek16s* pSrc, const Vek16s* pCoeffs, Vek16s* pDst,
                                         VeksPostFilterAdapterState_G728* pMem) {
-    if (anyNull(pSrc, pCoeffs) || pDst == nullptr || pMem == nullptr) {
+    if (anyNull(pSrc, pCoeffs, pDst, pMem)) {
         return vekStsNullPtrErr;
     }
     // Only the head of the state takes part.

@@ -94,7 +94,7 @@ VekStatus veksPostFilterAdapterInit_G728(VeksPostFilterAdapterState_G728* pMem) 
 
 VekStatus veksPitchPeriodExtraction_G728_16s(const Vek16s* pSrc, int* pSrcDstPitch,
                                              VeksPostFilterAdapterState_G728* pMem) {
-    if (anyNull(pSrc) || pSrcDstPitch == nullptr || pMem == nullptr) {
+    if (anyNull(pSrc, pSrcDstPitch, pMem)) {
         return vekStsNullPtrErr;
     }
     const int before = *pSrcDstPitch;

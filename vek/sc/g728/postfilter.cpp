@@ -44,7 +44,7 @@ VekStatus veksPostFilterInit_G728_16s(VeksPostFilterState_G728* pMem) {
 
 VekStatus veksPostFilter_G728_16s(Vek16s gl, Vek16s glb, int kp, Vek16s tiltz, const Vek16s* pCoeffs,
                                   const Vek16s* pSrc, Vek16s* pDst, VeksPostFilterState_G728* pMem) {
-    if (anyNull(pCoeffs, pSrc) || pDst == nullptr || pMem == nullptr) {
+    if (anyNull(pCoeffs, pSrc, pDst, pMem)) {
         return vekStsNullPtrErr;
     }
     if (kp < kLeastPitch || kp > kMostPitch) {

@@ -100,7 +100,7 @@ VekStatus veksSynthesisFilterInit_G728_16s(VeksSynthesisFilterState_G728* pMem) 
 VekStatus veksSyntesisFilterZeroInput_G728_16s(const Vek16s* pSrcLPC, Vek16s* pSrcDstExc, int excSfs,
                                                Vek16s* pDstSpeech, Vek16s* pSpeechSfs,
                                                VeksSynthesisFilterState_G728* pMem) {
-    if (anyNull(pSrcLPC) || anyNull(pSrcDstExc, pDstSpeech, pSpeechSfs) || pMem == nullptr) {
+    if (anyNull(pSrcLPC, pSrcDstExc, pDstSpeech, pSpeechSfs, pMem)) {
         return vekStsNullPtrErr;
     }
     if (badShifts(excSfs)) {
@@ -132,7 +132,7 @@ VekStatus veksCombinedFilterInit_G728_16s(VeksCombinedFilterState_G728* pMem) {
 
 VekStatus veksCombinedFilterZeroInput_G728_16s(const Vek16s* pSrcLPC, const Vek16s* pCoeffs, Vek16s* pDst,
                                                VeksCombinedFilterState_G728* pMem) {
-    if (anyNull(pSrcLPC, pCoeffs) || pDst == nullptr || pMem == nullptr) {
+    if (anyNull(pSrcLPC, pCoeffs, pDst, pMem)) {
         return vekStsNullPtrErr;
     }
     CombinedState state;
@@ -164,7 +164,7 @@ VekStatus veksCombinedFilterZeroInput_G728_16s(const Vek16s* pSrcLPC, const Vek1
 VekStatus veksCombinedFilterZeroState_G728_16s(const Vek16s* pSrcLPC, const Vek16s* pCoeffs, Vek16s* pSrcDstExc,
                                                int excSfs, Vek16s* pDstSpeech, Vek16s* pSpeechSfs,
                                                VeksCombinedFilterState_G728* pMem) {
-    if (anyNull(pSrcLPC, pCoeffs) || anyNull(pSrcDstExc, pDstSpeech, pSpeechSfs) || pMem == nullptr) {
+    if (anyNull(pSrcLPC, pCoeffs, pSrcDstExc, pDstSpeech, pSpeechSfs, pMem)) {
         return vekStsNullPtrErr;
     }
     if (badShifts(excSfs)) {

@@ -66,8 +66,7 @@ int nearest(const std::array<int16_t, kMembers>& levels, int64_t level) {
 VekStatus veksCodebookSearchTCQ_G728_16s8u(const Vek16s* pSrc, const Vek16s* pSrcLPC, Vek8u* pDst,
                                            Vek16s* pSrcDstWindow, Vek16s* pSrcDstResidual, int* pSrcDstBestNode,
                                            Vek32s invGain, Vek16s excGain) {
-    if (anyNull(pSrc, pSrcLPC) || pDst == nullptr || anyNull(pSrcDstWindow, pSrcDstResidual) ||
-        pSrcDstBestNode == nullptr) {
+    if (anyNull(pSrc, pSrcLPC, pDst, pSrcDstWindow, pSrcDstResidual, pSrcDstBestNode)) {
         return vekStsNullPtrErr;
     }
     if (*pSrcDstBestNode < 0 || *pSrcDstBestNode >= kNodes || invGain <= 0 || excGain <= 0) {

@@ -143,7 +143,7 @@ VekStatus veksWinHybridGetStateSize_G728_16s(int* pSize) {
 }
 
 VekStatus veksWinHybridInit_G728_16s(VekG728Window window, VeksWinHybridState_G728* pMem) {
-    if (pMem == nullptr) {
+    if (anyNull(pMem)) {
         return vekStsNullPtrErr;
     }
     if (window != VEK_G728_WINDOW_SYNTHESIS && window != VEK_G728_WINDOW_WEIGHTING && window != VEK_G728_WINDOW_GAIN) {
@@ -155,7 +155,7 @@ VekStatus veksWinHybridInit_G728_16s(VekG728Window window, VeksWinHybridState_G7
 }
 
 VekStatus veksWinHybrid_G728_16s(int bfi, const Vek16s* pSrc, Vek16s* pDst, VeksWinHybridState_G728* pMem) {
-    if (anyNull(pSrc) || pDst == nullptr || pMem == nullptr) {
+    if (anyNull(pSrc, pDst, pMem)) {
         return vekStsNullPtrErr;
     }
     if (bfi != 0 && bfi != 1) {
@@ -179,7 +179,7 @@ VekStatus veksWinHybrid_G728_16s(int bfi, const Vek16s* pSrc, Vek16s* pDst, Veks
 
 VekStatus veksWinHybridBlock_G728_16s(int bfi, const Vek16s* pSrc, const Vek16s* pSrcSfs, Vek16s* pDst,
                                       VeksWinHybridState_G728* pMem) {
-    if (anyNull(pSrc, pSrcSfs) || pDst == nullptr || pMem == nullptr) {
+    if (anyNull(pSrc, pSrcSfs, pDst, pMem)) {
         return vekStsNullPtrErr;
     }
     if (bfi != 0 && bfi != 1) {

@@ -31,7 +31,7 @@ const std::array<Vek16s, kSpan> g_window = [] {
 } // namespace
 
 VekStatus veksAutoCorr_G729B(const Vek16s* pSrcSpch, Vek16s* pResultAutoCorrExp, Vek32s* pDstAutoCorr) {
-    if (anyNull(pSrcSpch, pResultAutoCorrExp) || anyNull(pDstAutoCorr)) {
+    if (anyNull(pSrcSpch, pResultAutoCorrExp, pDstAutoCorr)) {
         return vekStsNullPtrErr;
     }
     const CorrKernels& kernels = corrKernels();

@@ -2,9 +2,9 @@
 // control.
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 #include "sc/common/signal_check.h"
+#include "sc/g729/delayranges.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/floatcorr.h"
 #include "veksc_g729post.h"
@@ -13,8 +13,8 @@ using namespace vek;
 
 namespace {
 
+using g729::kMaxLag;
 constexpr int kSubframe = 40;
-constexpr int kMaxLag = 143;
 constexpr int kHalfFrame = 40;
 constexpr int kHalfHistory = (kMaxLag + 1) / 2;
 constexpr int kDelays = 256;
@@ -57,7 +57,7 @@ public:
         }
         return best;
     }
-    void takeOdd(Peak& best, int lag) const {
+    void take(Peak& best, int lag) const {
         const Vek32f sum = corrKernels().dot32f(now(), past(lag), kHalfFrame);
         if (sum > best.value) {
             best = {lag, sum};
@@ -78,10 +78,6 @@ private:
     Vek32f m_sums[kMaxLag + 1];
 };
 
-bool near(int a, int b, int distance) {
-    return std::abs(a - b) < distance;
-}
-
 Vek32f sumOfMagnitudes(const Vek32f* x) {
     Vek32f sum[8] = {};
     for (int i = 0; i < kSubframe; i += 8) {
@@ -95,49 +91,19 @@ Vek32f sumOfMagnitudes(const Vek32f* x) {
 } // namespace
 
 VekStatus veksOpenLoopPitchSearch_G729A_32f(const Vek32f* pSrc, int* pBestLag) {
-    if (anyNull(pSrc) || anyNull(pBestLag)) {
+    if (anyNull(pSrc, pBestLag)) {
         return vekStsNullPtrErr;
     }
     const HalfSearch search(pSrc);
-    Peak first = search.peak(20, 40, 1);
-    Peak second = search.peak(40, 80, 1);
-    Peak third = search.peak(80, kMaxLag, 2);
-    const int even = third.lag;
-    if (even > 80) {
-        search.takeOdd(third, even - 1);
-    }
-    search.takeOdd(third, even + 1);
-    for (Peak* peak : {&first, &second, &third}) {
-        search.normalise(*peak);
-    }
-    if (near(2 * second.lag, third.lag, 5)) {
-        second.value += 0.25F * third.value;
-    }
-    if (near(3 * second.lag, third.lag, 7)) {
-        second.value += 0.25F * third.value;
-    }
-    if (near(2 * first.lag, second.lag, 5)) {
-        first.value += 0.2F * second.value;
-    }
-    if (near(3 * first.lag, second.lag, 7)) {
-        first.value += 0.2F * second.value;
-    }
-    if (first.value < second.value) {
-        first = second;
-    }
-    if (first.value < third.value) {
-        first = third;
-    }
-    *pBestLag = first.lag;
+    *pBestLag = g729::bestOfRanges(
+        search, [](Peak& peak, const Peak& longer) { peak.value += 0.25F * longer.value; },
+        [](Peak& peak, const Peak& longer) { peak.value += 0.2F * longer.value; });
     return vekStsNoErr;
 }
 
 VekStatus veksAutoCorrLagMax_32f(const Vek32f* pSrc, int len, int lowerLag, int upperLag, Vek32f* pMax, int* pMaxLag) {
-    if (anyNull(pSrc, pMax) || anyNull(pMaxLag)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc, pMax, pMaxLag); status != vekStsNoErr) {
+        return status;
     }
     if (lowerLag < 0 || lowerLag > upperLag || upperLag > kMaxSignalLength) {
         return vekStsRangeErr;
@@ -163,7 +129,7 @@ VekStatus veksAutoCorrLagMax_32f(const Vek32f* pSrc, int len, int lowerLag, int 
 
 VekStatus veksCrossCorrLagMax_32f64f(const Vek32f* pSrc1, const Vek32f* pSrc2, int len, int lags, Vek64f* pMax,
                                      int* pMaxLag) {
-    if (anyNull(pSrc1, pSrc2) || anyNull(pMax) || anyNull(pMaxLag)) {
+    if (anyNull(pSrc1, pSrc2, pMax, pMaxLag)) {
         return vekStsNullPtrErr;
     }
     if (badLength(len) || badLength(lags)) {

@@ -16,7 +16,7 @@ constexpr int kMostEntries = 105;
 template <class Corr, class Element>
 VekStatus searchNested(const FourPulseSearches<Corr, Element>& searches, const Corr* pSrc, Element* pSrcDst, Corr* pDst,
                        Vek16s* pDstIndex, Vek16s* pSearchTimes, Vek16s subFrame) {
-    if (anyNull(pSrcDst) || anyNull(pSrc, pDst) || anyNull(pDstIndex, pSearchTimes)) {
+    if (anyNull(pSrcDst, pSrc, pDst, pDstIndex, pSearchTimes)) {
         return vekStsNullPtrErr;
     }
     if (subFrame < 0 || subFrame > 1) {
@@ -32,7 +32,7 @@ VekStatus searchNested(const FourPulseSearches<Corr, Element>& searches, const C
 template <class Corr, class Element>
 VekStatus searchDepthFirst(const FourPulseSearches<Corr, Element>& searches, const Corr* pSrc, Element* pSrcDst,
                            Corr* pDst, Vek16s* pDstIndex) {
-    if (anyNull(pSrcDst) || anyNull(pSrc, pDst) || anyNull(pDstIndex)) {
+    if (anyNull(pSrcDst, pSrc, pDst, pDstIndex)) {
         return vekStsNullPtrErr;
     }
     deliver(searches.depthFirst(pSrc, pSrcDst), pSrc, pDst, pDstIndex);

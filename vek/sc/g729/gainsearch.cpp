@@ -98,7 +98,7 @@ const Codebook& codebookD() {
 
 VekStatus searchCodes(const Codebook& book, const Vek32f* terms, const Vek16s* cand, Vek16s* index, int tame,
                       Vek32f predicted) {
-    if (anyNull(terms) || anyNull(cand, index)) {
+    if (anyNull(terms, cand, index)) {
         return vekStsNullPtrErr;
     }
     if (book.refuses(cand[0], cand[1]) || tame < 0 || tame > 1) {

@@ -46,7 +46,7 @@ struct State {
 
 template <typename T>
 VekStatus init(void* pMem) {
-    if (pMem == nullptr) {
+    if (anyNull(pMem)) {
         return vekStsNullPtrErr;
     }
     const State<T> fresh;
@@ -71,7 +71,7 @@ VekStatus veksWinHybridInit_G729E_16s(void* pMem) {
 }
 
 VekStatus veksWinHybrid_G729E_16s32s(const Vek16s* pSrcSynthSpeech, Vek32s* pDstInvAutoCorr, void* pMem) {
-    if (anyNull(pSrcSynthSpeech) || anyNull(pDstInvAutoCorr) || pMem == nullptr) {
+    if (anyNull(pSrcSynthSpeech, pDstInvAutoCorr, pMem)) {
         return vekStsNullPtrErr;
     }
     State<int64_t> state;
@@ -108,7 +108,7 @@ VekStatus veksWinHybridInit_G729E_32f(void* pMem) {
 }
 
 VekStatus veksWinHybrid_G729E_32f(const Vek32f* pSrcSynthSpeech, Vek32f* pDstInvAutoCorr, void* pMem) {
-    if (anyNull(pSrcSynthSpeech, pDstInvAutoCorr) || pMem == nullptr) {
+    if (anyNull(pSrcSynthSpeech, pDstInvAutoCorr, pMem)) {
         return vekStsNullPtrErr;
     }
     State<Vek32f> state;

@@ -187,7 +187,7 @@ VekStatus veksLSPQuant_G729E_16s(const Vek16s* pSrcLsp, Vek16s* pSrcDstPrevFreq,
 
 VekStatus veksLSPQuant_G729E_32f(const Vek32f* pSrcLsp, Vek32f* pSrcDstPrevFreq, Vek32f* pDstQLsf, Vek32f* pDstQLsp,
                                  Vek32s* pDstQLspIndex) {
-    if (anyNull(pSrcLsp, pSrcDstPrevFreq, pDstQLsf, pDstQLsp) || anyNull(pDstQLspIndex)) {
+    if (anyNull(pSrcLsp, pSrcDstPrevFreq, pDstQLsf, pDstQLsp, pDstQLspIndex)) {
         return vekStsNullPtrErr;
     }
     Vek32f lsf[kOrder];

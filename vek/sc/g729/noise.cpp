@@ -53,21 +53,15 @@ VekStatus noise(Vek16s* pSeed, int len, Put put) {
 } // namespace
 
 VekStatus veksRandomNoiseExcitation_G729B_16s(Vek16s* pSeed, Vek16s* pExc, int len) {
-    if (anyNull(pSeed, pExc)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSeed, pExc); status != vekStsNoErr) {
+        return status;
     }
     return noise(pSeed, len, [&](int n, int sum) { pExc[n] = static_cast<Vek16s>(sum >> 7); });
 }
 
 VekStatus veksRandomNoiseExcitation_G729B_16s32f(Vek16s* pSeed, Vek32f* pExc, int len) {
-    if (anyNull(pSeed) || anyNull(pExc)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSeed, pExc); status != vekStsNoErr) {
+        return status;
     }
     return noise(pSeed, len, [&](int n, int sum) { pExc[n] = static_cast<Vek32f>(sum) / 128; });
 }

@@ -7,6 +7,7 @@
 #include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/g729/delayranges.h"
 #include "sc/kernels/corr.h"
 #include "veksc_filter.h"
 #include "veksc_g729pitch.h"
@@ -16,8 +17,8 @@ using namespace vek::fix;
 
 namespace {
 
+using g729::kMaxLag;
 constexpr int kFrame = 80;
-constexpr int kMaxLag = 143;
 constexpr int kSpan = kMaxLag + kFrame;
 constexpr int kHalfFrame = kFrame / 2;
 constexpr int kHalfHistory = (kMaxLag + 1) / 2;
@@ -130,10 +131,6 @@ private:
     Phases m_phases;
 };
 
-bool near(int a, int b, int distance) {
-    return std::abs(a - b) < distance;
-}
-
 int32_t fifth(int32_t v) {
     int16_t high = 0;
     int16_t low = 0;
@@ -197,36 +194,10 @@ VekStatus veksOpenLoopPitchSearch_G729A_16s(const Vek16s* pSrc, Vek16s* pBestLag
     Vek16s scaled[kSpan];
     const Products products = scaleFrame(pSrc, energy, scaled);
     const HalfSearch search(products, scaled + kMaxLag);
-    Peak first = search.peak(20, 40, 1);
-    Peak second = search.peak(40, 80, 1);
-    Peak third = search.peak(80, kMaxLag, 2);
-    const int even = third.lag;
-    if (even > 80) {
-        search.take(third, even - 1);
-    }
-    search.take(third, even + 1);
-    for (Peak* peak : {&first, &second, &third}) {
-        search.normalise(*peak);
-    }
-    if (near(2 * second.lag, third.lag, 5)) {
-        second.value = L_add(second.value, third.value >> 2);
-    }
-    if (near(3 * second.lag, third.lag, 7)) {
-        second.value = L_add(second.value, third.value >> 2);
-    }
-    if (near(2 * first.lag, second.lag, 5)) {
-        first.value = L_add(first.value, fifth(second.value));
-    }
-    if (near(3 * first.lag, second.lag, 7)) {
-        first.value = L_add(first.value, fifth(second.value));
-    }
-    if (first.value < second.value) {
-        first = second;
-    }
-    if (first.value < third.value) {
-        first = third;
-    }
-    *pBestLag = static_cast<Vek16s>(first.lag);
+    const int lag = g729::bestOfRanges(
+        search, [](Peak& peak, const Peak& longer) { peak.value = L_add(peak.value, longer.value >> 2); },
+        [](Peak& peak, const Peak& longer) { peak.value = L_add(peak.value, fifth(longer.value)); });
+    *pBestLag = static_cast<Vek16s>(lag);
     return vekStsNoErr;
 }
 

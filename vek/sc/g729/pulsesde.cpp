@@ -184,8 +184,7 @@ VekStatus veksFixedCodebookSearch_G729D_16s(const Vek16s* pSrcFixed, const Vek16
 VekStatus veksFixedCodebookSearch_G729D_32f(const Vek32f* pSrcFixed, Vek32f* pSrcDst, const Vek32f* pSrcImpulseResponse,
                                             Vek32f* pDstFixedVector, Vek32f* pDstFltFixedVector,
                                             Vek16s* pDstFixedIndex) {
-    if (anyNull(pSrcFixed, pSrcDst, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector) ||
-        anyNull(pDstFixedIndex)) {
+    if (anyNull(pSrcFixed, pSrcDst, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstFixedIndex)) {
         return vekStsNullPtrErr;
     }
     Vek32f d[kSub];
@@ -215,8 +214,7 @@ VekStatus veksFixedCodebookSearch_G729D_32f(const Vek32f* pSrcFixed, Vek32f* pSr
 VekStatus veksFixedCodebookSearch_G729E_16s(int mode, const Vek16s* pSrcFixed, const Vek16s* pSrcLtpResidual,
                                             const Vek16s* pSrcImpulseResponse, Vek16s* pDstFixedVector,
                                             Vek16s* pDstFltFixedVector, Vek16s* pDstFixedIndex) {
-    if (anyNull(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector) ||
-        anyNull(pDstFixedIndex)) {
+    if (anyNull(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstFixedIndex)) {
         return vekStsNullPtrErr;
     }
     if (mode < 0 || mode > 1) {
@@ -232,8 +230,7 @@ VekStatus veksFixedCodebookSearch_G729E_16s(int mode, const Vek16s* pSrcFixed, c
 VekStatus veksFixedCodebookSearch_G729E_32f(int mode, const Vek32f* pSrcFixed, const Vek32f* pSrcLtpResidual,
                                             const Vek32f* pSrcImpulseResponse, Vek32f* pDstFixedVector,
                                             Vek32f* pDstFltFixedVector, Vek16s* pDstFixedIndex) {
-    if (anyNull(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector) ||
-        anyNull(pDstFixedIndex)) {
+    if (anyNull(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstFixedIndex)) {
         return vekStsNullPtrErr;
     }
     if (mode < 0 || mode > 1) {

@@ -28,11 +28,8 @@ void remember(const Vek16s* y, int n, Vek16s* memory, int order) {
 } // namespace
 
 VekStatus veksResidualFilter_G729E_16s(const Vek16s* pSrcLpc, int order, const Vek16s* pSrc, Vek16s* pDst, int len) {
-    if (anyNull(pSrcLpc, pSrc, pDst)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcLpc, pSrc, pDst); status != vekStsNoErr) {
+        return status;
     }
     if (badOrder(order)) {
         return vekStsFilterOrderErr;
@@ -43,11 +40,8 @@ VekStatus veksResidualFilter_G729E_16s(const Vek16s* pSrcLpc, int order, const V
 
 VekStatus veksSynthesisFilter_G729E_16s(const Vek16s* pSrcLpc, int order, const Vek16s* pSrc, Vek16s* pDst, int len,
                                         Vek16s* pSrcDstSynFltMemory) {
-    if (anyNull(pSrcLpc, pSrc, pDst, pSrcDstSynFltMemory)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcLpc, pSrc, pDst, pSrcDstSynFltMemory); status != vekStsNoErr) {
+        return status;
     }
     if (badOrder(order)) {
         return vekStsFilterOrderErr;
@@ -64,11 +58,8 @@ VekStatus veksSynthesisFilter_G729E_16s_I(const Vek16s* pSrcLpc, int order, Vek1
 
 VekStatus veksSynthesisFilter_G729_32f(const Vek32f* pSrcLpc, int order, const Vek32f* pSrc, Vek32f* pDst, int len,
                                        const Vek32f* pSrcSynFltMemory) {
-    if (anyNull(pSrcLpc, pSrc, pDst, pSrcSynFltMemory)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcLpc, pSrc, pDst, pSrcSynFltMemory); status != vekStsNoErr) {
+        return status;
     }
     if (order < 1 || order > kMaxLpOrder) {
         return vekStsFilterOrderErr;

@@ -63,11 +63,8 @@ VekStatus veksFilterHighpassInit_G7291_16s(void* pState) {
 }
 
 VekStatus veksFilterHighpass_G7291_16s_ISfs(Vek16s* pSrcDst, int len, void* pStateHi, int scaleFactor) {
-    if (anyNull(pSrcDst) || anyNull(pStateHi)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcDst, pStateHi); status != vekStsNoErr) {
+        return status;
     }
     if (scaleFactor < -kMostScale || scaleFactor > kMostScale) {
         return vekStsScaleRangeErr;
@@ -94,11 +91,8 @@ VekStatus veksFilterLowpassInit_G7291_16s(void* pState) {
 }
 
 VekStatus veksFilterLowpass_G7291_16s_I(Vek16s* pSrcDst, int len, void* pStateLo, int sections) {
-    if (anyNull(pSrcDst) || anyNull(pStateLo)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcDst, pStateLo); status != vekStsNoErr) {
+        return status;
     }
     if (sections < 1 || sections > kMostSections) {
         return vekStsFilterOrderErr;

@@ -68,7 +68,7 @@ struct Weights {
 
 VekStatus veksMDCTFwd_G7291_16s(const Vek16s* pSrc, Vek16s* pSrcDst, int* pNormFactor, Vek16s* pMDCTCoeffs,
                                 int headroom) {
-    if (anyNull(pSrc, pSrcDst, pMDCTCoeffs) || anyNull(pNormFactor)) {
+    if (anyNull(pSrc, pSrcDst, pMDCTCoeffs, pNormFactor)) {
         return vekStsNullPtrErr;
     }
     if (headroom < 0 || headroom > kMostHeadroom) {

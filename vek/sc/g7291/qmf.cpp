@@ -79,7 +79,7 @@ VekStatus veksQMFInit_G7291_16s(void* pState) {
 
 VekStatus veksQMFEncode_G7291_16s(const Vek16s* pSrc, int len, Vek16s* pDstLowBand, Vek16s* pDstHighBand,
                                   void* pState) {
-    if (anyNull(pSrc, pDstLowBand, pDstHighBand) || anyNull(pState)) {
+    if (anyNull(pSrc, pDstLowBand, pDstHighBand, pState)) {
         return vekStsNullPtrErr;
     }
     if (badLength(len) || len % 2 != 0) {
@@ -113,11 +113,8 @@ VekStatus veksQMFEncode_G7291_16s(const Vek16s* pSrc, int len, Vek16s* pDstLowBa
 
 VekStatus veksQMFDecode_G7291_16s(const Vek16s* pSrcLowBand, const Vek16s* pSrcHighBand, Vek16s GainSwitching, int len,
                                   Vek16s* pDst, void* pState) {
-    if (anyNull(pSrcLowBand, pSrcHighBand, pDst) || anyNull(pState)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcLowBand, pSrcHighBand, pDst, pState); status != vekStsNoErr) {
+        return status;
     }
     if (GainSwitching < 0 || GainSwitching > kUnity) {
         return vekStsRangeErr;

@@ -195,7 +195,7 @@ bool badBits(const Vek16s* bits) {
 } // namespace
 
 VekStatus veksMDCTQuantFwd_G7291_16s32u(const Vek16s* pMDCTCoeffs, const Vek16s* pBitsNumber, Vek32u* pDst) {
-    if (anyNull(pMDCTCoeffs, pBitsNumber) || anyNull(pDst)) {
+    if (anyNull(pMDCTCoeffs, pBitsNumber, pDst)) {
         return vekStsNullPtrErr;
     }
     if (badBits(pBitsNumber)) {
@@ -215,7 +215,7 @@ VekStatus veksMDCTQuantFwd_G7291_16s32u(const Vek16s* pMDCTCoeffs, const Vek16s*
 
 VekStatus veksMDCTQuantInv_G7291_32u16s(const Vek32u* pSrc, const Vek16s* pBitsNumber, const Vek16s* pQuantSpecEnv,
                                         Vek16s* pMDCTCoeffs) {
-    if (anyNull(pSrc) || anyNull(pBitsNumber, pQuantSpecEnv, pMDCTCoeffs)) {
+    if (anyNull(pSrc, pBitsNumber, pQuantSpecEnv, pMDCTCoeffs)) {
         return vekStsNullPtrErr;
     }
     if (badBits(pBitsNumber)) {

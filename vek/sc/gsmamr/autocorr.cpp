@@ -33,7 +33,7 @@ void windowed(const Vek16s* x, const Vek16s* window, Vek32s* r) {
 } // namespace
 
 VekStatus veksAutoCorr_GSMAMR_16s32s(const Vek16s* pSrcSpch, Vek32s* pDstAutoCorr, VekSpchBitRate mode) {
-    if (anyNull(pSrcSpch) || anyNull(pDstAutoCorr)) {
+    if (anyNull(pSrcSpch, pDstAutoCorr)) {
         return vekStsNullPtrErr;
     }
     const Rate rate = rateOf(mode);

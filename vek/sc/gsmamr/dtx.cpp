@@ -58,7 +58,7 @@ VekStatus veksEncDTXBuffer_GSMAMR_16s(const Vek16s* pSrcSpch, const Vek16s* pSrc
 
 VekStatus veksEncDTXHandler_GSMAMR_16s(Vek16s* pValResultHangOverCount, Vek16s* pValResultDtxElapseCount,
                                        VekSpchBitRate* pValResultUsedMode, Vek16s* pResultSidFlag, Vek16s vadFlag) {
-    if (anyNull(pValResultHangOverCount, pValResultDtxElapseCount, pResultSidFlag) || anyNull(pValResultUsedMode)) {
+    if (anyNull(pValResultHangOverCount, pValResultDtxElapseCount, pResultSidFlag, pValResultUsedMode)) {
         return vekStsNullPtrErr;
     }
     if (*pValResultHangOverCount < 0) {

@@ -295,6 +295,14 @@ VekStatus checked(const Frame& frame, const Memory& memory, VekSpchBitRate mode)
     return rate == Rate::None || rate == Rate::Dtx ? vekStsBitRateErr : vekStsNoErr;
 }
 
+VekStatus searchChecked(const Frame& frame, const Memory& memory, VekSpchBitRate mode, Detectors& detectors) {
+    const VekStatus status = checked(frame, memory, mode);
+    if (status == vekStsNoErr) {
+        search(frame, rateOf(mode), memory, detectors);
+    }
+    return status;
+}
+
 } // namespace
 
 VekStatus veksOpenLoopPitchSearchNonDTX_GSMAMR_16s(const Vek16s* pSrcWgtLpc1, const Vek16s* pSrcWgtLpc2,
@@ -304,12 +312,8 @@ VekStatus veksOpenLoopPitchSearchNonDTX_GSMAMR_16s(const Vek16s* pSrcWgtLpc1, co
                                                    Vek16s* pDstOpenLoopGain, VekSpchBitRate mode) {
     const Frame frame{pSrcWgtLpc1, pSrcWgtLpc2, pSrcSpch, pSrcDstPrevWgtSpch, pDstOpenLoopLag, pDstOpenLoopGain};
     const Memory memory{pValResultPrevMidPitchLag, pValResultVvalue, pSrcDstPrevPitchLag};
-    if (const VekStatus status = checked(frame, memory, mode); status != vekStsNoErr) {
-        return status;
-    }
     Detectors detectors;
-    search(frame, rateOf(mode), memory, detectors);
-    return vekStsNoErr;
+    return searchChecked(frame, memory, mode, detectors);
 }
 
 VekStatus veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s(const Vek16s* pSrcWgtLpc1, const Vek16s* pSrcWgtLpc2,
@@ -323,13 +327,12 @@ VekStatus veksOpenLoopPitchSearchDTXVAD1_GSMAMR_16s(const Vek16s* pSrcWgtLpc1, c
     if (anyNull(pValResultToneFlag, pResultMaxHpCorr)) {
         return vekStsNullPtrErr;
     }
-    if (const VekStatus status = checked(frame, memory, mode); status != vekStsNoErr) {
-        return status;
-    }
     Detectors detectors;
     detectors.tones = true;
     detectors.tone = *pValResultToneFlag;
-    search(frame, rateOf(mode), memory, detectors);
+    if (const VekStatus status = searchChecked(frame, memory, mode, detectors); status != vekStsNoErr) {
+        return status;
+    }
     *pValResultToneFlag = detectors.tone;
     *pResultMaxHpCorr = detectors.maxHp;
     return vekStsNoErr;
@@ -346,11 +349,10 @@ VekStatus veksOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s(const Vek16s* pSrcWgtLpc1
     if (anyNull(pResultMaxCorr, pResultWgtEnergy)) {
         return vekStsNullPtrErr;
     }
-    if (const VekStatus status = checked(frame, memory, mode); status != vekStsNoErr) {
+    Detectors detectors;
+    if (const VekStatus status = searchChecked(frame, memory, mode, detectors); status != vekStsNoErr) {
         return status;
     }
-    Detectors detectors;
-    search(frame, rateOf(mode), memory, detectors);
     *pResultMaxCorr = detectors.correlation;
     *pResultWgtEnergy = detectors.energy;
     return vekStsNoErr;

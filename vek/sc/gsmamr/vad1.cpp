@@ -1,7 +1,5 @@
 // Voice activity of AMR, option 1: levels of nine bands from a tree of all-pass filters, the noise beneath them, and a
 // decision with hangover.
-#include <cstring>
-
 #include "sc/common/bandvad.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
@@ -22,7 +20,6 @@ constexpr int kFrame = 160;
 constexpr int kLookAhead = 40;
 constexpr int kBands = 9;
 constexpr Vek16s kMostNoise = 16000;
-constexpr Vek16s kStationary = 20;
 constexpr Vek16s kLeastCorrelation = 13106; // 0.4
 
 void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
@@ -79,40 +76,21 @@ bool complexSignal(State& s, Vek16s maxHpCorr, bool quiet) {
     return (s.complexHigh & 0x7f80) == 0x7f80 || (s.complexLow & 0x7fff) == 0x7fff;
 }
 
-void countStationary(State& s, const Vek16s (&levels)[kBands], Vek16s toneFlag, bool complex) {
+void updateNoise(State& s, const Vek16s (&levels)[kBands], Vek16s toneFlag, bool complex) {
     constexpr Vek16s kLeastComplex = 5;
     constexpr Vek16s kRestless = 1000;
     if (complex && s.statCount < kLeastComplex) {
         s.statCount = kLeastComplex;
     }
-    if ((s.pitch & 0x6000) == 0x6000 || (toneFlag & 0x7c00) == 0x7c00 || (s.vadReg & 0x7f80) == 0 ||
-        unrest(levels, s.aveLevel) > kRestless) {
-        s.statCount = kStationary;
-    } else if ((s.vadReg & 0x4000) != 0 && s.statCount != 0) {
-        s.statCount = sub(s.statCount, 1);
-    }
-    smooth(levels, s.statCount == kStationary, (s.vadReg & 0x4000) != 0, s.aveLevel);
+    const bool restless = (s.pitch & 0x6000) == 0x6000 || (toneFlag & 0x7c00) == 0x7c00 || (s.vadReg & 0x7f80) == 0 ||
+                          unrest(levels, s.aveLevel) > kRestless;
+    countStationary(levels, restless, (s.vadReg & 0x4000) != 0, s.statCount, s.aveLevel);
+    const bool simple = s.complexHangCount == 0;
+    const bool pause = (s.vadReg & 0x7800) == 0 && (s.pitch & 0x7800) == 0 && simple;
+    followNoise(levels, paceOf(pause, s.statCount == 0 && simple), kMostNoise, s.oldLevel, s.bckrEst);
 }
 
-void updateNoise(State& s, const Vek16s (&levels)[kBands], Vek16s toneFlag, bool complex) {
-    countStationary(s, levels, toneFlag, complex);
-    Vek16s up = 0;
-    Vek16s down = 1638;
-    Vek16s rise = 0;
-    if ((s.vadReg & 0x7800) == 0 && (s.pitch & 0x7800) == 0 && s.complexHangCount == 0) {
-        up = 1638;
-        down = 2097;
-        rise = 2;
-    } else if (s.statCount == 0 && s.complexHangCount == 0) {
-        up = 491;
-        down = 1867;
-        rise = 2;
-    }
-    followNoise(s.oldLevel, up, down, rise, kMostNoise, s.bckrEst);
-    std::memcpy(s.oldLevel, levels, sizeof s.oldLevel);
-}
-
-bool withHangover(State& s, Vek16s noise, bool quiet) {
+bool activity(State& s, Vek16s noise, bool quiet) {
     constexpr Vek16s kComplexFrames = 100;
     constexpr Vek16s kComplexHang = 250;
     constexpr Vek16s kInNoise = 21298; // 0.65
@@ -135,19 +113,7 @@ bool withHangover(State& s, Vek16s noise, bool quiet) {
     if ((s.vadReg & 0x3ff0) == 0 && s.corrHpFast > kInNoise) {
         return true;
     }
-    if ((s.vadReg & 0x4000) != 0) {
-        s.burstCount = add(s.burstCount, 1);
-        if (s.burstCount >= (noisy ? 4 : 5)) {
-            s.hangCount = noisy ? 7 : 4;
-        }
-        return true;
-    }
-    s.burstCount = 0;
-    if (s.hangCount > 0) {
-        s.hangCount = sub(s.hangCount, 1);
-        return true;
-    }
-    return false;
+    return withHangover((s.vadReg & 0x4000) != 0, noisy ? 4 : 5, noisy ? 7 : 4, s.burstCount, s.hangCount);
 }
 
 // Mean over the bands of the squared ratio of level to noise.
@@ -180,7 +146,7 @@ bool decide(State& s, const Vek16s (&levels)[kBands], bool quiet, Vek16s maxHpCo
     }
     const bool complex = complexSignal(s, maxHpCorr, quiet);
     updateNoise(s, levels, toneFlag, complex);
-    return withHangover(s, noise, quiet);
+    return activity(s, noise, quiet);
 }
 
 } // namespace
@@ -189,7 +155,7 @@ VekStatus veksVAD1_GSMAMR_16s(const Vek16s* pSrcSpch, VeksVAD1State_GSMAMR* pSrc
                               Vek16s maxHpCorr, Vek16s toneFlag) {
     constexpr int32_t kNoPitch = 343040;
     constexpr int32_t kQuiet = 15000;
-    if (anyNull(pSrcSpch, pResultVadFlag) || anyNull(pSrcDstVad1State)) {
+    if (anyNull(pSrcSpch, pResultVadFlag, pSrcDstVad1State)) {
         return vekStsNullPtrErr;
     }
     State& s = *pSrcDstVad1State;

@@ -283,7 +283,7 @@ bool halfFrame(State& s, const Vek16s* speech, bool longTerm) {
 
 VekStatus veksVAD2_GSMAMR_16s(const Vek16s* pSrcSpch, VeksVAD2State_GSMAMR* pSrcDstVad2State, Vek16s* pResultVadFlag,
                               Vek16s ltpFlag) {
-    if (anyNull(pSrcSpch, pResultVadFlag) || anyNull(pSrcDstVad2State)) {
+    if (anyNull(pSrcSpch, pResultVadFlag, pSrcDstVad2State)) {
         return vekStsNullPtrErr;
     }
     State& s = *pSrcDstVad2State;

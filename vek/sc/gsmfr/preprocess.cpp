@@ -14,11 +14,8 @@ constexpr Vek16s kOffsetPole = 32735;
 } // namespace
 
 VekStatus veksHighPassFilter_GSMFR_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek32s* pMem) {
-    if (anyNull(pSrc, pDst) || anyNull(pMem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc, pDst, pMem); status != vekStsNoErr) {
+        return status;
     }
     auto past = static_cast<int32_t>(extract_l(pMem[0]));
     int32_t sum = pMem[1];
@@ -41,11 +38,8 @@ VekStatus veksHighPassFilter_GSMFR_16s(const Vek16s* pSrc, Vek16s* pDst, int len
 }
 
 VekStatus veksPreemphasize_GSMFR_16s(const Vek16s* pSrc, Vek16s* pDst, int len, Vek16s* pMem) {
-    if (anyNull(pSrc, pDst, pMem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc, pDst, pMem); status != vekStsNoErr) {
+        return status;
     }
     Vek16s past = *pMem;
     for (int i = 0; i < len; ++i) {
@@ -58,11 +52,8 @@ VekStatus veksPreemphasize_GSMFR_16s(const Vek16s* pSrc, Vek16s* pDst, int len, 
 }
 
 VekStatus veksDeemphasize_GSMFR_16s_I(Vek16s* pSrcDst, int len, Vek16s* pMem) {
-    if (anyNull(pSrcDst, pMem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcDst, pMem); status != vekStsNoErr) {
+        return status;
     }
     constexpr int kThirteenBits = ~7;
     Vek16s sum = *pMem;

@@ -64,7 +64,7 @@ void synthesis(const Vek16s* rc, const Vek16s* x, Vek16s* y, int len, Vek16s* st
 } // namespace
 
 VekStatus veksSchur_GSMFR_32s16s(const Vek32s* pSrc, Vek16s* pDst, int lenDst) {
-    if (anyNull(pSrc) || anyNull(pDst)) {
+    if (anyNull(pSrc, pDst)) {
         return vekStsNullPtrErr;
     }
     if (lenDst < 1 || lenDst > kOrder) {
@@ -102,11 +102,8 @@ VekStatus veksSchur_GSMFR_32s16s(const Vek32s* pSrc, Vek16s* pDst, int lenDst) {
 }
 
 VekStatus veksShortTermAnalysisFilter_GSMFR_16s_I(const Vek16s* pRc, Vek16s* pSrcDstSpch, int len, Vek16s* pMem) {
-    if (anyNull(pRc, pSrcDstSpch, pMem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pRc, pSrcDstSpch, pMem); status != vekStsNoErr) {
+        return status;
     }
     alignas(32) Vek16s buffers[2][kStretch + 1];
     for (int first = 0; first < len; first += kStretch) {
@@ -127,11 +124,8 @@ VekStatus veksShortTermAnalysisFilter_GSMFR_16s_I(const Vek16s* pRc, Vek16s* pSr
 
 VekStatus veksShortTermSynthesisFilter_GSMFR_16s(const Vek16s* pRc, const Vek16s* pSrcResidual, Vek16s* pDstSpch,
                                                  int len, Vek16s* pMem) {
-    if (anyNull(pRc, pSrcResidual, pDstSpch, pMem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pRc, pSrcResidual, pDstSpch, pMem); status != vekStsNoErr) {
+        return status;
     }
     if (std::find(pRc, pRc + kOrder, -32768) == pRc + kOrder) {
         synthesis<false>(pRc, pSrcResidual, pDstSpch, len, pMem);

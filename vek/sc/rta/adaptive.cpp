@@ -160,8 +160,8 @@ VekStatus veksAdaptiveCodebookSearch_RTA_32f(const Vek32f* pSrcAdptTarget, const
                                              int subFrameSize, const Vek32f* pSrcBoundary, Vek32f* pSrcDstExc,
                                              Vek32f* pSrcDstLag, int* pDstAdptIndex, Vek32f* pDstAdptContribution,
                                              int deltaSearchRange, int searchFlag) {
-    if (anyNull(pSrcAdptTarget, pSrcImpulseResponse, pSrcBoundary, pSrcDstExc, pSrcDstLag, pDstAdptContribution) ||
-        anyNull(pDstAdptIndex)) {
+    if (anyNull(pSrcAdptTarget, pSrcImpulseResponse, pSrcBoundary, pSrcDstExc, pSrcDstLag, pDstAdptContribution,
+                pDstAdptIndex)) {
         return vekStsNullPtrErr;
     }
     if (subFrameSize < kLeastSubframe || subFrameSize > kMostSubframe) {

@@ -160,11 +160,8 @@ const BlockFilter g_bandPass = blocks(bandPass());
 
 VekStatus veksHighPassFilter_RTA_32f(const Vek32f* pSrc, Vek32f* pDst, int len, int order, VekPCMFrequency freq,
                                      Vek32f* pMem) {
-    if (anyNull(pSrc, pDst, pMem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrc, pDst, pMem); status != vekStsNoErr) {
+        return status;
     }
     if (order < kLeastOrder || order > kLeastOrder + 1) {
         return vekStsFilterOrderErr;
@@ -179,11 +176,8 @@ VekStatus veksHighPassFilter_RTA_32f(const Vek32f* pSrc, Vek32f* pDst, int len, 
 }
 
 VekStatus veksBandPassFilter_RTA_32f_I(Vek32f* pSrcDst, int len, Vek32f* pMem) {
-    if (anyNull(pSrcDst, pMem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcDst, pMem); status != vekStsNoErr) {
+        return status;
     }
     rtaKernels().filterBlocks(g_bandPass, pMem, pSrcDst, pSrcDst, len);
     return vekStsNoErr;

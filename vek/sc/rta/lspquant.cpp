@@ -129,7 +129,7 @@ void keepApart(float* lsp, int n) {
 
 VekStatus veksLSPQuant_RTA_32f(const Vek32f* pSrcLSP, const Vek32f* pSrcLPC, Vek32f* pDstLSP, int order,
                                int* pDstLSPIndex, VekPCMFrequency freq, int complexity) {
-    if (anyNull(pSrcLSP, pSrcLPC, pDstLSP) || anyNull(pDstLSPIndex)) {
+    if (anyNull(pSrcLSP, pSrcLPC, pDstLSP, pDstLSPIndex)) {
         return vekStsNullPtrErr;
     }
     const LspBook* const book = bookOf(order, freq);

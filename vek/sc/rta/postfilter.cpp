@@ -79,7 +79,7 @@ VekStatus veksPostFilterInit_RTA_32f(VeksPostFilterState_RTA_32f* pMem) {
 
 VekStatus veksPostFilter_RTA_32f_I(const Vek32f* pSrcLPC, int order, Vek32f* pSrcDstSpeech, int len, int apfIdx,
                                    Vek32f* pSTApfMem, VeksPostFilterState_RTA_32f* pMem) {
-    if (anyNull(pSrcLPC, pSrcDstSpeech, pSTApfMem) || pMem == nullptr) {
+    if (anyNull(pSrcLPC, pSrcDstSpeech, pSTApfMem, pMem)) {
         return vekStsNullPtrErr;
     }
     if (order < 1 || order > kMostOrder || badLength(len) || len % kBlock != 0) {

@@ -123,7 +123,7 @@ Pulses search(const Field& field, int numPulses, int refine) {
 VekStatus veksFixedCodebookSearch_RTA_32f(const Vek32f* pSrcFixedTarget, const Vek32f* pSrcImpulseResponse,
                                           Vek32f* pDstFixedVector, int subFrameSize, int* pDstFixedIndex,
                                           Vek32f* pDstGain, int numPulses, int refine) {
-    if (anyNull(pSrcFixedTarget, pSrcImpulseResponse, pDstFixedVector, pDstGain) || anyNull(pDstFixedIndex)) {
+    if (anyNull(pSrcFixedTarget, pSrcImpulseResponse, pDstFixedVector, pDstGain, pDstFixedIndex)) {
         return vekStsNullPtrErr;
     }
     if (subFrameSize < kLeast || subFrameSize > kMost || subFrameSize % kTracks != 0) {

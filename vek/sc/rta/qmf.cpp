@@ -118,7 +118,7 @@ VekStatus veksQMFInit_RTA_32f(VeksQMFState_RTA_32f* pQMFMem) {
 
 VekStatus veksQMFEncode_RTA_32f(const Vek32f* pSrc, int len, Vek32f* pDstLow, Vek32f* pDstHigh,
                                 VeksQMFState_RTA_32f* pQMFMem) {
-    if (anyNull(pSrc, pDstLow, pDstHigh) || pQMFMem == nullptr) {
+    if (anyNull(pSrc, pDstLow, pDstHigh, pQMFMem)) {
         return vekStsNullPtrErr;
     }
     if (badLength(len) || len % 2 != 0) {
@@ -155,11 +155,8 @@ VekStatus veksQMFEncode_RTA_32f(const Vek32f* pSrc, int len, Vek32f* pDstLow, Ve
 
 VekStatus veksQMFDecode_RTA_32f(const Vek32f* pSrcLow, const Vek32f* pSrcHigh, int len, Vek32f* pDst,
                                 VeksQMFState_RTA_32f* pQMFMem) {
-    if (anyNull(pSrcLow, pSrcHigh, pDst) || pQMFMem == nullptr) {
-        return vekStsNullPtrErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkSignal(len, pSrcLow, pSrcHigh, pDst, pQMFMem); status != vekStsNoErr) {
+        return status;
     }
     State state;
     if (!state.take(pQMFMem)) {

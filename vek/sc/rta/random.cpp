@@ -73,7 +73,7 @@ Sum searchStage(const float* numbers, int entries, float weight, int n, const Re
 VekStatus veksFixedCodebookSearchRandom_RTA_32f(const Vek32f* pSrcFixedTarget, const Vek32f* pSrcImpulseResponse,
                                                 Vek32f* pDstFixedVector, int subFrameSize, int* pDstFixedIndex,
                                                 Vek32f* pDstGain, int codebookSize, int nStage, int gainLimit) {
-    if (anyNull(pSrcFixedTarget, pSrcImpulseResponse, pDstFixedVector, pDstGain) || anyNull(pDstFixedIndex)) {
+    if (anyNull(pSrcFixedTarget, pSrcImpulseResponse, pDstFixedVector, pDstGain, pDstFixedIndex)) {
         return vekStsNullPtrErr;
     }
     if (subFrameSize < kLeastSubframe || subFrameSize > kMostSubframe) {
