@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "kernellevels.h"
-#include "registers/operations.h"
+#include "registeroperations.h"
 #include "vekcore.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // The operations of the kernels' registers, once per level; at the plain level what they mean.
-#include "operations.h"
+#include "registeroperations.h"
 
 #include "sc/kernels/registers.h"
 
