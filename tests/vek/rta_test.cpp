@@ -264,7 +264,7 @@ TEST(VekRtaPairs, AnglesBeyondTheHalfCircleHaveTheirCosinesToo) {
         for (int i = 0; i < order; ++i) {
             const double at = 3.0 * (i + 1) / (order + 1);
             inside.push_back(static_cast<float>(at));
-            beyond.push_back(static_cast<float>(i % 2 == 0 ? -at : 2 * std::numbers::pi - at));
+            beyond.push_back(static_cast<float>(i % 2 == 0 ? -at : 4 * std::numbers::pi + at));
         }
         Floats want(static_cast<size_t>(order) + 1);
         Floats got(want.size());
