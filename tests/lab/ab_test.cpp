@@ -20,12 +20,12 @@ constexpr int functions = 12;
 // `name`, print and exit with status 3, which becomes an abort. Every use is noted in the file "uses".
 std::string rigScript(const std::string& changes) {
     return R"sh(
-place=$(dirname "$0")
+place=${0%/*}
 echo "$keys" >> "$place/uses"
 echo "$$ $KR_CORE_AWAKE ${#KRLAB_PADDING} $KR_HEAP_LOT" >> "$place/starts"
-cat "$place/head" >> "$table"
 awk -v keys=" $keys " -v table="$table" -v place="$place" '
 BEGIN {
+    while ((getline line < (place "/head")) > 0) print line >> table
     for (i = 1; i <= 12; ++i) {
         name = "f" i
         if (keys ~ / -f=/ && keys !~ " -f=" name " ") continue
