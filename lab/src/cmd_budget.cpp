@@ -109,11 +109,8 @@ public:
 private:
     /// Every line once in each pass; the smallest of its readings counts, since disturbances only ever add.
     void measure() {
-        PassRequest request;
-        request.subject = m_context.subject(m_options.subject);
-        request.keys = shortCallKeys(m_context.options.keys);
-        request.keys.insert(request.keys.end(), m_context.options.keys.begin(), m_context.options.keys.end());
-        request.timeLimit = parseDuration(m_options.timeLimit);
+        PassRequest request = shortCallRequest(m_context.subject(m_options.subject), m_context.options.keys,
+                                               parseDuration(m_options.timeLimit));
         std::set<Line> lines;
         for (const Budget& budget : m_budgets) {
             for (const BudgetCall& call : budget.calls) {
@@ -211,7 +208,7 @@ void addBudget(Program& program) {
     command.add_option("--passes", options->passes, "passes over the lines")
         ->check(CLI::Range(1, 1000))
         ->capture_default_str();
-    command.add_option("--limit", options->timeLimit, "time limit of a process")->capture_default_str();
+    addLimit(command, options->timeLimit);
     command.add_flag("--calls", options->allCalls, "all calls of a frame, not the dearest alone");
 }
 

@@ -110,7 +110,7 @@ void addCount(Program& program) {
         ->type_name("LINE");
     command.add_option("--store", options->store, "file that keeps the counts")->capture_default_str();
     command.add_option("--label", options->label, "name of the run in the store, such as a commit");
-    command.add_option("--limit", options->timeLimit, "time limit of a process")->capture_default_str();
+    addLimit(command, options->timeLimit);
 }
 
 } // namespace krlab

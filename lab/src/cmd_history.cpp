@@ -56,11 +56,8 @@ int addToHistory(const HistoryArguments& options, Context& context) {
     if (label.empty()) {
         throw Fault("there is no commit here to name the point; give it a name with --label");
     }
-    PassRequest request;
-    request.subject = context.subject(options.subject);
-    request.keys = shortCallKeys(context.options.keys);
-    request.keys.insert(request.keys.end(), context.options.keys.begin(), context.options.keys.end());
-    request.timeLimit = parseDuration(options.timeLimit);
+    PassRequest request =
+        shortCallRequest(context.subject(options.subject), context.options.keys, parseDuration(options.timeLimit));
     // A point is not to hang on where its build happens to lie in memory.
     request.copied = identify(request.subject).libraries;
     const size_t tests = listChosenTests(request.subject, request.keys).size();
@@ -316,7 +313,7 @@ void addHistory(Program& program) {
     add->add_option("--passes", options->passes, "passes of the point")
         ->check(CLI::Range(1, 1000))
         ->capture_default_str();
-    add->add_option("--limit", options->timeLimit, "time limit of a process")->capture_default_str();
+    addLimit(*add, options->timeLimit);
     CLI::App* show = sub("show", "points and steps", showHistory);
     show->add_option("LINE", options->lines, "the course of these lines alone");
     CLI::App* check = sub("check", "status 1 if a line has become slower", checkHistory);

@@ -109,7 +109,7 @@ void addResume(Program& program) {
                                     [options](Context& context) { return resume(*options, context); });
     command.add_option("TABLE", options->table, "the result table (-r) of the run")->required();
     command.add_option("--subject", options->subject, "library directory or rig program");
-    command.add_option("--limit", options->timeLimit, "time limit of a process")->capture_default_str();
+    addLimit(command, options->timeLimit);
 }
 
 } // namespace krlab

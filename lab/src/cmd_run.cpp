@@ -254,7 +254,7 @@ void addRun(Program& program) {
         ->capture_default_str();
     command.add_option("--store", options->store, "file that keeps all passes")->capture_default_str();
     command.add_option("--label", options->label, "name of the run in the store, such as a commit");
-    command.add_option("--limit", options->timeLimit, "time limit of a process")->capture_default_str();
+    addLimit(command, options->timeLimit);
     command.add_flag("--lines", options->allLines, "report all lines, not the worst alone");
 }
 

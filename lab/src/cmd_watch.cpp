@@ -57,10 +57,8 @@ class Watching {
 public:
     Watching(const WatchArguments& options, Context& context)
         : m_options(options), m_context(context), m_threshold(parseShare(options.threshold)) {
-        m_request.subject = context.subject(options.subject);
-        m_request.keys = shortCallKeys(context.options.keys);
-        m_request.keys.insert(m_request.keys.end(), context.options.keys.begin(), context.options.keys.end());
-        m_request.timeLimit = parseDuration(options.timeLimit);
+        m_request =
+            shortCallRequest(context.subject(options.subject), context.options.keys, parseDuration(options.timeLimit));
         listChosenTests(m_request.subject, m_request.keys);
     }
 
@@ -158,7 +156,7 @@ void addWatch(Program& program) {
         ->check(CLI::Range(2, 1000))
         ->capture_default_str();
     command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
-    command.add_option("--limit", options->timeLimit, "time limit of a process")->capture_default_str();
+    addLimit(command, options->timeLimit);
 }
 
 } // namespace krlab

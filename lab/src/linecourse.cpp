@@ -3,6 +3,7 @@
 #include "rigkeys.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace krlab {
 
@@ -75,6 +76,15 @@ std::vector<std::string> shortCallKeys(const std::vector<std::string>& userKeys)
         }
     }
     return {"-dMethod=Iterative", "-dStartNumLoops=64"};
+}
+
+PassRequest shortCallRequest(Subject subject, const std::vector<std::string>& userKeys, double timeLimit) {
+    PassRequest request;
+    request.subject = std::move(subject);
+    request.keys = shortCallKeys(userKeys);
+    request.keys.insert(request.keys.end(), userKeys.begin(), userKeys.end());
+    request.timeLimit = timeLimit;
+    return request;
 }
 
 } // namespace krlab

@@ -46,5 +46,7 @@ private:
 
 /// The keys for short calls: Iterative from 64 loops. Empty if the user chose a method.
 std::vector<std::string> shortCallKeys(const std::vector<std::string>& userKeys);
+/// Passes over all that the user's keys select, with the keys for short calls before them.
+PassRequest shortCallRequest(Subject subject, const std::vector<std::string>& userKeys, double timeLimit);
 
 } // namespace krlab

@@ -104,6 +104,10 @@ void addSubject(CLI::App& command, std::string& subject) {
     command.add_option("SUBJECT", subject, "library directory or rig program; the rig beside krlab without it");
 }
 
+void addLimit(CLI::App& command, std::string& limit) {
+    command.add_option("--limit", limit, "time limit of a process")->capture_default_str();
+}
+
 void writeOutput(const std::string& file, const std::string& text) {
     if (file == "-") {
         if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {

@@ -81,6 +81,8 @@ void addFleet(Program& program);
 
 /// The argument SUBJECT of a command, which may be left out.
 void addSubject(CLI::App& command, std::string& subject);
+/// The time after which a process of the rig is ended; what stands in `limit` is the default.
+void addLimit(CLI::App& command, std::string& limit);
 
 /// Writes text to the file, or to standard output for "-". Throws Fault with the cause.
 void writeOutput(const std::string& file, const std::string& text);

@@ -135,20 +135,27 @@ std::vector<Trial::Candidate> Trial::judgeUnsuspected() {
     return candidates;
 }
 
+template <class Judge>
+void Trial::judgeOpen(int number, const Judge& judge) {
+    const size_t since = m_groups[static_cast<size_t>(number)].since;
+    for (size_t line = 0; line < m_lines.size(); ++line) {
+        State& state = m_lines[line];
+        if (state.group != number || state.decided()) {
+            continue;
+        }
+        const LowReadings readings = readingsSince(since, line);
+        if (readings.rounds() != 0) {
+            judge(line, state, readings);
+        }
+    }
+}
+
 // Holm's step-down: as long as suspects are found to have changed, the others share what is left of the error.
 void Trial::accuse(Group& group, int number) {
     for (bool found = true; found && group.accused < group.size;) {
         found = false;
         const double tail = error(group.looks) * group.share / (2 * static_cast<double>(group.size - group.accused));
-        for (size_t line = 0; line < m_lines.size(); ++line) {
-            State& state = m_lines[line];
-            if (state.group != number || state.decided()) {
-                continue;
-            }
-            const LowReadings readings = readingsSince(group.since, line);
-            if (readings.rounds() == 0) {
-                continue;
-            }
+        judgeOpen(number, [&](size_t line, State& state, const LowReadings& readings) {
             state.result = resultOf(line, readings, tail);
             if (state.result.verdict == Verdict::slower || state.result.verdict == Verdict::faster) {
                 ++group.accused;
@@ -156,7 +163,7 @@ void Trial::accuse(Group& group, int number) {
             } else {
                 state.result.verdict = Verdict::undecided;
             }
-        }
+        });
     }
 }
 
@@ -167,21 +174,13 @@ void Trial::judgeGroup(int number) {
     accuse(group, number);
     // That a line is the same accuses nobody: there each line stands for itself.
     const double tail = error(group.looks) / 2;
-    for (size_t line = 0; line < m_lines.size(); ++line) {
-        State& state = m_lines[line];
-        if (state.group != number || state.decided()) {
-            continue;
-        }
-        const LowReadings readings = readingsSince(group.since, line);
-        if (readings.rounds() == 0) {
-            continue;
-        }
+    judgeOpen(number, [&](size_t line, State& state, const LowReadings& readings) {
         // The interval of an undecided line is its own, too: what it lacks is to stand out among all suspects.
         state.result = resultOf(line, readings, tail);
         if (state.result.verdict != Verdict::same) {
             state.result.verdict = Verdict::undecided;
         }
-    }
+    });
 }
 
 void Trial::suspect(std::vector<Candidate> candidates, int roundsLeft) {

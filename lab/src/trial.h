@@ -87,6 +87,9 @@ private:
     LowReadings readingsSince(size_t round, size_t line) const;
     LineVerdict resultOf(size_t line, const LowReadings& readings, double tail) const;
     std::vector<Candidate> judgeUnsuspected();
+    // Hands each line of a group that is not decided to `judge`, with its readings in the rounds that count.
+    template <class Judge>
+    void judgeOpen(int number, const Judge& judge);
     void judgeGroup(int number);
     void accuse(Group& group, int number);
     void suspect(std::vector<Candidate> candidates, int roundsLeft);
