@@ -23,8 +23,8 @@ VEK_API VekStatus vekGetMaxCacheSizeB(int* pSize);
 // Text of a status from the one table of vekdefs.h; "unknown status" for any other number. Never null.
 VEK_API const char* vekGetStatusString(VekStatus status);
 
-// Picks the best kernels for this machine, those with 512-bit registers too, for which no processor type stands. In force
-// already when the library is loaded.
+// Picks the best kernels for this machine, those with 512-bit registers too, for which no processor type stands. In
+// force already when the library is loaded.
 VEK_API VekStatus vekInit(void);
 
 // Picks the kernels of a processor type: plain code below level 68, 128-bit code for 68 to 70, 256-bit code for 71.

@@ -1,9 +1,9 @@
 // Gain control behind the post filters, by energy and by sum of magnitudes, and the target without the adaptive
 // codebook's share.
+#include "sc/g729/gaincontrol.h"
 #include "sc/common/energylevel.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
-#include "sc/g729/gaincontrol.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/loops.h"
 #include "veksc_g729pitch.h"

@@ -2,7 +2,6 @@
 // of a correlation.
 // Inner products come from the kernels, exact; where the energy proves that a saturating sum could have saturated on
 // its way, it is made step by step instead.
-#include <cstdlib>
 
 #include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
