@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -141,7 +142,7 @@ static bool replaceByCopy(const krString& name, const krStringList& lines) {
     char* const target = realpath(path.c_str(), nullptr);
     const krString goal = target;
     std::free(target);
-    krString copy = goal + ".XXXXXX"; // mkstemp puts letters of its own in place of these
+    krString copy = goal + "." + std::string(6, 'X').c_str(); // mkstemp puts letters of its own in their place
     const int file = goal.empty() ? -1 : mkstemp(copy.data());
     if (file < 0) {
         return false;

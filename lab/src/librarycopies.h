@@ -12,9 +12,9 @@
 
 namespace krlab {
 
-/// Copies in memory, which the loader finds in a directory of their own under the names that it asks for. Where in the
-/// machine's memory a file lies is settled when it is read or written, and then stays; some functions take 4 % more
-/// clocks in the one copy of a file than in the other. With copies for each process that is drawn by lot each time.
+/// Copies in memory, which the loader finds in a directory of their own under the names that it asks for. Some
+/// functions take 4 % more clocks in one copy of a file than in another, in all processes that share it, presumably by
+/// where in the machine's memory it lies. With copies for each process that is drawn by lot each time.
 class LibraryCopies {
 public:
     /// Throws Fault if a file can't be read or there is no room.

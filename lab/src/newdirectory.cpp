@@ -10,7 +10,7 @@ namespace krlab {
 namespace fs = std::filesystem;
 
 NewDirectory::NewDirectory(const fs::path& storage, const std::string& name) {
-    std::string pattern = (storage / (name + "XXXXXX")).string(); // mkdtemp replaces the last six letters
+    std::string pattern = (storage / (name + std::string(6, 'X'))).string(); // mkdtemp replaces the last six letters
     if (::mkdtemp(pattern.data()) == nullptr) {
         throw Fault(storage.string(), "takes no new directory: " + systemCause(errno));
     }

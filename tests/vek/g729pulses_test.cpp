@@ -271,30 +271,21 @@ TEST(VekManyPulses, ReadBackFromTheirWordsAndMatchTheTarget) {
     atEveryLevel([] {
         std::mt19937 random(5);
         for (int round = 0; round < 300; ++round) {
-            Problem p(random);
-            const Samples residual = noise(random, 40, -2000, 2000);
-            const Reals realTarget(p.target.begin(), p.target.end());
-            const Reals realResidual(residual.begin(), residual.end());
+            ManyPulses p(random);
             for (int mode = 0; mode < 2; ++mode) {
-                Samples code(40), y(40), words(5);
-                Reals realCode(40), realY(40);
-                ASSERT_EQ(vekStsNoErr,
-                          veksFixedCodebookSearch_G729E_16s(mode, p.target.data(), residual.data(), p.h.data(),
-                                                            code.data(), y.data(), words.data()));
-                const std::vector<int> back = decodeMany(mode, words);
-                ASSERT_EQ(ones(code, 8192), back);
-                ASSERT_EQ(std::vector<int>(y.begin(), y.end()), filtered(back, p.h));
+                ASSERT_EQ(vekStsNoErr, p.search(mode));
+                const std::vector<int> back = decodeMany(mode, p.words);
+                ASSERT_EQ(ones(p.code, 8192), back);
+                ASSERT_EQ(std::vector<int>(p.y.begin(), p.y.end()), filtered(back, p.h));
                 int pulses = 0;
                 for (const int v : back) {
                     pulses += std::abs(v);
                 }
                 ASSERT_EQ(mode == 0 ? 10 : 12, pulses);
-                ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729E_32f(mode, realTarget.data(), realResidual.data(),
-                                                                         p.realH.data(), realCode.data(), realY.data(),
-                                                                         words.data()));
-                ASSERT_EQ(ones(realCode, 1), decodeMany(mode, words));
-                ASSERT_EQ(ones(realY, 1), filtered(decodeMany(mode, words), p.h));
-                ASSERT_NEAR(1, p.merit(realCode) / p.merit(ones(code, 8192)), 0.35);
+                ASSERT_EQ(vekStsNoErr, p.searchReal(mode));
+                ASSERT_EQ(ones(p.realCode, 1), decodeMany(mode, p.words));
+                ASSERT_EQ(ones(p.realY, 1), filtered(decodeMany(mode, p.words), p.h));
+                ASSERT_NEAR(1, p.merit(p.realCode) / p.merit(ones(p.code, 8192)), 0.35);
             }
         }
     });

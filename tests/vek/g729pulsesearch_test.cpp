@@ -247,22 +247,13 @@ TEST(VekManyPulses, AreThoseOfTheSearchInDoublePrecision) {
         std::mt19937 random(15);
         double least = 1;
         for (int round = 0; round < 60; ++round) {
-            Problem p(random);
-            const Samples residual = noise(random, 40, -2000, 2000);
-            const Reals realTarget(p.target.begin(), p.target.end());
-            const Reals realResidual(residual.begin(), residual.end());
+            ManyPulses p(random);
             for (int mode = 0; mode < 2; ++mode) {
-                Samples code(40), y(40), words(5);
-                Reals realCode(40), realY(40);
-                const std::vector<int> want = manyInDouble(p.target, residual, p.h, mode == 0 ? 10 : 12);
-                ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729E_32f(mode, realTarget.data(), realResidual.data(),
-                                                                         p.realH.data(), realCode.data(), realY.data(),
-                                                                         words.data()));
-                ASSERT_EQ(want, ones(realCode, 1)) << round << " " << mode;
-                ASSERT_EQ(vekStsNoErr,
-                          veksFixedCodebookSearch_G729E_16s(mode, p.target.data(), residual.data(), p.h.data(),
-                                                            code.data(), y.data(), words.data()));
-                least = std::min(least, p.merit(ones(code, 8192)) / p.merit(want));
+                const std::vector<int> want = manyInDouble(p.target, p.residual, p.h, mode == 0 ? 10 : 12);
+                ASSERT_EQ(vekStsNoErr, p.searchReal(mode));
+                ASSERT_EQ(want, ones(p.realCode, 1)) << round << " " << mode;
+                ASSERT_EQ(vekStsNoErr, p.search(mode));
+                least = std::min(least, p.merit(ones(p.code, 8192)) / p.merit(want));
             }
         }
         EXPECT_GE(least, 0.9);

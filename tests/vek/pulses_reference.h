@@ -57,6 +57,27 @@ struct Problem {
     }
 };
 
+// A problem of the searches for ten (mode 0) and twelve pulses, and what they found for it last.
+struct ManyPulses : Problem {
+    Samples residual;
+    Reals realTarget, realResidual;
+    Samples code = Samples(40), y = Samples(40), words = Samples(5);
+    Reals realCode = Reals(40), realY = Reals(40);
+
+    explicit ManyPulses(std::mt19937& random)
+        : Problem(random), residual(noise(random, 40, -2000, 2000)), realTarget(target.begin(), target.end()),
+          realResidual(residual.begin(), residual.end()) {}
+
+    VekStatus search(int mode) {
+        return veksFixedCodebookSearch_G729E_16s(mode, target.data(), residual.data(), h.data(), code.data(), y.data(),
+                                                 words.data());
+    }
+    VekStatus searchReal(int mode) {
+        return veksFixedCodebookSearch_G729E_32f(mode, realTarget.data(), realResidual.data(), realH.data(),
+                                                 realCode.data(), realY.data(), words.data());
+    }
+};
+
 // The code vector of a codeword of four pulses, ones.
 inline std::vector<int> decodeFour(int positions, int signs) {
     std::vector<int> code(40);
