@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <x86intrin.h>
@@ -47,6 +48,7 @@ VekStatus callAt(CallSite& site, Call call) {
 
 #define CALLED(call)                                                                                                   \
     [&] {                                                                                                              \
+        static_assert(std::string_view(#call).starts_with("veks"), "a call is known by its function's name");          \
         static chains::CallSite site(#call);                                                                           \
         return chains::callAt(site, [&] { return call; });                                                             \
     }()

@@ -308,8 +308,11 @@ private:
         m.sharpen(m_delay, code);
         int16_t gains[2];
         int16_t codes[2];
-        GOOD((m_short ? veksGainQuant_G729D_16s : veksGainQuant_G729_16s)(target, y, code, z, m.past.data(), gains,
-                                                                          codes, 0));
+        if (m_short) {
+            GOOD(veksGainQuant_G729D_16s(target, y, code, z, m.past.data(), gains, codes, 0));
+        } else {
+            GOOD(veksGainQuant_G729_16s(target, y, code, z, m.past.data(), gains, codes, 0));
+        }
         const int fields[2][4] = {{C1, S1, GA1, GB1}, {C2, S2, GA2, GB2}};
         const int values[] = {index[0], index[1], codes[0], codes[1]};
         for (int i = 0; i < 4; ++i) {
