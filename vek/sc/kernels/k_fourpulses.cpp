@@ -57,7 +57,7 @@ struct Best {
 
     bool take(double c, double e) { return takeSquare(c * c, e); }
     bool takeSquare(double s, double e) {
-        if (s * energy <= square * e) {
+        if (!(s * energy > square * e)) {
             return false;
         }
         square = s;
@@ -68,7 +68,7 @@ struct Best {
     VEK_INLINE bool below(const double* squares, const double* energies) const {
         int64_t any = 0;
         for (int k = 0; k < kPositions; ++k) {
-            any |= squares[k] * energy <= square * energies[k] ? 0 : -1;
+            any |= squares[k] * energy > square * energies[k] ? -1 : 0;
         }
         return any != 0;
     }
@@ -178,9 +178,19 @@ Choice Search<Corr, Element>::nested(int& entries) const {
                 }
                 const Sum e3 = e2 + energy(2, k) + 2 * (pair(0, i, 2, k) + pair(1, j, 2, k));
                 for (int u = 3; u < kTracks; ++u) {
+                    const Element* row = m_matrix + pairAt(2, u) + kPositions * k;
+                    double squares[kPositions];
+                    double energies[kPositions];
                     for (int l = 0; l < kPositions; ++l) {
-                        const Sum e = e3 + last[u - 3][l] + 2 * pair(2, k, u, l);
-                        if (best.take(static_cast<double>(c3 + m_d[u][l]), static_cast<double>(e))) {
+                        const auto sum = static_cast<double>(c3 + m_d[u][l]);
+                        squares[l] = sum * sum;
+                        energies[l] = static_cast<double>(e3 + last[u - 3][l] + 2 * static_cast<Sum>(row[l]));
+                    }
+                    if (!best.below(squares, energies)) {
+                        continue;
+                    }
+                    for (int l = 0; l < kPositions; ++l) {
+                        if (best.takeSquare(squares[l], energies[l])) {
                             choice = {{{i, j, k, l}, u}};
                         }
                     }
@@ -360,6 +370,41 @@ FourPulses depthFirst(const Corr* d, Element* matrix) {
     return Search<Corr, Element>(d, matrix).depthFirst();
 }
 
+int pairOfCodes(const float* firstD, const float* firstEnergy, const float* secondD, const float* secondEnergy,
+                const float* cross) {
+    // The same in doubles, which all that is compared stands in.
+    double d[kSecondCodes];
+    double energy[kSecondCodes];
+    for (int b = 0; b < kSecondCodes; ++b) {
+        d[b] = static_cast<double>(secondD[b]);
+        energy[b] = static_cast<double>(secondEnergy[b]);
+    }
+    Best best;
+    int code = 0;
+    for (int a = 0; a < kFirstCodes; ++a) {
+        const auto c1 = static_cast<double>(firstD[a]);
+        const auto e1 = static_cast<double>(firstEnergy[a]);
+        for (int b = 0; b < kSecondCodes; b += kPositions, cross += kPositions) {
+            double squares[kPositions];
+            double energies[kPositions];
+            for (int k = 0; k < kPositions; ++k) {
+                const double c = c1 + d[b + k];
+                squares[k] = c * c;
+                energies[k] = e1 + energy[b + k] + 2 * static_cast<double>(cross[k]);
+            }
+            if (!best.below(squares, energies)) {
+                continue;
+            }
+            for (int k = 0; k < kPositions; ++k) {
+                if (best.takeSquare(squares[k], energies[k])) {
+                    code = a + kFirstCodes * (b + k);
+                }
+            }
+        }
+    }
+    return code;
+}
+
 } // namespace
 
 VEK_KERNEL_TABLE(FourPulseKernels, fourPulseKernels) = {
@@ -367,6 +412,7 @@ VEK_KERNEL_TABLE(FourPulseKernels, fourPulseKernels) = {
     {nested<int16_t, int32_t>, depthFirst<int16_t, int32_t>},
     {nested<float, float>, depthFirst<float, float>},
     replaced,
+    pairOfCodes,
 };
 
 } // namespace vek
