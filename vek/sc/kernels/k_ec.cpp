@@ -79,6 +79,24 @@ void learnSatFrom(int k, const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len
     }
 }
 
+int32_t stepSat(int32_t step, int32_t error) {
+    const int32_t p = fix::sat32((static_cast<int64_t>(step) * error + 0x4000) >> 15);
+    return p == INT32_MIN ? -INT32_MAX : p;
+}
+
+void stepsSatFrom(int k, const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    for (; k < len; ++k) {
+        dst[k] = {stepSat(step[k], error[k].re), stepSat(step[k], error[k].im)};
+    }
+}
+
+void stepsLowFrom(int k, const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    for (; k < len; ++k) {
+        dst[k] = {static_cast<int32_t>(product(step[k], error[k].re) >> 15),
+                  static_cast<int32_t>(product(step[k], error[k].im) >> 15)};
+    }
+}
+
 void learn32fcFrom(int k, const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len) {
     for (; k < len; ++k) {
         c[k].re += x[k].re * g[k].re + x[k].im * g[k].im;
@@ -130,6 +148,14 @@ void learnLow(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift
 
 void learnSat(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift) {
     learnSatFrom(0, x, p, c, len, shift);
+}
+
+void stepsSat(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    stepsSatFrom(0, step, error, dst, len);
+}
+
+void stepsLow(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    stepsLowFrom(0, step, error, dst, len);
 }
 
 void learn32fc(const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len) {
@@ -259,8 +285,7 @@ VEK_INLINE hn::Vec<D> bounds(D d, hn::Vec<D> signs) {
 // The sums times 2^-scale, saturated. `signs` has the signs of the sums, `lost` is not 0 where 64 bits do not hold
 // them.
 template <class D>
-VEK_INLINE void storeScaled(D d, Vek32sc* dst, const Parts<D>& sums, hn::Vec<D> signs, const Parts<D>& lost,
-                            int scale) {
+VEK_INLINE hn::Vec<D> scaledSums(D d, const Parts<D>& sums, hn::Vec<D> signs, const Parts<D>& lost, int scale) {
     const Wider<D> wider;
     const int up = scale < 0 ? -scale : 0;
     const int down = scale < 0 ? 0 : scale;
@@ -271,7 +296,13 @@ VEK_INLINE void storeScaled(D d, Vek32sc* dst, const Parts<D>& sums, hn::Vec<D> 
     const Parts<D> excess = {beyond(sums.re) | lost.re, beyond(sums.im) | lost.im};
     const auto fits = (lowerHalves(d, excess) | upperHalves(d, excess)) == hn::Zero(d);
     const auto values = lowerHalves(d, Parts<D>{scaledBits(sums.re), scaledBits(sums.im)});
-    store(d, dst, hn::IfThenElse(fits, values, bounds(d, signs)));
+    return hn::IfThenElse(fits, values, bounds(d, signs));
+}
+// The same of sums that 64 bits hold.
+template <class D>
+VEK_INLINE hn::Vec<D> scaledSums(D d, const Parts<D>& sums, int scale) {
+    const auto none = hn::Zero(Wider<D>());
+    return scaledSums(d, sums, upperHalves(d, sums), Parts<D>{none, none}, scale);
 }
 
 void firLow(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int first, int len, int scale,
@@ -284,7 +315,7 @@ void firLow(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int 
             sums.re = sums.re + p.re;
             sums.im = sums.im + p.im;
         }
-        storeScaled(d, dst + k, sums, upperHalves(d, sums), Parts<decltype(d)>{none, none}, scale);
+        store(d, dst + k, scaledSums(d, sums, scale));
     });
     firLowFrom(done, x, c, segments, len, scale, dst);
 }
@@ -327,10 +358,39 @@ void firWide(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int
         const Parts<decltype(d)> high = {re.high(count), im.high(count)};
         // Sums from 2^62 on are saturated at each scale.
         const auto beyond = [=](auto v) { return hn::ShiftRight<31>(v + hn::Set(wider, uint64_t{1} << 30)); };
-        storeScaled(d, dst + k, Parts<decltype(d)>{re.low64(count), im.low64(count)}, upperHalves(d, high),
-                    Parts<decltype(d)>{beyond(high.re), beyond(high.im)}, scale);
+        const Parts<decltype(d)> low = {re.low64(count), im.low64(count)};
+        const Parts<decltype(d)> lost = {beyond(high.re), beyond(high.im)};
+        store(d, dst + k, scaledSums(d, low, upperHalves(d, high), lost, scale));
     });
     firWideFrom(done, x, c, segments, len, scale, dst);
+}
+
+// The products of numbers and the steps of each.
+template <class D>
+VEK_INLINE Parts<D> stepProducts(D d, const int32_t* step, const Vek32sc* error) {
+    const hn::RepartitionToWide<D> wide;
+    const auto steps = hn::BitCast(d, hn::PromoteTo(wide, hn::LoadU(hn::Rebind<int32_t, decltype(wide)>(), step)));
+    const auto e = numbers(d, error);
+    return {evenProducts(d, steps, e), evenProducts(d, steps, imaginary(d, e))};
+}
+
+void stepsSat(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    const int done = byRegisters<2>(D32(), 0, len, [=](auto d, int k) {
+        auto p = stepProducts(d, step + k, error + k);
+        const auto half = hn::Set(Wider<decltype(d)>(), 0x4000);
+        p.re = p.re + half;
+        p.im = p.im + half;
+        store(d, dst + k, hn::Max(scaledSums(d, p, 15), hn::Set(d, -INT32_MAX)));
+    });
+    stepsSatFrom(done, step, error, dst, len);
+}
+
+void stepsLow(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    const int done = byRegisters<2>(D32(), 0, len, [=](auto d, int k) {
+        const auto p = stepProducts(d, step + k, error + k);
+        store(d, dst + k, lowerHalves(d, Parts<decltype(d)>{hn::ShiftRight<15>(p.re), hn::ShiftRight<15>(p.im)}));
+    });
+    stepsLowFrom(done, step, error, dst, len);
 }
 
 void learnLow(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift) {
@@ -398,7 +458,8 @@ void turn32f(const float* src, float* dst, int n) {
 
 } // namespace
 
-VEK_KERNEL_TABLE_512(EcKernels, ecKernels) = {learn32f, learn16,   firLow, firWide, learnLow,
-                                              learnSat, learn32fc, turn16, turn32f};
+VEK_KERNEL_TABLE_512(EcKernels, ecKernels) = {
+    learn32f, learn16, firLow, firWide, learnLow, learnSat, stepsSat, stepsLow, learn32fc, turn16, turn32f,
+};
 
 } // namespace vek
