@@ -72,6 +72,31 @@ VEK_INLINE void transform(const FoldTable<T>& t, const T* re, const T* im, T* ou
     }
 }
 
+// Four times four lines of the real transform from those of the complex one, z, and those opposite.
+template <int Rows, typename T, typename V>
+VEK_INLINE void split(const FoldTable<T>& t, const T* zRe, const T* zIm, int from, V& firstRe, V& firstIm,
+                      typename Kind<T>::Complex* spectrum) {
+    constexpr int half = 4 * Rows;
+    const V middle = set1<4>(static_cast<T>(0.5));
+    for (int k = from; k < from + 16; k += 4) {
+        const V aRe = load<4>(zRe + k);
+        const V aIm = load<4>(zIm + k);
+        // Z(half - k), whose conjugate is meant, from whole vectors, which the loads take as they were stored.
+        const V lastRe = load<4>(zRe + half - 4 - k);
+        const V lastIm = load<4>(zIm + half - 4 - k);
+        const V bRe = mirrored(lastRe, firstRe);
+        const V bIm = mirrored(lastIm, firstIm);
+        firstRe = lastRe;
+        firstIm = lastIm;
+        const V oRe = aRe - bRe;
+        const V oIm = aIm + bIm;
+        const V wRe = load<4>(t.postRe + k);
+        const V wIm = load<4>(t.postIm + k);
+        storeMerged(&spectrum[k].re, middle * (aRe + bRe) + (wRe * oRe - wIm * oIm),
+                    middle * (aIm - bIm) + (wRe * oIm + wIm * oRe));
+    }
+}
+
 template <int Rows, typename T>
 VEK_INLINE void forward(const FoldTable<T>& t, const T* fold, typename Kind<T>::Complex* spectrum) {
     using V = typename Kind<T>::Vector;
@@ -88,25 +113,10 @@ VEK_INLINE void forward(const FoldTable<T>& t, const T* fold, typename Kind<T>::
         store(im + n, odd);
     }
     transform<Rows>(t, re, im, zRe, zIm);
-    const V middle = set1<4>(static_cast<T>(0.5));
     V firstRe = load<4>(zRe);
     V firstIm = load<4>(zIm);
-    for (int k = 0; k < half; k += 4) {
-        const V aRe = load<4>(zRe + k);
-        const V aIm = load<4>(zIm + k);
-        // Z(half - k), whose conjugate is meant, from whole vectors, which the loads take as they were stored.
-        const V lastRe = load<4>(zRe + half - 4 - k);
-        const V lastIm = load<4>(zIm + half - 4 - k);
-        const V bRe = mirrored(lastRe, firstRe);
-        const V bIm = mirrored(lastIm, firstIm);
-        firstRe = lastRe;
-        firstIm = lastIm;
-        const V oRe = aRe - bRe;
-        const V oIm = aIm + bIm;
-        const V wRe = load<4>(t.postRe + k);
-        const V wIm = load<4>(t.postIm + k);
-        storeMerged(&spectrum[k].re, middle * (aRe + bRe) + (wRe * oRe - wIm * oIm),
-                    middle * (aIm - bIm) + (wRe * oIm + wIm * oRe));
+    for (int k = 0; k < half; k += 16) {
+        split<Rows>(t, zRe, zIm, k, firstRe, firstIm, spectrum);
     }
     spectrum[half] = {zRe[0] - zIm[0], 0};
 }
