@@ -73,17 +73,22 @@ Names testsOf(const std::string& program) {
     return names;
 }
 
-/// The text of each test file with the headers of its own room that it includes, by the suites in it.
+/// The text of each test file with the headers of its folder and its room that it includes, by the suites in it.
 std::multimap<std::string, std::string> filesBySuite() {
     std::multimap<std::string, std::string> files;
     for (const char* room : {"tests/vek", "tests/oracle"}) {
-        for (const fs::directory_entry& entry : fs::directory_iterator(source / room)) {
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(source / room)) {
+            if (!entry.is_regular_file()) {
+                continue;
+            }
             const std::string text = textOf(entry.path());
             std::string whole = text;
             for (size_t at = text.find("#include \""); at != std::string::npos; at = text.find("#include \"", at + 1)) {
                 const size_t begin = at + 10;
-                const fs::path header = entry.path().parent_path() / text.substr(begin, text.find('"', begin) - begin);
-                whole += fs::exists(header) ? textOf(header) : "";
+                const std::string name = text.substr(begin, text.find('"', begin) - begin);
+                for (const fs::path& folder : std::set<fs::path>{entry.path().parent_path(), source / room}) {
+                    whole += fs::exists(folder / name) ? textOf(folder / name) : "";
+                }
             }
             Names suites;
             for (size_t at = text.find("TEST("); at != std::string::npos; at = text.find("TEST(", at + 1)) {
