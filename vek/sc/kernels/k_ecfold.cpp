@@ -75,7 +75,7 @@ VEK_INLINE_WIDE void transform(const FoldTable<T>& t, const T* re, const T* im, 
 // Four times four lines of the real transform from those of the complex one, z, and those opposite.
 template <int Rows, typename T, typename V>
 VEK_INLINE_WIDE void split(const FoldTable<T>& t, const T* zRe, const T* zIm, int from, V& firstRe, V& firstIm,
-                      typename Kind<T>::Complex* spectrum) {
+                           typename Kind<T>::Complex* spectrum) {
     constexpr int half = 4 * Rows;
     const V middle = set1<4>(static_cast<T>(0.5));
     for (int k = from; k < from + 16; k += 4) {
