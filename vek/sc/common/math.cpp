@@ -5,6 +5,7 @@
 #include "sc/common/inverseroot.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/filter.h"
+#include "sc/kernels/loops.h"
 #include "veksc_filter.h"
 
 namespace {
@@ -54,7 +55,7 @@ VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, V
         }
         return vekStsNoErr;
     }
-    filterKernels().weighted(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, half);
+    loopKernels().weighted16(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, half);
     return vekStsNoErr;
 }
 
@@ -101,7 +102,7 @@ VekStatus veksInterpolateC_G729_32f(const Vek32f* pSrc1, const Vek32f* pSrc2, Ve
     if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDst); status != vekStsNoErr) {
         return status;
     }
-    filterKernels().weighted32f(pSrc1, val1, pSrc2, val2, pDst, len);
+    loopKernels().weighted32f(pSrc1, val1, pSrc2, val2, pDst, len);
     return vekStsNoErr;
 }
 

@@ -39,7 +39,6 @@ struct FilterKernels {
     // y[k] = sum over i of (c[i] * f2[40 + k - i]) >> 15, saturated at each step; 40 elements, f2 is 40 twice.
     void (*circular40)(const int16_t* c, const int16_t* f2, int16_t* y);
     void (*addScaled32f)(const float* x, const float* d, float b, float* y, int n);
-    void (*weighted32f)(const float* x1, float v1, const float* x2, float v2, float* y, int n);
 };
 
 // The recursion of 256 bits, which that of 512 shares: compiled for these, some of its scalars wait in mask registers.

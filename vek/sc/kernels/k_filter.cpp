@@ -433,12 +433,6 @@ void addScaled32f(const float* x, const float* d, float b, float* y, int n) {
     }
 }
 
-void weighted32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
-    for (int i = 0; i < n; i++) {
-        y[i] = x1[i] * v1 + x2[i] * v2;
-    }
-}
-
 } // namespace
 
 #if VEK_LEVEL == 2
@@ -451,7 +445,7 @@ constexpr auto allPole = allPole256;
 
 VEK_KERNEL_TABLE_512(FilterKernels, filterKernels) = {
     maxAbs16, fir16,      fir32,       allPole,  weighted, mul,        mulC,         addScaled,
-    mean,     corrRows16, corrRows32f, gather32, gather16, circular40, addScaled32f, weighted32f,
+    mean,     corrRows16, corrRows32f, gather32, gather16, circular40, addScaled32f,
 };
 
 } // namespace vek
