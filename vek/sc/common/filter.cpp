@@ -88,7 +88,7 @@ VekStatus veksHarmonicFilter_32f_I(int T, Vek32f* pSrcDst, int len, Vek32f beta)
         return status;
     }
     inStretches(pSrcDst, T, len,
-                [&](Vek32f* x, const Vek32f* d, int n) { filterKernels().addScaled32f(x, d, beta, x, n); });
+                [&](Vek32f* x, const Vek32f* d, int n) { loopKernels().addScaled32f(x, d, beta, x, n); });
     return vekStsNoErr;
 }
 

@@ -38,7 +38,6 @@ struct FilterKernels {
     void (*gather16)(const int32_t* rows, const uint16_t* index, int16_t* dst, int n);
     // y[k] = sum over i of (c[i] * f2[40 + k - i]) >> 15, saturated at each step; 40 elements, f2 is 40 twice.
     void (*circular40)(const int16_t* c, const int16_t* f2, int16_t* y);
-    void (*addScaled32f)(const float* x, const float* d, float b, float* y, int n);
 };
 
 // The recursion of 256 bits, which that of 512 shares: compiled for these, some of its scalars wait in mask registers.

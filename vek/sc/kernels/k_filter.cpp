@@ -427,12 +427,6 @@ void gather16(const int32_t* rows, const uint16_t* index, int16_t* dst, int n) {
     }
 }
 
-void addScaled32f(const float* x, const float* d, float b, float* y, int n) {
-    for (int i = 0; i < n; i++) {
-        y[i] = x[i] + b * d[i];
-    }
-}
-
 } // namespace
 
 #if VEK_LEVEL == 2
@@ -444,8 +438,8 @@ constexpr auto allPole = allPole256;
 #endif
 
 VEK_KERNEL_TABLE_512(FilterKernels, filterKernels) = {
-    maxAbs16, fir16,      fir32,       allPole,  weighted, mul,        mulC,         addScaled,
-    mean,     corrRows16, corrRows32f, gather32, gather16, circular40, addScaled32f,
+    maxAbs16,  fir16, fir32,      allPole,     weighted, mul,      mulC,
+    addScaled, mean,  corrRows16, corrRows32f, gather32, gather16, circular40,
 };
 
 } // namespace vek

@@ -393,8 +393,10 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
     hn::Vec<D16> b[N];
     auto products = hn::Zero(D32());
     auto wide = hn::Zero(D64());
+    // What was written just before is not read as a whole: that would wait for it.
+    auto past = hn::Zero(d16);
     const auto multiply = [&](const int16_t* r) {
-        products = pairSums(a[0], hn::LoadU(d16, r));
+        products = pairSums(a[0], N == 1 ? past : hn::LoadU(d16, r));
         wide = plusWide(hn::Zero(D64()), products);
         for (int g = 1; g < N; ++g) {
             const auto more = pairSums(a[g], hn::LoadU(d16, r + g * kWidth));
@@ -404,12 +406,12 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
     };
     int m = filter.order;
     const int16_t* r = rBack + order - m;
-    // What was written just before is not read from the start: that would wait for it.
     for (int g = 0; g < N; ++g) {
         a[g] = m == 0 ? hn::Zero(d16) : hn::LoadU(d16, filter.forward + g * kWidth);
         b[g] = m == 0 ? hn::Zero(d16) : hn::LoadU(d16, filter.backward + g * kWidth);
     }
     if (m > 0) {
+        past = hn::LoadU(d16, r);
         multiply(r);
     }
     const int q = filter.q;
@@ -463,6 +465,7 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
         filter.first = m == 0 ? static_cast<int16_t>(rounded) : filter.first;
         ++m;
         --r;
+        past = shiftIn(past, hn::Set(d16, *r));
         multiply(r);
     }
     for (int g = 0; g < N; ++g) {
