@@ -281,6 +281,11 @@ TEST(VekHighPassFilter, EqualsTheSplitWordTextbookQuietAndLoud) {
                 if (round % 8 == 7) {
                     std::fill(x.begin(), x.begin() + 8, static_cast<int16_t>(round % 16 == 7 ? 32767 : -32768));
                 }
+                if (round % 8 == 5) {
+                    // As loud as no step of the sum saturates; the amplified output does.
+                    std::fill(x.begin(), x.end(), static_cast<int16_t>(9800));
+                    std::fill_n(x.begin(), x.size() / 2, static_cast<int16_t>(-9800));
+                }
                 for (size_t i = 0; i < x.size(); i++) {
                     const auto split = [](int64_t y, int a) {
                         const auto hi = static_cast<int>(y >> 16);

@@ -142,10 +142,10 @@ TEST(VekLsfG723, ToPredictionCoefficientsIsTheProductOfItsFactors) {
     }
 }
 
-// As many pairs at one angle as there are: their product leaves 32 bits, where each step saturates.
-TEST(VekLsfG723, FactorsThatAllMeetSaturateInEachStep) {
+// Of three factors that meet the product leaves 32 bits; of the whole, with two at the other end, it does not.
+TEST(VekLsfG723, FactorsThatMeetSaturateInEachStep) {
     for (const int16_t frequency : {0, 32767}) {
-        const int64_t c = frequency == 0 ? -32767 : 32767;
+        int64_t c = frequency == 0 ? -32767 : 32767;
         int64_t f[6] = {1 << 28, 2 * c * 16384, c * c + (int64_t{2} << 28)};
         bool saturated = false;
         const auto cut = [&saturated](int64_t v) {
@@ -153,6 +153,7 @@ TEST(VekLsfG723, FactorsThatAllMeetSaturateInEachStep) {
             return static_cast<int64_t>(clip(v, 32));
         };
         for (int size = 3; size <= 5; ++size) {
+            c = size == 4 ? -c : c;
             f[size] = cut(f[size - 2] + ((f[size - 1] * c) >> 15));
             for (int j = size - 1; j >= 2; --j) {
                 f[j] = cut(((f[j - 1] * c) >> 15) + (f[j] >> 1) + (f[j - 2] >> 1));
@@ -169,8 +170,10 @@ TEST(VekLsfG723, FactorsThatAllMeetSaturateInEachStep) {
             want[i] = static_cast<int16_t>(clip(-clip(rounded((even + odd) * 8), 16), 16));
             want[kOrder - 1 - i] = static_cast<int16_t>(clip(-clip(rounded((even - odd) * 8), 16), 16));
         }
+        Samples lsf(kOrder, frequency);
+        std::fill_n(lsf.begin() + 6, 4, static_cast<int16_t>(32767 - frequency));
         Samples a(kOrder);
-        ASSERT_EQ(vekStsNoErr, veksLSFToLPC_G723_16s(Samples(kOrder, frequency).data(), a.data()));
+        ASSERT_EQ(vekStsNoErr, veksLSFToLPC_G723_16s(lsf.data(), a.data()));
         EXPECT_EQ(want, a) << frequency;
     }
 }
