@@ -1,13 +1,13 @@
 // The library's own, compiled for the registers of one level.
 #include "trial.h"
 
-#include "sc/kernels/simd.h"
+#include "sc/kernels/numbers.h"
 
 namespace vek {
 
 namespace {
 
-using namespace simd;
+using namespace numbers;
 
 void butterflies(int32_t* re, int32_t* im, const int32_t* wRe, const int32_t* wIm, int half) {
     for (int i = 0; i < half; i += 8) {

@@ -89,7 +89,8 @@ RigDirectory::RigDirectory(const char* program, const char* name) : m_program(pr
 void RigDirectory::become(const std::vector<std::string>& keys, bool relativeName) const {
     std::signal(SIGPIPE, SIG_DFL);
     // A test that crashed leaves its memory behind, which is no leak of the harness.
-    setenv("ASAN_OPTIONS", "detect_leaks=0", 0);
+    const char* const given = std::getenv("ASAN_OPTIONS");
+    setenv("ASAN_OPTIONS", ((given != nullptr ? std::string(given) + ":" : "") + "detect_leaks=0").c_str(), 1);
     const std::string self = relativeName ? "./" + m_name : file(m_name);
     std::vector<char*> words{const_cast<char*>(self.c_str())};
     for (const std::string& key : keys) {

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "../vek/echocanceller.h"
+#include "../vek/ec/echocanceller.h"
 #include "veksc.h"
 
 #if __has_include(<fftw3.h>)

@@ -1,6 +1,7 @@
 // The operations of the kernels' registers, once per level; at the plain level what they mean.
 #include "registeroperations.h"
 
+#include "sc/kernels/numbers.h"
 #include "sc/kernels/registers.h"
 
 namespace vek {
@@ -175,11 +176,137 @@ int leastOf(const T* a, int n, T* value) {
 
 #endif
 
+// Words are the same at all levels for four and eight numbers.
+namespace few {
+
+using namespace numbers;
+
+template <class T, class V>
+T* put(T* out, V a) {
+    store(out, a);
+    return out + sizeof(V) / sizeof(T);
+}
+
+template <class T, class V>
+T* putArithmetic(T* out, V a, V b) {
+    out = put(out, a + b);
+    out = put(out, a - b);
+    return out;
+}
+
+// Of eight rows.
+template <class T>
+T* putTransposed(T* out, const T* x) {
+    Numbers<T, 8> rows[8];
+    for (int i = 0; i < 8; ++i) {
+        rows[i] = load(x + 8 * i);
+    }
+    transpose(rows);
+    for (const auto& row : rows) {
+        out = put(out, row);
+    }
+    return out;
+}
+
+template <class V, class T>
+T* putSplitAndMerged(T* out, const T* x, V a, V b) {
+    V even;
+    V odd;
+    loadSplit(x, even, odd);
+    out = put(put(out, even), odd);
+    storeMerged(out, a, b);
+    return out + 2 * (sizeof(V) / sizeof(T));
+}
+
+void eightIntegers(const int32_t* x, int32_t* out) {
+    const V8 a = load(x);
+    const V8 b = load(x + 8);
+    const V8 wa = load(x + 16);
+    const V8 wb = load(x + 24);
+    out = putArithmetic(out, a, b);
+    out = put(out, mulSum(a, wa, b, wb));
+    out = put(out, mulDiff(a, wa, b, wb));
+    out = put(out, mul(a, wa));
+    out = put(out, shiftLeft<3>(a));
+    out = put(out, shiftRightRounded<5>(a));
+    out = put(out, reverse(a));
+    out = put(out, mirrored(a, b));
+    out = put(out, joinLower(a, b));
+    out = put(out, set1(x[3]));
+    out = putSplitAndMerged(out, x, a, b);
+    putTransposed(out, x);
+}
+
+void eightPairs(const int16_t* x, int32_t* out) {
+    V8 even;
+    V8 odd;
+    loadPairs(x, even, odd);
+    out = put(put(out, even), odd);
+    loadPairsReversed(x, even, odd);
+    out = put(put(out, even), odd);
+    // What saturates and what does not.
+    const V8 wide = shiftLeft<3>(even);
+    int16_t back[24];
+    storePairs(back, wide, odd);
+    storeHalfPairs(back + 16, wide - odd);
+    for (const int16_t v : back) {
+        *out++ = v;
+    }
+}
+
+void eightFloats(const float* x, float* out) {
+    const F8 a = load(x);
+    const F8 b = load(x + 8);
+    out = putArithmetic(out, a, b);
+    out = put(out, a * b);
+    out = put(out, reverse(a));
+    out = put(out, swapHalves(a));
+    storeHalves(out + 4, out, b);
+    out = put(out + 8, toFloat(toInt(a)));
+    out = put(out, set1(x[3]));
+    putTransposed(out, x);
+}
+
+template <class T>
+void fours(const T* x, T* out) {
+    using V = Numbers<T, 4>;
+    V rows[4];
+    for (int i = 0; i < 4; ++i) {
+        rows[i] = load<4>(x + 4 * i);
+    }
+    out = putArithmetic(out, rows[0], rows[1]);
+    out = put(out, rows[0] * rows[1]);
+    out = put(out, mirrored(rows[0], rows[1]));
+    out = put(out, set1<4>(x[3]));
+    out = putSplitAndMerged(out, x, rows[2], rows[3]);
+    transpose(rows[0], rows[1], rows[2], rows[3]);
+    for (const V& row : rows) {
+        out = put(out, row);
+    }
+}
+
+} // namespace few
+
 } // namespace
 
 VEK_KERNEL_TABLE_512(RegisterOperations, registerOperations) = {
-    bytes,   plusPairsOf, pairSumsOf,     multCutOf, addSaturated,     combined,
-    widened, lanes,       reversedEights, eightSums, leastOf<int32_t>, leastOf<uint32_t>,
+    bytes,
+    plusPairsOf,
+    pairSumsOf,
+    multCutOf,
+    addSaturated,
+    combined,
+    widened,
+    lanes,
+    reversedEights,
+    eightSums,
+    leastOf<int32_t>,
+    leastOf<uint32_t>,
+    few::eightIntegers,
+    few::eightPairs,
+    few::eightFloats,
+    few::fours<float>,
+    few::fours<double>,
 };
 
 } // namespace vek

@@ -7,6 +7,8 @@
 
 namespace vek {
 
+constexpr int kResults = 256;
+
 /// n is a multiple of what the longest register holds, 32 elements of 16 bits.
 struct RegisterOperations {
     /// Bytes of a register; 0 at the plain level.
@@ -30,6 +32,13 @@ struct RegisterOperations {
     /// The least of all and where it stands first.
     int (*least)(const int32_t* a, int n, int32_t* value);
     int (*leastUnsigned)(const uint32_t* a, int n, uint32_t* value);
+    /// The operations on eight and on four numbers, what they give one behind the other. x has 64 elements or 16, of
+    /// which the second half of the first 32 are factors in Q30; out has kResults, filled as far as there are results.
+    void (*eightIntegers)(const int32_t* x, int32_t* out);
+    void (*eightPairs)(const int16_t* x, int32_t* out);
+    void (*eightFloats)(const float* x, float* out);
+    void (*fourFloats)(const float* x, float* out);
+    void (*fourDoubles)(const double* x, double* out);
 };
 
 VEK_KERNEL_PICK(RegisterOperations, registerOperations)

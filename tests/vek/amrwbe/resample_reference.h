@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cmath>
+#include <map>
 
 #include "lp_reference.h"
 
@@ -23,6 +24,20 @@ struct Formula {
     int taps;
     double cut;
     double beta;
+    // Those of a part of a sample, made when it is met first.
+    mutable std::map<double, std::vector<double>> filters{};
+
+    const std::vector<double>& filterAt(double part) const {
+        std::vector<double>& h = filters[part];
+        for (int j = 1 - taps / 2; h.size() < static_cast<size_t>(taps); j++) {
+            const double u = j - part;
+            const double w = 1 - 4 * u * u / taps / taps;
+            const double window = w < 0 ? 1 : lpref::bessel(beta * std::sqrt(w));
+            const double angle = 2 * M_PI * cut * u;
+            h.push_back(std::abs(angle) < 1e-9 ? window : std::sin(angle) / angle * window);
+        }
+        return h;
+    }
 
     // The value of the signal at the sample `whole` and `part` of one more, and the room that rounding the filter and
     // the result needs.
@@ -30,15 +45,12 @@ struct Formula {
         double sum = 0;
         double gain = 0;
         double magnitude = 0;
-        for (long j = whole - taps / 2 + 1; j <= whole + taps / 2; j++) {
-            const double u = static_cast<double>(j - whole) - part;
-            const double w = 1 - 4 * u * u / taps / taps;
-            const double window = w < 0 ? 1 : std::cyl_bessel_i(0.0, beta * std::sqrt(w));
-            const double angle = 2 * M_PI * cut * u;
-            const double h = std::abs(angle) < 1e-9 ? window : std::sin(angle) / angle * window;
+        long j = whole - taps / 2 + 1;
+        for (const double h : filterAt(part)) {
             sum += h * x[j];
             gain += h;
             magnitude += std::abs(x[j]);
+            j++;
         }
         *room = 0.501 + magnitude / 32768;
         return sum / gain;

@@ -146,6 +146,27 @@ TEST(VekInterpolateC, IsTheSameAtAnyLengthAndInPlace) {
     });
 }
 
+TEST(VekInterpolateC, FloatFormMayOverwriteEitherSource) {
+    atEveryLevel([] {
+        for (int len = 1; len < 50; ++len) {
+            std::vector<float> a(static_cast<size_t>(len));
+            std::vector<float> b(a.size());
+            std::vector<float> want(a.size());
+            for (size_t i = 0; i < a.size(); ++i) {
+                a[i] = static_cast<float>(i + 1);
+                b[i] = static_cast<float>(3 * i);
+                want[i] = 0.5F * a[i] + 2 * b[i];
+            }
+            std::vector<float> first = a;
+            std::vector<float> second = b;
+            ASSERT_EQ(vekStsNoErr, veksInterpolateC_G729_32f(first.data(), b.data(), first.data(), len, 0.5F, 2));
+            ASSERT_EQ(vekStsNoErr, veksInterpolateC_G729_32f(a.data(), second.data(), second.data(), len, 0.5F, 2));
+            EXPECT_EQ(want, first) << len;
+            EXPECT_EQ(want, second) << len;
+        }
+    });
+}
+
 TEST(VekInterpolateC, RefusesNullLengthAndScale) {
     int16_t x[2] = {};
     float f[2] = {};

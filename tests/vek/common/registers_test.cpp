@@ -156,4 +156,62 @@ TEST(VekRegisters, OfEqualLeastOnesTheFirstIsFound) {
     });
 }
 
+/// The results of operations on eight or four numbers at both levels.
+template <class T, class X>
+void expectEqual(void (*plain)(const X*, T*), void (*wide)(const X*, T*), const std::vector<X>& x) {
+    std::vector<T> want(vek::kResults, 77);
+    std::vector<T> have = want;
+    plain(x.data(), want.data());
+    wide(x.data(), have.data());
+    for (size_t i = 0; i < want.size(); ++i) {
+        ASSERT_EQ(want[i], have[i]) << "result " << i;
+    }
+}
+
+TEST(VekRegisters, EightIntegersAreThoseOfPlainCode) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        std::mt19937 random(2);
+        constexpr int32_t one = 1 << 30;
+        const int32_t factors[] = {one, -one, one / 2, -one / 2, 1, -1, one - 1, 0};
+        for (int round = 0; round < 200; ++round) {
+            std::vector<int32_t> x(64);
+            for (int32_t& v : x) {
+                v = static_cast<int32_t>(random()) >> (3 + round % 20);
+            }
+            for (size_t i = 16; i < 32; ++i) {
+                x[i] = round % 2 == 0 ? factors[random() % 8] : static_cast<int32_t>(random()) >> 1;
+            }
+            expectEqual(plain.eightIntegers, wide.eightIntegers, x);
+            std::vector<int16_t> pairs(16);
+            for (int16_t& v : pairs) {
+                v = static_cast<int16_t>(random());
+            }
+            expectEqual(plain.eightPairs, wide.eightPairs, pairs);
+        }
+    });
+}
+
+TEST(VekRegisters, EightAndFourFloatsAreThoseOfPlainCode) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        std::mt19937 random(3);
+        for (int round = 0; round < 200; ++round) {
+            // Below 2^22; every second time halves, which go to the even integer.
+            std::vector<float> x(64);
+            for (float& v : x) {
+                const auto q = static_cast<float>(static_cast<int32_t>(random()) >> (round % 2 == 0 ? 8 : 20));
+                v = round % 2 == 0 ? q * 0x1p-1F : q + 0.5F;
+                v = v > 4194303.5F ? 4194303.5F : v < -4194303.5F ? -4194303.5F : v;
+            }
+            expectEqual(plain.eightFloats, wide.eightFloats, x);
+            x.resize(16);
+            expectEqual(plain.fourFloats, wide.fourFloats, x);
+            std::vector<double> wider(16);
+            for (double& v : wider) {
+                v = static_cast<double>(random()) / 3;
+            }
+            expectEqual(plain.fourDoubles, wide.fourDoubles, wider);
+        }
+    });
+}
+
 } // namespace

@@ -444,6 +444,29 @@ Samples growingFrom(std::mt19937& random, size_t from) {
     return ofReflections(k, 50);
 }
 
+// Autocorrelations of order 2 whose second reflection lies half-way between two numbers.
+std::vector<Samples> halfWay(size_t count) {
+    constexpr int64_t unit = 1 << 17;
+    std::vector<Samples> found;
+    for (int64_t r0 = 32767; r0 > 16384; --r0) {
+        for (int64_t r1 = 1; r1 < r0 && found.size() < count; r1 += 2) {
+            const int64_t k = (r1 * 65536 + r0) / (2 * r0);
+            const int64_t energy = r0 * 65536 - ((r0 * 65536 * k >> 15) * k >> 15);
+            const int64_t odd = energy / unit;
+            if (k > 32767 || k % 2 == 0 || energy % unit != 0 || odd % 2 == 0) {
+                continue;
+            }
+            for (int64_t r2 = -r0; r2 <= r0; ++r2) {
+                const int64_t sum = r2 * 32768 - k * r1;
+                if (sum % odd == 0 && std::abs(sum) < energy / 4) {
+                    found.push_back({static_cast<int16_t>(r0), static_cast<int16_t>(r1), static_cast<int16_t>(r2)});
+                }
+            }
+        }
+    }
+    return found;
+}
+
 TEST(VekG728Levinson, HasTheBitsOfTheRecursionWrittenOut) {
     atEveryLevel([] {
         std::mt19937 random(11);
@@ -476,6 +499,22 @@ TEST(VekG728Levinson, HasTheBitsOfTheRecursionWrittenOut) {
         }
         EXPECT_GT(stable, 200);
         EXPECT_GT(coarse, 50);
+    });
+}
+
+TEST(VekG728Levinson, QuotientsHalfWayAreRoundedAwayFromZero) {
+    const std::vector<Samples> all = halfWay(20);
+    ASSERT_GE(all.size(), 20U);
+    atEveryLevel([&] {
+        for (const Samples& r : all) {
+            const WrittenOut want(r, 2);
+            Samples a(2);
+            int16_t first = 0;
+            int32_t energy = 0;
+            int16_t q = 0;
+            ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G728_16s_Sfs(r.data(), 2, a.data(), &first, &energy, &q));
+            ASSERT_EQ(want.a, a) << r[0] << ' ' << r[1] << ' ' << r[2];
+        }
     });
 }
 

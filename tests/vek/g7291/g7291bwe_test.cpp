@@ -108,6 +108,29 @@ TEST(VekG7291EnvelopFrequency, HalfTheAmplitudeIsOneUnitLess) {
     }
 }
 
+TEST(VekG7291EnvelopFrequency, HasTheSameBitsAtEachLevel) {
+    std::vector<Samples> signals = {Samples(128, 1), Samples(128, -32768), Samples(128, 32767)};
+    std::mt19937 random(5);
+    for (double size = 0.3; size < 40000; size *= 1.3) {
+        for (int round = 0; round < 10; ++round) {
+            signals.push_back(white(random, 128, size));
+            // A pulse, whose lines all have one power.
+            signals.emplace_back(128)[random() % 128] = static_cast<int16_t>(size);
+        }
+    }
+    std::vector<Samples> want;
+    atEveryLevel([&] {
+        std::vector<Samples> got;
+        for (const Samples& x : signals) {
+            got.push_back(bandEnvelope(x));
+        }
+        if (want.empty()) {
+            want = got; // of plain code
+        }
+        EXPECT_EQ(want, got);
+    });
+}
+
 TEST(VekG7291EnvelopFrequency, ReachesItsEndsWithoutOverflow) {
     EXPECT_EQ(Samples(12, 0), bandEnvelope(Samples(128)));
     const Samples least(128, -1);

@@ -33,7 +33,7 @@ public:
         double sum = 0;
         for (int i = 0; i < 4; ++i) {
             m_seed = m_seed * 1664525U + 1013904223U;
-            sum += m_seed / std::pow(2.0, 32) - 0.5;
+            sum += m_seed / 0x1p32 - 0.5;
         }
         return sum / std::sqrt(4.0 / 12);
     }

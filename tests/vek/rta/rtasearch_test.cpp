@@ -6,7 +6,9 @@
 #include <array>
 #include <cmath>
 #include <complex>
+#include <functional>
 #include <limits>
+#include <map>
 #include <numbers>
 #include <vector>
 
@@ -405,11 +407,12 @@ TEST(VekRtaPulses, RefuseSizesThatTheirTracksDoNotFill) {
     EXPECT_EQ(c.vector, Floats(41, 99));
 }
 
-Doubles numbersOf(int stage) {
-    Gauss gauss(static_cast<uint32_t>(stage + 1));
-    Doubles numbers(670);
-    for (double& v : numbers) {
-        v = gauss.next();
+// The scaled numbers of a stage, of which each vector is a part.
+const Doubles& numbersOf(int stage) {
+    static std::map<int, Doubles> known;
+    Doubles& numbers = known[stage];
+    for (Gauss gauss(static_cast<uint32_t>(stage + 1)); numbers.size() < 670;) {
+        numbers.push_back(std::ldexp(gauss.next(), -stage));
     }
     return numbers;
 }
@@ -433,11 +436,10 @@ struct RandomCase {
 };
 
 Doubles entryOf(int stage, int index, int n) {
-    const Doubles numbers = numbersOf(stage);
-    const auto from = numbers.begin() + 510 - 2 * (index / 2);
+    const auto from = numbersOf(stage).begin() + 510 - 2 * (index / 2);
     Doubles entry(from, from + n);
-    for (double& v : entry) {
-        v *= (index % 2 != 0 ? -1 : 1) * std::pow(0.5, stage);
+    if (index % 2 != 0) {
+        std::transform(entry.begin(), entry.end(), entry.begin(), std::negate<>());
     }
     return entry;
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "sc/common/cutsum.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
@@ -30,18 +31,6 @@ VekStatus residual(const Vek16s* lpc, int order, const Vek16s* src, Vek16s* dst,
     }
     residualFilter(lpc, order, src, dst, len, scale, steps);
     return vekStsNoErr;
-}
-
-// The cut sum of what is known beforehand and the share of the last output. A cut that is hardly ever taken costs the
-// way from sample to sample nothing; the empty statement keeps the sum of both a plain one, which is a clock shorter.
-template <int Shift>
-inline int64_t cutSum(int64_t known, int64_t share) {
-    __asm__("" : "+r"(known));
-    int64_t v = (known + share) >> Shift;
-    if (static_cast<uint64_t>(v + 32768) > 65535) [[unlikely]] {
-        v = v < 0 ? -32768 : 32767;
-    }
-    return v;
 }
 
 // A sum that saturates on its way leaves the same 16 bits, since what follows only enlarges and rounds it.

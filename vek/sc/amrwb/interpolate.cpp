@@ -1,9 +1,11 @@
 // Sum of two vectors with a gain each.
+#include <algorithm>
 #include <cstdlib>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/filter.h"
+#include "sc/kernels/loops.h"
 #include "veksc_amrwb.h"
 
 using namespace vek;
@@ -35,7 +37,15 @@ VekStatus veksInterpolateC_NR_16s(const Vek16s* pSrc1, Vek16s val1, int scaleFac
     const FilterKernels& kernels = filterKernels();
     if (fits(factor1, loudest, factor2, loudest) ||
         fits(factor1, kernels.maxAbs16(pSrc1, len), factor2, kernels.maxAbs16(pSrc2, len))) {
-        kernels.weighted(pSrc1, static_cast<int>(factor1), pSrc2, static_cast<int>(factor2), pDst, len, 16, 0x8000);
+        // Without the shift that both have in common the factors mostly have 16 bits.
+        const int common = std::min(scaleFactor1, scaleFactor2);
+        const int small1 = val1 * (1 << (scaleFactor1 - common));
+        const int small2 = val2 * (1 << (scaleFactor2 - common));
+        if (small1 == static_cast<Vek16s>(small1) && small2 == static_cast<Vek16s>(small2)) {
+            loopKernels().weighted16(pSrc1, small1, pSrc2, small2, pDst, len, 16 - common, 0x8000 >> common);
+        } else {
+            kernels.weighted(pSrc1, static_cast<int>(factor1), pSrc2, static_cast<int>(factor2), pDst, len, 16, 0x8000);
+        }
         return vekStsNoErr;
     }
     for (int i = 0; i < len; ++i) {

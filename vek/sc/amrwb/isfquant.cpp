@@ -24,8 +24,8 @@ using namespace vek::amrwb;
 constexpr int kSurvivors = 4;
 constexpr int kMostRows = 256;
 constexpr int kLowColumns = 9;
-constexpr Vek16s kPrediction = 10923; // 1/3
-constexpr Vek16s kIsfGap = 128;       // 50 Hz
+static_assert(kIsfOrder == kIsfColumns);
+constexpr Vek16s kIsfGap = 128; // 50 Hz
 
 // Targets up to here are so near to all books that no difference nor sum of squares saturates.
 constexpr int kNear = 7000;
@@ -132,34 +132,40 @@ bool isSpeechRate(VekSpchBitRate mode) {
     return mode != VEK_SPCHBR_DTX && rateOf(mode) != Rate::None;
 }
 
-// Calls f with each part of a list and its place.
-template <const auto& List, class F>
-[[gnu::always_inline]] inline void eachPart(F f) {
+// Calls f with each number below N.
+template <size_t N, class F>
+[[gnu::always_inline]] inline void each(F f) {
     [&f]<size_t... P>(std::index_sequence<P...>) __attribute__((always_inline)) {
         (f(std::integral_constant<size_t, P>()), ...);
     }
-    (std::make_index_sequence<std::size(List)>());
+    (std::make_index_sequence<N>());
 }
 
 template <const auto& List>
 bool inside(const Vek16s* rows) {
     bool all = true;
-    eachPart<List>([&](auto p) { all &= static_cast<unsigned>(rows[p]) < static_cast<unsigned>(List[p].book->rows); });
+    each<std::size(List)>(
+        [&](auto p) { all &= static_cast<unsigned>(rows[p]) < static_cast<unsigned>(List[p].book->rows); });
     return all;
 }
 
-// Adds the rows of all parts, one behind the other, to sums that are written out one by one: no later load of several
-// has to wait for them.
-template <const auto& List>
-[[gnu::always_inline]] inline void addRows(const Vek16s* rows, int* to) {
-    eachPart<List>([&](auto p) __attribute__((always_inline)) {
+// Puts the rows of all parts, one behind the other from a column on, into words of four columns. What stands beside an
+// odd last column is zero.
+template <const auto& List, int First>
+[[gnu::always_inline]] inline void putRows(const Vek16s* rows, uint64_t (&columns)[kIsfWords]) {
+    each<std::size(List)>([&](auto p) __attribute__((always_inline)) {
         constexpr Part part = List[p];
         const Vek16s* from = part.book->pairs + 2 * rows[p];
-#pragma GCC unroll 9
-        for (int j = 0; j < part.columns; ++j) {
-            to[part.first + j] += from[j % 2];
-            from += j % 2 * 2 * part.book->rows;
-        }
+        each<(part.columns + 1) / 2>([&](auto pair) __attribute__((always_inline)) {
+            constexpr int at = First + part.first + 2 * static_cast<int>(pair);
+            uint32_t two = 0;
+            std::memcpy(&two, from, sizeof two);
+            from += 2 * part.book->rows;
+            columns[at / 4] |= uint64_t{two} << (16 * (at % 4));
+            if constexpr (at % 4 == 3 && at / 4 + 1 < kIsfWords) {
+                columns[at / 4 + 1] |= two >> 16;
+            }
+        });
     });
 }
 
@@ -168,29 +174,27 @@ void keepApart(Vek16s* isf) {
     vek::keepApart<kIsfOrder - 1>(isf, kIsfGap);
 }
 
-// Frequencies of a frame's indices before they are kept apart, twice; the residual becomes this frame's. No sum of
-// rows, mean and prediction leaves 16 bits.
+// Frequencies of a frame's indices, and before they are kept apart; the residual becomes this frame's. No sum of rows,
+// mean and prediction leaves 16 bits.
 template <bool Lowest>
-void decode(const Vek16s* index, Vek16s* residual, Vek16s* isf, Vek16s* again) {
-    int rest[kIsfOrder] = {};
-    addRows<kFirstStage>(index, rest);
+void decode(const Vek16s* index, Vek16s* residual, Vek16s* isf, Vek16s* before) {
+    uint64_t first[kIsfWords] = {};
+    uint64_t second[kIsfWords] = {};
+    putRows<kFirstStage, 0>(index, first);
     if constexpr (Lowest) {
-        addRows<kLowParts36>(index + 2, rest);
-        addRows<kHighParts36>(index + 4, rest + kLowColumns);
+        putRows<kLowParts36, 0>(index + 2, second);
+        putRows<kHighParts36, kLowColumns>(index + 4, second);
     } else {
-        addRows<kLowParts46>(index + 2, rest);
-        addRows<kHighParts46>(index + 5, rest + kLowColumns);
+        putRows<kLowParts46, 0>(index + 2, second);
+        putRows<kHighParts46, kLowColumns>(index + 5, second);
     }
-#pragma GCC unroll 16
-    for (int i = 0; i < kIsfOrder; ++i) {
-        const int predicted = kIsfMean[i] + ((kPrediction * residual[i]) >> 15);
-        residual[i] = static_cast<Vek16s>(rest[i]);
-        again[i] = isf[i] = static_cast<Vek16s>(rest[i] + predicted);
+    if (!isfVqKernels().predicted(first, second, kIsfMean, kIsfGap, residual, isf, before)) {
+        keepApart(isf);
     }
 }
 
-void decode(const Vek16s* index, bool lowest, Vek16s* residual, Vek16s* isf, Vek16s* again) {
-    (lowest ? decode<true> : decode<false>)(index, residual, isf, again);
+void decode(const Vek16s* index, bool lowest, Vek16s* residual, Vek16s* isf, Vek16s* before) {
+    (lowest ? decode<true> : decode<false>)(index, residual, isf, before);
 }
 
 // A bad frame's: nine tenths of the last ones and one of the mean; the residual is what would have led there.
@@ -204,19 +208,17 @@ void conceal(const Vek16s* previous, const Vek16s* memory, Vek16s* residual, Vek
         }
         const Vek16s mean = sat16((sum + 2) >> 2);
         isf[i] = add(mult(kKept, previous[i]), mult(kDrawn, mean));
-        const Vek16s predicted = add(mean, mult(residual[i], kPrediction));
+        const Vek16s predicted = add(mean, mult(residual[i], kIsfPrediction));
         residual[i] = static_cast<Vek16s>(sub(isf[i], predicted) >> 1);
     }
 }
 
 void decodeNoise(const Vek16s* index, Vek16s* isf) {
-    int sum[kIsfOrder] = {};
-    addRows<kNoiseParts>(index, sum);
-#pragma GCC unroll 16
-    for (int i = 0; i < kIsfOrder; ++i) {
-        isf[i] = static_cast<Vek16s>(sum[i] + kIsfNoiseMean[i]);
+    uint64_t columns[kIsfWords] = {};
+    putRows<kNoiseParts, 0>(index, columns);
+    if (!isfVqKernels().spectrum(columns, kIsfNoiseMean, kIsfGap, isf)) {
+        keepApart(isf);
     }
-    keepApart(isf);
 }
 
 } // namespace
@@ -232,13 +234,12 @@ VekStatus veksISFQuant_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pSrcDstResidual,
     const bool lowest = mode == VEK_SPCHBR_6600;
     Vek16s target[kIsfOrder];
     for (int i = 0; i < kIsfOrder; ++i) {
-        target[i] = sub(sub(pSrcIsf[i], kIsfMean[i]), mult(kPrediction, pSrcDstResidual[i]));
+        target[i] = sub(sub(pSrcIsf[i], kIsfMean[i]), mult(kIsfPrediction, pSrcDstResidual[i]));
     }
     Vek16s index[7];
     quantiseHalf(kIsfLow, lowParts(lowest), target, index, index + 2);
     quantiseHalf(kIsfHigh, highParts(lowest), target + kLowColumns, index + 1, index + 2 + lowParts(lowest).count);
     decode(index, lowest, pSrcDstResidual, pDstQIsf, pDstQIsf);
-    keepApart(pDstQIsf);
     std::memcpy(pDstQIsfIndex, index, (lowest ? 5 : 7) * sizeof(Vek16s));
     return vekStsNoErr;
 }
@@ -258,6 +259,7 @@ VekStatus veksISFQuantDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstQIsf,
     const bool lowest = mode == VEK_SPCHBR_6600;
     if (bfi == 1) {
         conceal(pSrcPrevQntIsf, pSrcDstIsfMemory, pSrcDstResidual, pDstQIsf);
+        keepApart(pDstQIsf);
     } else {
         const bool good = inside<kFirstStage>(pSrcIdxs) &&
                           (lowest ? inside<kLowParts36>(pSrcIdxs + 2) && inside<kHighParts36>(pSrcIdxs + 4)
@@ -271,7 +273,6 @@ VekStatus veksISFQuantDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstQIsf,
         }
         decode(pSrcIdxs, lowest, pSrcDstResidual, pDstQIsf, pSrcDstIsfMemory);
     }
-    keepApart(pDstQIsf);
     return vekStsNoErr;
 }
 

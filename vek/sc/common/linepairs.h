@@ -82,35 +82,39 @@ inline int interlacedRoots(int wanted, int points, GridPoint gridPoint, SeriesOf
     return count;
 }
 
-// Product of 1 - 2 c z^-1 + z^-2 over every second one of the cosines, `half` of them, up to the middle, which the rest
-// mirrors.
-template <typename T>
-void pairProduct(const T* cosines, int half, T* f) {
-    f[0] = 1;
-    f[1] = -2 * cosines[0];
-    for (int i = 2; i <= half; ++i) {
-        const T b = -2 * cosines[2 * (i - 1)];
-        f[i] = b * f[i - 1] + 2 * f[i - 2];
-        for (int j = i - 1; j > 1; --j) {
+// Product of 1 - 2 c z^-1 + z^-2 over every second one of the cosines, Half of them, up to the middle, which the rest
+// mirrors. All steps are laid out, so that what they make stays in registers.
+template <int Half, typename T>
+[[gnu::always_inline]] inline void pairProduct(const T* cosines, T* f) {
+    if constexpr (Half == 1) {
+        f[0] = 1;
+        f[1] = -2 * cosines[0];
+    } else {
+        pairProduct<Half - 1>(cosines, f);
+        const T b = -2 * cosines[2 * (Half - 1)];
+        f[Half] = b * f[Half - 1] + 2 * f[Half - 2];
+#pragma GCC unroll 8
+        for (int j = Half - 1; j > 1; --j) {
             f[j] += b * f[j - 1] + f[j - 2];
         }
         f[1] += b;
     }
 }
 
-// The prediction coefficients of 2 * half pairs, half up to MostPairs.
-template <int MostPairs, typename T>
-void pairsToCoefficients(const T* cosines, int half, float* a) {
-    T f1[MostPairs + 1];
-    T f2[MostPairs + 1];
-    pairProduct(cosines, half, f1);
-    pairProduct(cosines + 1, half, f2);
+// The prediction coefficients of 2 * Half pairs.
+template <int Half, typename T>
+void pairsToCoefficients(const T* cosines, float* a) {
+    T f1[Half + 1];
+    T f2[Half + 1];
+    pairProduct<Half>(cosines, f1);
+    pairProduct<Half>(cosines + 1, f2);
     a[0] = 1;
-    for (int i = 1; i <= half; ++i) {
+#pragma GCC unroll 8
+    for (int i = 1; i <= Half; ++i) {
         const T sum = f1[i] + f1[i - 1];
         const T difference = f2[i] - f2[i - 1];
         a[i] = static_cast<float>(T{0.5} * (sum + difference));
-        a[2 * half + 1 - i] = static_cast<float>(T{0.5} * (sum - difference));
+        a[2 * Half + 1 - i] = static_cast<float>(T{0.5} * (sum - difference));
     }
 }
 

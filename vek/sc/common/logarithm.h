@@ -36,6 +36,17 @@ constexpr void Log2(int32_t x, int16_t& exponent, int16_t& fraction) {
     fraction = extract_h(value);
 }
 
+// log2(x), Q15, for x > 0, by its 31 leading bits.
+constexpr int32_t log2Q15(int64_t x) {
+    const int shift = norm_64(x);
+    const int64_t y = x << shift;
+    const auto i = (y >> 57) - 32;
+    const auto part = static_cast<int32_t>((y >> 42) & 0x7fff);
+    const int32_t below = kLog2Table[i];
+    const int32_t fraction = (below * 65536 - (below - kLog2Table[i + 1]) * part * 2) >> 16;
+    return (62 - shift) * 32768 + fraction;
+}
+
 // 2^(exponent + fraction / 2^15), rounded; the fraction is 0..32767, the exponent at most 30.
 constexpr int32_t Pow2(int exponent, int16_t fraction) {
     const int i = fraction >> 10;

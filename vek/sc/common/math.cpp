@@ -6,6 +6,7 @@
 #include "sc/common/inverseroot.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/filter.h"
+#include "sc/kernels/loops.h"
 #include "veksc_filter.h"
 
 namespace {
@@ -55,7 +56,7 @@ VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, V
         }
         return vekStsNoErr;
     }
-    return filterKernels().weighted(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, half);
+    return loopKernels().weighted16(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, half);
 }
 
 Vek32s invSqrt(Vek32s x) {
@@ -97,7 +98,7 @@ VekStatus veksInterpolateC_G729_32f(const Vek32f* pSrc1, const Vek32f* pSrc2, Ve
     if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDst); status != vekStsNoErr) {
         return status;
     }
-    return filterKernels().weighted32f(pSrc1, val1, pSrc2, val2, pDst, len);
+    return loopKernels().weighted32f(pSrc1, val1, pSrc2, val2, pDst, len);
 }
 
 VekStatus veksInterpolate_G729_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len) {

@@ -103,7 +103,7 @@ void fill(const Vek16s* h, const Vek16s* dn, const Vek16s* sign, PulseField& fie
     }
     alignas(32) Vek16s scaled[kLen];
     if (normalise(h, scaled)) {
-        pulseKernels().field(scaled, sign, L::kTracks, field);
+        pulseFieldKernels().field(scaled, sign, L::kTracks, field);
     } else {
         saturatingField<L>(scaled, sign, field);
     }

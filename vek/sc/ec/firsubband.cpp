@@ -1,5 +1,4 @@
 // Filters of subbands and the updates of their coefficients.
-#include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/ec/rows.h"
 #include "sc/kernels/ec.h"
@@ -18,16 +17,6 @@ constexpr int kMaxOrder = 16;
 constexpr bool badSizes(int numSegments, int len, int startSubband) {
     return numSegments < 1 || numSegments > kMaxSegments || len < 1 || len > kMaxSubbands || startSubband < 0 ||
            startSubband >= len;
-}
-
-// To +-(2^31 - 1): a sum of two products by it fits 64 bits.
-Vek32s stepTimes(Vek32s step, Vek32s error) {
-    const Vek32s p = fix::sat32((static_cast<int64_t>(step) * error + 0x4000) >> 15);
-    return p == INT32_MIN ? -INT32_MAX : p;
-}
-
-Vek32s stepTimesWrapped(Vek32s step, Vek32s error) {
-    return static_cast<Vek32s>(static_cast<uint32_t>((static_cast<int64_t>(step) * error) >> 15));
 }
 
 // What the updates of 32-bit coefficients have in common behind the pointers.
@@ -93,9 +82,7 @@ VekStatus veksFIRSubbandCoeffUpdate_EC_32sc_I(const Vek32s* pStepSize, const Vek
     }
     const EcKernels& kernels = ecKernels();
     Vek32sc products[kMaxSubbands];
-    for (int k = 0; k < len; ++k) {
-        products[k] = {stepTimes(pStepSize[k], pSrcError[k].re), stepTimes(pStepSize[k], pSrcError[k].im)};
-    }
+    kernels.stepsSat(pStepSize, pSrcError, products, len);
     for (int s = 0; s < numSegments; ++s) {
         kernels.learnSat(ppSrcFilterInput[s], products, ppSrcDstCoefsQ15[s], len, scaleFactorCoef);
     }
@@ -116,10 +103,8 @@ VekStatus veksFIRSubbandLowCoeffUpdate_EC_32sc_I(const Vek32sc* const* ppSrcFilt
         return status;
     }
     const EcKernels& kernels = ecKernels();
-    for (int k = startSubband; k < len; ++k) {
-        prodStepErrQ[k] = {stepTimesWrapped(pStepSize[k], pSrcError[k].re),
-                           stepTimesWrapped(pStepSize[k], pSrcError[k].im)};
-    }
+    kernels.stepsLow(pStepSize + startSubband, pSrcError + startSubband, prodStepErrQ + startSubband,
+                     len - startSubband);
     for (int s = 0; s < numSegments; ++s) {
         kernels.learnLow(ppSrcFilterInput[s] + startSubband, prodStepErrQ + startSubband,
                          ppSrcDstCoefsQ15[s] + startSubband, len - startSubband, scaleFactorCoef);

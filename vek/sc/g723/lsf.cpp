@@ -5,6 +5,7 @@
 #include <cstring>
 #include <numbers>
 
+#include "sc/common/linepairs.h"
 #include "sc/g723/tables.h"
 #include "veksc_g723.h"
 
@@ -27,6 +28,20 @@ const std::array<int16_t, kCircle + 1> g_cosine = [] {
     return c;
 }();
 
+// Negative cosines, Q22 with the half of the rounding to Q15: the value at the begin of each step, and how far it is to
+// the next one in 256 parts.
+struct CosineStep {
+    int begin;
+    int rise;
+};
+const std::array<CosineStep, kCircle> g_cosineSteps = [] {
+    std::array<CosineStep, kCircle> steps{};
+    for (size_t i = 0; i < steps.size(); ++i) {
+        steps[i] = {63 - g_cosine[i] * 256, g_cosine[i] - g_cosine[i + 1]};
+    }
+    return steps;
+}();
+
 // Bounds of decoded frequencies.
 constexpr int16_t kLowest = 0x180;
 constexpr int16_t kHighest = 0x7e00;
@@ -43,38 +58,71 @@ int32_t onGrid(const int16_t* f, int i) {
     return sat32(sum * 2);
 }
 
-// Multiplies a polynomial by a further factor and halves it; size is the number of coefficients that it has.
-void multiply(int32_t* f, int16_t c, int size) {
-    f[size] = sat32(int64_t{f[size - 2]} + mulHigh(f[size - 1], c));
-    for (int j = size - 1; j >= 2; --j) {
-        f[j] = sat32(int64_t{mulHigh(f[j - 1], c)} + (f[j] >> 1) + (f[j - 2] >> 1));
+// Multiplies a polynomial by a further factor and halves it; Size is the number of coefficients that it has. No product
+// of a coefficient of 32 bits leaves them, as no c is -32768.
+template <int Size, class Sums>
+inline void multiply(int64_t* f, int64_t c, Sums& sum) {
+    f[Size] = sum.keep(f[Size - 2] + ((f[Size - 1] * c) >> 15));
+#pragma GCC unroll 4
+    for (int j = Size - 1; j >= 2; --j) {
+        f[j] = sum.keep(((f[j - 1] * c) >> 15) + (f[j] >> 1) + (f[j - 2] >> 1));
     }
     f[0] >>= 1;
-    f[1] = static_cast<int32_t>((int64_t{(c * 65536) >> (size - 1)} + f[1]) >> 1);
+    f[1] = (((c * 65536) >> (Size - 1)) + f[1]) >> 1;
+}
+
+// The product over every second one of the negative cosines.
+template <class Sums>
+[[gnu::always_inline]] inline void product(const int64_t* c, int64_t* f, Sums& sum) {
+    f[0] = 1 << 28;
+    f[1] = (c[0] + c[2]) * 16384;
+    f[2] = c[0] * c[2] + (2 << 28);
+    multiply<3>(f, c[4], sum);
+    multiply<4>(f, c[6], sum);
+    multiply<5>(f, c[8], sum);
+}
+
+// Within 16 bits without -32768; hardly ever cut.
+inline int64_t withinWord(int64_t v) {
+    if (static_cast<uint64_t>(v + 32767) > 65534) [[unlikely]] {
+        v = v < 0 ? -32767 : 32767;
+    }
+    return v;
+}
+
+// Rounded to 16 bits, sign turned.
+inline Vek16s coefficient(int64_t sum) {
+    return static_cast<Vek16s>(withinWord(-((sum * 8 + 0x8000) >> 16)));
+}
+
+template <class Sums>
+inline void coefficients(const int64_t* c, Vek16s* lpc, Sums& sum) {
+    int64_t f[2][kHalf + 1];
+    product(c, f[0], sum);
+    product(c + 1, f[1], sum);
+#pragma GCC unroll 5
+    for (int i = 0; i < kHalf; ++i) {
+        const int64_t even = f[0][i + 1] + f[0][i];
+        const int64_t odd = f[1][i + 1] - f[1][i];
+        lpc[i] = coefficient(even + odd);
+        lpc[kOrder - 1 - i] = coefficient(even - odd);
+    }
 }
 
 void toLpc(const Vek16s* lsf, Vek16s* lpc) {
-    int16_t c[kOrder];
+    int64_t c[kOrder];
+#pragma GCC unroll 10
     for (int i = 0; i < kOrder; ++i) {
-        const auto step = static_cast<size_t>((lsf[i] >> 7) & 511);
-        const int32_t rest = ((lsf[i] & 127) << 8) + 128;
-        const int32_t value = g_cosine[step] * 65536 + (g_cosine[step + 1] - g_cosine[step]) * rest * 2;
-        c[i] = negate(round_s(L_shl(value, 1)));
+        const unsigned frequency = static_cast<uint16_t>(lsf[i]);
+        const CosineStep& step = g_cosineSteps[frequency >> 7];
+        // In the middle of the frequency's last bit, Q15.
+        c[i] = withinWord((step.begin + step.rise * static_cast<int>((frequency & 127) * 2 + 1)) >> 7);
     }
-    int32_t f[2][kHalf + 2];
-    for (int k = 0; k < 2; ++k) {
-        f[k][0] = 1 << 28;
-        f[k][1] = (c[k] + c[k + 2]) * 16384;
-        f[k][2] = sat32(int64_t{c[k]} * c[k + 2] + (int64_t{2} << 28));
-        for (int i = 2; i < kHalf; ++i) {
-            multiply(f[k], c[2 * i + k], i + 1);
-        }
-    }
-    for (int i = 0; i < kHalf; ++i) {
-        const int64_t even = int64_t{f[0][i + 1]} + f[0][i];
-        const int64_t odd = int64_t{f[1][i + 1]} - f[1][i];
-        lpc[i] = negate(round_s(sat32((even + odd) * 8)));
-        lpc[kOrder - 1 - i] = negate(round_s(sat32((even - odd) * 8)));
+    QuickSums quick;
+    coefficients(c, lpc, quick);
+    if (quick.used > kMax32) [[unlikely]] {
+        SaturatingSums saturating;
+        coefficients(c, lpc, saturating);
     }
 }
 

@@ -69,17 +69,46 @@ bool step(Levinson& now, const Vek16s* r) {
     return true;
 }
 
-bool recurse(Levinson& now, const Vek16s* r, int order) {
-    Vek16s rBack[kOrder + kSpan] = {};
-    Vek16s least = 0;
-    for (int i = 0; i < order; ++i) {
-        rBack[i] = r[order - i];
-        least = std::min(least, rBack[i]);
+// What of `to` steps up to an order reach: the registers of one of up to 32 coefficients go no further.
+void clear(Vek16s* to, int order) {
+    constexpr int few = 32;
+    if (order <= few) {
+        std::memset(to, 0, few * sizeof(Vek16s));
+    } else {
+        std::memset(to, 0, kSpan * sizeof(Vek16s));
     }
-    const bool quick = least > INT16_MIN;
+}
+
+// The autocorrelation backwards with zeros behind it. It is the first thing made: a step reads its elements all at
+// once, which it cannot before each of them, and all that was written earlier, has left the processor.
+struct Backwards {
+    Vek16s r[kOrder + kSpan];
+    bool quick;
+
+    Backwards(const Vek16s* from, int order) {
+        clear(r + order, order);
+        Vek16s least = 0;
+        for (int i = 0; i < order; ++i) {
+            r[i] = from[order - i];
+            least = std::min(least, r[i]);
+        }
+        quick = least > INT16_MIN;
+    }
+};
+
+void begin(Levinson& filter, const Vek16s* r, int order) {
+    clear(filter.forward, order);
+    clear(filter.backward, order);
+    filter.order = 0;
+    filter.q = kFinest;
+    filter.energy = r[0] * 65536;
+    filter.first = 0;
+}
+
+bool recurse(Levinson& now, const Vek16s* r, const Backwards& backwards, int order) {
     while (now.order < order) {
-        if (quick) {
-            g728Kernels().recurse(now, rBack, order);
+        if (backwards.quick) {
+            g728Kernels().recurse(now, backwards.r, order);
         }
         if (now.order < order && !step(now, r)) {
             return false;
@@ -98,10 +127,10 @@ VekStatus veksLevinsonDurbin_G728_16s_Sfs(const Vek16s* pSrcAutoCorr, int order,
     if (order < 1 || order > kOrder) {
         return vekStsFilterOrderErr;
     }
-    Levinson now = {};
-    now.q = kFinest;
-    now.energy = pSrcAutoCorr[0] * 65536;
-    if (!recurse(now, pSrcAutoCorr, order)) {
+    const Backwards backwards(pSrcAutoCorr, order);
+    Levinson now;
+    begin(now, pSrcAutoCorr, order);
+    if (!recurse(now, pSrcAutoCorr, backwards, order)) {
         return vekStsUnstableFilter;
     }
     std::memcpy(pDstLPC, now.forward, static_cast<size_t>(order) * sizeof(Vek16s));
@@ -124,9 +153,9 @@ VekStatus veksLevinsonDurbin_G728_16s_ISfs(const Vek16s* pSrcAutoCorr, int numSr
          (*pSrcDstResidualEnergy <= 0 || *pSrcDstScaleFactor < kCoarsest || *pSrcDstScaleFactor > kFinest))) {
         return vekStsRangeErr;
     }
-    Levinson now = {};
-    now.q = kFinest;
-    now.energy = pSrcAutoCorr[0] * 65536;
+    const Backwards backwards(pSrcAutoCorr, order);
+    Levinson now;
+    begin(now, pSrcAutoCorr, order);
     if (numSrcLPC > 0) {
         now.order = numSrcLPC;
         now.energy = *pSrcDstResidualEnergy;
@@ -136,7 +165,7 @@ VekStatus veksLevinsonDurbin_G728_16s_ISfs(const Vek16s* pSrcAutoCorr, int numSr
             now.backward[numSrcLPC - 1 - i] = pSrcDstLPC[i];
         }
     }
-    if (!recurse(now, pSrcAutoCorr, order)) {
+    if (!recurse(now, pSrcAutoCorr, backwards, order)) {
         return vekStsUnstableFilter;
     }
     std::memcpy(pSrcDstLPC, now.forward, static_cast<size_t>(order) * sizeof(Vek16s));

@@ -7,7 +7,6 @@
 #include <cstring>
 
 #include "sc/common/fixmath.h"
-#include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/filter.h"
@@ -42,18 +41,25 @@ struct Delay {
     int stretch() const { return std::max(whole - kReach, 1); }
 };
 
-// The filter over the samples -9..10 around the delayed one, oldest first.
-template <typename T>
+// The filter over the samples -9..10 around the delayed one, for each sixth: as factors, oldest sample first, and in
+// Q15, newest first, with the sum of its magnitudes.
 struct Taps {
-    T at[kTaps];
+    float factors[kTaps];
+    int16_t at[kTaps];
+    int32_t gain;
 
-    Taps(int part, T unit) {
+    constexpr explicit Taps(int part) : factors(), at(), gain(0) {
         for (int i = 0; i < kReach; ++i) {
-            at[kReach - 1 - i] = static_cast<T>(kSinc[part + kParts * i] * unit);
-            at[kReach + i] = static_cast<T>(kSinc[kParts - part + kParts * i] * unit);
+            at[kReach + i] = kSinc[part + kParts * i];
+            at[kReach - 1 - i] = kSinc[kParts - part + kParts * i];
+        }
+        for (int i = 0; i < kTaps; ++i) {
+            factors[kTaps - 1 - i] = static_cast<float>(at[i]) / 32768;
+            gain += at[i] < 0 ? -at[i] : at[i];
         }
     }
 };
+constexpr Taps kSixths[kParts] = {Taps(0), Taps(1), Taps(2), Taps(3), Taps(4), Taps(5)};
 
 bool badDelay(int delay, int fraction) {
     return delay < 0 || delay > 143 || fraction < -1 || fraction > 1;
@@ -78,14 +84,12 @@ void vek::g729::adaptiveVector(int16_t* exc, int delay, int fraction) {
 void vek::g729::adaptiveVectorSixths(int16_t* exc, int delay, int sixths) {
     const Delay back(delay, sixths);
     const int16_t* x = exc - back.whole;
-    Taps<int16_t> taps(back.part, 1);
-    std::reverse(taps.at, taps.at + kTaps);
-    const int64_t gain = sumAbs(taps.at, kTaps);
+    const Taps& taps = kSixths[back.part];
     const int stretch = back.stretch();
     for (int i = 0; i < kSubframe; i += stretch) {
         const int count = std::min(stretch, kSubframe - i);
         const int level = filterKernels().maxAbs16(x + i - kReach + 1, count + kTaps - 1);
-        if (stretch > 1 && gain * level < (1 << 30)) {
+        if (stretch > 1 && int64_t{taps.gain} * level < (1 << 30)) {
             filterKernels().fir16(taps.at, kTaps - 1, x + i + kReach, exc + i, count, 15);
         } else {
             for (int k = i; k < i + count; ++k) {
@@ -125,19 +129,19 @@ VekStatus veksDecodeAdaptiveVector_G729_32f_I(const Vek32s* pSrcDelay, Vek32f* p
         return vekStsRangeErr;
     }
     const Delay back(pSrcDelay[0], 2 * pSrcDelay[1]);
-    const Taps<float> taps(back.part, 1.0F / 32768);
+    const float* const taps = kSixths[back.part].factors;
     const Vek32f* const x = pSrcDst - back.whole - kReach + 1;
     const int stretch = back.stretch();
     if (stretch < kLeastOutputs) {
         for (int i = 0; i < kSubframe; ++i) {
-            pSrcDst[i] = corrKernels().dot32f(x + i, taps.at, kTaps);
+            pSrcDst[i] = corrKernels().dot32f(x + i, taps, kTaps);
         }
         return vekStsNoErr;
     }
     for (int i = 0; i < kSubframe; i += stretch) {
         // A short rest is made anew with those before, which do not feed it.
         const int from = std::min(i, kSubframe - kLeastOutputs);
-        loopKernels().taps32f(x + from, taps.at, pSrcDst + from, std::min(i + stretch, kSubframe) - from);
+        loopKernels().taps32f(x + from, taps, pSrcDst + from, std::min(i + stretch, kSubframe) - from);
     }
     return vekStsNoErr;
 }

@@ -78,7 +78,7 @@ VekStatus veksAdaptiveCodebookContribution_G729_16s(Vek16s gain, const Vek16s* p
     if (anyNull(pFltAdptVector, pSrcTarget, pDst)) {
         return vekStsNullPtrErr;
     }
-    loopKernels().lessScaled16(pSrcTarget, pFltAdptVector, gain, pDst);
+    loopKernels().lessScaled16(gain, pFltAdptVector, pSrcTarget, pDst);
     return vekStsNoErr;
 }
 
@@ -87,6 +87,6 @@ VekStatus veksAdaptiveCodebookContribution_G729_32f(Vek32f gain, const Vek32f* p
     if (anyNull(pFltAdptVector, pSrcTarget, pDst)) {
         return vekStsNullPtrErr;
     }
-    loopKernels().lessScaled32f(pSrcTarget, pFltAdptVector, gain, pDst);
+    loopKernels().lessScaled32f(gain, pFltAdptVector, pSrcTarget, pDst);
     return vekStsNoErr;
 }

@@ -24,6 +24,14 @@ void push(Vek16s value, Vek16s* past) {
     past[0] = value;
 }
 
+// What a lost frame leaves as its error. The newest of the past is added last: it may just have been written.
+Vek16s lostError(const Vek16s* past) {
+    constexpr int drop = 4096;
+    constexpr int least = -14336;
+    const int older = past[3] + past[2] + past[1] - 4 * drop;
+    return static_cast<Vek16s>(std::max((older + past[0]) >> 2, least));
+}
+
 } // namespace
 
 PredictedGain predictGain(int32_t energy, const Vek16s* past) {
@@ -57,11 +65,7 @@ void movePast(int factor, Vek16s* past) {
 }
 
 void movePastLost(Vek16s* past) {
-    constexpr int drop = 4096;
-    constexpr int least = -14336;
-    // The newest last: it may just have been written.
-    const int sum = past[3] + past[2] + past[1] + past[0];
-    push(static_cast<Vek16s>(std::max((sum >> 2) - drop, least)), past);
+    push(lostError(past), past);
 }
 
 } // namespace vek::g729
@@ -101,8 +105,8 @@ VekStatus veksDecodeGain_G729_16s(Vek32s energy, Vek16s* pPastEnergy, const Vek1
 
 VekStatus veksDecodeGain_G729I_16s(Vek32s energy, Vek16s valGainAttenuation, Vek16s* pPastEnergy,
                                    const Vek16s* quaIndex, Vek16s* pGain) {
-    constexpr Vek16s lostFactor = 29491; // 0.9 Q15
-    constexpr Vek16s mostLost = 14745;   // 0.9 Q14
+    constexpr int lostFactor = 29491; // 0.9 Q15
+    constexpr int mostLost = 14745;   // 0.9 Q14
     if (anyNull(pPastEnergy, quaIndex, pGain)) {
         return vekStsNullPtrErr;
     }
@@ -114,8 +118,14 @@ VekStatus veksDecodeGain_G729I_16s(Vek32s energy, Vek16s valGainAttenuation, Vek
         decode(energy, pPastEnergy, quaIndex, pGain);
         return vekStsNoErr;
     }
-    pGain[0] = std::min(fix::mult(pGain[0], lostFactor), mostLost);
-    pGain[1] = fix::mult(pGain[1], valGainAttenuation);
-    movePastLost(pPastEnergy);
+    // Neither factor is negative: no product leaves 16 bits. Between the gains the past is not written as one word, all
+    // of which would wait for the newest error.
+    const Vek16s error = lostError(pPastEnergy);
+    pPastEnergy[3] = pPastEnergy[2];
+    pPastEnergy[2] = pPastEnergy[1];
+    pGain[0] = static_cast<Vek16s>(std::min((pGain[0] * lostFactor) >> 15, mostLost));
+    pPastEnergy[1] = pPastEnergy[0];
+    pGain[1] = static_cast<Vek16s>((pGain[1] * valGainAttenuation) >> 15);
+    pPastEnergy[0] = error;
     return vekStsNoErr;
 }

@@ -41,31 +41,41 @@ void push(Memory& m, Vek16s x, int32_t v) {
     m.x1 = x;
 }
 
-// The loop waits for the last output only: the rest of a sample's sum is made ahead.
+// The loop waits for the last output only: the rest of a sample's sum is made ahead. Outputs are without the zeros that
+// the shift gives them. Ends with the input or before the first output that saturates, and tells how many were
+// filtered.
 template <Section F>
-void runQuiet(Memory& m, Vek16s* x, int n) {
-    constexpr int64_t kFactor = int64_t{1} << F.shift;
-    int64_t y1 = m.y1;
-    int64_t older = (static_cast<int64_t>(m.y2) * F.a2) >> 15;
+int runQuiet(Memory& m, Vek16s* x, int n) {
+    constexpr int64_t kNear = F.a1 * (1 << F.shift);
+    constexpr int64_t kFar = F.a2 * (1 << F.shift);
+    constexpr int kToSample = 15 - F.shift - F.outShift;
+    constexpr int kHalf = 1 << (kToSample - 1);
+    // Neither a sample nor the doubled output leaves its bits.
+    constexpr int64_t kLeast = -(int64_t{1} << (15 + kToSample));
+    constexpr auto kRoom = static_cast<uint64_t>(-2 * kLeast - kHalf);
+    static_assert(F.b1 == -2 * F.b0 && F.outShift >= 0);
+    int64_t w1 = m.y1 >> F.shift;
+    int64_t w2 = m.y2 >> F.shift;
+    int64_t older = (w2 * kFar) >> 15;
     int x1 = m.x1;
     int x2 = m.x2;
-    for (int i = 0; i < n; i++) {
-        const int64_t known = F.b0 * (x[i] + x2) + F.b1 * x1 + older;
-        x2 = x1;
-        x1 = x[i];
-        older = (y1 * F.a2) >> 15;
-        m.y2 = static_cast<Vek32s>(y1);
-        y1 = (((y1 * F.a1) >> 15) + known) * kFactor;
-        int64_t v = 2 * y1;
-        if (v != static_cast<int32_t>(v)) [[unlikely]] {
-            v = v < 0 ? kMin32 : kMax32;
-            y1 = v >> 1;
+    int i = 0;
+    for (; i < n; i++) {
+        const int now = x[i];
+        const int64_t w = ((w1 * kNear) >> 15) + (F.b0 * (now - 2 * x1 + x2) + older);
+        if (static_cast<uint64_t>(w - kLeast) >= kRoom) [[unlikely]] {
+            break;
         }
-        x[i] = sat16_64((v * (1 << F.outShift) + 0x8000) >> 16);
+        older = (w1 * kFar) >> 15;
+        x[i] = static_cast<Vek16s>((w + kHalf) >> kToSample);
+        w2 = w1;
+        w1 = w;
+        x2 = x1;
+        x1 = now;
     }
-    m.y1 = static_cast<Vek32s>(y1);
-    m.x1 = static_cast<Vek16s>(x1);
-    m.x2 = static_cast<Vek16s>(x2);
+    m = {static_cast<Vek32s>(w1 * (1 << F.shift)), static_cast<Vek32s>(w2 * (1 << F.shift)), static_cast<Vek16s>(x1),
+         static_cast<Vek16s>(x2)};
+    return i;
 }
 
 template <Section F>
@@ -86,8 +96,16 @@ void run(Memory& m, Vek16s* x, int n) {
     const auto beyond = [](int v) { return v > F.loud || v < -F.loud; };
     if (beyond(m.x1) || beyond(m.x2) || filterKernels().maxAbs16(x, n) > F.loud) {
         runLoud<F>(m, x, n);
-    } else {
-        runQuiet<F>(m, x, n);
+        return;
+    }
+    // An output that saturates has no such zeros as long as it is remembered.
+    constexpr int kZeros = (1 << F.shift) - 1;
+    while (n > 0) {
+        const int quiet = ((m.y1 | m.y2) & kZeros) == 0 ? runQuiet<F>(m, x, n) : 0;
+        const int loud = quiet < n ? 1 : 0;
+        runLoud<F>(m, x + quiet, loud);
+        x += quiet + loud;
+        n -= quiet + loud;
     }
 }
 

@@ -153,18 +153,42 @@ constexpr auto kStepOfStretch = [] {
     return steps;
 }();
 
-// The last step that begins at or above the pair, but none behind `last`: the pairs of a frame are visited in rising
-// order. No stretch of 64 holds more than one beginning that a pair can exceed.
-inline int stepOf(int lsp, int last) {
-    int place = kStepOfStretch[static_cast<size_t>((lsp + 32768) >> kStretchBits)];
-    place -= kCos[place] < lsp ? 1 : 0;
-    return std::min(place, last);
+// The last step that begins at or above the pair. No stretch of 64 holds more than one beginning that a pair can
+// exceed.
+inline int stepOf(int lsp) {
+    const int place = kStepOfStretch[static_cast<size_t>((lsp + 32768) >> kStretchBits)];
+    return place + ((kCos[place] - lsp) >> 31);
+}
+
+// Frequencies made of the step of each pair and how far it lies behind the begin of that, 16 bits at most. The pairs of
+// a frame are visited in rising order: of those that do not fall, none has a step behind that of the next one.
+template <class Frequency>
+inline void toFrequencies(const Vek16s* lsp, Vek16s* lsf, Frequency frequency) {
+    int place[kOrder];
+    int rise = 0;
+#pragma GCC unroll 10
+    for (int i = 0; i < kOrder; ++i) {
+        place[i] = stepOf(lsp[i]);
+        rise |= i > 0 ? place[i] - place[i - 1] : 0;
+    }
+    if (rise < 0) [[unlikely]] {
+        int last = kLastStep;
+        for (int i = kOrder - 1; i >= 0; --i) {
+            last = std::min(place[i], last);
+            lsf[i] = frequency(last, std::max(lsp[i] - kCos[last], -32768));
+        }
+        return;
+    }
+#pragma GCC unroll 10
+    for (int i = 0; i < kOrder; ++i) {
+        lsf[i] = frequency(place[i], lsp[i] - kCos[place[i]]);
+    }
 }
 
 // A step of the cosine, and its chord. Frequencies behind the last step go on from there.
 struct CosineStep {
-    Vek16s begin;
-    Vek16s slope;
+    int begin;
+    int slope;
 };
 constexpr int kRadian = 20861; // steps of 1/256 in a radian, Q13: 2^17 / 2 pi
 constexpr auto kCosineSteps = [] {
@@ -225,14 +249,10 @@ VekStatus veksLSPToLSF_Norm_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF) {
     if (anyNull(pSrcLSP, pDstLSF)) {
         return vekStsNullPtrErr;
     }
-    int place = kLastStep;
-#pragma GCC unroll 10
-    for (int i = kOrder - 1; i >= 0; --i) {
-        place = stepOf(pSrcLSP[i], place);
-        // Difference and slope are negative or 0: sums saturate upwards alone.
-        const int within = kAcosSlope[place] * std::max(pSrcLSP[i] - kCos[place], -32768) + place * (1 << 20);
-        pDstLSF[i] = static_cast<Vek16s>(std::min((within + 0x800) >> 12, 32767));
-    }
+    // Difference and slope are negative or 0: sums saturate upwards alone.
+    toFrequencies(pSrcLSP, pDstLSF, [](int place, int behind) {
+        return static_cast<Vek16s>(std::min((kAcosSlope[place] * behind + place * (1 << 20) + 0x800) >> 12, 32767));
+    });
     return vekStsNoErr;
 }
 
@@ -241,12 +261,10 @@ VekStatus veksLSPToLSF_G729_16s(const Vek16s* pSrcLSP, Vek16s* pDstLSF) {
         return vekStsNullPtrErr;
     }
     constexpr Vek16s kTwoPi = 25736; // Q12
-    int place = kLastStep;
-    for (int i = kOrder - 1; i >= 0; --i) {
-        place = stepOf(pSrcLSP[i], place);
-        const int within = (kAcosSlope[place] * sub(pSrcLSP[i], kCos[place])) >> 11;
-        pDstLSF[i] = mult(sat16(place * 512 + extract_l(within)), kTwoPi);
-    }
+    toFrequencies(pSrcLSP, pDstLSF, [](int place, int behind) {
+        const int within = extract_l((kAcosSlope[place] * behind) >> 11);
+        return static_cast<Vek16s>((std::min(place * 512 + within, 32767) * kTwoPi) >> 15);
+    });
     return vekStsNoErr;
 }
 
@@ -259,10 +277,11 @@ VekStatus veksLSFToLSP_G729_16s(const Vek16s* pSrcLSF, Vek16s* pDstLSP) {
     }
 #pragma GCC unroll 10
     for (int i = 0; i < kOrder; ++i) {
-        const int frequency = (pSrcLSF[i] * kRadian) >> 15;
-        const CosineStep step = kCosineSteps[static_cast<size_t>(frequency >> 8)];
+        const auto frequency = static_cast<unsigned>(pSrcLSF[i] * kRadian) >> 15;
+        const CosineStep& step = kCosineSteps[frequency >> 8];
+        const auto within = static_cast<int>(frequency & 0xff);
         // The last line falls below -1.
-        pDstLSP[i] = static_cast<Vek16s>(std::max(step.begin + ((step.slope * (frequency & 0xff)) >> 12), -32768));
+        pDstLSP[i] = static_cast<Vek16s>(std::max(step.begin + ((step.slope * within) >> 12), -32768));
     }
     return vekStsNoErr;
 }

@@ -70,6 +70,6 @@ VekStatus veksLSPToLPC_G729_32f(const Vek32f* pSrcLSP, Vek32f* pDstLPC) {
     if (anyNull(pSrcLSP, pDstLPC)) {
         return vekStsNullPtrErr;
     }
-    pairsToCoefficients<kHalf>(pSrcLSP, kHalf, pDstLPC);
+    pairsToCoefficients<kHalf>(pSrcLSP, pDstLPC);
     return vekStsNoErr;
 }

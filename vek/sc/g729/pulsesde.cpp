@@ -1,5 +1,6 @@
 // Pulse searches of G.729 Annex D (two pulses) and Annex E (ten and twelve), with their codewords.
 #include <algorithm>
+#include <array>
 #include <type_traits>
 #include <utility>
 
@@ -7,6 +8,8 @@
 #include "sc/common/pulsesearch.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/floatpulses.h"
+#include "sc/kernels/filter.h"
+#include "sc/kernels/fourpulses.h"
 #include "veksc_g729code.h"
 
 namespace {
@@ -17,9 +20,9 @@ using floatpulses::kSub;
 using floatpulses::kTracks;
 
 // Annex D: the positions of the two pulses by their codes, neighbours differing in one bit.
-constexpr int kFirstPositions[16] = {1, 3, 8, 6, 18, 16, 11, 13, 38, 36, 31, 33, 21, 23, 28, 26};
-constexpr int kSecondPositions[32] = {0,  2,  5,  4,  12, 10, 7,  9,  25, 24, 20, 22, 14, 15, 19, 17,
-                                      36, 31, 21, 26, 1,  6,  16, 11, 27, 29, 32, 30, 39, 37, 34, 35};
+constexpr int kFirstPositions[kFirstCodes] = {1, 3, 8, 6, 18, 16, 11, 13, 38, 36, 31, 33, 21, 23, 28, 26};
+constexpr int kSecondPositions[kSecondCodes] = {0,  2,  5,  4,  12, 10, 7,  9,  25, 24, 20, 22, 14, 15, 19, 17,
+                                                36, 31, 21, 26, 1,  6,  16, 11, 27, 29, 32, 30, 39, 37, 34, 35};
 
 // Adds the response from `position` on, with a sign.
 using pulses::addResponse;
@@ -33,31 +36,35 @@ struct TwoPulses {
     int first = 0; // codes
     int second = 0;
 
-    int index() const { return first + 16 * second; }
+    int index() const { return first + kFirstCodes * second; }
 };
 
-// All pairs; rr(i, j) is the matrix with the signs.
-template <class Value, class Matrix>
-TwoPulses searchTwo(const Value* d, Matrix rr) {
-    double square = -1;
-    double energy = 1;
-    TwoPulses best;
-    for (int a = 0; a < 16; ++a) {
-        const int i = kFirstPositions[a];
-        for (int b = 0; b < 32; ++b) {
-            const int j = kSecondPositions[b];
-            const double c = static_cast<double>(d[i]) + static_cast<double>(d[j]);
-            const double e =
-                static_cast<double>(rr(i, i)) + static_cast<double>(rr(j, j)) + 2 * static_cast<double>(rr(i, j));
-            if (c * c * energy > square * e) {
-                square = c * c;
-                energy = e;
-                best = {a, b};
+// Magnitudes of the correlations, and what the matrix holds, in the order of the codes.
+struct CodedField {
+    float firstD[kFirstCodes];
+    float firstEnergy[kFirstCodes];
+    float secondD[kSecondCodes];
+    float secondEnergy[kSecondCodes];
+    float cross[kFirstCodes * kSecondCodes];
+
+    // energy(i) is that of a pulse at i.
+    template <class Value, class Energy>
+    CodedField(const Value* d, Energy energy) {
+        const auto take = [&](const auto& positions, int codes, float* correlations, float* energies) {
+            for (int n = 0; n < codes; ++n) {
+                correlations[n] = static_cast<float>(d[positions[n]]);
+                energies[n] = static_cast<float>(energy(positions[n]));
             }
-        }
+        };
+        take(kFirstPositions, kFirstCodes, firstD, firstEnergy);
+        take(kSecondPositions, kSecondCodes, secondD, secondEnergy);
     }
-    return best;
-}
+
+    TwoPulses search() const {
+        const int code = fourPulseKernels().pairOfCodes(firstD, firstEnergy, secondD, secondEnergy, cross);
+        return {code % kFirstCodes, code / kFirstCodes};
+    }
+};
 
 template <class Value, class Sign>
 int deliverTwo(const TwoPulses& two, const Sign* sign, const Value* h, Value* code, Value* filtered) {
@@ -146,18 +153,83 @@ constexpr int pulsesOf(int mode) {
     return mode == 0 ? 10 : kMostPulses;
 }
 
-// Elements of the matrix of the four-pulse search, or null for the pairs that it lacks.
-Vek32f* element(Vek32f* matrix, int i, int j) {
+// Where the pairs of two tracks, t below u, begin in the matrix of the four-pulse search; it lacks those of a track
+// with itself and of the tracks 3 and 4.
+constexpr int pairsOfTracks(int t, int u) {
     constexpr int before[] = {0, 4, 7};
-    if (i % kTracks > j % kTracks) {
-        std::swap(i, j);
-    }
-    const int t = i % kTracks;
-    const int u = j % kTracks;
+    return kSub + 64 * (before[t] + u - t - 1);
+}
+constexpr int kOnTrack = kSub / kTracks;
+constexpr int kLack = -1;
+
+constexpr int energyPlace(int i) {
+    return kOnTrack * (i % kTracks) + i / kTracks;
+}
+constexpr int matrixPlace(int i, int j) {
     if (i == j) {
-        return matrix + 8 * t + i / kTracks;
+        return energyPlace(i);
     }
-    return t == u || t == 3 ? nullptr : matrix + kSub + 64 * (before[t] + u - t - 1) + 8 * (i / kTracks) + j / kTracks;
+    const int first = i % kTracks < j % kTracks ? i : j;
+    const int t = first % kTracks;
+    const int u = (i + j - first) % kTracks;
+    return t == u || t == 3 ? kLack : pairsOfTracks(t, u) + kOnTrack * (first / kTracks) + (i + j - first) / kTracks;
+}
+
+// Of each pair of codes the place in the matrix. Those that it lacks come from the rows of the response's correlations.
+constexpr auto kPairPlaces = [] {
+    std::array<int16_t, kFirstCodes * kSecondCodes> places{};
+    for (size_t n = 0; n < places.size(); ++n) {
+        places[n] = static_cast<int16_t>(std::max(
+            matrixPlace(kFirstPositions[n / kSecondCodes], kSecondPositions[n % kSecondCodes]), 0)); // 0: any other
+    }
+    return places;
+}();
+struct LackingPair {
+    int16_t pair;
+    int16_t row;
+    int8_t first, second;
+};
+constexpr int kLackingCount = [] {
+    int count = 0;
+    for (const int i : kFirstPositions) {
+        for (const int j : kSecondPositions) {
+            count += matrixPlace(i, j) == kLack ? 1 : 0;
+        }
+    }
+    return count;
+}();
+constexpr auto kLackingPairs = [] {
+    std::array<LackingPair, kLackingCount> lacking{};
+    size_t count = 0;
+    for (int n = 0; n < kFirstCodes * kSecondCodes; ++n) {
+        const int i = kFirstPositions[n / kSecondCodes];
+        const int j = kSecondPositions[n % kSecondCodes];
+        if (matrixPlace(i, j) == kLack) {
+            const int distance = i < j ? j - i : i - j;
+            lacking[count++] = {static_cast<int16_t>(n),
+                                static_cast<int16_t>((kSub - 1 - std::max(i, j)) * kSub + distance),
+                                static_cast<int8_t>(i), static_cast<int8_t>(j)};
+        }
+    }
+    return lacking;
+}();
+
+// Multiplies the signs into the matrix of the four-pulse search.
+void takeSigns(const Vek32f* sign, Vek32f* matrix) {
+    Vek32f onTrack[kTracks][kOnTrack];
+    for (int i = 0; i < kSub; ++i) {
+        onTrack[i % kTracks][i / kTracks] = sign[i];
+    }
+    for (int t = 0; t < 3; ++t) {
+        for (int u = t + 1; u < kTracks; ++u) {
+            Vek32f* pairs = matrix + pairsOfTracks(t, u);
+            for (int k = 0; k < kOnTrack; ++k, pairs += kOnTrack) {
+                for (int l = 0; l < kOnTrack; ++l) {
+                    pairs[l] *= onTrack[t][k] * onTrack[u][l];
+                }
+            }
+        }
+    }
 }
 
 } // namespace
@@ -175,7 +247,14 @@ VekStatus veksFixedCodebookSearch_G729D_16s(const Vek16s* pSrcFixed, const Vek16
     for (int i = 0; i < kSub; ++i) {
         d[i] = field.dn[slotOnFive(i)];
     }
-    const TwoPulses two = searchTwo(d, [&](int i, int j) { return field.rr[slotOnFive(i) * kSub + slotOnFive(j)]; });
+    const auto rr = [&](int i, int j) { return field.rr[slotOnFive(i) * kSub + slotOnFive(j)]; };
+    CodedField coded(d, [&](int i) { return rr(i, i); });
+    for (int a = 0; a < kFirstCodes; ++a) {
+        for (int b = 0; b < kSecondCodes; ++b) {
+            coded.cross[kSecondCodes * a + b] = static_cast<float>(rr(kFirstPositions[a], kSecondPositions[b]));
+        }
+    }
+    const TwoPulses two = coded.search();
     *pDstIndex = static_cast<Vek16s>(two.index());
     *pDstSign = static_cast<Vek16s>(deliverTwo(two, sign, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector));
     return vekStsNoErr;
@@ -188,23 +267,22 @@ VekStatus veksFixedCodebookSearch_G729D_32f(const Vek32f* pSrcFixed, Vek32f* pSr
         return vekStsNullPtrErr;
     }
     Vek32f d[kSub];
-    signed char sign[kSub];
-    Vek32f rr[kSub][kSub];
+    Vek32f sign[kSub];
     for (int i = 0; i < kSub; ++i) {
-        sign[i] = pSrcFixed[i] >= 0 ? 1 : -1;
-        d[i] = sign[i] > 0 ? pSrcFixed[i] : -pSrcFixed[i];
+        sign[i] = pSrcFixed[i] >= 0 ? 1.0F : -1.0F;
+        d[i] = sign[i] * pSrcFixed[i];
     }
-    floatpulses::matrix(pSrcImpulseResponse, sign, rr);
-    for (int i = 0; i < kSub; ++i) {
-        for (int j = i; j < kSub; ++j) {
-            if (Vek32f* e = element(pSrcDst, i, j)) {
-                *e = sign[i] == sign[j] ? *e : -*e;
-                rr[i][j] = *e;
-                rr[j][i] = *e;
-            }
-        }
+    takeSigns(sign, pSrcDst);
+    alignas(32) Vek32f rows[kSub * kSub];
+    filterKernels().corrRows32f(pSrcImpulseResponse, rows);
+    CodedField coded(d, [&](int i) { return pSrcDst[energyPlace(i)]; });
+    for (size_t n = 0; n < kPairPlaces.size(); ++n) {
+        coded.cross[n] = pSrcDst[kPairPlaces[n]];
     }
-    const TwoPulses two = searchTwo(d, [&](int i, int j) { return rr[i][j]; });
+    for (const LackingPair& lack : kLackingPairs) {
+        coded.cross[lack.pair] = rows[lack.row] * sign[lack.first] * sign[lack.second];
+    }
+    const TwoPulses two = coded.search();
     pDstFixedIndex[0] = static_cast<Vek16s>(two.index());
     pDstFixedIndex[1] =
         static_cast<Vek16s>(deliverTwo(two, sign, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector));

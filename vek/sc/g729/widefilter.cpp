@@ -13,6 +13,7 @@ namespace {
 
 constexpr int kFormat = 12;
 constexpr int kChunk = 160;
+constexpr int kBlock = 8; // of the floating recursion
 
 constexpr bool badOrder(int order) {
     return order < 4 || order > kMaxLpOrder || order % 2 != 0;
@@ -23,6 +24,15 @@ void remember(const Vek16s* y, int n, Vek16s* memory, int order) {
     const int fresh = std::min(n, order);
     std::memmove(memory, memory + fresh, static_cast<size_t>(order - fresh) * sizeof(Vek16s));
     std::memcpy(memory + order - fresh, y + n - fresh, static_cast<size_t>(fresh) * sizeof(Vek16s));
+}
+
+// With a source of its own, which lets the compiler take several at a time.
+void amplifyBlock(Vek32f gain, const Vek32f* from, Vek32f* y) {
+    Vek32f x[kBlock];
+    std::memcpy(x, from, sizeof x);
+    for (int i = 0; i < kBlock; ++i) {
+        y[i] = gain * x[i];
+    }
 }
 
 } // namespace
@@ -69,14 +79,20 @@ VekStatus veksSynthesisFilter_G729_32f(const Vek32f* pSrcLpc, int order, const V
     std::copy_n(pSrcSynFltMemory, order, y - order);
     while (len > 0) {
         const int count = std::min(len, kChunk);
-        const int blocks = (count + 7) / 8 * 8;
-        for (int i = 0; i < count; ++i) {
-            y[i] = pSrcLpc[0] * pSrc[i];
+        const int whole = count / kBlock * kBlock;
+        for (int i = 0; i < whole; i += kBlock) {
+            amplifyBlock(pSrcLpc[0], pSrc + i, y + i);
         }
-        std::fill(y + count, y + blocks, 0.0F);
-        floatCorrKernels().allPole32f(pSrcLpc, order, y, blocks);
+        if (whole < count) {
+            Vek32f rest[kBlock] = {};
+            std::copy(pSrc + whole, pSrc + count, rest);
+            amplifyBlock(pSrcLpc[0], rest, y + whole);
+        }
+        floatCorrKernels().allPole32f(pSrcLpc, order, y, whole < count ? whole + kBlock : whole);
         std::copy_n(y, count, pDst);
-        std::copy(y + count - order, y + count, y - order);
+        if (count < len) {
+            std::copy(y + count - order, y + count, y - order);
+        }
         pSrc += count;
         pDst += count;
         len -= count;

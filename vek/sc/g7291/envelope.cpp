@@ -4,9 +4,12 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
+#include <iterator>
 #include <numbers>
 
 #include "sc/common/signal_check.h"
+#include "sc/kernels/bandlevels.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/transform.h"
 #include "veksc_g7291bwe.h"
@@ -37,20 +40,17 @@ int32_t vek::g7291::timeEnvelope(const int16_t* x) {
 
 void vek::g7291::frequencyEnvelope(const int16_t* x, int16_t* envelope) {
     constexpr int lines = 32;
-    alignas(32) int32_t re[lines];
-    alignas(32) int32_t im[lines];
+    static_assert(lines <= kBandLines && kBands <= kBandLevels);
+    alignas(32) int32_t re[kBandLines];
+    alignas(32) int32_t im[kBandLines];
+    std::fill(re + lines, std::end(re), 0);
+    std::fill(im + lines, std::end(im), 0);
     const int shift = transformKernels().foldedFft64(x, g_window.data(), re, im);
-    const auto power = [&](int line) { return int64_t{re[line]} * re[line] + int64_t{im[line]} * im[line]; };
     // The window is in Q15; the doubled sum takes half of a unit.
     const int offset = -(15 + shift) * kEnvelopeOne - kEnvelopeOne / 2;
-    int64_t left = power(0);
-    for (int j = 0; j < kBands; ++j) {
-        const int64_t right = power(2 * j + 2);
-        const int64_t sum = left + 2 * power(2 * j + 1) + right;
-        const int32_t value = sum > 0 ? halfLog(sum) + offset : 0;
-        envelope[j] = static_cast<int16_t>(std::max(value, 0));
-        left = right;
-    }
+    int16_t levels[kBandLevels];
+    bandLevelKernels().bandLevels(re, im, offset, levels);
+    std::memcpy(envelope, levels, kBands * sizeof *envelope);
 }
 
 VekStatus veksEnvelopTime_G7291_16s(const Vek16s* pSrc, int nls, Vek16s* pDstTimeEnvelope, int len) {

@@ -17,20 +17,9 @@ constexpr int kAnalysis = 128; // samples of a frequency envelope
 constexpr int kEnvelopeOne = 1024;
 constexpr int kEnvelopeBits = 10;
 
-// log2(x), Q15, for x > 0: fix::Log2 of the 31 leading bits.
-inline int32_t log2Q15(int64_t x) {
-    const int shift = fix::norm_64(x);
-    const int64_t y = x << shift;
-    const auto i = (y >> 57) - 32;
-    const auto part = static_cast<int32_t>((y >> 42) & 0x7fff);
-    const int32_t below = fix::kLog2Table[i];
-    const int32_t fraction = (below * 65536 - (below - fix::kLog2Table[i + 1]) * part * 2) >> 16;
-    return (62 - shift) * 32768 + fraction;
-}
-
 // 1/2 log2(energy), Q10, for energy > 0.
 inline int32_t halfLog(int64_t energy) {
-    return (log2Q15(energy) + 32) >> 6;
+    return (fix::log2Q15(energy) + 32) >> 6;
 }
 
 // 2^(x + bits), rounded, for an x in Q10 that keeps it within 2^30.
@@ -43,7 +32,7 @@ inline int32_t root(int32_t x) {
     if (x <= 0) {
         return 0;
     }
-    const int32_t half = log2Q15(x) >> 1;
+    const int32_t half = fix::log2Q15(x) >> 1;
     return fix::Pow2(half >> 15, static_cast<int16_t>(half & 0x7fff));
 }
 

@@ -1,4 +1,5 @@
 // First and last steps of GSM full rate: offset compensation, pre-emphasis, de-emphasis.
+#include "sc/common/cutsum.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "veksc_gsmfr.h"
@@ -56,11 +57,11 @@ VekStatus veksDeemphasize_GSMFR_16s_I(Vek16s* pSrcDst, int len, Vek16s* pMem) {
         return status;
     }
     constexpr int kThirteenBits = ~7;
-    Vek16s sum = *pMem;
+    int64_t sum = *pMem;
     for (int i = 0; i < len; ++i) {
-        sum = sat16(pSrcDst[i] + ((sum * kEmphasis + 0x4000) >> 15));
-        pSrcDst[i] = static_cast<Vek16s>(add(sum, sum) & kThirteenBits);
+        sum = cutSum<15>(pSrcDst[i] * (1 << 15) + 0x4000, sum * kEmphasis);
+        pSrcDst[i] = static_cast<Vek16s>(sat16_64(2 * sum) & kThirteenBits);
     }
-    *pMem = sum;
+    *pMem = static_cast<Vek16s>(sum);
     return vekStsNoErr;
 }

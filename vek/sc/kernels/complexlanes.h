@@ -2,9 +2,9 @@
 // integers and in floating point. Only for the files k_*.cpp.
 #pragma once
 
-#include "sc/kernels/simdf.h"
+#include "sc/kernels/numbers.h"
 
-namespace vek::simd {
+namespace vek::numbers {
 inline namespace VEK_LEVEL_NS {
 
 template <class V>
@@ -83,4 +83,4 @@ VEK_INLINE_WIDE void transformRows(const T* midRe, const T* midIm, T* dstRe, T* 
 }
 
 } // namespace VEK_LEVEL_NS
-} // namespace vek::simd
+} // namespace vek::numbers

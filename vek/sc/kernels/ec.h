@@ -25,6 +25,10 @@ struct EcKernels {
     // then the most negative number).
     void (*learnLow)(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift);
     void (*learnSat)(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift);
+    // dst[k] = step[k] * error[k] * 2^-15: rounded and saturated to +-(2^31 - 1), so that a sum of two products by it
+    // fits 64 bits, or cut off and wrapped.
+    void (*stepsSat)(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len);
+    void (*stepsLow)(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len);
     // c[k] += conj(x[k]) * g[k]
     void (*learn32fc)(const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len);
     // dst[j] = src[n - 1 - j], apart from each other.

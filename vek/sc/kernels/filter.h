@@ -24,7 +24,7 @@ struct FilterKernels {
     // The order is even, 4..kMaxLpOrder.
     void (*allPole)(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q);
     // y[i] = sat16((x1[i] * v1 + x2[i] * v2 + half) >> q). Not for v1 = v2 = -32768.
-    VekStatus (*weighted)(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half);
+    void (*weighted)(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half);
     // y[i] = sat16((x1[i] * x2[i] + half) >> q)
     void (*mul)(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q);
     void (*mulC)(const int16_t* x, int v, int16_t* y, int n, int q);
@@ -41,7 +41,6 @@ struct FilterKernels {
     // y[k] = sum over i of (c[i] * f2[40 + k - i]) >> 15, saturated at each step; 40 elements, f2 is 40 twice.
     void (*circular40)(const int16_t* c, const int16_t* f2, int16_t* y);
     VekStatus (*addScaled32f)(const float* x, const float* d, float b, float* y, int n);
-    VekStatus (*weighted32f)(const float* x1, float v1, const float* x2, float v2, float* y, int n);
     // y[0] = x[0], y[i] = (x[i] * p + 2^14) >> 15 with the powers p of c, each rounded likewise from the one before.
     // Not for c = -32768.
     VekStatus (*powers)(const int16_t* x, int c, int16_t* y, int n);

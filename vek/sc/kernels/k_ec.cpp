@@ -1,9 +1,10 @@
 // Learning filters of the full band and complex filters of subbands.
-// Products of 32-bit complex numbers are 64 bits wide; the 256-bit level does four subbands at a time.
+// Products of 32-bit complex numbers are 64 bits wide; above the plain level a register of numbers is gone through
+// together.
 #include "sc/kernels/ec.h"
 
 #include "sc/common/fixmath.h"
-#include "sc/kernels/floatlanes.h"
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
@@ -27,312 +28,418 @@ uint64_t product(int32_t a, int32_t b) {
     return static_cast<uint64_t>(static_cast<int64_t>(a) * b);
 }
 
-void lowRest(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int k, int scale, Vek32sc* dst) {
-    uint64_t re = 0;
-    uint64_t im = 0;
-    for (int s = 0; s < segments; ++s) {
-        const Vek32sc a = x[s][k];
-        const Vek32sc b = c[s][k];
-        re += product(a.re, b.re) - product(a.im, b.im);
-        im += product(a.re, b.im) + product(a.im, b.re);
+// One by one, from k or j on.
+
+void firLowFrom(int k, const Vek32sc* const* x, const Vek32sc* const* c, int segments, int len, int scale,
+                Vek32sc* dst) {
+    for (; k < len; ++k) {
+        uint64_t re = 0;
+        uint64_t im = 0;
+        for (int s = 0; s < segments; ++s) {
+            const Vek32sc a = x[s][k];
+            const Vek32sc b = c[s][k];
+            re += product(a.re, b.re) - product(a.im, b.im);
+            im += product(a.re, b.im) + product(a.im, b.re);
+        }
+        dst[k] = {scaled(static_cast<int64_t>(re), scale), scaled(static_cast<int64_t>(im), scale)};
     }
-    dst[k] = {scaled(static_cast<int64_t>(re), scale), scaled(static_cast<int64_t>(im), scale)};
 }
 
-void wideRest(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int k, int scale, Vek32sc* dst) {
-    Wide re = 0;
-    Wide im = 0;
-    for (int s = 0; s < segments; ++s) {
-        const Vek32sc a = x[s][k];
-        const Vek32sc b = c[s][k];
-        re += static_cast<Wide>(static_cast<int64_t>(a.re) * b.re) - static_cast<int64_t>(a.im) * b.im;
-        im += static_cast<Wide>(static_cast<int64_t>(a.re) * b.im) + static_cast<int64_t>(a.im) * b.re;
+void firWideFrom(int k, const Vek32sc* const* x, const Vek32sc* const* c, int segments, int len, int scale,
+                 Vek32sc* dst) {
+    for (; k < len; ++k) {
+        Wide re = 0;
+        Wide im = 0;
+        for (int s = 0; s < segments; ++s) {
+            const Vek32sc a = x[s][k];
+            const Vek32sc b = c[s][k];
+            re += static_cast<Wide>(static_cast<int64_t>(a.re) * b.re) - static_cast<int64_t>(a.im) * b.im;
+            im += static_cast<Wide>(static_cast<int64_t>(a.re) * b.im) + static_cast<int64_t>(a.im) * b.re;
+        }
+        dst[k] = {scaledWide(re, scale), scaledWide(im, scale)};
     }
-    dst[k] = {scaledWide(re, scale), scaledWide(im, scale)};
 }
 
-void learnLowRest(Vek32sc x, Vek32sc p, Vek32sc& c, int shift) {
-    const uint64_t re = (product(x.re, p.re) + product(x.im, p.im)) >> shift;
-    const uint64_t im = (product(x.re, p.im) - product(x.im, p.re)) >> shift;
-    c.re = static_cast<int32_t>(static_cast<uint32_t>(c.re) + static_cast<uint32_t>(re));
-    c.im = static_cast<int32_t>(static_cast<uint32_t>(c.im) + static_cast<uint32_t>(im));
+void learnLowFrom(int k, const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift) {
+    for (; k < len; ++k) {
+        const uint64_t re = (product(x[k].re, p[k].re) + product(x[k].im, p[k].im)) >> shift;
+        const uint64_t im = (product(x[k].re, p[k].im) - product(x[k].im, p[k].re)) >> shift;
+        c[k].re = static_cast<int32_t>(static_cast<uint32_t>(c[k].re) + static_cast<uint32_t>(re));
+        c[k].im = static_cast<int32_t>(static_cast<uint32_t>(c[k].im) + static_cast<uint32_t>(im));
+    }
 }
 
-void learnSatRest(Vek32sc x, Vek32sc p, Vek32sc& c, int shift) {
+void learnSatFrom(int k, const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift) {
     const int64_t half = int64_t{1} << (shift - 1);
-    const int64_t re = (static_cast<int64_t>(x.re) * p.re + static_cast<int64_t>(x.im) * p.im + half) >> shift;
-    const int64_t im = (static_cast<int64_t>(x.re) * p.im - static_cast<int64_t>(x.im) * p.re + half) >> shift;
-    c.re = fix::sat32(c.re + re);
-    c.im = fix::sat32(c.im + im);
+    for (; k < len; ++k) {
+        const auto a = static_cast<int64_t>(x[k].re);
+        const auto b = static_cast<int64_t>(x[k].im);
+        c[k].re = fix::sat32(c[k].re + ((a * p[k].re + b * p[k].im + half) >> shift));
+        c[k].im = fix::sat32(c[k].im + ((a * p[k].im - b * p[k].re + half) >> shift));
+    }
 }
 
-#if VEK_LEVEL == 0
-
-float learn32f(float* c, const float* x, int n, float g) {
-    float s = 0;
-    for (int j = 0; j < n; ++j) {
-        c[j] += g * x[j];
-        s += c[j] * x[j + 1];
-    }
-    return s;
+int32_t stepSat(int32_t step, int32_t error) {
+    const int32_t p = fix::sat32((static_cast<int64_t>(step) * error + 0x4000) >> 15);
+    return p == INT32_MIN ? -INT32_MAX : p;
 }
 
-#else
-
-float learn32f(float* c, const float* x, int n, float g) {
-    using namespace floats;
-    const Floats factor = set1(g);
-    Floats s0 = set1(0);
-    Floats s1 = set1(0);
-    int j = 0;
-    for (; j + 2 * kFloats <= n; j += 2 * kFloats) {
-        const Floats a = load(c + j) + factor * load(x + j);
-        const Floats b = load(c + j + kFloats) + factor * load(x + j + kFloats);
-        store(c + j, a);
-        store(c + j + kFloats, b);
-        s0 = s0 + a * load(x + j + 1);
-        s1 = s1 + b * load(x + j + 1 + kFloats);
+void stepsSatFrom(int k, const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    for (; k < len; ++k) {
+        dst[k] = {stepSat(step[k], error[k].re), stepSat(step[k], error[k].im)};
     }
-    if (kFloats > 4 && j + kFloats <= n) {
-        const Floats a = load(c + j) + factor * load(x + j);
-        store(c + j, a);
-        s0 = s0 + a * load(x + j + 1);
-        j += kFloats;
-    }
-    float s = total(fourSums(s0 + s1));
-    for (; j < n; ++j) {
-        c[j] += g * x[j];
-        s += c[j] * x[j + 1];
-    }
-    return s;
 }
 
-#endif
+void stepsLowFrom(int k, const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    for (; k < len; ++k) {
+        dst[k] = {static_cast<int32_t>(product(step[k], error[k].re) >> 15),
+                  static_cast<int32_t>(product(step[k], error[k].im) >> 15)};
+    }
+}
 
-void learn16(int16_t* c, const int16_t* x, int n, int f, int shift) {
-    const int half = shift > 0 ? 1 << (shift - 1) : 0;
-    int j = 0;
-#if VEK_LEVEL == 1
-    const __m128i factor = _mm_set1_epi16(static_cast<int16_t>(f));
-    const __m128i add = _mm_set1_epi32(half);
-    const __m128i count = _mm_cvtsi32_si128(shift);
-    for (; j + 8 <= n; j += 8) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + j));
-        const __m128i low = _mm_mullo_epi16(v, factor);
-        const __m128i high = _mm_mulhi_epi16(v, factor);
-        const __m128i a = _mm_sra_epi32(_mm_add_epi32(_mm_unpacklo_epi16(low, high), add), count);
-        const __m128i b = _mm_sra_epi32(_mm_add_epi32(_mm_unpackhi_epi16(low, high), add), count);
-        auto* to = reinterpret_cast<__m128i*>(c + j);
-        const __m128i old = _mm_loadu_si128(to);
-        // Saturated in the end only: the change alone may exceed 16 bits.
-        const __m128i oldLow = _mm_cvtepi16_epi32(old);
-        const __m128i oldHigh = _mm_cvtepi16_epi32(_mm_srli_si128(old, 8));
-        _mm_storeu_si128(to, _mm_packs_epi32(_mm_add_epi32(a, oldLow), _mm_add_epi32(b, oldHigh)));
+void learn32fcFrom(int k, const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len) {
+    for (; k < len; ++k) {
+        c[k].re += x[k].re * g[k].re + x[k].im * g[k].im;
+        c[k].im += x[k].re * g[k].im - x[k].im * g[k].re;
     }
-#elif VEK_LEVEL == 2
-    const __m256i factor = _mm256_set1_epi16(static_cast<int16_t>(f));
-    const __m256i add = _mm256_set1_epi32(half);
-    const __m256i zero = _mm256_setzero_si256();
-    const __m128i count = _mm_cvtsi32_si128(shift);
-    for (; j + 16 <= n; j += 16) {
-        const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(x + j));
-        const __m256i low = _mm256_mullo_epi16(v, factor);
-        const __m256i high = _mm256_mulhi_epi16(v, factor);
-        const __m256i a = _mm256_sra_epi32(_mm256_add_epi32(_mm256_unpacklo_epi16(low, high), add), count);
-        const __m256i b = _mm256_sra_epi32(_mm256_add_epi32(_mm256_unpackhi_epi16(low, high), add), count);
-        auto* to = reinterpret_cast<__m256i*>(c + j);
-        const __m256i old = _mm256_loadu_si256(to);
-        // Saturated in the end only: the change alone may exceed 16 bits.
-        const __m256i oldLow = _mm256_srai_epi32(_mm256_unpacklo_epi16(zero, old), 16);
-        const __m256i oldHigh = _mm256_srai_epi32(_mm256_unpackhi_epi16(zero, old), 16);
-        _mm256_storeu_si256(to, _mm256_packs_epi32(_mm256_add_epi32(a, oldLow), _mm256_add_epi32(b, oldHigh)));
-    }
-#endif
+}
+
+void learn16From(int j, int16_t* c, const int16_t* x, int n, int f, int half, int shift) {
     for (; j < n; ++j) {
         c[j] = fix::sat16(c[j] + ((f * x[j] + half) >> shift));
     }
 }
 
-#if VEK_LEVEL == 2
+// Adds to s what c gives with the sample after each of its own.
+float learn32fFrom(int j, float s, float* c, const float* x, int n, float g) {
+    for (; j < n; ++j) {
+        c[j] += g * x[j];
+        s += c[j] * x[j + 1];
+    }
+    return s;
+}
 
-// Four complex numbers, the real parts in the even places.
-__m256i load4(const Vek32sc* p) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+int halfOf(int shift) {
+    return shift > 0 ? 1 << (shift - 1) : 0;
 }
-__m256i upper(__m256i v) {
-    return _mm256_srli_epi64(v, 32);
+
+#if VEK_LEVEL == 0
+
+float learn32f(float* c, const float* x, int n, float g) {
+    return learn32fFrom(0, 0, c, x, n, g);
 }
-// The lower halves of eight 64-bit numbers as four complex ones.
-__m256i joined(__m256i re, __m256i im) {
-    return _mm256_blend_epi32(re, _mm256_slli_epi64(im, 32), 0xaa);
+
+void learn16(int16_t* c, const int16_t* x, int n, int f, int shift) {
+    learn16From(0, c, x, n, f, halfOf(shift), shift);
 }
 
 void firLow(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int first, int len, int scale,
             Vek32sc* dst) {
-    int k = first;
-    for (; k + 4 <= len; k += 4) {
-        __m256i re = _mm256_setzero_si256();
-        __m256i im = re;
-        for (int s = 0; s < segments; ++s) {
-            const __m256i a = load4(x[s] + k);
-            const __m256i b = load4(c[s] + k);
-            const __m256i aIm = upper(a);
-            const __m256i bIm = upper(b);
-            re = _mm256_add_epi64(re, _mm256_sub_epi64(_mm256_mul_epi32(a, b), _mm256_mul_epi32(aIm, bIm)));
-            im = _mm256_add_epi64(im, _mm256_add_epi64(_mm256_mul_epi32(a, bIm), _mm256_mul_epi32(aIm, b)));
-        }
-        alignas(32) int64_t sums[8];
-        _mm256_store_si256(reinterpret_cast<__m256i*>(sums), re);
-        _mm256_store_si256(reinterpret_cast<__m256i*>(sums + 4), im);
-        for (int i = 0; i < 4; ++i) {
-            dst[k + i] = {scaled(sums[i], scale), scaled(sums[4 + i], scale)};
-        }
-    }
-    for (; k < len; ++k) {
-        lowRest(x, c, segments, k, scale, dst);
-    }
-}
-
-// Sums of the halves of 64-bit products, the upper ones with the sign's bit turned so that they are not negative.
-struct Halves {
-    __m256i low, high;
-};
-[[gnu::always_inline]] inline void addTo(Halves& h, __m256i p) {
-    const __m256i turn = _mm256_set1_epi64x(INT64_MIN);
-    const __m256i mask = _mm256_set1_epi64x(0xffffffffLL);
-    h.low = _mm256_add_epi64(h.low, _mm256_and_si256(p, mask));
-    h.high = _mm256_add_epi64(h.high, _mm256_srli_epi64(_mm256_xor_si256(p, turn), 32));
-}
-[[gnu::always_inline]] inline void takeFrom(Halves& h, __m256i p) {
-    const __m256i turn = _mm256_set1_epi64x(INT64_MIN);
-    const __m256i mask = _mm256_set1_epi64x(0xffffffffLL);
-    h.low = _mm256_sub_epi64(h.low, _mm256_and_si256(p, mask));
-    h.high = _mm256_sub_epi64(h.high, _mm256_srli_epi64(_mm256_xor_si256(p, turn), 32));
+    firLowFrom(first, x, c, segments, len, scale, dst);
 }
 
 void firWide(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int len, int scale, Vek32sc* dst) {
-    int k = 0;
-    for (; k + 4 <= len; k += 4) {
-        Halves re = {_mm256_setzero_si256(), _mm256_setzero_si256()};
-        Halves im = re;
-        for (int s = 0; s < segments; ++s) {
-            const __m256i a = load4(x[s] + k);
-            const __m256i b = load4(c[s] + k);
-            const __m256i aIm = upper(a);
-            const __m256i bIm = upper(b);
-            addTo(re, _mm256_mul_epi32(a, b));
-            takeFrom(re, _mm256_mul_epi32(aIm, bIm));
-            addTo(im, _mm256_mul_epi32(a, bIm));
-            addTo(im, _mm256_mul_epi32(aIm, b));
-        }
-        alignas(32) int64_t sums[16];
-        _mm256_store_si256(reinterpret_cast<__m256i*>(sums), re.low);
-        _mm256_store_si256(reinterpret_cast<__m256i*>(sums + 4), re.high);
-        _mm256_store_si256(reinterpret_cast<__m256i*>(sums + 8), im.low);
-        _mm256_store_si256(reinterpret_cast<__m256i*>(sums + 12), im.high);
-        // The turned signs cancel in the real part and count 2^31 for each of two products in the imaginary part.
-        const int64_t turned = (int64_t{1} << 32) * segments;
-        for (int i = 0; i < 4; ++i) {
-            const Wide real = static_cast<Wide>(sums[4 + i]) * (int64_t{1} << 32) + sums[i];
-            const Wide imaginary = static_cast<Wide>(sums[12 + i] - turned) * (int64_t{1} << 32) + sums[8 + i];
-            dst[k + i] = {scaledWide(real, scale), scaledWide(imaginary, scale)};
-        }
-    }
-    for (; k < len; ++k) {
-        wideRest(x, c, segments, k, scale, dst);
-    }
-}
-
-// Four products of one number and the other's conjugate, 64 bits wide.
-struct Products {
-    __m256i re, im;
-};
-[[gnu::always_inline]] inline Products conjugateProducts(__m256i a, __m256i b) {
-    const __m256i aIm = upper(a);
-    const __m256i bIm = upper(b);
-    return {_mm256_add_epi64(_mm256_mul_epi32(a, b), _mm256_mul_epi32(aIm, bIm)),
-            _mm256_sub_epi64(_mm256_mul_epi32(a, bIm), _mm256_mul_epi32(aIm, b))};
+    firWideFrom(0, x, c, segments, len, scale, dst);
 }
 
 void learnLow(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift) {
-    const __m128i count = _mm_cvtsi32_si128(shift);
-    int k = 0;
-    for (; k + 4 <= len; k += 4) {
-        const Products r = conjugateProducts(load4(x + k), load4(p + k));
-        const __m256i change = joined(_mm256_srl_epi64(r.re, count), _mm256_srl_epi64(r.im, count));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(c + k), _mm256_add_epi32(load4(c + k), change));
-    }
-    for (; k < len; ++k) {
-        learnLowRest(x[k], p[k], c[k], shift);
-    }
-}
-
-// Saturates 64-bit numbers into their lower halves.
-[[gnu::always_inline]] inline __m256i clamped(__m256i v) {
-    const __m256i top = _mm256_set1_epi64x(INT32_MAX);
-    const __m256i bottom = _mm256_set1_epi64x(INT32_MIN);
-    v = _mm256_blendv_epi8(v, top, _mm256_cmpgt_epi64(v, top));
-    return _mm256_blendv_epi8(v, bottom, _mm256_cmpgt_epi64(bottom, v));
+    learnLowFrom(0, x, p, c, len, shift);
 }
 
 void learnSat(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift) {
-    const __m128i count = _mm_cvtsi32_si128(shift);
-    const __m256i half = _mm256_set1_epi64x(int64_t{1} << (shift - 1));
-    // An arithmetic shift by way of numbers that are not negative.
-    const __m256i turn = _mm256_set1_epi64x(INT64_MIN);
-    const __m256i turned = _mm256_srl_epi64(turn, count);
-    int k = 0;
-    for (; k + 4 <= len; k += 4) {
-        auto [re, im] = conjugateProducts(load4(x + k), load4(p + k));
-        re = _mm256_srl_epi64(_mm256_xor_si256(_mm256_add_epi64(re, half), turn), count);
-        im = _mm256_srl_epi64(_mm256_xor_si256(_mm256_add_epi64(im, half), turn), count);
-        const __m256i old = load4(c + k);
-        // Signed halves of the old coefficients as 64-bit numbers: products by one.
-        const __m256i one = _mm256_set1_epi64x(1);
-        re = _mm256_add_epi64(_mm256_sub_epi64(re, turned), _mm256_mul_epi32(old, one));
-        im = _mm256_add_epi64(_mm256_sub_epi64(im, turned), _mm256_mul_epi32(upper(old), one));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(c + k), joined(clamped(re), clamped(im)));
-    }
-    for (; k < len; ++k) {
-        learnSatRest(x[k], p[k], c[k], shift);
-    }
+    learnSatFrom(0, x, p, c, len, shift);
+}
+
+void stepsSat(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    stepsSatFrom(0, step, error, dst, len);
+}
+
+void stepsLow(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    stepsLowFrom(0, step, error, dst, len);
+}
+
+void learn32fc(const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len) {
+    learn32fcFrom(0, x, g, c, len);
 }
 
 #else
 
-void firLow(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int first, int len, int scale,
-            Vek32sc* dst) {
-    for (int k = first; k < len; ++k) {
-        lowRest(x, c, segments, k, scale, dst);
+using namespace registers;
+
+using D32 = hn::RepartitionToWide<D16>;
+using FourFloats = hn::FixedTag<float, 4>;
+
+// step(d, k) for what fills registers from k on, the longest first; an element has so many lanes. Gives the first that
+// is left.
+template <int Lanes, class D, class Step>
+VEK_INLINE int byRegisters(D d, int k, int n, const Step& step) {
+    for (; k + kLanesOf<D> / Lanes <= n; k += kLanesOf<D> / Lanes) {
+        step(d, k);
+    }
+    if constexpr (sizeof(hn::Vec<D>) > 16) {
+        return byRegisters<Lanes>(hn::Half<D>(), k, n, step);
+    } else {
+        return k;
     }
 }
 
-void firWide(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int len, int scale, Vek32sc* dst) {
-    for (int k = 0; k < len; ++k) {
-        wideRest(x, c, segments, k, scale, dst);
+float learn32f(float* c, const float* x, int n, float g) {
+    const auto products = [=](auto d, int j) {
+        const auto learned = hn::LoadU(d, c + j) + hn::Set(d, g) * hn::LoadU(d, x + j);
+        hn::StoreU(learned, d, c + j);
+        return learned * hn::LoadU(d, x + j + 1);
+    };
+    using D = hn::CappedTag<float, 8>;
+    constexpr int lanes = kLanesOf<D>;
+    auto s0 = hn::Zero(D());
+    auto s1 = s0;
+    int j = 0;
+    for (; j + 2 * lanes <= n; j += 2 * lanes) {
+        s0 = s0 + products(D(), j);
+        s1 = s1 + products(D(), j + lanes);
     }
+    auto four = fourSums(s0 + s1);
+    for (; j + 4 <= n; j += 4) {
+        four = four + products(FourFloats(), j);
+    }
+    return learn32fFrom(j, hn::GetLane(hn::SumOfLanes(FourFloats(), four)), c, x, n, g);
+}
+
+void learn16(int16_t* c, const int16_t* x, int n, int f, int shift) {
+    const int half = halfOf(shift);
+    const int j = byRegisters<1>(d16, 0, n, [=](auto d, int k) {
+        const hn::RepartitionToWide<decltype(d)> wide;
+        const auto factors = hn::BitCast(d, hn::Set(wide, f & 0xffff));
+        const auto halves = hn::Set(wide, half);
+        // Of a sample and its coefficient. Saturated in the end only: the change alone may exceed 16 bits.
+        const auto learned = [=](auto both) {
+            const auto change = hn::ShiftRightSame(plusPairs(halves, both, factors), shift);
+            return change + hn::ShiftRight<16>(hn::BitCast(wide, both));
+        };
+        const auto v = hn::LoadU(d, x + k);
+        const auto old = hn::LoadU(d, c + k);
+        storeSaturated(d, c + k, learned(hn::InterleaveLower(d, v, old)), learned(hn::InterleaveUpper(d, v, old)));
+    });
+    learn16From(j, c, x, n, f, half, shift);
+}
+
+// Of numbers the real parts stand in the even lanes, the imaginary ones in the odd lanes.
+template <class D>
+VEK_INLINE hn::Vec<D> numbers(D d, const Vek32sc* p) {
+    return hn::LoadU(d, reinterpret_cast<const int32_t*>(p));
+}
+template <class D>
+VEK_INLINE void store(D d, Vek32sc* p, hn::Vec<D> v) {
+    hn::StoreU(v, d, reinterpret_cast<int32_t*>(p));
+}
+
+// What numbers of 32 bits become, modulo 2^64.
+template <class D>
+using Wider = hn::RebindToUnsigned<hn::RepartitionToWide<D>>;
+
+template <class D>
+struct Parts {
+    hn::Vec<Wider<D>> re, im;
+};
+
+// Products of the even lanes.
+template <class D>
+VEK_INLINE hn::Vec<Wider<D>> evenProducts(D, hn::Vec<D> a, hn::Vec<D> b) {
+    return hn::BitCast(Wider<D>(), hn::MulEven(a, b));
+}
+template <class D>
+VEK_INLINE hn::Vec<D> imaginary(D d, hn::Vec<D> v) {
+    return hn::BitCast(d, hn::ShiftRight<32>(hn::BitCast(Wider<D>(), v)));
+}
+
+template <class D>
+VEK_INLINE Parts<D> products(D d, hn::Vec<D> a, hn::Vec<D> b) {
+    const auto aIm = imaginary(d, a);
+    const auto bIm = imaginary(d, b);
+    return {evenProducts(d, a, b) - evenProducts(d, aIm, bIm), evenProducts(d, a, bIm) + evenProducts(d, aIm, b)};
+}
+// Of the conjugates of a.
+template <class D>
+VEK_INLINE Parts<D> conjugateProducts(D d, hn::Vec<D> a, hn::Vec<D> b) {
+    const auto aIm = imaginary(d, a);
+    const auto bIm = imaginary(d, b);
+    return {evenProducts(d, a, b) + evenProducts(d, aIm, bIm), evenProducts(d, a, bIm) - evenProducts(d, aIm, b)};
+}
+
+// The lower and the upper halves of the parts as numbers.
+template <class D>
+VEK_INLINE hn::Vec<D> lowerHalves(D d, const Parts<D>& p) {
+    return hn::OddEven(hn::BitCast(d, hn::ShiftLeft<32>(p.im)), hn::BitCast(d, p.re));
+}
+template <class D>
+VEK_INLINE hn::Vec<D> upperHalves(D d, const Parts<D>& p) {
+    return hn::OddEven(hn::BitCast(d, p.im), hn::BitCast(d, hn::ShiftRight<32>(p.re)));
+}
+
+// The bound that a part exceeds, by its sign.
+template <class D>
+VEK_INLINE hn::Vec<D> bounds(D d, hn::Vec<D> signs) {
+    return hn::BroadcastSignBit(signs) ^ hn::Set(d, INT32_MAX);
+}
+
+// The sums times 2^-scale, saturated. `signs` has the signs of the sums, `lost` is not 0 where 64 bits do not hold
+// them.
+template <class D>
+VEK_INLINE hn::Vec<D> scaledSums(D d, const Parts<D>& sums, hn::Vec<D> signs, const Parts<D>& lost, int scale) {
+    const Wider<D> wider;
+    const int up = scale < 0 ? -scale : 0;
+    const int down = scale < 0 ? 0 : scale;
+    const auto half = hn::Set(wider, uint64_t{1} << (31 + scale));
+    const auto scaledBits = [=](auto v) { return hn::ShiftRightSame(hn::ShiftLeftSame(v, up), down); };
+    // What 32 bits do not hold is not 0 either.
+    const auto beyond = [=](auto v) { return hn::ShiftRightSame(v + half, 32 + scale); };
+    const Parts<D> excess = {beyond(sums.re) | lost.re, beyond(sums.im) | lost.im};
+    const auto fits = (lowerHalves(d, excess) | upperHalves(d, excess)) == hn::Zero(d);
+    const auto values = lowerHalves(d, Parts<D>{scaledBits(sums.re), scaledBits(sums.im)});
+    return hn::IfThenElse(fits, values, bounds(d, signs));
+}
+// The same of sums that 64 bits hold.
+template <class D>
+VEK_INLINE hn::Vec<D> scaledSums(D d, const Parts<D>& sums, int scale) {
+    const auto none = hn::Zero(Wider<D>());
+    return scaledSums(d, sums, upperHalves(d, sums), Parts<D>{none, none}, scale);
+}
+
+void firLow(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int first, int len, int scale,
+            Vek32sc* dst) {
+    const int done = byRegisters<2>(D32(), first, len, [=](auto d, int k) {
+        const auto none = hn::Zero(Wider<decltype(d)>());
+        Parts<decltype(d)> sums = {none, none};
+        for (int s = 0; s < segments; ++s) {
+            const auto p = products(d, numbers(d, x[s] + k), numbers(d, c[s] + k));
+            sums.re = sums.re + p.re;
+            sums.im = sums.im + p.im;
+        }
+        store(d, dst + k, scaledSums(d, sums, scale));
+    });
+    firLowFrom(done, x, c, segments, len, scale, dst);
+}
+
+// The parts of a product span -2^63 + 2^31..2^63: with this bias they are 64 bits without a sign.
+constexpr uint64_t kBias = INT64_MAX;
+
+// A sum of more than 64 bits: of biased numbers modulo 2^64, and of their upper halves.
+template <class V>
+struct LongSum {
+    V all;
+    V upper;
+
+    VEK_INLINE void add(V v) {
+        v = v + hn::Set(hn::DFromV<V>(), kBias);
+        all = all + v;
+        upper = upper + hn::ShiftRight<32>(v);
+    }
+    // The upper part of the sum, which is it divided by 2^32, without the bias of so many numbers.
+    VEK_INLINE V high(uint64_t count) const {
+        const hn::DFromV<V> d;
+        const auto low = all - hn::ShiftLeft<32>(upper) + hn::Set(d, count);
+        return upper + hn::ShiftRight<32>(low) - hn::Set(d, count << 31);
+    }
+    VEK_INLINE V low64(uint64_t count) const { return all - hn::Set(hn::DFromV<V>(), count * kBias); }
+};
+
+void firWide(const Vek32sc* const* x, const Vek32sc* const* c, int segments, int len, int scale, Vek32sc* dst) {
+    const int done = byRegisters<2>(D32(), 0, len, [=](auto d, int k) {
+        const Wider<decltype(d)> wider;
+        using Sum = LongSum<hn::Vec<Wider<decltype(d)>>>;
+        Sum re = {hn::Zero(wider), hn::Zero(wider)};
+        Sum im = re;
+        for (int s = 0; s < segments; ++s) {
+            const auto p = products(d, numbers(d, x[s] + k), numbers(d, c[s] + k));
+            re.add(p.re);
+            im.add(p.im);
+        }
+        const auto count = static_cast<uint64_t>(segments);
+        const Parts<decltype(d)> high = {re.high(count), im.high(count)};
+        // Sums from 2^62 on are saturated at each scale.
+        const auto beyond = [=](auto v) { return hn::ShiftRight<31>(v + hn::Set(wider, uint64_t{1} << 30)); };
+        const Parts<decltype(d)> low = {re.low64(count), im.low64(count)};
+        const Parts<decltype(d)> lost = {beyond(high.re), beyond(high.im)};
+        store(d, dst + k, scaledSums(d, low, upperHalves(d, high), lost, scale));
+    });
+    firWideFrom(done, x, c, segments, len, scale, dst);
+}
+
+// The products of numbers and the steps of each.
+template <class D>
+VEK_INLINE Parts<D> stepProducts(D d, const int32_t* step, const Vek32sc* error) {
+    const hn::RepartitionToWide<D> wide;
+    const auto steps = hn::BitCast(d, hn::PromoteTo(wide, hn::LoadU(hn::Rebind<int32_t, decltype(wide)>(), step)));
+    const auto e = numbers(d, error);
+    return {evenProducts(d, steps, e), evenProducts(d, steps, imaginary(d, e))};
+}
+
+void stepsSat(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    const int done = byRegisters<2>(D32(), 0, len, [=](auto d, int k) {
+        auto p = stepProducts(d, step + k, error + k);
+        const auto half = hn::Set(Wider<decltype(d)>(), 0x4000);
+        p.re = p.re + half;
+        p.im = p.im + half;
+        store(d, dst + k, hn::Max(scaledSums(d, p, 15), hn::Set(d, -INT32_MAX)));
+    });
+    stepsSatFrom(done, step, error, dst, len);
+}
+
+void stepsLow(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) {
+    const int done = byRegisters<2>(D32(), 0, len, [=](auto d, int k) {
+        const auto p = stepProducts(d, step + k, error + k);
+        store(d, dst + k, lowerHalves(d, Parts<decltype(d)>{hn::ShiftRight<15>(p.re), hn::ShiftRight<15>(p.im)}));
+    });
+    stepsLowFrom(done, step, error, dst, len);
 }
 
 void learnLow(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift) {
-    for (int k = 0; k < len; ++k) {
-        learnLowRest(x[k], p[k], c[k], shift);
-    }
+    const int done = byRegisters<2>(D32(), 0, len, [=](auto d, int k) {
+        const auto r = conjugateProducts(d, numbers(d, x + k), numbers(d, p + k));
+        const Parts<decltype(d)> change = {hn::ShiftRightSame(r.re, shift), hn::ShiftRightSame(r.im, shift)};
+        store(d, c + k, numbers(d, c + k) + lowerHalves(d, change));
+    });
+    learnLowFrom(done, x, p, c, len, shift);
 }
 
 void learnSat(const Vek32sc* x, const Vek32sc* p, Vek32sc* c, int len, int shift) {
-    for (int k = 0; k < len; ++k) {
-        learnSatRest(x[k], p[k], c[k], shift);
-    }
+    const int done = byRegisters<2>(D32(), 0, len, [=](auto d, int k) {
+        const Wider<decltype(d)> wider;
+        // An arithmetic shift by way of numbers that are not negative.
+        constexpr uint64_t raised = uint64_t{1} << 63;
+        const auto half = hn::Set(wider, raised + (uint64_t{1} << (shift - 1)));
+        const auto lowered = hn::Set(wider, raised >> shift);
+        // Coefficients as 64-bit numbers: products by one.
+        const auto one = hn::Set(d, 1);
+        const auto learned = [=](auto change, auto old) {
+            return hn::ShiftRightSame(change + half, shift) - lowered + evenProducts(d, old, one);
+        };
+        const auto r = conjugateProducts(d, numbers(d, x + k), numbers(d, p + k));
+        const auto old = numbers(d, c + k);
+        const Parts<decltype(d)> sums = {learned(r.re, old), learned(r.im, imaginary(d, old))};
+        const auto values = lowerHalves(d, sums);
+        const auto upper = upperHalves(d, sums);
+        store(d, c + k, hn::IfThenElse(hn::BroadcastSignBit(values) == upper, values, bounds(d, upper)));
+    });
+    learnSatFrom(done, x, p, c, len, shift);
+}
+
+// The signs of odd lanes.
+alignas(64) constexpr float kOdd[16] = {0, -0.0F, 0, -0.0F, 0, -0.0F, 0, -0.0F, 0, -0.0F, 0, -0.0F, 0, -0.0F, 0, -0.0F};
+
+void learn32fc(const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len) {
+    const int done = byRegisters<2>(hn::ScalableTag<float>(), 0, len, [=](auto d, int k) {
+        const auto a = hn::LoadU(d, reinterpret_cast<const float*>(x + k));
+        const auto b = hn::LoadU(d, reinterpret_cast<const float*>(g + k));
+        auto* const to = reinterpret_cast<float*>(c + k);
+        const auto crossed = hn::DupOdd(a) * hn::Reverse2(d, b);
+        const auto change = hn::DupEven(a) * b + hn::Xor(crossed, hn::Load(d, kOdd));
+        hn::StoreU(hn::LoadU(d, to) + change, d, to);
+    });
+    learn32fcFrom(done, x, g, c, len);
 }
 
 #endif
-
-void learn32fc(const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len) {
-    for (int k = 0; k < len; ++k) {
-        c[k].re += x[k].re * g[k].re + x[k].im * g[k].im;
-        c[k].im += x[k].re * g[k].im - x[k].im * g[k].re;
-    }
-}
 
 template <typename T>
 VEK_INLINE void turn(const T* __restrict src, T* __restrict dst, int n) {
@@ -351,7 +458,8 @@ void turn32f(const float* src, float* dst, int n) {
 
 } // namespace
 
-VEK_KERNEL_TABLE(EcKernels, ecKernels) = {learn32f, learn16,   firLow, firWide, learnLow,
-                                          learnSat, learn32fc, turn16, turn32f};
+VEK_KERNEL_TABLE_512(EcKernels, ecKernels) = {
+    learn32f, learn16, firLow, firWide, learnLow, learnSat, stepsSat, stepsLow, learn32fc, turn16, turn32f,
+};
 
 } // namespace vek

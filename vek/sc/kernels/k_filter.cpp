@@ -54,10 +54,6 @@ inline uint32_t firAt(const int16_t* a, int order, const int16_t* x) {
     y[i] = roundTo16(s, half, q);
 }
 
-inline int16_t weightedOf(int x1, int v1, int x2, int v2, int q, int half) {
-    return fix::sat16((x1 * v1 + x2 * v2 + half) >> q);
-}
-
 inline int16_t scaledAdded(int x, int d, int b, int half) {
     return fix::sat16(x + ((d * b + half) >> 15));
 }
@@ -102,26 +98,6 @@ bool isShort(int v) {
     return v == static_cast<int16_t>(v);
 }
 
-VekStatus weighted(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half) {
-    const auto one = [=](int i) { return weightedOf(x1[i], v1, x2[i], v2, q, half); };
-    if (!isShort(v1) || !isShort(v2)) {
-        for (int i = 0; i < n; ++i) {
-            y[i] = one(i);
-        }
-        return vekStsNoErr;
-    }
-    const auto both = static_cast<int32_t>(static_cast<uint16_t>(v1) | static_cast<uint32_t>(v2) << 16);
-    return fillBy(Short16(), y, n, one, [=](auto d, int i) {
-        const hn::RepartitionToWide<decltype(d)> d32;
-        const auto a = hn::LoadU(d, x1 + i);
-        const auto b = hn::LoadU(d, x2 + i);
-        const auto k = hn::BitCast(d, hn::Set(d32, both));
-        const auto lower = plusPairs(hn::Set(d32, half), hn::InterleaveLower(d, a, b), k);
-        const auto upper = plusPairs(hn::Set(d32, half), hn::InterleaveUpper(d, a, b), k);
-        return hn::ReorderDemote2To(d, hn::ShiftRightSame(lower, q), hn::ShiftRightSame(upper, q));
-    });
-}
-
 VekStatus addScaled(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half) {
     const auto one = [=](int i) { return scaledAdded(x[i], d[i], b, half); };
     if (half != 0x4000 || !isShort(b) || b == -32768) {
@@ -155,12 +131,6 @@ VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n)
         y[i] = x[i] + b * d[i];
     }
     return vekStsNoErr;
-}
-
-VekStatus weighted32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
-    return fillBy(
-        Short32f(), y, n, [=](int i) { return x1[i] * v1 + x2[i] * v2; },
-        [=](auto d, int i) { return hn::LoadU(d, x1 + i) * hn::Set(d, v1) + hn::LoadU(d, x2 + i) * hn::Set(d, v2); });
 }
 
 // Each power is made in all lanes of a register, where the rounded product takes three clocks, and eight of them then
@@ -407,13 +377,6 @@ void corrRows16(const int16_t* h, int32_t* rows) {
 
 #else
 
-VekStatus weighted(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half) {
-    for (int i = 0; i < n; i++) {
-        y[i] = weightedOf(x1[i], v1, x2[i], v2, q, half);
-    }
-    return vekStsNoErr;
-}
-
 VekStatus addScaled(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half) {
     for (int i = 0; i < n; i++) {
         y[i] = scaledAdded(x[i], d[i], b, half);
@@ -431,13 +394,6 @@ VekStatus mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
 VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
     for (int i = 0; i < n; i++) {
         y[i] = x[i] + b * d[i];
-    }
-    return vekStsNoErr;
-}
-
-VekStatus weighted32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
-    for (int i = 0; i < n; i++) {
-        y[i] = x1[i] * v1 + x2[i] * v2;
     }
     return vekStsNoErr;
 }
@@ -550,6 +506,12 @@ void allPole(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q) 
 
 #endif
 
+void weighted(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half) {
+    for (int i = 0; i < n; i++) {
+        y[i] = fix::sat16((x1[i] * v1 + x2[i] * v2 + half) >> q);
+    }
+}
+
 void mul(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q) {
     const auto half = static_cast<int>(halfOf(q));
     for (int i = 0; i < n; i++) {
@@ -602,8 +564,8 @@ constexpr auto allPole = allPole256;
 #endif
 
 VEK_KERNEL_TABLE_512(FilterKernels, filterKernels) = {
-    maxAbs16,   fir16,       fir32,    allPole,  weighted,   mul,          mulC,        addScaled, mean,
-    corrRows16, corrRows32f, gather32, gather16, circular40, addScaled32f, weighted32f, powers,
+    maxAbs16, fir16,      fir32,       allPole,  weighted, mul,        mulC,         addScaled,
+    mean,     corrRows16, corrRows32f, gather32, gather16, circular40, addScaled32f, powers,
 };
 
 } // namespace vek

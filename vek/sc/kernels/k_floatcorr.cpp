@@ -248,15 +248,20 @@ using F8 = Neighbours<float, 8>;
 
 // Eight outputs at a time, each a sum of the eight inputs and of the outputs before them: only the latter wait for what
 // was just computed.
-void allPole32f(const float* a, int order, float* y, int n) {
+template <int Fixed>
+void allPoleOf(const float* a, int order, float* y, int n) {
+    const int poles = Fixed > 0 ? Fixed : order;
     float taps[kMostPoles + 8] = {}; // -a[1], -a[2] ...
-    for (int j = 0; j < order; ++j) {
+    for (int j = 0; j < poles; ++j) {
         taps[j] = -a[j + 1];
     }
     float response[16] = {}; // to an impulse at 8
     response[8] = 1;
+    // The newest value last: the others are summed while it is made.
+#pragma GCC unroll 8
     for (int k = 1; k < 8; ++k) {
-        for (int j = 0; j < k; ++j) {
+#pragma GCC unroll 8
+        for (int j = k - 1; j >= 0; --j) {
             response[8 + k] += taps[j] * response[7 + k - j];
         }
     }
@@ -266,12 +271,14 @@ void allPole32f(const float* a, int order, float* y, int n) {
     }
     F8 value;
     F8 past[kMostPoles]; // what the output j + 1 before them gives
-    for (int j = 0; j < order; ++j) {
+#pragma GCC unroll 10
+    for (int j = 0; j < poles; ++j) {
         F8 even;
         F8 odd;
         set1(0, even);
         set1(0, odd);
-        for (int m = 0; m < 8; m += 2) {
+        const int last = poles - j < 8 ? poles - j : 8; // there are no taps behind
+        for (int m = 0; m < last; m += 2) {
             set1(taps[j + m], value);
             addProduct(even, value, columns[m]);
             set1(taps[j + m + 1], value);
@@ -281,31 +288,38 @@ void allPole32f(const float* a, int order, float* y, int n) {
         past[j] = even;
     }
     for (int i = 0; i < n; i += 8) {
-        F8 inputs;
-        F8 even;
-        F8 odd;
-        set1(0, inputs);
-        set1(0, even);
-        set1(0, odd);
+        // Four sums in turn, the newest outputs last.
+        F8 sums[4];
+        for (auto& sum : sums) {
+            set1(0, sum);
+        }
         for (int m = 0; m < 8; ++m) {
             set1(y[i + m], value);
-            addProduct(inputs, value, columns[m]);
+            addProduct(sums[m % 4], value, columns[m]);
         }
-        // The newest outputs last.
-        int j = order;
-        for (; j > 1; j -= 2) {
+        int j = poles;
+        for (; j % 4 != 0; --j) {
             set1(y[i - j], value);
-            addProduct(even, value, past[j - 1]);
-            set1(y[i - j + 1], value);
-            addProduct(odd, value, past[j - 2]);
+            addProduct(sums[0], value, past[j - 1]);
         }
-        if (j > 0) {
-            set1(y[i - 1], value);
-            addProduct(odd, value, past[0]);
+        for (; j > 0; j -= 4) {
+            for (int u = 0; u < 4; ++u) {
+                set1(y[i - j + u], value);
+                addProduct(sums[u], value, past[j - u - 1]);
+            }
         }
-        addTo(inputs, even);
-        addTo(inputs, odd);
-        store(y + i, inputs);
+        addTo(sums[0], sums[1]);
+        addTo(sums[2], sums[3]);
+        addTo(sums[0], sums[2]);
+        store(y + i, sums[0]);
+    }
+}
+
+void allPole32f(const float* a, int order, float* y, int n) {
+    if (order == 10) {
+        allPoleOf<10>(a, order, y, n);
+    } else {
+        allPoleOf<0>(a, order, y, n);
     }
 }
 

@@ -1,6 +1,7 @@
 // The search for four signed pulses on the tracks of G.729: one for all forms of the matrix; sums of integers are
 // exact. The eight positions of a track are compared with the best so far together, and gone through only where one is
-// better.
+// better. Their loops are told not to be written out: that would come before vectors are made of them, and instead of
+// it.
 #include "sc/kernels/fourpulses.h"
 
 #include <cstddef>
@@ -18,6 +19,7 @@ constexpr int pairAt(int t, int u) {
     constexpr int before[] = {0, 4, 7};
     return kSub + kPair * (before[t] + u - t - 1);
 }
+constexpr int kElements = pairAt(2, 4) + kPair;
 static_assert(pairAt(0, 1) == 40 && pairAt(0, 4) == 232 && pairAt(1, 2) == 296 && pairAt(2, 4) == 552);
 
 template <class A, class B>
@@ -57,7 +59,7 @@ struct Best {
 
     bool take(double c, double e) { return takeSquare(c * c, e); }
     bool takeSquare(double s, double e) {
-        if (s * energy <= square * e) {
+        if (!(s * energy > square * e)) {
             return false;
         }
         square = s;
@@ -67,8 +69,9 @@ struct Best {
     // Whether any of eight would be taken.
     VEK_INLINE bool below(const double* squares, const double* energies) const {
         int64_t any = 0;
+#pragma GCC unroll 1
         for (int k = 0; k < kPositions; ++k) {
-            any |= squares[k] * energy <= square * energies[k] ? 0 : -1;
+            any |= squares[k] * energy > square * energies[k] ? -1 : 0;
         }
         return any != 0;
     }
@@ -77,13 +80,14 @@ struct Best {
 template <class Corr, class Element>
 class Search {
 public:
-    // Doubles hold sums of 36 bits exactly, and become what is compared without a step that vectors lack.
-    using Sum = typename Either<kSame<Element, int16_t>, int32_t,
-                                typename Either<kSame<Element, int32_t>, double, float>::Type>::Type;
+    // What the matrix is read as: 16 bits become 32, which vectors turn into doubles at one step. Those hold sums of 36
+    // bits exactly, and are what is compared.
+    using Held = typename Either<kSame<Element, int16_t>, int32_t, Element>::Type;
+    using Sum = typename Either<kSame<Element, float>, float, double>::Type;
     using Total = typename Either<kSame<Corr, float>, float, int32_t>::Type;
 
     // The magnitudes of the correlations, their signs multiplied into the matrix.
-    Search(const Corr* d, Element* matrix) : m_matrix(matrix) {
+    Search(const Corr* d, Element* matrix) {
         Element flips[kTracks][kPositions];
         for (int t = 0; t < kTracks; ++t) {
             for (int k = 0; k < kPositions; ++k) {
@@ -103,7 +107,18 @@ public:
                 }
             }
         }
+        if constexpr (kSame<Element, Held>) {
+            m_matrix = matrix;
+        } else {
+            for (int n = 0; n < kElements; ++n) {
+                m_wide[n] = matrix[n];
+            }
+            m_matrix = m_wide;
+        }
     }
+
+    Search(const Search&) = delete;
+    Search& operator=(const Search&) = delete;
 
     Choice nested(int& entries) const;
     Choice depthFirst() const;
@@ -121,10 +136,10 @@ private:
 
     // The correlations of a pulse with all positions of another track.
     struct Row {
-        const Element* begin;
+        const Held* begin;
         int step;
 
-        Element operator[](int l) const { return begin[step * l]; }
+        Held operator[](int l) const { return begin[step * l]; }
     };
     Row row(const Choice& choice, int n, int u) const { return row(choice.track(n), choice.at[n], u); }
     Row row(int t, int k, int u) const {
@@ -132,7 +147,8 @@ private:
     }
 
     Total m_d[kTracks][kPositions];
-    const Element* m_matrix;
+    const Held* m_matrix;
+    Held m_wide[kSame<Element, Held> ? 1 : kElements];
 };
 
 template <class Corr, class Element>
@@ -161,26 +177,41 @@ Choice Search<Corr, Element>::nested(int& entries) const {
         for (int j = 0; j < kPositions; ++j) {
             const Total c2 = m_d[0][i] + m_d[1][j];
             const Sum e2 = energy(0, i) + energy(1, j) + 2 * pair(0, i, 1, j);
-            Sum last[2][kPositions];
-            bool summed = false;
+            // The positions where the last loop is entered, as bits.
+            uint32_t entered = 0;
             for (int k = 0; k < kPositions; ++k) {
+                entered |= c2 + m_d[2][k] <= threshold ? 0 : 1U << k;
+            }
+            if (entered == 0) {
+                continue;
+            }
+            Sum last[2][kPositions];
+            for (int u = 3; u < kTracks; ++u) {
+                const Row first = row(0, i, u);
+                const Row second = row(1, j, u);
+                for (int l = 0; l < kPositions; ++l) {
+                    last[u - 3][l] = energy(u, l) + 2 * (static_cast<Sum>(first.begin[l]) + second.begin[l]);
+                }
+            }
+            for (; entered != 0; entered &= entered - 1) {
+                const int k = __builtin_ctz(entered);
                 const Total c3 = c2 + m_d[2][k];
-                if (c3 <= threshold) {
-                    continue;
-                }
-                if (!summed) {
-                    summed = true;
-                    for (int u = 3; u < kTracks; ++u) {
-                        for (int l = 0; l < kPositions; ++l) {
-                            last[u - 3][l] = energy(u, l) + 2 * (pair(0, i, u, l) + pair(1, j, u, l));
-                        }
-                    }
-                }
                 const Sum e3 = e2 + energy(2, k) + 2 * (pair(0, i, 2, k) + pair(1, j, 2, k));
                 for (int u = 3; u < kTracks; ++u) {
+                    const Held* row = m_matrix + pairAt(2, u) + kPositions * k;
+                    double squares[kPositions];
+                    double energies[kPositions];
+#pragma GCC unroll 1
                     for (int l = 0; l < kPositions; ++l) {
-                        const Sum e = e3 + last[u - 3][l] + 2 * pair(2, k, u, l);
-                        if (best.take(static_cast<double>(c3 + m_d[u][l]), static_cast<double>(e))) {
+                        const auto sum = static_cast<double>(c3 + m_d[u][l]);
+                        squares[l] = sum * sum;
+                        energies[l] = static_cast<double>(e3 + last[u - 3][l] + 2 * static_cast<Sum>(row[l]));
+                    }
+                    if (!best.below(squares, energies)) {
+                        continue;
+                    }
+                    for (int l = 0; l < kPositions; ++l) {
+                        if (best.takeSquare(squares[l], energies[l])) {
                             choice = {{{i, j, k, l}, u}};
                         }
                     }
@@ -240,9 +271,10 @@ Choice Search<Corr, Element>::depthFirst() const {
             for (int k = 0; k < kPositions; ++k) {
                 const Total c3 = c2 + m_d[t[2]][k];
                 const Sum e3 = e2 + energy(t[2], k) + 2 * (static_cast<Sum>(thirdA[k]) + thirdB[k]);
-                const Element* row = m_matrix + pairAt(t[2], t[3]) + kPositions * k;
+                const Held* row = m_matrix + pairAt(t[2], t[3]) + kPositions * k;
                 double squares[kPositions];
                 double energies[kPositions];
+#pragma GCC unroll 1
                 for (int l = 0; l < kPositions; ++l) {
                     const auto sum = static_cast<double>(c3 + m_d[t[3]][l]);
                     squares[l] = sum * sum;
@@ -316,6 +348,7 @@ Choice Search<Corr, Element>::replaced(Choice choice) const {
                 const Row c = row(choice, n <= 2 ? 3 : 2, u);
                 double squares[kPositions];
                 double energies[kPositions];
+#pragma GCC unroll 1
                 for (int k = 0; k < kPositions; ++k) {
                     const auto sum = static_cast<double>(stay + m_d[u][k]);
                     squares[k] = sum * sum;
@@ -360,6 +393,42 @@ FourPulses depthFirst(const Corr* d, Element* matrix) {
     return Search<Corr, Element>(d, matrix).depthFirst();
 }
 
+int pairOfCodes(const float* firstD, const float* firstEnergy, const float* secondD, const float* secondEnergy,
+                const float* cross) {
+    // The same in doubles, which all that is compared stands in.
+    double d[kSecondCodes];
+    double energy[kSecondCodes];
+    for (int b = 0; b < kSecondCodes; ++b) {
+        d[b] = static_cast<double>(secondD[b]);
+        energy[b] = static_cast<double>(secondEnergy[b]);
+    }
+    Best best;
+    int code = 0;
+    for (int a = 0; a < kFirstCodes; ++a) {
+        const auto c1 = static_cast<double>(firstD[a]);
+        const auto e1 = static_cast<double>(firstEnergy[a]);
+        for (int b = 0; b < kSecondCodes; b += kPositions, cross += kPositions) {
+            double squares[kPositions];
+            double energies[kPositions];
+#pragma GCC unroll 1
+            for (int k = 0; k < kPositions; ++k) {
+                const double c = c1 + d[b + k];
+                squares[k] = c * c;
+                energies[k] = e1 + energy[b + k] + 2 * static_cast<double>(cross[k]);
+            }
+            if (!best.below(squares, energies)) {
+                continue;
+            }
+            for (int k = 0; k < kPositions; ++k) {
+                if (best.takeSquare(squares[k], energies[k])) {
+                    code = a + kFirstCodes * (b + k);
+                }
+            }
+        }
+    }
+    return code;
+}
+
 } // namespace
 
 VEK_KERNEL_TABLE(FourPulseKernels, fourPulseKernels) = {
@@ -367,6 +436,7 @@ VEK_KERNEL_TABLE(FourPulseKernels, fourPulseKernels) = {
     {nested<int16_t, int32_t>, depthFirst<int16_t, int32_t>},
     {nested<float, float>, depthFirst<float, float>},
     replaced,
+    pairOfCodes,
 };
 
 } // namespace vek

@@ -5,10 +5,7 @@
 #include <bit>
 
 #include "sc/common/fixmath.h"
-
-#if VEK_LEVEL > 0
-#include <immintrin.h>
-#endif
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
@@ -91,8 +88,10 @@ struct Zeros {
     }
 };
 
-// The number of levels that the magnitude reaches.
-int levelsBelow(int magnitude, int scale) {
+// The number of levels that the magnitude of a difference reaches.
+int levelsBelow(int x, int estimate, int scale) {
+    const int difference = cut(x - estimate);
+    const int magnitude = difference ^ (difference >> 31);
     int below = 0;
     int above = kLowLevels;
     while (below < above) {
@@ -108,10 +107,17 @@ int levelsBelow(int magnitude, int scale) {
 
 #else
 
+using namespace registers;
+
+using FourOf16 = hn::FixedTag<int16_t, 4>;
+using TwoOf32 = hn::FixedTag<int32_t, 2>;
+
+alignas(16) constexpr int16_t kSteps[8] = {128, 128, 128, 128, 128, 128, 0, 0};
+
 // The same, a lane of 16 bits each; the last two of the zeros stay 0.
 struct Zeros {
-    __m128i zeros;
-    __m128i differences;
+    hn::Vec<EightOf16> zeros;
+    hn::Vec<EightOf16> differences;
 
     explicit Zeros(const Band& band) : zeros(packed(band.zeros)), differences(packed(band.differences)) {}
     void keep(Band& band) const {
@@ -120,57 +126,70 @@ struct Zeros {
     }
     // UPZERO and FILTEZ; the history moves on the way.
     VEK_INLINE int step(int d) {
-        const __m128i fresh = _mm_set1_epi16(static_cast<int16_t>(d));
-        const __m128i steps = _mm_andnot_si128(_mm_cmpeq_epi16(fresh, _mm_setzero_si128()),
-                                               _mm_setr_epi16(128, 128, 128, 128, 128, 128, 0, 0));
-        const __m128i unlike = _mm_srai_epi16(_mm_xor_si128(fresh, differences), 15);
+        const auto fresh = hn::Set(kEightOf16, static_cast<int16_t>(d));
+        const auto none = hn::VecFromMask(kEightOf16, fresh == hn::Zero(kEightOf16));
+        const auto steps = hn::AndNot(none, hn::Load(kEightOf16, kSteps));
+        const auto unlike = hn::BroadcastSignBit(fresh ^ differences);
         // Times 255 / 256, cut off.
-        const __m128i leaked = _mm_add_epi16(zeros, _mm_mulhi_epi16(zeros, _mm_set1_epi16(-256)));
-        zeros = _mm_adds_epi16(leaked, _mm_sub_epi16(_mm_xor_si128(steps, unlike), unlike));
-        differences = _mm_alignr_epi8(differences, fresh, 14);
-        const __m128i twice = _mm_adds_epi16(differences, differences);
-        const __m128i low = _mm_mullo_epi16(zeros, twice);
-        const __m128i high = _mm_mulhi_epi16(zeros, twice);
-        __m128i s = _mm_add_epi32(_mm_srai_epi32(_mm_unpacklo_epi16(low, high), 15),
-                                  _mm_srai_epi32(_mm_unpackhi_epi16(low, high), 15));
-        s = _mm_add_epi32(s, _mm_shuffle_epi32(s, 0x4e));
-        return _mm_cvtsi128_si32(_mm_add_epi32(s, _mm_shuffle_epi32(s, 0xb1)));
+        const auto leaked = zeros + hn::MulHigh(zeros, hn::Set(kEightOf16, -256));
+        zeros = hn::SaturatedAdd(leaked, (steps ^ unlike) - unlike);
+        differences = hn::CombineShiftRightBytes<14>(kEightOf16, differences, fresh);
+        const auto twice = hn::SaturatedAdd(differences, differences);
+        const auto low = zeros * twice;
+        const auto high = hn::MulHigh(zeros, twice);
+        const auto cutOff = [](auto products) { return hn::ShiftRight<15>(hn::BitCast(kFourOf32, products)); };
+        const auto four =
+            cutOff(hn::InterleaveLower(kEightOf16, low, high)) + cutOff(hn::InterleaveUpper(kEightOf16, low, high));
+        return hn::GetLane(hn::SumOfLanes(kFourOf32, four));
     }
 
 private:
-    static __m128i packed(const int32_t* v) {
-        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(v));
-        return _mm_packs_epi32(four, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(v + 4)));
+    static hn::Vec<EightOf16> packed(const int32_t* v) {
+        const auto last = hn::ZeroExtendVector(kFourOf32, hn::LoadU(TwoOf32(), v + 4));
+        return hn::ReorderDemote2To(kEightOf16, hn::LoadU(kFourOf32, v), last);
     }
-    static void unpacked(__m128i a, int32_t* v) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(v), _mm_cvtepi16_epi32(a));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(v + 4), _mm_cvtepi16_epi32(_mm_srli_si128(a, 8)));
+    static void unpacked(hn::Vec<EightOf16> a, int32_t* v) {
+        hn::StoreU(hn::PromoteTo(kFourOf32, hn::LowerHalf(a)), kFourOf32, v);
+        const auto last = hn::PromoteTo(kFourOf32, hn::UpperHalf(FourOf16(), a));
+        hn::StoreU(hn::LowerHalf(last), TwoOf32(), v + 4);
     }
 };
 
-// Sixteen times the levels, and behind them what no magnitude reaches.
+// Sixteen times the levels, and behind them the most that there is: of each sixteen those of even number, then those of
+// odd number.
 struct Levels {
     alignas(16) uint16_t q[32];
 };
 constexpr Levels kLevels = [] {
     Levels levels{};
     for (int i = 0; i < 32; ++i) {
-        levels.q[i] = i < kLowLevels ? static_cast<uint16_t>(16 * kQ6[i]) : uint16_t{0};
+        const auto level = i < kLowLevels ? static_cast<uint16_t>(16 * kQ6[i]) : uint16_t{UINT16_MAX};
+        levels.q[i / 16 * 16 + i % 2 * 8 + i % 16 / 2] = level;
     }
     return levels;
 }();
 
-// The number of levels that the magnitude reaches. They rise: the first one that it does not tells.
-VEK_INLINE int levelsBelow(int magnitude, int scale) {
-    const __m128i m = _mm_set1_epi16(static_cast<int16_t>(magnitude));
-    const __m128i s = _mm_set1_epi16(static_cast<int16_t>(scale));
+// The number of levels that the magnitude of a difference reaches. They rise: the first one that it does not tells.
+VEK_INLINE int levelsBelow(int x, int estimate, int scale) {
+    using Lanes = hn::RebindToUnsigned<EightOf16>;
+    using Bytes = hn::Repartition<uint8_t, EightOf16>;
+    const auto lanes = [](int v) { return hn::Set(kEightOf16, static_cast<int16_t>(v)); };
+    const auto difference = hn::SaturatedSub(lanes(x), lanes(estimate));
+    const auto m = difference ^ hn::BroadcastSignBit(difference);
+    const auto s = hn::Set(Lanes(), static_cast<uint16_t>(scale));
     const auto above = [m, s](int i) {
-        const __m128i q = _mm_load_si128(reinterpret_cast<const __m128i*>(kLevels.q + i));
-        return _mm_cmpgt_epi16(_mm_mulhi_epu16(q, s), m);
+        const auto level = hn::BitCast(kEightOf16, hn::MulHigh(hn::Load(Lanes(), kLevels.q + i), s));
+        return hn::BitCast(Lanes(), hn::VecFromMask(kEightOf16, level > m));
     };
-    const auto low = static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(above(0), above(8))));
-    const auto high = static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(above(16), above(24))));
-    return std::countr_zero(low | high << 16 | uint32_t{1} << kLowLevels);
+    // A bit for each of sixteen. Where a level is above, so is its odd neighbour: the mean of both has the sign of the
+    // latter in its upper byte and that of the former in its lower one.
+    const auto bits = [above](int i) {
+        const auto mean = hn::BitCast(Bytes(), hn::AverageRound(above(i), above(i + 8)));
+        uint16_t all = 0;
+        hn::StoreMaskBits(Bytes(), hn::MaskFromVec(mean), reinterpret_cast<uint8_t*>(&all));
+        return uint32_t{all};
+    };
+    return std::countr_zero(bits(0) | bits(16) << 16 | uint32_t{1} << kLowLevels);
 }
 
 #endif
@@ -240,24 +259,21 @@ VEK_INLINE int adaptHigh(Predictor& high, int code) {
     return d;
 }
 
-VEK_INLINE int magnitudeOf(int v) {
-    return v ^ (v >> 31);
-}
-
 // QUANTL
 VEK_INLINE int quantiseLow(const Band& band, int x) {
-    const int d = cut(x - band.estimate);
-    const int below = levelsBelow(magnitudeOf(d), band.scale);
+    const int below = levelsBelow(x, band.estimate, band.scale);
     // Two words of the first levels of negative differences stand apart.
     const int negative = (below < 2 ? 63 : 33) - below;
-    return d >= 0 ? 61 - below : negative;
+    return x >= band.estimate ? 61 - below : negative;
 }
 
 // QUANTH
 VEK_INLINE int quantiseHigh(const Band& band, int x) {
-    const int d = cut(x - band.estimate);
-    const bool far = magnitudeOf(d) >= (kHighLevel * band.scale) >> 12;
-    return (d < 0 ? 1 : 3) - (far ? 1 : 0);
+    const int d = x - band.estimate;
+    const int level = (kHighLevel * band.scale) >> 12;
+    // Without branches, which would be guessed wrong as often as not.
+    const int far = static_cast<int>(d >= level) | static_cast<int>(d < -level);
+    return 3 + 2 * (d >> 31) - far;
 }
 
 // The level that INVQBL gives for a code of a mode.

@@ -3,9 +3,7 @@
 // stand in capitals.
 #include "sc/kernels/g726.h"
 
-#if VEK_LEVEL > 0
-#include <immintrin.h>
-#endif
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
@@ -96,128 +94,107 @@ struct Zeros {
 
 #else
 
-#if VEK_LEVEL == 1
+using namespace registers;
 
-struct Eight {
-    __m128i lo, hi;
-};
-VEK_INLINE Eight load(const int32_t* p) {
-    const auto* v = reinterpret_cast<const __m128i*>(p);
-    return {_mm_loadu_si128(v), _mm_loadu_si128(v + 1)};
-}
-VEK_INLINE void store(int32_t* p, Eight a) {
-    auto* v = reinterpret_cast<__m128i*>(p);
-    _mm_storeu_si128(v, a.lo);
-    _mm_storeu_si128(v + 1, a.hi);
-}
-VEK_INLINE __m128i total(Eight a) {
-    return _mm_add_epi32(a.lo, a.hi);
-}
-VEK_INLINE Eight pushed(Eight a, int first) {
-    return {_mm_alignr_epi8(a.lo, _mm_shuffle_epi32(_mm_cvtsi32_si128(first), 0), 12),
-            _mm_move_epi64(_mm_alignr_epi8(a.hi, a.lo, 12))};
-}
-// FMULT, as above; what is shifted to the right by `right` has 8 bits and is multiplied by a power of 2 in its place.
-VEK_INLINE __m128i products(__m128i coefficients, __m128i numbers) {
-    const __m128i c = _mm_srai_epi32(coefficients, 2);
-    const __m128i magnitude = _mm_and_si128(_mm_abs_epi32(c), _mm_set1_epi32(0x1fff));
-    const __m128i bits = _mm_castps_si128(_mm_max_ps(_mm_cvtepi32_ps(magnitude), _mm_set1_ps(0.5F)));
-    const __m128i mantissa =
-        _mm_or_si128(_mm_and_si128(_mm_srli_epi32(bits, 18), _mm_set1_epi32(31)), _mm_set1_epi32(32));
-    const __m128i exponent = _mm_and_si128(_mm_srli_epi32(numbers, 6), _mm_set1_epi32(15));
-    const __m128i up = _mm_add_epi32(_mm_srli_epi32(bits, 23), exponent);
-    const __m128i sum = _mm_madd_epi16(mantissa, _mm_and_si128(numbers, _mm_set1_epi32(63)));
-    const __m128i whole = _mm_srli_epi32(_mm_add_epi32(sum, _mm_set1_epi32(48)), 4);
-    const __m128 power = _mm_castsi128_ps(_mm_slli_epi32(_mm_sub_epi32(up, _mm_set1_epi32(18)), 23));
-    const __m128i shifted = _mm_cvttps_epi32(_mm_mul_ps(_mm_cvtepi32_ps(whole), power));
-    const __m128i value = _mm_and_si128(shifted, _mm_set1_epi32(0x7fff));
-    return _mm_sign_epi32(value, _mm_or_si128(_mm_xor_si128(c, numbers), _mm_set1_epi32(1)));
-}
-VEK_INLINE __m128i stepped(__m128i zeros, __m128i differences, __m128i leak, __m128i step, __m128i sign) {
-    const __m128i up = _mm_sign_epi32(step, _mm_or_si128(_mm_xor_si128(differences, sign), _mm_set1_epi32(1)));
-    const __m128i moved = _mm_add_epi32(_mm_sub_epi32(zeros, _mm_sra_epi32(zeros, leak)), up);
-    return _mm_srai_epi32(_mm_slli_epi32(moved, 16), 16);
-}
-VEK_INLINE Eight products(Eight coefficients, Eight numbers) {
-    return {products(coefficients.lo, numbers.lo), products(coefficients.hi, numbers.hi)};
-}
-VEK_INLINE Eight stepped(Eight zeros, Eight differences, int leak, int step, int sign) {
-    const __m128i l = _mm_cvtsi32_si128(leak);
-    const __m128i s = _mm_set1_epi32(sign);
-    const __m128i all = _mm_set1_epi32(step);
-    return {stepped(zeros.lo, differences.lo, l, all, s), stepped(zeros.hi, differences.hi, l, _mm_move_epi64(all), s)};
-}
-VEK_INLINE Eight none() {
-    return {_mm_setzero_si128(), _mm_setzero_si128()};
+// As many of the eight lanes as a register takes.
+using Part = hn::CappedTag<int32_t, kLanes>;
+using PartFloats = hn::RebindToFloat<Part>;
+using PartHalves = hn::RepartitionToNarrow<Part>;
+
+constexpr Part part;
+constexpr int kParts = kLanes / kLanesOf<Part>;
+
+alignas(32) constexpr int32_t kSix[kLanes] = {-1, -1, -1, -1, -1, -1, 0, 0};
+alignas(32) constexpr int32_t kFromSecondToSix[kLanes] = {0, -1, -1, -1, -1, -1, 0, 0};
+alignas(32) constexpr int32_t kBefore[kLanes] = {0, 0, 1, 2, 3, 4, 5, 6};
+
+VEK_INLINE hn::Vec<Part> all(int32_t x) {
+    return hn::Set(part, x);
 }
 
-#else
-
-using Eight = __m256i;
-
-VEK_INLINE Eight load(const int32_t* p) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-}
-VEK_INLINE void store(int32_t* p, Eight a) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), a);
-}
-VEK_INLINE __m128i total(Eight a) {
-    return _mm_add_epi32(_mm256_castsi256_si128(a), _mm256_extracti128_si256(a, 1));
-}
-VEK_INLINE Eight pushed(Eight a, int first) {
-    const Eight moved = _mm256_permutevar8x32_epi32(a, _mm256_setr_epi32(0, 0, 1, 2, 3, 4, 5, 6));
-    return _mm256_blend_epi32(moved, _mm256_zextsi128_si256(_mm_cvtsi32_si128(first)), 0xc1);
-}
-// FMULT, as above.
-VEK_INLINE Eight products(Eight coefficients, Eight numbers) {
-    const Eight c = _mm256_srai_epi32(coefficients, 2);
-    const Eight magnitude = _mm256_and_si256(_mm256_abs_epi32(c), _mm256_set1_epi32(0x1fff));
-    const Eight bits = _mm256_castps_si256(_mm256_max_ps(_mm256_cvtepi32_ps(magnitude), _mm256_set1_ps(0.5F)));
-    const Eight mantissa =
-        _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi32(bits, 18), _mm256_set1_epi32(31)), _mm256_set1_epi32(32));
-    const Eight exponent = _mm256_and_si256(_mm256_srli_epi32(numbers, 6), _mm256_set1_epi32(15));
-    const Eight up = _mm256_add_epi32(_mm256_srli_epi32(bits, 23), exponent);
-    const Eight sum = _mm256_madd_epi16(mantissa, _mm256_and_si256(numbers, _mm256_set1_epi32(63)));
-    const Eight whole = _mm256_srli_epi32(_mm256_add_epi32(sum, _mm256_set1_epi32(48)), 4);
-    const Eight right = _mm256_sub_epi32(_mm256_set1_epi32(154), up);
-    const Eight shifted = _mm256_srlv_epi32(_mm256_slli_epi32(whole, kMostShift), right);
-    const Eight value = _mm256_and_si256(shifted, _mm256_set1_epi32(0x7fff));
-    return _mm256_sign_epi32(value, _mm256_or_si256(_mm256_xor_si256(c, numbers), _mm256_set1_epi32(1)));
-}
-VEK_INLINE Eight stepped(Eight zeros, Eight differences, int leak, int step, int sign) {
-    const Eight steps = _mm256_and_si256(_mm256_set1_epi32(step), _mm256_setr_epi32(-1, -1, -1, -1, -1, -1, 0, 0));
-    const Eight unlike = _mm256_xor_si256(differences, _mm256_set1_epi32(sign));
-    const Eight up = _mm256_sign_epi32(steps, _mm256_or_si256(unlike, _mm256_set1_epi32(1)));
-    const Eight moved = _mm256_add_epi32(_mm256_sub_epi32(zeros, _mm256_sra_epi32(zeros, _mm_cvtsi32_si128(leak))), up);
-    return _mm256_srai_epi32(_mm256_slli_epi32(moved, 16), 16);
-}
-VEK_INLINE Eight none() {
-    return _mm256_setzero_si256();
+// The lower 16 bits of `whole`, of 8 bits, times 2^(up - 145), cut off: with a shift for each lane, or where there is
+// none as floating-point numbers. Nearly a half less is then rounded to the nearest, by a number whose last bit counts
+// 1. Parts as fine as 2^-9 stand in the sum up to 2^14; from there on products are even, and a half less gives them.
+template <class D>
+VEK_INLINE hn::Vec<D> scaled(D d, hn::Vec<D> whole, hn::Vec<D> up) {
+    if constexpr (kLanesOf<D> == kLanes) {
+        return hn::ShiftLeft<kMostShift>(whole) >> (hn::Set(d, 145 + kMostShift) - up);
+    } else {
+        const PartFloats floats;
+        const auto power = hn::BitCast(floats, hn::ShiftLeft<23>(up - hn::Set(d, 145 - 127)));
+        const auto less = hn::ConvertTo(floats, whole) * power - hn::Set(floats, 0.5F - 0x1p-10F);
+        return hn::BitCast(d, less + hn::Set(floats, 0x1.8p23F));
+    }
 }
 
-#endif
+// FMULT, as above, of coefficients in the upper halves of lanes. Width and mantissa are those of a floating-point
+// number; 0 has the ones of 0.5.
+VEK_INLINE hn::Vec<Part> products(hn::Vec<Part> coefficients, hn::Vec<Part> numbers) {
+    const auto magnitude = hn::Abs(hn::ShiftRight<18>(coefficients)) & all(0x1fff);
+    const auto bits = hn::Max(hn::BitCast(part, hn::ConvertTo(PartFloats(), magnitude)), all(0x3f000000));
+    const auto mantissa = (hn::ShiftRight<18>(bits) & all(31)) | all(32);
+    const auto exponent = hn::ShiftRight<6>(numbers) & all(15);
+    const auto sum = pairSums(hn::BitCast(PartHalves(), mantissa), hn::BitCast(PartHalves(), numbers & all(63)));
+    const auto whole = hn::ShiftRight<4>(sum + all(48));
+    const auto value = scaled(part, whole, hn::ShiftRight<23>(bits) + exponent) & all(0x7fff);
+    const auto sign = hn::BroadcastSignBit(coefficients ^ numbers);
+    return (value ^ sign) - sign;
+}
 
-// The zeros of the predictor and the differences that they weigh, a lane each; the last two lanes stay 0.
+// The numbers one lane up, a fresh one in the first.
+template <class D>
+VEK_INLINE void pushed(D d, hn::Vec<D> (&v)[kParts], int first) {
+    if constexpr (kLanesOf<D> == kLanes) {
+        const auto moved = hn::TableLookupLanes(v[0], hn::SetTableIndices(d, kBefore));
+        const auto fresh = hn::ZeroExtendVector(d, hn::InsertLane(hn::Zero(kFourOf32), 0, first));
+        v[0] = (moved & hn::Load(d, kFromSecondToSix)) | fresh;
+    } else {
+        v[1] = hn::CombineShiftRightBytes<12>(d, v[1], v[0]) & hn::Load(d, kSix + kLanesOf<D>);
+        v[0] = hn::CombineShiftRightBytes<12>(d, v[0], hn::Set(d, first));
+    }
+}
+
+// The zeros of the predictor, in the upper halves of lanes, where sums go modulo 65536, and the differences that they
+// weigh, a lane each; the last two lanes stay 0.
 struct Zeros {
-    Eight zeros;
-    Eight differences;
+    hn::Vec<Part> zeros[kParts];
+    hn::Vec<Part> differences[kParts];
 
-    explicit Zeros(const Codec& codec) : zeros(load(codec.zeros)), differences(load(codec.differences)) {}
+    explicit Zeros(const Codec& codec) {
+        for (int p = 0; p < kParts; ++p) {
+            zeros[p] = hn::ShiftLeft<16>(hn::LoadU(part, codec.zeros + p * kLanesOf<Part>));
+            differences[p] = hn::LoadU(part, codec.differences + p * kLanesOf<Part>);
+        }
+    }
     void keep(Codec& codec) const {
-        store(codec.zeros, zeros);
-        store(codec.differences, differences);
+        for (int p = 0; p < kParts; ++p) {
+            hn::StoreU(hn::ShiftRight<16>(zeros[p]), part, codec.zeros + p * kLanesOf<Part>);
+            hn::StoreU(differences[p], part, codec.differences + p * kLanesOf<Part>);
+        }
     }
     VEK_INLINE int sum() const {
-        __m128i s = total(products(zeros, differences));
-        s = _mm_add_epi32(s, _mm_shuffle_epi32(s, 0x4e));
-        return _mm_cvtsi128_si32(_mm_add_epi32(s, _mm_shuffle_epi32(s, 0xb1)));
+        auto sums = products(zeros[0], differences[0]);
+        for (int p = 1; p < kParts; ++p) {
+            sums = sums + products(zeros[p], differences[p]);
+        }
+        return hn::GetLane(hn::SumOfLanes(kFourOf32, fourSums(sums)));
     }
-    VEK_INLINE void clear() { zeros = none(); }
+    VEK_INLINE void clear() {
+        for (auto& z : zeros) {
+            z = hn::Zero(part);
+        }
+    }
     // UPB
     VEK_INLINE void adapt(int leak, int step, bool negative) {
-        zeros = stepped(zeros, differences, leak, step, negative ? -1 : 0);
+        const auto sign = all(negative ? -1 : 0);
+        for (int p = 0; p < kParts; ++p) {
+            const auto leaked = zeros[p] - (hn::ShiftRightSame(zeros[p], leak) & all(-65536));
+            const auto steps = all(step * 65536) & hn::Load(part, kSix + p * kLanesOf<Part>);
+            const auto unlike = hn::BroadcastSignBit(differences[p]) ^ sign;
+            zeros[p] = leaked - unlike + (steps ^ unlike);
+        }
     }
-    VEK_INLINE void push(int number) { differences = pushed(differences, number); }
+    VEK_INLINE void push(int number) { pushed(part, differences, number); }
 };
 
 #endif

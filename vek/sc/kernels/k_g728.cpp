@@ -1,16 +1,11 @@
 // Prediction, recursion and codebook search of G.728. Sums that could leave 32 bits are widened every two products.
 #include "sc/kernels/g728.h"
 
-#include <algorithm>
-#include <array>
-
 #include "sc/common/fixmath.h"
-#include "sc/kernels/lanes.h"
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
-
-using namespace lanes;
 
 constexpr int kSamples = 5;
 constexpr int kRoundFiltered = 1 << 13; // Q24 to Q10
@@ -82,65 +77,73 @@ void taps(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
 
 #else
 
+using namespace registers;
+
+using TwoOf64 = hn::FixedTag<int64_t, 2>;
+
 // Eight samples from a place on in two registers.
 template <int From>
-VEK_INLINE __m128i window(__m128i first, __m128i second) {
+VEK_INLINE hn::Vec<EightOf16> window(hn::Vec<EightOf16> first, hn::Vec<EightOf16> second) {
     if constexpr (From < 8) {
-        return _mm_alignr_epi8(second, first, 2 * From);
+        return hn::CombineShiftRightBytes<2 * From>(kEightOf16, second, first);
+    } else if constexpr (From == 8) {
+        return second;
     } else {
-        return _mm_srli_si128(second, 2 * (From - 8));
+        return hn::ShiftRightBytes<2 * (From - 8)>(kEightOf16, second);
     }
 }
 
 // Four sums, in pairs, and the fifth.
 struct TapSums {
-    __m128i first = _mm_setzero_si128();
-    __m128i second = _mm_setzero_si128();
-    __m128i last = _mm_setzero_si128();
+    hn::Vec<TwoOf64> first = hn::Zero(TwoOf64());
+    hn::Vec<TwoOf64> second = hn::Zero(TwoOf64());
+    hn::Vec<TwoOf64> last = hn::Zero(TwoOf64());
     bool fits = true;
 };
 
 // Two taps from I on, and the ones behind. Of their products, only those of two coefficients of -32768 can leave 32
 // bits.
 template <int I>
-VEK_INLINE void addTaps(const int16_t* c, __m128i first, __m128i second, TapSums& sums) {
+VEK_INLINE void addTaps(const int16_t* c, hn::Vec<EightOf16> first, hn::Vec<EightOf16> second, TapSums& sums) {
+    const TwoOf64 d;
+    const hn::Half<FourOf32> two;
     int32_t pair = 0;
     __builtin_memcpy(&pair, c + I, sizeof pair);
     sums.fits = sums.fits && pair != static_cast<int32_t>(0x80008000U);
-    const __m128i k = _mm_set1_epi32(pair);
-    const __m128i a = window<kZeros - 1 - I>(first, second);
-    const __m128i b = window<kZeros - 2 - I>(first, second);
-    const __m128i low = _mm_madd_epi16(_mm_unpacklo_epi16(a, b), k);
-    const __m128i high = _mm_madd_epi16(_mm_unpackhi_epi16(a, b), k);
-    sums.first = _mm_add_epi64(sums.first, _mm_cvtepi32_epi64(low));
-    sums.second = _mm_add_epi64(sums.second, _mm_cvtepi32_epi64(_mm_srli_si128(low, 8)));
-    sums.last = _mm_add_epi64(sums.last, _mm_cvtepi32_epi64(high));
+    const auto k = hn::BitCast(kEightOf16, hn::Set(kFourOf32, pair));
+    const auto a = window<kZeros - 1 - I>(first, second);
+    const auto b = window<kZeros - 2 - I>(first, second);
+    const auto low = pairSums(hn::InterleaveLower(kEightOf16, a, b), k);
+    const auto high = pairSums(hn::InterleaveUpper(kEightOf16, a, b), k);
+    sums.first = sums.first + hn::PromoteTo(d, hn::LowerHalf(low));
+    sums.second = sums.second + hn::PromoteTo(d, hn::UpperHalf(two, low));
+    sums.last = sums.last + hn::PromoteTo(d, hn::LowerHalf(high));
     if constexpr (I + 2 < kZeros) {
         addTaps<I + 2>(c, first, second, sums);
     }
 }
 
 void taps(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
-    const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
+    const auto first = hn::LoadU(kEightOf16, x);
     int32_t old = 0;
     __builtin_memcpy(&old, x + 8, sizeof old);
-    __m128i second = _mm_cvtsi32_si128(old);
+    auto second = hn::BitCast(kEightOf16, hn::InsertLane(hn::Zero(kFourOf32), 0, old));
     if (fresh) {
         // Written one by one just before.
-        second = _mm_insert_epi16(second, x[10], 2);
-        second = _mm_insert_epi16(second, x[11], 3);
-        second = _mm_insert_epi16(second, x[12], 4);
-        second = _mm_insert_epi16(second, x[13], 5);
-        second = _mm_insert_epi16(second, x[14], 6);
+        second = hn::InsertLane(second, 2, x[10]);
+        second = hn::InsertLane(second, 3, x[11]);
+        second = hn::InsertLane(second, 4, x[12]);
+        second = hn::InsertLane(second, 5, x[13]);
+        second = hn::InsertLane(second, 6, x[14]);
     }
     TapSums all;
     addTaps<0>(c, first, second, all);
     if (!all.fits) [[unlikely]] {
         return tapsEach(c, x, fresh, sums);
     }
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(sums), all.first);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(sums + 2), all.second);
-    sums[4] = _mm_cvtsi128_si64(all.last);
+    hn::StoreU(all.first, TwoOf64(), sums);
+    hn::StoreU(all.second, TwoOf64(), sums + 2);
+    sums[4] = hn::GetLane(all.last);
 }
 
 #endif
@@ -197,6 +200,17 @@ void zeros(const int16_t* c, const int16_t* x, int16_t* y) {
     for (int k = 0; k < kSamples; ++k) {
         y[k] = fix::sat16_64((x[kZeros + k] * (1 << 13) + (1 << 12) + sums[k]) >> 13);
     }
+}
+
+// What a shape has of the target, and the products of its energy and of that with a level's gains.
+int32_t projection(const int16_t* book, int n, const int16_t* pn, int shift, int j) {
+    const int32_t s = pn[0] * book[2 * j] + pn[1] * book[2 * j + 1] + pn[2] * book[2 * n + 2 * j] +
+                      pn[3] * book[2 * n + 2 * j + 1] + pn[4] * book[4 * n + 2 * j];
+    return (s + (1 << (shift - 1))) >> shift;
+}
+
+int32_t distance(int16_t energy, int32_t p, const int16_t* gains) {
+    return (energy < 0 ? 0 : energy) * gains[0] + fix::abs_s(fix::sat16(p)) * gains[1];
 }
 
 #if VEK_LEVEL == 0
@@ -274,13 +288,9 @@ int nearest(const int16_t* book, int n, const int16_t* pn, int shift, const int1
     *level = 0;
     *negative = false;
     for (int j = 0; j < n; ++j) {
-        const int32_t s = pn[0] * book[2 * j] + pn[1] * book[2 * j + 1] + pn[2] * book[2 * n + 2 * j] +
-                          pn[3] * book[2 * n + 2 * j + 1] + pn[4] * book[4 * n + 2 * j];
-        const int32_t p = (s + (1 << (shift - 1))) >> shift;
-        const int32_t magnitude = fix::abs_s(fix::sat16(p));
-        const int32_t e = energy[j] < 0 ? 0 : energy[j];
+        const int32_t p = projection(book, n, pn, shift, j);
         for (int l = 0; l < levels; ++l) {
-            const int32_t d = e * gains[2 * l] + magnitude * gains[2 * l + 1];
+            const int32_t d = distance(energy[j], p, gains + 2 * l);
             if (d < least) {
                 least = d;
                 shape = j;
@@ -294,19 +304,36 @@ int nearest(const int16_t* book, int n, const int16_t* pn, int shift, const int1
 
 #else
 
+using D32 = hn::RepartitionToWide<D16>;
+using D64 = hn::RepartitionToWide<D32>;
+
+VEK_INLINE hn::Vec<D64> plusWide(hn::Vec<D64> sum, hn::Vec<D32> more) {
+    sum = sum + hn::PromoteTo(D64(), hn::LowerHalf(more));
+    return sum + hn::PromoteTo(D64(), hn::UpperHalf(hn::Half<D32>(), more));
+}
+
+VEK_INLINE int64_t total(hn::Vec<D64> sum) {
+    return hn::GetLane(hn::SumOfLanes(D64(), sum));
+}
+
 void predict(const int16_t* a, const int16_t* mantissa, const int16_t* factor, int16_t* x, int64_t* out) {
-    constexpr int step = 2 * kLanes;
-    V sums[kSamples];
-    for (V& s : sums) {
-        s = spread(0);
+    constexpr int step = kLanesOf<D16>;
+    hn::Vec<D64> sums[kSamples];
+    for (auto& s : sums) {
+        s = hn::Zero(D64());
     }
+    const auto product = [=](int m) {
+        const auto v = hn::LoadU(d16, mantissa + m);
+        return hn::MulFixedPoint15(v + v, hn::LoadU(d16, factor + m));
+    };
     for (int m = 0; m < kPredictSpan; m += 2 * step) {
-        const V x0 = multRounded(twice16(loadAll(mantissa + m)), loadAll(factor + m));
-        const V x1 = multRounded(twice16(loadAll(mantissa + m + step)), loadAll(factor + m + step));
-        storeAll(x + m, x0);
-        storeAll(x + m + step, x1);
+        const auto x0 = product(m);
+        const auto x1 = product(m + step);
+        hn::StoreU(x0, d16, x + m);
+        hn::StoreU(x1, d16, x + m + step);
         for (int k = 0; k < kSamples; ++k) {
-            sums[k] = wide64(sums[k], plus(madd(loadAll(a + k + m), x0), madd(loadAll(a + k + m + step), x1)));
+            const auto first = pairSums(hn::LoadU(d16, a + k + m), x0);
+            sums[k] = plusWide(sums[k], plusPairs(first, hn::LoadU(d16, a + k + m + step), x1));
         }
     }
     for (int k = 0; k < kSamples; ++k) {
@@ -314,51 +341,76 @@ void predict(const int16_t* a, const int16_t* mantissa, const int16_t* factor, i
     }
 }
 
-constexpr int kWidth = 2 * kLanes;
+constexpr int kWidth = kLanesOf<D16>;
 
 // All bits at kPredictSpan.
-alignas(32) constexpr auto kOnly = [] {
-    std::array<int16_t, 2 * kPredictSpan> only{};
-    only[kPredictSpan] = -1;
-    return only;
-}();
+struct OnlyOne {
+    alignas(32) int16_t mask[2 * kPredictSpan];
+
+    constexpr OnlyOne() : mask() { mask[kPredictSpan] = -1; }
+};
+constexpr OnlyOne kOnly;
+
+// One lane up; the lowest one comes from the top of `below`.
+template <class V>
+VEK_INLINE V shiftIn(V v, V below) {
+    const hn::DFromV<V> d;
+    if constexpr (kWidth == 8) {
+        return hn::CombineShiftRightBytes<14>(d, v, below);
+    } else {
+        return hn::CombineShiftRightBytes<14>(d, v, hn::ConcatLowerUpper(d, v, below));
+    }
+}
+
+// The first lane in all of a register's: of one as long by a shuffle of bytes, as the way through a scalar is longer.
+template <class D>
+VEK_INLINE hn::Vec<D> firstInAll(D d, hn::Vec<EightOf16> v) {
+    if constexpr (kLanesOf<D> == 8) {
+        return hn::TableLookupBytes(v, hn::Set(d, 0x0100));
+    } else {
+        return hn::Set(d, hn::ExtractLane(v, 0));
+    }
+}
 
 // The steps of the recursion for whose coefficients N registers suffice; false if it stopped before. Each step waits
 // for the one before from the sum of products over the quotient to the reflection; nothing else is in that chain: the
 // sum is formed modulo 2^32, and whether it is exact, below the energy and without saturation is told beside it.
 template <int N>
 bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
-    V a[N];
-    V b[N];
-    V products = spread(0);
-    V wide = spread(0);
+    using Two = hn::FixedTag<double, 2>;
+    const Two two;
+    const TwoOf64 bits;
+    hn::Vec<D16> a[N];
+    hn::Vec<D16> b[N];
+    auto products = hn::Zero(D32());
+    auto wide = hn::Zero(D64());
     const auto multiply = [&](const int16_t* r) {
-        products = madd(a[0], loadAll(r));
-        wide = wide64(spread(0), products);
+        products = pairSums(a[0], hn::LoadU(d16, r));
+        wide = plusWide(hn::Zero(D64()), products);
         for (int g = 1; g < N; ++g) {
-            const V more = madd(a[g], loadAll(r + g * kWidth));
-            products = plus(products, more);
-            wide = wide64(wide, more);
+            const auto more = pairSums(a[g], hn::LoadU(d16, r + g * kWidth));
+            products = products + more;
+            wide = plusWide(wide, more);
         }
     };
     int m = filter.order;
     const int16_t* r = rBack + order - m;
     // What was written just before is not read from the start: that would wait for it.
-    if (m == 0) {
-        std::fill_n(a, N, spread(0));
-        std::fill_n(b, N, spread(0));
-    } else {
-        for (int g = 0; g < N; ++g) {
-            a[g] = loadAll(filter.forward + g * kWidth);
-            b[g] = loadAll(filter.backward + g * kWidth);
-        }
+    for (int g = 0; g < N; ++g) {
+        a[g] = m == 0 ? hn::Zero(d16) : hn::LoadU(d16, filter.forward + g * kWidth);
+        b[g] = m == 0 ? hn::Zero(d16) : hn::LoadU(d16, filter.backward + g * kWidth);
+    }
+    if (m > 0) {
         multiply(r);
     }
     const int q = filter.q;
-    const V one = spread16(static_cast<int16_t>(q < 15 ? 1 << q : 0));
-    // Of the exponent of a double: 2^(q - 31); and its sign.
-    const __m128i unit = _mm_set1_epi64x(static_cast<int64_t>(q - 31) * (int64_t{1} << 52));
-    const __m128d sign = _mm_set1_pd(-0.0);
+    const auto one = hn::Set(d16, static_cast<int16_t>(q < 15 ? 1 << q : 0));
+    // Rounded to the nearest: quotients are 2^-33 or more from where the rounding changes, but for those that lie on
+    // it. A divisor less by 2^-51 of itself takes these beyond and no other. In the exponent of a double: 2^(q - 31).
+    constexpr int64_t less = 4;
+    const auto unit = hn::Set(bits, static_cast<int64_t>(q - 31) * (int64_t{1} << 52) - less);
+    // A double of this size ends with the units, and its lowest bits are those of a negative integer too.
+    const auto integers = hn::Set(two, 0x1.8p52);
     const int last = order < N * kWidth ? order : N * kWidth;
     int64_t energy = filter.energy;
     bool goes = true;
@@ -369,46 +421,44 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
         if (!goes) {
             break;
         }
-        const __m128i sum = _mm_add_epi32(sumOfLanes(products), _mm_set1_epi32(fresh));
-        // Rounded to the nearest. Quotients are 2^-33 or more from where the rounding changes, but for those that lie
-        // on it, which the little that is added takes beyond.
-        const __m128d dividend = _mm_xor_pd(_mm_cvtepi32_pd(sum), sign);
-        const __m128d half = _mm_or_pd(_mm_and_pd(dividend, sign), _mm_set1_pd(0.5 + 0x1p-34));
-        const __m128i divisor = _mm_castpd_si128(_mm_set_sd(static_cast<double>(energy)));
-        const __m128d quotient = _mm_div_sd(dividend, _mm_castsi128_pd(_mm_add_epi64(divisor, unit)));
-        const __m128i reflection = _mm_cvttpd_epi32(_mm_add_pd(quotient, half));
-        const V k = spreadLowest16(reflection);
-        V forward[N];
-        V backward[N];
-        V lost = spread(0);
+        const auto sum = hn::SumOfLanes(kFourOf32, fourSums(products)) + hn::Set(kFourOf32, fresh);
+        const auto divisor = hn::BitCast(bits, hn::Set(two, static_cast<double>(energy))) + unit;
+        const auto quotient = hn::PromoteTo(two, hn::LowerHalf(sum)) / hn::BitCast(two, divisor);
+        const auto reflection = integers - quotient;
+        const auto k = firstInAll(d16, hn::BitCast(kEightOf16, reflection));
+        hn::Vec<D16> forward[N];
+        hn::Vec<D16> backward[N];
+        auto lost = hn::Zero(d16);
         for (int g = 0; g < N; ++g) {
-            const V da = multRounded(b[g], k);
-            forward[g] = plus16(a[g], da);
-            backward[g] = plus16(b[g], multRounded(a[g], k));
-            lost = orBits(lost, lost16(forward[g], a[g], da));
+            const auto da = hn::MulFixedPoint15(b[g], k);
+            forward[g] = hn::SaturatedAdd(a[g], da);
+            backward[g] = hn::SaturatedAdd(b[g], hn::MulFixedPoint15(a[g], k));
+            // Bits where the sum that saturates and the one that wraps differ.
+            lost = lost | (forward[g] ^ (a[g] + da));
         }
-        const int64_t magnitude = _mm_cvtsi128_si32(_mm_abs_epi32(reflection));
-        goes = none(lost) && magnitude <= INT16_MAX;
+        const int32_t rounded = hn::GetLane(hn::BitCast(kFourOf32, reflection));
+        const int64_t magnitude = rounded < 0 ? -rounded : rounded;
+        goes = hn::AllTrue(d16, hn::Eq(lost, hn::Zero(d16))) && magnitude <= INT16_MAX;
         if (!goes) {
             break;
         }
-        const V newest = q < 15 ? multRounded(k, one) : k;
-        const int16_t* only = kOnly.data() + kPredictSpan - m;
-        V below = newest;
+        const auto newest = q < 15 ? hn::MulFixedPoint15(k, one) : k;
+        const int16_t* only = kOnly.mask + kPredictSpan - m;
+        auto below = newest;
         for (int g = 0; g < N; ++g) {
-            a[g] = orBits(forward[g], andBits(newest, loadAll(only + g * kWidth)));
-            b[g] = shiftIn16(backward[g], below);
+            a[g] = forward[g] | (newest & hn::LoadU(d16, only + g * kWidth));
+            b[g] = shiftIn(backward[g], below);
             below = backward[g];
         }
         energy -= (energy * magnitude >> 15) * magnitude >> 15;
-        filter.first = m == 0 ? static_cast<int16_t>(_mm_cvtsi128_si32(reflection)) : filter.first;
+        filter.first = m == 0 ? static_cast<int16_t>(rounded) : filter.first;
         ++m;
         --r;
         multiply(r);
     }
     for (int g = 0; g < N; ++g) {
-        storeAll(filter.forward + g * kWidth, a[g]);
-        storeAll(filter.backward + g * kWidth, b[g]);
+        hn::StoreU(a[g], d16, filter.forward + g * kWidth);
+        hn::StoreU(b[g], d16, filter.backward + g * kWidth);
     }
     filter.order = m;
     filter.energy = static_cast<int32_t>(energy);
@@ -431,85 +481,88 @@ void recurse(Levinson& filter, const int16_t* rBack, int order) {
     recurseFrom<1>(filter, rBack, order);
 }
 
-VEK_INLINE V pairOf(int16_t a, int16_t b) {
-    return spread(
-        static_cast<int32_t>(static_cast<uint16_t>(a) | static_cast<uint32_t>(static_cast<uint16_t>(b)) << 16));
+// A lane is a shape, or two samples of it. The number of shapes is no multiple of more.
+using Shapes = hn::CappedTag<int32_t, 8>;
+using Samples = hn::RepartitionToNarrow<Shapes>;
+
+constexpr Shapes kShapes;
+
+VEK_INLINE hn::Vec<Samples> pairOf(int16_t a, int16_t b) {
+    const auto two = static_cast<uint16_t>(a) | static_cast<uint32_t>(static_cast<uint16_t>(b)) << 16;
+    return hn::BitCast(Samples(), hn::Set(kShapes, static_cast<int32_t>(two)));
 }
 
-VEK_INLINE V squareOf(V filtered) {
-    const V t = down<kFilteredShift>(plus(filtered, spread(kRoundFiltered)));
+VEK_INLINE hn::Vec<Samples> samplesAt(const int16_t* book) {
+    return hn::LoadU(Samples(), book);
+}
+
+VEK_INLINE hn::Vec<Shapes> squareOf(hn::Vec<Shapes> filtered) {
+    const auto t = hn::ShiftRight<kFilteredShift>(filtered);
+    const auto within16 = hn::Min(hn::Max(t, hn::Set(kShapes, INT16_MIN)), hn::Set(kShapes, INT16_MAX));
     // With the upper half of the lane emptied, the product of pairs is the square.
-    const V low = lowHalf(least32(most32(t, spread(-32768)), spread(32767)));
-    return down<2>(madd(low, low));
+    const auto low = hn::BitCast(Samples(), within16 & hn::Set(kShapes, 0xffff));
+    return hn::ShiftRight<2>(pairSums(low, low));
 }
 
 void energies(const int16_t* book, int n, const int16_t* h, int16_t* energy) {
-    const V h00 = pairOf(h[0], 0);
-    const V h10 = pairOf(h[1], h[0]);
-    const V h21 = pairOf(h[2], h[1]);
-    const V h32 = pairOf(h[3], h[2]);
-    const V h43 = pairOf(h[4], h[3]);
-    for (int j = 0; j < n; j += kLanes) {
-        const V y01 = loadAll(book + 2 * j);
-        const V y23 = loadAll(book + 2 * (n + j));
-        const V y4 = loadAll(book + 2 * (2 * n + j));
-        V e = squareOf(madd(h00, y01));
-        e = plus(e, squareOf(madd(h10, y01)));
-        e = plus(e, squareOf(plus(madd(h21, y01), madd(h00, y23))));
-        e = plus(e, squareOf(plus(madd(h32, y01), madd(h10, y23))));
-        e = plus(e, squareOf(plus(plus(madd(h43, y01), madd(h21, y23)), madd(h00, y4))));
-        storeNarrow(energy + j, down<kEnergyShift>(plus(e, spread(kRoundEnergy))));
+    const hn::Rebind<int16_t, Shapes> narrow;
+    const auto h00 = pairOf(h[0], 0);
+    const auto h10 = pairOf(h[1], h[0]);
+    const auto h21 = pairOf(h[2], h[1]);
+    const auto h32 = pairOf(h[3], h[2]);
+    const auto h43 = pairOf(h[4], h[3]);
+    const auto half = hn::Set(kShapes, kRoundFiltered);
+    for (int j = 0; j < n; j += kLanesOf<Shapes>) {
+        const auto y01 = samplesAt(book + 2 * j);
+        const auto y23 = samplesAt(book + 2 * (n + j));
+        const auto y4 = samplesAt(book + 2 * (2 * n + j));
+        auto e = hn::Set(kShapes, kRoundEnergy) + squareOf(plusPairs(half, h00, y01));
+        e = e + squareOf(plusPairs(half, h10, y01));
+        e = e + squareOf(plusPairs(plusPairs(half, h21, y01), h00, y23));
+        e = e + squareOf(plusPairs(plusPairs(half, h32, y01), h10, y23));
+        e = e + squareOf(plusPairs(plusPairs(plusPairs(half, h43, y01), h21, y23), h00, y4));
+        hn::StoreU(hn::DemoteTo(narrow, hn::ShiftRight<kEnergyShift>(e)), narrow, energy + j);
     }
 }
 
 int nearest(const int16_t* book, int n, const int16_t* pn, int shift, const int16_t* energy, const int16_t* gains,
             int levels, int* level, bool* negative) {
-    const V p01 = pairOf(pn[0], pn[1]);
-    const V p23 = pairOf(pn[2], pn[3]);
-    const V p4 = pairOf(pn[4], 0);
-    const V half = spread(1 << (shift - 1));
-    V gain[4];
+    const hn::Rebind<int16_t, Shapes> narrow;
+    const auto p01 = pairOf(pn[0], pn[1]);
+    const auto p23 = pairOf(pn[2], pn[3]);
+    const auto p4 = pairOf(pn[4], 0);
+    const auto half = hn::Set(kShapes, 1 << (shift - 1));
+    hn::Vec<Samples> gain[4];
     for (int l = 0; l < levels; ++l) {
         gain[l] = pairOf(gains[2 * l], gains[2 * l + 1]);
     }
-    V best = spread(INT32_MAX);
-    V bestPlace = spread(0);
-    V bestSign = spread(0);
-    V place = up<2>(counting()); // shape * 4 + level
-    for (int j = 0; j < n; j += kLanes) {
-        const V s = plus(plus(madd(p01, loadAll(book + 2 * j)), madd(p23, loadAll(book + 2 * (n + j)))),
-                         madd(p4, loadAll(book + 2 * (2 * n + j))));
-        const V p = downBy(plus(s, half), shift);
-        const V magnitude = least32(magnitudeOf(p), spread(32767));
-        const V pair = orBits(most32(widened(energy + j), spread(0)), up<16>(magnitude));
-        V d = madd(pair, gain[0]);
-        V dPlace = place;
+    LeastOfLanes<Shapes> best;
+    auto shapes = hn::Load(kShapes, kCounting);
+    for (int j = 0; j < n; j += kLanesOf<Shapes>) {
+        auto s = plusPairs(half, p01, samplesAt(book + 2 * j));
+        s = plusPairs(s, p23, samplesAt(book + 2 * (n + j)));
+        s = plusPairs(s, p4, samplesAt(book + 2 * (2 * n + j)));
+        const auto magnitude = hn::Min(hn::Abs(hn::ShiftRightSame(s, shift)), hn::Set(kShapes, INT16_MAX));
+        const auto e = hn::PromoteTo(kShapes, hn::Max(hn::LoadU(narrow, energy + j), hn::Zero(narrow)));
+        const auto pair = hn::BitCast(Samples(), e | hn::ShiftLeft<16>(magnitude));
+        auto d = pairSums(pair, gain[0]);
         for (int l = 1; l < levels; ++l) {
-            const V other = madd(pair, gain[l]);
-            dPlace = choose(less(other, d), plus(place, spread(l)), dPlace);
-            d = least32(d, other);
+            d = hn::Min(d, pairSums(pair, gain[l]));
         }
-        const V better = less(d, best);
-        best = least32(best, d);
-        bestPlace = choose(better, dPlace, bestPlace);
-        bestSign = choose(better, p, bestSign);
-        place = plus(place, spread(4 * kLanes));
+        best.see(d, shapes);
+        shapes = shapes + hn::Set(kShapes, kLanesOf<Shapes>);
     }
-    int32_t errors[kLanes];
-    int32_t places[kLanes];
-    int32_t signs[kLanes];
-    storeAll(errors, best);
-    storeAll(places, bestPlace);
-    storeAll(signs, bestSign);
-    int lane = 0;
-    for (int i = 1; i < kLanes; ++i) {
-        if (errors[i] < errors[lane] || (errors[i] == errors[lane] && places[i] < places[lane])) {
-            lane = i;
-        }
+    // Which level it was is told for the best shape alone.
+    int32_t least = 0;
+    const int shape = best.settle(&least);
+    const int32_t p = projection(book, n, pn, shift, shape);
+    int first = 0;
+    while (first < levels - 1 && distance(energy[shape], p, gains + 2 * first) != least) {
+        ++first;
     }
-    *level = places[lane] % 4;
-    *negative = signs[lane] < 0;
-    return places[lane] / 4;
+    *level = first;
+    *negative = p < 0;
+    return shape;
 }
 
 #endif

@@ -53,9 +53,80 @@ int nearest(const int16_t* book, int rows, int pairs, const int16_t* target, int
     return place;
 }
 
+int16_t column(const uint64_t* columns, int i) {
+    return static_cast<int16_t>(columns[i / 4] >> (16 * (i % 4)));
+}
+
+bool risesBy(int16_t gap, const int16_t* isf) {
+    int least = isf[0];
+    for (int i = 1; i < kIsfColumns - 1; ++i) {
+        const int rise = isf[i] - isf[i - 1];
+        least = rise < least ? rise : least;
+    }
+    return least >= gap && isf[kIsfColumns - 2] <= INT16_MAX - gap;
+}
+
+bool spectrum(const uint64_t* columns, const int16_t* mean, int16_t gap, int16_t* isf) {
+    for (int i = 0; i < kIsfColumns; ++i) {
+        isf[i] = static_cast<int16_t>(column(columns, i) + mean[i]);
+    }
+    return risesBy(gap, isf);
+}
+
+bool predicted(const uint64_t* columns, const uint64_t* more, const int16_t* mean, int16_t gap, int16_t* residual,
+               int16_t* isf, int16_t* again) {
+    for (int i = 0; i < kIsfColumns; ++i) {
+        const int prediction = (residual[i] * kIsfPrediction) >> 15;
+        residual[i] = static_cast<int16_t>(column(columns, i) + column(more, i));
+        again[i] = isf[i] = static_cast<int16_t>(residual[i] + mean[i] + prediction);
+    }
+    return risesBy(gap, isf);
+}
+
 #else
 
 using namespace registers;
+
+using Eight = hn::Vec<EightOf16>;
+
+// As they were stored, a word each: a register of both would wait for them.
+VEK_INLINE Eight eightColumns(const uint64_t* columns) {
+    constexpr hn::FixedTag<uint64_t, 2> words;
+    return hn::BitCast(kEightOf16, hn::InterleaveLower(words, hn::Set(words, columns[0]), hn::Set(words, columns[1])));
+}
+
+VEK_INLINE bool risesBy(int16_t gap, Eight lower, Eight upper) {
+    const auto rise = [](Eight before, Eight now, Eight here) {
+        return hn::SaturatedSub(here, hn::CombineShiftRightBytes<14>(kEightOf16, now, before));
+    };
+    const auto last = hn::InsertLane(upper, 7, int16_t{INT16_MAX});
+    const auto least = hn::Min(rise(hn::Zero(kEightOf16), lower, lower), rise(lower, upper, last));
+    return hn::AllFalse(kEightOf16, hn::Lt(least, hn::Set(kEightOf16, gap)));
+}
+
+bool spectrum(const uint64_t* columns, const int16_t* mean, int16_t gap, int16_t* isf) {
+    constexpr EightOf16 d;
+    const auto lower = eightColumns(columns) + hn::LoadU(d, mean);
+    const auto upper = eightColumns(columns + 2) + hn::LoadU(d, mean + 8);
+    hn::StoreU(lower, d, isf);
+    hn::StoreU(upper, d, isf + 8);
+    return risesBy(gap, lower, upper);
+}
+
+bool predicted(const uint64_t* columns, const uint64_t* more, const int16_t* mean, int16_t gap, int16_t* residual,
+               int16_t* isf, int16_t* again) {
+    constexpr EightOf16 d;
+    Eight made[2];
+    for (int h = 0; h < 2; ++h) {
+        const auto prediction = multCut(hn::LoadU(d, residual + 8 * h), hn::Set(d, kIsfPrediction));
+        const auto rest = eightColumns(columns + 2 * h) + eightColumns(more + 2 * h);
+        made[h] = rest + hn::LoadU(d, mean + 8 * h) + prediction;
+        hn::StoreU(rest, d, residual + 8 * h);
+        hn::StoreU(made[h], d, isf + 8 * h);
+        hn::StoreU(made[h], d, again + 8 * h);
+    }
+    return risesBy(gap, made[0], made[1]);
+}
 
 // A lane is a row, or two columns of it. The number of rows is no multiple of more.
 using Rows = hn::CappedTag<int32_t, 8>;
@@ -119,6 +190,8 @@ int nearest(const int16_t* book, int rows, int pairs, const int16_t* target, int
 
 } // namespace
 
-VEK_KERNEL_TABLE(IsfVqKernels, isfVqKernels) = {distances<false>, distances<true>, nearest<false>, nearest<true>};
+VEK_KERNEL_TABLE(IsfVqKernels, isfVqKernels) = {
+    distances<false>, distances<true>, nearest<false>, nearest<true>, spectrum, predicted,
+};
 
 } // namespace vek

@@ -1,37 +1,236 @@
 // Loops over samples, written so that each becomes registers at once: what needs a wider type has a loop of its own.
-// Where a result overwrites a source, or the order of sums matters, registers are named.
+// Where a result overwrites a source, sums share what they read, or products go by pairs, registers are named.
 #include "sc/kernels/loops.h"
 
 #include "sc/common/fixmath.h"
-#include "sc/kernels/simdf.h"
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
 
-using namespace simd;
-
 constexpr int kSub = kLoopSubframe;
 
-void lessScaled16(const int16_t* x, const int16_t* d, int g, int16_t* y) {
-    const auto less = [g](int16_t a, int16_t b) { return fix::sat16(a - fix::sat16((b * g) >> 14)); };
-    // The same vector by one name needs no look at how two overlap.
-    if (y == x) {
-        for (int i = 0; i < kSub; ++i) {
-            y[i] = less(y[i], d[i]);
-        }
-    } else {
-        for (int i = 0; i < kSub; ++i) {
-            y[i] = less(x[i], d[i]);
-        }
+// The sine's series around a right angle, its highest power first.
+constexpr double kRight = 1.5707963267948966;
+constexpr double kSine[] = {-1.0 / 1307674368000, 1.0 / 6227020800, -1.0 / 39916800, 1.0 / 362880,
+                            -1.0 / 5040,          1.0 / 120,        -1.0 / 6};
+constexpr float kMostAngle = 3.15F;
+
+#if VEK_LEVEL == 0
+
+void lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
+    for (int i = 0; i < kSub; ++i) {
+        y[i] = fix::sat16(x[i] - fix::sat16((d[i] * g) >> 14));
     }
 }
 
-void lessScaled32f(const float* x, const float* d, float g, float* y) {
-    const F8 factor = setf(g);
-    for (int i = 0; i < kSub; i += 8) {
-        store(y + i, load(x + i) - factor * load(d + i));
+void lessScaled32f(float g, const float* d, const float* x, float* y) {
+    for (int i = 0; i < kSub; ++i) {
+        y[i] = x[i] - g * d[i];
     }
 }
+
+void taps32f(const float* x, const float* taps, float* y, int n) {
+    for (int i = 0; i < n; ++i) {
+        float sum = 0;
+        for (int j = 0; j < kLoopTaps; ++j) {
+            sum += taps[j] * x[i + j];
+        }
+        y[i] = sum;
+    }
+}
+
+bool cosines(const float* angles, int n, double* c) {
+    bool inside = true;
+    for (int i = 0; i < n; ++i) {
+        inside = inside && angles[i] >= 0 && angles[i] <= kMostAngle;
+        const double x = kRight - static_cast<double>(angles[i]);
+        const double s = x * x;
+        double sum = kSine[0];
+        for (int k = 1; k < 7; ++k) {
+            sum = sum * s + kSine[k];
+        }
+        c[i] = x + x * s * sum;
+    }
+    return inside;
+}
+
+#else
+
+using namespace registers;
+
+using Floats = hn::CappedTag<float, 8>;
+constexpr Floats kFloats;
+
+// Fills y by what `made` gives from an element on, a register at a time. n is at least what one holds: the last one
+// overlaps those before, and is made while all sources are what they were.
+template <class D, class Made>
+VEK_INLINE void inRegisters(D d, hn::TFromD<D>* y, int n, Made made) {
+    const int end = n - kLanesOf<D>;
+    const hn::Vec<D> last = made(end);
+    for (int i = 0; i < end; i += kLanesOf<D>) {
+        hn::StoreU(made(i), d, y + i);
+    }
+    hn::StoreU(last, d, y + end);
+}
+
+void lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
+    const hn::RepartitionToWide<D16> wide;
+    const auto factor = hn::Set(d16, static_cast<int16_t>(g));
+    inRegisters(d16, y, kSub, [=](int i) {
+        const auto v = hn::LoadU(d16, d + i);
+        const auto low = v * factor;
+        const auto high = hn::MulHigh(v, factor);
+        const auto lower = hn::BitCast(wide, hn::InterleaveLower(d16, low, high));
+        const auto upper = hn::BitCast(wide, hn::InterleaveUpper(d16, low, high));
+        const auto less = hn::ReorderDemote2To(d16, hn::ShiftRight<14>(lower), hn::ShiftRight<14>(upper));
+        return hn::SaturatedSub(hn::LoadU(d16, x + i), less);
+    });
+}
+
+void lessScaled32f(float g, const float* d, const float* x, float* y) {
+    const auto factor = hn::Set(kFloats, g);
+    for (int i = 0; i < kSub; i += kLanesOf<Floats>) {
+        hn::StoreU(hn::LoadU(kFloats, x + i) - factor * hn::LoadU(kFloats, d + i), kFloats, y + i);
+    }
+}
+
+// So many registers of outputs, whose sums share each tap.
+template <int count>
+VEK_INLINE void tapsOf(const float* x, const float* taps, float* y) {
+    hn::Vec<Floats> sums[count];
+    for (auto& sum : sums) {
+        sum = hn::Zero(kFloats);
+    }
+    for (int j = 0; j < kLoopTaps; ++j) {
+        const auto tap = hn::Set(kFloats, taps[j]);
+        for (int r = 0; r < count; ++r) {
+            sums[r] = sums[r] + tap * hn::LoadU(kFloats, x + j + r * kLanesOf<Floats>);
+        }
+    }
+    for (int r = 0; r < count; ++r) {
+        hn::StoreU(sums[r], kFloats, y + r * kLanesOf<Floats>);
+    }
+}
+
+void taps32f(const float* x, const float* taps, float* y, int n) {
+    constexpr int lanes = kLanesOf<Floats>;
+    int i = 0;
+    for (; i + kSub <= n; i += kSub) {
+        tapsOf<kSub / lanes>(x + i, taps, y + i);
+    }
+    for (; i + 2 * kLeastOutputs <= n; i += 2 * kLeastOutputs) {
+        tapsOf<2 * kLeastOutputs / lanes>(x + i, taps, y + i);
+    }
+    for (; i < n; i += kLeastOutputs) {
+        // The last eight overlap those before.
+        const int at = i < n - kLeastOutputs ? i : n - kLeastOutputs;
+        tapsOf<kLeastOutputs / lanes>(x + at, taps, y + at);
+    }
+}
+
+template <class D>
+VEK_INLINE bool cosinesOf(D d, const float* angles, double* c) {
+    const hn::Rebind<float, D> single;
+    const auto a = hn::LoadU(single, angles);
+    const auto x = hn::Set(d, kRight) - hn::PromoteTo(d, a);
+    const auto s = x * x;
+    auto sum = hn::Set(d, kSine[0]);
+    for (int k = 1; k < 7; ++k) {
+        sum = sum * s + hn::Set(d, kSine[k]);
+    }
+    hn::StoreU(x + x * s * sum, d, c);
+    return hn::AllTrue(single, hn::And(hn::Ge(a, hn::Zero(single)), hn::Le(a, hn::Set(single, kMostAngle))));
+}
+
+bool cosines(const float* angles, int n, double* c) {
+    using Doubles = hn::CappedTag<double, 4>;
+    constexpr int lanes = kLanesOf<Doubles>;
+    if (n < lanes) {
+        return cosinesOf(hn::FixedTag<double, 2>(), angles, c);
+    }
+    bool inside = true;
+    for (int i = 0; i < n; i += lanes) {
+        // The last ones overlap those before.
+        const int at = i < n - lanes ? i : n - lanes;
+        inside &= cosinesOf(Doubles(), angles + at, c + at);
+    }
+    return inside;
+}
+
+// The same two factors in all pairs of lanes.
+template <class D>
+VEK_INLINE hn::Vec<D> factors(D d, int lower, int upper) {
+    const auto both = static_cast<uint32_t>(lower & 0xffff) | static_cast<uint32_t>(upper) << 16;
+    return hn::BitCast(d, hn::Set(hn::RepartitionToWide<D>(), static_cast<int32_t>(both)));
+}
+
+template <class D>
+VEK_INLINE void weightedBy(D d, const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q,
+                           int half) {
+    const auto weights = factors(d, v1, v2);
+    const auto rounding = hn::Set(hn::RepartitionToWide<D>(), half);
+    inRegisters(d, y, n, [=](int i) {
+        const auto a = hn::LoadU(d, x1 + i);
+        const auto b = hn::LoadU(d, x2 + i);
+        const auto lower = plusPairs(rounding, hn::InterleaveLower(d, a, b), weights);
+        const auto upper = plusPairs(rounding, hn::InterleaveUpper(d, a, b), weights);
+        return hn::ReorderDemote2To(d, hn::ShiftRightSame(lower, q), hn::ShiftRightSame(upper, q));
+    });
+}
+
+// The products of two neighbours, and of the third one and what rounds.
+template <class D>
+VEK_INLINE void threeTapsBy(D d, int side, int middle, const int16_t* x, int16_t* y, int n) {
+    const auto two = factors(d, side, middle);
+    const auto third = factors(d, side, 0x4000);
+    const auto one = hn::Set(d, int16_t{1});
+    inRegisters(d, y, n, [=](int i) {
+        const auto before = hn::LoadU(d, x + i - 1);
+        const auto now = hn::LoadU(d, x + i);
+        const auto after = hn::LoadU(d, x + i + 1);
+        const auto lower =
+            plusPairs(pairSums(hn::InterleaveLower(d, before, now), two), hn::InterleaveLower(d, after, one), third);
+        const auto upper =
+            plusPairs(pairSums(hn::InterleaveUpper(d, before, now), two), hn::InterleaveUpper(d, after, one), third);
+        return hn::ReorderDemote2To(d, hn::ShiftRight<15>(lower), hn::ShiftRight<15>(upper));
+    });
+}
+
+// From the end on, where each register meets what was there, all that fill one; gives how many samples are left.
+template <class D>
+VEK_INLINE int lessPreviousBy(D d, int16_t* x, int g, int n) {
+    const auto factor = hn::Set(d, static_cast<int16_t>(g));
+    for (; n > kLanesOf<D>; n -= kLanesOf<D>) {
+        int16_t* const at = x + n - kLanesOf<D>;
+        hn::StoreU(hn::SaturatedSub(hn::LoadU(d, at), multCut(hn::LoadU(d, at - 1), factor)), d, at);
+    }
+    if constexpr (kLanesOf < D >> kLanesOf<EightOf16>) {
+        return lessPreviousBy(hn::Half<D>(), x, g, n);
+    } else {
+        return n;
+    }
+}
+
+VEK_INLINE int lessPrevious32By(float* x, float g, int n) {
+    const auto factor = hn::Set(kFloats, g);
+    for (; n > kLanesOf<Floats>; n -= kLanesOf<Floats>) {
+        float* const at = x + n - kLanesOf<Floats>;
+        hn::StoreU(hn::LoadU(kFloats, at) - factor * hn::LoadU(kFloats, at - 1), kFloats, at);
+    }
+    return n;
+}
+
+VEK_INLINE int moveUpBy(float* y, const float* h, float v, int n) {
+    const auto factor = hn::Set(kFloats, v);
+    for (; n > kLanesOf<Floats>; n -= kLanesOf<Floats>) {
+        const int first = n - kLanesOf<Floats>;
+        hn::StoreU(hn::LoadU(kFloats, y + first - 1) + factor * hn::LoadU(kFloats, h + first), kFloats, y + first);
+    }
+    return n;
+}
+
+#endif
 
 int32_t magnitudes16(const int16_t* x) {
     int32_t sum = 0;
@@ -55,50 +254,77 @@ int moveGain16(int16_t* x, int g, int keep, int fresh) {
     return g;
 }
 
-// From the end, so that each block meets unchanged predecessors.
 void lessPrevious16(int16_t* x, int g, int n) {
-    constexpr int block = 16;
-    int left = n;
-    for (; left > block; left -= block) {
-        int16_t* const at = x + left - block;
-        int16_t made[block];
-        for (int i = 0; i < block; ++i) {
-            made[i] = fix::sat16(at[i] - ((at[i - 1] * g) >> 15));
-        }
-        for (int i = 0; i < block; ++i) {
-            at[i] = made[i];
-        }
-    }
-    for (int i = left - 1; i > 0; --i) {
+#if VEK_LEVEL > 0
+    n = lessPreviousBy(d16, x, g, n);
+#endif
+    for (int i = n - 1; i > 0; --i) {
         x[i] = fix::sat16(x[i] - ((x[i - 1] * g) >> 15));
     }
 }
 
 void lessPrevious32f(float* x, float g, int n) {
-    const F8 factor = setf(g);
-    int left = n;
-    for (; left > 8; left -= 8) {
-        float* const at = x + left - 8;
-        store(at, load(at) - factor * load(at - 1));
-    }
-    for (int i = left - 1; i > 0; --i) {
+#if VEK_LEVEL > 0
+    n = lessPrevious32By(x, g, n);
+#endif
+    for (int i = n - 1; i > 0; --i) {
         x[i] -= g * x[i - 1];
     }
 }
 
 void moveUp32f(float* y, const float* h, float v, int n) {
-    const F8 factor = setf(v);
-    int left = n;
-    for (; left > 8; left -= 8) {
-        float* const at = y + left - 8;
-        store(at, load(at - 1) + factor * load(h + left - 8));
-    }
-    for (int i = left - 1; i > 0; --i) {
+#if VEK_LEVEL > 0
+    n = moveUpBy(y, h, v, n);
+#endif
+    for (int i = n - 1; i > 0; --i) {
         y[i] = y[i - 1] + v * h[i];
     }
 }
 
-void threeTaps(int side, int middle, const int16_t* x, int16_t* __restrict y, int n) {
+VekStatus weighted16(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half) {
+#if VEK_LEVEL > 0
+    if (n >= kLanesOf<D16>) {
+        weightedBy(d16, x1, v1, x2, v2, y, n, q, half);
+        return vekStsNoErr;
+    }
+    if (n >= kLanesOf<EightOf16>) {
+        weightedBy(kEightOf16, x1, v1, x2, v2, y, n, q, half);
+        return vekStsNoErr;
+    }
+#endif
+    for (int i = 0; i < n; ++i) {
+        y[i] = fix::sat16((x1[i] * v1 + x2[i] * v2 + half) >> q);
+    }
+    return vekStsNoErr;
+}
+
+VekStatus weighted32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
+#if VEK_LEVEL > 0
+    if (n >= kLanesOf<Floats>) {
+        const auto first = hn::Set(kFloats, v1);
+        const auto second = hn::Set(kFloats, v2);
+        inRegisters(kFloats, y, n,
+                    [=](int i) { return hn::LoadU(kFloats, x1 + i) * first + hn::LoadU(kFloats, x2 + i) * second; });
+        return vekStsNoErr;
+    }
+#endif
+    for (int i = 0; i < n; ++i) {
+        y[i] = x1[i] * v1 + x2[i] * v2;
+    }
+    return vekStsNoErr;
+}
+
+void threeTaps(int side, int middle, const int16_t* x, int16_t* y, int n) {
+#if VEK_LEVEL > 0
+    if (n >= kLanesOf<D16>) {
+        threeTapsBy(d16, side, middle, x, y, n);
+        return;
+    }
+    if (n >= kLanesOf<EightOf16>) {
+        threeTapsBy(kEightOf16, side, middle, x, y, n);
+        return;
+    }
+#endif
     for (int i = 0; i < n; ++i) {
         y[i] = fix::sat16((side * (x[i - 1] + x[i + 1]) + middle * x[i] + 0x4000) >> 15);
     }
@@ -118,21 +344,6 @@ void tilt(const int16_t* x, int mu, int gain, int16_t* y) {
     }
     for (int i = 0; i < kSub; ++i) {
         y[i] = fix::sat16(sums[i]);
-    }
-}
-
-void taps32f(const float* x, const float* taps, float* y, int n) {
-    for (int i = 0;; i += kLeastOutputs) {
-        // The last eight overlap those before.
-        i = i < n - kLeastOutputs ? i : n - kLeastOutputs;
-        F8 sum = setf(0);
-        for (int j = 0; j < kLoopTaps; ++j) {
-            sum = sum + setf(taps[j]) * load(x + i + j);
-        }
-        store(y + i, sum);
-        if (i == n - kLeastOutputs) {
-            return;
-        }
     }
 }
 
@@ -198,28 +409,12 @@ int64_t squaredDistance16(const int16_t* x, const int16_t* y, int n) {
     return static_cast<int64_t>(sum);
 }
 
-// The sine's series around a right angle.
-void cosines(const float* angles, double* c) {
-    constexpr double right = 1.5707963267948966;
-    for (int i = 0; i < kAngles; ++i) {
-        const double x = right - angles[i];
-        const double s = x * x;
-        double sum = -1.0 / 1307674368000;
-        sum = sum * s + 1.0 / 6227020800;
-        sum = sum * s - 1.0 / 39916800;
-        sum = sum * s + 1.0 / 362880;
-        sum = sum * s - 1.0 / 5040;
-        sum = sum * s + 1.0 / 120;
-        sum = sum * s - 1.0 / 6;
-        c[i] = x + x * s * sum;
-    }
-}
-
 } // namespace
 
 VEK_KERNEL_TABLE(LoopKernels, loopKernels) = {
-    lessScaled16, lessScaled32f, magnitudes16, moveGain16,       lessPrevious16, lessPrevious32f,   moveUp32f,
-    threeTaps,    tilt,          taps32f,      pairCorrelations, slide16,        squaredDistance16, cosines,
+    lessScaled16,     lessScaled32f, magnitudes16,      moveGain16, lessPrevious16, lessPrevious32f,
+    moveUp32f,        weighted16,    weighted32f,       threeTaps,  tilt,           taps32f,
+    pairCorrelations, slide16,       squaredDistance16, cosines,
 };
 
 } // namespace vek

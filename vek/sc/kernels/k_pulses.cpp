@@ -5,7 +5,7 @@
 #include "sc/kernels/pulses.h"
 
 #include "sc/common/fixmath.h"
-#include "sc/kernels/lanes.h"
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
@@ -64,242 +64,116 @@ bool better(const Best& a, const Best& b) {
 
 #if VEK_LEVEL > 0
 
-using namespace lanes;
+using namespace registers;
 
-// Four candidates with positive energies, and the place of each in the order of the recommendation.
-struct Four {
-    __m128i sq, energy, place;
+// A candidate is 32 bits: below, its squared correlation, above, its energy; both are positive and below 2^15. Turned,
+// it has the energy below and the square, negative, above.
+using Wide = hn::CappedTag<int32_t, 8>;
+using Narrow = hn::RepartitionToNarrow<Wide>;
 
-    // Lane by lane the better one; of equals the one that comes first.
-    VEK_INLINE void meet(const Four& other) {
-        const __m128i own = _mm_madd_epi16(sq, other.energy);
-        const __m128i theirs = _mm_madd_epi16(other.sq, energy);
-        const __m128i later = _mm_cmpgt_epi32(place, other.place);
-        const __m128i change = _mm_cmpgt_epi32(theirs, _mm_add_epi32(own, later));
-        sq = _mm_blendv_epi8(sq, other.sq, change);
-        energy = _mm_blendv_epi8(energy, other.energy, change);
-        place = _mm_blendv_epi8(place, other.place, change);
-    }
-    template <int Order>
-    VEK_INLINE Four shuffled() const {
-        return {_mm_shuffle_epi32(sq, Order), _mm_shuffle_epi32(energy, Order), _mm_shuffle_epi32(place, Order)};
-    }
-};
+// Worse than any.
+constexpr int32_t kNoCandidate = 0x0001ffff;
 
-// As many as a register has.
+template <class V>
+VEK_INLINE V turned(V candidate) {
+    const hn::DFromV<V> d;
+    const hn::RepartitionToNarrow<hn::DFromV<V>> halves;
+    const auto swapped = hn::Reverse2(halves, hn::BitCast(halves, candidate));
+    return hn::BitCast(d, hn::OddEven(hn::Neg(swapped), swapped));
+}
+
+// Negative where the one that is turned is better, 0 where they are equal.
+template <class V>
+VEK_INLINE V lead(V candidate, V otherTurned) {
+    const hn::RepartitionToNarrow<hn::DFromV<V>> halves;
+    return pairSums(hn::BitCast(halves, candidate), hn::BitCast(halves, otherTurned));
+}
+
+// The squares of correlations over 2^15, at most 32767.
+template <class V>
+VEK_INLINE V squared(V ps) {
+    const hn::RebindToUnsigned<hn::DFromV<V>> d;
+    const auto magnitude = hn::BitCast(d, hn::Abs(ps));
+    return hn::BitCast(hn::DFromV<V>(), hn::MulHigh(magnitude, hn::SaturatedAdd(magnitude, magnitude)));
+}
+
+// Candidates of the lanes, and the place of each in the order of the recommendation.
+template <class D>
 struct Candidates {
-    V sq, energy, place;
+    hn::Vec<D> candidate;
+    hn::Vec<D> place;
 
-    // Those measured replace the ones that they are better than; they come later.
-    VEK_INLINE void meet(V newSq, V newEnergy, V newPlace) {
-        const V change = less(madd(sq, newEnergy), madd(energy, newSq));
-        sq = choose(change, newSq, sq);
-        energy = choose(change, newEnergy, energy);
-        place = choose(change, newPlace, place);
+    // Those that come later replace the ones that they are better than.
+    // Negative where they do.
+    VEK_INLINE hn::Vec<D> meetLater(const Candidates& other, hn::Vec<D> otherTurned) {
+        const auto ahead = lead(candidate, otherTurned);
+        candidate = hn::IfNegativeThenElse(ahead, other.candidate, candidate);
+        place = hn::IfNegativeThenElse(ahead, other.place, place);
+        return ahead;
     }
-    VEK_INLINE Four best() const {
-#if VEK_LEVEL == 1
-        return {sq, energy, place};
-#else
-        Four low = {_mm256_castsi256_si128(sq), _mm256_castsi256_si128(energy), _mm256_castsi256_si128(place)};
-        low.meet(
-            {_mm256_extracti128_si256(sq, 1), _mm256_extracti128_si256(energy, 1), _mm256_extracti128_si256(place, 1)});
-        return low;
-#endif
+    // Lane by lane the better one; of equals the one that comes first.
+    VEK_INLINE void meet(const Candidates& other) {
+        const auto later = hn::VecFromMask(D(), place > other.place);
+        const auto ahead = lead(candidate, turned(other.candidate)) + later;
+        candidate = hn::IfNegativeThenElse(ahead, other.candidate, candidate);
+        place = hn::IfNegativeThenElse(ahead, other.place, place);
     }
 };
+
+template <class D>
+VEK_INLINE Candidates<FourOf32> fourOf(const Candidates<D>& all) {
+    if constexpr (kLanesOf<D> == 4) {
+        return {all.candidate, all.place};
+    } else {
+        Candidates<FourOf32> four = {hn::LowerHalf(all.candidate), hn::LowerHalf(all.place)};
+        four.meet({hn::UpperHalf(kFourOf32, all.candidate), hn::UpperHalf(kFourOf32, all.place)});
+        return four;
+    }
+}
+
+// What is compared of the one in the first lane.
+VEK_INLINE Best bestIn(hn::Vec<FourOf32> candidates) {
+    const int32_t first = hn::GetLane(candidates);
+    return {first & 0xffff, first >> 16, 0};
+}
 
 // The best of all; its place comes with it.
 template <int N>
-VEK_INLINE Best bestOf(const Candidates (&all)[N], int& place) {
-    Four four = all[0].best();
+VEK_INLINE Best bestOf(const Candidates<Wide> (&all)[N], int& place) {
+    Candidates<Wide> most = all[0];
     for (int n = 1; n < N; ++n) {
-        four.meet(all[n].best());
+        most.meet(all[n]);
     }
-    four.meet(four.shuffled<0x4e>());
-    four.meet(four.shuffled<0xb1>());
-    place = _mm_cvtsi128_si32(four.place);
-    return {_mm_cvtsi128_si32(four.sq), _mm_cvtsi128_si32(four.energy), 0};
+    Candidates<FourOf32> four = fourOf(most);
+    four.meet({hn::Shuffle1032(four.candidate), hn::Shuffle1032(four.place)});
+    four.meet({hn::Shuffle2301(four.candidate), hn::Shuffle2301(four.place)});
+    place = hn::GetLane(four.place);
+    return bestIn(four.candidate);
 }
 
-VEK_INLINE V wordsAt(const int32_t* p) {
-    return loadAll(reinterpret_cast<const int16_t*>(p));
-}
-
-VEK_INLINE V saturated16(V v) {
-    return most32(least32(v, spread(32767)), spread(-32768));
-}
-
-// Squares of correlations that fit 16 bits.
-VEK_INLINE V squared(V ps) {
-    return least32(down<15>(madd(ps, lowHalf(ps))), spread(32767));
-}
-
-#endif
-
-// Eight sums of products with one product more each, and what they give with the signs taken out. The sums begin with
-// the half that rounds them.
-#if VEK_LEVEL == 0
-
-void addToRow(int factor, const int16_t* part, const int16_t* turn, int32_t* sum, int16_t* to) {
-    for (int x = 0; x < 8; ++x) {
-        sum[x] += factor * part[x];
-        const int r = sum[x] >> 15;
-        to[x] = static_cast<int16_t>(((r > 32767 ? 32767 : r) * turn[x]) >> 15);
-    }
-}
-
-#else
-
-VEK_INLINE __m128i load8(const int16_t* p) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-VEK_INLINE void store8(int16_t* p, __m128i v) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
-}
-
-VEK_INLINE void addToRow(int factor, const int16_t* part, const int16_t* turn, int32_t* sum, int16_t* to) {
-    const __m128i f = _mm_set1_epi16(static_cast<int16_t>(factor));
-    const __m128i low = _mm_mullo_epi16(load8(part), f);
-    const __m128i high = _mm_mulhi_epi16(load8(part), f);
-    auto* const s = reinterpret_cast<__m128i*>(sum);
-    const __m128i s0 = _mm_add_epi32(_mm_load_si128(s), _mm_unpacklo_epi16(low, high));
-    const __m128i s1 = _mm_add_epi32(_mm_load_si128(s + 1), _mm_unpackhi_epi16(low, high));
-    _mm_store_si128(s, s0);
-    _mm_store_si128(s + 1, s1);
-    const __m128i r = _mm_packs_epi32(_mm_srai_epi32(s0, 15), _mm_srai_epi32(s1, 15));
-    const __m128i t = load8(turn);
-    store8(to, _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(r, t), 1), _mm_srli_epi16(_mm_mullo_epi16(r, t), 15)));
-}
-
-VEK_INLINE void transpose8(__m128i (&r)[8]) {
-    __m128i t[8];
-    for (int i = 0; i < 4; ++i) {
-        t[2 * i] = _mm_unpacklo_epi16(r[2 * i], r[2 * i + 1]);
-        t[2 * i + 1] = _mm_unpackhi_epi16(r[2 * i], r[2 * i + 1]);
-    }
-    __m128i u[8];
-    for (int i = 0; i < 2; ++i) {
-        u[4 * i] = _mm_unpacklo_epi32(t[4 * i], t[4 * i + 2]);
-        u[4 * i + 1] = _mm_unpackhi_epi32(t[4 * i], t[4 * i + 2]);
-        u[4 * i + 2] = _mm_unpacklo_epi32(t[4 * i + 1], t[4 * i + 3]);
-        u[4 * i + 3] = _mm_unpackhi_epi32(t[4 * i + 1], t[4 * i + 3]);
-    }
-    for (int i = 0; i < 4; ++i) {
-        r[2 * i] = _mm_unpacklo_epi64(u[i], u[i + 4]);
-        r[2 * i + 1] = _mm_unpackhi_epi64(u[i], u[i + 4]);
-    }
-}
-
-// Completes the correlations of two tracks of five: those of a position with later ones mirror those of the later ones.
-VEK_INLINE void mirrorTracks(int16_t* rr, int first, int second) {
-    constexpr int lanes = 8;
-    int16_t* const own = rr + first * lanes * kLen + second * lanes;
-    int16_t* const other = rr + second * lanes * kLen + first * lanes;
-    const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
-    __m128i r[lanes];
-    for (int a = 0; a < lanes; ++a) {
-        r[a] = load8(other + a * kLen);
-    }
-    transpose8(r);
-    for (int a = 0; a < lanes; ++a) {
-        const __m128i earlier = _mm_cmpgt_epi16(_mm_set1_epi16(static_cast<int16_t>(a)), lane);
-        r[a] = _mm_blendv_epi8(r[a], load8(own + a * kLen), earlier);
-        store8(own + a * kLen, r[a]);
-    }
-    if (first != second) {
-        transpose8(r);
-        for (int a = 0; a < lanes; ++a) {
-            store8(other + a * kLen, r[a]);
-        }
-    }
-}
-
-#endif
-
-template <int Tracks, int Count, int Width>
-void mirror(int16_t* rr) {
-#if VEK_LEVEL > 0
-    if constexpr (Width == 8) {
-        for (int first = 0; first < Tracks; ++first) {
-            for (int second = first; second < Tracks; ++second) {
-                mirrorTracks(rr, first, second);
-            }
-        }
-        return;
-    }
-#endif
-    for (int i = 1; i < kLen; ++i) {
-        const int slot = i % Tracks * Width + i / Tracks;
-        const int16_t* const row = rr + (i % Tracks * Count + i / Tracks) * Tracks * Width;
-        for (int track = 0; track < Tracks; ++track) {
-            int16_t* const column = rr + track * Count * Tracks * Width + slot;
-            const int earlier = i / Tracks + (track < i % Tracks ? 1 : 0);
-            for (int lane = 0; lane < earlier; ++lane) {
-                column[lane * Tracks * Width] = row[track * Width + lane];
-            }
-        }
-    }
-}
-
-// The correlations of a response whose sums fit 32 bits, in the order of tracks. Those of a position with the earlier
-// positions of a track are one run of distances, the largest first, so that they come from one run of every Tracks-th
-// element of the response.
-template <int Tracks, int Count, int Width>
-void fieldOn(const int16_t* h, const int16_t* sign, PulseField& field) {
-    constexpr int stride = Tracks * Width;
-    // Every Tracks-th element of the response before a track's, the last first, behind zeros.
-    int16_t back[Tracks][Width + Count] = {};
-    // The sign products by the own sign: equal signs give 32766, unlike ones -32767.
-    int16_t turned[2][Width + stride] = {};
-    for (int i = 0; i < kLen; ++i) {
-        const int track = i % Tracks;
-        const int lane = i / Tracks;
-        back[Tracks - 1 - track][Width + Count - 1 - lane] = h[i];
-        turned[0][Width + track * Width + lane] = sign[i] > 0 ? 32766 : -32767;
-        turned[1][Width + track * Width + lane] = sign[i] > 0 ? -32767 : 32766;
-    }
-    alignas(32) int32_t sums[Tracks][Width];
-    for (auto& sum : sums) {
-        for (int32_t& s : sum) {
-            s = 0x4000;
-        }
-    }
-    int16_t edge[Width + stride];
-    for (int m = 0; m < kLen; ++m) {
-        const int lane = (kLen - 1 - m) / Tracks;
-        const int own = (kLen - 1 - m) % Tracks;
-        int16_t* const row = field.rr + (own * Count + lane) * stride;
-        const int16_t* const turn = turned[sign[kLen - 1 - m] > 0 ? 0 : 1] + Width;
-        // What is written in front of a track's first lane is overwritten by the track before or by a later row; the
-        // first rows of the tracks have none, and get the little that is theirs from elsewhere.
-        int16_t* const to = lane > 0 ? row : edge + Width;
-        for (int track = Tracks - 1; track >= 0; --track) {
-            // The last lane of the track that is not behind the position.
-            const int last = track > own ? lane - 1 : lane;
-            int32_t* const sum = sums[track > own ? own - track + Tracks : own - track];
-            for (int x = 0; x < Width; x += 8) {
-                const int at = track * Width + last - (Width - 1) + x;
-                addToRow(h[m], back[track] + 1 + last + x, turn + at, sum + x, to + at);
-            }
-        }
-        for (int track = 0; lane == 0 && track < own; ++track) {
-            row[track * Width] = to[track * Width];
-        }
-        const int r = sums[0][Width - 1] >> 15;
-        row[own * Width + lane] = static_cast<int16_t>(r > 32767 ? 32767 : r);
-        field.energy[own * Width + lane] = row[own * Width + lane];
-    }
-    mirror<Tracks, Count, Width>(field.rr);
-}
-
-void field(const int16_t* h, const int16_t* sign, int tracks, PulseField& field) {
-    if (tracks == 4) {
-        fieldOn<4, 10, 16>(h, sign, field);
+// Sixteen bytes, or twice as many of which the second ones begin Gap elements behind the first ones.
+template <int Gap, class D>
+VEK_INLINE hn::Vec<D> loadBlocks(D d, const hn::TFromD<D>* p) {
+    if constexpr (sizeof(hn::TFromD<D>) * kLanesOf<D> <= 16 || 2 * Gap == kLanesOf<D>) {
+        return hn::LoadU(d, p);
     } else {
-        fieldOn<5, 8, 8>(h, sign, field);
+        const hn::Half<D> half;
+        return hn::Combine(d, hn::LoadU(half, p + Gap), hn::LoadU(half, p));
     }
 }
+
+// The value of a row in all its lanes, for one row or two.
+template <int Rows, class D>
+VEK_INLINE hn::Vec<D> setRows(D d, const hn::TFromD<D>* p) {
+    if constexpr (Rows == 1) {
+        return hn::Set(d, p[0]);
+    } else {
+        const hn::Half<D> half;
+        return hn::Combine(d, hn::Set(half, p[1]), hn::Set(half, p[0]));
+    }
+}
+
+#endif
 
 // One pulse more on a track: the best of its lanes, tried in their order.
 int addPulseInOrder(const PulseField& field, int track, const Pulse* fixed, int count, int energy, int unit,
@@ -325,49 +199,142 @@ int addPulseInOrder(const PulseField& field, int track, const Pulse* fixed, int 
     return lane < 0 ? 0 : lane;
 }
 
+// The bits that energies lose with the pulse that comes after `fixed` ones: they are in quarters of two pulses, then in
+// sixteenths.
+constexpr int lostBits(int fixed) {
+    return fixed == 1 ? 2 : 4;
+}
+
+// From the first pulse on the best on each further track.
+template <int Pulses>
+Best followInOrder(const PulseField& field, const int8_t* tracks, Pulse* at) {
+    const int slot = at[0].track * 8 + at[0].lane;
+    Best now;
+    now.ps = field.dn[slot];
+    now.energy = field.energy[slot];
+    for (int i = 1; i < Pulses; ++i) {
+        const int energy = i == 1 ? now.energy : now.energy * (1 << lostBits(i - 1));
+        at[i] = {tracks[i],
+                 static_cast<int8_t>(addPulseInOrder(field, tracks[i], at, i, energy, 16 - lostBits(i), now))};
+    }
+    return now;
+}
+
 #if VEK_LEVEL == 0
 
-int addPulse(const PulseField& field, int track, const Pulse* fixed, int count, int energy, int unit, Best& best) {
-    return addPulseInOrder(field, track, fixed, count, energy, unit, best);
+template <int Pulses>
+Best follow(const PulseField& field, const int8_t* tracks, Pulse* at) {
+    return followInOrder<Pulses>(field, tracks, at);
 }
 
 #else
 
-int addPulse(const PulseField& field, int track, const Pulse* fixed, int count, int energy, int unit, Best& best) {
-    constexpr int width = 8;
-    constexpr int registers = width / kLanes;
-    const int16_t* dn = field.dn + track * width;
-    Candidates all[registers];
-    V place = counting();
-    V silent = spread(0);
-    for (int n = 0; n < registers; ++n) {
-        V cross = spread(0);
-        for (int i = 0; i < count; ++i) {
-            const int16_t* row = field.rr + (fixed[i].track * width + fixed[i].lane) * kLen + track * width;
-            cross = plus(cross, widened(row + n * kLanes));
+using Row = hn::Vec<EightOf16>;
+
+// The bytes of the even lanes of a track, each twice, and of the odd ones.
+alignas(16) constexpr uint8_t kEvenLanes[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
+alignas(16) constexpr uint8_t kOddLanes[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
+
+VEK_INLINE hn::Vec<FourOf32> bytesOf(const uint8_t (&lanes)[16]) {
+    return hn::BitCast(kFourOf32, hn::Load(hn::FixedTag<uint8_t, 16>(), lanes));
+}
+
+// Of neighbours those in front: of `a` below, of `b` above; and those behind.
+VEK_INLINE hn::Vec<FourOf32> evenOnes(Row a, Row b) {
+    return hn::BitCast(kFourOf32,
+                       hn::OddEven(hn::BitCast(kEightOf16, hn::ShiftLeft<16>(hn::BitCast(kFourOf32, b))), a));
+}
+VEK_INLINE hn::Vec<FourOf32> oddOnes(Row a, Row b) {
+    const hn::FixedTag<uint32_t, 4> bits;
+    return hn::BitCast(kFourOf32, hn::OddEven(b, hn::BitCast(kEightOf16, hn::ShiftRight<16>(hn::BitCast(bits, a)))));
+}
+
+// Pulses so far: their correlation and energy in all lanes, what is compared of them in the first lane, the least
+// energies of all that were tried, and the rows of three.
+struct Chain {
+    Row ps;
+    hn::Vec<FourOf32> energy;
+    hn::Vec<FourOf32> found;
+    Row lowest;
+    const int16_t* rows[3];
+
+    // One pulse more behind `Fixed` ones: the best of a track's lanes.
+    template <int Fixed>
+    VEK_INLINE int add(const PulseField& field, int track) {
+        constexpr int lost = lostBits(Fixed);
+        const auto at = [track](const int16_t* p) { return hn::LoadU(kEightOf16, p + track * 8); };
+        // Twice the correlations with the fixed pulses, and the energies.
+        const auto half = hn::Set(kFourOf32, 1 << (lost - 1));
+        auto lower = energy + half;
+        auto upper = lower;
+        addRows<2, 1>(at(rows[0]), at(field.energy), lower, upper);
+        if constexpr (Fixed == 2) {
+            addRows<1, 1>(at(rows[1]), at(rows[1]), lower, upper);
+        } else if constexpr (Fixed == 3) {
+            addRows<2, 2>(at(rows[1]), at(rows[2]), lower, upper);
         }
-        V e = plus(up<1>(cross), widened(field.energy + track * width + n * kLanes));
-        e = downBy(plus(e, spread(energy + (1 << (15 - unit)))), 16 - unit);
-        const V ps = saturated16(plus(spread(best.ps), widened(dn + n * kLanes)));
-        all[n] = {squared(ps), least32(e, spread(32767)), place};
-        silent = orBits(silent, less(e, spread(1)));
-        place = plus(place, spread(kLanes));
+        const auto e = hn::ReorderDemote2To(kEightOf16, hn::ShiftRight<lost>(lower), hn::ShiftRight<lost>(upper));
+        lowest = hn::Min(lowest, e);
+        const auto sum = hn::SaturatedAdd(ps, at(field.dn));
+        const auto sq = squared(sum);
+        const auto minus = hn::Neg(sq);
+        // Neighbours meet, then pairs of them, then halves: what is in front, and kept of equals, comes first in the
+        // order of the recommendation too.
+        Candidates<FourOf32> best = {evenOnes(sq, e), bytesOf(kEvenLanes)};
+        const auto odd = oddOnes(e, minus);
+        const auto ahead = best.meetLater({oddOnes(sq, e), bytesOf(kOddLanes)}, odd);
+        auto inverse = hn::IfNegativeThenElse(ahead, odd, evenOnes(e, minus));
+        const auto right = hn::Shuffle2301(inverse);
+        const auto behind = best.meetLater({hn::Shuffle2301(best.candidate), hn::Shuffle2301(best.place)}, right);
+        inverse = hn::IfNegativeThenElse(behind, right, inverse);
+        best.meetLater({hn::Shuffle1032(best.candidate), hn::Shuffle1032(best.place)}, hn::Shuffle1032(inverse));
+        found = best.candidate;
+        ps = hn::TableLookupBytes(sum, hn::BitCast(kEightOf16, hn::Broadcast<0>(best.place)));
+        energy = hn::ShiftLeft<lost>(hn::ShiftRight<16>(hn::Broadcast<0>(found)));
+        return (hn::GetLane(best.place) & 0xff) / 2;
     }
-    if (!none(silent)) [[unlikely]] {
-        return addPulseInOrder(field, track, fixed, count, energy, unit, best);
+
+    template <int A, int B>
+    VEK_INLINE static void addRows(Row a, Row b, hn::Vec<FourOf32>& lower, hn::Vec<FourOf32>& upper) {
+        const auto factors = hn::BitCast(kEightOf16, hn::Set(kFourOf32, B * 65536 + A));
+        lower = plusPairs(lower, hn::InterleaveLower(kEightOf16, a, b), factors);
+        upper = plusPairs(upper, hn::InterleaveUpper(kEightOf16, a, b), factors);
     }
-    int lane = 0;
-    const int ps = best.ps;
-    best = bestOf(all, lane);
-    best.ps = sat16(ps + dn[lane]);
-    return lane;
+};
+
+template <int Pulses>
+VEK_INLINE Best follow(const PulseField& field, const int8_t* tracks, Pulse* at) {
+    const int slot = at[0].track * 8 + at[0].lane;
+    Chain chain = {hn::Set(kEightOf16, field.dn[slot]),
+                   hn::Set(kFourOf32, field.energy[slot]),
+                   hn::Zero(kFourOf32),
+                   hn::Set(kEightOf16, INT16_MAX),
+                   {field.rr + slot * kLen}};
+    const auto fix = [&](int i, int lane) {
+        at[i] = {tracks[i], static_cast<int8_t>(lane)};
+        if (i < 3) {
+            chain.rows[i] = field.rr + (tracks[i] * 8 + lane) * kLen;
+        }
+    };
+    fix(1, chain.add<1>(field, tracks[1]));
+    if constexpr (Pulses > 2) {
+        fix(2, chain.add<2>(field, tracks[2]));
+    }
+    if constexpr (Pulses > 3) {
+        fix(3, chain.add<3>(field, tracks[3]));
+    }
+    if (!hn::AllTrue(kEightOf16, chain.lowest > hn::Zero(kEightOf16))) [[unlikely]] {
+        return followInOrder<Pulses>(field, tracks, at);
+    }
+    return bestIn(chain.found);
 }
 
 #endif
 
-void chains(const PulseField& field, const PulseChain* list, int count, int pulses, Pulse* best) {
+template <int Pulses>
+void chainsOf(const PulseField& field, const PulseChain* list, int count, Pulse* best) {
     Best most;
-    for (int i = 0; i < pulses; ++i) {
+    for (int i = 0; i < Pulses; ++i) {
         best[i] = {static_cast<int8_t>(i), 0};
     }
     for (int c = 0; c < count; ++c) {
@@ -379,26 +346,26 @@ void chains(const PulseField& field, const PulseChain* list, int count, int puls
             starts += field.kept[tracks[0] * 8 + lane] ? 1 : 0;
         }
         for (int start = 0; start < starts; ++start) {
-            const int first = kept[start];
-            const int slot = tracks[0] * 8 + first;
-            Pulse at[4] = {{tracks[0], static_cast<int8_t>(first)}};
-            Best now;
-            now.ps = field.dn[slot];
-            // Energies are in quarters of two pulses, then in sixteenths.
-            at[1] = {tracks[1], static_cast<int8_t>(addPulse(field, tracks[1], at, 1, field.energy[slot], 14, now))};
-            if (pulses > 2) {
-                at[2] = {tracks[2], static_cast<int8_t>(addPulse(field, tracks[2], at, 2, now.energy * 4, 12, now))};
-            }
-            if (pulses > 3) {
-                at[3] = {tracks[3], static_cast<int8_t>(addPulse(field, tracks[3], at, 3, now.energy * 16, 12, now))};
-            }
+            Pulse at[Pulses] = {{tracks[0], static_cast<int8_t>(kept[start])}};
+            const Best now = follow<Pulses>(field, tracks, at);
             if (better(now, most)) {
                 most = now;
-                for (int i = 0; i < pulses; ++i) {
+                for (int i = 0; i < Pulses; ++i) {
                     best[i] = at[i];
                 }
             }
         }
+    }
+}
+
+void chains(const PulseField& field, const PulseChain* list, int count, int pulses, Pulse* best) {
+    switch (pulses) {
+    case 2:
+        return chainsOf<2>(field, list, count, best);
+    case 3:
+        return chainsOf<3>(field, list, count, best);
+    default:
+        return chainsOf<4>(field, list, count, best);
     }
 }
 
@@ -427,73 +394,46 @@ struct Nest {
             c = 0;
         }
     }
-    void fix(Pulse p) {
-        const int16_t* r = row(p);
+    void fix(Pulse p, Pulse q) {
+        const int16_t* a = row(p);
+        const int16_t* b = row(q);
         for (int k = 0; k < kStride; ++k) {
-            cross[k] += r[k];
+            cross[k] += a[k] + b[k];
         }
     }
 
     // The best pair on two tracks beside what is fixed.
-    Best pair(int trackA, int trackB, const Stage& stage, int ps, int energy, Pulse& a, Pulse& b) {
-        alignas(32) int psA[Width];
-        alignas(32) int energyA[Width];
-        alignas(32) int dnB[Width];
-        alignas(32) int energyB[Width];
-        const int atA = trackA * Width;
-        const int atB = trackB * Width;
-        const int half = 1 << (stage.roundShift - 1);
-        for (int k = 0; k < Width; ++k) {
-            const int p = ps + field.dn[atA + k];
-            psA[k] = p > 32767 ? 32767 : p < -32768 ? -32768 : p;
-            energyA[k] = energy + field.energy[atA + k] + 2 * cross[atA + k];
-            int r = (field.energy[atB + k] + 2 * cross[atB + k] + half) >> stage.roundShift;
-            r = r > 32767 ? 32767 : r < -32768 ? -32768 : r;
-            energyB[k] = r * (1 << (stage.weightShift - stage.unit));
-            dnB[k] = field.dn[atB + k];
-        }
-        a = {static_cast<int8_t>(trackA), 0};
-        b = {static_cast<int8_t>(trackB), 0};
-        const int16_t* const both = field.rr + trackA * Count * kStride + atB;
+    Best pair(const Stage& stage, int ps, int energy, Pulse& a, Pulse& b) const {
 #if VEK_LEVEL > 0
-        constexpr int registers = Width / kLanes;
-        Candidates all[registers];
-        V place = counting();
-        V lowest = spread(1);
-        for (Candidates& c : all) {
-            c = {spread(-1), spread(1), place};
-        }
-        const int rounding = 1 << (15 - stage.unit);
-        for (int i = 0; i < Count; ++i) {
-            for (int n = 0; n < registers; ++n) {
-                const V shared = up<1>(widened(both + i * kStride + n * kLanes));
-                V e = plus(plus(spread(energyA[i] + rounding), wordsAt(energyB + n * kLanes)), shared);
-                e = least32(downBy(e, 16 - stage.unit), spread(32767));
-                all[n].meet(squared(saturated16(plus(spread(psA[i]), wordsAt(dnB + n * kLanes)))), e, place);
-                lowest = least32(lowest, e);
-                place = plus(place, spread(kLanes));
-            }
-        }
-        if (none(less(lowest, spread(1)))) [[likely]] {
-            for (int n = 0; n < registers && Count < Width; ++n) {
-                const V real = less(counting(), spread(Count - n * kLanes));
-                all[n].sq = choose(real, all[n].sq, spread(-1));
-                all[n].energy = choose(real, all[n].energy, spread(1));
-            }
-            int found = 0;
-            Best best = bestOf(all, found);
-            a.lane = static_cast<int8_t>(found / Width);
-            b.lane = static_cast<int8_t>(found % Width);
-            best.ps = sat16(psA[a.lane] + dnB[b.lane]);
+        Best best;
+        if (pairByLanes(stage, ps, energy, a, b, best)) [[likely]] {
             return best;
         }
 #endif
+        return pairInOrder(stage, ps, energy, a, b);
+    }
+
+    Best pairInOrder(const Stage& stage, int ps, int energy, Pulse& a, Pulse& b) const {
+        const int atA = a.track * Width;
+        const int atB = b.track * Width;
+        const int half = 1 << (stage.roundShift - 1);
+        int energyB[Count];
+        for (int k = 0; k < Count; ++k) {
+            int r = (field.energy[atB + k] + 2 * cross[atB + k] + half) >> stage.roundShift;
+            r = r > 32767 ? 32767 : r < -32768 ? -32768 : r;
+            energyB[k] = r * (1 << (stage.weightShift - stage.unit));
+        }
+        a.lane = 0;
+        b.lane = 0;
+        const int16_t* both = field.rr + a.track * Count * kStride + atB;
         Best best;
-        for (int i = 0; i < Count; ++i) {
+        for (int i = 0; i < Count; ++i, both += kStride) {
+            const int psA = sat16(ps + field.dn[atA + i]);
+            const int energyA = energy + field.energy[atA + i] + 2 * cross[atA + i];
             Lanes<Count> lanes;
             for (int k = 0; k < Count; ++k) {
-                lanes.ps[k] = psA[i] + dnB[k];
-                lanes.energy[k] = energyA[i] + energyB[k] + 2 * both[i * kStride + k];
+                lanes.ps[k] = psA + field.dn[atB + k];
+                lanes.energy[k] = energyA + energyB[k] + 2 * both[k];
             }
             lanes.measure(stage.unit);
             if (lanes.beat(best)) {
@@ -506,6 +446,98 @@ struct Nest {
         }
         return best;
     }
+
+#if VEK_LEVEL > 0
+    // A register has two rows of eight lanes, a row, or a part of it.
+    static constexpr int kRows = kLanesOf<Narrow> > Width ? kLanesOf<Narrow> / Width : 1;
+    static constexpr int kParts = Width > kLanesOf<Narrow> ? Width / kLanesOf<Narrow> : 1;
+    // From one block of eight to the next within a row of its own, and within the matrix.
+    static constexpr int kGap = kRows > 1 ? 0 : 8;
+    static constexpr int kMatrixGap = kRows > 1 ? kStride : 8;
+
+    // Of a register of 16-bit lanes, as they are interleaved, the numbers of the lower ones.
+    VEK_INLINE static hn::Vec<Wide> lowerLanes() {
+        alignas(32) static constexpr int32_t numbers[8] = {0, 1, 2, 3, 8, 9, 10, 11};
+        return hn::Load(Wide(), numbers);
+    }
+
+    // Whether all energies are positive; if one is not, what was found does not count.
+    bool pairByLanes(const Stage& stage, int ps, int energy, Pulse& a, Pulse& b, Best& best) const {
+        constexpr int lanes = kLanesOf<Narrow>;
+        const Wide d;
+        const Narrow d16;
+        const int atA = a.track * Width;
+        const int atB = b.track * Width;
+        alignas(32) int16_t psA[Width];
+        alignas(32) int energyA[Width];
+        const int rounding = 1 << (15 - stage.unit);
+        for (int k = 0; k < Width; ++k) {
+            psA[k] = sat16(ps + field.dn[atA + k]);
+            energyA[k] = energy + rounding + field.energy[atA + k] + 2 * cross[atA + k];
+        }
+        const auto factors = hn::BitCast(d16, hn::Set(d, 2 + ((1 << (stage.weightShift - stage.unit)) << 16)));
+        const auto half = hn::Set(d, 1 << (stage.roundShift - 1));
+        const auto none = hn::Set(d, kNoCandidate);
+        Candidates<Wide> all[2 * kParts];
+        auto lowest = hn::Set(d16, INT16_MAX);
+        for (int part = 0; part < kParts; ++part) {
+            const int slot = atB + part * lanes;
+            const auto own = loadBlocks<kGap>(d16, field.energy + slot);
+            const auto crossLower = hn::ShiftLeft<1>(loadBlocks<kGap>(d, cross + slot));
+            const auto crossUpper = hn::ShiftLeft<1>(loadBlocks<kGap>(d, cross + slot + 4));
+            const auto once = hn::Set(d16, 1);
+            const auto zero = hn::Zero(d16);
+            const auto energyB = hn::ReorderDemote2To(
+                d16,
+                hn::ShiftRightSame(plusPairs(crossLower + half, hn::InterleaveLower(d16, own, zero), once),
+                                   stage.roundShift),
+                hn::ShiftRightSame(plusPairs(crossUpper + half, hn::InterleaveUpper(d16, own, zero), once),
+                                   stage.roundShift));
+            const auto psB = loadBlocks<kGap>(d16, field.dn + slot);
+            const int16_t* both = field.rr + a.track * Count * kStride + slot;
+            Candidates<Wide> lower = {none, hn::Zero(d)};
+            Candidates<Wide> upper = lower;
+            auto place = hn::Zero(d);
+            for (int i = 0; i < Count; i += kRows, both += kRows * kStride) {
+                const auto shared = loadBlocks<kMatrixGap>(d16, both);
+                const auto base = setRows<kRows>(d, energyA + i);
+                const auto e = hn::ReorderDemote2To(
+                    d16,
+                    hn::ShiftRightSame(plusPairs(base, hn::InterleaveLower(d16, shared, energyB), factors),
+                                       16 - stage.unit),
+                    hn::ShiftRightSame(plusPairs(base, hn::InterleaveUpper(d16, shared, energyB), factors),
+                                       16 - stage.unit));
+                lowest = hn::Min(lowest, e);
+                const auto sq = squared(hn::SaturatedAdd(setRows<kRows>(d16, psA + i), psB));
+                const auto minus = hn::Neg(sq);
+                lower.meetLater({hn::BitCast(d, hn::InterleaveLower(d16, sq, e)), place},
+                                hn::BitCast(d, hn::InterleaveLower(d16, e, minus)));
+                upper.meetLater({hn::BitCast(d, hn::InterleaveUpper(d16, sq, e)), place},
+                                hn::BitCast(d, hn::InterleaveUpper(d16, e, minus)));
+                place = place + hn::Set(d, kRows * Width);
+            }
+            const auto numbers = lowerLanes() + hn::Set(d, part * lanes);
+            all[2 * part] = real(lower, numbers);
+            all[2 * part + 1] = real(upper, numbers + hn::Set(d, 4));
+        }
+        int found = 0;
+        best = bestOf(all, found);
+        a.lane = static_cast<int8_t>(found / Width);
+        b.lane = static_cast<int8_t>(found % Width);
+        best.ps = sat16(psA[a.lane] + field.dn[atB + b.lane]);
+        return hn::AllTrue(d16, lowest > hn::Zero(d16));
+    }
+
+    // The places of candidates by their numbers within the register; what pads a track is none.
+    VEK_INLINE static Candidates<Wide> real(const Candidates<Wide>& all, hn::Vec<Wide> numbers) {
+        const Wide d;
+        auto candidate = all.candidate;
+        if constexpr (Count < Width) {
+            candidate = hn::IfThenElse(hn::Lt(numbers, hn::Set(d, Count)), candidate, hn::Set(d, kNoCandidate));
+        }
+        return {candidate, all.place + numbers};
+    }
+#endif
 
     void search(const int8_t* order, const int8_t* peaks, int pulses, Pulse* best) {
         int8_t tracks[kMostPulses] = {};
@@ -521,19 +553,19 @@ struct Nest {
             int ps = sat16(field.dn[slot(at[0])] + field.dn[slot(at[1])]);
             int energy = field.energy[slot(at[0])] + field.energy[slot(at[1])] + 2 * row(at[0])[slot(at[1])];
             clear();
-            fix(at[0]);
-            fix(at[1]);
+            fix(at[0], at[1]);
             Best now;
             for (int s = 0; 2 * s + 2 < pulses; ++s) {
                 Pulse* p = at + 2 * s + 2;
                 if (s > 0) {
                     energy = now.energy * (1 << (15 - kStages[s].unit));
                 }
-                now = pair(tracks[2 * s + 2], tracks[2 * s + 3], kStages[s], ps, energy, p[0], p[1]);
+                p[0].track = tracks[2 * s + 2];
+                p[1].track = tracks[2 * s + 3];
+                now = pair(kStages[s], ps, energy, p[0], p[1]);
                 ps = now.ps;
                 if (2 * s + 4 < pulses) {
-                    fix(p[0]);
-                    fix(p[1]);
+                    fix(p[0], p[1]);
                 }
             }
             if (better(now, most)) {
@@ -561,6 +593,6 @@ void pairs(const PulseField& field, const int8_t* tracks, const int8_t* peaks, i
 
 } // namespace
 
-VEK_KERNEL_TABLE(PulseKernels, pulseKernels) = {field, chains, pairs};
+VEK_KERNEL_TABLE(PulseKernels, pulseKernels) = {chains, pairs};
 
 } // namespace vek

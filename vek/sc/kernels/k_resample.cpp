@@ -2,12 +2,10 @@
 #include "sc/kernels/resample.h"
 
 #include "sc/common/fixmath.h"
-#include "sc/kernels/lanes.h"
+#include "sc/kernels/registers.h"
 
 namespace vek {
 namespace {
-
-using namespace lanes;
 
 constexpr int32_t kHalf = 1 << (kResampleQ - 1);
 constexpr int kWeightBits = 15; // of the weight between two filters of the blended bank
@@ -106,62 +104,73 @@ void blended(const int16_t* rows, uint64_t start, uint64_t step, const int16_t* 
 
 #else
 
-VEK_INLINE __m128i load8(const int16_t* p) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-VEK_INLINE __m128i load4(const int16_t* p) {
-    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
-}
+using namespace registers;
 
-#if VEK_LEVEL >= 2
-VEK_INLINE V widen(__m128i a) {
-    return _mm256_inserti128_si256(_mm256_setzero_si256(), a, 0);
-}
-VEK_INLINE __m128i fourSums(const V (&s)[4]) {
-    const __m256i h = _mm256_hadd_epi32(_mm256_hadd_epi32(s[0], s[1]), _mm256_hadd_epi32(s[2], s[3]));
-    return _mm_add_epi32(_mm256_castsi256_si128(h), _mm256_extracti128_si256(h, 1));
-}
-#else
-VEK_INLINE V widen(__m128i a) {
-    return a;
-}
-VEK_INLINE __m128i fourSums(const V (&s)[4]) {
-    return _mm_hadd_epi32(_mm_hadd_epi32(s[0], s[1]), _mm_hadd_epi32(s[2], s[3]));
-}
-#endif
+using FourOf16 = hn::FixedTag<int16_t, 4>;
+using Sums = hn::RepartitionToWide<D16>;
 
 // Samples in a register.
-constexpr int kStep = 2 * kLanes;
+constexpr int kStep = kLanesOf<D16>;
 
-VEK_INLINE V products(const int16_t* c, const int16_t* x) {
-    return madd(loadAll(c), loadAll(x));
+template <class D>
+VEK_INLINE auto products(D d, const int16_t* c, const int16_t* x) {
+    return pairSums(hn::LoadU(d, c), hn::LoadU(d, x));
 }
-VEK_INLINE V blendedProducts(const int16_t* c, int weight, const int16_t* x) {
-    const V a = loadAll(c);
-    const V d = minus16(loadAll(c + kBlendTaps), a);
-    return madd(plus16(a, multRounded(d, spread16(static_cast<int16_t>(weight)))), loadAll(x));
+// Four samples; their sums behind zeros.
+VEK_INLINE auto fourProducts(const int16_t* c, const int16_t* x) {
+    const auto four = [](const int16_t* p) { return hn::ZeroExtendVector(kEightOf16, hn::LoadU(FourOf16(), p)); };
+    return pairSums(four(c), four(x));
+}
+VEK_INLINE auto blendedProducts(const int16_t* c, int weight, const int16_t* x) {
+    const auto a = hn::LoadU(d16, c);
+    const auto difference = hn::LoadU(d16, c + kBlendTaps) - a;
+    const auto share = hn::MulFixedPoint15(difference, hn::Set(d16, static_cast<int16_t>(weight)));
+    return pairSums(hn::SaturatedAdd(a, share), hn::LoadU(d16, x));
+}
+
+// A shorter register, filled with zeros.
+template <class V>
+VEK_INLINE hn::Vec<Sums> filled(V sums) {
+    if constexpr (kLanesOf<hn::DFromV<V>> == kLanesOf<Sums>) {
+        return sums;
+    } else {
+        return hn::ZeroExtendVector(Sums(), sums);
+    }
 }
 
 template <int Taps>
-VEK_INLINE V dot(const int16_t* c, const int16_t* x) {
-    V sum = spread(0);
-    int j = 0;
-    for (; j + kStep <= Taps; j += kStep) {
-        sum = plus(sum, products(c + j, x + j));
+VEK_INLINE hn::Vec<Sums> dot(const int16_t* c, const int16_t* x) {
+    // The compiler lays out loops of up to 16 steps whole.
+    constexpr int most = 16 * kStep;
+    if constexpr (Taps > most) {
+        return dot<most>(c, x) + dot<Taps - most>(c + most, x + most);
+    } else {
+        auto sum = hn::Zero(Sums());
+        int j = 0;
+        for (; j + kStep <= Taps; j += kStep) {
+            sum = sum + products(d16, c + j, x + j);
+        }
+        if constexpr (Taps % kStep >= 8) {
+            sum = sum + filled(products(kEightOf16, c + j, x + j));
+            j += 8;
+        }
+        if constexpr (Taps % 8 >= 4) {
+            sum = sum + filled(fourProducts(c + j, x + j));
+        }
+        return sum;
     }
-    if constexpr (Taps % kStep >= 8) {
-        sum = plus(sum, widen(_mm_madd_epi16(load8(c + j), load8(x + j))));
-        j += 8;
-    }
-    if constexpr (Taps % 8 >= 4) {
-        sum = plus(sum, widen(_mm_madd_epi16(load4(c + j), load4(x + j))));
-    }
-    return sum;
 }
 
-VEK_INLINE void storeFour(int16_t* y, const V (&s)[4]) {
-    const __m128i v = _mm_srai_epi32(_mm_add_epi32(fourSums(s), _mm_set1_epi32(kHalf)), kResampleQ);
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(y), _mm_packs_epi32(v, v));
+// The sums of each of four registers, rounded.
+VEK_INLINE void storeFour(int16_t* y, const hn::Vec<Sums> (&s)[4]) {
+    using Pairs = hn::RepartitionToWide<Sums>;
+    const auto added = [](auto d, auto a, auto b) {
+        const auto lower = hn::BitCast(Sums(), hn::InterleaveLower(d, a, b));
+        return hn::BitCast(Pairs(), lower + hn::BitCast(Sums(), hn::InterleaveUpper(d, a, b)));
+    };
+    const auto all = added(Pairs(), added(Sums(), s[0], s[1]), added(Sums(), s[2], s[3]));
+    const auto four = fourSums(hn::BitCast(Sums(), all)) + hn::Set(kFourOf32, kHalf);
+    hn::StoreU(hn::DemoteTo(FourOf16(), hn::ShiftRight<kResampleQ>(four)), FourOf16(), y);
 }
 
 template <int Taps>
@@ -169,8 +178,8 @@ void exactOf(const Polyphase& bank, int start, const int16_t* x, int16_t* y, int
     Walk walk(bank, start, x);
     int i = 0;
     for (; i + 4 <= n; i += 4) {
-        V s[4];
-        for (V& sum : s) {
+        hn::Vec<Sums> s[4];
+        for (auto& sum : s) {
             sum = dot<Taps>(walk.row(), walk.x());
             walk.next();
         }
@@ -209,13 +218,13 @@ void blended(const int16_t* rows, uint64_t start, uint64_t step, const int16_t* 
     BlendWalk walk(rows, start, step, x);
     int i = 0;
     for (; i + 4 <= n; i += 4) {
-        V s[4];
-        for (V& sum : s) {
+        hn::Vec<Sums> s[4];
+        for (auto& sum : s) {
             const int16_t* row = walk.row();
             const int weight = walk.weight();
-            sum = spread(0);
+            sum = hn::Zero(Sums());
             for (int j = 0; j < kBlendTaps; j += kStep) {
-                sum = plus(sum, blendedProducts(row + j, weight, walk.x() + j));
+                sum = sum + blendedProducts(row + j, weight, walk.x() + j);
             }
             walk.next();
         }
@@ -233,7 +242,8 @@ void addAll(const int16_t* a, const int16_t* b, int16_t* y, int n) {
     int i = 0;
 #if VEK_LEVEL > 0
     for (; i + 8 <= n; i += 8) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + i), _mm_adds_epi16(load8(a + i), load8(b + i)));
+        const auto v = hn::SaturatedAdd(hn::LoadU(kEightOf16, a + i), hn::LoadU(kEightOf16, b + i));
+        hn::StoreU(v, kEightOf16, y + i);
     }
 #endif
     for (; i < n; ++i) {
@@ -245,7 +255,8 @@ void subtractAll(const int16_t* a, const int16_t* b, int16_t* y, int n) {
     int i = 0;
 #if VEK_LEVEL > 0
     for (; i + 8 <= n; i += 8) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + i), _mm_subs_epi16(load8(a + i), load8(b + i)));
+        const auto v = hn::SaturatedSub(hn::LoadU(kEightOf16, a + i), hn::LoadU(kEightOf16, b + i));
+        hn::StoreU(v, kEightOf16, y + i);
     }
 #endif
     for (; i < n; ++i) {

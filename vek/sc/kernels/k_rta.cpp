@@ -1,16 +1,16 @@
 // Kernels of the real-time audio codec. Sums have the same order at all levels, and so the same bits.
 #include "sc/kernels/rta.h"
 
-#include "sc/kernels/simdf.h"
+#include "sc/kernels/numbers.h"
 
 namespace vek {
 namespace {
 
-using namespace simd;
+using namespace numbers;
 
 // Takes what is below 1e-20 away, and nothing of what is above 1e-6.
 VEK_INLINE F8 withoutDust(F8 a) {
-    const F8 level = setf(1e-13F);
+    const F8 level = set1(1e-13F);
     return (a + level) - level;
 }
 
@@ -21,17 +21,17 @@ void filterBlocks(const BlockFilter& f, float* states, const float* x, float* y,
     }
     int i = 0;
     for (; i + 8 <= n; i += 8) {
-        F8 out = setf(0);
-        F8 next = setf(0);
+        F8 out = set1(0.0F);
+        F8 next = set1(0.0F);
         for (int j = 0; j < 8; ++j) {
-            const F8 in = setf(x[i + j]);
+            const F8 in = set1(x[i + j]);
             out = out + load(f.response[j]) * in;
             next = next + load(f.drive[j]) * in;
         }
-        F8 outOfStates = setf(0);
-        F8 nextOfStates = setf(0);
+        F8 outOfStates = set1(0.0F);
+        F8 nextOfStates = set1(0.0F);
         for (int m = 0; m < f.states; ++m) {
-            const F8 state = setf(s[m]);
+            const F8 state = set1(s[m]);
             outOfStates = outOfStates + load(f.out[m]) * state;
             nextOfStates = nextOfStates + load(f.step[m]) * state;
         }
@@ -66,10 +66,10 @@ VEK_INLINE float total(F8 a) {
 }
 
 CommonSums addResponse(float* y, const float* h, float v, const float* x, const float* z, int n) {
-    const F8 factor = setf(v);
-    F8 target = setf(0);
-    F8 other = setf(0);
-    F8 energy = setf(0);
+    const F8 factor = set1(v);
+    F8 target = set1(0.0F);
+    F8 other = set1(0.0F);
+    F8 energy = set1(0.0F);
     for (int i = 0; i < n; i += 8) {
         const F8 now = load(y + i) + factor * load(h + i);
         store(y + i, now);
@@ -82,10 +82,10 @@ CommonSums addResponse(float* y, const float* h, float v, const float* x, const 
 
 void distances(const float* book, int entries, int dim, const float* t, const float* w, float* out) {
     for (int e = 0; e < entries; e += 8) {
-        F8 sum = setf(0);
+        F8 sum = set1(0.0F);
         for (int d = 0; d < dim; ++d) {
-            const F8 difference = setf(t[d]) - load(book + d * entries + e);
-            sum = sum + setf(w[d]) * (difference * difference);
+            const F8 difference = set1(t[d]) - load(book + d * entries + e);
+            sum = sum + set1(w[d]) * (difference * difference);
         }
         store(out + e, sum);
     }

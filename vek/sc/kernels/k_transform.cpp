@@ -6,12 +6,11 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/kernels/complexlanes.h"
-#include "sc/kernels/lanes.h"
 
 namespace vek {
 namespace {
 
-using namespace simd;
+using namespace numbers;
 
 using C8 = Complex<V8>;
 
@@ -265,21 +264,37 @@ void overlap(const int32_t* u, int16_t* previous, const int32_t* w, int shift, i
 
 constexpr int kLeastWideShift = 2;
 
+using EightOf32 = hn::CappedTag<int32_t, 8>;
+constexpr EightOf32 kEightOf32;
+
+// The upper 32 bits of the products of all lanes, `half` added to their 64.
+VEK_INLINE hn::Vec<EightOf32> timesHigh(hn::Vec<EightOf32> a, hn::Vec<EightOf32> b, int64_t half) {
+    const hn::RepartitionToWide<EightOf32> d64;
+    const hn::RebindToUnsigned<decltype(d64)> bits;
+    const auto h = hn::Set(d64, half);
+    const auto even = hn::ShiftRight<32>(hn::BitCast(bits, hn::MulEven(a, b) + h));
+    return hn::OddEven(hn::BitCast(kEightOf32, mulOdd(a, b) + h), hn::BitCast(kEightOf32, even));
+}
+
 // The same of the upper 32 bits of the sums, which hold what shifts from kLeastWideShift on leave.
 void overlapWide(const int32_t* u, int16_t* previous, const int32_t* w, int shift, int16_t* y) {
-    using namespace lanes;
+    using V = hn::Vec<EightOf32>;
+    constexpr int lanes = kLanesOf<EightOf32>;
+    const hn::Rebind<int16_t, EightOf32> samples;
     const int64_t half = int64_t{1} << (29 + shift);
+    const auto at = [](const int32_t* p) { return hn::LoadU(kEightOf32, p); };
+    const auto backwards = [](const int32_t* p) { return reverse(hn::LoadU(kEightOf32, p - lanes + 1)); };
+    const auto minus = [](V v) { return hn::Zero(kEightOf32) - v; };
     const auto weighted = [half, shift](V v, V window) {
-        return downBy(timesHigh(v, window, half), shift - kLeastWideShift);
+        return hn::ShiftRightSame(timesHigh(v, window, half), shift - kLeastWideShift);
     };
-    const auto backwards = [](const int32_t* p) { return reversed(loadAll(p - kLanes + 1)); };
-    const auto minusOf = [](V v) { return minus(spread(0), v); };
-    for (int n = 0; n < kFrame; n += kLanes) {
+    for (int n = 0; n < kFrame; n += lanes) {
         const bool first = n < kHalfFrame;
-        const V now = first ? loadAll(u + kHalfFrame + n) : minusOf(backwards(u + kFrame + kHalfFrame - 1 - n));
-        const V next = minusOf(first ? backwards(u + kHalfFrame - 1 - n) : loadAll(u + n - kHalfFrame));
-        storeNarrow(y + n, plus(widened(previous + n), weighted(now, loadAll(w + n))));
-        storeNarrow(previous + n, weighted(next, backwards(w + kFrame - 1 - n)));
+        const V now = first ? at(u + kHalfFrame + n) : minus(backwards(u + kFrame + kHalfFrame - 1 - n));
+        const V next = minus(first ? backwards(u + kHalfFrame - 1 - n) : at(u + n - kHalfFrame));
+        const V sum = hn::PromoteTo(kEightOf32, hn::LoadU(samples, previous + n)) + weighted(now, at(w + n));
+        hn::StoreU(hn::DemoteTo(samples, sum), samples, y + n);
+        hn::StoreU(hn::DemoteTo(samples, weighted(next, backwards(w + kFrame - 1 - n))), samples, previous + n);
     }
 }
 

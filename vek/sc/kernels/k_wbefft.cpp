@@ -11,7 +11,7 @@
 namespace vek {
 namespace {
 
-using namespace simd;
+using namespace numbers;
 
 using Cf8 = Complex<F8>;
 
@@ -67,8 +67,8 @@ VEK_INLINE_WIDE void dft(C (&x)[2]) {
 template <class C>
 VEK_INLINE_WIDE void dft(C (&x)[3]) {
     const C sum = x[1] + x[2];
-    const C side = (x[1] - x[2]) * setf(0.866025404F); // sin(2 pi / 3)
-    const C middle = x[0] - sum * setf(0.5F);
+    const C side = (x[1] - x[2]) * set1(0.866025404F); // sin(2 pi / 3)
+    const C middle = x[0] - sum * set1(0.5F);
     x[0] = x[0] + sum;
     x[1] = minusJ(middle, side);
     x[2] = plusJ(middle, side);
@@ -83,7 +83,7 @@ VEK_INLINE_WIDE void dft(C (&x)[8]) {
     C odd[4] = {x[1], x[3], x[5], x[7]};
     dft(even);
     dft(odd);
-    const F8 r = setf(0.707106781F);
+    const F8 r = set1(0.707106781F);
     const C o1 = minusJ(odd[1], odd[1]) * r;
     const C o3 = plusJ(odd[3], odd[3]) * r; // negative
     joinHalves(x, even, odd, o1);
@@ -101,10 +101,10 @@ VEK_INLINE_WIDE void dft(Cf8 (&x)[9]) {
     dft(row1);
     dft(row2);
     // exp(-2 pi j k / 9) for k = 1, 2, 4.
-    row1[1] = rotate(row1[1], setf(0.766044443F), setf(-0.642787610F));
-    row1[2] = rotate(row1[2], setf(0.173648178F), setf(-0.984807753F));
-    row2[1] = rotate(row2[1], setf(0.173648178F), setf(-0.984807753F));
-    row2[2] = rotate(row2[2], setf(-0.939692621F), setf(-0.342020143F));
+    row1[1] = rotate(row1[1], set1(0.766044443F), set1(-0.642787610F));
+    row1[2] = rotate(row1[2], set1(0.173648178F), set1(-0.984807753F));
+    row2[1] = rotate(row2[1], set1(0.173648178F), set1(-0.984807753F));
+    row2[2] = rotate(row2[2], set1(-0.939692621F), set1(-0.342020143F));
     for (int c = 0; c < 3; ++c) {
         Cf8 y[3] = {row0[c], row1[c], row2[c]};
         dft(y);
@@ -180,8 +180,8 @@ VEK_INLINE void complexFft24(const RealFftTable<3>& t, const float* srcRe, const
         rows[k] = turned.re;
         rows[4 + k] = turned.im;
     }
-    rows[3] = setf(0);
-    rows[7] = setf(0);
+    rows[3] = set1(0.0F);
+    rows[7] = set1(0.0F);
     transpose(rows);
     for (int k = 0; k < 8; ++k) {
         x[k] = {rows[k]};
@@ -225,7 +225,7 @@ void forwardOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
     complexFft<M>(t, re, im, zRe, zIm);
     zRe[half] = zRe[0];
     zIm[half] = zIm[0];
-    const F8 scale = setf(t.scale * 0.5F);
+    const F8 scale = set1(t.scale * 0.5F);
     for (int k = 0; k < half; k += 8) {
         const Cf8 z = loadC(zRe + k, zIm + k);
         const Cf8 m = {reverse(load(zRe + half - 7 - k)), reverse(load(zIm + half - 7 - k))}; // Z(half - k)
@@ -235,7 +235,7 @@ void forwardOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
         storePairs(dst + 2 * k, toInt(x.re), toInt(x.im));
     }
     int16_t nyquist[16];
-    const V8 difference = toInt((setf(zRe[0]) - setf(zIm[0])) * setf(t.scale));
+    const V8 difference = toInt((set1(zRe[0]) - set1(zIm[0])) * set1(t.scale));
     storePairs(nyquist, difference, difference);
     dst[1] = nyquist[0];
 }
@@ -255,7 +255,7 @@ void inverseOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
     }
     first[1] = 0;
     last[14] = src[1];
-    const F8 scale = setf(t.scale);
+    const F8 scale = set1(t.scale);
     const auto unsplit = [&](int k, Cf8 x, Cf8 m) { // m: X(half - k)
         const Cf8 even = {x.re + m.re, x.im - m.im};
         const Cf8 odd = {x.re - m.re, x.im + m.im};

@@ -1,11 +1,12 @@
-// Kernels of single loops, which the compiler spreads over the registers of each level by itself: what is done to each
-// sample of a subframe, filters of a fixed number of taps, correlations of pairs, cosines. The same integers and floats
-// at all levels.
+// Kernels of single loops, most of which the compiler spreads over the registers of each level by itself: what is done
+// to each sample of a subframe, filters of a fixed number of taps, correlations of pairs, cosines. The same integers
+// and floats at all levels.
 #pragma once
 
 #include <cstdint>
 
 #include "sc/kernels/kernels.h"
+#include "vekdefs.h"
 
 namespace vek {
 
@@ -14,13 +15,12 @@ constexpr int kLoopTaps = 20;
 constexpr int kLeastOutputs = 8;
 constexpr int kPairs = 30;
 constexpr int kPairRow = 32;
-constexpr int kAngles = 16;
 
 struct LoopKernels {
     // y[i] = sat16(x[i] - sat16((d[i] * g) >> 14)), kLoopSubframe samples; y may be x.
-    void (*lessScaled16)(const int16_t* x, const int16_t* d, int g, int16_t* y);
+    void (*lessScaled16)(int g, const int16_t* d, const int16_t* x, int16_t* y);
     // y[i] = x[i] - g * d[i], kLoopSubframe samples; y may be x.
-    void (*lessScaled32f)(const float* x, const float* d, float g, float* y);
+    void (*lessScaled32f)(float g, const float* d, const float* x, float* y);
     // Sum of |x[i]|, kLoopSubframe samples.
     int32_t (*magnitudes16)(const int16_t* x);
     // g = ((g * keep) >> 15) + fresh, x[i] = sat16((x[i] * g + 2^13) >> 14), kLoopSubframe samples; returns the last g.
@@ -31,8 +31,13 @@ struct LoopKernels {
     void (*lessPrevious32f)(float* x, float g, int n);
     // y[i] = y[i-1] + v * h[i], i = 1..n-1, of what y held before.
     void (*moveUp32f)(float* y, const float* h, float v, int n);
-    // y[i] = sat16((side * (x[i-1] + x[i+1]) + middle * x[i] + 2^14) >> 15), y apart from x; 2 |side| + |middle| is
-    // 2^15 at most.
+    // y[i] = sat16((x1[i] * v1 + x2[i] * v2 + half) >> q), y may be x1 or x2; v1 and v2 have 16 bits, and no sum leaves
+    // 32. Gives vekStsNoErr, for a public function to end with a jump to it.
+    VekStatus (*weighted16)(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half);
+    // y[i] = x1[i] * v1 + x2[i] * v2, y may be x1 or x2. Gives vekStsNoErr.
+    VekStatus (*weighted32f)(const float* x1, float v1, const float* x2, float v2, float* y, int n);
+    // y[i] = sat16((side * (x[i-1] + x[i+1]) + middle * x[i] + 2^14) >> 15), y apart from x; side and middle have 16
+    // bits, 2 |side| + |middle| is 2^15 at most.
     void (*threeTaps)(int side, int middle, const int16_t* x, int16_t* y, int n);
     // y[i] = sat16(((x[i] * 2^15 + mu * x[i-1]) * gain + 2^28) >> 29), kLoopSubframe samples; y may be x. |mu| is below
     // 2^15, gain at most 2^18.
@@ -48,8 +53,8 @@ struct LoopKernels {
     void (*slide16)(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* sums);
     // Sum of the squares of x[i] - y[i].
     int64_t (*squaredDistance16)(const int16_t* x, const int16_t* y, int n);
-    // Cosines of kAngles angles between 0 and 3.15, within 10^-11.
-    void (*cosines)(const float* angles, double* c);
+    // Cosines of n angles, an even number, within 10^-11 where it tells that all are between 0 and 3.15.
+    bool (*cosines)(const float* angles, int n, double* c);
 };
 
 VEK_KERNEL_PICK(LoopKernels, loopKernels)

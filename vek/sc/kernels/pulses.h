@@ -31,10 +31,15 @@ struct PulseField {
     alignas(32) int16_t rr[kPulsePositions * 64];
 };
 
-struct PulseKernels {
+struct PulseFieldKernels {
     // Energies of a response and the correlations of the responses from two positions, with their signs (32767 or
     // -32767), on five tracks or four. No sum of the response's products may leave 32 bits when doubled.
     void (*field)(const int16_t* h, const int16_t* sign, int tracks, PulseField& field);
+};
+
+VEK_KERNEL_PICK(PulseFieldKernels, pulseFieldKernels)
+
+struct PulseKernels {
     // Chains of two to four single pulses on five tracks.
     void (*chains)(const PulseField& field, const PulseChain* chains, int count, int pulses, Pulse* best);
     // Pairs nested behind the two strongest: twelve or ten pulses on five tracks, eight on four. tracks[0..pulses-1]

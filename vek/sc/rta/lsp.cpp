@@ -105,18 +105,15 @@ bool pairsOf(const double (&f)[2][kMostPairs + 1], int half, const Grid<N>& g, f
     return true;
 }
 
-static_assert(kMostOrder == kAngles);
+// Known counts of pairs are quicker.
+using ToCoefficients = void (*)(const double* cosines, float* a);
+constexpr ToCoefficients kToCoefficients[kMostPairs] = {
+    pairsToCoefficients<1>, pairsToCoefficients<2>, pairsToCoefficients<3>, pairsToCoefficients<4>,
+    pairsToCoefficients<5>, pairsToCoefficients<6>, pairsToCoefficients<7>, pairsToCoefficients<8>};
 
 // The kernel's series holds for angles of the half circle alone.
-void cosinesOf(const float* lsp, int order, double (&cosines)[kAngles]) {
-    float angles[kAngles] = {};
-    bool inside = true;
-    for (int i = 0; i < order; ++i) {
-        angles[i] = lsp[i];
-        inside = inside && lsp[i] >= 0 && lsp[i] <= 3.15F;
-    }
-    if (inside) {
-        loopKernels().cosines(angles, cosines);
+void cosinesOf(const float* lsp, int order, double (&cosines)[kMostOrder]) {
+    if (loopKernels().cosines(lsp, order, cosines)) {
         return;
     }
     for (int i = 0; i < order; ++i) {
@@ -158,17 +155,6 @@ VekStatus veksLSPToLPC_RTA_32f(const Vek32f* pSrcLSP, Vek32f* pDstLPC, int order
     }
     double cosines[kMostOrder];
     cosinesOf(pSrcLSP, order, cosines);
-    // Known counts are quicker.
-    switch (order) {
-    case 10:
-        pairsToCoefficients<5>(cosines, 5, pDstLPC);
-        break;
-    case 16:
-        pairsToCoefficients<8>(cosines, 8, pDstLPC);
-        break;
-    default:
-        pairsToCoefficients<kMostPairs>(cosines, order / 2, pDstLPC);
-        break;
-    }
+    kToCoefficients[order / 2 - 1](cosines, pDstLPC);
     return vekStsNoErr;
 }
