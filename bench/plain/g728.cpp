@@ -62,7 +62,7 @@ float scaleF = 1;
 volatile int found;
 
 // Over a vector; the memory moves with it.
-void synthesise() {
+PLAIN void synthesise() {
     float* y = pastF + kOrder;
     for (int n = 0; n < kVector; ++n) {
         float s = excF[n];
@@ -74,7 +74,7 @@ void synthesise() {
     std::memmove(pastF, pastF + kVector, kOrder * sizeof(float));
 }
 
-void window() {
+PLAIN void window() {
     std::memmove(historyF, historyF + 20, 85 * sizeof(float));
     for (int i = 0; i < 20; ++i) {
         historyF[85 + i] = frame[i];
@@ -96,7 +96,7 @@ void window() {
     }
 }
 
-void levinson(int order) {
+PLAIN void levinson(int order) {
     float e = correlationF[0];
     for (int m = 0; m < order; ++m) {
         float s = correlationF[m + 1];
@@ -115,7 +115,7 @@ void levinson(int order) {
     }
 }
 
-void search() {
+PLAIN void search() {
     constexpr float g[4] = {0.515625F, 0.90234375F, 1.57910156F, 2.76342773F};
     float least = 1e30F;
     for (int j = 0; j < kShapes; ++j) {
@@ -134,7 +134,7 @@ void search() {
     }
 }
 
-void filterShapes() {
+PLAIN void filterShapes() {
     for (int j = 0; j < kShapes; ++j) {
         float e = 0;
         for (int k = 0; k < kVector; ++k) {
@@ -149,7 +149,7 @@ void filterShapes() {
 }
 
 // Ten zeros and ten poles over a vector.
-void poleZero(const float* x) {
+void zerosAndPoles(const float* __restrict x) {
     for (int n = 0; n < kVector; ++n) {
         float s = x[n];
         inF[10 + n] = x[n];
@@ -162,8 +162,12 @@ void poleZero(const float* x) {
     std::memmove(outF, outF + kVector, 10 * sizeof(float));
 }
 
+PLAIN void poleZero(const float* __restrict x) {
+    zerosAndPoles(x);
+}
+
 // Ten zeros alone.
-void inverse(const float* x) {
+PLAIN void inverse(const float* __restrict x) {
     for (int n = 0; n < kVector; ++n) {
         float s = x[n];
         inF[10 + n] = x[n];
@@ -175,12 +179,12 @@ void inverse(const float* x) {
     std::memmove(inF, inF + kVector, 10 * sizeof(float));
 }
 
-void postFilter() {
+PLAIN void postFilter() {
     float x[kVector];
     for (int n = 0; n < kVector; ++n) {
         x[n] = 0.87F * residualF[150 + n] + 0.13F * residualF[100 + n];
     }
-    poleZero(x);
+    zerosAndPoles(x);
     float before = 0;
     float after = 0;
     for (int n = 0; n < kVector; ++n) {
@@ -213,7 +217,7 @@ int bestLag(const float* x, int n, int from, int to) {
 }
 
 // The correlations alone, without the filter before them.
-void pitch() {
+PLAIN void pitch() {
     const int coarse = bestLag(residualF + 40, 25, 5, 35);
     found = bestLag(residualF + 140, 100, std::max(4 * coarse - 3, 20), std::min(4 * coarse + 3, 140));
 }

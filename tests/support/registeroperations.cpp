@@ -261,10 +261,19 @@ void eightFloats(const float* x, float* out) {
     out = put(out, a * b);
     out = put(out, reverse(a));
     out = put(out, swapHalves(a));
-    storeHalves(out + 4, out, b);
-    out = put(out + 8, toFloat(toInt(a)));
+    out = put(out, toFloat(toInt(a)));
     out = put(out, set1(x[3]));
-    putTransposed(out, x);
+    out = putTransposed(out, x);
+    F8 triples[8];
+    for (int i = 0; i < 8; ++i) {
+        triples[i] = load(x + 8 * i);
+    }
+    F8 lower[3];
+    F8 upper[3];
+    joinTriples(triples, lower, upper);
+    for (int i = 0; i < 3; ++i) {
+        out = put(put(out, lower[i]), upper[i]);
+    }
 }
 
 template <class T>

@@ -142,6 +142,39 @@ TEST(VekLsfG723, ToPredictionCoefficientsIsTheProductOfItsFactors) {
     }
 }
 
+// As many pairs at one angle as there are: their product leaves 32 bits, where each step saturates.
+TEST(VekLsfG723, FactorsThatAllMeetSaturateInEachStep) {
+    for (const int16_t frequency : {0, 32767}) {
+        const int64_t c = frequency == 0 ? -32767 : 32767;
+        int64_t f[6] = {1 << 28, 2 * c * 16384, c * c + (int64_t{2} << 28)};
+        bool saturated = false;
+        const auto cut = [&saturated](int64_t v) {
+            saturated = saturated || clip(v, 32) != v;
+            return static_cast<int64_t>(clip(v, 32));
+        };
+        for (int size = 3; size <= 5; ++size) {
+            f[size] = cut(f[size - 2] + ((f[size - 1] * c) >> 15));
+            for (int j = size - 1; j >= 2; --j) {
+                f[j] = cut(((f[j - 1] * c) >> 15) + (f[j] >> 1) + (f[j - 2] >> 1));
+            }
+            f[0] >>= 1;
+            f[1] = (((c * 65536) >> (size - 1)) + f[1]) >> 1;
+        }
+        ASSERT_TRUE(saturated);
+        Samples want(kOrder);
+        for (int i = 0; i < kOrder / 2; ++i) {
+            const int64_t even = f[i + 1] + f[i];
+            const int64_t odd = f[i + 1] - f[i];
+            const auto rounded = [](int64_t v) { return (clip(v, 32) + 0x8000) >> 16; };
+            want[i] = static_cast<int16_t>(clip(-clip(rounded((even + odd) * 8), 16), 16));
+            want[kOrder - 1 - i] = static_cast<int16_t>(clip(-clip(rounded((even - odd) * 8), 16), 16));
+        }
+        Samples a(kOrder);
+        ASSERT_EQ(vekStsNoErr, veksLSFToLPC_G723_16s(Samples(kOrder, frequency).data(), a.data()));
+        EXPECT_EQ(want, a) << frequency;
+    }
+}
+
 TEST(VekLsfG723, FrequenciesComeBackThroughThePredictor) {
     std::mt19937 random(5);
     for (int n = 0; n < 100; ++n) {

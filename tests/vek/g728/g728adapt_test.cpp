@@ -329,6 +329,40 @@ TEST(VekG728Levinson, GoesOnFromAnyOrderToTheSameBits) {
     });
 }
 
+// Fills what a call finds on its stack.
+[[gnu::noinline]] void dirtyStack() {
+    volatile int16_t held[4096];
+    for (volatile int16_t& v : held) {
+        v = 0x5a5a;
+    }
+}
+
+TEST(VekG728Levinson, NothingHangsOnWhatLiesBehindTheCoefficients) {
+    atEveryLevel([] {
+        std::mt19937 random(5);
+        for (const int order : {7, 10, 16, 17, 31, 32, 33, 49}) {
+            const Samples r = autocorrelation(random, order);
+            Samples whole(static_cast<size_t>(order));
+            int16_t first = 0;
+            int32_t energy = 0;
+            int16_t q = 0;
+            ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G728_16s_Sfs(r.data(), order, whole.data(), &first, &energy, &q));
+            for (const int split : {1, order / 2, order - 1}) {
+                Samples a(whole.size());
+                int32_t left = 0;
+                int16_t scale = 0;
+                dirtyStack();
+                ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G728_16s_ISfs(r.data(), 0, split, a.data(), &left, &scale));
+                dirtyStack();
+                ASSERT_EQ(vekStsNoErr,
+                          veksLevinsonDurbin_G728_16s_ISfs(r.data(), split, order, a.data(), &left, &scale));
+                ASSERT_EQ(a, whole) << order << " from " << split;
+                ASSERT_EQ(left, energy);
+            }
+        }
+    });
+}
+
 // Autocorrelation of the all-pole filter with these reflection coefficients, 0 from there on.
 Samples ofReflections(const Reals& k, size_t order) {
     Reals r = {1};

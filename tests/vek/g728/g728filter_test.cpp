@@ -53,13 +53,15 @@ TEST(VekG728Weighting, LoudSumsSaturate) {
     Samples c(20);
     c[0] = 16384;
     c[10] = -16000;
-    const Samples x(60, 32767);
-    Weighting memory(veksIIR16sGetStateSize_G728_16s);
-    ASSERT_EQ(vekStsNoErr, veksIIR16sInit_G728_16s(memory));
-    Samples y(60);
-    ASSERT_EQ(vekStsNoErr, veksIIR16s_G728_16s(c.data(), x.data(), y.data(), 60, memory));
-    EXPECT_EQ(y[59], 32767);
-    EXPECT_EQ(y, weighted(c, x));
+    for (const int16_t loud : {32767, -32768}) {
+        const Samples x(60, loud);
+        Weighting memory(veksIIR16sGetStateSize_G728_16s);
+        ASSERT_EQ(vekStsNoErr, veksIIR16sInit_G728_16s(memory));
+        Samples y(60);
+        ASSERT_EQ(vekStsNoErr, veksIIR16s_G728_16s(c.data(), x.data(), y.data(), 60, memory));
+        EXPECT_EQ(y[59], loud);
+        EXPECT_EQ(y, weighted(c, x));
+    }
 }
 
 TEST(VekG728Weighting, LowestCoefficientsOfLowestSamplesDoNotWrap) {
@@ -366,6 +368,24 @@ TEST(VekG728PostFilter, WithoutCoefficientsGivesTheSignal) {
         ASSERT_EQ(vekStsNoErr, veksPostFilter_G728_16s(16384, 0, 140, 0, c.data(), x.data() + 5 * v, y, memory));
         for (size_t k = 0; k < 5; ++k) {
             ASSERT_NEAR(y[k], x[5 * v + k], 2) << v; // shares of 0.99 and 0.01 in 15 bits
+        }
+    }
+}
+
+TEST(VekG728PostFilter, EachOfItsStepsSaturates) {
+    const Samples c(20);
+    for (const int16_t loud : {32767, -32768}) {
+        const Samples x(150, loud);
+        Post memory(veksPostFilterGetStateSize_G728_16s);
+        ASSERT_EQ(vekStsNoErr, veksPostFilterInit_G728_16s(memory));
+        for (int round = 0; round < 3; ++round) {
+            // Raised by the long-term part and doubled by the tilt, at the level of the input.
+            int16_t y[5];
+            ASSERT_EQ(vekStsNoErr,
+                      veksPostFilter_G728_16s(16384, 16384, 20, 16384, c.data(), x.data() + 140, y, memory));
+            for (const int16_t v : y) {
+                EXPECT_EQ(loud, v) << round;
+            }
         }
     }
 }

@@ -1,8 +1,11 @@
 // Pre-emphasis, recursion and spectral conversions against their definitions in double precision.
 #include "lp_reference.h"
 
+#include <algorithm>
 #include <cmath>
 
+#include "sc/common/fixmath.h"
+#include "sc/g729/lsptables.h"
 #include "veksc.h"
 
 namespace {
@@ -316,6 +319,38 @@ TEST(VekSpectralPairs, HaveTheBitsOfTheSearchWrittenOut) {
         }
         EXPECT_GT(whole, 500);
     });
+}
+
+// A pair that lies above the one before it is measured from the step of that one, or of an earlier one: steps are only
+// ever left downwards.
+TEST(VekSpectralPairs, OutOfOrderAreMeasuredFromTheStepThatWasReached) {
+    using namespace vek;
+    std::mt19937 random(12);
+    std::uniform_int_distribution<int> any(-32768, 32767);
+    for (int round = 0; round < 2000; ++round) {
+        Samples lsp(10);
+        for (int16_t& v : lsp) {
+            v = static_cast<int16_t>(any(random));
+        }
+        if (round % 2 == 0) {
+            std::sort(lsp.rbegin(), lsp.rend());
+            std::swap(lsp[static_cast<size_t>(round) % 9], lsp[static_cast<size_t>(round) % 9 + 1]);
+        }
+        Samples norm(10), wide(10), want(10), wantWide(10);
+        int place = 63;
+        for (size_t i = 10; i-- > 0;) {
+            while (g729::kCos[place] < lsp[i]) {
+                --place;
+            }
+            const int product = g729::kAcosSlope[place] * fix::sub(lsp[i], g729::kCos[place]);
+            want[i] = fix::sat16((product + place * (1 << 20) + 0x800) >> 12);
+            wantWide[i] = fix::mult(fix::sat16(place * 512 + fix::extract_l(product >> 11)), 25736);
+        }
+        ASSERT_EQ(vekStsNoErr, veksLSPToLSF_Norm_G729_16s(lsp.data(), norm.data()));
+        ASSERT_EQ(vekStsNoErr, veksLSPToLSF_G729_16s(lsp.data(), wide.data()));
+        ASSERT_EQ(want, norm) << round;
+        ASSERT_EQ(wantWide, wide) << round;
+    }
 }
 
 TEST(VekSpectralPairs, RefuseNull) {

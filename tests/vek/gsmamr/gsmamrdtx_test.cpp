@@ -84,6 +84,17 @@ TEST(VekAmrDtxHandler, HangsOverSevenFramesAfterLongSpeechAndNoneAfterShort) {
     EXPECT_EQ(6, hangover);
 }
 
+TEST(VekAmrDtxHandler, TheCountOfFramesStaysAtItsLargest) {
+    int16_t hangover = 0;
+    int16_t elapsed = 32766;
+    int16_t sid = 9;
+    VekSpchBitRate mode = VEK_SPCHBR_7400;
+    for (int f = 0; f < 3; ++f) {
+        EXPECT_EQ(0, veksEncDTXHandler_GSMAMR_16s(&hangover, &elapsed, &mode, &sid, 1));
+        EXPECT_EQ(32767, elapsed) << f;
+    }
+}
+
 TEST(VekAmrDtxHandler, RefusesNullAndANegativeHangover) {
     int16_t hangover = 3;
     int16_t elapsed = 4;

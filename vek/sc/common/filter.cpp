@@ -90,7 +90,7 @@ VekStatus veksHarmonicFilter_32f_I(int T, Vek32f* pSrcDst, int len, Vek32f beta)
         return status;
     }
     return inStretches(pSrcDst, T, len, [beta](Vek32f* x, const Vek32f* d, int n) {
-        return filterKernels().addScaled32f(x, d, beta, x, n);
+        return loopKernels().addScaled32f(x, d, beta, x, n);
     });
 }
 

@@ -69,18 +69,17 @@ bool step(Levinson& now, const Vek16s* r) {
     return true;
 }
 
-// What of `to` steps up to an order reach: the registers of one of up to 32 coefficients go no further.
+// As much as steps up to an order reach.
 void clear(Vek16s* to, int order) {
-    constexpr int few = 32;
-    if (order <= few) {
-        std::memset(to, 0, few * sizeof(Vek16s));
+    if (order <= kPredictFew) {
+        std::memset(to, 0, kPredictFew * sizeof(Vek16s));
     } else {
         std::memset(to, 0, kSpan * sizeof(Vek16s));
     }
 }
 
-// The autocorrelation backwards with zeros behind it. It is the first thing made: a step reads its elements all at
-// once, which it cannot before each of them, and all that was written earlier, has left the processor.
+// The autocorrelation backwards with zeros behind it. It is the first thing made: steps read elements all at once,
+// which they cannot before each of them, and all that was written earlier, has left the processor.
 struct Backwards {
     Vek16s r[kOrder + kSpan];
     bool quick;

@@ -1,11 +1,12 @@
 // Long-term postfilter, short-term postfilter with its tilt, and the control of the level.
+#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
-#include "sc/common/fixmath.h"
+#include "sc/common/cutsum.h"
 #include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
+#include "sc/g728/pastsamples.h"
 #include "sc/g728/tables.h"
 #include "sc/kernels/g728.h"
 #include "veksc_g728.h"
@@ -32,6 +33,12 @@ struct Post {
 };
 using PostState = Marked<Post, 0x50463238>;
 
+// In 32 bits, where compilers otherwise choose 16 and widen the result.
+inline int magnitude(int v) {
+    const int sign = v >> 31;
+    return (v ^ sign) - sign;
+}
+
 } // namespace
 
 VekStatus veksPostFilterGetStateSize_G728_16s(int* pSize) {
@@ -50,30 +57,40 @@ VekStatus veksPostFilter_G728_16s(Vek16s gl, Vek16s glb, int kp, Vek16s tiltz, c
     if (kp < kLeastPitch || kp > kMostPitch) {
         return vekStsRangeErr;
     }
-    PostState state;
-    if (!state.take(pMem)) {
+    // In the caller's memory: a copy of the whole would be read in other pieces than it is written in.
+    uint32_t mark = 0;
+    auto* memory = reinterpret_cast<Vek8u*>(pMem);
+    std::memcpy(&mark, memory + offsetof(PostState, mark), sizeof mark);
+    if (mark != PostState::kMark) {
         return vekStsStateErr;
     }
-    Post& post = state.content;
+    Vek8u* content = memory + offsetof(PostState, content);
+    Vek8u* pastIn = content + offsetof(Post, in);
+    Vek8u* pastOut = content + offsetof(Post, out);
     // In the order of time, with the ten samples before.
     Vek16s in[kShortOrder + kVector];
     Vek16s out[kShortOrder + kVector];
-    std::memcpy(in, post.in, sizeof post.in);
-    std::memcpy(out, post.out, sizeof post.out);
-    Vek16s filtered[kVector];
+    std::memcpy(in, pastIn, kShortOrder * sizeof(Vek16s));
+    std::memcpy(out, pastOut, kShortOrder * sizeof(Vek16s));
+    int filtered[kVector];
+    const Vek16s* periodBefore = pSrc - kp;
     int before = 0;
     int after = 0;
+#pragma GCC unroll 5
     for (int k = 0; k < kVector; ++k) {
-        const int64_t longTerm = int64_t{gl} * 4 * pSrc[k] + int64_t{glb} * pSrc[k - kp]; // Q16
-        in[kShortOrder + k] = fix::sat16_64((longTerm + (1 << 15)) >> 16);
+        const int64_t longTerm = int64_t{gl} * 4 * pSrc[k] + int64_t{glb} * periodBefore[k]; // Q16
+        in[kShortOrder + k] = static_cast<Vek16s>(cut16((longTerm + (1 << 15)) >> 16));
     }
     g728Kernels().poleZero(pCoeffs, in, out);
+    std::memcpy(pastIn, in + kVector, kShortOrder * sizeof(Vek16s));
+    moveOn(pastOut, out + kShortOrder); // which the next vector waits for
+#pragma GCC unroll 5
     for (int k = 0; k < kVector; ++k) {
         const int at = kShortOrder + k;
-        const int64_t tilted = (int64_t{out[at]} << kShift) + int64_t{tiltz} * out[at - 1] + kHalf;
-        filtered[k] = fix::sat16_64(tilted >> kShift);
-        before += std::abs(int{pSrc[k]});
-        after += std::abs(int{filtered[k]});
+        const int tilted = out[at] * (1 << kShift) + tiltz * out[at - 1] + kHalf;
+        filtered[k] = static_cast<int>(cut16(tilted >> kShift));
+        before += magnitude(pSrc[k]);
+        after += magnitude(filtered[k]);
     }
     // The filtered vector counts from a magnitude of 1 on, which is 4 in Q2; no scale above 32 is needed.
     int64_t scale = kOne;
@@ -81,12 +98,13 @@ VekStatus veksPostFilter_G728_16s(Vek16s gl, Vek16s glb, int kp, Vek16s tiltz, c
         // With 48 bits at most, the quotient of the doubles is cut off as that of the integers is.
         scale = static_cast<int64_t>(static_cast<double>(int64_t{before} << 30) / after);
     }
+    int64_t moving = 0;
+    std::memcpy(&moving, content + offsetof(Post, scale), sizeof moving);
+#pragma GCC unroll 5
     for (int k = 0; k < kVector; ++k) {
-        post.scale = (post.scale * kSteady + scale * kFresh) >> 15;
-        pDst[k] = fix::sat16_64((((post.scale + (1 << 14)) >> 15) * filtered[k] + (1 << 14)) >> 15);
+        moving = (moving * kSteady + scale * kFresh) >> 15;
+        pDst[k] = static_cast<Vek16s>(cut16((((moving + (1 << 14)) >> 15) * filtered[k] + (1 << 14)) >> 15));
     }
-    std::memcpy(post.in, in + kVector, sizeof post.in);
-    std::memcpy(post.out, out + kVector, sizeof post.out);
-    state.give(pMem);
+    std::memcpy(content + offsetof(Post, scale), &moving, sizeof moving);
     return vekStsNoErr;
 }

@@ -65,7 +65,10 @@ VekStatus veksEncDTXHandler_GSMAMR_16s(Vek16s* pValResultHangOverCount, Vek16s* 
         return vekStsRangeErr;
     }
     *pResultSidFlag = 0;
-    *pValResultDtxElapseCount = add(*pValResultDtxElapseCount, 1);
+    // A branch keeps the saturation out of the way from count to count.
+    if (*pValResultDtxElapseCount < INT16_MAX) [[likely]] {
+        ++*pValResultDtxElapseCount;
+    }
     if (vadFlag != 0) {
         *pValResultHangOverCount = kHangoverFrames;
     } else if (*pValResultHangOverCount == 0) {

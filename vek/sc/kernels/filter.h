@@ -40,7 +40,6 @@ struct FilterKernels {
     void (*gather16)(const int32_t* rows, const uint16_t* index, int16_t* dst, int n);
     // y[k] = sum over i of (c[i] * f2[40 + k - i]) >> 15, saturated at each step; 40 elements, f2 is 40 twice.
     void (*circular40)(const int16_t* c, const int16_t* f2, int16_t* y);
-    VekStatus (*addScaled32f)(const float* x, const float* d, float b, float* y, int n);
     // y[0] = x[0], y[i] = (x[i] * p + 2^14) >> 15 with the powers p of c, each rounded likewise from the one before.
     // Not for c = -32768.
     VekStatus (*powers)(const int16_t* x, int c, int16_t* y, int n);

@@ -12,8 +12,11 @@ namespace vek {
 constexpr int kPredictSpan = 64;
 constexpr int kPredictCoeffs = kPredictSpan + 16;
 
-// A prediction filter of an order on the way to a higher one: coefficients with q fraction bits, zeros behind them, the
-// same from the last one on, the energy that they leave, and the first reflection, Q15.
+// As far as registers reach in a recursion to an order up to this; in a longer one to kPredictSpan.
+constexpr int kPredictFew = 32;
+
+// A prediction filter of an order on the way to a higher one: coefficients with q fraction bits, zeros behind them as
+// far as registers reach, the same from the last one on, the energy that they leave, and the first reflection, Q15.
 struct Levinson {
     int16_t forward[kPredictCoeffs];
     int16_t backward[kPredictCoeffs];
@@ -44,7 +47,8 @@ struct G728Kernels {
     // y[k] = x[10+k] + sum of c[i] * x[9+k-i], i = 0..9, Q13, rounded and saturated; k = 0..4.
     void (*zeros)(const int16_t* c, const int16_t* x, int16_t* y);
     // Levinson's recursion to an order, or up to a step that finds no reflection below 1 or coefficients that need more
-    // than 16 bits. rBack[i] = r[order - i], i = 0..order-1, with kPredictSpan zeros behind; all are above -32768.
+    // than 16 bits. rBack[i] = r[order - i], i = 0..order-1, with as many zeros behind as registers reach; all are
+    // above -32768.
     void (*recurse)(Levinson& filter, const int16_t* rBack, int order);
     // Energies in Q5 of n shapes (a multiple of 8) through the impulse response h, 5 samples, Q13. A shape book holds
     // for all shapes the first two samples in turn, then the next two, then the last one and 0.

@@ -24,7 +24,7 @@ struct Kind<double> {
 };
 
 template <typename T, typename V>
-VEK_INLINE void fft8(Complex<V>* x) {
+VEK_INLINE_WIDE void fft8(Complex<V>* x) {
     Complex<V> even[4] = {x[0], x[2], x[4], x[6]};
     Complex<V> odd[4] = {x[1], x[3], x[5], x[7]};
     fft4(even);
@@ -38,7 +38,7 @@ VEK_INLINE void fft8(Complex<V>* x) {
 }
 
 template <int Rows, typename T, typename V>
-VEK_INLINE void fourRows(Complex<V>* x, T* outRe, T* outIm) {
+VEK_INLINE_WIDE void fourRows(Complex<V>* x, T* outRe, T* outIm) {
     transpose(x[0].re, x[1].re, x[2].re, x[3].re);
     transpose(x[0].im, x[1].im, x[2].im, x[3].im);
     fft4(x);
@@ -50,7 +50,7 @@ VEK_INLINE void fourRows(Complex<V>* x, T* outRe, T* outIm) {
 
 // Forward transform of 4 * Rows points; the backward one with the parts of each number exchanged.
 template <int Rows, typename T>
-VEK_INLINE void transform(const FoldTable<T>& t, const T* re, const T* im, T* outRe, T* outIm) {
+VEK_INLINE_WIDE void transform(const FoldTable<T>& t, const T* re, const T* im, T* outRe, T* outIm) {
     using V = typename Kind<T>::Vector;
     Complex<V> x[Rows];
     for (int r = 0; r < Rows; ++r) {
@@ -74,8 +74,8 @@ VEK_INLINE void transform(const FoldTable<T>& t, const T* re, const T* im, T* ou
 
 // Four times four lines of the real transform from those of the complex one, z, and those opposite.
 template <int Rows, typename T, typename V>
-VEK_INLINE void split(const FoldTable<T>& t, const T* zRe, const T* zIm, int from, V& firstRe, V& firstIm,
-                      typename Kind<T>::Complex* spectrum) {
+VEK_INLINE_WIDE void split(const FoldTable<T>& t, const T* zRe, const T* zIm, int from, V& firstRe, V& firstIm,
+                           typename Kind<T>::Complex* spectrum) {
     constexpr int half = 4 * Rows;
     const V middle = set1<4>(static_cast<T>(0.5));
     for (int k = from; k < from + 16; k += 4) {
@@ -98,7 +98,7 @@ VEK_INLINE void split(const FoldTable<T>& t, const T* zRe, const T* zIm, int fro
 }
 
 template <int Rows, typename T>
-VEK_INLINE void forward(const FoldTable<T>& t, const T* fold, typename Kind<T>::Complex* spectrum) {
+VEK_INLINE_WIDE void forward(const FoldTable<T>& t, const T* fold, typename Kind<T>::Complex* spectrum) {
     using V = typename Kind<T>::Vector;
     constexpr int half = 4 * Rows;
     alignas(32) T re[half];
@@ -122,7 +122,7 @@ VEK_INLINE void forward(const FoldTable<T>& t, const T* fold, typename Kind<T>::
 }
 
 template <int Rows, typename T>
-VEK_INLINE void backward(const FoldTable<T>& t, const typename Kind<T>::Complex* spectrum, T* fold) {
+VEK_INLINE_WIDE void backward(const FoldTable<T>& t, const typename Kind<T>::Complex* spectrum, T* fold) {
     using V = typename Kind<T>::Vector;
     constexpr int half = 4 * Rows;
     alignas(32) T re[half];

@@ -92,7 +92,6 @@ VEK_INLINE VekStatus fillBy(D d, hn::TFromD<D>* y, int n, One one, Make make) {
 }
 
 using Short16 = hn::CappedTag<int16_t, 16>;
-using Short32f = hn::CappedTag<float, 8>;
 
 bool isShort(int v) {
     return v == static_cast<int16_t>(v);
@@ -118,19 +117,6 @@ VekStatus mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
         [=](auto d, int i) {
             return hn::ShiftRight<1>(hn::LoadU(d, x1 + i)) + hn::ShiftRight<1>(hn::LoadU(d, x2 + i));
         });
-}
-
-// Not by overlapping registers: who has just copied the samples would wait for the copy to be in store.
-VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
-    const Short32f lanes;
-    int i = 0;
-    for (; i + kLanesOf<Short32f> <= n; i += kLanesOf<Short32f>) {
-        hn::StoreU(hn::LoadU(lanes, x + i) + hn::Set(lanes, b) * hn::LoadU(lanes, d + i), lanes, y + i);
-    }
-    for (; i < n; ++i) {
-        y[i] = x[i] + b * d[i];
-    }
-    return vekStsNoErr;
 }
 
 // Each power is made in all lanes of a register, where the rounded product takes three clocks, and eight of them then
@@ -391,13 +377,6 @@ VekStatus mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
     return vekStsNoErr;
 }
 
-VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
-    for (int i = 0; i < n; i++) {
-        y[i] = x[i] + b * d[i];
-    }
-    return vekStsNoErr;
-}
-
 VekStatus powers(const int16_t* x, int c, int16_t* y, int n) {
     y[0] = x[0];
     int power = c;
@@ -564,8 +543,8 @@ constexpr auto allPole = allPole256;
 #endif
 
 VEK_KERNEL_TABLE_512(FilterKernels, filterKernels) = {
-    maxAbs16, fir16,      fir32,       allPole,  weighted, mul,        mulC,         addScaled,
-    mean,     corrRows16, corrRows32f, gather32, gather16, circular40, addScaled32f, powers,
+    maxAbs16, fir16,      fir32,       allPole,  weighted, mul,        mulC,   addScaled,
+    mean,     corrRows16, corrRows32f, gather32, gather16, circular40, powers,
 };
 
 } // namespace vek

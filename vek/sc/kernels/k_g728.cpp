@@ -148,6 +148,16 @@ void taps(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
 
 #endif
 
+// Cut to 16 bits, by a branch that is hardly ever taken, which costs the way to the next sample nothing; the empty
+// statement keeps the compiler from making a choice of both values of it.
+VEK_INLINE int cut(int64_t v) {
+    if (static_cast<uint64_t>(v - INT16_MIN) > UINT16_MAX) [[unlikely]] {
+        v = v < 0 ? INT16_MIN : INT16_MAX;
+        __asm__("" : "+r"(v));
+    }
+    return static_cast<int>(v);
+}
+
 void poleZero(const int16_t* c, const int16_t* x, int16_t* y) {
     int64_t zeros[kSamples];
     int64_t poles[kSamples];
@@ -159,8 +169,7 @@ void poleZero(const int16_t* c, const int16_t* x, int16_t* y) {
         for (int i = k - 1; i >= 0; --i) {
             s -= c[kZeros + i] * out[k - 1 - i];
         }
-        s >>= 14;
-        out[k] = static_cast<int>(s > INT16_MAX ? INT16_MAX : s < INT16_MIN ? INT16_MIN : s);
+        out[k] = cut(s >> 14);
     }
     for (int k = 0; k < kSamples; ++k) {
         y[kZeros + k] = static_cast<int16_t>(out[k]);
@@ -198,7 +207,7 @@ void zeros(const int16_t* c, const int16_t* x, int16_t* y) {
     int64_t sums[kSamples];
     taps(c, x, true, sums);
     for (int k = 0; k < kSamples; ++k) {
-        y[k] = fix::sat16_64((x[kZeros + k] * (1 << 13) + (1 << 12) + sums[k]) >> 13);
+        y[k] = static_cast<int16_t>(cut((x[kZeros + k] * (1 << 13) + (1 << 12) + sums[k]) >> 13));
     }
 }
 
@@ -384,8 +393,10 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
     hn::Vec<D16> b[N];
     auto products = hn::Zero(D32());
     auto wide = hn::Zero(D64());
+    // What was written just before is not read as a whole: that would wait for it.
+    auto past = hn::Zero(d16);
     const auto multiply = [&](const int16_t* r) {
-        products = pairSums(a[0], hn::LoadU(d16, r));
+        products = pairSums(a[0], N == 1 ? past : hn::LoadU(d16, r));
         wide = plusWide(hn::Zero(D64()), products);
         for (int g = 1; g < N; ++g) {
             const auto more = pairSums(a[g], hn::LoadU(d16, r + g * kWidth));
@@ -395,12 +406,12 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
     };
     int m = filter.order;
     const int16_t* r = rBack + order - m;
-    // What was written just before is not read from the start: that would wait for it.
     for (int g = 0; g < N; ++g) {
         a[g] = m == 0 ? hn::Zero(d16) : hn::LoadU(d16, filter.forward + g * kWidth);
         b[g] = m == 0 ? hn::Zero(d16) : hn::LoadU(d16, filter.backward + g * kWidth);
     }
     if (m > 0) {
+        past = hn::LoadU(d16, r);
         multiply(r);
     }
     const int q = filter.q;
@@ -454,6 +465,7 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
         filter.first = m == 0 ? static_cast<int16_t>(rounded) : filter.first;
         ++m;
         --r;
+        past = shiftIn(past, hn::Set(d16, *r));
         multiply(r);
     }
     for (int g = 0; g < N; ++g) {

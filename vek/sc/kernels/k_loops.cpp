@@ -90,6 +90,7 @@ void lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
 
 void lessScaled32f(float g, const float* d, const float* x, float* y) {
     const auto factor = hn::Set(kFloats, g);
+#pragma GCC unroll 10
     for (int i = 0; i < kSub; i += kLanesOf<Floats>) {
         hn::StoreU(hn::LoadU(kFloats, x + i) - factor * hn::LoadU(kFloats, d + i), kFloats, y + i);
     }
@@ -214,6 +215,7 @@ VEK_INLINE int lessPreviousBy(D d, int16_t* x, int g, int n) {
 
 VEK_INLINE int lessPrevious32By(float* x, float g, int n) {
     const auto factor = hn::Set(kFloats, g);
+#pragma GCC unroll 2
     for (; n > kLanesOf<Floats>; n -= kLanesOf<Floats>) {
         float* const at = x + n - kLanesOf<Floats>;
         hn::StoreU(hn::LoadU(kFloats, at) - factor * hn::LoadU(kFloats, at - 1), kFloats, at);
@@ -310,6 +312,21 @@ VekStatus weighted32f(const float* x1, float v1, const float* x2, float v2, floa
 #endif
     for (int i = 0; i < n; ++i) {
         y[i] = x1[i] * v1 + x2[i] * v2;
+    }
+    return vekStsNoErr;
+}
+
+// Registers do not overlap here: who has just copied the samples would wait for the copy to be in store.
+VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
+    int i = 0;
+#if VEK_LEVEL > 0
+    for (; i + kLanesOf<Floats> <= n; i += kLanesOf<Floats>) {
+        const auto more = hn::Set(kFloats, b) * hn::LoadU(kFloats, d + i);
+        hn::StoreU(hn::LoadU(kFloats, x + i) + more, kFloats, y + i);
+    }
+#endif
+    for (; i < n; ++i) {
+        y[i] = x[i] + b * d[i];
     }
     return vekStsNoErr;
 }
@@ -412,9 +429,9 @@ int64_t squaredDistance16(const int16_t* x, const int16_t* y, int n) {
 } // namespace
 
 VEK_KERNEL_TABLE(LoopKernels, loopKernels) = {
-    lessScaled16,     lessScaled32f, magnitudes16,      moveGain16, lessPrevious16, lessPrevious32f,
-    moveUp32f,        weighted16,    weighted32f,       threeTaps,  tilt,           taps32f,
-    pairCorrelations, slide16,       squaredDistance16, cosines,
+    lessScaled16, lessScaled32f,    magnitudes16, moveGain16,        lessPrevious16, lessPrevious32f,
+    moveUp32f,    weighted16,       weighted32f,  addScaled32f,      threeTaps,      tilt,
+    taps32f,      pairCorrelations, slide16,      squaredDistance16, cosines,
 };
 
 } // namespace vek

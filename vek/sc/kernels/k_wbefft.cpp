@@ -170,9 +170,9 @@ void complexFft(const RealFftTable<M>& t, const float* srcRe, const float* srcIm
     transformRows<M, F8>(midRe, midIm, dstRe, dstIm, Dft8{});
 }
 
-// The shortest one: number 3 * k + i of the result is in lane i of x[k], i = 0..2.
-VEK_INLINE void complexFft24(const RealFftTable<3>& t, const float* srcRe, const float* srcIm, Halves (&x)[8]) {
-    F8 rows[8];
+// The shortest one: number 3 * k + i of the result is in the lanes i and 4 + i of rows[k], i = 0..2.
+VEK_INLINE void complexFft24(const RealFftTable<3>& t, const float* srcRe, const float* srcIm, F8 (&rows)[8]) {
+    Halves x[8];
     Cf8 y[3] = {loadC(srcRe, srcIm), loadC(srcRe + 8, srcIm + 8), loadC(srcRe + 16, srcIm + 16)};
     dft(y);
     for (int k = 0; k < 3; ++k) {
@@ -187,14 +187,8 @@ VEK_INLINE void complexFft24(const RealFftTable<3>& t, const float* srcRe, const
         x[k] = {rows[k]};
     }
     dft(x);
-}
-
-template <>
-void complexFft<3>(const RealFftTable<3>& t, const float* srcRe, const float* srcIm, float* dstRe, float* dstIm) {
-    Halves x[8];
-    complexFft24(t, srcRe, srcIm, x);
     for (int k = 0; k < 8; ++k) {
-        storeHalves(dstRe + 3 * k, dstIm + 3 * k, x[k].v);
+        rows[k] = x[k].v;
     }
 }
 
@@ -217,25 +211,40 @@ void forwardOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
     constexpr int half = 8 * M;
     alignas(32) float re[half];
     alignas(32) float im[half];
-    alignas(32) float zRe[half + 8];
-    alignas(32) float zIm[half + 8];
     for (int n = 0; n < half; n += 8) {
         storeC(re + n, im + n, loadNumbers(src + 2 * n));
     }
-    complexFft<M>(t, re, im, zRe, zIm);
-    zRe[half] = zRe[0];
-    zIm[half] = zIm[0];
     const F8 scale = set1(t.scale * 0.5F);
-    for (int k = 0; k < half; k += 8) {
-        const Cf8 z = loadC(zRe + k, zIm + k);
-        const Cf8 m = {reverse(load(zRe + half - 7 - k)), reverse(load(zIm + half - 7 - k))}; // Z(half - k)
+    const auto split = [&](int k, Cf8 z, Cf8 m) { // m: Z(half - k)
         const Cf8 even = {z.re + m.re, z.im - m.im};
         const Cf8 odd = {z.im + m.im, m.re - z.re};
         const Cf8 x = (even + rotate(odd, load(t.splitRe + k), load(t.splitIm + k))) * scale;
         storePairs(dst + 2 * k, toInt(x.re), toInt(x.im));
+    };
+    Cf8 first;
+    if constexpr (M == 3) {
+        F8 x[8];
+        F8 zRe[3];
+        F8 zIm[3];
+        complexFft24(t, re, im, x);
+        joinTriples(x, zRe, zIm);
+        first = {zRe[0], zIm[0]};
+        split(0, first, {mirrored(zRe[2], zRe[0]), mirrored(zIm[2], zIm[0])});
+        split(8, {zRe[1], zIm[1]}, {mirrored(zRe[1], zRe[2]), mirrored(zIm[1], zIm[2])});
+        split(16, {zRe[2], zIm[2]}, {mirrored(zRe[0], zRe[1]), mirrored(zIm[0], zIm[1])});
+    } else {
+        alignas(32) float zRe[half + 8];
+        alignas(32) float zIm[half + 8];
+        complexFft<M>(t, re, im, zRe, zIm);
+        zRe[half] = zRe[0];
+        zIm[half] = zIm[0];
+        first = loadC(zRe, zIm);
+        for (int k = 0; k < half; k += 8) {
+            split(k, loadC(zRe + k, zIm + k), {reverse(load(zRe + half - 7 - k)), reverse(load(zIm + half - 7 - k))});
+        }
     }
     int16_t nyquist[16];
-    const V8 difference = toInt((set1(zRe[0]) - set1(zIm[0])) * set1(t.scale));
+    const V8 difference = toInt((first.re - first.im) * set1(t.scale));
     storePairs(nyquist, difference, difference);
     dst[1] = nyquist[0];
 }
@@ -269,14 +278,14 @@ void inverseOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
     }
     unsplit(0, loadNumbers(first), loadReversed(last));
     if constexpr (M == 3) {
-        Halves x[8];
+        F8 x[8];
         complexFft24(t, zRe, zIm, x);
         // Each one writes a pair too many, which the next one overwrites.
         for (int k = 0; k < 7; ++k) {
-            storeHalfPairs(dst + 6 * k, toInt(x[k].v));
+            storeHalfPairs(dst + 6 * k, toInt(x[k]));
         }
         int16_t end[8];
-        storeHalfPairs(end, toInt(x[7].v));
+        storeHalfPairs(end, toInt(x[7]));
         std::memcpy(dst + 42, end, 6 * sizeof(int16_t));
     } else {
         alignas(32) float re[half + 8];

@@ -36,6 +36,8 @@ struct LoopKernels {
     VekStatus (*weighted16)(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half);
     // y[i] = x1[i] * v1 + x2[i] * v2, y may be x1 or x2. Gives vekStsNoErr.
     VekStatus (*weighted32f)(const float* x1, float v1, const float* x2, float v2, float* y, int n);
+    // y[i] = x[i] + b * d[i], y may be x or d. Gives vekStsNoErr.
+    VekStatus (*addScaled32f)(const float* x, const float* d, float b, float* y, int n);
     // y[i] = sat16((side * (x[i-1] + x[i+1]) + middle * x[i] + 2^14) >> 15), y apart from x; side and middle have 16
     // bits, 2 |side| + |middle| is 2^15 at most.
     void (*threeTaps)(int side, int middle, const int16_t* x, int16_t* y, int n);

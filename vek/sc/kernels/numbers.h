@@ -161,10 +161,11 @@ VEK_INLINE V8 joinLower(V8 a, V8 b) {
 VEK_INLINE F8 swapHalves(F8 a) {
     return {{a.v[4], a.v[5], a.v[6], a.v[7], a.v[0], a.v[1], a.v[2], a.v[3]}};
 }
-VEK_INLINE void storeHalves(float* lower, float* upper, F8 a) {
-    for (int i = 0; i < 4; ++i) {
-        lower[i] = a.v[i];
-        upper[i] = a.v[4 + i];
+// Of eight times three numbers in each half, those of the lower and those of the upper halves without gaps.
+VEK_INLINE void joinTriples(const F8 (&x)[8], F8 (&lower)[3], F8 (&upper)[3]) {
+    for (int i = 0; i < 24; ++i) {
+        lower[i / 8].v[i % 8] = x[i / 3].v[i % 3];
+        upper[i / 8].v[i % 8] = x[i / 3].v[4 + i % 3];
     }
 }
 // The even and the odd ones of twice as many numbers, and the way back.
@@ -428,9 +429,37 @@ template <class V>
 VEK_INLINE Two<V> swapHalves(Two<V> a) {
     return {a.hi, a.lo};
 }
-VEK_INLINE void storeHalves(float* lower, float* upper, F8 a) {
-    store(lower, lowerHalf(a));
-    store(upper, upperHalf(a));
+// Within each 128 bits three registers of four times three numbers.
+template <class V>
+VEK_INLINE void joinTriples(V a, V b, V c, V d, V (&joined)[3]) {
+    const hn::DFromV<V> lanes;
+    const hn::RepartitionToWide<hn::DFromV<V>> pairs;
+    const auto endOfB = hn::BitCast(pairs, hn::ShiftRightLanes<1>(lanes, b));
+    joined[0] = hn::CombineShiftRightLanes<1>(lanes, b, hn::ShiftLeftLanes<1>(lanes, a));
+    joined[1] = hn::BitCast(lanes, hn::InterleaveLower(pairs, endOfB, hn::BitCast(pairs, c)));
+    joined[2] = hn::CombineShiftRightLanes<3>(lanes, d, hn::ShiftLeftLanes<1>(lanes, c));
+}
+template <class V>
+VEK_INLINE void joinTriples(Two<V> a, Two<V> b, Two<V> c, Two<V> d, Two<V> (&joined)[3]) {
+    V lo[3];
+    V hi[3];
+    joinTriples(a.lo, b.lo, c.lo, d.lo, lo);
+    joinTriples(a.hi, b.hi, c.hi, d.hi, hi);
+    joined[0] = {lo[0], hi[0]};
+    joined[1] = {lo[1], hi[1]};
+    joined[2] = {lo[2], hi[2]};
+}
+VEK_INLINE void joinTriples(const F8 (&x)[8], F8 (&lower)[3], F8 (&upper)[3]) {
+    F8 first[3];
+    F8 second[3];
+    joinTriples(x[0], x[1], x[2], x[3], first);
+    joinTriples(x[4], x[5], x[6], x[7], second);
+    lower[0] = joinLower(first[0], first[1]);
+    lower[1] = joinLower(first[2], second[0]);
+    lower[2] = joinLower(second[1], second[2]);
+    upper[0] = joinUpper(first[0], first[1]);
+    upper[1] = joinUpper(first[2], second[0]);
+    upper[2] = joinUpper(second[1], second[2]);
 }
 
 template <class T, class V>

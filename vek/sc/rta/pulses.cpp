@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "sc/common/signal_check.h"
-#include "sc/kernels/filter.h"
+#include "sc/kernels/loops.h"
 #include "sc/rta/response.h"
 #include "veksc_rta.h"
 
@@ -42,9 +42,9 @@ void fill(const Response& response, const float* target, int n, Field& field) {
         // rows[i][j] = rows[i + 1][j + 1] + h[n - 1 - i] * h[n - 1 - j]
         const float last = turned[i];
         if (i < n - 1) {
-            filterKernels().addScaled32f(field.rows[i + 1] + 1, turned, last, field.rows[i], n - 1);
+            loopKernels().addScaled32f(field.rows[i + 1] + 1, turned, last, field.rows[i], n - 1);
         } else {
-            filterKernels().addScaled32f(field.rows[i], turned, last, field.rows[i], n - 1);
+            loopKernels().addScaled32f(field.rows[i], turned, last, field.rows[i], n - 1);
         }
         field.rows[i][n - 1] = last * turned[n - 1];
         field.energy[i] = field.rows[i][i];
@@ -69,7 +69,7 @@ struct Pulses {
 private:
     void change(const Field& field, int place, float sign) {
         fit = with(field, place, sign);
-        filterKernels().addScaled32f(common, field.rows[place], sign, common, field.n);
+        loopKernels().addScaled32f(common, field.rows[place], sign, common, field.n);
     }
     Fit with(const Field& field, int place, float sign) const {
         return {fit.correlation + sign * field.target[place],

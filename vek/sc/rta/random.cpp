@@ -4,7 +4,7 @@
 
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
-#include "sc/kernels/filter.h"
+#include "sc/kernels/loops.h"
 #include "sc/rta/gauss.h"
 #include "sc/rta/response.h"
 #include "veksc_rta.h"
@@ -94,7 +94,7 @@ VekStatus veksFixedCodebookSearchRandom_RTA_32f(const Vek32f* pSrcFixedTarget, c
         const float* numbers = g_books.numbers[s];
         const Sum best = searchStage(numbers, codebookSize, weight, n, response, target, Padded(filtered, n), fit);
         const float* entry = numbers + kSlide - kShift * (best.index / 2);
-        filterKernels().addScaled32f(vector, entry, best.index % 2 != 0 ? -weight : weight, vector, n);
+        loopKernels().addScaled32f(vector, entry, best.index % 2 != 0 ? -weight : weight, vector, n);
         response.filter(vector, filtered);
         fit = {corrKernels().dot32f(target.data(), filtered, n), corrKernels().dot32f(filtered, filtered, n)};
         pDstFixedIndex[s] = best.index;

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "sc/kernels/filter.h"
 #include "sc/kernels/floatcorr.h"
+#include "sc/kernels/loops.h"
 #include "sc/kernels/rta.h"
 
 namespace vek::rta {
@@ -64,7 +64,7 @@ public:
     }
     void push(float sample) {
         open();
-        filterKernels().addScaled32f(m_y, m_response.samples(), sample, m_y, m_n);
+        loopKernels().addScaled32f(m_y, m_response.samples(), sample, m_y, m_n);
     }
     const float* filtered() const { return m_y; }
 
