@@ -1,5 +1,5 @@
 // The kernels of a codec library that several of its speech codecs share, and its steps of G.723.1. They stand in its
-// archive alone; a vector function in it is also the fastest inner product of 16 bits among the packages.
+// archive alone.
 #include "peers.h"
 
 #include "veksc.h"
@@ -26,7 +26,6 @@ int16_t ff_g729_adaptive_gain_control(int before, int after, int16_t* speech, in
 void ff_acelp_lsf2lsp(int16_t* lsp, const int16_t* lsf, int order);
 void ff_acelp_lspd2lpc(const double* lsp, float* lpc, int half);
 int64_t ff_dot_product(const int16_t* a, const int16_t* b, int n);
-int32_t ff_scalarproduct_int16_sse2(const int16_t* a, const int16_t* b, int n);
 struct Products {
     int32_t (*integer)(const int16_t* a, const int16_t* b, int n);
     void* others[2];
@@ -63,9 +62,11 @@ PEER_ROWS(celp) {
     }
     for (const int n : {80, 208}) {
         const std::string size = ", " + std::to_string(n);
+        // Of its two inner products the exact one: scalarproduct_int16 counts modulo 2^32, ours saturates.
         peerRow(
-            "veksDotProd_G729A_16s32s" + size, "libavcodec scalarproduct_int16",
-            [n] { veksDotProd_G729A_16s32s(x, z, n, &sum); }, [n] { sum = ff_scalarproduct_int16_sse2(x, z, n); });
+            "veksDotProd_G729A_16s32s" + size, "libavcodec ff_dot_product",
+            [n] { veksDotProd_G729A_16s32s(x, z, n, &sum); },
+            [n] { sum = static_cast<Vek32s>(std::clamp<int64_t>(ff_dot_product(x, z, n), INT32_MIN, INT32_MAX)); });
         peerRow(
             "veksDotProdAutoScale_16s32s_Sfs" + size, "libavcodec ff_dot_product",
             [n] { veksDotProdAutoScale_16s32s_Sfs(x, z, n, &sum, &shift); },

@@ -1,14 +1,29 @@
-// Correlation, convolution, products and scaling by their definitions. Sums are of 32 bits: the data leave them room.
+// Correlation, convolution, products and scaling by their definitions, which hold for any data: inner products are
+// exact, then saturated or brought to 32 bits; correlations look at the energies before they count in 32 bits.
+// Convolutions count so without a look, as the data leave them room.
 #include "plain.h"
 
 namespace {
 
-PLAIN int32_t dot(const Vek16s* a, const Vek16s* b, int n) {
-    int32_t sum = 0;
+int64_t exactDot(const Vek16s* a, const Vek16s* b, int n) {
+    int64_t sum = 0;
     for (int i = 0; i < n; ++i) {
         sum += a[i] * b[i];
     }
     return sum;
+}
+
+PLAIN int32_t dot(const Vek16s* a, const Vek16s* b, int n) {
+    return static_cast<int32_t>(std::clamp<int64_t>(exactDot(a, b, n), INT32_MIN, INT32_MAX));
+}
+
+PLAIN int32_t scaledDot(const Vek16s* a, const Vek16s* b, int n, int* drop) {
+    const int64_t sum = exactDot(a, b, n);
+    *drop = 0;
+    while (sum >> *drop != static_cast<int32_t>(sum >> *drop)) {
+        ++*drop;
+    }
+    return static_cast<int32_t>(sum >> *drop);
 }
 
 PLAIN float dotF(const float* a, const float* b, int n) {
@@ -19,8 +34,17 @@ PLAIN float dotF(const float* a, const float* b, int n) {
     return sum;
 }
 
-// sum of a[i] * b[i - k], of which the autocorrelation is the case of a = b.
+// sum of a[i] * b[i - k], of which the autocorrelation is the case of a = b. The energies tell whether 32 bits hold the
+// sums, as they do here.
 PLAIN void correlate(const Vek16s* a, const Vek16s* b, int n, int32_t* d, int lags) {
+    const auto energyA = static_cast<double>(exactDot(a, a, n));
+    const double energyB = a == b ? energyA : static_cast<double>(exactDot(b, b, n));
+    if (energyA * energyB > 4.6e18) {
+        for (int k = 0; k < lags; ++k) {
+            d[k] = dot(a + k, b, n - k);
+        }
+        return;
+    }
     for (int k = 0; k < lags; ++k) {
         int32_t sum = 0;
         for (int i = k; i < n; ++i) {
@@ -107,7 +131,7 @@ PEER_ROWS(plainsignal) {
     for (const int n : {80, 223}) {
         peerRow(
             "veksDotProdAutoScale_16s32s_Sfs, " + std::to_string(n), PEER_PLAIN,
-            [n] { veksDotProdAutoScale_16s32s_Sfs(x, z, n, &sum, &shift); }, [n] { sum = dot(x, z, n); });
+            [n] { veksDotProdAutoScale_16s32s_Sfs(x, z, n, &sum, &shift); }, [n] { sum = scaledDot(x, z, n, &shift); });
     }
     for (const int n : {12, 40, 80}) {
         peerRow(

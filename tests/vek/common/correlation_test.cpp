@@ -73,6 +73,28 @@ TEST(VekAutoCorr, SumsAreExactAndSaturateOnce) {
     });
 }
 
+TEST(VekAutoCorr, FewLagsOfAnyLengthAreExact) {
+    atEveryLevel([] {
+        std::mt19937 random(4);
+        for (int n = 30; n <= 84; n++) {
+            const Samples x = noise(random, n, -3000, 3000);
+            const Samples y = noise(random, n, -3000, 3000);
+            for (const int lags : {1, 3, 4, 6, 8, 11}) {
+                Words r(static_cast<size_t>(lags));
+                ASSERT_EQ(vekStsNoErr, veksAutoCorr_16s32s(x.data(), n, r.data(), lags));
+                const Wide exact = correlation(x, x, lags);
+                ASSERT_EQ(exact, Wide(r.begin(), r.end())) << n << " " << lags;
+                Samples rounded(static_cast<size_t>(lags));
+                ASSERT_EQ(vekStsNoErr, veksCrossCorr_NR_16s(x.data(), y.data(), n, rounded.data(), lags));
+                const Wide cross = correlation(x, y, lags);
+                for (size_t k = 0; k < cross.size(); k++) {
+                    ASSERT_EQ(roundedQ15(cross[k]), rounded[k]) << n << " lag " << k << " of " << lags;
+                }
+            }
+        }
+    });
+}
+
 TEST(VekAutoCorr, LagsBeyondTheVectorAreZero) {
     atEveryLevel([] {
         const Samples x = {3, -4};

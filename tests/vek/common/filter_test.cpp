@@ -38,6 +38,33 @@ TEST(VekHarmonicFilter, RoundsHalfUpAndSaturates) {
     });
 }
 
+TEST(VekHarmonicFilter, IsTheSameAtAnyLength) {
+    atEveryLevel([] {
+        constexpr int T = 20;
+        std::mt19937 random(2);
+        for (int n = 1; n <= 70; n++) {
+            const Samples x = noise(random, T + n, -32768, 32767);
+            std::vector<float> xF(x.begin(), x.end());
+            std::vector<float> wantF = xF;
+            for (const int beta : {29000, -32767, -32768}) {
+                Samples want;
+                for (int i = T; i < T + n; i++) {
+                    want.push_back(static_cast<int16_t>(lpref::clip(x[i] + ((beta * x[i - T] + 0x4000) >> 15), 16)));
+                }
+                Samples y(static_cast<size_t>(n));
+                ASSERT_EQ(vekStsNoErr,
+                          veksHarmonicFilter_NR_16s(static_cast<int16_t>(beta), T, x.data() + T, y.data(), n));
+                ASSERT_EQ(want, y) << n << " " << beta;
+            }
+            for (int i = T; i < T + n; i++) {
+                wantF[i] += 0.5F * wantF[i - T];
+            }
+            ASSERT_EQ(vekStsNoErr, veksHarmonicFilter_32f_I(T, xF.data() + T, n, 0.5F));
+            ASSERT_EQ(wantF, xF) << n;
+        }
+    });
+}
+
 TEST(VekHarmonicFilter, InPlaceFormsFeedBackForEveryPeriod) {
     atEveryLevel([] {
         std::mt19937 random(1);

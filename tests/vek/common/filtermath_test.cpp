@@ -116,6 +116,36 @@ TEST(VekInterpolateC, FloatFormIsTheWeightedSum) {
     });
 }
 
+TEST(VekInterpolateC, IsTheSameAtAnyLengthAndInPlace) {
+    atEveryLevel([] {
+        std::mt19937 random(15);
+        for (int n = 1; n <= 70; n++) {
+            const auto size = static_cast<size_t>(n);
+            const Samples a = noise(random, n, -32768, 32767);
+            const Samples b = noise(random, n, -32768, 32767);
+            const std::vector<float> aF(a.begin(), a.end());
+            const std::vector<float> bF(b.begin(), b.end());
+            Samples want(size);
+            Samples halves(size);
+            std::vector<float> wantF(size);
+            for (size_t i = 0; i < size; i++) {
+                want[i] = static_cast<int16_t>(clip(scaled(a[i] * 23000 - b[i] * 9000, 14), 16));
+                halves[i] = static_cast<int16_t>((a[i] >> 1) + (b[i] >> 1));
+                wantF[i] = 0.5F * aF[i] - 0.25F * bF[i];
+            }
+            Samples y = a;
+            ASSERT_EQ(vekStsNoErr, veksInterpolateC_NR_G729_16s_Sfs(y.data(), 23000, b.data(), -9000, y.data(), n, 14));
+            ASSERT_EQ(want, y) << n;
+            y = b;
+            ASSERT_EQ(vekStsNoErr, veksInterpolate_G729_16s(a.data(), y.data(), y.data(), n));
+            ASSERT_EQ(halves, y) << n;
+            std::vector<float> yF = bF;
+            ASSERT_EQ(vekStsNoErr, veksInterpolateC_G729_32f(aF.data(), yF.data(), yF.data(), n, 0.5F, -0.25F));
+            ASSERT_EQ(wantF, yF) << n;
+        }
+    });
+}
+
 TEST(VekInterpolateC, FloatFormMayOverwriteEitherSource) {
     atEveryLevel([] {
         for (int len = 1; len < 50; ++len) {
@@ -215,25 +245,27 @@ TEST(VekMulPowerC, ExpandsTheBandwidth) {
 }
 
 TEST(VekMulPowerC, RoundsEachPowerAndSaturatesWithEveryScale) {
-    std::mt19937 random(14);
-    for (const int scale : {0, 1, 8, 14, 15}) {
-        for (const int val : {16, 29491, 24576, 32767, -32768, -20000, 0}) {
-            for (const int len : {1, 9, 11, 17, 32, 64, 128}) {
-                const Samples a = noise(random, len, -32768, 32767);
-                Samples want(len);
-                want[0] = a[0];
-                int64_t power = val;
-                for (int i = 1; i < len; i++) {
-                    want[i] = static_cast<int16_t>(clip(scaled(a[i] * power, scale), 16));
-                    power = clip(scaled(power * val, scale), 16);
+    atEveryLevel([] {
+        std::mt19937 random(14);
+        for (const int scale : {0, 1, 8, 14, 15}) {
+            for (const int val : {16, 29491, 24576, 32767, -32768, -20000, 0}) {
+                for (const int len : {1, 2, 8, 9, 10, 11, 16, 17, 32, 64, 128}) {
+                    const Samples a = noise(random, len, -32768, 32767);
+                    Samples want(len);
+                    want[0] = a[0];
+                    int64_t power = val;
+                    for (int i = 1; i < len; i++) {
+                        want[i] = static_cast<int16_t>(clip(scaled(a[i] * power, scale), 16));
+                        power = clip(scaled(power * val, scale), 16);
+                    }
+                    Samples y = a;
+                    ASSERT_EQ(vekStsNoErr,
+                              veksMulPowerC_NR_16s_Sfs(y.data(), static_cast<int16_t>(val), y.data(), len, scale));
+                    ASSERT_EQ(want, y) << scale << " " << val << " " << len;
                 }
-                Samples y = a;
-                ASSERT_EQ(vekStsNoErr,
-                          veksMulPowerC_NR_16s_Sfs(y.data(), static_cast<int16_t>(val), y.data(), len, scale));
-                ASSERT_EQ(want, y) << scale << " " << val << " " << len;
             }
         }
-    }
+    });
 }
 
 TEST(VekMulPowerC, RefusesNullLengthAndScale) {

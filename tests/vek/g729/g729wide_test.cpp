@@ -105,6 +105,22 @@ TEST(VekG729FloatSynthesis, EqualsTheRecursionInDouble) {
     expectNullsRefused(veksSynthesisFilter_G729_32f, v, 10, v, v, 1, v);
 }
 
+TEST(VekG729FloatLagMax, WhatLiesBeyondALagDoesNotTouchIt) {
+    atEveryLevel([] {
+        for (const int n : {5, 8, 41}) {
+            constexpr int lags = 9;
+            const Floats x(static_cast<size_t>(n), 1.0F);
+            Floats y(static_cast<size_t>(n + lags - 1), 2.0F);
+            y.back() = -HUGE_VALF; // the last lag alone reads it
+            double wide = 0;
+            int lag = -1;
+            ASSERT_EQ(vekStsNoErr, veksCrossCorrLagMax_32f64f(x.data(), y.data(), n, lags, &wide, &lag));
+            EXPECT_EQ(0, lag);
+            EXPECT_EQ(2.0 * n, wide);
+        }
+    });
+}
+
 TEST(VekG729FloatLagMax, FindsTheLargestSumOfEitherKind) {
     atEveryLevel([] {
         std::mt19937 random(3);

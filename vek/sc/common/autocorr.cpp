@@ -35,17 +35,17 @@ int exponentOf(int64_t r0) {
 
 template <typename Store>
 VekStatus normalised(const Vek16s* pSrc, int len, int lenDst, int* pNorm, Store store) {
-    const Scratch16 pad(pSrc, len, kCorrPadding);
-    if (pad.data() == nullptr) {
-        return vekStsNoMemErr;
-    }
     int norm = 0;
-    correlate(pad.data(), pad.data(), len, lenDst, [&](int k, int64_t sum) {
+    const bool done = correlateAlone(pSrc, pSrc, len, lenDst, [&](int k, int64_t sum) {
         if (k == 0) {
             norm = exponentOf(sum);
         }
-        store(k, fix::scaleSat32(sum, -norm));
+        // No sum is larger than the first: none can saturate.
+        store(k, static_cast<Vek32s>(norm < 0 ? sum >> -norm : sum << norm));
     });
+    if (!done) {
+        return vekStsNoMemErr;
+    }
     *pNorm = norm;
     return vekStsNoErr;
 }
@@ -59,12 +59,9 @@ VekStatus veksAutoCorr_16s32s(const Vek16s* pSrc, int len, Vek32s* pDst, int len
     if (badLength(len) || badLength(lenDst)) {
         return vekStsSizeErr;
     }
-    const Scratch16 pad(pSrc, len, kCorrPadding);
-    if (pad.data() == nullptr) {
-        return vekStsNoMemErr;
-    }
-    correlate(pad.data(), pad.data(), len, lenDst, [&](int k, int64_t sum) { pDst[k] = fix::sat32(sum); });
-    return vekStsNoErr;
+    const bool done =
+        correlateAlone(pSrc, pSrc, len, lenDst, [pDst](int k, int64_t sum) { pDst[k] = fix::sat32(sum); });
+    return done ? vekStsNoErr : vekStsNoMemErr;
 }
 
 VekStatus veksAutoCorr_NormE_16s32s(const Vek16s* pSrc, int len, Vek32s* pDst, int lenDst, int* pNorm) {

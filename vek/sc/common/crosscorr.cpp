@@ -10,13 +10,7 @@ namespace {
 
 template <typename Put>
 VekStatus cross(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, int lags, Put put) {
-    const Scratch16 a(pSrc1, len, kCorrPadding);
-    const Scratch16 b(pSrc2, len, kCorrPadding);
-    if (anyNull(a.data(), b.data())) {
-        return vekStsNoMemErr;
-    }
-    correlate(a.data(), b.data(), len, lags, put);
-    return vekStsNoErr;
+    return correlateAlone(pSrc1, pSrc2, len, lags, put) ? vekStsNoErr : vekStsNoMemErr;
 }
 
 // put(n, sum) with the sum of pSrc1[i] * pSrc2[n-i]; n comes in falling order.

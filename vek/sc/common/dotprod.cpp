@@ -10,16 +10,14 @@ VekStatus veksDotProd_G729A_16s32s(const Vek16s* pSrc1, const Vek16s* pSrc2, int
     if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDp); status != vekStsNoErr) {
         return status;
     }
-    *pDp = fix::sat32(corrKernels().dot16(pSrc1, pSrc2, len));
-    return vekStsNoErr;
+    return corrKernels().dotSaturated16(pSrc1, pSrc2, len, pDp);
 }
 
 VekStatus veksDotProd_G729A_32f(const Vek32f* pSrc1, const Vek32f* pSrc2, int len, Vek32f* pDp) {
     if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDp); status != vekStsNoErr) {
         return status;
     }
-    *pDp = corrKernels().dot32f(pSrc1, pSrc2, len);
-    return vekStsNoErr;
+    return corrKernels().dotTo32f(pSrc1, pSrc2, len, pDp);
 }
 
 VekStatus veksDotProdAutoScale_16s32s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Vek32s* pDp, int* pSfs) {

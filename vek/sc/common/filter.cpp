@@ -17,11 +17,14 @@ constexpr int kOrder = 10;
 constexpr int kSubframe = 40;
 // Stretches of at most T samples read nothing that they write, so that each can be done at once.
 template <class Sample, class Step>
-void inStretches(Sample* x, int T, int len, Step step) {
-    const int stretch = T > 0 ? T : len;
-    for (int i = 0; i < len; i += stretch) {
-        step(x + i, x + i - T, std::min(stretch, len - i));
+VekStatus inStretches(Sample* x, int T, int len, Step step) {
+    if (len <= T || T == 0) {
+        return step(x, x - T, len);
     }
+    for (int i = 0; i < len; i += T) {
+        step(x + i, x + i - T, std::min(T, len - i));
+    }
+    return vekStsNoErr;
 }
 
 VekStatus checkHarmonic(const void* x, int T, int len) {
@@ -59,12 +62,11 @@ VekStatus veksHarmonicFilter_NR_16s(Vek16s beta, int T, const Vek16s* pSrc, Vek1
         return status;
     }
     if (pSrc != pDst) {
-        filterKernels().addScaled(pSrc, pSrc - T, beta, pDst, len, 0x4000);
-        return vekStsNoErr;
+        return filterKernels().addScaled(pSrc, pSrc - T, beta, pDst, len, 0x4000);
     }
-    inStretches(pDst, T, len,
-                [&](Vek16s* x, const Vek16s* d, int n) { filterKernels().addScaled(x, d, beta, x, n, 0x4000); });
-    return vekStsNoErr;
+    return inStretches(pDst, T, len, [beta](Vek16s* x, const Vek16s* d, int n) {
+        return filterKernels().addScaled(x, d, beta, x, n, 0x4000);
+    });
 }
 
 VekStatus veksHarmonicFilter_16s_I(Vek16s beta, int T, Vek16s* pSrcDst, int len) {
@@ -78,18 +80,18 @@ VekStatus veksHarmonicFilter_16s_I(Vek16s beta, int T, Vek16s* pSrcDst, int len)
         }
         return vekStsNoErr;
     }
-    inStretches(pSrcDst, T, len,
-                [&](Vek16s* x, const Vek16s* d, int n) { filterKernels().addScaled(x, d, beta, x, n, 0); });
-    return vekStsNoErr;
+    return inStretches(pSrcDst, T, len, [beta](Vek16s* x, const Vek16s* d, int n) {
+        return filterKernels().addScaled(x, d, beta, x, n, 0);
+    });
 }
 
 VekStatus veksHarmonicFilter_32f_I(int T, Vek32f* pSrcDst, int len, Vek32f beta) {
     if (const VekStatus status = checkHarmonic(pSrcDst, T, len); status != vekStsNoErr) {
         return status;
     }
-    inStretches(pSrcDst, T, len,
-                [&](Vek32f* x, const Vek32f* d, int n) { loopKernels().addScaled32f(x, d, beta, x, n); });
-    return vekStsNoErr;
+    return inStretches(pSrcDst, T, len, [beta](Vek32f* x, const Vek32f* d, int n) {
+        return loopKernels().addScaled32f(x, d, beta, x, n);
+    });
 }
 
 VekStatus veksResidualFilter_G729_16s(const Vek16s* pSrc, const Vek16s* pLPC, Vek16s* pDst) {

@@ -1,5 +1,6 @@
 // Element-wise arithmetic of the common family: products, interpolation, inverse square root, powers of a factor.
 #include <algorithm>
+#include <bit>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/inverseroot.h"
@@ -55,26 +56,21 @@ VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, V
         }
         return vekStsNoErr;
     }
-    loopKernels().weighted16(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, half);
-    return vekStsNoErr;
+    return loopKernels().weighted16(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, half);
 }
 
 Vek32s invSqrt(Vek32s x) {
     if (x <= 0) {
         return 0x3fffffff;
     }
-    int e = norm_l(x);
-    x <<= e;
-    e = 30 - e;
-    if ((e & 1) == 0) {
-        x >>= 1;
-    }
-    e = (e >> 1) + 1;
-    const int i = (x >> 25) - 16;
-    const int fraction = (x >> 10) & 0x7fff;
+    // The top bit's number counts the octaves of the root by pairs; the mantissa has its top at bit 30 or 29.
+    const int top = std::bit_width(static_cast<uint32_t>(x)) - 1;
+    const auto mantissa = static_cast<int>(static_cast<uint32_t>(x) << (31 - top) >> (2 - top % 2));
+    const int i = (mantissa >> 25) - 16;
+    const int fraction = (mantissa >> 10) & 0x7fff;
     // Between two entries, which differ by less than 1000: nothing saturates.
     const int32_t y = kInverseRoots[i] * 65536 - (kInverseRoots[i] - kInverseRoots[i + 1]) * fraction * 2;
-    return y >> e;
+    return y >> (top / 2 + 1);
 }
 
 } // namespace
@@ -102,16 +98,14 @@ VekStatus veksInterpolateC_G729_32f(const Vek32f* pSrc1, const Vek32f* pSrc2, Ve
     if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDst); status != vekStsNoErr) {
         return status;
     }
-    loopKernels().weighted32f(pSrc1, val1, pSrc2, val2, pDst, len);
-    return vekStsNoErr;
+    return loopKernels().weighted32f(pSrc1, val1, pSrc2, val2, pDst, len);
 }
 
 VekStatus veksInterpolate_G729_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len) {
     if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDst); status != vekStsNoErr) {
         return status;
     }
-    filterKernels().mean(pSrc1, pSrc2, pDst, len);
-    return vekStsNoErr;
+    return filterKernels().mean(pSrc1, pSrc2, pDst, len);
 }
 
 VekStatus veksMulC_NR_16s_Sfs(const Vek16s* pSrc, Vek16s val, Vek16s* pDst, int len, int scaleFactor) {
@@ -137,17 +131,12 @@ VekStatus veksMulPowerC_NR_16s_Sfs(const Vek16s* pSrc, Vek16s val, Vek16s* pDst,
     if (badScale(scaleFactor, 15)) {
         return vekStsScaleRangeErr;
     }
-    pDst[0] = pSrc[0];
-    int power = val;
     if (scaleFactor == 15 && val != -32768) {
         // The usual case, a factor below 1: no product can saturate.
-        for (int i = 1; i < len; i++) {
-            const int last = power;
-            power = (power * val + 0x4000) >> 15;
-            pDst[i] = static_cast<Vek16s>((pSrc[i] * last + 0x4000) >> 15);
-        }
-        return vekStsNoErr;
+        return filterKernels().powers(pSrc, val, pDst, len);
     }
+    pDst[0] = pSrc[0];
+    int power = val;
     const int half = scaleFactor > 0 ? 1 << (scaleFactor - 1) : 0;
     for (int i = 1; i < len; i++) {
         pDst[i] = sat16((pSrc[i] * power + half) >> scaleFactor);

@@ -4,19 +4,27 @@
 #include <cstdint>
 
 #include "sc/kernels/kernels.h"
+#include "vekdefs.h"
 
 namespace vek {
 
 // Elements that must be readable behind the vectors of CorrKernels::corr32; those of `a` must be zero.
 constexpr int kCorrPadding = 32;
+// Elements by which the vectors of CorrKernels::corrInside32 are longer than the lags are many.
+constexpr int kCorrInside = 32;
 
 struct CorrKernels {
     // Exact sum of a[i] * b[i].
     int64_t (*dot16)(const int16_t* a, const int16_t* b, int n);
+    // The same, saturated; gives vekStsNoErr, for a public function to end with a jump to it.
+    VekStatus (*dotSaturated16)(const int16_t* a, const int16_t* b, int n, int32_t* sum);
     // The sum in single precision, within 2^-20 of the sum of magnitudes.
     float (*dot32f)(const float* a, const float* b, int n);
+    VekStatus (*dotTo32f)(const float* a, const float* b, int n, float* sum);
     // out[k] = sum of a[i] * b[i-k], i = k..n-1, modulo 2^32, for k = 0..lags-1 (lags <= n). Padding: see above.
     void (*corr32)(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out);
+    // The same without padding, where n - lags is kCorrInside or more.
+    void (*corrInside32)(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out);
     // Bits that differ from the sign in any element, ored together.
     int (*usedBits16)(const int16_t* a, int n);
     // dst[i] = src[i] shifted, positive to the left without saturation, -15..15.

@@ -6,11 +6,13 @@
 #include <cstdint>
 
 #include "sc/kernels/kernels.h"
+#include "vekdefs.h"
 
 namespace vek {
 
 constexpr int kMaxLpOrder = 40;
 
+// What is as short as a call of it gives vekStsNoErr: a public function then ends with a jump to it.
 struct FilterKernels {
     // Largest magnitude, 0..32768.
     int (*maxAbs16)(const int16_t* x, int n);
@@ -27,9 +29,9 @@ struct FilterKernels {
     void (*mul)(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q);
     void (*mulC)(const int16_t* x, int v, int16_t* y, int n, int q);
     // y[i] = sat16(x[i] + ((d[i] * b + half) >> 15))
-    void (*addScaled)(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half);
+    VekStatus (*addScaled)(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half);
     // y[i] = (x1[i] >> 1) + (x2[i] >> 1)
-    void (*mean)(const int16_t* x1, const int16_t* x2, int16_t* y, int n);
+    VekStatus (*mean)(const int16_t* x1, const int16_t* x2, int16_t* y, int n);
     // rows[m * 40 + d] = sum of h[i] * h[i+d], i = 0..m, for d = 0..39-m; the rest of a row is not defined.
     void (*corrRows16)(const int16_t* h, int32_t* rows);
     void (*corrRows32f)(const float* h, float* rows);
@@ -38,6 +40,9 @@ struct FilterKernels {
     void (*gather16)(const int32_t* rows, const uint16_t* index, int16_t* dst, int n);
     // y[k] = sum over i of (c[i] * f2[40 + k - i]) >> 15, saturated at each step; 40 elements, f2 is 40 twice.
     void (*circular40)(const int16_t* c, const int16_t* f2, int16_t* y);
+    // y[0] = x[0], y[i] = (x[i] * p + 2^14) >> 15 with the powers p of c, each rounded likewise from the one before.
+    // Not for c = -32768.
+    VekStatus (*powers)(const int16_t* x, int c, int16_t* y, int n);
 };
 
 // The recursion of 256 bits, which that of 512 shares: compiled for these, some of its scalars wait in mask registers.

@@ -11,13 +11,15 @@ namespace {
 
 using fix::sat16;
 
+constexpr int kShortSum = 16;
+
 // One half of a fold: dst[n] = (w1[n] * x1[n] + w2[n] * x2[n]) in Q15, where each of the four runs forwards or
 // backwards from its pointer, and the second product counts negative if asked.
 enum class Run { forwards, backwards };
 
 #if VEK_LEVEL == 0
 
-int64_t dot16(const int16_t* a, const int16_t* b, int n) {
+int64_t sumOfProducts(const int16_t* a, const int16_t* b, int n) {
     int64_t s = 0;
     for (int i = 0; i < n; ++i) {
         s += a[i] * b[i];
@@ -42,6 +44,10 @@ float dotOfBlock(const float* a, const float* b, int n) {
     return ((sums[0] + sums[1]) + (sums[2] + sums[3])) + ((sums[4] + sums[5]) + (sums[6] + sums[7]));
 }
 
+float shortSum(const float* a, const float* b, int n) {
+    return dotOfBlock(a, b, n);
+}
+
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
     for (int k = 0; k < lags; ++k) {
         uint32_t s = 0;
@@ -51,6 +57,8 @@ void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
         out[k] = static_cast<int32_t>(s);
     }
 }
+
+constexpr auto corrInside32 = corr32;
 
 template <Run run>
 VEK_INLINE int at(const int16_t* p, int n) {
@@ -93,7 +101,7 @@ struct LastLanes {
 };
 constexpr LastLanes kLast;
 
-int64_t dot16(const int16_t* a, const int16_t* b, int n) {
+VEK_INLINE int64_t sumOfProducts(const int16_t* a, const int16_t* b, int n) {
     constexpr int lanes = kLanesOf<D16>;
     auto all = hn::Zero(WideSum());
     auto upper = all;
@@ -109,19 +117,51 @@ int64_t dot16(const int16_t* a, const int16_t* b, int n) {
         pairs += lanes / 2;
         i = n;
     }
-    // The lower halves, which are the sums of all without the upper ones, and these.
-    const auto both = all - hn::ShiftLeft<32>(upper) + upper;
-    int64_t s = static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(WideSum(), both))) - pairs * 0x7fff0000;
+    int64_t s = 0;
     for (; i < n; ++i) {
         s += a[i] * b[i];
     }
-    return s;
+    // The lower halves, which are the sums of all without the upper ones, and these.
+    const auto both = all - hn::ShiftLeft<32>(upper) + upper;
+    return s + static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(WideSum(), both))) - pairs * 0x7fff0000;
 }
 
 using FourFloats = hn::FixedTag<float, 4>;
 using Floats = hn::CappedTag<float, 8>;
 
 constexpr int kBlock = 32 * kLanesOf<Floats>;
+
+// The products behind the last four elements that are whole. Without a loop, which the compiler would spread over
+// registers.
+VEK_INLINE float lastThree(const float* a, const float* b, int n) {
+    const int i = n & ~3;
+    float sum = 0;
+    if ((n & 2) != 0) {
+        sum = a[i] * b[i] + a[i + 1] * b[i + 1];
+    }
+    if ((n & 1) != 0) {
+        sum += a[n - 1] * b[n - 1];
+    }
+    return sum;
+}
+
+// Fewer than kShortSum: a sum of these takes less than setting up the registers of more.
+VEK_INLINE float shortSum(const float* a, const float* b, int n) {
+    const FourFloats d;
+    const auto products = [=](int i) { return hn::LoadU(d, a + i) * hn::LoadU(d, b + i); };
+    float sum = 0;
+    if (n >= 4) {
+        auto four = products(0);
+        if (n >= 8) {
+            four = four + products(4);
+        }
+        if (n >= 12) {
+            four = four + products(8);
+        }
+        sum = hn::GetLane(hn::SumOfLanes(d, four));
+    }
+    return sum + lastThree(a, b, n);
+}
 
 VEK_INLINE float dotOfBlock(const float* a, const float* b, int n) {
     constexpr int lanes = kLanesOf<Floats>;
@@ -153,35 +193,96 @@ VEK_INLINE float dotOfBlock(const float* a, const float* b, int n) {
     auto four = fourSums((s0 + s1) + (s2 + s3));
     if (lanes > 4 && i + 4 <= n) {
         four = four + products(FourFloats(), i);
-        i += 4;
     }
-    float rest = 0;
-    for (; i < n; ++i) {
-        rest += a[i] * b[i];
-    }
-    return hn::GetLane(hn::SumOfLanes(FourFloats(), four)) + rest;
+    return hn::GetLane(hn::SumOfLanes(FourFloats(), four)) + lastThree(a, b, n);
 }
 
+// The sums of the lanes of four registers.
+template <class V>
+VEK_INLINE hn::Vec<FourOf32> lanesSummed(V s0, V s1, V s2, V s3) {
+    const hn::DFromV<V> d;
+    const hn::RepartitionToWide<hn::DFromV<V>> pairs;
+    const auto lower = hn::BitCast(pairs, hn::InterleaveLower(d, s0, s1) + hn::InterleaveUpper(d, s0, s1));
+    const auto upper = hn::BitCast(pairs, hn::InterleaveLower(d, s2, s3) + hn::InterleaveUpper(d, s2, s3));
+    const auto fours = hn::BitCast(d, hn::InterleaveLower(pairs, lower, upper)) +
+                       hn::BitCast(d, hn::InterleaveUpper(pairs, lower, upper));
+    return fourSums(fours);
+}
+
+// The sums of four neighbouring lags.
+struct FourLags {
+    hn::Vec<PairSum> s0 = hn::Zero(PairSum());
+    hn::Vec<PairSum> s1 = hn::Zero(PairSum());
+    hn::Vec<PairSum> s2 = hn::Zero(PairSum());
+    hn::Vec<PairSum> s3 = hn::Zero(PairSum());
+
+    VEK_INLINE void add(const int16_t* x, hn::Vec<D16> y) {
+        s0 = plusPairs(s0, y, hn::LoadU(d16, x));
+        s1 = plusPairs(s1, y, hn::LoadU(d16, x + 1));
+        s2 = plusPairs(s2, y, hn::LoadU(d16, x + 2));
+        s3 = plusPairs(s3, y, hn::LoadU(d16, x + 3));
+    }
+    // Those that are left of `lags` from out on.
+    VEK_INLINE void store(int32_t* out, int lags) const {
+        const auto four = lanesSummed(s0, s1, s2, s3);
+        if (lags >= 4) {
+            hn::StoreU(four, kFourOf32, out);
+            return;
+        }
+        int32_t last[4];
+        hn::StoreU(four, kFourOf32, last);
+        for (int j = 0; j < lags; ++j) {
+            out[j] = last[j];
+        }
+    }
+};
+
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
-    const PairSum d;
     for (int k = 0; k < lags; k += 4) {
-        auto s0 = hn::Zero(d);
-        auto s1 = s0;
-        auto s2 = s0;
-        auto s3 = s0;
-        const int16_t* const x = a + k;
+        FourLags sums;
         for (int i = 0; i < n - k; i += kLanesOf<D16>) {
-            const auto y = hn::LoadU(d16, b + i);
-            s0 = plusPairs(s0, y, hn::LoadU(d16, x + i));
-            s1 = plusPairs(s1, y, hn::LoadU(d16, x + i + 1));
-            s2 = plusPairs(s2, y, hn::LoadU(d16, x + i + 2));
-            s3 = plusPairs(s3, y, hn::LoadU(d16, x + i + 3));
+            sums.add(a + k + i, hn::LoadU(d16, b + i));
         }
-        const int32_t sums[4] = {hn::GetLane(hn::SumOfLanes(d, s0)), hn::GetLane(hn::SumOfLanes(d, s1)),
-                                 hn::GetLane(hn::SumOfLanes(d, s2)), hn::GetLane(hn::SumOfLanes(d, s3))};
-        for (int j = k; j < lags && j < k + 4; ++j) {
-            out[j] = sums[j - k];
+        sums.store(out + k, lags - k);
+    }
+}
+
+using FourOf16 = hn::FixedTag<int16_t, 4>;
+using EndWord = hn::FixedTag<uint64_t, 1>;
+
+// Adds the products of the four elements of `ends` from bit `first` on and those of `last`.
+template <int first>
+VEK_INLINE hn::Vec<PairSum> plusEnd(hn::Vec<PairSum> sum, hn::Vec<FourOf16> ends, hn::Vec<EndWord> last) {
+    const auto from = hn::BitCast(FourOf16(), hn::ShiftRight<first>(hn::BitCast(EndWord(), ends)));
+    const auto two = pairSums(from, hn::BitCast(FourOf16(), last));
+    if constexpr (kLanesOf < PairSum >> 4) {
+        return sum + hn::ZeroExtendVector(PairSum(), hn::ZeroExtendVector(kFourOf32, two));
+    } else {
+        return sum + hn::ZeroExtendVector(PairSum(), two);
+    }
+}
+
+void corrInside32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
+    constexpr int lanes = kLanesOf<D16>;
+    for (int k = 0; k < lags; k += 4) {
+        FourLags sums;
+        const int common = n - k - 3; // products that each of the four has
+        int i = 0;
+        for (; i + lanes <= common; i += lanes) {
+            sums.add(a + k + i, hn::LoadU(d16, b + i));
         }
+        if (i < common) {
+            // The rest with the last register, without what has been counted.
+            const int last = common - lanes;
+            sums.add(a + k + last, hn::And(hn::LoadU(d16, b + last), hn::LoadU(d16, kLast.mask + (common - i))));
+        }
+        // What the first three have beyond.
+        const auto ends = hn::LoadU(FourOf16(), a + n - 4);
+        const auto last = hn::ShiftRight<16>(hn::BitCast(EndWord(), hn::LoadU(FourOf16(), b + common - 1)));
+        sums.s0 = plusEnd<16>(sums.s0, ends, last);
+        sums.s1 = plusEnd<32>(sums.s1, ends, last);
+        sums.s2 = plusEnd<48>(sums.s2, ends, last);
+        sums.store(out + k, lags - k);
     }
 }
 
@@ -219,6 +320,20 @@ VEK_INLINE void halfFold(const int16_t* w1, const int16_t* x1, const int16_t* w2
 }
 
 #endif
+
+int64_t dot16(const int16_t* a, const int16_t* b, int n) {
+    return sumOfProducts(a, b, n);
+}
+
+VekStatus dotSaturated16(const int16_t* a, const int16_t* b, int n, int32_t* sum) {
+    const int64_t s = sumOfProducts(a, b, n);
+    auto cut = static_cast<int32_t>(s);
+    if (s != cut) [[unlikely]] {
+        cut = s < 0 ? fix::kMin32 : fix::kMax32;
+    }
+    *sum = cut;
+    return vekStsNoErr;
+}
 
 int usedBits16(const int16_t* a, int n) {
     int16_t used = 0;
@@ -264,7 +379,7 @@ void unfold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_
 }
 
 // A product goes through 15 roundings of a block at the most, each within 2^-24; sums of blocks keep what they have.
-float dot32f(const float* a, const float* b, int n) {
+VEK_INLINE float longSum(const float* a, const float* b, int n) {
     if (n <= kBlock) {
         return dotOfBlock(a, b, n);
     }
@@ -276,8 +391,31 @@ float dot32f(const float* a, const float* b, int n) {
     return static_cast<float>(sum + static_cast<double>(dotOfBlock(a + i, b + i, n - i)));
 }
 
+// Apart from the short sums, which would have to save its registers.
+[[gnu::noinline]] float longDot32f(const float* a, const float* b, int n) {
+    return longSum(a, b, n);
+}
+
+[[gnu::noinline]] VekStatus longDotTo32f(const float* a, const float* b, int n, float* sum) {
+    *sum = longSum(a, b, n);
+    return vekStsNoErr;
+}
+
+float dot32f(const float* a, const float* b, int n) {
+    return n < kShortSum ? shortSum(a, b, n) : longDot32f(a, b, n);
+}
+
+VekStatus dotTo32f(const float* a, const float* b, int n, float* sum) {
+    if (n >= kShortSum) {
+        return longDotTo32f(a, b, n, sum);
+    }
+    *sum = shortSum(a, b, n);
+    return vekStsNoErr;
+}
+
 } // namespace
 
-VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16, dot32f, corr32, usedBits16, shift16, window16, fold16, unfold16};
+VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,      dotSaturated16, dot32f,   dotTo32f, corr32,  corrInside32,
+                                              usedBits16, shift16,        window16, fold16,   unfold16};
 
 } // namespace vek

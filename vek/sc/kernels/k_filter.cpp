@@ -1,7 +1,7 @@
 // The filter room's kernels, once per instruction level.
-// The element-wise loops are left to the compiler's vectoriser; the FIR, the all-pole recursion, the circular
-// convolution and the rows of correlations are written out, since their data must be arranged. All levels give the same
-// integers.
+// Element-wise loops are left to the compiler's vectoriser, but for those that codecs run over ten to sixty elements,
+// of which the rest behind whole registers takes the time. These, the FIR, the all-pole recursion, the circular
+// convolution and the rows of correlations are written out. All levels give the same integers.
 #include "sc/kernels/filter.h"
 
 #include "sc/common/fixmath.h"
@@ -54,9 +54,102 @@ inline uint32_t firAt(const int16_t* a, int order, const int16_t* x) {
     y[i] = roundTo16(s, half, q);
 }
 
+inline int16_t scaledAdded(int x, int d, int b, int half) {
+    return fix::sat16(x + ((d * b + half) >> 15));
+}
+
+inline int16_t meanOf(int x1, int x2) {
+    return static_cast<int16_t>((x1 >> 1) + (x2 >> 1));
+}
+
+inline int16_t multRounded(int a, int b) {
+    return static_cast<int16_t>((a * b + 0x4000) >> 15);
+}
+
 #if VEK_LEVEL > 0
 
 using namespace registers;
+
+// y[i] = make(d, i), as many at once as `d` has lanes, or 128 bits. The last register overlaps the one before, and is
+// made first, since y may be a source. Fewer than 128 bits of them: y[i] = one(i).
+template <class D, class One, class Make>
+VEK_INLINE VekStatus fillBy(D d, hn::TFromD<D>* y, int n, One one, Make make) {
+    constexpr int lanes = kLanesOf<D>;
+    if (n >= lanes) {
+        const auto last = make(d, n - lanes);
+        for (int i = 0; i < n - lanes; i += lanes) {
+            hn::StoreU(make(d, i), d, y + i);
+        }
+        hn::StoreU(last, d, y + n - lanes);
+    } else if constexpr (lanes * sizeof(hn::TFromD<D>) > 16) {
+        return fillBy(hn::Half<D>(), y, n, one, make);
+    } else {
+        for (int i = 0; i < n; ++i) {
+            y[i] = one(i);
+        }
+    }
+    return vekStsNoErr;
+}
+
+using Short16 = hn::CappedTag<int16_t, 16>;
+
+bool isShort(int v) {
+    return v == static_cast<int16_t>(v);
+}
+
+VekStatus addScaled(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half) {
+    const auto one = [=](int i) { return scaledAdded(x[i], d[i], b, half); };
+    if (half != 0x4000 || !isShort(b) || b == -32768) {
+        for (int i = 0; i < n; ++i) {
+            y[i] = one(i);
+        }
+        return vekStsNoErr;
+    }
+    return fillBy(Short16(), y, n, one, [=](auto lanes, int i) {
+        const auto k = hn::Set(lanes, static_cast<int16_t>(b));
+        return hn::SaturatedAdd(hn::LoadU(lanes, x + i), hn::MulFixedPoint15(hn::LoadU(lanes, d + i), k));
+    });
+}
+
+VekStatus mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
+    return fillBy(
+        Short16(), y, n, [=](int i) { return meanOf(x1[i], x2[i]); },
+        [=](auto d, int i) {
+            return hn::ShiftRight<1>(hn::LoadU(d, x1 + i)) + hn::ShiftRight<1>(hn::LoadU(d, x2 + i));
+        });
+}
+
+// Each power is made in all lanes of a register, where the rounded product takes three clocks, and eight of them then
+// share one.
+VekStatus powers(const int16_t* x, int c, int16_t* y, int n) {
+    y[0] = x[0];
+    const auto factor = hn::Set(kEightOf16, static_cast<int16_t>(c));
+    const hn::FixedTag<int64_t, 2> d64;
+    auto power = factor;
+    const auto next = [&] {
+        const auto now = power;
+        power = hn::MulFixedPoint15(power, factor);
+        return now;
+    };
+    const auto four = [&] {
+        const auto p0 = next();
+        const auto p1 = next();
+        const auto p2 = next();
+        const auto p3 = next();
+        return hn::BitCast(d64, hn::InterleaveLower(kFourOf32, hn::BitCast(kFourOf32, hn::InterleaveLower(p0, p1)),
+                                                    hn::BitCast(kFourOf32, hn::InterleaveLower(p2, p3))));
+    };
+    int i = 1;
+    for (; i + 8 <= n; i += 8) {
+        const auto lower = four();
+        const auto all = hn::BitCast(kEightOf16, hn::InterleaveLower(d64, lower, four()));
+        hn::StoreU(hn::MulFixedPoint15(hn::LoadU(kEightOf16, x + i), all), kEightOf16, y + i);
+    }
+    for (; i < n; ++i) {
+        y[i] = multRounded(x[i], hn::GetLane(next()));
+    }
+    return vekStsNoErr;
+}
 
 constexpr int kMaxPairs = kMaxLpOrder / 2 + 1;
 
@@ -270,6 +363,30 @@ void corrRows16(const int16_t* h, int32_t* rows) {
 
 #else
 
+VekStatus addScaled(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half) {
+    for (int i = 0; i < n; i++) {
+        y[i] = scaledAdded(x[i], d[i], b, half);
+    }
+    return vekStsNoErr;
+}
+
+VekStatus mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
+    for (int i = 0; i < n; i++) {
+        y[i] = meanOf(x1[i], x2[i]);
+    }
+    return vekStsNoErr;
+}
+
+VekStatus powers(const int16_t* x, int c, int16_t* y, int n) {
+    y[0] = x[0];
+    int power = c;
+    for (int i = 1; i < n; i++) {
+        y[i] = multRounded(x[i], power);
+        power = multRounded(power, c);
+    }
+    return vekStsNoErr;
+}
+
 template <int Fixed>
 void fir16Of(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
     const int m = Fixed > 0 ? Fixed : order;
@@ -388,18 +505,6 @@ void mulC(const int16_t* x, int v, int16_t* y, int n, int q) {
     }
 }
 
-void addScaled(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half) {
-    for (int i = 0; i < n; i++) {
-        y[i] = fix::sat16(x[i] + ((d[i] * b + half) >> 15));
-    }
-}
-
-void mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
-    for (int i = 0; i < n; i++) {
-        y[i] = static_cast<int16_t>((x1[i] >> 1) + (x2[i] >> 1));
-    }
-}
-
 void corrRows32f(const float* h, float* rows) {
     float wide[2 * kSub] = {};
     float s[kSub] = {};
@@ -438,8 +543,8 @@ constexpr auto allPole = allPole256;
 #endif
 
 VEK_KERNEL_TABLE_512(FilterKernels, filterKernels) = {
-    maxAbs16,  fir16, fir32,      allPole,     weighted, mul,      mulC,
-    addScaled, mean,  corrRows16, corrRows32f, gather32, gather16, circular40,
+    maxAbs16, fir16,      fir32,       allPole,  weighted, mul,        mulC,   addScaled,
+    mean,     corrRows16, corrRows32f, gather32, gather16, circular40, powers,
 };
 
 } // namespace vek

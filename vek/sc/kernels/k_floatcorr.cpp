@@ -54,14 +54,10 @@ struct Neighbours {
 };
 
 template <typename T, int N>
-VEK_INLINE void load(const float* p, Neighbours<T, N>& a) {
+VEK_INLINE void load(const T* p, Neighbours<T, N>& a) {
     using D = typename Neighbours<T, N>::D;
     for (auto& v : a.v) {
-        if constexpr (sizeof(T) == sizeof(float)) {
-            v = hn::LoadU(D(), p);
-        } else {
-            v = hn::PromoteTo(D(), hn::LoadU(hn::Rebind<float, D>(), p));
-        }
+        v = hn::LoadU(D(), p);
         p += kLanesOf<D>;
     }
 }
@@ -128,16 +124,20 @@ VEK_INLINE void neighbouringDelays(const float* x, const float* y, int n, T* out
 }
 
 template <typename T>
+void correlateFew(const float* x, const float* y, int n, int lags, T* out) {
+    for (int k = 0; k < lags; ++k) {
+        T sum = 0;
+        for (int i = 0; i < n; ++i) {
+            sum += static_cast<T>(x[i]) * static_cast<T>(y[i + k]);
+        }
+        out[k] = sum;
+    }
+}
+
+template <typename T>
 void correlate(const float* x, const float* y, int n, int lags, T* out) {
     if (lags < 8) {
-        for (int k = 0; k < lags; ++k) {
-            T sum = 0;
-            for (int i = 0; i < n; ++i) {
-                sum += static_cast<T>(x[i]) * static_cast<T>(y[i + k]);
-            }
-            out[k] = sum;
-        }
-        return;
+        return correlateFew(x, y, n, lags, out);
     }
     int k = 0;
     if constexpr (kMostDelays < T >> 8) {
@@ -152,6 +152,97 @@ void correlate(const float* x, const float* y, int n, int lags, T* out) {
         neighbouringDelays<8>(x, y + lags - 8, n, out + lags - 8);
     }
 }
+
+#if VEK_LEVEL == 0
+
+constexpr auto correlateWide = correlate<double>;
+
+#else
+
+// Doubles: each sample meets many delays, and is widened once. Of neighbouring delays five registers go together, as
+// the shorter registers of 256 bits leave fewer lanes over.
+using Wide = hn::CappedTag<double, 4>;
+constexpr int kWideSamples = 128;
+constexpr int kWideDelays = 5 * kLanesOf<Wide>;
+
+VEK_INLINE void widen(const float* from, int n, double* to) {
+    const Wide d;
+    int i = 0;
+    for (; i + kLanesOf<Wide> <= n; i += kLanesOf<Wide>) {
+        hn::Store(hn::PromoteTo(d, hn::LoadU(hn::Rebind<float, Wide>(), from + i)), d, to + i);
+    }
+    for (; i < n; ++i) {
+        to[i] = static_cast<double>(from[i]);
+    }
+}
+
+// Adds to the sums of as many delays as Parts registers have lanes.
+template <int Parts>
+VEK_INLINE void addWide(const double* x, const double* y, int n, double* sums) {
+    const Wide d;
+    constexpr int lanes = kLanesOf<Wide>;
+    hn::Vec<Wide> even[Parts];
+    hn::Vec<Wide> odd[Parts];
+    for (int p = 0; p < Parts; ++p) {
+        even[p] = hn::Zero(d);
+        odd[p] = hn::Zero(d);
+    }
+    int i = 0;
+    for (; i + 2 <= n; i += 2) {
+        const auto first = hn::Set(d, x[i]);
+        const auto second = hn::Set(d, x[i + 1]);
+        for (int p = 0; p < Parts; ++p) {
+            even[p] = even[p] + first * hn::LoadU(d, y + i + p * lanes);
+            odd[p] = odd[p] + second * hn::LoadU(d, y + i + 1 + p * lanes);
+        }
+    }
+    if (i < n) {
+        for (int p = 0; p < Parts; ++p) {
+            even[p] = even[p] + hn::Set(d, x[i]) * hn::LoadU(d, y + i + p * lanes);
+        }
+    }
+    for (int p = 0; p < Parts; ++p) {
+        hn::Store(hn::Load(d, sums + p * lanes) + (even[p] + odd[p]), d, sums + p * lanes);
+    }
+}
+
+void correlateWide(const float* x, const float* y, int n, int lags, double* out) {
+    if (lags < 8) {
+        return correlateFew(x, y, n, lags, out);
+    }
+    alignas(32) double wideX[kWideSamples];
+    alignas(32) double wideY[kWideSamples + kWideDelays] = {};
+    for (int k = 0; k < lags; k += kWideDelays) {
+        const int delays = lags - k < kWideDelays ? lags - k : kWideDelays;
+        alignas(32) double sums[kWideDelays] = {};
+        for (int i = 0; i < n; i += kWideSamples) {
+            const int samples = n - i < kWideSamples ? n - i : kWideSamples;
+            widen(x + i, samples, wideX);
+            widen(y + i + k, samples + delays - 1, wideY);
+            switch ((delays + kLanesOf<Wide> - 1) / kLanesOf<Wide>) {
+            case 1:
+                addWide<1>(wideX, wideY, samples, sums);
+                break;
+            case 2:
+                addWide<2>(wideX, wideY, samples, sums);
+                break;
+            case 3:
+                addWide<3>(wideX, wideY, samples, sums);
+                break;
+            case 4:
+                addWide<4>(wideX, wideY, samples, sums);
+                break;
+            default:
+                addWide<5>(wideX, wideY, samples, sums);
+            }
+        }
+        for (int j = 0; j < delays; ++j) {
+            out[k + j] = sums[j];
+        }
+    }
+}
+
+#endif
 
 using F8 = Neighbours<float, 8>;
 
@@ -234,6 +325,6 @@ void allPole32f(const float* a, int order, float* y, int n) {
 
 } // namespace
 
-VEK_KERNEL_TABLE_512(FloatCorrKernels, floatCorrKernels) = {correlate<float>, correlate<double>, allPole32f};
+VEK_KERNEL_TABLE_512(FloatCorrKernels, floatCorrKernels) = {correlate<float>, correlateWide, allPole32f};
 
 } // namespace vek

@@ -283,49 +283,52 @@ void moveUp32f(float* y, const float* h, float v, int n) {
     }
 }
 
-void weighted16(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half) {
+VekStatus weighted16(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half) {
 #if VEK_LEVEL > 0
     if (n >= kLanesOf<D16>) {
         weightedBy(d16, x1, v1, x2, v2, y, n, q, half);
-        return;
+        return vekStsNoErr;
     }
     if (n >= kLanesOf<EightOf16>) {
         weightedBy(kEightOf16, x1, v1, x2, v2, y, n, q, half);
-        return;
+        return vekStsNoErr;
     }
 #endif
     for (int i = 0; i < n; ++i) {
         y[i] = fix::sat16((x1[i] * v1 + x2[i] * v2 + half) >> q);
     }
+    return vekStsNoErr;
 }
 
-void weighted32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
+VekStatus weighted32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
 #if VEK_LEVEL > 0
     if (n >= kLanesOf<Floats>) {
         const auto first = hn::Set(kFloats, v1);
         const auto second = hn::Set(kFloats, v2);
         inRegisters(kFloats, y, n,
                     [=](int i) { return hn::LoadU(kFloats, x1 + i) * first + hn::LoadU(kFloats, x2 + i) * second; });
-        return;
+        return vekStsNoErr;
     }
 #endif
     for (int i = 0; i < n; ++i) {
         y[i] = x1[i] * v1 + x2[i] * v2;
     }
+    return vekStsNoErr;
 }
 
-void addScaled32f(const float* x, const float* d, float b, float* y, int n) {
+// Registers do not overlap here: who has just copied the samples would wait for the copy to be in store.
+VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
+    int i = 0;
 #if VEK_LEVEL > 0
-    if (n >= kLanesOf<Floats>) {
-        const auto factor = hn::Set(kFloats, b);
-        inRegisters(kFloats, y, n,
-                    [=](int i) { return hn::LoadU(kFloats, x + i) + factor * hn::LoadU(kFloats, d + i); });
-        return;
+    for (; i + kLanesOf<Floats> <= n; i += kLanesOf<Floats>) {
+        const auto more = hn::Set(kFloats, b) * hn::LoadU(kFloats, d + i);
+        hn::StoreU(hn::LoadU(kFloats, x + i) + more, kFloats, y + i);
     }
 #endif
-    for (int i = 0; i < n; ++i) {
+    for (; i < n; ++i) {
         y[i] = x[i] + b * d[i];
     }
+    return vekStsNoErr;
 }
 
 void threeTaps(int side, int middle, const int16_t* x, int16_t* y, int n) {

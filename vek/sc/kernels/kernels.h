@@ -20,8 +20,9 @@
 
 namespace vek {
 
-// The level that vekInit or vekInitCpu set; kept up to date by vekOnKernelLevel (dispatch.cpp).
-extern std::atomic<int> g_level;
+// The level that vekInit or vekInitCpu set; kept up to date by vekOnKernelLevel (dispatch.cpp). Told to be hidden here
+// too, as the list of tables below: -fvisibility leaves declarations alone, and then each look takes an address first.
+[[gnu::visibility("hidden")]] extern std::atomic<int> g_level;
 
 inline int level() {
     return g_level.load(std::memory_order_relaxed);
@@ -34,7 +35,7 @@ inline int level() {
     extern const Type name##_L1;                                                                                       \
     extern const Type name##_L2;                                                                                       \
     extern const Type name##_L3;                                                                                       \
-    extern const Type* const name##_all[4];                                                                            \
+    [[gnu::visibility("hidden")]] extern const Type* const name##_all[4];                                              \
     inline const Type& name() {                                                                                        \
         return *name##_all[::vek::level()];                                                                            \
     }

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "sc/kernels/kernels.h"
+#include "vekdefs.h"
 
 namespace vek {
 
@@ -31,12 +32,12 @@ struct LoopKernels {
     // y[i] = y[i-1] + v * h[i], i = 1..n-1, of what y held before.
     void (*moveUp32f)(float* y, const float* h, float v, int n);
     // y[i] = sat16((x1[i] * v1 + x2[i] * v2 + half) >> q), y may be x1 or x2; v1 and v2 have 16 bits, and no sum leaves
-    // 32.
-    void (*weighted16)(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half);
-    // y[i] = x1[i] * v1 + x2[i] * v2, y may be x1 or x2.
-    void (*weighted32f)(const float* x1, float v1, const float* x2, float v2, float* y, int n);
-    // y[i] = x[i] + b * d[i], y may be x or d.
-    void (*addScaled32f)(const float* x, const float* d, float b, float* y, int n);
+    // 32. Gives vekStsNoErr, for a public function to end with a jump to it.
+    VekStatus (*weighted16)(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half);
+    // y[i] = x1[i] * v1 + x2[i] * v2, y may be x1 or x2. Gives vekStsNoErr.
+    VekStatus (*weighted32f)(const float* x1, float v1, const float* x2, float v2, float* y, int n);
+    // y[i] = x[i] + b * d[i], y may be x or d. Gives vekStsNoErr.
+    VekStatus (*addScaled32f)(const float* x, const float* d, float b, float* y, int n);
     // y[i] = sat16((side * (x[i-1] + x[i+1]) + middle * x[i] + 2^14) >> 15), y apart from x; side and middle have 16
     // bits, 2 |side| + |middle| is 2^15 at most.
     void (*threeTaps)(int side, int middle, const int16_t* x, int16_t* y, int n);
