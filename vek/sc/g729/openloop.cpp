@@ -147,16 +147,9 @@ VekStatus lagMax(const Vek16s* pSrc, int len, int lowerLag, int upperLag, int di
     if (lowerLag < 0 || lowerLag > upperLag || upperLag > kMaxSignalLength) {
         return vekStsRangeErr;
     }
-    int64_t best = INT64_MIN;
-    int bestLag = lowerLag;
-    slide(pSrc, pSrc + direction * lowerLag, len, direction, upperLag - lowerLag + 1, [&](int k, int64_t sum) {
-        if (sum > best) {
-            best = sum;
-            bestLag = lowerLag + k;
-        }
-    });
-    *pMax = doubled(best);
-    *pMaxLag = bestLag;
+    const MostOfSlide most = mostOfSlide(pSrc, pSrc + direction * lowerLag, len, direction, upperLag - lowerLag + 1);
+    *pMax = doubled(most.sum);
+    *pMaxLag = lowerLag + most.at;
     return vekStsNoErr;
 }
 

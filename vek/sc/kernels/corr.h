@@ -23,8 +23,14 @@ struct CorrKernels {
     VekStatus (*dotTo32f)(const float* a, const float* b, int n, float* sum);
     // out[k] = sum of a[i] * b[i-k], i = k..n-1, modulo 2^32, for k = 0..lags-1 (lags <= n). Padding: see above.
     void (*corr32)(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out);
-    // The same without padding, where n - lags is kCorrInside or more.
-    void (*corrInside32)(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out);
+    // The same without padding, where n - lags is kCorrInside or more. False, and nothing is made, where the energies
+    // leave it open whether a sum fits 32 bits.
+    bool (*corrInside32)(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out);
+    // The largest sum of a[i] * b[i + step * k], i = 0..n-1, of k = 0..count-1, step 1 or -1, and the first k that has
+    // it. False as above.
+    bool (*slideMost16)(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* most, int* at);
+    // Whether the energies show that no sum of products of two vectors of n, nor of some of them, leaves 32 bits.
+    bool (*sumsFit16)(const int16_t* a, const int16_t* b, int n);
     // Bits that differ from the sign in any element, ored together.
     int (*usedBits16)(const int16_t* a, int n);
     // dst[i] = src[i] shifted, positive to the left without saturation, -15..15.

@@ -3,6 +3,10 @@
 // -0x7fff0000..0x80000000, which fits 32 unsigned bits after adding 0x7fff0000, the pair of four -32768 included.
 #include "sc/kernels/corr.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <type_traits>
+
 #include "sc/common/fixmath.h"
 #include "sc/kernels/registers.h"
 
@@ -12,6 +16,12 @@ namespace {
 using fix::sat16;
 
 constexpr int kShortSum = 16;
+
+// Where the geometric mean of the energies stays below 2^31 no sum of products of two vectors, nor of some of them, can
+// leave 32 bits.
+VEK_INLINE bool meanFits(int64_t energyA, int64_t energyB) {
+    return static_cast<double>(energyA) * static_cast<double>(energyB) < 4.6e18; // a little below 2^62
+}
 
 // One half of a fold: dst[n] = (w1[n] * x1[n] + w2[n] * x2[n]) in Q15, where each of the four runs forwards or
 // backwards from its pointer, and the second product counts negative if asked.
@@ -48,6 +58,11 @@ float shortSum(const float* a, const float* b, int n) {
     return dotOfBlock(a, b, n);
 }
 
+bool energiesFit(const int16_t* a, int lenA, const int16_t* b, int lenB) {
+    const int64_t energyA = sumOfProducts(a, a, lenA);
+    return meanFits(energyA, a == b && lenA == lenB ? energyA : sumOfProducts(b, b, lenB));
+}
+
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
     for (int k = 0; k < lags; ++k) {
         uint32_t s = 0;
@@ -58,7 +73,29 @@ void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
     }
 }
 
-constexpr auto corrInside32 = corr32;
+bool corrInside32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
+    const bool fits = energiesFit(a, n, b, n);
+    if (fits) {
+        corr32(a, b, n, lags, out);
+    }
+    return fits;
+}
+
+int slideMost(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* most) {
+    int at = 0;
+    for (int k = 0; k < count; ++k) {
+        uint32_t s = 0;
+        for (int i = 0; i < n; ++i) {
+            s += static_cast<uint32_t>(a[i] * b[i + step * k]);
+        }
+        const auto sum = static_cast<int32_t>(s);
+        if (k == 0 || sum > *most) {
+            *most = sum;
+            at = k;
+        }
+    }
+    return at;
+}
 
 template <Run run>
 VEK_INLINE int at(const int16_t* p, int n) {
@@ -209,81 +246,211 @@ VEK_INLINE hn::Vec<FourOf32> lanesSummed(V s0, V s1, V s2, V s3) {
     return fourSums(fours);
 }
 
-// The sums of four neighbouring lags.
-struct FourLags {
-    hn::Vec<PairSum> s0 = hn::Zero(PairSum());
-    hn::Vec<PairSum> s1 = hn::Zero(PairSum());
-    hn::Vec<PairSum> s2 = hn::Zero(PairSum());
-    hn::Vec<PairSum> s3 = hn::Zero(PairSum());
-
-    VEK_INLINE void add(const int16_t* x, hn::Vec<D16> y) {
-        s0 = plusPairs(s0, y, hn::LoadU(d16, x));
-        s1 = plusPairs(s1, y, hn::LoadU(d16, x + 1));
-        s2 = plusPairs(s2, y, hn::LoadU(d16, x + 2));
-        s3 = plusPairs(s3, y, hn::LoadU(d16, x + 3));
+// No less than the energy of x, in units of 2^16: what the shift takes of a pair of squares is below one. The last
+// register may count squares twice. Fewer than a register of them: 2^14 each.
+VEK_INLINE uint32_t energyBound(const int16_t* x, int n) {
+    constexpr int lanes = kLanesOf<D16>;
+    if (n < lanes) {
+        return static_cast<uint32_t>(n) << 14;
     }
-    // Those that are left of `lags` from out on.
-    VEK_INLINE void store(int32_t* out, int lags) const {
-        const auto four = lanesSummed(s0, s1, s2, s3);
-        if (lags >= 4) {
-            hn::StoreU(four, kFourOf32, out);
-            return;
+    using Pairs = hn::RebindToUnsigned<PairSum>;
+    const auto squares = [](const int16_t* p) {
+        const auto v = hn::LoadU(d16, p);
+        return hn::ShiftRight<16>(hn::BitCast(Pairs(), pairSums(v, v)));
+    };
+    auto sum = squares(x + n - lanes);
+    int registers = 1;
+    for (int i = 0; i < n - lanes; i += lanes) {
+        sum = sum + squares(x + i);
+        ++registers;
+    }
+    const auto four = fourSums(sum);
+    return hn::GetLane(hn::SumOfLanes(hn::DFromV<decltype(four)>(), four)) +
+           static_cast<uint32_t>(registers * (lanes / 2));
+}
+
+[[gnu::noinline]] bool exactEnergiesFit(const int16_t* a, int lenA, const int16_t* b, int lenB) {
+    return meanFits(sumOfProducts(a, a, lenA), sumOfProducts(b, b, lenB));
+}
+
+// The bounds tell it of most vectors.
+VEK_INLINE bool energiesFit(const int16_t* a, int lenA, const int16_t* b, int lenB) {
+    const uint64_t boundA = energyBound(a, lenA);
+    const uint64_t boundB = a == b && lenA == lenB ? boundA : energyBound(b, lenB);
+    return boundA * boundB < uint64_t{1} << 30 || exactEnergiesFit(a, lenA, b, lenB);
+}
+
+// The sums of `Lags` neighbouring lags.
+template <int Lags, class D = D16>
+struct LagSums {
+    using Sum = hn::Vec<hn::RepartitionToWide<D>>;
+    Sum s0 = hn::Zero(hn::RepartitionToWide<D>());
+    Sum s1 = s0;
+    Sum s2 = s0;
+    Sum s3 = s0;
+
+    // One after the other lags are `step` elements apart.
+    VEK_INLINE void add(const int16_t* x, hn::Vec<D> y, ptrdiff_t step = 1) {
+        const D d;
+        s0 = plusPairs(s0, y, hn::LoadU(d, x));
+        if constexpr (Lags > 1) {
+            s1 = plusPairs(s1, y, hn::LoadU(d, x + step));
         }
-        int32_t last[4];
-        hn::StoreU(four, kFourOf32, last);
-        for (int j = 0; j < lags; ++j) {
-            out[j] = last[j];
+        if constexpr (Lags > 2) {
+            s2 = plusPairs(s2, y, hn::LoadU(d, x + 2 * step));
+        }
+        if constexpr (Lags > 3) {
+            s3 = plusPairs(s3, y, hn::LoadU(d, x + 3 * step));
+        }
+    }
+    VEK_INLINE auto summed() const { return lanesSummed(s0, s1, s2, s3); }
+
+    VEK_INLINE void store(int32_t* out) const {
+        const auto four = summed();
+        if constexpr (Lags == 4) {
+            hn::StoreU(four, kFourOf32, out);
+        } else {
+            out[0] = hn::GetLane(four);
+            if constexpr (Lags > 1) {
+                out[1] = hn::ExtractLane(four, 1);
+            }
+            if constexpr (Lags > 2) {
+                out[2] = hn::ExtractLane(four, 2);
+            }
         }
     }
 };
 
+// group(Lags, k) for each four lags from k on, and for those that are left, Lags being an integral constant.
+template <class Group>
+VEK_INLINE void byFourLags(int lags, Group group) {
+    int k = 0;
+    for (; k + 4 <= lags; k += 4) {
+        group(std::integral_constant<int, 4>(), k);
+    }
+    switch (lags - k) {
+    case 3:
+        return group(std::integral_constant<int, 3>(), k);
+    case 2:
+        return group(std::integral_constant<int, 2>(), k);
+    case 1:
+        return group(std::integral_constant<int, 1>(), k);
+    default:
+        return;
+    }
+}
+
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
-    for (int k = 0; k < lags; k += 4) {
-        FourLags sums;
+    byFourLags(lags, [=](auto own, int k) {
+        LagSums<own> sums;
         for (int i = 0; i < n - k; i += kLanesOf<D16>) {
             sums.add(a + k + i, hn::LoadU(d16, b + i));
         }
-        sums.store(out + k, lags - k);
-    }
+        sums.store(out + k);
+    });
 }
 
-using FourOf16 = hn::FixedTag<int16_t, 4>;
-using EndWord = hn::FixedTag<uint64_t, 1>;
-
-// Adds the products of the four elements of `ends` from bit `first` on and those of `last`.
-template <int first>
-VEK_INLINE hn::Vec<PairSum> plusEnd(hn::Vec<PairSum> sum, hn::Vec<FourOf16> ends, hn::Vec<EndWord> last) {
-    const auto from = hn::BitCast(FourOf16(), hn::ShiftRight<first>(hn::BitCast(EndWord(), ends)));
-    const auto two = pairSums(from, hn::BitCast(FourOf16(), last));
-    if constexpr (kLanesOf < PairSum >> 4) {
-        return sum + hn::ZeroExtendVector(PairSum(), hn::ZeroExtendVector(kFourOf32, two));
-    } else {
-        return sum + hn::ZeroExtendVector(PairSum(), two);
-    }
+// The last m lanes of `d`.
+template <class D>
+VEK_INLINE hn::Vec<D> lastLanes(D d, int m) {
+    return hn::LoadU(d, kLast.mask + (kLanesOf<D16> - kLanesOf<D> + m));
 }
 
-void corrInside32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
+// Registers go back from the end of a, which all lags share; what is left before them takes each lag a mask of its own.
+bool corrInside32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
+    if (!energiesFit(a, n, b, n)) {
+        return false;
+    }
     constexpr int lanes = kLanesOf<D16>;
-    for (int k = 0; k < lags; k += 4) {
-        FourLags sums;
-        const int common = n - k - 3; // products that each of the four has
-        int i = 0;
-        for (; i + lanes <= common; i += lanes) {
-            sums.add(a + k + i, hn::LoadU(d16, b + i));
+    byFourLags(lags, [=](auto own, int k) {
+        LagSums<own> sums;
+        int i = n - lanes;
+        for (; i >= k + own - 1; i -= lanes) {
+            sums.add(b + i - k, hn::LoadU(d16, a + i), -1);
         }
-        if (i < common) {
-            // The rest with the last register, without what has been counted.
-            const int last = common - lanes;
-            sums.add(a + k + last, hn::And(hn::LoadU(d16, b + last), hn::LoadU(d16, kLast.mask + (common - i))));
+        // Elements of a from its lag on that are left.
+        const int rest = i + lanes - k;
+        const auto first = [=](int lag) {
+            return hn::AndNot(lastLanes(d16, std::max(lanes - rest + lag, 0)), hn::LoadU(d16, a + k + lag));
+        };
+        const auto y = hn::LoadU(d16, b);
+        sums.s0 = plusPairs(sums.s0, y, first(0));
+        if constexpr (own > 1) {
+            sums.s1 = plusPairs(sums.s1, y, first(1));
         }
-        // What the first three have beyond.
-        const auto ends = hn::LoadU(FourOf16(), a + n - 4);
-        const auto last = hn::ShiftRight<16>(hn::BitCast(EndWord(), hn::LoadU(FourOf16(), b + common - 1)));
-        sums.s0 = plusEnd<16>(sums.s0, ends, last);
-        sums.s1 = plusEnd<32>(sums.s1, ends, last);
-        sums.s2 = plusEnd<48>(sums.s2, ends, last);
-        sums.store(out + k, lags - k);
+        if constexpr (own > 2) {
+            sums.s2 = plusPairs(sums.s2, y, first(2));
+        }
+        if constexpr (own > 3) {
+            sums.s3 = plusPairs(sums.s3, y, first(3));
+        }
+        sums.store(out + k);
+        // Of the lags that began earlier these may be more than a register.
+        for (int lag = 0; lag < rest - lanes; ++lag) {
+            for (int m = lanes; m < rest - lag; ++m) {
+                out[k + lag] += a[k + lag + m] * b[m];
+            }
+        }
+    });
+    return true;
+}
+
+// Sums of four products each, in lanes of their own, and the largest of them with its number.
+template <class D>
+VEK_INLINE int slideMostBy(D d, const int16_t* a, const int16_t* b, int n, ptrdiff_t step, int count, int32_t* most) {
+    constexpr int lanes = kLanesOf<D>;
+    const int whole = n - n % lanes;
+    // The rest with the last register, without what has been counted.
+    const auto rest = hn::And(hn::LoadU(d, a + n - lanes), lastLanes(d, n - whole));
+    const auto counting = hn::LoadU(kFourOf32, kCounting);
+    LeastOfLanes<FourOf32> least; // of complements, whose order is the opposite
+    const auto four = [&](const int16_t* from, ptrdiff_t apart, hn::Vec<FourOf32> numbers) {
+        LagSums<4, D> sums;
+        for (int i = 0; i < whole; i += lanes) {
+            sums.add(from + i, hn::LoadU(d, a + i), apart);
+        }
+        if (whole < n) {
+            sums.add(from + n - lanes, rest, apart);
+        }
+        least.see(hn::Not(sums.summed()), numbers);
+    };
+    int k = 0;
+    for (; k + 4 <= count; k += 4) {
+        four(b + step * k, step, hn::Set(kFourOf32, k) + counting);
     }
+    if (k < count && count >= 4) {
+        // Some once more.
+        four(b + step * (count - 4), step, hn::Set(kFourOf32, count - 4) + counting);
+    } else {
+        for (; k < count; ++k) {
+            four(b + step * k, 0, hn::Set(kFourOf32, k));
+        }
+    }
+    int32_t complement;
+    const int at = least.settle(&complement);
+    *most = ~complement;
+    return at;
+}
+
+int slideMost(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* most) {
+    if (n >= kLanesOf<D16>) {
+        return slideMostBy(d16, a, b, n, step, count, most);
+    }
+    if (n >= 8) {
+        return slideMostBy(kEightOf16, a, b, n, step, count, most);
+    }
+    int at = 0;
+    for (int k = 0; k < count; ++k) {
+        int32_t s = 0;
+        for (int i = 0; i < n; ++i) {
+            s += a[i] * b[i + step * k];
+        }
+        if (k == 0 || s > *most) {
+            *most = s;
+            at = k;
+        }
+    }
+    return at;
 }
 
 // As many from element n on as `d` has lanes.
@@ -333,6 +500,19 @@ VekStatus dotSaturated16(const int16_t* a, const int16_t* b, int n, int32_t* sum
     }
     *sum = cut;
     return vekStsNoErr;
+}
+
+bool sumsFit16(const int16_t* a, const int16_t* b, int n) {
+    return energiesFit(a, n, b, n);
+}
+
+bool slideMost16(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* most, int* at) {
+    const int16_t* const lowest = step < 0 ? b - (count - 1) : b;
+    if (!energiesFit(a, n, lowest, n + count - 1)) {
+        return false;
+    }
+    *at = slideMost(a, b, n, step, count, most);
+    return true;
 }
 
 int usedBits16(const int16_t* a, int n) {
@@ -415,7 +595,8 @@ VekStatus dotTo32f(const float* a, const float* b, int n, float* sum) {
 
 } // namespace
 
-VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,      dotSaturated16, dot32f,   dotTo32f, corr32,  corrInside32,
-                                              usedBits16, shift16,        window16, fold16,   unfold16};
+VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,        dotSaturated16, dot32f,    dotTo32f,   corr32,
+                                              corrInside32, slideMost16,    sumsFit16, usedBits16, shift16,
+                                              window16,     fold16,         unfold16};
 
 } // namespace vek
