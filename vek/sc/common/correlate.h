@@ -73,6 +73,23 @@ bool correlateAlone(const int16_t* a, const int16_t* b, int len, int lags, Put p
     return true;
 }
 
+// store(n, sum) with the exact sum of x[i] * h[n-i], i = 0..n, of n = 0..len-1: the correlation with one of them
+// reversed. False without memory for copies.
+template <typename Store>
+bool convolve(const int16_t* x, const int16_t* h, int len, Store store) {
+    const Scratch16 a(h, len, kCorrPadding, true);
+    const Scratch16 b(x, len, kCorrPadding);
+    if (a.data() == nullptr || b.data() == nullptr) {
+        return false;
+    }
+    correlate(a.data(), b.data(), len, len, [&](int first, const auto* sums, int count) {
+        for (int k = 0; k < count; ++k) {
+            store(len - 1 - first - k, sums[k]);
+        }
+    });
+    return true;
+}
+
 struct MostOfSlide {
     int64_t sum;
     int at;

@@ -1,4 +1,4 @@
-// Correlation of two vectors, and causal convolution, which is the correlation with one of them reversed.
+// Correlation of two vectors, and causal convolution.
 #include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
@@ -19,28 +19,17 @@ VekStatus cross(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, int lags, Sto
     return correlateAlone(pSrc1, pSrc2, len, lags, put) ? vekStsNoErr : vekStsNoMemErr;
 }
 
-// store(n, sum) with the sum of pSrc1[i] * pSrc2[n-i]; n comes in falling order.
-template <typename Store>
-VekStatus convolve(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Store store) {
-    const Scratch16 a(pSrc2, len, kCorrPadding, true);
-    const Scratch16 b(pSrc1, len, kCorrPadding);
-    if (anyNull(a.data(), b.data())) {
-        return vekStsNoMemErr;
-    }
-    correlate(a.data(), b.data(), len, len, [&](int first, const auto* sums, int count) {
-        for (int k = 0; k < count; ++k) {
-            store(len - 1 - first - k, sums[k]);
-        }
-    });
-    return vekStsNoErr;
-}
-
 // Q15 with rounding, without a sum of more bits than there are.
 Vek16s roundQ15(int32_t sum) {
     return fix::sat16(((sum >> 14) + 1) >> 1);
 }
 Vek16s roundQ15(int64_t sum) {
     return fix::sat16_64((sum + 0x4000) >> 15);
+}
+
+template <typename Store>
+VekStatus convolved(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Store store) {
+    return convolve(pSrc1, pSrc2, len, store) ? vekStsNoErr : vekStsNoMemErr;
 }
 
 VekStatus check(const Vek16s* pSrc1, const Vek16s* pSrc2, const void* pDst, int len) {
@@ -56,7 +45,7 @@ VekStatus veksConvPartial_16s32s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek32
     if (const VekStatus status = check(pSrc1, pSrc2, pDst, len); status != vekStsNoErr) {
         return status;
     }
-    return convolve(pSrc1, pSrc2, len, [&](int n, auto sum) { pDst[n] = fix::sat32(sum); });
+    return convolved(pSrc1, pSrc2, len, [&](int n, auto sum) { pDst[n] = fix::sat32(sum); });
 }
 
 VekStatus veksConvPartial_16s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len, int scaleFactor) {
@@ -66,14 +55,14 @@ VekStatus veksConvPartial_16s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek1
     if (badScale(scaleFactor)) {
         return vekStsScaleRangeErr;
     }
-    return convolve(pSrc1, pSrc2, len, [&](int n, auto sum) { pDst[n] = fix::scaleSat16(sum, scaleFactor); });
+    return convolved(pSrc1, pSrc2, len, [&](int n, auto sum) { pDst[n] = fix::scaleSat16(sum, scaleFactor); });
 }
 
 VekStatus veksConvPartial_NR_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len) {
     if (const VekStatus status = check(pSrc1, pSrc2, pDst, len); status != vekStsNoErr) {
         return status;
     }
-    return convolve(pSrc1, pSrc2, len, [&](int n, auto sum) { pDst[n] = roundQ15(sum); });
+    return convolved(pSrc1, pSrc2, len, [&](int n, auto sum) { pDst[n] = roundQ15(sum); });
 }
 
 VekStatus veksCrossCorr_16s32s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Vek32s* pDst, int scaleFactor) {

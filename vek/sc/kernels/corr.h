@@ -13,6 +13,9 @@ constexpr int kCorrPadding = 32;
 // Elements by which the vectors of CorrKernels::corrInside32 are longer than the lags are many.
 constexpr int kCorrInside = 32;
 
+// Longest response of CorrKernels::delayed16.
+constexpr int kDelayedResponse = 64;
+
 struct CorrKernels {
     // Exact sum of a[i] * b[i].
     int64_t (*dot16)(const int16_t* a, const int16_t* b, int n);
@@ -31,6 +34,11 @@ struct CorrKernels {
     bool (*slideMost16)(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* most, int* at);
     // Whether the energies show that no sum of products of two vectors of n, nor of some of them, leaves 32 bits.
     bool (*sumsFit16)(const int16_t* a, const int16_t* b, int n);
+    // The sums with the target and of the squares of `count` responses of n samples, 40 or 64: that to the first delay
+    // is y, and each has a sample more of the past in it, y[j] = sat16(y[j-1] + sat16((past[-k] * h[j]) >> q)), y[-1] =
+    // 0, k = 0.. False where the energies leave it open whether twice a sum fits 32 bits.
+    bool (*delayed16)(const int16_t* past, const int16_t* h, int q, const int16_t* y, const int16_t* target, int n,
+                      int count, int32_t* cross, int32_t* energy);
     // Bits that differ from the sign in any element, ored together.
     int (*usedBits16)(const int16_t* a, int n);
     // dst[i] = src[i] shifted, positive to the left without saturation, -15..15.

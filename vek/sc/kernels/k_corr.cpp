@@ -97,6 +97,26 @@ int slideMost(const int16_t* a, const int16_t* b, int n, int step, int count, in
     return at;
 }
 
+bool delayed16(const int16_t* past, const int16_t* h, int q, const int16_t* y, const int16_t* target, int n, int count,
+               int32_t* cross, int32_t* energy) {
+    constexpr int64_t limit = 1 << 30;
+    int16_t now[kDelayedResponse];
+    std::copy_n(y, n, now);
+    for (int k = 0; k < count; ++k) {
+        const int64_t sum = sumOfProducts(target, now, n);
+        const int64_t squares = sumOfProducts(now, now, n);
+        if (sum >= limit || sum < -limit || squares >= limit) {
+            return false;
+        }
+        cross[k] = static_cast<int32_t>(sum);
+        energy[k] = static_cast<int32_t>(squares);
+        for (int j = n - 1; j >= 0; --j) {
+            now[j] = sat16(sat16((past[-k] * h[j]) >> q) + (j > 0 ? now[j - 1] : 0));
+        }
+    }
+    return true;
+}
+
 template <Run run>
 VEK_INLINE int at(const int16_t* p, int n) {
     return run == Run::forwards ? p[n] : p[-n];
@@ -453,6 +473,80 @@ int slideMost(const int16_t* a, const int16_t* b, int n, int step, int count, in
     return at;
 }
 
+// Steps of delayed16 between which the response stays where it is.
+constexpr int kStay = 31;
+
+// Vectors of kDelayedResponse elements at most, with zeros around them. The response does not move to its next delay:
+// what is read with it, moves back, so that its registers are those that were stored.
+struct Delayed {
+    static constexpr int kSpan = kStay + kDelayedResponse + 1;
+    alignas(64) int16_t h[kStay + kSpan + 1] = {};
+    alignas(64) int16_t target[kStay + kSpan + 1] = {};
+    alignas(64) int16_t y[kSpan] = {};
+};
+
+bool delayed16(const int16_t* past, const int16_t* h, int q, const int16_t* y, const int16_t* target, int n, int count,
+               int32_t* cross, int32_t* energy) {
+    constexpr int lanes = kLanesOf<D16>;
+    const PairSum pairs;
+    const auto copy = [n](const int16_t* from, int16_t* to) {
+        for (int i = 0; i < n; i += 8) {
+            hn::StoreU(hn::LoadU(kEightOf16, from + i), kEightOf16, to + i);
+        }
+    };
+    Delayed all;
+    copy(h, all.h + kStay);
+    copy(target, all.target + kStay);
+    copy(y, all.y + kStay);
+    auto most = hn::Zero(kFourOf32);
+    int start = kStay;
+    for (int k = 0; k < count; ++k) {
+        if (start == 0) {
+            int16_t moved[kDelayedResponse];
+            copy(all.y, moved);
+            copy(moved, all.y + kStay);
+            start = kStay;
+        }
+        if (k > 0) {
+            --start;
+        }
+        const auto fresh = hn::Set(d16, k > 0 ? past[1 - k] : int16_t{0});
+        auto crossed = hn::Zero(pairs);
+        auto squares = crossed;
+        auto bound = crossed; // as in energyBound
+        const auto sum = [&](hn::Vec<D16> now, int i) {
+            const auto two = pairSums(now, now);
+            crossed = plusPairs(crossed, now, hn::LoadU(d16, all.target + (kStay - start + i)));
+            squares = squares + two;
+            const hn::RebindToUnsigned<PairSum> bits;
+            bound = bound + hn::BitCast(pairs, hn::ShiftRight<16>(hn::BitCast(bits, two)));
+        };
+        const auto move = [&](int i) {
+            const auto response = hn::LoadU(d16, all.h + (kStay - start + i));
+            const auto lower = fresh * response;
+            const auto upper = hn::MulHigh(fresh, response);
+            const auto added = hn::ReorderDemote2To(
+                d16, hn::ShiftRightSame(hn::BitCast(pairs, hn::InterleaveLower(d16, lower, upper)), q),
+                hn::ShiftRightSame(hn::BitCast(pairs, hn::InterleaveUpper(d16, lower, upper)), q));
+            const auto now = hn::SaturatedAdd(added, hn::Load(d16, all.y + i));
+            hn::Store(now, d16, all.y + i);
+            return now;
+        };
+        int i = start & -lanes;
+        for (; i < start + n - lanes; i += lanes) {
+            sum(move(i), i);
+        }
+        // Behind the subframe stands what has left it.
+        sum(hn::AndNot(lastLanes(d16, lanes - (start + n - i)), move(i)), i);
+        const auto sums = lanesSummed(crossed, squares, bound, hn::Zero(pairs));
+        cross[k] = hn::GetLane(sums);
+        energy[k] = hn::ExtractLane(sums, 1);
+        most = hn::Max(most, sums);
+    }
+    const uint64_t bound = static_cast<uint64_t>(hn::ExtractLane(most, 2)) + (kDelayedResponse + 2 * lanes) / 2;
+    return bound < 1 << 14 && bound * energyBound(target, n) < 1 << 28;
+}
+
 // As many from element n on as `d` has lanes.
 template <Run run, class D>
 VEK_INLINE auto loadRun(D d, const int16_t* p, int n) {
@@ -595,8 +689,8 @@ VekStatus dotTo32f(const float* a, const float* b, int n, float* sum) {
 
 } // namespace
 
-VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,        dotSaturated16, dot32f,    dotTo32f,   corr32,
-                                              corrInside32, slideMost16,    sumsFit16, usedBits16, shift16,
-                                              window16,     fold16,         unfold16};
+VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,        dotSaturated16, dot32f,    dotTo32f,  corr32,
+                                              corrInside32, slideMost16,    sumsFit16, delayed16, usedBits16,
+                                              shift16,      window16,       fold16,    unfold16};
 
 } // namespace vek
