@@ -17,10 +17,12 @@ using fix::sat16;
 
 constexpr int kShortSum = 16;
 
-// Where the geometric mean of the energies stays below 2^31 no sum of products of two vectors, nor of some of them, can
-// leave 32 bits.
+// Whether the geometric mean of the energies stays below 2^bits, and with it each sum of products of two vectors, and
+// of some of them.
+template <int bits>
 VEK_INLINE bool meanFits(int64_t energyA, int64_t energyB) {
-    return static_cast<double>(energyA) * static_cast<double>(energyB) < 4.6e18; // a little below 2^62
+    constexpr auto most = static_cast<double>(int64_t{1} << (2 * bits)) * 0.999; // for what rounding takes
+    return static_cast<double>(energyA) * static_cast<double>(energyB) < most;
 }
 
 // One half of a fold: dst[n] = (w1[n] * x1[n] + w2[n] * x2[n]) in Q15, where each of the four runs forwards or
@@ -58,9 +60,10 @@ float shortSum(const float* a, const float* b, int n) {
     return dotOfBlock(a, b, n);
 }
 
+template <int bits>
 bool energiesFit(const int16_t* a, int lenA, const int16_t* b, int lenB) {
     const int64_t energyA = sumOfProducts(a, a, lenA);
-    return meanFits(energyA, a == b && lenA == lenB ? energyA : sumOfProducts(b, b, lenB));
+    return meanFits<bits>(energyA, a == b && lenA == lenB ? energyA : sumOfProducts(b, b, lenB));
 }
 
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
@@ -74,21 +77,28 @@ void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
 }
 
 bool corrInside32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
-    const bool fits = energiesFit(a, n, b, n);
+    const bool fits = energiesFit<31>(a, n, b, n);
     if (fits) {
         corr32(a, b, n, lags, out);
     }
     return fits;
 }
 
-int slideMost(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* most) {
-    int at = 0;
+void slideSums(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* sums) {
     for (int k = 0; k < count; ++k) {
         uint32_t s = 0;
         for (int i = 0; i < n; ++i) {
             s += static_cast<uint32_t>(a[i] * b[i + step * k]);
         }
-        const auto sum = static_cast<int32_t>(s);
+        sums[k] = static_cast<int32_t>(s);
+    }
+}
+
+int slideMost(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* most) {
+    int at = 0;
+    for (int k = 0; k < count; ++k) {
+        int32_t sum;
+        slideSums(a, b + step * k, n, step, 1, &sum);
         if (k == 0 || sum > *most) {
             *most = sum;
             at = k;
@@ -115,6 +125,13 @@ bool delayed16(const int16_t* past, const int16_t* h, int q, const int16_t* y, c
         }
     }
     return true;
+}
+
+bool gainSums16(const int16_t* x, const int16_t* y, int n, int32_t* xy, int32_t* yy) {
+    const int64_t squares = sumOfProducts(y, y, n);
+    *yy = static_cast<int32_t>(squares);
+    *xy = static_cast<int32_t>(sumOfProducts(x, y, n));
+    return squares < 1 << 30 && meanFits<30>(sumOfProducts(x, x, n), squares);
 }
 
 template <Run run>
@@ -266,17 +283,22 @@ VEK_INLINE hn::Vec<FourOf32> lanesSummed(V s0, V s1, V s2, V s3) {
     return fourSums(fours);
 }
 
-// No less than the energy of x, in units of 2^16: what the shift takes of a pair of squares is below one. The last
-// register may count squares twice. Fewer than a register of them: 2^14 each.
+// The upper halves of pairs of squares, which fill 32 bits without a sign.
+VEK_INLINE hn::Vec<PairSum> upperHalves(hn::Vec<PairSum> squares) {
+    const hn::RebindToUnsigned<PairSum> bits;
+    return hn::BitCast(PairSum(), hn::ShiftRight<16>(hn::BitCast(bits, squares)));
+}
+
+// No less than the energy of x, in units of 2^16: what upperHalves takes of a pair is below one. The last register may
+// count squares twice. Fewer than a register of them: 2^14 each.
 VEK_INLINE uint32_t energyBound(const int16_t* x, int n) {
     constexpr int lanes = kLanesOf<D16>;
     if (n < lanes) {
         return static_cast<uint32_t>(n) << 14;
     }
-    using Pairs = hn::RebindToUnsigned<PairSum>;
     const auto squares = [](const int16_t* p) {
         const auto v = hn::LoadU(d16, p);
-        return hn::ShiftRight<16>(hn::BitCast(Pairs(), pairSums(v, v)));
+        return upperHalves(pairSums(v, v));
     };
     auto sum = squares(x + n - lanes);
     int registers = 1;
@@ -285,19 +307,20 @@ VEK_INLINE uint32_t energyBound(const int16_t* x, int n) {
         ++registers;
     }
     const auto four = fourSums(sum);
-    return hn::GetLane(hn::SumOfLanes(hn::DFromV<decltype(four)>(), four)) +
-           static_cast<uint32_t>(registers * (lanes / 2));
+    return static_cast<uint32_t>(hn::GetLane(hn::SumOfLanes(kFourOf32, four)) + registers * (lanes / 2));
 }
 
+template <int bits>
 [[gnu::noinline]] bool exactEnergiesFit(const int16_t* a, int lenA, const int16_t* b, int lenB) {
-    return meanFits(sumOfProducts(a, a, lenA), sumOfProducts(b, b, lenB));
+    return meanFits<bits>(sumOfProducts(a, a, lenA), sumOfProducts(b, b, lenB));
 }
 
 // The bounds tell it of most vectors.
+template <int bits>
 VEK_INLINE bool energiesFit(const int16_t* a, int lenA, const int16_t* b, int lenB) {
     const uint64_t boundA = energyBound(a, lenA);
     const uint64_t boundB = a == b && lenA == lenB ? boundA : energyBound(b, lenB);
-    return boundA * boundB < uint64_t{1} << 30 || exactEnergiesFit(a, lenA, b, lenB);
+    return boundA * boundB < uint64_t{1} << (2 * bits - 32) || exactEnergiesFit<bits>(a, lenA, b, lenB);
 }
 
 // The sums of `Lags` neighbouring lags.
@@ -378,7 +401,7 @@ VEK_INLINE hn::Vec<D> lastLanes(D d, int m) {
 
 // Registers go back from the end of a, which all lags share; what is left before them takes each lag a mask of its own.
 bool corrInside32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
-    if (!energiesFit(a, n, b, n)) {
+    if (!energiesFit<31>(a, n, b, n)) {
         return false;
     }
     constexpr int lanes = kLanesOf<D16>;
@@ -415,16 +438,15 @@ bool corrInside32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* 
     return true;
 }
 
-// Sums of four products each, in lanes of their own, and the largest of them with its number.
-template <class D>
-VEK_INLINE int slideMostBy(D d, const int16_t* a, const int16_t* b, int n, ptrdiff_t step, int count, int32_t* most) {
+// take(numbers, sums) with four sums and their numbers each time; the last ones may come again.
+template <class D, class Take>
+VEK_INLINE void slideBy(D d, const int16_t* a, const int16_t* b, int n, ptrdiff_t step, int count, Take take) {
     constexpr int lanes = kLanesOf<D>;
     const int whole = n - n % lanes;
     // The rest with the last register, without what has been counted.
     const auto rest = hn::And(hn::LoadU(d, a + n - lanes), lastLanes(d, n - whole));
-    const auto counting = hn::LoadU(kFourOf32, kCounting);
-    LeastOfLanes<FourOf32> least; // of complements, whose order is the opposite
-    const auto four = [&](const int16_t* from, ptrdiff_t apart, hn::Vec<FourOf32> numbers) {
+    const auto four = [&](int k, ptrdiff_t apart) {
+        const int16_t* const from = b + step * k;
         LagSums<4, D> sums;
         for (int i = 0; i < whole; i += lanes) {
             sums.add(from + i, hn::LoadU(d, a + i), apart);
@@ -432,20 +454,60 @@ VEK_INLINE int slideMostBy(D d, const int16_t* a, const int16_t* b, int n, ptrdi
         if (whole < n) {
             sums.add(from + n - lanes, rest, apart);
         }
-        least.see(hn::Not(sums.summed()), numbers);
+        take(k, sums.summed());
     };
+    if (count < 4) {
+        for (int k = 0; k < count; ++k) {
+            four(k, 0);
+        }
+        return;
+    }
     int k = 0;
     for (; k + 4 <= count; k += 4) {
-        four(b + step * k, step, hn::Set(kFourOf32, k) + counting);
+        four(k, step);
     }
-    if (k < count && count >= 4) {
-        // Some once more.
-        four(b + step * (count - 4), step, hn::Set(kFourOf32, count - 4) + counting);
-    } else {
-        for (; k < count; ++k) {
-            four(b + step * k, 0, hn::Set(kFourOf32, k));
+    if (k < count) {
+        four(count - 4, step);
+    }
+}
+
+VEK_INLINE void slideShort(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* sums) {
+    for (int k = 0; k < count; ++k) {
+        int32_t s = 0;
+        for (int i = 0; i < n; ++i) {
+            s += a[i] * b[i + step * k];
         }
+        sums[k] = s;
     }
+}
+
+template <class D>
+VEK_INLINE void slideSumsBy(D d, const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* sums) {
+    slideBy(d, a, b, n, step, count, [=](int k, hn::Vec<FourOf32> four) {
+        if (count >= 4) {
+            hn::StoreU(four, kFourOf32, sums + k);
+        } else {
+            sums[k] = hn::GetLane(four);
+        }
+    });
+}
+
+void slideSums(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* sums) {
+    if (n >= kLanesOf<D16>) {
+        slideSumsBy(d16, a, b, n, step, count, sums);
+    } else if (n >= 8) {
+        slideSumsBy(kEightOf16, a, b, n, step, count, sums);
+    } else {
+        slideShort(a, b, n, step, count, sums);
+    }
+}
+
+template <class D>
+VEK_INLINE int slideMostBy(D d, const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* most) {
+    const auto counting = count >= 4 ? hn::LoadU(kFourOf32, kCounting) : hn::Zero(kFourOf32);
+    LeastOfLanes<FourOf32> least; // of complements, whose order is the opposite
+    slideBy(d, a, b, n, step, count,
+            [&](int k, hn::Vec<FourOf32> four) { least.see(hn::Not(four), hn::Set(kFourOf32, k) + counting); });
     int32_t complement;
     const int at = least.settle(&complement);
     *most = ~complement;
@@ -461,16 +523,46 @@ int slideMost(const int16_t* a, const int16_t* b, int n, int step, int count, in
     }
     int at = 0;
     for (int k = 0; k < count; ++k) {
-        int32_t s = 0;
-        for (int i = 0; i < n; ++i) {
-            s += a[i] * b[i + step * k];
-        }
-        if (k == 0 || s > *most) {
-            *most = s;
+        int32_t sum;
+        slideShort(a, b + step * k, n, step, 1, &sum);
+        if (k == 0 || sum > *most) {
+            *most = sum;
             at = k;
         }
     }
     return at;
+}
+
+bool gainSums16(const int16_t* x, const int16_t* y, int n, int32_t* xy, int32_t* yy) {
+    constexpr int lanes = kLanesOf<D16>;
+    const PairSum pairs;
+    auto crossed = hn::Zero(pairs);
+    auto squares = crossed;
+    auto boundX = crossed; // as in energyBound
+    auto boundY = crossed;
+    const auto add = [&](int i, hn::Vec<D16> now) {
+        const auto other = hn::LoadU(d16, x + i);
+        const auto two = pairSums(now, now);
+        crossed = plusPairs(crossed, now, other);
+        squares = squares + two;
+        boundY = boundY + upperHalves(two);
+        boundX = boundX + upperHalves(pairSums(other, other));
+    };
+    int i = 0;
+    for (; i + lanes <= n; i += lanes) {
+        add(i, hn::LoadU(d16, y + i));
+    }
+    if (i < n) {
+        // The rest with the last register, without what has been counted.
+        add(n - lanes, hn::And(hn::LoadU(d16, y + n - lanes), lastLanes(d16, n - i)));
+    }
+    const auto sums = lanesSummed(crossed, squares, boundX, boundY);
+    *xy = hn::GetLane(sums);
+    *yy = hn::ExtractLane(sums, 1);
+    const auto cut = static_cast<uint64_t>((n + lanes) / 2);
+    const uint64_t energyX = static_cast<uint32_t>(hn::ExtractLane(sums, 2)) + cut;
+    const uint64_t energyY = static_cast<uint32_t>(hn::ExtractLane(sums, 3)) + cut;
+    return energyY < 1 << 14 && energyX * energyY < 1 << 28;
 }
 
 // Steps of delayed16 between which the response stays where it is.
@@ -518,8 +610,7 @@ bool delayed16(const int16_t* past, const int16_t* h, int q, const int16_t* y, c
             const auto two = pairSums(now, now);
             crossed = plusPairs(crossed, now, hn::LoadU(d16, all.target + (kStay - start + i)));
             squares = squares + two;
-            const hn::RebindToUnsigned<PairSum> bits;
-            bound = bound + hn::BitCast(pairs, hn::ShiftRight<16>(hn::BitCast(bits, two)));
+            bound = bound + upperHalves(two);
         };
         const auto move = [&](int i) {
             const auto response = hn::LoadU(d16, all.h + (kStay - start + i));
@@ -597,12 +688,24 @@ VekStatus dotSaturated16(const int16_t* a, const int16_t* b, int n, int32_t* sum
 }
 
 bool sumsFit16(const int16_t* a, const int16_t* b, int n) {
-    return energiesFit(a, n, b, n);
+    return energiesFit<31>(a, n, b, n);
+}
+
+template <int bits>
+VEK_INLINE bool slidesFit(const int16_t* a, const int16_t* b, int n, int step, int count) {
+    return energiesFit<bits>(a, n, step < 0 ? b - (count - 1) : b, n + count - 1);
+}
+
+bool slide16(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* sums) {
+    const bool fits = slidesFit<30>(a, b, n, step, count);
+    if (fits) {
+        slideSums(a, b, n, step, count, sums);
+    }
+    return fits;
 }
 
 bool slideMost16(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* most, int* at) {
-    const int16_t* const lowest = step < 0 ? b - (count - 1) : b;
-    if (!energiesFit(a, n, lowest, n + count - 1)) {
+    if (!slidesFit<31>(a, b, n, step, count)) {
         return false;
     }
     *at = slideMost(a, b, n, step, count, most);
@@ -689,8 +792,8 @@ VekStatus dotTo32f(const float* a, const float* b, int n, float* sum) {
 
 } // namespace
 
-VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,        dotSaturated16, dot32f,    dotTo32f,  corr32,
-                                              corrInside32, slideMost16,    sumsFit16, delayed16, usedBits16,
-                                              shift16,      window16,       fold16,    unfold16};
+VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,   dotSaturated16, dot32f,    dotTo32f,  corr32,     corrInside32,
+                                              slide16, slideMost16,    sumsFit16, delayed16, gainSums16, usedBits16,
+                                              shift16, window16,       fold16,    unfold16};
 
 } // namespace vek
