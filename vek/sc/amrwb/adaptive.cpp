@@ -5,6 +5,7 @@
 #include "sc/amrwb/normal.h"
 #include "sc/amrwb/rates.h"
 #include "sc/amrwb/tables.h"
+#include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
@@ -107,37 +108,51 @@ void predict(Vek16s* exc, Lag lag) {
     const int shift = lag.quarters == 0 ? 0 : 1;
     const Vek16s* x = exc - lag.whole - shift - kBefore;
     const Vek16s* taps = kQuarters[3 - (4 - lag.quarters) % 4];
-    const CorrKernels& kernels = corrKernels();
-    // Short lags read what has been written before.
-    for (int i = 0; i <= kSubframe; ++i) {
-        const int64_t sum = kernels.dot16(x + i, taps, kQuarterTaps);
-        exc[i] = round_s(L_shl(sat32(2 * sum), 1));
+    Vek16s turned[kQuarterTaps];
+    std::reverse_copy(taps, taps + kQuarterTaps, turned);
+    // Short lags read what has been written before: each time as many as need no later one.
+    const int most = std::max(lag.whole + shift - kQuarterTaps / 2, 1);
+    for (int i = 0; i <= kSubframe; i += most) {
+        filterKernels().fir16(turned, kQuarterTaps - 1, x + i + kQuarterTaps - 1, exc + i,
+                              std::min(most, kSubframe + 1 - i), 14);
     }
 }
 
-void convolve(const Vek16s* x, const Vek16s* h, Vek16s* y) {
-    Vek16s turned[kSubframe];
-    std::reverse_copy(h, h + kSubframe, turned);
-    for (int n = 0; n < kSubframe; ++n) {
-        y[n] = round_s(sat32(2 * corrKernels().dot16(x, turned + kSubframe - 1 - n, n + 1)));
-    }
-}
-
-// Correlations over the root of the energy for the delays first..last.
-void correlations(const Vek16s* exc, const Vek16s* target, const Vek16s* h, int first, int last, Vek16s* out) {
-    Vek16s y[kSubframe];
-    convolve(exc - first, h, y);
-    const int scale = -((product(target, target, kSubframe).exponent + 2) >> 1);
-    for (int delay = first; delay <= last; ++delay) {
-        const Normal cross = product(target, y, kSubframe);
-        const Normal root = inverseRoot(product(y, y, kSubframe));
-        const int32_t value = L_mult(extract_h(cross.mantissa), extract_h(root.mantissa));
-        out[delay - first] = round_s(L_shl(value, cross.exponent + root.exponent + scale));
-        const Vek16s fresh = exc[-delay - 1];
+// The sums of all delays, where they may not fit 32 bits.
+void wideSums(const Vek16s* past, const Vek16s* h, Vek16s* y, const Vek16s* target, int count, Normal* cross,
+              Normal* energy) {
+    for (int k = 0; k < count; ++k) {
+        cross[k] = product(target, y, kSubframe);
+        energy[k] = product(y, y, kSubframe);
         for (int i = kSubframe - 1; i > 0; --i) {
-            y[i] = sat16(((fresh * h[i]) >> 15) + y[i - 1]);
+            y[i] = sat16(mult(past[-k], h[i]) + y[i - 1]);
         }
-        y[0] = mult(fresh, h[0]);
+        y[0] = mult(past[-k], h[0]);
+    }
+}
+
+constexpr int kDelays = kSpan + 2 * kMargin;
+
+// Correlations over the root of the energy for kDelays delays from the first on.
+void correlations(const Vek16s* exc, const Vek16s* target, const Vek16s* h, int first, Vek16s* out) {
+    Vek16s y[kSubframe];
+    convolve(exc - first, h, kSubframe, [&](int n, auto sum) { y[n] = round_s(sat32(2 * int64_t{sum})); });
+    const int scale = -((product(target, target, kSubframe).exponent + 2) >> 1);
+    Normal cross[kDelays];
+    Normal energy[kDelays];
+    const Vek16s* const past = exc - first - 1;
+    int32_t sums[kDelays];
+    int32_t squares[kDelays];
+    if (corrKernels().delayed16(past, h, 15, y, target, kSubframe, kDelays, sums, squares)) {
+        std::transform(sums, sums + kDelays, cross, [](int32_t sum) { return normalOf(2 * sum + 1); });
+        std::transform(squares, squares + kDelays, energy, [](int32_t sum) { return normalOf(2 * sum + 1); });
+    } else {
+        wideSums(past, h, y, target, kDelays, cross, energy);
+    }
+    for (int k = 0; k < kDelays; ++k) {
+        const Normal root = inverseRoot(energy[k]);
+        const int32_t value = L_mult(extract_h(cross[k].mantissa), extract_h(root.mantissa));
+        out[k] = round_s(L_shl(value, cross[k].exponent + root.exponent + scale));
     }
 }
 
@@ -302,9 +317,8 @@ VekStatus veksAdaptiveCodebookSearch_AMRWB_16s(const Vek16s* pSrcAdptTarget, con
     }
     const Law law(Subframe, rate);
     const int first = law.relative ? bounded(pPitchLagBounds[0]) : firstAround(2 * pSrcOpenLoopLag[Subframe / 2]);
-    Vek16s values[kSpan + 2 * kMargin];
-    correlations(pSrcDstExcitation, pSrcAdptTarget, pSrcImpulseResponse, first - kMargin, first + kSpan - 1 + kMargin,
-                 values);
+    Vek16s values[kDelays];
+    correlations(pSrcDstExcitation, pSrcAdptTarget, pSrcImpulseResponse, first - kMargin, values);
     const Lag lag = bestLag(values, law, first);
     predict(pSrcDstExcitation, lag);
     *pAdptIndex = static_cast<Vek16s>(law.encode(lag, first));

@@ -15,11 +15,14 @@ struct Normal {
     int exponent;
 };
 
+inline Normal normalOf(int32_t v) {
+    const int shift = fix::norm_l(v);
+    return {v << shift, 30 - shift};
+}
+
 // 1 + 2 * the sum, which saturates.
 inline Normal product(const int16_t* a, const int16_t* b, int n) {
-    const int32_t sum = fix::sat32(2 * corrKernels().dot16(a, b, n) + 1);
-    const int shift = fix::norm_l(sum);
-    return {sum << shift, 30 - shift};
+    return normalOf(fix::sat32(2 * corrKernels().dot16(a, b, n) + 1));
 }
 
 // 1 / sqrt of a normalised number by 48 straight lines.

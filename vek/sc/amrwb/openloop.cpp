@@ -28,29 +28,15 @@ int32_t times(int32_t v, Vek16s weight) {
     return Mpy_32_16(high, low, weight);
 }
 
-// Doubled sums of the products at the delays first..first+count-1, saturated once.
+// Doubled sums of the products at the delays from the longest on, saturated once.
 void correlations(const Vek16s* x, int len, int longest, int count, int32_t* sums) {
-    constexpr int kBlock = 16;
-    alignas(32) Vek16s past[kMostLag + kMostLength + kCorrPadding] = {};
-    alignas(32) Vek16s now[kMostLength + kBlock + kCorrPadding] = {};
-    std::memcpy(past, x - longest, static_cast<size_t>(longest + len) * sizeof(Vek16s));
-    std::memcpy(now, x, static_cast<size_t>(len) * sizeof(Vek16s));
     const CorrKernels& kernels = corrKernels();
-    const int64_t energy = kernels.dot16(past, past, longest + len);
-    if (2 * energy > kMax32) {
-        for (int k = 0; k < count; ++k) {
-            sums[k] = sat32(2 * kernels.dot16(past + k, now, len));
-        }
+    if (kernels.slide16(x, x - longest, len, 1, count, sums)) {
+        std::transform(sums, sums + count, sums, [](int32_t s) { return 2 * s; });
         return;
     }
-    int32_t block[kBlock];
-    for (int first = 0; first < count; first += kBlock) {
-        const int lags = std::min(kBlock, count - first);
-        // What follows `past` does no harm: `now` is zero behind len.
-        kernels.corr32(past + first, now, len + lags - 1, lags, block);
-        for (int k = 0; k < lags; ++k) {
-            sums[first + k] = 2 * block[k];
-        }
+    for (int k = 0; k < count; ++k) {
+        sums[k] = sat32(2 * kernels.dot16(x, x - longest + k, len));
     }
 }
 

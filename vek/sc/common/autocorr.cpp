@@ -1,4 +1,5 @@
 // Autocorrelation in its forms: saturated sums, normalised with an exponent, the analysis of G.723.1.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
@@ -33,15 +34,24 @@ int exponentOf(int64_t r0) {
     return r0 == 0 ? 0 : fix::norm_64(r0) - 32;
 }
 
+// fix::round_s without a sum of more than 32 bits.
+Vek16s roundUpper(Vek32s r) {
+    return fix::sat16(((r >> 15) + 1) >> 1);
+}
+
 template <typename Store>
 VekStatus normalised(const Vek16s* pSrc, int len, int lenDst, int* pNorm, Store store) {
     int norm = 0;
-    const bool done = correlateAlone(pSrc, pSrc, len, lenDst, [&](int k, int64_t sum) {
-        if (k == 0) {
-            norm = exponentOf(sum);
+    const bool done = correlateAlone(pSrc, pSrc, len, lenDst, [&](int first, const auto* sums, int count) {
+        if (first == 0) {
+            norm = exponentOf(sums[0]);
         }
         // No sum is larger than the first: none can saturate.
-        store(k, static_cast<Vek32s>(norm < 0 ? sum >> -norm : sum << norm));
+        const int up = norm > 0 ? norm : 0;
+        const int down = norm < 0 ? -norm : 0;
+        for (int k = 0; k < count; ++k) {
+            store(first + k, static_cast<Vek32s>(sums[k] >> down << up));
+        }
     });
     if (!done) {
         return vekStsNoMemErr;
@@ -59,8 +69,11 @@ VekStatus veksAutoCorr_16s32s(const Vek16s* pSrc, int len, Vek32s* pDst, int len
     if (badLength(len) || badLength(lenDst)) {
         return vekStsSizeErr;
     }
-    const bool done =
-        correlateAlone(pSrc, pSrc, len, lenDst, [pDst](int k, int64_t sum) { pDst[k] = fix::sat32(sum); });
+    const bool done = correlateAlone(pSrc, pSrc, len, lenDst, [pDst](int first, const auto* sums, int count) {
+        for (int k = 0; k < count; ++k) {
+            pDst[first + k] = fix::sat32(sums[k]);
+        }
+    });
     return done ? vekStsNoErr : vekStsNoMemErr;
 }
 
@@ -81,7 +94,7 @@ VekStatus veksAutoCorr_NormE_NR_16s(const Vek16s* pSrc, int len, Vek16s* pDst, i
     if (badLength(len) || badLength(lenDst)) {
         return vekStsSizeErr;
     }
-    return normalised(pSrc, len, lenDst, pNorm, [&](int k, Vek32s r) { pDst[k] = fix::round_s(r); });
+    return normalised(pSrc, len, lenDst, pNorm, [&](int k, Vek32s r) { pDst[k] = roundUpper(r); });
 }
 
 VekStatus veksAutoCorr_NormE_G723_16s(const Vek16s* pSrc, Vek16s* pDst, int* pNorm) {
@@ -95,7 +108,8 @@ VekStatus veksAutoCorr_G723_16s(const Vek16s* pSrc, int* pNorm, Vek16s* pDst) {
     alignas(32) Vek16s windowed[kG723Window + kCorrPadding] = {};
     corrKernels().window16(pSrc, g_hamming.data(), windowed, kG723Window);
     int64_t sums[kG723Lags];
-    correlate(windowed, windowed, kG723Window, kG723Lags, [&](int k, int64_t sum) { sums[k] = sum; });
+    correlate(windowed, windowed, kG723Window, kG723Lags,
+              [&](int, const auto* r, int count) { std::copy_n(r, count, sums); });
     sums[0] += sums[0] >> 10; // white noise, 30 dB below
     const int norm = exponentOf(sums[0]);
     for (int k = 0; k < kG723Lags; ++k) {

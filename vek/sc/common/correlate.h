@@ -5,52 +5,43 @@
 
 #include "sc/common/scratch.h"
 #include "sc/kernels/corr.h"
-#include "sc/kernels/loops.h"
 
 namespace vek {
 
 constexpr int kLagBlock = 256;
 
-// Where the geometric mean of the energies stays below 2^31 no sum of products of two vectors, nor of some of them, can
-// leave 32 bits.
-inline bool sumsFit(double energyA, double energyB) {
-    return energyA * energyB < 4.6e18; // a little below 2^62
-}
-
-// put(k, sum) for k = 0..lags-1 with the exact sum of a[i] * b[i-k], i = k..len-1; lags from len on give 0.
-// Where no sum can leave 32 bits, sums(first, count, block) gives these, which may count modulo 2^32.
-template <typename Sums, typename Put>
-void correlateBy(const int16_t* a, const int16_t* b, int len, int lags, Sums sums, Put put) {
-    const CorrKernels& kernels = corrKernels();
-    const auto energyA = static_cast<double>(kernels.dot16(a, a, len));
-    const double energyB = a == b ? energyA : static_cast<double>(kernels.dot16(b, b, len));
-    const int own = lags < len ? lags : len;
-    if (sumsFit(energyA, energyB)) {
-        int32_t block[kLagBlock];
-        for (int first = 0; first < own; first += kLagBlock) {
-            const int count = own - first < kLagBlock ? own - first : kLagBlock;
-            sums(first, count, block);
-            for (int k = 0; k < count; ++k) {
-                put(first + k, static_cast<int64_t>(block[k]));
-            }
+// put(first, sums, count) with the exact sums of a[i] * b[i-k], i = k..len-1, of k from `first` on, until all of
+// 0..lags-1 have been given; lags from len on give 0. The sums have 32 bits where these hold all of them:
+// narrow(first, count, block) then gives them and tells so.
+template <typename Narrow, typename Put>
+void correlateBy(const int16_t* a, const int16_t* b, int len, int lags, Narrow narrow, Put put) {
+    for (int first = 0; first < lags; first += kLagBlock) {
+        const int count = lags - first < kLagBlock ? lags - first : kLagBlock;
+        int32_t sums[kLagBlock];
+        if (first + count <= len && narrow(first, count, sums)) {
+            put(first, static_cast<const int32_t*>(sums), count);
+            continue;
         }
-    } else {
-        for (int k = 0; k < own; ++k) {
-            put(k, kernels.dot16(a + k, b, len - k));
+        int64_t wide[kLagBlock];
+        for (int k = 0; k < count; ++k) {
+            wide[k] = first + k < len ? corrKernels().dot16(a + first + k, b, len - first - k) : 0;
         }
-    }
-    for (int k = own; k < lags; ++k) {
-        put(k, int64_t{0});
+        put(first, static_cast<const int64_t*>(wide), count);
     }
 }
 
 // The same of vectors followed by kCorrPadding readable elements, zero behind a.
 template <typename Put>
 void correlate(const int16_t* padA, const int16_t* padB, int len, int lags, Put put) {
+    const CorrKernels& kernels = corrKernels();
+    const bool fits = kernels.sumsFit16(padA, padB, len);
     correlateBy(
         padA, padB, len, lags,
-        [=](int first, int count, int32_t* block) {
-            corrKernels().corr32(padA + first, padB, len - first, count, block);
+        [=, &kernels](int first, int count, int32_t* block) {
+            if (fits) {
+                kernels.corr32(padA + first, padB, len - first, count, block);
+            }
+            return fits;
         },
         put);
 }
@@ -76,34 +67,50 @@ bool correlateAlone(const int16_t* a, const int16_t* b, int len, int lags, Put p
     correlateBy(
         a, b, len, lags,
         [=](int first, int count, int32_t* block) {
-            corrKernels().corrInside32(a + first, b, len - first, count, block);
+            return corrKernels().corrInside32(a + first, b, len - first, count, block);
         },
         put);
     return true;
 }
 
-// take(k, sum) for k = 0..count-1 with the exact sum of a[i] * b[i + step * k], i = 0..n-1, step 1 or -1.
-template <typename Take>
-void slide(const int16_t* a, const int16_t* b, int n, int step, int count, Take take) {
-    const CorrKernels& kernels = corrKernels();
-    const int16_t* const lowest = step < 0 ? b - (count - 1) : b;
-    const auto energyA = static_cast<double>(kernels.dot16(a, a, n));
-    const auto energyB = static_cast<double>(kernels.dot16(lowest, lowest, n + count - 1));
-    if (!sumsFit(energyA, energyB)) {
+// store(n, sum) with the exact sum of x[i] * h[n-i], i = 0..n, of n = 0..len-1: the correlation with one of them
+// reversed. False without memory for copies.
+template <typename Store>
+bool convolve(const int16_t* x, const int16_t* h, int len, Store store) {
+    const Scratch16 a(h, len, kCorrPadding, true);
+    const Scratch16 b(x, len, kCorrPadding);
+    if (a.data() == nullptr || b.data() == nullptr) {
+        return false;
+    }
+    correlate(a.data(), b.data(), len, len, [&](int first, const auto* sums, int count) {
         for (int k = 0; k < count; ++k) {
-            take(k, kernels.dot16(a, b + step * k, n));
+            store(len - 1 - first - k, sums[k]);
         }
-        return;
+    });
+    return true;
+}
+
+struct MostOfSlide {
+    int64_t sum;
+    int at;
+};
+
+// The largest sum of a[i] * b[i + step * k], i = 0..n-1, of k = 0..count-1, step 1 or -1, and the first k that has it.
+inline MostOfSlide mostOfSlide(const int16_t* a, const int16_t* b, int n, int step, int count) {
+    const CorrKernels& kernels = corrKernels();
+    int32_t narrow;
+    int at;
+    if (kernels.slideMost16(a, b, n, step, count, &narrow, &at)) {
+        return {narrow, at};
     }
-    constexpr int block = 64;
-    int32_t sums[block];
-    for (int first = 0; first < count; first += block) {
-        const int own = count - first < block ? count - first : block;
-        loopKernels().slide16(a, b + step * first, n, step, own, sums);
-        for (int k = 0; k < own; ++k) {
-            take(first + k, int64_t{sums[k]});
+    MostOfSlide most{kernels.dot16(a, b, n), 0};
+    for (int k = 1; k < count; ++k) {
+        const int64_t sum = kernels.dot16(a, b + step * k, n);
+        if (sum > most.sum) {
+            most = {sum, k};
         }
     }
+    return most;
 }
 
 } // namespace vek

@@ -1,4 +1,4 @@
-// Correlation of two vectors, and causal convolution, which is the correlation with one of them reversed.
+// Correlation of two vectors, and causal convolution.
 #include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
@@ -8,26 +8,28 @@ using namespace vek;
 
 namespace {
 
-template <typename Put>
-VekStatus cross(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, int lags, Put put) {
+// store(k, sum) with the sum of pSrc1[i] * pSrc2[i-k].
+template <typename Store>
+VekStatus cross(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, int lags, Store store) {
+    const auto put = [store](int first, const auto* sums, int count) {
+        for (int k = 0; k < count; ++k) {
+            store(first + k, sums[k]);
+        }
+    };
     return correlateAlone(pSrc1, pSrc2, len, lags, put) ? vekStsNoErr : vekStsNoMemErr;
 }
 
-// put(n, sum) with the sum of pSrc1[i] * pSrc2[n-i]; n comes in falling order.
-template <typename Put>
-VekStatus convolve(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Put put) {
-    const Scratch16 a(pSrc2, len, kCorrPadding, true);
-    const Scratch16 b(pSrc1, len, kCorrPadding);
-    if (anyNull(a.data(), b.data())) {
-        return vekStsNoMemErr;
-    }
-    correlate(a.data(), b.data(), len, len, [&](int k, int64_t sum) { put(len - 1 - k, sum); });
-    return vekStsNoErr;
+// Q15 with rounding, without a sum of more bits than there are.
+Vek16s roundQ15(int32_t sum) {
+    return fix::sat16(((sum >> 14) + 1) >> 1);
 }
-
-// Q15 with rounding.
 Vek16s roundQ15(int64_t sum) {
     return fix::sat16_64((sum + 0x4000) >> 15);
+}
+
+template <typename Store>
+VekStatus convolved(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Store store) {
+    return convolve(pSrc1, pSrc2, len, store) ? vekStsNoErr : vekStsNoMemErr;
 }
 
 VekStatus check(const Vek16s* pSrc1, const Vek16s* pSrc2, const void* pDst, int len) {
@@ -43,7 +45,7 @@ VekStatus veksConvPartial_16s32s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek32
     if (const VekStatus status = check(pSrc1, pSrc2, pDst, len); status != vekStsNoErr) {
         return status;
     }
-    return convolve(pSrc1, pSrc2, len, [&](int n, int64_t sum) { pDst[n] = fix::sat32(sum); });
+    return convolved(pSrc1, pSrc2, len, [&](int n, auto sum) { pDst[n] = fix::sat32(sum); });
 }
 
 VekStatus veksConvPartial_16s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len, int scaleFactor) {
@@ -53,14 +55,14 @@ VekStatus veksConvPartial_16s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek1
     if (badScale(scaleFactor)) {
         return vekStsScaleRangeErr;
     }
-    return convolve(pSrc1, pSrc2, len, [&](int n, int64_t sum) { pDst[n] = fix::scaleSat16(sum, scaleFactor); });
+    return convolved(pSrc1, pSrc2, len, [&](int n, auto sum) { pDst[n] = fix::scaleSat16(sum, scaleFactor); });
 }
 
 VekStatus veksConvPartial_NR_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len) {
     if (const VekStatus status = check(pSrc1, pSrc2, pDst, len); status != vekStsNoErr) {
         return status;
     }
-    return convolve(pSrc1, pSrc2, len, [&](int n, int64_t sum) { pDst[n] = roundQ15(sum); });
+    return convolved(pSrc1, pSrc2, len, [&](int n, auto sum) { pDst[n] = roundQ15(sum); });
 }
 
 VekStatus veksCrossCorr_16s32s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Vek32s* pDst, int scaleFactor) {
@@ -70,7 +72,7 @@ VekStatus veksCrossCorr_16s32s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, int
     if (badScale(scaleFactor)) {
         return vekStsScaleRangeErr;
     }
-    return cross(pSrc1, pSrc2, len, len, [&](int k, int64_t sum) { pDst[k] = fix::scaleSat32(sum, scaleFactor); });
+    return cross(pSrc1, pSrc2, len, len, [&](int k, auto sum) { pDst[k] = fix::scaleSat32(sum, scaleFactor); });
 }
 
 VekStatus veksCrossCorr_NR_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Vek16s* pDst, int lenDst) {
@@ -80,7 +82,7 @@ VekStatus veksCrossCorr_NR_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, int len
     if (badLength(lenDst)) {
         return vekStsSizeErr;
     }
-    return cross(pSrc1, pSrc2, len, lenDst, [&](int k, int64_t sum) { pDst[k] = roundQ15(sum); });
+    return cross(pSrc1, pSrc2, len, lenDst, [&](int k, auto sum) { pDst[k] = roundQ15(sum); });
 }
 
 VekStatus veksCrossCorr_NormM_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Vek16s* pDst) {
@@ -99,10 +101,13 @@ VekStatus veksCrossCorr_NormM_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, int 
         return vekStsNoMemErr;
     }
     int64_t largest = 0;
-    correlate(a.data(), b.data(), len, len, [&](int k, int64_t sum) {
-        sums[k] = sum;
-        const int64_t magnitude = sum < 0 ? -sum : sum;
-        largest = magnitude > largest ? magnitude : largest;
+    correlate(a.data(), b.data(), len, len, [&](int first, const auto* own, int count) {
+        for (int k = 0; k < count; ++k) {
+            const int64_t sum = own[k];
+            sums[first + k] = sum;
+            const int64_t magnitude = sum < 0 ? -sum : sum;
+            largest = magnitude > largest ? magnitude : largest;
+        }
     });
     int shift = largest == 0 ? 0 : 63 - fix::norm_64(largest) - kResultBits;
     shift = shift < -kMostDoublings ? -kMostDoublings : shift;

@@ -2,7 +2,6 @@
 #include "sc/common/pitchcorr.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "sc/common/fixmath.h"
 #include "sc/kernels/corr.h"
@@ -42,41 +41,55 @@ void vek::convolveSubframe(const int16_t* x, const int16_t* h, int16_t* y) {
     }
 }
 
+// The sums of all delays where they do not fit 32 bits, saturated.
+static void saturatedSums(const int16_t* past, const int16_t* h, int q, int16_t* y, const int16_t* target, int count,
+                          int32_t* cross, int32_t* energy) {
+    for (int k = 0; k < count; ++k) {
+        cross[k] = product(target, y);
+        energy[k] = product(y, y);
+        for (int j = kSubframe - 1; j > 0; --j) {
+            y[j] = sat16(sat16((past[-k] * h[j]) >> q) + y[j - 1]);
+        }
+        y[0] = sat16((past[-k] * h[0]) >> q);
+    }
+}
+
 void vek::pitchCorrelations(const int16_t* exc, const int16_t* target, const int16_t* h, int first, int last,
                             int16_t* out) {
-    int16_t buffers[2][kSubframe];
-    int16_t* y = buffers[0];
-    int16_t* longer = buffers[1];
+    int16_t y[kSubframe];
     convolveSubframe(exc - first, h, y);
-    const bool strong = product(y, y) > 67108864;
-    const int drop = strong ? 2 : 0;
-    if (strong) {
-        for (int i = 0; i < kSubframe; ++i) {
-            y[i] = static_cast<int16_t>(y[i] >> 2);
+    // A delay more: the response goes one on and takes in a sample of the past, unscaled at its own place.
+    int16_t response[kSubframe];
+    std::copy_n(h, kSubframe, response);
+    response[0] = 4096;
+    int q = 12;
+    if (product(y, y) > 67108864) {
+        q = 14;
+        for (int16_t& v : y) {
+            v = static_cast<int16_t>(v >> 2);
         }
     }
-    for (int delay = first; delay <= last; ++delay) {
-        int32_t root = product(y, y);
-        veksInvSqrt_32s_I(&root, 1);
+    const int count = last - first + 1;
+    const int16_t* const past = exc - first - 1;
+    int32_t cross[kMostPitchDelays];
+    int32_t energy[kMostPitchDelays];
+    if (corrKernels().delayed16(past, response, q, y, target, kSubframe, count, cross, energy)) {
+        for (int k = 0; k < count; ++k) {
+            cross[k] *= 2;
+            energy[k] *= 2;
+        }
+    } else {
+        saturatedSums(past, response, q, y, target, count, cross, energy);
+    }
+    veksInvSqrt_32s_I(energy, count);
+    for (int k = 0; k < count; ++k) {
         int16_t high = 0;
         int16_t low = 0;
         int16_t rootHigh = 0;
         int16_t rootLow = 0;
-        L_Extract(product(target, y), high, low);
-        L_Extract(root, rootHigh, rootLow);
-        out[delay - first] = extract_h(L_shl(Mpy_32(high, low, rootHigh, rootLow), 16));
-        // One sample more of delay: the response goes one on and takes in one sample of the past.
-        const int16_t fresh = exc[-delay - 1];
-        const int scaled = fresh * (8 >> drop);
-        if (sat16(scaled) == scaled) {
-            filterKernels().addScaled(y, h + 1, scaled, longer + 1, kSubframe - 1, 0);
-        } else {
-            for (int j = kSubframe - 1; j > 0; --j) {
-                longer[j] = sat16(sat16((fresh * h[j]) >> (12 + drop)) + y[j - 1]);
-            }
-        }
-        longer[0] = static_cast<int16_t>(fresh >> drop);
-        std::swap(y, longer);
+        L_Extract(cross[k], high, low);
+        L_Extract(energy[k], rootHigh, rootLow);
+        out[k] = extract_h(L_shl(Mpy_32(high, low, rootHigh, rootLow), 16));
     }
 }
 

@@ -43,7 +43,11 @@ void backward(const Vek16s* target, const Vek16s* h, int drop, Vek16s* dn) {
     std::memcpy(a, target, kLen * sizeof(Vek16s));
     std::memcpy(b, h, kLen * sizeof(Vek16s));
     int32_t sums[kLen];
-    correlate(a, b, kLen, kLen, [&sums](int k, int64_t sum) { sums[k] = sat32(2 * sum); });
+    correlate(a, b, kLen, kLen, [&sums](int, const auto* own, int count) {
+        for (int k = 0; k < count; ++k) {
+            sums[k] = sat32(2 * int64_t{own[k]});
+        }
+    });
     int32_t total = 5;
     for (int t = 0; t < L::kTracks; ++t) {
         int32_t most = 0;

@@ -1,6 +1,7 @@
 // The adaptive codebook of G.723.1: five taps around a delay, decoded and searched.
 #include <algorithm>
 
+#include "sc/common/correlate.h"
 #include "sc/g723/tables.h"
 #include "sc/kernels/corr.h"
 #include "veksc_g723.h"
@@ -35,13 +36,8 @@ int errorMargin(const Vek32s* errors, int from, int to, bool sine) {
 // Convolution with the impulse response of the delayed excitation for each tap; row t is that from sample t on.
 void filterTaps(const int16_t* delayed, const Vek16s* h, int16_t (*rows)[kSubframe]) {
     int16_t* base = rows[kTaps - 1];
-    for (int i = 0; i < kSubframe; ++i) {
-        int64_t sum = 0;
-        for (int j = 0; j <= i; ++j) {
-            sum += delayed[kTaps - 1 + j] * h[i - j];
-        }
-        base[i] = sat16_64((sum * 2 + 0x8000) >> 16);
-    }
+    convolve(delayed + kTaps - 1, h, kSubframe,
+             [base](int i, int64_t sum) { base[i] = sat16_64((sum * 2 + 0x8000) >> 16); });
     for (int t = kTaps - 2; t >= 0; --t) {
         rows[t][0] = static_cast<int16_t>((delayed[t] * 8192 + 0x4000) >> 15);
         for (int i = 1; i < kSubframe; ++i) {

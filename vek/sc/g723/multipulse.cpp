@@ -53,16 +53,18 @@ struct Field {
             half[i] = static_cast<int16_t>(h[i] >> 1);
         }
         int shift = 0;
-        correlate(half, half, kSubframe, kSubframe, [&](int k, int64_t sum) {
-            const int32_t value = sat32(2 * sum);
-            if (k == 0) {
-                shift = norm_l(value);
+        correlate(half, half, kSubframe, kSubframe, [&](int, const auto* sums, int count) {
+            shift = norm_l(sat32(2 * int64_t{sums[0]}));
+            for (int k = 0; k < count; ++k) {
+                correlation[k] = round_s(L_shl(sat32(2 * int64_t{sums[k]}), shift));
             }
-            correlation[k] = round_s(L_shl(value, shift));
         });
         shift -= 4;
-        correlate(target, h, kSubframe, kSubframe,
-                  [&](int k, int64_t sum) { cross[k] = L_shl(sat32(2 * sum), shift); });
+        correlate(target, h, kSubframe, kSubframe, [&](int, const auto* sums, int count) {
+            for (int k = 0; k < count; ++k) {
+                cross[k] = L_shl(sat32(2 * int64_t{sums[k]}), shift);
+            }
+        });
     }
 
     int strongest(int grid) const {

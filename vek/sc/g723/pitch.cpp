@@ -1,4 +1,6 @@
 // Open-loop delay, harmonic noise shaping and the pitch post-filter of G.723.1.
+#include <algorithm>
+
 #include "sc/g723/tables.h"
 #include "sc/kernels/corr.h"
 #include "veksc_g723.h"
@@ -11,6 +13,8 @@ namespace {
 
 constexpr int kMostOpenDelay = kMostDelay - 3;
 constexpr int kHalfFrame = kFrame / 2;
+// Those within 3 of one.
+constexpr int kDelays = 7;
 
 int64_t dot(const Vek16s* a, const Vek16s* b, int n) {
     return corrKernels().dot16(a, b, n);
@@ -59,6 +63,18 @@ bool beats(const Criterion& c, const Criterion& best, bool far) {
     return lead > 0 && (!far || lead > product >> 2);
 }
 
+// The exact sums of the products of n samples with those `delay` and more before them or, for a step of 1, behind.
+void correlations(const Vek16s* x, const Vek16s* from, int n, int step, int count, int64_t* sums) {
+    int32_t narrow[kMostOpenDelay];
+    if (corrKernels().slide16(x, from, n, step, count, narrow)) {
+        std::copy_n(narrow, count, sums);
+        return;
+    }
+    for (int k = 0; k < count; ++k) {
+        sums[k] = dot(x, from + step * k, n);
+    }
+}
+
 struct Share {
     int delay = 0;
     int32_t correlation = 0;
@@ -72,8 +88,14 @@ int32_t doubled(const Vek16s* a, const Vek16s* b) {
 // The most alike stretch within 3 of the delay, ahead (direction 1) or back (-1), with a positive correlation.
 Share mostAlike(const Vek16s* x, int delay, int last, int direction) {
     Share best;
-    for (int d = delay - 3; d <= last; ++d) {
-        const int32_t correlation = doubled(x, x + direction * d);
+    const int first = delay - 3;
+    if (last < first) {
+        return best;
+    }
+    int64_t sums[kDelays];
+    correlations(x, x + direction * first, kSubframe, direction, last - first + 1, sums);
+    for (int d = first; d <= last; ++d) {
+        const int32_t correlation = sat32(2 * sums[d - first]);
         if (correlation > best.correlation) {
             best.correlation = correlation;
             best.delay = d;
@@ -122,10 +144,13 @@ VekStatus veksOpenLoopPitchSearch_G723_16s(const Vek16s* pSrc, Vek16s* pResultOp
     int delay = kLeastDelay;
     const Vek16s* from = pSrc - kLeastDelay + 1;
     int64_t energy = dot(from, from, kHalfFrame);
+    constexpr int count = kMostOpenDelay - kLeastDelay + 1;
+    int64_t sums[count];
+    correlations(pSrc, pSrc - kLeastDelay, kHalfFrame, -1, count, sums);
     for (int d = kLeastDelay; d <= kMostOpenDelay; ++d) {
         --from;
         energy += from[0] * from[0] - int64_t{from[kHalfFrame]} * from[kHalfFrame];
-        const int64_t correlation = dot(pSrc, from, kHalfFrame);
+        const int64_t correlation = sums[d - kLeastDelay];
         if (correlation <= 0) {
             continue;
         }
@@ -147,16 +172,15 @@ VekStatus veksHarmonicSearch_G723_16s(Vek16s valOpenDelay, const Vek16s* pSrc, V
     if (!isDelay(valOpenDelay)) {
         return vekStsRangeErr;
     }
-    constexpr int kDelays = 7;
     int64_t energies[kDelays];
-    int64_t correlations[kDelays];
+    int64_t sums[kDelays];
+    correlations(pSrc, pSrc - (valOpenDelay - 3), kSubframe, -1, kDelays, sums);
     const int64_t own = dot(pSrc, pSrc, kSubframe);
     int64_t most = own;
     for (int i = 0; i < kDelays; ++i) {
         const Vek16s* from = pSrc - (valOpenDelay - 3 + i);
         energies[i] = dot(from, from, kSubframe);
-        correlations[i] = dot(pSrc, from, kSubframe);
-        const int64_t magnitude = correlations[i] < 0 ? -correlations[i] : correlations[i];
+        const int64_t magnitude = sums[i] < 0 ? -sums[i] : sums[i];
         most = energies[i] > most ? energies[i] : most;
         most = magnitude > most ? magnitude : most;
     }
@@ -165,7 +189,7 @@ VekStatus veksHarmonicSearch_G723_16s(Vek16s valOpenDelay, const Vek16s* pSrc, V
     int32_t bestSquare = 1;
     int32_t bestEnergy = 0x7fff;
     for (int i = 0; i < kDelays; ++i) {
-        const int32_t correlation = mantissa(correlations[i], n);
+        const int32_t correlation = mantissa(sums[i], n);
         if (correlation <= 0) {
             continue;
         }
@@ -180,7 +204,7 @@ VekStatus veksHarmonicSearch_G723_16s(Vek16s valOpenDelay, const Vek16s* pSrc, V
     int gain = 0;
     if (best >= 0) {
         constexpr int kMostGain = 0x2800;
-        const int32_t correlation = mantissa(correlations[best], n);
+        const int32_t correlation = mantissa(sums[best], n);
         const int32_t energy = mantissa(own, n) * bestEnergy;
         if ((energy >> 2) + (energy >> 3) < correlation * correlation) {
             gain =

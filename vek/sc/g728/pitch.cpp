@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/g728/adapter.h"
@@ -62,15 +63,8 @@ struct Lag {
 
 // The first lag of the largest correlation of the n samples with those before.
 Lag best(const Vek16s* x, int n, int first, int last) {
-    const CorrKernels& kernels = corrKernels();
-    Lag found{first, kernels.dot16(x, x - first, n)};
-    for (int lag = first + 1; lag <= last; ++lag) {
-        const int64_t c = kernels.dot16(x, x - lag, n);
-        if (c > found.correlation) {
-            found = {lag, c};
-        }
-    }
-    return found;
+    const MostOfSlide most = mostOfSlide(x, x - first, n, -1, last - first + 1);
+    return {first + most.at, most.sum};
 }
 
 // Gain of a predictor with one tap, 0..1, Q15.

@@ -45,8 +45,10 @@ VekStatus veksAutoCorr_G729B(const Vek16s* pSrcSpch, Vek16s* pResultAutoCorrExp,
         energy = 1 + 2 * kernels.dot16(x, x, kSpan);
     }
     const int shift = norm_l(static_cast<int32_t>(energy));
-    correlate(x, x, kSpan, kLags, [&](int k, int64_t sum) {
-        pDstAutoCorr[k] = static_cast<Vek32s>((k == 0 ? energy : 2 * sum) * (int64_t{1} << shift));
+    correlate(x, x, kSpan, kLags, [&](int, const auto* sums, int count) {
+        for (int k = 0; k < count; ++k) {
+            pDstAutoCorr[k] = static_cast<Vek32s>((k == 0 ? energy : 2 * int64_t{sums[k]}) * (int64_t{1} << shift));
+        }
     });
     *pResultAutoCorrExp = static_cast<Vek16s>(exponent - shift);
     return vekStsNoErr;

@@ -31,6 +31,8 @@ class Products {
 public:
     explicit Products(bool exact) : m_exact(exact) {}
 
+    bool exact() const { return m_exact; }
+
     int32_t operator()(const Vek16s* a, const Vek16s* b, int n, int32_t start = 0) const {
         if (m_exact) {
             return sat32(start + 2 * corrKernels().dot16(a, b, n));
@@ -74,10 +76,15 @@ struct Peak {
 
 Peak fullPeak(const Products& products, const Vek16s* x, int longest, int shortest) {
     Peak best{longest, kMin32};
-    for (int lag = longest; lag >= shortest; --lag) {
-        const int32_t sum = products(x, x - lag, kFrame);
-        if (sum >= best.value) {
-            best = {lag, sum};
+    if (products.exact()) {
+        const MostOfSlide most = mostOfSlide(x, x - shortest, kFrame, -1, longest - shortest + 1);
+        best = {shortest + most.at, doubled(most.sum)};
+    } else {
+        for (int lag = longest; lag >= shortest; --lag) {
+            const int32_t sum = products(x, x - lag, kFrame);
+            if (sum >= best.value) {
+                best = {lag, sum};
+            }
         }
     }
     const Vek16s* past = x - best.lag;
@@ -147,16 +154,9 @@ VekStatus lagMax(const Vek16s* pSrc, int len, int lowerLag, int upperLag, int di
     if (lowerLag < 0 || lowerLag > upperLag || upperLag > kMaxSignalLength) {
         return vekStsRangeErr;
     }
-    int64_t best = INT64_MIN;
-    int bestLag = lowerLag;
-    slide(pSrc, pSrc + direction * lowerLag, len, direction, upperLag - lowerLag + 1, [&](int k, int64_t sum) {
-        if (sum > best) {
-            best = sum;
-            bestLag = lowerLag + k;
-        }
-    });
-    *pMax = doubled(best);
-    *pMaxLag = bestLag;
+    const MostOfSlide most = mostOfSlide(pSrc, pSrc + direction * lowerLag, len, direction, upperLag - lowerLag + 1);
+    *pMax = doubled(most.sum);
+    *pMaxLag = lowerLag + most.at;
     return vekStsNoErr;
 }
 

@@ -52,8 +52,9 @@ public:
         kernels.shift16(from, m_scaled, span, -m_down);
         // No sum over two parts of the stretch exceeds the energy of the whole.
         m_exact = 2 * kernels.dot16(m_scaled, m_scaled, span) <= kMax32;
-        if (m_exact) {
-            quickly(shortest);
+        const Vek16s* const now = m_scaled + kMaxLag;
+        if (m_exact && kernels.slide16(now, now - shortest, length, -1, kMaxLag - shortest + 1, m_sums + shortest)) {
+            std::transform(m_sums + shortest, m_sums + kMaxLag + 1, m_sums + shortest, [](int32_t s) { return 2 * s; });
         } else {
             for (int lag = shortest; lag <= kMaxLag; ++lag) {
                 m_sums[lag] = product(0, lag);
@@ -81,26 +82,10 @@ public:
     }
 
 private:
-    // The kernel's sums run over ever fewer elements; in blocks, with zeros behind the stretch, little of that is idle.
-    void quickly(int shortest) {
-        constexpr int kBlock = 16;
-        alignas(32) Vek16s now[kFrame + kBlock + kCorrPadding] = {};
-        std::memcpy(now, m_scaled + kMaxLag, static_cast<size_t>(m_length) * sizeof(Vek16s));
-        const int count = kMaxLag - shortest + 1;
-        int32_t block[kBlock];
-        for (int first = 0; first < count; first += kBlock) {
-            const int lags = std::min(kBlock, count - first);
-            corrKernels().corr32(m_scaled + first, now, m_length + lags - 1, lags, block);
-            for (int k = 0; k < lags; ++k) {
-                m_sums[kMaxLag - first - k] = 2 * block[k];
-            }
-        }
-    }
-
     int m_length;
     int m_down;
     bool m_exact;
-    alignas(32) Vek16s m_scaled[kMaxLag + kFrame + 2 * kCorrPadding] = {};
+    alignas(32) Vek16s m_scaled[kMaxLag + kFrame];
     int32_t m_sums[kMaxLag + 1];
 };
 

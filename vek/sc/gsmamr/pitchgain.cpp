@@ -5,7 +5,6 @@
 #include "sc/common/signal_check.h"
 #include "sc/gsmamr/speechrates.h"
 #include "sc/kernels/corr.h"
-#include "sc/kernels/filter.h"
 #include "veksc_gsmamr.h"
 
 using namespace vek;
@@ -19,40 +18,43 @@ struct Mantissa {
     int exponent;
 };
 
+Mantissa mantissaOf(int32_t v, int lost = 0) {
+    const int shift = norm_l(v);
+    return {round_s(L_shl(v, shift)), shift - lost};
+}
+
 // Doubled inner product plus one; where a step of the sum does not fit 32 bits, the vector's quarters serve.
 Mantissa product(const Vek16s* x, const Vek16s* y, const Vek16s* quarters, int quarterBits) {
-    const int64_t bound =
-        int64_t{2} * kSubframe * filterKernels().maxAbs16(x, kSubframe) * filterKernels().maxAbs16(y, kSubframe);
-    bool fits = bound < kMax32;
+    bool fits = true;
     int64_t sum = 1;
+    for (int i = 0; i < kSubframe; ++i) {
+        sum += int64_t{2} * x[i] * y[i];
+        fits = fits && sum <= kMax32 && sum >= kMin32;
+    }
     if (fits) {
-        sum += 2 * corrKernels().dot16(x, y, kSubframe);
-    } else {
-        fits = true;
-        for (int i = 0; i < kSubframe; ++i) {
-            sum += int64_t{2} * x[i] * y[i];
-            fits = fits && sum <= kMax32 && sum >= kMin32;
-        }
+        return mantissaOf(static_cast<int32_t>(sum));
     }
-    int lost = 0;
-    if (!fits) {
-        int32_t s = 1;
-        for (int i = 0; i < kSubframe; ++i) {
-            s = L_mac(s, x == y ? quarters[i] : x[i], quarters[i]);
-        }
-        sum = s;
-        lost = quarterBits;
+    int32_t s = 1;
+    for (int i = 0; i < kSubframe; ++i) {
+        s = L_mac(s, x == y ? quarters[i] : x[i], quarters[i]);
     }
-    const auto narrow = static_cast<int32_t>(sum);
-    const int shift = norm_l(narrow);
-    return {round_s(L_shl(narrow, shift)), shift - lost};
+    return mantissaOf(s, quarterBits);
 }
 
 Vek16s gainOf(const Vek16s* target, const Vek16s* y, Vek16s* coeffs) {
-    Vek16s quarters[kSubframe];
-    corrKernels().shift16(y, quarters, kSubframe, -2);
-    const Mantissa yy = product(y, y, quarters, 4);
-    const Mantissa xy = product(target, y, quarters, 2);
+    Mantissa yy;
+    Mantissa xy;
+    int32_t sum;
+    int32_t squares;
+    if (corrKernels().gainSums16(target, y, kSubframe, &sum, &squares)) {
+        yy = mantissaOf(2 * squares + 1);
+        xy = mantissaOf(2 * sum + 1);
+    } else {
+        Vek16s quarters[kSubframe];
+        corrKernels().shift16(y, quarters, kSubframe, -2);
+        yy = product(y, y, quarters, 4);
+        xy = product(target, y, quarters, 2);
+    }
     if (coeffs != nullptr) {
         coeffs[0] = yy.value;
         coeffs[1] = static_cast<Vek16s>(15 - yy.exponent);

@@ -30,16 +30,10 @@ VekStatus veksCrossCorrLagMax_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, int 
     if (badLength(lag)) {
         return vekStsRangeErr;
     }
-    int64_t best = INT64_MIN;
-    int bestLag = 0;
-    slide(pSrc1, pSrc2, len, 1, lag, [&](int k, int64_t sum) {
-        if (sum >= best) {
-            best = sum;
-            bestLag = k;
-        }
-    });
-    *pMax = sat32(best);
-    *pMaxLag = bestLag;
+    // From the longest on: of equal sums the last counts.
+    const MostOfSlide most = mostOfSlide(pSrc1, pSrc2 + (lag - 1), len, -1, lag);
+    *pMax = sat32(most.sum);
+    *pMaxLag = lag - 1 - most.at;
     return vekStsNoErr;
 }
 

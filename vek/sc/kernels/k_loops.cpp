@@ -385,38 +385,6 @@ void pairCorrelations(const int16_t* h, int32_t* rows) {
     }
 }
 
-// Four sums share what they read of a.
-void slide16(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* sums) {
-    int k = 0;
-    for (; k + 4 <= count; k += 4) {
-        const int16_t* const b0 = b + step * k;
-        const int16_t* const b1 = b0 + step;
-        const int16_t* const b2 = b1 + step;
-        const int16_t* const b3 = b2 + step;
-        int32_t s0 = 0;
-        int32_t s1 = 0;
-        int32_t s2 = 0;
-        int32_t s3 = 0;
-        for (int i = 0; i < n; ++i) {
-            s0 += a[i] * b0[i];
-            s1 += a[i] * b1[i];
-            s2 += a[i] * b2[i];
-            s3 += a[i] * b3[i];
-        }
-        sums[k] = s0;
-        sums[k + 1] = s1;
-        sums[k + 2] = s2;
-        sums[k + 3] = s3;
-    }
-    for (; k < count; ++k) {
-        int32_t s = 0;
-        for (int i = 0; i < n; ++i) {
-            s += a[i] * b[i + step * k];
-        }
-        sums[k] = s;
-    }
-}
-
 int64_t squaredDistance16(const int16_t* x, const int16_t* y, int n) {
     uint64_t sum = 0;
     for (int i = 0; i < n; ++i) {
@@ -429,9 +397,9 @@ int64_t squaredDistance16(const int16_t* x, const int16_t* y, int n) {
 } // namespace
 
 VEK_KERNEL_TABLE(LoopKernels, loopKernels) = {
-    lessScaled16, lessScaled32f,    magnitudes16, moveGain16,        lessPrevious16, lessPrevious32f,
-    moveUp32f,    weighted16,       weighted32f,  addScaled32f,      threeTaps,      tilt,
-    taps32f,      pairCorrelations, slide16,      squaredDistance16, cosines,
+    lessScaled16, lessScaled32f,    magnitudes16,      moveGain16,   lessPrevious16, lessPrevious32f,
+    moveUp32f,    weighted16,       weighted32f,       addScaled32f, threeTaps,      tilt,
+    taps32f,      pairCorrelations, squaredDistance16, cosines,
 };
 
 } // namespace vek

@@ -50,9 +50,6 @@ struct LoopKernels {
     // rows[p * kPairRow + d] = sum of h[2q] * h[2q+2d] + h[2q+1] * h[2q+2d+1], q = 0..p, modulo 2^32, for p =
     // 0..kPairs-1 and d = 0..kPairs-1-p; what else a row holds is not defined.
     void (*pairCorrelations)(const int16_t* h, int32_t* rows);
-    // sums[k] = sum of a[i] * b[i + step * k], i = 0..n-1, k = 0..count-1, where no sum of any of the products leaves
-    // 32 bits.
-    void (*slide16)(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* sums);
     // Sum of the squares of x[i] - y[i].
     int64_t (*squaredDistance16)(const int16_t* x, const int16_t* y, int n);
     // Cosines of n angles, an even number, within 10^-11 where it tells that all are between 0 and 3.15.
