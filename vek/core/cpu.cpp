@@ -105,7 +105,7 @@ VekStatus vekInitCpu(VekCpuType cpu) {
     if (!hasLevel(kMachine, need)) {
         return vekStsCpuNotSupportedErr;
     }
-    setLevel(kernelLevel(need));
+    setLevel(kernelLevel(kMachine, need));
     return vekStsNoErr;
 }
 

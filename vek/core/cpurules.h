@@ -63,12 +63,20 @@ inline bool hasLevel(const CpuReader& cpu, VekCpuType code) {
     }
 }
 
+// Does the processor have what kernels of 256 bits and more take beside their registers: shifts without flags, and the
+// count of leading zeros?
+inline bool hasBitInstructions(const CpuReader& cpu) {
+    constexpr uint32_t shifts = (1U << 3) | (1U << 8);
+    return maxLeaf(cpu) >= 7 && (cpu.cpuid(7, 0).ebx & shifts) == shifts && maxExtendedLeaf(cpu) >= 0x80000001U &&
+           ((cpu.cpuid(0x80000001U, 0).ecx >> 5) & 1U) != 0;
+}
+
 // Does the processor have 512-bit registers as the kernels use them, with lanes of all sizes and in the shorter
 // registers too, and a system that saves them? No processor type stands for these.
 inline bool hasLongRegisters(const CpuReader& cpu) {
     constexpr uint32_t features = (1U << 16) | (1U << 17) | (1U << 28) | (1U << 30) | (1U << 31);
     constexpr uint32_t states = 0xe6; // the registers of each width, and the masks
-    return hasLevel(cpu, vekCpuV8) && (cpu.cpuid(7, 0).ebx & features) == features &&
+    return hasLevel(cpu, vekCpuV8) && hasBitInstructions(cpu) && (cpu.cpuid(7, 0).ebx & features) == features &&
            (cpu.savedStates() & states) == states;
 }
 
@@ -126,16 +134,16 @@ inline int maxCacheSize(const CpuReader& cpu) {
 }
 
 // Kernels for an instruction level: 0 plain, 1 128-bit, 2 256-bit.
-inline int kernelLevel(VekCpuType code) {
-    if (code == vekCpuV8) {
+inline int kernelLevel(const CpuReader& cpu, VekCpuType code) {
+    if (code == vekCpuV8 && hasBitInstructions(cpu)) {
         return 2;
     }
-    return code >= vekCpuV5 && code <= vekCpuV7 ? 1 : 0;
+    return code >= vekCpuV5 && code <= vekCpuV8 ? 1 : 0;
 }
 
 // The best kernels of the machine: these, or 3 for 512-bit ones.
 inline int bestKernelLevel(const CpuReader& cpu) {
-    return hasLongRegisters(cpu) ? 3 : kernelLevel(cpuType(cpu));
+    return hasLongRegisters(cpu) ? 3 : kernelLevel(cpu, cpuType(cpu));
 }
 
 } // namespace vek::core

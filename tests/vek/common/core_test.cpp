@@ -103,13 +103,19 @@ TEST(VekCpuRules, WideLevelsNeedASystemThatSavesTheWideRegisters) {
 
 TEST(VekCpuRules, LongRegistersNeedEachOfTheirFeaturesAndASystemThatSavesThem) {
     constexpr uint32_t avx2 = 1U << 5;
+    constexpr uint32_t shifts = (1U << 3) | (1U << 8);
     constexpr uint32_t features[] = {1U << 16, 1U << 17, 1U << 28, 1U << 30, 1U << 31};
-    uint32_t all = avx2;
+    uint32_t all = avx2 | shifts;
     for (const uint32_t feature : features) {
         all |= feature;
     }
     const auto bestOf = [](uint32_t wide, uint32_t saved) {
-        play({{{0, 0}, {7, 0, 0, 0}}, {{1, 0}, {0, 0, (3U << 27) | (1U << 19), 0}}, {{7, 0}, {0, wide, 0, 0}}}, saved);
+        play({{{0, 0}, {7, 0, 0, 0}},
+              {{1, 0}, {0, 0, (3U << 27) | (1U << 19), 0}},
+              {{7, 0}, {0, wide, 0, 0}},
+              {{0x80000000U, 0}, {0x80000001U, 0, 0, 0}},
+              {{0x80000001U, 0}, {0, 0, 1U << 5, 0}}},
+             saved);
         return bestKernelLevel(kPlayed);
     };
     EXPECT_EQ(3, bestOf(all, 0xe7));
@@ -121,6 +127,28 @@ TEST(VekCpuRules, LongRegistersNeedEachOfTheirFeaturesAndASystemThatSavesThem) {
     }
     EXPECT_EQ(1, bestOf(all, 0xe3));
     EXPECT_EQ(1, bestOf(all & ~avx2, 0xe7));
+    for (const uint32_t shift : {1U << 3, 1U << 8}) {
+        EXPECT_EQ(1, bestOf(all & ~shift, 0xe7)) << shift;
+    }
+}
+
+TEST(VekCpuRules, KernelsOfWideRegistersNeedTheirBitInstructionsTooTheTypeDoesNot) {
+    constexpr uint32_t shifts = (1U << 3) | (1U << 8);
+    const auto kernelsOf = [](uint32_t bits, uint32_t zeros) {
+        play({{{0, 0}, {7, 0, 0, 0}},
+              {{1, 0}, {0, 0, 3U << 27, 0}},
+              {{7, 0}, {0, (1U << 5) | bits, 0, 0}},
+              {{0x80000000U, 0}, {0x80000001U, 0, 0, 0}},
+              {{0x80000001U, 0}, {0, 0, zeros, 0}}},
+             6);
+        EXPECT_EQ(vekCpuV8, cpuType(kPlayed));
+        EXPECT_EQ(bestKernelLevel(kPlayed), kernelLevel(kPlayed, vekCpuV8));
+        return bestKernelLevel(kPlayed);
+    };
+    EXPECT_EQ(2, kernelsOf(shifts, 1U << 5));
+    EXPECT_EQ(1, kernelsOf(1U << 3, 1U << 5));
+    EXPECT_EQ(1, kernelsOf(1U << 8, 1U << 5));
+    EXPECT_EQ(1, kernelsOf(shifts, 0));
 }
 
 TEST(VekCpuRules, TheLargestCacheThatHoldsDataCounts) {
@@ -164,7 +192,10 @@ TEST(VekInit, CodeZeroMeansPlainCodeAndInitTheBestOfTheMachine) {
     const bool longRegisters = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
                                __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") &&
                                __builtin_cpu_supports("avx512vl");
-    EXPECT_EQ(longRegisters ? 3 : kernelLevel(vekGetCpuType()), vekGetKernelLevel());
+    // Each processor with these counts leading zeros too.
+    const bool bits = __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2");
+    const bool wide = __builtin_cpu_supports("avx2") && bits;
+    EXPECT_EQ(longRegisters && bits ? 3 : wide ? 2 : __builtin_cpu_supports("sse4.1") ? 1 : 0, vekGetKernelLevel());
 }
 
 TEST(VekInit, NoProcessorTypeStandsForKernelsAbove256Bits) {

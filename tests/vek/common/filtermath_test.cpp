@@ -207,6 +207,31 @@ TEST(VekInvSqrt, StaysWithinFourTenThousandthsOfTheRoot) {
     EXPECT_EQ(1073709056, y[0]);
 }
 
+TEST(VekInvSqrt, TakesEachOfAnyNumberOfElementsAsItDoesOneAlone) {
+    std::mt19937 random(17);
+    for (int n = 1; n <= 40; n++) {
+        for (int round = 0; round < 40; round++) {
+            std::vector<int32_t> x(static_cast<size_t>(n) + 1);
+            for (int32_t& v : x) {
+                const auto size = random() % 33;
+                // Each octave's ends, what lies between, and now and then zero and below.
+                const uint32_t top = size == 0 ? 0 : size == 32 ? 0x80000000U : 1U << (size - 1);
+                const uint32_t rest = top < 2 ? 0 : random() % top;
+                v = static_cast<int32_t>(random() % 4 == 0   ? top + (top - (top > 0))
+                                         : random() % 4 == 0 ? top
+                                                             : top + rest);
+            }
+            std::vector<int32_t> alone = x;
+            for (int i = 0; i < n; i++) {
+                ASSERT_EQ(vekStsNoErr, veksInvSqrt_32s_I(&alone[static_cast<size_t>(i)], 1));
+            }
+            std::vector<int32_t> together = x;
+            ASSERT_EQ(vekStsNoErr, veksInvSqrt_32s_I(together.data(), n));
+            ASSERT_EQ(alone, together) << n;
+        }
+    }
+}
+
 TEST(VekInvSqrt, GivesTheLargestValueForZeroAndBelow) {
     int32_t x[3] = {0, -1, INT32_MIN};
     ASSERT_EQ(vekStsNoErr, veksInvSqrt_32s_I(x, 3));

@@ -1,12 +1,9 @@
 // Element-wise arithmetic of the common family: products, interpolation, inverse square root, powers of a factor.
-#include <algorithm>
-#include <bit>
-
 #include "sc/common/fixmath.h"
-#include "sc/common/inverseroot.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/filter.h"
 #include "sc/kernels/loops.h"
+#include "sc/kernels/roots.h"
 #include "veksc_filter.h"
 
 namespace {
@@ -59,28 +56,13 @@ VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, V
     return loopKernels().weighted16(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, half);
 }
 
-Vek32s invSqrt(Vek32s x) {
-    if (x <= 0) {
-        return 0x3fffffff;
-    }
-    // The top bit's number counts the octaves of the root by pairs; the mantissa has its top at bit 30 or 29.
-    const int top = std::bit_width(static_cast<uint32_t>(x)) - 1;
-    const auto mantissa = static_cast<int>(static_cast<uint32_t>(x) << (31 - top) >> (2 - top % 2));
-    const int i = (mantissa >> 25) - 16;
-    const int fraction = (mantissa >> 10) & 0x7fff;
-    // Between two entries, which differ by less than 1000: nothing saturates.
-    const int32_t y = kInverseRoots[i] * 65536 - (kInverseRoots[i] - kInverseRoots[i + 1]) * fraction * 2;
-    return y >> (top / 2 + 1);
-}
-
 } // namespace
 
 VekStatus veksInvSqrt_32s_I(Vek32s* pSrcDst, int len) {
     if (const VekStatus status = checkSignal(len, pSrcDst); status != vekStsNoErr) {
         return status;
     }
-    std::transform(pSrcDst, pSrcDst + len, pSrcDst, invSqrt);
-    return vekStsNoErr;
+    return rootKernels().inverseRoots(pSrcDst, len);
 }
 
 VekStatus veksInterpolateC_NR_G729_16s_Sfs(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, Vek16s val2,

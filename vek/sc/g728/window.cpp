@@ -12,6 +12,7 @@
 #include "sc/common/signal_check.h"
 #include "sc/g728/tables.h"
 #include "sc/kernels/corr.h"
+#include "sc/kernels/hybrid.h"
 #include "veksc_g728.h"
 
 using namespace vek;
@@ -61,29 +62,6 @@ int64_t scaled(int64_t v, int down) {
     return down > 0 ? v >> std::min(down, 63) : v * (int64_t{1} << -down);
 }
 
-// All blocks with the left shifts that the loudest one allows, which are returned.
-int align(const History& history, int blocks, Vek16s* out) {
-    int least = kMostShifts + 15;
-    for (int b = 0; b < blocks; ++b) {
-        int used = 0;
-        for (int i = 0; i < kVector; ++i) {
-            const int v = history.samples[b * kVector + i];
-            used |= v ^ (v >> 15);
-        }
-        if (used != 0) {
-            least = std::min(least, history.shifts[b] + fix::norm_s(static_cast<Vek16s>(used)));
-        }
-    }
-    for (int b = 0; b < blocks; ++b) {
-        const int up = least - history.shifts[b];
-        for (int i = b * kVector; i < (b + 1) * kVector; ++i) {
-            out[i] =
-                up >= 0 ? static_cast<Vek16s>(history.samples[i] * (1 << up)) : fix::shr_r(history.samples[i], -up);
-        }
-    }
-    return least;
-}
-
 void take(History& history, const Shape& shape, const Vek16s* src) {
     const int old = shape.span() - shape.frame;
     std::memmove(history.samples, history.samples + shape.frame, static_cast<size_t>(old) * sizeof(Vek16s));
@@ -92,12 +70,10 @@ void take(History& history, const Shape& shape, const Vek16s* src) {
 
 // The samples have `shifts` fraction bits; pDst may be null.
 void correlate(History& history, const Shape& shape, const Vek16s* samples, int shifts, Vek16s* pDst) {
-    const CorrKernels& kernels = corrKernels();
     const int count = shape.order + 1;
-    Vek16s x[kLongest];
-    kernels.window16(samples, shape.window, x, shape.span());
-    const Vek16s* frame = x + shape.order;
-    const Vek16s* newest = frame + shape.frame;
+    int64_t frame[kOrder + 1];
+    int64_t newest[kOrder + 1];
+    hybridKernels().correlate(samples, shape.window, shape.order, shape.frame, shape.newest, frame, newest);
     // Both sums get the same scale, the finer one that has room.
     const int finer = 2 * shifts - history.scale;
     const int upKept = std::clamp(finer, 0, kRoom);
@@ -108,13 +84,13 @@ void correlate(History& history, const Shape& shape, const Vek16s* samples, int 
     uint64_t used = 0;
     for (int k = 0; k < count; ++k) {
         const int64_t left = scaled(history.kept[k], downKept) * shape.kept >> 2;
-        history.kept[k] = left + scaled(kernels.dot16(frame, frame - k, shape.frame), downFresh);
+        history.kept[k] = left + scaled(frame[k], downFresh);
         used |= static_cast<uint64_t>(history.kept[k] ^ (history.kept[k] >> 63));
     }
     history.scale -= downKept;
     if (pDst != nullptr) {
         for (int k = 0; k < count; ++k) {
-            sums[k] = history.kept[k] + scaled(kernels.dot16(newest, newest - k, shape.newest), downFresh);
+            sums[k] = history.kept[k] + scaled(newest[k], downFresh);
         }
         sums[0] += sums[0] >> 8;
         const int down = 48 - fix::norm_64(sums[0]);
@@ -205,7 +181,7 @@ VekStatus veksWinHybridBlock_G728_16s(int bfi, const Vek16s* pSrc, const Vek16s*
     std::memmove(history.shifts, history.shifts + fresh, static_cast<size_t>(blocks - fresh) * sizeof(Vek16s));
     std::memcpy(history.shifts + blocks - fresh, pSrcSfs, fresh * sizeof(Vek16s));
     Vek16s aligned[kLongest];
-    const int shifts = align(history, blocks, aligned);
+    const int shifts = hybridKernels().align(history.samples, history.shifts, blocks, aligned);
     correlate(history, shape, aligned, shifts, bfi == 0 ? pDst : nullptr);
     state.give(pMem);
     return vekStsNoErr;

@@ -9,8 +9,8 @@
 #include "sc/common/hybridwindow.h"
 #include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
-#include "sc/kernels/corr.h"
 #include "sc/kernels/floatcorr.h"
+#include "sc/kernels/hybrid.h"
 #include "veksc_g729post.h"
 
 namespace {
@@ -78,15 +78,13 @@ VekStatus veksWinHybrid_G729E_16s32s(const Vek16s* pSrcSynthSpeech, Vek32s* pDst
     if (!take(state, pMem)) {
         return vekStsStateErr;
     }
-    const CorrKernels& kernels = corrKernels();
-    Vek16s x[kSpan];
-    kernels.window16(pSrcSynthSpeech, g_fixedWindow.data(), x, kSpan);
-    const Vek16s* frame = x + kOrder;
-    const Vek16s* newest = frame + kFrame;
+    int64_t frame[kOrder + 1];
+    int64_t newest[kOrder + 1];
+    hybridKernels().correlate(pSrcSynthSpeech, g_fixedWindow.data(), kOrder, kFrame, kNewest, frame, newest);
     int64_t sums[kOrder + 1];
     for (int k = 0; k <= kOrder; ++k) {
-        state.past[k] = ((state.past[k] * kKept) >> kFormat) + kernels.dot16(frame, frame - k, kFrame);
-        sums[k] = state.past[k] + kernels.dot16(newest, newest - k, kNewest);
+        state.past[k] = ((state.past[k] * kKept) >> kFormat) + frame[k];
+        sums[k] = state.past[k] + newest[k];
     }
     std::memcpy(pMem, &state, sizeof state);
     if (sums[0] == 0) {

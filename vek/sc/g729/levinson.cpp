@@ -4,6 +4,7 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/kernels/levinson.h"
 #include "veksc_g729lp.h"
 
 namespace {
@@ -11,7 +12,7 @@ namespace {
 using namespace vek;
 using namespace vek::fix;
 
-constexpr int kMaxOrder = 32;
+constexpr int kMaxOrder = kMostLevinson;
 constexpr int kOrderB = 10;
 constexpr int kStable = 32750;
 
@@ -130,32 +131,5 @@ VekStatus veksLevinsonDurbin_G729_32f(const Vek32f* pSrc, int order, Vek32f* pDs
     if (!(pSrc[0] > 0)) {
         return vekStsRangeErr;
     }
-    float a[kMaxOrder + 1] = {1};
-    float rc[kMaxOrder];
-    float error = pSrc[0];
-    float inverse = 1 / error; // divides while the next sum is made
-    for (int i = 1; i <= order; ++i) {
-        float sum = pSrc[i];
-        for (int j = 1; j < i; ++j) {
-            sum += a[j] * pSrc[i - j];
-        }
-        const float k = -sum * inverse;
-        rc[i - 1] = k;
-        for (int j = 1; j <= i / 2; ++j) {
-            const float front = a[j];
-            const float back = a[i - j];
-            a[j] = front + k * back;
-            a[i - j] = back + k * front;
-        }
-        a[i] = k;
-        error *= 1 - k * k;
-        if (!(error > 0)) {
-            return vekStsUnstableFilter;
-        }
-        inverse = 1 / error;
-    }
-    std::memcpy(pDstLPC, a, static_cast<size_t>(order + 1) * sizeof(float));
-    std::memcpy(pDstRC, rc, static_cast<size_t>(order) * sizeof(float));
-    *pResultErr = error;
-    return vekStsNoErr;
+    return levinsonKernels().levinson32f(pSrc, order, pDstLPC, pDstRC, pResultErr) ? vekStsNoErr : vekStsUnstableFilter;
 }
