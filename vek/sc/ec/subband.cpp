@@ -1,6 +1,6 @@
 // Subband analysis and synthesis: the states, frames in and out, scaling. The transforms are kernels. The integer form
 // works in double precision, which holds every sum of 16-bit samples and Q15 windows exactly.
-#include <cmath>
+#include <bit>
 #include <cstring>
 
 #include "sc/common/signal_check.h"
@@ -102,6 +102,10 @@ VekStatus take(void* pState, int scaleFactor, Process<T>*& process) {
     return process->mark != markOf<T>() ? vekStsStateErr : vekStsNoErr;
 }
 
+double powerOfTwo(int exponent) {
+    return std::bit_cast<double>(static_cast<uint64_t>(1023 + exponent) << 52);
+}
+
 // Makes room for the newest frame behind the samples that stay.
 template <typename T>
 T* dropOldest(Process<T>& p) {
@@ -152,7 +156,7 @@ VekStatus veksSubbandAnalysis_16s32sc_Sfs(const Vek16s* pSignal, Vek32sc* pSubba
     kernels.widen16(pSignal, dropOldest(p), p.frameSize);
     kernels.analyse64f(p.order, p.history(), p.analysisWindow(), p.windowLen, ec::placeOf<Work<double>>(pBuf)->fold,
                        spectrum);
-    kernels.round32(&spectrum[0].re, std::ldexp(1.0, -scaleFactor), &pSubbands[0].re, (1 << p.order) + 2);
+    kernels.round32(&spectrum[0].re, powerOfTwo(-scaleFactor), &pSubbands[0].re, (1 << p.order) + 2);
     return vekStsNoErr;
 }
 
@@ -183,12 +187,10 @@ VekStatus veksSubbandSynthesis_32sc16s_Sfs(const Vek32sc* pSubbands, Vek16s* pSi
     }
     Process<double>& p = *process;
     // Scaled on the way in: frames of different scale factors overlap in the sums.
-    const double factor = std::ldexp(1.0, -scaleFactor);
+    const double factor = powerOfTwo(-scaleFactor);
     Vek64fc spectrum[kMaxFoldPoints / 2 + 1];
-    for (int k = 0; k <= 1 << (p.order - 1); ++k) {
-        spectrum[k] = {factor * pSubbands[k].re, factor * pSubbands[k].im};
-    }
     const FoldKernels& kernels = foldKernels();
+    kernels.widen32(&pSubbands[0].re, factor, &spectrum[0].re, (1 << p.order) + 2);
     kernels.synthesise64f(p.order, spectrum, p.synthesisWindow(), p.windowLen, ec::placeOf<Work<double>>(pBuf)->fold,
                           p.sums());
     kernels.round16(p.sums(), 1, pSignal, p.frameSize);

@@ -1,11 +1,13 @@
-// The pulse search of Annex E in floating point.
+// The pulse search of Annex E in floating point. What is searched and how is a kernel's.
 #include "sc/g729/floatpulses.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "sc/common/correlate.h"
-#include "sc/kernels/filter.h"
+#include "sc/common/pulsesearch.h"
+#include "sc/kernels/floatcorr.h"
+#include "sc/kernels/floatpulses.h"
 
 namespace vek::floatpulses {
 namespace {
@@ -15,19 +17,16 @@ float inverseRoot(const Vek32f* v) {
     return energy > 0 ? 1 / std::sqrt(energy) : 0;
 }
 
-} // namespace
-
+// Correlation of target x and response h.
 void correlate(const Vek32f* h, const Vek32f* x, Vek32f* d) {
-    for (int n = 0; n < kSub; ++n) {
-        float s = 0;
-        for (int i = n; i < kSub; ++i) {
-            s += x[i] * h[i - n];
-        }
-        d[n] = s;
-    }
+    Vek32f target[2 * kSub] = {};
+    std::copy_n(x, kSub, target);
+    floatCorrKernels().corr32f(h, target, kSub, kSub, d);
 }
 
-void presetSigns(Vek32f* d, const Vek32f* r, int pulses, signed char* sign, Start& start) {
+// Signs (+1, -1) of the sum of the correlation d and the residual r, each over its energy's root, and the lanes of that
+// sum's maxima; d takes the signs. Returns the track of the largest.
+int presetSigns(Vek32f* d, const Vek32f* r, signed char* sign, int8_t* peaks) {
     const float dScale = inverseRoot(d);
     const float rScale = inverseRoot(r);
     float weight[kSub];
@@ -38,85 +37,44 @@ void presetSigns(Vek32f* d, const Vek32f* r, int pulses, signed char* sign, Star
         d[i] = v >= 0 ? d[i] : -d[i];
     }
     int first = 0;
+    float most = -1;
     for (int t = 0; t < kTracks; ++t) {
         int best = t;
         for (int i = t; i < kSub; i += kTracks) {
             best = weight[i] > weight[best] ? i : best;
         }
-        start.position[t] = best;
-        first = weight[best] > weight[start.position[first]] ? t : first;
+        peaks[t] = static_cast<int8_t>(best / kTracks);
+        first = weight[best] > most ? t : first;
+        most = std::max(most, weight[best]);
     }
-    for (int n = 0; n < pulses; ++n) {
-        start.track[n] = (first + n) % kTracks;
-    }
+    return first;
 }
 
-void matrix(const Vek32f* h, const signed char* sign, Vek32f (*rr)[kSub]) {
-    alignas(32) Vek32f rows[kSub * kSub];
-    filterKernels().corrRows32f(h, rows);
-    for (int m = 0; m < kSub; ++m) {
-        const int j = kSub - 1 - m;
-        for (int distance = 0; distance <= j; ++distance) {
-            const int i = j - distance;
-            const float v = rows[m * kSub + distance];
-            rr[i][j] = sign[i] == sign[j] ? v : -v;
-            rr[j][i] = rr[i][j];
-        }
-    }
-}
+} // namespace
 
-void search(const Vek32f* d, const Vek32f (*rr)[kSub], int pulses, Start start, int* positions) {
-    for (int n = 0; n < pulses; ++n) {
-        positions[n] = n;
+void searchPairs(const Vek32f* x, const Vek32f* r, const Vek32f* h, int pulses, PulsesFound& found) {
+    Vek32f d[kSub];
+    int8_t peaks[kTracks];
+    correlate(h, x, d);
+    found.firstTrack = presetSigns(d, r, found.sign, peaks);
+    FloatPulseField field;
+    Vek32f sign[kSub];
+    for (int i = 0; i < kSub; ++i) {
+        const int slot = pulses::slotOnFive(i);
+        field.d[slot] = d[i];
+        sign[slot] = found.sign[i];
     }
-    float bestSquare = -1;
-    float bestEnergy = 1;
-    for (int turn = 1; turn < kTracks; ++turn) {
-        int at[kMostPulses] = {start.position[start.track[0]], start.position[start.track[1]]};
-        float c0 = d[at[0]] + d[at[1]];
-        float e0 = rr[at[0]][at[0]] + rr[at[1]][at[1]] + 2 * rr[at[0]][at[1]];
-        float square = -1;
-        for (int n = 2; n < pulses; n += 2) {
-            float second[kSub];
-            for (int j = start.track[n + 1]; j < kSub; j += kTracks) {
-                float cross = 0;
-                for (int p = 0; p < n; ++p) {
-                    cross += rr[j][at[p]];
-                }
-                second[j] = rr[j][j] + 2 * cross;
-            }
-            square = -1;
-            float energy = 1;
-            float c2 = c0;
-            at[n] = start.track[n];
-            at[n + 1] = start.track[n + 1];
-            for (int i = start.track[n]; i < kSub; i += kTracks) {
-                float cross = 0;
-                for (int p = 0; p < n; ++p) {
-                    cross += rr[i][at[p]];
-                }
-                const float e1 = e0 + rr[i][i] + 2 * cross;
-                for (int j = start.track[n + 1]; j < kSub; j += kTracks) {
-                    const float c = c0 + d[i] + d[j];
-                    const float e = e1 + second[j] + 2 * rr[i][j];
-                    if (c * c * energy > square * e) {
-                        square = c * c;
-                        energy = e;
-                        c2 = c;
-                        at[n] = i;
-                        at[n + 1] = j;
-                    }
-                }
-            }
-            c0 = c2;
-            e0 = energy;
-        }
-        if (square * bestEnergy > bestSquare * e0) {
-            bestSquare = square;
-            bestEnergy = e0;
-            std::copy_n(at, pulses, positions);
-        }
-        std::rotate(start.track + 1, start.track + 2, start.track + pulses);
+    // The tracks are visited in a circle from that of the largest.
+    int8_t tracks[kMostPulses];
+    for (int n = 0; n < pulses; ++n) {
+        tracks[n] = static_cast<int8_t>((found.firstTrack + n) % kTracks);
+    }
+    Pulse best[kMostPulses];
+    const FloatPulseKernels& kernels = floatPulseKernels();
+    kernels.field(h, sign, field);
+    kernels.pairs(field, tracks, peaks, pulses, best);
+    for (int n = 0; n < pulses; ++n) {
+        found.positions[n] = best[n].lane * kTracks + best[n].track;
     }
 }
 

@@ -10,24 +10,13 @@ namespace vek::floatpulses {
 constexpr int kSub = kPulsePositions;
 constexpr int kTracks = 5;
 
-// The track of each pulse in the order of the search, and the position of the largest start value of each track.
-struct Start {
-    int track[kMostPulses];
-    int position[kTracks];
+struct PulsesFound {
+    int positions[kMostPulses];
+    int firstTrack; // that of the largest start value
+    signed char sign[kSub];
 };
 
-// Correlation of target x and response h.
-void correlate(const Vek32f* h, const Vek32f* x, Vek32f* d);
-
-// Signs (+1, -1) of the sum of the correlation d and the residual r, each over its energy's root, and the start from
-// that sum's maxima; d takes the signs. The tracks are visited in a circle from that of the largest.
-void presetSigns(Vek32f* d, const Vek32f* r, int pulses, signed char* sign, Start& start);
-
-// Correlations of the response with the signs multiplied in.
-void matrix(const Vek32f* h, const signed char* sign, Vek32f (*rr)[kSub]);
-
-// The first pulse stays on its start; for each start of the second, on each track but one, the others are searched in
-// pairs. Ten or twelve pulses.
-void search(const Vek32f* d, const Vek32f (*rr)[kSub], int pulses, Start start, int* positions);
+// Target x, residual r, response h; ten or twelve pulses.
+void searchPairs(const Vek32f* x, const Vek32f* r, const Vek32f* h, int pulses, PulsesFound& found);
 
 } // namespace vek::floatpulses

@@ -314,16 +314,9 @@ VekStatus veksFixedCodebookSearch_G729E_32f(int mode, const Vek32f* pSrcFixed, c
     if (mode < 0 || mode > 1) {
         return vekStsModeErr;
     }
-    Vek32f d[kSub];
-    signed char sign[kSub];
-    Vek32f rr[kSub][kSub];
-    floatpulses::Start start{};
-    floatpulses::correlate(pSrcImpulseResponse, pSrcFixed, d);
-    floatpulses::presetSigns(d, pSrcLtpResidual, pulsesOf(mode), sign, start);
-    floatpulses::matrix(pSrcImpulseResponse, sign, rr);
-    int positions[kMostPulses];
-    floatpulses::search(d, rr, pulsesOf(mode), start, positions);
-    deliverMany(positions, pulsesOf(mode), start.track[0], sign, pSrcImpulseResponse, pDstFixedVector,
+    floatpulses::PulsesFound found;
+    floatpulses::searchPairs(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pulsesOf(mode), found);
+    deliverMany(found.positions, pulsesOf(mode), found.firstTrack, found.sign, pSrcImpulseResponse, pDstFixedVector,
                 pDstFltFixedVector, pDstFixedIndex);
     return vekStsNoErr;
 }

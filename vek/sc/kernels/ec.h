@@ -51,6 +51,7 @@ struct FoldKernels {
     void (*round32)(const double* src, double factor, int32_t* dst, int n);
     void (*round16)(const double* src, double factor, int16_t* dst, int n);
     void (*widen16)(const int16_t* src, double* dst, int n);
+    void (*widen32)(const int32_t* src, double factor, double* dst, int n);
 };
 
 VEK_KERNEL_PICK(FoldKernels, foldKernels)

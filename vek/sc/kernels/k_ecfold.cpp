@@ -72,28 +72,35 @@ VEK_INLINE_WIDE void transform(const FoldTable<T>& t, const T* re, const T* im, 
     }
 }
 
+// What a number and the conjugate of the opposite one have in common, and what they differ by: four numbers of each.
+template <typename V>
+struct Parts {
+    Complex<V> even, odd;
+};
+
+// Of the numbers k..k+3 and 4 * Rows - k down. `first` holds the number 4 * Rows - k in front and gets the next one:
+// all loads are of whole vectors as they were stored.
+template <int Rows, typename T, typename V>
+VEK_INLINE_WIDE Parts<V> parts(const T* re, const T* im, int k, Complex<V>& first) {
+    constexpr int last = 4 * Rows - 4;
+    const Complex<V> a = {load<4>(re + k), load<4>(im + k)};
+    const Complex<V> lower = {load<4>(re + last - k), load<4>(im + last - k)};
+    const Complex<V> b = {mirrored(lower.re, first.re), mirrored(lower.im, first.im)};
+    first = lower;
+    return {{a.re + b.re, a.im - b.im}, {a.re - b.re, a.im + b.im}};
+}
+
 // Four times four lines of the real transform from those of the complex one, z, and those opposite.
 template <int Rows, typename T, typename V>
-VEK_INLINE_WIDE void split(const FoldTable<T>& t, const T* zRe, const T* zIm, int from, V& firstRe, V& firstIm,
+VEK_INLINE_WIDE void split(const FoldTable<T>& t, const T* zRe, const T* zIm, int from, Complex<V>& first,
                            typename Kind<T>::Complex* spectrum) {
-    constexpr int half = 4 * Rows;
     const V middle = set1<4>(static_cast<T>(0.5));
     for (int k = from; k < from + 16; k += 4) {
-        const V aRe = load<4>(zRe + k);
-        const V aIm = load<4>(zIm + k);
-        // Z(half - k), whose conjugate is meant, from whole vectors, which the loads take as they were stored.
-        const V lastRe = load<4>(zRe + half - 4 - k);
-        const V lastIm = load<4>(zIm + half - 4 - k);
-        const V bRe = mirrored(lastRe, firstRe);
-        const V bIm = mirrored(lastIm, firstIm);
-        firstRe = lastRe;
-        firstIm = lastIm;
-        const V oRe = aRe - bRe;
-        const V oIm = aIm + bIm;
+        const Parts<V> z = parts<Rows>(zRe, zIm, k, first);
         const V wRe = load<4>(t.postRe + k);
         const V wIm = load<4>(t.postIm + k);
-        storeMerged(&spectrum[k].re, middle * (aRe + bRe) + (wRe * oRe - wIm * oIm),
-                    middle * (aIm - bIm) + (wRe * oIm + wIm * oRe));
+        storeMerged(&spectrum[k].re, middle * z.even.re + (wRe * z.odd.re - wIm * z.odd.im),
+                    middle * z.even.im + (wRe * z.odd.im + wIm * z.odd.re));
     }
 }
 
@@ -113,10 +120,9 @@ VEK_INLINE_WIDE void forward(const FoldTable<T>& t, const T* fold, typename Kind
         store(im + n, odd);
     }
     transform<Rows>(t, re, im, zRe, zIm);
-    V firstRe = load<4>(zRe);
-    V firstIm = load<4>(zIm);
+    Complex<V> first = {load<4>(zRe), load<4>(zIm)};
     for (int k = 0; k < half; k += 16) {
-        split<Rows>(t, zRe, zIm, k, firstRe, firstIm, spectrum);
+        split<Rows>(t, zRe, zIm, k, first, spectrum);
     }
     spectrum[half] = {zRe[0] - zIm[0], 0};
 }
@@ -138,23 +144,13 @@ VEK_INLINE_WIDE void backward(const FoldTable<T>& t, const typename Kind<T>::Com
     }
     im[0] = 0;
     const V two = set1<4>(static_cast<T>(2));
-    V firstRe = set1<4>(spectrum[half].re);
-    V firstIm = set1<4>(static_cast<T>(0));
+    Complex<V> first = {set1<4>(spectrum[half].re), set1<4>(static_cast<T>(0))};
     for (int k = 0; k < half; k += 4) {
-        const V aRe = load<4>(re + k);
-        const V aIm = load<4>(im + k);
-        const V lastRe = load<4>(re + half - 4 - k);
-        const V lastIm = load<4>(im + half - 4 - k);
-        const V bRe = mirrored(lastRe, firstRe);
-        const V bIm = mirrored(lastIm, firstIm);
-        firstRe = lastRe;
-        firstIm = lastIm;
-        const V oRe = aRe - bRe;
-        const V oIm = aIm + bIm;
+        const Parts<V> z = parts<Rows>(re, im, k, first);
         const V wRe = two * load<4>(t.postRe + k);
         const V wIm = two * load<4>(t.postIm + k); // of the opposite sign
-        store(zRe + k, (aRe + bRe) + (wRe * oRe + wIm * oIm));
-        store(zIm + k, (aIm - bIm) + (wRe * oIm - wIm * oRe));
+        store(zRe + k, z.even.re + (wRe * z.odd.re + wIm * z.odd.im));
+        store(zIm + k, z.even.im + (wRe * z.odd.im - wIm * z.odd.re));
     }
     transform<Rows>(t, zIm, zRe, im, re);
     for (int n = 0; n < half; n += 4) {
@@ -220,24 +216,42 @@ void synthesise64f(int order, const Vek64fc* spectrum, const double* w, int wind
     synthesise(g_fold64f, order, spectrum, w, windowLen, fold, sum);
 }
 
-// Adding 1.5 * 2^52 leaves no bits behind the point.
+VEK_INLINE void storeInts(int32_t* p, V8 a) {
+    store(p, a);
+}
+VEK_INLINE void storeInts(int16_t* p, V8 a) {
+    storeNarrowed(p, a);
+}
+
 template <typename T>
-VEK_INLINE void rounded(const double* __restrict src, double factor, T* __restrict dst, int n, double bottom,
-                        double top) {
-    constexpr double magic = 6755399441055744.0;
-    for (int i = 0; i < n; ++i) {
-        double v = src[i] * factor;
-        v = v > top ? top : v;
-        v = v < bottom ? bottom : v;
-        dst[i] = static_cast<T>(static_cast<int32_t>(v + magic - magic));
+VEK_INLINE_WIDE void rounded(const double* src, double factor, T* dst, int n) {
+    const D4 scale = set1<4>(factor);
+    const auto eight = [&](const double* from, T* to) {
+        storeInts(to, toInt(load<4>(from) * scale, load<4>(from + 4) * scale));
+    };
+    if (n < 8) {
+        double few[8] = {};
+        T ints[8];
+        for (int i = 0; i < n; ++i) {
+            few[i] = src[i];
+        }
+        eight(few, ints);
+        for (int i = 0; i < n; ++i) {
+            dst[i] = ints[i];
+        }
+        return;
     }
+    for (int i = 0; i + 8 < n; i += 8) {
+        eight(src + i, dst + i);
+    }
+    eight(src + n - 8, dst + n - 8);
 }
 
 void round32(const double* src, double factor, int32_t* dst, int n) {
-    rounded(src, factor, dst, n, -2147483648.0, 2147483647.0);
+    rounded(src, factor, dst, n);
 }
 void round16(const double* src, double factor, int16_t* dst, int n) {
-    rounded(src, factor, dst, n, -32768.0, 32767.0);
+    rounded(src, factor, dst, n);
 }
 
 void widen16(const int16_t* src, double* dst, int n) {
@@ -245,10 +259,15 @@ void widen16(const int16_t* src, double* dst, int n) {
         dst[i] = src[i];
     }
 }
+void widen32(const int32_t* __restrict src, double factor, double* __restrict dst, int n) {
+    for (int i = 0; i < n; ++i) {
+        dst[i] = factor * src[i];
+    }
+}
 
 } // namespace
 
 VEK_KERNEL_TABLE(FoldKernels, foldKernels) = {analyse32f, analyse64f, synthesise32f, synthesise64f,
-                                              round32,    round16,    widen16};
+                                              round32,    round16,    widen16,       widen32};
 
 } // namespace vek

@@ -199,6 +199,9 @@ VEK_INLINE Cf8 loadNumbers(const int16_t* p) {
     loadPairs(p, re, im);
     return {toFloat(re), toFloat(im)};
 }
+VEK_INLINE Cf8 reversed(Cf8 a) {
+    return {reverse(a.re), reverse(a.im)};
+}
 VEK_INLINE Cf8 loadReversed(const int16_t* p) {
     V8 re;
     V8 im;
@@ -215,46 +218,53 @@ void forwardOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
         storeC(re + n, im + n, loadNumbers(src + 2 * n));
     }
     const F8 scale = set1(t.scale * 0.5F);
-    const auto split = [&](int k, Cf8 z, Cf8 m) { // m: Z(half - k)
+    const auto put = [](int16_t* to, Cf8 x) { storePairs(to, toInt(x.re), toInt(x.im)); };
+    // The lines k..k+7, and half - k down by the same sums.
+    const auto split = [&](int k, Cf8 z, Cf8 m, int16_t* opposite) { // m: Z(half - k)
         const Cf8 even = {z.re + m.re, z.im - m.im};
         const Cf8 odd = {z.im + m.im, m.re - z.re};
-        const Cf8 x = (even + rotate(odd, load(t.splitRe + k), load(t.splitIm + k))) * scale;
-        storePairs(dst + 2 * k, toInt(x.re), toInt(x.im));
+        const Cf8 turned = rotate(odd, load(t.splitRe + k), load(t.splitIm + k));
+        put(dst + 2 * k, (even + turned) * scale);
+        if (opposite != nullptr) {
+            const Cf8 x = {even.re - turned.re, turned.im - even.im};
+            put(opposite, reversed(x * scale));
+        }
     };
-    Cf8 first;
+    int16_t last[16];
     if constexpr (M == 3) {
         F8 x[8];
         F8 zRe[3];
         F8 zIm[3];
         complexFft24(t, re, im, x);
         joinTriples(x, zRe, zIm);
-        first = {zRe[0], zIm[0]};
-        split(0, first, {mirrored(zRe[2], zRe[0]), mirrored(zIm[2], zIm[0])});
-        split(8, {zRe[1], zIm[1]}, {mirrored(zRe[1], zRe[2]), mirrored(zIm[1], zIm[2])});
-        split(16, {zRe[2], zIm[2]}, {mirrored(zRe[0], zRe[1]), mirrored(zIm[0], zIm[1])});
+        split(0, {zRe[0], zIm[0]}, {mirrored(zRe[2], zRe[0]), mirrored(zIm[2], zIm[0])}, last);
+        split(8, {zRe[1], zIm[1]}, {mirrored(zRe[1], zRe[2]), mirrored(zIm[1], zIm[2])}, dst + 18);
     } else {
         alignas(32) float zRe[half + 8];
         alignas(32) float zIm[half + 8];
         complexFft<M>(t, re, im, zRe, zIm);
         zRe[half] = zRe[0];
         zIm[half] = zIm[0];
-        first = loadC(zRe, zIm);
-        for (int k = 0; k < half; k += 8) {
-            split(k, loadC(zRe + k, zIm + k), {reverse(load(zRe + half - 7 - k)), reverse(load(zIm + half - 7 - k))});
+        const auto at = [&](int k, int16_t* opposite) {
+            const int m = half - 7 - k;
+            split(k, loadC(zRe + k, zIm + k), reversed(loadC(zRe + m, zIm + m)), opposite);
+        };
+        at(0, last);
+        for (int k = 8; k < half / 2; k += 8) {
+            at(k, dst + 2 * (half - 7 - k));
         }
+        at(half / 2, nullptr);
     }
-    int16_t nyquist[16];
-    const V8 difference = toInt((first.re - first.im) * set1(t.scale));
-    storePairs(nyquist, difference, difference);
-    dst[1] = nyquist[0];
+    std::memcpy(dst + 2 * half - 14, last, 14 * sizeof(int16_t));
+    dst[1] = last[14]; // the line `half`, which is real
 }
 
 // By the forward transform with real and imaginary parts exchanged.
 template <int M>
 void inverseOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
     constexpr int half = 8 * M;
-    alignas(32) float zRe[half];
-    alignas(32) float zIm[half];
+    alignas(32) float zRe[half + 8];
+    alignas(32) float zIm[half + 8];
     // The two ends, where the real line half stands beside the line 0.
     int16_t first[16];
     int16_t last[16];
@@ -265,18 +275,31 @@ void inverseOf(const RealFftTable<M>& t, const int16_t* src, int16_t* dst) {
     first[1] = 0;
     last[14] = src[1];
     const F8 scale = set1(t.scale);
-    const auto unsplit = [&](int k, Cf8 x, Cf8 m) { // m: X(half - k)
+    // The numbers k..k+7, and half - k down by the same sums.
+    const auto unsplit = [&](int k, Cf8 x, Cf8 m, bool opposite) { // m: X(half - k)
         const Cf8 even = {x.re + m.re, x.im - m.im};
         const Cf8 odd = {x.re - m.re, x.im + m.im};
         const F8 wRe = load(t.splitRe + k);
         const F8 wIm = load(t.splitIm + k);
         const Cf8 turned = {odd.re * wRe + odd.im * wIm, odd.im * wRe - odd.re * wIm};
         storeC(zIm + k, zRe + k, plusJ(even, turned) * scale);
+        if (opposite) {
+            const Cf8 z = {even.re + turned.im, turned.re - even.im};
+            storeC(zIm + half - 7 - k, zRe + half - 7 - k, reversed(z * scale));
+        }
     };
-    for (int k = 8; k < half; k += 8) {
-        unsplit(k, loadNumbers(src + 2 * k), loadReversed(src + 2 * (half - 7 - k)));
+    const auto at = [&](int k, bool opposite) {
+        unsplit(k, loadNumbers(src + 2 * k), loadReversed(src + 2 * (half - 7 - k)), opposite);
+    };
+    // The shortest ones would wait for what is stored in the opposite order and loaded across it at once.
+    constexpr bool both = M > 6;
+    if constexpr (both) {
+        at(half / 2, false);
     }
-    unsplit(0, loadNumbers(first), loadReversed(last));
+    for (int k = 8; k < (both ? half / 2 : half); k += 8) {
+        at(k, both);
+    }
+    unsplit(0, loadNumbers(first), loadReversed(last), both);
     if constexpr (M == 3) {
         F8 x[8];
         complexFft24(t, zRe, zIm, x);

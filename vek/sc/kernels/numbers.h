@@ -40,6 +40,7 @@ using Numbers = std::conditional_t<kInOne<T, N>, hn::Vec<Part<T, N>>, Two<hn::Ve
 
 using V8 = Numbers<int32_t, 8>;
 using F8 = Numbers<float, 8>;
+using D4 = Numbers<double, 4>;
 
 #if VEK_LEVEL == 0
 
@@ -135,6 +136,15 @@ VEK_INLINE V8 toInt(F8 a) {
     }
     return r;
 }
+// The same of twice four numbers, saturated.
+VEK_INLINE V8 toInt(D4 a, D4 b) {
+    V8 r;
+    for (int i = 0; i < 8; ++i) {
+        const double x = i < 4 ? a.v[i] : b.v[i - 4];
+        r.v[i] = static_cast<int32_t>(__builtin_lrint(x > INT32_MAX ? INT32_MAX : x < INT32_MIN ? INT32_MIN : x));
+    }
+    return r;
+}
 template <class T, int N>
 VEK_INLINE Numbers<T, N> reverse(Numbers<T, N> a) {
     Numbers<T, N> r;
@@ -160,6 +170,20 @@ VEK_INLINE V8 joinLower(V8 a, V8 b) {
 }
 VEK_INLINE F8 swapHalves(F8 a) {
     return {{a.v[4], a.v[5], a.v[6], a.v[7], a.v[0], a.v[1], a.v[2], a.v[3]}};
+}
+// Neighbours, and neighbouring pairs, in each other's place.
+VEK_INLINE F8 swapOnes(F8 a) {
+    return {{a.v[1], a.v[0], a.v[3], a.v[2], a.v[5], a.v[4], a.v[7], a.v[6]}};
+}
+VEK_INLINE F8 swapPairs(F8 a) {
+    return {{a.v[2], a.v[3], a.v[0], a.v[1], a.v[6], a.v[7], a.v[4], a.v[5]}};
+}
+// x where a is above b, elsewhere y.
+VEK_INLINE F8 choose(F8 a, F8 b, F8 x, F8 y) {
+    for (int i = 0; i < 8; ++i) {
+        y.v[i] = a.v[i] > b.v[i] ? x.v[i] : y.v[i];
+    }
+    return y;
 }
 // Of eight times three numbers in each half, those of the lower and those of the upper halves without gaps.
 VEK_INLINE void joinTriples(const F8 (&x)[8], F8 (&lower)[3], F8 (&upper)[3]) {
@@ -199,6 +223,11 @@ VEK_INLINE void loadPairsReversed(const int16_t* p, V8& even, V8& odd) {
 // The way back, saturated.
 VEK_INLINE int16_t narrowed(int32_t x) {
     return static_cast<int16_t>(x > 32767 ? 32767 : x < -32768 ? -32768 : x);
+}
+VEK_INLINE void storeNarrowed(int16_t* p, V8 a) {
+    for (int i = 0; i < 8; ++i) {
+        p[i] = narrowed(a.v[i]);
+    }
 }
 VEK_INLINE void storePairs(int16_t* p, V8 even, V8 odd) {
     for (int i = 0; i < 8; ++i) {
@@ -359,6 +388,21 @@ VEK_INLINE V8 toInt(Two<V> a) {
 }
 
 template <class V>
+VEK_INLINE V toOnes(V a) {
+    const hn::DFromV<V> d;
+    return hn::Min(hn::Max(a, hn::Set(d, double{INT32_MIN})), hn::Set(d, double{INT32_MAX})) + hn::Set(d, 0x1.8p52);
+}
+template <class V>
+VEK_INLINE auto toInt(V a, V b) {
+    const hn::Repartition<int32_t, hn::DFromV<V>> d;
+    return hn::ConcatEven(d, hn::BitCast(d, toOnes(b)), hn::BitCast(d, toOnes(a)));
+}
+template <class V>
+VEK_INLINE V8 toInt(Two<V> a, Two<V> b) {
+    return {toInt(a.lo, a.hi), toInt(b.lo, b.hi)};
+}
+
+template <class V>
 VEK_INLINE V reverse(V a) {
     return hn::Reverse(hn::DFromV<V>(), a);
 }
@@ -428,6 +472,30 @@ VEK_INLINE V swapHalves(V a) {
 template <class V>
 VEK_INLINE Two<V> swapHalves(Two<V> a) {
     return {a.hi, a.lo};
+}
+template <class V>
+VEK_INLINE V swapOnes(V a) {
+    return hn::Shuffle2301(a);
+}
+template <class V>
+VEK_INLINE Two<V> swapOnes(Two<V> a) {
+    return {swapOnes(a.lo), swapOnes(a.hi)};
+}
+template <class V>
+VEK_INLINE V swapPairs(V a) {
+    return hn::Shuffle1032(a);
+}
+template <class V>
+VEK_INLINE Two<V> swapPairs(Two<V> a) {
+    return {swapPairs(a.lo), swapPairs(a.hi)};
+}
+template <class V>
+VEK_INLINE V choose(V a, V b, V x, V y) {
+    return hn::IfThenElse(a > b, x, y);
+}
+template <class V>
+VEK_INLINE Two<V> choose(Two<V> a, Two<V> b, Two<V> x, Two<V> y) {
+    return {choose(a.lo, b.lo, x.lo, y.lo), choose(a.hi, b.hi, x.hi, y.hi)};
 }
 // Within each 128 bits three registers of four times three numbers.
 template <class V>
@@ -502,6 +570,9 @@ VEK_INLINE void loadPairsReversed(const int16_t* p, V8& even, V8& odd) {
 }
 VEK_INLINE auto narrowed(V8 a) {
     return hn::ReorderDemote2To(kEightOf16, lowerHalf(a), upperHalf(a));
+}
+VEK_INLINE void storeNarrowed(int16_t* p, V8 a) {
+    hn::StoreU(narrowed(a), kEightOf16, p);
 }
 template <class V>
 VEK_INLINE void storePairs(int16_t* p, V even, V odd) {
