@@ -14,8 +14,8 @@ using namespace vek::fix;
 namespace {
 
 // Whether sums of products with such magnitudes leave 32 bits nowhere, rounding included.
-bool fits(int64_t factor1, int most1, int64_t factor2, int most2) {
-    return std::abs(factor1) * most1 + std::abs(factor2) * most2 + 0x8000 <= kMax32;
+bool fits(int factor1, int most1, int factor2, int most2) {
+    return int64_t{std::abs(factor1)} * most1 + int64_t{std::abs(factor2)} * most2 + 0x8000 <= kMax32;
 }
 
 } // namespace
@@ -31,8 +31,8 @@ VekStatus veksInterpolateC_NR_16s(const Vek16s* pSrc1, Vek16s val1, int scaleFac
     if (scaleFactor1 < 0 || scaleFactor1 > 15 || scaleFactor2 < 0 || scaleFactor2 > 15) {
         return vekStsScaleRangeErr;
     }
-    const int64_t factor1 = int64_t{val1} * (1 << scaleFactor1);
-    const int64_t factor2 = int64_t{val2} * (1 << scaleFactor2);
+    const int factor1 = val1 * (1 << scaleFactor1);
+    const int factor2 = val2 * (1 << scaleFactor2);
     constexpr int loudest = 32768;
     const FilterKernels& kernels = filterKernels();
     if (fits(factor1, loudest, factor2, loudest) ||
@@ -42,14 +42,14 @@ VekStatus veksInterpolateC_NR_16s(const Vek16s* pSrc1, Vek16s val1, int scaleFac
         const int small1 = val1 * (1 << (scaleFactor1 - common));
         const int small2 = val2 * (1 << (scaleFactor2 - common));
         if (small1 == static_cast<Vek16s>(small1) && small2 == static_cast<Vek16s>(small2)) {
-            loopKernels().weighted16(pSrc1, small1, pSrc2, small2, pDst, len, 16 - common, 0x8000 >> common);
-        } else {
-            kernels.weighted(pSrc1, static_cast<int>(factor1), pSrc2, static_cast<int>(factor2), pDst, len, 16, 0x8000);
+            const Weights weights{static_cast<Vek16s>(small1), static_cast<Vek16s>(small2)};
+            return loopKernels().weighted16(pSrc1, weights, pSrc2, {16 - common, 0x8000 >> common}, pDst, len);
         }
+        kernels.weighted(pSrc1, factor1, pSrc2, factor2, pDst, len, 16, 0x8000);
         return vekStsNoErr;
     }
     for (int i = 0; i < len; ++i) {
-        pDst[i] = round_s(L_add(sat32(pSrc1[i] * factor1), sat32(pSrc2[i] * factor2)));
+        pDst[i] = round_s(L_add(sat32(int64_t{pSrc1[i]} * factor1), sat32(int64_t{pSrc2[i]} * factor2)));
     }
     return vekStsNoErr;
 }

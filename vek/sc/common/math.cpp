@@ -22,8 +22,7 @@ VekStatus product(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int le
     if (badScale(scaleFactor, 30)) {
         return vekStsScaleRangeErr;
     }
-    filterKernels().mul(pSrc1, pSrc2, pDst, len, scaleFactor);
-    return vekStsNoErr;
+    return filterKernels().mul(pSrc1, pSrc2, pDst, len, scaleFactor);
 }
 
 VekStatus productC(const Vek16s* pSrc, Vek16s val, Vek16s* pDst, int len, int scaleFactor) {
@@ -33,8 +32,7 @@ VekStatus productC(const Vek16s* pSrc, Vek16s val, Vek16s* pDst, int len, int sc
     if (badScale(scaleFactor, 30)) {
         return vekStsScaleRangeErr;
     }
-    filterKernels().mulC(pSrc, val, pDst, len, scaleFactor);
-    return vekStsNoErr;
+    return filterKernels().mulC(pSrc, val, pDst, len, scaleFactor);
 }
 
 VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, Vek16s val2, Vek16s* pDst, int len,
@@ -53,7 +51,7 @@ VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, V
         }
         return vekStsNoErr;
     }
-    return loopKernels().weighted16(pSrc1, val1, pSrc2, val2, pDst, len, scaleFactor, half);
+    return loopKernels().weighted16(pSrc1, {val1, val2}, pSrc2, {scaleFactor, half}, pDst, len);
 }
 
 } // namespace

@@ -87,6 +87,5 @@ VekStatus veksAdaptiveCodebookContribution_G729_32f(Vek32f gain, const Vek32f* p
     if (anyNull(pFltAdptVector, pSrcTarget, pDst)) {
         return vekStsNullPtrErr;
     }
-    loopKernels().lessScaled32f(gain, pFltAdptVector, pSrcTarget, pDst);
-    return vekStsNoErr;
+    return loopKernels().lessScaled32f(gain, pFltAdptVector, pSrcTarget, pDst);
 }

@@ -25,9 +25,9 @@ struct FilterKernels {
     void (*allPole)(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q);
     // y[i] = sat16((x1[i] * v1 + x2[i] * v2 + half) >> q). Not for v1 = v2 = -32768.
     void (*weighted)(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half);
-    // y[i] = sat16((x1[i] * x2[i] + half) >> q)
-    void (*mul)(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q);
-    void (*mulC)(const int16_t* x, int v, int16_t* y, int n, int q);
+    // y[i] = sat16((x1[i] * x2[i] + half) >> q), q = 0..30; y may be x1 or x2, v has 16 bits.
+    VekStatus (*mul)(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q);
+    VekStatus (*mulC)(const int16_t* x, int v, int16_t* y, int n, int q);
     // y[i] = sat16(x[i] + ((d[i] * b + half) >> 15))
     VekStatus (*addScaled)(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half);
     // y[i] = (x1[i] >> 1) + (x2[i] >> 1)

@@ -1,7 +1,7 @@
 // The filter room's kernels, once per instruction level.
-// Element-wise loops are left to the compiler's vectoriser, but for those that codecs run over ten to sixty elements,
-// of which the rest behind whole registers takes the time. These, the FIR, the all-pole recursion, the circular
-// convolution and the rows of correlations are written out. All levels give the same integers.
+// Element-wise loops, of which codecs' ten to sixty elements leave a rest behind whole registers that takes the time,
+// the FIR, the all-pole recursion, the circular convolution and the rows of correlations are written out. All levels
+// give the same integers.
 #include "sc/kernels/filter.h"
 
 #include "sc/common/fixmath.h"
@@ -70,53 +70,95 @@ inline int16_t multRounded(int a, int b) {
 
 using namespace registers;
 
-// y[i] = make(d, i), as many at once as `d` has lanes, or 128 bits. The last register overlaps the one before, and is
-// made first, since y may be a source. Fewer than 128 bits of them: y[i] = one(i).
-template <class D, class One, class Make>
-VEK_INLINE VekStatus fillBy(D d, hn::TFromD<D>* y, int n, One one, Make make) {
-    constexpr int lanes = kLanesOf<D>;
-    if (n >= lanes) {
-        const auto last = make(d, n - lanes);
-        for (int i = 0; i < n - lanes; i += lanes) {
-            hn::StoreU(make(d, i), d, y + i);
-        }
-        hn::StoreU(last, d, y + n - lanes);
-    } else if constexpr (lanes * sizeof(hn::TFromD<D>) > 16) {
-        return fillBy(hn::Half<D>(), y, n, one, make);
-    } else {
-        for (int i = 0; i < n; ++i) {
-            y[i] = one(i);
-        }
-    }
-    return vekStsNoErr;
-}
-
+// What codecs run over ten to sixty elements goes by 256 bits at the most.
 using Short16 = hn::CappedTag<int16_t, 16>;
 
 bool isShort(int v) {
     return v == static_cast<int16_t>(v);
 }
 
+// How a product in Q15 loses the rest.
+enum class Cut { down, nearest, up };
+
+template <Cut cut>
+VekStatus addScaledBy(const int16_t* x, const int16_t* d, int b, int16_t* y, int n) {
+    constexpr int half = cut == Cut::down ? 0 : cut == Cut::nearest ? 0x4000 : 0x7fff;
+    fillBy(
+        Short16(), y, n, [=](int i) { return scaledAdded(x[i], d[i], b, half); },
+        [=](auto lanes, int i) {
+            const auto from = hn::LoadU(lanes, x + i);
+            const auto more = hn::LoadU(lanes, d + i);
+            const auto k = [=](int factor) { return hn::Set(lanes, static_cast<int16_t>(factor)); };
+            if constexpr (cut == Cut::down) {
+                return hn::SaturatedAdd(from, multCut(more, k(b)));
+            } else if constexpr (cut == Cut::nearest) {
+                return hn::SaturatedAdd(from, hn::MulFixedPoint15(more, k(b)));
+            } else {
+                return hn::SaturatedSub(from, multCut(more, k(-b)));
+            }
+        });
+    return vekStsNoErr;
+}
+
 VekStatus addScaled(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half) {
-    const auto one = [=](int i) { return scaledAdded(x[i], d[i], b, half); };
-    if (half != 0x4000 || !isShort(b) || b == -32768) {
-        for (int i = 0; i < n; ++i) {
-            y[i] = one(i);
+    if (isShort(b) && b != -32768) {
+        switch (half) {
+        case 0:
+            return addScaledBy<Cut::down>(x, d, b, y, n);
+        case 0x4000:
+            return addScaledBy<Cut::nearest>(x, d, b, y, n);
+        case 0x7fff:
+            return addScaledBy<Cut::up>(x, d, b, y, n);
+        default:
+            break;
         }
-        return vekStsNoErr;
     }
-    return fillBy(Short16(), y, n, one, [=](auto lanes, int i) {
-        const auto k = hn::Set(lanes, static_cast<int16_t>(b));
-        return hn::SaturatedAdd(hn::LoadU(lanes, x + i), hn::MulFixedPoint15(hn::LoadU(lanes, d + i), k));
-    });
+    for (int i = 0; i < n; ++i) {
+        y[i] = scaledAdded(x[i], d[i], b, half);
+    }
+    return vekStsNoErr;
 }
 
 VekStatus mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
-    return fillBy(
+    fillBy(
         Short16(), y, n, [=](int i) { return meanOf(x1[i], x2[i]); },
         [=](auto d, int i) {
             return hn::ShiftRight<1>(hn::LoadU(d, x1 + i)) + hn::ShiftRight<1>(hn::LoadU(d, x2 + i));
         });
+    return vekStsNoErr;
+}
+
+VekStatus mul(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q) {
+    const auto one = [=](int i) { return roundTo16(prod(x1[i], x2[i]), halfOf(q), q); };
+    if (q == 15) {
+        // Two of -32768 alone give -32768.
+        fillBy(Short16(), y, n, one, [=](auto d, int i) {
+            const auto p = hn::MulFixedPoint15(hn::LoadU(d, x1 + i), hn::LoadU(d, x2 + i));
+            return p ^ hn::VecFromMask(d, hn::Eq(p, hn::Set(d, int16_t{-32768})));
+        });
+    } else {
+        const auto half = static_cast<int>(halfOf(q));
+        fillBy(Short16(), y, n, one,
+               [=](auto d, int i) { return multShifted(hn::LoadU(d, x1 + i), hn::LoadU(d, x2 + i), half, q); });
+    }
+    return vekStsNoErr;
+}
+
+VekStatus mulC(const int16_t* x, int v, int16_t* y, int n, int q) {
+    const auto one = [=](int i) { return roundTo16(prod(x[i], v), halfOf(q), q); };
+    // The same products in Q15, where none of them saturates.
+    const int inQ15 = q <= 15 ? v * (1 << (15 - q)) : -32768;
+    if (isShort(inQ15) && inQ15 != -32768) {
+        fillBy(Short16(), y, n, one, [=](auto d, int i) {
+            return hn::MulFixedPoint15(hn::LoadU(d, x + i), hn::Set(d, static_cast<int16_t>(inQ15)));
+        });
+    } else {
+        const auto half = static_cast<int>(halfOf(q));
+        fillBy(Short16(), y, n, one, [=](auto d, int i) {
+            return multShifted(hn::LoadU(d, x + i), hn::Set(d, static_cast<int16_t>(v)), half, q);
+        });
+    }
+    return vekStsNoErr;
 }
 
 // Each power is made in all lanes of a register, where the rounded product takes three clocks, and eight of them then
@@ -124,26 +166,15 @@ VekStatus mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
 VekStatus powers(const int16_t* x, int c, int16_t* y, int n) {
     y[0] = x[0];
     const auto factor = hn::Set(kEightOf16, static_cast<int16_t>(c));
-    const hn::FixedTag<int64_t, 2> d64;
     auto power = factor;
     const auto next = [&] {
         const auto now = power;
         power = hn::MulFixedPoint15(power, factor);
         return now;
     };
-    const auto four = [&] {
-        const auto p0 = next();
-        const auto p1 = next();
-        const auto p2 = next();
-        const auto p3 = next();
-        return hn::BitCast(d64, hn::InterleaveLower(kFourOf32, hn::BitCast(kFourOf32, hn::InterleaveLower(p0, p1)),
-                                                    hn::BitCast(kFourOf32, hn::InterleaveLower(p2, p3))));
-    };
     int i = 1;
     for (; i + 8 <= n; i += 8) {
-        const auto lower = four();
-        const auto all = hn::BitCast(kEightOf16, hn::InterleaveLower(d64, lower, four()));
-        hn::StoreU(hn::MulFixedPoint15(hn::LoadU(kEightOf16, x + i), all), kEightOf16, y + i);
+        hn::StoreU(hn::MulFixedPoint15(hn::LoadU(kEightOf16, x + i), firstLanes(next)), kEightOf16, y + i);
     }
     for (; i < n; ++i) {
         y[i] = multRounded(x[i], hn::GetLane(next()));
@@ -377,6 +408,20 @@ VekStatus mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
     return vekStsNoErr;
 }
 
+VekStatus mul(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q) {
+    for (int i = 0; i < n; i++) {
+        y[i] = roundTo16(prod(x1[i], x2[i]), halfOf(q), q);
+    }
+    return vekStsNoErr;
+}
+
+VekStatus mulC(const int16_t* x, int v, int16_t* y, int n, int q) {
+    for (int i = 0; i < n; i++) {
+        y[i] = roundTo16(prod(x[i], v), halfOf(q), q);
+    }
+    return vekStsNoErr;
+}
+
 VekStatus powers(const int16_t* x, int c, int16_t* y, int n) {
     y[0] = x[0];
     int power = c;
@@ -488,20 +533,6 @@ void allPole(const int16_t* a, int order, int32_t* f, int16_t* y, int n, int q) 
 void weighted(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half) {
     for (int i = 0; i < n; i++) {
         y[i] = fix::sat16((x1[i] * v1 + x2[i] * v2 + half) >> q);
-    }
-}
-
-void mul(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q) {
-    const auto half = static_cast<int>(halfOf(q));
-    for (int i = 0; i < n; i++) {
-        y[i] = fix::sat16((x1[i] * x2[i] + half) >> q);
-    }
-}
-
-void mulC(const int16_t* x, int v, int16_t* y, int n, int q) {
-    const auto half = static_cast<int>(halfOf(q));
-    for (int i = 0; i < n; i++) {
-        y[i] = fix::sat16((x[i] * v + half) >> q);
     }
 }
 

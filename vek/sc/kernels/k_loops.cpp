@@ -24,9 +24,36 @@ void lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
     }
 }
 
-void lessScaled32f(float g, const float* d, const float* x, float* y) {
+VekStatus lessScaled32f(float g, const float* d, const float* x, float* y) {
     for (int i = 0; i < kSub; ++i) {
         y[i] = x[i] - g * d[i];
+    }
+    return vekStsNoErr;
+}
+
+int32_t magnitudes16(const int16_t* x) {
+    int32_t sum = 0;
+    for (int i = 0; i < kSub; ++i) {
+        const int v = x[i];
+        sum += v < 0 ? -v : v;
+    }
+    return sum;
+}
+
+// The products have up to 50 bits, which doubles hold; the offset makes all of them positive, so that cutting off is
+// rounding down.
+void tilt(const int16_t* x, int mu, int gain, int16_t* y) {
+    constexpr int offset = 1 << 21;
+    int32_t sums[kSub];
+    for (int i = 0; i < kSub; ++i) {
+        sums[i] = x[i] * 32768 + mu * x[i - 1];
+    }
+    const double factor = gain * 0x1p-29;
+    for (int32_t& s : sums) {
+        s = static_cast<int32_t>(s * factor + (offset + 0.5)) - offset;
+    }
+    for (int i = 0; i < kSub; ++i) {
+        y[i] = fix::sat16(sums[i]);
     }
 }
 
@@ -62,22 +89,28 @@ using namespace registers;
 using Floats = hn::CappedTag<float, 8>;
 constexpr Floats kFloats;
 
-// Fills y by what `made` gives from an element on, a register at a time. n is at least what one holds: the last one
-// overlaps those before, and is made while all sources are what they were.
-template <class D, class Made>
-VEK_INLINE void inRegisters(D d, hn::TFromD<D>* y, int n, Made made) {
-    const int end = n - kLanesOf<D>;
-    const hn::Vec<D> last = made(end);
-    for (int i = 0; i < end; i += kLanesOf<D>) {
-        hn::StoreU(made(i), d, y + i);
+// A subframe of what `made` gives from an element on, the last register over the one before. All are made before any is
+// in y, which may be a source.
+template <class Made>
+VEK_INLINE void fillSubframe(int16_t* y, Made made) {
+    constexpr int lanes = kLanesOf<D16>;
+    constexpr int count = (kSub + lanes - 1) / lanes;
+    const auto place = [](int r) { return r + 1 < count ? r * lanes : kSub - lanes; };
+    hn::Vec<D16> all[count];
+#pragma GCC unroll 5
+    for (int r = 0; r < count; ++r) {
+        all[r] = made(place(r));
     }
-    hn::StoreU(last, d, y + end);
+#pragma GCC unroll 5
+    for (int r = 0; r < count; ++r) {
+        hn::StoreU(all[r], d16, y + place(r));
+    }
 }
 
 void lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
     const hn::RepartitionToWide<D16> wide;
     const auto factor = hn::Set(d16, static_cast<int16_t>(g));
-    inRegisters(d16, y, kSub, [=](int i) {
+    fillSubframe(y, [=](int i) {
         const auto v = hn::LoadU(d16, d + i);
         const auto low = v * factor;
         const auto high = hn::MulHigh(v, factor);
@@ -88,12 +121,29 @@ void lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
     });
 }
 
-void lessScaled32f(float g, const float* d, const float* x, float* y) {
+VekStatus lessScaled32f(float g, const float* d, const float* x, float* y) {
     const auto factor = hn::Set(kFloats, g);
 #pragma GCC unroll 10
     for (int i = 0; i < kSub; i += kLanesOf<Floats>) {
         hn::StoreU(hn::LoadU(kFloats, x + i) - factor * hn::LoadU(kFloats, d + i), kFloats, y + i);
     }
+    return vekStsNoErr;
+}
+
+// Each lane times its sign, two of them added.
+template <class D>
+VEK_INLINE auto magnitudesOf(D d, const int16_t* x) {
+    const auto v = hn::LoadU(d, x);
+    return pairSums(v, hn::ShiftRight<15>(v) | hn::Set(d, int16_t{1}));
+}
+
+int32_t magnitudes16(const int16_t* x) {
+    constexpr int whole = 32;
+    auto sums = magnitudesOf(d16, x);
+    for (int i = kLanesOf<D16>; i < whole; i += kLanesOf<D16>) {
+        sums = sums + magnitudesOf(d16, x + i);
+    }
+    return hn::GetLane(hn::SumOfLanes(kFourOf32, fourSums(sums) + magnitudesOf(kEightOf16, x + whole)));
 }
 
 // So many registers of outputs, whose sums share each tap.
@@ -161,40 +211,40 @@ bool cosines(const float* angles, int n, double* c) {
 
 // The same two factors in all pairs of lanes.
 template <class D>
+VEK_INLINE hn::Vec<D> factors(D d, Weights weights) {
+    return hn::BitCast(d, hn::Set(hn::RepartitionToWide<D>(), __builtin_bit_cast(int32_t, weights)));
+}
+
+template <class D>
 VEK_INLINE hn::Vec<D> factors(D d, int lower, int upper) {
-    const auto both = static_cast<uint32_t>(lower & 0xffff) | static_cast<uint32_t>(upper) << 16;
-    return hn::BitCast(d, hn::Set(hn::RepartitionToWide<D>(), static_cast<int32_t>(both)));
+    return factors(d, Weights{static_cast<int16_t>(lower), static_cast<int16_t>(upper)});
 }
 
-template <class D>
-VEK_INLINE void weightedBy(D d, const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q,
-                           int half) {
-    const auto weights = factors(d, v1, v2);
-    const auto rounding = hn::Set(hn::RepartitionToWide<D>(), half);
-    inRegisters(d, y, n, [=](int i) {
-        const auto a = hn::LoadU(d, x1 + i);
-        const auto b = hn::LoadU(d, x2 + i);
-        const auto lower = plusPairs(rounding, hn::InterleaveLower(d, a, b), weights);
-        const auto upper = plusPairs(rounding, hn::InterleaveUpper(d, a, b), weights);
-        return hn::ReorderDemote2To(d, hn::ShiftRightSame(lower, q), hn::ShiftRightSame(upper, q));
-    });
+// (sum * factor + 2^28) >> 29 of 32-bit lanes whose products have 61 bits at the most: of the even lanes' products the
+// wanted bits move down, of the odd ones' up.
+template <class V>
+VEK_INLINE V scaledSums(V sums, V factor) {
+    const hn::DFromV<V> d;
+    const hn::RepartitionToWide<hn::DFromV<V>> pairs;
+    const hn::RebindToUnsigned<decltype(pairs)> bits;
+    const auto half = hn::Set(pairs, int64_t{1} << 28);
+    const auto odd = hn::BitCast(d, hn::ShiftRight<32>(hn::BitCast(bits, sums)));
+    const auto fromEven = hn::ShiftRight<29>(hn::BitCast(bits, hn::MulEven(sums, factor) + half));
+    const auto fromOdd = hn::ShiftLeft<3>(hn::MulEven(odd, factor) + half);
+    return hn::OddEven(hn::BitCast(d, fromOdd), hn::BitCast(d, fromEven));
 }
 
-// The products of two neighbours, and of the third one and what rounds.
-template <class D>
-VEK_INLINE void threeTapsBy(D d, int side, int middle, const int16_t* x, int16_t* y, int n) {
-    const auto two = factors(d, side, middle);
-    const auto third = factors(d, side, 0x4000);
-    const auto one = hn::Set(d, int16_t{1});
-    inRegisters(d, y, n, [=](int i) {
-        const auto before = hn::LoadU(d, x + i - 1);
-        const auto now = hn::LoadU(d, x + i);
-        const auto after = hn::LoadU(d, x + i + 1);
-        const auto lower =
-            plusPairs(pairSums(hn::InterleaveLower(d, before, now), two), hn::InterleaveLower(d, after, one), third);
-        const auto upper =
-            plusPairs(pairSums(hn::InterleaveUpper(d, before, now), two), hn::InterleaveUpper(d, after, one), third);
-        return hn::ReorderDemote2To(d, hn::ShiftRight<15>(lower), hn::ShiftRight<15>(upper));
+// 2^15 has no 16 bits, its negative has.
+void tilt(const int16_t* x, int mu, int gain, int16_t* y) {
+    const hn::RepartitionToWide<D16> wide;
+    const auto two = factors(d16, -32768, -mu);
+    const auto factor = hn::Set(wide, -gain);
+    fillSubframe(y, [=](int i) {
+        const auto now = hn::LoadU(d16, x + i);
+        const auto before = hn::LoadU(d16, x + i - 1);
+        const auto lower = scaledSums(pairSums(hn::InterleaveLower(d16, now, before), two), factor);
+        const auto upper = scaledSums(pairSums(hn::InterleaveUpper(d16, now, before), two), factor);
+        return hn::ReorderDemote2To(d16, lower, upper);
     });
 }
 
@@ -234,17 +284,26 @@ VEK_INLINE int moveUpBy(float* y, const float* h, float v, int n) {
 
 #endif
 
-int32_t magnitudes16(const int16_t* x) {
-    int32_t sum = 0;
-    for (int i = 0; i < kSub; ++i) {
-        const int v = x[i];
-        sum += v < 0 ? -v : v;
-    }
-    return sum;
-}
-
-// Only the gain waits for the one before.
+// Only the gain waits for the one before. Above the plain level it does so in all lanes of a register, by one product's
+// upper half and one sum.
 int moveGain16(int16_t* x, int g, int keep, int fresh) {
+#if VEK_LEVEL > 0
+    if (g >= 0 && keep < 32768) {
+        const hn::RebindToUnsigned<EightOf16> bits;
+        const auto factor = hn::Set(bits, static_cast<uint16_t>(2 * keep));
+        const auto more = hn::Set(bits, static_cast<uint16_t>(fresh));
+        auto gain = hn::Set(bits, static_cast<uint16_t>(g));
+        const auto next = [&] {
+            gain = hn::MulHigh(gain, factor) + more;
+            return hn::BitCast(kEightOf16, gain);
+        };
+        for (int i = 0; i < kSub; i += 8) {
+            const auto gains = firstLanes(next);
+            hn::StoreU(multShifted(hn::LoadU(kEightOf16, x + i), gains, 0x2000, 14), kEightOf16, x + i);
+        }
+        return hn::GetLane(gain);
+    }
+#endif
     int gains[kSub];
     for (int& now : gains) {
         g = ((g * keep) >> 15) + fresh;
@@ -283,36 +342,40 @@ void moveUp32f(float* y, const float* h, float v, int n) {
     }
 }
 
-VekStatus weighted16(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half) {
+VekStatus weighted16(const int16_t* x1, Weights weights, const int16_t* x2, Rounding rounding, int16_t* y, int n) {
+    const auto one = [=](int i) {
+        return fix::sat16((x1[i] * weights.first + x2[i] * weights.second + rounding.half) >> rounding.shift);
+    };
 #if VEK_LEVEL > 0
-    if (n >= kLanesOf<D16>) {
-        weightedBy(d16, x1, v1, x2, v2, y, n, q, half);
-        return vekStsNoErr;
-    }
-    if (n >= kLanesOf<EightOf16>) {
-        weightedBy(kEightOf16, x1, v1, x2, v2, y, n, q, half);
-        return vekStsNoErr;
+    fillBy(d16, y, n, one, [=](auto d, int i) {
+        const auto a = hn::LoadU(d, x1 + i);
+        const auto b = hn::LoadU(d, x2 + i);
+        const auto both = factors(d, weights);
+        const auto half = hn::Set(hn::RepartitionToWide<decltype(d)>(), rounding.half);
+        const auto lower = plusPairs(half, hn::InterleaveLower(d, a, b), both);
+        const auto upper = plusPairs(half, hn::InterleaveUpper(d, a, b), both);
+        return hn::ReorderDemote2To(d, hn::ShiftRightSame(lower, rounding.shift),
+                                    hn::ShiftRightSame(upper, rounding.shift));
+    });
+#else
+    for (int i = 0; i < n; ++i) {
+        y[i] = one(i);
     }
 #endif
-    for (int i = 0; i < n; ++i) {
-        y[i] = fix::sat16((x1[i] * v1 + x2[i] * v2 + half) >> q);
-    }
     return vekStsNoErr;
 }
 
 VekStatus weighted32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
+    const auto one = [=](int i) { return x1[i] * v1 + x2[i] * v2; };
 #if VEK_LEVEL > 0
-    if (n >= kLanesOf<Floats>) {
-        const auto first = hn::Set(kFloats, v1);
-        const auto second = hn::Set(kFloats, v2);
-        inRegisters(kFloats, y, n,
-                    [=](int i) { return hn::LoadU(kFloats, x1 + i) * first + hn::LoadU(kFloats, x2 + i) * second; });
-        return vekStsNoErr;
+    fillBy(kFloats, y, n, one, [=](auto d, int i) {
+        return hn::LoadU(d, x1 + i) * hn::Set(d, v1) + hn::LoadU(d, x2 + i) * hn::Set(d, v2);
+    });
+#else
+    for (int i = 0; i < n; ++i) {
+        y[i] = one(i);
     }
 #endif
-    for (int i = 0; i < n; ++i) {
-        y[i] = x1[i] * v1 + x2[i] * v2;
-    }
     return vekStsNoErr;
 }
 
@@ -331,37 +394,28 @@ VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n)
     return vekStsNoErr;
 }
 
+// The products of two neighbours, and of the third one and what rounds.
 void threeTaps(int side, int middle, const int16_t* x, int16_t* y, int n) {
+    const auto one = [=](int i) { return fix::sat16((side * (x[i - 1] + x[i + 1]) + middle * x[i] + 0x4000) >> 15); };
 #if VEK_LEVEL > 0
-    if (n >= kLanesOf<D16>) {
-        threeTapsBy(d16, side, middle, x, y, n);
-        return;
-    }
-    if (n >= kLanesOf<EightOf16>) {
-        threeTapsBy(kEightOf16, side, middle, x, y, n);
-        return;
+    fillBy(d16, y, n, one, [=](auto d, int i) {
+        const auto two = factors(d, side, middle);
+        const auto third = factors(d, side, 0x4000);
+        const auto before = hn::LoadU(d, x + i - 1);
+        const auto now = hn::LoadU(d, x + i);
+        const auto after = hn::LoadU(d, x + i + 1);
+        const auto unit = hn::Set(d, int16_t{1});
+        const auto lower =
+            plusPairs(pairSums(hn::InterleaveLower(d, before, now), two), hn::InterleaveLower(d, after, unit), third);
+        const auto upper =
+            plusPairs(pairSums(hn::InterleaveUpper(d, before, now), two), hn::InterleaveUpper(d, after, unit), third);
+        return hn::ReorderDemote2To(d, hn::ShiftRight<15>(lower), hn::ShiftRight<15>(upper));
+    });
+#else
+    for (int i = 0; i < n; ++i) {
+        y[i] = one(i);
     }
 #endif
-    for (int i = 0; i < n; ++i) {
-        y[i] = fix::sat16((side * (x[i - 1] + x[i + 1]) + middle * x[i] + 0x4000) >> 15);
-    }
-}
-
-// The products have up to 50 bits, which doubles hold; the offset makes all of them positive, so that cutting off is
-// rounding down.
-void tilt(const int16_t* x, int mu, int gain, int16_t* y) {
-    constexpr int offset = 1 << 21;
-    int32_t sums[kSub];
-    for (int i = 0; i < kSub; ++i) {
-        sums[i] = x[i] * 32768 + mu * x[i - 1];
-    }
-    const double factor = gain * 0x1p-29;
-    for (int32_t& s : sums) {
-        s = static_cast<int32_t>(s * factor + (offset + 0.5)) - offset;
-    }
-    for (int i = 0; i < kSub; ++i) {
-        y[i] = fix::sat16(sums[i]);
-    }
 }
 
 // Eight distances at a time: the farther they are, the fewer sums there are.

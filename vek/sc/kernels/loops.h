@@ -16,14 +16,25 @@ constexpr int kLeastOutputs = 8;
 constexpr int kPairs = 30;
 constexpr int kPairRow = 32;
 
+// The factors of two vectors, and what a sum of products then goes through: (sum + half) >> shift. Each is handed over
+// in one register, so that a public function of seven arguments can end with a jump to the kernel.
+struct Weights {
+    int16_t first, second;
+};
+struct Rounding {
+    int32_t shift, half;
+};
+
 struct LoopKernels {
     // y[i] = sat16(x[i] - sat16((d[i] * g) >> 14)), kLoopSubframe samples; y may be x.
     void (*lessScaled16)(int g, const int16_t* d, const int16_t* x, int16_t* y);
-    // y[i] = x[i] - g * d[i], kLoopSubframe samples; y may be x.
-    void (*lessScaled32f)(float g, const float* d, const float* x, float* y);
+    // y[i] = x[i] - g * d[i], kLoopSubframe samples; y may be x. Gives vekStsNoErr, for a public function to end with a
+    // jump to it.
+    VekStatus (*lessScaled32f)(float g, const float* d, const float* x, float* y);
     // Sum of |x[i]|, kLoopSubframe samples.
     int32_t (*magnitudes16)(const int16_t* x);
     // g = ((g * keep) >> 15) + fresh, x[i] = sat16((x[i] * g + 2^13) >> 14), kLoopSubframe samples; returns the last g.
+    // keep is 0..32768, and from a g of 0..32767 on all are.
     int (*moveGain16)(int16_t* x, int g, int keep, int fresh);
     // x[i] = x[i] - g * x[i-1], i = 1..n-1, of what x held before. Integers: the product in Q15 and cut off, the
     // difference saturated, g above -32768.
@@ -31,9 +42,10 @@ struct LoopKernels {
     void (*lessPrevious32f)(float* x, float g, int n);
     // y[i] = y[i-1] + v * h[i], i = 1..n-1, of what y held before.
     void (*moveUp32f)(float* y, const float* h, float v, int n);
-    // y[i] = sat16((x1[i] * v1 + x2[i] * v2 + half) >> q), y may be x1 or x2; v1 and v2 have 16 bits, and no sum leaves
-    // 32. Gives vekStsNoErr, for a public function to end with a jump to it.
-    VekStatus (*weighted16)(const int16_t* x1, int v1, const int16_t* x2, int v2, int16_t* y, int n, int q, int half);
+    // y[i] = sat16((x1[i] * first + x2[i] * second + half) >> shift), y may be x1 or x2; no sum leaves 32 bits. Gives
+    // vekStsNoErr.
+    VekStatus (*weighted16)(const int16_t* x1, Weights weights, const int16_t* x2, Rounding rounding, int16_t* y,
+                            int n);
     // y[i] = x1[i] * v1 + x2[i] * v2, y may be x1 or x2. Gives vekStsNoErr.
     VekStatus (*weighted32f)(const float* x1, float v1, const float* x2, float v2, float* y, int n);
     // y[i] = x[i] + b * d[i], y may be x or d. Gives vekStsNoErr.

@@ -68,6 +68,35 @@ VEK_INLINE V16 multCut(V16 a, V16 b) {
     return upper | hn::BitCast(d, hn::ShiftRight<15>(hn::BitCast(bits, a * b)));
 }
 
+// (a * b + half) >> q of 16-bit lanes by way of 32 bits, saturated.
+template <class V16>
+VEK_INLINE V16 multShifted(V16 a, V16 b, int half, int q) {
+    const hn::DFromV<V16> d;
+    const hn::RepartitionToWide<hn::DFromV<V16>> wide;
+    const auto rounding = hn::Set(wide, half);
+    const auto low = a * b;
+    const auto high = hn::MulHigh(a, b);
+    const auto lower = hn::BitCast(wide, hn::InterleaveLower(d, low, high)) + rounding;
+    const auto upper = hn::BitCast(wide, hn::InterleaveUpper(d, low, high)) + rounding;
+    return hn::ReorderDemote2To(d, hn::ShiftRightSame(lower, q), hn::ShiftRightSame(upper, q));
+}
+
+// The first lanes of eight registers that `next` gives one after the other.
+template <class Next>
+VEK_INLINE hn::Vec<EightOf16> firstLanes(Next next) {
+    const hn::FixedTag<int64_t, 2> d64;
+    const auto four = [&] {
+        const auto v0 = next();
+        const auto v1 = next();
+        const auto v2 = next();
+        const auto v3 = next();
+        return hn::BitCast(d64, hn::InterleaveLower(kFourOf32, hn::BitCast(kFourOf32, hn::InterleaveLower(v0, v1)),
+                                                    hn::BitCast(kFourOf32, hn::InterleaveLower(v2, v3))));
+    };
+    const auto lower = four();
+    return hn::BitCast(kEightOf16, hn::InterleaveLower(d64, lower, four()));
+}
+
 // Of eight lanes the sums of the lower and the upper ones; four are left as they are.
 template <class V>
 VEK_INLINE auto fourSums(V v) {
@@ -88,6 +117,27 @@ VEK_INLINE hn::Vec<D> reversed(D d, hn::Vec<D> v) {
         return hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(bytes, v), hn::Load(bytes, last)));
     } else {
         return hn::Reverse(d, v);
+    }
+}
+
+// y[i] = make(d, i), as many at once as `d` has lanes, or 128 bits. The last register overlaps the one before, and is
+// made first, since y may be a source. Fewer than 128 bits of them: y[i] = one(i).
+template <class D, class One, class Make>
+VEK_INLINE void fillBy(D d, hn::TFromD<D>* y, int n, One one, Make make) {
+    constexpr int lanes = kLanesOf<D>;
+    if (n >= lanes) {
+        const int end = n - lanes;
+        const hn::Vec<D> last = make(d, end);
+        for (int i = 0; i < end; i += lanes) {
+            hn::StoreU(make(d, i), d, y + i);
+        }
+        hn::StoreU(last, d, y + end);
+    } else if constexpr (lanes * sizeof(hn::TFromD<D>) > 16) {
+        fillBy(hn::Half<D>(), y, n, one, make);
+    } else {
+        for (int i = 0; i < n; ++i) {
+            y[i] = one(i);
+        }
     }
 }
 
