@@ -14,7 +14,9 @@ whose source has changed are planted anew.
 """
 
 import argparse
+import functools
 import hashlib
+import itertools
 import json
 import os
 import random
@@ -52,9 +54,20 @@ LIKELY_SECONDS = 15  # of the tests of a program that are run before all others
 MOST_BYTES = 8 << 30  # that a test may ask for: a fault may ask for all there is
 
 
+def git(*words):
+    return subprocess.run(["git", *words], cwd=TOP, capture_output=True, text=True, check=True).stdout
+
+
+@functools.cache
+def tested():
+    """What the tests' verdicts hold for: the committed tree but for documents and the like."""
+    kept = [line for line in git("ls-tree", "-r", "HEAD", *ROOMS, "cmake", "CMakeLists.txt", "tests").splitlines()
+            if "\ttests/mutants/" not in line]
+    return hashlib.sha1("\n".join(kept).encode()).hexdigest()
+
+
 def sources(room):
-    listed = subprocess.run(["git", "ls-files", room], cwd=TOP, capture_output=True, text=True, check=True)
-    return [f for f in listed.stdout.split() if f.endswith((".cpp", ".h", ".inc"))]
+    return [f for f in git("ls-files", room).split() if f.endswith((".cpp", ".h", ".inc"))]
 
 
 def all_sites(args):
@@ -150,20 +163,20 @@ class Copy:
         self.usual = {}  # program: {test: seconds}
 
     def prepare(self):
-        head = subprocess.run(["git", "rev-parse", "HEAD"], cwd=TOP, capture_output=True, text=True, check=True).stdout
+        head = git("rev-parse", "HEAD").strip()
         WORK.mkdir(exist_ok=True)
         stamp = WORK / "usual.json"
         if not self.tree.exists():
             subprocess.run(["git", "clone", "-q", "--no-hardlinks", str(TOP), str(self.tree)], check=True)
-        subprocess.run(["git", "fetch", "-q", str(TOP), head.strip()], cwd=self.tree, check=True)
-        subprocess.run(["git", "checkout", "-qf", head.strip()], cwd=self.tree, check=True)
+        subprocess.run(["git", "fetch", "-q", str(TOP), head], cwd=self.tree, check=True)
+        subprocess.run(["git", "checkout", "-qf", head], cwd=self.tree, check=True)
         if not (self.build / "build.ninja").exists():
             options = ["-DKR_WERROR=OFF"]
             subprocess.run(["cmake", "--preset", "test", *options], cwd=self.tree, check=True, stdout=subprocess.DEVNULL)
         every = sorted({p for programs in PROGRAMS.values() for p in programs})
         if not self.compiles(every):
             sys.exit("mutants: the tree does not build without a fault; see build-mutants/build.log")
-        if stamp.exists() and json.loads(stamp.read_text())["head"] == head:
+        if stamp.exists() and json.loads(stamp.read_text())["tree"] == tested():
             self.usual = json.loads(stamp.read_text())["usual"]
             return
         for name in every:
@@ -171,7 +184,7 @@ class Copy:
             red = self.red(name)
             if red:
                 sys.exit(f"mutants: without a fault {name}: {red}")
-        stamp.write_text(json.dumps({"head": head, "usual": self.usual}))
+        stamp.write_text(json.dumps({"tree": tested(), "usual": self.usual}))
 
     def compiles(self, targets):
         with open(WORK / "build.log", "w") as log:
@@ -318,12 +331,17 @@ def known_equivalents():
     return {key: reason for key, _, reason in (line.rpartition(" | ") for line in lines)}
 
 
-def stand(path, head):
+@functools.cache
+def source_of(path):
+    return hashlib.sha1((TOP / path).read_bytes()).hexdigest()
+
+
+def stand(path):
     """What a verdict holds for: the source if the fault died, the whole tree if it survived."""
-    return {"source": hashlib.sha1((TOP / path).read_bytes()).hexdigest(), "head": head}
+    return {"source": source_of(path), "tree": tested()}
 
 
-def finished(head):
+def finished():
     """The verdicts that still hold, by the fault."""
     results = WORK / "results.jsonl"
     if not results.exists():
@@ -331,15 +349,29 @@ def finished(head):
     done = {}
     for line in results.read_text().splitlines():
         result = json.loads(line)
-        path = TOP / result["id"].partition(":")[0]
-        now = path.exists() and stand(path, head)
-        if now and result["source"] == now["source"] and (result["verdict"] != "survived" or result["head"] == head):
+        path = result["id"].partition(":")[0]
+        now = (TOP / path).exists() and stand(path)
+        if now and result["source"] == now["source"] and (result["verdict"] != "survived" or result["tree"] == now["tree"]):
             done[result["id"]] = result
     return done
 
 
 def identity(site):
     return f"{site.path}:{site.line} | {site.new.strip()}"
+
+
+def tell(site, result, reasons):
+    verdict = result["verdict"]
+    if verdict == "no compile":
+        return
+    if verdict == "survived" and site.key() in reasons:
+        verdict = "equivalent"
+    line = f"{verdict:9} {site.path}:{site.line} ({site.kind})"
+    if verdict == "died":
+        print(f"{line}  {result['by']}", flush=True)
+    else:
+        reason = f"\n  {reasons[site.key()]}" if verdict == "equivalent" else ""
+        print(f"{line}\n  - {site.old.strip()}\n  + {site.new.strip()}{reason}", flush=True)
 
 
 def main():
@@ -361,49 +393,39 @@ def main():
             print(f"{site.path}:{site.line} ({site.kind})\n  - {site.old.strip()}\n  + {site.new.strip()}")
         return 0
 
-    changed = subprocess.run(["git", "status", "--porcelain", *ROOMS], cwd=TOP, capture_output=True, text=True, check=True)
-    if changed.stdout:
+    if git("status", "--porcelain", *ROOMS):
         sys.exit("mutants: commit your changes first; faults are planted in a copy of HEAD")
     copy = Copy(args.jobs)
     print("Building a copy of HEAD", flush=True)
     copy.prepare()
     reasons = known_equivalents()
-    head = (copy.tree / ".git" / "HEAD").read_text().strip()
-    done = finished(head)
+    done = finished()
     began = time.monotonic()
-    tally = {"died": 0, "survived": 0, "equivalent": 0}
-    rooms = Counter()
-    for site in drawn:
-        if sum(tally.values()) >= args.count:
-            break
-        result = done.get(identity(site))
-        if result is None:
-            verdict, red = copy.judge(site)
-            result = {"id": identity(site), "verdict": verdict, "by": red, "kind": site.kind, "key": site.key(),
-                      **stand(site.path, head)}
-            with open(WORK / "results.jsonl", "a") as out:
-                out.write(json.dumps(result) + "\n")
-        verdict = result["verdict"]
-        if verdict == "no compile":
-            continue
-        if verdict == "survived" and site.key() in reasons:
-            verdict = "equivalent"
-        tally[verdict] += 1
-        rooms[site.path.partition("/")[0], verdict] += 1
-        if verdict == "died":
-            print(f"died      {site.path}:{site.line} ({site.kind})  {result['by']}", flush=True)
-        else:
-            print(f"{verdict:9} {site.path}:{site.line} ({site.kind})\n  - {site.old.strip()}\n  + {site.new.strip()}")
-            if verdict == "equivalent":
-                print(f"  {reasons[site.key()]}")
-            sys.stdout.flush()
-    minutes = (time.monotonic() - began) / 60
-    print(f"{sum(tally.values())} planted, {tally['died']} died, {tally['survived']} survived, "
-          f"{tally['equivalent']} equivalent; {minutes:.1f} minutes")
-    for room in ROOMS:
-        of = {verdict: rooms[room, verdict] for verdict in tally}
-        print(f"  {room}: {sum(of.values())} planted, {of['died']} died, {of['survived']} survived, {of['equivalent']} equivalent")
-    return 1 if tally["survived"] else 0
+    # As many as compile. Headers come last: each of them builds much anew.
+    planted = []
+    while more := list(itertools.islice(drawn, args.count - len(planted))):
+        for site in sorted(more, key=lambda s: not s.path.endswith(".cpp")):
+            if identity(site) not in done:
+                verdict, red = copy.judge(site)
+                result = {"id": identity(site), "verdict": verdict, "by": red, "kind": site.kind, "key": site.key(),
+                          **stand(site.path)}
+                done[identity(site)] = result
+                with open(WORK / "results.jsonl", "a") as out:
+                    out.write(json.dumps(result) + "\n")
+            tell(site, done[identity(site)], reasons)
+        planted += [site for site in more if done[identity(site)]["verdict"] != "no compile"]
+    tally = Counter()
+    for site in planted:
+        verdict = done[identity(site)]["verdict"]
+        tally[site.path.partition("/")[0], "equivalent" if verdict == "survived" and site.key() in reasons else verdict] += 1
+    for room in ["", *ROOMS]:
+        of = Counter()
+        for (where, verdict), number in tally.items():
+            of[verdict] += number if room in ("", where) else 0
+        print(f"{room or 'together'}: {sum(of.values())} planted, {of['died']} died, {of['survived']} survived, "
+              f"{of['equivalent']} equivalent")
+    print(f"{(time.monotonic() - began) / 60:.1f} minutes")
+    return 1 if any(verdict == "survived" for _, verdict in tally) else 0
 
 
 if __name__ == "__main__":
