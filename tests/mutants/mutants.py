@@ -7,19 +7,27 @@
     tests/mutants/mutants.py --list --count 20       only tells what would be planted
 
 Works on a copy of HEAD in build-mutants/, never on the work tree. A fault that does not compile is no fault: another is
-drawn. A fault dies when a test fails, crashes or takes ten times as long. Survivors are looked up in equivalent.txt: there
-a line says why no test can see it. Exit status 1 if others survive. Results are kept in build-mutants/results.jsonl, and a
-run that was cut off goes on where it stood.
+drawn. A fault dies when a test fails, crashes or takes ten times as long, and does so again by itself. Survivors are looked
+up in equivalent.txt: there a line says why no test can see it. Exit status 1 if others survive. Results are kept in
+build-mutants/results.jsonl, and a run that was cut off goes on where it stood; after a commit only faults that survived or
+whose source has changed are planted anew.
 """
 
 import argparse
+import functools
+import hashlib
+import itertools
 import json
 import os
 import random
 import re
+import resource
+import select
+import signal
 import subprocess
 import sys
 import time
+from collections import Counter
 from pathlib import Path
 
 from sites import sites_of
@@ -41,13 +49,25 @@ PROGRAMS = {
     "veksc": ["suite_tests", "cli_tests"],
     "vek": ["vek_tests", "oracle_tests", "suite_tests"],
 }
-BUILD_LIMIT = 600
-LEAST_LIMIT = 60  # seconds that a program of tests may take whatever it took without a fault
+LEAST_LIMIT = 60  # seconds that a test may take whatever it took without a fault
+LIKELY_SECONDS = 15  # of the tests of a program that are run before all others
+MOST_BYTES = 8 << 30  # that a test may ask for: a fault may ask for all there is
+
+
+def git(*words):
+    return subprocess.run(["git", *words], cwd=TOP, capture_output=True, text=True, check=True).stdout
+
+
+@functools.cache
+def tested():
+    """What the tests' verdicts hold for: the committed tree but for documents and the like."""
+    kept = [line for line in git("ls-tree", "-r", "HEAD", *ROOMS, "cmake", "CMakeLists.txt", "tests").splitlines()
+            if "\ttests/mutants/" not in line]
+    return hashlib.sha1("\n".join(kept).encode()).hexdigest()
 
 
 def sources(room):
-    listed = subprocess.run(["git", "ls-files", room], cwd=TOP, capture_output=True, text=True, check=True)
-    return [f for f in listed.stdout.split() if f.endswith((".cpp", ".h", ".inc"))]
+    return [f for f in git("ls-files", room).split() if f.endswith((".cpp", ".h", ".inc"))]
 
 
 def all_sites(args):
@@ -81,6 +101,58 @@ def programs_of(path):
     return next(programs for room, programs in PROGRAMS.items() if path.startswith(room + "/"))
 
 
+class Shard:
+    """A running test program, and the test that it is at."""
+
+    EVENT = re.compile(r"\[ +(RUN|OK|FAILED) +\] ([^\s,]+)")
+
+    def __init__(self, command, cwd, environment):
+        self.process = subprocess.Popen(
+            command, cwd=cwd, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+            start_new_session=True, preexec_fn=lambda: Shard.limit("ASAN_OPTIONS" not in environment))
+        self.test = "the start"
+        self.since = time.monotonic()
+        self.rest = ""
+        self.took = {}
+
+    @staticmethod
+    def limit(memory):
+        """The address checks of a program reserve more than there is, and have a limit of their own."""
+        if memory:
+            resource.setrlimit(resource.RLIMIT_AS, (MOST_BYTES, resource.getrlimit(resource.RLIMIT_AS)[1]))
+        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+    def read(self):
+        """Reads on; the name of a test that has failed, if one has. None at the end."""
+        data = os.read(self.process.stdout.fileno(), 65536)
+        if not data:
+            return None
+        lines = (self.rest + data.decode(errors="replace")).split("\n")
+        self.rest = lines.pop()
+        for line in lines:
+            event = self.EVENT.search(line)
+            if event is None:
+                continue
+            word, name = event.groups()
+            now = time.monotonic()
+            if word == "RUN":
+                self.test = name
+            elif name == self.test:
+                self.took[name] = max(self.took.get(name, 0), now - self.since)
+                if word == "FAILED":
+                    return name
+            self.since = now
+        return ""
+
+    def end(self):
+        try:
+            os.killpg(self.process.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+        self.process.stdout.close()
+        return self.process.wait()
+
+
 class Copy:
     """The tree that faults are planted in, built once without any."""
 
@@ -88,53 +160,79 @@ class Copy:
         self.tree = WORK / "tree"
         self.build = WORK / "tree" / "build-test"
         self.jobs = jobs
-        self.usual = {}
+        self.usual = {}  # program: {test: seconds}
 
     def prepare(self):
-        head = subprocess.run(["git", "rev-parse", "HEAD"], cwd=TOP, capture_output=True, text=True, check=True).stdout
+        head = git("rev-parse", "HEAD").strip()
         WORK.mkdir(exist_ok=True)
-        stamp = WORK / "head"
+        stamp = WORK / "usual.json"
         if not self.tree.exists():
             subprocess.run(["git", "clone", "-q", "--no-hardlinks", str(TOP), str(self.tree)], check=True)
-        if not stamp.exists() or stamp.read_text() != head:
-            subprocess.run(["git", "fetch", "-q", "origin"], cwd=self.tree, check=True)
-            (WORK / "results.jsonl").unlink(missing_ok=True)
-        subprocess.run(["git", "checkout", "-qf", head.strip()], cwd=self.tree, check=True)
-        stamp.write_text(head)
+        subprocess.run(["git", "fetch", "-q", str(TOP), head], cwd=self.tree, check=True)
+        subprocess.run(["git", "checkout", "-qf", head], cwd=self.tree, check=True)
         if not (self.build / "build.ninja").exists():
             options = ["-DKR_WERROR=OFF"]
             subprocess.run(["cmake", "--preset", "test", *options], cwd=self.tree, check=True, stdout=subprocess.DEVNULL)
-        if not self.compiles(sorted({p for programs in PROGRAMS.values() for p in programs})):
+        every = sorted({p for programs in PROGRAMS.values() for p in programs})
+        if not self.compiles(every):
             sys.exit("mutants: the tree does not build without a fault; see build-mutants/build.log")
-        for name in sorted({p for programs in PROGRAMS.values() for p in programs}):
-            began = time.monotonic()
-            if not self.passes(name, 600):
-                sys.exit(f"mutants: {name} fails without a fault")
-            self.usual[name] = time.monotonic() - began
+        if stamp.exists() and json.loads(stamp.read_text())["tree"] == tested():
+            self.usual = json.loads(stamp.read_text())["usual"]
+            return
+        for name in every:
+            self.usual[name] = {}
+            red = self.red(name)
+            if red:
+                sys.exit(f"mutants: without a fault {name}: {red}")
+        stamp.write_text(json.dumps({"tree": tested(), "usual": self.usual}))
 
     def compiles(self, targets):
         with open(WORK / "build.log", "w") as log:
             command = ["cmake", "--build", str(self.build), "-j", str(self.jobs), "--target", *targets]
-            try:
-                return subprocess.run(command, stdout=log, stderr=log, timeout=BUILD_LIMIT).returncode == 0
-            except subprocess.TimeoutExpired:
-                return False
+            return subprocess.run(command, stdout=log, stderr=log).returncode == 0
 
-    def passes(self, name, limit, pattern=None):
-        """Whether the program's tests pass; it leaves its first failure in self.red."""
+    def red(self, name, chosen=(), but=(), shards=None):
+        """How the program's tests end, all or the chosen ones, in so many processes: "" or the first failure."""
         program = next(self.build.rglob(f"tests/**/{name}"))
-        command = [str(program), "--gtest_fail_fast", "--gtest_brief=1"]
-        if pattern:
-            command.append(f"--gtest_filter={pattern}")
+        pattern = (":".join(chosen) or "*") + ("-" + ":".join(but) if but else "")
+        environment = {**os.environ, "KR_TESTED_BUILD": str(self.build)}
+        if name in ("vek_tests", "oracle_tests"):
+            environment["LD_LIBRARY_PATH"] = str(self.build / "lib")
+            environment["ASAN_OPTIONS"] = f"malloc_context_size=4:hard_rss_limit_mb={MOST_BYTES >> 20}"
+        shards = shards or self.jobs
+        running = []
+        for shard in range(shards):
+            split = {"GTEST_TOTAL_SHARDS": str(shards), "GTEST_SHARD_INDEX": str(shard)}
+            running.append(Shard([str(program), f"--gtest_filter={pattern}"], program.parent, {**environment, **split}))
+        usual = self.usual[name]
         try:
-            run = subprocess.run(command, cwd=program.parent, capture_output=True, text=True, errors="replace",
-                                 timeout=limit, stdin=subprocess.DEVNULL)
-        except subprocess.TimeoutExpired:
-            self.red = f"{name}: takes too long"
-            return False
-        failed = re.search(r"\[  FAILED  \] (\S+)", run.stdout)
-        self.red = f"{name}: {failed.group(1) if failed else 'ends with ' + str(run.returncode)}"
-        return run.returncode == 0
+            while running:
+                ready = select.select([shard.process.stdout for shard in running], [], [], 1)[0]
+                for shard in list(running):
+                    if shard.process.stdout in ready:
+                        failed = shard.read()
+                        if failed:
+                            return failed
+                        if failed is None:
+                            running.remove(shard)
+                            code = shard.process.wait()
+                            shard.process.stdout.close()
+                            if code != 0:
+                                return f"{shard.test} ends with {code}"
+                            if shard.took.keys() - usual.keys():
+                                usual.update(shard.took)
+                            continue
+                    if time.monotonic() - shard.since > max(LEAST_LIMIT, 10 * usual.get(shard.test, LEAST_LIMIT)):
+                        return f"{shard.test} takes too long"
+            return ""
+        finally:
+            for shard in running:
+                shard.end()
+
+    def stays_red(self, name, red):
+        """Whether the test fails by itself too: one that a busy machine made fail has not seen the fault."""
+        test = red.split()[0]
+        return test not in self.usual[name] or bool(self.red(name, [test], shards=1))
 
     def judge(self, site):
         """One of: no compile, died (with the test), survived."""
@@ -145,41 +243,85 @@ class Copy:
         target.write_text("\n".join(lines))
         try:
             programs = programs_of(site.path)
-            if not self.compiles(programs):
-                return "no compile", ""
-            for name, pattern in [(p, likely(site.path, p)) for p in programs] + [(p, None) for p in programs]:
-                if pattern != "" and not self.passes(name, max(LEAST_LIMIT, 10 * self.usual[name]), pattern):
-                    return "died", self.red
+            first = {p: likely(site.path, p, self.usual[p]) for p in programs}
+            for name in programs:
+                if not self.compiles([name]):
+                    return "no compile", ""
+                red = first[name] and self.red(name, first[name])
+                if red and self.stays_red(name, red):
+                    return "died", f"{name}: {red}"
+            for name in programs:
+                unstable = list(first[name])
+                while red := self.red(name, but=unstable):
+                    if self.stays_red(name, red):
+                        return "died", f"{name}: {red}"
+                    unstable.append(red.split()[0])
             return "survived", ""
         finally:
             target.write_text(whole)
 
 
-# Which tests speak of which public functions, and which functions a source holds: those are run first.
+# The tests of each program: suite and name, with the words of the test and of its file.
 _tests_of = {}
+_words_of = {}
 
 
-def likely(path, program):
-    """A filter with the tests that name a public function of this source or of those that include or call it."""
+def words_of(path):
+    """The project's names in a source; in a header or a source of kernels those of the sources that include it too."""
+    if not _words_of:
+        texts = {p: (TOP / p).read_text() for room in ROOMS for p in sources(room)}
+        users = {}
+        for source, text in texts.items():
+            for header in re.findall(r'^#include "(?:.*/)?([^"/]+)"', text, re.MULTILINE):
+                users.setdefault(header, []).append(source)
+        for source, text in texts.items():
+            seen, new = set(), [source]
+            while new:
+                at = new.pop()
+                if at not in seen:
+                    seen.add(at)
+                    # Who includes it; of kernels, who includes the header of their table.
+                    new += users.get(re.sub(r"^k_(.*)\.cpp$", r"\1.h", Path(at).name), [])
+            # What half the tree includes speaks of everything.
+            used = seen if len(seen) < 40 else {source}
+            _words_of[source] = {w for p in used for w in re.findall(r"\b(?:veks|vek|kr|vk)\w{4,}\b", texts[p])}
+    return _words_of[path]
+
+
+def likely(path, program, usual):
+    """The tests that speak most of what the source has, as many as run in some seconds."""
     folder = {"kr_tests": "api", "vk_tests": "lib", "suite_tests": "suites", "vek_tests": "vek",
               "oracle_tests": "oracle", "cli_tests": "cli"}[program]
     if program not in _tests_of:
-        _tests_of[program] = []
+        found = []
         for file in sorted((TOP / "tests" / folder).rglob("*.cpp")):
             text = file.read_text()
-            suites = set(re.findall(r"^TEST(?:_F|_P)?\((\w+),", text, re.MULTILINE))
-            _tests_of[program].append((set(re.findall(r"\b\w{6,}\b", text)), file.stem, suites))
-    text = (TOP / path).read_text()
-    words = set(re.findall(r"\b(?:veks|vek|kr|vk)\w{4,}\b", text))
+            begins = list(re.finditer(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),\s*(\w+)\)", text, re.MULTILINE))
+            for test, after in zip(begins, begins[1:] + [None]):
+                body = text[test.start():after.start() if after else len(text)]
+                found.append((test.groups(), set(re.findall(r"\w{6,}", body)), set(re.findall(r"\w{6,}", text)), file.stem))
+        _tests_of[program] = found
+    words = words_of(path)
     stem = re.sub(r"^[kp]_", "", Path(path).stem)
-    scored = []
-    for names, file, suites in _tests_of[program]:
-        score = len(words & names) + (50 if file.startswith(stem) else 0)
-        if score and suites:
-            scored.append((score, sorted(suites)))
-    scored.sort(key=lambda s: -s[0])
-    chosen = [suite for _, suites in scored[:4] for suite in suites]
-    return ":".join(f"{s}.*:*/{s}.*:{s}/*" for s in chosen)
+    # A name that many tests use tells little.
+    body_uses = Counter(w for _, body, _, _ in _tests_of[program] for w in body & words)
+    file_uses = Counter(w for _, _, text, _ in _tests_of[program] for w in text & words)
+    scores = {}
+    for names, body, text, file in _tests_of[program]:
+        score = sum(1 / body_uses[w] for w in body & words) + sum(0.5 / file_uses[w] for w in text & words)
+        scores[names] = score + (1 if file.startswith(stem) else 0)
+    ranked = []
+    for name, seconds in usual.items():
+        suite, test = (next(p for p in reversed(part.split("/")) if not p.isdigit()) for part in name.split(".", 1))
+        score = scores.get((suite, test), 0)
+        if score > 0 and seconds < LIKELY_SECONDS:
+            ranked.append((score, seconds, name))
+    chosen, spent = [], 0
+    for _, seconds, name in sorted(ranked, reverse=True)[:24]:
+        if spent + seconds < LIKELY_SECONDS:
+            chosen.append(name)
+            spent += seconds
+    return chosen
 
 
 def known_equivalents():
@@ -189,15 +331,47 @@ def known_equivalents():
     return {key: reason for key, _, reason in (line.rpartition(" | ") for line in lines)}
 
 
+@functools.cache
+def source_of(path):
+    return hashlib.sha1((TOP / path).read_bytes()).hexdigest()
+
+
+def stand(path):
+    """What a verdict holds for: the source if the fault died, the whole tree if it survived."""
+    return {"source": source_of(path), "tree": tested()}
+
+
 def finished():
+    """The verdicts that still hold, by the fault."""
     results = WORK / "results.jsonl"
     if not results.exists():
         return {}
-    return {json.loads(line)["id"]: json.loads(line) for line in results.read_text().splitlines()}
+    done = {}
+    for line in results.read_text().splitlines():
+        result = json.loads(line)
+        path = result["id"].partition(":")[0]
+        now = (TOP / path).exists() and stand(path)
+        if now and result["source"] == now["source"] and (result["verdict"] != "survived" or result["tree"] == now["tree"]):
+            done[result["id"]] = result
+    return done
 
 
 def identity(site):
     return f"{site.path}:{site.line} | {site.new.strip()}"
+
+
+def tell(site, result, reasons):
+    verdict = result["verdict"]
+    if verdict == "no compile":
+        return
+    if verdict == "survived" and site.key() in reasons:
+        verdict = "equivalent"
+    line = f"{verdict:9} {site.path}:{site.line} ({site.kind})"
+    if verdict == "died":
+        print(f"{line}  {result['by']}", flush=True)
+    else:
+        reason = f"\n  {reasons[site.key()]}" if verdict == "equivalent" else ""
+        print(f"{line}\n  - {site.old.strip()}\n  + {site.new.strip()}{reason}", flush=True)
 
 
 def main():
@@ -219,8 +393,7 @@ def main():
             print(f"{site.path}:{site.line} ({site.kind})\n  - {site.old.strip()}\n  + {site.new.strip()}")
         return 0
 
-    changed = subprocess.run(["git", "status", "--porcelain", *ROOMS], cwd=TOP, capture_output=True, text=True, check=True)
-    if changed.stdout:
+    if git("status", "--porcelain", *ROOMS):
         sys.exit("mutants: commit your changes first; faults are planted in a copy of HEAD")
     copy = Copy(args.jobs)
     print("Building a copy of HEAD", flush=True)
@@ -228,33 +401,31 @@ def main():
     reasons = known_equivalents()
     done = finished()
     began = time.monotonic()
-    tally = {"died": 0, "survived": 0, "equivalent": 0}
-    for site in drawn:
-        if sum(tally.values()) >= args.count:
-            break
-        result = done.get(identity(site))
-        if result is None:
-            verdict, red = copy.judge(site)
-            result = {"id": identity(site), "verdict": verdict, "by": red, "kind": site.kind, "key": site.key()}
-            with open(WORK / "results.jsonl", "a") as out:
-                out.write(json.dumps(result) + "\n")
-        verdict = result["verdict"]
-        if verdict == "no compile":
-            continue
-        if verdict == "survived" and site.key() in reasons:
-            verdict = "equivalent"
-        tally[verdict] += 1
-        if verdict == "died":
-            print(f"died      {site.path}:{site.line} ({site.kind})  {result['by']}", flush=True)
-        else:
-            print(f"{verdict:9} {site.path}:{site.line} ({site.kind})\n  - {site.old.strip()}\n  + {site.new.strip()}")
-            if verdict == "equivalent":
-                print(f"  {reasons[site.key()]}")
-            sys.stdout.flush()
-    minutes = (time.monotonic() - began) / 60
-    print(f"{sum(tally.values())} planted, {tally['died']} died, {tally['survived']} survived, "
-          f"{tally['equivalent']} equivalent; {minutes:.1f} minutes")
-    return 1 if tally["survived"] else 0
+    # As many as compile. Headers come last: each of them builds much anew.
+    planted = []
+    while more := list(itertools.islice(drawn, args.count - len(planted))):
+        for site in sorted(more, key=lambda s: not s.path.endswith(".cpp")):
+            if identity(site) not in done:
+                verdict, red = copy.judge(site)
+                result = {"id": identity(site), "verdict": verdict, "by": red, "kind": site.kind, "key": site.key(),
+                          **stand(site.path)}
+                done[identity(site)] = result
+                with open(WORK / "results.jsonl", "a") as out:
+                    out.write(json.dumps(result) + "\n")
+            tell(site, done[identity(site)], reasons)
+        planted += [site for site in more if done[identity(site)]["verdict"] != "no compile"]
+    tally = Counter()
+    for site in planted:
+        verdict = done[identity(site)]["verdict"]
+        tally[site.path.partition("/")[0], "equivalent" if verdict == "survived" and site.key() in reasons else verdict] += 1
+    for room in ["", *ROOMS]:
+        of = Counter()
+        for (where, verdict), number in tally.items():
+            of[verdict] += number if room in ("", where) else 0
+        print(f"{room or 'together'}: {sum(of.values())} planted, {of['died']} died, {of['survived']} survived, "
+              f"{of['equivalent']} equivalent")
+    print(f"{(time.monotonic() - began) / 60:.1f} minutes")
+    return 1 if any(verdict == "survived" for _, verdict in tally) else 0
 
 
 if __name__ == "__main__":

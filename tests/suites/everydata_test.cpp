@@ -1,0 +1,75 @@
+// The data that all suites hand to their calls, as a whole. A figure of clocks says something about the data it was
+// measured with: where these change, the clocks of two versions of the program are no longer those of the same work.
+#include "suite_data.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <map>
+
+namespace {
+
+/// Sums over the lines of a suite's grid.
+struct Data {
+    long long lines;
+    double divisors;
+    long long elements; // As the sum after it of the first four lines and each sixteenth.
+    double weighted;    // Each times its place in its line.
+    double size = 0;    // Of the terms of that sum.
+};
+
+// A suite that is to have other data than before, or a new one, has the row that the failing test prints. What the
+// library works out for a suite in real numbers may differ a little with its kernels.
+const std::map<std::string, Data> kExpected = {
+#include "everydata.inc"
+};
+
+Data dataOf(krTest& test) {
+    Data sums{0, 0, 0, 0};
+    SuiteLine line(test.m_name.c_str());
+    for (; line.ready(); line.next()) {
+        ++sums.lines;
+        sums.divisors += test.getDivisor();
+        line.restore();
+        // The values of neighbouring lines differ by what shows in a few of them.
+        if (sums.lines > 4 && sums.lines % 16 != 0) {
+            continue;
+        }
+        int place = 0;
+        for (const SuiteBlock& block : line.blocks()) {
+            auto* vector = dynamic_cast<vkVector*>(block.owner);
+            if (vector == nullptr) {
+                continue;
+            }
+            sums.elements += vector->length();
+            for (int i = 0; i < vector->length(); ++i) {
+                const double value = vector->getIndex(i);
+                place = place % 997 + 1;
+                sums.weighted += place * value;
+                sums.size += place * std::fabs(value);
+            }
+        }
+    }
+    return sums;
+}
+
+TEST(EverySuitesData, AreThoseThatItsClocksWereMeasuredWith) {
+    for (krTest* test : *pTestList) {
+        const Data data = dataOf(*test);
+        char row[200];
+        std::snprintf(row, sizeof row, "{\"%s\", {%lld, %.12g, %lld, %.12g}},", test->m_name.c_str(), data.lines,
+                      data.divisors, data.elements, data.weighted);
+        const auto expected = kExpected.find(test->m_name.c_str());
+        if (expected == kExpected.end()) {
+            ADD_FAILURE() << row;
+            continue;
+        }
+        EXPECT_EQ(data.lines, expected->second.lines) << row;
+        EXPECT_EQ(data.elements, expected->second.elements) << row;
+        EXPECT_NEAR(data.divisors, expected->second.divisors, 1e-6 * data.divisors) << row;
+        EXPECT_NEAR(data.weighted, expected->second.weighted, 1e-6 * data.size) << row;
+    }
+}
+
+} // namespace
