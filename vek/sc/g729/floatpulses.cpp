@@ -11,16 +11,16 @@ namespace vek::floatpulses {
 namespace {
 
 float inverseRoot(const Vek32f* v) {
-    const float energy = corrKernels().dot32f(v, v, kSub);
+    const float energy = corrKernels().dot32f(v, v, kSubframe);
     return energy > 0 ? 1 / std::sqrt(energy) : 0;
 }
 
 } // namespace
 
 void correlate(const Vek32f* h, const Vek32f* x, Vek32f* d) {
-    for (int n = 0; n < kSub; ++n) {
+    for (int n = 0; n < kSubframe; ++n) {
         float s = 0;
-        for (int i = n; i < kSub; ++i) {
+        for (int i = n; i < kSubframe; ++i) {
             s += x[i] * h[i - n];
         }
         d[n] = s;
@@ -30,8 +30,8 @@ void correlate(const Vek32f* h, const Vek32f* x, Vek32f* d) {
 void presetSigns(Vek32f* d, const Vek32f* r, int pulses, signed char* sign, Start& start) {
     const float dScale = inverseRoot(d);
     const float rScale = inverseRoot(r);
-    float weight[kSub];
-    for (int i = 0; i < kSub; ++i) {
+    float weight[kSubframe];
+    for (int i = 0; i < kSubframe; ++i) {
         const float v = rScale * r[i] + dScale * d[i];
         sign[i] = v >= 0 ? 1 : -1;
         weight[i] = std::abs(v);
@@ -40,7 +40,7 @@ void presetSigns(Vek32f* d, const Vek32f* r, int pulses, signed char* sign, Star
     int first = 0;
     for (int t = 0; t < kTracks; ++t) {
         int best = t;
-        for (int i = t; i < kSub; i += kTracks) {
+        for (int i = t; i < kSubframe; i += kTracks) {
             best = weight[i] > weight[best] ? i : best;
         }
         start.position[t] = best;
@@ -51,21 +51,21 @@ void presetSigns(Vek32f* d, const Vek32f* r, int pulses, signed char* sign, Star
     }
 }
 
-void matrix(const Vek32f* h, const signed char* sign, Vek32f (*rr)[kSub]) {
-    alignas(32) Vek32f rows[kSub * kSub];
+void matrix(const Vek32f* h, const signed char* sign, Vek32f (*rr)[kSubframe]) {
+    alignas(32) Vek32f rows[kSubframe * kSubframe];
     filterKernels().corrRows32f(h, rows);
-    for (int m = 0; m < kSub; ++m) {
-        const int j = kSub - 1 - m;
+    for (int m = 0; m < kSubframe; ++m) {
+        const int j = kSubframe - 1 - m;
         for (int distance = 0; distance <= j; ++distance) {
             const int i = j - distance;
-            const float v = rows[m * kSub + distance];
+            const float v = rows[m * kSubframe + distance];
             rr[i][j] = sign[i] == sign[j] ? v : -v;
             rr[j][i] = rr[i][j];
         }
     }
 }
 
-void search(const Vek32f* d, const Vek32f (*rr)[kSub], int pulses, Start start, int* positions) {
+void search(const Vek32f* d, const Vek32f (*rr)[kSubframe], int pulses, Start start, int* positions) {
     for (int n = 0; n < pulses; ++n) {
         positions[n] = n;
     }
@@ -77,8 +77,8 @@ void search(const Vek32f* d, const Vek32f (*rr)[kSub], int pulses, Start start, 
         float e0 = rr[at[0]][at[0]] + rr[at[1]][at[1]] + 2 * rr[at[0]][at[1]];
         float square = -1;
         for (int n = 2; n < pulses; n += 2) {
-            float second[kSub];
-            for (int j = start.track[n + 1]; j < kSub; j += kTracks) {
+            float second[kSubframe];
+            for (int j = start.track[n + 1]; j < kSubframe; j += kTracks) {
                 float cross = 0;
                 for (int p = 0; p < n; ++p) {
                     cross += rr[j][at[p]];
@@ -90,13 +90,13 @@ void search(const Vek32f* d, const Vek32f (*rr)[kSub], int pulses, Start start, 
             float c2 = c0;
             at[n] = start.track[n];
             at[n + 1] = start.track[n + 1];
-            for (int i = start.track[n]; i < kSub; i += kTracks) {
+            for (int i = start.track[n]; i < kSubframe; i += kTracks) {
                 float cross = 0;
                 for (int p = 0; p < n; ++p) {
                     cross += rr[i][at[p]];
                 }
                 const float e1 = e0 + rr[i][i] + 2 * cross;
-                for (int j = start.track[n + 1]; j < kSub; j += kTracks) {
+                for (int j = start.track[n + 1]; j < kSubframe; j += kTracks) {
                     const float c = c0 + d[i] + d[j];
                     const float e = e1 + second[j] + 2 * rr[i][j];
                     if (c * c * energy > square * e) {

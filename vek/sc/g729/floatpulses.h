@@ -2,13 +2,14 @@
 // and the steps before it. The integer form is sc/common/pulsesearch.
 #pragma once
 
+#include "sc/g729/sizes.h"
 #include "sc/kernels/pulses.h"
 #include "vekdefs.h"
 
 namespace vek::floatpulses {
 
-constexpr int kSub = kPulsePositions;
-constexpr int kTracks = 5;
+using g729::kSubframe;
+using g729::kTracks;
 
 // The track of each pulse in the order of the search, and the position of the largest start value of each track.
 struct Start {
@@ -24,10 +25,10 @@ void correlate(const Vek32f* h, const Vek32f* x, Vek32f* d);
 void presetSigns(Vek32f* d, const Vek32f* r, int pulses, signed char* sign, Start& start);
 
 // Correlations of the response with the signs multiplied in.
-void matrix(const Vek32f* h, const signed char* sign, Vek32f (*rr)[kSub]);
+void matrix(const Vek32f* h, const signed char* sign, Vek32f (*rr)[kSubframe]);
 
 // The first pulse stays on its start; for each start of the second, on each track but one, the others are searched in
 // pairs. Ten or twelve pulses.
-void search(const Vek32f* d, const Vek32f (*rr)[kSub], int pulses, Start start, int* positions);
+void search(const Vek32f* d, const Vek32f (*rr)[kSubframe], int pulses, Start start, int* positions);
 
 } // namespace vek::floatpulses
