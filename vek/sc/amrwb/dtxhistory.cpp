@@ -1,6 +1,5 @@
 // Histories of spectrum and energy of AMR-WB's discontinuous transmission, in the encoder and the decoder.
-#include <cstring>
-
+#include "sc/common/dtxhistory.h"
 #include "sc/amrwb/rates.h"
 #include "sc/common/logarithm.h"
 #include "sc/common/signal_check.h"
@@ -11,29 +10,21 @@ namespace {
 
 using namespace vek;
 using namespace vek::fix;
+using namespace vek::amrwb;
 
-constexpr int kHistory = 8;
-constexpr int kFrame = 256;
-constexpr int kOrder = 16;
-
-// lowering: of the logarithm, Q7, beside that of the frame's length.
-VekStatus enter(const Vek16s* speech, const Vek16s* spectrum, Vek16s* place, Vek16s* spectra, Vek16s* energies,
-                int lowering) {
-    if (anyNull(speech, spectrum, place, spectra, energies)) {
-        return vekStsNullPtrErr;
-    }
-    if (*place < 0 || *place >= kHistory) {
-        return vekStsRangeErr;
-    }
-    const int next = *place + 1 == kHistory ? 0 : *place + 1;
+// Logarithm of the frame's energy, Q7, less `lowering` beside that of its length.
+Vek16s logEnergy(const Vek16s* speech, int lowering) {
     const int32_t energy = sat32(2 * corrKernels().dot16(speech, speech, kFrame)) >> 1;
     Vek16s whole = 0;
     Vek16s fraction = 0;
     Log2(energy, whole, fraction);
-    std::memmove(spectra + next * kOrder, spectrum, kOrder * sizeof(Vek16s));
-    energies[next] = static_cast<Vek16s>(whole * 128 + (fraction >> 8) - 1024 - lowering);
-    *place = static_cast<Vek16s>(next);
-    return vekStsNoErr;
+    return static_cast<Vek16s>(whole * 128 + (fraction >> 8) - 1024 - lowering);
+}
+
+VekStatus enter(const Vek16s* speech, const Vek16s* spectrum, Vek16s* place, Vek16s* spectra, Vek16s* energies,
+                int lowering) {
+    return enterDtxHistory<kOrder>(speech, spectrum, place, spectra, energies,
+                                   [&](const Vek16s* x) { return logEnergy(x, lowering); });
 }
 
 } // namespace
@@ -49,8 +40,8 @@ VekStatus veksEncDTXBuffer_AMRWB_16s(const Vek16s* pSrcSpch, const Vek16s* pSrcI
     if (anyNull(pSrcSpch, pSrcIsp, pUpdateIndex, pSrcDstIspBuffer, pSrcDstLogEnergyBuffer)) {
         return vekStsNullPtrErr;
     }
-    const auto rate = vek::amrwb::rateOf(mode);
-    if (rate == vek::amrwb::Rate::None) {
+    const auto rate = rateOf(mode);
+    if (rate == Rate::None) {
         return vekStsBitRateErr;
     }
     return enter(pSrcSpch, pSrcIsp, pUpdateIndex, pSrcDstIspBuffer, pSrcDstLogEnergyBuffer,

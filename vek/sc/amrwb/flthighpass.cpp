@@ -1,7 +1,6 @@
 // The two recursive high-pass filters of AMR-WB, of 50 and 400 Hz, and the symmetric filter of three taps.
-#include <cstring>
-
 #include "sc/common/fixmath.h"
+#include "sc/common/highpass.h"
 #include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/loops.h"
@@ -22,15 +21,9 @@ struct Section {
 constexpr Section k50 = {4053, -8106, 16211, -8021, 2, 1};
 constexpr Section k400 = {915, -1830, 29280, -14160, 1, 0};
 
-// All zeros is the state of rest. The outputs are halved 32-bit samples.
-struct Memory {
-    Vek32s y1, y2;
-    Vek16s x1, x2;
-};
-
 // The loop waits for the last output only: the rest of a sample's sum is made ahead.
 template <Section F>
-void run(Memory& m, const Vek16s* src, Vek16s* dst, int n) {
+void run(HighPassMemory& m, const Vek16s* src, Vek16s* dst, int n) {
     int64_t y1 = m.y1;
     int64_t older = static_cast<int64_t>(m.y2) * F.a2;
     int x1 = m.x1;
@@ -58,15 +51,11 @@ void run(Memory& m, const Vek16s* src, Vek16s* dst, int n) {
 } // namespace
 
 VekStatus veksHighPassFilterGetSize_AMRWB_16s(int* pSize) {
-    return stateSize<Memory>(pSize);
+    return stateSize<HighPassMemory>(pSize);
 }
 
 VekStatus veksHighPassFilterInit_AMRWB_16s(char* pMem) {
-    if (!pMem) {
-        return vekStsNullPtrErr;
-    }
-    std::memset(pMem, 0, sizeof(Memory));
-    return vekStsNoErr;
+    return initHighPass(pMem);
 }
 
 VekStatus veksHighPassFilter_AMRWB_16s_ISfs(Vek16s* pSrcDst, int len, char* pMemUpdated, int scaleFactor) {
@@ -84,15 +73,9 @@ VekStatus veksHighPassFilter_AMRWB_16s_Sfs(const Vek16s* pSrc, Vek16s* pDst, int
     if (scaleFactor != 12 && scaleFactor != 14) {
         return vekStsScaleRangeErr;
     }
-    // The caller's buffer has no alignment.
-    Memory m;
-    std::memcpy(&m, pMemUpdated, sizeof m);
-    if (scaleFactor == 14) {
-        run<k50>(m, pSrc, pDst, len);
-    } else {
-        run<k400>(m, pSrc, pDst, len);
-    }
-    std::memcpy(pMemUpdated, &m, sizeof m);
+    withHighPassMemory(pMemUpdated, [&](HighPassMemory& m) {
+        scaleFactor == 14 ? run<k50>(m, pSrc, pDst, len) : run<k400>(m, pSrc, pDst, len);
+    });
     return vekStsNoErr;
 }
 

@@ -1,11 +1,10 @@
 // Codebooks of immittance spectral frequencies, in the layout that the search reads.
 #pragma once
 
+#include "sc/amrwb/rates.h"
 #include "vekdefs.h"
 
 namespace vek::amrwb {
-
-constexpr int kIsfOrder = 16;
 
 struct IsfBook {
     const Vek16s* pairs; // [(columns + 1) / 2][rows][2]
@@ -21,7 +20,7 @@ extern const IsfBook kIsfLow, kIsfHigh;
 extern const IsfBook kIsfLow46a, kIsfLow46b, kIsfLow46c, kIsfHigh46a, kIsfHigh46b;
 extern const IsfBook kIsfLow36a, kIsfLow36b, kIsfHigh36;
 extern const IsfBook kIsfNoise1, kIsfNoise2, kIsfNoise3, kIsfNoise4, kIsfNoise5;
-extern const Vek16s kIsfMean[kIsfOrder];
-extern const Vek16s kIsfNoiseMean[kIsfOrder];
+extern const Vek16s kIsfMean[kOrder];
+extern const Vek16s kIsfNoiseMean[kOrder];
 
 } // namespace vek::amrwb

@@ -24,7 +24,7 @@ using namespace vek::amrwb;
 constexpr int kSurvivors = 4;
 constexpr int kMostRows = 256;
 constexpr int kLowColumns = 9;
-static_assert(kIsfOrder == kIsfColumns);
+static_assert(kOrder == kIsfColumns);
 constexpr Vek16s kIsfGap = 128; // 50 Hz
 
 // Targets up to here are so near to all books that no difference nor sum of squares saturates.
@@ -171,7 +171,7 @@ template <const auto& List, int First>
 
 // The last frequency is of another kind.
 void keepApart(Vek16s* isf) {
-    vek::keepApart<kIsfOrder - 1>(isf, kIsfGap);
+    vek::keepApart<kOrder - 1>(isf, kIsfGap);
 }
 
 // Frequencies of a frame's indices, and before they are kept apart; the residual becomes this frame's. No sum of rows,
@@ -201,10 +201,10 @@ void decode(const Vek16s* index, bool lowest, Vek16s* residual, Vek16s* isf, Vek
 void conceal(const Vek16s* previous, const Vek16s* memory, Vek16s* residual, Vek16s* isf) {
     constexpr Vek16s kKept = 29491; // 0.9
     constexpr Vek16s kDrawn = 32767 - kKept + 1;
-    for (int i = 0; i < kIsfOrder; ++i) {
+    for (int i = 0; i < kOrder; ++i) {
         int32_t sum = kIsfMean[i];
         for (int j = 0; j < 3; ++j) {
-            sum += memory[j * kIsfOrder + i];
+            sum += memory[j * kOrder + i];
         }
         const Vek16s mean = sat16((sum + 2) >> 2);
         isf[i] = add(mult(kKept, previous[i]), mult(kDrawn, mean));
@@ -232,8 +232,8 @@ VekStatus veksISFQuant_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pSrcDstResidual,
         return vekStsBitRateErr;
     }
     const bool lowest = mode == VEK_SPCHBR_6600;
-    Vek16s target[kIsfOrder];
-    for (int i = 0; i < kIsfOrder; ++i) {
+    Vek16s target[kOrder];
+    for (int i = 0; i < kOrder; ++i) {
         target[i] = sub(sub(pSrcIsf[i], kIsfMean[i]), mult(kIsfPrediction, pSrcDstResidual[i]));
     }
     Vek16s index[7];
@@ -268,8 +268,8 @@ VekStatus veksISFQuantDecode_AMRWB_16s(const Vek16s* pSrcIdxs, Vek16s* pDstQIsf,
             return vekStsOutOfRangeErr;
         }
         for (int frame = 2; frame > 0; --frame) {
-            Vek16s* const at = pSrcDstIsfMemory + frame * kIsfOrder;
-            std::memcpy(at, at - kIsfOrder, kIsfOrder * sizeof(Vek16s));
+            Vek16s* const at = pSrcDstIsfMemory + frame * kOrder;
+            std::memcpy(at, at - kOrder, kOrder * sizeof(Vek16s));
         }
         decode(pSrcIdxs, lowest, pSrcDstResidual, pDstQIsf, pSrcDstIsfMemory);
     }
@@ -280,11 +280,11 @@ VekStatus veksISFQuantDTX_AMRWB_16s(const Vek16s* pSrcIsf, Vek16s* pDstQIsf, Vek
     if (anyNull(pSrcIsf, pDstQIsf, pDstQIsfIndex)) {
         return vekStsNullPtrErr;
     }
-    Vek16s target[kIsfOrder];
-    for (int i = 0; i < kIsfOrder; ++i) {
+    Vek16s target[kOrder];
+    for (int i = 0; i < kOrder; ++i) {
         target[i] = sub(pSrcIsf[i], kIsfNoiseMean[i]);
     }
-    const bool near = filterKernels().maxAbs16(target, kIsfOrder) <= kNear;
+    const bool near = filterKernels().maxAbs16(target, kOrder) <= kNear;
     Vek16s index[5];
     for (int p = 0; p < 5; ++p) {
         int32_t least = 0;

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "sc/amrwb/isptables.h"
+#include "sc/amrwb/rates.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/linepairs.h"
 #include "sc/common/signal_check.h"
@@ -14,7 +15,6 @@ using namespace vek;
 using namespace vek::fix;
 using namespace vek::amrwb;
 
-constexpr int kOrder = 16;
 constexpr int kHalf = kOrder / 2;
 constexpr int kMostOrder = 20;
 constexpr int kSteps = 128;

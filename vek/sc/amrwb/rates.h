@@ -1,10 +1,12 @@
-// The rates of AMR-WB in their order.
+// The rates of AMR-WB in their order, and the sizes that its functions share.
 #pragma once
 
 #include "vekdefs.h"
 
 namespace vek::amrwb {
 
+constexpr int kOrder = 16;
+constexpr int kFrame = 256;
 constexpr int kSubframe = 64;
 
 enum class Rate { R660, R885, R1265, R1425, R1585, R1825, R1985, R2305, R2385, None };

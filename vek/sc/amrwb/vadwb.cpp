@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "sc/amrwb/rates.h"
 #include "sc/common/bandvad.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/markedstate.h"
@@ -16,7 +17,7 @@ using namespace vek;
 using namespace vek::fix;
 using namespace vek::bandvad;
 
-constexpr int kFrame = 256;
+using amrwb::kFrame;
 constexpr int kBands = 12;
 constexpr Vek16s kMostNoise = 20000;
 constexpr Vek16s kNominalLevel = 2050; // about -26 dBov

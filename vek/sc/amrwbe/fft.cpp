@@ -11,26 +11,24 @@ constexpr bool hasTransform(int len) {
     return len == 48 || len == 96 || len == 192 || len == 288 || len == 576 || len == 1152;
 }
 
-} // namespace
-
-VekStatus veksFFTFwd_RToPerm_AMRWBE_16s(const Vek16s* pSrc, Vek16s* pDst, int len) {
+template <class Kernel>
+VekStatus transform(Kernel kernel, const Vek16s* pSrc, Vek16s* pDst, int len) {
     if (anyNull(pSrc, pDst)) {
         return vekStsNullPtrErr;
     }
     if (!hasTransform(len)) {
         return vekStsFftOrderErr;
     }
-    wbeFftKernels().forward(pSrc, pDst, len);
+    kernel(pSrc, pDst, len);
     return vekStsNoErr;
 }
 
+} // namespace
+
+VekStatus veksFFTFwd_RToPerm_AMRWBE_16s(const Vek16s* pSrc, Vek16s* pDst, int len) {
+    return transform(wbeFftKernels().forward, pSrc, pDst, len);
+}
+
 VekStatus veksFFTInv_PermToR_AMRWBE_16s(const Vek16s* pSrc, Vek16s* pDst, int len) {
-    if (anyNull(pSrc, pDst)) {
-        return vekStsNullPtrErr;
-    }
-    if (!hasTransform(len)) {
-        return vekStsFftOrderErr;
-    }
-    wbeFftKernels().inverse(pSrc, pDst, len);
-    return vekStsNoErr;
+    return transform(wbeFftKernels().inverse, pSrc, pDst, len);
 }

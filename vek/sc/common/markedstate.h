@@ -41,6 +41,18 @@ struct Marked {
         return mark == kind;
     }
     void give(void* memory) const { std::memcpy(memory, this, sizeof *this); }
+
+    /// Calls work(content) on a copy of the state at `memory`, which then goes back there.
+    template <class Work>
+    static VekStatus with(void* memory, Work work) {
+        Marked state;
+        if (!state.take(memory)) {
+            return vekStsStateErr;
+        }
+        work(state.content);
+        state.give(memory);
+        return vekStsNoErr;
+    }
 };
 
 } // namespace vek

@@ -34,6 +34,9 @@ using Fold = void (*)(const int16_t*, const int16_t*, const int16_t*, int16_t*, 
 
 // One block through a fold; the block then becomes the old one. The destination may be the source.
 VekStatus lap(Fold fold, const Vek16s* pSrc, Vek16s* pSrcDstOld, Vek16s* pDst, int len) {
+    if (anyNull(pSrc, pSrcDstOld, pDst)) {
+        return vekStsNullPtrErr;
+    }
     if (len != 320 && len != 640) {
         return vekStsLengthErr;
     }
@@ -62,9 +65,6 @@ VekStatus dct(const Vek16s* pSrc, Vek16s* pDst, int len) {
 } // namespace
 
 VekStatus veksDecomposeMLTToDCT_G7221_16s(const Vek16s* pSrc, Vek16s* pSrcDstOld, Vek16s* pDst, int len) {
-    if (anyNull(pSrc, pSrcDstOld, pDst)) {
-        return vekStsNullPtrErr;
-    }
     return lap(corrKernels().fold16, pSrc, pSrcDstOld, pDst, len);
 }
 
@@ -73,9 +73,6 @@ VekStatus veksDecomposeMLTToDCT_G722_16s(const Vek16s* pSrc, Vek16s* pSrcDstOld,
 }
 
 VekStatus veksDecomposeDCTToMLT_G7221_16s(const Vek16s* pSrc, Vek16s* pSrcDstOld, Vek16s* pDst, int len) {
-    if (anyNull(pSrc, pSrcDstOld, pDst)) {
-        return vekStsNullPtrErr;
-    }
     return lap(corrKernels().unfold16, pSrc, pSrcDstOld, pDst, len);
 }
 

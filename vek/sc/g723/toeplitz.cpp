@@ -60,11 +60,6 @@ bool scaled(const Vek16s* pSrc, int16_t* h) {
     return shift >= 0 || kernels.dot16(h, h, kSubframe) < 1 << 30;
 }
 
-void quickSums(const int16_t* h, int32_t* rows) {
-    loopKernels().pairCorrelations(h, rows);
-    rows[kZero] = 0;
-}
-
 // put(element, sum) with the doubled sums, saturated.
 template <typename Put>
 void saturatedSums(const int16_t* h, Put put) {
@@ -83,34 +78,31 @@ void saturatedSums(const int16_t* h, Put put) {
     eachElement([&](int element, int i, int j) { put(element, i < j ? sums[i][j] : sums[j][i]); });
 }
 
-} // namespace
-
-VekStatus veksToeplizMatrix_G723_16s(const Vek16s* pSrc, Vek16s* pDst) {
+// The elements in their order, as `narrow` takes them from the doubled sums; `gather` does the same to sums that cannot
+// saturate.
+template <typename Out, typename Gather, typename Narrow>
+VekStatus matrix(const Vek16s* pSrc, Out* pDst, Gather gather, Narrow narrow) {
     if (!pSrc || !pDst) {
         return vekStsNullPtrErr;
     }
     int16_t h[kSubframe];
     if (scaled(pSrc, h)) {
         int32_t rows[kZero + 1];
-        quickSums(h, rows);
-        filterKernels().gather16(rows, kRowPlaces.data(), pDst, kElements);
+        loopKernels().pairCorrelations(h, rows);
+        rows[kZero] = 0;
+        gather(rows, kRowPlaces.data(), pDst, kElements);
     } else {
-        saturatedSums(h, [&](int i, int32_t sum) { pDst[i] = extract_h(sum); });
+        saturatedSums(h, [&](int i, int32_t sum) { pDst[i] = narrow(sum); });
     }
     return vekStsNoErr;
 }
 
+} // namespace
+
+VekStatus veksToeplizMatrix_G723_16s(const Vek16s* pSrc, Vek16s* pDst) {
+    return matrix(pSrc, pDst, filterKernels().gather16, extract_h);
+}
+
 VekStatus veksToeplizMatrix_G723_16s32s(const Vek16s* pSrc, Vek32s* pDst) {
-    if (!pSrc || !pDst) {
-        return vekStsNullPtrErr;
-    }
-    int16_t h[kSubframe];
-    if (scaled(pSrc, h)) {
-        int32_t rows[kZero + 1];
-        quickSums(h, rows);
-        filterKernels().gather32(rows, kRowPlaces.data(), pDst, kElements);
-    } else {
-        saturatedSums(h, [&](int i, int32_t sum) { pDst[i] = sum; });
-    }
-    return vekStsNoErr;
+    return matrix(pSrc, pDst, filterKernels().gather32, [](Vek32s sum) { return sum; });
 }

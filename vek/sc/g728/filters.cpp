@@ -51,19 +51,15 @@ VekStatus veksIIR16s_G728_16s(const Vek16s* pCoeffs, const Vek16s* pSrc, Vek16s*
     if (const VekStatus status = checkSignal(len, pCoeffs, pSrc, pDstWgtSpeech, pMem); status != vekStsNoErr) {
         return status;
     }
-    IIRState state;
-    if (!state.take(pMem)) {
-        return vekStsStateErr;
-    }
-    for (int from = 0; from < len; from += kVector) {
-        if (len - from >= kVector) {
-            state.content.filter(pCoeffs, pSrc + from, kVector, pDstWgtSpeech + from); // a known count is faster
-        } else {
-            state.content.filter(pCoeffs, pSrc + from, len - from, pDstWgtSpeech + from);
+    return IIRState::with(pMem, [&](auto& content) {
+        for (int from = 0; from < len; from += kVector) {
+            if (len - from >= kVector) {
+                content.filter(pCoeffs, pSrc + from, kVector, pDstWgtSpeech + from); // a known count is faster
+            } else {
+                content.filter(pCoeffs, pSrc + from, len - from, pDstWgtSpeech + from);
+            }
         }
-    }
-    state.give(pMem);
-    return vekStsNoErr;
+    });
 }
 
 VekStatus veksLPCInverseFilter_G728_16s(const Vek16s* pSrc, const Vek16s* pCoeffs, Vek16s* pDst,

@@ -16,8 +16,6 @@ using namespace vek::g728;
 
 namespace {
 
-constexpr int kLeast = 20;
-constexpr int kMost = 140;
 constexpr int kFrame = 20;
 constexpr int kWindow = 100;
 constexpr int kDecimation = 4;
@@ -92,25 +90,21 @@ VekStatus veksPitchPeriodExtraction_G728_16s(const Vek16s* pSrc, int* pSrcDstPit
         return vekStsNullPtrErr;
     }
     const int before = *pSrcDstPitch;
-    if (before < kLeast || before > kMost) {
+    if (before < kLeastPitch || before > kMostPitch) {
         return vekStsRangeErr;
     }
-    AdapterState state;
-    if (!state.take(pMem)) {
-        return vekStsStateErr;
-    }
-    decimate(state.content, pSrc + kWindow - kFrame);
-    const Lag coarse =
-        best(state.content.decimated + kDecimatedLag, kDecimatedWindow, kLeast / kDecimation, kMost / kDecimation);
-    const int middle = coarse.lag * kDecimation;
-    Lag fine = best(pSrc, kWindow, std::max(middle - kFine, kLeast), std::min(middle + kFine, kMost));
-    if (fine.lag > before + kAround) {
-        const Lag old = best(pSrc, kWindow, std::max(before - kAround, kLeast), before + kAround);
-        if (tap(pSrc, old) * 32768 > kKeptGain * tap(pSrc, fine)) {
-            fine = old;
+    return AdapterState::with(pMem, [&](auto& content) {
+        decimate(content, pSrc + kWindow - kFrame);
+        const Lag coarse = best(content.decimated + kDecimatedLag, kDecimatedWindow, kLeastPitch / kDecimation,
+                                kMostPitch / kDecimation);
+        const int middle = coarse.lag * kDecimation;
+        Lag fine = best(pSrc, kWindow, std::max(middle - kFine, kLeastPitch), std::min(middle + kFine, kMostPitch));
+        if (fine.lag > before + kAround) {
+            const Lag old = best(pSrc, kWindow, std::max(before - kAround, kLeastPitch), before + kAround);
+            if (tap(pSrc, old) * 32768 > kKeptGain * tap(pSrc, fine)) {
+                fine = old;
+            }
         }
-    }
-    *pSrcDstPitch = fine.lag;
-    state.give(pMem);
-    return vekStsNoErr;
+        *pSrcDstPitch = fine.lag;
+    });
 }

@@ -16,8 +16,6 @@ using namespace vek::g728;
 
 namespace {
 
-constexpr int kLeastPitch = 20;
-constexpr int kMostPitch = 140;
 constexpr int kShift = 14;
 constexpr int kHalf = 1 << (kShift - 1);
 // Of the level: 0.99 of the scale before and 0.01 of the new one, Q15; scales have 16 fraction bits more than Q14.

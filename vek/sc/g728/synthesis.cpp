@@ -11,7 +11,6 @@ using namespace vek::g728;
 
 namespace {
 
-constexpr int kCoeffShift = 14;
 // Fraction bits of a response beyond those of what it comes from.
 constexpr int kMore = 6;
 constexpr int64_t kResponseLimit = 8192;
@@ -106,20 +105,15 @@ VekStatus veksSyntesisFilterZeroInput_G728_16s(const Vek16s* pSrcLPC, Vek16s* pS
     if (badShifts(excSfs)) {
         return vekStsScaleRangeErr;
     }
-    SynthesisState state;
-    if (!state.take(pMem)) {
-        return vekStsStateErr;
-    }
-    Speech& memory = state.content;
-    int16_t aligned[kPredictSpan];
-    int64_t response[kVector];
-    const int q = respond(memory, pSrcLPC, aligned, response);
-    memory.push();
-    memory.renew(response, q);
-    excite(pSrcLPC, pSrcDstExc, response);
-    addExcited(memory, response, excSfs, pSrcDstExc, pDstSpeech, pSpeechSfs);
-    state.give(pMem);
-    return vekStsNoErr;
+    return SynthesisState::with(pMem, [&](Speech& memory) {
+        int16_t aligned[kPredictSpan];
+        int64_t response[kVector];
+        const int q = respond(memory, pSrcLPC, aligned, response);
+        memory.push();
+        memory.renew(response, q);
+        excite(pSrcLPC, pSrcDstExc, response);
+        addExcited(memory, response, excSfs, pSrcDstExc, pDstSpeech, pSpeechSfs);
+    });
 }
 
 VekStatus veksCombinedFilterGetStateSize_G728_16s(int* pSize) {
@@ -135,30 +129,25 @@ VekStatus veksCombinedFilterZeroInput_G728_16s(const Vek16s* pSrcLPC, const Vek1
     if (anyNull(pSrcLPC, pCoeffs, pDst, pMem)) {
         return vekStsNullPtrErr;
     }
-    CombinedState state;
-    if (!state.take(pMem)) {
-        return vekStsStateErr;
-    }
-    Cascade& memory = state.content;
-    int16_t aligned[kPredictSpan];
-    // In the order of time, with ten samples from before.
-    int64_t speech[kShortOrder + kVector];
-    int64_t weighted[kShortOrder + kVector];
-    const int q = respond(memory.speech, pSrcLPC, aligned, speech + kShortOrder);
-    for (int i = 0; i < kShortOrder; ++i) {
-        speech[kShortOrder - 1 - i] = aligned[i] * (1 << kMore);
-    }
-    memory.weighted.values(q, weighted);
-    g728Kernels().poleZeroWide(pCoeffs, speech, weighted, (kResponseLimit << q) - 1);
-    for (int k = 0; k < kVector; ++k) {
-        pDst[k] = fix::sat16_64(rounded(weighted[kShortOrder + k], q - kSpeechShift));
-    }
-    memory.speech.push();
-    memory.speech.renew(speech + kShortOrder, q);
-    memory.weighted.push();
-    memory.weighted.renew(weighted + kShortOrder, q);
-    state.give(pMem);
-    return vekStsNoErr;
+    return CombinedState::with(pMem, [&](Cascade& memory) {
+        int16_t aligned[kPredictSpan];
+        // In the order of time, with ten samples from before.
+        int64_t speech[kShortOrder + kVector];
+        int64_t weighted[kShortOrder + kVector];
+        const int q = respond(memory.speech, pSrcLPC, aligned, speech + kShortOrder);
+        for (int i = 0; i < kShortOrder; ++i) {
+            speech[kShortOrder - 1 - i] = aligned[i] * (1 << kMore);
+        }
+        memory.weighted.values(q, weighted);
+        g728Kernels().poleZeroWide(pCoeffs, speech, weighted, (kResponseLimit << q) - 1);
+        for (int k = 0; k < kVector; ++k) {
+            pDst[k] = fix::sat16_64(rounded(weighted[kShortOrder + k], q - kSpeechShift));
+        }
+        memory.speech.push();
+        memory.speech.renew(speech + kShortOrder, q);
+        memory.weighted.push();
+        memory.weighted.renew(weighted + kShortOrder, q);
+    });
 }
 
 VekStatus veksCombinedFilterZeroState_G728_16s(const Vek16s* pSrcLPC, const Vek16s* pCoeffs, Vek16s* pSrcDstExc,
@@ -170,16 +159,12 @@ VekStatus veksCombinedFilterZeroState_G728_16s(const Vek16s* pSrcLPC, const Vek1
     if (badShifts(excSfs)) {
         return vekStsScaleRangeErr;
     }
-    CombinedState state;
-    if (!state.take(pMem)) {
-        return vekStsStateErr;
-    }
-    int64_t response[kVector];
-    int64_t weighted[kVector];
-    excite(pSrcLPC, pSrcDstExc, response);
-    g728Kernels().poleZeroRest(pCoeffs, response, weighted, kExcitedLimit);
-    addExcited(state.content.speech, response, excSfs, pSrcDstExc, pDstSpeech, pSpeechSfs);
-    add(state.content.weighted, weighted, excSfs + kMore, kResponseLimit);
-    state.give(pMem);
-    return vekStsNoErr;
+    return CombinedState::with(pMem, [&](auto& content) {
+        int64_t response[kVector];
+        int64_t weighted[kVector];
+        excite(pSrcLPC, pSrcDstExc, response);
+        g728Kernels().poleZeroRest(pCoeffs, response, weighted, kExcitedLimit);
+        addExcited(content.speech, response, excSfs, pSrcDstExc, pDstSpeech, pSpeechSfs);
+        add(content.weighted, weighted, excSfs + kMore, kResponseLimit);
+    });
 }

@@ -10,6 +10,11 @@ constexpr int kOrder = 50;
 constexpr int kShortOrder = 10;
 constexpr int kAllShapes = 128;
 constexpr int kGains = 4;
+// Pitch periods of the postfilter.
+constexpr int kLeastPitch = 20;
+constexpr int kMostPitch = 140;
+// Bits behind the point of predictor coefficients.
+constexpr int kCoeffShift = 14;
 // Signals are clipped here.
 constexpr int kLoudest = 4095;
 

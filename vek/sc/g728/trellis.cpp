@@ -18,7 +18,6 @@ constexpr int kNodes = 8;
 constexpr int kSubsets = 4;
 constexpr int kMembers = 2 * kHalfLevels / kSubsets;
 constexpr int kMemberBits = 4;
-constexpr int kCoeffShift = 14;
 // Levels are in Q12, gains in Q3, samples in Q2; the inverse gain is in Q30.
 constexpr int kLevelShift = 12 + 3 - 2;
 constexpr int kIndexShift = 2 + 30 - 12;

@@ -3,11 +3,9 @@
 
 #include <cstdint>
 
-namespace vek::g729 {
+#include "sc/g729/sizes.h"
 
-constexpr int kSubframe = 40;
-// Excitation before a subframe: the longest delay and half of the interpolation filter.
-constexpr int kPastExcitation = 154;
+namespace vek::g729 {
 
 // Writes exc[0..39] from the excitation delay + fraction / 3 samples before; fraction -1..1.
 void adaptiveVector(int16_t* exc, int delay, int fraction);

@@ -4,10 +4,9 @@
 
 #include <cstdint>
 
-namespace vek::g729 {
+#include "sc/g729/sizes.h"
 
-constexpr int kShortestDelay = 20;
-constexpr int kLongestDelay = 143;
+namespace vek::g729 {
 
 struct PitchDelay {
     int whole;

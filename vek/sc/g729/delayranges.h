@@ -3,9 +3,12 @@
 
 #include <cstdlib>
 
+#include "sc/g729/sizes.h"
+
 namespace vek::g729 {
 
-inline constexpr int kMaxLag = 143;
+// Samples of even, and of odd, index before the frame.
+constexpr int kHalfHistory = (kLongestDelay + 1) / 2;
 
 /// The delay of the largest of three peaks; a peak about twice or three times as far as a shorter one first gives that
 /// a share of itself (clause A.3.4). `search` finds the peak of a range, takes a delay where it is better, and
@@ -14,7 +17,7 @@ template <class Search, class AddQuarter, class AddFifth>
 int bestOfRanges(const Search& search, AddQuarter addQuarter, AddFifth addFifth) {
     auto first = search.peak(20, 40, 1);
     auto second = search.peak(40, 80, 1);
-    auto third = search.peak(80, kMaxLag, 2);
+    auto third = search.peak(80, kLongestDelay, 2);
     const int even = third.lag;
     if (even > 80) {
         search.take(third, even - 1);

@@ -10,13 +10,10 @@
 #include "veksc_g729post.h"
 
 using namespace vek;
+using namespace vek::g729;
 
 namespace {
 
-using g729::kMaxLag;
-constexpr int kSubframe = 40;
-constexpr int kHalfFrame = 40;
-constexpr int kHalfHistory = (kMaxLag + 1) / 2;
 constexpr int kDelays = 256;
 
 struct Peak {
@@ -29,7 +26,7 @@ class HalfSearch {
 public:
     explicit HalfSearch(const Vek32f* x) {
         m_even[0] = 0; // x[-144] is not there, and no delay reaches it
-        m_odd[0] = x[-kMaxLag];
+        m_odd[0] = x[-kLongestDelay];
         for (int k = 1; k < kHalfHistory + kHalfFrame; ++k) {
             m_even[k] = x[2 * (k - kHalfHistory)];
             m_odd[k] = x[2 * (k - kHalfHistory) + 1];
@@ -75,7 +72,7 @@ private:
 
     Vek32f m_even[kHalfHistory + kHalfFrame];
     Vek32f m_odd[kHalfHistory + kHalfFrame];
-    Vek32f m_sums[kMaxLag + 1];
+    Vek32f m_sums[kLongestDelay + 1];
 };
 
 Vek32f sumOfMagnitudes(const Vek32f* x) {

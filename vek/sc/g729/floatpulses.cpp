@@ -13,15 +13,15 @@ namespace vek::floatpulses {
 namespace {
 
 float inverseRoot(const Vek32f* v) {
-    const float energy = corrKernels().dot32f(v, v, kSub);
+    const float energy = corrKernels().dot32f(v, v, kSubframe);
     return energy > 0 ? 1 / std::sqrt(energy) : 0;
 }
 
 // Correlation of target x and response h.
 void correlate(const Vek32f* h, const Vek32f* x, Vek32f* d) {
-    Vek32f target[2 * kSub] = {};
-    std::copy_n(x, kSub, target);
-    floatCorrKernels().corr32f(h, target, kSub, kSub, d);
+    Vek32f target[2 * kSubframe] = {};
+    std::copy_n(x, kSubframe, target);
+    floatCorrKernels().corr32f(h, target, kSubframe, kSubframe, d);
 }
 
 // Signs (+1, -1) of the sum of the correlation d and the residual r, each over its energy's root, and the lanes of that
@@ -29,8 +29,8 @@ void correlate(const Vek32f* h, const Vek32f* x, Vek32f* d) {
 int presetSigns(Vek32f* d, const Vek32f* r, signed char* sign, int8_t* peaks) {
     const float dScale = inverseRoot(d);
     const float rScale = inverseRoot(r);
-    float weight[kSub];
-    for (int i = 0; i < kSub; ++i) {
+    float weight[kSubframe];
+    for (int i = 0; i < kSubframe; ++i) {
         const float v = rScale * r[i] + dScale * d[i];
         sign[i] = v >= 0 ? 1 : -1;
         weight[i] = std::abs(v);
@@ -40,7 +40,7 @@ int presetSigns(Vek32f* d, const Vek32f* r, signed char* sign, int8_t* peaks) {
     float most = -1;
     for (int t = 0; t < kTracks; ++t) {
         int best = t;
-        for (int i = t; i < kSub; i += kTracks) {
+        for (int i = t; i < kSubframe; i += kTracks) {
             best = weight[i] > weight[best] ? i : best;
         }
         peaks[t] = static_cast<int8_t>(best / kTracks);
@@ -53,13 +53,13 @@ int presetSigns(Vek32f* d, const Vek32f* r, signed char* sign, int8_t* peaks) {
 } // namespace
 
 void searchPairs(const Vek32f* x, const Vek32f* r, const Vek32f* h, int pulses, PulsesFound& found) {
-    Vek32f d[kSub];
+    Vek32f d[kSubframe];
     int8_t peaks[kTracks];
     correlate(h, x, d);
     found.firstTrack = presetSigns(d, r, found.sign, peaks);
     FloatPulseField field;
-    Vek32f sign[kSub];
-    for (int i = 0; i < kSub; ++i) {
+    Vek32f sign[kSubframe];
+    for (int i = 0; i < kSubframe; ++i) {
         const int slot = pulses::slotOnFive(i);
         field.d[slot] = d[i];
         sign[slot] = found.sign[i];

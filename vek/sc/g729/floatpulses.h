@@ -2,18 +2,19 @@
 // and the steps before it. The integer form is sc/common/pulsesearch.
 #pragma once
 
+#include "sc/g729/sizes.h"
 #include "sc/kernels/pulses.h"
 #include "vekdefs.h"
 
 namespace vek::floatpulses {
 
-constexpr int kSub = kPulsePositions;
-constexpr int kTracks = 5;
+using g729::kSubframe;
+using g729::kTracks;
 
 struct PulsesFound {
     int positions[kMostPulses];
     int firstTrack; // that of the largest start value
-    signed char sign[kSub];
+    signed char sign[kSubframe];
 };
 
 // Target x, residual r, response h; ten or twelve pulses.

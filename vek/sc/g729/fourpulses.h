@@ -4,13 +4,14 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "sc/g729/sizes.h"
 #include "sc/kernels/fourpulses.h"
 #include "vekdefs.h"
 
 namespace vek::fourpulses {
 
-constexpr int kSub = 40;
-constexpr int kTracks = 5;
+using g729::kSubframe;
+using g729::kTracks;
 
 inline int trackOf(const FourPulses& choice, int n) {
     return n < 3 ? n : choice.last;
@@ -27,7 +28,7 @@ void deliver(const FourPulses& choice, const Corr* d, Corr* code, Vek16s* index)
     for (int n = 0; n < 4; ++n) {
         negative[n] = d[positionOf(choice, n)] < 0;
     }
-    std::fill_n(code, kSub, Corr{0});
+    std::fill_n(code, kSubframe, Corr{0});
     int positions = choice.last - 3;
     int signs = 0;
     for (int n = 3; n >= 0; --n) {

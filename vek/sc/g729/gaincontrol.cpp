@@ -4,6 +4,7 @@
 #include "sc/common/energylevel.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/g729/sizes.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/loops.h"
 #include "veksc_g729pitch.h"
@@ -14,13 +15,19 @@ using namespace vek::g729;
 
 namespace {
 
-constexpr int kSubframe = 40;
-
 // Doubled energy of quarters of the samples.
 int32_t quarteredEnergy(const Vek16s* x) {
     Vek16s quarters[kSubframe];
     corrKernels().shift16(x, quarters, kSubframe, -2);
     return sat32(2 * corrKernels().dot16(quarters, quarters, kSubframe));
+}
+
+template <typename Kernel, typename T>
+VekStatus contribution(Kernel lessScaled, T gain, const T* vector, const T* target, T* y) {
+    if (anyNull(vector, target, y)) {
+        return vekStsNullPtrErr;
+    }
+    return lessScaled(gain, vector, target, y);
 }
 
 } // namespace
@@ -75,17 +82,10 @@ VekStatus veksGainControl_G729_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s
 
 VekStatus veksAdaptiveCodebookContribution_G729_16s(Vek16s gain, const Vek16s* pFltAdptVector, const Vek16s* pSrcTarget,
                                                     Vek16s* pDst) {
-    if (anyNull(pFltAdptVector, pSrcTarget, pDst)) {
-        return vekStsNullPtrErr;
-    }
-    loopKernels().lessScaled16(gain, pFltAdptVector, pSrcTarget, pDst);
-    return vekStsNoErr;
+    return contribution(loopKernels().lessScaled16, gain, pFltAdptVector, pSrcTarget, pDst);
 }
 
 VekStatus veksAdaptiveCodebookContribution_G729_32f(Vek32f gain, const Vek32f* pFltAdptVector, const Vek32f* pSrcTarget,
                                                     Vek32f* pDst) {
-    if (anyNull(pFltAdptVector, pSrcTarget, pDst)) {
-        return vekStsNullPtrErr;
-    }
-    return loopKernels().lessScaled32f(gain, pFltAdptVector, pSrcTarget, pDst);
+    return contribution(loopKernels().lessScaled32f, gain, pFltAdptVector, pSrcTarget, pDst);
 }

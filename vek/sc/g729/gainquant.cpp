@@ -8,6 +8,7 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/gains.h"
+#include "sc/g729/sizes.h"
 #include "sc/kernels/corr.h"
 #include "veksc_g729code.h"
 
@@ -17,7 +18,6 @@ using namespace vek;
 using namespace vek::fix;
 using namespace vek::g729;
 
-constexpr int kSub = 40;
 constexpr int kGainBits = 14; // of the adaptive gain
 
 // With a tamed filter: the best adaptive gain that is aimed at, and the bound of the quantised one. Q14.
@@ -192,9 +192,10 @@ VekStatus quantise(const Book& book, const Vek16s* x, const Vek16s* y, const Vek
     }
     const auto product = corrKernels().dot16;
     // One more than nothing: silence has a least error too.
-    const Correlations sums{std::max<int64_t>(product(y, y, kSub), 1), product(x, y, kSub),
-                            std::max<int64_t>(product(z, z, kSub), 1), product(x, z, kSub), product(y, z, kSub)};
-    const auto energy = static_cast<int32_t>(std::min<int64_t>(product(code, code, kSub), INT32_MAX));
+    const Correlations sums{std::max<int64_t>(product(y, y, kSubframe), 1), product(x, y, kSubframe),
+                            std::max<int64_t>(product(z, z, kSubframe), 1), product(x, z, kSubframe),
+                            product(y, z, kSubframe)};
+    const auto energy = static_cast<int32_t>(std::min<int64_t>(product(code, code, kSubframe), INT32_MAX));
     const PredictedGain predicted = predictGain(energy, past);
     // A fixed gain is (factor / 2) * mantissa / 2^15.
     const int fixedBits = predicted.exponent + book.factorBits - 1 - 15;

@@ -1,7 +1,6 @@
 // The two second-order high-pass filters of G.729: pre-processing (140 Hz) and post-processing (100 Hz).
 // Outputs are kept in 32 bits for the recursion, as the recommendation's split words do.
-#include <cstring>
-
+#include "sc/common/highpass.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/markedstate.h"
 #include "sc/kernels/filter.h"
@@ -23,18 +22,12 @@ struct Section {
 constexpr Section kPre = {1899, -3798, 7807, -3733, 3, 0, 32768};
 constexpr Section kPost = {7699, -15398, 15836, -7667, 2, 1, 9800};
 
-// All zeros is the state of rest. The outputs are halved 32-bit samples.
-struct Memory {
-    Vek32s y1, y2;
-    Vek16s x1, x2;
-};
-
 template <Section F>
-int64_t feedback(const Memory& m) {
+int64_t feedback(const HighPassMemory& m) {
     return ((static_cast<int64_t>(m.y1) * F.a1) >> 15) + ((static_cast<int64_t>(m.y2) * F.a2) >> 15);
 }
 
-void push(Memory& m, Vek16s x, int32_t v) {
+void push(HighPassMemory& m, Vek16s x, int32_t v) {
     m.y2 = m.y1;
     m.y1 = v >> 1;
     m.x2 = m.x1;
@@ -45,7 +38,7 @@ void push(Memory& m, Vek16s x, int32_t v) {
 // the shift gives them. Ends with the input or before the first output that saturates, and tells how many were
 // filtered.
 template <Section F>
-int runQuiet(Memory& m, Vek16s* x, int n) {
+int runQuiet(HighPassMemory& m, Vek16s* x, int n) {
     constexpr int64_t kNear = F.a1 * (1 << F.shift);
     constexpr int64_t kFar = F.a2 * (1 << F.shift);
     constexpr int kToSample = 15 - F.shift - F.outShift;
@@ -79,7 +72,7 @@ int runQuiet(Memory& m, Vek16s* x, int n) {
 }
 
 template <Section F>
-void runLoud(Memory& m, Vek16s* x, int n) {
+void runLoud(HighPassMemory& m, Vek16s* x, int n) {
     for (int i = 0; i < n; i++) {
         int32_t s = static_cast<int32_t>(feedback<F>(m) * 2);
         s = L_mac(s, x[i], F.b0);
@@ -92,7 +85,7 @@ void runLoud(Memory& m, Vek16s* x, int n) {
 }
 
 template <Section F>
-void run(Memory& m, Vek16s* x, int n) {
+void run(HighPassMemory& m, Vek16s* x, int n) {
     const auto beyond = [](int v) { return v > F.loud || v < -F.loud; };
     if (beyond(m.x1) || beyond(m.x2) || filterKernels().maxAbs16(x, n) > F.loud) {
         runLoud<F>(m, x, n);
@@ -112,15 +105,11 @@ void run(Memory& m, Vek16s* x, int n) {
 } // namespace
 
 VekStatus veksHighPassFilterSize_G729(int* pSize) {
-    return stateSize<Memory>(pSize);
+    return stateSize<HighPassMemory>(pSize);
 }
 
 VekStatus veksHighPassFilterInit_G729(char* pMem) {
-    if (!pMem) {
-        return vekStsNullPtrErr;
-    }
-    std::memset(pMem, 0, sizeof(Memory));
-    return vekStsNoErr;
+    return initHighPass(pMem);
 }
 
 VekStatus veksHighPassFilter_G729_16s_ISfs(Vek16s* pSrcDst, int len, int scaleFactor, char* pMemUpdated) {
@@ -133,14 +122,8 @@ VekStatus veksHighPassFilter_G729_16s_ISfs(Vek16s* pSrcDst, int len, int scaleFa
     if (scaleFactor != 12 && scaleFactor != 13) {
         return vekStsScaleRangeErr;
     }
-    // The caller's buffer has no alignment.
-    Memory m;
-    std::memcpy(&m, pMemUpdated, sizeof m);
-    if (scaleFactor == 13) {
-        run<kPre>(m, pSrcDst, len);
-    } else {
-        run<kPost>(m, pSrcDst, len);
-    }
-    std::memcpy(pMemUpdated, &m, sizeof m);
+    withHighPassMemory(pMemUpdated, [&](HighPassMemory& m) {
+        scaleFactor == 13 ? run<kPre>(m, pSrcDst, len) : run<kPost>(m, pSrcDst, len);
+    });
     return vekStsNoErr;
 }

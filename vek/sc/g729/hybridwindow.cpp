@@ -3,12 +3,12 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/hybridwindow.h"
 #include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
+#include "sc/g729/sizes.h"
 #include "sc/kernels/floatcorr.h"
 #include "sc/kernels/hybrid.h"
 #include "veksc_g729post.h"
@@ -16,9 +16,9 @@
 namespace {
 
 using namespace vek;
+using g729::kFrame;
 
 constexpr int kOrder = 30;
-constexpr int kFrame = 80;
 constexpr int kNewest = 35;
 constexpr int kSpan = kOrder + kFrame + kNewest;
 // The exponential falls to 3/4 in 20 samples of energy; what is left of it after a frame.
@@ -38,36 +38,20 @@ const std::array<Vek32f, kSpan> g_floatWindow = [] {
 
 // The recursive part of the correlations, at the end of the frame before.
 template <typename T>
-struct State {
-    static constexpr uint32_t kMark = 0x48594257;
-    uint32_t mark = kMark;
+struct Recursive {
     T past[kOrder + 1] = {};
 };
-
 template <typename T>
-VekStatus init(void* pMem) {
-    if (anyNull(pMem)) {
-        return vekStsNullPtrErr;
-    }
-    const State<T> fresh;
-    std::memcpy(pMem, &fresh, sizeof fresh);
-    return vekStsNoErr;
-}
-
-template <typename T>
-bool take(State<T>& state, const void* pMem) {
-    std::memcpy(&state, pMem, sizeof state);
-    return state.mark == State<T>::kMark;
-}
+using State = Marked<Recursive<T>, 0x48594257>;
 
 } // namespace
 
 VekStatus veksWinHybridGetStateSize_G729E_16s(int* pSize) {
-    return stateSize<State<int64_t>>(pSize);
+    return State<int64_t>::size(pSize);
 }
 
 VekStatus veksWinHybridInit_G729E_16s(void* pMem) {
-    return init<int64_t>(pMem);
+    return State<int64_t>::init(pMem);
 }
 
 VekStatus veksWinHybrid_G729E_16s32s(const Vek16s* pSrcSynthSpeech, Vek32s* pDstInvAutoCorr, void* pMem) {
@@ -75,18 +59,18 @@ VekStatus veksWinHybrid_G729E_16s32s(const Vek16s* pSrcSynthSpeech, Vek32s* pDst
         return vekStsNullPtrErr;
     }
     State<int64_t> state;
-    if (!take(state, pMem)) {
+    if (!state.take(pMem)) {
         return vekStsStateErr;
     }
+    int64_t(&past)[kOrder + 1] = state.content.past;
     int64_t frame[kOrder + 1];
     int64_t newest[kOrder + 1];
     hybridKernels().correlate(pSrcSynthSpeech, g_fixedWindow.data(), kOrder, kFrame, kNewest, frame, newest);
     int64_t sums[kOrder + 1];
     for (int k = 0; k <= kOrder; ++k) {
-        state.past[k] = ((state.past[k] * kKept) >> kFormat) + frame[k];
-        sums[k] = state.past[k] + newest[k];
+        past[k] = ((past[k] * kKept) >> kFormat) + frame[k];
+        sums[k] = past[k] + newest[k];
     }
-    std::memcpy(pMem, &state, sizeof state);
     if (sums[0] == 0) {
         sums[0] = 1; // silence is white
     }
@@ -94,15 +78,16 @@ VekStatus veksWinHybrid_G729E_16s32s(const Vek16s* pSrcSynthSpeech, Vek32s* pDst
     for (int k = 0; k <= kOrder; ++k) {
         pDstInvAutoCorr[k] = fix::scaleSat32(sums[k], shift);
     }
+    state.give(pMem);
     return vekStsNoErr;
 }
 
 VekStatus veksWinHybridGetStateSize_G729E_32f(int* pSize) {
-    return stateSize<State<Vek32f>>(pSize);
+    return State<Vek32f>::size(pSize);
 }
 
 VekStatus veksWinHybridInit_G729E_32f(void* pMem) {
-    return init<Vek32f>(pMem);
+    return State<Vek32f>::init(pMem);
 }
 
 VekStatus veksWinHybrid_G729E_32f(const Vek32f* pSrcSynthSpeech, Vek32f* pDstInvAutoCorr, void* pMem) {
@@ -110,9 +95,10 @@ VekStatus veksWinHybrid_G729E_32f(const Vek32f* pSrcSynthSpeech, Vek32f* pDstInv
         return vekStsNullPtrErr;
     }
     State<Vek32f> state;
-    if (!take(state, pMem)) {
+    if (!state.take(pMem)) {
         return vekStsStateErr;
     }
+    Vek32f(&past)[kOrder + 1] = state.content.past;
     constexpr Vek32f kept = static_cast<Vek32f>(kKept) / 32768;
     Vek32f x[kSpan];
     for (int n = 0; n < kSpan; ++n) {
@@ -124,9 +110,9 @@ VekStatus veksWinHybrid_G729E_32f(const Vek32f* pSrcSynthSpeech, Vek32f* pDstInv
     floatCorrKernels().corr32f(x + kOrder, x, kFrame, kOrder + 1, frame);
     floatCorrKernels().corr32f(x + kOrder + kFrame, x + kFrame, kNewest, kOrder + 1, newest);
     for (int k = 0; k <= kOrder; ++k) {
-        state.past[k] = kept * state.past[k] + frame[kOrder - k];
-        pDstInvAutoCorr[k] = state.past[k] + newest[kOrder - k];
+        past[k] = kept * past[k] + frame[kOrder - k];
+        pDstInvAutoCorr[k] = past[k] + newest[kOrder - k];
     }
-    std::memcpy(pMem, &state, sizeof state);
+    state.give(pMem);
     return vekStsNoErr;
 }

@@ -5,6 +5,7 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/g729/postfilter.h"
+#include "sc/g729/sizes.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/filter.h"
 
@@ -12,8 +13,8 @@ namespace {
 
 using namespace vek;
 using namespace vek::fix;
+using namespace vek::g729;
 
-constexpr int kSubframe = 40;
 constexpr int kHistory = 152;
 constexpr int kPhases = 8;
 constexpr int kShortTaps = 2;

@@ -17,7 +17,6 @@ using namespace vek;
 using namespace vek::fix;
 using namespace vek::g729;
 
-constexpr int kHalf = kOrder / 2;
 constexpr int kWideGap = 10;
 constexpr int kNarrowGap = 5;
 constexpr int kLowest = 40;

@@ -17,7 +17,6 @@ namespace {
 using namespace vek;
 using namespace vek::g729;
 
-constexpr int kHalf = kOrder / 2;
 constexpr Vek32f kPi = 3.14159265F;
 constexpr Vek32f kWideGap = 0.0012F;
 constexpr Vek32f kNarrowGap = 0.0006F;

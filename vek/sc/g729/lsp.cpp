@@ -18,8 +18,6 @@ using namespace vek;
 using namespace vek::fix;
 using namespace vek::g729;
 
-constexpr int kHalf = kOrder / 2;
-
 // Chebyshev series of f (Q10, f[0] = 1.0) at x, Q10 with saturation. The products are those of split words: of the
 // upper half and 15 bits of the lower one, cut off; the sums have room for any coefficients.
 inline Vek16s chebyshev(int64_t x, const int64_t* f) {
@@ -66,6 +64,9 @@ struct Series {
 
 template <int Points, int Bisections>
 VekStatus roots(const Vek16s* a, const Vek16s* previous, const Vek16s (&grid)[kGridRoom], Vek16s* lsp) {
+    if (anyNull(a, previous, lsp)) {
+        return vekStsNullPtrErr;
+    }
     int64_t f[2][kHalf + 1];
     sumAndDifference(a, f);
     Vek16s onGrid[2][kGridRoom];
@@ -213,9 +214,6 @@ bool anyNegative(const Vek16s* v) {
 } // namespace
 
 VekStatus veksLPCToLSP_G729_16s(const Vek16s* pSrcLPC, const Vek16s* pSrcPrevLSP, Vek16s* pDstLSP) {
-    if (anyNull(pSrcLPC, pSrcPrevLSP, pDstLSP)) {
-        return vekStsNullPtrErr;
-    }
     return roots<60, 4>(pSrcLPC, pSrcPrevLSP, kGrid60, pDstLSP);
 }
 
@@ -224,9 +222,6 @@ VekStatus veksLPCToLSP_GSMAMR_16s(const Vek16s* pSrcLPC, const Vek16s* pSrcPrevL
 }
 
 VekStatus veksLPCToLSP_G729A_16s(const Vek16s* pSrcLPC, const Vek16s* pSrcPrevLSP, Vek16s* pDstLSP) {
-    if (anyNull(pSrcLPC, pSrcPrevLSP, pDstLSP)) {
-        return vekStsNullPtrErr;
-    }
     return roots<50, 2>(pSrcLPC, pSrcPrevLSP, kGrid50, pDstLSP);
 }
 

@@ -11,8 +11,6 @@ namespace {
 using namespace vek;
 using namespace vek::g729;
 
-constexpr int kHalf = kOrder / 2;
-
 float chebyshev(float x, const float* f) {
     const float twice = 2 * x;
     float b2 = 1;
@@ -32,6 +30,9 @@ struct Series {
 
 template <int Points, int Bisections>
 VekStatus roots(const float* a, const float* previous, const Vek16s (&grid)[kGridRoom], float* lsp) {
+    if (anyNull(a, previous, lsp)) {
+        return vekStsNullPtrErr;
+    }
     constexpr float kUnit = 1.0F / 32768;
     float f[2][kHalf + 1] = {{1}, {1}};
     for (int i = 0; i < kHalf; ++i) {
@@ -53,16 +54,10 @@ VekStatus roots(const float* a, const float* previous, const Vek16s (&grid)[kGri
 } // namespace
 
 VekStatus veksLPCToLSP_G729_32f(const Vek32f* pSrcLPC, const Vek32f* pSrcPrevLSP, Vek32f* pDstLSP) {
-    if (anyNull(pSrcLPC, pSrcPrevLSP, pDstLSP)) {
-        return vekStsNullPtrErr;
-    }
     return roots<60, 4>(pSrcLPC, pSrcPrevLSP, kGrid60, pDstLSP);
 }
 
 VekStatus veksLPCToLSP_G729A_32f(const Vek32f* pSrcLPC, const Vek32f* pSrcPrevLSP, Vek32f* pDstLSP) {
-    if (anyNull(pSrcLPC, pSrcPrevLSP, pDstLSP)) {
-        return vekStsNullPtrErr;
-    }
     return roots<50, 2>(pSrcLPC, pSrcPrevLSP, kGrid50, pDstLSP);
 }
 

@@ -1,11 +1,10 @@
 // Tables of the line spectra of order 10: the grids of the root search, cosine and its slopes.
 #pragma once
 
+#include "sc/g729/sizes.h"
 #include "vekdefs.h"
 
 namespace vek::g729 {
-
-constexpr int kOrder = 10;
 
 // Cosines at 60 and at 50 equal steps of the frequency, Q15, cut off; the ends are drawn in a little. Zeros behind.
 constexpr int kGridRoom = 64;

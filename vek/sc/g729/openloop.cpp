@@ -13,14 +13,11 @@
 
 using namespace vek;
 using namespace vek::fix;
+using namespace vek::g729;
 
 namespace {
 
-using g729::kMaxLag;
-constexpr int kFrame = 80;
-constexpr int kSpan = kMaxLag + kFrame;
-constexpr int kHalfFrame = kFrame / 2;
-constexpr int kHalfHistory = (kMaxLag + 1) / 2;
+constexpr int kSpan = kLongestDelay + kFrame;
 
 int32_t doubled(int64_t sum) {
     return sat32(2 * sum);
@@ -51,7 +48,7 @@ private:
 // The scaled frame with its history before it, and how its products are to be summed.
 Products scaleFrame(const Vek16s* pSrc, int64_t energy, Vek16s* scaled) {
     const int shift = 2 * energy > kMax32 ? -3 : 2 * energy < 1048576 ? 3 : 0;
-    corrKernels().shift16(pSrc - kMaxLag, scaled, kSpan, shift);
+    corrKernels().shift16(pSrc - kLongestDelay, scaled, kSpan, shift);
     // No partial sum over two stretches of the signal exceeds the energy of the whole.
     return Products(2 * corrKernels().dot16(scaled, scaled, kSpan) < kMax32);
 }
@@ -99,7 +96,7 @@ struct Phases {
 
     explicit Phases(const Vek16s* x) {
         even[0] = 0; // x[-144] is not there, and no delay reaches it
-        odd[0] = x[-kMaxLag];
+        odd[0] = x[-kLongestDelay];
         for (int k = 1; k < kHalfHistory + kHalfFrame; ++k) {
             even[k] = x[2 * (k - kHalfHistory)];
             odd[k] = x[2 * (k - kHalfHistory) + 1];
@@ -168,10 +165,10 @@ VekStatus veksOpenLoopPitchSearch_G729_16s(const Vek16s* pSrc, Vek16s* pBestLag)
     }
     constexpr Vek16s threshold = 27853; // 0.85
     Vek16s scaled[kSpan];
-    const Vek16s* from = pSrc - kMaxLag;
+    const Vek16s* from = pSrc - kLongestDelay;
     const Products products = scaleFrame(pSrc, corrKernels().dot16(from, from, kSpan), scaled);
-    const Vek16s* x = scaled + kMaxLag;
-    Peak best = fullPeak(products, x, kMaxLag, 80);
+    const Vek16s* x = scaled + kLongestDelay;
+    Peak best = fullPeak(products, x, kLongestDelay, 80);
     for (const int longest : {79, 39}) {
         const Peak shorter = fullPeak(products, x, longest, (longest + 1) / 2);
         if (mult(static_cast<Vek16s>(best.value), threshold) < shorter.value) {
@@ -187,12 +184,12 @@ VekStatus veksOpenLoopPitchSearch_G729A_16s(const Vek16s* pSrc, Vek16s* pBestLag
         return vekStsNullPtrErr;
     }
     int64_t energy = 0;
-    for (int i = -kMaxLag; i < kFrame; i += 2) {
+    for (int i = -kLongestDelay; i < kFrame; i += 2) {
         energy += pSrc[i] * pSrc[i];
     }
     Vek16s scaled[kSpan];
     const Products products = scaleFrame(pSrc, energy, scaled);
-    const HalfSearch search(products, scaled + kMaxLag);
+    const HalfSearch search(products, scaled + kLongestDelay);
     const int lag = g729::bestOfRanges(
         search, [](Peak& peak, const Peak& longer) { peak.value = L_add(peak.value, longer.value >> 2); },
         [](Peak& peak, const Peak& longer) { peak.value = L_add(peak.value, fifth(longer.value)); });

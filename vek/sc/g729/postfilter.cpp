@@ -8,6 +8,7 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
+#include "sc/g729/sizes.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/loops.h"
 #include "veksc_filter.h"
@@ -20,17 +21,12 @@ using namespace vek::g729;
 
 namespace {
 
-constexpr int kSubframe = 40;
-constexpr int kOrder = 10;
 constexpr int kFormat = 12;
-constexpr int kPast = 154;
-constexpr int kShortest = 20;
-constexpr int kLongest = 143;
 constexpr int kResponse = 20;
 constexpr int kResponseA = 22;
 
 bool badDelay(int delay) {
-    return delay < kShortest || delay > kLongest;
+    return delay < kShortestDelay || delay > kLongestDelay;
 }
 
 int32_t product(const Vek16s* a, const Vek16s* b, int n, int32_t start = 0) {
@@ -39,7 +35,7 @@ int32_t product(const Vek16s* a, const Vek16s* b, int n, int32_t start = 0) {
 
 // The whole delay of the largest correlation within 3 of the decoded one.
 int bestDelay(const Vek16s* x, int delay, int32_t& best) {
-    const int last = std::min(delay + 3, kLongest);
+    const int last = std::min(delay + 3, kLongestDelay);
     const int first = last - 6;
     best = kMin32;
     int found = first;
@@ -197,11 +193,11 @@ VekStatus veksLongTermPostFilter_G729A_16s(Vek16s valDelay, const Vek16s* pSrc, 
     if (badDelay(valDelay)) {
         return vekStsRangeErr;
     }
-    Vek16s* residual = pSrcDstResidual + kPast;
+    Vek16s* residual = pSrcDstResidual + kPastExcitation;
     postResidual(pSrcLpc, pSrc, residual);
-    Vek16s quarters[kPast + kSubframe];
-    corrKernels().shift16(pSrcDstResidual, quarters, kPast + kSubframe, -2);
-    const Vek16s* x = quarters + kPast;
+    Vek16s quarters[kPastExcitation + kSubframe];
+    corrKernels().shift16(pSrcDstResidual, quarters, kPastExcitation + kSubframe, -2);
+    const Vek16s* x = quarters + kPastExcitation;
     int32_t correlation = 0;
     const int delay = bestDelay(x, valDelay, correlation);
     const Shares shares =
@@ -227,7 +223,7 @@ VekStatus veksLongTermPostFilter_G729B_16s(Vek16s valDelay, const Vek16s* pSrc, 
     }
     constexpr Vek16s half = 16384;
     constexpr int active = 1;
-    Vek16s* residual = pSrcDstResidual + kPast;
+    Vek16s* residual = pSrcDstResidual + kPastExcitation;
     postResidual(pSrcLpc, pSrc, residual);
     if (frameType == active) {
         *pResultVoice = static_cast<Vek16s>(longTermFilter(half, valDelay, residual, pDst));

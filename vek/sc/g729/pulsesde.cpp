@@ -16,8 +16,8 @@ namespace {
 
 using namespace vek;
 using namespace vek::pulses;
-using floatpulses::kSub;
-using floatpulses::kTracks;
+using g729::kSubframe;
+using g729::kTracks;
 
 // Annex D: the positions of the two pulses by their codes, neighbours differing in one bit.
 constexpr int kFirstPositions[kFirstCodes] = {1, 3, 8, 6, 18, 16, 11, 13, 38, 36, 31, 33, 21, 23, 28, 26};
@@ -27,7 +27,7 @@ constexpr int kSecondPositions[kSecondCodes] = {0,  2,  5,  4,  12, 10, 7,  9,  
 // Adds the response from `position` on, with a sign.
 using pulses::addResponse;
 void addResponse(const Vek32f* h, int position, bool plus, Vek32f* y) {
-    for (int i = position; i < kSub; ++i) {
+    for (int i = position; i < kSubframe; ++i) {
         y[i] += plus ? h[i - position] : -h[i - position];
     }
 }
@@ -68,8 +68,8 @@ struct CodedField {
 
 template <class Value, class Sign>
 int deliverTwo(const TwoPulses& two, const Sign* sign, const Value* h, Value* code, Value* filtered) {
-    std::fill_n(code, kSub, Value{0});
-    std::fill_n(filtered, kSub, Value{0});
+    std::fill_n(code, kSubframe, Value{0});
+    std::fill_n(filtered, kSubframe, Value{0});
     int signs = 0;
     const int positions[] = {kFirstPositions[two.first], kSecondPositions[two.second]};
     for (int n = 0; n < 2; ++n) {
@@ -92,7 +92,7 @@ constexpr int kMostOnTrack = 3;
 template <class Sign>
 int word(const int (&positions)[kMostOnTrack], int found, const Sign* sign) {
     const int count = std::clamp(found, 1, kMostOnTrack);
-    int p[kMostOnTrack] = {positions[0], positions[1], count > 2 ? positions[2] : kSub};
+    int p[kMostOnTrack] = {positions[0], positions[1], count > 2 ? positions[2] : kSubframe};
     for (const auto& [low, high] : {std::pair{0, 1}, {1, 2}, {0, 1}}) {
         if (p[low] > p[high]) {
             std::swap(p[low], p[high]);
@@ -138,15 +138,15 @@ template <class Value, class Sign>
 void deliverMany(const int* positions, int pulses, int firstTrack, const Sign* sign, const Value* h, Value* code,
                  Value* filtered, Vek16s* index) {
     deliverWords(positions, pulses, firstTrack, sign, index);
-    Value y[kSub] = {};
-    std::fill_n(code, kSub, Value{0});
+    Value y[kSubframe] = {};
+    std::fill_n(code, kSubframe, Value{0});
     for (int n = 0; n < pulses; ++n) {
         const int at = positions[n];
         addResponse(h, at, sign[at] > 0, y);
         const Value one = std::is_same_v<Value, Vek32f> ? Value{1} : static_cast<Value>(8192);
         code[at] = static_cast<Value>(sign[at] > 0 ? code[at] + one : code[at] - one);
     }
-    std::copy_n(y, kSub, filtered);
+    std::copy_n(y, kSubframe, filtered);
 }
 
 constexpr int pulsesOf(int mode) {
@@ -157,9 +157,9 @@ constexpr int pulsesOf(int mode) {
 // with itself and of the tracks 3 and 4.
 constexpr int pairsOfTracks(int t, int u) {
     constexpr int before[] = {0, 4, 7};
-    return kSub + 64 * (before[t] + u - t - 1);
+    return kSubframe + 64 * (before[t] + u - t - 1);
 }
-constexpr int kOnTrack = kSub / kTracks;
+constexpr int kOnTrack = kSubframe / kTracks;
 constexpr int kLack = -1;
 
 constexpr int energyPlace(int i) {
@@ -207,7 +207,7 @@ constexpr auto kLackingPairs = [] {
         if (matrixPlace(i, j) == kLack) {
             const int distance = i < j ? j - i : i - j;
             lacking[count++] = {static_cast<int16_t>(n),
-                                static_cast<int16_t>((kSub - 1 - std::max(i, j)) * kSub + distance),
+                                static_cast<int16_t>((kSubframe - 1 - std::max(i, j)) * kSubframe + distance),
                                 static_cast<int8_t>(i), static_cast<int8_t>(j)};
         }
     }
@@ -217,7 +217,7 @@ constexpr auto kLackingPairs = [] {
 // Multiplies the signs into the matrix of the four-pulse search.
 void takeSigns(const Vek32f* sign, Vek32f* matrix) {
     Vek32f onTrack[kTracks][kOnTrack];
-    for (int i = 0; i < kSub; ++i) {
+    for (int i = 0; i < kSubframe; ++i) {
         onTrack[i % kTracks][i / kTracks] = sign[i];
     }
     for (int t = 0; t < 3; ++t) {
@@ -241,13 +241,13 @@ VekStatus veksFixedCodebookSearch_G729D_16s(const Vek16s* pSrcFixed, const Vek16
         return vekStsNullPtrErr;
     }
     PulseField field;
-    Vek16s sign[kSub];
+    Vek16s sign[kSubframe];
     signedField(pSrcFixed, pSrcImpulseResponse, sign, field);
-    Vek16s d[kSub];
-    for (int i = 0; i < kSub; ++i) {
+    Vek16s d[kSubframe];
+    for (int i = 0; i < kSubframe; ++i) {
         d[i] = field.dn[slotOnFive(i)];
     }
-    const auto rr = [&](int i, int j) { return field.rr[slotOnFive(i) * kSub + slotOnFive(j)]; };
+    const auto rr = [&](int i, int j) { return field.rr[slotOnFive(i) * kSubframe + slotOnFive(j)]; };
     CodedField coded(d, [&](int i) { return rr(i, i); });
     for (int a = 0; a < kFirstCodes; ++a) {
         for (int b = 0; b < kSecondCodes; ++b) {
@@ -266,14 +266,14 @@ VekStatus veksFixedCodebookSearch_G729D_32f(const Vek32f* pSrcFixed, Vek32f* pSr
     if (anyNull(pSrcFixed, pSrcDst, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstFixedIndex)) {
         return vekStsNullPtrErr;
     }
-    Vek32f d[kSub];
-    Vek32f sign[kSub];
-    for (int i = 0; i < kSub; ++i) {
+    Vek32f d[kSubframe];
+    Vek32f sign[kSubframe];
+    for (int i = 0; i < kSubframe; ++i) {
         sign[i] = pSrcFixed[i] >= 0 ? 1.0F : -1.0F;
         d[i] = sign[i] * pSrcFixed[i];
     }
     takeSigns(sign, pSrcDst);
-    alignas(32) Vek32f rows[kSub * kSub];
+    alignas(32) Vek32f rows[kSubframe * kSubframe];
     filterKernels().corrRows32f(pSrcImpulseResponse, rows);
     CodedField coded(d, [&](int i) { return pSrcDst[energyPlace(i)]; });
     for (size_t n = 0; n < kPairPlaces.size(); ++n) {

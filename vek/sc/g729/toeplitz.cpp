@@ -4,6 +4,7 @@
 
 #include "sc/common/correlationrows.h"
 #include "sc/common/fixmath.h"
+#include "sc/g729/sizes.h"
 #include "sc/kernels/filter.h"
 #include "veksc_g729.h"
 
@@ -11,9 +12,8 @@ namespace {
 
 using namespace vek;
 using namespace vek::fix;
+using namespace vek::g729;
 
-constexpr int kSub = 40;
-constexpr int kTracks = 5;
 constexpr int kPositions = 8;
 constexpr int kSize = 616;
 
@@ -21,7 +21,7 @@ constexpr int kSize = 616;
 constexpr uint16_t place(int i, int j) {
     const int first = i < j ? i : j;
     const int last = i < j ? j : i;
-    return static_cast<uint16_t>((kSub - 1 - last) * kSub + (last - first));
+    return static_cast<uint16_t>((kSubframe - 1 - last) * kSubframe + (last - first));
 }
 
 constexpr std::array<uint16_t, kSize> makeOrder() {
@@ -47,11 +47,11 @@ constexpr std::array<uint16_t, kSize> makeOrder() {
     return order;
 }
 
-constexpr std::array<uint16_t, kSize> kOrder = makeOrder();
+constexpr std::array<uint16_t, kSize> kElementPlaces = makeOrder();
 
 int64_t doubledEnergy(const Vek16s* h) {
     int64_t e = 0;
-    for (int i = 0; i < kSub; i++) {
+    for (int i = 0; i < kSubframe; i++) {
         e += h[i] * h[i];
     }
     return 2 * e;
@@ -61,7 +61,7 @@ int64_t doubledEnergy(const Vek16s* h) {
 bool scale(const Vek16s* pSrc, Vek16s* h) {
     const int32_t energy = sat32(doubledEnergy(pSrc));
     const int shift = extract_h(energy) > 32000 ? -1 : norm_l(energy) >> 1;
-    for (int i = 0; i < kSub; i++) {
+    for (int i = 0; i < kSubframe; i++) {
         h[i] = shl(pSrc[i], shift);
     }
     // No correlation, nor a part of it, exceeds the energy.
@@ -74,16 +74,16 @@ VekStatus matrix(const Vek16s* pSrc, Element* pDst, Gather gather, Narrow narrow
     if (!pSrc || !pDst) {
         return vekStsNullPtrErr;
     }
-    Vek16s h[kSub];
-    alignas(32) Vek32s rows[kSub * kSub];
+    Vek16s h[kSubframe];
+    alignas(32) Vek32s rows[kSubframe * kSubframe];
     if (scale(pSrc, h)) {
         filterKernels().corrRows16(h, rows);
-        gather(rows, kOrder.data(), pDst, kSize);
+        gather(rows, kElementPlaces.data(), pDst, kSize);
         return vekStsNoErr;
     }
     saturatingRows(h, rows);
-    for (size_t n = 0; n < kOrder.size(); n++) {
-        pDst[n] = narrow(rows[kOrder[n]]);
+    for (size_t n = 0; n < kElementPlaces.size(); n++) {
+        pDst[n] = narrow(rows[kElementPlaces[n]]);
     }
     return vekStsNoErr;
 }
@@ -102,10 +102,10 @@ VekStatus veksToeplizMatrix_G729_32f(const Vek32f* pSrc, Vek32f* pDst) {
     if (!pSrc || !pDst) {
         return vekStsNullPtrErr;
     }
-    alignas(32) Vek32f rows[kSub * kSub];
+    alignas(32) Vek32f rows[kSubframe * kSubframe];
     filterKernels().corrRows32f(pSrc, rows);
-    for (size_t n = 0; n < kOrder.size(); n++) {
-        pDst[n] = rows[kOrder[n]];
+    for (size_t n = 0; n < kElementPlaces.size(); n++) {
+        pDst[n] = rows[kElementPlaces[n]];
     }
     return vekStsNoErr;
 }

@@ -111,43 +111,38 @@ VekStatus veksGenerateExcitation_G7291_16s(const Vek16s* pIntPitchLag, const Vek
             return vekStsRangeErr;
         }
     }
-    State state;
-    if (!state.take(pMemory)) {
-        return vekStsStateErr;
-    }
-    Past& past = state.content;
-    alignas(32) Vek16s noise[kTaps - 1 + kFrame];
-    int32_t pulses[kFrame + kTaps - 1] = {};
-    std::copy_n(past.noise, kTaps - 1, noise);
-    std::copy_n(past.tail, kTaps - 1, pulses);
-    for (int sub = 0; sub < kSubframes; ++sub) {
-        const int32_t own = shareOf(pLtpPower[sub], pFixPower[sub]);
-        const int32_t share = (own + past.share) / 2;
-        past.share = own;
-        const int32_t distance = distanceOf(pIntPitchLag[sub], pFracPitchLag[sub], past.delay);
-        const int32_t height = root(powerOf(int64_t{share} * distance / kPhases));
-        const int32_t end = (sub + 1) * kSubframe * kPhases;
-        for (; past.next < end; past.next += distance) {
-            const int32_t at = past.next / kPhases;
-            const auto& shape = g_shapes[static_cast<size_t>(past.next % kPhases)];
-            const int32_t signedHeight = at % 2 == 0 ? height : -height;
-            for (size_t n = 0; n < kTaps; ++n) {
-                pulses[static_cast<size_t>(at) + n] += (signedHeight * shape[n] + 0x4000) >> 15;
+    return State::with(pMemory, [&](Past& past) {
+        alignas(32) Vek16s noise[kTaps - 1 + kFrame];
+        int32_t pulses[kFrame + kTaps - 1] = {};
+        std::copy_n(past.noise, kTaps - 1, noise);
+        std::copy_n(past.tail, kTaps - 1, pulses);
+        for (int sub = 0; sub < kSubframes; ++sub) {
+            const int32_t own = shareOf(pLtpPower[sub], pFixPower[sub]);
+            const int32_t share = (own + past.share) / 2;
+            past.share = own;
+            const int32_t distance = distanceOf(pIntPitchLag[sub], pFracPitchLag[sub], past.delay);
+            const int32_t height = root(powerOf(int64_t{share} * distance / kPhases));
+            const int32_t end = (sub + 1) * kSubframe * kPhases;
+            for (; past.next < end; past.next += distance) {
+                const int32_t at = past.next / kPhases;
+                const auto& shape = g_shapes[static_cast<size_t>(past.next % kPhases)];
+                const int32_t signedHeight = at % 2 == 0 ? height : -height;
+                for (size_t n = 0; n < kTaps; ++n) {
+                    pulses[static_cast<size_t>(at) + n] += (signedHeight * shape[n] + 0x4000) >> 15;
+                }
+            }
+            const auto level = static_cast<Vek16s>(root(powerOf(3 * ((int64_t{1} << kShareBits) - share))));
+            for (int n = 0; n < kSubframe; ++n) {
+                past.seed = static_cast<uint16_t>(past.seed * 31821U + 13849U);
+                noise[kTaps - 1 + sub * kSubframe + n] = mult_r(static_cast<Vek16s>(past.seed), level);
             }
         }
-        const auto level = static_cast<Vek16s>(root(powerOf(3 * ((int64_t{1} << kShareBits) - share))));
-        for (int n = 0; n < kSubframe; ++n) {
-            past.seed = static_cast<uint16_t>(past.seed * 31821U + 13849U);
-            noise[kTaps - 1 + sub * kSubframe + n] = mult_r(static_cast<Vek16s>(past.seed), level);
+        past.next -= kFrame * kPhases;
+        residualFilter(g_shapes[0].data(), kTaps - 1, noise + kTaps - 1, pDst, kFrame, 15);
+        for (int n = 0; n < kFrame; ++n) {
+            pDst[n] = sat16(pDst[n] + pulses[n]);
         }
-    }
-    past.next -= kFrame * kPhases;
-    residualFilter(g_shapes[0].data(), kTaps - 1, noise + kTaps - 1, pDst, kFrame, 15);
-    for (int n = 0; n < kFrame; ++n) {
-        pDst[n] = sat16(pDst[n] + pulses[n]);
-    }
-    std::copy_n(noise + kFrame, kTaps - 1, past.noise);
-    std::copy_n(pulses + kFrame, kTaps - 1, past.tail);
-    state.give(pMemory);
-    return vekStsNoErr;
+        std::copy_n(noise + kFrame, kTaps - 1, past.noise);
+        std::copy_n(pulses + kFrame, kTaps - 1, past.tail);
+    });
 }

@@ -69,17 +69,13 @@ VekStatus veksFilterHighpass_G7291_16s_ISfs(Vek16s* pSrcDst, int len, void* pSta
     if (scaleFactor < -kMostScale || scaleFactor > kMostScale) {
         return vekStsScaleRangeErr;
     }
-    HighState state;
-    if (!state.take(pStateHi)) {
-        return vekStsStateErr;
-    }
-    Memory m = state.content.memory[0];
-    for (int i = 0; i < len; ++i) {
-        pSrcDst[i] = sample(step(kHigh, m, pSrcDst[i] * (1 << kFraction)), kFraction + scaleFactor);
-    }
-    state.content.memory[0] = m;
-    state.give(pStateHi);
-    return vekStsNoErr;
+    return HighState::with(pStateHi, [&](auto& content) {
+        Memory m = content.memory[0];
+        for (int i = 0; i < len; ++i) {
+            pSrcDst[i] = sample(step(kHigh, m, pSrcDst[i] * (1 << kFraction)), kFraction + scaleFactor);
+        }
+        content.memory[0] = m;
+    });
 }
 
 VekStatus veksFilterLowpassGetStateSize_G7291_16s(int* pSize) {
@@ -97,24 +93,20 @@ VekStatus veksFilterLowpass_G7291_16s_I(Vek16s* pSrcDst, int len, void* pStateLo
     if (sections < 1 || sections > kMostSections) {
         return vekStsFilterOrderErr;
     }
-    LowState state;
-    if (!state.take(pStateLo)) {
-        return vekStsStateErr;
-    }
-    Memory m = state.content.memory[0];
-    Memory n = state.content.memory[1];
-    if (sections == 1) {
-        for (int i = 0; i < len; ++i) {
-            pSrcDst[i] = sample(step(kLow1, m, pSrcDst[i] * (1 << kFraction)), kFraction);
+    return LowState::with(pStateLo, [&](auto& content) {
+        Memory m = content.memory[0];
+        Memory n = content.memory[1];
+        if (sections == 1) {
+            for (int i = 0; i < len; ++i) {
+                pSrcDst[i] = sample(step(kLow1, m, pSrcDst[i] * (1 << kFraction)), kFraction);
+            }
+        } else {
+            for (int i = 0; i < len; ++i) {
+                const int64_t between = step(kLow2[0], m, pSrcDst[i] * (1 << kFraction));
+                pSrcDst[i] = sample(step(kLow2[1], n, between), kFraction);
+            }
         }
-    } else {
-        for (int i = 0; i < len; ++i) {
-            const int64_t between = step(kLow2[0], m, pSrcDst[i] * (1 << kFraction));
-            pSrcDst[i] = sample(step(kLow2[1], n, between), kFraction);
-        }
-    }
-    state.content.memory[0] = m;
-    state.content.memory[1] = n;
-    state.give(pStateLo);
-    return vekStsNoErr;
+        content.memory[0] = m;
+        content.memory[1] = n;
+    });
 }

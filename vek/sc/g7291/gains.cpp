@@ -4,6 +4,7 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/g729/gaincontrol.h"
+#include "sc/g729/sizes.h"
 #include "sc/kernels/corr.h"
 #include "veksc_g7291.h"
 #include "veksc_g729lp.h"
@@ -14,8 +15,6 @@ using namespace vek::fix;
 using namespace vek::g729;
 
 namespace {
-
-constexpr int kSub = 40;
 
 // Gain of the second layer over that of the first, Q14: 2^((k - 6) / 2), k = 0..7. The codes of two bits take every
 // second of them.
@@ -39,8 +38,8 @@ VekStatus veksGainQuant_G7291_16s(const Vek16s* pSrcFixedTarget, const Vek16s* p
     const int count = 8 / step;
     // The gain of least error is 2^13 * xz / zz in Q1: a level is passed where that lies above its middle with the
     // next.
-    const int64_t zz = corrKernels().dot16(pSrcFltFixedVector, pSrcFltFixedVector, kSub);
-    const int64_t xz = corrKernels().dot16(pSrcFixedTarget, pSrcFltFixedVector, kSub) * (1 << 14);
+    const int64_t zz = corrKernels().dot16(pSrcFltFixedVector, pSrcFltFixedVector, kSubframe);
+    const int64_t xz = corrKernels().dot16(pSrcFixedTarget, pSrcFltFixedVector, kSubframe) * (1 << 14);
     int index = 0;
     Vek16s gain = 0;
     for (int k = 0; k < count; ++k) {

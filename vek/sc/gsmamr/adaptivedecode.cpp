@@ -22,7 +22,7 @@ Lag substitute(const Lag& told, int former, bool inVoicedNoise, VekSpchBitRate m
         return {former, 0};
     }
     const bool low = mode == VEK_SPCHBR_4750 || mode == VEK_SPCHBR_5150 || mode == VEK_SPCHBR_5900;
-    return {low && inVoicedNoise ? told.whole : std::min(former + 1, std::max(former, kLongestLag)), 0};
+    return {low && inVoicedNoise ? told.whole : std::min(former + 1, std::max(former, kLongestDelay)), 0};
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 // Windowed autocorrelation of AMR, with one window a frame or, at 12.2 kbit/s, two.
+#include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/gsmamr/rates.h"
 #include "sc/kernels/corr.h"

@@ -6,7 +6,6 @@
 namespace vek::gsmamr {
 namespace {
 
-constexpr int kTracks = 5;
 constexpr int kGray[8] = {0, 1, 3, 2, 6, 4, 5, 7};
 
 bool plus(const PulsesFound& found, int pulse) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sc/common/pulsesearch.h"
+#include "sc/gsmamr/sizes.h"
 
 namespace vek::gsmamr {
 

@@ -1,6 +1,6 @@
 // Discontinuous transmission of AMR: the histories of both sides, the handler of the encoder, the frame of silence.
-#include <cstring>
-
+#include "sc/common/dtxhistory.h"
+#include "sc/common/logarithm.h"
 #include "sc/common/signal_check.h"
 #include "sc/gsmamr/linespectrum.h"
 #include "sc/kernels/corr.h"
@@ -13,8 +13,6 @@ using namespace vek;
 using namespace vek::fix;
 using namespace vek::gsmamr;
 
-constexpr int kHistory = 8;
-constexpr int kFrame = 160;
 constexpr Vek16s kHangoverFrames = 7;
 constexpr int kElapsedFrames = 30;
 
@@ -24,36 +22,22 @@ Vek16s logEnergy(const Vek16s* x) {
     const int32_t energy = sat32(2 * corrKernels().dot16(x, x, kFrame));
     Vek16s whole = 0;
     Vek16s fraction = 0;
-    log2Of(energy, whole, fraction);
+    Log2(energy, whole, fraction);
     return sub(add(shl(whole, 10), shr(fraction, 5)), kLogFrame);
-}
-
-VekStatus enter(const Vek16s* speech, const Vek16s* spectrum, Vek16s* place, Vek16s* spectra, Vek16s* energies,
-                int halvings) {
-    if (anyNull(speech, spectrum, place, spectra, energies)) {
-        return vekStsNullPtrErr;
-    }
-    if (*place < 0 || *place >= kHistory) {
-        return vekStsRangeErr;
-    }
-    const int next = *place + 1 == kHistory ? 0 : *place + 1;
-    const Vek16s energy = logEnergy(speech);
-    std::memmove(spectra + next * kOrder, spectrum, kOrder * sizeof(Vek16s));
-    energies[next] = shr(energy, halvings);
-    *place = static_cast<Vek16s>(next);
-    return vekStsNoErr;
 }
 
 } // namespace
 
 VekStatus veksDecDTXBuffer_GSMAMR_16s(const Vek16s* pSrcSpch, const Vek16s* pSrcLsf, Vek16s* pValResultUpdateIndex,
                                       Vek16s* pSrcDstLsfBuffer, Vek16s* pSrcDstLogEnergyBuffer) {
-    return enter(pSrcSpch, pSrcLsf, pValResultUpdateIndex, pSrcDstLsfBuffer, pSrcDstLogEnergyBuffer, 0);
+    return enterDtxHistory<kOrder>(pSrcSpch, pSrcLsf, pValResultUpdateIndex, pSrcDstLsfBuffer, pSrcDstLogEnergyBuffer,
+                                   logEnergy);
 }
 
 VekStatus veksEncDTXBuffer_GSMAMR_16s(const Vek16s* pSrcSpch, const Vek16s* pSrcLsp, Vek16s* pValResultUpdateIndex,
                                       Vek16s* pSrcDstLspBuffer, Vek16s* pSrcDstLogEnergyBuffer) {
-    return enter(pSrcSpch, pSrcLsp, pValResultUpdateIndex, pSrcDstLspBuffer, pSrcDstLogEnergyBuffer, 1);
+    return enterDtxHistory<kOrder>(pSrcSpch, pSrcLsp, pValResultUpdateIndex, pSrcDstLspBuffer, pSrcDstLogEnergyBuffer,
+                                   [](const Vek16s* x) { return shr(logEnergy(x), 1); });
 }
 
 VekStatus veksEncDTXHandler_GSMAMR_16s(Vek16s* pValResultHangOverCount, Vek16s* pValResultDtxElapseCount,
@@ -98,7 +82,7 @@ VekStatus veksEncDTXSID_GSMAMR_16s(const Vek16s* pSrcLspBuffer, const Vek16s* pS
     }
     Vek16s energy = 0;
     int32_t sums[kOrder] = {};
-    for (int k = 0; k < kHistory; ++k) {
+    for (int k = 0; k < kDtxHistory; ++k) {
         energy = add(energy, shr(pSrcLogEnergyBuffer[k], 2));
         for (int i = 0; i < kOrder; ++i) {
             sums[i] += pSrcLspBuffer[k * kOrder + i];

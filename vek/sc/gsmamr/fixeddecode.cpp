@@ -11,7 +11,6 @@ using namespace vek::gsmamr;
 
 namespace {
 
-constexpr int kTracks = 5;
 // The positions of the first track in the order of their codes; those of the others follow.
 constexpr Vek8u kFromGray[8] = {0, 5, 15, 10, 25, 30, 20, 35};
 

@@ -19,7 +19,7 @@ LagLaw::LagLaw(int subFrame, VekSpchBitRate mode) {
 }
 
 LagRange::LagRange(const LagLaw& law, int around) {
-    first = std::clamp(around - law.below, law.shortest, kLongestLag - law.width);
+    first = std::clamp(around - law.below, law.shortest, kLongestDelay - law.width);
     last = first + law.width;
 }
 

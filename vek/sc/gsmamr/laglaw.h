@@ -1,11 +1,10 @@
 // Ranges and indices of the pitch lag: TS 26.090 5.6.1, by rate and subframe.
 #pragma once
 
+#include "sc/gsmamr/sizes.h"
 #include "vekdefs.h"
 
 namespace vek::gsmamr {
-
-constexpr int kLongestLag = 143;
 
 // A lag in whole samples and thirds or sixths.
 struct Lag {

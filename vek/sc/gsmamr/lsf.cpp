@@ -6,8 +6,8 @@
 #include "veksc_gsmamr.h"
 
 using namespace vek;
+using namespace vek::gsmamr;
 using vek::g729::kCos;
-using vek::g729::kOrder;
 
 namespace {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "sc/common/fixmath.h"
 #include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
 #include "sc/gsmamr/rates.h"
@@ -16,11 +17,7 @@ using namespace vek;
 using namespace vek::fix;
 using namespace vek::gsmamr;
 
-constexpr int kFrame = 160;
 constexpr int kHalf = kFrame / 2;
-constexpr int kSubframe = 40;
-constexpr int kMaxLag = 143;
-constexpr int kMinLag = 20;
 constexpr int kRow = kOrder + 1;
 constexpr int kPrevious = 5;
 
@@ -45,18 +42,20 @@ class Stretch {
 public:
     Stretch(const Vek16s* signal, int length, int shortest) : m_length(length) {
         const CorrKernels& kernels = corrKernels();
-        const Vek16s* from = signal - kMaxLag;
-        const int span = kMaxLag + length;
+        const Vek16s* from = signal - kLongestDelay;
+        const int span = kLongestDelay + length;
         const int64_t energy = 2 * kernels.dot16(from, from, span);
         m_down = energy > kMax32 ? 3 : energy < 1048576 ? -3 : 0;
         kernels.shift16(from, m_scaled, span, -m_down);
         // No sum over two parts of the stretch exceeds the energy of the whole.
         m_exact = 2 * kernels.dot16(m_scaled, m_scaled, span) <= kMax32;
-        const Vek16s* const now = m_scaled + kMaxLag;
-        if (m_exact && kernels.slide16(now, now - shortest, length, -1, kMaxLag - shortest + 1, m_sums + shortest)) {
-            std::transform(m_sums + shortest, m_sums + kMaxLag + 1, m_sums + shortest, [](int32_t s) { return 2 * s; });
+        const Vek16s* const now = m_scaled + kLongestDelay;
+        if (m_exact &&
+            kernels.slide16(now, now - shortest, length, -1, kLongestDelay - shortest + 1, m_sums + shortest)) {
+            std::transform(m_sums + shortest, m_sums + kLongestDelay + 1, m_sums + shortest,
+                           [](int32_t s) { return 2 * s; });
         } else {
-            for (int lag = shortest; lag <= kMaxLag; ++lag) {
+            for (int lag = shortest; lag <= kLongestDelay; ++lag) {
                 m_sums[lag] = product(0, lag);
             }
         }
@@ -69,8 +68,8 @@ public:
 
     // Doubled sum of the products of the stretch at two delays, saturating at each step.
     int32_t product(int lagA, int lagB) const {
-        const Vek16s* a = m_scaled + kMaxLag - lagA;
-        const Vek16s* b = m_scaled + kMaxLag - lagB;
+        const Vek16s* a = m_scaled + kLongestDelay - lagA;
+        const Vek16s* b = m_scaled + kLongestDelay - lagB;
         if (m_exact) {
             return static_cast<int32_t>(2 * corrKernels().dot16(a, b, m_length));
         }
@@ -85,8 +84,8 @@ private:
     int m_length;
     int m_down;
     bool m_exact;
-    alignas(32) Vek16s m_scaled[kMaxLag + kFrame];
-    int32_t m_sums[kMaxLag + 1];
+    alignas(32) Vek16s m_scaled[kLongestDelay + kFrame];
+    int32_t m_sums[kLongestDelay + 1];
 };
 
 struct Peak {
@@ -142,7 +141,7 @@ Vek16s normalised(const Stretch& stretch, const Peak& peak, bool fine) {
 // The largest second difference of the correlations over that at no delay, Q15.
 Vek16s highPassed(const Stretch& stretch, int shortest) {
     int32_t max = kMin32;
-    for (int lag = kMaxLag - 1; lag > shortest; --lag) {
+    for (int lag = kLongestDelay - 1; lag > shortest; --lag) {
         const int32_t bend = L_sub(L_sub(L_shl(stretch.correlation(lag), 1), stretch.correlation(lag + 1)),
                                    stretch.correlation(lag - 1));
         max = std::max(max, L_abs(bend));
@@ -159,12 +158,12 @@ int searchRanges(const Stretch& stretch, int shortest, bool fine, Detectors& det
     constexpr Vek16s kFavour = 27853; // 0.85
     Peak best{};
     Vek16s bestValue = 0;
-    int longest = kMaxLag;
+    int longest = kLongestDelay;
     for (int lowest = 4 * shortest; lowest >= shortest; lowest /= 2) {
         const Peak peak = largest(stretch, longest, lowest);
         detectTone(detectors, peak);
         const Vek16s value = normalised(stretch, peak, fine);
-        if (longest == kMaxLag || mult(bestValue, kFavour) < value) {
+        if (longest == kLongestDelay || mult(bestValue, kFavour) < value) {
             best = peak;
             bestValue = value;
         }
@@ -199,12 +198,12 @@ int searchWeighted(const Stretch& stretch, const Memory& memory, Vek16s* gain, D
     constexpr Vek16s kWeak = 9830;    // 0.3
     constexpr Vek16s kVoiced = 13107; // 0.4
     const bool near = *memory.strength >= kWeak;
-    const int centre = std::clamp<int>(*memory.median, kMinLag, kMaxLag);
-    const Vek16s* lagWeight = kDelayWeight + 250 - kMaxLag;
+    const int centre = std::clamp<int>(*memory.median, kShortestDelay, kLongestDelay);
+    const Vek16s* lagWeight = kDelayWeight + 250 - kLongestDelay;
     const Vek16s* nearWeight = kDelayWeight + 123 - centre;
-    int best = kMaxLag;
+    int best = kLongestDelay;
     int32_t max = kMin32;
-    for (int lag = kMaxLag; lag >= kMinLag; --lag) {
+    for (int lag = kLongestDelay; lag >= kShortestDelay; --lag) {
         int32_t value = times(stretch.correlation(lag), lagWeight[lag]);
         if (near) {
             value = times(value, nearWeight[lag]);
@@ -250,8 +249,8 @@ struct Frame {
 
 void search(const Frame& frame, Rate rate, const Memory& memory, Detectors& detectors) {
     const bool whole = rate == Rate::R475 || rate == Rate::R515;
-    const int shortest = rate == Rate::R1220 ? 18 : kMinLag;
-    Vek16s* now = frame.weighted + kMaxLag;
+    const int shortest = rate == Rate::R1220 ? 18 : kShortestDelay;
+    Vek16s* now = frame.weighted + kLongestDelay;
     weightFrame(frame.numerators, frame.denominators, frame.speech, now);
     for (int half = whole ? 1 : 0; half < 2; ++half) {
         const Stretch stretch(whole ? now : now + half * kHalf, whole ? kFrame : kHalf, shortest);
@@ -268,7 +267,7 @@ void search(const Frame& frame, Rate rate, const Memory& memory, Detectors& dete
         frame.gains[0] = 0;
         frame.lags[0] = frame.lags[1];
     }
-    std::memmove(frame.weighted, frame.weighted + kFrame, kMaxLag * sizeof(Vek16s));
+    std::memmove(frame.weighted, frame.weighted + kFrame, kLongestDelay * sizeof(Vek16s));
 }
 
 VekStatus checked(const Frame& frame, const Memory& memory, VekSpchBitRate mode) {

@@ -16,7 +16,6 @@ using namespace vek::gsmamr;
 
 namespace {
 
-constexpr int kOrder = 10;
 constexpr int kCoeffs = kOrder + 1;
 constexpr int kTiltResponse = 22;
 

@@ -1,7 +1,6 @@
-// The rates of AMR in their order, and its two logarithms.
+// The rates of AMR in their order.
 #pragma once
 
-#include "sc/common/fixmath.h"
 #include "sc/gsmamr/tables.h"
 #include "vekdefs.h"
 
@@ -33,31 +32,6 @@ constexpr Rate rateOf(VekSpchBitRate mode) {
     default:
         return Rate::None;
     }
-}
-
-// Logarithm to the base 2 in whole part and fraction (Q15); both 0 for values below 1.
-inline void log2Of(int32_t x, int16_t& whole, int16_t& fraction) {
-    whole = 0;
-    fraction = 0;
-    if (x <= 0) {
-        return;
-    }
-    const int norm = fix::norm_l(x);
-    const int32_t mantissa = x << norm;
-    const int place = (mantissa >> 25) - 32;
-    const auto within = static_cast<int16_t>((mantissa >> 10) & 0x7fff);
-    const auto step = static_cast<int16_t>(kLog2[place] - kLog2[place + 1]);
-    whole = static_cast<int16_t>(30 - norm);
-    fraction = fix::extract_h(fix::L_msu(fix::L_deposit_h(kLog2[place]), step, within));
-}
-
-// 2^(whole + fraction), rounded; the fraction is Q15, not negative.
-inline int32_t pow2Of(int16_t whole, int16_t fraction) {
-    const int place = fraction >> 10;
-    const auto within = static_cast<int16_t>((fraction << 5) & 0x7fff);
-    const auto step = static_cast<int16_t>(kPow2[place] - kPow2[place + 1]);
-    const int32_t mantissa = fix::L_msu(fix::L_deposit_h(kPow2[place]), step, within);
-    return fix::L_shr_r(mantissa, 30 - whole);
 }
 
 } // namespace vek::gsmamr

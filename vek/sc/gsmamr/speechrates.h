@@ -1,13 +1,10 @@
-// Which of the library's rates are those of GSM AMR, and the sizes that its speech functions share.
+// Which of the library's rates are those of GSM AMR.
 #pragma once
 
+#include "sc/gsmamr/sizes.h"
 #include "vekdefs.h"
 
 namespace vek::gsmamr {
-
-constexpr int kSubframe = 40;
-constexpr int kFrame = 160;
-constexpr int kSubframes = 4;
 
 constexpr bool isRate(VekSpchBitRate mode) {
     switch (mode) {

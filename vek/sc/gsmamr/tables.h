@@ -1,11 +1,10 @@
 // Tables of AMR narrow band that the DTX, pitch, line spectrum and voice activity rooms share.
 #pragma once
 
+#include "sc/gsmamr/sizes.h"
 #include "vekdefs.h"
 
 namespace vek::gsmamr {
-
-constexpr int kOrder = 10;
 
 // Line spectral frequencies, Q15 of the sampling rate: 16384 is half of it.
 extern const Vek16s kLsf3Low[256][4];
@@ -33,10 +32,6 @@ extern const Vek16s kWindow232x8[240];
 
 // Weight of the delays, the largest first; entries 0..246 serve the distance to the last delays, 127..250 the delay.
 extern const Vek16s kDelayWeight[251];
-
-// Logarithm and power of two over one octave in 32 steps.
-extern const Vek16s kLog2[33];
-extern const Vek16s kPow2[33];
 
 // Voice activity, option 2: metric of a channel by its ratio in 3/8 dB; the others by the peak ratio in 3 dB.
 extern const Vek16s kVoiceMetric[90];

@@ -3,22 +3,19 @@
 
 #include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
+#include "sc/gsmamr/sizes.h"
 #include "veksc_gsmamrdtx.h"
 
-namespace {
+using namespace vek;
+using namespace vek::gsmamr;
 
-constexpr int kOrder = 10;
-constexpr int kSubframe = 40;
 constexpr int kFormat = 12;
-
-} // namespace
 
 VekStatus veksImpulseResponseTarget_GSMAMR_16s(const Vek16s* pSrcSpch, const Vek16s* pSrcWgtLpc1,
                                                const Vek16s* pSrcWgtLpc2, const Vek16s* pSrcQLpc,
                                                const Vek16s* pSrcSynFltState, const Vek16s* pSrcWgtFltState,
                                                Vek16s* pDstImpulseResponse, Vek16s* pDstLpResidual,
                                                Vek16s* pDstAdptTarget) {
-    using namespace vek;
     if (anyNull(pSrcSpch, pSrcWgtLpc1, pSrcWgtLpc2, pSrcQLpc, pSrcSynFltState, pSrcWgtFltState, pDstImpulseResponse,
                 pDstLpResidual, pDstAdptTarget)) {
         return vekStsNullPtrErr;

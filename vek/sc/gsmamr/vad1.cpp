@@ -3,6 +3,7 @@
 #include "sc/common/bandvad.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/gsmamr/sizes.h"
 #include "sc/kernels/corr.h"
 #include "veksc_gsmamrdtx.h"
 
@@ -16,7 +17,7 @@ using namespace vek::bandvad;
 
 using State = VeksVAD1State_GSMAMR;
 
-constexpr int kFrame = 160;
+using gsmamr::kFrame;
 constexpr int kLookAhead = 40;
 constexpr int kBands = 9;
 constexpr Vek16s kMostNoise = 16000;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "sc/common/logarithm.h"
 #include "sc/common/signal_check.h"
 #include "sc/gsmamr/rates.h"
 #include "sc/kernels/filter.h"
@@ -55,7 +56,7 @@ int32_t times(int32_t v, Vek16s by) {
 Vek16s decibel(int32_t v, int format) {
     Vek16s whole = 0;
     Vek16s fraction = 0;
-    log2Of(v, whole, fraction);
+    Log2(v, whole, fraction);
     whole = sub(whole, static_cast<Vek16s>(format));
     return extract_l(L_shr_r(Mpy_32_16(whole, fraction, 24660), 6));
 }
@@ -158,7 +159,7 @@ Vek16s trackRatio(State& s, const Spectrum& m) {
         Vek16s fraction = 0;
         L_Extract(L_shr(L_mult(m.ratio[c], 10885), 8), whole, fraction);
         // Three bits more for ratios below 1.
-        sum = L_add(sum, pow2Of(add(whole, 3), fraction));
+        sum = L_add(sum, Pow2(add(whole, 3), fraction));
     }
     const Vek16s now = decibel(sum, 4 + 3);
     if (now > s.peakRatio) {

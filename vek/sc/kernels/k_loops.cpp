@@ -18,10 +18,11 @@ constexpr float kMostAngle = 3.15F;
 
 #if VEK_LEVEL == 0
 
-void lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
+VekStatus lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
     for (int i = 0; i < kSub; ++i) {
         y[i] = fix::sat16(x[i] - fix::sat16((d[i] * g) >> 14));
     }
+    return vekStsNoErr;
 }
 
 VekStatus lessScaled32f(float g, const float* d, const float* x, float* y) {
@@ -107,7 +108,7 @@ VEK_INLINE void fillSubframe(int16_t* y, Made made) {
     }
 }
 
-void lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
+VekStatus lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
     const hn::RepartitionToWide<D16> wide;
     const auto factor = hn::Set(d16, static_cast<int16_t>(g));
     fillSubframe(y, [=](int i) {
@@ -119,6 +120,7 @@ void lessScaled16(int g, const int16_t* d, const int16_t* x, int16_t* y) {
         const auto less = hn::ReorderDemote2To(d16, hn::ShiftRight<14>(lower), hn::ShiftRight<14>(upper));
         return hn::SaturatedSub(hn::LoadU(d16, x + i), less);
     });
+    return vekStsNoErr;
 }
 
 VekStatus lessScaled32f(float g, const float* d, const float* x, float* y) {

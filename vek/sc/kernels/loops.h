@@ -26,10 +26,10 @@ struct Rounding {
 };
 
 struct LoopKernels {
-    // y[i] = sat16(x[i] - sat16((d[i] * g) >> 14)), kLoopSubframe samples; y may be x.
-    void (*lessScaled16)(int g, const int16_t* d, const int16_t* x, int16_t* y);
-    // y[i] = x[i] - g * d[i], kLoopSubframe samples; y may be x. Gives vekStsNoErr, for a public function to end with a
-    // jump to it.
+    // y[i] = sat16(x[i] - sat16((d[i] * g) >> 14)), kLoopSubframe samples; y may be x. Gives vekStsNoErr, for a public
+    // function to end with a jump to it.
+    VekStatus (*lessScaled16)(int g, const int16_t* d, const int16_t* x, int16_t* y);
+    // y[i] = x[i] - g * d[i], as above.
     VekStatus (*lessScaled32f)(float g, const float* d, const float* x, float* y);
     // Sum of |x[i]|, kLoopSubframe samples.
     int32_t (*magnitudes16)(const int16_t* x);

@@ -88,36 +88,32 @@ VekStatus veksPostFilter_RTA_32f_I(const Vek32f* pSrcLPC, int order, Vek32f* pSr
     if (apfIdx < 1 || apfIdx > 3) {
         return vekStsBadArgErr;
     }
-    State state;
-    if (!state.take(pMem)) {
-        return vekStsStateErr;
-    }
-    const Filter f = weighted(pSrcLPC, order, kStrengths[apfIdx - 1]);
-    const float tilt = kTilt * tiltOf(f, order);
-    float* const inputs = pSTApfMem;
-    float* const outputs = pSTApfMem + kMostOrder;
-    while (len > 0) {
-        const int n = std::min(len, kChunk);
-        float x[kMostOrder + kChunk];
-        float y[kMostOrder + kChunk];
-        std::copy_n(inputs, kMostOrder, x);
-        std::copy_n(pSrcDstSpeech, n, x + kMostOrder);
-        std::copy_n(outputs, kMostOrder, y);
-        floatCorrKernels().corr32f(f.numerator, x + kMostOrder - order, order + 1, n, y + kMostOrder);
-        floatCorrKernels().allPole32f(f.denominator, order, y + kMostOrder, n);
-        std::copy_n(x + n, kMostOrder, inputs);
-        for (int i = 0; i < kMostOrder; ++i) {
-            outputs[i] = (y[n + i] + kDust) - kDust;
+    return State::with(pMem, [&](auto& content) {
+        const Filter f = weighted(pSrcLPC, order, kStrengths[apfIdx - 1]);
+        const float tilt = kTilt * tiltOf(f, order);
+        float* const inputs = pSTApfMem;
+        float* const outputs = pSTApfMem + kMostOrder;
+        while (len > 0) {
+            const int n = std::min(len, kChunk);
+            float x[kMostOrder + kChunk];
+            float y[kMostOrder + kChunk];
+            std::copy_n(inputs, kMostOrder, x);
+            std::copy_n(pSrcDstSpeech, n, x + kMostOrder);
+            std::copy_n(outputs, kMostOrder, y);
+            floatCorrKernels().corr32f(f.numerator, x + kMostOrder - order, order + 1, n, y + kMostOrder);
+            floatCorrKernels().allPole32f(f.denominator, order, y + kMostOrder, n);
+            std::copy_n(x + n, kMostOrder, inputs);
+            for (int i = 0; i < kMostOrder; ++i) {
+                outputs[i] = (y[n + i] + kDust) - kDust;
+            }
+            veksPreemphasize_32f_I(y + kMostOrder, n, &content.emphasis, tilt);
+            for (int i = kMostOrder; i < kMostOrder + n; i += kBlock) {
+                veksGainControl_G729_32f_I(x + i, y + i, &content.gain);
+                content.gain = std::max(content.gain, kLeastGain);
+            }
+            std::copy_n(y + kMostOrder, n, pSrcDstSpeech);
+            pSrcDstSpeech += n;
+            len -= n;
         }
-        veksPreemphasize_32f_I(y + kMostOrder, n, &state.content.emphasis, tilt);
-        for (int i = kMostOrder; i < kMostOrder + n; i += kBlock) {
-            veksGainControl_G729_32f_I(x + i, y + i, &state.content.gain);
-            state.content.gain = std::max(state.content.gain, kLeastGain);
-        }
-        std::copy_n(y + kMostOrder, n, pSrcDstSpeech);
-        pSrcDstSpeech += n;
-        len -= n;
-    }
-    state.give(pMem);
-    return vekStsNoErr;
+    });
 }
