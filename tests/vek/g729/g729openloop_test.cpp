@@ -176,9 +176,11 @@ TEST(VekOpenLoopPitch, RefusesNull) {
 TEST(VekAutoCorrLagMax, IsTheLargestDoubledSumForwardsAndBackwards) {
     atEveryLevel([] {
         std::mt19937 random(8);
-        for (const int len : {1, 7, 40, 80}) {
-            for (const int lower : {0, 20, 40}) {
-                const Samples x = noise(random, 200, -32768, 32767);
+        for (const int len : {1, 7, 8, 15, 16, 23, 31, 32, 33, 40, 41, 64, 80}) {
+            for (const int lower : {0, 20, 33, 37, 38, 39, 40}) {
+                // In 32 bits, at times, and beyond them.
+                const int loudest = lower % 2 == 0 ? 1200 : lower == 39 ? 5500 : 32768;
+                const Samples x = noise(random, 200, -loudest, loudest - 1);
                 for (const int direction : {1, -1}) {
                     const int16_t* at = direction > 0 ? x.data() : x.data() + 40;
                     int64_t best = INT64_MIN;

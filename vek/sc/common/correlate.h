@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "sc/common/level_ns.h"
 #include "sc/common/scratch.h"
 #include "sc/kernels/corr.h"
 
@@ -10,11 +11,20 @@ namespace vek {
 
 constexpr int kLagBlock = 256;
 
+template <typename Put>
+[[gnu::noinline]] void putWide(const int16_t* a, const int16_t* b, int len, int first, int count, const Put& put) {
+    int64_t sums[kLagBlock];
+    for (int k = 0; k < count; ++k) {
+        sums[k] = first + k < len ? corrKernels().dot16(a + first + k, b, len - first - k) : 0;
+    }
+    put(first, static_cast<const int64_t*>(sums), count);
+}
+
 // put(first, sums, count) with the exact sums of a[i] * b[i-k], i = k..len-1, of k from `first` on, until all of
 // 0..lags-1 have been given; lags from len on give 0. The sums have 32 bits where these hold all of them:
 // narrow(first, count, block) then gives them and tells so.
 template <typename Narrow, typename Put>
-void correlateBy(const int16_t* a, const int16_t* b, int len, int lags, Narrow narrow, Put put) {
+VEK_INLINE void correlateBy(const int16_t* a, const int16_t* b, int len, int lags, Narrow narrow, Put put) {
     for (int first = 0; first < lags; first += kLagBlock) {
         const int count = lags - first < kLagBlock ? lags - first : kLagBlock;
         int32_t sums[kLagBlock];
@@ -22,11 +32,7 @@ void correlateBy(const int16_t* a, const int16_t* b, int len, int lags, Narrow n
             put(first, static_cast<const int32_t*>(sums), count);
             continue;
         }
-        int64_t wide[kLagBlock];
-        for (int k = 0; k < count; ++k) {
-            wide[k] = first + k < len ? corrKernels().dot16(a + first + k, b, len - first - k) : 0;
-        }
-        put(first, static_cast<const int64_t*>(wide), count);
+        putWide(a, b, len, first, count, put);
     }
 }
 
@@ -34,7 +40,9 @@ void correlateBy(const int16_t* a, const int16_t* b, int len, int lags, Narrow n
 template <typename Put>
 void correlate(const int16_t* padA, const int16_t* padB, int len, int lags, Put put) {
     const CorrKernels& kernels = corrKernels();
-    const bool fits = kernels.sumsFit16(padA, padB, len);
+    // Whole registers are looked at quicker than less, and padding is none too large, if not zero.
+    const int whole = len < kCorrPadding ? kCorrPadding : (len + 15) & ~15;
+    const bool fits = kernels.sumsFit16(padA, padB, whole);
     correlateBy(
         padA, padB, len, lags,
         [=, &kernels](int first, int count, int32_t* block) {
@@ -60,7 +68,7 @@ template <typename Put>
 
 // The same without copies where the lags are few.
 template <typename Put>
-bool correlateAlone(const int16_t* a, const int16_t* b, int len, int lags, Put put) {
+VEK_INLINE bool correlateAlone(const int16_t* a, const int16_t* b, int len, int lags, Put put) {
     if (len - lags < kCorrInside) {
         return correlateCopies(a, b, len, lags, put);
     }

@@ -1,4 +1,8 @@
 // Correlation of two vectors, and causal convolution.
+#include <algorithm>
+#include <bit>
+#include <type_traits>
+
 #include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
@@ -30,6 +34,22 @@ Vek16s roundQ15(int64_t sum) {
 template <typename Store>
 VekStatus convolved(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Store store) {
     return convolve(pSrc1, pSrc2, len, store) ? vekStsNoErr : vekStsNoMemErr;
+}
+
+// Shifted so that the largest magnitude has 13 bits.
+template <typename Sum>
+void toThirteenBits(const Sum* sums, int len, Vek16s* pDst) {
+    constexpr int kResultBits = 13;
+    std::make_unsigned_t<Sum> bits = 0;
+    for (int k = 0; k < len; ++k) {
+        bits |= static_cast<std::make_unsigned_t<Sum>>(sums[k] < 0 ? -sums[k] : sums[k]);
+    }
+    const int shift = bits == 0 ? 0 : static_cast<int>(std::bit_width(bits)) - kResultBits;
+    const int down = shift > 0 ? shift : 0;
+    const int up = down - shift;
+    for (int k = 0; k < len; ++k) {
+        pDst[k] = static_cast<Vek16s>(sums[k] >> down << up);
+    }
 }
 
 VekStatus check(const Vek16s* pSrc1, const Vek16s* pSrc2, const void* pDst, int len) {
@@ -89,30 +109,22 @@ VekStatus veksCrossCorr_NormM_16s(const Vek16s* pSrc1, const Vek16s* pSrc2, int 
     if (const VekStatus status = check(pSrc1, pSrc2, pDst, len); status != vekStsNoErr) {
         return status;
     }
-    constexpr int kResultBits = 13;
-    constexpr int kMostDoublings = 14;
     const Scratch16 a(pSrc1, len, kCorrPadding);
     const Scratch16 b(pSrc2, len, kCorrPadding);
     const std::unique_ptr<int64_t[]> heap(len > kLagBlock ? new (std::nothrow) int64_t[static_cast<size_t>(len)]
                                                           : nullptr);
-    int64_t local[kLagBlock];
-    int64_t* sums = len > kLagBlock ? heap.get() : local;
-    if (anyNull(a.data(), b.data(), sums)) {
+    if (anyNull(a.data(), b.data()) || (len > kLagBlock && heap == nullptr)) {
         return vekStsNoMemErr;
     }
-    int64_t largest = 0;
-    correlate(a.data(), b.data(), len, len, [&](int first, const auto* own, int count) {
-        for (int k = 0; k < count; ++k) {
-            const int64_t sum = own[k];
-            sums[first + k] = sum;
-            const int64_t magnitude = sum < 0 ? -sum : sum;
-            largest = magnitude > largest ? magnitude : largest;
+    correlate(a.data(), b.data(), len, len, [&](int first, const auto* sums, int count) {
+        if (count == len) {
+            toThirteenBits(sums, len, pDst);
+        } else {
+            std::copy_n(sums, count, heap.get() + first);
         }
     });
-    int shift = largest == 0 ? 0 : 63 - fix::norm_64(largest) - kResultBits;
-    shift = shift < -kMostDoublings ? -kMostDoublings : shift;
-    for (int k = 0; k < len; ++k) {
-        pDst[k] = fix::scaleSat16(sums[k], shift);
+    if (len > kLagBlock) {
+        toThirteenBits(heap.get(), len, pDst);
     }
     return vekStsNoErr;
 }

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
+#include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/kernels/corr.h"
-#include "sc/kernels/filter.h"
 #include "veksc_filter.h"
 
 using namespace vek;
@@ -22,23 +22,13 @@ int32_t product(const int16_t* a, const int16_t* b, int n = kSubframe) {
 } // namespace
 
 void vek::convolveSubframe(const int16_t* x, const int16_t* h, int16_t* y) {
-    const auto energyX = static_cast<double>(corrKernels().dot16(x, x, kSubframe));
-    const auto energyH = static_cast<double>(corrKernels().dot16(h, h, kSubframe));
-    if (energyX * energyH < 1.0e18) { // no sum reaches 2^30
-        int16_t padded[2 * kSubframe] = {};
-        int32_t sums[kSubframe];
-        std::copy_n(x, kSubframe, padded + kSubframe);
-        filterKernels().fir32(h, kSubframe - 1, padded + kSubframe, sums, kSubframe);
-        for (int n = 0; n < kSubframe; ++n) {
-            y[n] = sat16(sums[n] >> 12);
+    convolve(x, h, kSubframe, [y](int n, auto sum) {
+        if constexpr (sizeof sum == sizeof(int32_t)) {
+            y[n] = sat16(sum >> 12);
+        } else {
+            y[n] = sat16_64(sum >> 12);
         }
-        return;
-    }
-    int16_t turned[kSubframe];
-    std::reverse_copy(h, h + kSubframe, turned);
-    for (int n = 0; n < kSubframe; ++n) {
-        y[n] = extract_h(L_shl(product(x, turned + kSubframe - 1 - n, n + 1), 3));
-    }
+    });
 }
 
 // The sums of all delays where they do not fit 32 bits, saturated.

@@ -117,8 +117,11 @@ PitchDelay vek::g729::closedLoop(const int16_t* exc, const int16_t* target, cons
 
 int16_t vek::g729::pitchGain(const int16_t* target, const int16_t* y) {
     const CorrKernels& kernels = corrKernels();
-    const Mantissa yy(2 * kernels.dot16(y, y, kSubframe) + 1, 4);
-    const Mantissa xy(2 * kernels.dot16(target, y, kSubframe), 2);
+    int32_t cross;
+    int32_t squares;
+    const bool narrow = kernels.gainSums16(target, y, kSubframe, &cross, &squares);
+    const Mantissa yy(2 * (narrow ? squares : kernels.dot16(y, y, kSubframe)) + 1, 4);
+    const Mantissa xy(2 * (narrow ? cross : kernels.dot16(target, y, kSubframe)), 2);
     if (xy.value <= 0) {
         return 0;
     }

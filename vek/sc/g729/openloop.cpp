@@ -113,8 +113,20 @@ public:
 
     Peak peak(int shortest, int end, int step) const {
         Peak best{shortest, kMin32};
-        for (int lag = shortest; lag < end; lag += step) {
-            take(best, lag);
+        if (!m_products.exact()) {
+            for (int lag = shortest; lag < end; lag += step) {
+                take(best, lag);
+            }
+            return best;
+        }
+        // Every second delay of a phase is one sample farther on in it.
+        for (int from = shortest; from <= shortest + 2 - step; ++from) {
+            const MostOfSlide most =
+                mostOfSlide(m_phases.now(), m_phases.past(from), kHalfFrame, -1, (end - from + 1) / 2);
+            const Peak peak{from + 2 * most.at, doubled(most.sum)};
+            if (peak.value > best.value || (peak.value == best.value && peak.lag < best.lag)) {
+                best = peak;
+            }
         }
         return best;
     }

@@ -11,6 +11,7 @@
 namespace vek {
 
 constexpr int kMaxLpOrder = 40;
+constexpr int kGathered = 8;
 
 // What is as short as a call of it gives vekStsNoErr: a public function then ends with a jump to it.
 struct FilterKernels {
@@ -35,7 +36,7 @@ struct FilterKernels {
     // rows[m * 40 + d] = sum of h[i] * h[i+d], i = 0..m, for d = 0..39-m; the rest of a row is not defined.
     void (*corrRows16)(const int16_t* h, int32_t* rows);
     void (*corrRows32f)(const float* h, float* rows);
-    // dst[n] = rows[index[n]] << 1, and the upper halves of the same
+    // dst[i] = rows[index[i]] << 1, and the upper halves of the same, for n a multiple of kGathered
     void (*gather32)(const int32_t* rows, const uint16_t* index, int32_t* dst, int n);
     void (*gather16)(const int32_t* rows, const uint16_t* index, int16_t* dst, int n);
     // y[k] = sum over i of (c[i] * f2[40 + k - i]) >> 15, saturated at each step; 40 elements, f2 is 40 twice.

@@ -596,6 +596,7 @@ bool delayed16(const int16_t* past, const int16_t* h, int q, const int16_t* y, c
         if (start == 0) {
             int16_t moved[kDelayedResponse];
             copy(all.y, moved);
+            std::fill_n(all.y, kStay, int16_t{0});
             copy(moved, all.y + kStay);
             start = kStay;
         }

