@@ -37,13 +37,22 @@ VekStatus veksSNR_AMRWBE_16s(const Vek16s* pSrcSignal, const Vek16s* pSrcSynth, 
     if (badLength(len) || lenSegment < 1 || len % lenSegment != 0) {
         return vekStsSizeErr;
     }
+    // A logarithm of the product of so many ratios, each within 2^-48..2^46.
+    constexpr int kRatios = 16;
     double sum = 0;
+    double ratio = 1;
+    int factors = 0;
     for (int start = 0; start < len; start += lenSegment) {
         const int64_t noise = loopKernels().squaredDistance16(pSrcSignal + start, pSrcSynth + start, lenSegment);
         const int64_t signal = corrKernels().dot16(pSrcSignal + start, pSrcSignal + start, lenSegment);
-        sum += std::log10(static_cast<double>(std::max<int64_t>(signal, 1)) /
-                          static_cast<double>(std::max<int64_t>(noise, 1)));
+        ratio *= static_cast<double>(std::max<int64_t>(signal, 1)) / static_cast<double>(std::max<int64_t>(noise, 1));
+        if (++factors == kRatios) {
+            sum += std::log10(ratio);
+            ratio = 1;
+            factors = 0;
+        }
     }
+    sum += std::log10(ratio);
     const double decibels = 10 * sum * lenSegment / len;
     *pResultSNR = fix::sat16(static_cast<int32_t>(std::lround(256 * decibels)));
     return vekStsNoErr;

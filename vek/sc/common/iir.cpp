@@ -46,8 +46,8 @@ void poleZero(const Vek16s* pCoeffs, const Vek16s* x, Vek16s* y, Vek32s* acc) {
     if (negatable) {
         k.fir32(zero, kOrder, x, acc, kSubframeG723);
         k.allPole(pole, kOrder, acc, y, kSubframeG723, 13);
-        const int64_t bound = sumAbs(zero, kOrder + 1) * k.maxAbs16(x - kOrder, kOrder + kSubframeG723) +
-                              sumAbs(pole + 1, kOrder) * k.maxAbs16(y - kOrder, kOrder + kSubframeG723);
+        const int64_t bound = int64_t{k.sumAbs16(zero, kOrder + 1)} * k.maxAbs16(x - kOrder, kOrder + kSubframeG723) +
+                              int64_t{k.sumAbs16(pole + 1, kOrder)} * k.maxAbs16(y - kOrder, kOrder + kSubframeG723);
         if (bound < kSafe) {
             for (int i = 0; i < kSubframeG723; i++) {
                 acc[i] = L_shl(acc[i], 3);

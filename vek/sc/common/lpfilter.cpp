@@ -37,23 +37,15 @@ void synthesisStepwise(const int16_t* a, int order, const int16_t* x, int16_t* y
 
 } // namespace
 
-int64_t sumAbs(const int16_t* a, int n) {
-    int32_t s = 0;
-    for (int j = 0; j < n; j++) {
-        s += a[j] < 0 ? -a[j] : a[j];
-    }
-    return s;
-}
-
 void residualFilter(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q, Steps steps) {
     const FilterKernels& k = filterKernels();
-    if (steps == Steps::Wrap || sumAbs(a, order + 1) * k.maxAbs16(x - order, order + n) < kSafe) {
+    if (steps == Steps::Wrap || int64_t{k.sumAbs16(a, order + 1)} * k.maxAbs16(x - order, order + n) < kSafe) {
         k.fir16(a, order, x, y, n, q);
         return;
     }
     // A loud passage: the bound is tried again for short stretches, since few of them come near it.
     constexpr int kStretch = 8;
-    const int64_t gain = sumAbs(a, order + 1);
+    const int64_t gain = k.sumAbs16(a, order + 1);
     for (int i = 0; i < n; i += kStretch) {
         const int c = std::min(kStretch, n - i);
         if (gain * k.maxAbs16(x + i - order, order + c) < kSafe) {
@@ -71,8 +63,8 @@ void synthesisFilter(const int16_t* a, int order, const int16_t* x, int16_t* y, 
     alignas(32) int32_t sums[kChunk];
     int16_t* const out = buffer + kMaxLpOrder;
     std::memcpy(out - order, mem, static_cast<size_t>(order) * sizeof(int16_t));
-    const int64_t feedback = steps == Steps::Wrap ? 0 : sumAbs(a + 1, order);
-    const int64_t input = steps == Steps::Wrap ? 0 : sumAbs(a, 1);
+    const int64_t feedback = steps == Steps::Wrap ? 0 : k.sumAbs16(a + 1, order);
+    const int64_t input = steps == Steps::Wrap ? 0 : k.sumAbs16(a, 1);
     while (n > 0) {
         const int c = std::min(n, kChunk);
         k.fir32(a, 0, x, sums, c);

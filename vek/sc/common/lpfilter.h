@@ -13,9 +13,6 @@ namespace vek {
 // Whether each step of the 32-bit sum saturates, or the sum wraps ("low" forms).
 enum class Steps { Saturate, Wrap };
 
-// Sum of the magnitudes of n coefficients.
-int64_t sumAbs(const int16_t* a, int n);
-
 // y[i] = sum of a[j] * x[i-j], j = 0..order, with a[0] = 1 in the format q (0..15), rounded and saturated to 16 bits.
 // x[-order..-1] is read; y apart from x.
 void residualFilter(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q,

@@ -27,7 +27,7 @@ void synthesis(const Vek16s* lpc, const Vek16s* x, Vek16s* y, Vek32s* f) {
         const FilterKernels& kernels = filterKernels();
         kernels.allPole(a, kOrder, f, y, kSubframe, 13);
         const int64_t most = kernels.maxAbs16(y - kOrder, kOrder + kSubframe);
-        if (sumAbs(a + 1, kOrder) * most < (int64_t{1} << 31) - (1 << 27) - 4096) {
+        if (int64_t{filterKernels().sumAbs16(a + 1, kOrder)} * most < (int64_t{1} << 31) - (1 << 27) - 4096) {
             return;
         }
     }

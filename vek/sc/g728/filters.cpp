@@ -20,21 +20,31 @@ namespace {
 struct Weighting {
     Vek16s in[kShortOrder] = {};
     Vek16s out[kShortOrder] = {};
-
-    // n samples, up to five.
-    void filter(const Vek16s* coeffs, const Vek16s* src, int n, Vek16s* dst) {
-        Vek16s x[kShortOrder + kVector] = {};
-        Vek16s y[kShortOrder + kVector];
-        std::memcpy(x, in, sizeof in);
-        std::copy_n(src, n, x + kShortOrder);
-        std::memcpy(y, out, sizeof out);
-        g728Kernels().poleZero(coeffs, x, y);
-        std::copy_n(y + kShortOrder, n, dst);
-        std::copy_n(x + n, kShortOrder, in);
-        std::copy_n(y + n, kShortOrder, out);
-    }
 };
 using IIRState = Marked<Weighting, 0x57494752>;
+
+// n samples, up to five. The memory has no alignment; what it holds goes through no copy but the kernel's input, since
+// what is read across the bounds of what has just been written waits for it.
+void filter(const Vek16s* coeffs, const Vek16s* src, int n, Vek16s* dst, Vek8u* in, Vek8u* out) {
+    Vek16s x[kShortOrder + kVector] = {};
+    Vek16s y[kShortOrder + kVector];
+    std::memcpy(x, in, sizeof Weighting::in);
+    std::copy_n(src, n, x + kShortOrder);
+    std::memcpy(y, out, sizeof Weighting::out);
+    g728Kernels().poleZero(coeffs, x, y);
+    std::copy_n(y + kShortOrder, n, dst);
+    std::memcpy(in, x + n, sizeof Weighting::in);
+    std::memcpy(out, y + n, sizeof Weighting::out);
+}
+
+// The content of a state, or null where its mark is not there.
+template <class State>
+Vek8u* contentOf(void* memory) {
+    auto* bytes = static_cast<Vek8u*>(memory);
+    uint32_t mark = 0;
+    std::memcpy(&mark, bytes + offsetof(State, mark), sizeof mark);
+    return mark == State::kMark ? bytes + offsetof(State, content) : nullptr;
+}
 
 } // namespace
 
@@ -51,15 +61,20 @@ VekStatus veksIIR16s_G728_16s(const Vek16s* pCoeffs, const Vek16s* pSrc, Vek16s*
     if (const VekStatus status = checkSignal(len, pCoeffs, pSrc, pDstWgtSpeech, pMem); status != vekStsNoErr) {
         return status;
     }
-    return IIRState::with(pMem, [&](auto& content) {
-        for (int from = 0; from < len; from += kVector) {
-            if (len - from >= kVector) {
-                content.filter(pCoeffs, pSrc + from, kVector, pDstWgtSpeech + from); // a known count is faster
-            } else {
-                content.filter(pCoeffs, pSrc + from, len - from, pDstWgtSpeech + from);
-            }
+    Vek8u* content = contentOf<IIRState>(pMem);
+    if (content == nullptr) {
+        return vekStsStateErr;
+    }
+    Vek8u* in = content + offsetof(Weighting, in);
+    Vek8u* out = content + offsetof(Weighting, out);
+    for (int from = 0; from < len; from += kVector) {
+        if (len - from >= kVector) {
+            filter(pCoeffs, pSrc + from, kVector, pDstWgtSpeech + from, in, out); // a known count is faster
+        } else {
+            filter(pCoeffs, pSrc + from, len - from, pDstWgtSpeech + from, in, out);
         }
-    });
+    }
+    return vekStsNoErr;
 }
 
 VekStatus veksLPCInverseFilter_G728_16s(const Vek16s* pSrc, const Vek16s* pCoeffs, Vek16s* pDst,
@@ -68,17 +83,14 @@ VekStatus veksLPCInverseFilter_G728_16s(const Vek16s* pSrc, const Vek16s* pCoeff
         return vekStsNullPtrErr;
     }
     // Only the head of the state takes part.
-    uint32_t mark = 0;
-    auto* memory = reinterpret_cast<Vek8u*>(pMem);
-    Vek8u* speech = memory + offsetof(AdapterState, content) + offsetof(Adapter, speech);
-    std::memcpy(&mark, memory + offsetof(AdapterState, mark), sizeof mark);
-    if (mark != AdapterState::kMark) {
+    Vek8u* content = contentOf<AdapterState>(pMem);
+    if (content == nullptr) {
         return vekStsStateErr;
     }
-    Vek16s x[kShortOrder + kVector];
-    std::memcpy(x, speech, kShortOrder * sizeof(Vek16s));
-    std::memcpy(x + kShortOrder, pSrc, kVector * sizeof(Vek16s));
-    g728Kernels().zeros(pCoeffs, x, pDst);
-    std::memcpy(speech, x + kVector, kShortOrder * sizeof(Vek16s));
+    Vek16s past[kShortOrder];
+    Vek8u* speech = content + offsetof(Adapter, speech);
+    std::memcpy(past, speech, sizeof past);
+    g728Kernels().zeros(pCoeffs, past, pSrc, pDst);
+    std::memcpy(speech, past, sizeof past);
     return vekStsNoErr;
 }

@@ -2,6 +2,7 @@
 #include "sc/common/cutsum.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/kernels/filter.h"
 #include "veksc_gsmfr.h"
 
 using namespace vek;
@@ -42,13 +43,20 @@ VekStatus veksPreemphasize_GSMFR_16s(const Vek16s* pSrc, Vek16s* pDst, int len, 
     if (const VekStatus status = checkSignal(len, pSrc, pDst, pMem); status != vekStsNoErr) {
         return status;
     }
-    Vek16s past = *pMem;
-    for (int i = 0; i < len; ++i) {
-        const Vek16s now = pSrc[i];
-        pDst[i] = sat16(now + ((past * -kEmphasis + 0x4000) >> 15));
-        past = now;
+    const auto emphasized = [](Vek16s now, Vek16s past) { return sat16(now + ((past * -kEmphasis + 0x4000) >> 15)); };
+    const Vek16s last = pSrc[len - 1];
+    if (pSrc + len <= pDst || pDst + len <= pSrc) {
+        pDst[0] = emphasized(pSrc[0], *pMem);
+        filterKernels().addScaled(pSrc + 1, pSrc, -kEmphasis, pDst + 1, len - 1, 0x4000);
+    } else {
+        Vek16s past = *pMem;
+        for (int i = 0; i < len; ++i) {
+            const Vek16s now = pSrc[i];
+            pDst[i] = emphasized(now, past);
+            past = now;
+        }
     }
-    *pMem = past;
+    *pMem = last;
     return vekStsNoErr;
 }
 

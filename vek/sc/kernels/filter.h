@@ -17,6 +17,8 @@ constexpr int kGathered = 8;
 struct FilterKernels {
     // Largest magnitude, 0..32768.
     int (*maxAbs16)(const int16_t* x, int n);
+    // Sum of magnitudes, of fewer than 65536 elements.
+    int (*sumAbs16)(const int16_t* x, int n);
     // y[i] = sat16((sum of a[j] * x[i-j], j = 0..order, + half) >> q); x[-order..-1] is read. y apart from x.
     void (*fir16)(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q);
     // The same sum, unrounded.

@@ -44,8 +44,9 @@ struct G728Kernels {
     void (*poleZero)(const int16_t* c, const int16_t* x, int16_t* y);
     void (*poleZeroWide)(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit);
     void (*poleZeroRest)(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit);
-    // y[k] = x[10+k] + sum of c[i] * x[9+k-i], i = 0..9, Q13, rounded and saturated; k = 0..4.
-    void (*zeros)(const int16_t* c, const int16_t* x, int16_t* y);
+    // y[k] = x[k] + sum of c[i] * x[k-1-i], i = 0..9, Q13, rounded and saturated; k = 0..4. The ten samples before
+    // x[0] are in `past`, which has the newest ten afterwards; y may be x.
+    void (*zeros)(const int16_t* c, int16_t* past, const int16_t* x, int16_t* y);
     // Levinson's recursion to an order, or up to a step that finds no reflection below 1 or coefficients that need more
     // than 16 bits. rBack[i] = r[order - i], i = 0..order-1, with as many zeros behind as registers reach; all are
     // above -32768.

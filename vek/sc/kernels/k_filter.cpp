@@ -25,14 +25,8 @@ inline uint32_t halfOf(int q) {
     return q > 0 ? 1U << (q - 1) : 0;
 }
 
-int maxAbs16(const int16_t* x, int n) {
-    int16_t hi = 0;
-    int16_t lo = 0;
-    for (int i = 0; i < n; i++) {
-        hi = x[i] > hi ? x[i] : hi;
-        lo = x[i] < lo ? x[i] : lo;
-    }
-    return hi > -lo ? hi : -lo;
+inline int magnitude(int v) {
+    return v < 0 ? -v : v;
 }
 
 inline uint32_t firAt(const int16_t* a, int order, const int16_t* x) {
@@ -72,6 +66,52 @@ using namespace registers;
 
 // What codecs run over ten to sixty elements goes by 256 bits at the most.
 using Short16 = hn::CappedTag<int16_t, 16>;
+
+// Largest magnitude of at least as many as `d` has lanes: as numbers without a sign magnitudes have room for 32768.
+template <class D>
+VEK_INLINE int maxAbsBy(D d, const int16_t* x, int n) {
+    constexpr int lanes = kLanesOf<D>;
+    const hn::RebindToUnsigned<D> bits;
+    const auto at = [=](int i) { return hn::BitCast(bits, hn::Abs(hn::LoadU(d, x + i))); };
+    auto most = at(n - lanes);
+    for (int i = 0; i < n - lanes; i += lanes) {
+        most = hn::Max(most, at(i));
+    }
+    if constexpr (lanes > 8) {
+        const hn::Half<decltype(bits)> half;
+        return hn::GetLane(hn::MaxOfLanes(half, hn::Max(hn::LowerHalf(most), hn::UpperHalf(half, most))));
+    } else {
+        return hn::GetLane(hn::MaxOfLanes(bits, most));
+    }
+}
+
+int maxAbs16(const int16_t* x, int n) {
+    if (n >= kLanesOf<Short16>) {
+        return maxAbsBy(Short16(), x, n);
+    }
+    if (n >= kLanesOf<EightOf16>) {
+        return maxAbsBy(kEightOf16, x, n);
+    }
+    int most = 0;
+    for (int i = 0; i < n; ++i) {
+        most = magnitude(x[i]) > most ? magnitude(x[i]) : most;
+    }
+    return most;
+}
+
+int sumAbs16(const int16_t* x, int n) {
+    auto sums = hn::Zero(kFourOf32);
+    int i = 0;
+    for (; i + kLanesOf<EightOf16> <= n; i += kLanesOf<EightOf16>) {
+        const auto v = hn::LoadU(kEightOf16, x + i);
+        sums = plusPairs(sums, v, hn::ShiftRight<15>(v) | hn::Set(kEightOf16, 1));
+    }
+    int s = hn::GetLane(hn::SumOfLanes(kFourOf32, sums));
+    for (; i < n; ++i) {
+        s += magnitude(x[i]);
+    }
+    return s;
+}
 
 bool isShort(int v) {
     return v == static_cast<int16_t>(v);
@@ -394,6 +434,24 @@ void corrRows16(const int16_t* h, int32_t* rows) {
 
 #else
 
+int maxAbs16(const int16_t* x, int n) {
+    int16_t hi = 0;
+    int16_t lo = 0;
+    for (int i = 0; i < n; i++) {
+        hi = x[i] > hi ? x[i] : hi;
+        lo = x[i] < lo ? x[i] : lo;
+    }
+    return hi > -lo ? hi : -lo;
+}
+
+int sumAbs16(const int16_t* x, int n) {
+    int s = 0;
+    for (int i = 0; i < n; i++) {
+        s += magnitude(x[i]);
+    }
+    return s;
+}
+
 VekStatus addScaled(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half) {
     for (int i = 0; i < n; i++) {
         y[i] = scaledAdded(x[i], d[i], b, half);
@@ -491,6 +549,8 @@ void fir16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int
         return fir16Of<10>(a, order, x, y, n, q);
     case 16:
         return fir16Of<16>(a, order, x, y, n, q);
+    case 30:
+        return fir16Of<30>(a, order, x, y, n, q);
     default:
         return fir16Of<0>(a, order, x, y, n, q);
     }
@@ -577,8 +637,8 @@ constexpr auto allPole = allPole256;
 #endif
 
 VEK_KERNEL_TABLE_512(FilterKernels, filterKernels) = {
-    maxAbs16, fir16,      fir32,       allPole,  weighted, mul,        mulC,   addScaled,
-    mean,     corrRows16, corrRows32f, gather32, gather16, circular40, powers,
+    maxAbs16,  sumAbs16, fir16,      fir32,       allPole,  weighted, mul,        mulC,
+    addScaled, mean,     corrRows16, corrRows32f, gather32, gather16, circular40, powers,
 };
 
 } // namespace vek

@@ -18,8 +18,14 @@ constexpr int kEnergyShift = 13;
 constexpr int kZeros = 10;
 constexpr int64_t kHalf14 = 1 << 13;
 
+// Cut to a limit, by a branch that is hardly ever taken, which costs the way to the next sample nothing; the empty
+// statement keeps the compiler from making a choice of both values of it.
 VEK_INLINE int64_t within(int64_t v, int64_t limit) {
-    return v > limit ? limit : v < -limit ? -limit : v;
+    if (static_cast<uint64_t>(v + limit) > 2 * static_cast<uint64_t>(limit)) [[unlikely]] {
+        v = v < 0 ? -limit : limit;
+        __asm__("" : "+r"(v));
+    }
+    return v;
 }
 
 int normalise(const int64_t* v, int q, int16_t* mantissa) {
@@ -57,13 +63,29 @@ void recur(const int16_t* a, int64_t* y, int64_t limit) {
     }
 }
 
-// sums[k] = sum of c[i] * x[9 + k - i], i = 0..9, exact, of x[0..9] and, if they are `fresh`, the five behind,
-// else zeros; k = 0..4.
-void tapsEach(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
+// Cut to 16 bits, likewise.
+VEK_INLINE int cut(int64_t v) {
+    if (static_cast<uint64_t>(v - INT16_MIN) > UINT16_MAX) [[unlikely]] {
+        v = v < 0 ? INT16_MIN : INT16_MAX;
+        __asm__("" : "+r"(v));
+    }
+    return static_cast<int>(v);
+}
+
+VEK_INLINE int16_t zerosRounded(int16_t x, int64_t sum) {
+    return static_cast<int16_t>(cut((x * (1 << 13) + (1 << 12) + sum) >> 13));
+}
+
+// sums[k] = sum of c[i] * x[9 + k - i], i = 0..9, exact, k = 0..4, where x is the ten samples of `past` and behind
+// them, if there are any, the `fresh` five, else zeros.
+void tapsEach(const int16_t* c, const int16_t* past, const int16_t* fresh, int64_t* sums) {
     for (int k = 0; k < kSamples; ++k) {
         int64_t s = 0;
-        for (int i = fresh ? 0 : k; i < kZeros; ++i) {
-            s += c[i] * x[kZeros - 1 + k - i];
+        for (int i = 0; i < k && fresh != nullptr; ++i) {
+            s += c[i] * fresh[k - 1 - i];
+        }
+        for (int i = k; i < kZeros; ++i) {
+            s += c[i] * past[kZeros - 1 + k - i];
         }
         sums[k] = s;
     }
@@ -71,8 +93,19 @@ void tapsEach(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
 
 #if VEK_LEVEL == 0
 
-void taps(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
-    tapsEach(c, x, fresh, sums);
+void taps(const int16_t* c, const int16_t* past, const int16_t* fresh, int64_t* sums) {
+    tapsEach(c, past, fresh, sums);
+}
+
+void zeros(const int16_t* c, int16_t* past, const int16_t* x, int16_t* y) {
+    int64_t sums[kSamples];
+    tapsEach(c, past, x, sums);
+    const int16_t fresh[kSamples] = {x[0], x[1], x[2], x[3], x[4]};
+    for (int k = 0; k < kSamples; ++k) {
+        y[k] = zerosRounded(fresh[k], sums[k]);
+        past[k] = past[k + kSamples];
+        past[k + kSamples] = fresh[k];
+    }
 }
 
 #else
@@ -123,46 +156,66 @@ VEK_INLINE void addTaps(const int16_t* c, hn::Vec<EightOf16> first, hn::Vec<Eigh
     }
 }
 
-void taps(const int16_t* c, const int16_t* x, bool fresh, int64_t* sums) {
-    const auto first = hn::LoadU(kEightOf16, x);
-    int32_t old = 0;
-    __builtin_memcpy(&old, x + 8, sizeof old);
-    auto second = hn::BitCast(kEightOf16, hn::InsertLane(hn::Zero(kFourOf32), 0, old));
-    if (fresh) {
-        // Written one by one just before.
-        second = hn::InsertLane(second, 2, x[10]);
-        second = hn::InsertLane(second, 3, x[11]);
-        second = hn::InsertLane(second, 4, x[12]);
-        second = hn::InsertLane(second, 5, x[13]);
-        second = hn::InsertLane(second, 6, x[14]);
+// Fifteen samples in two registers; the last one of these ends with a zero.
+struct Fifteen {
+    hn::Vec<EightOf16> first;
+    hn::Vec<EightOf16> second;
+
+    VEK_INLINE Fifteen(const int16_t* past, const int16_t* fresh) : first(hn::LoadU(kEightOf16, past)) {
+        int32_t old = 0;
+        __builtin_memcpy(&old, past + 8, sizeof old);
+        second = hn::BitCast(kEightOf16, hn::InsertLane(hn::Zero(kFourOf32), 0, old));
+        if (fresh != nullptr) {
+            // Written one by one just before.
+            second = hn::InsertLane(second, 2, fresh[0]);
+            second = hn::InsertLane(second, 3, fresh[1]);
+            second = hn::InsertLane(second, 4, fresh[2]);
+            second = hn::InsertLane(second, 5, fresh[3]);
+            second = hn::InsertLane(second, 6, fresh[4]);
+        }
     }
+};
+
+VEK_INLINE void tapsOf(const int16_t* c, const Fifteen& x, const int16_t* past, const int16_t* fresh, int64_t* sums) {
     TapSums all;
-    addTaps<0>(c, first, second, all);
+    addTaps<0>(c, x.first, x.second, all);
     if (!all.fits) [[unlikely]] {
-        return tapsEach(c, x, fresh, sums);
+        return tapsEach(c, past, fresh, sums);
     }
     hn::StoreU(all.first, TwoOf64(), sums);
     hn::StoreU(all.second, TwoOf64(), sums + 2);
     sums[4] = hn::GetLane(all.last);
 }
 
-#endif
-
-// Cut to 16 bits, by a branch that is hardly ever taken, which costs the way to the next sample nothing; the empty
-// statement keeps the compiler from making a choice of both values of it.
-VEK_INLINE int cut(int64_t v) {
-    if (static_cast<uint64_t>(v - INT16_MIN) > UINT16_MAX) [[unlikely]] {
-        v = v < 0 ? INT16_MIN : INT16_MAX;
-        __asm__("" : "+r"(v));
-    }
-    return static_cast<int>(v);
+void taps(const int16_t* c, const int16_t* past, const int16_t* fresh, int64_t* sums) {
+    tapsOf(c, Fifteen(past, fresh), past, fresh, sums);
 }
+
+void zeros(const int16_t* c, int16_t* past, const int16_t* x, int16_t* y) {
+    const Fifteen all(past, x);
+    int64_t sums[kSamples];
+    tapsOf(c, all, past, x, sums);
+    int16_t out[kSamples];
+    for (int k = 0; k < kSamples; ++k) {
+        out[k] = zerosRounded(x[k], sums[k]);
+    }
+    // Written as they will be read: what is read across the bounds of what was written waits for it.
+    const auto last = hn::BitCast(kFourOf32, window<kSamples + 8>(all.first, all.second));
+    const int32_t two = hn::GetLane(last);
+    hn::StoreU(window<kSamples>(all.first, all.second), kEightOf16, past);
+    __builtin_memcpy(past + 8, &two, sizeof two);
+    for (int k = 0; k < kSamples; ++k) {
+        y[k] = out[k];
+    }
+}
+
+#endif
 
 void poleZero(const int16_t* c, const int16_t* x, int16_t* y) {
     int64_t zeros[kSamples];
     int64_t poles[kSamples];
-    taps(c, x, true, zeros);
-    taps(c + kZeros, y, false, poles);
+    taps(c, x, x + kZeros, zeros);
+    taps(c + kZeros, y, nullptr, poles);
     int out[kSamples];
     for (int k = 0; k < kSamples; ++k) {
         int64_t s = x[kZeros + k] * (1 << 14) + kHalf14 + zeros[k] - poles[k];
@@ -200,14 +253,6 @@ void poleZeroRest(const int16_t* c, const int64_t* x, int64_t* y, int64_t limit)
     }
     for (int k = 0; k < kSamples; ++k) {
         y[k] = out[k];
-    }
-}
-
-void zeros(const int16_t* c, const int16_t* x, int16_t* y) {
-    int64_t sums[kSamples];
-    taps(c, x, true, sums);
-    for (int k = 0; k < kSamples; ++k) {
-        y[k] = static_cast<int16_t>(cut((x[kZeros + k] * (1 << 13) + (1 << 12) + sums[k]) >> 13));
     }
 }
 
@@ -316,13 +361,16 @@ int nearest(const int16_t* book, int n, const int16_t* pn, int shift, const int1
 using D32 = hn::RepartitionToWide<D16>;
 using D64 = hn::RepartitionToWide<D32>;
 
-VEK_INLINE hn::Vec<D64> plusWide(hn::Vec<D64> sum, hn::Vec<D32> more) {
-    sum = sum + hn::PromoteTo(D64(), hn::LowerHalf(more));
-    return sum + hn::PromoteTo(D64(), hn::UpperHalf(hn::Half<D32>(), more));
+template <class V64, class V32>
+VEK_INLINE V64 plusWide(V64 sum, V32 more) {
+    const hn::DFromV<V64> d;
+    sum = sum + hn::PromoteTo(d, hn::LowerHalf(more));
+    return sum + hn::PromoteTo(d, hn::UpperHalf(hn::Half<hn::DFromV<V32>>(), more));
 }
 
-VEK_INLINE int64_t total(hn::Vec<D64> sum) {
-    return hn::GetLane(hn::SumOfLanes(D64(), sum));
+template <class V64>
+VEK_INLINE int64_t total(V64 sum) {
+    return hn::GetLane(hn::SumOfLanes(hn::DFromV<V64>(), sum));
 }
 
 void predict(const int16_t* a, const int16_t* mantissa, const int16_t* factor, int16_t* x, int64_t* out) {
@@ -350,8 +398,6 @@ void predict(const int16_t* a, const int16_t* mantissa, const int16_t* factor, i
     }
 }
 
-constexpr int kWidth = kLanesOf<D16>;
-
 // All bits at kPredictSpan.
 struct OnlyOne {
     alignas(32) int16_t mask[2 * kPredictSpan];
@@ -364,7 +410,7 @@ constexpr OnlyOne kOnly;
 template <class V>
 VEK_INLINE V shiftIn(V v, V below) {
     const hn::DFromV<V> d;
-    if constexpr (kWidth == 8) {
+    if constexpr (kLanesOf<decltype(d)> == 8) {
         return hn::CombineShiftRightBytes<14>(d, v, below);
     } else {
         return hn::CombineShiftRightBytes<14>(d, v, hn::ConcatLowerUpper(d, v, below));
@@ -384,22 +430,26 @@ VEK_INLINE hn::Vec<D> firstInAll(D d, hn::Vec<EightOf16> v) {
 // The steps of the recursion for whose coefficients N registers suffice; false if it stopped before. Each step waits
 // for the one before from the sum of products over the quotient to the reflection; nothing else is in that chain: the
 // sum is formed modulo 2^32, and whether it is exact, below the energy and without saturation is told beside it.
-template <int N>
+template <class D, int N>
 bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
+    using Sums = hn::RepartitionToWide<D>;
+    using Wide = hn::RepartitionToWide<Sums>;
+    constexpr int width = kLanesOf<D>;
+    const D d;
     using Two = hn::FixedTag<double, 2>;
     const Two two;
     const TwoOf64 bits;
-    hn::Vec<D16> a[N];
-    hn::Vec<D16> b[N];
-    auto products = hn::Zero(D32());
-    auto wide = hn::Zero(D64());
+    hn::Vec<D> a[N];
+    hn::Vec<D> b[N];
+    auto products = hn::Zero(Sums());
+    auto wide = hn::Zero(Wide());
     // What was written just before is not read as a whole: that would wait for it.
-    auto past = hn::Zero(d16);
+    auto past = hn::Zero(d);
     const auto multiply = [&](const int16_t* r) {
-        products = pairSums(a[0], N == 1 ? past : hn::LoadU(d16, r));
-        wide = plusWide(hn::Zero(D64()), products);
+        products = pairSums(a[0], N == 1 ? past : hn::LoadU(d, r));
+        wide = plusWide(hn::Zero(Wide()), products);
         for (int g = 1; g < N; ++g) {
-            const auto more = pairSums(a[g], hn::LoadU(d16, r + g * kWidth));
+            const auto more = pairSums(a[g], hn::LoadU(d, r + g * width));
             products = products + more;
             wide = plusWide(wide, more);
         }
@@ -407,22 +457,22 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
     int m = filter.order;
     const int16_t* r = rBack + order - m;
     for (int g = 0; g < N; ++g) {
-        a[g] = m == 0 ? hn::Zero(d16) : hn::LoadU(d16, filter.forward + g * kWidth);
-        b[g] = m == 0 ? hn::Zero(d16) : hn::LoadU(d16, filter.backward + g * kWidth);
+        a[g] = m == 0 ? hn::Zero(d) : hn::LoadU(d, filter.forward + g * width);
+        b[g] = m == 0 ? hn::Zero(d) : hn::LoadU(d, filter.backward + g * width);
     }
     if (m > 0) {
-        past = hn::LoadU(d16, r);
+        past = hn::LoadU(d, r);
         multiply(r);
     }
     const int q = filter.q;
-    const auto one = hn::Set(d16, static_cast<int16_t>(q < 15 ? 1 << q : 0));
+    const auto one = hn::Set(d, static_cast<int16_t>(q < 15 ? 1 << q : 0));
     // Rounded to the nearest: quotients are 2^-33 or more from where the rounding changes, but for those that lie on
     // it. A divisor less by 2^-51 of itself takes these beyond and no other. In the exponent of a double: 2^(q - 31).
     constexpr int64_t less = 4;
     const auto unit = hn::Set(bits, static_cast<int64_t>(q - 31) * (int64_t{1} << 52) - less);
     // A double of this size ends with the units, and its lowest bits are those of a negative integer too.
     const auto integers = hn::Set(two, 0x1.8p52);
-    const int last = order < N * kWidth ? order : N * kWidth;
+    const int last = order < N * width ? order : N * width;
     int64_t energy = filter.energy;
     bool goes = true;
     while (m < last) {
@@ -436,10 +486,10 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
         const auto divisor = hn::BitCast(bits, hn::Set(two, static_cast<double>(energy))) + unit;
         const auto quotient = hn::PromoteTo(two, hn::LowerHalf(sum)) / hn::BitCast(two, divisor);
         const auto reflection = integers - quotient;
-        const auto k = firstInAll(d16, hn::BitCast(kEightOf16, reflection));
-        hn::Vec<D16> forward[N];
-        hn::Vec<D16> backward[N];
-        auto lost = hn::Zero(d16);
+        const auto k = firstInAll(d, hn::BitCast(kEightOf16, reflection));
+        hn::Vec<D> forward[N];
+        hn::Vec<D> backward[N];
+        auto lost = hn::Zero(d);
         for (int g = 0; g < N; ++g) {
             const auto da = hn::MulFixedPoint15(b[g], k);
             forward[g] = hn::SaturatedAdd(a[g], da);
@@ -449,7 +499,7 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
         }
         const int32_t rounded = hn::GetLane(hn::BitCast(kFourOf32, reflection));
         const int64_t magnitude = rounded < 0 ? -rounded : rounded;
-        goes = hn::AllTrue(d16, hn::Eq(lost, hn::Zero(d16))) && magnitude <= INT16_MAX;
+        goes = hn::AllTrue(d, hn::Eq(lost, hn::Zero(d))) && magnitude <= INT16_MAX;
         if (!goes) {
             break;
         }
@@ -457,7 +507,7 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
         const int16_t* only = kOnly.mask + kPredictSpan - m;
         auto below = newest;
         for (int g = 0; g < N; ++g) {
-            a[g] = forward[g] | (newest & hn::LoadU(d16, only + g * kWidth));
+            a[g] = forward[g] | (newest & hn::LoadU(d, only + g * width));
             b[g] = shiftIn(backward[g], below);
             below = backward[g];
         }
@@ -465,32 +515,38 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
         filter.first = m == 0 ? static_cast<int16_t>(rounded) : filter.first;
         ++m;
         --r;
-        past = shiftIn(past, hn::Set(d16, *r));
+        past = shiftIn(past, hn::Set(d, *r));
         multiply(r);
     }
     for (int g = 0; g < N; ++g) {
-        hn::StoreU(a[g], d16, filter.forward + g * kWidth);
-        hn::StoreU(b[g], d16, filter.backward + g * kWidth);
+        hn::StoreU(a[g], d, filter.forward + g * width);
+        hn::StoreU(b[g], d, filter.backward + g * width);
     }
     filter.order = m;
     filter.energy = static_cast<int32_t>(energy);
     return goes;
 }
 
-template <int N>
+// Two registers of 128 bits before longer ones: the ways through these, from lane to lane, are shorter.
+template <class D, int N>
 void recurseFrom(Levinson& filter, const int16_t* rBack, int order) {
-    if (filter.order < N * kWidth && !recurseWithin<N>(filter, rBack, order)) {
+    constexpr int reach = N * kLanesOf<D>;
+    if (filter.order < reach && !recurseWithin<D, N>(filter, rBack, order)) {
         return;
     }
-    if constexpr (N * kWidth < kPredictSpan) {
+    if constexpr (reach < kPredictSpan) {
         if (filter.order < order) {
-            recurseFrom<N + 1>(filter, rBack, order);
+            if constexpr (N == 2 && kLanesOf<D> < kLanesOf<D16>) {
+                recurseFrom<D16, 2>(filter, rBack, order);
+            } else {
+                recurseFrom<D, N + 1>(filter, rBack, order);
+            }
         }
     }
 }
 
 void recurse(Levinson& filter, const int16_t* rBack, int order) {
-    recurseFrom<1>(filter, rBack, order);
+    recurseFrom<EightOf16, 1>(filter, rBack, order);
 }
 
 // A lane is a shape, or two samples of it. The number of shapes is no multiple of more.
