@@ -17,7 +17,6 @@ using namespace vek::amrwb;
 
 constexpr int kLen = kSubframe;
 constexpr int kMostPulses = 24;
-constexpr int kCandidates = 8;
 constexpr int kPairTracks = 2;
 
 // The plan of a rate: starts tried, weight of the target against the residual (Q12), pulses, those that stay where the
@@ -153,30 +152,9 @@ public:
     }
     Vek16s energy(int i) const { return m_rows[(kLen - 1 - i) * kLen]; }
 
-    // Correlations between the positions of two tracks, signs taken out: 32767 for equal signs, else -32768.
-    template <int Step>
-    void between(int first, int second, const Vek16s* sign, Vek16s* out) const {
-        constexpr int kCount = kLen / Step;
-        for (int a = 0; a < kCount; ++a) {
-            const int i = Step * a + first;
-            const Vek16s* row = m_rows + (kLen - 1 - i) * kLen + i - second;
-            const int before = second < first ? a + 1 : a;
-            for (int b = 0; b < before; ++b) {
-                out[b] = turned(row[-Step * b], sign[i] * sign[Step * b + second]);
-            }
-            for (int b = before; b < kCount; ++b) {
-                const int j = Step * b + second;
-                out[b] = turned(m_rows[(kLen - 1 - j) * kLen + j - i], sign[i] * sign[j]);
-            }
-            out += kCount;
-        }
-    }
+    const Vek16s* rows() const { return m_rows; }
 
 private:
-    static Vek16s turned(int v, int sign) {
-        return static_cast<Vek16s>(sign > 0 ? (v * 32767) >> 15 : std::min(-v, 32767));
-    }
-
     alignas(32) Vek16s m_rows[(kLen + 1) * kLen];
 };
 
@@ -196,7 +174,7 @@ void searchPair(const Vek16s* h, const Field& field, int* found) {
         energy[i % kPairTracks][i / kPairTracks] = static_cast<Vek16s>(sum >> 16);
         dn[i % kPairTracks][i / kPairTracks] = field.dn[i];
     }
-    matrix.between<kPairTracks>(0, 1, field.sign, between);
+    widePulseKernels().between32(matrix.rows(), 0, 1, field.sign, between);
     WideBest best{-1, 1, 0, 0, 0};
     widePulseKernels().pair32({dn[0], dn[1], energy[0], energy[1], between, kAll, 1, 0, 0, 0, 0}, best);
     found[0] = kPairTracks * best.first;
@@ -209,21 +187,18 @@ public:
         : m_field(field), m_plan(plan), m_rate(rate), m_shift(shiftOf(h, plan.pulses)), m_h(h, m_shift) {
         const Matrix matrix(m_h.up);
         for (int t = 0; t < kTracks; ++t) {
-            matrix.between<kTracks>(t, (t + 1) % kTracks, field.sign, m_between[t]);
-            Vek16s left[kTrackPositions];
+            widePulseKernels().between16(matrix.rows(), t, (t + 1) % kTracks, field.sign, m_between[t]);
+            Vek16s mix[kTrackPositions];
             for (int k = 0; k < kTrackPositions; ++k) {
                 const int at = kTracks * k + t;
                 m_dn[t][k] = field.dn[at];
                 m_energy[t][k] = matrix.energy(at);
-                m_rank[t][k] = kCandidates;
-                left[k] = field.mix[at];
+                mix[k] = field.mix[at];
             }
-            // The positions of the track in the order of the mix; the first eight are candidates.
-            for (int rank = 0; rank < kCandidates; ++rank) {
-                const auto k = std::max_element(left, left + kTrackPositions) - left;
-                left[k] = -1;
-                m_rank[t][k] = static_cast<int8_t>(rank);
-                m_peak[t] = rank == 0 ? kTracks * static_cast<int>(k) + t : m_peak[t];
+            // The positions of the track in the order of the mix; the first ones are candidates.
+            widePulseKernels().ranks(mix, m_rank[t]);
+            for (int k = 0; k < kTrackPositions; ++k) {
+                m_peak[t] = m_rank[t][k] == 0 ? kTracks * k + t : m_peak[t];
             }
         }
     }
@@ -304,7 +279,8 @@ private:
         const CorrKernels& kernels = corrKernels();
         for (int k = 0; k < kTrackPositions; ++k) {
             const int at = kTracks * k + track;
-            const int v = round_s(L_shl(sat32(2 * kernels.dot16(m_h.up, m_response + at, kLen - at)), 1));
+            // The upper half of four times the sum, rounded.
+            const int v = sat16_64((kernels.dot16(m_h.up, m_response + at, kLen - at) + 0x2000) >> 14);
             const int turned = m_field.sign[at] > 0 ? (v * 32767) >> 15 : -v;
             out[k] = sat16(turned + m_energy[track][k]);
         }

@@ -159,25 +159,26 @@ void prepare(const Vek16s* residual, Vek16s* dn, Vek16s* sign, int8_t* tracks, i
     const Vek16s byResidual =
         extract_h(L_shl(inverseRoot(sat32(2 * corrKernels().dot16(residual, residual, kLen) + 256)), 5));
     const Vek16s byTarget = extract_h(L_shl(inverseRoot(sat32(2 * corrKernels().dot16(dn, dn, kLen) + 256)), 5));
-    Vek16s strength[kLen];
+    int strength[kLen];
     for (int i = 0; i < kLen; ++i) {
-        const Vek16s both = round_s(L_shl(L_mac(L_mult(byResidual, residual[i]), byTarget, dn[i]), 10));
-        sign[i] = static_cast<Vek16s>(both >= 0 ? 32767 : -32767);
-        strength[i] = both >= 0 ? both : negate(both);
-        dn[i] = both >= 0 ? dn[i] : negate(dn[i]);
+        // Of the shares in Q31, by 2^10 and rounded; neither factor is negative. -1 where the sum is.
+        const int both = sat16((byResidual * residual[i] + byTarget * dn[i] + 16) >> 5);
+        const int minus = both >> 31;
+        sign[i] = static_cast<Vek16s>((32767 ^ minus) - minus);
+        strength[i] = std::min((both ^ minus) - minus, 32767);
+        dn[i] = static_cast<Vek16s>(std::min((dn[i] ^ minus) - minus, 32767));
     }
     int most = -1;
     int first = 0;
     for (int t = 0; t < L::kTracks; ++t) {
-        int peak = t;
-        for (int i = t; i < kLen; i += L::kTracks) {
-            if (strength[i] > strength[peak]) {
-                peak = i;
-            }
+        // The place below the strength: of equal ones the first.
+        int peak = 0;
+        for (int lane = 0; lane < L::kCount; ++lane) {
+            peak = std::max(peak, strength[lane * L::kTracks + t] * 16 + 15 - lane);
         }
-        peaks[t] = static_cast<int8_t>(peak / L::kTracks);
-        if (strength[peak] > most) {
-            most = strength[peak];
+        peaks[t] = static_cast<int8_t>(15 - peak % 16);
+        if (peak / 16 > most) {
+            most = peak / 16;
             first = t;
         }
     }

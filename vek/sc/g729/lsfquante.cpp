@@ -4,11 +4,11 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <limits>
 
 #include "sc/common/signal_check.h"
 #include "sc/g729/lsfquant.h"
 #include "sc/g729/lsptables.h"
+#include "sc/kernels/vq.h"
 #include "veksc_g729lp.h"
 #include "veksc_g729post.h"
 
@@ -24,15 +24,16 @@ constexpr Vek32f kLowest = 0.005F;
 constexpr Vek32f kHighest = 3.135F;
 constexpr Vek32f kLeastDistance = 0.0392F;
 
+// Column by column, as the kernel takes them.
 template <size_t Rows>
-using Table = std::array<std::array<Vek32f, kOrder>, Rows>;
+using Table = std::array<std::array<Vek32f, Rows>, kOrder>;
 
 template <size_t Rows>
 Table<Rows> radians(const Vek16s (&table)[Rows][10]) {
     Table<Rows> out{};
-    for (size_t k = 0; k < Rows; ++k) {
-        std::transform(table[k], table[k] + kOrder, out[k].begin(),
-                       [](Vek16s v) { return static_cast<Vek32f>(v) / 8192; });
+    for (size_t i = 0; i < kOrder; ++i) {
+        std::transform(table, table + Rows, out[i].begin(),
+                       [i](const Vek16s(&row)[10]) { return static_cast<Vek32f>(row[i]) / 8192; });
     }
     return out;
 }
@@ -78,7 +79,7 @@ struct Choice {
 void codeVector(const Choice& choice, Vek32f* code) {
     for (size_t i = 0; i < kOrder; ++i) {
         const int row = choice.half[i < kHalf ? 0 : 1];
-        code[i] = g_first[static_cast<size_t>(choice.first)][i] + g_second[static_cast<size_t>(row)][i];
+        code[i] = g_first[i][static_cast<size_t>(choice.first)] + g_second[i][static_cast<size_t>(row)];
     }
     spread(code, kWideGap);
     spread(code, kNarrowGap);
@@ -98,20 +99,8 @@ void weights(const Vek32f* lsf, Vek32f* weight) {
 
 template <size_t Rows>
 int nearest(const Table<Rows>& table, const Vek32f* target, const Vek32f* weight, size_t begin, size_t end) {
-    Vek32f least = std::numeric_limits<Vek32f>::max();
-    int best = 0;
-    for (size_t k = 0; k < Rows; ++k) {
-        Vek32f sum[2] = {};
-        for (size_t i = begin; i < end; ++i) {
-            const Vek32f d = target[i] - table[k][i];
-            sum[i % 2] += d * d * weight[i];
-        }
-        if (sum[0] + sum[1] < least) {
-            least = sum[0] + sum[1];
-            best = static_cast<int>(k);
-        }
-    }
-    return best;
+    return vqKernels().nearest32f(table[begin].data(), Rows, static_cast<int>(end - begin), target + begin,
+                                  weight + begin);
 }
 
 void predict(const Predictor& predictor, const Vek32f* previous, Vek32f* sum) {
@@ -138,7 +127,7 @@ Vek32f choose(const Predictor& predictor, const Vek32f* lsf, const Vek32f* previ
     choice.first = nearest(g_first, target, ones, 0, kOrder);
     Vek32f left[kOrder];
     for (size_t i = 0; i < kOrder; ++i) {
-        left[i] = target[i] - g_first[static_cast<size_t>(choice.first)][i];
+        left[i] = target[i] - g_first[i][static_cast<size_t>(choice.first)];
     }
     choice.half[0] = nearest(g_second, left, scaled, 0, kHalf);
     choice.half[1] = nearest(g_second, left, scaled, kHalf, kOrder);

@@ -68,6 +68,18 @@ int nearestWeighted(const int16_t* columns, int n, int count, const int32_t* tar
     });
 }
 
+int nearest32f(const float* columns, int n, int count, const float* target, const float* weight) {
+    return least(n, [=](int k) {
+        float error[2] = {};
+        for (int j = 0; j < count; ++j) {
+            const float d = target[j] - columns[j * n + k];
+            error[j % 2] += d * d * weight[j];
+        }
+        // Floats that are not negative are in the order of their bits.
+        return __builtin_bit_cast(int32_t, error[0] + error[1]);
+    });
+}
+
 void movingAverage10(const int16_t* weight, const int16_t* previous, int32_t* sum) {
     for (int j = 0; j < 10; ++j) {
         sum[j] = 0;
@@ -148,6 +160,22 @@ int nearestWeighted(const int16_t* columns, int n, int count, const int32_t* tar
     });
 }
 
+int nearest32f(const float* columns, int n, int count, const float* target, const float* weight) {
+    const hn::RebindToFloat<Rows> d;
+    return leastOfRows(n, [=](int k) {
+        auto even = hn::Zero(d);
+        auto odd = even;
+        for (int j = 0; j < count; ++j) {
+            const auto e = hn::Set(d, target[j]) - hn::LoadU(d, columns + j * n + k);
+            const auto sum = even + e * e * hn::Set(d, weight[j]);
+            even = odd;
+            odd = sum;
+        }
+        // Floats that are not negative are in the order of their bits.
+        return hn::BitCast(Rows(), even + odd);
+    });
+}
+
 VEK_INLINE hn::Vec<Columns> fourColumns(const int16_t* p) {
     int64_t four;
     __builtin_memcpy(&four, p, sizeof four);
@@ -190,6 +218,7 @@ int nearest(const int16_t* rows, int n, const int16_t* target, const int16_t* we
 
 } // namespace
 
-VEK_KERNEL_TABLE(VqKernels, vqKernels) = {nearest<false>, nearest<true>, nearest10, nearestWeighted, movingAverage10};
+VEK_KERNEL_TABLE(VqKernels, vqKernels) = {nearest<false>,  nearest<true>, nearest10,
+                                          nearestWeighted, nearest32f,    movingAverage10};
 
 } // namespace vek

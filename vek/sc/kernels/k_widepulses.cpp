@@ -28,6 +28,67 @@ void rows(const int16_t* h, int16_t* out) {
 }
 
 template <int Lanes>
+void between(const int16_t* rows, int first, int second, const int16_t* sign, int16_t* __restrict out) {
+    constexpr int step = kWideLen / Lanes;
+    int16_t other[Lanes];
+    for (int b = 0; b < Lanes; ++b) {
+        other[b] = sign[step * b + second];
+    }
+    for (int a = 0; a < Lanes; ++a) {
+        const int i = step * a + first;
+        const int16_t* const row = rows + (kWideLen - 1 - i) * kWideLen + i - second;
+        const int before = second < first ? a + 1 : a;
+        int16_t* const to = out + a * Lanes;
+#pragma GCC unroll 4
+        for (int b = 0; b < before; ++b) {
+            to[b] = row[-step * b];
+        }
+#pragma GCC unroll 4
+        for (int b = before; b < Lanes; ++b) {
+            const int j = step * b + second;
+            to[b] = rows[(kWideLen - 1 - j) * kWideLen + j - i];
+        }
+    }
+    // Only now, when what was stored by single elements is in place for loads of many.
+    for (int a = 0; a < Lanes; ++a) {
+        const int16_t own = sign[step * a + first];
+        int16_t* const to = out + a * Lanes;
+        for (int b = 0; b < Lanes; ++b) {
+            const int v = to[b];
+            const int turned = v == -32768 ? 32767 : -v;
+            to[b] = static_cast<int16_t>(other[b] == own ? (v * 32767) >> 15 : turned);
+        }
+    }
+}
+
+void between16(const int16_t* rows, int first, int second, const int16_t* sign, int16_t* out) {
+    between<16>(rows, first, second, sign, out);
+}
+
+void between32(const int16_t* rows, int first, int second, const int16_t* sign, int16_t* out) {
+    between<32>(rows, first, second, sign, out);
+}
+
+void ranks(const int16_t* values, int8_t* rank) {
+    constexpr int lanes = 16;
+    alignas(32) int keys[lanes];
+    alignas(32) int before[lanes] = {};
+    for (int k = 0; k < lanes; ++k) {
+        keys[k] = values[k] * lanes - k;
+    }
+#pragma GCC unroll 1
+    for (int j = 0; j < lanes; ++j) {
+        const int key = keys[j];
+        for (int k = 0; k < lanes; ++k) {
+            before[k] += key > keys[k] ? 1 : 0;
+        }
+    }
+    for (int k = 0; k < lanes; ++k) {
+        rank[k] = static_cast<int8_t>(before[k]);
+    }
+}
+
+template <int Lanes>
 void pair(const WidePair& p, WideBest& best) {
     alignas(32) int c[Lanes];
     alignas(32) int energy[Lanes];
@@ -95,6 +156,6 @@ int leastError(const int16_t* pairs, int count, int predicted, const GainForm& f
 
 } // namespace
 
-VEK_KERNEL_TABLE(WidePulseKernels, widePulseKernels) = {rows, pair16, pair32, leastError};
+VEK_KERNEL_TABLE(WidePulseKernels, widePulseKernels) = {rows, between16, between32, ranks, pair16, pair32, leastError};
 
 } // namespace vek

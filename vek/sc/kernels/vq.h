@@ -1,4 +1,4 @@
-// Kernels of vector quantisers: the nearest row of a codebook of 16-bit columns.
+// Kernels of vector quantisers: the nearest row of a codebook.
 #pragma once
 
 #include <cstdint>
@@ -21,6 +21,9 @@ struct VqKernels {
     // columns[j * n + k])) >> 15. Differences fit 16 bits, products and sums 31.
     int (*nearestWeighted)(const int16_t* columns, int n, int count, const int32_t* target, const int16_t* rest,
                            const int32_t* weight);
+    // First of the n rows (n a multiple of 8) with the least sum over the columns of (target[j] - columns[j * n + k])^2
+    // * weight[j], in two sums of every other column. No weight is negative.
+    int (*nearest32f)(const float* columns, int n, int count, const float* target, const float* weight);
     // sum[j] = sum of weight[10 k + j] * previous[10 k + j], k = 0..3, j = 0..9; 32 bits suffice.
     void (*movingAverage10)(const int16_t* weight, const int16_t* previous, int32_t* sum);
 };

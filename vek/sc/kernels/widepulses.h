@@ -48,6 +48,13 @@ struct WidePulseKernels {
     // rows[m * 64 + d] = upper half of 2 * sum of h[i] * h[i+d], i = 0..m, rounded, for d < 64 - m; h is followed by 64
     // zeros and its energy below 2^30 - 2^15.
     void (*rows)(const int16_t* h, int16_t* rows);
+    // Of such rows the correlations between the positions of two of four tracks, or of the two, by their signs, 1 or
+    // -1: out[a * lanes + b] for the lane a of the first and b of the second. Equal signs count 32767, unlike ones
+    // -32768.
+    void (*between16)(const int16_t* rows, int first, int second, const int16_t* sign, int16_t* out);
+    void (*between32)(const int16_t* rows, int first, int second, const int16_t* sign, int16_t* out);
+    // How many of sixteen values, none negative, stand before each by their size, of equal ones those in front.
+    void (*ranks)(const int16_t* values, int8_t* rank);
     // Starts from `best` as it comes in; of equal pairs the first counts. Sixteen or thirty-two lanes a track.
     void (*pair16)(const WidePair& pair, WideBest& best);
     void (*pair32)(const WidePair& pair, WideBest& best);
