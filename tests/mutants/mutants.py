@@ -49,6 +49,10 @@ PROGRAMS = {
     "veksc": ["suite_tests", "cli_tests"],
     "vek": ["vek_tests", "oracle_tests", "suite_tests"],
 }
+FOLDERS = {
+    "kr_tests": "api", "vk_tests": "lib", "suite_tests": "suites", "vek_tests": "vek", "oracle_tests": "oracle",
+    "cli_tests": "cli",
+}
 LEAST_LIMIT = 60  # seconds that a test may take whatever it took without a fault
 LIKELY_SECONDS = 15  # of the tests of a program that are run before all others
 MOST_BYTES = 8 << 30  # that a test may ask for: a fault may ask for all there is
@@ -161,6 +165,7 @@ class Copy:
         self.build = WORK / "tree" / "build-test"
         self.jobs = jobs
         self.usual = {}  # program: {test: seconds}
+        self.defined, self.wanted, self.headers = {}, {}, {}  # Of objects: their symbols; whose symbol; their headers.
 
     def prepare(self):
         head = git("rev-parse", "HEAD").strip()
@@ -191,10 +196,12 @@ class Copy:
             command = ["cmake", "--build", str(self.build), "-j", str(self.jobs), "--target", *targets]
             return subprocess.run(command, stdout=log, stderr=log).returncode == 0
 
-    def red(self, name, chosen=(), but=(), shards=None):
+    def red(self, name, chosen=None, but=(), shards=None):
         """How the program's tests end, all or the chosen ones, in so many processes: "" or the first failure."""
+        if chosen == []:
+            return ""
         program = next(self.build.rglob(f"tests/**/{name}"))
-        pattern = (":".join(chosen) or "*") + ("-" + ":".join(but) if but else "")
+        pattern = (":".join(chosen) if chosen else "*") + ("-" + ":".join(but) if but else "")
         environment = {**os.environ, "KR_TESTED_BUILD": str(self.build)}
         if name in ("vek_tests", "oracle_tests"):
             environment["LD_LIBRARY_PATH"] = str(self.build / "lib")
@@ -234,6 +241,50 @@ class Copy:
         test = red.split()[0]
         return test not in self.usual[name] or bool(self.red(name, [test], shards=1))
 
+    def seeing(self, path, name):
+        """The tests of the program that can see a source; None for all of them."""
+        functions = self.functions(path) if path.startswith("vek/sc/") else None
+        if functions is None or name not in ("vek_tests", "oracle_tests"):
+            return None
+        return [test for test, base in names_of(self.usual[name]) if sees(name, base, path, functions)]
+
+    def functions(self, path):
+        """The library's functions whose code leads to a source, as the objects refer to one another; None for all."""
+        if not self.defined:
+            self.read_objects()
+        if path.endswith(".cpp"):
+            new = [o for o in self.defined if o.endswith("/" + path.removeprefix("vek/") + ".o")]
+        else:
+            having = [o for o, names in self.headers.items() if str(self.tree / path) in names]
+            # Precompiled headers hide what they hold.
+            if any(o not in self.defined and o.endswith(".gch") for o in having):
+                return None
+            new = [o for o in having if o in self.defined]
+        seen = set()
+        while new:
+            at = new.pop()
+            if at not in seen:
+                seen.add(at)
+                new += [user for symbol in self.defined[at] for user in self.wanted.get(symbol, ())]
+        return {symbol for o in seen for symbol in self.defined[o] if symbol.startswith("veks")}
+
+    def read_objects(self):
+        """What the library's objects define and want, and the headers that they include."""
+        objects = [str(o.relative_to(self.build)) for o in (self.build / "vek" / "CMakeFiles").rglob("*.o")]
+        self.defined = {o: [] for o in objects}
+        for line in self.said(["nm", "-AP", *objects]).splitlines():
+            place, symbol, kind = line.split()[:3]
+            if kind == "U":
+                self.wanted.setdefault(symbol, []).append(place[:-1])
+            elif kind.isupper():
+                self.defined[place[:-1]].append(symbol)
+        for block in self.said(["ninja", "-t", "deps"]).split("\n\n"):
+            target, *names = block.split("\n")
+            self.headers[target.partition(":")[0]] = {os.path.normpath(self.build / name.strip()) for name in names}
+
+    def said(self, command):
+        return subprocess.run(command, cwd=self.build, capture_output=True, text=True, check=True).stdout
+
     def judge(self, site):
         """One of: no compile, died (with the test), survived."""
         target = self.tree / site.path
@@ -247,12 +298,13 @@ class Copy:
             for name in programs:
                 if not self.compiles([name]):
                     return "no compile", ""
-                red = first[name] and self.red(name, first[name])
+                red = self.red(name, first[name])
                 if red and self.stays_red(name, red):
                     return "died", f"{name}: {red}"
             for name in programs:
                 unstable = list(first[name])
-                while red := self.red(name, but=unstable):
+                seeing = self.seeing(site.path, name)
+                while red := self.red(name, seeing, unstable):
                     if self.stays_red(name, red):
                         return "died", f"{name}: {red}"
                     unstable.append(red.split()[0])
@@ -288,10 +340,66 @@ def words_of(path):
     return _words_of[path]
 
 
+def names_of(usual):
+    """Each test with its suite's and its own name as the source has them."""
+    for name in usual:
+        yield name, tuple(next(p for p in reversed(part.split("/")) if not p.isdigit()) for part in name.split(".", 1))
+
+
+@functools.cache
+def files_named():
+    """The files of the tests and of the library by their names."""
+    found = {}
+    for path in git("ls-files", "tests", "vek").split():
+        found.setdefault(Path(path).name, []).append(TOP / path)
+    return found
+
+
+@functools.cache
+def included(file):
+    """What a test file includes, with the sources beside the headers: (files, names of functions)."""
+    files, functions, new = set(), set(), [file]
+    while new:
+        at = new.pop()
+        if at in files:
+            continue
+        files.add(at)
+        text = at.read_text()
+        functions.update(re.findall(r"\bveks\w+", text))
+        for name in re.findall(r'^\s*#include "([^"]+)"', text, re.MULTILINE):
+            found = files_named().get(Path(name).name, [])
+            if not found:
+                functions.add("every function")  # A generated list of them.
+            for p in found:
+                if p.is_relative_to(TOP / "tests"):
+                    new += [q for q in (p, p.with_suffix(".cpp")) if q.exists()]
+                else:
+                    files.add(p)
+    return files, functions
+
+
+@functools.cache
+def files_of(program):
+    """The files of a program's tests by the suite and the name."""
+    found = {}
+    for file in sorted((TOP / "tests" / FOLDERS[program]).rglob("*.cpp")):
+        for test in re.findall(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),\s*(\w+)\)", file.read_text(), re.MULTILINE):
+            found[test] = file
+    return found
+
+
+def sees(program, base, path, functions):
+    """Whether a test calls one of the functions, or speaks of none by name; or includes the source itself."""
+    file = files_of(program).get(base)
+    if file is None:
+        return True
+    files, named = included(file)
+    return not named or "every function" in named or bool(named & functions) or TOP / path in files
+
+
 def likely(path, program, usual):
     """The tests that speak most of what the source has, as many as run in some seconds."""
-    folder = {"kr_tests": "api", "vk_tests": "lib", "suite_tests": "suites", "vek_tests": "vek",
-              "oracle_tests": "oracle", "cli_tests": "cli"}[program]
+    folder = FOLDERS[program]
     if program not in _tests_of:
         found = []
         for file in sorted((TOP / "tests" / folder).rglob("*.cpp")):
@@ -311,9 +419,8 @@ def likely(path, program, usual):
         score = sum(1 / body_uses[w] for w in body & words) + sum(0.5 / file_uses[w] for w in text & words)
         scores[names] = score + (1 if file.startswith(stem) else 0)
     ranked = []
-    for name, seconds in usual.items():
-        suite, test = (next(p for p in reversed(part.split("/")) if not p.isdigit()) for part in name.split(".", 1))
-        score = scores.get((suite, test), 0)
+    for name, base in names_of(usual):
+        seconds, score = usual[name], scores.get(base, 0)
         if score > 0 and seconds < LIKELY_SECONDS:
             ranked.append((score, seconds, name))
     chosen, spent = [], 0
