@@ -6,28 +6,13 @@
 #include <cstring>
 
 #if __has_include(<opencore-amrnb/interf_enc.h>)
+#include "gsmamr_steps.h"
+
 extern "C" {
-struct AmrTables {
-    const void* entries[64];
-};
-void get_const_tbls(AmrTables* tables);
-void cbsearch(int16_t* target, int16_t* h, int16_t lag, int16_t sharp, int16_t gain, int16_t* residual, int16_t* vector,
-              int16_t* filtered, int16_t** words, int mode, int16_t subframe, AmrTables* tables, int* overflow);
 int16_t Pitch_fr(int16_t* lastDelay, int mode, int16_t* open, int16_t* excitation, int16_t* target, int16_t* h,
                  int16_t n, int16_t offset, int16_t* fraction, int16_t* thirds, int16_t* index, int* overflow);
 void Pred_lt_3or6(int16_t* excitation, int16_t delay, int16_t fraction, int16_t n, int16_t thirds, int* overflow);
-void Dec_lag3(int16_t index, int16_t first, int16_t last, int16_t offset, int16_t former, int16_t* lag,
-              int16_t* fraction, int16_t coarse, int* overflow);
-void decode_4i40_17bits(int16_t sign, int16_t index, const int16_t* fromGray, int16_t* vector);
-void dec_8i40_31bits(int16_t* index, int16_t* vector, int* overflow);
-void dec_10i40_35bits(int16_t* index, int16_t* vector, const int16_t* fromGray);
-extern const int16_t dgray[];
 int16_t G_pitch(int mode, int16_t* target, int16_t* filtered, int16_t* products, int16_t n, int* overflow);
-void preemphasis(int16_t* state, int16_t* signal, int16_t g, int16_t n, int* overflow);
-void Int_lsf(int16_t* before, int16_t* now, int16_t offset, int16_t* out, int* overflow);
-void Lsf_lsp(int16_t* lsf, int16_t* lsp, int16_t n, int* overflow);
-int16_t Post_Filter_reset(void* state);
-void Post_Filter(void* state, int mode, int16_t* speech, int16_t* lpc, int* overflow);
 }
 
 namespace {

@@ -27,9 +27,7 @@ struct AbArguments {
 };
 
 void writeVerdicts(const VerdictReport& report, Context& context) {
-    if (!context.options.json.empty()) {
-        writeOutput(context.options.json, toJson(report).dump(1) + "\n");
-    }
+    context.writeJson(toJson(report));
     if (context.reportWanted()) {
         writeOutput("-", describe(report));
     }
@@ -96,9 +94,8 @@ int decide(const AbArguments& options, Context& context) {
 } // namespace
 
 void addAb(Program& program) {
-    const auto options = std::make_shared<AbArguments>();
-    CLI::App& command = program.add("ab", "measure two subjects in turn and tell which lines changed",
-                                    [options](Context& context) { return decide(*options, context); });
+    const auto [command, options] =
+        program.add<AbArguments>("ab", "measure two subjects in turn and tell which lines changed", decide);
     command.add_option("OLD", options->older,
                        "a library directory, a rig program, or PROGRAM,DIRECTORY; NAME=... names it");
     command.add_option("NEW", options->newer, "the same for the new one");

@@ -8,7 +8,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
 
@@ -94,15 +93,11 @@ public:
         for (const std::string& failure : m_failures) {
             m_context.console.warn("krlab: " + failure);
         }
-        if (!m_context.options.json.empty()) {
-            const nlohmann::json document = {{"schema", "krlab-budget-result-1"},
-                                             {"identity", toJson(m_identity)},
-                                             {"clocks_per_second", rate},
-                                             {"codecs", std::move(codecs)},
-                                             {"failures", m_failures}};
-            writeOutput(m_context.options.json,
-                        document.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
-        }
+        m_context.writeJson({{"schema", "krlab-budget-result-1"},
+                             {"identity", toJson(m_identity)},
+                             {"clocks_per_second", rate},
+                             {"codecs", std::move(codecs)},
+                             {"failures", m_failures}});
         return interrupted() ? exitInterrupted : m_failures.empty() ? exitGood : exitFailed;
     }
 
@@ -198,9 +193,9 @@ private:
 } // namespace
 
 void addBudget(Program& program) {
-    auto options = std::make_shared<BudgetArguments>();
-    CLI::App& command = program.add("budget", "clocks a frame of whole codecs, share of a core, channels a core",
-                                    [options](Context& context) { return BudgetRun(*options, context).run(); });
+    const auto [command, options] = program.add<BudgetArguments>(
+        "budget", "clocks a frame of whole codecs, share of a core, channels a core",
+        [](const BudgetArguments& chosen, Context& context) { return BudgetRun(chosen, context).run(); });
     command.add_option("FILE", options->file, "the calls that a frame makes (lab/budgets has some)")->required();
     addSubject(command, options->subject);
     command.add_option("--codec", options->codecs, "only codecs with this in their name");

@@ -5,7 +5,6 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace krlab {
@@ -72,11 +71,7 @@ int check(const CheckOptions& options, Context& context) {
     for (const std::string& fault : faults) {
         context.console.warn("krlab: " + fault);
     }
-    if (!context.options.json.empty()) {
-        const nlohmann::json document = {{"schema", "krlab-check-1"}, {"tests", info.ended()}, {"faults", faults}};
-        writeOutput(context.options.json,
-                    document.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
-    }
+    context.writeJson({{"schema", "krlab-check-1"}, {"tests", info.ended()}, {"faults", faults}});
     if (!faults.empty()) {
         return exitFailed;
     }
@@ -87,10 +82,8 @@ int check(const CheckOptions& options, Context& context) {
 } // namespace
 
 void addCheck(Program& program) {
-    auto options = std::make_shared<CheckOptions>();
-    CLI::App& command =
-        program.add("check", "runs the rig with your keys; whatever goes wrong becomes status 2 with a line",
-                    [options](Context& context) { return check(*options, context); });
+    const auto [command, options] = program.add<CheckOptions>(
+        "check", "runs the rig with your keys; whatever goes wrong becomes status 2 with a line", check);
     addSubject(command, options->subject);
     command.add_option("--limit", options->timeLimit, "time limit of the run")->capture_default_str();
     command.add_flag("--show", options->show, "show the rig's own text");

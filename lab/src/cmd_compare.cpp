@@ -3,7 +3,6 @@
 #include "program.h"
 
 #include <CLI/CLI.hpp>
-#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace krlab {
@@ -34,9 +33,7 @@ int judgeSides(const CompareArguments& options, Context& context) {
     newer.add(options.newer, options.store);
     const VerdictReport report =
         comparePasses(older, newer, threshold, confidence, parseThreshold(options.countThreshold));
-    if (!context.options.json.empty()) {
-        writeOutput(context.options.json, toJson(report).dump(1) + "\n");
-    }
+    context.writeJson(toJson(report));
     if (context.reportWanted()) {
         writeOutput("-", describe(report));
     }
@@ -46,9 +43,8 @@ int judgeSides(const CompareArguments& options, Context& context) {
 } // namespace
 
 void addCompare(Program& program) {
-    const auto options = std::make_shared<CompareArguments>();
-    CLI::App& command = program.add("compare", "tell which lines changed between tables or stored passes",
-                                    [options](Context& context) { return judgeSides(*options, context); });
+    const auto [command, options] = program.add<CompareArguments>(
+        "compare", "tell which lines changed between tables or stored passes", judgeSides);
     const std::string what =
         "a table (several: A.csv,B.csv), a store, or passes of one: [STORE:]RUN, RUN/SUBJECT, LABEL";
     command.add_option("OLD", options->older, what)->required();

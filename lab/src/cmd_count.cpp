@@ -1,13 +1,13 @@
 // krlab count: instructions per call, the same on each run.
 #include "count.h"
 #include "interrupt.h"
+#include "linejson.h"
 #include "program.h"
 #include "store.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -39,15 +39,9 @@ std::vector<std::string> countFailures(const Pass& pass) {
 json countDocument(const Pass& pass, long long run, const std::vector<std::string>& failures) {
     json lines = json::array();
     for (const Figure& figure : pass.figures) {
-        json parameters = json::object();
-        for (const Parameter& parameter : figure.line.parameters) {
-            parameters[parameter.name] = parameter.value;
-        }
-        lines.push_back({{"function", figure.line.function},
-                         {"parameters", std::move(parameters)},
-                         {"family", familyOf(figure.line.function)},
-                         {"instructions", figure.clocks},
-                         {"elements", figure.elements}});
+        json line = lineJson(figure.line);
+        line.update({{"instructions", figure.clocks}, {"elements", figure.elements}});
+        lines.push_back(std::move(line));
     }
     return {{"schema", "krlab-count-1"},
             {"identity", toJson(pass.identity)},
@@ -92,19 +86,15 @@ int countLines(const CountOptions& options, Context& context) {
     for (const std::string& failure : failures) {
         context.console.warn("krlab: " + failure);
     }
-    if (!context.options.json.empty()) {
-        writeOutput(context.options.json,
-                    countDocument(pass, run, failures).dump(1, ' ', false, json::error_handler_t::replace) + "\n");
-    }
+    context.writeJson(countDocument(pass, run, failures));
     return status;
 }
 
 } // namespace
 
 void addCount(Program& program) {
-    auto options = std::make_shared<CountOptions>();
-    CLI::App& command = program.add("count", "instructions per call of each line, the same on each run",
-                                    [options](Context& context) { return countLines(*options, context); });
+    const auto [command, options] =
+        program.add<CountOptions>("count", "instructions per call of each line, the same on each run", countLines);
     addSubject(command, options->subject);
     command.add_option("--line", options->lines, "count this line alone; may be given several times")
         ->type_name("LINE");

@@ -44,10 +44,7 @@ int doctor(const std::string& subjectText, Context& context) {
     if (context.reportWanted()) {
         writeOutput("-", text);
     }
-    if (!context.options.json.empty()) {
-        writeOutput(context.options.json,
-                    nlohmann::json{{"schema", "krlab-doctor-1"}, {"findings", document}}.dump(1) + "\n");
-    }
+    context.writeJson(nlohmann::json{{"schema", "krlab-doctor-1"}, {"findings", document}});
     return bad ? exitWorse : exitGood;
 }
 

@@ -126,11 +126,8 @@ int submitFleet(const FleetArguments& options, Context& context) {
     if (context.reportWanted()) {
         writeOutput("-", fmt::format("{}: {} tasks, job {}\n", folder->path().string(), tasks.size(), job.id));
     }
-    if (!context.options.json.empty()) {
-        const nlohmann::json told = {
-            {"folder", folder->path().string()}, {"plan", folder->id()}, {"job", job.id}, {"tasks", job.tasks}};
-        writeOutput(context.options.json, told.dump(1) + "\n");
-    }
+    context.writeJson(
+        {{"folder", folder->path().string()}, {"plan", folder->id()}, {"job", job.id}, {"tasks", job.tasks}});
     return exitGood;
 }
 
@@ -163,9 +160,7 @@ int showStatus(const FleetArguments& options, Context& context) {
         status = ask();
     }
     context.console.clear();
-    if (!context.options.json.empty()) {
-        writeOutput(context.options.json, toJson(status).dump(1) + "\n");
-    }
+    context.writeJson(toJson(status));
     if (context.reportWanted()) {
         writeOutput("-", describe(status));
     }
@@ -193,17 +188,14 @@ int fetchStores(const FleetArguments& options, Context& context) {
                                 options.store, result.merged.passes, result.merged.figures, result.tasks, all,
                                 result.parts));
     }
-    if (!context.options.json.empty()) {
-        const nlohmann::json told = {{"store", options.store},
-                                     {"plan", folder.id()},
-                                     {"passes", result.merged.passes},
-                                     {"figures", result.merged.figures},
-                                     {"tasks", all},
-                                     {"whole", result.tasks},
-                                     {"parts", result.parts},
-                                     {"failures", result.failures}};
-        writeOutput(context.options.json, told.dump(1) + "\n");
-    }
+    context.writeJson({{"store", options.store},
+                       {"plan", folder.id()},
+                       {"passes", result.merged.passes},
+                       {"figures", result.merged.figures},
+                       {"tasks", all},
+                       {"whole", result.tasks},
+                       {"parts", result.parts},
+                       {"failures", result.failures}});
     return result.failures.empty() ? exitGood : exitFailed;
 }
 

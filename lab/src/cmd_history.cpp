@@ -3,6 +3,7 @@
 #include "identity.h"
 #include "interrupt.h"
 #include "linecourse.h"
+#include "linejson.h"
 #include "program.h"
 #include "referencekernel.h"
 
@@ -104,12 +105,8 @@ int addToHistory(const HistoryArguments& options, Context& context) {
         writeOutput("-", fmt::format("{}: {} lines in {} passes, kept in {}, run {}\n", label, lines, passes,
                                      options.store, run));
     }
-    if (!context.options.json.empty()) {
-        const nlohmann::json document = {
-            {"schema", "krlab-point-1"}, {"label", label}, {"run", run}, {"passes", passes}, {"failures", failures}};
-        writeOutput(context.options.json,
-                    document.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
-    }
+    context.writeJson(
+        {{"schema", "krlab-point-1"}, {"label", label}, {"run", run}, {"passes", passes}, {"failures", failures}});
     return status;
 }
 
@@ -159,10 +156,6 @@ nlohmann::json courseJson(const HistoryCourse& course, size_t first) {
     }
     nlohmann::json lines = nlohmann::json::array();
     for (const HistoryLine& line : course.lines) {
-        nlohmann::json parameters = nlohmann::json::object();
-        for (const Parameter& parameter : line.line.parameters) {
-            parameters[parameter.name] = parameter.value;
-        }
         nlohmann::json steps = nlohmann::json::array();
         for (const HistoryStep& step : line.steps) {
             if (step.point >= first) {
@@ -177,26 +170,20 @@ nlohmann::json courseJson(const HistoryCourse& course, size_t first) {
         for (const double value : line.clocks) {
             clocks.push_back(std::isfinite(value) ? nlohmann::json(value) : nlohmann::json());
         }
-        lines.push_back({{"function", line.line.function},
-                         {"parameters", std::move(parameters)},
-                         {"family", familyOf(line.line.function)},
-                         {"clocks", std::move(clocks)},
-                         {"steps", std::move(steps)}});
+        nlohmann::json told = lineJson(line.line);
+        told.update({{"clocks", std::move(clocks)}, {"steps", std::move(steps)}});
+        lines.push_back(std::move(told));
     }
     return {{"machine", course.machine}, {"points", std::move(points)}, {"lines", std::move(lines)}};
 }
 
 void writeHistoryJson(const Context& context, const std::vector<HistoryCourse>& courses,
                       const std::vector<size_t>& firsts) {
-    if (context.options.json.empty()) {
-        return;
-    }
     nlohmann::json machines = nlohmann::json::array();
     for (size_t i = 0; i < courses.size(); ++i) {
         machines.push_back(courseJson(courses[i], firsts[i]));
     }
-    const nlohmann::json document = {{"schema", "krlab-history-1"}, {"machines", std::move(machines)}};
-    writeOutput(context.options.json, document.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+    context.writeJson({{"schema", "krlab-history-1"}, {"machines", std::move(machines)}});
 }
 
 std::string pointsText(const HistoryCourse& course) {

@@ -6,7 +6,6 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace krlab {
@@ -64,21 +63,15 @@ int replay(const ReplayOptions& options, Context& context) {
             writeOutput("-", "  now:  " + figureText(*figure) + "\n");
         }
     }
-    if (!context.options.json.empty()) {
-        const nlohmann::json document = {
-            {"schema", "krlab-replay-1"}, {"line", target.line.text()}, {"identity", identity}, {"figures", figures}};
-        writeOutput(context.options.json,
-                    document.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
-    }
+    context.writeJson(
+        {{"schema", "krlab-replay-1"}, {"line", target.line.text()}, {"identity", identity}, {"figures", figures}});
     return exitGood;
 }
 
 } // namespace
 
 void addReplay(Program& program) {
-    auto options = std::make_shared<ReplayOptions>();
-    CLI::App& command = program.add("replay", "measures exactly one line again",
-                                    [options](Context& context) { return replay(*options, context); });
+    const auto [command, options] = program.add<ReplayOptions>("replay", "measures exactly one line again", replay);
     command
         .add_option("LINE", options->words,
                     "TABLE:ROW with the row's line number in the file, or FUNCTION NAME=VALUE ...")

@@ -11,7 +11,6 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fmt/format.h>
-#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace krlab {
@@ -196,9 +195,8 @@ int writeReport(const ReportArguments& options, Context& context) {
 } // namespace
 
 void addReport(Program& program) {
-    const auto options = std::make_shared<ReportArguments>();
-    CLI::App& command = program.add("report", "one HTML page of tables or stored passes, readable without a network",
-                                    [options](Context& context) { return writeReport(*options, context); });
+    const auto [command, options] = program.add<ReportArguments>(
+        "report", "one HTML page of tables or stored passes, readable without a network", writeReport);
     const std::string what =
         "a table (several: A.csv,B.csv), a store, or passes of one: [STORE:]RUN, RUN/SUBJECT, LABEL";
     command.add_option("SOURCE", options->sources, what);

@@ -13,7 +13,6 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
-#include <memory>
 
 namespace krlab {
 
@@ -104,9 +103,8 @@ int resume(const ResumeOptions& options, Context& context) {
 } // namespace
 
 void addResume(Program& program) {
-    auto options = std::make_shared<ResumeOptions>();
-    CLI::App& command = program.add("resume", "finishes a run that was cut off; give the keys of that run behind --",
-                                    [options](Context& context) { return resume(*options, context); });
+    const auto [command, options] = program.add<ResumeOptions>(
+        "resume", "finishes a run that was cut off; give the keys of that run behind --", resume);
     command.add_option("TABLE", options->table, "the result table (-r) of the run")->required();
     command.add_option("--subject", options->subject, "library directory or rig program");
     addLimit(command, options->timeLimit);

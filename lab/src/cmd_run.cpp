@@ -1,6 +1,7 @@
 // krlab run: passes spread over time; the smallest and the median of each line; restless lines again until they agree.
 #include "interrupt.h"
 #include "linecourse.h"
+#include "linejson.h"
 #include "program.h"
 #include "store.h"
 
@@ -8,7 +9,6 @@
 #include <algorithm>
 #include <chrono>
 #include <fmt/format.h>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <thread>
@@ -194,27 +194,20 @@ private:
         for (const std::string& failure : m_failures) {
             m_context.console.warn("krlab: " + failure);
         }
-        if (!m_context.options.json.empty()) {
-            writeOutput(m_context.options.json, document().dump(1, ' ', false, json::error_handler_t::replace) + "\n");
-        }
+        m_context.writeJson(document());
     }
 
     json document() const {
         json lines = json::array();
         for (const Readings& readings : m_course.lines()) {
-            json parameters = json::object();
-            for (const Parameter& parameter : readings.line.parameters) {
-                parameters[parameter.name] = parameter.value;
-            }
-            lines.push_back({{"function", readings.line.function},
-                             {"parameters", std::move(parameters)},
-                             {"family", familyOf(readings.line.function)},
-                             {"smallest", readings.smallest()},
-                             {"median", readings.median()},
-                             {"spread", readings.spread()},
-                             {"elements", readings.elements},
-                             {"passes", readings.clocks.size()},
-                             {"agreed", readings.spread() <= m_accuracy}});
+            json line = lineJson(readings.line);
+            line.update({{"smallest", readings.smallest()},
+                         {"median", readings.median()},
+                         {"spread", readings.spread()},
+                         {"elements", readings.elements},
+                         {"passes", readings.clocks.size()},
+                         {"agreed", readings.spread() <= m_accuracy}});
+            lines.push_back(std::move(line));
         }
         return {{"schema", "krlab-run-1"}, {"identity", toJson(m_identity)}, {"run", m_run},
                 {"accuracy", m_accuracy},  {"lines", std::move(lines)},      {"failures", m_failures}};
@@ -239,10 +232,9 @@ private:
 } // namespace
 
 void addRun(Program& program) {
-    auto options = std::make_shared<RunOptions>();
-    CLI::App& command =
-        program.add("run", "several passes: smallest and median of each line, restless lines again until they agree",
-                    [options](Context& context) { return Run(*options, context).run(); });
+    const auto [command, options] = program.add<RunOptions>(
+        "run", "several passes: smallest and median of each line, restless lines again until they agree",
+        [](const RunOptions& chosen, Context& context) { return Run(chosen, context).run(); });
     addSubject(command, options->subject);
     command.add_option("--passes", options->passes, "passes over all lines")
         ->check(CLI::Range(1, 100000))

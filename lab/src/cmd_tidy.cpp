@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <map>
-#include <memory>
 
 namespace krlab {
 
@@ -68,9 +67,8 @@ int tidy(const TidyOptions& options, Context& context) {
 } // namespace
 
 void addTidy(Program& program) {
-    auto options = std::make_shared<TidyOptions>();
-    CLI::App& command = program.add("tidy", "the rig's tables as data: named parameters, figures, results, identity",
-                                    [options](Context& context) { return tidy(*options, context); });
+    const auto [command, options] = program.add<TidyOptions>(
+        "tidy", "the rig's tables as data: named parameters, figures, results, identity", tidy);
     command.add_option("TABLE", options->tables, "result tables of the rig (-r, -R)")->required();
     command.add_option("--to", options->formats, "csv, json, sqlite, benchmark; several with commas")
         ->delimiter(',')

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
-#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace krlab {
@@ -116,9 +115,7 @@ private:
         VerdictReport report = compareRuns(comparison);
         report.older = last.identity;
         report.newer = fresh.identity;
-        if (!m_context.options.json.empty()) {
-            writeOutput(m_context.options.json, toJson(report).dump(1) + "\n");
-        }
+        m_context.writeJson(toJson(report));
         if (!m_context.reportWanted()) {
             return;
         }
@@ -147,10 +144,9 @@ private:
 } // namespace
 
 void addWatch(Program& program) {
-    auto options = std::make_shared<WatchArguments>();
-    CLI::App& command =
-        program.add("watch", "measure a selection again after each build and show what it did to each line",
-                    [options](Context& context) { return Watching(*options, context).run(); });
+    const auto [command, options] = program.add<WatchArguments>(
+        "watch", "measure a selection again after each build and show what it did to each line",
+        [](const WatchArguments& chosen, Context& context) { return Watching(chosen, context).run(); });
     addSubject(command, options->subject);
     command.add_option("--passes", options->passes, "passes of each build")
         ->check(CLI::Range(2, 1000))

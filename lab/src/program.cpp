@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <fmt/format.h>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <random>
 
 namespace krlab {
@@ -44,6 +45,12 @@ Subject Context::subject(const std::string& text) const {
 
 unsigned long Context::seed() const {
     return options.seed ? *options.seed : std::random_device()();
+}
+
+void Context::writeJson(const nlohmann::json& document) const {
+    if (!options.json.empty()) {
+        writeOutput(options.json, document.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+    }
 }
 
 Program::Program()

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,6 +43,15 @@ struct Context {
     unsigned long seed() const;
     /// True if the report belongs to standard output: JSON does not take it.
     bool reportWanted() const { return options.json != "-"; }
+    /// Writes the JSON form where --json wants it; bytes that are no UTF-8 are replaced. Throws Fault.
+    void writeJson(const nlohmann::json& document) const;
+};
+
+/// A command with options of its own.
+template <class Options>
+struct Command {
+    CLI::App& app;
+    std::shared_ptr<Options> options;
 };
 
 /// Collects the commands. Each command's file adds itself: an app.add_subcommand() with its options, and what it runs.
@@ -52,6 +62,12 @@ public:
 
     /// A new command. `run` returns the exit status; the options that `describe`d it live in what `run` holds.
     CLI::App& add(const std::string& name, const std::string& text, std::function<int(Context&)> run);
+    /// A new command that runs act(options, context), and the options that it lives with.
+    template <class Options, class Run>
+    Command<Options> add(const std::string& name, const std::string& text, Run act) {
+        auto options = std::make_shared<Options>();
+        return {add(name, text, [options, act](Context& context) { return act(*options, context); }), options};
+    }
     /// Reads the arguments and runs the chosen command. Every failure ends in a message and a status.
     int main(int argc, char** argv);
 

@@ -1,6 +1,7 @@
 #include "verdict.h"
 
 #include "fault.h"
+#include "linejson.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,14 +10,6 @@
 namespace krlab {
 
 namespace {
-
-nlohmann::json lineJson(const Line& line) {
-    nlohmann::json parameters = nlohmann::json::object();
-    for (const Parameter& parameter : line.parameters) {
-        parameters[parameter.name] = parameter.value;
-    }
-    return {{"function", line.function}, {"parameters", parameters}, {"family", familyOf(line.function)}};
-}
 
 nlohmann::json lineJson(const LineVerdict& verdict) {
     nlohmann::json object = lineJson(verdict.line);

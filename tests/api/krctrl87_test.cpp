@@ -201,6 +201,12 @@ protected:
         text = console.text();
         return result;
     }
+    // What the harness remembers of the units.
+    static void expectNoWords() {
+        EXPECT_EQ(g_ctrl87.getCW(), 0U);
+        EXPECT_EQ(g_ctrl87.getSW(), 0U);
+        EXPECT_EQ(g_ssx.get(), 0U);
+    }
     HarnessState state;
     krTest test;
     std::string text;
@@ -278,9 +284,7 @@ void leaveWords() {
 TEST_F(KrGuard, InitForgetsTheWordsAndSetsTheUnits) {
     leaveWords();
     krTest::initCtrlStatus();
-    EXPECT_EQ(g_ctrl87.getCW(), 0U);
-    EXPECT_EQ(g_ctrl87.getSW(), 0U);
-    EXPECT_EQ(g_ssx.get(), 0U);
+    expectNoWords();
     EXPECT_EQ(kr_get_cw_fpu() & 0xF3F, 0x23BU);
     EXPECT_EQ(kr_get_sw_fpu() & 0x3F, 0U);
     EXPECT_EQ(kr_get_ssx() & 0xFFBF, 0x9F80U);
@@ -289,9 +293,7 @@ TEST_F(KrGuard, InitForgetsTheWordsAndSetsTheUnits) {
 TEST_F(KrGuard, ClearForgetsTheWordsAndLeavesTheControlOfTheUnits) {
     leaveWords();
     krTest::clearCtrlStatus();
-    EXPECT_EQ(g_ctrl87.getCW(), 0U);
-    EXPECT_EQ(g_ctrl87.getSW(), 0U);
-    EXPECT_EQ(g_ssx.get(), 0U);
+    expectNoWords();
     EXPECT_EQ(kr_get_cw_fpu() & 0xF3F, 0x63FU);
     EXPECT_EQ(kr_get_sw_fpu() & 0x3F, 0U);
     EXPECT_EQ(kr_get_ssx() & 0xE03F, 0xE000U);

@@ -7,6 +7,7 @@
 #include <climits>
 #include <clocale>
 #include <cmath>
+#include <string>
 
 namespace {
 
@@ -207,28 +208,24 @@ TEST(KrStringCompare, UpperHalfOfTheCodesSortsBeforeAscii) {
     EXPECT_EQ(krString("a").compare("\xE4"), 1);
 }
 
+std::string trimmed(const char* text) {
+    krString string = text;
+    string.trim();
+    return string.c_str();
+}
+
 TEST(KrStringTrim, RemovesBlanksTabsAndLeadingCarriageReturns) {
-    krString text = " \t\r ab c \t ";
-    text.trim();
-    EXPECT_STREQ(text.c_str(), "ab c");
-    text = " \t\r ";
-    text.trim();
-    EXPECT_STREQ(text.c_str(), "");
+    EXPECT_EQ(trimmed(" \t\r ab c \t "), "ab c");
+    EXPECT_EQ(trimmed(" \t\r "), "");
 }
 
 TEST(KrStringTrim, KeepsATrailingCarriageReturn) {
-    krString text = " abc\r";
-    text.trim();
-    EXPECT_STREQ(text.c_str(), "abc\r");
-    text = "abc \r";
-    text.trim();
-    EXPECT_STREQ(text.c_str(), "abc \r");
+    EXPECT_EQ(trimmed(" abc\r"), "abc\r");
+    EXPECT_EQ(trimmed("abc \r"), "abc \r");
 }
 
 TEST(KrStringTrim, NewlineIsNoBlank) {
-    krString text = "\n abc \n";
-    text.trim();
-    EXPECT_STREQ(text.c_str(), "\n abc \n");
+    EXPECT_EQ(trimmed("\n abc \n"), "\n abc \n");
 }
 
 TEST(KrStringCase, LowerCaseIsACopy) {

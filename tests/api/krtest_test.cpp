@@ -73,10 +73,7 @@ TEST_F(KrTestRun, PhasesOfARunAndTheOdometer) {
     EXPECT_EQ(run(test), krOk);
     EXPECT_EQ(test.log, "begin start line(1,10) const time flush line(1,20) time flush line(2,10) time flush "
                         "line(2,20) time flush end stop endTest");
-    EXPECT_EQ(rows, "veksFoo,1,10,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,1,20,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,2,10,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,2,20,-,nLps=1,100, ,0.1,-\n");
+    EXPECT_EQ(rows, fourRows);
 }
 
 TEST_F(KrTestRun, TestWithoutParametersHasOneLine) {
@@ -174,12 +171,8 @@ TEST_F(KrTestRun, RowsHeldBackStandBehindAllOthers) {
     Noted test;
     test.a.addDeprecated(1, "old");
     EXPECT_EQ(run(test), krOk);
-    EXPECT_EQ(rows, "veksFoo,1,10,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,1,20,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,2,10,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,2,20,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,old,10,-,deprecated,100, ,0.1,-\n"
-                    "veksFoo,old,20,-,deprecated,100, ,0.1,-\n");
+    EXPECT_EQ(rows, fourRows + "veksFoo,old,10,-,deprecated,100, ,0.1,-\n"
+                               "veksFoo,old,20,-,deprecated,100, ,0.1,-\n");
 }
 
 TEST_F(KrTestRun, TraceLogDoesNotGrowWithTheGridAndStartsEmpty) {

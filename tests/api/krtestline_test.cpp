@@ -131,14 +131,10 @@ TEST_F(KrTestRun, RowsHeldBackTakePartInTheSearchForDuplicates) {
     test.a.addDeprecated(1, "old");
     test.a.addDeprecated(2, "old");
     EXPECT_EQ(run(test), krDataWrn);
-    EXPECT_EQ(rows, "veksFoo,1,10,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,1,20,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,2,10,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,2,20,-,nLps=1,100, ,0.1,-\n"
-                    "veksFoo,old,10,-,deprecated,100, ,0.1,-\n"
-                    "veksFoo,old,20,-,deprecated,100, ,0.1,-\n"
-                    "veksFoo,old,10,-,deprecated,100, ,0.1,-\n"
-                    "veksFoo,old,20,-,deprecated,100, ,0.1,-\n");
+    EXPECT_EQ(rows, fourRows + "veksFoo,old,10,-,deprecated,100, ,0.1,-\n"
+                               "veksFoo,old,20,-,deprecated,100, ,0.1,-\n"
+                               "veksFoo,old,10,-,deprecated,100, ,0.1,-\n"
+                               "veksFoo,old,20,-,deprecated,100, ,0.1,-\n");
     EXPECT_TRUE(told("-- Warning: duplicate lines in performance table (csv-file)\n"));
 }
 

@@ -56,6 +56,12 @@ public:
     krIterator<int> b{"b"};
 };
 
+/// The rows of a Noted test over its two values of each parameter.
+inline const std::string fourRows = "veksFoo,1,10,-,nLps=1,100, ,0.1,-\n"
+                                    "veksFoo,1,20,-,nLps=1,100, ,0.1,-\n"
+                                    "veksFoo,2,10,-,nLps=1,100, ,0.1,-\n"
+                                    "veksFoo,2,20,-,nLps=1,100, ,0.1,-\n";
+
 /// Four parameter columns (the name and three more) and five of results.
 class KrTestRun : public testing::Test {
 protected:

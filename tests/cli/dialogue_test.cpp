@@ -27,14 +27,7 @@ TEST(Dialogue, AsksEverythingAtATerminalAndEchoesEachAnswer) {
 -f=frGood: test function equal to 'frGood'
 -f=cmParameter: test function equal to 'cmParameter'
 Sorting functions...
-+-----------------------------------------------------------------------------+
-| CPU      : <text>
-| OS       : <text>
-| Computer : <text>
-| Test     : Timing                                                           |
-|                                                     Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
- ******************************************************************************
+)" + startFrame() + R"( ******************************************************************************
  *                       Specify timing method, please                        *
  ******************************************************************************
 

@@ -6,6 +6,34 @@
 
 namespace {
 
+// Text of a frame's line, `end` at its right edge.
+std::string framed(const std::string& text, const std::string& end = "") {
+    return "| " + text + std::string(76 - text.size() - end.size(), ' ') + end + "|\n";
+}
+
+const std::string edge = "+" + std::string(77, '-') + "+\n";
+const std::string date = "Day Mon dd hh:mm:ss yyyy";
+
+// The frame before a test.
+std::string testFrame(const std::string& function, const std::string& test, const std::string& description = "") {
+    return edge + framed("Function  : " + function, date) + framed("Test      : " + test) +
+           framed("Source    : faultrig.cpp") + (description.empty() ? "" : framed("Description : " + description)) +
+           edge;
+}
+
+// The frame behind it.
+std::string resultFrame(const std::string& result, const std::string& function) {
+    return edge + framed("-" + result + std::string(11 - result.size(), ' ') + function, date) + edge;
+}
+
+const char* const storage = "Illegal storage access.";
+const char* const arithmetic = "FP error, such as overflow, division by zero, invalid operation.";
+const char* const instruction = "Illegal instruction.";
+
+std::string signalled(const std::string& signal, const std::string& where) {
+    return "--VEK. Signal: " + signal + " in " + where + "\n";
+}
+
 // A test of one line has no element and no known operations.
 std::string single(const char* name) {
     return std::string(name) + ",-,-,-,-,-,-,-,-,nLps=2,<clocks>, ,<usec>,-\n";
@@ -17,7 +45,8 @@ TEST(FaultRun, ConsoleTellsEachFaultWhereItStruckAndTheRunGoesOn) {
     const RigDirectory rig(FAULTRIG, "rig");
     const RigResult run = rig.run(quickKeys({"-ffr", "-f-frMany", "-LWARN"}));
     EXPECT_EQ(1, run.exitCode);
-    const std::string expected = R"(Command line options: 
+    const std::string expected =
+        R"(Command line options: 
 -B: batch mode
 -s-: don't sort functions
 -dMethod=Manual: set KR parameter Method=Manual
@@ -25,246 +54,70 @@ TEST(FaultRun, ConsoleTellsEachFaultWhereItStruckAndTheRunGoesOn) {
 -ffr: test functions containing 'fr'
 -f-frMany: don't test functions containing 'frMany'
 -LWARN: write errors,warnings to console
-+-----------------------------------------------------------------------------+
-| CPU      : <text>
-| OS       : <text>
-| Computer : <text>
-| Test     : Timing                                                           |
-|                                                     Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
---VEK. Signal: Illegal storage access. in startAndStop of frCrashInBegin test
+)" + startFrame() +
+        R"(--VEK. Signal: Illegal storage access. in startAndStop of frCrashInBegin test
 --VEK. Signal: FP error, such as overflow, division by zero, invalid operation. in startAndStop of frCrashInStart test
  Method = Manual
  NumLoops = 2
  AlignVectorsBy = element
  VectorAlign = 0
-+-----------------------------------------------------------------------------+
-| Function  : frGood                                  Day Mon dd hh:mm:ss yyyy|
-| Test      : FrGrid                                                          |
-| Source    : faultrig.cpp                                                    |
-| Description : adding up                                                     |
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| -OK         frGood                                  Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frNullWrite                             Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
---VEK. Signal: Illegal storage access. in vekFunctionCalls
-+-----------------------------------------------------------------------------+
-| -EXCPTFAIL  frNullWrite                             Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frIntegerDivide                         Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
---VEK. Signal: FP error, such as overflow, division by zero, invalid operation. in vekFunctionCalls
-+-----------------------------------------------------------------------------+
-| -EXCPTFAIL  frIntegerDivide                         Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frX87Divide                             Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
---VEK. Signal: FP error, such as overflow, division by zero, invalid operation. in vekFunctionCalls
-+-----------------------------------------------------------------------------+
-| -EXCPTFAIL  frX87Divide                             Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frIllegalInstruction                    Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
---VEK. Signal: Illegal instruction. in vekFunctionCalls
-+-----------------------------------------------------------------------------+
-| -EXCPTFAIL  frIllegalInstruction                    Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frRunAway                               Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
---VEK. Signal: Illegal storage access. in vekFunctionCalls
-+-----------------------------------------------------------------------------+
-| -EXCPTFAIL  frRunAway                               Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frWordsAfterFaults                      Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| -OK         frWordsAfterFaults                      Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frDenormalFlag                          Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
--- Status    SSX: ?Denormal 
--- modified control status on test parameters:
-
--- performance:
-  nLps=2      perf=<clocks>/1=<clocks> clocks
-+-----------------------------------------------------------------------------+
-| -BADSTSWRN  frDenormalFlag                          Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frInexactFlag                           Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| -OK         frInexactFlag                           Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frRoundingMode                          Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| -OK         frRoundingMode                          Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frWordsAfterRounding                    Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| -OK         frWordsAfterRounding                    Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frError                                 Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
--- lib function error on test parameters:
-
-+-----------------------------------------------------------------------------+
-| -FUNCFAIL   frError                                 Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frWarning                               Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSingle                                                        |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
--- lib function warning on test parameters:
-
--- performance:
-  nLps=2      perf=<clocks>/1=<clocks> clocks
-+-----------------------------------------------------------------------------+
-| -FUNCWRN    frWarning                               Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frCantStart                             Day Mon dd hh:mm:ss yyyy|
-| Test      : FrCantStart                                                     |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
--- Can't start timing
-+-----------------------------------------------------------------------------+
-| -DATAFAIL   frCantStart                             Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
---VEK. Signal: Illegal storage access. in beginTest
-+-----------------------------------------------------------------------------+
-| -EXCPTFAIL  frCrashInBegin                          Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frCrashInStart                          Day Mon dd hh:mm:ss yyyy|
-| Test      : FrCrashInStart                                                  |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
---VEK. Signal: FP error, such as overflow, division by zero, invalid operation. in canStart
-+-----------------------------------------------------------------------------+
-| -EXCPTFAIL  frCrashInStart                          Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frCrashInData                           Day Mon dd hh:mm:ss yyyy|
-| Test      : FrCrashInData                                                   |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
---VEK. Signal: Illegal instruction. in initData
-+-----------------------------------------------------------------------------+
-| -EXCPTFAIL  frCrashInData                           Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frFailsAtSixteen                        Day Mon dd hh:mm:ss yyyy|
-| Test      : FrGrid                                                          |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
--- lib function error on test parameters:
-Size=16 
-+-----------------------------------------------------------------------------+
-| -FUNCFAIL   frFailsAtSixteen                        Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frCrashesAtSixteen                      Day Mon dd hh:mm:ss yyyy|
-| Test      : FrGrid                                                          |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
---VEK. Signal: Illegal storage access. in vekFunctionCalls
-+-----------------------------------------------------------------------------+
-| -EXCPTFAIL  frCrashesAtSixteen                      Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frEmptyGrid                             Day Mon dd hh:mm:ss yyyy|
-| Test      : FrEmptyGrid                                                     |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
--- One of argument list for timing is empty
-+-----------------------------------------------------------------------------+
-| -DATAFAIL   frEmptyGrid                             Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frDuplicates                            Day Mon dd hh:mm:ss yyyy|
-| Test      : FrDuplicates                                                    |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
- Performance table warning:
- Lines 19 & 21 have identical parameters
--- Warning: duplicate lines in performance table (csv-file)
-+-----------------------------------------------------------------------------+
-| -DATAWRN    frDuplicates                            Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frSkipsAll                              Day Mon dd hh:mm:ss yyyy|
-| Test      : FrSkipsAll                                                      |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
--- Error while initialization of function data
-+-----------------------------------------------------------------------------+
-| -DATAFAIL   frSkipsAll                              Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frNoFunction                            Day Mon dd hh:mm:ss yyyy|
-| Test      : FrNoFunction                                                    |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
--- Internal test problem: runTiming() function returns undefined result
-+-----------------------------------------------------------------------------+
-| -FAIL       frNoFunction                            Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| Function  : frGoodAtTheEnd                          Day Mon dd hh:mm:ss yyyy|
-| Test      : FrGrid                                                          |
-| Source    : faultrig.cpp                                                    |
-+-----------------------------------------------------------------------------+
-+-----------------------------------------------------------------------------+
-| -OK         frGoodAtTheEnd                          Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
-)" + summaryFrame({.tests = 24,
-                   .successes = 6,
-                   .failures = 17,
-                   .fails = 14,
-                   .fail = 5,
-                   .exceptFail = 9,
-                   .warnings = 3,
-                   .warning = 2,
-                   .badStatus = 1,
-                   .undefined = 1});
+)" + testFrame("frGood", "FrGrid", "adding up") +
+        resultFrame("OK", "frGood") + testFrame("frNullWrite", "FrSingle") + signalled(storage, "vekFunctionCalls") +
+        resultFrame("EXCPTFAIL", "frNullWrite") + testFrame("frIntegerDivide", "FrSingle") +
+        signalled(arithmetic, "vekFunctionCalls") + resultFrame("EXCPTFAIL", "frIntegerDivide") +
+        testFrame("frX87Divide", "FrSingle") + signalled(arithmetic, "vekFunctionCalls") +
+        resultFrame("EXCPTFAIL", "frX87Divide") + testFrame("frIllegalInstruction", "FrSingle") +
+        signalled(instruction, "vekFunctionCalls") + resultFrame("EXCPTFAIL", "frIllegalInstruction") +
+        testFrame("frRunAway", "FrSingle") + signalled(storage, "vekFunctionCalls") +
+        resultFrame("EXCPTFAIL", "frRunAway") + testFrame("frWordsAfterFaults", "FrSingle") +
+        resultFrame("OK", "frWordsAfterFaults") + testFrame("frDenormalFlag", "FrSingle") +
+        "-- Status    SSX: ?Denormal \n"
+        "-- modified control status on test parameters:\n"
+        "\n"
+        "-- performance:\n"
+        "  nLps=2      perf=<clocks>/1=<clocks> clocks\n" +
+        resultFrame("BADSTSWRN", "frDenormalFlag") + testFrame("frInexactFlag", "FrSingle") +
+        resultFrame("OK", "frInexactFlag") + testFrame("frRoundingMode", "FrSingle") +
+        resultFrame("OK", "frRoundingMode") + testFrame("frWordsAfterRounding", "FrSingle") +
+        resultFrame("OK", "frWordsAfterRounding") + testFrame("frError", "FrSingle") +
+        "-- lib function error on test parameters:\n"
+        "\n" +
+        resultFrame("FUNCFAIL", "frError") + testFrame("frWarning", "FrSingle") +
+        "-- lib function warning on test parameters:\n"
+        "\n"
+        "-- performance:\n"
+        "  nLps=2      perf=<clocks>/1=<clocks> clocks\n" +
+        resultFrame("FUNCWRN", "frWarning") + testFrame("frCantStart", "FrCantStart") + "-- Can't start timing\n" +
+        resultFrame("DATAFAIL", "frCantStart") + signalled(storage, "beginTest") +
+        resultFrame("EXCPTFAIL", "frCrashInBegin") + testFrame("frCrashInStart", "FrCrashInStart") +
+        signalled(arithmetic, "canStart") + resultFrame("EXCPTFAIL", "frCrashInStart") +
+        testFrame("frCrashInData", "FrCrashInData") + signalled(instruction, "initData") +
+        resultFrame("EXCPTFAIL", "frCrashInData") + testFrame("frFailsAtSixteen", "FrGrid") +
+        "-- lib function error on test parameters:\n"
+        "Size=16 \n" +
+        resultFrame("FUNCFAIL", "frFailsAtSixteen") + testFrame("frCrashesAtSixteen", "FrGrid") +
+        signalled(storage, "vekFunctionCalls") + resultFrame("EXCPTFAIL", "frCrashesAtSixteen") +
+        testFrame("frEmptyGrid", "FrEmptyGrid") + "-- One of argument list for timing is empty\n" +
+        resultFrame("DATAFAIL", "frEmptyGrid") + testFrame("frDuplicates", "FrDuplicates") +
+        " Performance table warning:\n"
+        " Lines 19 & 21 have identical parameters\n"
+        "-- Warning: duplicate lines in performance table (csv-file)\n" +
+        resultFrame("DATAWRN", "frDuplicates") + testFrame("frSkipsAll", "FrSkipsAll") +
+        "-- Error while initialization of function data\n" + resultFrame("DATAFAIL", "frSkipsAll") +
+        testFrame("frNoFunction", "FrNoFunction") +
+        "-- Internal test problem: runTiming() function returns undefined result\n" +
+        resultFrame("FAIL", "frNoFunction") + testFrame("frGoodAtTheEnd", "FrGrid") +
+        resultFrame("OK", "frGoodAtTheEnd") +
+        summaryFrame({.tests = 24,
+                      .successes = 6,
+                      .failures = 17,
+                      .fails = 14,
+                      .fail = 5,
+                      .exceptFail = 9,
+                      .warnings = 3,
+                      .warning = 2,
+                      .badStatus = 1,
+                      .undefined = 1});
     EXPECT_EQ(expected, rig.mask(run.out));
 }
 

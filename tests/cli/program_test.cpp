@@ -134,19 +134,13 @@ TEST(ProgramRun, EnumerationListsTestsInTheOrderOfTheirNamesAndInTheTable) {
               "-e: enumerate tested functions and exit\n"
               "-fveksDotProd: test functions containing 'veksDotProd'\n"
               "-f__kr: test functions containing '__kr'\n"
-              "-r: write performance result table to <dir>/kelvarrig.csv\n"
-              "+-----------------------------------------------------------------------------+\n"
-              "| CPU      : <text>\n"
-              "| OS       : <text>\n"
-              "| Computer : <text>\n"
-              "| Test     : Timing                                                           |\n"
-              "|                                                     Day Mon dd hh:mm:ss yyyy|\n"
-              "+-----------------------------------------------------------------------------+\n"
-              "   #\tFunction\tTest\tSource\t\n"
-              "   1\t__krOrvanCpu\t__krOrvanCpuTest\tkr\t\n"
-              "   2\tveksDotProdAutoScale_16s32s_Sfs\tTimDotProd\tp_dotprod\t\n"
-              "   3\tveksDotProd_G729A_16s32s\tTimDotProd\tp_dotprod\t\n"
-              "   4\tveksDotProd_G729A_32f\tTimDotProd\tp_dotprod\t\n",
+              "-r: write performance result table to <dir>/kelvarrig.csv\n" +
+                  startFrame() +
+                  "   #\tFunction\tTest\tSource\t\n"
+                  "   1\t__krOrvanCpu\t__krOrvanCpuTest\tkr\t\n"
+                  "   2\tveksDotProdAutoScale_16s32s_Sfs\tTimDotProd\tp_dotprod\t\n"
+                  "   3\tveksDotProd_G729A_16s32s\tTimDotProd\tp_dotprod\t\n"
+                  "   4\tveksDotProd_G729A_32f\tTimDotProd\tp_dotprod\t\n",
               rig.mask(run.out));
     EXPECT_EQ("CPU,<text>\nOS,<text>\nComputer,<text>\nStart,Day Mon dd hh:mm:ss yyyy\n"
               "   #,Function,Test,Source\n"
@@ -178,15 +172,7 @@ TEST(ProgramRun, MeasuresOneFunctionFromTheFirstLineOfItsCfgFile) {
 VEK Core library functions have been integrated into KR
 VEK libraries information has been set into KR
 Sorting functions...
-+-----------------------------------------------------------------------------+
-| CPU      : <text>
-| OS       : <text>
-| Computer : <text>
-| Library  : <text>
-| Test     : Timing                                                           |
-|                                                     Day Mon dd hh:mm:ss yyyy|
-+-----------------------------------------------------------------------------+
- Method = Manual
+)" + startFrame(true) + R"( Method = Manual
  NumLoops = 3
  AlignVectorsBy = element
  VectorAlign = 0

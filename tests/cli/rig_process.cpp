@@ -232,6 +232,15 @@ int countOf(const std::string& text, const std::string& part) {
     return count;
 }
 
+std::string startFrame(bool library) {
+    const std::string edge = "+" + std::string(77, '-') + "+\n";
+    const std::string test = "| Test     : Timing";
+    const std::string date = "Day Mon dd hh:mm:ss yyyy|\n";
+    return edge + "| CPU      : <text>\n| OS       : <text>\n| Computer : <text>\n" +
+           (library ? "| Library  : <text>\n" : "") + test + std::string(78 - test.size(), ' ') + "|\n|" +
+           std::string(53, ' ') + date + edge;
+}
+
 std::string summaryFrame(const RigCounts& counts) {
     const std::string edge = "+" + std::string(77, '-') + "+\n";
     const auto line = [](const std::string& label, const std::string& value) {

@@ -84,5 +84,7 @@ struct RigCounts {
     int undefined = 0;
 };
 
+/// The frame that opens a run at the console, masked; of a program with the library, that one stands in it too.
+std::string startFrame(bool library = false);
 /// The frame that closes a run at the console, its time masked.
 std::string summaryFrame(const RigCounts& counts);

@@ -15,6 +15,8 @@
 
 #if __has_include(<vo-amrwbenc/enc_if.h>) && __has_include(<opencore-amrwb/dec_if.h>)
 #define ORACLE_AMRWB 1
+#include "amrwbflt_steps.h"
+
 extern "C" {
 struct EncoderHistory {
     int16_t isf[128];
@@ -33,21 +35,7 @@ struct ActivityRecordWb {
     int16_t burst, hang, stationary, flags, tone, frames, largest, active, speech;
     int32_t lastPower;
 };
-void voAWB_Residu(int16_t* a, int16_t* x, int16_t* y, int16_t n);
 void Preemph(int16_t* x, int16_t mu, int16_t n, int16_t* mem);
-void Preemph2(int16_t* x, int16_t mu, int16_t n, int16_t* mem);
-void Deemph(int16_t* x, int16_t mu, int16_t n, int16_t* mem);
-void Deemph2(int16_t* x, int16_t mu, int16_t n, int16_t* mem);
-void HP50_12k8(int16_t* x, int16_t n, int16_t* mem);
-void HP400_12k8(int16_t* x, int16_t n, int16_t* mem);
-void Isp_isf(int16_t* isp, int16_t* isf, int16_t m);
-void voAWB_Isp_Az(int16_t* isp, int16_t* a, int16_t m, int16_t scaling);
-void voAWB_Isf_isp(int16_t* isf, int16_t* isp, int16_t m);
-void Az_isp(int16_t* a, int16_t* isp, int16_t* old);
-int16_t voAWB_G_pitch(int16_t* target, int16_t* vector, int16_t* coeff, int16_t n);
-void Qpisf_2s_46b(int16_t* isf, int16_t* quantised, int16_t* past, int16_t* index, int16_t survivors);
-void Qpisf_2s_36b(int16_t* isf, int16_t* quantised, int16_t* past, int16_t* index, int16_t survivors);
-void voAWB_Qisf_ns(int16_t* isf, int16_t* quantised, int16_t* index);
 int16_t voAWB_dtx_buffer(EncoderHistory* s, int16_t* isf, int32_t energy, int16_t mode);
 int16_t wb_vad(ActivityRecordWb* s, int16_t* x);
 int16_t wb_vad_reset(ActivityRecordWb* s);
@@ -61,13 +49,8 @@ struct DecoderHistory {
     int16_t place;
     int16_t behind[10];
 };
-void deemphasis_32(int16_t* high, int16_t* low, int16_t* y, int16_t mu, int16_t n, int16_t* mem);
-void Syn_filt_32(int16_t* a, int16_t m, int16_t* x, int16_t q, int16_t* high, int16_t* low, int16_t n);
-void Dpisf_2s_46b(int16_t* index, int16_t* isf, int16_t* past, int16_t* old, int16_t* buffer, int16_t bfi,
-                  int16_t update);
 void Dpisf_2s_36b(int16_t* index, int16_t* isf, int16_t* past, int16_t* old, int16_t* buffer, int16_t bfi,
                   int16_t update);
-void Disf_ns(int16_t* index, int16_t* isf);
 void Isp_Az(int16_t* isp, int16_t* a, int16_t m, int16_t scaling);
 void dtx_dec_amr_wb_activity_update(DecoderHistory* s, int16_t* isf, int16_t* x);
 }

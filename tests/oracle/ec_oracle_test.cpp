@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "../vek/ec/echocanceller.h"
+#include "noise.h"
 #include "veksc.h"
 
 #if __has_include(<fftw3.h>)
@@ -29,16 +30,6 @@
 namespace {
 
 using Samples = std::vector<int16_t>;
-
-[[maybe_unused]] Samples noise(unsigned seed, int n, int peak) {
-    std::mt19937 random(seed);
-    std::uniform_int_distribution<int> pick(-peak, peak);
-    Samples v(static_cast<size_t>(n));
-    for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random));
-    }
-    return v;
-}
 
 TEST(EcOracle, FilterIsTheTelephonyPackagesInnerProduct) {
 #ifdef ORACLE_TELEPHONY

@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "statememory.h"
 #include "veksc.h"
 
 #if __has_include(<spandsp.h>)
@@ -48,14 +49,8 @@ using Samples = std::vector<int16_t>;
     return x;
 }
 
-struct State {
-    Bytes memory;
-    VeksCodecState_G722* get() { return reinterpret_cast<VeksCodecState_G722*>(memory.data()); }
-    State() {
-        int size = 0;
-        EXPECT_EQ(vekStsNoErr, veksSBADPCMEncodeStateSize_G722_16s(&size));
-        memory.resize(static_cast<size_t>(size));
-    }
+struct State : StateMemory<VeksCodecState_G722> {
+    State() : StateMemory(veksSBADPCMEncodeStateSize_G722_16s) {}
 };
 
 #ifdef ORACLE_SPANDSP
@@ -75,11 +70,10 @@ TEST(G722Oracle, WholeCodecHasTheSameCodesAndSamples) {
     Samples bands(n);
     Samples codes(n / 2);
     Samples delay(24);
-    ASSERT_EQ(vekStsNoErr, veksSBADPCMEncodeInit_G722_16s(coder.get()));
+    ASSERT_EQ(vekStsNoErr, veksSBADPCMEncodeInit_G722_16s(coder));
     for (int first = 0; first < n; first += 320) {
         ASSERT_EQ(vekStsNoErr, veksQMFEncode_G722_16s(x.data() + first, bands.data() + first, 320, delay.data()));
-        ASSERT_EQ(vekStsNoErr,
-                  veksSBADPCMEncode_G722_16s(bands.data() + first, codes.data() + first / 2, 320, coder.get()));
+        ASSERT_EQ(vekStsNoErr, veksSBADPCMEncode_G722_16s(bands.data() + first, codes.data() + first / 2, 320, coder));
     }
     for (int mode = 1; mode <= 3; ++mode) {
         g722_encode_state_t* theirs = g722_encode_init(nullptr, kModes[mode - 1], 0);
@@ -95,10 +89,10 @@ TEST(G722Oracle, WholeCodecHasTheSameCodesAndSamples) {
         Samples lows(n);
         Samples y(n);
         Samples past(24);
-        ASSERT_EQ(vekStsNoErr, veksSBADPCMDecodeInit_G722_16s(back.get()));
+        ASSERT_EQ(vekStsNoErr, veksSBADPCMDecodeInit_G722_16s(back));
         for (int first = 0; first < n; first += 160) {
             ASSERT_EQ(vekStsNoErr,
-                      veksSBADPCMDecode_G722_16s(codes.data() + first / 2, lows.data() + first, 160, mode, back.get()));
+                      veksSBADPCMDecode_G722_16s(codes.data() + first / 2, lows.data() + first, 160, mode, back));
             ASSERT_EQ(vekStsNoErr, veksQMFDecode_G722_16s(lows.data() + first, y.data() + first, 160, past.data()));
         }
         for (int i = 0; i < n; ++i) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "sc/g726/companding.h"
+#include "statememory.h"
 #include "veksc.h"
 
 #if __has_include(<spandsp.h>)
@@ -64,14 +65,8 @@ using Samples = std::vector<int16_t>;
     return x;
 }
 
-struct State {
-    Bytes memory;
-    VeksCodecState_G726* get() { return reinterpret_cast<VeksCodecState_G726*>(memory.data()); }
-    State() {
-        int size = 0;
-        EXPECT_EQ(vekStsNoErr, veksEncodeGetStateSize_G726_16s8u(&size));
-        memory.resize(static_cast<size_t>(size));
-    }
+struct State : StateMemory<VeksCodecState_G726> {
+    State() : StateMemory(veksEncodeGetStateSize_G726_16s8u) {}
 };
 
 constexpr struct {
@@ -126,8 +121,8 @@ Samples theirSamples(const Bytes& codes, int bits, VekPCMLaw law) {
 Bytes ourCodes(const Samples& x, VekSpchBitRate rate) {
     State state;
     Bytes codes(x.size());
-    EXPECT_EQ(vekStsNoErr, veksEncodeInit_G726_16s8u(state.get(), rate));
-    EXPECT_EQ(vekStsNoErr, veksEncode_G726_16s8u(state.get(), x.data(), codes.data(), static_cast<int>(x.size())));
+    EXPECT_EQ(vekStsNoErr, veksEncodeInit_G726_16s8u(state, rate));
+    EXPECT_EQ(vekStsNoErr, veksEncode_G726_16s8u(state, x.data(), codes.data(), static_cast<int>(x.size())));
     return codes;
 }
 
@@ -135,11 +130,11 @@ Bytes ourCodes(const Samples& x, VekSpchBitRate rate) {
 Samples ourSamples(const Bytes& codes, VekSpchBitRate rate, VekPCMLaw law) {
     State state;
     Samples x(codes.size());
-    EXPECT_EQ(vekStsNoErr, veksDecodeInit_G726_8u16s(state.get(), rate, law));
+    EXPECT_EQ(vekStsNoErr, veksDecodeInit_G726_8u16s(state, rate, law));
     const int len = static_cast<int>(x.size());
     for (int first = 0; first < len; first += 1000) {
-        EXPECT_EQ(vekStsNoErr, veksDecode_G726_8u16s(state.get(), codes.data() + first, x.data() + first,
-                                                     std::min(1000, len - first)));
+        EXPECT_EQ(vekStsNoErr,
+                  veksDecode_G726_8u16s(state, codes.data() + first, x.data() + first, std::min(1000, len - first)));
     }
     return x;
 }

@@ -19,6 +19,12 @@ inline std::vector<int16_t> noise(std::mt19937& random, int n, int low, int high
     return v;
 }
 
+/// n samples of magnitudes up to `peak`, the same for the same seed.
+inline std::vector<int16_t> noise(unsigned seed, int n, int peak) {
+    std::mt19937 random(seed);
+    return noise(random, n, -peak, peak);
+}
+
 /// A decaying impulse response of 40 samples, Q12, with noise up to `level` after its first one.
 inline std::vector<int16_t> decayingResponse(std::mt19937& random, int level) {
     std::vector<int16_t> h = noise(random, 40, -level, level);

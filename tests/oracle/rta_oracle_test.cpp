@@ -7,20 +7,11 @@
 #include <random>
 #include <vector>
 
+#include "statememory.h"
 #include "veksc.h"
 
 #if __has_include(<speex/speex.h>)
-extern "C" {
-void _spx_lpc(float* lpc, const float* ac, int order);
-int lpc_to_lsp(float* a, int order, float* freq, int bisections, float delta, char* stack);
-void lsp_to_lpc(const float* freq, float* a, int order, char* stack);
-void qmf_decomp(const float* x, const float* taps, float* low, float* high, int len, int count, float* memory,
-                char* stack);
-void qmf_synth(const float* low, const float* high, const float* taps, float* y, int len, int count, float* memory1,
-               float* memory2, char* stack);
-void filter_mem16(const float* x, const float* numerator, const float* denominator, float* y, int len, int order,
-                  float* memory, char* stack);
-}
+#include "rta_steps.h"
 
 namespace {
 
@@ -126,10 +117,7 @@ TEST(RtaOracle, TheCoefficientsOfAnotherCodec) {
 TEST(RtaOracle, TheSplitOfAnotherCodecWithOurTaps) {
     const Floats h = taps();
     std::mt19937 random(3);
-    int size = 0;
-    ASSERT_EQ(vekStsNoErr, veksQMFGetStateSize_RTA_32f(&size));
-    std::vector<unsigned char> bytes(static_cast<size_t>(size));
-    auto* state = reinterpret_cast<VeksQMFState_RTA_32f*>(bytes.data());
+    StateMemory<VeksQMFState_RTA_32f> state(veksQMFGetStateSize_RTA_32f);
     ASSERT_EQ(vekStsNoErr, veksQMFInit_RTA_32f(state));
     Floats memory(64);
     // Their newest sample of a pair is our older one.
@@ -153,10 +141,7 @@ TEST(RtaOracle, TheSplitOfAnotherCodecWithOurTaps) {
 TEST(RtaOracle, TheReunionOfAnotherCodecWithOurTaps) {
     const Floats h = taps();
     std::mt19937 random(4);
-    int size = 0;
-    ASSERT_EQ(vekStsNoErr, veksQMFGetStateSize_RTA_32f(&size));
-    std::vector<unsigned char> bytes(static_cast<size_t>(size));
-    auto* state = reinterpret_cast<VeksQMFState_RTA_32f*>(bytes.data());
+    StateMemory<VeksQMFState_RTA_32f> state(veksQMFGetStateSize_RTA_32f);
     ASSERT_EQ(vekStsNoErr, veksQMFInit_RTA_32f(state));
     Floats memory1(64);
     Floats memory2(64);

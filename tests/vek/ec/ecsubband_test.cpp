@@ -27,28 +27,28 @@ struct Process {
 using FloatProcess = Process<VeksSubbandProcessState_32f>;
 using FixedProcess = Process<VeksSubbandProcessState_16s>;
 
-FloatProcess make(int order, int frame, const Floats& window) {
-    FloatProcess p;
+// A process of one kind by its size and init functions.
+template <class State, class Size, class Init, class Window>
+Process<State> made(Size sizeOf, Init init, int order, int frame, const Window& window) {
+    Process<State> p;
     int size = 0;
     int buffer = 0;
     const int len = static_cast<int>(window.size());
-    EXPECT_EQ(vekStsNoErr, veksSubbandProcessGetSize_32f(order, len, &size, &p.points, &buffer));
+    EXPECT_EQ(vekStsNoErr, sizeOf(order, len, &size, &p.points, &buffer));
     p.state.resize(static_cast<size_t>(size) + 1);
     p.buffer.resize(static_cast<size_t>(buffer) + 1);
-    EXPECT_EQ(vekStsNoErr, veksSubbandProcessInit_32f(p.get(), order, frame, len, window.data(), p.work()));
+    EXPECT_EQ(vekStsNoErr, init(p.get(), order, frame, len, window.data(), p.work()));
     return p;
 }
 
+FloatProcess make(int order, int frame, const Floats& window) {
+    return made<VeksSubbandProcessState_32f>(veksSubbandProcessGetSize_32f, veksSubbandProcessInit_32f, order, frame,
+                                             window);
+}
+
 FixedProcess make(int order, int frame, const Samples& window) {
-    FixedProcess p;
-    int size = 0;
-    int buffer = 0;
-    const int len = static_cast<int>(window.size());
-    EXPECT_EQ(vekStsNoErr, veksSubbandProcessGetSize_16s(order, len, &size, &p.points, &buffer));
-    p.state.resize(static_cast<size_t>(size) + 1);
-    p.buffer.resize(static_cast<size_t>(buffer) + 1);
-    EXPECT_EQ(vekStsNoErr, veksSubbandProcessInit_16s(p.get(), order, frame, len, window.data(), p.work()));
-    return p;
+    return made<VeksSubbandProcessState_16s>(veksSubbandProcessGetSize_16s, veksSubbandProcessInit_16s, order, frame,
+                                             window);
 }
 
 std::vector<std::complex<double>> transformOfFold(const std::vector<double>& windowed, int points) {

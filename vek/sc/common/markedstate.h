@@ -27,15 +27,8 @@ struct Marked {
     Content content;
 
     static VekStatus size(int* pSize) { return stateSize<Marked>(pSize); }
-    static VekStatus init(void* memory, const Content& content = {}) {
-        if (memory == nullptr) {
-            return vekStsNullPtrErr;
-        }
-        Marked fresh;
-        fresh.content = content;
-        std::memcpy(memory, &fresh, sizeof fresh);
-        return vekStsNoErr;
-    }
+    static VekStatus init(void* memory) { return start(memory, Marked{}); }
+    static VekStatus init(void* memory, const Content& content) { return start(memory, Marked{kind, content}); }
     bool take(const void* memory) {
         std::memcpy(static_cast<void*>(this), memory, sizeof *this);
         return mark == kind;
@@ -51,6 +44,15 @@ struct Marked {
         }
         work(state.content);
         state.give(memory);
+        return vekStsNoErr;
+    }
+
+private:
+    static VekStatus start(void* memory, const Marked& fresh) {
+        if (memory == nullptr) {
+            return vekStsNullPtrErr;
+        }
+        std::memcpy(memory, &fresh, sizeof fresh);
         return vekStsNoErr;
     }
 };

@@ -1,4 +1,4 @@
-// Windows of the linear prediction, weights of the delays, and the tables of the logarithm and of voice activity of AMR
+// Windows of the linear prediction, weights of the delays, and the tables of voice activity of AMR
 // (TS 26.073, TS 26.094): the published figures.
 #include "sc/gsmamr/tables.h"
 
