@@ -246,7 +246,7 @@ int leastGainPair(const float* terms, double predicted, GainEntries first, GainE
     constexpr Doubles d;
     constexpr int pairs = kMostGainEntries * kGainPairRow;
     alignas(32) static constexpr Counting<pairs> counting;
-    const auto all = [](double v) { return hn::Set(d, v); };
+    const auto all = [](double v) { return hn::Set(Doubles(), v); };
     const auto yy = all(static_cast<double>(terms[0]));
     const auto xy = all(static_cast<double>(terms[1]));
     const auto zz = all(static_cast<double>(terms[2]));
