@@ -47,6 +47,24 @@ void combined(const int16_t* a, const int16_t* b, int16_t* out, int n, int shift
     }
 }
 
+void multShiftedOf(const int16_t* a, const int16_t* b, int16_t* out, int n, int half, int shift) {
+    for (int i = 0; i < n; ++i) {
+        out[i] = saturated((a[i] * b[i] + half) >> shift);
+    }
+}
+
+void filled(const int16_t* a, const int16_t* b, int16_t* out, int n) {
+    for (int i = 0; i < n; ++i) {
+        out[i] = static_cast<int16_t>(a[i] - b[i]);
+    }
+}
+
+void firstLanesOf(const int16_t* a, int16_t* out, int n) {
+    for (int i = 0; i < n; ++i) {
+        out[i] = a[i];
+    }
+}
+
 void widened(const float* a, double* out, int n) {
     for (int i = 0; i < n; ++i) {
         out[i] = a[i];
@@ -124,6 +142,25 @@ void combined(const int16_t* a, const int16_t* b, int16_t* out, int n, int shift
         const auto lower = pairSums(hn::InterleaveLower(d16, u, v), factors);
         const auto upper = pairSums(hn::InterleaveUpper(d16, u, v), factors);
         storeSaturated(d16, out + i, hn::ShiftRightSame(lower, shift), hn::ShiftRightSame(upper, shift));
+    }
+}
+
+void multShiftedOf(const int16_t* a, const int16_t* b, int16_t* out, int n, int half, int shift) {
+    for (int i = 0; i < n; i += kLanesOf<D16>) {
+        hn::StoreU(multShifted(hn::LoadU(d16, a + i), hn::LoadU(d16, b + i), half, shift), d16, out + i);
+    }
+}
+
+void filled(const int16_t* a, const int16_t* b, int16_t* out, int n) {
+    fillBy(
+        d16, out, n, [=](int i) { return static_cast<int16_t>(a[i] - b[i]); },
+        [=](auto d, int i) { return hn::LoadU(d, a + i) - hn::LoadU(d, b + i); });
+}
+
+void firstLanesOf(const int16_t* a, int16_t* out, int n) {
+    for (int i = 0; i < n; i += 8) {
+        const int16_t* next = a + i;
+        hn::StoreU(firstLanes([&next] { return hn::Set(kEightOf16, *next++); }), kEightOf16, out + i);
     }
 }
 
@@ -305,6 +342,9 @@ VEK_KERNEL_TABLE_512(RegisterOperations, registerOperations) = {
     multCutOf,
     addSaturated,
     combined,
+    multShiftedOf,
+    filled,
+    firstLanesOf,
     widened,
     lanes,
     reversedEights,

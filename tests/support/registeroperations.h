@@ -21,6 +21,12 @@ struct RegisterOperations {
     void (*addSaturated)(const int16_t* a, const int16_t* b, int16_t* out, int n);
     /// (a * 32767 - b) >> shift, saturated, by way of pairs from both and 32 bits.
     void (*combined)(const int16_t* a, const int16_t* b, int16_t* out, int n, int shift);
+    /// (a * b + half) >> shift, saturated.
+    void (*multShifted)(const int16_t* a, const int16_t* b, int16_t* out, int n, int half, int shift);
+    /// Differences of a and b, of any n; the place may be that of a or b.
+    void (*filled)(const int16_t* a, const int16_t* b, int16_t* out, int n);
+    /// The elements as they are, each from the first lane of a register of its own.
+    void (*firstLanes)(const int16_t* a, int16_t* out, int n);
     /// To 64 bits, of eight at a time.
     void (*widened)(const float* a, double* out, int n);
     /// The four of each four in their order, each by itself.

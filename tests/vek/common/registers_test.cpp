@@ -97,6 +97,48 @@ TEST(VekRegisters, WhatIsInterleavedComesBackInOrderAndSaturated) {
     });
 }
 
+TEST(VekRegisters, ProductsAreRoundedShiftedAndSaturatedIn32Bits) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        const Operands o;
+        std::vector<int16_t> want(kElements);
+        std::vector<int16_t> have(kElements);
+        for (const int shift : {0, 1, 8, 14, 15, 16, 30}) {
+            const int half = shift > 0 ? 1 << (shift - 1) : 0;
+            plain.multShifted(o.a.data(), o.b.data(), want.data(), kElements, half, shift);
+            wide.multShifted(o.a.data(), o.b.data(), have.data(), kElements, half, shift);
+            EXPECT_EQ(want, have) << shift;
+        }
+    });
+}
+
+TEST(VekRegisters, AVectorOfAnyLengthIsFilledAndNothingBehindItAlsoInPlace) {
+    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+        const Operands o;
+        for (int n = 0; n <= 140; ++n) {
+            std::vector<int16_t> want(160, 77);
+            std::vector<int16_t> have = want;
+            plain.filled(o.a.data(), o.b.data(), want.data(), n);
+            wide.filled(o.a.data(), o.b.data(), have.data(), n);
+            EXPECT_EQ(want, have) << n;
+            std::vector<int16_t> first(o.a.begin(), o.a.begin() + n);
+            wide.filled(first.data(), o.b.data(), first.data(), n);
+            EXPECT_TRUE(std::equal(first.begin(), first.end(), want.begin())) << n;
+            std::vector<int16_t> second(o.b.begin(), o.b.begin() + n);
+            wide.filled(o.a.data(), second.data(), second.data(), n);
+            EXPECT_TRUE(std::equal(second.begin(), second.end(), want.begin())) << n;
+        }
+    });
+}
+
+TEST(VekRegisters, FirstLanesStandOneBehindTheOther) {
+    atEachWidth([](const vek::RegisterOperations&, const vek::RegisterOperations& wide) {
+        const Operands o;
+        std::vector<int16_t> have(kElements);
+        wide.firstLanes(o.a.data(), have.data(), kElements);
+        EXPECT_EQ(o.a, have);
+    });
+}
+
 TEST(VekRegisters, LanesKeepTheirOrderWhenTheyAreWidenedOrTakenOut) {
     atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
         std::vector<float> a(kElements);

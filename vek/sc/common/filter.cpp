@@ -15,16 +15,23 @@ using namespace vek;
 
 constexpr int kOrder = 10;
 constexpr int kSubframe = 40;
-// Stretches of at most T samples read nothing that they write, so that each can be done at once.
+
+// Stretches of at most T samples read nothing that they write, so that each can be done at once. Apart from what is a
+// single one, which would have to save this one's registers.
+template <class Sample, class Step>
+[[gnu::noinline]] VekStatus inSeveralStretches(Sample* x, int T, int len, Step step) {
+    for (int i = 0; i < len; i += T) {
+        step(x + i, x + i - T, std::min(T, len - i));
+    }
+    return vekStsNoErr;
+}
+
 template <class Sample, class Step>
 VekStatus inStretches(Sample* x, int T, int len, Step step) {
     if (len <= T || T == 0) {
         return step(x, x - T, len);
     }
-    for (int i = 0; i < len; i += T) {
-        step(x + i, x + i - T, std::min(T, len - i));
-    }
-    return vekStsNoErr;
+    return inSeveralStretches(x, T, len, step);
 }
 
 VekStatus checkHarmonic(const void* x, int T, int len) {

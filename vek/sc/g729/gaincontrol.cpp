@@ -35,14 +35,15 @@ VekStatus contribution(Kernel lessScaled, T gain, const T* vector, const T* targ
 int16_t vek::g729::levelRatio(int32_t in, int32_t out) {
     const int shiftIn = norm_l(in);
     const int shiftOut = norm_l(out);
-    const Vek16s a = extract_h(L_shl(in, shiftIn));
-    const Vek16s b = extract_h(L_shl(out, shiftOut));
+    // Both are positive, here 0x4000 or more, and their quotient is below 2: nothing saturates but the last shift.
+    const auto a = static_cast<Vek16s>(in << shiftIn >> 16);
+    const auto b = static_cast<Vek16s>(out << shiftOut >> 16);
     const int shift = shiftIn - shiftOut;
     if (a < b) {
         return shr(div_s(a, b), shift + 1);
     }
     // The quotient is 1 or more: Q14 here, where it is Q15 above.
-    return shr(add(div_s(shr(sub(a, b), 1), b), 0x4000), shift);
+    return shr(static_cast<Vek16s>(div_s(static_cast<Vek16s>((a - b) >> 1), b) + 0x4000), shift);
 }
 
 int32_t vek::g729::sumOfMagnitudes(const int16_t* x) {

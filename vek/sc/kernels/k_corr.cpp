@@ -205,10 +205,13 @@ using Floats = hn::CappedTag<float, 8>;
 
 constexpr int kBlock = 32 * kLanesOf<Floats>;
 
-// The products behind the last four elements that are whole. Without a loop, which the compiler would spread over
+// Adds the products behind the last four elements that are whole. Without a loop, which the compiler would spread over
 // registers.
-VEK_INLINE float lastThree(const float* a, const float* b, int n) {
+VEK_INLINE float plusLastThree(float before, const float* a, const float* b, int n) {
     const int i = n & ~3;
+    if (n == i) {
+        return before;
+    }
     float sum = 0;
     if ((n & 2) != 0) {
         sum = a[i] * b[i] + a[i + 1] * b[i + 1];
@@ -216,7 +219,7 @@ VEK_INLINE float lastThree(const float* a, const float* b, int n) {
     if ((n & 1) != 0) {
         sum += a[n - 1] * b[n - 1];
     }
-    return sum;
+    return before + sum;
 }
 
 // Fewer than kShortSum: a sum of these takes less than setting up the registers of more.
@@ -234,7 +237,7 @@ VEK_INLINE float shortSum(const float* a, const float* b, int n) {
         }
         sum = hn::GetLane(hn::SumOfLanes(d, four));
     }
-    return sum + lastThree(a, b, n);
+    return plusLastThree(sum, a, b, n);
 }
 
 VEK_INLINE float dotOfBlock(const float* a, const float* b, int n) {
@@ -268,7 +271,7 @@ VEK_INLINE float dotOfBlock(const float* a, const float* b, int n) {
     if (lanes > 4 && i + 4 <= n) {
         four = four + products(FourFloats(), i);
     }
-    return hn::GetLane(hn::SumOfLanes(FourFloats(), four)) + lastThree(a, b, n);
+    return plusLastThree(hn::GetLane(hn::SumOfLanes(FourFloats(), four)), a, b, n);
 }
 
 // The sums of the lanes of four registers.

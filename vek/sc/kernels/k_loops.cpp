@@ -83,6 +83,28 @@ bool cosines(const float* angles, int n, double* c) {
     return inside;
 }
 
+int leastGainPair(const float* terms, double predicted, GainEntries first, GainEntries second, double bound) {
+    const double yy = terms[0];
+    const double xy = terms[1];
+    const double zz = terms[2];
+    const double xz = terms[3];
+    const double yz = terms[4];
+    double least = __builtin_inf();
+    int best = 0;
+    for (int i = 0; i < first.count; ++i) {
+        for (int j = 0; j < second.count; ++j) {
+            const double a = first.adaptive[i] + second.adaptive[j];
+            const double f = (first.factor[i] + second.factor[j]) * predicted;
+            const double error = a * (a * yy + xy) + f * (f * zz + xz + a * yz);
+            if (a < bound && error < least) {
+                least = error;
+                best = i * kGainPairRow + j;
+            }
+        }
+    }
+    return best;
+}
+
 #else
 
 using namespace registers;
@@ -132,20 +154,15 @@ VekStatus lessScaled32f(float g, const float* d, const float* x, float* y) {
     return vekStsNoErr;
 }
 
-// Each lane times its sign, two of them added.
-template <class D>
-VEK_INLINE auto magnitudesOf(D d, const int16_t* x) {
-    const auto v = hn::LoadU(d, x);
-    return pairSums(v, hn::ShiftRight<15>(v) | hn::Set(d, int16_t{1}));
-}
-
+// Each lane times its sign. By 128 bits: who has just copied the samples would wait for longer ones to be in store.
 int32_t magnitudes16(const int16_t* x) {
-    constexpr int whole = 32;
-    auto sums = magnitudesOf(d16, x);
-    for (int i = kLanesOf<D16>; i < whole; i += kLanesOf<D16>) {
-        sums = sums + magnitudesOf(d16, x + i);
+    auto sums = hn::Zero(kFourOf32);
+#pragma GCC unroll 5
+    for (int i = 0; i < kSub; i += kLanesOf<EightOf16>) {
+        const auto v = hn::LoadU(kEightOf16, x + i);
+        sums = plusPairs(sums, v, hn::ShiftRight<15>(v) | hn::Set(kEightOf16, int16_t{1}));
     }
-    return hn::GetLane(hn::SumOfLanes(kFourOf32, fourSums(sums) + magnitudesOf(kEightOf16, x + whole)));
+    return hn::GetLane(hn::SumOfLanes(kFourOf32, sums));
 }
 
 // So many registers of outputs, whose sums share each tap.
@@ -209,6 +226,62 @@ bool cosines(const float* angles, int n, double* c) {
         inside &= cosinesOf(Doubles(), angles + at, c + at);
     }
     return inside;
+}
+
+// 0, 1, 2 ... as floating numbers.
+template <int count>
+struct Counting {
+    double number[count];
+
+    constexpr Counting() : number() {
+        for (int i = 0; i < count; ++i) {
+            number[i] = i;
+        }
+    }
+};
+
+// The second entries by registers, the last one over the one before. The least error is known before the first place
+// that has it is looked for, so that neither waits for a comparison at each step.
+int leastGainPair(const float* terms, double predicted, GainEntries first, GainEntries second, double bound) {
+    using Doubles = hn::CappedTag<double, 4>;
+    constexpr int lanes = kLanesOf<Doubles>;
+    constexpr Doubles d;
+    constexpr int pairs = kMostGainEntries * kGainPairRow;
+    alignas(32) static constexpr Counting<pairs> counting;
+    const auto all = [](double v) { return hn::Set(Doubles(), v); };
+    const auto yy = all(static_cast<double>(terms[0]));
+    const auto xy = all(static_cast<double>(terms[1]));
+    const auto zz = all(static_cast<double>(terms[2]));
+    const auto xz = all(static_cast<double>(terms[3]));
+    const auto yz = all(static_cast<double>(terms[4]));
+    const auto none = all(__builtin_inf());
+    const int end = second.count - lanes;
+    const auto eachRegister = [&](auto see) {
+        for (int i = 0; i < first.count; ++i) {
+            for (int j = 0; j < end; j += lanes) {
+                see(i, j);
+            }
+            see(i, end);
+        }
+    };
+    alignas(32) double errors[pairs];
+    auto least = none;
+    eachRegister([&](int i, int j) {
+        const auto a = all(first.adaptive[i]) + hn::LoadU(d, second.adaptive + j);
+        const auto f = (all(first.factor[i]) + hn::LoadU(d, second.factor + j)) * all(predicted);
+        const auto sum = a * (a * yy + xy) + f * (f * zz + xz + a * yz);
+        const auto error = hn::IfThenElse(hn::Lt(a, all(bound)), sum, none);
+        hn::StoreU(error, d, errors + i * kGainPairRow + j);
+        least = hn::Min(error, least);
+    });
+    least = hn::MinOfLanes(d, least);
+    auto place = all(pairs);
+    eachRegister([&](int i, int j) {
+        const int at = i * kGainPairRow + j;
+        const auto found = hn::Eq(hn::LoadU(d, errors + at), least);
+        place = hn::Min(place, hn::IfThenElse(found, hn::LoadU(d, counting.number + at), all(pairs)));
+    });
+    return hn::GetLane(least) < __builtin_inf() ? static_cast<int>(hn::GetLane(hn::MinOfLanes(d, place))) : 0;
 }
 
 // The same two factors in all pairs of lanes.
@@ -385,12 +458,21 @@ VekStatus weighted32f(const float* x1, float v1, const float* x2, float v2, floa
 VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
     int i = 0;
 #if VEK_LEVEL > 0
+    const auto fill = [=](auto lanes, int at) {
+        const auto more = hn::Set(lanes, b) * hn::LoadU(lanes, d + at);
+        hn::StoreU(hn::LoadU(lanes, x + at) + more, lanes, y + at);
+    };
+#pragma GCC unroll 2
     for (; i + kLanesOf<Floats> <= n; i += kLanesOf<Floats>) {
-        const auto more = hn::Set(kFloats, b) * hn::LoadU(kFloats, d + i);
-        hn::StoreU(hn::LoadU(kFloats, x + i) + more, kFloats, y + i);
+        fill(kFloats, i);
+    }
+    if (kLanesOf < Floats >> 4 && i + 4 <= n) {
+        fill(hn::FixedTag<float, 4>(), i);
+        i += 4;
     }
 #endif
     for (; i < n; ++i) {
+        __asm__("" : "+r"(i)); // one by one: there are three at the most
         y[i] = x[i] + b * d[i];
     }
     return vekStsNoErr;
@@ -455,7 +537,7 @@ int64_t squaredDistance16(const int16_t* x, const int16_t* y, int n) {
 VEK_KERNEL_TABLE(LoopKernels, loopKernels) = {
     lessScaled16, lessScaled32f,    magnitudes16,      moveGain16,   lessPrevious16, lessPrevious32f,
     moveUp32f,    weighted16,       weighted32f,       addScaled32f, threeTaps,      tilt,
-    taps32f,      pairCorrelations, squaredDistance16, cosines,
+    taps32f,      pairCorrelations, squaredDistance16, cosines,      leastGainPair,
 };
 
 } // namespace vek

@@ -25,6 +25,17 @@ struct Rounding {
     int32_t shift, half;
 };
 
+// Of two codebooks so many entries from the first one looked at: what they add to the adaptive gain and to the factor
+// of the fixed one.
+struct GainEntries {
+    const double* adaptive;
+    const double* factor;
+    int count;
+};
+constexpr int kMostGainEntries = 8;
+// The distance of numbers of pairs that differ in the first entry by one.
+constexpr int kGainPairRow = kMostGainEntries;
+
 struct LoopKernels {
     // y[i] = sat16(x[i] - sat16((d[i] * g) >> 14)), kLoopSubframe samples; y may be x. Gives vekStsNoErr, for a public
     // function to end with a jump to it.
@@ -66,6 +77,12 @@ struct LoopKernels {
     int64_t (*squaredDistance16)(const int16_t* x, const int16_t* y, int n);
     // Cosines of n angles, an even number, within 10^-11 where it tells that all are between 0 and 3.15.
     bool (*cosines)(const float* angles, int n, double* c);
+    // The number of the pair (first entry times kGainPairRow plus second one) of least error: terms are yy, -2xy, zz,
+    // -2xz, 2yz of a * (a * yy + xy) + f * (f * zz + xz + a * yz), where a is the sum of both adaptive gains and f that
+    // of both factors, times predicted. Only pairs of an a below the bound count; of equal ones the first one, and
+    // without any number 0. There are kMostGainEntries of each at the most, and four second ones
+    // at least.
+    int (*leastGainPair)(const float* terms, double predicted, GainEntries first, GainEntries second, double bound);
 };
 
 VEK_KERNEL_PICK(LoopKernels, loopKernels)

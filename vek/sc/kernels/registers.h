@@ -120,25 +120,40 @@ VEK_INLINE hn::Vec<D> reversed(D d, hn::Vec<D> v) {
     }
 }
 
+// What fillBy does for less than two registers of `d`.
+template <class D, class One, class Make>
+VEK_INLINE void fillFewBy(D d, hn::TFromD<D>* y, int n, One one, Make make) {
+    constexpr int lanes = kLanesOf<D>;
+    if (n >= lanes) {
+        const hn::Vec<D> first = make(d, 0);
+        const hn::Vec<D> last = make(d, n - lanes);
+        hn::StoreU(first, d, y);
+        hn::StoreU(last, d, y + n - lanes);
+    } else if constexpr (lanes * sizeof(hn::TFromD<D>) > 16) {
+        fillFewBy(hn::Half<D>(), y, n, one, make);
+    } else {
+        for (int i = 0; i < n; ++i) {
+            __asm__("" : "+r"(i)); // one by one: spread over registers, the rest of the loop would take longer
+            y[i] = one(i);
+        }
+    }
+}
+
 // y[i] = make(d, i), as many at once as `d` has lanes, or 128 bits. The last register overlaps the one before, and is
 // made first, since y may be a source. Fewer than 128 bits of them: y[i] = one(i).
 template <class D, class One, class Make>
 VEK_INLINE void fillBy(D d, hn::TFromD<D>* y, int n, One one, Make make) {
     constexpr int lanes = kLanesOf<D>;
-    if (n >= lanes) {
-        const int end = n - lanes;
-        const hn::Vec<D> last = make(d, end);
-        for (int i = 0; i < end; i += lanes) {
-            hn::StoreU(make(d, i), d, y + i);
-        }
-        hn::StoreU(last, d, y + end);
-    } else if constexpr (lanes * sizeof(hn::TFromD<D>) > 16) {
-        fillBy(hn::Half<D>(), y, n, one, make);
-    } else {
-        for (int i = 0; i < n; ++i) {
-            y[i] = one(i);
-        }
+    if (n <= 2 * lanes) {
+        fillFewBy(d, y, n, one, make);
+        return;
     }
+    const int end = n - lanes;
+    const hn::Vec<D> last = make(d, end);
+    for (int i = 0; i < end; i += lanes) {
+        hn::StoreU(make(d, i), d, y + i);
+    }
+    hn::StoreU(last, d, y + end);
 }
 
 // 16 bits made of sums that firstly belong to the lower and secondly to the upper halves of blocks of eight, saturated.
