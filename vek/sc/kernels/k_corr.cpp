@@ -3,7 +3,6 @@
 // -0x7fff0000..0x80000000, which fits 32 unsigned bits after adding 0x7fff0000, the pair of four -32768 included.
 #include "sc/kernels/corr.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <type_traits>
 
@@ -111,7 +110,9 @@ bool delayed16(const int16_t* past, const int16_t* h, int q, const int16_t* y, c
                int32_t* cross, int32_t* energy) {
     constexpr int64_t limit = 1 << 30;
     int16_t now[kDelayedResponse];
-    std::copy_n(y, n, now);
+    for (int j = 0; j < n; ++j) {
+        now[j] = y[j];
+    }
     for (int k = 0; k < count; ++k) {
         const int64_t sum = sumOfProducts(target, now, n);
         const int64_t squares = sumOfProducts(now, now, n);
@@ -387,8 +388,8 @@ VEK_INLINE void byFourLags(int lags, Group group) {
 }
 
 void corr32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out) {
-    byFourLags(lags, [=](auto own, int k) {
-        LagSums<own> sums;
+    byFourLags(lags, [=](auto ofTurn, int k) {
+        LagSums<decltype(ofTurn)::value> sums;
         for (int i = 0; i < n - k; i += kLanesOf<D16>) {
             sums.add(a + k + i, hn::LoadU(d16, b + i));
         }
@@ -408,7 +409,8 @@ bool corrInside32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* 
         return false;
     }
     constexpr int lanes = kLanesOf<D16>;
-    byFourLags(lags, [=](auto own, int k) {
+    byFourLags(lags, [=](auto ofTurn, int k) {
+        constexpr int own = decltype(ofTurn)::value;
         LagSums<own> sums;
         int i = n - lanes;
         for (; i >= k + own - 1; i -= lanes) {
@@ -417,7 +419,7 @@ bool corrInside32(const int16_t* a, const int16_t* b, int n, int lags, int32_t* 
         // Elements of a from its lag on that are left.
         const int rest = i + lanes - k;
         const auto first = [=](int lag) {
-            return hn::AndNot(lastLanes(d16, std::max(lanes - rest + lag, 0)), hn::LoadU(d16, a + k + lag));
+            return hn::AndNot(lastLanes(d16, lag < rest - lanes ? 0 : lanes - rest + lag), hn::LoadU(d16, a + k + lag));
         };
         const auto y = hn::LoadU(d16, b);
         sums.s0 = plusPairs(sums.s0, y, first(0));
@@ -599,7 +601,9 @@ bool delayed16(const int16_t* past, const int16_t* h, int q, const int16_t* y, c
         if (start == 0) {
             int16_t moved[kDelayedResponse];
             copy(all.y, moved);
-            std::fill_n(all.y, kStay, int16_t{0});
+            for (int i = 0; i < kStay; ++i) {
+                all.y[i] = 0;
+            }
             copy(moved, all.y + kStay);
             start = kStay;
         }
