@@ -128,10 +128,7 @@ VekStatus veksFIRSubbandAPCoeffUpdate_EC_32fc_I(const Vek64f* const* ppStepSize,
     const EcKernels& kernels = ecKernels();
     Vek32fc products[kMaxSubbands];
     for (int p = 0; p < apOrder; ++p) {
-        for (int k = 0; k < len; ++k) {
-            products[k] = {static_cast<Vek32f>(ppStepSize[p][k] * ppSrcError[p][k].re),
-                           static_cast<Vek32f>(ppStepSize[p][k] * ppSrcError[p][k].im)};
-        }
+        kernels.steps32fc(ppStepSize[p], ppSrcError[p], products, len);
         for (int s = 0; s < numSegments; ++s) {
             kernels.learn32fc(ppSrcFilterInput[s + p], products, ppSrcDstCoefsQ15[s], len);
         }

@@ -29,6 +29,8 @@ struct EcKernels {
     // fits 64 bits, or cut off and wrapped.
     void (*stepsSat)(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len);
     void (*stepsLow)(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len);
+    // dst[k] = step[k] * error[k], of products in double precision.
+    void (*steps32fc)(const double* step, const Vek32fc* error, Vek32fc* dst, int len);
     // c[k] += conj(x[k]) * g[k]
     void (*learn32fc)(const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len);
     // dst[j] = src[n - 1 - j], apart from each other.

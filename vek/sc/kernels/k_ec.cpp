@@ -158,6 +158,12 @@ void stepsLow(const int32_t* step, const Vek32sc* error, Vek32sc* dst, int len) 
     stepsLowFrom(0, step, error, dst, len);
 }
 
+void steps32fc(const double* step, const Vek32fc* error, Vek32fc* dst, int len) {
+    for (int k = 0; k < len; ++k) {
+        dst[k] = {static_cast<float>(step[k] * error[k].re), static_cast<float>(step[k] * error[k].im)};
+    }
+}
+
 void learn32fc(const Vek32fc* x, const Vek32fc* g, Vek32fc* c, int len) {
     learn32fcFrom(0, x, g, c, len);
 }
@@ -181,6 +187,26 @@ VEK_INLINE int byRegisters(D d, int k, int n, const Step& step) {
     } else {
         return k;
     }
+}
+
+// One value in both lanes, or two.
+template <class D>
+VEK_INLINE hn::Vec<D> eachTwice(D d, const double* p) {
+    if constexpr (kLanesOf<D> == 2) {
+        return hn::Set(d, p[0]);
+    } else {
+        const hn::Half<D> half;
+        return hn::Combine(d, hn::Set(half, p[1]), hn::Set(half, p[0]));
+    }
+}
+
+void steps32fc(const double* step, const Vek32fc* error, Vek32fc* dst, int len) {
+    const auto scaled = [=](auto d, int k) {
+        const hn::Rebind<float, decltype(d)> floats;
+        const auto values = hn::PromoteTo(d, hn::LoadU(floats, &error[k].re));
+        hn::StoreU(hn::DemoteTo(floats, values * eachTwice(d, step + k)), floats, &dst[k].re);
+    };
+    byRegisters<2>(hn::CappedTag<double, 4>(), 0, len, scaled);
 }
 
 float learn32f(float* c, const float* x, int n, float g) {
@@ -459,7 +485,7 @@ void turn32f(const float* src, float* dst, int n) {
 } // namespace
 
 VEK_KERNEL_TABLE_512(EcKernels, ecKernels) = {
-    learn32f, learn16, firLow, firWide, learnLow, learnSat, stepsSat, stepsLow, learn32fc, turn16, turn32f,
+    learn32f, learn16, firLow, firWide, learnLow, learnSat, stepsSat, stepsLow, steps32fc, learn32fc, turn16, turn32f,
 };
 
 } // namespace vek
