@@ -481,6 +481,13 @@ TEST_F(KrLargestCache, LowByteOfTheFirstRegisterThatCountsIsNeverCompared) {
     EXPECT_EQ(m_size, 128 * 1024);
 }
 
+TEST_F(KrLargestCache, AFirstRegisterWithItsCountAloneCounts) {
+    m_cpu.vendor(2);
+    m_cpu.set(2, 0, {1, 0x000000EC, 0, 0});
+    EXPECT_EQ(ask(), 0);
+    EXPECT_EQ(m_size, 24576 * 1024);
+}
+
 TEST_F(KrLargestCache, EveryDescriptorHasItsSize) {
     constexpr struct {
         unsigned descriptor;

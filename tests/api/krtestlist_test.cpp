@@ -255,6 +255,7 @@ TEST(KrTestList, DataOfEachTestLieElsewhereIfALotIsWanted) {
         EXPECT_EQ(same.draw(), size);
         EXPECT_GE(size, 64U);
         EXPECT_LE(size, 4096U);
+        EXPECT_EQ(size % 64, 0U);
         sizes.insert(size);
     }
     EXPECT_GT(sizes.size(), 10U);

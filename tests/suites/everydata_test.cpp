@@ -72,4 +72,32 @@ TEST(EverySuitesData, AreThoseThatItsClocksWereMeasuredWith) {
     }
 }
 
+long long g_bytesLeft = 0;
+
+TEST(EverySuitesData, AreRefusedWhereMemoryEndsAtAnyOfTheirBlocks) {
+    long long (*const kept)() = krMachineMemory;
+    for (const krTest* test : *pTestList) {
+        // The sizes of the blocks in the order in which a line makes them.
+        std::vector<int> sizes;
+        {
+            const SuiteLine line(test->m_name.c_str());
+            for (const SuiteBlock& block : line.blocks()) {
+                sizes.push_back(block.bytes);
+            }
+        }
+        krMachineMemory = [] { return g_bytesLeft; };
+        testing::internal::CaptureStdout(); // A message for each of them.
+        std::string taken;
+        g_bytesLeft = -1;
+        for (const int size : sizes) {
+            g_bytesLeft += size;
+            const SuiteLine line(test->m_name.c_str());
+            taken += line.ready() ? " with " + std::to_string(g_bytesLeft) + " bytes" : "";
+        }
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(taken, "") << test->m_name.c_str();
+        krMachineMemory = kept;
+    }
+}
+
 } // namespace

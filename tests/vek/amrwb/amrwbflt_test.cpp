@@ -325,6 +325,12 @@ TEST(VekAmrWbAdaptiveGain, IsTheQuotientUpToItsLimit) {
         int16_t c[4] = {}, gain = -1;
         ASSERT_EQ(0, veksAdaptiveCodebookGainCoeff_AMRWB_16s(loud.data(), loud.data(), c, &gain, 64));
         EXPECT_EQ(32767, c[0]);
+        // ... at each step: what comes after counts from there.
+        Samples turned(64);
+        std::fill_n(turned.begin(), 40, Vek16s{32767});
+        turned[40] = -32767;
+        ASSERT_EQ(0, veksAdaptiveCodebookGainCoeff_AMRWB_16s(turned.data(), loud.data(), c, &gain, 64));
+        EXPECT_EQ(131069, std::ldexp(c[2], c[3] - 14) + 1);
         EXPECT_EQ(30, c[1]);
         EXPECT_EQ(32767, c[2]);
     });

@@ -211,9 +211,17 @@ struct Subframe {
 using Quantiser = VekStatus (*)(const Vek16s*, const Vek16s*, const Vek16s*, const Vek16s*, Vek16s*, Vek16s*, Vek16s*,
                                 Vek16s);
 
-// The largest of the least errors in the windows of entries around the best gains, where these may be off a little.
-double leastOfWindows(const Subframe& s, std::vector<Entry> one, std::vector<Entry> two, size_t tried1, size_t tried2,
-                      double unit, double size) {
+// The windows of entries around the best gains, where these may be off a little.
+struct Windows {
+    double least = -1e30; // The largest of their least errors.
+    int lowFactor = 32767;
+    int highFactor = -32768;
+    int lowAdaptive = 32767;
+    int highAdaptive = -32768;
+};
+
+Windows windowsOf(const Subframe& s, std::vector<Entry> one, std::vector<Entry> two, size_t tried1, size_t tried2,
+                  double unit, double size) {
     std::sort(one.begin(), one.end(), [](const Entry& a, const Entry& b) { return a.factor < b.factor; });
     std::sort(two.begin(), two.end(), [](const Entry& a, const Entry& b) { return a.adaptive < b.adaptive; });
     const std::vector<double>& t = s.terms;
@@ -223,7 +231,7 @@ double leastOfWindows(const Subframe& s, std::vector<Entry> one, std::vector<Ent
     const auto from = [](auto below, size_t tried, size_t entries) {
         return std::min(std::max(static_cast<size_t>(below), tried / 2) - tried / 2, entries - tried);
     };
-    double most = -1e30;
+    Windows windows;
     for (const double off : {-0.006, 0.006}) {
         for (const double other : {-0.006, 0.006}) {
             const size_t from1 =
@@ -241,10 +249,14 @@ double leastOfWindows(const Subframe& s, std::vector<Entry> one, std::vector<Ent
                                                     (one[i].factor + two[j].factor) / unit * size));
                 }
             }
-            most = std::max(most, least);
+            windows.least = std::max(windows.least, least);
+            windows.lowFactor = std::min<int>(windows.lowFactor, one[from1].factor);
+            windows.highFactor = std::max<int>(windows.highFactor, one[from1 + tried1 - 1].factor);
+            windows.lowAdaptive = std::min<int>(windows.lowAdaptive, two[from2].adaptive);
+            windows.highAdaptive = std::max<int>(windows.highAdaptive, two[from2 + tried2 - 1].adaptive);
         }
     }
-    return most;
+    return windows;
 }
 
 void expectLeastOfNearest(Quantiser quantise, const std::vector<Entry>& one, const std::vector<Entry>& two,
@@ -264,8 +276,13 @@ void expectLeastOfNearest(Quantiser quantise, const std::vector<Entry>& one, con
         EXPECT_NEAR(2 * factor * size, gains[1], 2 + 0.005 * 2 * factor * size);
         EXPECT_NEAR(1024 * std::max(20 * std::log10(factor), -24.08), past[0], 10);
         // Rounding of the prediction costs little.
-        const double least = leastOfWindows(s, one, two, tried1, tried2, unit, size);
-        ASSERT_LE(s.error(gains[0] / 16384.0, factor * size), least + 0.002 * std::abs(least)) << round;
+        const Windows windows = windowsOf(s, one, two, tried1, tried2, unit, size);
+        ASSERT_LE(s.error(gains[0] / 16384.0, factor * size), windows.least + 0.002 * std::abs(windows.least)) << round;
+        // Nor are others tried.
+        ASSERT_GE(a.factor, windows.lowFactor) << round;
+        ASSERT_LE(a.factor, windows.highFactor) << round;
+        ASSERT_GE(b.adaptive, windows.lowAdaptive) << round;
+        ASSERT_LE(b.adaptive, windows.highAdaptive) << round;
     }
 }
 

@@ -16,8 +16,8 @@ struct Search {
     Samples target;
     Samples residual;
     Samples h;
-    Samples vector = Samples(40);
-    Samples filtered = Samples(40);
+    Samples vector = Samples(40, 1234); // What was there does not show.
+    Samples filtered = Samples(40, 1234);
     Samples words = Samples(10);
 
     explicit Search(std::mt19937& random)
