@@ -70,10 +70,11 @@ kr_want() { # consequence package ...: what is done without, if need be
 }
 
 # Where a compiler cache and a quicker linker are installed they are used. The compiler cache needs to be told that
-# precompiled headers may be cached.
+# precompiled headers may be cached; not that headers may be newer than the compiler's start, or what was compiled with
+# one that was edited meanwhile would pass for what the new one gives.
 if command -v ccache >/dev/null 2>&1 && [ -z "${CMAKE_CXX_COMPILER_LAUNCHER:-}" ]; then
     export CMAKE_CXX_COMPILER_LAUNCHER=ccache
-    export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros,include_file_mtime,include_file_ctime}"
+    export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
 fi
 if command -v mold >/dev/null 2>&1 && [ -z "${LDFLAGS:-}" ]; then
     # Without the part that is read-only after loading: mold 1.10 lets it begin in a page that is not there, if sizes are

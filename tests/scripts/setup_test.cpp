@@ -144,6 +144,14 @@ TEST(ScriptsProgress, TheCompilersMessagesOnATerminalComeWhole) {
     EXPECT_EQ(1, result.exitCode);
 }
 
+TEST(ScriptsCompilerCache, PrecompiledHeadersAreCachedButNoneThatChangedWhileItWasCompiled) {
+    const Checkout checkout;
+    checkout.standIn("ccache", "");
+    const RigResult told = checkout.type("unset CMAKE_CXX_COMPILER_LAUNCHER CCACHE_SLOPPINESS; . cmake/setup.sh; "
+                                         "echo $CMAKE_CXX_COMPILER_LAUNCHER $CCACHE_SLOPPINESS");
+    EXPECT_EQ("ccache pch_defines,time_macros\n", told.out);
+}
+
 TEST(ScriptsPackages, AUserWhoMayNotInstallReadsOneLine) {
     const Checkout checkout;
     checkout.takeAway("ninja");
