@@ -437,6 +437,37 @@ TEST(VekLevinsonDurbin, AgreesWithDoublePrecisionAtAllOrders) {
     }
 }
 
+TEST(VekLevinsonDurbin, InFloatingPointHasTheSameFloatsAtAllLevelsAndWritesNoMore) {
+    std::mt19937 random(91);
+    for (int order = 1; order <= 32; ++order) {
+        const auto size = static_cast<size_t>(order);
+        const std::vector<int16_t> x = noise(random, 200, -1000, 1000);
+        std::vector<float> r(size + 1);
+        for (size_t lag = 0; lag <= size; ++lag) {
+            for (size_t i = lag + 1; i < x.size(); ++i) {
+                r[lag] += static_cast<float>((x[i] + x[i - 1]) * (x[i - lag] + (i > lag ? x[i - lag - 1] : 0)));
+            }
+        }
+        std::vector<std::vector<float>> results;
+        lpref::atEveryLevel([&] {
+            std::vector<float> a(size + 2, 77);
+            std::vector<float> rc(size + 1, 78);
+            std::vector<float> error(1);
+            ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G729_32f(r.data(), order, a.data(), rc.data(), error.data()));
+            EXPECT_EQ(1, a[0]);
+            EXPECT_EQ(77, a.back());
+            EXPECT_EQ(78, rc.back());
+            EXPECT_EQ(a[size], rc[size - 1]);
+            results.push_back(a);
+            results.push_back(rc);
+            results.push_back(error);
+        });
+        for (size_t i = 3; i < results.size(); ++i) {
+            ASSERT_EQ(results[i % 3], results[i]) << order;
+        }
+    }
+}
+
 TEST(VekLevinsonDurbin, OfAnUnstableFilterLeavesTheLastOne) {
     // No signal has these correlations.
     const std::vector<int32_t> r = {1 << 30, 0, 1 << 30, 1 << 29, 0, 0, 0, 0, 0, 0, 0};
