@@ -104,6 +104,18 @@ VEK_INLINE_WIDE void split(const FoldTable<T>& t, const T* zRe, const T* zIm, in
     }
 }
 
+// Pairs of real and imaginary parts, or of samples, each part by itself.
+template <int count, typename V, typename T>
+VEK_INLINE_WIDE void apart(const T* pairs, T* re, T* im) {
+    for (int n = 0; n < count; n += 4) {
+        V even;
+        V odd;
+        loadSplit(pairs + 2 * n, even, odd);
+        store(re + n, even);
+        store(im + n, odd);
+    }
+}
+
 template <int Rows, typename T>
 VEK_INLINE_WIDE void forward(const FoldTable<T>& t, const T* fold, typename Kind<T>::Complex* spectrum) {
     using V = typename Kind<T>::Vector;
@@ -112,13 +124,7 @@ VEK_INLINE_WIDE void forward(const FoldTable<T>& t, const T* fold, typename Kind
     alignas(32) T im[half];
     alignas(32) T zRe[half];
     alignas(32) T zIm[half];
-    for (int n = 0; n < half; n += 4) {
-        V even;
-        V odd;
-        loadSplit(fold + 2 * n, even, odd);
-        store(re + n, even);
-        store(im + n, odd);
-    }
+    apart<half, V>(fold, re, im);
     transform<Rows>(t, re, im, zRe, zIm);
     Complex<V> first = {load<4>(zRe), load<4>(zIm)};
     for (int k = 0; k < half; k += 16) {
@@ -135,13 +141,7 @@ VEK_INLINE_WIDE void backward(const FoldTable<T>& t, const typename Kind<T>::Com
     alignas(32) T im[half];
     alignas(32) T zRe[half];
     alignas(32) T zIm[half];
-    for (int k = 0; k < half; k += 4) {
-        V even;
-        V odd;
-        loadSplit(&spectrum[k].re, even, odd);
-        store(re + k, even);
-        store(im + k, odd);
-    }
+    apart<half, V>(&spectrum->re, re, im);
     im[0] = 0;
     const V two = set1<4>(static_cast<T>(2));
     Complex<V> first = {set1<4>(spectrum[half].re), set1<4>(static_cast<T>(0))};

@@ -180,11 +180,7 @@ void pairs(const FloatPulseField& field, const int8_t* order, const int8_t* peak
                 best[i] = at[i];
             }
         }
-        const int8_t first = tracks[1];
-        for (int i = 1; i < pulses - 1; ++i) {
-            tracks[i] = tracks[i + 1];
-        }
-        tracks[pulses - 1] = first;
+        turnTracks(tracks, pulses);
     }
 }
 

@@ -574,11 +574,7 @@ struct Nest {
                     best[i] = at[i];
                 }
             }
-            const int8_t first = tracks[1];
-            for (int i = 1; i < pulses - 1; ++i) {
-                tracks[i] = tracks[i + 1];
-            }
-            tracks[pulses - 1] = first;
+            turnTracks(tracks, pulses);
         }
     }
 };

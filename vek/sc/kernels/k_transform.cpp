@@ -138,6 +138,25 @@ VEK_INLINE_WIDE void complexFft(const TransformTable<M>& t, const int32_t* srcRe
     transformRows<M, V8>(midRe, midIm, dstRe, dstIm, Fft8{});
 }
 
+VEK_INLINE void loadWords(const int16_t* p, V8& even, V8& odd) {
+    loadPairs(p, even, odd);
+}
+VEK_INLINE void loadWords(const int32_t* p, V8& even, V8& odd) {
+    loadSplit(p, even, odd);
+}
+
+// The even samples forwards, the odd ones backwards.
+template <int half, typename T>
+VEK_INLINE_WIDE void foldPairs(const T* samples, int32_t* re, int32_t* im) {
+    for (int n = 0; n < half; n += 8) {
+        V8 even;
+        V8 odd;
+        loadWords(samples + 2 * n, even, odd);
+        store(re + n, even);
+        store(im + half - 8 - n, reverse(odd));
+    }
+}
+
 // 10 bits behind the point: full scale grows to 2^19.7 over the orthonormal transform of 640.
 template <int M>
 VEK_INLINE_WIDE void dct4(const TransformTable<M>& t, const int16_t* src, int16_t* dst) {
@@ -147,14 +166,7 @@ VEK_INLINE_WIDE void dct4(const TransformTable<M>& t, const int16_t* src, int16_
     alignas(32) int32_t im[half + 8];
     alignas(32) int32_t outRe[half + 8];
     alignas(32) int32_t outIm[half + 8];
-    // The even samples forwards, the odd ones backwards.
-    for (int n = 0; n < half; n += 8) {
-        V8 even;
-        V8 odd;
-        loadPairs(src + 2 * n, even, odd);
-        store(re + n, even);
-        store(im + half - 8 - n, reverse(odd));
-    }
+    foldPairs<half>(src, re, im);
     for (int n = 0; n < half; n += 8) {
         const C8 x = {shiftLeft<guard>(load(re + n)), shiftLeft<guard>(load(im + n))};
         storeC(re + n, im + n, rotate(x, load(t.preRe + n), load(t.preIm + n)));
@@ -185,13 +197,7 @@ void dct160(int32_t* u) {
     alignas(32) int32_t im[half + 8];
     alignas(32) int32_t outRe[half + 8];
     alignas(32) int32_t outIm[half + 8];
-    for (int n = 0; n < half; n += 8) {
-        V8 even;
-        V8 odd;
-        loadSplit(u + 2 * n, even, odd);
-        store(re + n, even);
-        store(im + half - 8 - n, reverse(odd));
-    }
+    foldPairs<half>(u, re, im);
     for (int n = 0; n < half; n += 8) {
         storeC(re + n, im + n, rotate(loadC(re + n, im + n), load(g_dct160.preRe + n), load(g_dct160.preIm + n)));
     }

@@ -16,6 +16,19 @@ struct Pulse {
     int8_t lane;
 };
 
+inline namespace VEK_LEVEL_NS {
+
+// The next order of the tracks: the second of them goes behind the others.
+VEK_INLINE void turnTracks(int8_t* tracks, int pulses) {
+    const int8_t second = tracks[1];
+    for (int i = 1; i < pulses - 1; ++i) {
+        tracks[i] = tracks[i + 1];
+    }
+    tracks[pulses - 1] = second;
+}
+
+} // namespace VEK_LEVEL_NS
+
 // The order of tracks that a chain tries.
 struct PulseChain {
     int8_t tracks[4];
