@@ -109,7 +109,7 @@ int slideMost(const int16_t* a, const int16_t* b, int n, int step, int count, in
 bool delayed16(const int16_t* past, const int16_t* h, int q, const int16_t* y, const int16_t* target, int n, int count,
                int32_t* cross, int32_t* energy) {
     constexpr int64_t limit = 1 << 30;
-    int16_t now[kDelayedResponse];
+    int16_t now[kDelayedResponse] = {};
     for (int j = 0; j < n; ++j) {
         now[j] = y[j];
     }
@@ -264,13 +264,16 @@ VEK_INLINE float dotOfBlock(const float* a, const float* b, int n) {
         s1 = s1 + products(d, i);
         i += lanes;
     }
-    if (i + lanes <= n) {
+    const bool third = i + lanes <= n;
+    if (third) {
         s2 = s2 + products(d, i);
-        i += lanes;
     }
     auto four = fourSums((s0 + s1) + (s2 + s3));
-    if (lanes > 4 && i + 4 <= n) {
-        four = four + products(FourFloats(), i);
+    if constexpr (lanes > 4) {
+        const int rest = third ? i + lanes : i;
+        if (rest + 4 <= n) {
+            four = four + products(FourFloats(), rest);
+        }
     }
     return plusLastThree(hn::GetLane(hn::SumOfLanes(FourFloats(), four)), a, b, n);
 }

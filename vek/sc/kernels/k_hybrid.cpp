@@ -39,7 +39,7 @@ int align(const int16_t* samples, const int16_t* shifts, int blocks, int16_t* ou
 
 void correlate(const int16_t* samples, const int16_t* window, int order, int frame, int newest, int64_t* frameSums,
                int64_t* newestSums) {
-    int16_t x[kHybridSpan];
+    int16_t x[kHybridSpan] = {};
     const int span = order + frame + newest;
     for (int n = 0; n < span; ++n) {
         x[n] = fix::mult_r(samples[n], window[n]);

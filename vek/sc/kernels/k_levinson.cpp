@@ -12,7 +12,7 @@ namespace {
 
 bool levinson32f(const float* r, int order, float* a, float* rc, float* error) {
     float u[kMostLevinson + 1];
-    float v[kMostLevinson + 1];
+    float v[kMostLevinson + 1] = {};
     float forward[kMostLevinson];
     float k[kMostLevinson];
     for (int i = 0; i <= order; ++i) {
