@@ -264,15 +264,16 @@ VEK_INLINE float dotOfBlock(const float* a, const float* b, int n) {
         s1 = s1 + products(d, i);
         i += lanes;
     }
-    const bool third = i + lanes <= n;
-    if (third) {
+    if (i + lanes <= n) {
         s2 = s2 + products(d, i);
+        if constexpr (lanes > 4) {
+            i += lanes;
+        }
     }
     auto four = fourSums((s0 + s1) + (s2 + s3));
     if constexpr (lanes > 4) {
-        const int rest = third ? i + lanes : i;
-        if (rest + 4 <= n) {
-            four = four + products(FourFloats(), rest);
+        if (i + 4 <= n) {
+            four = four + products(FourFloats(), i);
         }
     }
     return plusLastThree(hn::GetLane(hn::SumOfLanes(FourFloats(), four)), a, b, n);
