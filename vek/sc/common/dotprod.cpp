@@ -2,6 +2,7 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/corr.h"
+#include "sc/kernels/floatdot.h"
 #include "veksc_signal.h"
 
 using namespace vek;
@@ -17,7 +18,7 @@ VekStatus veksDotProd_G729A_32f(const Vek32f* pSrc1, const Vek32f* pSrc2, int le
     if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDp); status != vekStsNoErr) {
         return status;
     }
-    return corrKernels().dotTo32f(pSrc1, pSrc2, len, pDp);
+    return floatDotKernels().dotTo32f(pSrc1, pSrc2, len, pDp);
 }
 
 VekStatus veksDotProdAutoScale_16s32s_Sfs(const Vek16s* pSrc1, const Vek16s* pSrc2, int len, Vek32s* pDp, int* pSfs) {

@@ -6,7 +6,7 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
-#include "sc/kernels/corr.h"
+#include "sc/kernels/lapped.h"
 #include "sc/kernels/transform.h"
 #include "veksc_signal.h"
 
@@ -65,7 +65,7 @@ VekStatus dct(const Vek16s* pSrc, Vek16s* pDst, int len) {
 } // namespace
 
 VekStatus veksDecomposeMLTToDCT_G7221_16s(const Vek16s* pSrc, Vek16s* pSrcDstOld, Vek16s* pDst, int len) {
-    return lap(corrKernels().fold16, pSrc, pSrcDstOld, pDst, len);
+    return lap(lappedKernels().fold16, pSrc, pSrcDstOld, pDst, len);
 }
 
 VekStatus veksDecomposeMLTToDCT_G722_16s(const Vek16s* pSrc, Vek16s* pSrcDstOld, Vek16s* pDst) {
@@ -73,7 +73,7 @@ VekStatus veksDecomposeMLTToDCT_G722_16s(const Vek16s* pSrc, Vek16s* pSrcDstOld,
 }
 
 VekStatus veksDecomposeDCTToMLT_G7221_16s(const Vek16s* pSrc, Vek16s* pSrcDstOld, Vek16s* pDst, int len) {
-    return lap(corrKernels().unfold16, pSrc, pSrcDstOld, pDst, len);
+    return lap(lappedKernels().unfold16, pSrc, pSrcDstOld, pDst, len);
 }
 
 VekStatus veksDecomposeDCTToMLT_G722_16s(const Vek16s* pSrc, Vek16s* pSrcDstOld, Vek16s* pDst) {

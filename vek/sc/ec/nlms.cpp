@@ -8,6 +8,7 @@
 #include "sc/kernels/corr.h"
 #include "sc/kernels/ec.h"
 #include "sc/kernels/floatcorr.h"
+#include "sc/kernels/floatdot.h"
 #include "veksc_ec.h"
 
 namespace {
@@ -152,7 +153,7 @@ VekStatus veksNLMS_EC_32f(const Vek32f* pSrcSpchRef, const Vek32f* pSrcSpch, con
     kernels.turn32f(pSrcDstCoef, turned, tapLen);
     const Vek32f* past = pSrcSpchRef - tapLen;
     // The energy is carried along within a call only, so that rounding does not gather.
-    double energy = static_cast<double>(corrKernels().dot32f(past, past, tapLen));
+    double energy = static_cast<double>(floatDotKernels().dot32f(past, past, tapLen));
     const double least = kLeastFloatEnergy * tapLen;
     Vek32f err = *pErr;
     for (int i = 0; i < len; ++i) {

@@ -8,8 +8,8 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
-#include "sc/kernels/corr.h"
 #include "sc/kernels/filter.h"
+#include "sc/kernels/floatdot.h"
 #include "sc/kernels/loops.h"
 #include "veksc_g729pitch.h"
 
@@ -134,7 +134,7 @@ VekStatus veksDecodeAdaptiveVector_G729_32f_I(const Vek32s* pSrcDelay, Vek32f* p
     const int stretch = back.stretch();
     if (stretch < kLeastOutputs) {
         for (int i = 0; i < kSubframe; ++i) {
-            pSrcDst[i] = corrKernels().dot32f(x + i, taps, kTaps);
+            pSrcDst[i] = floatDotKernels().dot32f(x + i, taps, kTaps);
         }
         return vekStsNoErr;
     }

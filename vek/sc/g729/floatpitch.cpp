@@ -5,8 +5,8 @@
 
 #include "sc/common/signal_check.h"
 #include "sc/g729/delayranges.h"
-#include "sc/kernels/corr.h"
 #include "sc/kernels/floatcorr.h"
+#include "sc/kernels/floatdot.h"
 #include "veksc_g729post.h"
 
 using namespace vek;
@@ -55,7 +55,7 @@ public:
         return best;
     }
     void take(Peak& best, int lag) const {
-        const Vek32f sum = corrKernels().dot32f(now(), past(lag), kHalfFrame);
+        const Vek32f sum = floatDotKernels().dot32f(now(), past(lag), kHalfFrame);
         if (sum > best.value) {
             best = {lag, sum};
         }
@@ -63,7 +63,7 @@ public:
     void normalise(Peak& best) const {
         constexpr Vek32f silence = 0.01F;
         const Vek32f* from = past(best.lag);
-        best.value /= std::sqrt(corrKernels().dot32f(from, from, kHalfFrame) + silence);
+        best.value /= std::sqrt(floatDotKernels().dot32f(from, from, kHalfFrame) + silence);
     }
 
 private:

@@ -7,13 +7,14 @@
 #include "sc/common/correlate.h"
 #include "sc/common/pulsesearch.h"
 #include "sc/kernels/floatcorr.h"
+#include "sc/kernels/floatdot.h"
 #include "sc/kernels/floatpulses.h"
 
 namespace vek::floatpulses {
 namespace {
 
 float inverseRoot(const Vek32f* v) {
-    const float energy = corrKernels().dot32f(v, v, kSubframe);
+    const float energy = floatDotKernels().dot32f(v, v, kSubframe);
     return energy > 0 ? 1 / std::sqrt(energy) : 0;
 }
 

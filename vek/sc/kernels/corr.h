@@ -1,4 +1,4 @@
-// Kernels of inner products and correlations, of vector scaling and of the folds of the lapped transform.
+// Kernels of inner products and correlations of 16 bits, of searches through delays and of vector scaling.
 #pragma once
 
 #include <cstdint>
@@ -21,9 +21,6 @@ struct CorrKernels {
     int64_t (*dot16)(const int16_t* a, const int16_t* b, int n);
     // The same, saturated; gives vekStsNoErr, for a public function to end with a jump to it.
     VekStatus (*dotSaturated16)(const int16_t* a, const int16_t* b, int n, int32_t* sum);
-    // The sum in single precision, within 2^-20 of the sum of magnitudes.
-    float (*dot32f)(const float* a, const float* b, int n);
-    VekStatus (*dotTo32f)(const float* a, const float* b, int n, float* sum);
     // out[k] = sum of a[i] * b[i-k], i = k..n-1, modulo 2^32, for k = 0..lags-1 (lags <= n). Padding: see above.
     void (*corr32)(const int16_t* a, const int16_t* b, int n, int lags, int32_t* out);
     // The same without padding, where n - lags is kCorrInside or more. False, and nothing is made, where the energies
@@ -50,9 +47,6 @@ struct CorrKernels {
     void (*shift16)(const int16_t* src, int16_t* dst, int n, int shift);
     // dst[i] = mult_r(src[i], window[i]).
     void (*window16)(const int16_t* src, const int16_t* window, int16_t* dst, int n);
-    // The two halves of the folds of a lapped transform of 2 * half samples, window w of 2 * half elements in Q15.
-    void (*fold16)(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half);
-    void (*unfold16)(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half);
 };
 
 VEK_KERNEL_PICK(CorrKernels, corrKernels)

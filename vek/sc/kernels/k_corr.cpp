@@ -1,4 +1,4 @@
-// Inner products, correlations, vector scaling, folds.
+// Inner products and correlations of 16 bits, searches through delays, vector scaling.
 // The exact dot product rests on 64-bit sums of biased pair products: a pair sum of two 16-bit products spans
 // -0x7fff0000..0x80000000, which fits 32 unsigned bits after adding 0x7fff0000, the pair of four -32768 included.
 #include "sc/kernels/corr.h"
@@ -14,8 +14,6 @@ namespace {
 
 using fix::sat16;
 
-constexpr int kShortSum = 16;
-
 // Whether the geometric mean of the energies stays below 2^bits, and with it each sum of products of two vectors, and
 // of some of them.
 template <int bits>
@@ -24,9 +22,21 @@ VEK_INLINE bool meanFits(int64_t energyA, int64_t energyB) {
     return static_cast<double>(energyA) * static_cast<double>(energyB) < most;
 }
 
-// One half of a fold: dst[n] = (w1[n] * x1[n] + w2[n] * x2[n]) in Q15, where each of the four runs forwards or
-// backwards from its pointer, and the second product counts negative if asked.
-enum class Run { forwards, backwards };
+// The largest sum and its number, of sums that are made one by one.
+template <class Slide>
+VEK_INLINE int mostOneByOne(Slide slide, const int16_t* a, const int16_t* b, int n, int step, int count,
+                            int32_t* most) {
+    int at = 0;
+    for (int k = 0; k < count; ++k) {
+        int32_t sum;
+        slide(a, b + step * k, n, step, 1, &sum);
+        if (k == 0 || sum > *most) {
+            *most = sum;
+            at = k;
+        }
+    }
+    return at;
+}
 
 #if VEK_LEVEL == 0
 
@@ -36,27 +46,6 @@ int64_t sumOfProducts(const int16_t* a, const int16_t* b, int n) {
         s += a[i] * b[i];
     }
     return s;
-}
-
-constexpr int kBlock = 64;
-
-float dotOfBlock(const float* a, const float* b, int n) {
-    constexpr int kSums = 8;
-    float sums[kSums] = {};
-    int i = 0;
-    for (; i + kSums <= n; i += kSums) {
-        for (int k = 0; k < kSums; ++k) {
-            sums[k] += a[i + k] * b[i + k];
-        }
-    }
-    for (int k = 0; i + k < n; ++k) {
-        sums[k] += a[i + k] * b[i + k];
-    }
-    return ((sums[0] + sums[1]) + (sums[2] + sums[3])) + ((sums[4] + sums[5]) + (sums[6] + sums[7]));
-}
-
-float shortSum(const float* a, const float* b, int n) {
-    return dotOfBlock(a, b, n);
 }
 
 template <int bits>
@@ -94,16 +83,7 @@ void slideSums(const int16_t* a, const int16_t* b, int n, int step, int count, i
 }
 
 int slideMost(const int16_t* a, const int16_t* b, int n, int step, int count, int32_t* most) {
-    int at = 0;
-    for (int k = 0; k < count; ++k) {
-        int32_t sum;
-        slideSums(a, b + step * k, n, step, 1, &sum);
-        if (k == 0 || sum > *most) {
-            *most = sum;
-            at = k;
-        }
-    }
-    return at;
+    return mostOneByOne(slideSums, a, b, n, step, count, most);
 }
 
 bool delayed16(const int16_t* past, const int16_t* h, int q, const int16_t* y, const int16_t* target, int n, int count,
@@ -133,21 +113,6 @@ bool gainSums16(const int16_t* x, const int16_t* y, int n, int32_t* xy, int32_t*
     *yy = static_cast<int32_t>(squares);
     *xy = static_cast<int32_t>(sumOfProducts(x, y, n));
     return squares < 1 << 30 && meanFits<30>(sumOfProducts(x, x, n), squares);
-}
-
-template <Run run>
-VEK_INLINE int at(const int16_t* p, int n) {
-    return run == Run::forwards ? p[n] : p[-n];
-}
-
-template <Run runW1, Run runX1, Run runW2, Run runX2, bool minus>
-VEK_INLINE void halfFold(const int16_t* w1, const int16_t* x1, const int16_t* w2, const int16_t* x2, int16_t* dst,
-                         int count) {
-    for (int n = 0; n < count; ++n) {
-        const int first = at<runW1>(w1, n) * at<runX1>(x1, n);
-        const int second = at<runW2>(w2, n) * at<runX2>(x2, n);
-        dst[n] = sat16(((minus ? first - second : first + second) + 0x4000) >> 15);
-    }
 }
 
 #else
@@ -199,84 +164,6 @@ VEK_INLINE int64_t sumOfProducts(const int16_t* a, const int16_t* b, int n) {
     // The lower halves, which are the sums of all without the upper ones, and these.
     const auto both = all - hn::ShiftLeft<32>(upper) + upper;
     return s + static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(WideSum(), both))) - pairs * 0x7fff0000;
-}
-
-using FourFloats = hn::FixedTag<float, 4>;
-using Floats = hn::CappedTag<float, 8>;
-
-constexpr int kBlock = 32 * kLanesOf<Floats>;
-
-// Adds the products behind the last four elements that are whole. Without a loop, which the compiler would spread over
-// registers.
-VEK_INLINE float plusLastThree(float before, const float* a, const float* b, int n) {
-    const int i = n & ~3;
-    if (n == i) {
-        return before;
-    }
-    float sum = 0;
-    if ((n & 2) != 0) {
-        sum = a[i] * b[i] + a[i + 1] * b[i + 1];
-    }
-    if ((n & 1) != 0) {
-        sum += a[n - 1] * b[n - 1];
-    }
-    return before + sum;
-}
-
-// Fewer than kShortSum: a sum of these takes less than setting up the registers of more.
-VEK_INLINE float shortSum(const float* a, const float* b, int n) {
-    const FourFloats d;
-    const auto products = [=](int i) { return hn::LoadU(d, a + i) * hn::LoadU(d, b + i); };
-    float sum = 0;
-    if (n >= 4) {
-        auto four = products(0);
-        if (n >= 8) {
-            four = four + products(4);
-        }
-        if (n >= 12) {
-            four = four + products(8);
-        }
-        sum = hn::GetLane(hn::SumOfLanes(d, four));
-    }
-    return plusLastThree(sum, a, b, n);
-}
-
-VEK_INLINE float dotOfBlock(const float* a, const float* b, int n) {
-    constexpr int lanes = kLanesOf<Floats>;
-    const auto products = [a, b](auto d, int i) { return hn::LoadU(d, a + i) * hn::LoadU(d, b + i); };
-    const Floats d;
-    auto s0 = hn::Zero(d);
-    auto s1 = s0;
-    auto s2 = s0;
-    auto s3 = s0;
-    int i = 0;
-    for (; i + 4 * lanes <= n; i += 4 * lanes) {
-        s0 = s0 + products(d, i);
-        s1 = s1 + products(d, i + lanes);
-        s2 = s2 + products(d, i + 2 * lanes);
-        s3 = s3 + products(d, i + 3 * lanes);
-    }
-    if (i + lanes <= n) {
-        s0 = s0 + products(d, i);
-        i += lanes;
-    }
-    if (i + lanes <= n) {
-        s1 = s1 + products(d, i);
-        i += lanes;
-    }
-    if (i + lanes <= n) {
-        s2 = s2 + products(d, i);
-        if constexpr (lanes > 4) {
-            i += lanes;
-        }
-    }
-    auto four = fourSums((s0 + s1) + (s2 + s3));
-    if constexpr (lanes > 4) {
-        if (i + 4 <= n) {
-            four = four + products(FourFloats(), i);
-        }
-    }
-    return plusLastThree(hn::GetLane(hn::SumOfLanes(FourFloats(), four)), a, b, n);
 }
 
 // The sums of the lanes of four registers.
@@ -530,16 +417,7 @@ int slideMost(const int16_t* a, const int16_t* b, int n, int step, int count, in
     if (n >= 8) {
         return slideMostBy(kEightOf16, a, b, n, step, count, most);
     }
-    int at = 0;
-    for (int k = 0; k < count; ++k) {
-        int32_t sum;
-        slideShort(a, b + step * k, n, step, 1, &sum);
-        if (k == 0 || sum > *most) {
-            *most = sum;
-            at = k;
-        }
-    }
-    return at;
+    return mostOneByOne(slideShort, a, b, n, step, count, most);
 }
 
 bool gainSums16(const int16_t* x, const int16_t* y, int n, int32_t* xy, int32_t* yy) {
@@ -650,39 +528,6 @@ bool delayed16(const int16_t* past, const int16_t* h, int q, const int16_t* y, c
     return bound < 1 << 14 && bound * energyBound(target, n) < 1 << 28;
 }
 
-// As many from element n on as `d` has lanes.
-template <Run run, class D>
-VEK_INLINE auto loadRun(D d, const int16_t* p, int n) {
-    if constexpr (run == Run::forwards) {
-        return hn::LoadU(d, p + n);
-    } else {
-        return reversed(d, hn::LoadU(d, p - n - (kLanesOf<D> - 1)));
-    }
-}
-
-// From element n on what fills registers, then eight at a time. count is a multiple of eight.
-template <Run runW1, Run runX1, Run runW2, Run runX2, bool minus, class D = D16>
-VEK_INLINE void halfFold(const int16_t* w1, const int16_t* x1, const int16_t* w2, const int16_t* x2, int16_t* dst,
-                         int count, int n = 0) {
-    const D d;
-    const auto half = hn::Set(hn::RepartitionToWide<D>(), 0x4000);
-    for (; n + kLanesOf<D> <= count; n += kLanesOf<D>) {
-        const auto a = loadRun<runX1>(d, x1, n);
-        const auto b = loadRun<runX2>(d, x2, n);
-        const auto wa = loadRun<runW1>(d, w1, n);
-        auto wb = loadRun<runW2>(d, w2, n);
-        if constexpr (minus) {
-            wb = hn::Zero(d) - wb; // a window has no -32768
-        }
-        const auto lower = plusPairs(half, hn::InterleaveLower(d, a, b), hn::InterleaveLower(d, wa, wb));
-        const auto upper = plusPairs(half, hn::InterleaveUpper(d, a, b), hn::InterleaveUpper(d, wa, wb));
-        storeSaturated(d, dst + n, hn::ShiftRight<15>(lower), hn::ShiftRight<15>(upper));
-    }
-    if constexpr (kLanesOf < D >> 8) {
-        halfFold<runW1, runX1, runW2, runX2, minus, hn::Half<D>>(w1, x1, w2, x2, dst, count, n);
-    }
-}
-
 #endif
 
 int64_t dot16(const int16_t* a, const int16_t* b, int n) {
@@ -751,61 +596,9 @@ void window16(const int16_t* src, const int16_t* window, int16_t* dst, int n) {
     }
 }
 
-void fold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half) {
-    using enum Run;
-    const int last = 2 * half - 1;
-    halfFold<backwards, backwards, forwards, forwards, false>(w + half - 1, old + half - 1, w + half, old + half, dst,
-                                                              half);
-    halfFold<backwards, forwards, forwards, backwards, true>(w + last, fresh, w, fresh + last, dst + half, half);
-}
-
-void unfold16(const int16_t* fresh, const int16_t* old, const int16_t* w, int16_t* dst, int half) {
-    using enum Run;
-    const int last = 2 * half - 1;
-    halfFold<forwards, backwards, backwards, forwards, false>(w, fresh + half - 1, w + last, old + half, dst, half);
-    halfFold<forwards, forwards, backwards, backwards, true>(w + half, fresh, w + half - 1, old + last, dst + half,
-                                                             half);
-}
-
-// A product goes through 15 roundings of a block at the most, each within 2^-24; sums of blocks keep what they have.
-VEK_INLINE float longSum(const float* a, const float* b, int n) {
-    if (n <= kBlock) {
-        return dotOfBlock(a, b, n);
-    }
-    double sum = 0;
-    int i = 0;
-    for (; i + kBlock <= n; i += kBlock) {
-        sum += static_cast<double>(dotOfBlock(a + i, b + i, kBlock));
-    }
-    return static_cast<float>(sum + static_cast<double>(dotOfBlock(a + i, b + i, n - i)));
-}
-
-// Apart from the short sums, which would have to save its registers.
-[[gnu::noinline]] float longDot32f(const float* a, const float* b, int n) {
-    return longSum(a, b, n);
-}
-
-[[gnu::noinline]] VekStatus longDotTo32f(const float* a, const float* b, int n, float* sum) {
-    *sum = longSum(a, b, n);
-    return vekStsNoErr;
-}
-
-float dot32f(const float* a, const float* b, int n) {
-    return n < kShortSum ? shortSum(a, b, n) : longDot32f(a, b, n);
-}
-
-VekStatus dotTo32f(const float* a, const float* b, int n, float* sum) {
-    if (n >= kShortSum) {
-        return longDotTo32f(a, b, n, sum);
-    }
-    *sum = shortSum(a, b, n);
-    return vekStsNoErr;
-}
-
 } // namespace
 
-VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,   dotSaturated16, dot32f,    dotTo32f,  corr32,     corrInside32,
-                                              slide16, slideMost16,    sumsFit16, delayed16, gainSums16, usedBits16,
-                                              shift16, window16,       fold16,    unfold16};
+VEK_KERNEL_TABLE(CorrKernels, corrKernels) = {dot16,     dotSaturated16, corr32,     corrInside32, slide16, slideMost16,
+                                              sumsFit16, delayed16,      gainSums16, usedBits16,   shift16, window16};
 
 } // namespace vek

@@ -5,7 +5,7 @@
 #include <numbers>
 
 #include "sc/common/signal_check.h"
-#include "sc/kernels/corr.h"
+#include "sc/kernels/floatdot.h"
 #include "sc/rta/response.h"
 #include "veksc_rta.h"
 
@@ -81,9 +81,9 @@ struct LagGrid {
 
 // The excitation at a lag before 0, all of it past.
 float sampleAt(const float* exc, Lag lag) {
-    return lag.part == 0
-               ? exc[-lag.whole]
-               : corrKernels().dot32f(g_interpolation.taps[lag.steps][lag.part], exc - lag.whole - kSide, 2 * kSide);
+    return lag.part == 0 ? exc[-lag.whole]
+                         : floatDotKernels().dot32f(g_interpolation.taps[lag.steps][lag.part], exc - lag.whole - kSide,
+                                                    2 * kSide);
 }
 
 // The vector of a lag, as far at a time as it does not meet itself.

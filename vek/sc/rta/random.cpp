@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "sc/common/signal_check.h"
-#include "sc/kernels/corr.h"
+#include "sc/kernels/floatdot.h"
 #include "sc/kernels/loops.h"
 #include "sc/rta/gauss.h"
 #include "sc/rta/response.h"
@@ -96,13 +96,13 @@ VekStatus veksFixedCodebookSearchRandom_RTA_32f(const Vek32f* pSrcFixedTarget, c
         const float* entry = numbers + kSlide - kShift * (best.index / 2);
         loopKernels().addScaled32f(vector, entry, best.index % 2 != 0 ? -weight : weight, vector, n);
         response.filter(vector, filtered);
-        fit = {corrKernels().dot32f(target.data(), filtered, n), corrKernels().dot32f(filtered, filtered, n)};
+        fit = {floatDotKernels().dot32f(target.data(), filtered, n), floatDotKernels().dot32f(filtered, filtered, n)};
         pDstFixedIndex[s] = best.index;
         weight *= 0.5F;
     }
     float gain = fit.gain();
     if (gainLimit > 0 && fit.energy > 0) {
-        const float power = corrKernels().dot32f(target.data(), target.data(), n);
+        const float power = floatDotKernels().dot32f(target.data(), target.data(), n);
         const float most = std::sqrt(power / fit.energy) * std::pow(10.0F, -0.15F * static_cast<float>(gainLimit));
         gain = std::clamp(gain, -most, most);
     }
