@@ -98,8 +98,29 @@ std::vector<std::string> environmentOf(const RigCall& call) {
     return result;
 }
 
-/// In the new process; only what is safe between fork and exec.
-[[noreturn]] void become(const RigCall& call, pid_t parent, int out, int report, char** words, char** environment) {
+/// The signals that end the companion, held back while it lends its memory to a process that begins.
+class SignalsHeld {
+public:
+    SignalsHeld() {
+        ::sigemptyset(&m_held);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+            ::sigaddset(&m_held, signal);
+        }
+        ::pthread_sigmask(SIG_BLOCK, &m_held, &m_before);
+    }
+    ~SignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+    const sigset_t& before() const { return m_before; }
+
+private:
+    sigset_t m_held{};
+    sigset_t m_before{};
+};
+
+/// In the new process, which has this one's memory until it is the rig; only what is safe before exec.
+[[noreturn]] void become(const RigCall& call, pid_t parent, int out, int report, const sigset_t& signals, char** words,
+                         char** environment) {
     ::setpgid(0, 0);
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) {
@@ -113,8 +134,11 @@ std::vector<std::string> environmentOf(const RigCall& call) {
         ::fcntl(fd, F_SETFD, 0);
     }
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+        // One that came before this process had a group of its own was not for the rig, and is dropped.
+        ::signal(signal, SIG_IGN);
         ::signal(signal, SIG_DFL);
     }
+    ::pthread_sigmask(SIG_SETMASK, &signals, nullptr);
     // A rig that crashes under test leaves no core files behind.
     const rlimit none{0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
@@ -244,13 +268,18 @@ RigExit callRig(const RigCall& call) {
 
     RigExit result;
     const pid_t self = ::getpid();
-    const pid_t process = ::fork();
+    const pid_t process = [&] {
+        const SignalsHeld held;
+        // Its memory is not copied: a store with many readings would take milliseconds a process.
+        const pid_t begun = ::vfork();
+        if (begun == 0) {
+            become(call, self, consoleEnd.get(), reportEnd.get(), held.before(),
+                   const_cast<char**>(wordPointers.data()), const_cast<char**>(environmentPointers.data()));
+        }
+        return begun;
+    }();
     if (process < 0) {
         throw Fault("can't start a process: " + systemCause(errno));
-    }
-    if (process == 0) {
-        become(call, self, consoleEnd.get(), reportEnd.get(), const_cast<char**>(wordPointers.data()),
-               const_cast<char**>(environmentPointers.data()));
     }
     ::setpgid(process, process);
     guardGroup(process);
