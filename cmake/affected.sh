@@ -38,7 +38,7 @@ kr_targets_of() { # build room
     test:scripts) echo script_tests ;;
     asan:suites) echo suite_tests value_tests ;;
     test:vek | test:oracle | test:library | test:cli | test:own | test:install) echo "$2_tests" ;;
-    asan:vek | asan:oracle) echo veksc ;;
+    asan:vek) echo veksc ;;
     asan:cli) echo kelvarrig faultrig ;;
     esac
 }
