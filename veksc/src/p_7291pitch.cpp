@@ -28,8 +28,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_decode = m_func.contains("veksAdaptiveCodebookDecode_G7291_16s_I");
-        m_search = m_func.contains("veksAdaptiveCodebookSearch_G7291_16s");
         vkcRebuild(len, "len");
         vkcFix(lag, 20);
         vkcFix(frac, 0);
@@ -45,11 +43,10 @@ public:
                 vkcRebuild(lag, "lag").set(20, 100, 40, '+');
             }
         }
-        m_grid.begin({&len, &lag, &frac, &subFrame});
         initVectors({&pSrcDelay, &pSrcDstPrevExcitation, &pSrcAdptTarget, &pSrcImpulseResponse, &pSrcAdptVector,
                      &pDstFltAdptVector, &pSrcPrevExcitation, &pDstDelay},
                     vkArg::src);
-        return true;
+        return walk({&len, &lag, &frac, &subFrame});
     }
 
     bool makeData() override {
@@ -108,8 +105,8 @@ private:
         return parms;
     }
 
-    bool m_decode = false;
-    bool m_search = false;
+    const bool m_decode = m_func.contains("veksAdaptiveCodebookDecode_G7291_16s_I");
+    const bool m_search = m_func.contains("veksAdaptiveCodebookSearch_G7291_16s");
 };
 
 } // namespace

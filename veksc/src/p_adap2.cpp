@@ -40,12 +40,11 @@ public:
             }
             mode.addValidation(rate);
         }
-        m_grid.begin({&subFrame, &mode});
         // The names tell no element type.
         initVectors({&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcPrevExcitation, &pSrcResidualTraget, &pDstFixedVector},
                     vk16s);
         initVectors({&pSrcPrevError}, vk32s);
-        return true;
+        return walk({&subFrame, &mode});
     }
 
     bool makeData() override {

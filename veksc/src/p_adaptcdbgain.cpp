@@ -14,9 +14,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").setList({40});
-        m_grid.begin({&len});
         initVectors({&pFltAdptVector, &pSrcAdptTarget, &pDstAdptTarget}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

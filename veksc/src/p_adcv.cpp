@@ -31,19 +31,12 @@ public:
 
     bool canStart() override {
         vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesGSMAMR);
-        vkcRebuild(bfi, "Bfi");
-        if (m_func.contains("Decode")) {
-            bfi.set(0, 1, 1, '+');
-        } else {
-            bfi.set(1, 1, 1, '+');
-        }
-        m_grid.begin({&bfi, &mode, &subFrame});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesGSMAMR);
+        vkcRebuild(bfi, "Bfi").set(m_func.contains("Decode") ? 0 : 1, 1, 1, '+');
         initVectors(
             {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcOpenLoopLag, &pSrcDstExcitation, &pDstAdptVector, &pTmp},
             vkArg::src);
-        return true;
+        return walk({&bfi, &mode, &subFrame});
     }
 
     bool makeData() override {

@@ -28,12 +28,11 @@ public:
         vkcRebuild(subFrameSize, "subFrameSize").set(20, 40, 20, '+');
         vkcRebuild(searchFlag, "searchFlag").set(0, 1, 1, '+');
         vkcRebuild(deltaSearchRange, "deltaSearchRange").setList({32, 64, 160});
-        m_grid.begin({&subFrameSize, &searchFlag, &deltaSearchRange});
         initVectors(
             {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcBoundary, &pSrcDstExc, &pSrcDstLag, &pDstAdptContribution},
             vkArg::src);
         initVectors({&pDstAdptIndex}, vk32s); // an index is no floating number
-        return true;
+        return walk({&subFrameSize, &searchFlag, &deltaSearchRange});
     }
 
     bool makeData() override {

@@ -36,14 +36,11 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_handler = m_func.contains("veksEncDTXHandler_GSMAMR_16s");
-        m_buffer = m_func.contains("Buffer");
         vkcRebuild(Flag, "").setList({1});
-        m_grid.begin({&Flag});
         initVectors({&pSrcSpch, &pSrc, &pSrcDstBuffer, &pSrcDstLogEnergyBuffer, &pSrcLspBuffer, &pSrcLogEnergyBuffer,
                      &pSrcDstDtxQLsfIndex, &pSrcDstPredQErr, &pSrcDstPredQErrMR122, &pTmp_1, &pTmp_2, &pTmp_3},
                     vkArg::src);
-        return true;
+        return walk({&Flag});
     }
 
     bool makeData() override {
@@ -79,8 +76,8 @@ private:
                pTmp_2.createVector(4, setRand, -2048, 2048) && pTmp_3.createVector(4, setRand, -2048, 2048);
     }
 
-    bool m_handler = false;
-    bool m_buffer = false;
+    const bool m_handler = m_func.contains("veksEncDTXHandler_GSMAMR_16s");
+    const bool m_buffer = m_func.contains("Buffer");
 };
 
 void restoreBuffers() {

@@ -27,14 +27,11 @@ public:
 
     bool canStart() override {
         vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesGSMAMR);
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        m_grid.begin({&mode, &subFrame});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesGSMAMR, vkcSilence);
         initVectors({&pSrcFixedTarget, &pSrcLtpResidual, &pSrcDstImpulseResponse, &pDstFixedVector, &pDstFltFixedVector,
                      &pDstEncPosSign, &pTmp},
                     vkArg::src);
-        return true;
+        return walk({&mode, &subFrame});
     }
 
     bool makeData() override {

@@ -16,9 +16,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({40});
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pTmp, &pSrcDst, &pGain}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -17,9 +17,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({60});
-        m_grid.begin({&lenght});
         initVectors({&pSrcDst, &pTmp}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

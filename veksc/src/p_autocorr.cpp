@@ -23,10 +23,9 @@ public:
             lenght.set(40, 240, 40, '+');
             lenghtDst.set(4, 12, 4, '+');
         }
-        m_grid.begin({&lenght, &lenghtDst});
         initVectors({&pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lenght, &lenghtDst});
     }
 
     bool makeData() override {

@@ -18,16 +18,10 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_inPlace = m_func.contains("_I");
         vkcRebuild(lenght_I, "lenght").setList({60, 80, 385});
         vkcRebuild(lenght, "lenght").set(40, 80, 20, '+');
-        if (m_inPlace) {
-            m_grid.begin({&lenght_I});
-        } else {
-            m_grid.begin({&lenght});
-        }
         initVectors({&pSrc, &pDst, &pSrcDst, &pTmp}, vkArg::src);
-        return true;
+        return m_inPlace ? walk({&lenght_I}) : walk({&lenght});
     }
 
     bool makeData() override {
@@ -43,7 +37,7 @@ public:
     double getDivisor() override { return m_inPlace ? lenght_I.value() : lenght.value(); }
 
 private:
-    bool m_inPlace = false;
+    const bool m_inPlace = m_func.contains("_I");
 };
 
 } // namespace

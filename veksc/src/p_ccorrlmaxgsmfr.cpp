@@ -18,9 +18,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").set(40, 60, 10, '+');
-        m_grid.begin({&len});
         initVectors({&pSrc1, &pSrc2}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

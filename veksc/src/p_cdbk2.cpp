@@ -21,7 +21,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_matrix = m_func.contains("veksToeplizMatrix_G723");
         vkcRebuild(lenght_src, "lenght SRC");
         vkcRebuild(lenght_dst, "lenght SRC");
         if (m_matrix) {
@@ -34,10 +33,9 @@ public:
             lenght_src.setList({harmonicHistory + 60});
             lenght_dst.setList({60});
         }
-        m_grid.begin({&lenght_src, &lenght_dst});
         initVectors({&pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lenght_src, &lenght_dst});
     }
 
     bool makeData() override {
@@ -48,7 +46,7 @@ public:
     double getDivisor() override { return lenght_dst.value(); }
 
 private:
-    bool m_matrix = false;
+    const bool m_matrix = m_func.contains("veksToeplizMatrix_G723");
 };
 
 } // namespace

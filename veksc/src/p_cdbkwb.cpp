@@ -43,16 +43,13 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").setList({64});
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesAMRWB);
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        m_grid.begin({&len, &mode});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesAMRWB, vkcSilence);
         initVectors({&pSrcIdxs, &pDstFixedCodevec, &pSrcFixedTarget, &pSrcLtpResidual, &pSrcDstImpulseResponse, &pTmp,
                      &pDstFixedVector, &pDstFltFixedVector},
                     vkArg::src);
         // The eight words of the higher rates in four elements.
         initVectors({&pDstIndex}, vk32s);
-        return true;
+        return walk({&len, &mode});
     }
 
     bool makeData() override {
@@ -99,15 +96,12 @@ public:
             vkcRebuild(unusableFrame, "unusableFrame").set(0, 1, 1, '+');
         }
         vkcRebuild(Subframe, "Subframe").set(0, 3, 1, '+');
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesAMRWB);
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        m_grid.begin({&len, &bfi, &unusableFrame, &Subframe, &mode});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesAMRWB, vkcSilence);
         initVectors({&pSrcDstExcitation, &pResultPrevIntPitchLagBounds, &pSrcAdptTarget, &pSrcImpulseResponse,
                      &pSrcOpenLoopLag, &pPitchLag, &pPitchLagBounds, &pAdptIndex},
                     vkArg::src);
         initVectors({&stateMemory}, vk32s);
-        return true;
+        return walk({&len, &bfi, &unusableFrame, &Subframe, &mode});
     }
 
     bool makeData() override {

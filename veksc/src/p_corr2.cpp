@@ -21,9 +21,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({10});
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pSrc1, &pSrc2, &pTmp, &pSrcDst, &pDst}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -13,10 +13,9 @@ public:
 
     bool canStart() override {
         vkcFrames(vkcRebuild(len, "Lenght"), m_func);
-        m_parms.append(&len);
         initVectors({&pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -14,9 +14,8 @@ public:
 
     bool canStart() override {
         vkcFrames(vkcRebuild(len, "Lenght"), m_func);
-        m_parms.append(&len);
         initVectors({&pSrcSpchDecomposed, &pSrcDstSpchDecomposedOld, &pDstSpch}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

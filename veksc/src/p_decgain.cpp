@@ -18,9 +18,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({4});
-        m_grid.begin({&lenght});
         initVectors({&quaIndex, &pSrc, &pPastEnergy, &pitchGain}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

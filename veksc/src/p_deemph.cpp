@@ -13,9 +13,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").set(100, 180, 10, '+');
-        m_grid.begin({&len});
         initVectors({&pSrcDst, &pMem}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

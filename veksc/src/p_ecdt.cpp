@@ -36,20 +36,18 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_update = m_func.contains("Update");
         SUBBANDS = 33;
         FRAME_SIZE = 16;
         numSubbands = SUBBANDS;
         vkcRebuild(startSubband, "startSubband").set(2, 3, 1, '+');
         vkcRebuild(mode, "mode").set(0, 1, 1, '+');
         vkcRebuild(doubleTalk, "doubleTalk").set(0, 1, 1, '+');
-        m_grid.begin({&startSubband, &mode, &doubleTalk});
         initVectors({&pSrcSinSubbands, &pSrcFilterErr, &pSrcAdaptiveFilterErr, &pSrcFixedFilterErr}, vk32sc);
         for (vkrMatrice* matrix : {&ppSrcRinSubbandsHistory, &ppDstAdaptiveCoefs, &ppDstFixedCoefs}) {
             matrix->init(vk32sc);
         }
         initVectors({&pDstStepSize}, vk32s);
-        return true;
+        return walk({&startSubband, &mode, &doubleTalk});
     }
 
     bool makeData() override {
@@ -69,10 +67,6 @@ public:
     }
 
     void flushData() override {
-        if (pState != nullptr) {
-            krFree(pState);
-        }
-        pState = nullptr;
         for (vkrMatrice* matrix : {&ppDstFixedCoefs, &ppDstAdaptiveCoefs, &ppSrcRinSubbandsHistory}) {
             matrix->deleteMatrice();
         }
@@ -86,12 +80,12 @@ private:
         const int freq = sampleFreq[mode.value() != 0];
         int pSize = 0;
         veksSubbandControllerDTGetSize_EC_16s(numSubbands, FRAME_SIZE, 1, freq, &pSize);
-        pState = static_cast<VeksSubbandControllerDTState_EC_16s*>(krMalloc(pSize, 0, 0, nullptr));
-        return pState != nullptr && checkStatus(veksSubbandControllerDTInit_EC_16s(pState, numSubbands, FRAME_SIZE,
-                                                                                   numSegments, freq)) == krOk;
+        return hold(pState, krMalloc(pSize, 0, 0, nullptr), krFree) &&
+               checkStatus(veksSubbandControllerDTInit_EC_16s(pState, numSubbands, FRAME_SIZE, numSegments, freq)) ==
+                   krOk;
     }
 
-    bool m_update = false;
+    const bool m_update = m_func.contains("Update");
 };
 
 } // namespace

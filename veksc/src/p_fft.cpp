@@ -14,9 +14,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({128});
-        m_grid.begin({&lenght});
         initVectors({&pSrcDst, &pTmp}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

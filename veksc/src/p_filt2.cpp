@@ -23,17 +23,15 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_harmonic = m_func.contains("Harmonic");
         vkcRebuild(lenght, "lenght");
         if (m_harmonic) {
             lenght.set(10, 60, 10, '+');
         } else {
             lenght.setList({m_func.contains("Tilt") ? 62 : 241});
         }
-        m_grid.begin({&lenght});
         initVectors({&pTmp, &pSrcDst, &pSrcArray, &pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {
@@ -59,7 +57,7 @@ private:
         return true;
     }
 
-    bool m_harmonic = false;
+    const bool m_harmonic = m_func.contains("Harmonic");
 };
 
 } // namespace

@@ -21,9 +21,8 @@ public:
         vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
         vkcRebuild(mode, "BitRate").resetValidation();
         vkcModes(mode, {VEK_SPCHBR_5300, VEK_SPCHBR_6300});
-        m_grid.begin({&subFrame, &mode});
         initVectors({&pSrcResidual}, vkArg::src);
-        return true;
+        return walk({&subFrame, &mode});
     }
 
     bool makeData() override { return pSrcResidual.createVector(history + 240, setRand, -2048, 2048); }

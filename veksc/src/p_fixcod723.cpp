@@ -20,11 +20,10 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({64});
-        m_grid.begin({&lenght});
         // The first type is that of the matrix.
         initVectors({&pSrcMatrix}, vkArg::src);
         initVectors({&pDstFixedVector, &pSrcFixedCorr, &pSearchTimes}, vk16s);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

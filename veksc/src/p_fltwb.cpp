@@ -22,10 +22,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").set(32, 256, 32, '+');
-        beginGrid();
         initVectors({&pSrcSignal, &pSrcDstSignal}, vkArg::src);
         initVectors({&pDstSignal, &pMem}, vkArg::dst);
-        return true;
+        return walkGrid();
     }
 
     bool makeData() override {
@@ -37,7 +36,7 @@ public:
     double getDivisor() override { return len.value(); }
 
 protected:
-    virtual void beginGrid() { m_grid.begin({&len}); }
+    virtual bool walkGrid() { return walk({&len}); }
 };
 
 class TimDeemphWB : public Emphasis {
@@ -50,9 +49,9 @@ public:
     using Emphasis::Emphasis;
 
 protected:
-    void beginGrid() override {
+    bool walkGrid() override {
         vkcRebuild(scale, "scale").set(13, 15, 1, '+');
-        m_grid.begin({&scale, &len});
+        return walk({&scale, &len});
     }
 };
 
@@ -65,10 +64,9 @@ public:
         vkcRebuild(len, "Lenght").set(32, 128, 32, '+');
         vkcRebuild(valLpcOrder, "valLpcOrder");
         setOrders();
-        m_grid.begin({&len, &valLpcOrder});
         initVectors({&pSrcLpc, &pSrcExcitation}, vkArg::src);
         initVectors({&pSrcDstSignal}, vkArg::dst);
-        return true;
+        return walk({&len, &valLpcOrder});
     }
 
     // The outputs before the first stand ahead of those of the call.

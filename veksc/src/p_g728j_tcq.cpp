@@ -24,10 +24,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "").setList({5});
-        m_grid.begin({&len});
         initVectors({&pSrcLPC, &pSrc, &pSrcDstWindow, &pSrcDstResidual}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -24,19 +24,13 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(mode, "mode");
-        if (m_func.contains("G729E")) {
-            mode.set(0, 1, 1, '+');
-        } else {
-            mode.setList({1});
-        }
-        m_grid.begin({&mode});
+        vkcSwitch(mode, "mode", m_func.contains("G729E"));
         const vkType element = m_func.contains("_32f") ? vk32f : vk16s;
         initVectors({&pSrcFixed, &pSrcLtpResidual, &pSrcImpulseResponse, &pDstFixedVector, &pDstFltFixedVector, &pTmp,
                      &pSrcDst},
                     element);
         initVectors({&pDstFixedIndex}, vk16s);
-        return true;
+        return walk({&mode});
     }
 
     bool makeData() override {

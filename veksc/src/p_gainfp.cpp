@@ -17,11 +17,10 @@ public:
 
     bool canStart() override {
         vkcRebuild(valTimeFlag, "valTimeFlag").set(0, 1, 1, '+');
-        m_grid.begin({&valTimeFlag});
         initVectors({&pSrc}, vkArg::src);
         // Numbers of entries.
         initVectors({&pSrcCand, &pDstIdxs}, vk16s);
-        return true;
+        return walk({&valTimeFlag});
     }
 
     bool makeData() override {

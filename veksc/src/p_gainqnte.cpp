@@ -24,9 +24,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(tameflag, "tameflag").set(0, 1, 1, '+');
-        m_grid.begin({&tameflag});
         initVectors({&pSrc1, &pSrc2, &pSrc3, &pSrc4, &pPastEnergy, &quaIndex, &pGain}, vkArg::src);
-        return true;
+        return walk({&tameflag});
     }
 
     bool makeData() override {

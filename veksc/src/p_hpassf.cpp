@@ -14,10 +14,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").set(100, 180, 10, '+');
-        m_grid.begin({&len});
         initVectors({&pSrc, &pDst}, vkArg::src);
         initVectors({&pMem}, vk32s);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -18,9 +18,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({50});
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pDst, &pCoeffs, &pMem}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

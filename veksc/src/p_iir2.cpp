@@ -21,11 +21,10 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({61});
-        m_grid.begin({&lenght});
         initVectors({&pTmp, &pSrcDst, &pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
         initVectors({&pCoeffs, &pMem}, vk16s);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -18,9 +18,8 @@ public:
     bool canStart() override {
         vkcRebuild(len, "Lenght").set(16, 128, 16, '+');
         vkcRebuild(scalefactor, "Sfs").set(2, 7, 5, '+');
-        m_grid.begin({&len, &scalefactor});
         initVectors({&pSrc1, &pSrc2, &pDst}, vkArg::src);
-        return true;
+        return walk({&len, &scalefactor});
     }
 
     bool makeData() override {

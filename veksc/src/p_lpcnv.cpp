@@ -14,11 +14,9 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_toLsp = m_func.contains("ToLSP");
         vkcRebuild(lenght, "lenght").setList({11});
-        m_grid.begin({&lenght});
         initVectors({&pLSF, &pLSP, &pPrevLSP, &pLPC}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {
@@ -31,7 +29,7 @@ public:
     double getDivisor() override { return lenght.value(); }
 
 private:
-    bool m_toLsp = false;
+    const bool m_toLsp = m_func.contains("ToLSP");
 };
 
 } // namespace

@@ -22,15 +22,9 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(erase, "Erase");
-        if (m_func.contains("Decode")) {
-            erase.set(0, 1, 1, '+');
-        } else {
-            erase.setList({1});
-        }
-        m_grid.begin({&erase});
+        vkcSwitch(erase, "Erase", m_func.contains("Decode"));
         initVectors({&prevLSP, &pTmp, &pSrcDst, &pLPC, &pDst, &pPrevLSF, &pQuantLSF, &quantIndex}, vkArg::src);
-        return true;
+        return walk({&erase});
     }
 
     bool makeData() override {

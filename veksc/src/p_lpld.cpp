@@ -15,7 +15,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_float = m_func.contains("32f");
         const bool annexB = m_func.contains("729B");
         vkcRebuild(order, "Order");
         if (annexB) {
@@ -28,8 +27,7 @@ public:
             initVectors({&pSrc}, vkArg::src);
             initVectors({&pLPC, &pRC}, vkArg::dst);
         }
-        m_grid.begin({&order});
-        return true;
+        return walk({&order});
     }
 
     bool makeData() override {
@@ -50,7 +48,7 @@ public:
     virtual void setData_32f() { pSrc.setIndex(0, setValue, 2, 0); }
 
 private:
-    bool m_float = false;
+    const bool m_float = m_func.contains("32f");
 };
 
 } // namespace

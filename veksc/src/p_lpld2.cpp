@@ -17,9 +17,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "Lenght").setList({10});
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pLPC}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

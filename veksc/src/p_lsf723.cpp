@@ -17,9 +17,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").setList({10});
-        m_grid.begin({&len});
         initVectors({&pSrcLpc, &pSrcPrevLsf, &pDstLsf, &pSrcLsf, &pDstLpc}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

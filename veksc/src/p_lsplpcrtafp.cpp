@@ -17,11 +17,9 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_toLSP = m_func.contains("veksLPCToLSP_RTA_32f");
         vkcRebuild(order, "Order").set(4, 16, 2, '+');
-        m_grid.begin({&order});
         initVectors({&pSrc, &pSrcAutoCorr, &pDstRC, &pSrcLPC, &pDstLSP, &pSrcLSP, &pDstLPC}, vkArg::src);
-        return true;
+        return walk({&order});
     }
 
     bool makeData() override {
@@ -55,7 +53,7 @@ private:
         return vkcDone(veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n));
     }
 
-    bool m_toLSP = false;
+    const bool m_toLSP = m_func.contains("veksLPCToLSP_RTA_32f");
 };
 
 } // namespace

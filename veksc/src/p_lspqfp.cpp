@@ -16,10 +16,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({10});
-        m_grid.begin({&lenght});
         initVectors({&pSrcLsp, &pSrcDstPrevFreq, &pDstQLsf, &pDstQLsp}, vkArg::src);
         initVectors({&pDstQLspIndex}, vk32s); // an index is no floating number
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -22,9 +22,8 @@ public:
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({10});
         vkcRebuild(lenght_table, "lenght LSFTable").setList({40});
-        m_grid.begin({&lenght, &lenght_table});
         initVectors({&quantIndex, &pLSP, &pQuantLSFTable, &pQuantLSF}, vkArg::src);
-        return true;
+        return walk({&lenght, &lenght_table});
     }
 
     bool makeData() override {

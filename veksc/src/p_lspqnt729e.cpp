@@ -20,9 +20,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "").setList({freqCount});
-        m_grid.begin({&lenght});
         initVectors({&pSrcLpc, &pSrcPrevFreq, &pDstQLsf, &pDstQLsp, &pDstQLspIndex}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -23,10 +23,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(step, "stage").set(0, 2, 1, '+');
-        m_grid.begin({&step});
         initVectors({&pSrcLSP, &pSrcLPC, &pDstLSP}, vkArg::src);
         initVectors({&pDstLSPIndex}, vk32s); // an index is no floating number
-        return true;
+        return walk({&step});
     }
 
     bool makeData() override {

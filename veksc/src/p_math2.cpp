@@ -19,9 +19,8 @@ public:
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({200});
         vkcRebuild(lenght_dst, "lenght DST").set(10, 60, 10, '+');
-        m_grid.begin({&lenght, &lenght_dst});
         initVectors({&pSrc, &pSrcDst, &pTmp}, vkArg::src);
-        return true;
+        return walk({&lenght, &lenght_dst});
     }
 
     bool makeData() override {

@@ -20,9 +20,8 @@ public:
         } else {
             lenght.set(10, 40, 10, '+');
         }
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pSrcDst}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -38,14 +38,12 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesGSMAMR);
-        m_grid.begin({&mode});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesGSMAMR);
         initVectors({&pSrcSpch, &pSrcWgtLpc1, &pSrcWgtLpc2, &pSrcQLpc, &pSrcSynFltState, &pSrcWgtFltState,
                      &pDstImpulseResponse, &pDstLpResidual, &pDstAdptTarget, &pSrcDstPrevPitchLag, &pSrcDstPrevWgtSpch,
                      &pDstOpenLoopLag, &pDstOpenLoopGain, &pTmp_1, &pTmp_2},
                     vkArg::src);
-        return true;
+        return walk({&mode});
     }
 
     bool makeData() override {

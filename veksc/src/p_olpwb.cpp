@@ -29,10 +29,8 @@ public:
     bool canStart() override {
         vkcRebuild(len, "Lenght").set(64, 128, 64, '+');
         vkcRebuild(itLagSwitcher, "lagSwitcher").set(0, 1, 1, '+');
-        m_parms.append(&len);
-        m_parms.append(&itLagSwitcher);
         initVectors({&pSrcWgtSpch, &pSrcFltWgtSpch, &pSrcDstPrevPitchLag, &pSrcDstPrevPitchLagTst}, vkArg::src);
-        return true;
+        return walk({&len, &itLagSwitcher});
     }
 
     bool makeData() override {
@@ -88,10 +86,8 @@ public:
     bool canStart() override {
         vkcRebuild(itCntFreqScale, "freqScaleCounter").set(0, 13, 1, '+');
         vkcRebuild(itLagSwitcher, "lagSwitcher").set(0, 1, 1, '+');
-        m_parms.append(&itCntFreqScale);
-        m_parms.append(&itLagSwitcher);
         initVectors({&pSrcWgtSpch, &pSrcFltWgtSpch, &pSrcDstPrevPitchLag, &pSrcDstPrevPitchLagTst}, vkArg::src);
-        return true;
+        return walk({&itCntFreqScale, &itLagSwitcher});
     }
 
     bool makeData() override {

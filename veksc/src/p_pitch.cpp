@@ -18,7 +18,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_lagMax = m_func.contains("veksAutoCorrLagMax");
         vkcRebuild(lenght, "lenght");
         vkcRebuild(maxLag_pithch, "maxLag").setList({1});
         vkcRebuild(lowerLag, "lowerLag").setList({1});
@@ -34,9 +33,8 @@ public:
         } else {
             lenght.setList({80});
         }
-        m_grid.begin({&lenght, &maxLag_pithch, &lowerLag, &upperLag, &subFrame});
         initVectors({&pSrc}, vkArg::src);
-        return true;
+        return walk({&lenght, &maxLag_pithch, &lowerLag, &upperLag, &subFrame});
     }
 
     bool makeData() override {
@@ -51,7 +49,7 @@ public:
     }
 
 private:
-    bool m_lagMax = false;
+    const bool m_lagMax = m_func.contains("veksAutoCorrLagMax");
 };
 
 } // namespace

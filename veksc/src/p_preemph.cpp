@@ -21,9 +21,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").set(40, 80, 10, '+');
-        m_grid.begin({&lenght});
         initVectors({&pSrcDst, &pTmp, &pMem, &pSrc, &pDst}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {
@@ -44,9 +43,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").set(100, 180, 10, '+');
-        m_grid.begin({&len});
         initVectors({&pSrc, &pDst, &pMem}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -23,9 +23,8 @@ public:
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({60});
         vkcRebuild(lenght_dst, "lenght DST").setList({Np});
-        m_grid.begin({&lenght, &lenght_dst});
         initVectors({&pImp, &pVec, &pDstLoc, &pDstLocAmp}, vkArg::src);
-        return true;
+        return walk({&lenght, &lenght_dst});
     }
 
     bool makeData() override {

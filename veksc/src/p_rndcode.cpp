@@ -15,10 +15,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").set(4, 40, 4, '+');
-        m_grid.begin({&lenght});
         initVectors({&pSeed, &pPos, &pSign}, vk16s);
         initVectors({&pExc}, m_func.contains("_16s32f") ? vk32f : vk16s);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

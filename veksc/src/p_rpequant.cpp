@@ -16,9 +16,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").setList({13});
-        m_grid.begin({&len});
         initVectors({&pSrc, &pDst}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -21,15 +21,9 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(subFrame, "subFrame");
-        if (m_func.contains("Search")) {
-            subFrame.set(0, 1, 1, '+');
-        } else {
-            subFrame.setList({1});
-        }
-        m_grid.begin({&subFrame});
+        vkcSwitch(subFrame, "subFrame", m_func.contains("Search"));
         initVectors({&pSrc, &pSrcImpulseResponse, &pSrcDstPrevExcitation, &pTmp, &pDstDelay, &pDst}, vkArg::src);
-        return true;
+        return walk({&subFrame});
     }
 
     bool makeData() override {

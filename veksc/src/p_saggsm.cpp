@@ -32,9 +32,8 @@ public:
         } else {
             lenght.setList({10});
         }
-        m_grid.begin({&lenght});
         initVectors({&pLSF, &pLSP, &pSrc1, &pSrc2, &pResultCoeffs, &pDst}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -22,9 +22,7 @@ public:
 
     bool canStart() override {
         const bool correlation = m_func.contains("AutoCorr");
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        vkcModes(mode, vkcRatesGSMAMR);
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcSilence, vkcRatesGSMAMR);
         vkcRebuild(len_1, "").setList({correlation ? 240 : 10});
         vkcRebuild(len_2, "").setList({correlation ? 20 : 40});
         if (m_func.contains("QuantLSPDecode")) {
@@ -32,12 +30,11 @@ public:
         } else {
             vkcFix<short>(bfi, 0);
         }
-        m_grid.begin({&mode, &len_1, &len_2, &bfi});
         initVectors(
             {&pIndex, &pSrcDstPrevQLsfResidual, &pSrcDstPrevQLsf, &pSrcDstPrevQLsp, &pDstQLsp, &pSrcLsp, &pSrcSpch},
             vkArg::src);
         initVectors({&pDstAutoCorr}, vkArg::dst);
-        return true;
+        return walk({&mode, &len_1, &len_2, &bfi});
     }
 
     bool makeData() override {

@@ -24,14 +24,11 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesGSMAMR);
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        m_grid.begin({&mode});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesGSMAMR, vkcSilence);
         initVectors(
             {&pSrcQLpc, &pSrcSpch, &pTmp_1, &pTmp_2, &pSrcDstFormantFIRState, &pSrcDstFormantIIRState, &pDstFltSpch},
             vkArg::src);
-        return true;
+        return walk({&mode});
     }
 
     bool makeData() override {

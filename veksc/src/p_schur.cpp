@@ -18,10 +18,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(lengthDst, "length Dst").set(4, 8, 2, '+');
-        m_grid.begin({&lengthDst});
         initVectors({&pSrc1}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lengthDst});
     }
 
     bool makeData() override {

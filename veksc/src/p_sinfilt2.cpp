@@ -23,10 +23,9 @@ public:
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({60});
         vkcRebuild(lenght_lpc, "lenght LPC").setList({10});
-        m_grid.begin({&lenght, &lenght_lpc});
         initVectors({&pLPC, &pTmp, &pSrcDst, &pMem, &pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lenght, &lenght_lpc});
     }
 
     bool makeData() override {

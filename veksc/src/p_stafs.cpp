@@ -17,9 +17,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").setList({13, 14, 120});
-        m_grid.begin({&len});
         initVectors({&pRc, &pDstSpch, &pSrcResidual, &pMem}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -29,9 +29,8 @@ public:
                 break; // the energies are those of all shapes at any rate
             }
         }
-        m_grid.begin({&mode});
         initVectors({&pSrc, &pEnergy}, vkArg::src);
-        return true;
+        return walk({&mode});
     }
 
     bool makeData() override {

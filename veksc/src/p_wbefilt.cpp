@@ -68,11 +68,8 @@ public:
         vkcRebuild(itRangeData, "itRangeData").setList({128, 8192});
         vkcRebuild(itLags, "itLags").set(17, 117, 20, '+');
         vkcRebuild(itPitchAdjust, "itPitchAdjust").setList({0, 1});
-        m_parms.append(&itRangeData);
-        m_parms.append(&itLags);
-        m_parms.append(&itPitchAdjust);
         initVectors({&pLags, &pGains, &pSrcDst, &pSrcDstWrk, &pSynth, &pSynthWrk, &pNoise, &pNoiseWrk}, vk16s);
-        return true;
+        return walk({&itRangeData, &itLags, &itPitchAdjust});
     }
 
     bool makeData() override {

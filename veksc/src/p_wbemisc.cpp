@@ -29,9 +29,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(stepCounter2, "LengthCounter").set(0, 6, 1, '+');
-        m_parms.append(&stepCounter2);
         initVectors(vectors, vk16s);
-        return true;
+        return walk({&stepCounter2});
     }
 
     bool makeData() override {
@@ -52,10 +51,8 @@ public:
     bool canStart() override {
         vkcRebuild(stepCounter1, "quantFlag").set(0, 1, 1, '+');
         vkcRebuild(stepCounter2, "LengthCounter").set(0, 5, 1, '+');
-        m_parms.append(&stepCounter1);
-        m_parms.append(&stepCounter2);
         initVectors(vectors, vk16s);
-        return true;
+        return walk({&stepCounter1, &stepCounter2});
     }
 
     bool makeData() override {
@@ -75,11 +72,10 @@ public:
 
     bool canStart() override {
         vkcRebuild(stepCounter2, "LengthCounter").set(0, 5, 1, '+');
-        m_parms.append(&stepCounter2);
         initVectors(vectors, vk16s);
         quantIdx_16s = 0;
         valRMS = 0;
-        return true;
+        return walk({&stepCounter2});
     }
 
     bool makeData() override {
@@ -96,9 +92,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(stepCounter1, "pitchAdjust").set(0, 1, 1, '+');
-        m_parms.append(&stepCounter1);
         initVectors(vectors, vk16s);
-        return true;
+        return walk({&stepCounter1});
     }
 
     bool makeData() override {
@@ -116,10 +111,8 @@ public:
     bool canStart() override {
         vkcRebuild(stepCounter2, "bfi").set(0, 1, 1, '+');
         vkcRebuild(stepCounter1, "pitchAdjust").set(0, 1, 1, '+');
-        m_parms.append(&stepCounter2);
-        m_parms.append(&stepCounter1);
         initVectors(vectors, vk16s);
-        return true;
+        return walk({&stepCounter2, &stepCounter1});
     }
 
     bool makeData() override {

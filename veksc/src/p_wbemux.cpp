@@ -59,9 +59,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(cntMode, "ModeCounter").set(0, 17, 1, '+');
-        m_parms.append(&cntMode);
         initVectors({&pSrc, &pDst}, vk16s);
-        return true;
+        return walk({&cntMode});
     }
 
     double getDivisor() override { return paramsTCX[cntMode.value()].len; }

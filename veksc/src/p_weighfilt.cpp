@@ -16,9 +16,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(dstLen, "dstLength").set(30, 60, 10, '+');
-        m_grid.begin({&dstLen});
         initVectors({&pSrc, &pDst}, vkArg::src);
-        return true;
+        return walk({&dstLen});
     }
 
     bool makeData() override {

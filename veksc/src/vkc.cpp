@@ -22,6 +22,15 @@ const VekLibraryVersion* vkGetVekVersion_veksc() {
     return vekscGetLibVersion();
 }
 
+void vkcSwitch(krStepIterator<int>& parm, const krString& title, bool taken) {
+    vkcRebuild(parm, title);
+    if (taken) {
+        parm.set(0, 1, 1, '+');
+    } else {
+        parm.setList({1});
+    }
+}
+
 // The frame of the functions that take no length.
 static constexpr int shortFrame = 320;
 
@@ -113,6 +122,10 @@ bool vkcRefuse(krTest& test) {
 }
 
 void vkcTest::flushData() {
+    for (const std::function<void()>& release : m_releases) {
+        release();
+    }
+    m_releases.clear();
     for (vkVector* vector : m_vectors) {
         vector->deleteVector();
     }
