@@ -53,16 +53,11 @@ public:
     }
 
     bool makeData() override {
-        if (!pSrcIdxs.createVector(words, setRand, -32768, 32767)) {
-            return false;
-        }
-        for (vkVector* vector : {&pDstFixedCodevec, &pSrcFixedTarget, &pSrcLtpResidual, &pSrcDstImpulseResponse, &pTmp,
-                                 &pDstFixedVector, &pDstFltFixedVector}) {
-            if (!vector->createVector(m_grid.room(len), setZero, 0, 0)) {
-                return false;
-            }
-        }
-        if (!pDstIndex.createVector(4, setZero, 0, 0)) {
+        if (!pSrcIdxs.createVector(words, setRand, -32768, 32767) ||
+            !vkcCreate({&pDstFixedCodevec, &pSrcFixedTarget, &pSrcLtpResidual, &pSrcDstImpulseResponse, &pTmp,
+                        &pDstFixedVector, &pDstFltFixedVector},
+                       m_grid.room(len), setZero, 0, 0) ||
+            !pDstIndex.createVector(4, setZero, 0, 0)) {
             return false;
         }
         dataSize = pTmp.size();

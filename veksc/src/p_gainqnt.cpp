@@ -25,13 +25,9 @@ public:
     }
 
     bool makeData() override {
-        if (!pPastEnergy.createVector(4, setRand, 1, 512)) {
+        if (!pPastEnergy.createVector(4, setRand, 1, 512) ||
+            !vkcCreate({&pSrc1, &pSrc2, &pSrc3, &pSrc4}, subframe, setRand, 1, 512)) {
             return false;
-        }
-        for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
-            if (!vector->createVector(subframe, setRand, 1, 512)) {
-                return false;
-            }
         }
         setData();
         return true;

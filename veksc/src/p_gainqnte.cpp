@@ -30,13 +30,9 @@ public:
 
     bool makeData() override {
         if (!pPastEnergy.createVector(4, setRand, 1, 512) || !quaIndex.createVector(2, setOne, 0, 0) ||
-            !pGain.createVector(2, setRand, 1, 512)) {
+            !pGain.createVector(2, setRand, 1, 512) ||
+            !vkcCreate({&pSrc1, &pSrc2, &pSrc3, &pSrc4}, subframe, setRand, 1, 512)) {
             return false;
-        }
-        for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
-            if (!vector->createVector(subframe, setRand, 1, 512)) {
-                return false;
-            }
         }
         setData();
         return vkcDone(veksDotProd_G729A_16s32s(pSrc3.m_16s, pSrc3.m_16s, subframe, &energy));

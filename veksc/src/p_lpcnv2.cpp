@@ -28,14 +28,9 @@ public:
     }
 
     bool makeData() override {
-        for (vkVector* vector : {&prevLSP, &pTmp, &pLPC}) {
-            if (!vector->createVector(order, setRand, 0, 0)) {
-                return false;
-            }
-        }
-        if (!pSrcDst.createVector(order, setZero, 0, 0) || !pDst.createVector(order, setZero, 0, 0) ||
-            !pPrevLSF.createVector(memory, setValue, 16384, 0) || !pQuantLSF.createVector(memory, setZero, 0, 0) ||
-            !quantIndex.createVector(3, setZero, 0, 0)) {
+        if (!vkcCreate({&prevLSP, &pTmp, &pLPC}, order, setRand, 0, 0) || !pSrcDst.createVector(order, setZero, 0, 0) ||
+            !pDst.createVector(order, setZero, 0, 0) || !pPrevLSF.createVector(memory, setValue, 16384, 0) ||
+            !pQuantLSF.createVector(memory, setZero, 0, 0) || !quantIndex.createVector(3, setZero, 0, 0)) {
             return false;
         }
         dataSize = order * vkVector::item(m_func);

@@ -23,13 +23,9 @@ public:
 
     bool makeData() override {
         if (!pDstLsf.createVector(m_grid.room(len), setZero, 0, 0) ||
-            !pDstLpc.createVector(m_grid.room(len), setZero, 0, 0)) {
+            !pDstLpc.createVector(m_grid.room(len), setZero, 0, 0) ||
+            !vkcCreate({&pSrcLpc, &pSrcPrevLsf, &pSrcLsf}, m_grid.room(len), setRand, -2048, 2048)) {
             return false;
-        }
-        for (vkVector* vector : {&pSrcLpc, &pSrcPrevLsf, &pSrcLsf}) {
-            if (!vector->createVector(m_grid.room(len), setRand, -2048, 2048)) {
-                return false;
-            }
         }
         SetData_LSF();
         return true;

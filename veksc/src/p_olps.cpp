@@ -52,18 +52,10 @@ public:
         pValResultPrevMidPitchLag = 40;
         pValResultVvalue = 0;
         pValResultToneFlag = 0;
-        for (vkVector* vector : {&pSrcWgtLpc1, &pSrcWgtLpc2, &pSrcQLpc}) {
-            if (!vector->createVector(lpc, setZero, 0, 0)) {
-                return false;
-            }
-        }
-        for (vkVector* vector :
-             {&pDstImpulseResponse, &pDstLpResidual, &pDstAdptTarget, &pDstOpenLoopLag, &pDstOpenLoopGain}) {
-            if (!vector->createVector(results, setZero, 0, 0)) {
-                return false;
-            }
-        }
-        if (!pSrcSpch.createVector(170, setRand, -2048, 2048) ||
+        if (!vkcCreate({&pSrcWgtLpc1, &pSrcWgtLpc2, &pSrcQLpc}, lpc, setZero, 0, 0) ||
+            !vkcCreate({&pDstImpulseResponse, &pDstLpResidual, &pDstAdptTarget, &pDstOpenLoopLag, &pDstOpenLoopGain},
+                       results, setZero, 0, 0) ||
+            !pSrcSpch.createVector(170, setRand, -2048, 2048) ||
             !pSrcSynFltState.createVector(history, setRand, -2048, 2048) ||
             !pSrcWgtFltState.createVector(history, setRand, -2048, 2048) ||
             !pSrcDstPrevPitchLag.createVector(5, setZero, 0, 0) ||

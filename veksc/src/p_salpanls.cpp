@@ -38,13 +38,10 @@ public:
     }
 
     bool makeData() override {
-        if (!pIndex.createVector(5, setZero, 0, 0)) {
+        if (!pIndex.createVector(5, setZero, 0, 0) ||
+            !vkcCreate({&pSrcDstPrevQLsfResidual, &pSrcDstPrevQLsf, &pSrcDstPrevQLsp}, m_grid.room(len_1), setRand, 0,
+                       2048)) {
             return false;
-        }
-        for (vkVector* vector : {&pSrcDstPrevQLsfResidual, &pSrcDstPrevQLsf, &pSrcDstPrevQLsp}) {
-            if (!vector->createVector(m_grid.room(len_1), setRand, 0, 2048)) {
-                return false;
-            }
         }
         return pDstQLsp.createVector(m_grid.room(len_2), setZero, 0, 0) &&
                pSrcLsp.createVector(m_grid.room(len_2), setRand, -2048, 2048) &&

@@ -141,6 +141,11 @@ void vkcTest::take(vkVector* vector) {
     m_vectors.insert(m_vectors.begin(), vector);
 }
 
+bool vkcCreate(std::initializer_list<vkVector*> vectors, long long size, SetMode mode, double first, double second) {
+    return std::all_of(vectors.begin(), vectors.end(),
+                       [&](vkVector* vector) { return vector->createVector(size, mode, first, second); });
+}
+
 bool vkcFits(long long rows, long long bytes) {
     if (rows < 1 || bytes < 1) {
         return memError(0);

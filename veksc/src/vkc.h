@@ -120,6 +120,9 @@ krString vkcUnit(int index);
 /// reported, with the line's parameters. Nothing of the line's data stays. Gives false.
 bool vkcRefuse(krTest& test);
 
+/// Creates vectors of one size that are filled alike.
+bool vkcCreate(std::initializer_list<vkVector*> vectors, long long size, SetMode mode, double first, double second);
+
 /// Whether a call that prepares data has succeeded; an error is reported.
 inline bool vkcDone(VekStatus status) {
     return vkTest::checkStatus(status, "") == krOk;
