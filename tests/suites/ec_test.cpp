@@ -43,6 +43,15 @@ std::vector<std::string> column(const char* function, int index) {
     return values;
 }
 
+// The scale factors over all lines: each in so many of them, and then again from the first.
+void expectScales(const char* function, size_t lines, size_t each, const std::vector<std::string>& scales) {
+    const auto values = column(function, 8);
+    ASSERT_EQ(lines, values.size());
+    for (size_t i = 0; i < lines; ++i) {
+        EXPECT_EQ(scales[i / each % scales.size()], values[i]) << i;
+    }
+}
+
 } // namespace
 
 SUITE_GRIDS(EcSuites, gridCases)
@@ -62,21 +71,11 @@ TEST(EcSuiteNames, StandInTheColumnsOfTheirValues) {
 
 // Scale factors are walked outside the start of the subbands.
 TEST(EcSuiteScales, OfTheLowFilterAre0And16And20) {
-    const auto values = column("veksFIRSubbandLow_EC_32sc_Sfs", 8);
-    ASSERT_EQ(180U, values.size());
-    EXPECT_EQ("0", values[0]);
-    EXPECT_EQ("16", values[3]);
-    EXPECT_EQ("20", values[6]);
-    EXPECT_EQ("0", values[9]);
+    expectScales("veksFIRSubbandLow_EC_32sc_Sfs", 180, 3, {"0", "16", "20"});
 }
 
 TEST(EcSuiteScales, OfTheFullFilterAreMinus16And0And16) {
-    const auto values = column("veksFIRSubband_EC_32sc_Sfs", 8);
-    ASSERT_EQ(60U, values.size());
-    EXPECT_EQ("-16", values[0]);
-    EXPECT_EQ("0", values[1]);
-    EXPECT_EQ("16", values[2]);
-    EXPECT_EQ("-16", values[3]);
+    expectScales("veksFIRSubband_EC_32sc_Sfs", 60, 1, {"-16", "0", "16"});
 }
 
 // A state that a first test had left behind would be lost.

@@ -88,6 +88,16 @@ Values firstOf(const Values& values, int count) {
     return {values.begin(), values.begin() + count};
 }
 
+// Before each call `data` is this input, and the call overwrites it.
+void expectRestored(SuiteLine& line, int data, const Values& input) {
+    line.restore();
+    EXPECT_EQ(line.values(data), input);
+    EXPECT_EQ(line.call(), 0);
+    EXPECT_NE(line.values(data), input);
+    line.restore();
+    EXPECT_EQ(line.values(data), input);
+}
+
 } // namespace
 
 TEST(G723SuiteData, ErrorsOfTheAdaptiveSearchAreFiveFrom4To300) {
@@ -136,12 +146,7 @@ TEST(G723SuiteData, GainControlBeginsEachCallWithItsWholeInput) {
     const Values input = line.values(1);
     expectRandom(input, -32768, 32767);
     EXPECT_EQ(line.values(0), Values(60, 0));
-    line.restore();
-    EXPECT_EQ(line.values(0), input);
-    EXPECT_EQ(line.call(), 0);
-    EXPECT_NE(line.values(0), input);
-    line.restore();
-    EXPECT_EQ(line.values(0), input);
+    expectRestored(line, 0, input);
 }
 
 TEST(G723SuiteData, HarmonicNoiseBeginsEachCallWithItsWholeInput) {
@@ -150,12 +155,7 @@ TEST(G723SuiteData, HarmonicNoiseBeginsEachCallWithItsWholeInput) {
     const Values input = line.values(0);
     EXPECT_EQ(line.vector(1).size(), 770);
     expectRandom(line.values(2), -8192, 8192);
-    line.restore();
-    EXPECT_EQ(line.values(1), input);
-    EXPECT_EQ(line.call(), 0);
-    EXPECT_NE(line.values(1), input);
-    line.restore();
-    EXPECT_EQ(line.values(1), input);
+    expectRestored(line, 1, input);
 }
 
 TEST(G723SuiteData, TiltCompensationWritesWordsOf16Bits) {
