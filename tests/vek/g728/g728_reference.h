@@ -12,7 +12,6 @@
 
 namespace g728ref {
 
-using Samples = std::vector<int16_t>;
 using Reals = std::vector<double>;
 
 template <class State>

@@ -4,8 +4,6 @@
 namespace {
 
 using namespace g728ref;
-using lpref::atEveryLevel;
-using lpref::noise;
 using Window = Memory<VeksWinHybridState_G728>;
 
 struct Kind {
