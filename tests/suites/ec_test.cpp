@@ -32,20 +32,9 @@ const GridCase gridCases[] = {
     {"veksFIRSubbandCoeffUpdate_EC_32sc_I", 60, "32,8,1,-,-,-", "64,32,31,-,-,-", "p_firsubbandcoeff", false, 2048},
 };
 
-// A value of one column over all lines.
-std::vector<std::string> column(const char* function, int index) {
-    krTest* test = findTest(function);
-    krResult result = krUndefined;
-    std::vector<std::string> values;
-    for (const std::string& line : runOnce(*test, result)) {
-        values.push_back(cells(line, index, index));
-    }
-    return values;
-}
-
 // The scale factors over all lines: each in so many of them, and then again from the first.
 void expectScales(const char* function, size_t lines, size_t each, const std::vector<std::string>& scales) {
-    const auto values = column(function, 8);
+    const auto values = runOnce(function).columns(8, 8);
     ASSERT_EQ(lines, values.size());
     for (size_t i = 0; i < lines; ++i) {
         EXPECT_EQ(scales[i / each % scales.size()], values[i]) << i;
@@ -84,10 +73,7 @@ TEST(EcSuiteStates, OfOneTestAreNotSeenByTheNext) {
         for (const char* function : {"veksToneDetect_EC_16s", "veksSubbandAnalysis_32f32fc",
                                      "veksFullbandController_EC_32f", "veksSubbandController_EC_16s", "veksFIR_EC_32f",
                                      "veksSubbandControllerDT_EC_16s", "veksSubbandControllerDTUpdate_EC_16s"}) {
-            krTest* test = findTest(function);
-            krResult result = krUndefined;
-            runOnce(*test, result);
-            EXPECT_EQ(krOk, result) << function;
+            EXPECT_EQ(krOk, runOnce(function).result) << function;
             EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr) << function;
         }
     }

@@ -69,12 +69,8 @@ TEST(G723SuiteUser, MayAskForTheRatesOfTheCodecOnly) {
         {"veksAutoCorr_G723_16s", 2, 1},
     };
     for (const auto& row : rows) {
-        krResult result = krUndefined;
-        g_istrm.dataList().set("BitRate=BR_5300");
-        EXPECT_EQ(runOnce(*findTest(row.function), result).size(), row.ofOneRate) << row.function;
-        g_istrm.dataList().set("BitRate=BR_12200");
-        EXPECT_EQ(runOnce(*findTest(row.function), result).size(), row.all) << row.function;
-        g_istrm.dataList().clear();
+        EXPECT_EQ(runOnce(row.function, {"BitRate=BR_5300"}).lines.size(), row.ofOneRate) << row.function;
+        EXPECT_EQ(runOnce(row.function, {"BitRate=BR_12200"}).lines.size(), row.all) << row.function;
     }
 }
 
