@@ -3,14 +3,8 @@
 
 namespace {
 
-vkVector pSrcDstImpulseResponse;
-vkVector pSrcDstFltAdptVector;
-vkVector pSrcFixedTarget;
-vkVector pSrcLtpResidual;
-vkVector pDstFixedVector;
-vkVector pDstFltFixedVector;
-vkVector pDstCodebookIdx;
-vkVector pSrcImpulseResponse;
+vkVector pSrcDstImpulseResponse, pSrcDstFltAdptVector, pSrcFixedTarget, pSrcLtpResidual, pDstFixedVector,
+    pDstFltFixedVector, pDstCodebookIdx, pSrcImpulseResponse;
 krStepIterator<int> len;
 
 // A lag beyond the subframe leaves the response as it is from call to call.

@@ -3,13 +3,7 @@
 
 namespace {
 
-vkVector pSrcLowBand;
-vkVector pSrcHighBand;
-vkVector pDst;
-vkVector pSrc;
-vkVector pDstLowBand;
-vkVector pDstHighBand;
-vkVector pSrcDst;
+vkVector pSrcLowBand, pSrcHighBand, pDst, pSrc, pDstLowBand, pDstHighBand, pSrcDst;
 krStepIterator<int> len;
 vkcScaleIterator scaleFactor;
 Vek8u* pState;

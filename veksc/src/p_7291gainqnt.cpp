@@ -3,21 +3,9 @@
 
 namespace {
 
-vkVector pSrcFixedTarget;
-vkVector pSrcFltFixedVector;
-vkVector parm;
-vkVector pQuantIndex;
-vkVector pSrcDstPrevLSF;
-vkVector pSrcDstLSF;
-vkVector pSrc;
-vkVector pSrcDst;
-vkVector pDst;
-krStepIterator<int> len;
-krStepIterator<int> subFrame;
-Vek16s pDstQGainIndex;
-Vek16s pDstQGain;
-Vek16s pGain;
-Vek16s pSmoothLevel;
+vkVector pSrcFixedTarget, pSrcFltFixedVector, parm, pQuantIndex, pSrcDstPrevLSF, pSrcDstLSF, pSrc, pSrcDst, pDst;
+krStepIterator<int> len, subFrame;
+Vek16s pDstQGainIndex, pDstQGain, pGain, pSmoothLevel;
 
 constexpr int subframeLength = 40;
 constexpr int history = 40;

@@ -3,21 +3,10 @@
 
 namespace {
 
-vkVector pSrcDelay;
-vkVector pSrcDstPrevExcitation;
-vkVector pSrcAdptTarget;
-vkVector pSrcImpulseResponse;
-vkVector pSrcAdptVector;
-vkVector pDstFltAdptVector;
-vkVector pSrcPrevExcitation;
-vkVector pDstDelay;
-krStepIterator<int> len;
-krStepIterator<int> lag;
-krStepIterator<int> frac;
-krStepIterator<int> subFrame;
-Vek16s pResultAdptGain;
-Vek16s lagMin;
-Vek16s lagMax;
+vkVector pSrcDelay, pSrcDstPrevExcitation, pSrcAdptTarget, pSrcImpulseResponse, pSrcAdptVector, pDstFltAdptVector,
+    pSrcPrevExcitation, pDstDelay;
+krStepIterator<int> len, lag, frac, subFrame;
+Vek16s pResultAdptGain, lagMin, lagMax;
 
 // Past and frame of the excitation; the search reads past and one subframe of it.
 constexpr int excitation = 234;

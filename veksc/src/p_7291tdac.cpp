@@ -3,16 +3,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pSrcDst;
-vkVector pQuantSpecEnv;
-vkVector pBitsNumber;
-vkVector pMDCTCoeffs;
-vkVector pMDCTPrevCoeffs;
-krStepIterator<int> len;
-krStepIterator<int> rate;
-krStepIterator<int> normFactor;
+vkVector pSrc, pDst, pSrcDst, pQuantSpecEnv, pBitsNumber, pMDCTCoeffs, pMDCTPrevCoeffs;
+krStepIterator<int> len, rate, normFactor;
 int pNormFactor;
 
 constexpr int coefficients = 320;

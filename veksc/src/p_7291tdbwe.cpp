@@ -3,24 +3,10 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pCdbkIndices;
-vkVector pIntPitchLag;
-vkVector pFracPitchLag;
-vkVector pLtpPower;
-vkVector pFixPower;
-vkVector pDst;
-vkVector pSrcTimeEnvelope;
-vkVector pMem;
-vkVector pSrc;
-vkVector pSrcFreqEnvelope;
-vkVector pFilterCoeffs;
-vkVector pDstFreqEnvelope;
-vkVector pDstTimeEnvelope;
-krStepIterator<int> len;
-krStepIterator<int> nls;
-Vek16s pGain;
-Vek16s pNorm;
+vkVector pSrcDst, pCdbkIndices, pIntPitchLag, pFracPitchLag, pLtpPower, pFixPower, pDst, pSrcTimeEnvelope, pMem, pSrc,
+    pSrcFreqEnvelope, pFilterCoeffs, pDstFreqEnvelope, pDstTimeEnvelope;
+krStepIterator<int> len, nls;
+Vek16s pGain, pNorm;
 Vek16s* pMemory;
 
 // Bytes of pSrc before the frame that shaping by the frequency envelope looks back at.

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrcExcSignal;
-vkVector pDstFltExcSignal;
-vkVector pSrcDstInnovation;
+vkVector pSrcExcSignal, pDstFltExcSignal, pSrcDstInnovation;
 krStepIterator<int> lenght;
 Vek16s valPitchGain = 0;
 Vek16s valCodebookGain = 0;

@@ -3,14 +3,8 @@
 
 namespace {
 
-vkVector pSrcAdptTarget;
-vkVector pSrcAdptVector;
-vkVector pDstAdptVector;
-vkVector pSrcDstPrevExcitation;
-vkVector pTmp;
-vkVector pDstDelay;
-vkVector pSrcLpc;
-vkVector pSrcImpulseResponse;
+vkVector pSrcAdptTarget, pSrcAdptVector, pDstAdptVector, pSrcDstPrevExcitation, pTmp, pDstDelay, pSrcLpc,
+    pSrcImpulseResponse;
 krStepIterator<int> subFrame;
 Vek16s pResultAdptGain;
 int dataSize;

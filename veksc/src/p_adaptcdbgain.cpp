@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pFltAdptVector;
-vkVector pSrcAdptTarget;
-vkVector pDstAdptTarget;
+vkVector pFltAdptVector, pSrcAdptTarget, pDstAdptTarget;
 krStepIterator<int> len;
 
 class TimAdaptiveCodebookContribute : public vkcGridTest {

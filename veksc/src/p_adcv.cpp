@@ -3,19 +3,11 @@
 
 namespace {
 
-vkVector pSrcAdptTarget;
-vkVector pSrcImpulseResponse;
-vkVector pSrcOpenLoopLag;
-vkVector pSrcDstExcitation;
-vkVector pDstAdptVector;
-vkVector pTmp;
+vkVector pSrcAdptTarget, pSrcImpulseResponse, pSrcOpenLoopLag, pSrcDstExcitation, pDstAdptVector, pTmp;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
 krStepIterator<int> bfi;
-Vek16s pValResultPrevIntPitchLag;
-Vek16s pResultIntPitchLag;
-Vek16s pResultFracPitchLag;
-Vek16s pResultAdptIndex;
+Vek16s pValResultPrevIntPitchLag, pResultIntPitchLag, pResultFracPitchLag, pResultAdptIndex;
 int dataSize;
 
 constexpr int subframeLength = 40;

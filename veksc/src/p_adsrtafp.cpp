@@ -5,16 +5,8 @@
 
 namespace {
 
-vkVector pSrcAdptTarget;
-vkVector pSrcImpulseResponse;
-vkVector pSrcBoundary;
-vkVector pSrcDstExc;
-vkVector pSrcDstLag;
-vkVector pDstAdptIndex;
-vkVector pDstAdptContribution;
-krStepIterator<int> subFrameSize;
-krStepIterator<int> searchFlag;
-krStepIterator<int> deltaSearchRange;
+vkVector pSrcAdptTarget, pSrcImpulseResponse, pSrcBoundary, pSrcDstExc, pSrcDstLag, pDstAdptIndex, pDstAdptContribution;
+krStepIterator<int> subFrameSize, searchFlag, deltaSearchRange;
 
 // Samples of the past before the last subframe, and all of them with the subframes of the m_grid.
 constexpr int history = 212;

@@ -3,13 +3,8 @@
 
 namespace {
 
-vkVector pSrcFixedTarget;
-vkVector pSrcLtpResidual;
-vkVector pSrcDstImpulseResponse;
-vkVector pDstFixedVector;
-vkVector pDstFltFixedVector;
-vkVector pDstEncPosSign;
-vkVector pTmp;
+vkVector pSrcFixedTarget, pSrcLtpResidual, pSrcDstImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstEncPosSign,
+    pTmp;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
 int dataSize;

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcFixedIndex;
-vkVector pDstFixedVector;
+vkVector pSrcFixedIndex, pDstFixedVector;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
 

@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pGain;
+vkVector pSrc, pTmp, pSrcDst, pGain;
 krStepIterator<int> lenght;
 int dataSize;
 

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pTmp;
+vkVector pSrcDst, pTmp;
 krStepIterator<int> lenght;
 Vek16s gain;
 int dataSize;

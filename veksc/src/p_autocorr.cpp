@@ -3,10 +3,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-krStepIterator<int> lenght;
-krStepIterator<int> lenghtDst;
+vkVector pSrc, pDst;
+krStepIterator<int> lenght, lenghtDst;
 int norm[1];
 
 class TimAutoGSMFRCorr : public vkcGridTest {

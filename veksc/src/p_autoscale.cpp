@@ -3,14 +3,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pSrcDst;
-vkVector pTmp;
-krStepIterator<int> lenght_I;
-krStepIterator<int> lenght;
-int dataSize;
-int scale;
+vkVector pSrc, pDst, pSrcDst, pTmp;
+krStepIterator<int> lenght_I, lenght;
+int dataSize, scale;
 const int scaleFactor = 3;
 
 class TimAutoScale : public vkcGridTest {

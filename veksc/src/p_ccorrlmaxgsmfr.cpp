@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
+vkVector pSrc1, pSrc2;
 krStepIterator<int> len;
 Vek32s pDst;
 int idx;

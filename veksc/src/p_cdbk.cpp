@@ -3,14 +3,8 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pDst;
-vkVector ind;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_srcdst;
-krStepIterator<int> subFrame;
+vkVector pSrc1, pTmp, pSrcDst, pDst, ind;
+krStepIterator<int> lenght, lenght_srcdst, subFrame;
 Vek16s pSearchTimes;
 int dataSize;
 

@@ -3,13 +3,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-krStepIterator<int> lenght_src;
-krStepIterator<int> lenght_dst;
-Vek16s pitch[1];
-Vek16s pResultHarmonicDelay;
-Vek16s pResultHarmonicGain;
+vkVector pSrc, pDst;
+krStepIterator<int> lenght_src, lenght_dst;
+Vek16s pitch[1], pResultHarmonicDelay, pResultHarmonicGain;
 
 constexpr Vek16s valOpenDelay = 60;
 // Samples before the pointer that the searches get.

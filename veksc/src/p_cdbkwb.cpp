@@ -3,31 +3,12 @@
 
 namespace {
 
-vkVector pSrcIdxs;
-vkVector pDstFixedCodevec;
-vkVector pSrcFixedTarget;
-vkVector pSrcLtpResidual;
-vkVector pSrcDstImpulseResponse;
-vkVector pTmp;
-vkVector pDstFixedVector;
-vkVector pDstFltFixedVector;
-vkVector pDstIndex;
-vkVector pSrcDstExcitation;
-vkVector pResultPrevIntPitchLagBounds;
-vkVector pSrcAdptTarget;
-vkVector pSrcImpulseResponse;
-vkVector pSrcOpenLoopLag;
-vkVector pPitchLag;
-vkVector pPitchLagBounds;
-vkVector pAdptIndex;
-vkVector stateMemory;
-krStepIterator<int> len;
-krStepIterator<int> bfi;
-krStepIterator<int> unusableFrame;
-krStepIterator<int> Subframe;
+vkVector pSrcIdxs, pDstFixedCodevec, pSrcFixedTarget, pSrcLtpResidual, pSrcDstImpulseResponse, pTmp, pDstFixedVector,
+    pDstFltFixedVector, pDstIndex, pSrcDstExcitation, pResultPrevIntPitchLagBounds, pSrcAdptTarget, pSrcImpulseResponse,
+    pSrcOpenLoopLag, pPitchLag, pPitchLagBounds, pAdptIndex, stateMemory;
+krStepIterator<int> len, bfi, unusableFrame, Subframe;
 krEnumIterator<VekSpchBitRate> mode;
-Vek16s pFracPitchLag;
-Vek16s pResultIntPitchLag;
+Vek16s pFracPitchLag, pResultIntPitchLag;
 VekAdaptiveCodebookState_AMRWB* pState;
 int dataSize;
 

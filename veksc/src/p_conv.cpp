@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pDst;
+vkVector pSrc1, pSrc2, pDst;
 krStepIterator<int> lenght;
 vkcScaleIterator scaleFactor;
 

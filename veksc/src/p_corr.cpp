@@ -3,16 +3,8 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pSrc3;
-vkVector pDst;
-krStepIterator<int> lenght;
-krStepIterator<int> lenghtDst;
-krStepIterator<int> step;
-krStepIterator<int> lenght1;
-krStepIterator<int> lagMin;
-krStepIterator<int> lagMax;
+vkVector pSrc1, pSrc2, pSrc3, pDst;
+krStepIterator<int> lenght, lenghtDst, step, lenght1, lagMin, lagMax;
 vkcScaleIterator scaleFactor;
 
 class TimCorr : public vkcGridTest {

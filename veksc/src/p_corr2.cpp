@@ -3,12 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pDst;
+vkVector pSrc, pSrc1, pSrc2, pTmp, pSrcDst, pDst;
 krStepIterator<int> lenght;
 int norm[1];
 

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
+vkVector pSrc, pDst;
 krStepIterator<int> len;
 
 class TimDCTFwd : public vkcTest {

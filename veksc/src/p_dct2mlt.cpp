@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrcSpchDecomposed;
-vkVector pSrcDstSpchDecomposedOld;
-vkVector pDstSpch;
+vkVector pSrcSpchDecomposed, pSrcDstSpchDecomposedOld, pDstSpch;
 krStepIterator<int> len;
 
 class TimDCTToMLT : public vkcTest {

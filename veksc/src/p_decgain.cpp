@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector quaIndex;
-vkVector pSrc;
-vkVector pPastEnergy;
-vkVector pitchGain;
+vkVector quaIndex, pSrc, pPastEnergy, pitchGain;
 krStepIterator<int> lenght;
 Vek32s energy;
 

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pMem;
+vkVector pSrcDst, pMem;
 krStepIterator<int> len;
 
 class TimDeemph_GSMFR_16s_I : public vkcGridTest {

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
+vkVector pSrc1, pSrc2;
 krStepIterator<int> lenght;
 Vek32s dp;
 Vek32f dpFloat;

@@ -10,24 +10,10 @@ constexpr int FilterUpdateEnabled = 0;
 constexpr int AdaptationEnabled = 0;
 constexpr int PwrDelta = 0;
 
-vkVector pSrcSinSubbands;
-vkVector pSrcFilterErr;
-vkVector pDstStepSize;
-vkVector pSrcAdaptiveFilterErr;
-vkVector pSrcFixedFilterErr;
-vkrMatrice ppSrcRinSubbandsHistory;
-vkrMatrice ppDstAdaptiveCoefs;
-vkrMatrice ppDstFixedCoefs;
-krStepIterator<int> startSubband;
-krStepIterator<int> mode;
-krStepIterator<int> doubleTalk;
-int SUBBANDS;
-int FRAME_SIZE;
-int numSubbands;
-int numSegments;
-int isDT;
-int disabledNLP;
-int pDstStsAdapt;
+vkVector pSrcSinSubbands, pSrcFilterErr, pDstStepSize, pSrcAdaptiveFilterErr, pSrcFixedFilterErr;
+vkrMatrice ppSrcRinSubbandsHistory, ppDstAdaptiveCoefs, ppDstFixedCoefs;
+krStepIterator<int> startSubband, mode, doubleTalk;
+int SUBBANDS, FRAME_SIZE, numSubbands, numSegments, isDT, disabledNLP, pDstStsAdapt;
 Vek32s pSrcDstFilterPwr;
 VeksSubbandControllerDTState_EC_16s* pState;
 

@@ -5,17 +5,8 @@
 
 namespace {
 
-vkVector pSrcFixedTarget;
-vkVector pSrcImpulseResponse;
-vkVector pDstFixedVector;
-vkVector pDstFixedIndex;
-vkVector pSrcDst;
-vkVector pMem;
-krStepIterator<int> subFrameSize;
-krStepIterator<int> nStage;
-krStepIterator<int> gainLimit;
-krStepIterator<int> codebookSize;
-krStepIterator<int> numPulses;
+vkVector pSrcFixedTarget, pSrcImpulseResponse, pDstFixedVector, pDstFixedIndex, pSrcDst, pMem;
+krStepIterator<int> subFrameSize, nStage, gainLimit, codebookSize, numPulses;
 Vek32f pDstGain;
 
 constexpr int longest = 320;

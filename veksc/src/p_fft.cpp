@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pTmp;
+vkVector pSrcDst, pTmp;
 krStepIterator<int> lenght;
 int dataSize;
 

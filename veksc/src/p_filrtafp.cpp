@@ -7,15 +7,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcAutoCorr;
-vkVector pDstLPC;
-vkVector pDstRC;
-vkVector pDst;
-vkVector pMem;
-krStepIterator<int> hpfOrder;
-krStepIterator<int> step;
-krStepIterator<int> len;
+vkVector pSrc, pSrcAutoCorr, pDstLPC, pDstRC, pDst, pMem;
+krStepIterator<int> hpfOrder, step, len;
 int order;
 VekPCMFrequency freq;
 

@@ -5,17 +5,9 @@
 
 namespace {
 
-vkVector pLPC;
-vkVector pSrc;
-vkVector pDst;
-vkVector pMem;
-vkVector pTmp;
-vkVector pSrcDst;
+vkVector pLPC, pSrc, pDst, pMem, pTmp, pSrcDst;
 vkcScaleIterator scaleFactor;
-krStepIterator<int> scale;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_lpc;
-krStepIterator<int> i_mem;
+krStepIterator<int> scale, lenght, lenght_lpc, i_mem;
 int dataSize;
 long long past;
 char* pMemUpdated;

@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pSrcArray;
-vkVector pSrc;
-vkVector pDst;
+vkVector pTmp, pSrcDst, pSrcArray, pSrc, pDst;
 krStepIterator<int> lenght;
 const Vek16s* pSrc_H;
 Vek32s mem[2];

@@ -5,11 +5,8 @@
 
 namespace {
 
-vkVector pSrcLpc;
-vkVector pDstSignal;
-vkVector pSrcSpeech;
-krStepIterator<int> valLPCOrder;
-krStepIterator<int> lenght;
+vkVector pSrcLpc, pDstSignal, pSrcSpeech;
+krStepIterator<int> valLPCOrder, lenght;
 
 // Of the m_grid.
 constexpr int longestOrder = 30;

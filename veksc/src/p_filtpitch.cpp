@@ -6,9 +6,7 @@ namespace {
 vkVector pSrcResidual;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
-Vek16s pResultDelay;
-Vek16s pResultPitchGain;
-Vek16s pResultScalingGain;
+Vek16s pResultDelay, pResultPitchGain, pResultScalingGain;
 
 constexpr int history = 145;
 constexpr Vek16s valBaseDelay = 60;

@@ -3,15 +3,8 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pDst;
-vkVector pSrcLpc;
-vkVector pSrcSpeech;
-vkVector pDstResidualSignal;
-krStepIterator<int> len_c;
-krStepIterator<int> valLPCOrder;
-krStepIterator<int> len;
+vkVector pSrc1, pSrc2, pDst, pSrcLpc, pSrcSpeech, pDstResidualSignal;
+krStepIterator<int> len_c, valLPCOrder, len;
 vkcScaleIterator scaleFactor;
 
 class TimFiltwb : public vkcGridTest {

@@ -4,12 +4,10 @@
 namespace {
 
 vkVector pDstSignalOut;
-krStepIterator<int> len;
-krStepIterator<int> numSegments;
+krStepIterator<int> len, numSegments;
 vkcScaleIterator scaleFactor;
 krStepIterator<int> startSubband;
-vkcRows<Vek32sc> ppSrcSignalIn;
-vkcRows<Vek32sc> ppSrcCoefs;
+vkcRows<Vek32sc> ppSrcSignalIn, ppSrcCoefs;
 
 class TimFiltACE : public vkcGridTest {
 public:

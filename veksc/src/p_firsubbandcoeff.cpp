@@ -3,21 +3,13 @@
 
 namespace {
 
-vkVector pSrcError;
-vkVector prodStepErrQ;
-krStepIterator<int> len;
-krStepIterator<int> numSegments;
-krStepIterator<int> apOrder;
-krStepIterator<int> scaleFactorCoef;
-krStepIterator<int> startSubband;
+vkVector pSrcError, prodStepErrQ;
+krStepIterator<int> len, numSegments, apOrder, scaleFactorCoef, startSubband;
 Vek32s* pStepSize;
 
 vkcRows<Vek64f> ppStepSize;
-vkcRows<Vek32fc> ppInputAp;
-vkcRows<Vek32fc> ppErrorAp;
-vkcRows<Vek32fc> ppCoefsAp;
-vkcRows<Vek32sc> ppSrcFilterInput;
-vkcRows<Vek32sc> ppSrcDstCoefsQ15;
+vkcRows<Vek32fc> ppInputAp, ppErrorAp, ppCoefsAp;
+vkcRows<Vek32sc> ppSrcFilterInput, ppSrcDstCoefsQ15;
 
 class TimUpdatePrimAp : public vkcGridTest {
 public:

@@ -3,14 +3,9 @@
 
 namespace {
 
-vkVector pSrcMatrix;
-vkVector pDstFixedVector;
-vkVector pSrcFixedCorr;
-vkVector pSearchTimes;
+vkVector pSrcMatrix, pDstFixedVector, pSrcFixedCorr, pSearchTimes;
 krStepIterator<int> lenght;
-Vek16s pDstFixedSign;
-Vek16s pDstFixedPosition;
-Vek16s pResultGrid;
+Vek16s pDstFixedSign, pDstFixedPosition, pResultGrid;
 
 constexpr int matrixSize = 416;
 

@@ -3,13 +3,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pCoeff;
-vkVector pDst;
-vkVector pDstWgtSpeech;
-vkVector pSrcDstExc;
-krStepIterator<int> excSfs;
-krStepIterator<int> len;
+vkVector pSrc, pCoeff, pDst, pDstWgtSpeech, pSrcDstExc;
+krStepIterator<int> excSfs, len;
 int dataSize;
 VeksIIRState_G728* pMemIIR;
 VeksSynthesisFilterState_G728* pMemSynt;

@@ -3,15 +3,8 @@
 
 namespace {
 
-vkVector pSrcSignal;
-vkVector pDstSignal;
-vkVector pSrcDstSignal;
-vkVector pMem;
-vkVector pSrcLpc;
-vkVector pSrcExcitation;
-krStepIterator<int> len;
-krStepIterator<int> valLpcOrder;
-krStepIterator<int> scale;
+vkVector pSrcSignal, pDstSignal, pSrcDstSignal, pMem, pSrcLpc, pSrcExcitation;
+krStepIterator<int> len, valLpcOrder, scale;
 
 constexpr Vek16s val = 22282; // 0.68
 

@@ -5,13 +5,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector delay;
-vkVector pSrcDst;
-vkVector mem;
-krStepIterator<int> len;
-krStepIterator<int> mode;
+vkVector pSrc, pDst, delay, pSrcDst, mem;
+krStepIterator<int> len, mode;
 VeksCodecState_G722* pEncMem;
 VeksCodecState_G722* pDecMem;
 int fr_class;

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pTmp;
+vkVector pSrc, pDst, pTmp;
 krStepIterator<int> len;
 krEnumIterator<VekSpchBitRate> mode;
 krEnumIterator<VekPCMLaw> law;

@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pSrcLPC;
-vkVector pSrc;
-vkVector pSrcDstWindow;
-vkVector pSrcDstResidual;
-vkVector pDst;
+vkVector pSrcLPC, pSrc, pSrcDstWindow, pSrcDstResidual, pDst;
 krStepIterator<int> len;
 int pSrcDstBestNode;
 

@@ -5,21 +5,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pSrcLpc;
-vkVector pSrcSignal;
-vkVector pSrcSpeech;
-vkVector pSrcSynFltMemory;
-vkVector pSrc1;
-vkVector pSrc2;
-krStepIterator<int> len;
-krStepIterator<int> valLPCOrder;
-krStepIterator<int> nLag;
-int bestLag;
-int maxLag;
-int lowerLag;
-int upperLag;
+vkVector pSrc, pDst, pSrcLpc, pSrcSignal, pSrcSpeech, pSrcSynFltMemory, pSrc1, pSrc2;
+krStepIterator<int> len, valLPCOrder, nLag;
+int bestLag, maxLag, lowerLag, upperLag;
 Vek32f pMax_32;
 Vek64f pMax_64;
 Vek32f gain;

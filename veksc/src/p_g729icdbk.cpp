@@ -3,17 +3,10 @@
 
 namespace {
 
-vkVector pSrcFixed;
-vkVector pSrcLtpResidual;
-vkVector pSrcImpulseResponse;
-vkVector pDstFixedVector;
-vkVector pDstFltFixedVector;
-vkVector pDstFixedIndex;
-vkVector pTmp;
-vkVector pSrcDst;
+vkVector pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstFixedIndex, pTmp,
+    pSrcDst;
 krStepIterator<int> mode;
-Vek16s pDstSign;
-Vek16s dstIndex;
+Vek16s pDstSign, dstIndex;
 int dataSize;
 
 constexpr int subframe = 40;

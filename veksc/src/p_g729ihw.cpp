@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcSynthSpeech;
-vkVector pDstInvAutoCorr;
+vkVector pSrcSynthSpeech, pDstInvAutoCorr;
 krStepIterator<int> lenght;
 Vek8u* pMem;
 

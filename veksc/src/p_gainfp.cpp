@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcCand;
-vkVector pDstIdxs;
+vkVector pSrc, pSrcCand, pDstIdxs;
 krStepIterator<int> valTimeFlag;
 
 constexpr Vek32f valPredictedCodebookGain = 1;

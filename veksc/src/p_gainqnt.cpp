@@ -3,14 +3,9 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pSrc3;
-vkVector pSrc4;
-vkVector pPastEnergy;
+vkVector pSrc1, pSrc2, pSrc3, pSrc4, pPastEnergy;
 krStepIterator<int> tameflag;
-Vek16s pDstQGain[2];
-Vek16s indx[2];
+Vek16s pDstQGain[2], indx[2];
 
 constexpr int subframe = 40;
 

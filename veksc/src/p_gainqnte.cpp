@@ -3,16 +3,9 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pSrc3;
-vkVector pSrc4;
-vkVector pPastEnergy;
-vkVector quaIndex;
-vkVector pGain;
+vkVector pSrc1, pSrc2, pSrc3, pSrc4, pPastEnergy, quaIndex, pGain;
 krStepIterator<int> tameflag;
-Vek16s pDstQGain[2];
-Vek16s indx[2];
+Vek16s pDstQGain[2], indx[2];
 Vek32s energy;
 
 constexpr Vek16s valGainAttenuation = 32113; // 0.98

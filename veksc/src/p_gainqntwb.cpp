@@ -3,22 +3,9 @@
 
 namespace {
 
-vkVector pSrcDstPastEnergy;
-vkVector pPrevCodeGain;
-vkVector pSrcDstPastCodeGain;
-vkVector pSrcAdptTarget;
-vkVector pSrcFltAdptVector;
-vkVector pSrcFixedVector;
-vkVector pSrcFltFixedVector;
-vkVector pSrcCorr;
-vkVector pSrcDstEnergyErr;
-vkVector pSrcDstPitchGain;
-vkVector pDstQGainIndex;
-vkVector pDstCorrFactor;
-krStepIterator<int> bfi;
-krStepIterator<int> prevBfi;
-krStepIterator<int> lenSrc;
-krStepIterator<int> valClipFlag;
+vkVector pSrcDstPastEnergy, pPrevCodeGain, pSrcDstPastCodeGain, pSrcAdptTarget, pSrcFltAdptVector, pSrcFixedVector,
+    pSrcFltFixedVector, pSrcCorr, pSrcDstEnergyErr, pSrcDstPitchGain, pDstQGainIndex, pDstCorrFactor;
+krStepIterator<int> bfi, prevBfi, lenSrc, valClipFlag;
 krEnumIterator<VekSpchBitRate> mode;
 Vek16s pDstPitchGain;
 Vek32s pDstCodeGain;

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pMem;
+vkVector pSrc, pDst, pMem;
 krStepIterator<int> len;
 
 class TimHighPassFilter_GSMFR_16s : public vkcGridTest {

@@ -3,17 +3,9 @@
 
 namespace {
 
-vkVector pSrcDstSignal;
-vkVector pSrcSignal;
-vkVector pSrc;
-vkVector pDst;
-vkVector pCoeff;
-vkcScaleIterator scaleFactori;
-vkcScaleIterator scaleFactor;
-krStepIterator<int> leni;
-krStepIterator<int> len;
-krStepIterator<int> lend;
-krStepIterator<int> valBounds;
+vkVector pSrcDstSignal, pSrcSignal, pSrc, pDst, pCoeff;
+vkcScaleIterator scaleFactori, scaleFactor;
+krStepIterator<int> leni, len, lend, valBounds;
 char* pMemUpdated;
 int fltSize;
 

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcMLTCoeffs;
-vkVector pDstCode;
+vkVector pSrcMLTCoeffs, pDstCode;
 krStepIterator<int> modeCount;
 int codeLength;
 

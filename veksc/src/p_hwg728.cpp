@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pSrcSfs;
+vkVector pSrc, pDst, pSrcSfs;
 krStepIterator<int> bfi;
 VeksWinHybridState_G728* pMem;
 

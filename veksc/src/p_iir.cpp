@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pCoeffs;
-vkVector pMem;
+vkVector pSrc, pDst, pCoeffs, pMem;
 krStepIterator<int> lenght;
 
 constexpr int coeffCount = 22;

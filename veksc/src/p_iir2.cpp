@@ -3,12 +3,7 @@
 
 namespace {
 
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pSrc;
-vkVector pDst;
-vkVector pCoeffs;
-vkVector pMem;
+vkVector pTmp, pSrcDst, pSrc, pDst, pCoeffs, pMem;
 krStepIterator<int> lenght;
 int dataSize;
 

@@ -3,11 +3,8 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pDst;
-krStepIterator<int> len;
-krStepIterator<int> scalefactor;
+vkVector pSrc1, pSrc2, pDst;
+krStepIterator<int> len, scalefactor;
 
 constexpr Vek16s val = 4096;
 

@@ -3,16 +3,11 @@
 
 namespace {
 
-vkVector pSrcAutoCorr;
-vkVector pSrcDstLPC;
-vkVector pTmp;
-vkVector pDstLPC;
-krStepIterator<int> order;
-krStepIterator<int> numSrcLPC;
+vkVector pSrcAutoCorr, pSrcDstLPC, pTmp, pDstLPC;
+krStepIterator<int> order, numSrcLPC;
 int dataSize;
 Vek32s pSrcDstResidualEnergy;
-Vek16s pSrcDstScaleFactor;
-Vek16s rc1;
+Vek16s pSrcDstScaleFactor, rc1;
 Vek32s residualEnergy;
 Vek16s scaleFactor;
 Vek16s* const pDstRC1 = &rc1;

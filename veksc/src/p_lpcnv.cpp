@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pLSF;
-vkVector pLSP;
-vkVector pPrevLSP;
-vkVector pLPC;
+vkVector pLSF, pLSP, pPrevLSP, pLPC;
 krStepIterator<int> lenght;
 
 class TimLpCnv : public vkcGridTest {

@@ -3,14 +3,7 @@
 
 namespace {
 
-vkVector prevLSP;
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pLPC;
-vkVector pDst;
-vkVector pPrevLSF;
-vkVector pQuantLSF;
-vkVector quantIndex;
+vkVector prevLSP, pTmp, pSrcDst, pLPC, pDst, pPrevLSF, pQuantLSF, quantIndex;
 krStepIterator<int> erase;
 int dataSize;
 

@@ -7,16 +7,8 @@
 
 namespace {
 
-vkVector pSrcAdptTarget;
-vkVector pSrcFltAdptVector;
-vkVector pDstGainCoeff;
-vkVector pSrcIsp;
-vkVector pDstIsf;
-vkVector pDstLpc;
-vkVector pSrcIsf;
-vkVector pDstIsp;
-vkVector pSrcLpc;
-vkVector pSrcPrevIsp;
+vkVector pSrcAdptTarget, pSrcFltAdptVector, pDstGainCoeff, pSrcIsp, pDstIsf, pDstLpc, pSrcIsf, pDstIsp, pSrcLpc,
+    pSrcPrevIsp;
 krStepIterator<int> len;
 Vek16s pResultAdptGain;
 

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pLPC;
-vkVector pRC;
+vkVector pSrc, pLPC, pRC;
 krStepIterator<int> order;
 Vek16s err_;
 Vek32f errFloat_;

@@ -3,11 +3,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pLPC;
+vkVector pSrc, pLPC;
 krStepIterator<int> lenght;
-Vek16s Pk2;
-Vek16s pErr;
+Vek16s Pk2, pErr;
 
 constexpr Vek16s energy = 32767;
 

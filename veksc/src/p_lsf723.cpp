@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pSrcLpc;
-vkVector pSrcPrevLsf;
-vkVector pDstLsf;
-vkVector pSrcLsf;
-vkVector pDstLpc;
+vkVector pSrcLpc, pSrcPrevLsf, pDstLsf, pSrcLsf, pDstLpc;
 krStepIterator<int> len;
 Vek32s pResultQLsfIndex;
 

@@ -3,13 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcAutoCorr;
-vkVector pDstRC;
-vkVector pSrcLPC;
-vkVector pDstLSP;
-vkVector pSrcLSP;
-vkVector pDstLPC;
+vkVector pSrc, pSrcAutoCorr, pDstRC, pSrcLPC, pDstLSP, pSrcLSP, pDstLPC;
 krStepIterator<int> order;
 
 class LSFLPC_RTA_32f : public vkcGridTest {

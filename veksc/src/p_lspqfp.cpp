@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pSrcLsp;
-vkVector pSrcDstPrevFreq;
-vkVector pDstQLsf;
-vkVector pDstQLsp;
-vkVector pDstQLspIndex;
+vkVector pSrcLsp, pSrcDstPrevFreq, pDstQLsf, pDstQLsp, pDstQLspIndex;
 krStepIterator<int> lenght;
 
 class TimingLSPQnt : public vkcGridTest {

@@ -3,12 +3,8 @@
 
 namespace {
 
-vkVector quantIndex;
-vkVector pLSP;
-vkVector pQuantLSFTable;
-vkVector pQuantLSF;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_table;
+vkVector quantIndex, pLSP, pQuantLSFTable, pQuantLSF;
+krStepIterator<int> lenght, lenght_table;
 
 constexpr int maIndex = 0;
 constexpr int freqCount = 10;

@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pSrcLpc;
-vkVector pSrcPrevFreq;
-vkVector pDstQLsf;
-vkVector pDstQLsp;
-vkVector pDstQLspIndex;
+vkVector pSrcLpc, pSrcPrevFreq, pDstQLsf, pDstQLsp, pDstQLspIndex;
 krStepIterator<int> lenght;
 
 constexpr int rows = 4;

@@ -5,10 +5,7 @@
 
 namespace {
 
-vkVector pSrcLSP;
-vkVector pSrcLPC;
-vkVector pDstLSP;
-vkVector pDstLSPIndex;
+vkVector pSrcLSP, pSrcLPC, pDstLSP, pDstLSPIndex;
 krStepIterator<int> step;
 int order;
 VekPCMFrequency freq;

@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pDst;
-vkVector pSrcDst;
-vkVector pTmp;
+vkVector pSrc1, pSrc2, pDst, pSrcDst, pTmp;
 vkcScaleIterator scaleFactor;
 krEnumIterator<int> lenght_1;
 krStepIterator<int> lenght;

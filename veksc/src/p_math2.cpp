@@ -4,11 +4,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcDst;
-vkVector pTmp;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_dst;
+vkVector pSrc, pSrcDst, pTmp;
+krStepIterator<int> lenght, lenght_dst;
 
 } // namespace
 

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcDst;
+vkVector pSrc, pSrcDst;
 krStepIterator<int> lenght;
 
 constexpr Vek32f val = 0.5F;

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrcSpch;
-vkVector pSrcDstSpchOld;
-vkVector pDstSpchDecomposed;
+vkVector pSrcSpch, pSrcDstSpchOld, pDstSpchDecomposed;
 krStepIterator<int> len;
 
 class TimMLTToDCT : public vkcTest {

@@ -3,30 +3,13 @@
 
 namespace {
 
-vkVector pSrcSpch;
-vkVector pSrcWgtLpc1;
-vkVector pSrcWgtLpc2;
-vkVector pSrcQLpc;
-vkVector pSrcSynFltState;
-vkVector pSrcWgtFltState;
-vkVector pDstImpulseResponse;
-vkVector pDstLpResidual;
-vkVector pDstAdptTarget;
-vkVector pSrcDstPrevPitchLag;
-vkVector pSrcDstPrevWgtSpch;
-vkVector pDstOpenLoopLag;
-vkVector pDstOpenLoopGain;
-vkVector pTmp_1;
-vkVector pTmp_2;
+vkVector pSrcSpch, pSrcWgtLpc1, pSrcWgtLpc2, pSrcQLpc, pSrcSynFltState, pSrcWgtFltState, pDstImpulseResponse,
+    pDstLpResidual, pDstAdptTarget, pSrcDstPrevPitchLag, pSrcDstPrevWgtSpch, pDstOpenLoopLag, pDstOpenLoopGain, pTmp_1,
+    pTmp_2;
 krEnumIterator<VekSpchBitRate> mode;
-Vek16s pValResultPrevMidPitchLag;
-Vek16s pValResultVvalue;
-Vek16s pValResultToneFlag;
-Vek16s pResultMaxHpCorr;
-Vek32s pResultMaxCorr;
-Vek32s pResultWgtEnergy;
-int dataSize_1;
-int dataSize_2;
+Vek16s pValResultPrevMidPitchLag, pValResultVvalue, pValResultToneFlag, pResultMaxHpCorr;
+Vek32s pResultMaxCorr, pResultWgtEnergy;
+int dataSize_1, dataSize_2;
 
 constexpr int history = 10;
 constexpr int lpc = 44;

@@ -6,21 +6,10 @@
 
 namespace {
 
-vkVector pSrcWgtSpch;
-vkVector pSrcFltWgtSpch;
-vkVector pSrcDstPrevPitchLag;
-vkVector pSrcDstPrevPitchLagTst;
-krStepIterator<int> len;
-krStepIterator<int> itCntFreqScale;
-krStepIterator<int> itLagSwitcher;
-Vek16s prevMidPitchLag;
-Vek16s adaptiveParam;
-Vek16s dstOpenLoopLag;
-Vek16s toneFlag;
-Vek16s dstOpenLoopGain;
-Vek16s lagSwitcher;
-int minPitLag;
-int maxPitLag;
+vkVector pSrcWgtSpch, pSrcFltWgtSpch, pSrcDstPrevPitchLag, pSrcDstPrevPitchLagTst;
+krStepIterator<int> len, itCntFreqScale, itLagSwitcher;
+Vek16s prevMidPitchLag, adaptiveParam, dstOpenLoopLag, toneFlag, dstOpenLoopGain, lagSwitcher;
+int minPitLag, maxPitLag;
 
 constexpr int history = 115;
 constexpr int scaleFreq[] = {0, 48, 54, 60, 64, 72, 80, 90, 96, 108, 120, 128, 135, 144};

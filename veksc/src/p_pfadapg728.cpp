@@ -3,12 +3,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pCoeffs;
+vkVector pSrc, pDst, pCoeffs;
 krStepIterator<int> lenght;
-int dataSize;
-int period;
+int dataSize, period;
 VeksPostFilterAdapterState_G728* pMem;
 
 // Samples before the window of analysis, and in it; the period at the start.

@@ -3,12 +3,8 @@
 
 namespace {
 
-vkVector pSrcLPC;
-vkVector pSrcDstSpeech;
-vkVector rgfltSTApfMem;
-krStepIterator<int> len;
-krStepIterator<int> order;
-krStepIterator<int> apfIdx;
+vkVector pSrcLPC, pSrcDstSpeech, rgfltSTApfMem;
+krStepIterator<int> len, order, apfIdx;
 VeksPostFilterState_RTA_32f* pMem_32f;
 
 class STPF_RTA : public vkcGridTest {

@@ -4,11 +4,7 @@
 namespace {
 
 vkVector pSrc;
-krStepIterator<int> lenght;
-krStepIterator<int> maxLag_pithch;
-krStepIterator<int> lowerLag;
-krStepIterator<int> upperLag;
-krStepIterator<int> subFrame;
+krStepIterator<int> lenght, maxLag_pithch, lowerLag, upperLag, subFrame;
 Vek16s bestLag;
 Vek32s max_src;
 int maxLag;

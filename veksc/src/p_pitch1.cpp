@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pTmp;
-vkVector pSrcDelay;
-vkVector pDst;
+vkVector pSrcDst, pTmp, pSrcDelay, pDst;
 krStepIterator<int> length;
 const Vek32s* valPitchLag;
 int dataSize;

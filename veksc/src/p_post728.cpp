@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pCoeff;
-vkVector pSrc;
-vkVector pDst;
+vkVector pCoeff, pSrc, pDst;
 krStepIterator<int> len;
 int dataSize;
 VeksPostFilterState_G728* pMem;

@@ -3,13 +3,8 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pTmp;
-vkVector pMem;
-vkVector pSrc;
-vkVector pDst;
-krStepIterator<int> lenght;
-krStepIterator<int> len;
+vkVector pSrcDst, pTmp, pMem, pSrc, pDst;
+krStepIterator<int> lenght, len;
 int dataSize;
 
 constexpr Vek16s gamma_16s = 26214;

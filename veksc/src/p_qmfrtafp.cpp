@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrcLow;
-vkVector pSrcHigh;
-vkVector pDst;
+vkVector pSrcLow, pSrcHigh, pDst;
 krStepIterator<int> len;
 VeksQMFState_RTA_32f* pQMFMem;
 

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDstLow;
-vkVector pDstHigh;
+vkVector pSrc, pDstLow, pDstHigh;
 krStepIterator<int> len;
 VeksQMFState_RTA_32f* pQMFMem;
 

@@ -3,13 +3,7 @@
 
 namespace {
 
-vkVector pSrcIdxs;
-vkVector pSrcPrevQntIsf;
-vkVector pSrcDstIsfMemory;
-vkVector pSrcDstResidual;
-vkVector pDstQIsf;
-vkVector pSrcIsf;
-vkVector pDstQIsfIndex;
+vkVector pSrcIdxs, pSrcPrevQntIsf, pSrcDstIsfMemory, pSrcDstResidual, pDstQIsf, pSrcIsf, pDstQIsfIndex;
 krEnumIterator<VekSpchBitRate> mode;
 krStepIterator<int> bfi;
 

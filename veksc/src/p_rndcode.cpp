@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pSeed;
-vkVector pPos;
-vkVector pSign;
-vkVector pExc;
+vkVector pSeed, pPos, pSign, pExc;
 krStepIterator<int> lenght;
 
 class TimRndCode : public vkcGridTest {

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
+vkVector pSrc, pDst;
 krStepIterator<int> len;
 
 constexpr Vek16s ampl = 3;

@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pSrcSpch;
-vkVector pDstAutoCorr;
-vkVector pSrcPrevExcitation;
-vkVector pDstAdptVector;
+vkVector pSrcSpch, pDstAutoCorr, pSrcPrevExcitation, pDstAdptVector;
 krEnumIterator<VekSpchBitRate> mode;
 krStepIterator<int> subFrame;
 int pResultAutoCorrExp;

@@ -3,17 +3,9 @@
 
 namespace {
 
-vkVector pSrcLsp;
-vkVector pSrcDst;
-vkVector pDstQLsp;
-vkVector pDstQLspIndex;
-vkVector pSrc;
-vkVector pSrcLpc;
-vkVector pDst;
-vkVector pSrcSpch;
+vkVector pSrcLsp, pSrcDst, pDstQLsp, pDstQLspIndex, pSrc, pSrcLpc, pDst, pSrcSpch;
 krStepIterator<int> len;
-Vek16s pResultVoice;
-Vek16s pResultAutoCorrExp;
+Vek16s pResultVoice, pResultAutoCorrExp;
 Vek32s pDstAutoCorr[13];
 
 constexpr int subframe = 40;

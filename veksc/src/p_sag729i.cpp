@@ -3,12 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcImpulseResponse;
-vkVector pSrcDstPrevExcitation;
-vkVector pTmp;
-vkVector pDstDelay;
-vkVector pDst;
+vkVector pSrc, pSrcImpulseResponse, pSrcDstPrevExcitation, pTmp, pDstDelay, pDst;
 krStepIterator<int> subFrame;
 
 constexpr int subframeLength = 40;

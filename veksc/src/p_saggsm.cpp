@@ -5,12 +5,7 @@
 
 namespace {
 
-vkVector pLSF;
-vkVector pLSP;
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pResultCoeffs;
-vkVector pDst;
+vkVector pLSF, pLSP, pSrc1, pSrc2, pResultCoeffs, pDst;
 krStepIterator<int> lenght;
 Vek16s pResult;
 

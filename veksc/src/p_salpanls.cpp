@@ -3,17 +3,9 @@
 
 namespace {
 
-vkVector pIndex;
-vkVector pSrcDstPrevQLsfResidual;
-vkVector pSrcDstPrevQLsf;
-vkVector pSrcDstPrevQLsp;
-vkVector pDstQLsp;
-vkVector pSrcLsp;
-vkVector pSrcSpch;
-vkVector pDstAutoCorr;
+vkVector pIndex, pSrcDstPrevQLsfResidual, pSrcDstPrevQLsf, pSrcDstPrevQLsp, pDstQLsp, pSrcLsp, pSrcSpch, pDstAutoCorr;
 krEnumIterator<VekSpchBitRate> mode;
-krStepIterator<int> len_1;
-krStepIterator<int> len_2;
+krStepIterator<int> len_1, len_2;
 krStepIterator<short> bfi;
 
 class TimSalpanls : public vkcGridTest {

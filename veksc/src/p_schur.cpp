@@ -5,8 +5,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pDst;
+vkVector pSrc1, pDst;
 krStepIterator<int> lengthDst;
 
 // The autocorrelation of the longest recursion but for its last lag, as halves of 32-bit words, low ones first.

@@ -5,14 +5,8 @@
 
 namespace {
 
-vkVector pLPC;
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pMem;
-vkVector pSrc;
-vkVector pDst;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_lpc;
+vkVector pLPC, pTmp, pSrcDst, pMem, pSrc, pDst;
+krStepIterator<int> lenght, lenght_lpc;
 
 constexpr int lpcWords = 11;
 

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pRc;
-vkVector pSrcDstSpch;
-vkVector pMem;
+vkVector pRc, pSrcDstSpch, pMem;
 krStepIterator<int> len;
 
 constexpr int order = 8;

@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pRc;
-vkVector pDstSpch;
-vkVector pSrcResidual;
-vkVector pMem;
+vkVector pRc, pDstSpch, pSrcResidual, pMem;
 krStepIterator<int> len;
 
 constexpr int order = 8;

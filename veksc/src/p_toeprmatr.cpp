@@ -3,10 +3,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-krStepIterator<int> len_src;
-krStepIterator<int> len_dst;
+vkVector pSrc, pDst;
+krStepIterator<int> len_src, len_dst;
 
 class TimToeplizMatrix : public vkcGridTest {
 public:

@@ -3,15 +3,10 @@
 
 namespace {
 
-vkVector pSrcSpch;
-vkVector pSrcIsp;
-vkVector pSrcDstIspBuffer;
-vkVector pSrcDstLogEnergyBuffer;
-vkVector pToneFlag;
+vkVector pSrcSpch, pSrcIsp, pSrcDstIspBuffer, pSrcDstLogEnergyBuffer, pToneFlag;
 krEnumIterator<VekSpchBitRate> mode;
 krStepIterator<int> len;
-Vek16s pUpdateIndex;
-Vek16s pResultVadFlag;
+Vek16s pUpdateIndex, pResultVadFlag;
 char* pSrcDstVadState;
 int vadSize;
 

@@ -5,16 +5,10 @@
 
 namespace ns_MiscFuns_wbe {
 
-static vkVector pVector1;
-static vkVector pVector2;
-static vkVector pVector3;
-static krStepIterator<int> stepCounter1;
-static krStepIterator<int> stepCounter2;
-static Vek16s snrVal;
-static Vek16s quantIdx_16s;
-static Vek16s quantIdxs[2];
-static Vek32s gain_32s;
-static Vek32s valRMS;
+static vkVector pVector1, pVector2, pVector3;
+static krStepIterator<int> stepCounter1, stepCounter2;
+static Vek16s snrVal, quantIdx_16s, quantIdxs[2];
+static Vek32s gain_32s, valRMS;
 
 // Vector and segment.
 static constexpr int lenSNR[] = {128, 64, 256, 64, 512, 64, 1024, 64, 40, 40, 80, 40, 160, 40};

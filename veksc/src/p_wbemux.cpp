@@ -5,8 +5,7 @@
 
 namespace ns_MuxFuns_wbe {
 
-static vkVector pSrc;
-static vkVector pDst;
+static vkVector pSrc, pDst;
 static krStepIterator<int> cntMode;
 static Vek16s noiseFactor;
 

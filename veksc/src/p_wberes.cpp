@@ -5,16 +5,8 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pSrcDst;
-vkVector pDst;
-vkVector pDst2;
-krStepIterator<int> bandIdx;
-krStepIterator<int> cntLen;
-krStepIterator<int> addFlag;
-krStepIterator<int> cntFS;
-krStepIterator<int> length;
+vkVector pSrc1, pSrc2, pSrcDst, pDst, pDst2;
+krStepIterator<int> bandIdx, cntLen, addFlag, cntFS, length;
 Vek16s fracMem;
 int cntSamp;
 
@@ -141,8 +133,7 @@ constexpr int frameSize[] = {640, 1280, 1920, 2560, 882, 1764};
 constexpr Vek16s resampFactor[] = {2, 4, 6, 8, 3, 6};
 constexpr int resampBase = 12;
 krStepIterator<int> cntFact;
-int lenSrcPoly;
-int lenDstPoly;
+int lenSrcPoly, lenDstPoly;
 
 // What both modes of the one function share; a row tells its mode.
 class PolyResample : public vkcTest {
