@@ -57,9 +57,7 @@ TEST(ScriptsTidy, OnlyWhatDiffersIsLookedAtAndAHeaderByOneOfItsUsers) {
 TEST(ScriptsTidy, WhatItTellsOfAFileIsShownAndFails) {
     const History checkout;
     checkout.standIn("clang-tidy", "case $* in *one.cpp) echo 'one.cpp:1: error: bad'; exit 1 ;; esac\n");
-    const RigResult result = checkout.type("cmake/tidy.sh build-tidy");
-    EXPECT_EQ("one.cpp:1: error: bad\nclang-tidy: 3 files looked at\n", result.out);
-    EXPECT_EQ(1, result.exitCode);
+    expectTyped(checkout, "cmake/tidy.sh build-tidy", "one.cpp:1: error: bad\nclang-tidy: 3 files looked at\n", 1);
 }
 
 TEST(ScriptsTidy, WhenTimeIsUpTheRestIsLeftOutAndTold) {
@@ -71,9 +69,7 @@ TEST(ScriptsTidy, WhenTimeIsUpTheRestIsLeftOutAndTold) {
 
 TEST(ScriptsTidy, ACommitThatIsNotThereIsTold) {
     const History checkout;
-    const RigResult result = checkout.type("cmake/tidy.sh build-tidy HEAD~9");
-    EXPECT_EQ("tidy.sh: no such commit: HEAD~9\n", result.out);
-    EXPECT_EQ(2, result.exitCode);
+    expectTyped(checkout, "cmake/tidy.sh build-tidy HEAD~9", "tidy.sh: no such commit: HEAD~9\n", 2);
 }
 
 TEST(ScriptsClang, BuildAndTidyAreStagesOfTheirOwn) {
@@ -101,9 +97,8 @@ TEST(ScriptsClang, WhereTheyAreMissingALineSaysSoAndNothingFails) {
     const Checkout checkout;
     checkout.standIn("dpkg", "exit 1\n");
     checkout.standIn("id", "echo 1000\n");
-    const RigResult result = checkout.type("./test --clang --tidy");
-    EXPECT_EQ("Not installed, nothing is built with Clang: clang\n"
-              "Not installed, clang-tidy looks at nothing: clang clang-tidy\n",
-              result.out);
-    EXPECT_EQ(0, result.exitCode);
+    expectTyped(checkout, "./test --clang --tidy",
+                "Not installed, nothing is built with Clang: clang\n"
+                "Not installed, clang-tidy looks at nothing: clang clang-tidy\n",
+                0);
 }
