@@ -23,20 +23,7 @@ template class krDefault_NSC<VekiSize>;
 template class krIterator_NSC<VekiSize>;
 template class krIterator<VekiSize>;
 
-krCacheIteratorSize::krCacheIteratorSize(krDefault_NSC<VekiSize>& parm, krObject* object, krCacheSetFunc setFunc)
-    : krCacheIterator(parm, object, setFunc) {
-}
-
-bool krCacheIteratorSize::setNewValueToParm(int size, int bound, bool stepwise) {
-    krDefault_NSC<VekiSize>& parm = static_cast<krDefault_NSC<VekiSize>&>(*m_parm);
-    VekiSize value = parm.value();
-    if (!updateValue(value, size, bound, stepwise)) {
-        return false;
-    }
-    parm.setValue(value);
-    return true;
-}
-
+template <>
 bool krCacheIteratorSize::updateValue(VekiSize& value, int size, int bound, bool stepwise) {
     if (stepwise) {
         const bool isWide = value.width > value.height;

@@ -14,9 +14,6 @@ extern template class krIterator_NSC<VekiSize>;
 extern template class krIterator<VekiSize>;
 
 /// The iterator around a size parameter of a width and a height.
-class krCacheIteratorSize : public krCacheIterator {
-public:
-    krCacheIteratorSize(krDefault_NSC<VekiSize>& parm, krObject* object, krCacheSetFunc setFunc);
-    bool setNewValueToParm(int size, int bound, bool stepwise) override;
-    static bool updateValue(VekiSize& value, int size, int bound, bool stepwise);
-};
+template <>
+bool krCacheIteratorOf<VekiSize>::updateValue(VekiSize& value, int size, int bound, bool stepwise);
+using krCacheIteratorSize = krCacheIteratorOf<VekiSize>;

@@ -44,9 +44,5 @@ VekPCMFrequency& operator<<(VekPCMFrequency& value, krString& text) {
 
 template class krDefault_NSC<VekSpchBitRate>;
 template class krDefault_NSC<VekPCMLaw>;
-template class krIterator_NSC<VekSpchBitRate>;
-template class krIterator_NSC<VekPCMLaw>;
-template class krEnumIterator_NCS<VekSpchBitRate>;
-template class krEnumIterator_NCS<VekPCMLaw>;
-template class krEnumIterator<VekSpchBitRate>;
-template class krEnumIterator<VekPCMLaw>;
+KR_ENUM_TEMPLATES(, VekSpchBitRate)
+KR_ENUM_TEMPLATES(, VekPCMLaw)

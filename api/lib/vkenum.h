@@ -24,9 +24,5 @@ VekPCMFrequency& operator<<(VekPCMFrequency& value, krString& text);
 
 extern template class krDefault_NSC<VekSpchBitRate>;
 extern template class krDefault_NSC<VekPCMLaw>;
-extern template class krIterator_NSC<VekSpchBitRate>;
-extern template class krIterator_NSC<VekPCMLaw>;
-extern template class krEnumIterator_NCS<VekSpchBitRate>;
-extern template class krEnumIterator_NCS<VekPCMLaw>;
-extern template class krEnumIterator<VekSpchBitRate>;
-extern template class krEnumIterator<VekPCMLaw>;
+KR_ENUM_TEMPLATES(extern, VekSpchBitRate)
+KR_ENUM_TEMPLATES(extern, VekPCMLaw)

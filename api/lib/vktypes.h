@@ -12,37 +12,31 @@
 /// Calls `work` with a value of the component's C++ type; false for a value that is no type.
 template <class Work>
 bool vkWithComponent(vkType type, Work&& work) {
+    const auto with = [&work](auto zero) {
+        work(zero);
+        return true;
+    };
     switch (vkRealOf(type)) {
     case vk8u:
-        work(Vek8u(0));
-        return true;
+        return with(Vek8u(0));
     case vk16u:
-        work(Vek16u(0));
-        return true;
+        return with(Vek16u(0));
     case vk32u:
-        work(Vek32u(0));
-        return true;
+        return with(Vek32u(0));
     case vk64u:
-        work(Vek64u(0));
-        return true;
+        return with(Vek64u(0));
     case vk8s:
-        work(Vek8s(0));
-        return true;
+        return with(Vek8s(0));
     case vk16s:
-        work(Vek16s(0));
-        return true;
+        return with(Vek16s(0));
     case vk32s:
-        work(Vek32s(0));
-        return true;
+        return with(Vek32s(0));
     case vk64s:
-        work(Vek64s(0));
-        return true;
+        return with(Vek64s(0));
     case vk32f:
-        work(Vek32f(0));
-        return true;
+        return with(Vek32f(0));
     case vk64f:
-        work(Vek64f(0));
-        return true;
+        return with(Vek64f(0));
     default:
         return false;
     }

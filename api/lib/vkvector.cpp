@@ -7,6 +7,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 
 unsigned int vkVector::m_seed = 0;
 
@@ -95,60 +96,44 @@ int vkVector::item(const vkFunc& func) {
 }
 
 void vkVector::setViews(void* data) {
+    const auto show = [data](auto*& view) { view = static_cast<std::remove_reference_t<decltype(view)>>(data); };
     switch (m_type) {
     case vkUndef:
-        break;
+        return;
     case vk8u:
-        m_8u = static_cast<Vek8u*>(data);
-        break;
+        return show(m_8u);
     case vk16u:
-        m_16u = static_cast<Vek16u*>(data);
-        break;
+        return show(m_16u);
     case vk32u:
-        m_32u = static_cast<Vek32u*>(data);
-        break;
+        return show(m_32u);
     case vk64u:
-        m_64u = static_cast<Vek64u*>(data);
-        break;
+        return show(m_64u);
     case vk8s:
-        m_8s = static_cast<Vek8s*>(data);
-        break;
+        return show(m_8s);
     case vk16s:
-        m_16s = static_cast<Vek16s*>(data);
-        break;
+        return show(m_16s);
     case vk32s:
-        m_32s = static_cast<Vek32s*>(data);
-        break;
+        return show(m_32s);
     case vk64s:
-        m_64s = static_cast<Vek64s*>(data);
-        break;
+        return show(m_64s);
     case vk8sc:
-        m_8sc = static_cast<vkPair<Vek8s>*>(data);
-        break;
+        return show(m_8sc);
     case vk16sc:
-        m_16sc = static_cast<Vek16sc*>(data);
-        break;
+        return show(m_16sc);
     case vk16uc:
-        m_16uc = static_cast<vkPair<Vek16u>*>(data);
-        break;
+        return show(m_16uc);
     case vk32sc:
-        m_32sc = static_cast<Vek32sc*>(data);
-        break;
+        return show(m_32sc);
     case vk64sc:
-        m_64sc = static_cast<vkPair<Vek64s>*>(data);
-        break;
+        return show(m_64sc);
     case vk32f:
-        m_32f = static_cast<Vek32f*>(data);
-        break;
+        return show(m_32f);
     case vk64f:
-        m_64f = static_cast<Vek64f*>(data);
-        break;
+        return show(m_64f);
     case vk32fc:
-        m_32fc = static_cast<Vek32fc*>(data);
-        break;
+        return show(m_32fc);
     case vk64fc:
-        m_64fc = static_cast<vkPair<Vek64f>*>(data);
-        break;
+        return show(m_64fc);
     }
 }
 

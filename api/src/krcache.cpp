@@ -178,20 +178,7 @@ int krCacheIterator::shifted(int value, int count) {
     return wide <= INT_MAX ? static_cast<int>(wide) : 0;
 }
 
-krCacheIteratorInt::krCacheIteratorInt(krDefault_NSC<int>& parm, krObject* object, krCacheSetFunc setFunc)
-    : krCacheIterator(parm, object, setFunc) {
-}
-
-bool krCacheIteratorInt::setNewValueToParm(int size, int bound, bool stepwise) {
-    krDefault_NSC<int>& parm = static_cast<krDefault_NSC<int>&>(*m_parm);
-    int value = parm.value();
-    if (!updateValue(value, size, bound, stepwise)) {
-        return false;
-    }
-    parm.setValue(value);
-    return true;
-}
-
+template <>
 bool krCacheIteratorInt::updateValue(int& value, int size, int bound, bool stepwise) {
     int count = 0;
     if (stepwise) {

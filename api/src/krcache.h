@@ -85,10 +85,26 @@ void krCacheIterator::estimate(int size, int bound, Doubled doubled, Halved halv
     }
 }
 
-/// The iterator around a size parameter of type int.
-class krCacheIteratorInt : public krCacheIterator {
+/// The iterator around a size parameter of type T, whose values updateValue steps.
+template <class T>
+class krCacheIteratorOf : public krCacheIterator {
 public:
-    krCacheIteratorInt(krDefault_NSC<int>& parm, krObject* object, krCacheSetFunc setFunc);
-    bool setNewValueToParm(int size, int bound, bool stepwise) override;
-    static bool updateValue(int& value, int size, int bound, bool stepwise);
+    krCacheIteratorOf(krDefault_NSC<T>& parm, krObject* object, krCacheSetFunc setFunc)
+        : krCacheIterator(parm, object, setFunc) {}
+
+    bool setNewValueToParm(int size, int bound, bool stepwise) override {
+        krDefault_NSC<T>& parm = static_cast<krDefault_NSC<T>&>(*m_parm);
+        T value = parm.value();
+        if (!updateValue(value, size, bound, stepwise)) {
+            return false;
+        }
+        parm.setValue(value);
+        return true;
+    }
+
+    static bool updateValue(T& value, int size, int bound, bool stepwise);
 };
+
+template <>
+bool krCacheIteratorOf<int>::updateValue(int& value, int size, int bound, bool stepwise);
+using krCacheIteratorInt = krCacheIteratorOf<int>;

@@ -108,20 +108,18 @@ public:
     T stringToValue(krString& text) const override;
 };
 
+// The instances of these templates for one type; `storage` is extern where they are only declared.
+#define KR_ENUM_TEMPLATES(storage, T)                                                                                  \
+    storage template class krIterator_NSC<T>;                                                                          \
+    storage template class krEnumIterator_NCS<T>;                                                                      \
+    storage template class krEnumIterator<T>;
+#define KR_STEP_TEMPLATES(storage, T)                                                                                  \
+    KR_ENUM_TEMPLATES(storage, T)                                                                                      \
+    storage template class krIterator<T>;                                                                              \
+    storage template class krStepIterator<T>;
+
 extern template class krDefault_NSC<short>;
 extern template class krDefault_NSC<unsigned int>;
-extern template class krIterator_NSC<int>;
-extern template class krIterator_NSC<short>;
-extern template class krIterator_NSC<unsigned int>;
-extern template class krIterator<int>;
-extern template class krIterator<short>;
-extern template class krIterator<unsigned int>;
-extern template class krStepIterator<int>;
-extern template class krStepIterator<short>;
-extern template class krStepIterator<unsigned int>;
-extern template class krEnumIterator_NCS<int>;
-extern template class krEnumIterator_NCS<short>;
-extern template class krEnumIterator_NCS<unsigned int>;
-extern template class krEnumIterator<int>;
-extern template class krEnumIterator<short>;
-extern template class krEnumIterator<unsigned int>;
+KR_STEP_TEMPLATES(extern, int)
+KR_STEP_TEMPLATES(extern, short)
+KR_STEP_TEMPLATES(extern, unsigned int)

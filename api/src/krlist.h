@@ -2,6 +2,7 @@
 // for the whole life of the list. The size is found by walking; lists here are short or are walked anyway.
 #pragma once
 
+#include <type_traits>
 #include <utility>
 
 /// Doubly linked list of values with one end node, which holds a default value of its own.
@@ -14,53 +15,42 @@ class krList {
     };
 
 public:
-    class const_iterator {
+    /// A place in the list; `Link` is Node, or const Node where the values are only read.
+    template <class Link>
+    class Place {
+        using Value = std::conditional_t<std::is_const_v<Link>, const T, T>;
+
     public:
-        const_iterator() = default;
-        explicit const_iterator(const Node* node) : m_node(node) {}
-        const T& operator*() const { return m_node->value; }
-        const T* operator->() const { return &m_node->value; }
-        const_iterator& operator++() {
+        Place() = default;
+        explicit Place(Link* node) : m_node(node) {}
+        Value& operator*() const { return m_node->value; }
+        Value* operator->() const { return &m_node->value; }
+        Place& operator++() {
             m_node = m_node->next;
             return *this;
         }
-        const_iterator operator++(int) {
-            const_iterator old = *this;
+        Place operator++(int) {
+            Place old = *this;
             m_node = m_node->next;
             return old;
         }
-        bool operator==(const const_iterator& other) const { return m_node == other.m_node; }
-
-    private:
-        const Node* m_node = nullptr;
-    };
-
-    class iterator {
-    public:
-        iterator() = default;
-        explicit iterator(Node* node) : m_node(node) {}
-        T& operator*() const { return m_node->value; }
-        T* operator->() const { return &m_node->value; }
-        iterator& operator++() {
-            m_node = m_node->next;
-            return *this;
-        }
-        iterator operator++(int) {
-            iterator old = *this;
-            m_node = m_node->next;
-            return old;
-        }
-        iterator& operator--() {
+        Place& operator--() {
             m_node = m_node->prev;
             return *this;
         }
-        bool operator==(const iterator& other) const { return m_node == other.m_node; }
-        operator const_iterator() const { return const_iterator(m_node); } // NOLINT(google-explicit-constructor)
+        bool operator==(const Place& other) const { return m_node == other.m_node; }
+        /// Every place of a list can be read.
+        operator Place<const Node>() const // NOLINT(google-explicit-constructor)
+            requires(!std::is_const_v<Link>) {
+            return Place<const Node>(m_node);
+        }
 
     private:
         friend class krList;
-        Node* m_node = nullptr;
+        Link* m_node = nullptr;
     };
+    using iterator = Place<Node>;
+    using const_iterator = Place<const Node>;
 
     krList() : m_end(new Node) {}
     krList(const krList& other) : krList() { append(other); }

@@ -45,9 +45,7 @@ int judgeSides(const CompareArguments& options, Context& context) {
 void addCompare(Program& program) {
     const auto [command, options] = program.add<CompareArguments>(
         "compare", "tell which lines changed between tables or stored passes", judgeSides);
-    const std::string what =
-        "a table (several: A.csv,B.csv), a store, or passes of one: [STORE:]RUN, RUN/SUBJECT, LABEL";
-    command.add_option("OLD", options->older, what)->required();
+    command.add_option("OLD", options->older, passesText)->required();
     command.add_option("NEW", options->newer, "the same for the new one")->required();
     command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
     command

@@ -220,28 +220,19 @@ int cancelFleet(const FleetArguments& options, Context& context) {
 } // namespace
 
 void addFleet(Program& program) {
-    auto options = std::make_shared<FleetArguments>();
-    auto chosen = std::make_shared<int (*)(const FleetArguments&, Context&)>(nullptr);
-    CLI::App& command = program.add("fleet", "a plan measured on many machines, as a job array of Slurm",
-                                    [options, chosen](Context& context) { return (*chosen)(*options, context); });
-    command.require_subcommand(1);
-    const auto sub = [&](const char* name, const char* text, int (*run)(const FleetArguments&, Context&)) {
-        CLI::App* action = command.add_subcommand(name, text);
-        action->fallthrough();
-        action->callback([chosen, run] { *chosen = run; });
-        return action;
-    };
-    sub("plan", "write a plan to start from", writePlan)
+    Actions<FleetArguments> actions(program, "fleet", "a plan measured on many machines, as a job array of Slurm");
+    const std::shared_ptr<FleetArguments> options = actions.options;
+    actions.add("plan", "write a plan to start from", writePlan)
         ->add_option("FILE", options->plan, "the file; standard output without it");
-    CLI::App* submit = sub("submit", "make the job folder of a plan and submit its tasks", submitFleet);
+    CLI::App* submit = actions.add("submit", "make the job folder of a plan and submit its tasks", submitFleet);
     submit->add_option("PLAN", options->plan, "a plan, or a job folder whose missing tasks are submitted again")
         ->required();
     submit->add_option("--folder", options->made,
                        "the job folder, on storage that all nodes share; NAME.fleet here without it");
-    CLI::App* task = sub("task", "measure one task, on a node", runTask);
-    CLI::App* status = sub("status", "how far the tasks are", showStatus);
-    CLI::App* fetch = sub("fetch", "merge the tasks' passes into one store", fetchStores);
-    CLI::App* cancel = sub("cancel", "end what waits and runs", cancelFleet);
+    CLI::App* task = actions.add("task", "measure one task, on a node", runTask);
+    CLI::App* status = actions.add("status", "how far the tasks are", showStatus);
+    CLI::App* fetch = actions.add("fetch", "merge the tasks' passes into one store", fetchStores);
+    CLI::App* cancel = actions.add("cancel", "end what waits and runs", cancelFleet);
     for (CLI::App* action : {task, status, fetch, cancel}) {
         action->add_option("FOLDER", options->folder, "the job folder")->required();
     }

@@ -282,15 +282,10 @@ int checkHistory(const HistoryArguments& options, Context& context) {
 } // namespace
 
 void addHistory(Program& program) {
-    auto options = std::make_shared<HistoryArguments>();
-    auto chosen = std::make_shared<int (*)(const HistoryArguments&, Context&)>(nullptr);
-    CLI::App& command = program.add("history", "passes by commit, and the steps in the course of each line",
-                                    [options, chosen](Context& context) { return (*chosen)(*options, context); });
-    command.require_subcommand(1);
-    const auto sub = [&](const char* name, const char* text, int (*run)(const HistoryArguments&, Context&)) {
-        CLI::App* action = command.add_subcommand(name, text);
-        action->fallthrough();
-        action->callback([chosen, run] { *chosen = run; });
+    Actions<HistoryArguments> actions(program, "history", "passes by commit, and the steps in the course of each line");
+    const std::shared_ptr<HistoryArguments> options = actions.options;
+    const auto sub = [&](const char* name, const char* text, Actions<HistoryArguments>::Run run) {
+        CLI::App* action = actions.add(name, text, run);
         action->add_option("--store", options->store, "file that keeps the history")->capture_default_str();
         return action;
     };

@@ -197,9 +197,7 @@ int writeReport(const ReportArguments& options, Context& context) {
 void addReport(Program& program) {
     const auto [command, options] = program.add<ReportArguments>(
         "report", "one HTML page of tables or stored passes, readable without a network", writeReport);
-    const std::string what =
-        "a table (several: A.csv,B.csv), a store, or passes of one: [STORE:]RUN, RUN/SUBJECT, LABEL";
-    command.add_option("SOURCE", options->sources, what);
+    command.add_option("SOURCE", options->sources, passesText);
     command.add_option("--old", options->older, "the old one of two subjects to compare, as SOURCE");
     command.add_option("--new", options->newer, "the new one");
     command.add_option("--fleet", options->fleet,

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
+#include <optional>
 
 namespace krlab {
 
@@ -13,6 +14,20 @@ namespace {
 /// A function's name; the calendar time stands behind it, with one blank between if the name is long.
 std::string_view firstWord(std::string_view text) {
     return text.substr(0, text.find(' '));
+}
+
+/// What stands before and behind the first `sign` of a text.
+struct Entry {
+    std::string_view key;
+    std::string_view value;
+};
+
+std::optional<Entry> entryOf(std::string_view text, char sign) {
+    const size_t at = text.find(sign);
+    if (at == std::string_view::npos) {
+        return std::nullopt;
+    }
+    return Entry{trimmed(text.substr(0, at)), trimmed(text.substr(at + 1))};
 }
 
 } // namespace
@@ -88,12 +103,11 @@ void InfoParser::readFramed(std::string_view text) {
         }
         return;
     }
-    const size_t colon = text.find(':');
-    if (colon == std::string_view::npos) {
+    const auto entry = entryOf(text, ':');
+    if (!entry) {
         return;
     }
-    const std::string_view key = trimmed(text.substr(0, colon));
-    const std::string_view value = trimmed(text.substr(colon + 1));
+    const auto& [key, value] = *entry;
     if (key == "Function") {
         m_tests.emplace_back().end.function = firstWord(value);
     } else if (m_summarised) {
@@ -148,12 +162,11 @@ void InfoParser::readCourse(std::string_view line) {
         m_stage = Stage::simple;
         return;
     }
-    const size_t equal = text.find('=');
-    if (equal == std::string_view::npos) {
+    const auto entry = entryOf(text, '=');
+    if (!entry) {
         return;
     }
-    const std::string_view key = trimmed(text.substr(0, equal));
-    const std::string_view value = trimmed(text.substr(equal + 1));
+    const auto& [key, value] = *entry;
     if (key == "funcClocks" || key == "bestClocks") {
         m_told = value;
         return;

@@ -53,9 +53,16 @@ void Context::writeJson(const nlohmann::json& document) const {
     }
 }
 
+CLI::App* addAction(CLI::App& command, const std::string& name, const std::string& text, std::function<void()> choose) {
+    command.require_subcommand(1);
+    CLI::App* action = command.add_subcommand(name, text);
+    action->fallthrough();
+    action->callback(std::move(choose));
+    return action;
+}
+
 Program::Program()
     : m_app(std::make_unique<CLI::App>("Compares, keeps, shows and repeats what the rig measures.", "krlab")) {
-    m_app->require_subcommand(1);
     m_app->fallthrough();
     m_app->footer(
         "Everything after -- goes to the rig as its keys: krlab run --passes 3 -- -fDotProd -dlenght=40\n"
@@ -70,10 +77,7 @@ Program::Program()
 Program::~Program() = default;
 
 CLI::App& Program::add(const std::string& name, const std::string& text, std::function<int(Context&)> run) {
-    CLI::App* command = m_app->add_subcommand(name, text);
-    command->fallthrough();
-    command->callback([this, run = std::move(run)] { m_chosen = run; });
-    return *command;
+    return *addAction(*m_app, name, text, [this, run = std::move(run)] { m_chosen = run; });
 }
 
 int Program::run(std::vector<std::string> words) {

@@ -54,6 +54,9 @@ struct Command {
     std::shared_ptr<Options> options;
 };
 
+/// An action of a command, one of which must be given: it takes the command's options too, and calls `choose`.
+CLI::App* addAction(CLI::App& command, const std::string& name, const std::string& text, std::function<void()> choose);
+
 /// Collects the commands. Each command's file adds itself: an app.add_subcommand() with its options, and what it runs.
 class Program {
 public:
@@ -79,6 +82,28 @@ private:
     std::function<int(Context&)> m_chosen;
 };
 
+/// A command of several actions, one of which is chosen; they share their options.
+template <class Options>
+class Actions {
+public:
+    using Run = int (*)(const Options&, Context&);
+
+    Actions(Program& program, const std::string& name, const std::string& text)
+        : m_command(program.add(name, text, [options = options, chosen = m_chosen](Context& context) {
+              return (*chosen)(*options, context);
+          })) {}
+    /// A new action; `run` returns the exit status.
+    CLI::App* add(const std::string& name, const std::string& text, Run run) {
+        return addAction(m_command, name, text, [chosen = m_chosen, run] { *chosen = run; });
+    }
+
+    const std::shared_ptr<Options> options = std::make_shared<Options>();
+
+private:
+    std::shared_ptr<Run> m_chosen = std::make_shared<Run>(nullptr);
+    CLI::App& m_command;
+};
+
 /// The commands; each stands in its own file.
 void addRun(Program& program);
 void addAb(Program& program);
@@ -95,6 +120,9 @@ void addWatch(Program& program);
 void addBudget(Program& program);
 void addFleet(Program& program);
 
+/// What an argument that names passes may be.
+inline constexpr const char* passesText =
+    "a table (several: A.csv,B.csv), a store, or passes of one: [STORE:]RUN, RUN/SUBJECT, LABEL";
 /// The argument SUBJECT of a command, which may be left out.
 void addSubject(CLI::App& command, std::string& subject);
 /// The time after which a process of the rig is ended; what stands in `limit` is the default.

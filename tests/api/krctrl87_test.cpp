@@ -281,22 +281,25 @@ void leaveWords() {
     EXPECT_EQ(g_ssx.get() & 0xE03F, 0xE004U);
 }
 
+// What the units hold: no exception of the x87, and under the mask these bits of the SSE word.
+void expectUnits(unsigned control87, unsigned mask, unsigned sse) {
+    EXPECT_EQ(kr_get_cw_fpu() & 0xF3F, control87);
+    EXPECT_EQ(kr_get_sw_fpu() & 0x3F, 0U);
+    EXPECT_EQ(kr_get_ssx() & mask, sse);
+}
+
 TEST_F(KrGuard, InitForgetsTheWordsAndSetsTheUnits) {
     leaveWords();
     krTest::initCtrlStatus();
     expectNoWords();
-    EXPECT_EQ(kr_get_cw_fpu() & 0xF3F, 0x23BU);
-    EXPECT_EQ(kr_get_sw_fpu() & 0x3F, 0U);
-    EXPECT_EQ(kr_get_ssx() & 0xFFBF, 0x9F80U);
+    expectUnits(0x23B, 0xFFBF, 0x9F80);
 }
 
 TEST_F(KrGuard, ClearForgetsTheWordsAndLeavesTheControlOfTheUnits) {
     leaveWords();
     krTest::clearCtrlStatus();
     expectNoWords();
-    EXPECT_EQ(kr_get_cw_fpu() & 0xF3F, 0x63FU);
-    EXPECT_EQ(kr_get_sw_fpu() & 0x3F, 0U);
-    EXPECT_EQ(kr_get_ssx() & 0xE03F, 0xE000U);
+    expectUnits(0x63F, 0xE03F, 0xE000);
 }
 
 TEST_F(KrGuard, CheckOfAGoodStatusClearsToo) {

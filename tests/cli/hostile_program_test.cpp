@@ -22,6 +22,12 @@ void limit(std::vector<std::string>& keys) {
     }
 }
 
+// A run that ended by itself, and told so much.
+void expectOrderly(const RigResult& run, const char* told) {
+    EXPECT_TRUE(run.ended()) << "signal " << run.signal << "\n" << run.out;
+    EXPECT_EQ(1, countOf(run.out, told));
+}
+
 } // namespace
 
 TEST(HostileProgram, CommandLinesNeitherCrashNorHang) {
@@ -48,8 +54,7 @@ TEST(HostileProgram, CfgFilesNeitherCrashNorHang) {
         }
         rig.write("rig.cfg", line + "\n-h\n");
         const RigResult run = rig.run({});
-        EXPECT_TRUE(run.ended()) << "signal " << run.signal << "\n" << run.out;
-        EXPECT_EQ(1, countOf(run.out, "Command line options: read from rig.cfg file\n"));
+        expectOrderly(run, "Command line options: read from rig.cfg file\n");
     }
 }
 
@@ -64,8 +69,7 @@ TEST(HostileProgram, IniFilesNeitherCrashNorHang) {
         text += "[frGood]\nSize=" + hostile.text(2) + "\n[Kelvar Rig]\nMethod=Manual\nNumLoops=1\n";
         rig.write("rig.ini", text);
         const RigResult run = rig.run({"-B", i % 2 == 0 ? "-i" : "-I", "-f+frGood", i % 3 == 0 ? "-P" : "-H"});
-        EXPECT_TRUE(run.ended()) << "signal " << run.signal << "\n" << run.out;
-        EXPECT_EQ(1, countOf(run.out, "KR Summary"));
+        expectOrderly(run, "KR Summary");
     }
 }
 
@@ -81,8 +85,7 @@ TEST(HostileProgram, AnswersNeitherCrashNorHang) {
         }
         const RigResult run =
             rig.run({"-AAll", "-f=frGood", "-f=cmParameter", "-dMethod=Manual", "-dNumLoops=2"}, console);
-        EXPECT_TRUE(run.ended()) << "signal " << run.signal << "\n" << run.out;
-        EXPECT_EQ(1, countOf(run.out, "KR Summary"));
+        expectOrderly(run, "KR Summary");
     }
 }
 

@@ -1,6 +1,6 @@
 // krlab budget: files and their faults, the sum, share and channels, and a real frame.
 #include "budget.h"
-#include "fault.h"
+#include "faultof.h"
 #include "labprocess.h"
 
 #include <gtest/gtest.h>
@@ -18,12 +18,7 @@ const std::string smallBudget = R"({ "schema": "krlab-budget-1", "codecs": [
     { "name": "empty decoder", "frame_seconds": 0.01, "calls": [] } ] })";
 
 std::string faultOf(const std::string& text) {
-    try {
-        parseBudgets("b.json", text);
-    } catch (const Fault& fault) {
-        return fault.what();
-    }
-    return "";
+    return faultIn([&] { parseBudgets("b.json", text); });
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // Plans of a fleet: what is read, what follows from them, what is refused.
-#include "fault.h"
+#include "faultof.h"
 #include "fleetplan.h"
 #include "slurm.h"
 
@@ -17,12 +17,7 @@ nlohmann::json smallPlan() {
 }
 
 std::string faultOf(const nlohmann::json& plan) {
-    try {
-        parsePlan("plan.json", plan.dump());
-    } catch (const Fault& fault) {
-        return fault.what();
-    }
-    return "";
+    return faultIn([&] { parsePlan("plan.json", plan.dump()); });
 }
 
 } // namespace

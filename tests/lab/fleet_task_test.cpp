@@ -1,6 +1,6 @@
 // A task of a fleet with a program in place of the rig: what it leaves, where it goes on, what it refuses.
 #include "fakerig.h"
-#include "fault.h"
+#include "faultof.h"
 #include "fleetmerge.h"
 #include "fleetstatus.h"
 #include "fleettask.h"
@@ -69,15 +69,6 @@ std::vector<std::string> placesOf(const std::string& file) {
     }
     std::sort(places.begin(), places.end());
     return places;
-}
-
-std::string faultOf(const std::function<void()>& work) {
-    try {
-        work();
-    } catch (const Fault& fault) {
-        return fault.what();
-    }
-    return "";
 }
 
 } // namespace
@@ -163,14 +154,14 @@ TEST(LabFleetTask, ASingleSubjectIsMeasuredAlone) {
 TEST(LabFleetTask, AnotherBuildThanTheSubmittedOneIsRefused) {
     Fleet fleet;
     std::ofstream(fs::path(fleet.path()) / "subjects/1/rig.sh", std::ios::app) << "# changed\n";
-    EXPECT_NE(faultOf([&] { fleet.run(0); }).find("is not what was submitted"), std::string::npos);
+    EXPECT_NE(faultIn([&] { fleet.run(0); }).find("is not what was submitted"), std::string::npos);
     EXPECT_TRUE(fleet.nodeIsEmpty());
     EXPECT_EQ(fleet.folder().missing().size(), 2U);
 }
 
 TEST(LabFleetTask, ANodeOfAnotherProcessorIsRefused) {
     Fleet fleet(1, 2, "family 0 model 0");
-    EXPECT_NE(faultOf([&] { fleet.run(0); }).find("and the plan wants family 0 model 0: name \"features\""),
+    EXPECT_NE(faultIn([&] { fleet.run(0); }).find("and the plan wants family 0 model 0: name \"features\""),
               std::string::npos);
 }
 
@@ -178,7 +169,7 @@ TEST(LabFleetTask, APartOfAnotherTaskIsRefused) {
     Fleet fleet;
     fleet.run(0);
     fs::rename(fleet.folder().taskFile(0), fleet.folder().partFile(1));
-    EXPECT_NE(faultOf([&] { fleet.run(1); }).find("does not belong to task 1"), std::string::npos);
+    EXPECT_NE(faultIn([&] { fleet.run(1); }).find("does not belong to task 1"), std::string::npos);
 }
 
 TEST(LabFleetTask, WhatAKilledTaskLeftOnItsNodeIsTakenAway) {
@@ -221,24 +212,24 @@ TEST(LabFleetFolder, WhatCanNotBeMeasuredLeavesNoFolder) {
     plan.selections = {{"-ff1"}};
     plan.settings.emplace_back();
     plan.nodes.emplace_back();
-    EXPECT_NE(faultOf([&] { FleetFolder::create(directory.path("f"), plan, directory.path(), ""); }), "");
+    EXPECT_NE(faultIn([&] { FleetFolder::create(directory.path("f"), plan, directory.path(), ""); }), "");
     plan.subjects.pop_back();
-    EXPECT_NE(faultOf([&] {
+    EXPECT_NE(faultIn([&] {
                   FleetFolder::create(directory.path("50%"), plan, directory.path(), "");
               }).find("Slurm can't take a folder"),
               std::string::npos);
     EXPECT_EQ(std::distance(fs::directory_iterator(directory.path()), fs::directory_iterator()), 0);
     FleetFolder::create(directory.path("f"), plan, directory.path(), "");
     EXPECT_NE(
-        faultOf([&] { FleetFolder::create(directory.path("f"), plan, directory.path(), ""); }).find("is there already"),
+        faultIn([&] { FleetFolder::create(directory.path("f"), plan, directory.path(), ""); }).find("is there already"),
         std::string::npos);
 }
 
 TEST(LabFleetFolder, ADamagedPlanIsTold) {
     Fleet fleet;
     writeWhole(fs::path(fleet.path()) / "plan.json", "{ \"id\": 3");
-    EXPECT_NE(faultOf([&] { fleet.folder(); }).find("plan.json: is damaged"), std::string::npos);
-    EXPECT_NE(faultOf([&] { const FleetFolder folder(fleet.directory().path("node")); }).find("is no job folder"),
+    EXPECT_NE(faultIn([&] { fleet.folder(); }).find("plan.json: is damaged"), std::string::npos);
+    EXPECT_NE(faultIn([&] { const FleetFolder folder(fleet.directory().path("node")); }).find("is no job folder"),
               std::string::npos);
 }
 

@@ -4,10 +4,13 @@
 #include "tempdir.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -75,5 +78,16 @@ public:
         [[maybe_unused]] const int code = std::system(command.c_str());
     }
 };
+
+/// Waits up to half a minute until the condition holds.
+inline bool comesTrue(const std::function<bool()>& condition) {
+    for (int i = 0; i < 1500; ++i) {
+        if (condition()) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return false;
+}
 
 } // namespace krlab

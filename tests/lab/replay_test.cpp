@@ -1,5 +1,5 @@
 // krlab replay and resume: exactly that row; a table with each line once.
-#include "fault.h"
+#include "faultof.h"
 #include "labprocess.h"
 #include "replay.h"
 #include "resume.h"
@@ -19,12 +19,7 @@ const std::vector<TestParameters> someTests = {
 };
 
 std::string faultOf(const std::vector<std::string>& words) {
-    try {
-        replayTarget(words, someTests);
-    } catch (const Fault& fault) {
-        return fault.what();
-    }
-    return "";
+    return faultIn([&] { replayTarget(words, someTests); });
 }
 
 } // namespace

@@ -4,11 +4,9 @@
 #include "linecourse.h"
 #include "store.h"
 
-#include <chrono>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 using namespace krlab;
 
@@ -23,16 +21,6 @@ Pass passWith(const std::vector<std::pair<std::string, double>>& figures) {
         pass.figures.push_back(figure);
     }
     return pass;
-}
-
-bool waitFor(const std::function<bool()>& condition) {
-    for (int i = 0; i < 1500; ++i) {
-        if (condition()) {
-            return true;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return false;
 }
 
 /// A rig that never ends; its process number lies in the file pid.
@@ -140,7 +128,7 @@ TEST(LabRun, CtrlCEndsWithAReportAndWithoutTheRig) {
     const std::string pid = directory.path("pid");
     const FakeRig rig(endlessRig(pid));
     const pid_t lab = directory.start({"--rig", rig.subject().program, "run", "--store", "s.db"});
-    ASSERT_TRUE(waitFor([&] { return directory.exists("pid"); }));
+    ASSERT_TRUE(comesTrue([&] { return directory.exists("pid"); }));
     ::kill(lab, SIGINT);
     const LabResult result = directory.wait(lab);
     EXPECT_EQ(result.status, 130);
@@ -154,10 +142,10 @@ TEST(LabRun, AKilledLabLeavesNoRigBehind) {
     const std::string pid = directory.path("pid");
     const FakeRig rig(endlessRig(pid));
     const pid_t lab = directory.start({"--rig", rig.subject().program, "run", "--store", "s.db"});
-    ASSERT_TRUE(waitFor([&] { return directory.exists("pid"); }));
+    ASSERT_TRUE(comesTrue([&] { return directory.exists("pid"); }));
     ::kill(lab, SIGKILL);
     directory.wait(lab);
-    EXPECT_TRUE(waitFor([&] { return !lives(directory.read("pid")); }));
+    EXPECT_TRUE(comesTrue([&] { return !lives(directory.read("pid")); }));
     EXPECT_EQ(Store(directory.path("s.db")).runs()[0].status, -1);
 }
 
@@ -165,9 +153,9 @@ TEST(LabRun, TwiceCtrlCEndsAtOnce) {
     const LabDirectory directory;
     const FakeRig rig(endlessRig(directory.path("pid")));
     const pid_t lab = directory.start({"--rig", rig.subject().program, "run", "--store", "s.db"});
-    ASSERT_TRUE(waitFor([&] { return directory.exists("pid"); }));
+    ASSERT_TRUE(comesTrue([&] { return directory.exists("pid"); }));
     ::kill(lab, SIGINT);
     ::kill(lab, SIGTERM);
     EXPECT_EQ(directory.wait(lab).status, 130);
-    EXPECT_TRUE(waitFor([&] { return !lives(directory.read("pid")); }));
+    EXPECT_TRUE(comesTrue([&] { return !lives(directory.read("pid")); }));
 }

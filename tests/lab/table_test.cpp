@@ -1,6 +1,6 @@
 // Reading result tables: what the rig writes, what a killed run leaves, and what it never writes.
 #include "fakerig.h"
-#include "fault.h"
+#include "faultof.h"
 #include "table.h"
 
 #include <gtest/gtest.h>
@@ -14,12 +14,7 @@ const std::string rowB = "veksDCTFwd_G7221,16s,-,320,-,-,-,-,-,nLps=16 acc=7.1%,
 const std::string namesA = "veksAutoCorr,16s32s,-,lenght,lenght Dst,-,-,-,-,parmNames,-,-,-,-\n";
 
 std::string faultOf(const std::string& text) {
-    try {
-        parseTable("t.csv", text);
-    } catch (const Fault& fault) {
-        return fault.what();
-    }
-    return "";
+    return faultIn([&] { parseTable("t.csv", text); });
 }
 
 } // namespace

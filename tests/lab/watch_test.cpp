@@ -6,27 +6,12 @@
 
 #include <chrono>
 #include <csignal>
-#include <functional>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <poll.h>
 #include <thread>
 
 using namespace krlab;
-
-namespace {
-
-bool comesTrue(const std::function<bool()>& condition) {
-    for (int i = 0; i < 1500; ++i) {
-        if (condition()) {
-            return true;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return false;
-}
-
-} // namespace
 
 TEST(LabWatch, ASignalThatWasTakenBackWakesNobody) {
     watchInterrupts();

@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "samples.h"
 #include "vekdefs.h"
 
 extern "C" {
@@ -26,7 +27,6 @@ extern const int16_t sort_2385[];
 
 namespace amrwb {
 
-using Samples = std::vector<int16_t>;
 // The octet of the mode and those of the frame.
 using Octets = std::array<uint8_t, 64>;
 

@@ -22,8 +22,6 @@ void one_ov_sqrt_norm(int32_t* fraction, int16_t* exponent);
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 constexpr VekSpchBitRate kRates[] = {VEK_SPCHBR_6600,  VEK_SPCHBR_8850,  VEK_SPCHBR_12650,
                                      VEK_SPCHBR_14250, VEK_SPCHBR_15850, VEK_SPCHBR_18250,
                                      VEK_SPCHBR_19850, VEK_SPCHBR_23050, VEK_SPCHBR_23850};

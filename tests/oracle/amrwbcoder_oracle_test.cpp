@@ -90,10 +90,7 @@ TEST(AmrWbCoderOracle, HasThemAtAllLevelsOfSound) {
 TEST(AmrWbCoderOracle, HasThemInTones) {
     int clipped = 0;
     for (const double frequency : {0.9, 1.7, 2.6}) {
-        Samples x(size_t{kWide} * 60);
-        for (size_t i = 0; i < x.size(); ++i) {
-            x[i] = static_cast<int16_t>(9000 * std::sin(frequency * static_cast<double>(i)));
-        }
+        const Samples x = tone(size_t{kWide} * 60, frequency);
         for (int mode = 0; mode < kRates; ++mode) {
             SCOPED_TRACE(kNames[mode] + std::string(" at ") + std::to_string(frequency));
             const Coder::Counts counts = expectSameBits(x, [mode](int) { return mode; });

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "samples.h"
 #include "veksc.h"
 
 #if __has_include(<speex/speex_resampler.h>)
@@ -15,8 +16,6 @@
 namespace {
 
 #ifdef ORACLE_SPEEX
-
-using Samples = std::vector<int16_t>;
 
 // Tones up to 0.36 of the low rate, which both filters pass.
 Samples tones(int n, double lowRate) {

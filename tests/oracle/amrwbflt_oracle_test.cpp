@@ -10,6 +10,7 @@
 #include <random>
 #include <vector>
 
+#include "samples.h"
 #include "vekcore.h"
 #include "veksc.h"
 
@@ -60,23 +61,9 @@ void dtx_dec_amr_wb_activity_update(DecoderHistory* s, int16_t* isf, int16_t* x)
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 constexpr VekSpchBitRate kRates[9] = {VEK_SPCHBR_6600,  VEK_SPCHBR_8850,  VEK_SPCHBR_12650,
                                       VEK_SPCHBR_14250, VEK_SPCHBR_15850, VEK_SPCHBR_18250,
                                       VEK_SPCHBR_19850, VEK_SPCHBR_23050, VEK_SPCHBR_23850};
-
-int pick(std::mt19937& random, int from, int to) {
-    return std::uniform_int_distribution<int>(from, to)(random);
-}
-
-Samples noise(std::mt19937& random, size_t n, int level) {
-    Samples x(n);
-    for (int16_t& v : x) {
-        v = static_cast<int16_t>(pick(random, -level, level));
-    }
-    return x;
-}
 
 int loudness(std::mt19937& random) {
     return static_cast<int>(std::pow(10.0, std::uniform_real_distribution<double>(0.7, 4.5)(random)));

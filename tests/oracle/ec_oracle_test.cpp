@@ -29,8 +29,6 @@
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 TEST(EcOracle, FilterIsTheTelephonyPackagesInnerProduct) {
 #ifdef ORACLE_TELEPHONY
     for (const int taps : {8, 128, 256}) {

@@ -50,8 +50,6 @@ void WebRtcSpl_FilterARFastQ12(const int16_t* x, int16_t* y, const int16_t* a, s
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 // Coefficients of a stable filter, near a voiced frame.
 [[maybe_unused]] Samples coefficients(std::mt19937& random) {
     Samples a = {4096, -5200, 1900, 1300, -900, -500, 800, -300, -200, 200, -50};

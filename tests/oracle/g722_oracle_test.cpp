@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "samples.h"
 #include "statememory.h"
 #include "veksc.h"
 
@@ -17,7 +18,6 @@
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-using Samples = std::vector<int16_t>;
 
 // 16 kHz: voices, noise, silence, full scale.
 [[maybe_unused]] Samples signal(int n) {

@@ -7,49 +7,28 @@
 #include <random>
 
 #include "g723_chain.h"
+#include "open_decoder.h"
 
-#if __has_include(<libavcodec/avcodec.h>)
-#define ORACLE_AVCODEC 1
+#ifdef ORACLE_AVCODEC
 extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavutil/channel_layout.h>
 #include <libavutil/opt.h>
 }
 #endif
 
 namespace {
 
-#if ORACLE_AVCODEC
+#ifdef ORACLE_AVCODEC
 
 using namespace g723chain;
 
-class Codec {
-public:
-    Codec(bool coder, bool postfilter) : m_packet(av_packet_alloc()), m_frame(av_frame_alloc()) {
-        const AVCodec* codec =
-            coder ? avcodec_find_encoder(AV_CODEC_ID_G723_1) : avcodec_find_decoder(AV_CODEC_ID_G723_1);
-        if (codec == nullptr) {
-            return;
-        }
-        m_context = avcodec_alloc_context3(codec);
-        m_context->sample_rate = 8000;
-        m_context->sample_fmt = AV_SAMPLE_FMT_S16;
-        m_context->bit_rate = 6300;
-        av_channel_layout_default(&m_context->ch_layout, 1);
-        if (!coder) {
-            av_opt_set_int(m_context->priv_data, "postfilter", postfilter ? 1 : 0, 0);
-        }
-        m_open = avcodec_open2(m_context, codec, nullptr) == 0;
-    }
-    ~Codec() {
-        av_packet_free(&m_packet);
-        av_frame_free(&m_frame);
-        avcodec_free_context(&m_context);
-    }
-    Codec(const Codec&) = delete;
-    Codec& operator=(const Codec&) = delete;
+void setForm(AVCodecContext& context) {
+    context.sample_fmt = AV_SAMPLE_FMT_S16;
+    context.bit_rate = 6300;
+}
 
-    bool open() const { return m_open; }
+class TheirCoder : public OpenCodec {
+public:
+    TheirCoder() : OpenCodec(avcodec_find_encoder(AV_CODEC_ID_G723_1), 8000, setForm) {}
 
     std::vector<uint8_t> code(const Word* pcm) {
         av_frame_unref(m_frame);
@@ -65,24 +44,20 @@ public:
         av_packet_unref(m_packet);
         return bytes;
     }
+};
+
+class TheirDecoder : public OpenDecoder {
+public:
+    explicit TheirDecoder(bool postfilter)
+        : OpenDecoder(AV_CODEC_ID_G723_1, 8000, [postfilter](AVCodecContext& context) {
+              setForm(context);
+              av_opt_set_int(context.priv_data, "postfilter", postfilter ? 1 : 0, 0);
+          }) {}
 
     std::vector<Word> decode(const std::vector<uint8_t>& bytes) {
-        av_new_packet(m_packet, static_cast<int>(bytes.size()));
-        std::memcpy(m_packet->data, bytes.data(), bytes.size());
-        const bool ok = avcodec_send_packet(m_context, m_packet) == 0 && avcodec_receive_frame(m_context, m_frame) == 0;
-        av_packet_unref(m_packet);
-        if (!ok || m_frame->nb_samples != kFrame) {
-            return {};
-        }
-        const auto* samples = reinterpret_cast<const Word*>(m_frame->extended_data[0]);
-        return {samples, samples + kFrame};
+        const std::vector<Word> frame = samples<Word>(bytes.data(), bytes.size());
+        return frame.size() == kFrame ? frame : std::vector<Word>();
     }
-
-private:
-    AVCodecContext* m_context = nullptr;
-    AVPacket* m_packet;
-    AVFrame* m_frame;
-    bool m_open = false;
 };
 
 // Voices of changing pitch between pauses and noise.
@@ -124,7 +99,7 @@ std::vector<Word> speech(int frames, unsigned seed, double loudness) {
     return x;
 }
 
-int frameDifferences(Decoder& ours, Codec& theirs, const std::vector<uint8_t>& bytes) {
+int frameDifferences(Decoder& ours, TheirDecoder& theirs, const std::vector<uint8_t>& bytes) {
     Word own[kFrame];
     ours.decode(unpack(bytes.data()), own);
     const std::vector<Word> other = theirs.decode(bytes);
@@ -141,8 +116,8 @@ int frameDifferences(Decoder& ours, Codec& theirs, const std::vector<uint8_t>& b
 TEST(G723Oracle, DecoderHasTheSamplesOfAnOpenDecoderOnItsCodersFrames) {
     for (const bool postfilter : {true, false}) {
         for (const double loudness : {30.0, 700.0, 3000.0}) {
-            Codec coder(true, false);
-            Codec theirs(false, postfilter);
+            TheirCoder coder;
+            TheirDecoder theirs(postfilter);
             if (!coder.open() || !theirs.open()) {
                 GTEST_SKIP() << "libavcodec-dev without this codec";
             }
@@ -160,7 +135,7 @@ TEST(G723Oracle, DecoderHasTheSamplesOfAnOpenDecoderOnItsCodersFrames) {
 
 TEST(G723Oracle, CoderOf6300HasTheBitsOfAnOpenCoder) {
     for (const double loudness : {30.0, 700.0, 3000.0}) {
-        Codec theirs(true, false);
+        TheirCoder theirs;
         if (!theirs.open()) {
             GTEST_SKIP() << "libavcodec-dev without this codec";
         }
@@ -183,7 +158,7 @@ TEST(G723Oracle, CoderOf6300HasTheBitsOfAnOpenCoder) {
 
 TEST(G723Oracle, DecoderHasTheSamplesOfAnOpenDecoderOnOur5300Frames) {
     for (const bool postfilter : {true, false}) {
-        Codec theirs(false, postfilter);
+        TheirDecoder theirs(postfilter);
         if (!theirs.open()) {
             GTEST_SKIP() << "libavcodec-dev without this codec";
         }
@@ -203,7 +178,7 @@ TEST(G723Oracle, DecoderHasTheSamplesOfAnOpenDecoderOnOur5300Frames) {
 // What the open decoder makes of our frames is near the input: the ratio of signal to noise in decibels, at the delay
 // of the codec (lookahead of 60 samples).
 double quality(VekSpchBitRate rate) {
-    Codec theirs(false, false);
+    TheirDecoder theirs(false);
     Coder coder(rate);
     const std::vector<Word> x = speech(200, 21, 900);
     double signal = 0;
@@ -220,7 +195,7 @@ double quality(VekSpchBitRate rate) {
 }
 
 TEST(G723Oracle, OurFramesSoundLikeTheInputInAnOpenDecoder) {
-    if (!Codec(false, false).open()) {
+    if (!TheirDecoder(false).open()) {
         GTEST_SKIP() << "libavcodec-dev without this codec";
     }
     EXPECT_GT(quality(VEK_SPCHBR_6300), 6);
@@ -230,7 +205,7 @@ TEST(G723Oracle, OurFramesSoundLikeTheInputInAnOpenDecoder) {
 // Any frame is a frame: parameters at random, also the positions that name no set.
 TEST(G723Oracle, DecoderHasTheSamplesOfAnOpenDecoderOnRandomFrames) {
     for (const bool high : {true, false}) {
-        Codec theirs(false, true);
+        TheirDecoder theirs(true);
         if (!theirs.open()) {
             GTEST_SKIP() << "libavcodec-dev without this codec";
         }

@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "samples.h"
 #include "sc/g726/companding.h"
 #include "statememory.h"
 #include "veksc.h"
@@ -25,7 +26,6 @@ int g726_encode(g726_state_s* state, uint8_t* codes, const int16_t* samples, int
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-using Samples = std::vector<int16_t>;
 
 // Speech-like, with tones, silence, noise at full scale and jumps.
 [[maybe_unused]] Samples signal() {

@@ -2,20 +2,15 @@
 // and its all-pole filter.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 
 #include "noise.h"
+#include "open_decoder.h"
 #include "veksc.h"
 
-#if __has_include(<libavcodec/avcodec.h>)
-#define ORACLE_AVCODEC 1
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavutil/channel_layout.h>
-}
-#endif
 #if __has_include(<webrtc_audio_processing/webrtc/typedefs.h>)
 #define ORACLE_VOICE 1
 extern "C" {
@@ -26,35 +21,23 @@ void WebRtcSpl_FilterARFastQ12(const int16_t* x, int16_t* y, const int16_t* a, s
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
-#if ORACLE_AVCODEC
+#ifdef ORACLE_AVCODEC
 
 // The second vector of a stream, which no filter has shaped yet: its code words are three bits of gain and seven of
 // shape; the first vector has six of shape.
 std::array<float, 5> secondVector(int shape, int gain) {
-    std::array<float, 5> out = {};
-    const AVCodec* codec = avcodec_find_decoder(AV_CODEC_ID_RA_288);
-    AVCodecContext* context = avcodec_alloc_context3(codec);
-    context->sample_rate = 8000;
-    context->block_align = 38;
-    av_channel_layout_default(&context->ch_layout, 1);
-    AVPacket* packet = av_packet_alloc();
-    AVFrame* frame = av_frame_alloc();
-    if (avcodec_open2(context, codec, nullptr) == 0 && av_new_packet(packet, 38) == 0) {
-        std::memset(packet->data, 0, 38);
-        // Bit 9 on, lowest bit of the byte first.
-        const int word = gain | shape << 3;
-        for (int bit = 0; bit < 10; ++bit) {
-            packet->data[(9 + bit) / 8] |= static_cast<uint8_t>((word >> bit & 1) << ((9 + bit) % 8));
-        }
-        if (avcodec_send_packet(context, packet) == 0 && avcodec_receive_frame(context, frame) == 0) {
-            std::memcpy(out.data(), reinterpret_cast<const float*>(frame->data[0]) + 5, sizeof out);
-        }
+    OpenDecoder decoder(AV_CODEC_ID_RA_288, 8000, [](AVCodecContext& context) { context.block_align = 38; });
+    std::array<uint8_t, 38> packet = {};
+    // Bit 9 on, lowest bit of the byte first.
+    const int word = gain | shape << 3;
+    for (int bit = 0; bit < 10; ++bit) {
+        packet[(9 + bit) / 8] |= static_cast<uint8_t>((word >> bit & 1) << ((9 + bit) % 8));
     }
-    av_frame_free(&frame);
-    av_packet_free(&packet);
-    avcodec_free_context(&context);
+    const std::vector<float> samples = decoder.samples<float>(packet.data(), packet.size());
+    std::array<float, 5> out = {};
+    if (samples.size() >= 10) {
+        std::copy_n(samples.begin() + 5, 5, out.begin());
+    }
     return out;
 }
 

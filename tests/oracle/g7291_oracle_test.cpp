@@ -24,8 +24,6 @@ void initDecodeLSP(int16_t* context);
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 TEST(G7291AdaptiveGainOracle, EqualsTheAmrCodecButForTheUnitThatBeginsTheSum) {
 #ifdef ORACLE_AMRNB
     std::mt19937 random(1);

@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "good.h"
+#include "samples.h"
 #include "veksc.h"
 
 namespace g729chain {
 
-using Samples = std::vector<int16_t>;
 using Bits = std::array<uint8_t, 10>;
 
 constexpr int kFrame = 80;

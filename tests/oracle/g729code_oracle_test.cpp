@@ -47,8 +47,6 @@ void gainQuantization(void* encoder, int16_t* target, int16_t* adaptive, int16_t
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 TEST(FourPulsesOracle, DepthFirstSearchHasTheCodewordsOfTheG729Codec) {
 #ifdef ORACLE_BCG729
     std::mt19937 random(1);

@@ -23,8 +23,6 @@ int16_t Levinson(int16_t* state, int16_t* high, int16_t* low, int16_t* a, int16_
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 TEST(PreemphasisOracle, EqualsTheAmrCodec) {
 #ifdef ORACLE_AMRNB
     std::mt19937 random(1);
@@ -49,17 +47,8 @@ TEST(PreemphasisOracle, EqualsTheAmrCodec) {
 [[maybe_unused]] Samples pairs(std::mt19937& random) {
     std::uniform_real_distribution<double> step(0.05, 0.45);
     std::vector<double> angle(11);
-    double sum = 0;
-    for (double& a : angle) {
-        sum += a = step(random);
-    }
-    Samples lsp;
-    double at = 0;
-    for (int i = 0; i < 10; ++i) {
-        at += angle[static_cast<size_t>(i)] * 3.14159265 / sum;
-        lsp.push_back(static_cast<int16_t>(std::lround(32767 * std::cos(at))));
-    }
-    return lsp;
+    std::generate(angle.begin(), angle.end(), [&] { return step(random); });
+    return spectralPairs(angle);
 }
 
 // Autocorrelations of noise coloured by the pairs' synthesis filter, normalised.

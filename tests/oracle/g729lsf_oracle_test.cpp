@@ -10,6 +10,7 @@
 #include <random>
 #include <vector>
 
+#include "noise.h"
 #include "veksc.h"
 
 #if __has_include(<bcg729/decoder.h>)
@@ -35,8 +36,6 @@ void noiseLSPQuantization(int16_t (*previous)[10], int16_t* lsp, int16_t* quanti
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 [[maybe_unused]] Samples startOfHistory() {
     const int16_t row[10] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
     Samples v;
@@ -47,7 +46,7 @@ using Samples = std::vector<int16_t>;
 }
 
 [[maybe_unused]] int pick(std::mt19937& random, int count) {
-    return std::uniform_int_distribution<int>(0, count - 1)(random);
+    return ::pick(random, 0, count - 1);
 }
 
 // A slow walk of spectra: angles drift from frame to frame.
@@ -57,18 +56,10 @@ public:
 
     Samples next() {
         std::normal_distribution<double> drift(0, 0.05);
-        double sum = 0;
         for (double& g : m_gap) {
             g = std::clamp(g * std::exp(drift(m_random)), 0.25, 3.0);
-            sum += g;
         }
-        Samples lsp;
-        double at = 0;
-        for (int i = 0; i < 10; ++i) {
-            at += m_gap[static_cast<size_t>(i)] * 3.14159265358979 / sum;
-            lsp.push_back(static_cast<int16_t>(std::lround(32767 * std::cos(at))));
-        }
-        return lsp;
+        return spectralPairs(m_gap);
     }
 
 private:

@@ -34,8 +34,6 @@ void adaptativeCodebookSearch(int16_t* excitation, int16_t* shortest, int16_t* l
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 // Multiples of four, so that quarters lose nothing.
 [[maybe_unused]] Samples quarterable(std::mt19937& random, int n, int level) {
     Samples v = noise(random, n, -level / 4, level / 4);

@@ -26,8 +26,6 @@ void computeLP(int16_t* signal, int16_t* lpc, int32_t* reflection, int32_t* wind
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 TEST(PostFilterOracle, TheChainOfAnnexAStaysByTheG729Codec) {
 #ifdef ORACLE_BCG729
     std::mt19937 random(1);

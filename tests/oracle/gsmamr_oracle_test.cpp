@@ -29,8 +29,6 @@ extern const int16_t startPos[];
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 constexpr VekSpchBitRate kRates[] = {VEK_SPCHBR_4750,  VEK_SPCHBR_5150,  VEK_SPCHBR_5900,
                                      VEK_SPCHBR_6700,  VEK_SPCHBR_7400,  VEK_SPCHBR_7950,
                                      VEK_SPCHBR_10200, VEK_SPCHBR_12200, VEK_SPCHBR_DTX};
@@ -47,36 +45,51 @@ Samples response(std::mt19937& random) {
     return h;
 }
 
-void expectSearch(std::mt19937& random, int mode, int level) {
+// What a search is given, and finds; it changes its response.
+struct Search {
+    Samples x;
+    Samples residual;
+    Samples h;
+    int16_t lag;
+    int16_t gain;
+    int16_t subframe;
+    int mode;
+    Samples vector = Samples(40);
+    Samples filtered = Samples(40);
+    Samples words = Samples(16);
+};
+
+Search theirs(Search s) {
     AmrTables tables = {};
     get_const_tbls(&tables);
+    int16_t* words = s.words.data();
+    int overflow = 0;
+    cbsearch(s.x.data(), s.h.data() + 40, s.lag, s.gain, s.gain, s.residual.data(), s.vector.data(), s.filtered.data(),
+             &words, s.mode, s.subframe, &tables, &overflow);
+    return s;
+}
+
+Search ours(Search s) {
+    EXPECT_EQ(vekStsNoErr, veksAlgebraicCodebookSearch_GSMAMR_16s(s.lag, s.gain, s.x.data(), s.residual.data(),
+                                                                  s.h.data() + 40, s.vector.data(), s.filtered.data(),
+                                                                  s.words.data(), s.subframe, kRates[s.mode]));
+    return s;
+}
+
+void expectSearch(std::mt19937& random, int mode, int level) {
     const Samples x = noise(random, 40, -level, level);
     const Samples residual = noise(random, 40, -level, level);
     const auto lag = static_cast<int16_t>(pick(random, 18, 70));
     // The tables of the codec hold sharpening at most 0.794 but at 12.2 kbit/s.
     const auto gain = static_cast<int16_t>(pick(random, 0, mode == kMode122 ? 19661 : 13017));
     const auto subframe = static_cast<int16_t>(pick(random, 0, 3));
-    Samples h = response(random);
-    Samples theirs = h;
-    Samples theirX = x;
-    Samples theirResidual = residual;
-    Samples wantVector(40);
-    Samples wantFiltered(40);
-    Samples want(16);
-    int16_t* words = want.data();
-    int overflow = 0;
-    cbsearch(theirX.data(), theirs.data() + 40, lag, gain, gain, theirResidual.data(), wantVector.data(),
-             wantFiltered.data(), &words, mode, subframe, &tables, &overflow);
-    Samples vector(40);
-    Samples filtered(40);
-    Samples got(16);
-    ASSERT_EQ(vekStsNoErr,
-              veksAlgebraicCodebookSearch_GSMAMR_16s(lag, gain, x.data(), residual.data(), h.data() + 40, vector.data(),
-                                                     filtered.data(), got.data(), subframe, kRates[mode]));
-    EXPECT_EQ(want, got) << "mode " << mode;
-    EXPECT_EQ(wantVector, vector) << "mode " << mode;
-    EXPECT_EQ(wantFiltered, filtered) << "mode " << mode;
-    EXPECT_EQ(theirs, h) << "mode " << mode;
+    const Search given = {x, residual, response(random), lag, gain, subframe, mode};
+    const Search want = theirs(given);
+    const Search got = ours(given);
+    EXPECT_EQ(want.words, got.words) << "mode " << mode;
+    EXPECT_EQ(want.vector, got.vector) << "mode " << mode;
+    EXPECT_EQ(want.filtered, got.filtered) << "mode " << mode;
+    EXPECT_EQ(want.h, got.h) << "mode " << mode;
 }
 
 TEST(AmrAlgebraicSearchOracle, HasTheSameBitsAtAllRates) {
@@ -91,8 +104,6 @@ TEST(AmrAlgebraicSearchOracle, HasTheSameBitsAtAllRates) {
 // Where pulses' shares of a ringing response leave 32 bits, each saturates the sum by itself, in the order of the
 // search. The other codec's does not at 12.2.
 TEST(AmrAlgebraicSearchOracle, FilteredVectorSaturatesPulseByPulse) {
-    AmrTables tables = {};
-    get_const_tbls(&tables);
     std::mt19937 random(9);
     int saturated = 0;
     for (int round = 0; round < 400; ++round) {
@@ -109,24 +120,13 @@ TEST(AmrAlgebraicSearchOracle, FilteredVectorSaturatesPulseByPulse) {
             x[i] = static_cast<int16_t>(x[i] + h[40 + i] * static_cast<int>(i) / 100);
             residual[i] = static_cast<int16_t>(residual[i] + x[i] / 8);
         }
-        Samples theirs = h;
-        Samples wantVector(40);
-        Samples wantFiltered(40);
-        Samples want(16);
-        int16_t* words = want.data();
-        int overflow = 0;
-        const auto subframe = static_cast<int16_t>(round % 4);
-        cbsearch(x.data(), theirs.data() + 40, 60, 0, 0, residual.data(), wantVector.data(), wantFiltered.data(),
-                 &words, mode, subframe, &tables, &overflow);
-        Samples vector(40);
-        Samples filtered(40);
-        Samples got(16);
-        ASSERT_EQ(vekStsNoErr,
-                  veksAlgebraicCodebookSearch_GSMAMR_16s(60, 0, x.data(), residual.data(), h.data() + 40, vector.data(),
-                                                         filtered.data(), got.data(), subframe, kRates[mode]));
-        ASSERT_EQ(wantVector, vector) << "mode " << mode << " round " << round;
-        ASSERT_EQ(wantFiltered, filtered) << "mode " << mode << " round " << round;
-        saturated += std::count_if(filtered.begin(), filtered.end(), [](int v) { return v > 30000 || v < -30000; }) > 0;
+        const Search given = {x, residual, h, 60, 0, static_cast<int16_t>(round % 4), mode};
+        const Search want = theirs(given);
+        const Search got = ours(given);
+        ASSERT_EQ(want.vector, got.vector) << "mode " << mode << " round " << round;
+        ASSERT_EQ(want.filtered, got.filtered) << "mode " << mode << " round " << round;
+        saturated +=
+            std::count_if(got.filtered.begin(), got.filtered.end(), [](int v) { return v > 30000 || v < -30000; }) > 0;
     }
     EXPECT_GT(saturated, 50);
 }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "samples.h"
 #include "sc/common/fixmath.h"
 #include "vekdefs.h"
 
@@ -33,7 +34,6 @@ extern const int16_t ph_imp_mid[];
 
 namespace amr {
 
-using Samples = std::vector<int16_t>;
 using Octets = std::array<uint8_t, 32>;
 
 constexpr int kFrame = 160;

@@ -67,10 +67,7 @@ TEST(AmrChainOracle, CoderHasThemAtAllLevelsOfSound) {
 TEST(AmrChainOracle, CoderHasThemInTones) {
     int limited = 0;
     for (const double frequency : {0.21, 0.9, 1.7}) {
-        Samples x(size_t{kFrame} * 100);
-        for (size_t i = 0; i < x.size(); ++i) {
-            x[i] = static_cast<int16_t>(9000 * std::sin(frequency * static_cast<double>(i)));
-        }
+        const Samples x = tone(size_t{kFrame} * 100, frequency);
         for (int mode = 0; mode < kRates; ++mode) {
             SCOPED_TRACE(kNames[mode] + std::string(" at ") + std::to_string(frequency));
             limited += expectSameParameters(x, [mode](int) { return mode; });

@@ -10,6 +10,7 @@
 #include <random>
 #include <vector>
 
+#include "samples.h"
 #include "vekcore.h"
 #include "veksc.h"
 
@@ -91,8 +92,6 @@ extern const int16_t past_rq_init[80];
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 constexpr VekSpchBitRate kRates[9] = {VEK_SPCHBR_4750,  VEK_SPCHBR_5150,  VEK_SPCHBR_5900,
                                       VEK_SPCHBR_6700,  VEK_SPCHBR_7400,  VEK_SPCHBR_7950,
                                       VEK_SPCHBR_10200, VEK_SPCHBR_12200, VEK_SPCHBR_DTX};
@@ -100,15 +99,7 @@ constexpr int k1220 = 7;
 constexpr int kDtx = 8;
 
 int pick(std::mt19937& random, int count) {
-    return std::uniform_int_distribution<int>(0, count - 1)(random);
-}
-
-Samples noise(std::mt19937& random, size_t n, int level) {
-    Samples x(n);
-    for (int16_t& v : x) {
-        v = static_cast<int16_t>(std::uniform_int_distribution<int>(-level, level)(random));
-    }
-    return x;
+    return ::pick(random, 0, count - 1);
 }
 
 int16_t clip(double v) {

@@ -1,33 +1,33 @@
-// Uniform noise for the tests against independent codecs.
+// Noise by its seed, and responses, for the tests against independent codecs.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <random>
-#include <vector>
+#include "samples.h"
 
-inline int pick(std::mt19937& random, int low, int high) {
-    return std::uniform_int_distribution<int>(low, high)(random);
-}
-
-/// n samples from low to high.
-inline std::vector<int16_t> noise(std::mt19937& random, int n, int low, int high) {
-    std::vector<int16_t> v(static_cast<size_t>(n));
-    for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random, low, high));
-    }
-    return v;
-}
+#include <cmath>
+#include <numbers>
+#include <numeric>
 
 /// n samples of magnitudes up to `peak`, the same for the same seed.
-inline std::vector<int16_t> noise(unsigned seed, int n, int peak) {
+inline Samples noise(unsigned seed, int n, int peak) {
     std::mt19937 random(seed);
-    return noise(random, n, -peak, peak);
+    return noise(random, n, peak);
+}
+
+/// Falling cosines, Q15, whose angles lie as far apart as these gaps over half a circle tell.
+inline Samples spectralPairs(const std::vector<double>& gaps) {
+    const double sum = std::accumulate(gaps.begin(), gaps.end(), 0.0);
+    Samples lsp;
+    double at = 0;
+    for (size_t i = 0; i + 1 < gaps.size(); ++i) {
+        at += gaps[i] * std::numbers::pi / sum;
+        lsp.push_back(static_cast<int16_t>(std::lround(32767 * std::cos(at))));
+    }
+    return lsp;
 }
 
 /// A decaying impulse response of 40 samples, Q12, with noise up to `level` after its first one.
-inline std::vector<int16_t> decayingResponse(std::mt19937& random, int level) {
-    std::vector<int16_t> h = noise(random, 40, -level, level);
+inline Samples decayingResponse(std::mt19937& random, int level) {
+    Samples h = noise(random, 40, -level, level);
     for (size_t i = 1; i < h.size(); ++i) {
         h[i] = static_cast<int16_t>(h[i] * 4 / static_cast<int>(4 + i));
     }

@@ -1,5 +1,4 @@
-// A decoder of libavcodec by its public interface, packet by packet. ORACLE_AVCODEC tells that the package is
-// installed.
+// Codecs of libavcodec by its public interface, packet by packet. ORACLE_AVCODEC tells that the package is installed.
 #pragma once
 
 #if __has_include(<libavcodec/avcodec.h>)
@@ -14,27 +13,46 @@ extern "C" {
 #include <libavutil/channel_layout.h>
 }
 
-class OpenDecoder {
+/// What coders and decoders of one channel have in common.
+class OpenCodec {
 public:
-    OpenDecoder(AVCodecID id, int sampleRate) : m_packet(av_packet_alloc()), m_frame(av_frame_alloc()) {
-        const AVCodec* const codec = avcodec_find_decoder(id);
+    OpenCodec(const OpenCodec&) = delete;
+    OpenCodec& operator=(const OpenCodec&) = delete;
+
+    bool open() const { return m_open; }
+
+protected:
+    /// `set` has the context before it is opened.
+    template <class Set>
+    OpenCodec(const AVCodec* codec, int sampleRate, Set set) : m_packet(av_packet_alloc()), m_frame(av_frame_alloc()) {
         if (codec == nullptr) {
             return;
         }
         m_context = avcodec_alloc_context3(codec);
         m_context->sample_rate = sampleRate;
         av_channel_layout_default(&m_context->ch_layout, 1);
+        set(*m_context);
         m_open = avcodec_open2(m_context, codec, nullptr) == 0;
     }
-    ~OpenDecoder() {
+    ~OpenCodec() {
         av_packet_free(&m_packet);
         av_frame_free(&m_frame);
         avcodec_free_context(&m_context);
     }
-    OpenDecoder(const OpenDecoder&) = delete;
-    OpenDecoder& operator=(const OpenDecoder&) = delete;
 
-    bool open() const { return m_open; }
+    AVCodecContext* m_context = nullptr;
+    AVPacket* m_packet;
+    AVFrame* m_frame;
+
+private:
+    bool m_open = false;
+};
+
+class OpenDecoder : public OpenCodec {
+public:
+    OpenDecoder(AVCodecID id, int sampleRate) : OpenDecoder(id, sampleRate, [](AVCodecContext&) {}) {}
+    template <class Set>
+    OpenDecoder(AVCodecID id, int sampleRate, Set set) : OpenCodec(avcodec_find_decoder(id), sampleRate, set) {}
 
     /// The samples of a packet, of the type that the decoder gives; none where it refuses the packet.
     template <class Sample>
@@ -52,12 +70,6 @@ public:
         const auto* const first = reinterpret_cast<const Sample*>(m_frame->extended_data[0]);
         return {first, first + m_frame->nb_samples};
     }
-
-private:
-    AVCodecContext* m_context = nullptr;
-    AVPacket* m_packet;
-    AVFrame* m_frame;
-    bool m_open = false;
 };
 
 #endif

@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "samples.h"
 #include "statememory.h"
 #include "veksc.h"
 
@@ -15,22 +16,11 @@
 
 namespace {
 
-using Floats = std::vector<float>;
-
 alignas(16) char g_stack[1 << 16];
-
-Floats noise(std::mt19937& random, size_t n, float peak) {
-    std::uniform_real_distribution<float> pick(-peak, peak);
-    Floats x(n);
-    for (float& v : x) {
-        v = pick(random);
-    }
-    return x;
-}
 
 // Autocorrelations of coloured noise, the first one raised a little.
 Floats autocorrelations(std::mt19937& random, size_t order) {
-    Floats x = noise(random, 240, 1000);
+    Floats x = floats(random, 240, 1000);
     std::uniform_real_distribution<float> pick(-0.8F, 0.9F);
     const float colour = pick(random);
     for (size_t i = 1; i < x.size(); ++i) {
@@ -99,7 +89,7 @@ TEST(RtaOracle, TheCoefficientsOfAnotherCodec) {
     for (int order = 4; order <= 16; order += 2) {
         for (int round = 0; round < 100; ++round) {
             const auto n = static_cast<size_t>(order);
-            Floats lsp = noise(random, n, 0.4F);
+            Floats lsp = floats(random, n, 0.4F);
             for (size_t i = 0; i < n; ++i) {
                 lsp[i] = static_cast<float>((i + 1 + lsp[i]) * std::numbers::pi / (n + 1.0));
             }
@@ -121,7 +111,7 @@ TEST(RtaOracle, TheSplitOfAnotherCodecWithOurTaps) {
     ASSERT_EQ(vekStsNoErr, veksQMFInit_RTA_32f(state));
     Floats memory(64);
     // Their newest sample of a pair is our older one.
-    Floats x = noise(random, 20 * 80 + 1, 32768);
+    Floats x = floats(random, 20 * 80 + 1, 32768);
     x[0] = 0;
     for (int frame = 0; frame < 20; ++frame) {
         Floats low(40);
@@ -146,8 +136,8 @@ TEST(RtaOracle, TheReunionOfAnotherCodecWithOurTaps) {
     Floats memory1(64);
     Floats memory2(64);
     for (int frame = 0; frame < 20; ++frame) {
-        const Floats low = noise(random, 40, 32768);
-        const Floats high = noise(random, 40, 32768);
+        const Floats low = floats(random, 40, 32768);
+        const Floats high = floats(random, 40, 32768);
         Floats y(80);
         Floats theirs(80);
         ASSERT_EQ(vekStsNoErr, veksQMFDecode_RTA_32f(low.data(), high.data(), 40, y.data(), state));
@@ -178,7 +168,7 @@ TEST(RtaOracle, TheRecursionOfAnotherCodecWithOurBandPass) {
     Floats memory(8);
     Floats state(3);
     for (int frame = 0; frame < 20; ++frame) {
-        Floats x = noise(random, 80, 1000);
+        Floats x = floats(random, 80, 1000);
         Floats in = x;
         std::transform(in.begin(), in.end(), in.begin(), [&](float v) { return static_cast<float>(gain * v); });
         Floats theirs(80);

@@ -35,8 +35,6 @@ extern "C" void voAWB_Convolve(int16_t* x, int16_t* h, int16_t* y, int16_t n);
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 TEST(SignalOracle, AutocorrelationHasTheBitsOfTheVoiceEngine) {
 #ifdef ORACLE_VOICE
     WebRtcSpl_Init();

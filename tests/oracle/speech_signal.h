@@ -10,6 +10,15 @@
 #include <random>
 #include <vector>
 
+// A lasting tone of so many radians a sample.
+inline std::vector<int16_t> tone(size_t length, double frequency) {
+    std::vector<int16_t> x(length);
+    for (size_t i = 0; i < x.size(); ++i) {
+        x[i] = static_cast<int16_t>(9000 * std::sin(frequency * static_cast<double>(i)));
+    }
+    return x;
+}
+
 // Speech-like: voiced stretches with a moving pitch and formants, unvoiced ones, pauses with faint noise.
 inline std::vector<int16_t> speechLike(size_t length) {
     std::mt19937 random(729);

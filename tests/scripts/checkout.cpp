@@ -1,6 +1,7 @@
 #include "checkout.h"
 
 #include <filesystem>
+#include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
 
@@ -67,4 +68,10 @@ void Checkout::takeAway(const std::string& command) const {
 
 void Checkout::forgetCalls() const {
     fs::remove(m_home.file("calls"));
+}
+
+void expectTyped(const Checkout& checkout, const std::string& command, const std::string& told, int exitCode) {
+    const RigResult result = checkout.type(command);
+    EXPECT_EQ(told, result.out);
+    EXPECT_EQ(exitCode, result.exitCode);
 }

@@ -31,3 +31,6 @@ private:
     static const std::string s_folder;
     RigDirectory m_home;
 };
+
+/// What a command tells when it is typed in the checkout, and its exit status.
+void expectTyped(const Checkout& checkout, const std::string& command, const std::string& told, int exitCode);

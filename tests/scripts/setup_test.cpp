@@ -27,24 +27,18 @@ TEST(ScriptsRun, AFailedBuildShowsItsLogAndOneLine) {
     const Checkout checkout;
     checkout.type("./run");
     checkout.standIn("cmake", "[ $1 != --build ] || { echo 'one.cpp:1: error: no'; exit 1; }\n");
-    const RigResult result = checkout.type("./run");
-    EXPECT_EQ("Building build\none.cpp:1: error: no\n./run: the build failed\n", result.out);
-    EXPECT_EQ(1, result.exitCode);
+    expectTyped(checkout, "./run", "Building build\none.cpp:1: error: no\n./run: the build failed\n", 1);
 }
 
 TEST(ScriptsRun, AFolderThatCannotBeWrittenIsToldInOneLine) {
     const Checkout checkout;
     checkout.write("build", "a file of that name");
-    const RigResult result = checkout.type("./run");
-    EXPECT_EQ("./run: can't write to " + checkout.path() + "/build\n", result.out);
-    EXPECT_EQ(1, result.exitCode);
+    expectTyped(checkout, "./run", "./run: can't write to " + checkout.path() + "/build\n", 1);
 }
 
 TEST(ScriptsLab, OnlyTheProgramWritesToStandardOutput) {
     const Checkout checkout;
-    const RigResult result = checkout.type("./krlab doctor 'a b' 2>/dev/null");
-    EXPECT_EQ("<doctor><a b>\n", result.out);
-    EXPECT_EQ(3, result.exitCode);
+    expectTyped(checkout, "./krlab doctor 'a b' 2>/dev/null", "<doctor><a b>\n", 3);
 }
 
 TEST(ScriptsFolder, OneOfAnotherCheckoutIsRefusedAndKept) {
@@ -244,8 +238,6 @@ TEST(ScriptsTest, AFailedStageIsInTheTableAndEndsTheTest) {
 
 TEST(ScriptsTest, AnUnknownWordIsToldWithThoseThatThereAre) {
     const Checkout checkout;
-    const RigResult result = checkout.type("./test --fast");
-    EXPECT_EQ("./test: unknown: --fast (./test [--quick] [--affected[=COMMIT]] [--clang] [--tidy[=COMMIT]])\n",
-              result.out);
-    EXPECT_EQ(1, result.exitCode);
+    expectTyped(checkout, "./test --fast",
+                "./test: unknown: --fast (./test [--quick] [--affected[=COMMIT]] [--clang] [--tidy[=COMMIT]])\n", 1);
 }

@@ -31,6 +31,11 @@ void makeHistory(const Checkout& checkout) {
     ASSERT_EQ(0, made.exitCode) << made.out;
 }
 
+class History : public Checkout {
+public:
+    History() { makeHistory(*this); }
+};
+
 /// The files that clang-tidy was called for, sorted.
 std::string lookedAt(const Checkout& checkout) {
     return checkout.type("sed -nE 's|^clang-tidy .*/(.*cpp)$|\\1|p' ../calls | sort | tr '\\n' ' '").out;
@@ -39,8 +44,7 @@ std::string lookedAt(const Checkout& checkout) {
 } // namespace
 
 TEST(ScriptsTidy, OnlyWhatDiffersIsLookedAtAndAHeaderByOneOfItsUsers) {
-    const Checkout checkout;
-    makeHistory(checkout);
+    const History checkout;
     checkout.standIn("clang-tidy", "");
     const RigResult since = checkout.type("cmake/tidy.sh build-tidy HEAD~1");
     EXPECT_EQ("clang-tidy: 2 files looked at\n", since.out);
@@ -51,33 +55,25 @@ TEST(ScriptsTidy, OnlyWhatDiffersIsLookedAtAndAHeaderByOneOfItsUsers) {
 }
 
 TEST(ScriptsTidy, WhatItTellsOfAFileIsShownAndFails) {
-    const Checkout checkout;
-    makeHistory(checkout);
+    const History checkout;
     checkout.standIn("clang-tidy", "case $* in *one.cpp) echo 'one.cpp:1: error: bad'; exit 1 ;; esac\n");
-    const RigResult result = checkout.type("cmake/tidy.sh build-tidy");
-    EXPECT_EQ("one.cpp:1: error: bad\nclang-tidy: 3 files looked at\n", result.out);
-    EXPECT_EQ(1, result.exitCode);
+    expectTyped(checkout, "cmake/tidy.sh build-tidy", "one.cpp:1: error: bad\nclang-tidy: 3 files looked at\n", 1);
 }
 
 TEST(ScriptsTidy, WhenTimeIsUpTheRestIsLeftOutAndTold) {
-    const Checkout checkout;
-    makeHistory(checkout);
+    const History checkout;
     checkout.standIn("clang-tidy", "");
     const RigResult result = checkout.type("KR_TIDY_MINUTES=0 cmake/tidy.sh build-tidy");
     EXPECT_EQ("clang-tidy: 0 files looked at, 3 left out for want of time\n", result.out);
 }
 
 TEST(ScriptsTidy, ACommitThatIsNotThereIsTold) {
-    const Checkout checkout;
-    makeHistory(checkout);
-    const RigResult result = checkout.type("cmake/tidy.sh build-tidy HEAD~9");
-    EXPECT_EQ("tidy.sh: no such commit: HEAD~9\n", result.out);
-    EXPECT_EQ(2, result.exitCode);
+    const History checkout;
+    expectTyped(checkout, "cmake/tidy.sh build-tidy HEAD~9", "tidy.sh: no such commit: HEAD~9\n", 2);
 }
 
 TEST(ScriptsClang, BuildAndTidyAreStagesOfTheirOwn) {
-    const Checkout checkout;
-    makeHistory(checkout);
+    const History checkout;
     checkout.standIn("clang++", "");
     checkout.standIn("clang-tidy", "case $* in --version) echo '  Debian LLVM version 14.0.6' ;; esac\n");
     checkout.forgetCalls();
@@ -90,8 +86,7 @@ TEST(ScriptsClang, BuildAndTidyAreStagesOfTheirOwn) {
 }
 
 TEST(ScriptsClang, TidyOfAnotherVersionLooksAtNothingAndSaysSo) {
-    const Checkout checkout;
-    makeHistory(checkout);
+    const History checkout;
     checkout.standIn("clang-tidy", "case $* in --version) echo '  Debian LLVM version 15.0.6' ;; *) exit 1 ;; esac\n");
     const RigResult result = checkout.type("./test --tidy");
     EXPECT_EQ(0, result.exitCode) << result.out;
@@ -102,9 +97,8 @@ TEST(ScriptsClang, WhereTheyAreMissingALineSaysSoAndNothingFails) {
     const Checkout checkout;
     checkout.standIn("dpkg", "exit 1\n");
     checkout.standIn("id", "echo 1000\n");
-    const RigResult result = checkout.type("./test --clang --tidy");
-    EXPECT_EQ("Not installed, nothing is built with Clang: clang\n"
-              "Not installed, clang-tidy looks at nothing: clang clang-tidy\n",
-              result.out);
-    EXPECT_EQ(0, result.exitCode);
+    expectTyped(checkout, "./test --clang --tidy",
+                "Not installed, nothing is built with Clang: clang\n"
+                "Not installed, clang-tidy looks at nothing: clang clang-tidy\n",
+                0);
 }

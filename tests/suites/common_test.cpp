@@ -139,36 +139,20 @@ TEST(CommonSuiteData, TheResidualFilterHasItsLengthBeforeTheSubframe) {
 }
 
 TEST(CommonSuiteUser, ValuesReplaceTheGrid) {
-    g_istrm.dataList().set("lenght=20; 40; +20");
-    krResult result = krUndefined;
-    const std::vector<std::string> lines = runOnce(*findTest("veksConvPartial_16s32s"), result);
-    g_istrm.dataList().clear();
-    ASSERT_EQ(lines.size(), 2U);
-    EXPECT_EQ(cells(lines[0], 3, 3), "20");
-    EXPECT_EQ(cells(lines[1], 3, 3), "40");
+    EXPECT_EQ(runOnce("veksConvPartial_16s32s", {"lenght=20; 40; +20"}).columns(3, 3),
+              (std::vector<std::string>{"20", "40"}));
 }
 
 TEST(CommonSuiteUser, ListThatIsNotAdmissibleLeavesTheGrid) {
-    g_istrm.dataList().set("lenght=11; 12");
-    krResult result = krUndefined;
-    const std::vector<std::string> lines = runOnce(*findTest("veksInterpolateC_NR_G729_16s_Sfs"), result);
-    g_istrm.dataList().clear();
-    EXPECT_EQ(lines.size(), 24U);
+    EXPECT_EQ(runOnce("veksInterpolateC_NR_G729_16s_Sfs", {"lenght=11; 12"}).lines.size(), 24U);
 }
 
 TEST(CommonSuiteUser, SizeThatTheLibraryRefusesEndsTheTestAsFunctionError) {
-    g_istrm.dataList().set("lenght=11");
-    krResult result = krUndefined;
-    const std::vector<std::string> lines = runOnce(*findTest("veksLagWindow_G729_32s_I"), result);
-    g_istrm.dataList().clear();
-    EXPECT_EQ(result, krFuncFail);
-    EXPECT_TRUE(lines.empty());
+    const SuiteRun run = runOnce("veksLagWindow_G729_32s_I", {"lenght=11"});
+    EXPECT_EQ(run.result, krFuncFail);
+    EXPECT_TRUE(run.lines.empty());
 }
 
 TEST(CommonSuiteUser, StepBeyondItsLimitIsAnEmptyGrid) {
-    g_istrm.dataList().set("lenght=0");
-    krResult result = krUndefined;
-    runOnce(*findTest("veksConvPartial_16s32s"), result);
-    g_istrm.dataList().clear();
-    EXPECT_EQ(result, krDataFail);
+    EXPECT_EQ(runOnce("veksConvPartial_16s32s", {"lenght=0"}).result, krDataFail);
 }

@@ -32,15 +32,13 @@ const GridCase gridCases[] = {
     {"veksFIRSubbandCoeffUpdate_EC_32sc_I", 60, "32,8,1,-,-,-", "64,32,31,-,-,-", "p_firsubbandcoeff", false, 2048},
 };
 
-// A value of one column over all lines.
-std::vector<std::string> column(const char* function, int index) {
-    krTest* test = findTest(function);
-    krResult result = krUndefined;
-    std::vector<std::string> values;
-    for (const std::string& line : runOnce(*test, result)) {
-        values.push_back(cells(line, index, index));
+// The scale factors over all lines: each in so many of them, and then again from the first.
+void expectScales(const char* function, size_t lines, size_t each, const std::vector<std::string>& scales) {
+    const auto values = runOnce(function).columns(8, 8);
+    ASSERT_EQ(lines, values.size());
+    for (size_t i = 0; i < lines; ++i) {
+        EXPECT_EQ(scales[i / each % scales.size()], values[i]) << i;
     }
-    return values;
 }
 
 } // namespace
@@ -62,21 +60,11 @@ TEST(EcSuiteNames, StandInTheColumnsOfTheirValues) {
 
 // Scale factors are walked outside the start of the subbands.
 TEST(EcSuiteScales, OfTheLowFilterAre0And16And20) {
-    const auto values = column("veksFIRSubbandLow_EC_32sc_Sfs", 8);
-    ASSERT_EQ(180U, values.size());
-    EXPECT_EQ("0", values[0]);
-    EXPECT_EQ("16", values[3]);
-    EXPECT_EQ("20", values[6]);
-    EXPECT_EQ("0", values[9]);
+    expectScales("veksFIRSubbandLow_EC_32sc_Sfs", 180, 3, {"0", "16", "20"});
 }
 
 TEST(EcSuiteScales, OfTheFullFilterAreMinus16And0And16) {
-    const auto values = column("veksFIRSubband_EC_32sc_Sfs", 8);
-    ASSERT_EQ(60U, values.size());
-    EXPECT_EQ("-16", values[0]);
-    EXPECT_EQ("0", values[1]);
-    EXPECT_EQ("16", values[2]);
-    EXPECT_EQ("-16", values[3]);
+    expectScales("veksFIRSubband_EC_32sc_Sfs", 60, 1, {"-16", "0", "16"});
 }
 
 // A state that a first test had left behind would be lost.
@@ -85,10 +73,7 @@ TEST(EcSuiteStates, OfOneTestAreNotSeenByTheNext) {
         for (const char* function : {"veksToneDetect_EC_16s", "veksSubbandAnalysis_32f32fc",
                                      "veksFullbandController_EC_32f", "veksSubbandController_EC_16s", "veksFIR_EC_32f",
                                      "veksSubbandControllerDT_EC_16s", "veksSubbandControllerDTUpdate_EC_16s"}) {
-            krTest* test = findTest(function);
-            krResult result = krUndefined;
-            runOnce(*test, result);
-            EXPECT_EQ(krOk, result) << function;
+            EXPECT_EQ(krOk, runOnce(function).result) << function;
             EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr) << function;
         }
     }

@@ -69,12 +69,8 @@ TEST(G723SuiteUser, MayAskForTheRatesOfTheCodecOnly) {
         {"veksAutoCorr_G723_16s", 2, 1},
     };
     for (const auto& row : rows) {
-        krResult result = krUndefined;
-        g_istrm.dataList().set("BitRate=BR_5300");
-        EXPECT_EQ(runOnce(*findTest(row.function), result).size(), row.ofOneRate) << row.function;
-        g_istrm.dataList().set("BitRate=BR_12200");
-        EXPECT_EQ(runOnce(*findTest(row.function), result).size(), row.all) << row.function;
-        g_istrm.dataList().clear();
+        EXPECT_EQ(runOnce(row.function, {"BitRate=BR_5300"}).lines.size(), row.ofOneRate) << row.function;
+        EXPECT_EQ(runOnce(row.function, {"BitRate=BR_12200"}).lines.size(), row.all) << row.function;
     }
 }
 
@@ -86,6 +82,16 @@ using Values = std::vector<double>;
 
 Values firstOf(const Values& values, int count) {
     return {values.begin(), values.begin() + count};
+}
+
+// Before each call `data` is this input, and the call overwrites it.
+void expectRestored(SuiteLine& line, int data, const Values& input) {
+    line.restore();
+    EXPECT_EQ(line.values(data), input);
+    EXPECT_EQ(line.call(), 0);
+    EXPECT_NE(line.values(data), input);
+    line.restore();
+    EXPECT_EQ(line.values(data), input);
 }
 
 } // namespace
@@ -136,12 +142,7 @@ TEST(G723SuiteData, GainControlBeginsEachCallWithItsWholeInput) {
     const Values input = line.values(1);
     expectRandom(input, -32768, 32767);
     EXPECT_EQ(line.values(0), Values(60, 0));
-    line.restore();
-    EXPECT_EQ(line.values(0), input);
-    EXPECT_EQ(line.call(), 0);
-    EXPECT_NE(line.values(0), input);
-    line.restore();
-    EXPECT_EQ(line.values(0), input);
+    expectRestored(line, 0, input);
 }
 
 TEST(G723SuiteData, HarmonicNoiseBeginsEachCallWithItsWholeInput) {
@@ -150,12 +151,7 @@ TEST(G723SuiteData, HarmonicNoiseBeginsEachCallWithItsWholeInput) {
     const Values input = line.values(0);
     EXPECT_EQ(line.vector(1).size(), 770);
     expectRandom(line.values(2), -8192, 8192);
-    line.restore();
-    EXPECT_EQ(line.values(1), input);
-    EXPECT_EQ(line.call(), 0);
-    EXPECT_NE(line.values(1), input);
-    line.restore();
-    EXPECT_EQ(line.values(1), input);
+    expectRestored(line, 1, input);
 }
 
 TEST(G723SuiteData, TiltCompensationWritesWordsOf16Bits) {

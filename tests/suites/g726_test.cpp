@@ -36,14 +36,8 @@ TEST(G726SuiteNames, StandInTheColumnsOfTheirValues) {
 }
 
 TEST(G726SuiteUser, MayAskForTheRatesOfTheCodecOnly) {
-    g_istrm.dataList().set("BitRate=BR_32000");
-    krResult result = krUndefined;
-    const std::vector<std::string> lines = runOnce(*findTest("veksEncode_G726_16s8u"), result);
-    g_istrm.dataList().set("BitRate=BR_12200");
-    const std::vector<std::string> all = runOnce(*findTest("veksEncode_G726_16s8u"), result);
-    g_istrm.dataList().clear();
-    EXPECT_EQ(lines.size(), 4U);
-    EXPECT_EQ(all.size(), 16U);
+    EXPECT_EQ(runOnce("veksEncode_G726_16s8u", {"BitRate=BR_32000"}).lines.size(), 4U);
+    EXPECT_EQ(runOnce("veksEncode_G726_16s8u", {"BitRate=BR_12200"}).lines.size(), 16U);
 }
 
 TEST(G726SuiteData, CodesHaveTwoBits) {

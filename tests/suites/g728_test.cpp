@@ -27,12 +27,10 @@ SUITE_GRIDS(G728Suites, gridCases)
 TEST(G728SuiteTrellis, PrintsNoParameterAndNoUnit) {
     krTest* test = findTest("veksCodebookSearchTCQ_G728_16s8u");
     ASSERT_NE(test, nullptr);
-    krResult result = krUndefined;
-    const std::vector<std::string> lines = runOnce(*test, result);
-    EXPECT_EQ(result, krOk);
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(cells(lines.front(), 3, 8), "-,-,-,-,-,-");
-    EXPECT_EQ(cells(lines.front(), 11, 11), " ");
+    const SuiteRun run = runOnce("veksCodebookSearchTCQ_G728_16s8u");
+    EXPECT_EQ(run.result, krOk);
+    EXPECT_EQ(run.columns(3, 8), (std::vector<std::string>{"-,-,-,-,-,-"}));
+    EXPECT_EQ(run.columns(11, 11), (std::vector<std::string>{" "}));
     EXPECT_EQ(test->m_srcName, "p_g728j_tcq");
     EXPECT_EQ(test->m_funcInit, nullptr);
     EXPECT_EQ(test->getDivisor(), 5);

@@ -18,15 +18,6 @@ const GridCase gridCases[] = {
     {"veksPostFilter_GSMAMR_16s", 9, "BR_4750,-,-,-,-,-", "BR_DTX,-,-,-,-,-", "p_sapost", true, 160},
 };
 
-std::vector<std::string> parameters(const char* function, int first, int last) {
-    krResult result = krUndefined;
-    std::vector<std::string> values;
-    for (const std::string& line : runOnce(*findTest(function), result)) {
-        values.push_back(cells(line, first, last));
-    }
-    return values;
-}
-
 } // namespace
 
 SUITE_GRIDS(GsmAmrSuites, gridCases)
@@ -56,7 +47,7 @@ TEST(GsmAmrSuiteData, TheSearchFindsAnImpulseAsItsResponseInEachCall) {
 }
 
 TEST(GsmAmrSuiteGrids, SubframesTurnFastestThenRatesThenTheBadFrame) {
-    const std::vector<std::string> lines = parameters("veksAdaptiveCodebookDecode_GSMAMR_16s", 3, 5);
+    const std::vector<std::string> lines = runOnce("veksAdaptiveCodebookDecode_GSMAMR_16s").columns(3, 5);
     ASSERT_EQ(lines.size(), 64U);
     EXPECT_EQ(lines[3], "0,BR_4750,3");
     EXPECT_EQ(lines[4], "0,BR_5150,0");
@@ -65,11 +56,11 @@ TEST(GsmAmrSuiteGrids, SubframesTurnFastestThenRatesThenTheBadFrame) {
 }
 
 TEST(GsmAmrSuiteGrids, PreemphasisDoublesItsLength) {
-    EXPECT_EQ(parameters("veksPreemphasize_GSMAMR_16s", 3, 3), (std::vector<std::string>{"10", "20", "40", "80"}));
+    EXPECT_EQ(runOnce("veksPreemphasize_GSMAMR_16s").columns(3, 3), (std::vector<std::string>{"10", "20", "40", "80"}));
 }
 
 TEST(GsmAmrSuiteGrids, RatesAreInTheOrderOfTheirList) {
-    EXPECT_EQ(parameters("veksPostFilter_GSMAMR_16s", 3, 3),
+    EXPECT_EQ(runOnce("veksPostFilter_GSMAMR_16s").columns(3, 3),
               (std::vector<std::string>{"BR_4750", "BR_5150", "BR_5900", "BR_6700", "BR_7400", "BR_7950", "BR_10200",
                                         "BR_12200", "BR_DTX"}));
 }

@@ -5,6 +5,7 @@
 #include "vkc.h"
 
 #include <cstdlib>
+#include <initializer_list>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -58,4 +59,32 @@ inline std::string cells(const std::string& line, int first, int last) {
         }
     }
     return part;
+}
+
+/// What a run of one function over its grid came to.
+struct SuiteRun {
+    krResult result = krUndefined;
+    std::vector<std::string> lines;
+
+    /// Cells `first` to `last` of each line.
+    std::vector<std::string> columns(int first, int last) const {
+        std::vector<std::string> values;
+        for (const std::string& line : lines) {
+            values.push_back(cells(line, first, last));
+        }
+        return values;
+    }
+};
+
+/// The same with the values that a user gives, as "title=value".
+inline SuiteRun runOnce(const char* function, std::initializer_list<const char*> values = {}) {
+    for (const char* value : values) {
+        g_istrm.dataList().set(value);
+    }
+    SuiteRun run;
+    if (krTest* test = findTest(function); test != nullptr) {
+        run.lines = runOnce(*test, run.result);
+    }
+    g_istrm.dataList().clear();
+    return run;
 }

@@ -114,3 +114,5 @@ inline int runTests(int argc, char** argv, const std::set<std::string>& single) 
 }
 
 } // namespace kernellevels
+
+using kernellevels::atEveryLevel;

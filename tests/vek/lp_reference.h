@@ -12,6 +12,7 @@
 
 #include "kernellevels.h"
 #include "nullrefusal.h"
+#include "samples.h"
 
 namespace lpref {
 
@@ -72,17 +73,6 @@ inline std::vector<int16_t> synthesisWrapping(const std::vector<int16_t>& a, con
     }
     return {y.begin() + order, y.end()};
 }
-
-inline std::vector<int16_t> noise(std::mt19937& random, int n, int low, int high) {
-    std::uniform_int_distribution<int> pick(low, high);
-    std::vector<int16_t> v(n);
-    for (int16_t& e : v) {
-        e = static_cast<int16_t>(pick(random));
-    }
-    return v;
-}
-
-using kernellevels::atEveryLevel;
 
 // The response of a filter to a pulse: noise that falls off, a subframe of it.
 inline std::vector<int16_t> response(std::mt19937& random) {

@@ -12,10 +12,7 @@
 
 namespace pulseref {
 
-using lpref::atEveryLevel;
-using lpref::noise;
 using lpref::response;
-using Samples = std::vector<int16_t>;
 using Words = std::vector<int32_t>;
 using Reals = std::vector<float>;
 

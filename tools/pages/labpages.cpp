@@ -5,9 +5,7 @@
 #include "program.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <regex>
-#include <stdexcept>
 
 namespace {
 
@@ -186,11 +184,5 @@ void run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        run(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "labpages: %s\n", error.what());
-        return 1;
-    }
-    return 0;
+    return runPages("labpages", run, argc, argv);
 }

@@ -1,5 +1,6 @@
 #include "pagefiles.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -74,6 +75,16 @@ void writePages(const PageCall& call, const std::string& command, const Values& 
     write("bash", "bash-completion/completions/" + command, forBash);
     write("zsh", "zsh/site-functions/_" + command, forZsh);
     write("fish", "fish/vendor_completions.d/" + command + ".fish", forFish);
+}
+
+int runPages(const char* program, void (*run)(int, char**), int argc, char** argv) {
+    try {
+        run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s: %s\n", program, error.what());
+        return 1;
+    }
+    return 0;
 }
 
 } // namespace pages

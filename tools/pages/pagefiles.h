@@ -27,4 +27,7 @@ std::string filled(const std::string& text, const Values& values);
 void writePages(const PageCall& call, const std::string& command, const Values& forMan, const Values& forBash,
                 const Values& forZsh, const Values& forFish);
 
+/// Runs what writes pages; a failure is told in the program's name. Returns the exit status.
+int runPages(const char* program, void (*run)(int, char**), int argc, char** argv);
+
 } // namespace pages

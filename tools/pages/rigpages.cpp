@@ -2,9 +2,6 @@
 #include "pagefiles.h"
 #include "rigkeytable.h"
 
-#include <cstdio>
-#include <stdexcept>
-
 namespace {
 
 using namespace pages;
@@ -112,11 +109,5 @@ void run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        run(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "rigpages: %s\n", error.what());
-        return 1;
-    }
-    return 0;
+    return runPages("rigpages", run, argc, argv);
 }

@@ -3,14 +3,8 @@
 
 namespace {
 
-vkVector pSrcDstImpulseResponse;
-vkVector pSrcDstFltAdptVector;
-vkVector pSrcFixedTarget;
-vkVector pSrcLtpResidual;
-vkVector pDstFixedVector;
-vkVector pDstFltFixedVector;
-vkVector pDstCodebookIdx;
-vkVector pSrcImpulseResponse;
+vkVector pSrcDstImpulseResponse, pSrcDstFltAdptVector, pSrcFixedTarget, pSrcLtpResidual, pDstFixedVector,
+    pDstFltFixedVector, pDstCodebookIdx, pSrcImpulseResponse;
 krStepIterator<int> len;
 
 // A lag beyond the subframe leaves the response as it is from call to call.
@@ -23,13 +17,11 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_first = m_func.contains("veksAlgebraicCodebookSearchL1_G7291_16s");
         vkcRebuild(len, "len").setList({40});
-        m_grid.begin({&len});
         initVectors({&pSrcDstImpulseResponse, &pSrcDstFltAdptVector, &pSrcFixedTarget, &pSrcLtpResidual,
                      &pDstFixedVector, &pDstFltFixedVector, &pDstCodebookIdx, &pSrcImpulseResponse},
                     vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {
@@ -52,7 +44,7 @@ public:
     }
 
 private:
-    bool m_first = false;
+    const bool m_first = m_func.contains("veksAlgebraicCodebookSearchL1_G7291_16s");
 };
 
 } // namespace

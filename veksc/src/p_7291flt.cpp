@@ -3,13 +3,7 @@
 
 namespace {
 
-vkVector pSrcLowBand;
-vkVector pSrcHighBand;
-vkVector pDst;
-vkVector pSrc;
-vkVector pDstLowBand;
-vkVector pDstHighBand;
-vkVector pSrcDst;
+vkVector pSrcLowBand, pSrcHighBand, pDst, pSrc, pDstLowBand, pDstHighBand, pSrcDst;
 krStepIterator<int> len;
 vkcScaleIterator scaleFactor;
 Vek8u* pState;
@@ -23,25 +17,19 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_decode = m_func.contains("veksQMFDecode_G7291_16s");
-        m_encode = m_func.contains("veksQMFEncode_G7291_16s");
-        m_low = m_func.contains("veksFilterLowpass_G7291_16s_I");
-        m_high = m_func.contains("veksFilterHighpass_G7291_16s_ISfs");
         vkcRebuild(len, "len");
         vkcScales(scaleFactor, "scaleFactor", m_func, -1, 0, 1);
+        initVectors({&pSrcLowBand, &pSrcHighBand, &pDst, &pSrc, &pDstLowBand, &pDstHighBand, &pSrcDst}, vkArg::src);
         if (m_high) {
             len.setList({160});
-            m_grid.begin({&len, &scaleFactor});
-        } else {
-            if (m_encode) {
-                len.set(160, 320, 160, '+');
-            } else {
-                len.set(80, 160, 80, '+');
-            }
-            m_grid.begin({&len});
+            return walk({&len, &scaleFactor});
         }
-        initVectors({&pSrcLowBand, &pSrcHighBand, &pDst, &pSrc, &pDstLowBand, &pDstHighBand, &pSrcDst}, vkArg::src);
-        return true;
+        if (m_encode) {
+            len.set(160, 320, 160, '+');
+        } else {
+            len.set(80, 160, 80, '+');
+        }
+        return walk({&len});
     }
 
     bool makeData() override {
@@ -61,30 +49,23 @@ public:
         return pSrcDst.createVector(size, setRand, -128, 128);
     }
 
-    void flushData() override {
-        for (Vek8u** state : {&pState, &pStateHi, &pStateLo}) {
-            vkcFree(*state);
-        }
-        vkcGridTest::flushData();
-    }
-
     double getDivisor() override { return len.value(); }
 
     virtual bool makeStates() {
         if (m_high) {
-            return vkcMakeState(pStateHi, veksFilterHighpassGetStateSize_G7291_16s, veksFilterHighpassInit_G7291_16s);
+            return initState(pStateHi, veksFilterHighpassGetStateSize_G7291_16s, veksFilterHighpassInit_G7291_16s);
         }
         if (m_low) {
-            return vkcMakeState(pStateLo, veksFilterLowpassGetStateSize_G7291_16s, veksFilterLowpassInit_G7291_16s);
+            return initState(pStateLo, veksFilterLowpassGetStateSize_G7291_16s, veksFilterLowpassInit_G7291_16s);
         }
-        return vkcMakeState(pState, veksQMFGetStateSize_G7291_16s, veksQMFInit_G7291_16s);
+        return initState(pState, veksQMFGetStateSize_G7291_16s, veksQMFInit_G7291_16s);
     }
 
 private:
-    bool m_decode = false;
-    bool m_encode = false;
-    bool m_low = false;
-    bool m_high = false;
+    const bool m_decode = m_func.contains("veksQMFDecode_G7291_16s");
+    const bool m_encode = m_func.contains("veksQMFEncode_G7291_16s");
+    const bool m_low = m_func.contains("veksFilterLowpass_G7291_16s_I");
+    const bool m_high = m_func.contains("veksFilterHighpass_G7291_16s_ISfs");
 };
 
 } // namespace

@@ -3,21 +3,9 @@
 
 namespace {
 
-vkVector pSrcFixedTarget;
-vkVector pSrcFltFixedVector;
-vkVector parm;
-vkVector pQuantIndex;
-vkVector pSrcDstPrevLSF;
-vkVector pSrcDstLSF;
-vkVector pSrc;
-vkVector pSrcDst;
-vkVector pDst;
-krStepIterator<int> len;
-krStepIterator<int> subFrame;
-Vek16s pDstQGainIndex;
-Vek16s pDstQGain;
-Vek16s pGain;
-Vek16s pSmoothLevel;
+vkVector pSrcFixedTarget, pSrcFltFixedVector, parm, pQuantIndex, pSrcDstPrevLSF, pSrcDstLSF, pSrc, pSrcDst, pDst;
+krStepIterator<int> len, subFrame;
+Vek16s pDstQGainIndex, pDstQGain, pGain, pSmoothLevel;
 
 constexpr int subframeLength = 40;
 constexpr int history = 40;
@@ -31,22 +19,17 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_lsf = m_func.contains("veksLSFDecode_G7291_16s");
-        m_quant = m_func.contains("veksGainQuant_G7291_16s");
-        m_control = m_func.contains("veksGainControl_G7291_16s_I");
         const int size = m_lsf ? 10 : subframeLength;
         vkcRebuild(len, "len").setList({size});
-        if (m_quant) {
-            vkcRebuild(subFrame, "subFrame").set(1, 4, 1, '+');
-            m_grid.begin({&len, &subFrame});
-        } else {
-            vkcFix(subFrame, 1);
-            m_grid.begin({&len});
-        }
         initVectors({&pSrcFixedTarget, &pSrcFltFixedVector, &parm, &pQuantIndex, &pSrcDstPrevLSF, &pSrcDstLSF, &pSrc,
                      &pSrcDst, &pDst},
                     vkArg::src);
-        return true;
+        if (m_quant) {
+            vkcRebuild(subFrame, "subFrame").set(1, 4, 1, '+');
+            return walk({&len, &subFrame});
+        }
+        vkcFix(subFrame, 1);
+        return walk({&len});
     }
 
     bool makeData() override {
@@ -85,9 +68,9 @@ public:
     }
 
 private:
-    bool m_lsf = false;
-    bool m_quant = false;
-    bool m_control = false;
+    const bool m_lsf = m_func.contains("veksLSFDecode_G7291_16s");
+    const bool m_quant = m_func.contains("veksGainQuant_G7291_16s");
+    const bool m_control = m_func.contains("veksGainControl_G7291_16s_I");
 };
 
 } // namespace

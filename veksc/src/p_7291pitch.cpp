@@ -3,21 +3,10 @@
 
 namespace {
 
-vkVector pSrcDelay;
-vkVector pSrcDstPrevExcitation;
-vkVector pSrcAdptTarget;
-vkVector pSrcImpulseResponse;
-vkVector pSrcAdptVector;
-vkVector pDstFltAdptVector;
-vkVector pSrcPrevExcitation;
-vkVector pDstDelay;
-krStepIterator<int> len;
-krStepIterator<int> lag;
-krStepIterator<int> frac;
-krStepIterator<int> subFrame;
-Vek16s pResultAdptGain;
-Vek16s lagMin;
-Vek16s lagMax;
+vkVector pSrcDelay, pSrcDstPrevExcitation, pSrcAdptTarget, pSrcImpulseResponse, pSrcAdptVector, pDstFltAdptVector,
+    pSrcPrevExcitation, pDstDelay;
+krStepIterator<int> len, lag, frac, subFrame;
+Vek16s pResultAdptGain, lagMin, lagMax;
 
 // Past and frame of the excitation; the search reads past and one subframe of it.
 constexpr int excitation = 234;
@@ -28,8 +17,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_decode = m_func.contains("veksAdaptiveCodebookDecode_G7291_16s_I");
-        m_search = m_func.contains("veksAdaptiveCodebookSearch_G7291_16s");
         vkcRebuild(len, "len");
         vkcFix(lag, 20);
         vkcFix(frac, 0);
@@ -45,11 +32,10 @@ public:
                 vkcRebuild(lag, "lag").set(20, 100, 40, '+');
             }
         }
-        m_grid.begin({&len, &lag, &frac, &subFrame});
         initVectors({&pSrcDelay, &pSrcDstPrevExcitation, &pSrcAdptTarget, &pSrcImpulseResponse, &pSrcAdptVector,
                      &pDstFltAdptVector, &pSrcPrevExcitation, &pDstDelay},
                     vkArg::src);
-        return true;
+        return walk({&len, &lag, &frac, &subFrame});
     }
 
     bool makeData() override {
@@ -108,8 +94,8 @@ private:
         return parms;
     }
 
-    bool m_decode = false;
-    bool m_search = false;
+    const bool m_decode = m_func.contains("veksAdaptiveCodebookDecode_G7291_16s_I");
+    const bool m_search = m_func.contains("veksAdaptiveCodebookSearch_G7291_16s");
 };
 
 } // namespace

@@ -3,16 +3,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pSrcDst;
-vkVector pQuantSpecEnv;
-vkVector pBitsNumber;
-vkVector pMDCTCoeffs;
-vkVector pMDCTPrevCoeffs;
-krStepIterator<int> len;
-krStepIterator<int> rate;
-krStepIterator<int> normFactor;
+vkVector pSrc, pDst, pSrcDst, pQuantSpecEnv, pBitsNumber, pMDCTCoeffs, pMDCTPrevCoeffs;
+krStepIterator<int> len, rate, normFactor;
 int pNormFactor;
 
 constexpr int coefficients = 320;
@@ -22,27 +14,22 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_quantInv = m_func.contains("veksMDCTQuantInv_G7291_32u16s");
-        m_quantFwd = m_func.contains("veksMDCTQuantFwd_G7291_16s32u");
-        m_post = m_func.contains("veksMDCTPostProcess_G7291_16s");
-        m_inverse = m_func.contains("veksMDCTInv_G7291_16s");
         const int size = m_quantInv || m_quantFwd ? 18 : 160;
         vkcRebuild(len, "len").setList({size});
         vkcFix(rate, 0);
         vkcFix(normFactor, 1);
-        if (m_post) {
-            vkcRebuild(rate, "numBits").set(0, 11, 1, '+');
-            m_grid.begin({&len, &rate});
-        } else if (m_inverse) {
-            vkcRebuild(normFactor, "normFactor").set(1, 2, 1, '+');
-            m_grid.begin({&len, &normFactor});
-        } else {
-            m_grid.begin({&len});
-        }
         initVectors({&pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
         initVectors({&pSrcDst, &pQuantSpecEnv, &pBitsNumber, &pMDCTCoeffs, &pMDCTPrevCoeffs}, vk16s);
-        return true;
+        if (m_post) {
+            vkcRebuild(rate, "numBits").set(0, 11, 1, '+');
+            return walk({&len, &rate});
+        }
+        if (m_inverse) {
+            vkcRebuild(normFactor, "normFactor").set(1, 2, 1, '+');
+            return walk({&len, &normFactor});
+        }
+        return walk({&len});
     }
 
     bool makeData() override {
@@ -71,10 +58,10 @@ public:
     double getDivisor() override { return len.value(); }
 
 private:
-    bool m_quantInv = false;
-    bool m_quantFwd = false;
-    bool m_post = false;
-    bool m_inverse = false;
+    const bool m_quantInv = m_func.contains("veksMDCTQuantInv_G7291_32u16s");
+    const bool m_quantFwd = m_func.contains("veksMDCTQuantFwd_G7291_16s32u");
+    const bool m_post = m_func.contains("veksMDCTPostProcess_G7291_16s");
+    const bool m_inverse = m_func.contains("veksMDCTInv_G7291_16s");
 };
 
 } // namespace

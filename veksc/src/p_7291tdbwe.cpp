@@ -3,24 +3,10 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pCdbkIndices;
-vkVector pIntPitchLag;
-vkVector pFracPitchLag;
-vkVector pLtpPower;
-vkVector pFixPower;
-vkVector pDst;
-vkVector pSrcTimeEnvelope;
-vkVector pMem;
-vkVector pSrc;
-vkVector pSrcFreqEnvelope;
-vkVector pFilterCoeffs;
-vkVector pDstFreqEnvelope;
-vkVector pDstTimeEnvelope;
-krStepIterator<int> len;
-krStepIterator<int> nls;
-Vek16s pGain;
-Vek16s pNorm;
+vkVector pSrcDst, pCdbkIndices, pIntPitchLag, pFracPitchLag, pLtpPower, pFixPower, pDst, pSrcTimeEnvelope, pMem, pSrc,
+    pSrcFreqEnvelope, pFilterCoeffs, pDstFreqEnvelope, pDstTimeEnvelope;
+krStepIterator<int> len, nls;
+Vek16s pGain, pNorm;
 Vek16s* pMemory;
 
 // Bytes of pSrc before the frame that shaping by the frequency envelope looks back at.
@@ -31,12 +17,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_quant = m_func.contains("veksQuantParam_G7291_16s");
-        m_excitation = m_func.contains("veksGenerateExcitation_G7291_16s");
-        m_compress = m_func.contains("veksCompressEnvelopTime_G7291_16s");
-        m_shapeFreq = m_func.contains("veksShapeEnvelopFrequency_G7291_16s");
-        m_shapeTime = m_func.contains("veksShapeEnvelopTime_G7291_16s");
-        m_envelopFreq = m_func.contains("veksEnvelopFrequency_G7291_16s");
         vkcRebuild(len, "len");
         vkcFix(nls, 0);
         if (m_quant) {
@@ -51,13 +31,12 @@ public:
             len.set(8, 16, 8, '+');
             vkcRebuild(nls, "nls").set(0, 12, 12, '+');
         }
-        m_grid.begin({&len, &nls});
         initVectors({&pSrcDst, &pCdbkIndices, &pIntPitchLag, &pFracPitchLag, &pDst, &pSrcTimeEnvelope, &pMem, &pSrc,
                      &pSrcFreqEnvelope, &pFilterCoeffs, &pDstFreqEnvelope, &pDstTimeEnvelope},
                     vkArg::src);
         // Energies of a subframe take 32 bits.
         initVectors({&pLtpPower, &pFixPower}, vk32s);
-        return true;
+        return walk({&len, &nls});
     }
 
     bool makeData() override {
@@ -68,8 +47,8 @@ public:
             return pIntPitchLag.createVector(4, setRand, 0, 144) && pFracPitchLag.createVector(4, setRand, 0, 1) &&
                    pLtpPower.createVector(4, setRand, -2048, 2048) && pFixPower.createVector(4, setRand, -2048, 2048) &&
                    pDst.createVector(m_grid.room(len), setZero, 0, 0) &&
-                   vkcMakeState(pMemory, veksGenerateExcitationGetStateSize_G7291_16s,
-                                veksGenerateExcitationInit_G7291_16s);
+                   initState(pMemory, veksGenerateExcitationGetStateSize_G7291_16s,
+                             veksGenerateExcitationInit_G7291_16s);
         }
         if (m_compress) {
             return pSrcTimeEnvelope.createVector(28, setRand, -1024, 1024) &&
@@ -97,20 +76,15 @@ public:
                pDstTimeEnvelope.createVector(m_grid.room(len), setZero, 0, 0);
     }
 
-    void flushData() override {
-        vkcFree(pMemory);
-        vkcGridTest::flushData();
-    }
-
     double getDivisor() override { return len.value(); }
 
 private:
-    bool m_quant = false;
-    bool m_excitation = false;
-    bool m_compress = false;
-    bool m_shapeFreq = false;
-    bool m_shapeTime = false;
-    bool m_envelopFreq = false;
+    const bool m_quant = m_func.contains("veksQuantParam_G7291_16s");
+    const bool m_excitation = m_func.contains("veksGenerateExcitation_G7291_16s");
+    const bool m_compress = m_func.contains("veksCompressEnvelopTime_G7291_16s");
+    const bool m_shapeFreq = m_func.contains("veksShapeEnvelopFrequency_G7291_16s");
+    const bool m_shapeTime = m_func.contains("veksShapeEnvelopTime_G7291_16s");
+    const bool m_envelopFreq = m_func.contains("veksEnvelopFrequency_G7291_16s");
 };
 
 } // namespace

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrcExcSignal;
-vkVector pDstFltExcSignal;
-vkVector pSrcDstInnovation;
+vkVector pSrcExcSignal, pDstFltExcSignal, pSrcDstInnovation;
 krStepIterator<int> lenght;
 Vek16s valPitchGain = 0;
 Vek16s valCodebookGain = 0;
@@ -18,10 +16,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "").set(40, 40, 1, '+');
-        m_grid.begin({&lenght});
         initVectors({&pSrcExcSignal, &pDstFltExcSignal, &pSrcDstInnovation}, 1);
         veksPhaseDispersionGetStateSize_G729D_16s(&dataSize);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {
@@ -30,13 +27,7 @@ public:
             !pSrcDstInnovation.createVector(lenght.value(), setZero, 0, 0)) {
             return false;
         }
-        pPhDMem = veksMalloc_16s(dataSize);
-        return pPhDMem != nullptr && vkcDone(veksPhaseDispersionInit_G729D_16s(pPhDMem));
-    }
-
-    void flushData() override {
-        vkcFree(pPhDMem);
-        vkcGridTest::flushData();
+        return hold(pPhDMem, veksMalloc_16s(dataSize), veksFree) && vkcDone(veksPhaseDispersionInit_G729D_16s(pPhDMem));
     }
 
     double getDivisor() override { return lenght.value(); }

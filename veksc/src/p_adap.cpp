@@ -3,14 +3,8 @@
 
 namespace {
 
-vkVector pSrcAdptTarget;
-vkVector pSrcAdptVector;
-vkVector pDstAdptVector;
-vkVector pSrcDstPrevExcitation;
-vkVector pTmp;
-vkVector pDstDelay;
-vkVector pSrcLpc;
-vkVector pSrcImpulseResponse;
+vkVector pSrcAdptTarget, pSrcAdptVector, pDstAdptVector, pSrcDstPrevExcitation, pTmp, pDstDelay, pSrcLpc,
+    pSrcImpulseResponse;
 krStepIterator<int> subFrame;
 Vek16s pResultAdptGain;
 int dataSize;
@@ -24,17 +18,11 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(subFrame, "subFrame");
-        if (m_func.contains("Search")) {
-            subFrame.set(0, 1, 1, '+');
-        } else {
-            subFrame.setList({1});
-        }
-        m_grid.begin({&subFrame});
+        vkcSwitch(subFrame, "subFrame", m_func.contains("Search"));
         initVectors({&pSrcAdptTarget, &pSrcAdptVector, &pDstAdptVector, &pSrcDstPrevExcitation, &pTmp, &pDstDelay,
                      &pSrcLpc, &pSrcImpulseResponse},
                     vkArg::src);
-        return true;
+        return walk({&subFrame});
     }
 
     bool makeData() override {

@@ -3,20 +3,10 @@
 
 namespace {
 
-vkVector pSrcAdptTarget;
-vkVector pSrcImpulseResponse;
-vkVector pSrcPrevExcitation;
-vkVector pSrcPrevError;
-vkVector pSrcResidualTraget;
-vkVector pDstFixedVector;
+vkVector pSrcAdptTarget, pSrcImpulseResponse, pSrcPrevExcitation, pSrcPrevError, pSrcResidualTraget, pDstFixedVector;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
-Vek16s pResultCloseLag;
-Vek16s pResultAdptGainIndex;
-Vek16s pResultGrid;
-Vek16s pResultTrainDirac;
-Vek16s pResultAmpIndex;
-Vek16s pResultAmplitude;
+Vek16s pResultCloseLag, pResultAdptGainIndex, pResultGrid, pResultTrainDirac, pResultAmpIndex, pResultAmplitude;
 Vek32s pResultPosition;
 
 constexpr int subframeLength = 60;
@@ -40,12 +30,11 @@ public:
             }
             mode.addValidation(rate);
         }
-        m_grid.begin({&subFrame, &mode});
         // The names tell no element type.
         initVectors({&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcPrevExcitation, &pSrcResidualTraget, &pDstFixedVector},
                     vk16s);
         initVectors({&pSrcPrevError}, vk32s);
-        return true;
+        return walk({&subFrame, &mode});
     }
 
     bool makeData() override {

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pFltAdptVector;
-vkVector pSrcAdptTarget;
-vkVector pDstAdptTarget;
+vkVector pFltAdptVector, pSrcAdptTarget, pDstAdptTarget;
 krStepIterator<int> len;
 
 class TimAdaptiveCodebookContribute : public vkcGridTest {
@@ -14,9 +12,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").setList({40});
-        m_grid.begin({&len});
         initVectors({&pFltAdptVector, &pSrcAdptTarget, &pDstAdptTarget}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -3,19 +3,11 @@
 
 namespace {
 
-vkVector pSrcAdptTarget;
-vkVector pSrcImpulseResponse;
-vkVector pSrcOpenLoopLag;
-vkVector pSrcDstExcitation;
-vkVector pDstAdptVector;
-vkVector pTmp;
+vkVector pSrcAdptTarget, pSrcImpulseResponse, pSrcOpenLoopLag, pSrcDstExcitation, pDstAdptVector, pTmp;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
 krStepIterator<int> bfi;
-Vek16s pValResultPrevIntPitchLag;
-Vek16s pResultIntPitchLag;
-Vek16s pResultFracPitchLag;
-Vek16s pResultAdptIndex;
+Vek16s pValResultPrevIntPitchLag, pResultIntPitchLag, pResultFracPitchLag, pResultAdptIndex;
 int dataSize;
 
 constexpr int subframeLength = 40;
@@ -31,19 +23,12 @@ public:
 
     bool canStart() override {
         vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesGSMAMR);
-        vkcRebuild(bfi, "Bfi");
-        if (m_func.contains("Decode")) {
-            bfi.set(0, 1, 1, '+');
-        } else {
-            bfi.set(1, 1, 1, '+');
-        }
-        m_grid.begin({&bfi, &mode, &subFrame});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesGSMAMR);
+        vkcRebuild(bfi, "Bfi").set(m_func.contains("Decode") ? 0 : 1, 1, 1, '+');
         initVectors(
             {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcOpenLoopLag, &pSrcDstExcitation, &pDstAdptVector, &pTmp},
             vkArg::src);
-        return true;
+        return walk({&bfi, &mode, &subFrame});
     }
 
     bool makeData() override {

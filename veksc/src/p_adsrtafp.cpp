@@ -5,16 +5,8 @@
 
 namespace {
 
-vkVector pSrcAdptTarget;
-vkVector pSrcImpulseResponse;
-vkVector pSrcBoundary;
-vkVector pSrcDstExc;
-vkVector pSrcDstLag;
-vkVector pDstAdptIndex;
-vkVector pDstAdptContribution;
-krStepIterator<int> subFrameSize;
-krStepIterator<int> searchFlag;
-krStepIterator<int> deltaSearchRange;
+vkVector pSrcAdptTarget, pSrcImpulseResponse, pSrcBoundary, pSrcDstExc, pSrcDstLag, pDstAdptIndex, pDstAdptContribution;
+krStepIterator<int> subFrameSize, searchFlag, deltaSearchRange;
 
 // Samples of the past before the last subframe, and all of them with the subframes of the m_grid.
 constexpr int history = 212;
@@ -28,12 +20,11 @@ public:
         vkcRebuild(subFrameSize, "subFrameSize").set(20, 40, 20, '+');
         vkcRebuild(searchFlag, "searchFlag").set(0, 1, 1, '+');
         vkcRebuild(deltaSearchRange, "deltaSearchRange").setList({32, 64, 160});
-        m_grid.begin({&subFrameSize, &searchFlag, &deltaSearchRange});
         initVectors(
             {&pSrcAdptTarget, &pSrcImpulseResponse, &pSrcBoundary, &pSrcDstExc, &pSrcDstLag, &pDstAdptContribution},
             vkArg::src);
         initVectors({&pDstAdptIndex}, vk32s); // an index is no floating number
-        return true;
+        return walk({&subFrameSize, &searchFlag, &deltaSearchRange});
     }
 
     bool makeData() override {

@@ -3,29 +3,14 @@
 
 namespace {
 
-vkVector pSrcSpch;
-vkVector pSrc;
-vkVector pSrcDstBuffer;
-vkVector pSrcDstLogEnergyBuffer;
-vkVector pSrcLspBuffer;
-vkVector pSrcLogEnergyBuffer;
-vkVector pSrcDstDtxQLsfIndex;
-vkVector pSrcDstPredQErr;
-vkVector pSrcDstPredQErrMR122;
-vkVector pTmp_1;
-vkVector pTmp_2;
-vkVector pTmp_3;
+vkVector pSrcSpch, pSrc, pSrcDstBuffer, pSrcDstLogEnergyBuffer, pSrcLspBuffer, pSrcLogEnergyBuffer, pSrcDstDtxQLsfIndex,
+    pSrcDstPredQErr, pSrcDstPredQErrMR122, pTmp_1, pTmp_2, pTmp_3;
 krStepIterator<short> Flag;
-Vek16s pValResultUpdateIndex;
-Vek16s pValResultLogEnergyIndex;
-Vek16s pValResultDtxLsfRefIndex;
-Vek16s pValResultHangOverCount;
-Vek16s pValResultDtxElapseCount;
+Vek16s pValResultUpdateIndex, pValResultLogEnergyIndex, pValResultDtxLsfRefIndex, pValResultHangOverCount,
+    pValResultDtxElapseCount;
 VekSpchBitRate pValResultUsedMode;
 Vek16s pResultSidFlag;
-int dataSize_1;
-int dataSize_2;
-int dataSize_3;
+int dataSize_1, dataSize_2, dataSize_3;
 
 constexpr int len = 160;
 constexpr int spectrum = 10;
@@ -36,14 +21,11 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_handler = m_func.contains("veksEncDTXHandler_GSMAMR_16s");
-        m_buffer = m_func.contains("Buffer");
         vkcRebuild(Flag, "").setList({1});
-        m_grid.begin({&Flag});
         initVectors({&pSrcSpch, &pSrc, &pSrcDstBuffer, &pSrcDstLogEnergyBuffer, &pSrcLspBuffer, &pSrcLogEnergyBuffer,
                      &pSrcDstDtxQLsfIndex, &pSrcDstPredQErr, &pSrcDstPredQErrMR122, &pTmp_1, &pTmp_2, &pTmp_3},
                     vkArg::src);
-        return true;
+        return walk({&Flag});
     }
 
     bool makeData() override {
@@ -79,8 +61,8 @@ private:
                pTmp_2.createVector(4, setRand, -2048, 2048) && pTmp_3.createVector(4, setRand, -2048, 2048);
     }
 
-    bool m_handler = false;
-    bool m_buffer = false;
+    const bool m_handler = m_func.contains("veksEncDTXHandler_GSMAMR_16s");
+    const bool m_buffer = m_func.contains("Buffer");
 };
 
 void restoreBuffers() {

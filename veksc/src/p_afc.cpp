@@ -3,13 +3,8 @@
 
 namespace {
 
-vkVector pSrcFixedTarget;
-vkVector pSrcLtpResidual;
-vkVector pSrcDstImpulseResponse;
-vkVector pDstFixedVector;
-vkVector pDstFltFixedVector;
-vkVector pDstEncPosSign;
-vkVector pTmp;
+vkVector pSrcFixedTarget, pSrcLtpResidual, pSrcDstImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstEncPosSign,
+    pTmp;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
 int dataSize;
@@ -27,14 +22,11 @@ public:
 
     bool canStart() override {
         vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesGSMAMR);
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        m_grid.begin({&mode, &subFrame});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesGSMAMR, vkcSilence);
         initVectors({&pSrcFixedTarget, &pSrcLtpResidual, &pSrcDstImpulseResponse, &pDstFixedVector, &pDstFltFixedVector,
                      &pDstEncPosSign, &pTmp},
                     vkArg::src);
-        return true;
+        return walk({&mode, &subFrame});
     }
 
     bool makeData() override {

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcFixedIndex;
-vkVector pDstFixedVector;
+vkVector pSrcFixedIndex, pDstFixedVector;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
 
@@ -16,12 +15,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesGSMAMR);
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        m_grid.begin({&mode, &subFrame});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesGSMAMR, vkcSilence);
         initVectors({&pSrcFixedIndex, &pDstFixedVector}, vkArg::src);
-        return true;
+        return walk({&mode, &subFrame});
     }
 
     bool makeData() override {

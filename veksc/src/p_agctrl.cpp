@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pGain;
+vkVector pSrc, pTmp, pSrcDst, pGain;
 krStepIterator<int> lenght;
 int dataSize;
 
@@ -16,9 +13,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({40});
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pTmp, &pSrcDst, &pGain}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

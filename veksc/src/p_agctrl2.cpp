@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pTmp;
+vkVector pSrcDst, pTmp;
 krStepIterator<int> lenght;
 Vek16s gain;
 int dataSize;
@@ -17,9 +16,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({60});
-        m_grid.begin({&lenght});
         initVectors({&pSrcDst, &pTmp}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -3,10 +3,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-krStepIterator<int> lenght;
-krStepIterator<int> lenghtDst;
+vkVector pSrc, pDst;
+krStepIterator<int> lenght, lenghtDst;
 int norm[1];
 
 class TimAutoGSMFRCorr : public vkcGridTest {
@@ -23,10 +21,9 @@ public:
             lenght.set(40, 240, 40, '+');
             lenghtDst.set(4, 12, 4, '+');
         }
-        m_grid.begin({&lenght, &lenghtDst});
         initVectors({&pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lenght, &lenghtDst});
     }
 
     bool makeData() override {

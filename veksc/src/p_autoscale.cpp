@@ -3,14 +3,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pSrcDst;
-vkVector pTmp;
-krStepIterator<int> lenght_I;
-krStepIterator<int> lenght;
-int dataSize;
-int scale;
+vkVector pSrc, pDst, pSrcDst, pTmp;
+krStepIterator<int> lenght_I, lenght;
+int dataSize, scale;
 const int scaleFactor = 3;
 
 class TimAutoScale : public vkcGridTest {
@@ -18,16 +13,10 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_inPlace = m_func.contains("_I");
         vkcRebuild(lenght_I, "lenght").setList({60, 80, 385});
         vkcRebuild(lenght, "lenght").set(40, 80, 20, '+');
-        if (m_inPlace) {
-            m_grid.begin({&lenght_I});
-        } else {
-            m_grid.begin({&lenght});
-        }
         initVectors({&pSrc, &pDst, &pSrcDst, &pTmp}, vkArg::src);
-        return true;
+        return m_inPlace ? walk({&lenght_I}) : walk({&lenght});
     }
 
     bool makeData() override {
@@ -43,7 +32,7 @@ public:
     double getDivisor() override { return m_inPlace ? lenght_I.value() : lenght.value(); }
 
 private:
-    bool m_inPlace = false;
+    const bool m_inPlace = m_func.contains("_I");
 };
 
 } // namespace

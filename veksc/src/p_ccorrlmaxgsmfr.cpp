@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
+vkVector pSrc1, pSrc2;
 krStepIterator<int> len;
 Vek32s pDst;
 int idx;
@@ -18,9 +17,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").set(40, 60, 10, '+');
-        m_grid.begin({&len});
         initVectors({&pSrc1, &pSrc2}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

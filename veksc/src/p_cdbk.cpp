@@ -3,14 +3,8 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pDst;
-vkVector ind;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_srcdst;
-krStepIterator<int> subFrame;
+vkVector pSrc1, pTmp, pSrcDst, pDst, ind;
+krStepIterator<int> lenght, lenght_srcdst, subFrame;
 Vek16s pSearchTimes;
 int dataSize;
 
@@ -23,21 +17,15 @@ public:
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({40});
         vkcRebuild(lenght_srcdst, "lenght_srcdst").setList({matrixSize});
-        vkcRebuild(subFrame, "subFrame");
         // The depth-first search does not know of subframes.
-        if (m_func.contains("G729A")) {
-            subFrame.setList({1});
-        } else {
-            subFrame.set(0, 1, 1, '+');
-        }
-        m_grid.begin({&lenght, &lenght_srcdst, &subFrame});
+        vkcSwitch(subFrame, "subFrame", !m_func.contains("G729A"));
         const vkType element = m_func.contains("_32f") ? vk32f : vk16s;
         const vkType matrix = m_func.contains("_32s16s") ? vk32s : element;
         initVectors({&pSrc1}, element);
         initVectors({&pTmp, &pSrcDst}, matrix);
         initVectors({&pDst}, element);
         initVectors({&ind}, vk16s);
-        return true;
+        return walk({&lenght, &lenght_srcdst, &subFrame});
     }
 
     bool makeData() override {

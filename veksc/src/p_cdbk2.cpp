@@ -3,13 +3,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-krStepIterator<int> lenght_src;
-krStepIterator<int> lenght_dst;
-Vek16s pitch[1];
-Vek16s pResultHarmonicDelay;
-Vek16s pResultHarmonicGain;
+vkVector pSrc, pDst;
+krStepIterator<int> lenght_src, lenght_dst;
+Vek16s pitch[1], pResultHarmonicDelay, pResultHarmonicGain;
 
 constexpr Vek16s valOpenDelay = 60;
 // Samples before the pointer that the searches get.
@@ -21,7 +17,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_matrix = m_func.contains("veksToeplizMatrix_G723");
         vkcRebuild(lenght_src, "lenght SRC");
         vkcRebuild(lenght_dst, "lenght SRC");
         if (m_matrix) {
@@ -34,10 +29,9 @@ public:
             lenght_src.setList({harmonicHistory + 60});
             lenght_dst.setList({60});
         }
-        m_grid.begin({&lenght_src, &lenght_dst});
         initVectors({&pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lenght_src, &lenght_dst});
     }
 
     bool makeData() override {
@@ -48,7 +42,7 @@ public:
     double getDivisor() override { return lenght_dst.value(); }
 
 private:
-    bool m_matrix = false;
+    const bool m_matrix = m_func.contains("veksToeplizMatrix_G723");
 };
 
 } // namespace

@@ -3,31 +3,12 @@
 
 namespace {
 
-vkVector pSrcIdxs;
-vkVector pDstFixedCodevec;
-vkVector pSrcFixedTarget;
-vkVector pSrcLtpResidual;
-vkVector pSrcDstImpulseResponse;
-vkVector pTmp;
-vkVector pDstFixedVector;
-vkVector pDstFltFixedVector;
-vkVector pDstIndex;
-vkVector pSrcDstExcitation;
-vkVector pResultPrevIntPitchLagBounds;
-vkVector pSrcAdptTarget;
-vkVector pSrcImpulseResponse;
-vkVector pSrcOpenLoopLag;
-vkVector pPitchLag;
-vkVector pPitchLagBounds;
-vkVector pAdptIndex;
-vkVector stateMemory;
-krStepIterator<int> len;
-krStepIterator<int> bfi;
-krStepIterator<int> unusableFrame;
-krStepIterator<int> Subframe;
+vkVector pSrcIdxs, pDstFixedCodevec, pSrcFixedTarget, pSrcLtpResidual, pSrcDstImpulseResponse, pTmp, pDstFixedVector,
+    pDstFltFixedVector, pDstIndex, pSrcDstExcitation, pResultPrevIntPitchLagBounds, pSrcAdptTarget, pSrcImpulseResponse,
+    pSrcOpenLoopLag, pPitchLag, pPitchLagBounds, pAdptIndex, stateMemory;
+krStepIterator<int> len, bfi, unusableFrame, Subframe;
 krEnumIterator<VekSpchBitRate> mode;
-Vek16s pFracPitchLag;
-Vek16s pResultIntPitchLag;
+Vek16s pFracPitchLag, pResultIntPitchLag;
 VekAdaptiveCodebookState_AMRWB* pState;
 int dataSize;
 
@@ -43,29 +24,21 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").setList({64});
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesAMRWB);
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        m_grid.begin({&len, &mode});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesAMRWB, vkcSilence);
         initVectors({&pSrcIdxs, &pDstFixedCodevec, &pSrcFixedTarget, &pSrcLtpResidual, &pSrcDstImpulseResponse, &pTmp,
                      &pDstFixedVector, &pDstFltFixedVector},
                     vkArg::src);
         // The eight words of the higher rates in four elements.
         initVectors({&pDstIndex}, vk32s);
-        return true;
+        return walk({&len, &mode});
     }
 
     bool makeData() override {
-        if (!pSrcIdxs.createVector(words, setRand, -32768, 32767)) {
-            return false;
-        }
-        for (vkVector* vector : {&pDstFixedCodevec, &pSrcFixedTarget, &pSrcLtpResidual, &pSrcDstImpulseResponse, &pTmp,
-                                 &pDstFixedVector, &pDstFltFixedVector}) {
-            if (!vector->createVector(m_grid.room(len), setZero, 0, 0)) {
-                return false;
-            }
-        }
-        if (!pDstIndex.createVector(4, setZero, 0, 0)) {
+        if (!pSrcIdxs.createVector(words, setRand, -32768, 32767) ||
+            !vkcCreate({&pDstFixedCodevec, &pSrcFixedTarget, &pSrcLtpResidual, &pSrcDstImpulseResponse, &pTmp,
+                        &pDstFixedVector, &pDstFltFixedVector},
+                       m_grid.room(len), setZero, 0, 0) ||
+            !pDstIndex.createVector(4, setZero, 0, 0)) {
             return false;
         }
         dataSize = pTmp.size();
@@ -99,15 +72,12 @@ public:
             vkcRebuild(unusableFrame, "unusableFrame").set(0, 1, 1, '+');
         }
         vkcRebuild(Subframe, "Subframe").set(0, 3, 1, '+');
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesAMRWB);
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        m_grid.begin({&len, &bfi, &unusableFrame, &Subframe, &mode});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesAMRWB, vkcSilence);
         initVectors({&pSrcDstExcitation, &pResultPrevIntPitchLagBounds, &pSrcAdptTarget, &pSrcImpulseResponse,
                      &pSrcOpenLoopLag, &pPitchLag, &pPitchLagBounds, &pAdptIndex},
                     vkArg::src);
         initVectors({&stateMemory}, vk32s);
-        return true;
+        return walk({&len, &bfi, &unusableFrame, &Subframe, &mode});
     }
 
     bool makeData() override {

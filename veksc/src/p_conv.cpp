@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pDst;
+vkVector pSrc1, pSrc2, pDst;
 krStepIterator<int> lenght;
 vkcScaleIterator scaleFactor;
 
@@ -14,7 +12,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_wide = m_func.contains("16s32s");
         vkcRebuild(lenght, "lenght");
         if (m_wide) {
             lenght.set(10, 40, 10, '+');
@@ -22,10 +19,9 @@ public:
             lenght.setList({40});
         }
         vkcScales(scaleFactor, "scaleFactor", m_func, 0, 12);
-        m_grid.begin({&lenght, &scaleFactor});
         initVectors({&pSrc1, &pSrc2}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lenght, &scaleFactor});
     }
 
     bool makeData() override {
@@ -38,7 +34,7 @@ public:
     double getDivisor() override { return lenght.value(); }
 
 private:
-    bool m_wide = false;
+    const bool m_wide = m_func.contains("16s32s");
 };
 
 } // namespace

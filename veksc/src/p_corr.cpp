@@ -3,16 +3,8 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pSrc3;
-vkVector pDst;
-krStepIterator<int> lenght;
-krStepIterator<int> lenghtDst;
-krStepIterator<int> step;
-krStepIterator<int> lenght1;
-krStepIterator<int> lagMin;
-krStepIterator<int> lagMax;
+vkVector pSrc1, pSrc2, pSrc3, pDst;
+krStepIterator<int> lenght, lenghtDst, step, lenght1, lagMin, lagMax;
 vkcScaleIterator scaleFactor;
 
 class TimCorr : public vkcGridTest {
@@ -20,7 +12,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_shortDst = m_func.contains("CrossCorr_NR");
         vkcRebuild(lenght, "lenght");
         vkcRebuild(lenghtDst, "lenght Dst");
         vkcScales(scaleFactor, "scaleFactor", m_func);
@@ -29,22 +20,20 @@ public:
         vkcFix(lenght1, 80);
         vkcFix(lagMin, 1);
         vkcFix(lagMax, 1);
+        initVectors({&pSrc1, &pSrc2, &pSrc3}, vkArg::src);
+        initVectors({&pDst}, vkArg::dst);
         if (m_shortDst) {
             lenght.set(40, 240, 40, '+');
             lenghtDst.set(4, 12, 4, '+');
-            m_grid.begin({&lenght, &lenghtDst});
-        } else {
-            vkcFix(lenghtDst, 1);
-            if (m_func.contains("NormM")) {
-                lenght.set(40, 80, 40, '+');
-            } else {
-                lenght.set(40, 100, 20, '+');
-            }
-            m_grid.begin({&lenght, &scaleFactor});
+            return walk({&lenght, &lenghtDst});
         }
-        initVectors({&pSrc1, &pSrc2, &pSrc3}, vkArg::src);
-        initVectors({&pDst}, vkArg::dst);
-        return true;
+        vkcFix(lenghtDst, 1);
+        if (m_func.contains("NormM")) {
+            lenght.set(40, 80, 40, '+');
+        } else {
+            lenght.set(40, 100, 20, '+');
+        }
+        return walk({&lenght, &scaleFactor});
     }
 
     bool makeData() override {
@@ -60,7 +49,7 @@ public:
     }
 
 private:
-    bool m_shortDst = false;
+    const bool m_shortDst = m_func.contains("CrossCorr_NR");
 };
 
 } // namespace

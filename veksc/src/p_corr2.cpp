@@ -3,12 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pDst;
+vkVector pSrc, pSrc1, pSrc2, pTmp, pSrcDst, pDst;
 krStepIterator<int> lenght;
 int norm[1];
 
@@ -21,9 +16,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({10});
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pSrc1, &pSrc2, &pTmp, &pSrcDst, &pDst}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

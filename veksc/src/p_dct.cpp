@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
+vkVector pSrc, pDst;
 krStepIterator<int> len;
 
 class TimDCTFwd : public vkcTest {
@@ -13,10 +12,9 @@ public:
 
     bool canStart() override {
         vkcFrames(vkcRebuild(len, "Lenght"), m_func);
-        m_parms.append(&len);
         initVectors({&pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

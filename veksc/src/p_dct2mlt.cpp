@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrcSpchDecomposed;
-vkVector pSrcDstSpchDecomposedOld;
-vkVector pDstSpch;
+vkVector pSrcSpchDecomposed, pSrcDstSpchDecomposedOld, pDstSpch;
 krStepIterator<int> len;
 
 class TimDCTToMLT : public vkcTest {
@@ -14,9 +12,8 @@ public:
 
     bool canStart() override {
         vkcFrames(vkcRebuild(len, "Lenght"), m_func);
-        m_parms.append(&len);
         initVectors({&pSrcSpchDecomposed, &pSrcDstSpchDecomposedOld, &pDstSpch}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector quaIndex;
-vkVector pSrc;
-vkVector pPastEnergy;
-vkVector pitchGain;
+vkVector quaIndex, pSrc, pPastEnergy, pitchGain;
 krStepIterator<int> lenght;
 Vek32s energy;
 
@@ -18,9 +15,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({4});
-        m_grid.begin({&lenght});
         initVectors({&quaIndex, &pSrc, &pPastEnergy, &pitchGain}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pMem;
+vkVector pSrcDst, pMem;
 krStepIterator<int> len;
 
 class TimDeemph_GSMFR_16s_I : public vkcGridTest {
@@ -13,9 +12,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").set(100, 180, 10, '+');
-        m_grid.begin({&len});
         initVectors({&pSrcDst, &pMem}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

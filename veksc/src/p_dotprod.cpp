@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
+vkVector pSrc1, pSrc2;
 krStepIterator<int> lenght;
 Vek32s dp;
 Vek32f dpFloat;
@@ -15,7 +14,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_long = m_func.contains("veksDotProd_G729A_16s32s");
         vkcRebuild(lenght, "lenght");
         if (m_func.contains("veksDotProd_G729A_32f64f")) {
             lenght.setList({40, 60, 80, 100});
@@ -24,9 +22,8 @@ public:
         } else {
             lenght.setList({12, 21, 22, 40, 80});
         }
-        m_grid.begin({&lenght});
         initVectors({&pSrc1, &pSrc2}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {
@@ -36,7 +33,7 @@ public:
     double getDivisor() override { return lenght.value(); }
 
 private:
-    bool m_long = false;
+    const bool m_long = m_func.contains("veksDotProd_G729A_16s32s");
 };
 
 } // namespace

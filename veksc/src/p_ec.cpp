@@ -11,42 +11,16 @@ constexpr int sampleFreq[] = {8000, 16000};
 [[maybe_unused]] constexpr double taptime = 0.096;
 [[maybe_unused]] constexpr int fft_len = 64;
 
-vkVector pSubbands;
-vkVector pSignal;
-vkVector pWindow;
-vkVector pInitBuf;
-vkVector pBuf;
-vkVector pSrcRin;
-vkVector pSrcSin;
-vkVector pSrcSinSubbands;
-vkVector pSrcAdaptiveFilterErr;
-vkVector pSrcFixedFilterErr;
-vkVector pDstStepSize;
-vkVector pDstStepSizeI;
-vkVector pAdaptiveFilterErr;
-vkVector pFixedFilterErr;
-vkVector pAdaptiveCoefs;
-vkVector pFixedCoefs;
-vkVector pSrcSpchRef;
-vkVector pSrcSpch;
-vkVector pDstSpch;
-vkVector pSrcCoef;
-vkVector pStepSize;
-vkVector pSrcDstCoef;
-vkrMatrice ppSrcRinSubbandsHistory;
-vkrMatrice ppDstAdaptiveCoefs;
-vkrMatrice ppDstFixedCoefs;
-krStepIterator<int> len;
-krStepIterator<int> tapLen;
-krStepIterator<int> mode;
-krStepIterator<int> numSubbands;
+vkVector pSubbands, pSignal, pWindow, pInitBuf, pBuf, pSrcRin, pSrcSin, pSrcSinSubbands, pSrcAdaptiveFilterErr,
+    pSrcFixedFilterErr, pDstStepSize, pDstStepSizeI, pAdaptiveFilterErr, pFixedFilterErr, pAdaptiveCoefs, pFixedCoefs,
+    pSrcSpchRef, pSrcSpch, pDstSpch, pSrcCoef, pStepSize, pSrcDstCoef;
+vkrMatrice ppSrcRinSubbandsHistory, ppDstAdaptiveCoefs, ppDstFixedCoefs;
+krStepIterator<int> len, tapLen, mode, numSubbands;
 vkcScaleIterator scaleFactor;
 int framesize = 44;
 int ftt_order = 6;
 int window_len = 256;
-int fft_size;
-int numSegments;
-int pResult;
+int fft_size, numSegments, pResult;
 Vek32f pSGain;
 Vek16s pSGain_16s;
 Vek32f pDstSGain;
@@ -86,34 +60,11 @@ const auto vectors = {&pSubbands,
                       &pAdaptiveFilterErr};
 const auto matrices = {&ppSrcRinSubbandsHistory, &ppDstAdaptiveCoefs, &ppDstFixedCoefs};
 
-// Memory of a state whose size the library has given.
-template <class State>
-bool makeState(State*& state, int size) {
-    state = static_cast<State*>(krMalloc(size, 0, 0, nullptr));
-    return state != nullptr;
-}
-
-template <class State>
-void dropState(State*& state) {
-    if (state != nullptr) {
-        krFree(state);
-    }
-    state = nullptr;
-}
-
 class TimEC : public vkcGridTest {
 public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_fixed = m_func.contains("16s");
-        m_nlms = m_func.contains("NLMS");
-        m_fir = m_func.contains("FIR");
-        m_tone = m_func.contains("ToneDetect");
-        m_fullband = m_func.contains("FullbandController");
-        m_subband = m_func.contains("SubbandController");
-        m_update = m_func.contains("ControllerUpdate");
-        m_process = m_func.contains("SubbandAnalysis") || m_func.contains("SubbandSynthesis");
         framesize = m_process ? (m_fixed ? 16 : 24) : 64;
         ftt_order = m_process && !m_fixed ? 5 : 6;
         window_len = m_process && m_fixed ? 64 : 128;
@@ -141,22 +92,24 @@ public:
         if (m_subband || m_process) {
             vkcRebuild(numSubbands, "numSubbands").setList({m_process && m_fixed ? 33 : 65});
         }
-        if (m_nlms || m_fir) {
-            m_grid.begin({&len, &tapLen});
-        } else if (m_tone) {
-            m_grid.begin({&len, &mode});
-        } else if (m_fullband) {
-            m_grid.begin({&len, &tapLen, &mode});
-        } else if (m_subband) {
-            m_grid.begin({&numSubbands, &mode});
-        } else if (m_fixed) {
-            vkcRebuild(len, "len").setList({16});
-            m_grid.begin({&len, &numSubbands, &scaleFactor});
-        } else {
-            m_grid.begin({&numSubbands});
-        }
         setTypes();
-        return true;
+        if (m_nlms || m_fir) {
+            return walk({&len, &tapLen});
+        }
+        if (m_tone) {
+            return walk({&len, &mode});
+        }
+        if (m_fullband) {
+            return walk({&len, &tapLen, &mode});
+        }
+        if (m_subband) {
+            return walk({&numSubbands, &mode});
+        }
+        if (m_fixed) {
+            vkcRebuild(len, "len").setList({16});
+            return walk({&len, &numSubbands, &scaleFactor});
+        }
+        return walk({&numSubbands});
     }
 
     bool makeData() override {
@@ -174,14 +127,6 @@ public:
     }
 
     void flushData() override {
-        dropState(pStateTD);
-        dropState(pStateFC);
-        dropState(pStateSC);
-        dropState(pStateSP);
-        dropState(pStateTDI);
-        dropState(pStateFCI);
-        dropState(pStateSCI);
-        dropState(pStateSPI);
         for (vkrMatrice* matrix : matrices) {
             matrix->deleteMatrice();
         }
@@ -204,6 +149,12 @@ public:
     }
 
 private:
+    // Memory of a state whose size the library has given.
+    template <class State>
+    bool makeState(State*& state, int size) {
+        return hold(state, krMalloc(size, 0, 0, nullptr), krFree);
+    }
+
     void setTypes() {
         const vkType real = m_fixed ? vk16s : vk32f;
         const vkType complex = m_fixed ? vk32sc : vk32fc;
@@ -334,14 +285,14 @@ private:
                                                       pInitBuf.m_8u)) == krOk;
     }
 
-    bool m_fixed = false;
-    bool m_nlms = false;
-    bool m_fir = false;
-    bool m_tone = false;
-    bool m_fullband = false;
-    bool m_subband = false;
-    bool m_update = false;
-    bool m_process = false;
+    const bool m_fixed = m_func.contains("16s");
+    const bool m_nlms = m_func.contains("NLMS");
+    const bool m_fir = m_func.contains("FIR");
+    const bool m_tone = m_func.contains("ToneDetect");
+    const bool m_fullband = m_func.contains("FullbandController");
+    const bool m_subband = m_func.contains("SubbandController");
+    const bool m_update = m_func.contains("ControllerUpdate");
+    const bool m_process = m_func.contains("SubbandAnalysis") || m_func.contains("SubbandSynthesis");
 };
 
 } // namespace

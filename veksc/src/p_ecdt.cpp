@@ -10,24 +10,10 @@ constexpr int FilterUpdateEnabled = 0;
 constexpr int AdaptationEnabled = 0;
 constexpr int PwrDelta = 0;
 
-vkVector pSrcSinSubbands;
-vkVector pSrcFilterErr;
-vkVector pDstStepSize;
-vkVector pSrcAdaptiveFilterErr;
-vkVector pSrcFixedFilterErr;
-vkrMatrice ppSrcRinSubbandsHistory;
-vkrMatrice ppDstAdaptiveCoefs;
-vkrMatrice ppDstFixedCoefs;
-krStepIterator<int> startSubband;
-krStepIterator<int> mode;
-krStepIterator<int> doubleTalk;
-int SUBBANDS;
-int FRAME_SIZE;
-int numSubbands;
-int numSegments;
-int isDT;
-int disabledNLP;
-int pDstStsAdapt;
+vkVector pSrcSinSubbands, pSrcFilterErr, pDstStepSize, pSrcAdaptiveFilterErr, pSrcFixedFilterErr;
+vkrMatrice ppSrcRinSubbandsHistory, ppDstAdaptiveCoefs, ppDstFixedCoefs;
+krStepIterator<int> startSubband, mode, doubleTalk;
+int SUBBANDS, FRAME_SIZE, numSubbands, numSegments, isDT, disabledNLP, pDstStsAdapt;
 Vek32s pSrcDstFilterPwr;
 VeksSubbandControllerDTState_EC_16s* pState;
 
@@ -36,20 +22,18 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_update = m_func.contains("Update");
         SUBBANDS = 33;
         FRAME_SIZE = 16;
         numSubbands = SUBBANDS;
         vkcRebuild(startSubband, "startSubband").set(2, 3, 1, '+');
         vkcRebuild(mode, "mode").set(0, 1, 1, '+');
         vkcRebuild(doubleTalk, "doubleTalk").set(0, 1, 1, '+');
-        m_grid.begin({&startSubband, &mode, &doubleTalk});
         initVectors({&pSrcSinSubbands, &pSrcFilterErr, &pSrcAdaptiveFilterErr, &pSrcFixedFilterErr}, vk32sc);
         for (vkrMatrice* matrix : {&ppSrcRinSubbandsHistory, &ppDstAdaptiveCoefs, &ppDstFixedCoefs}) {
             matrix->init(vk32sc);
         }
         initVectors({&pDstStepSize}, vk32s);
-        return true;
+        return walk({&startSubband, &mode, &doubleTalk});
     }
 
     bool makeData() override {
@@ -69,10 +53,6 @@ public:
     }
 
     void flushData() override {
-        if (pState != nullptr) {
-            krFree(pState);
-        }
-        pState = nullptr;
         for (vkrMatrice* matrix : {&ppDstFixedCoefs, &ppDstAdaptiveCoefs, &ppSrcRinSubbandsHistory}) {
             matrix->deleteMatrice();
         }
@@ -86,12 +66,12 @@ private:
         const int freq = sampleFreq[mode.value() != 0];
         int pSize = 0;
         veksSubbandControllerDTGetSize_EC_16s(numSubbands, FRAME_SIZE, 1, freq, &pSize);
-        pState = static_cast<VeksSubbandControllerDTState_EC_16s*>(krMalloc(pSize, 0, 0, nullptr));
-        return pState != nullptr && checkStatus(veksSubbandControllerDTInit_EC_16s(pState, numSubbands, FRAME_SIZE,
-                                                                                   numSegments, freq)) == krOk;
+        return hold(pState, krMalloc(pSize, 0, 0, nullptr), krFree) &&
+               checkStatus(veksSubbandControllerDTInit_EC_16s(pState, numSubbands, FRAME_SIZE, numSegments, freq)) ==
+                   krOk;
     }
 
-    bool m_update = false;
+    const bool m_update = m_func.contains("Update");
 };
 
 } // namespace

@@ -5,17 +5,8 @@
 
 namespace {
 
-vkVector pSrcFixedTarget;
-vkVector pSrcImpulseResponse;
-vkVector pDstFixedVector;
-vkVector pDstFixedIndex;
-vkVector pSrcDst;
-vkVector pMem;
-krStepIterator<int> subFrameSize;
-krStepIterator<int> nStage;
-krStepIterator<int> gainLimit;
-krStepIterator<int> codebookSize;
-krStepIterator<int> numPulses;
+vkVector pSrcFixedTarget, pSrcImpulseResponse, pDstFixedVector, pDstFixedIndex, pSrcDst, pMem;
+krStepIterator<int> subFrameSize, nStage, gainLimit, codebookSize, numPulses;
 Vek32f pDstGain;
 
 constexpr int longest = 320;
@@ -39,31 +30,26 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_bandPass = m_func.contains("veksBandPassFilter_RTA_32f_I");
-        m_random = m_func.contains("veksFixedCodebookSearchRandom_RTA_32f");
         vkcRebuild(subFrameSize, "subFrameSize");
         vkcFix(nStage, 0);
         vkcFix(gainLimit, 0);
         vkcFix(codebookSize, 64);
         vkcFix(numPulses, 5);
-        if (m_bandPass) {
-            subFrameSize.set(80, longest, 80, '+');
-            m_grid.begin({&subFrameSize});
-        } else {
-            subFrameSize.set(20, 80, 20, '+');
-            if (m_random) {
-                vkcRebuild(nStage, "nStage").set(0, 2, 1, '+');
-                vkcRebuild(gainLimit, "gainLimit").set(0, 4, 1, '+');
-                vkcRebuild(codebookSize, "codebookSize").setList({64, 160, 256});
-                m_grid.begin({&subFrameSize, &nStage, &gainLimit, &codebookSize});
-            } else {
-                vkcRebuild(numPulses, "numPulses").set(5, 10, 5, '+');
-                m_grid.begin({&subFrameSize, &numPulses});
-            }
-        }
         initVectors({&pSrcFixedTarget, &pSrcImpulseResponse, &pDstFixedVector, &pSrcDst, &pMem}, vkArg::src);
         initVectors({&pDstFixedIndex}, vk32s); // an index is no floating number
-        return true;
+        if (m_bandPass) {
+            subFrameSize.set(80, longest, 80, '+');
+            return walk({&subFrameSize});
+        }
+        subFrameSize.set(20, 80, 20, '+');
+        if (m_random) {
+            vkcRebuild(nStage, "nStage").set(0, 2, 1, '+');
+            vkcRebuild(gainLimit, "gainLimit").set(0, 4, 1, '+');
+            vkcRebuild(codebookSize, "codebookSize").setList({64, 160, 256});
+            return walk({&subFrameSize, &nStage, &gainLimit, &codebookSize});
+        }
+        vkcRebuild(numPulses, "numPulses").set(5, 10, 5, '+');
+        return walk({&subFrameSize, &numPulses});
     }
 
     bool makeData() override {
@@ -99,8 +85,8 @@ private:
                              vkcDone(veksCopy_32f(formant, pSrcImpulseResponse.m_32f, n)));
     }
 
-    bool m_bandPass = false;
-    bool m_random = false;
+    const bool m_bandPass = m_func.contains("veksBandPassFilter_RTA_32f_I");
+    const bool m_random = m_func.contains("veksFixedCodebookSearchRandom_RTA_32f");
 };
 
 } // namespace

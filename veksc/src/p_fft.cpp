@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pTmp;
+vkVector pSrcDst, pTmp;
 krStepIterator<int> lenght;
 int dataSize;
 
@@ -14,9 +13,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({128});
-        m_grid.begin({&lenght});
         initVectors({&pSrcDst, &pTmp}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

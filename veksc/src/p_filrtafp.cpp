@@ -7,15 +7,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcAutoCorr;
-vkVector pDstLPC;
-vkVector pDstRC;
-vkVector pDst;
-vkVector pMem;
-krStepIterator<int> hpfOrder;
-krStepIterator<int> step;
-krStepIterator<int> len;
+vkVector pSrc, pSrcAutoCorr, pDstLPC, pDstRC, pDst, pMem;
+krStepIterator<int> hpfOrder, step, len;
 int order;
 VekPCMFrequency freq;
 
@@ -32,20 +25,17 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_levinson = m_func.contains("veksLevinsonDurbin_RTA_32f");
         vkcFix(hpfOrder, 4);
         vkcFix(step, 0);
         vkcFix(len, 80);
+        initVectors({&pSrc, &pSrcAutoCorr, &pDstLPC, &pDstRC, &pDst, &pMem}, vkArg::src);
         if (m_levinson) {
             vkcRebuild(hpfOrder, "hpfOrder").set(4, 10, 2, '+');
-            m_grid.begin({&hpfOrder});
-        } else {
-            vkcRebuild(step, "stage").set(0, 6, 1, '+');
-            vkcRebuild(len, "Lenght").set(80, 320, 80, '+');
-            m_grid.begin({&step, &len});
+            return walk({&hpfOrder});
         }
-        initVectors({&pSrc, &pSrcAutoCorr, &pDstLPC, &pDstRC, &pDst, &pMem}, vkArg::src);
-        return true;
+        vkcRebuild(step, "stage").set(0, 6, 1, '+');
+        vkcRebuild(len, "Lenght").set(80, 320, 80, '+');
+        return walk({&step, &len});
     }
 
     bool makeData() override {
@@ -82,7 +72,7 @@ private:
         }
     }
 
-    bool m_levinson = false;
+    const bool m_levinson = m_func.contains("veksLevinsonDurbin_RTA_32f");
 };
 
 } // namespace

@@ -5,17 +5,9 @@
 
 namespace {
 
-vkVector pLPC;
-vkVector pSrc;
-vkVector pDst;
-vkVector pMem;
-vkVector pTmp;
-vkVector pSrcDst;
+vkVector pLPC, pSrc, pDst, pMem, pTmp, pSrcDst;
 vkcScaleIterator scaleFactor;
-krStepIterator<int> scale;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_lpc;
-krStepIterator<int> i_mem;
+krStepIterator<int> scale, lenght, lenght_lpc, i_mem;
 int dataSize;
 long long past;
 char* pMemUpdated;
@@ -34,35 +26,32 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_harmonic = m_func.contains("Harmonic");
-        m_residual = m_func.contains("Residual");
-        m_impulse = m_func.contains("ZeroStateResponse");
-        m_highPass = m_func.contains("HighPass");
         vkcRebuild(lenght, "lenght");
         vkcFix(scale, 1);
         vkcFix(lenght_lpc, m_harmonic || m_highPass ? 1 : order + 1);
         vkcFix(i_mem, 1);
         vkcScales(scaleFactor, "scaleFactor", m_func, m_highPass ? 13 : 12);
+        initVectors({&pLPC, &pSrc, &pDst, &pMem, &pTmp, &pSrcDst}, vkArg::src);
         if (m_harmonic) {
             lenght.set(15, 50, 5, '+');
-            m_grid.begin({&lenght});
-        } else if (m_residual) {
+            return walk({&lenght});
+        }
+        if (m_residual) {
             lenght.set(40, 60, 10, '+');
-            m_grid.begin({&lenght});
-        } else if (m_impulse) {
+            return walk({&lenght});
+        }
+        if (m_impulse) {
             lenght.set(40, 60, 10, '+');
             vkcRebuild(scale, "scaleFactor").set(12, 13, 1, '+');
-            m_grid.begin({&lenght, &scale});
-        } else if (m_highPass) {
-            lenght.set(40, 60, 10, '+');
-            m_grid.begin({&lenght, &scaleFactor});
-        } else {
-            lenght.set(40, 60, 10, '+');
-            vkcRebuild(i_mem, "i_mem").set(0, 1, 1, '+');
-            m_grid.begin({&lenght, &i_mem, &scaleFactor});
+            return walk({&lenght, &scale});
         }
-        initVectors({&pLPC, &pSrc, &pDst, &pMem, &pTmp, &pSrcDst}, vkArg::src);
-        return true;
+        if (m_highPass) {
+            lenght.set(40, 60, 10, '+');
+            return walk({&lenght, &scaleFactor});
+        }
+        lenght.set(40, 60, 10, '+');
+        vkcRebuild(i_mem, "i_mem").set(0, 1, 1, '+');
+        return walk({&lenght, &i_mem, &scaleFactor});
     }
 
     bool makeData() override {
@@ -81,12 +70,6 @@ public:
         return made;
     }
 
-    void flushData() override {
-        krFree(pMemUpdated);
-        pMemUpdated = nullptr;
-        vkcGridTest::flushData();
-    }
-
     double getDivisor() override { return lenght.value(); }
 
     virtual bool setData() {
@@ -95,8 +78,7 @@ public:
         }
         if (m_highPass) {
             veksHighPassFilterSize_G729(&fltSize);
-            pMemUpdated = static_cast<char*>(krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER));
-            if (pMemUpdated == nullptr) {
+            if (!hold(pMemUpdated, krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER), krFree)) {
                 return false;
             }
             veksHighPassFilterInit_G729(pMemUpdated);
@@ -105,10 +87,10 @@ public:
     }
 
 private:
-    bool m_harmonic = false;
-    bool m_residual = false;
-    bool m_impulse = false;
-    bool m_highPass = false;
+    const bool m_harmonic = m_func.contains("Harmonic");
+    const bool m_residual = m_func.contains("Residual");
+    const bool m_impulse = m_func.contains("ZeroStateResponse");
+    const bool m_highPass = m_func.contains("HighPass");
 };
 
 } // namespace

@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pSrcArray;
-vkVector pSrc;
-vkVector pDst;
+vkVector pTmp, pSrcDst, pSrcArray, pSrc, pDst;
 krStepIterator<int> lenght;
 const Vek16s* pSrc_H;
 Vek32s mem[2];
@@ -23,17 +19,15 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_harmonic = m_func.contains("Harmonic");
         vkcRebuild(lenght, "lenght");
         if (m_harmonic) {
             lenght.set(10, 60, 10, '+');
         } else {
             lenght.setList({m_func.contains("Tilt") ? 62 : 241});
         }
-        m_grid.begin({&lenght});
         initVectors({&pTmp, &pSrcDst, &pSrcArray, &pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {
@@ -59,7 +53,7 @@ private:
         return true;
     }
 
-    bool m_harmonic = false;
+    const bool m_harmonic = m_func.contains("Harmonic");
 };
 
 } // namespace

@@ -5,11 +5,8 @@
 
 namespace {
 
-vkVector pSrcLpc;
-vkVector pDstSignal;
-vkVector pSrcSpeech;
-krStepIterator<int> valLPCOrder;
-krStepIterator<int> lenght;
+vkVector pSrcLpc, pDstSignal, pSrcSpeech;
+krStepIterator<int> valLPCOrder, lenght;
 
 // Of the m_grid.
 constexpr int longestOrder = 30;
@@ -22,9 +19,8 @@ public:
     bool canStart() override {
         vkcRebuild(valLPCOrder, "valLPCOrder").set(10, 30, 20, '+');
         vkcRebuild(lenght, "lenght").set(40, 80, 20, '+');
-        m_grid.begin({&valLPCOrder, &lenght});
         initVectors({&pSrcLpc, &pDstSignal, &pSrcSpeech}, vkArg::src);
-        return true;
+        return walk({&valLPCOrder, &lenght});
     }
 
     bool makeData() override {
@@ -36,13 +32,8 @@ public:
             !pSrcSpeech.createVector(before + vkcSize(lenght), setRand, -512, 512)) {
             return false;
         }
-        pSrcDstSynFltMemory = veksMalloc_16s(order);
-        return pSrcDstSynFltMemory != nullptr && vkcDone(veksZero_16s(pSrcDstSynFltMemory, order));
-    }
-
-    void flushData() override {
-        vkcFree(pSrcDstSynFltMemory);
-        vkcGridTest::flushData();
+        return hold(pSrcDstSynFltMemory, veksMalloc_16s(order), veksFree) &&
+               vkcDone(veksZero_16s(pSrcDstSynFltMemory, order));
     }
 
     double getDivisor() override { return lenght.value(); }

@@ -6,9 +6,7 @@ namespace {
 vkVector pSrcResidual;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
-Vek16s pResultDelay;
-Vek16s pResultPitchGain;
-Vek16s pResultScalingGain;
+Vek16s pResultDelay, pResultPitchGain, pResultScalingGain;
 
 constexpr int history = 145;
 constexpr Vek16s valBaseDelay = 60;
@@ -21,9 +19,8 @@ public:
         vkcRebuild(subFrame, "SubFrame").set(0, 3, 1, '+');
         vkcRebuild(mode, "BitRate").resetValidation();
         vkcModes(mode, {VEK_SPCHBR_5300, VEK_SPCHBR_6300});
-        m_grid.begin({&subFrame, &mode});
         initVectors({&pSrcResidual}, vkArg::src);
-        return true;
+        return walk({&subFrame, &mode});
     }
 
     bool makeData() override { return pSrcResidual.createVector(history + 240, setRand, -2048, 2048); }

@@ -3,15 +3,8 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pDst;
-vkVector pSrcLpc;
-vkVector pSrcSpeech;
-vkVector pDstResidualSignal;
-krStepIterator<int> len_c;
-krStepIterator<int> valLPCOrder;
-krStepIterator<int> len;
+vkVector pSrc1, pSrc2, pDst, pSrcLpc, pSrcSpeech, pDstResidualSignal;
+krStepIterator<int> len_c, valLPCOrder, len;
 vkcScaleIterator scaleFactor;
 
 class TimFiltwb : public vkcGridTest {
@@ -19,21 +12,18 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_residual = m_func.contains("Residual");
         vkcScales(scaleFactor, "scaleFactor", m_func, 10);
+        initVectors({&pSrc1, &pSrc2, &pDst, &pSrcLpc, &pSrcSpeech, &pDstResidualSignal}, vkArg::src);
         if (m_residual) {
             vkcFix(len_c, 32);
             vkcRebuild(valLPCOrder, "LPCOrder").setList({8, 10, 16, 22, 28, 34, 40});
             vkcRebuild(len, "len").set(64, 256, 32, '+');
-            m_grid.begin({&valLPCOrder, &len, &scaleFactor});
-        } else {
-            vkcRebuild(len_c, "len_c").set(32, 256, 32, '+');
-            vkcFix(valLPCOrder, 8);
-            vkcFix(len, 64);
-            m_grid.begin({&len_c});
+            return walk({&valLPCOrder, &len, &scaleFactor});
         }
-        initVectors({&pSrc1, &pSrc2, &pDst, &pSrcLpc, &pSrcSpeech, &pDstResidualSignal}, vkArg::src);
-        return true;
+        vkcRebuild(len_c, "len_c").set(32, 256, 32, '+');
+        vkcFix(valLPCOrder, 8);
+        vkcFix(len, 64);
+        return walk({&len_c});
     }
 
     bool makeData() override {
@@ -52,7 +42,7 @@ public:
     }
 
 private:
-    bool m_residual = false;
+    const bool m_residual = m_func.contains("Residual");
 };
 
 } // namespace

@@ -4,32 +4,27 @@
 namespace {
 
 vkVector pDstSignalOut;
-krStepIterator<int> len;
-krStepIterator<int> numSegments;
+krStepIterator<int> len, numSegments;
 vkcScaleIterator scaleFactor;
 krStepIterator<int> startSubband;
-vkcRows<Vek32sc> ppSrcSignalIn;
-vkcRows<Vek32sc> ppSrcCoefs;
+vkcRows<Vek32sc> ppSrcSignalIn, ppSrcCoefs;
 
 class TimFiltACE : public vkcGridTest {
 public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_low = m_func.contains("Low");
         vkcRebuild(len, "Length").set(32, 64, 8, '+');
         vkcRebuild(numSegments, "Num Segments").set(8, 32, 8, '+');
+        initVectors({&pDstSignalOut}, vkArg::src);
         if (m_low) {
             vkcScales(scaleFactor, "scaleFactor", m_func, 0, 16, 20);
             vkcRebuild(startSubband, "Start Number Segments").set(2, 6, 2, '+');
-            m_grid.begin({&len, &numSegments, &scaleFactor, &startSubband});
-        } else {
-            vkcScales(scaleFactor, "scaleFactor", m_func, -16, 0, 16);
-            vkcFix(startSubband, 0);
-            m_grid.begin({&len, &numSegments, &scaleFactor});
+            return walk({&len, &numSegments, &scaleFactor, &startSubband});
         }
-        initVectors({&pDstSignalOut}, vkArg::src);
-        return true;
+        vkcScales(scaleFactor, "scaleFactor", m_func, -16, 0, 16);
+        vkcFix(startSubband, 0);
+        return walk({&len, &numSegments, &scaleFactor});
     }
 
     bool makeData() override {
@@ -40,19 +35,13 @@ public:
         return true;
     }
 
-    void flushData() override {
-        ppSrcCoefs.drop();
-        ppSrcSignalIn.drop();
-        vkcGridTest::flushData();
-    }
-
     double getDivisor() override {
         return (static_cast<double>(len.value()) - (m_low ? startSubband.value() : 0)) * numSegments.value();
     }
 
     virtual bool makeRows() {
-        return ppSrcSignalIn.make(numSegments.value(), len.value(), veksMalloc_32sc) &&
-               ppSrcCoefs.make(numSegments.value(), len.value(), veksMalloc_32sc);
+        return initRows(ppSrcSignalIn, numSegments.value(), len.value(), veksMalloc_32sc) &&
+               initRows(ppSrcCoefs, numSegments.value(), len.value(), veksMalloc_32sc);
     }
 
     virtual void setData() {
@@ -61,7 +50,7 @@ public:
     }
 
 private:
-    bool m_low = false;
+    const bool m_low = m_func.contains("Low");
 };
 
 } // namespace

@@ -3,21 +3,13 @@
 
 namespace {
 
-vkVector pSrcError;
-vkVector prodStepErrQ;
-krStepIterator<int> len;
-krStepIterator<int> numSegments;
-krStepIterator<int> apOrder;
-krStepIterator<int> scaleFactorCoef;
-krStepIterator<int> startSubband;
+vkVector pSrcError, prodStepErrQ;
+krStepIterator<int> len, numSegments, apOrder, scaleFactorCoef, startSubband;
 Vek32s* pStepSize;
 
 vkcRows<Vek64f> ppStepSize;
-vkcRows<Vek32fc> ppInputAp;
-vkcRows<Vek32fc> ppErrorAp;
-vkcRows<Vek32fc> ppCoefsAp;
-vkcRows<Vek32sc> ppSrcFilterInput;
-vkcRows<Vek32sc> ppSrcDstCoefsQ15;
+vkcRows<Vek32fc> ppInputAp, ppErrorAp, ppCoefsAp;
+vkcRows<Vek32sc> ppSrcFilterInput, ppSrcDstCoefsQ15;
 
 class TimUpdatePrimAp : public vkcGridTest {
 public:
@@ -27,27 +19,19 @@ public:
         vkcRebuild(len, "Length").setList({65});
         vkcRebuild(numSegments, "Number of segments").setList({12});
         vkcRebuild(apOrder, "affine projection order").set(1, 4, 3, '+');
-        m_grid.begin({&len, &numSegments, &apOrder});
-        return true;
+        return walk({&len, &numSegments, &apOrder});
     }
 
     bool makeData() override {
         const long long rows = vkcSize(numSegments) + vkcSize(apOrder);
-        if (!ppStepSize.make(apOrder.value(), len.value(), veksMalloc_64f) ||
-            !ppInputAp.make(rows, len.value(), veksMalloc_32fc) ||
-            !ppErrorAp.make(apOrder.value(), len.value(), veksMalloc_32fc) ||
-            !ppCoefsAp.make(rows, len.value(), veksMalloc_32fc)) {
+        if (!initRows(ppStepSize, apOrder.value(), len.value(), veksMalloc_64f) ||
+            !initRows(ppInputAp, rows, len.value(), veksMalloc_32fc) ||
+            !initRows(ppErrorAp, apOrder.value(), len.value(), veksMalloc_32fc) ||
+            !initRows(ppCoefsAp, rows, len.value(), veksMalloc_32fc)) {
             return false;
         }
         setData();
         return true;
-    }
-
-    void flushData() override {
-        ppCoefsAp.drop();
-        ppErrorAp.drop();
-        ppInputAp.drop();
-        ppStepSize.drop();
     }
 
     double getDivisor() override { return static_cast<double>(len.value()) * numSegments.value(); }
@@ -69,19 +53,16 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_low = m_func.contains("Low");
         vkcRebuild(len, "Length").set(32, 64, 8, '+');
         vkcRebuild(numSegments, "Num Segments").set(8, 32, 8, '+');
         vkcRebuild(scaleFactorCoef, "scaleFactor").set(1, 31, 15, '+');
+        initVectors({&pSrcError, &prodStepErrQ}, vkArg::src);
         if (m_low) {
             vkcRebuild(startSubband, "Srart Number Segments").set(2, 6, 2, '+');
-            m_grid.begin({&len, &numSegments, &scaleFactorCoef, &startSubband});
-        } else {
-            vkcFix(startSubband, 0);
-            m_grid.begin({&len, &numSegments, &scaleFactorCoef});
+            return walk({&len, &numSegments, &scaleFactorCoef, &startSubband});
         }
-        initVectors({&pSrcError, &prodStepErrQ}, vkArg::src);
-        return true;
+        vkcFix(startSubband, 0);
+        return walk({&len, &numSegments, &scaleFactorCoef});
     }
 
     bool makeData() override {
@@ -89,20 +70,13 @@ public:
             !prodStepErrQ.createVector(m_grid.room(len), setZero, 0, 0)) {
             return false;
         }
-        pStepSize = veksMalloc_32s(len.value());
-        if (pStepSize == nullptr || !ppSrcFilterInput.make(numSegments.value(), len.value(), veksMalloc_32sc) ||
-            !ppSrcDstCoefsQ15.make(numSegments.value(), len.value(), veksMalloc_32sc)) {
+        if (!hold(pStepSize, veksMalloc_32s(len.value()), veksFree) ||
+            !initRows(ppSrcFilterInput, numSegments.value(), len.value(), veksMalloc_32sc) ||
+            !initRows(ppSrcDstCoefsQ15, numSegments.value(), len.value(), veksMalloc_32sc)) {
             return false;
         }
         setData();
         return true;
-    }
-
-    void flushData() override {
-        ppSrcDstCoefsQ15.drop();
-        ppSrcFilterInput.drop();
-        vkcFree(pStepSize);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override {
@@ -118,7 +92,7 @@ public:
     }
 
 private:
-    bool m_low = false;
+    const bool m_low = m_func.contains("Low");
 };
 
 } // namespace

@@ -3,14 +3,9 @@
 
 namespace {
 
-vkVector pSrcMatrix;
-vkVector pDstFixedVector;
-vkVector pSrcFixedCorr;
-vkVector pSearchTimes;
+vkVector pSrcMatrix, pDstFixedVector, pSrcFixedCorr, pSearchTimes;
 krStepIterator<int> lenght;
-Vek16s pDstFixedSign;
-Vek16s pDstFixedPosition;
-Vek16s pResultGrid;
+Vek16s pDstFixedSign, pDstFixedPosition, pResultGrid;
 
 constexpr int matrixSize = 416;
 
@@ -20,11 +15,10 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({64});
-        m_grid.begin({&lenght});
         // The first type is that of the matrix.
         initVectors({&pSrcMatrix}, vkArg::src);
         initVectors({&pDstFixedVector, &pSrcFixedCorr, &pSearchTimes}, vk16s);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -3,13 +3,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pCoeff;
-vkVector pDst;
-vkVector pDstWgtSpeech;
-vkVector pSrcDstExc;
-krStepIterator<int> excSfs;
-krStepIterator<int> len;
+vkVector pSrc, pCoeff, pDst, pDstWgtSpeech, pSrcDstExc;
+krStepIterator<int> excSfs, len;
 int dataSize;
 VeksIIRState_G728* pMemIIR;
 VeksSynthesisFilterState_G728* pMemSynt;
@@ -25,21 +20,20 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_iir = m_func.contains("IIR16s");
-        m_synthesis = m_func.contains("SyntesisFilter");
         vkcRebuild(len, "Lengt").setList({m_iir ? 5 : 50});
-        if (m_synthesis || m_func.contains("ZeroState")) {
-            vkcRebuild(excSfs, "excSfs").set(0, 15, 5, '+');
-            m_grid.begin({&excSfs, &len});
-        } else {
-            vkcFix(excSfs, 1);
-            m_grid.begin({&len});
-        }
         initVectors({&pSrc, &pCoeff, &pDst, &pDstWgtSpeech, &pSrcDstExc}, vkArg::src);
         const VekStatus status = m_iir         ? veksIIR16sGetStateSize_G728_16s(&dataSize)
                                  : m_synthesis ? veksSynthesisFilterGetStateSize_G728_16s(&dataSize)
                                                : veksCombinedFilterGetStateSize_G728_16s(&dataSize);
-        return status == vekStsNoErr;
+        if (status != vekStsNoErr) {
+            return false;
+        }
+        if (m_synthesis || m_func.contains("ZeroState")) {
+            vkcRebuild(excSfs, "excSfs").set(0, 15, 5, '+');
+            return walk({&excSfs, &len});
+        }
+        vkcFix(excSfs, 1);
+        return walk({&len});
     }
 
     bool makeData() override {
@@ -49,35 +43,22 @@ public:
                pSrcDstExc.createVector(vectorLength, setRand, -256, 256);
     }
 
-    void flushData() override {
-        vkcFree(pMemIIR);
-        vkcFree(pMemSynt);
-        vkcFree(pMem);
-        vkcGridTest::flushData();
-    }
-
     double getDivisor() override { return m_iir ? len.value() : vectorLength; }
 
 private:
     bool createState() {
-        Vek8u* memory = veksMalloc_8u(dataSize);
-        if (memory == nullptr) {
-            return false;
-        }
         if (m_iir) {
-            pMemIIR = reinterpret_cast<VeksIIRState_G728*>(memory);
-            return vkcDone(veksIIR16sInit_G728_16s(pMemIIR));
+            return hold(pMemIIR, veksMalloc_8u(dataSize), veksFree) && vkcDone(veksIIR16sInit_G728_16s(pMemIIR));
         }
         if (m_synthesis) {
-            pMemSynt = reinterpret_cast<VeksSynthesisFilterState_G728*>(memory);
-            return vkcDone(veksSynthesisFilterInit_G728_16s(pMemSynt));
+            return hold(pMemSynt, veksMalloc_8u(dataSize), veksFree) &&
+                   vkcDone(veksSynthesisFilterInit_G728_16s(pMemSynt));
         }
-        pMem = reinterpret_cast<VeksCombinedFilterState_G728*>(memory);
-        return vkcDone(veksCombinedFilterInit_G728_16s(pMem));
+        return hold(pMem, veksMalloc_8u(dataSize), veksFree) && vkcDone(veksCombinedFilterInit_G728_16s(pMem));
     }
 
-    bool m_iir = false;
-    bool m_synthesis = false;
+    const bool m_iir = m_func.contains("IIR16s");
+    const bool m_synthesis = m_func.contains("SyntesisFilter");
 };
 
 } // namespace

@@ -3,15 +3,8 @@
 
 namespace {
 
-vkVector pSrcSignal;
-vkVector pDstSignal;
-vkVector pSrcDstSignal;
-vkVector pMem;
-vkVector pSrcLpc;
-vkVector pSrcExcitation;
-krStepIterator<int> len;
-krStepIterator<int> valLpcOrder;
-krStepIterator<int> scale;
+vkVector pSrcSignal, pDstSignal, pSrcDstSignal, pMem, pSrcLpc, pSrcExcitation;
+krStepIterator<int> len, valLpcOrder, scale;
 
 constexpr Vek16s val = 22282; // 0.68
 
@@ -22,10 +15,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").set(32, 256, 32, '+');
-        beginGrid();
         initVectors({&pSrcSignal, &pSrcDstSignal}, vkArg::src);
         initVectors({&pDstSignal, &pMem}, vkArg::dst);
-        return true;
+        return walkGrid();
     }
 
     bool makeData() override {
@@ -37,7 +29,7 @@ public:
     double getDivisor() override { return len.value(); }
 
 protected:
-    virtual void beginGrid() { m_grid.begin({&len}); }
+    virtual bool walkGrid() { return walk({&len}); }
 };
 
 class TimDeemphWB : public Emphasis {
@@ -50,9 +42,9 @@ public:
     using Emphasis::Emphasis;
 
 protected:
-    void beginGrid() override {
+    bool walkGrid() override {
         vkcRebuild(scale, "scale").set(13, 15, 1, '+');
-        m_grid.begin({&scale, &len});
+        return walk({&scale, &len});
     }
 };
 
@@ -65,10 +57,9 @@ public:
         vkcRebuild(len, "Lenght").set(32, 128, 32, '+');
         vkcRebuild(valLpcOrder, "valLpcOrder");
         setOrders();
-        m_grid.begin({&len, &valLpcOrder});
         initVectors({&pSrcLpc, &pSrcExcitation}, vkArg::src);
         initVectors({&pSrcDstSignal}, vkArg::dst);
-        return true;
+        return walk({&len, &valLpcOrder});
     }
 
     // The outputs before the first stand ahead of those of the call.

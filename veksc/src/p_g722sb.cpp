@@ -5,13 +5,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector delay;
-vkVector pSrcDst;
-vkVector mem;
-krStepIterator<int> len;
-krStepIterator<int> mode;
+vkVector pSrc, pDst, delay, pSrcDst, mem;
+krStepIterator<int> len, mode;
 VeksCodecState_G722* pEncMem;
 VeksCodecState_G722* pDecMem;
 int fr_class;
@@ -27,27 +22,18 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_downsample = m_func.contains("veksDownsampleFilter_G722_16s");
-        m_highband = m_func.contains("veksFilterHighband_G722_16s_I");
-        m_classify = m_func.contains("veksClassifyFrame_G722_16s_I");
-        m_qmfDecode = m_func.contains("veksQMFDecode_G722_16s");
-        m_decode = m_func.contains("veksSBADPCMDecode_G722_16s");
-        m_qmfEncode = m_func.contains("veksQMFEncode_G722_16s");
-        m_encode = m_func.contains("veksSBADPCMEncode_G722_16s");
         if (m_classify) {
             vkcRebuild(len, "valDelay").set(80, 143, 63, '+');
         } else {
             vkcRebuild(len, "len").set(80, 320, 80, '+');
         }
+        initVectors({&pSrc, &pDst, &delay, &pSrcDst, &mem}, vkArg::src);
         if (m_decode) {
             vkcRebuild(mode, "mode").set(1, 3, 1, '+');
-            m_grid.begin({&len, &mode});
-        } else {
-            vkcFix(mode, 1);
-            m_grid.begin({&len});
+            return walk({&len, &mode});
         }
-        initVectors({&pSrc, &pDst, &delay, &pSrcDst, &mem}, vkArg::src);
-        return true;
+        vkcFix(mode, 1);
+        return walk({&len});
     }
 
     bool makeData() override {
@@ -61,32 +47,26 @@ public:
                delay.createVector(std::max(len.value(), bank), setOne, 0, 0) && createStates();
     }
 
-    void flushData() override {
-        vkcFree(pEncMem);
-        vkcFree(pDecMem);
-        vkcGridTest::flushData();
-    }
-
     double getDivisor() override { return len.value(); }
 
 private:
     bool createStates() {
         if (m_encode) {
-            return vkcMakeState(pEncMem, veksSBADPCMEncodeStateSize_G722_16s, veksSBADPCMEncodeInit_G722_16s);
+            return initState(pEncMem, veksSBADPCMEncodeStateSize_G722_16s, veksSBADPCMEncodeInit_G722_16s);
         }
         if (m_decode || m_classify) {
-            return vkcMakeState(pDecMem, veksSBADPCMDecodeStateSize_G722_16s, veksSBADPCMDecodeInit_G722_16s);
+            return initState(pDecMem, veksSBADPCMDecodeStateSize_G722_16s, veksSBADPCMDecodeInit_G722_16s);
         }
         return true;
     }
 
-    bool m_downsample = false;
-    bool m_highband = false;
-    bool m_classify = false;
-    bool m_qmfDecode = false;
-    bool m_decode = false;
-    bool m_qmfEncode = false;
-    bool m_encode = false;
+    const bool m_downsample = m_func.contains("veksDownsampleFilter_G722_16s");
+    const bool m_highband = m_func.contains("veksFilterHighband_G722_16s_I");
+    const bool m_classify = m_func.contains("veksClassifyFrame_G722_16s_I");
+    const bool m_qmfDecode = m_func.contains("veksQMFDecode_G722_16s");
+    const bool m_decode = m_func.contains("veksSBADPCMDecode_G722_16s");
+    const bool m_qmfEncode = m_func.contains("veksQMFEncode_G722_16s");
+    const bool m_encode = m_func.contains("veksSBADPCMEncode_G722_16s");
 };
 
 } // namespace

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pTmp;
+vkVector pSrc, pDst, pTmp;
 krStepIterator<int> len;
 krEnumIterator<VekSpchBitRate> mode;
 krEnumIterator<VekPCMLaw> law;
@@ -18,15 +16,13 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").set(4, 32, 2, '*');
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, {VEK_SPCHBR_16000, VEK_SPCHBR_24000, VEK_SPCHBR_32000, VEK_SPCHBR_40000});
+        vkcModes(vkcRebuild(mode, "BitRate"), {VEK_SPCHBR_16000, VEK_SPCHBR_24000, VEK_SPCHBR_32000, VEK_SPCHBR_40000});
         vkcRebuild(law, "PCMLaw");
         vkcModes(law, {VEK_PCM_MULAW, VEK_PCM_ALAW, VEK_PCM_LINEAR});
-        m_grid.begin({&len, &mode, &law});
         initVectors({&pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
         initVectors({&pTmp}, vk8u);
-        return vkcDone(veksDecodeGetStateSize_G726_8u16s(&dataSize));
+        return walk({&len, &mode, &law}) && vkcDone(veksDecodeGetStateSize_G726_8u16s(&dataSize));
     }
 
     bool makeData() override {
@@ -34,14 +30,9 @@ public:
             !pTmp.createVector(dataSize, setZero, 0, 0)) {
             return false;
         }
-        pDecMem = reinterpret_cast<VeksCodecState_G726*>(veksMalloc_8u(dataSize));
-        return pDecMem != nullptr && vkcDone(veksDecodeInit_G726_8u16s(
-                                         reinterpret_cast<VeksCodecState_G726*>(pTmp.m_8u), mode.value(), law.value()));
-    }
-
-    void flushData() override {
-        vkcFree(pDecMem);
-        vkcGridTest::flushData();
+        return hold(pDecMem, veksMalloc_8u(dataSize), veksFree) &&
+               vkcDone(veksDecodeInit_G726_8u16s(reinterpret_cast<VeksCodecState_G726*>(pTmp.m_8u), mode.value(),
+                                                 law.value()));
     }
 
     double getDivisor() override { return len.value(); }

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pTmp;
+vkVector pSrc, pDst, pTmp;
 krStepIterator<int> len;
 krEnumIterator<VekSpchBitRate> mode;
 VeksCodecState_G726* pEncMem;
@@ -17,13 +15,11 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").set(4, 32, 2, '*');
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, {VEK_SPCHBR_16000, VEK_SPCHBR_24000, VEK_SPCHBR_32000, VEK_SPCHBR_40000});
-        m_grid.begin({&len, &mode});
+        vkcModes(vkcRebuild(mode, "BitRate"), {VEK_SPCHBR_16000, VEK_SPCHBR_24000, VEK_SPCHBR_32000, VEK_SPCHBR_40000});
         initVectors({&pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
         initVectors({&pTmp}, vk8u);
-        return vkcDone(veksEncodeGetStateSize_G726_16s8u(&dataSize));
+        return walk({&len, &mode}) && vkcDone(veksEncodeGetStateSize_G726_16s8u(&dataSize));
     }
 
     bool makeData() override {
@@ -31,14 +27,8 @@ public:
             !pTmp.createVector(dataSize, setZero, 0, 0)) {
             return false;
         }
-        pEncMem = reinterpret_cast<VeksCodecState_G726*>(veksMalloc_8u(dataSize));
-        return pEncMem != nullptr &&
+        return hold(pEncMem, veksMalloc_8u(dataSize), veksFree) &&
                vkcDone(veksEncodeInit_G726_16s8u(reinterpret_cast<VeksCodecState_G726*>(pTmp.m_8u), mode.value()));
-    }
-
-    void flushData() override {
-        vkcFree(pEncMem);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return len.value(); }

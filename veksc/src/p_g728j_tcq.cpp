@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pSrcLPC;
-vkVector pSrc;
-vkVector pSrcDstWindow;
-vkVector pSrcDstResidual;
-vkVector pDst;
+vkVector pSrcLPC, pSrc, pSrcDstWindow, pSrcDstResidual, pDst;
 krStepIterator<int> len;
 int pSrcDstBestNode;
 
@@ -24,10 +20,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "").setList({5});
-        m_grid.begin({&len});
         initVectors({&pSrcLPC, &pSrc, &pSrcDstWindow, &pSrcDstResidual}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

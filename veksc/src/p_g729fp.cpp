@@ -5,21 +5,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pSrcLpc;
-vkVector pSrcSignal;
-vkVector pSrcSpeech;
-vkVector pSrcSynFltMemory;
-vkVector pSrc1;
-vkVector pSrc2;
-krStepIterator<int> len;
-krStepIterator<int> valLPCOrder;
-krStepIterator<int> nLag;
-int bestLag;
-int maxLag;
-int lowerLag;
-int upperLag;
+vkVector pSrc, pDst, pSrcLpc, pSrcSignal, pSrcSpeech, pSrcSynFltMemory, pSrc1, pSrc2;
+krStepIterator<int> len, valLPCOrder, nLag;
+int bestLag, maxLag, lowerLag, upperLag;
 Vek32f pMax_32;
 Vek64f pMax_64;
 Vek32f gain;
@@ -36,9 +24,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "len").setList({span});
-        m_grid.begin({&len});
         initVectors({&pSrc}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override { return pSrc.createVector(span, setOne, 0, 0); }
@@ -50,27 +37,22 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_gain = m_func.contains("GainControl");
-        m_synthesis = m_func.contains("SynthesisFilter");
-        m_cross = m_func.contains("CrossCorrLagMax");
-        m_auto = m_func.contains("AutoCorrLagMax");
         vkcRebuild(len, "len");
         vkcFix(valLPCOrder, 10);
         vkcFix(nLag, 0);
+        initVectors({&pDst, &pSrcLpc, &pSrcSignal, &pSrcSpeech, &pSrcSynFltMemory, &pSrc1, &pSrc2}, vkArg::src);
         if (m_synthesis) {
             len.set(40, 640, 40, '+');
             vkcRebuild(valLPCOrder, "valLPCOrder").setList({3, 4, 6, 10, 16, 30});
-            m_grid.begin({&len, &valLPCOrder});
-        } else if (m_cross || m_auto) {
+            return walk({&len, &valLPCOrder});
+        }
+        if (m_cross || m_auto) {
             len.set(40, 80, 40, '+');
             vkcRebuild(nLag, "nLag").set(0, 6, 1, '+');
-            m_grid.begin({&len, &nLag});
-        } else {
-            len.setList({40});
-            m_grid.begin({&len});
+            return walk({&len, &nLag});
         }
-        initVectors({&pDst, &pSrcLpc, &pSrcSignal, &pSrcSpeech, &pSrcSynFltMemory, &pSrc1, &pSrc2}, vkArg::src);
-        return true;
+        len.setList({40});
+        return walk({&len});
     }
 
     bool makeData() override {
@@ -105,10 +87,10 @@ public:
     }
 
 private:
-    bool m_gain = false;
-    bool m_synthesis = false;
-    bool m_cross = false;
-    bool m_auto = false;
+    const bool m_gain = m_func.contains("GainControl");
+    const bool m_synthesis = m_func.contains("SynthesisFilter");
+    const bool m_cross = m_func.contains("CrossCorrLagMax");
+    const bool m_auto = m_func.contains("AutoCorrLagMax");
 };
 
 } // namespace

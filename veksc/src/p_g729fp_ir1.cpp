@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcSynthSpeech;
-vkVector pDstInvAutoCorr;
+vkVector pSrcSynthSpeech, pDstInvAutoCorr;
 krStepIterator<int> len;
 Vek8u* pMem;
 
@@ -14,21 +13,15 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "len").setList({145});
-        m_grid.begin({&len});
         initVectors({&pSrcSynthSpeech}, vkArg::src);
         initVectors({&pDstInvAutoCorr}, vkArg::dst);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {
-        return vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_32f, veksWinHybridInit_G729E_32f) &&
+        return initState(pMem, veksWinHybridGetStateSize_G729E_32f, veksWinHybridInit_G729E_32f) &&
                pSrcSynthSpeech.createVector(m_grid.room(len), setOne, 0, 0) &&
                pDstInvAutoCorr.createVector(31, setZero, 0, 0);
-    }
-
-    void flushData() override {
-        vkcFree(pMem);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return 2545; }

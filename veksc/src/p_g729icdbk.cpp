@@ -3,17 +3,10 @@
 
 namespace {
 
-vkVector pSrcFixed;
-vkVector pSrcLtpResidual;
-vkVector pSrcImpulseResponse;
-vkVector pDstFixedVector;
-vkVector pDstFltFixedVector;
-vkVector pDstFixedIndex;
-vkVector pTmp;
-vkVector pSrcDst;
+vkVector pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstFixedIndex, pTmp,
+    pSrcDst;
 krStepIterator<int> mode;
-Vek16s pDstSign;
-Vek16s dstIndex;
+Vek16s pDstSign, dstIndex;
 int dataSize;
 
 constexpr int subframe = 40;
@@ -24,19 +17,13 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(mode, "mode");
-        if (m_func.contains("G729E")) {
-            mode.set(0, 1, 1, '+');
-        } else {
-            mode.setList({1});
-        }
-        m_grid.begin({&mode});
+        vkcSwitch(mode, "mode", m_func.contains("G729E"));
         const vkType element = m_func.contains("_32f") ? vk32f : vk16s;
         initVectors({&pSrcFixed, &pSrcLtpResidual, &pSrcImpulseResponse, &pDstFixedVector, &pDstFltFixedVector, &pTmp,
                      &pSrcDst},
                     element);
         initVectors({&pDstFixedIndex}, vk16s);
-        return true;
+        return walk({&mode});
     }
 
     bool makeData() override {

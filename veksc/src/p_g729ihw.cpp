@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcSynthSpeech;
-vkVector pDstInvAutoCorr;
+vkVector pSrcSynthSpeech, pDstInvAutoCorr;
 krStepIterator<int> lenght;
 Vek8u* pMem;
 
@@ -14,21 +13,15 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({145});
-        m_grid.begin({&lenght});
         initVectors({&pSrcSynthSpeech}, vkArg::src);
         initVectors({&pDstInvAutoCorr}, vkArg::dst);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {
-        return vkcMakeState(pMem, veksWinHybridGetStateSize_G729E_16s, veksWinHybridInit_G729E_16s) &&
+        return initState(pMem, veksWinHybridGetStateSize_G729E_16s, veksWinHybridInit_G729E_16s) &&
                pSrcSynthSpeech.createVector(m_grid.room(lenght), setRand, -4096, 4096) &&
                pDstInvAutoCorr.createVector(31, setZero, 0, 0);
-    }
-
-    void flushData() override {
-        vkcFree(pMem);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return lenght.value(); }

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcCand;
-vkVector pDstIdxs;
+vkVector pSrc, pSrcCand, pDstIdxs;
 krStepIterator<int> valTimeFlag;
 
 constexpr Vek32f valPredictedCodebookGain = 1;
@@ -17,11 +15,10 @@ public:
 
     bool canStart() override {
         vkcRebuild(valTimeFlag, "valTimeFlag").set(0, 1, 1, '+');
-        m_grid.begin({&valTimeFlag});
         initVectors({&pSrc}, vkArg::src);
         // Numbers of entries.
         initVectors({&pSrcCand, &pDstIdxs}, vk16s);
-        return true;
+        return walk({&valTimeFlag});
     }
 
     bool makeData() override {

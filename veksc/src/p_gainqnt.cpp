@@ -3,14 +3,9 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pSrc3;
-vkVector pSrc4;
-vkVector pPastEnergy;
+vkVector pSrc1, pSrc2, pSrc3, pSrc4, pPastEnergy;
 krStepIterator<int> tameflag;
-Vek16s pDstQGain[2];
-Vek16s indx[2];
+Vek16s pDstQGain[2], indx[2];
 
 constexpr int subframe = 40;
 
@@ -20,19 +15,14 @@ public:
 
     bool canStart() override {
         vkcRebuild(tameflag, "tameflag").set(0, 1, 1, '+');
-        m_grid.begin({&tameflag});
         initVectors({&pSrc1, &pSrc2, &pSrc3, &pSrc4, &pPastEnergy}, vkArg::src);
-        return true;
+        return walk({&tameflag});
     }
 
     bool makeData() override {
-        if (!pPastEnergy.createVector(4, setRand, 1, 512)) {
+        if (!pPastEnergy.createVector(4, setRand, 1, 512) ||
+            !vkcCreate({&pSrc1, &pSrc2, &pSrc3, &pSrc4}, subframe, setRand, 1, 512)) {
             return false;
-        }
-        for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
-            if (!vector->createVector(subframe, setRand, 1, 512)) {
-                return false;
-            }
         }
         setData();
         return true;

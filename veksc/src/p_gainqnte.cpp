@@ -3,16 +3,9 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pSrc3;
-vkVector pSrc4;
-vkVector pPastEnergy;
-vkVector quaIndex;
-vkVector pGain;
+vkVector pSrc1, pSrc2, pSrc3, pSrc4, pPastEnergy, quaIndex, pGain;
 krStepIterator<int> tameflag;
-Vek16s pDstQGain[2];
-Vek16s indx[2];
+Vek16s pDstQGain[2], indx[2];
 Vek32s energy;
 
 constexpr Vek16s valGainAttenuation = 32113; // 0.98
@@ -24,20 +17,15 @@ public:
 
     bool canStart() override {
         vkcRebuild(tameflag, "tameflag").set(0, 1, 1, '+');
-        m_grid.begin({&tameflag});
         initVectors({&pSrc1, &pSrc2, &pSrc3, &pSrc4, &pPastEnergy, &quaIndex, &pGain}, vkArg::src);
-        return true;
+        return walk({&tameflag});
     }
 
     bool makeData() override {
         if (!pPastEnergy.createVector(4, setRand, 1, 512) || !quaIndex.createVector(2, setOne, 0, 0) ||
-            !pGain.createVector(2, setRand, 1, 512)) {
+            !pGain.createVector(2, setRand, 1, 512) ||
+            !vkcCreate({&pSrc1, &pSrc2, &pSrc3, &pSrc4}, subframe, setRand, 1, 512)) {
             return false;
-        }
-        for (vkVector* vector : {&pSrc1, &pSrc2, &pSrc3, &pSrc4}) {
-            if (!vector->createVector(subframe, setRand, 1, 512)) {
-                return false;
-            }
         }
         setData();
         return vkcDone(veksDotProd_G729A_16s32s(pSrc3.m_16s, pSrc3.m_16s, subframe, &energy));

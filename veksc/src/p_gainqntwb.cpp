@@ -3,22 +3,9 @@
 
 namespace {
 
-vkVector pSrcDstPastEnergy;
-vkVector pPrevCodeGain;
-vkVector pSrcDstPastCodeGain;
-vkVector pSrcAdptTarget;
-vkVector pSrcFltAdptVector;
-vkVector pSrcFixedVector;
-vkVector pSrcFltFixedVector;
-vkVector pSrcCorr;
-vkVector pSrcDstEnergyErr;
-vkVector pSrcDstPitchGain;
-vkVector pDstQGainIndex;
-vkVector pDstCorrFactor;
-krStepIterator<int> bfi;
-krStepIterator<int> prevBfi;
-krStepIterator<int> lenSrc;
-krStepIterator<int> valClipFlag;
+vkVector pSrcDstPastEnergy, pPrevCodeGain, pSrcDstPastCodeGain, pSrcAdptTarget, pSrcFltAdptVector, pSrcFixedVector,
+    pSrcFltFixedVector, pSrcCorr, pSrcDstEnergyErr, pSrcDstPitchGain, pDstQGainIndex, pDstCorrFactor;
+krStepIterator<int> bfi, prevBfi, lenSrc, valClipFlag;
 krEnumIterator<VekSpchBitRate> mode;
 Vek16s pDstPitchGain;
 Vek32s pDstCodeGain;
@@ -33,31 +20,25 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_decode = m_func.contains("Decode");
-        m_extended = m_func.contains("AMRWBE");
         vkcFix(bfi, 0);
         vkcFix(prevBfi, 0);
         vkcFix(valClipFlag, 0);
         vkcRebuild(lenSrc, "Lenght").setList({64});
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesAMRWB);
-        vkcModes(mode, {VEK_SPCHBR_DTX});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesAMRWB, vkcSilence);
         if (m_decode) {
             vkcRebuild(bfi, "bfi").set(0, 1, 1, '+');
             vkcRebuild(prevBfi, "prevBfi").set(0, 1, 1, '+');
         } else if (!m_extended) {
             vkcRebuild(valClipFlag, "valClipFlag").set(0, 1, 1, '+');
         }
-        if (m_extended) {
-            m_grid.begin({&lenSrc});
-        } else {
-            m_grid.begin({&mode, &bfi, &prevBfi, &lenSrc, &valClipFlag});
-        }
         initVectors({&pSrcDstPastEnergy, &pPrevCodeGain, &pSrcDstPastCodeGain, &pSrcAdptTarget, &pSrcFltAdptVector,
                      &pSrcFixedVector, &pSrcFltFixedVector, &pSrcCorr, &pSrcDstEnergyErr, &pSrcDstPitchGain,
                      &pDstQGainIndex, &pDstCorrFactor},
                     vkArg::src);
-        return true;
+        if (m_extended) {
+            return walk({&lenSrc});
+        }
+        return walk({&mode, &bfi, &prevBfi, &lenSrc, &valClipFlag});
     }
 
     bool makeData() override { return m_decode ? setDecodeData() : setQuantData(); }
@@ -82,8 +63,8 @@ public:
     }
 
 private:
-    bool m_decode = false;
-    bool m_extended = false;
+    const bool m_decode = m_func.contains("Decode");
+    const bool m_extended = m_func.contains("AMRWBE");
 };
 
 } // namespace

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pMem;
+vkVector pSrc, pDst, pMem;
 krStepIterator<int> len;
 
 class TimHighPassFilter_GSMFR_16s : public vkcGridTest {
@@ -14,10 +12,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").set(100, 180, 10, '+');
-        m_grid.begin({&len});
         initVectors({&pSrc, &pDst}, vkArg::src);
         initVectors({&pMem}, vk32s);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

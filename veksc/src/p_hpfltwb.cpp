@@ -3,17 +3,9 @@
 
 namespace {
 
-vkVector pSrcDstSignal;
-vkVector pSrcSignal;
-vkVector pSrc;
-vkVector pDst;
-vkVector pCoeff;
-vkcScaleIterator scaleFactori;
-vkcScaleIterator scaleFactor;
-krStepIterator<int> leni;
-krStepIterator<int> len;
-krStepIterator<int> lend;
-krStepIterator<int> valBounds;
+vkVector pSrcDstSignal, pSrcSignal, pSrc, pDst, pCoeff;
+vkcScaleIterator scaleFactori, scaleFactor;
+krStepIterator<int> leni, len, lend, valBounds;
 char* pMemUpdated;
 int fltSize;
 
@@ -22,23 +14,20 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_direct = m_func.contains("Direct");
-        m_inPlace = m_func.contains("ISfs");
+        initVectors({&pSrcDstSignal, &pSrcSignal, &pSrc, &pDst, &pCoeff}, vkArg::src);
         if (m_direct) {
             vkcRebuild(lend, "lend").set(16, 256, 16, '+');
             vkcRebuild(valBounds, "valBounds").set(0, 1, 1, '+');
-            m_grid.begin({&lend, &valBounds});
-        } else if (m_inPlace) {
+            return walk({&lend, &valBounds});
+        }
+        if (m_inPlace) {
             vkcRebuild(leni, "leni").set(16, 256, 16, '+');
             vkcScales(scaleFactori, "scaleFactor", m_func, 14);
-            m_grid.begin({&leni, &scaleFactori});
-        } else {
-            vkcRebuild(len, "len").set(16, 256, 16, '+');
-            vkcScales(scaleFactor, "scaleFactor", m_func, 12);
-            m_grid.begin({&len, &scaleFactor});
+            return walk({&leni, &scaleFactori});
         }
-        initVectors({&pSrcDstSignal, &pSrcSignal, &pSrc, &pDst, &pCoeff}, vkArg::src);
-        return true;
+        vkcRebuild(len, "len").set(16, 256, 16, '+');
+        vkcScales(scaleFactor, "scaleFactor", m_func, 12);
+        return walk({&len, &scaleFactor});
     }
 
     bool makeData() override {
@@ -51,8 +40,8 @@ public:
         if (!vkcDone(veksHighPassFilterGetSize_AMRWB_16s(&fltSize))) {
             return false;
         }
-        pMemUpdated = static_cast<char*>(krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER));
-        if (pMemUpdated == nullptr || !vkcDone(veksHighPassFilterInit_AMRWB_16s(pMemUpdated))) {
+        if (!hold(pMemUpdated, krMalloc(fltSize, 0, 0, MEM_OBJECT_IS_BUFFER), krFree) ||
+            !vkcDone(veksHighPassFilterInit_AMRWB_16s(pMemUpdated))) {
             return false;
         }
         return m_inPlace ? pSrcDstSignal.createVector(leni.value(), setRand, -2048, 2048)
@@ -60,18 +49,12 @@ public:
                                pSrcSignal.createVector(len.value(), setRand, -2048, 2048);
     }
 
-    void flushData() override {
-        krFree(pMemUpdated);
-        pMemUpdated = nullptr;
-        vkcGridTest::flushData();
-    }
-
     double getDivisor() override { return m_direct ? lend.value() : m_inPlace ? leni.value() : len.value(); }
     krString getUnit() override { return prTest::getUnit(); }
 
 private:
-    bool m_direct = false;
-    bool m_inPlace = false;
+    const bool m_direct = m_func.contains("Direct");
+    const bool m_inPlace = m_func.contains("ISfs");
 };
 
 } // namespace

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrcMLTCoeffs;
-vkVector pDstCode;
+vkVector pSrcMLTCoeffs, pDstCode;
 krStepIterator<int> modeCount;
 int codeLength;
 
@@ -25,10 +24,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(modeCount, "modeCount").set(0, 2, 1, '+');
-        m_parms.append(&modeCount);
         initVectors({&pSrcMLTCoeffs}, vkArg::src);
         initVectors({&pDstCode}, vkArg::dst);
-        return true;
+        return walk({&modeCount});
     }
 
     bool makeData() override {

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pSrcSfs;
+vkVector pSrc, pDst, pSrcSfs;
 krStepIterator<int> bfi;
 VeksWinHybridState_G728* pMem;
 
@@ -18,11 +16,9 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_block = m_func.contains("Block");
         vkcRebuild(bfi, "bfi").set(0, 1, 1, '+');
-        m_grid.begin({&bfi});
         initVectors({&pSrc, &pDst, &pSrcSfs}, vkArg::src);
-        return true;
+        return walk({&bfi});
     }
 
     bool initData() override {
@@ -33,22 +29,14 @@ public:
 
     bool makeData() override {
         int size = 0;
-        if (!vkcDone(veksWinHybridGetStateSize_G728_16s(&size))) {
-            return false;
-        }
-        pMem = reinterpret_cast<VeksWinHybridState_G728*>(veksMalloc_8u(size));
-        return pMem != nullptr && initData();
-    }
-
-    void flushData() override {
-        vkcFree(pMem);
-        vkcGridTest::flushData();
+        return vkcDone(veksWinHybridGetStateSize_G728_16s(&size)) && hold(pMem, veksMalloc_8u(size), veksFree) &&
+               initData();
     }
 
     double getDivisor() override { return 10; }
 
 private:
-    bool m_block = false;
+    const bool m_block = m_func.contains("Block");
 };
 
 } // namespace

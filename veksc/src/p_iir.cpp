@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pCoeffs;
-vkVector pMem;
+vkVector pSrc, pDst, pCoeffs, pMem;
 krStepIterator<int> lenght;
 
 constexpr int coeffCount = 22;
@@ -18,9 +15,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({50});
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pDst, &pCoeffs, &pMem}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

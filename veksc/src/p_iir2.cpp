@@ -3,12 +3,7 @@
 
 namespace {
 
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pSrc;
-vkVector pDst;
-vkVector pCoeffs;
-vkVector pMem;
+vkVector pTmp, pSrcDst, pSrc, pDst, pCoeffs, pMem;
 krStepIterator<int> lenght;
 int dataSize;
 
@@ -21,11 +16,10 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({61});
-        m_grid.begin({&lenght});
         initVectors({&pTmp, &pSrcDst, &pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
         initVectors({&pCoeffs, &pMem}, vk16s);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

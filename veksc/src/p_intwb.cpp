@@ -3,11 +3,8 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pDst;
-krStepIterator<int> len;
-krStepIterator<int> scalefactor;
+vkVector pSrc1, pSrc2, pDst;
+krStepIterator<int> len, scalefactor;
 
 constexpr Vek16s val = 4096;
 
@@ -18,9 +15,8 @@ public:
     bool canStart() override {
         vkcRebuild(len, "Lenght").set(16, 128, 16, '+');
         vkcRebuild(scalefactor, "Sfs").set(2, 7, 5, '+');
-        m_grid.begin({&len, &scalefactor});
         initVectors({&pSrc1, &pSrc2, &pDst}, vkArg::src);
-        return true;
+        return walk({&len, &scalefactor});
     }
 
     bool makeData() override {

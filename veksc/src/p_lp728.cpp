@@ -3,16 +3,11 @@
 
 namespace {
 
-vkVector pSrcAutoCorr;
-vkVector pSrcDstLPC;
-vkVector pTmp;
-vkVector pDstLPC;
-krStepIterator<int> order;
-krStepIterator<int> numSrcLPC;
+vkVector pSrcAutoCorr, pSrcDstLPC, pTmp, pDstLPC;
+krStepIterator<int> order, numSrcLPC;
 int dataSize;
 Vek32s pSrcDstResidualEnergy;
-Vek16s pSrcDstScaleFactor;
-Vek16s rc1;
+Vek16s pSrcDstScaleFactor, rc1;
 Vek32s residualEnergy;
 Vek16s scaleFactor;
 Vek16s* const pDstRC1 = &rc1;
@@ -43,18 +38,15 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_inPlace = m_func.inplace();
         vkcRebuild(order, "order").set(10, 50, 40, '+');
-        if (m_inPlace) {
-            vkcRebuild(numSrcLPC, "numSrcLPC").set(0, 5, 5, '+');
-            m_grid.begin({&order, &numSrcLPC});
-        } else {
-            vkcFix(numSrcLPC, 1);
-            m_grid.begin({&order});
-        }
         initVectors({&pSrcAutoCorr, &pSrcDstLPC, &pTmp, &pDstLPC}, vkArg::src);
         dataSize = pTmp.item(m_func) * longest;
-        return true;
+        if (m_inPlace) {
+            vkcRebuild(numSrcLPC, "numSrcLPC").set(0, 5, 5, '+');
+            return walk({&order, &numSrcLPC});
+        }
+        vkcFix(numSrcLPC, 1);
+        return walk({&order});
     }
 
     bool makeData() override {
@@ -81,7 +73,7 @@ public:
     }
 
 private:
-    bool m_inPlace = false;
+    const bool m_inPlace = m_func.inplace();
 };
 
 } // namespace

@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pLSF;
-vkVector pLSP;
-vkVector pPrevLSP;
-vkVector pLPC;
+vkVector pLSF, pLSP, pPrevLSP, pLPC;
 krStepIterator<int> lenght;
 
 class TimLpCnv : public vkcGridTest {
@@ -14,11 +11,9 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_toLsp = m_func.contains("ToLSP");
         vkcRebuild(lenght, "lenght").setList({11});
-        m_grid.begin({&lenght});
         initVectors({&pLSF, &pLSP, &pPrevLSP, &pLPC}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {
@@ -31,7 +26,7 @@ public:
     double getDivisor() override { return lenght.value(); }
 
 private:
-    bool m_toLsp = false;
+    const bool m_toLsp = m_func.contains("ToLSP");
 };
 
 } // namespace

@@ -3,14 +3,7 @@
 
 namespace {
 
-vkVector prevLSP;
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pLPC;
-vkVector pDst;
-vkVector pPrevLSF;
-vkVector pQuantLSF;
-vkVector quantIndex;
+vkVector prevLSP, pTmp, pSrcDst, pLPC, pDst, pPrevLSF, pQuantLSF, quantIndex;
 krStepIterator<int> erase;
 int dataSize;
 
@@ -22,26 +15,15 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(erase, "Erase");
-        if (m_func.contains("Decode")) {
-            erase.set(0, 1, 1, '+');
-        } else {
-            erase.setList({1});
-        }
-        m_grid.begin({&erase});
+        vkcSwitch(erase, "Erase", m_func.contains("Decode"));
         initVectors({&prevLSP, &pTmp, &pSrcDst, &pLPC, &pDst, &pPrevLSF, &pQuantLSF, &quantIndex}, vkArg::src);
-        return true;
+        return walk({&erase});
     }
 
     bool makeData() override {
-        for (vkVector* vector : {&prevLSP, &pTmp, &pLPC}) {
-            if (!vector->createVector(order, setRand, 0, 0)) {
-                return false;
-            }
-        }
-        if (!pSrcDst.createVector(order, setZero, 0, 0) || !pDst.createVector(order, setZero, 0, 0) ||
-            !pPrevLSF.createVector(memory, setValue, 16384, 0) || !pQuantLSF.createVector(memory, setZero, 0, 0) ||
-            !quantIndex.createVector(3, setZero, 0, 0)) {
+        if (!vkcCreate({&prevLSP, &pTmp, &pLPC}, order, setRand, 0, 0) || !pSrcDst.createVector(order, setZero, 0, 0) ||
+            !pDst.createVector(order, setZero, 0, 0) || !pPrevLSF.createVector(memory, setValue, 16384, 0) ||
+            !pQuantLSF.createVector(memory, setZero, 0, 0) || !quantIndex.createVector(3, setZero, 0, 0)) {
             return false;
         }
         dataSize = order * vkVector::item(m_func);

@@ -7,16 +7,8 @@
 
 namespace {
 
-vkVector pSrcAdptTarget;
-vkVector pSrcFltAdptVector;
-vkVector pDstGainCoeff;
-vkVector pSrcIsp;
-vkVector pDstIsf;
-vkVector pDstLpc;
-vkVector pSrcIsf;
-vkVector pDstIsp;
-vkVector pSrcLpc;
-vkVector pSrcPrevIsp;
+vkVector pSrcAdptTarget, pSrcFltAdptVector, pDstGainCoeff, pSrcIsp, pDstIsf, pDstLpc, pSrcIsf, pDstIsp, pSrcLpc,
+    pSrcPrevIsp;
 krStepIterator<int> len;
 Vek16s pResultAdptGain;
 
@@ -44,8 +36,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_gain = m_func.contains("AdaptiveCodebookGainCoeff");
-        m_fromLpc = m_func.contains("LPCToISP");
         vkcRebuild(len, "len");
         if (m_gain) {
             len.set(32, 128, 32, '+');
@@ -56,11 +46,10 @@ public:
         } else {
             len.set(16, 21, 4, '+');
         }
-        m_grid.begin({&len});
         initVectors({&pSrcAdptTarget, &pSrcFltAdptVector, &pDstGainCoeff, &pSrcIsp, &pDstIsf, &pDstLpc, &pSrcIsf,
                      &pDstIsp, &pSrcLpc, &pSrcPrevIsp},
                     vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {
@@ -96,8 +85,8 @@ public:
     double getDivisor() override { return len.value(); }
 
 private:
-    bool m_gain = false;
-    bool m_fromLpc = false;
+    const bool m_gain = m_func.contains("AdaptiveCodebookGainCoeff");
+    const bool m_fromLpc = m_func.contains("LPCToISP");
 };
 
 } // namespace

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pLPC;
-vkVector pRC;
+vkVector pSrc, pLPC, pRC;
 krStepIterator<int> order;
 Vek16s err_;
 Vek32f errFloat_;
@@ -15,7 +13,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_float = m_func.contains("32f");
         const bool annexB = m_func.contains("729B");
         vkcRebuild(order, "Order");
         if (annexB) {
@@ -28,8 +25,7 @@ public:
             initVectors({&pSrc}, vkArg::src);
             initVectors({&pLPC, &pRC}, vkArg::dst);
         }
-        m_grid.begin({&order});
-        return true;
+        return walk({&order});
     }
 
     bool makeData() override {
@@ -50,7 +46,7 @@ public:
     virtual void setData_32f() { pSrc.setIndex(0, setValue, 2, 0); }
 
 private:
-    bool m_float = false;
+    const bool m_float = m_func.contains("32f");
 };
 
 } // namespace

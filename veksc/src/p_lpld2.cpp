@@ -3,11 +3,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pLPC;
+vkVector pSrc, pLPC;
 krStepIterator<int> lenght;
-Vek16s Pk2;
-Vek16s pErr;
+Vek16s Pk2, pErr;
 
 constexpr Vek16s energy = 32767;
 
@@ -17,9 +15,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "Lenght").setList({10});
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pLPC}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pSrcLpc;
-vkVector pSrcPrevLsf;
-vkVector pDstLsf;
-vkVector pSrcLsf;
-vkVector pDstLpc;
+vkVector pSrcLpc, pSrcPrevLsf, pDstLsf, pSrcLsf, pDstLpc;
 krStepIterator<int> len;
 Vek32s pResultQLsfIndex;
 
@@ -17,20 +13,15 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").setList({10});
-        m_grid.begin({&len});
         initVectors({&pSrcLpc, &pSrcPrevLsf, &pDstLsf, &pSrcLsf, &pDstLpc}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {
         if (!pDstLsf.createVector(m_grid.room(len), setZero, 0, 0) ||
-            !pDstLpc.createVector(m_grid.room(len), setZero, 0, 0)) {
+            !pDstLpc.createVector(m_grid.room(len), setZero, 0, 0) ||
+            !vkcCreate({&pSrcLpc, &pSrcPrevLsf, &pSrcLsf}, m_grid.room(len), setRand, -2048, 2048)) {
             return false;
-        }
-        for (vkVector* vector : {&pSrcLpc, &pSrcPrevLsf, &pSrcLsf}) {
-            if (!vector->createVector(m_grid.room(len), setRand, -2048, 2048)) {
-                return false;
-            }
         }
         SetData_LSF();
         return true;

@@ -3,13 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcAutoCorr;
-vkVector pDstRC;
-vkVector pSrcLPC;
-vkVector pDstLSP;
-vkVector pSrcLSP;
-vkVector pDstLPC;
+vkVector pSrc, pSrcAutoCorr, pDstRC, pSrcLPC, pDstLSP, pSrcLSP, pDstLPC;
 krStepIterator<int> order;
 
 class LSFLPC_RTA_32f : public vkcGridTest {
@@ -17,11 +11,9 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_toLSP = m_func.contains("veksLPCToLSP_RTA_32f");
         vkcRebuild(order, "Order").set(4, 16, 2, '+');
-        m_grid.begin({&order});
         initVectors({&pSrc, &pSrcAutoCorr, &pDstRC, &pSrcLPC, &pDstLSP, &pSrcLSP, &pDstLPC}, vkArg::src);
-        return true;
+        return walk({&order});
     }
 
     bool makeData() override {
@@ -55,7 +47,7 @@ private:
         return vkcDone(veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n));
     }
 
-    bool m_toLSP = false;
+    const bool m_toLSP = m_func.contains("veksLPCToLSP_RTA_32f");
 };
 
 } // namespace

@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pSrcLsp;
-vkVector pSrcDstPrevFreq;
-vkVector pDstQLsf;
-vkVector pDstQLsp;
-vkVector pDstQLspIndex;
+vkVector pSrcLsp, pSrcDstPrevFreq, pDstQLsf, pDstQLsp, pDstQLspIndex;
 krStepIterator<int> lenght;
 
 class TimingLSPQnt : public vkcGridTest {
@@ -16,10 +12,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({10});
-        m_grid.begin({&lenght});
         initVectors({&pSrcLsp, &pSrcDstPrevFreq, &pDstQLsf, &pDstQLsp}, vkArg::src);
         initVectors({&pDstQLspIndex}, vk32s); // an index is no floating number
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

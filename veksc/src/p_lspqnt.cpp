@@ -3,12 +3,8 @@
 
 namespace {
 
-vkVector quantIndex;
-vkVector pLSP;
-vkVector pQuantLSFTable;
-vkVector pQuantLSF;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_table;
+vkVector quantIndex, pLSP, pQuantLSFTable, pQuantLSF;
+krStepIterator<int> lenght, lenght_table;
 
 constexpr int maIndex = 0;
 constexpr int freqCount = 10;
@@ -22,9 +18,8 @@ public:
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({10});
         vkcRebuild(lenght_table, "lenght LSFTable").setList({40});
-        m_grid.begin({&lenght, &lenght_table});
         initVectors({&quantIndex, &pLSP, &pQuantLSFTable, &pQuantLSF}, vkArg::src);
-        return true;
+        return walk({&lenght, &lenght_table});
     }
 
     bool makeData() override {

@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pSrcLpc;
-vkVector pSrcPrevFreq;
-vkVector pDstQLsf;
-vkVector pDstQLsp;
-vkVector pDstQLspIndex;
+vkVector pSrcLpc, pSrcPrevFreq, pDstQLsf, pDstQLsp, pDstQLspIndex;
 krStepIterator<int> lenght;
 
 constexpr int rows = 4;
@@ -20,9 +16,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "").setList({freqCount});
-        m_grid.begin({&lenght});
         initVectors({&pSrcLpc, &pSrcPrevFreq, &pDstQLsf, &pDstQLsp, &pDstQLspIndex}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -5,10 +5,7 @@
 
 namespace {
 
-vkVector pSrcLSP;
-vkVector pSrcLPC;
-vkVector pDstLSP;
-vkVector pDstLSPIndex;
+vkVector pSrcLSP, pSrcLPC, pDstLSP, pDstLSPIndex;
 krStepIterator<int> step;
 int order;
 VekPCMFrequency freq;
@@ -23,10 +20,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(step, "stage").set(0, 2, 1, '+');
-        m_grid.begin({&step});
         initVectors({&pSrcLSP, &pSrcLPC, &pDstLSP}, vkArg::src);
         initVectors({&pDstLSPIndex}, vk32s); // an index is no floating number
-        return true;
+        return walk({&step});
     }
 
     bool makeData() override {

@@ -3,11 +3,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pDst;
-vkVector pSrcDst;
-vkVector pTmp;
+vkVector pSrc1, pSrc2, pDst, pSrcDst, pTmp;
 vkcScaleIterator scaleFactor;
 krEnumIterator<int> lenght_1;
 krStepIterator<int> lenght;
@@ -44,13 +40,8 @@ public:
         } else {
             lenght.set(40, 240, 40, '+');
         }
-        if (m_listed) {
-            m_grid.begin({&lenght_1, &scaleFactor});
-        } else {
-            m_grid.begin({&lenght, &scaleFactor});
-        }
         initVectors({&pSrc1, &pSrc2, &pDst, &pSrcDst, &pTmp}, vkArg::src);
-        return true;
+        return m_listed ? walk({&lenght_1, &scaleFactor}) : walk({&lenght, &scaleFactor});
     }
 
     bool makeData() override {
@@ -77,10 +68,9 @@ public:
     bool canStart() override {
         vkcScales(scaleFactor, "scaleFactor", m_func, 0, 8, 15);
         vkcRebuild(lenght_1, "length").setList({9, 11, 17, 32, 64, 128});
-        m_grid.begin({&lenght_1, &scaleFactor});
         initVectors({&pSrc1}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lenght_1, &scaleFactor});
     }
 
     bool makeData() override {

@@ -4,11 +4,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcDst;
-vkVector pTmp;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_dst;
+vkVector pSrc, pSrcDst, pTmp;
+krStepIterator<int> lenght, lenght_dst;
 
 } // namespace
 
@@ -19,9 +16,8 @@ public:
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({200});
         vkcRebuild(lenght_dst, "lenght DST").set(10, 60, 10, '+');
-        m_grid.begin({&lenght, &lenght_dst});
         initVectors({&pSrc, &pSrcDst, &pTmp}, vkArg::src);
-        return true;
+        return walk({&lenght, &lenght_dst});
     }
 
     bool makeData() override {

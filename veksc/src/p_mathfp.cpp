@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcDst;
+vkVector pSrc, pSrcDst;
 krStepIterator<int> lenght;
 
 constexpr Vek32f val = 0.5F;
@@ -20,9 +19,8 @@ public:
         } else {
             lenght.set(10, 40, 10, '+');
         }
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pSrcDst}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrcSpch;
-vkVector pSrcDstSpchOld;
-vkVector pDstSpchDecomposed;
+vkVector pSrcSpch, pSrcDstSpchOld, pDstSpchDecomposed;
 krStepIterator<int> len;
 
 class TimMLTToDCT : public vkcTest {
@@ -14,9 +12,8 @@ public:
 
     bool canStart() override {
         vkcFrames(vkcRebuild(len, "Lenght"), m_func);
-        m_parms.append(&len);
         initVectors({&pSrcSpch, &pSrcDstSpchOld, &pDstSpchDecomposed}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -3,30 +3,13 @@
 
 namespace {
 
-vkVector pSrcSpch;
-vkVector pSrcWgtLpc1;
-vkVector pSrcWgtLpc2;
-vkVector pSrcQLpc;
-vkVector pSrcSynFltState;
-vkVector pSrcWgtFltState;
-vkVector pDstImpulseResponse;
-vkVector pDstLpResidual;
-vkVector pDstAdptTarget;
-vkVector pSrcDstPrevPitchLag;
-vkVector pSrcDstPrevWgtSpch;
-vkVector pDstOpenLoopLag;
-vkVector pDstOpenLoopGain;
-vkVector pTmp_1;
-vkVector pTmp_2;
+vkVector pSrcSpch, pSrcWgtLpc1, pSrcWgtLpc2, pSrcQLpc, pSrcSynFltState, pSrcWgtFltState, pDstImpulseResponse,
+    pDstLpResidual, pDstAdptTarget, pSrcDstPrevPitchLag, pSrcDstPrevWgtSpch, pDstOpenLoopLag, pDstOpenLoopGain, pTmp_1,
+    pTmp_2;
 krEnumIterator<VekSpchBitRate> mode;
-Vek16s pValResultPrevMidPitchLag;
-Vek16s pValResultVvalue;
-Vek16s pValResultToneFlag;
-Vek16s pResultMaxHpCorr;
-Vek32s pResultMaxCorr;
-Vek32s pResultWgtEnergy;
-int dataSize_1;
-int dataSize_2;
+Vek16s pValResultPrevMidPitchLag, pValResultVvalue, pValResultToneFlag, pResultMaxHpCorr;
+Vek32s pResultMaxCorr, pResultWgtEnergy;
+int dataSize_1, dataSize_2;
 
 constexpr int history = 10;
 constexpr int lpc = 44;
@@ -38,14 +21,12 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesGSMAMR);
-        m_grid.begin({&mode});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesGSMAMR);
         initVectors({&pSrcSpch, &pSrcWgtLpc1, &pSrcWgtLpc2, &pSrcQLpc, &pSrcSynFltState, &pSrcWgtFltState,
                      &pDstImpulseResponse, &pDstLpResidual, &pDstAdptTarget, &pSrcDstPrevPitchLag, &pSrcDstPrevWgtSpch,
                      &pDstOpenLoopLag, &pDstOpenLoopGain, &pTmp_1, &pTmp_2},
                     vkArg::src);
-        return true;
+        return walk({&mode});
     }
 
     bool makeData() override {
@@ -54,18 +35,10 @@ public:
         pValResultPrevMidPitchLag = 40;
         pValResultVvalue = 0;
         pValResultToneFlag = 0;
-        for (vkVector* vector : {&pSrcWgtLpc1, &pSrcWgtLpc2, &pSrcQLpc}) {
-            if (!vector->createVector(lpc, setZero, 0, 0)) {
-                return false;
-            }
-        }
-        for (vkVector* vector :
-             {&pDstImpulseResponse, &pDstLpResidual, &pDstAdptTarget, &pDstOpenLoopLag, &pDstOpenLoopGain}) {
-            if (!vector->createVector(results, setZero, 0, 0)) {
-                return false;
-            }
-        }
-        if (!pSrcSpch.createVector(170, setRand, -2048, 2048) ||
+        if (!vkcCreate({&pSrcWgtLpc1, &pSrcWgtLpc2, &pSrcQLpc}, lpc, setZero, 0, 0) ||
+            !vkcCreate({&pDstImpulseResponse, &pDstLpResidual, &pDstAdptTarget, &pDstOpenLoopLag, &pDstOpenLoopGain},
+                       results, setZero, 0, 0) ||
+            !pSrcSpch.createVector(170, setRand, -2048, 2048) ||
             !pSrcSynFltState.createVector(history, setRand, -2048, 2048) ||
             !pSrcWgtFltState.createVector(history, setRand, -2048, 2048) ||
             !pSrcDstPrevPitchLag.createVector(5, setZero, 0, 0) ||

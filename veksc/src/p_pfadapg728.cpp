@@ -3,12 +3,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-vkVector pCoeffs;
+vkVector pSrc, pDst, pCoeffs;
 krStepIterator<int> lenght;
-int dataSize;
-int period;
+int dataSize, period;
 VeksPostFilterAdapterState_G728* pMem;
 
 // Samples before the window of analysis, and in it; the period at the start.
@@ -21,29 +18,21 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_pitch = m_func.contains("PitchPeriod");
         vkcRebuild(lenght, "").setList({m_pitch ? 241 : 5});
-        m_grid.begin({&lenght});
         initVectors({&pSrc, &pDst, &pCoeffs}, vkArg::src);
-        return vkcDone(veksPostFilterAdapterGetStateSize_G728(&dataSize));
+        return walk({&lenght}) && vkcDone(veksPostFilterAdapterGetStateSize_G728(&dataSize));
     }
 
     bool makeData() override {
-        pMem = reinterpret_cast<VeksPostFilterAdapterState_G728*>(veksMalloc_8u(dataSize));
-        return pMem != nullptr && vkcDone(veksPostFilterAdapterInit_G728(pMem)) &&
+        return hold(pMem, veksMalloc_8u(dataSize), veksFree) && vkcDone(veksPostFilterAdapterInit_G728(pMem)) &&
                pSrc.createVector(m_grid.room(lenght), setRand, -10, 10) &&
                pDst.createVector(m_grid.room(lenght), setZero, 0, 0) && pCoeffs.createVector(10, setOne, 0, 0);
-    }
-
-    void flushData() override {
-        vkcFree(pMem);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return m_pitch ? window : lenght.value(); }
 
 private:
-    bool m_pitch = false;
+    const bool m_pitch = m_func.contains("PitchPeriod");
 };
 
 } // namespace

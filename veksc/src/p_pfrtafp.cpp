@@ -3,12 +3,8 @@
 
 namespace {
 
-vkVector pSrcLPC;
-vkVector pSrcDstSpeech;
-vkVector rgfltSTApfMem;
-krStepIterator<int> len;
-krStepIterator<int> order;
-krStepIterator<int> apfIdx;
+vkVector pSrcLPC, pSrcDstSpeech, rgfltSTApfMem;
+krStepIterator<int> len, order, apfIdx;
 VeksPostFilterState_RTA_32f* pMem_32f;
 
 class STPF_RTA : public vkcGridTest {
@@ -19,21 +15,15 @@ public:
         vkcRebuild(len, "Lenght").set(80, 160, 80, '+');
         vkcRebuild(order, "Order").set(4, 17, 2, '+');
         vkcRebuild(apfIdx, "apfIdx").set(1, 3, 1, '+');
-        m_grid.begin({&len, &order, &apfIdx});
         initVectors({&pSrcLPC, &pSrcDstSpeech, &rgfltSTApfMem}, vkArg::src);
-        return true;
+        return walk({&len, &order, &apfIdx});
     }
 
     bool makeData() override {
         // Of order n there are n + 1 coefficients.
-        return vkcMakeState(pMem_32f, veksPostFilterGetStateSize_RTA_32f, veksPostFilterInit_RTA_32f) &&
+        return initState(pMem_32f, veksPostFilterGetStateSize_RTA_32f, veksPostFilterInit_RTA_32f) &&
                pSrcLPC.createVector(vkcSize(order) + 1, setRand, 10, 40) &&
                pSrcDstSpeech.createVector(len.value(), setZero, 0, 0) && rgfltSTApfMem.createVector(51, setZero, 0, 0);
-    }
-
-    void flushData() override {
-        vkcFree(pMem_32f);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return len.value(); }

@@ -4,11 +4,7 @@
 namespace {
 
 vkVector pSrc;
-krStepIterator<int> lenght;
-krStepIterator<int> maxLag_pithch;
-krStepIterator<int> lowerLag;
-krStepIterator<int> upperLag;
-krStepIterator<int> subFrame;
+krStepIterator<int> lenght, maxLag_pithch, lowerLag, upperLag, subFrame;
 Vek16s bestLag;
 Vek32s max_src;
 int maxLag;
@@ -18,7 +14,6 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_lagMax = m_func.contains("veksAutoCorrLagMax");
         vkcRebuild(lenght, "lenght");
         vkcRebuild(maxLag_pithch, "maxLag").setList({1});
         vkcRebuild(lowerLag, "lowerLag").setList({1});
@@ -34,9 +29,8 @@ public:
         } else {
             lenght.setList({80});
         }
-        m_grid.begin({&lenght, &maxLag_pithch, &lowerLag, &upperLag, &subFrame});
         initVectors({&pSrc}, vkArg::src);
-        return true;
+        return walk({&lenght, &maxLag_pithch, &lowerLag, &upperLag, &subFrame});
     }
 
     bool makeData() override {
@@ -51,7 +45,7 @@ public:
     }
 
 private:
-    bool m_lagMax = false;
+    const bool m_lagMax = m_func.contains("veksAutoCorrLagMax");
 };
 
 } // namespace

@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pTmp;
-vkVector pSrcDelay;
-vkVector pDst;
+vkVector pSrcDst, pTmp, pSrcDelay, pDst;
 krStepIterator<int> length;
 const Vek32s* valPitchLag;
 int dataSize;
@@ -28,12 +25,11 @@ public:
         } else {
             length.setList({1});
         }
-        m_grid.begin({&length});
         initVectors({&pSrcDst, &pTmp, &pSrcDelay, &pDst}, vkArg::src);
         if (m_func.contains("_32f")) {
             initVectors({&pSrcDelay}, vk32s); // a delay is no floating number
         }
-        return true;
+        return walk({&length});
     }
 
     bool makeData() override {

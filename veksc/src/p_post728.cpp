@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pCoeff;
-vkVector pSrc;
-vkVector pDst;
+vkVector pCoeff, pSrc, pDst;
 krStepIterator<int> len;
 int dataSize;
 VeksPostFilterState_G728* pMem;
@@ -25,21 +23,14 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "").setList({20});
-        m_grid.begin({&len});
         initVectors({&pCoeff, &pSrc, &pDst}, vkArg::src);
-        return vkcDone(veksPostFilterGetStateSize_G728_16s(&dataSize));
+        return walk({&len}) && vkcDone(veksPostFilterGetStateSize_G728_16s(&dataSize));
     }
 
     bool makeData() override {
-        pMem = reinterpret_cast<VeksPostFilterState_G728*>(veksMalloc_8u(dataSize));
-        return pMem != nullptr && vkcDone(veksPostFilterInit_G728_16s(pMem)) &&
+        return hold(pMem, veksMalloc_8u(dataSize), veksFree) && vkcDone(veksPostFilterInit_G728_16s(pMem)) &&
                pCoeff.createVector(m_grid.room(len), setRand, -2048, 2048) &&
                pSrc.createVector(speech, setRand, -2048, 2048) && pDst.createVector(vectorLength, setZero, 0, 0);
-    }
-
-    void flushData() override {
-        vkcFree(pMem);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return vectorLength; }

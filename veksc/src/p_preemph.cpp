@@ -3,13 +3,8 @@
 
 namespace {
 
-vkVector pSrcDst;
-vkVector pTmp;
-vkVector pMem;
-vkVector pSrc;
-vkVector pDst;
-krStepIterator<int> lenght;
-krStepIterator<int> len;
+vkVector pSrcDst, pTmp, pMem, pSrc, pDst;
+krStepIterator<int> lenght, len;
 int dataSize;
 
 constexpr Vek16s gamma_16s = 26214;
@@ -21,9 +16,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").set(40, 80, 10, '+');
-        m_grid.begin({&lenght});
         initVectors({&pSrcDst, &pTmp, &pMem, &pSrc, &pDst}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {
@@ -44,9 +38,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").set(100, 180, 10, '+');
-        m_grid.begin({&len});
         initVectors({&pSrc, &pDst, &pMem}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrcLow;
-vkVector pSrcHigh;
-vkVector pDst;
+vkVector pSrcLow, pSrcHigh, pDst;
 krStepIterator<int> len;
 VeksQMFState_RTA_32f* pQMFMem;
 
@@ -15,22 +13,16 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").set(10, 40, 10, '+');
-        m_grid.begin({&len});
         initVectors({&pSrcLow, &pSrcHigh, &pDst}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {
         // Two samples come out of each pair.
-        return vkcMakeState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
+        return initState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
                pSrcLow.createVector(len.value(), setRand, -32768, 32768) &&
                pSrcHigh.createVector(len.value(), setRand, -32768, 32768) &&
                pDst.createVector(2 * vkcSize(len), setZero, 0, 0);
-    }
-
-    void flushData() override {
-        vkcFree(pQMFMem);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return len.value(); }

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDstLow;
-vkVector pDstHigh;
+vkVector pSrc, pDstLow, pDstHigh;
 krStepIterator<int> len;
 VeksQMFState_RTA_32f* pQMFMem;
 
@@ -15,20 +13,14 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "Lenght").set(20, 80, 20, '+');
-        m_grid.begin({&len});
         initVectors({&pSrc, &pDstLow, &pDstHigh}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {
-        return vkcMakeState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
+        return initState(pQMFMem, veksQMFGetStateSize_RTA_32f, veksQMFInit_RTA_32f) &&
                pSrc.createVector(len.value(), setRand, -32768, 32768) &&
                pDstLow.createVector(len.value(), setZero, 0, 0) && pDstHigh.createVector(len.value(), setZero, 0, 0);
-    }
-
-    void flushData() override {
-        vkcFree(pQMFMem);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return len.value(); }

@@ -3,13 +3,7 @@
 
 namespace {
 
-vkVector pSrcIdxs;
-vkVector pSrcPrevQntIsf;
-vkVector pSrcDstIsfMemory;
-vkVector pSrcDstResidual;
-vkVector pDstQIsf;
-vkVector pSrcIsf;
-vkVector pDstQIsfIndex;
+vkVector pSrcIdxs, pSrcPrevQntIsf, pSrcDstIsfMemory, pSrcDstResidual, pDstQIsf, pSrcIsf, pDstQIsfIndex;
 krEnumIterator<VekSpchBitRate> mode;
 krStepIterator<int> bfi;
 
@@ -28,16 +22,14 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, {VEK_SPCHBR_6600, VEK_SPCHBR_8850});
+        vkcModes(vkcRebuild(mode, "BitRate"), {VEK_SPCHBR_6600, VEK_SPCHBR_8850});
         if (m_func.contains("Decode")) {
             vkcRebuild(bfi, "Bfi").set(0, 1, 1, '+');
         } else {
             vkcFix(bfi, 0);
         }
-        m_grid.begin({&mode, &bfi});
         initVectors(vectors, vkArg::src);
-        return true;
+        return walk({&mode, &bfi});
     }
 
     bool makeData() override {
@@ -54,9 +46,8 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_grid.begin({});
         initVectors(vectors, vkArg::src);
-        return true;
+        return walk({});
     }
 
     bool makeData() override { return createSpectrum(5); }

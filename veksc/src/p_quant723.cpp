@@ -3,16 +3,10 @@
 
 namespace {
 
-vkVector pImp;
-vkVector pVec;
-vkVector pDstLoc;
-vkVector pDstLocAmp;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_dst;
+vkVector pImp, pVec, pDstLoc, pDstLocAmp;
+krStepIterator<int> lenght, lenght_dst;
 Vek32s maxErr;
-Vek16s pResultGrid;
-Vek16s amp;
-Vek16s isBest;
+Vek16s pResultGrid, amp, isBest;
 
 constexpr Vek16s Np = 6;
 
@@ -23,9 +17,8 @@ public:
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({60});
         vkcRebuild(lenght_dst, "lenght DST").setList({Np});
-        m_grid.begin({&lenght, &lenght_dst});
         initVectors({&pImp, &pVec, &pDstLoc, &pDstLocAmp}, vkArg::src);
-        return true;
+        return walk({&lenght, &lenght_dst});
     }
 
     bool makeData() override {

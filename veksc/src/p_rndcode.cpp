@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pSeed;
-vkVector pPos;
-vkVector pSign;
-vkVector pExc;
+vkVector pSeed, pPos, pSign, pExc;
 krStepIterator<int> lenght;
 
 class TimRndCode : public vkcGridTest {
@@ -15,10 +12,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(lenght, "lenght").set(4, 40, 4, '+');
-        m_grid.begin({&lenght});
         initVectors({&pSeed, &pPos, &pSign}, vk16s);
         initVectors({&pExc}, m_func.contains("_16s32f") ? vk32f : vk16s);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
+vkVector pSrc, pDst;
 krStepIterator<int> len;
 
 constexpr Vek16s ampl = 3;
@@ -16,9 +15,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").setList({13});
-        m_grid.begin({&len});
         initVectors({&pSrc, &pDst}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

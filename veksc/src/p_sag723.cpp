@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pSrcSpch;
-vkVector pDstAutoCorr;
-vkVector pSrcPrevExcitation;
-vkVector pDstAdptVector;
+vkVector pSrcSpch, pDstAutoCorr, pSrcPrevExcitation, pDstAdptVector;
 krEnumIterator<VekSpchBitRate> mode;
 krStepIterator<int> subFrame;
 int pResultAutoCorrExp;
@@ -23,13 +20,11 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_decode = m_func.contains("Decode");
         vkcRebuild(subFrame, "").setList({1});
         vkcRebuild(mode, "BitRate").resetValidation();
         vkcModes(mode, {VEK_SPCHBR_6300, VEK_SPCHBR_5300});
-        m_grid.begin({&mode, &subFrame});
         initVectors({&pSrcSpch, &pDstAutoCorr, &pSrcPrevExcitation, &pDstAdptVector}, vkArg::src);
-        return true;
+        return walk({&mode, &subFrame});
     }
 
     bool makeData() override {
@@ -41,7 +36,7 @@ public:
     double getDivisor() override { return m_decode ? subframeLength : window; }
 
 private:
-    bool m_decode = false;
+    const bool m_decode = m_func.contains("Decode");
 };
 
 } // namespace

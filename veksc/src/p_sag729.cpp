@@ -3,17 +3,9 @@
 
 namespace {
 
-vkVector pSrcLsp;
-vkVector pSrcDst;
-vkVector pDstQLsp;
-vkVector pDstQLspIndex;
-vkVector pSrc;
-vkVector pSrcLpc;
-vkVector pDst;
-vkVector pSrcSpch;
+vkVector pSrcLsp, pSrcDst, pDstQLsp, pDstQLspIndex, pSrc, pSrcLpc, pDst, pSrcSpch;
 krStepIterator<int> len;
-Vek16s pResultVoice;
-Vek16s pResultAutoCorrExp;
+Vek16s pResultVoice, pResultAutoCorrExp;
 Vek32s pDstAutoCorr[13];
 
 constexpr int subframe = 40;
@@ -28,14 +20,10 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_autoCorr = m_func.contains("veksAutoCorr_G729B");
-        m_tilt = !m_autoCorr && m_func.contains("veksTiltCompensation_G729");
-        m_quant = !m_autoCorr && !m_tilt && m_func.contains("veksLSPQuant_G729_16s");
         vkcRebuild(len, "").setList({m_autoCorr ? 240 : m_quant ? 10 : m_tilt ? 20 : 40});
-        m_grid.begin({&len});
         // A name without a type word has vectors of 16 bits too.
         initVectors({&pSrcLsp, &pSrcDst, &pDstQLsp, &pDstQLspIndex, &pSrc, &pSrcLpc, &pDst, &pSrcSpch}, vk16s);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {
@@ -78,9 +66,9 @@ public:
     }
 
 private:
-    bool m_autoCorr = false;
-    bool m_tilt = false;
-    bool m_quant = false;
+    const bool m_autoCorr = m_func.contains("veksAutoCorr_G729B");
+    const bool m_tilt = !m_autoCorr && m_func.contains("veksTiltCompensation_G729");
+    const bool m_quant = !m_autoCorr && !m_tilt && m_func.contains("veksLSPQuant_G729_16s");
 };
 
 } // namespace

@@ -3,12 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pSrcImpulseResponse;
-vkVector pSrcDstPrevExcitation;
-vkVector pTmp;
-vkVector pDstDelay;
-vkVector pDst;
+vkVector pSrc, pSrcImpulseResponse, pSrcDstPrevExcitation, pTmp, pDstDelay, pDst;
 krStepIterator<int> subFrame;
 
 constexpr int subframeLength = 40;
@@ -21,15 +16,9 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(subFrame, "subFrame");
-        if (m_func.contains("Search")) {
-            subFrame.set(0, 1, 1, '+');
-        } else {
-            subFrame.setList({1});
-        }
-        m_grid.begin({&subFrame});
+        vkcSwitch(subFrame, "subFrame", m_func.contains("Search"));
         initVectors({&pSrc, &pSrcImpulseResponse, &pSrcDstPrevExcitation, &pTmp, &pDstDelay, &pDst}, vkArg::src);
-        return true;
+        return walk({&subFrame});
     }
 
     bool makeData() override {

@@ -5,12 +5,7 @@
 
 namespace {
 
-vkVector pLSF;
-vkVector pLSP;
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pResultCoeffs;
-vkVector pDst;
+vkVector pLSF, pLSP, pSrc1, pSrc2, pResultCoeffs, pDst;
 krStepIterator<int> lenght;
 Vek16s pResult;
 
@@ -32,9 +27,8 @@ public:
         } else {
             lenght.setList({10});
         }
-        m_grid.begin({&lenght});
         initVectors({&pLSF, &pLSP, &pSrc1, &pSrc2, &pResultCoeffs, &pDst}, vkArg::src);
-        return true;
+        return walk({&lenght});
     }
 
     bool makeData() override {

@@ -3,17 +3,9 @@
 
 namespace {
 
-vkVector pIndex;
-vkVector pSrcDstPrevQLsfResidual;
-vkVector pSrcDstPrevQLsf;
-vkVector pSrcDstPrevQLsp;
-vkVector pDstQLsp;
-vkVector pSrcLsp;
-vkVector pSrcSpch;
-vkVector pDstAutoCorr;
+vkVector pIndex, pSrcDstPrevQLsfResidual, pSrcDstPrevQLsf, pSrcDstPrevQLsp, pDstQLsp, pSrcLsp, pSrcSpch, pDstAutoCorr;
 krEnumIterator<VekSpchBitRate> mode;
-krStepIterator<int> len_1;
-krStepIterator<int> len_2;
+krStepIterator<int> len_1, len_2;
 krStepIterator<short> bfi;
 
 class TimSalpanls : public vkcGridTest {
@@ -22,9 +14,7 @@ public:
 
     bool canStart() override {
         const bool correlation = m_func.contains("AutoCorr");
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        vkcModes(mode, vkcRatesGSMAMR);
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcSilence, vkcRatesGSMAMR);
         vkcRebuild(len_1, "").setList({correlation ? 240 : 10});
         vkcRebuild(len_2, "").setList({correlation ? 20 : 40});
         if (m_func.contains("QuantLSPDecode")) {
@@ -32,22 +22,18 @@ public:
         } else {
             vkcFix<short>(bfi, 0);
         }
-        m_grid.begin({&mode, &len_1, &len_2, &bfi});
         initVectors(
             {&pIndex, &pSrcDstPrevQLsfResidual, &pSrcDstPrevQLsf, &pSrcDstPrevQLsp, &pDstQLsp, &pSrcLsp, &pSrcSpch},
             vkArg::src);
         initVectors({&pDstAutoCorr}, vkArg::dst);
-        return true;
+        return walk({&mode, &len_1, &len_2, &bfi});
     }
 
     bool makeData() override {
-        if (!pIndex.createVector(5, setZero, 0, 0)) {
+        if (!pIndex.createVector(5, setZero, 0, 0) ||
+            !vkcCreate({&pSrcDstPrevQLsfResidual, &pSrcDstPrevQLsf, &pSrcDstPrevQLsp}, m_grid.room(len_1), setRand, 0,
+                       2048)) {
             return false;
-        }
-        for (vkVector* vector : {&pSrcDstPrevQLsfResidual, &pSrcDstPrevQLsf, &pSrcDstPrevQLsp}) {
-            if (!vector->createVector(m_grid.room(len_1), setRand, 0, 2048)) {
-                return false;
-            }
         }
         return pDstQLsp.createVector(m_grid.room(len_2), setZero, 0, 0) &&
                pSrcLsp.createVector(m_grid.room(len_2), setRand, -2048, 2048) &&

@@ -3,16 +3,9 @@
 
 namespace {
 
-vkVector pSrcQLpc;
-vkVector pSrcSpch;
-vkVector pTmp_1;
-vkVector pTmp_2;
-vkVector pSrcDstFormantFIRState;
-vkVector pSrcDstFormantIIRState;
-vkVector pDstFltSpch;
+vkVector pSrcQLpc, pSrcSpch, pTmp_1, pTmp_2, pSrcDstFormantFIRState, pSrcDstFormantIIRState, pDstFltSpch;
 krEnumIterator<VekSpchBitRate> mode;
-Vek16s pValResultPrevResidual[1];
-Vek16s pValResultPrevScalingGain[1];
+Vek16s pValResultPrevResidual[1], pValResultPrevScalingGain[1];
 int dataSize;
 
 constexpr int len = 44;
@@ -24,14 +17,11 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        vkcRebuild(mode, "BitRate");
-        vkcModes(mode, vkcRatesGSMAMR);
-        vkcModes(mode, {VEK_SPCHBR_DTX});
-        m_grid.begin({&mode});
+        vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesGSMAMR, vkcSilence);
         initVectors(
             {&pSrcQLpc, &pSrcSpch, &pTmp_1, &pTmp_2, &pSrcDstFormantFIRState, &pSrcDstFormantIIRState, &pDstFltSpch},
             vkArg::src);
-        return true;
+        return walk({&mode});
     }
 
     bool makeData() override {

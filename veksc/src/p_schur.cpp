@@ -5,8 +5,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pDst;
+vkVector pSrc1, pDst;
 krStepIterator<int> lengthDst;
 
 // The autocorrelation of the longest recursion but for its last lag, as halves of 32-bit words, low ones first.
@@ -18,10 +17,9 @@ public:
 
     bool canStart() override {
         vkcRebuild(lengthDst, "length Dst").set(4, 8, 2, '+');
-        m_grid.begin({&lengthDst});
         initVectors({&pSrc1}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lengthDst});
     }
 
     bool makeData() override {

@@ -5,14 +5,8 @@
 
 namespace {
 
-vkVector pLPC;
-vkVector pTmp;
-vkVector pSrcDst;
-vkVector pMem;
-vkVector pSrc;
-vkVector pDst;
-krStepIterator<int> lenght;
-krStepIterator<int> lenght_lpc;
+vkVector pLPC, pTmp, pSrcDst, pMem, pSrc, pDst;
+krStepIterator<int> lenght, lenght_lpc;
 
 constexpr int lpcWords = 11;
 
@@ -23,10 +17,9 @@ public:
     bool canStart() override {
         vkcRebuild(lenght, "lenght").setList({60});
         vkcRebuild(lenght_lpc, "lenght LPC").setList({10});
-        m_grid.begin({&lenght, &lenght_lpc});
         initVectors({&pLPC, &pTmp, &pSrcDst, &pMem, &pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&lenght, &lenght_lpc});
     }
 
     bool makeData() override {

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pRc;
-vkVector pSrcDstSpch;
-vkVector pMem;
+vkVector pRc, pSrcDstSpch, pMem;
 krStepIterator<int> len;
 
 constexpr int order = 8;
@@ -16,9 +14,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").setList({13, 14, 120});
-        m_grid.begin({&len});
         initVectors({&pRc, &pSrcDstSpch, &pMem}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

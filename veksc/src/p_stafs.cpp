@@ -3,10 +3,7 @@
 
 namespace {
 
-vkVector pRc;
-vkVector pDstSpch;
-vkVector pSrcResidual;
-vkVector pMem;
+vkVector pRc, pDstSpch, pSrcResidual, pMem;
 krStepIterator<int> len;
 
 constexpr int order = 8;
@@ -17,9 +14,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "length").setList({13, 14, 120});
-        m_grid.begin({&len});
         initVectors({&pRc, &pDstSpch, &pSrcResidual, &pMem}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {

@@ -3,10 +3,8 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
-krStepIterator<int> len_src;
-krStepIterator<int> len_dst;
+vkVector pSrc, pDst;
+krStepIterator<int> len_src, len_dst;
 
 class TimToeplizMatrix : public vkcGridTest {
 public:
@@ -15,10 +13,9 @@ public:
     bool canStart() override {
         vkcRebuild(len_src, "Lenght Src").setList({40});
         vkcRebuild(len_dst, "Lenght Dst").setList({616});
-        m_grid.begin({&len_src, &len_dst});
         initVectors({&pSrc}, vkArg::src);
         initVectors({&pDst}, vkArg::dst);
-        return true;
+        return walk({&len_src, &len_dst});
     }
 
     bool makeData() override {

@@ -18,26 +18,17 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "").setList({200});
-        m_grid.begin({&len});
         initVectors({&pSrcSpch}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {
-        if (!pSrcSpch.createVector(m_grid.room(len), setZero, 0, 0)) {
-            return false;
-        }
-        pSrcDstVad1State = veksMalloc_8u(stateSize);
-        if (pSrcDstVad1State == nullptr) {
+        if (!pSrcSpch.createVector(m_grid.room(len), setZero, 0, 0) ||
+            !hold(pSrcDstVad1State, veksMalloc_8u(stateSize), veksFree)) {
             return false;
         }
         setData();
         return true;
-    }
-
-    void flushData() override {
-        vkcFree(pSrcDstVad1State);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return len.value(); }

@@ -17,26 +17,17 @@ public:
 
     bool canStart() override {
         vkcRebuild(len, "").setList({160});
-        m_grid.begin({&len});
         initVectors({&pSrcSpch}, vkArg::src);
-        return true;
+        return walk({&len});
     }
 
     bool makeData() override {
-        if (!pSrcSpch.createVector(m_grid.room(len), setZero, 0, 0)) {
-            return false;
-        }
-        pSrcDstVad2State = veksMalloc_8u(stateSize);
-        if (pSrcDstVad2State == nullptr) {
+        if (!pSrcSpch.createVector(m_grid.room(len), setZero, 0, 0) ||
+            !hold(pSrcDstVad2State, veksMalloc_8u(stateSize), veksFree)) {
             return false;
         }
         setData();
         return true;
-    }
-
-    void flushData() override {
-        vkcFree(pSrcDstVad2State);
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return len.value(); }

@@ -3,15 +3,10 @@
 
 namespace {
 
-vkVector pSrcSpch;
-vkVector pSrcIsp;
-vkVector pSrcDstIspBuffer;
-vkVector pSrcDstLogEnergyBuffer;
-vkVector pToneFlag;
+vkVector pSrcSpch, pSrcIsp, pSrcDstIspBuffer, pSrcDstLogEnergyBuffer, pToneFlag;
 krEnumIterator<VekSpchBitRate> mode;
 krStepIterator<int> len;
-Vek16s pUpdateIndex;
-Vek16s pResultVadFlag;
+Vek16s pUpdateIndex, pResultVadFlag;
 char* pSrcDstVadState;
 int vadSize;
 
@@ -23,18 +18,13 @@ public:
     using vkcGridTest::vkcGridTest;
 
     bool canStart() override {
-        m_activity = m_func.contains("VAD");
         vkcRebuild(len, "").setList({256});
-        if (m_func.contains("EncDTXBuffer")) {
-            vkcRebuild(mode, "BitRate");
-            vkcModes(mode, vkcRatesAMRWB);
-            vkcModes(mode, {VEK_SPCHBR_DTX});
-            m_grid.begin({&mode, &len});
-        } else {
-            m_grid.begin({&len});
-        }
         initVectors({&pSrcSpch, &pSrcIsp, &pSrcDstIspBuffer, &pSrcDstLogEnergyBuffer, &pToneFlag}, vkArg::src);
-        return true;
+        if (m_func.contains("EncDTXBuffer")) {
+            vkcModes(vkcRebuild(mode, "BitRate"), vkcRatesAMRWB, vkcSilence);
+            return walk({&mode, &len});
+        }
+        return walk({&len});
     }
 
     bool makeData() override {
@@ -48,22 +38,16 @@ public:
         if (!vkcDone(veksVADGetSize_AMRWB_16s(&vadSize))) {
             return false;
         }
-        pSrcDstVadState = static_cast<char*>(krMalloc(vadSize, 0, 0, MEM_OBJECT_IS_BUFFER));
-        return pSrcDstVadState != nullptr && vkcDone(veksVADInit_AMRWB_16s(pSrcDstVadState)) &&
+        return hold(pSrcDstVadState, krMalloc(vadSize, 0, 0, MEM_OBJECT_IS_BUFFER), krFree) &&
+               vkcDone(veksVADInit_AMRWB_16s(pSrcDstVadState)) &&
                pSrcSpch.createVector(m_grid.room(len), setRand, -32768, 32767) &&
                pToneFlag.createVector(1, setRand, 0, 32767);
-    }
-
-    void flushData() override {
-        krFree(pSrcDstVadState);
-        pSrcDstVadState = nullptr;
-        vkcGridTest::flushData();
     }
 
     double getDivisor() override { return len.value(); }
 
 private:
-    bool m_activity = false;
+    const bool m_activity = m_func.contains("VAD");
 };
 
 } // namespace

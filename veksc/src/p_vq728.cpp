@@ -3,12 +3,9 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pEnergy;
+vkVector pSrc, pEnergy;
 krEnumIterator<VekSpchBitRate> mode;
-Vek16s shapeIdx;
-Vek16s gainIdx;
-Vek16s codebookIdx;
+Vek16s shapeIdx, gainIdx, codebookIdx;
 Vek16s* const pDstShapeIdx = &shapeIdx;
 Vek16s* const pDstGainIdx = &gainIdx;
 Vek16s* const pDstCodebookIdx = &codebookIdx;
@@ -29,9 +26,8 @@ public:
                 break; // the energies are those of all shapes at any rate
             }
         }
-        m_grid.begin({&mode});
         initVectors({&pSrc, &pEnergy}, vkArg::src);
-        return true;
+        return walk({&mode});
     }
 
     bool makeData() override {

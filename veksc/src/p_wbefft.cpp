@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
+vkVector pSrc, pDst;
 krStepIterator<int> length;
 
 class krFFT_wbe : public vkcTest {
@@ -13,9 +12,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(length, "length").setList({48, 96, 192, 288, 576, 1152});
-        m_parms.append(&length);
         initVectors({&pSrc, &pDst}, vk16s);
-        return true;
+        return walk({&length});
     }
 
     bool makeData() override {

@@ -3,9 +3,7 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pDst;
+vkVector pSrc1, pSrc2, pDst;
 
 constexpr int lenFrame = 320;
 constexpr int lenHistory = 8;
@@ -42,17 +40,8 @@ VK_REG(krFIRGenMidBand_wbe, veksFIRGenMidBand_AMRWBE_16s,
 
 namespace nsPostFilterLowBand_ld {
 
-static vkVector pLags;
-static vkVector pGains;
-static vkVector pSrcDst;
-static vkVector pSrcDstWrk;
-static vkVector pSynth;
-static vkVector pSynthWrk;
-static vkVector pNoise;
-static vkVector pNoiseWrk;
-static krStepIterator<int> itRangeData;
-static krStepIterator<int> itLags;
-static krStepIterator<int> itPitchAdjust;
+static vkVector pLags, pGains, pSrcDst, pSrcDstWrk, pSynth, pSynthWrk, pNoise, pNoiseWrk;
+static krStepIterator<int> itRangeData, itLags, itPitchAdjust;
 static Vek16s filterScale;
 
 static constexpr int lenSubframes = 16;
@@ -68,11 +57,8 @@ public:
         vkcRebuild(itRangeData, "itRangeData").setList({128, 8192});
         vkcRebuild(itLags, "itLags").set(17, 117, 20, '+');
         vkcRebuild(itPitchAdjust, "itPitchAdjust").setList({0, 1});
-        m_parms.append(&itRangeData);
-        m_parms.append(&itLags);
-        m_parms.append(&itPitchAdjust);
         initVectors({&pLags, &pGains, &pSrcDst, &pSrcDstWrk, &pSynth, &pSynthWrk, &pNoise, &pNoiseWrk}, vk16s);
-        return true;
+        return walk({&itRangeData, &itLags, &itPitchAdjust});
     }
 
     bool makeData() override {

@@ -5,16 +5,10 @@
 
 namespace ns_MiscFuns_wbe {
 
-static vkVector pVector1;
-static vkVector pVector2;
-static vkVector pVector3;
-static krStepIterator<int> stepCounter1;
-static krStepIterator<int> stepCounter2;
-static Vek16s snrVal;
-static Vek16s quantIdx_16s;
-static Vek16s quantIdxs[2];
-static Vek32s gain_32s;
-static Vek32s valRMS;
+static vkVector pVector1, pVector2, pVector3;
+static krStepIterator<int> stepCounter1, stepCounter2;
+static Vek16s snrVal, quantIdx_16s, quantIdxs[2];
+static Vek32s gain_32s, valRMS;
 
 // Vector and segment.
 static constexpr int lenSNR[] = {128, 64, 256, 64, 512, 64, 1024, 64, 40, 40, 80, 40, 160, 40};
@@ -29,9 +23,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(stepCounter2, "LengthCounter").set(0, 6, 1, '+');
-        m_parms.append(&stepCounter2);
         initVectors(vectors, vk16s);
-        return true;
+        return walk({&stepCounter2});
     }
 
     bool makeData() override {
@@ -52,10 +45,8 @@ public:
     bool canStart() override {
         vkcRebuild(stepCounter1, "quantFlag").set(0, 1, 1, '+');
         vkcRebuild(stepCounter2, "LengthCounter").set(0, 5, 1, '+');
-        m_parms.append(&stepCounter1);
-        m_parms.append(&stepCounter2);
         initVectors(vectors, vk16s);
-        return true;
+        return walk({&stepCounter1, &stepCounter2});
     }
 
     bool makeData() override {
@@ -75,11 +66,10 @@ public:
 
     bool canStart() override {
         vkcRebuild(stepCounter2, "LengthCounter").set(0, 5, 1, '+');
-        m_parms.append(&stepCounter2);
         initVectors(vectors, vk16s);
         quantIdx_16s = 0;
         valRMS = 0;
-        return true;
+        return walk({&stepCounter2});
     }
 
     bool makeData() override {
@@ -96,9 +86,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(stepCounter1, "pitchAdjust").set(0, 1, 1, '+');
-        m_parms.append(&stepCounter1);
         initVectors(vectors, vk16s);
-        return true;
+        return walk({&stepCounter1});
     }
 
     bool makeData() override {
@@ -116,10 +105,8 @@ public:
     bool canStart() override {
         vkcRebuild(stepCounter2, "bfi").set(0, 1, 1, '+');
         vkcRebuild(stepCounter1, "pitchAdjust").set(0, 1, 1, '+');
-        m_parms.append(&stepCounter2);
-        m_parms.append(&stepCounter1);
         initVectors(vectors, vk16s);
-        return true;
+        return walk({&stepCounter2, &stepCounter1});
     }
 
     bool makeData() override {

@@ -5,8 +5,7 @@
 
 namespace ns_MuxFuns_wbe {
 
-static vkVector pSrc;
-static vkVector pDst;
+static vkVector pSrc, pDst;
 static krStepIterator<int> cntMode;
 static Vek16s noiseFactor;
 
@@ -59,9 +58,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(cntMode, "ModeCounter").set(0, 17, 1, '+');
-        m_parms.append(&cntMode);
         initVectors({&pSrc, &pDst}, vk16s);
-        return true;
+        return walk({&cntMode});
     }
 
     double getDivisor() override { return paramsTCX[cntMode.value()].len; }

@@ -5,16 +5,8 @@
 
 namespace {
 
-vkVector pSrc1;
-vkVector pSrc2;
-vkVector pSrcDst;
-vkVector pDst;
-vkVector pDst2;
-krStepIterator<int> bandIdx;
-krStepIterator<int> cntLen;
-krStepIterator<int> addFlag;
-krStepIterator<int> cntFS;
-krStepIterator<int> length;
+vkVector pSrc1, pSrc2, pSrcDst, pDst, pDst2;
+krStepIterator<int> bandIdx, cntLen, addFlag, cntFS, length;
 Vek16s fracMem;
 int cntSamp;
 
@@ -30,7 +22,6 @@ public:
     using vkcTest::vkcTest;
 
     bool canStart() override {
-        m_split = m_name == "veksBandSplit_AMRWBE_16s";
         initVectors(vectors, vk16s);
         return true;
     }
@@ -50,7 +41,7 @@ public:
     double getDivisor() override { return lenFrame; }
 
 private:
-    bool m_split = false;
+    const bool m_split = m_name == "veksBandSplit_AMRWBE_16s";
 };
 
 class krUpDownResample_wbe : public vkcTest {
@@ -58,20 +49,16 @@ public:
     using vkcTest::vkcTest;
 
     bool canStart() override {
-        m_down = m_name == "veksDownsample_AMRWBE_16s";
         vkcRebuild(bandIdx, "bandIdx").setList({0, 1});
         vkcRebuild(cntLen, "cntLen");
-        m_parms.append(&bandIdx);
-        m_parms.append(&cntLen);
+        initVectors(vectors, vk16s);
         if (m_down) {
             cntLen.setList({0, 1, 2});
-        } else {
-            cntLen.setList({0, 1, 2, 3});
-            vkcRebuild(addFlag, "addFlag").setList({0, 1});
-            m_parms.append(&addFlag);
+            return walk({&bandIdx, &cntLen});
         }
-        initVectors(vectors, vk16s);
-        return true;
+        cntLen.setList({0, 1, 2, 3});
+        vkcRebuild(addFlag, "addFlag").setList({0, 1});
+        return walk({&bandIdx, &cntLen, &addFlag});
     }
 
     bool makeData() override {
@@ -85,7 +72,7 @@ public:
 
 private:
     int frame() const { return m_down ? lenSrcDownsample[cntLen.value()] : lenDstUpsample[cntLen.value()]; }
-    bool m_down = false;
+    const bool m_down = m_name == "veksDownsample_AMRWBE_16s";
 };
 
 class krBandUpDownResample_wbe : public vkcTest {
@@ -93,13 +80,10 @@ public:
     using vkcTest::vkcTest;
 
     bool canStart() override {
-        m_split = m_name == "veksBandSplitDownsample_AMRWBE_16s";
         vkcRebuild(cntFS, "cntFS").set(1, 13, 1, '+');
         vkcRebuild(length, "length").setList({3528, 3840});
-        m_parms.append(&cntFS);
-        m_parms.append(&length);
         initVectors(vectors, vk16s);
-        return true;
+        return walk({&cntFS, &length});
     }
 
     // The lowest internal rate takes, and gives, twice the nominal length.
@@ -120,7 +104,7 @@ public:
     double getDivisor() override { return length.value() * 2.0; }
 
 private:
-    bool m_split = false;
+    const bool m_split = m_name == "veksBandSplitDownsample_AMRWBE_16s";
 };
 
 } // namespace
@@ -149,8 +133,7 @@ constexpr int frameSize[] = {640, 1280, 1920, 2560, 882, 1764};
 constexpr Vek16s resampFactor[] = {2, 4, 6, 8, 3, 6};
 constexpr int resampBase = 12;
 krStepIterator<int> cntFact;
-int lenSrcPoly;
-int lenDstPoly;
+int lenSrcPoly, lenDstPoly;
 
 // What both modes of the one function share; a row tells its mode.
 class PolyResample : public vkcTest {
@@ -159,9 +142,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(cntFact, "cntFact").set(0, 5, 1, '+');
-        m_parms.append(&cntFact);
         initVectors(vectors, vk16s);
-        return true;
+        return walk({&cntFact});
     }
 
     double getDivisor() override { return frameSize[cntFact.value()]; }
@@ -221,12 +203,8 @@ public:
     using PolyResample::PolyResample;
 
     bool canStart() override {
-        if (!PolyResample::canStart()) {
-            return false;
-        }
         vkcRebuild(cntFS, "cntFS").set(1, 13, 1, '+');
-        m_parms.append(&cntFS);
-        return true;
+        return PolyResample::canStart() && walk({&cntFS});
     }
 
     // A frame of the internal rate lasts 80 ms * 96 / scale; whole twelfths of it leave no fraction.

@@ -3,8 +3,7 @@
 
 namespace {
 
-vkVector pSrc;
-vkVector pDst;
+vkVector pSrc, pDst;
 krStepIterator<int> dstLen;
 
 // Samples that the filter reads before and after the destination.
@@ -16,9 +15,8 @@ public:
 
     bool canStart() override {
         vkcRebuild(dstLen, "dstLength").set(30, 60, 10, '+');
-        m_grid.begin({&dstLen});
         initVectors({&pSrc, &pDst}, vkArg::src);
-        return true;
+        return walk({&dstLen});
     }
 
     bool makeData() override {

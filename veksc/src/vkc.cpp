@@ -22,6 +22,15 @@ const VekLibraryVersion* vkGetVekVersion_veksc() {
     return vekscGetLibVersion();
 }
 
+void vkcSwitch(krStepIterator<int>& parm, const krString& title, bool taken) {
+    vkcRebuild(parm, title);
+    if (taken) {
+        parm.set(0, 1, 1, '+');
+    } else {
+        parm.setList({1});
+    }
+}
+
 // The frame of the functions that take no length.
 static constexpr int shortFrame = 320;
 
@@ -113,6 +122,10 @@ bool vkcRefuse(krTest& test) {
 }
 
 void vkcTest::flushData() {
+    for (const std::function<void()>& release : m_releases) {
+        release();
+    }
+    m_releases.clear();
     for (vkVector* vector : m_vectors) {
         vector->deleteVector();
     }
@@ -126,6 +139,11 @@ void vkcTest::take(vkVector* vector) {
         }
     }
     m_vectors.insert(m_vectors.begin(), vector);
+}
+
+bool vkcCreate(std::initializer_list<vkVector*> vectors, long long size, SetMode mode, double first, double second) {
+    return std::all_of(vectors.begin(), vectors.end(),
+                       [&](vkVector* vector) { return vector->createVector(size, mode, first, second); });
 }
 
 bool vkcFits(long long rows, long long bytes) {

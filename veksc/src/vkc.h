@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <type_traits>
@@ -61,16 +62,21 @@ vkcScaleIterator& vkcScales(vkcScaleIterator& parm, const krString& title, const
     return parm;
 }
 
-/// Adds modes to a grid, and to what a user may give.
-template <class Mode>
-void vkcModes(krEnumIterator<Mode>& parm, std::initializer_list<Mode> modes) {
+/// Rebuilds a parameter that steps 0 and 1 where the function under test takes it, and has the one value 1 where not.
+void vkcSwitch(krStepIterator<int>& parm, const krString& title, bool taken);
+
+/// Adds modes to a grid, one list after the other, and to what a user may give.
+template <class Mode, class... Lists>
+void vkcModes(krEnumIterator<Mode>& parm, std::initializer_list<Mode> modes, Lists... more) {
     for (const Mode mode : modes) {
         parm.add(mode);
         parm.addValidation(mode);
     }
+    (vkcModes(parm, more), ...);
 }
 
 /// The rates of speech of the two adaptive codecs; silence has a mode of its own.
+inline const std::initializer_list<VekSpchBitRate> vkcSilence = {VEK_SPCHBR_DTX};
 inline const std::initializer_list<VekSpchBitRate> vkcRatesGSMAMR = {VEK_SPCHBR_4750,  VEK_SPCHBR_5150, VEK_SPCHBR_5900,
                                                                      VEK_SPCHBR_6700,  VEK_SPCHBR_7400, VEK_SPCHBR_7950,
                                                                      VEK_SPCHBR_10200, VEK_SPCHBR_12200};
@@ -114,74 +120,12 @@ krString vkcUnit(int index);
 /// reported, with the line's parameters. Nothing of the line's data stays. Gives false.
 bool vkcRefuse(krTest& test);
 
-/// What suites of the newer form answer alike; their parameters stand in m_parms.
-class vkcTest : public prTest {
-public:
-    using prTest::prTest;
-    /// Deletes the vectors that initVectors has taken, the last first.
-    void flushData() override;
-    /// A line stands where makeData says so and one call has elements to work on.
-    bool initData() override { return (makeData() && getDivisor() > 0) || vkcRefuse(*this); }
-    krString getUnit() override { return vkcUnit(vkcElements); }
-    /// Creates and fills what the call of a line works on; false where the line's values allow none.
-    virtual bool makeData() = 0;
-
-protected:
-    /// Vectors of the test, with an element type of their own, that of an argument of the function or that of one of
-    /// the types in its name.
-    template <class Type>
-    void initVectors(std::initializer_list<vkVector*> vectors, Type type) {
-        for (vkVector* vector : vectors) {
-            if constexpr (std::is_same_v<Type, vkType>) {
-                vector->init(type);
-            } else {
-                vector->init(m_func, type);
-            }
-            take(vector);
-        }
-    }
-
-private:
-    void take(vkVector* vector);
-
-    krList<vkVector*> m_vectors;
-};
-
-/// What suites of the older form answer alike: they walk a grid of their own, and make the data in the step to a line.
-class vkcGridTest : public vkcTest {
-public:
-    using vkcTest::vkcTest;
-    bool canContinue() override { return m_grid.next(m_isFirst) && vkcTest::initData(); }
-    bool initData() override { return true; }
-    double getDivisor_el() override { return getDivisor(); }
-    void parmsToOstrm() override { m_grid.toOstrm(); }
-    void parmsToCstrm() override { m_grid.toCstrm(); }
-    void parmsNameToCstrm() override { m_grid.namesToCstrm(); }
-
-protected:
-    vkcGrid m_grid;
-};
+/// Creates vectors of one size that are filled alike.
+bool vkcCreate(std::initializer_list<vkVector*> vectors, long long size, SetMode mode, double first, double second);
 
 /// Whether a call that prepares data has succeeded; an error is reported.
 inline bool vkcDone(VekStatus status) {
     return vkTest::checkStatus(status, "") == krOk;
-}
-
-/// Library memory of the size that `sizeOf` tells, for a state that `init` brings to its start.
-template <class State, class Init>
-bool vkcMakeState(State*& state, VekStatus (*sizeOf)(int*), Init init) {
-    int size = 0;
-    if (!vkcDone(sizeOf(&size))) {
-        return false;
-    }
-    state = static_cast<State*>(static_cast<void*>(veksMalloc_8u(size)));
-    return state != nullptr && vkcDone(init(state));
-}
-
-template <class State>
-void vkcFree(State*& state) {
-    veksFree(state);
-    state = nullptr;
 }
 
 /// Whether a table of `rows` rows of `bytes` each is no larger than a block may be; if not, it is refused as one.
@@ -220,6 +164,93 @@ struct vkcRows {
         veksFree(table);
         table = nullptr;
     }
+};
+
+/// What suites of the newer form answer alike; their parameters stand in m_parms.
+class vkcTest : public prTest {
+public:
+    using prTest::prTest;
+    /// Gives back what hold, initState and initRows hold, and deletes the vectors of initVectors, the last first.
+    void flushData() override;
+    /// A line stands where makeData says so and one call has elements to work on.
+    bool initData() override { return (makeData() && getDivisor() > 0) || vkcRefuse(*this); }
+    krString getUnit() override { return vkcUnit(vkcElements); }
+    /// Creates and fills what the call of a line works on; false where the line's values allow none.
+    virtual bool makeData() = 0;
+
+protected:
+    /// Takes the parameters of the function under test, outer first, as the last that canStart does. Gives true.
+    bool walk(std::initializer_list<krParameter*> parms) {
+        for (krParameter* parm : parms) {
+            m_parms.append(parm);
+        }
+        return true;
+    }
+
+    /// Vectors of the test, with an element type of their own, that of an argument of the function or that of one of
+    /// the types in its name.
+    template <class Type>
+    void initVectors(std::initializer_list<vkVector*> vectors, Type type) {
+        for (vkVector* vector : vectors) {
+            if constexpr (std::is_same_v<Type, vkType>) {
+                vector->init(type);
+            } else {
+                vector->init(m_func, type);
+            }
+            take(vector);
+        }
+    }
+
+    /// Has flushData give `memory` of a line back by `release`; false where there is none.
+    template <class State>
+    bool hold(State*& state, void* memory, void (*release)(void*)) {
+        state = static_cast<State*>(memory);
+        m_releases.append([&state, release] {
+            release(state);
+            state = nullptr;
+        });
+        return state != nullptr;
+    }
+
+    /// Library memory of the size that `sizeOf` tells, for a state that `init` brings to its start.
+    template <class State, class Init>
+    bool initState(State*& state, VekStatus (*sizeOf)(int*), Init init) {
+        int size = 0;
+        return vkcDone(sizeOf(&size)) && hold(state, veksMalloc_8u(size), veksFree) && vkcDone(init(state));
+    }
+
+    /// A table of `count` rows of `length` elements.
+    template <class T>
+    bool initRows(vkcRows<T>& rows, long long count, long long length, T* (*create)(int)) {
+        m_releases.append([&rows] { rows.drop(); });
+        return rows.make(count, length, create);
+    }
+
+private:
+    void take(vkVector* vector);
+
+    krList<vkVector*> m_vectors;
+    krList<std::function<void()>> m_releases;
+};
+
+/// What suites of the older form answer alike: they walk a grid of their own, and make the data in the step to a line.
+class vkcGridTest : public vkcTest {
+public:
+    using vkcTest::vkcTest;
+    bool canContinue() override { return m_grid.next(m_isFirst) && vkcTest::initData(); }
+    bool initData() override { return true; }
+    double getDivisor_el() override { return getDivisor(); }
+    void parmsToOstrm() override { m_grid.toOstrm(); }
+    void parmsToCstrm() override { m_grid.toCstrm(); }
+    void parmsNameToCstrm() override { m_grid.namesToCstrm(); }
+
+protected:
+    bool walk(std::initializer_list<krParameter*> parms) {
+        m_grid.begin(parms);
+        return true;
+    }
+
+    vkcGrid m_grid;
 };
 
 /// Copies `bytes` of saved input over the data that the last call has overwritten.

@@ -4,9 +4,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using Samples = std::vector<int16_t>;
-
 TEST(VekWideInterpolation, WeighsBothAndRounds) {
     const Samples a = {1000, -1000, 32767, 0};
     const Samples b = {512, 3, 32767, -1};
@@ -30,8 +27,8 @@ TEST(VekWideInterpolation, SaturatesEachStepForAllGainsAndLoudnesses) {
     const int16_t gains[] = {0, 1, -40, 9000, -19661, 32767, -32768};
     for (const int16_t peak : {100, 9000, 32767}) {
         for (const int n : {1, 15, 16, 40, 67}) {
-            const Samples a = lpref::noise(random, n, -peak - 1, peak);
-            const Samples b = lpref::noise(random, n, -peak - 1, peak);
+            const Samples a = noise(random, n, -peak - 1, peak);
+            const Samples b = noise(random, n, -peak - 1, peak);
             for (const int16_t gain1 : gains) {
                 for (const int16_t gain2 : gains) {
                     for (const int scale : {0, 2, 7, 15}) {
@@ -75,7 +72,7 @@ struct OpenLoop {
 
     explicit OpenLoop(int period) {
         std::mt19937 random(1);
-        const Samples one = lpref::noise(random, period, -1000, 1000);
+        const Samples one = noise(random, period, -1000, 1000);
         for (size_t i = 0; i < x.size(); ++i) {
             x[i] = one[i % one.size()];
         }

@@ -7,10 +7,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 constexpr VekSpchBitRate rates[] = {VEK_SPCHBR_6600,  VEK_SPCHBR_8850,  VEK_SPCHBR_12650, VEK_SPCHBR_14250,
                                     VEK_SPCHBR_15850, VEK_SPCHBR_18250, VEK_SPCHBR_19850, VEK_SPCHBR_23050,
                                     VEK_SPCHBR_23850, VEK_SPCHBR_DTX};

@@ -9,10 +9,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 int16_t clip(double v) {
     return static_cast<int16_t>(std::clamp(v, -32768.0, 32767.0));
 }

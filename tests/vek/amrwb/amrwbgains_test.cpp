@@ -8,10 +8,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::dot;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
 
 struct Pair {
     double pitch;

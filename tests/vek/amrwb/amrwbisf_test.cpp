@@ -4,9 +4,6 @@
 
 namespace {
 
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 // Rows of the books that an index counts.
 constexpr int kRows[7] = {256, 256, 64, 128, 128, 32, 32};
 constexpr int kLowestRows[5] = {256, 256, 128, 128, 64};
@@ -140,7 +137,7 @@ TEST(VekAmrWbIsfChoice, IndicesOfComfortNoiseComeBack) {
 
 // As far off as can be every distance saturates, and of equal ones the first row is taken.
 TEST(VekAmrWbIsfChoice, RowsWhoseDistancesSaturateAreEquallyFar) {
-    lpref::atEveryLevel([] {
+    atEveryLevel([] {
         const Samples isf(16, 32767);
         for (const VekSpchBitRate mode : {VEK_SPCHBR_6600, VEK_SPCHBR_8850}) {
             Samples residual(16), quantised(16), index(7, 7);
@@ -157,7 +154,7 @@ TEST(VekAmrWbIsfChoice, RowsWhoseDistancesSaturateAreEquallyFar) {
 
 TEST(VekAmrWbIsfChoice, LevelsChooseTheSameRowsOfAnyNumbers) {
     std::vector<Samples> chosen;
-    lpref::atEveryLevel([&] {
+    atEveryLevel([&] {
         std::mt19937 random(34);
         Samples all;
         for (int round = 0; round < 900; ++round) {

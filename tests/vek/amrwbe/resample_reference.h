@@ -9,10 +9,6 @@
 
 namespace resref {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 // A signal with zeros before it.
 struct Past {
     const Samples& x;

@@ -7,10 +7,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 const int lengths[] = {48, 96, 192, 288, 576, 1152};
 
 // The spectrum in the order of the library, not rounded.

@@ -9,10 +9,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 TEST(VekWbeMidBand, FindsAKnownFilter) {
     atEveryLevel([] {
         std::mt19937 random(1);

@@ -7,10 +7,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 const int tcxLengths[] = {48, 96, 192, 288, 576, 1152};
 
 TEST(VekWbeSnr, IsTheMeanOfTheSegmentsInDecibels) {

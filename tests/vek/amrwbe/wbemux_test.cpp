@@ -8,9 +8,6 @@
 
 namespace {
 
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 // Eight numbers of one parity whose sum is a multiple of four are the lattice.
 bool inLattice(const int16_t* x) {
     int sum = 0;

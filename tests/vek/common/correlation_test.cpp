@@ -7,10 +7,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::clip;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
 using Words = std::vector<int32_t>;
 using Wide = std::vector<int64_t>;
 

@@ -5,10 +5,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 constexpr int kOrder = 10;
 
 // A stable filter of a voiced frame, Q12.

@@ -6,10 +6,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::clip;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
 
 int64_t scaled(int64_t v, int scale, bool rounded = true) {
     return (v + (rounded && scale > 0 ? int64_t{1} << (scale - 1) : 0)) >> scale;

@@ -8,8 +8,6 @@
 
 namespace {
 
-using lpref::noise;
-using Samples = std::vector<int16_t>;
 using namespace vek::fix;
 
 constexpr int kLength = 64;

@@ -4,10 +4,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 // Doubled products, each step saturating, with the terms from the response's beginning on.
 int64_t phi(const Samples& h, int i, int j) {
     int64_t s = 0;

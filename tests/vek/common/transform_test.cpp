@@ -8,10 +8,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::clip;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
 
 std::vector<double> dct4(const Samples& x) {
     const size_t n = x.size();

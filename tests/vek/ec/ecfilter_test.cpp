@@ -8,22 +8,9 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::clip;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-using Floats = std::vector<float>;
 using Matrix = std::vector<std::vector<Vek32sc>>;
 __extension__ typedef __int128 Wide;
-
-Floats floatNoise(std::mt19937& random, int n) {
-    std::uniform_real_distribution<float> pick(-1, 1);
-    Floats v(static_cast<size_t>(n));
-    for (float& e : v) {
-        e = pick(random);
-    }
-    return v;
-}
 
 std::vector<Vek32sc> complexNoise(std::mt19937& random, int n, int64_t peak) {
     std::uniform_int_distribution<int64_t> pick(-peak, peak - 1);
@@ -89,9 +76,9 @@ TEST(VekEcFir, FloatFormIsTheSumWithinItsPrecision) {
         std::mt19937 random(2);
         for (const int taps : {1, 7, 8, 128, 256}) {
             for (const int len : {1, 8, 100}) {
-                const Floats ref = floatNoise(random, taps + len);
-                const Floats speech = floatNoise(random, len);
-                const Floats coef = floatNoise(random, taps);
+                const Floats ref = floats(random, taps + len, 1);
+                const Floats speech = floats(random, len, 1);
+                const Floats coef = floats(random, taps, 1);
                 Floats out(static_cast<size_t>(len));
                 ASSERT_EQ(vekStsNoErr,
                           veksFIR_EC_32f(ref.data() + taps, speech.data(), out.data(), len, coef.data(), taps));
@@ -112,14 +99,14 @@ TEST(VekEcNlms, FloatFormFollowsDoublePrecision) {
         std::mt19937 random(3);
         for (const int taps : {1, 8, 13, 24, 128}) {
             const int len = 40;
-            const Floats ref = floatNoise(random, taps + len + 1);
+            const Floats ref = floats(random, taps + len + 1, 1);
             const float* now = ref.data() + taps + 1;
-            const Floats speech = floatNoise(random, len);
-            Floats step = floatNoise(random, len);
+            const Floats speech = floats(random, len, 1);
+            Floats step = floats(random, len, 1);
             for (float& s : step) {
                 s = std::fabs(s);
             }
-            Floats coef = floatNoise(random, taps);
+            Floats coef = floats(random, taps, 1);
             std::vector<double> exact(coef.begin(), coef.end());
             Floats out(static_cast<size_t>(len));
             float err = 0.25F;
@@ -482,7 +469,7 @@ TEST(VekEcSubbandUpdate, AffineProjectionAddsAllItsErrors) {
             const auto rows = [&random](int n) {
                 std::vector<std::vector<Vek32fc>> m(static_cast<size_t>(n));
                 for (auto& row : m) {
-                    const Floats v = floatNoise(random, 2 * len);
+                    const Floats v = floats(random, 2 * len, 1);
                     for (int k = 0; k < len; k++) {
                         row.push_back({v[2 * k], v[2 * k + 1]});
                     }
@@ -494,7 +481,7 @@ TEST(VekEcSubbandUpdate, AffineProjectionAddsAllItsErrors) {
             auto c = rows(segments);
             std::vector<std::vector<double>> step(static_cast<size_t>(order));
             for (auto& row : step) {
-                const Floats v = floatNoise(random, len);
+                const Floats v = floats(random, len, 1);
                 row.assign(v.begin(), v.end());
             }
             const auto old = c;

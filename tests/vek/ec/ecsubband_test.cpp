@@ -9,10 +9,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-using Floats = std::vector<float>;
 using Bytes = std::vector<Vek8u>;
 
 // A process in memory at an odd address.

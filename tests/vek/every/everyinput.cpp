@@ -458,7 +458,7 @@ std::string firstFault(const Entry& entry, int size, Kind kind) {
                                   std::to_string(manner.shift) + (manner.inPlace ? ", in place: " : ": ") + what;
     };
     bool first = true;
-    kernellevels::atEveryLevel([&] {
+    atEveryLevel([&] {
         Manner manner;
         manner.kind = kind;
         if (told.empty() && (first || entry.levelsApart)) {

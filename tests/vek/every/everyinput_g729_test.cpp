@@ -28,26 +28,23 @@ F* realLsfHistory(Run& r) {
 }
 
 /// Autocorrelation of a first-order process, normalised; of the kind of the run.
-const L* normalised(Run& r, int order) {
-    std::vector<L> lags(static_cast<size_t>(order) + 1);
-    const double poles[] = {0.999, -0.999, 0.5, 0, 1e-4, 0.9, -0.7};
-    double lag = 0x7fffffff;
-    for (L& value : lags) {
-        value = static_cast<L>(lag);
+template <class T>
+const T* lagsOf(Run& r, int order, double lag, double longest) {
+    std::vector<T> lags(static_cast<size_t>(order) + 1);
+    const double poles[] = {longest, -longest, 0.5, 0, 1e-4, 0.9, -0.7};
+    for (T& value : lags) {
+        value = static_cast<T>(lag);
         lag *= poles[static_cast<int>(r.kind())];
     }
     return r.given(lags);
 }
 
+const L* normalised(Run& r, int order) {
+    return lagsOf<L>(r, order, 0x7fffffff, 0.999);
+}
+
 const F* normalisedReals(Run& r, int order) {
-    std::vector<F> lags(static_cast<size_t>(order) + 1);
-    const double poles[] = {0.99, -0.99, 0.5, 0, 1e-4, 0.9, -0.7};
-    double lag = 1000;
-    for (F& value : lags) {
-        value = static_cast<F>(lag);
-        lag *= poles[static_cast<int>(r.kind())];
-    }
-    return r.given(lags);
+    return lagsOf<F>(r, order, 1000, 0.99);
 }
 
 /// Coefficients of a stable filter with one pole.

@@ -8,11 +8,10 @@
 #include <vector>
 
 #include "kernellevels.h"
+#include "samples.h"
 #include "veksc.h"
 
 namespace {
-
-using Samples = std::vector<Vek16s>;
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr int kLeast = -32768;
@@ -129,7 +128,7 @@ TEST(VekEveryValue, OfTheNoiseSeedGivesTheSumOfItsTwelveNumbers) {
 }
 
 TEST(VekEveryValue, IsScaledToTheSignBitsAskedFor) {
-    kernellevels::atEveryLevel([] {
+    atEveryLevel([] {
         for (int kept = 0; kept < 16; ++kept) {
             for (int x = kLeast; x <= kMost; ++x) {
                 const int redundant = 15 - std::bit_width(static_cast<unsigned>(x < 0 ? ~x : x));

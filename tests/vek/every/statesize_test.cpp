@@ -135,29 +135,23 @@ TEST(VekStateSize, OfAnalysisAndSynthesisIsEnoughAtAnyAddress) {
 
 TEST(VekStateSize, OfTheFullBandControllersIsEnoughAtAnyAddress) {
     int size = 0;
+    const auto frame = []<class State, class T>(State* state, std::vector<T> x, auto init, auto update, auto control) {
+        std::vector<T> coefs[2] = {x, x};
+        T steps[8];
+        T gain = 0;
+        ASSERT_EQ(vekStsNoErr, init(state, 8, 64, 8000));
+        ASSERT_EQ(vekStsNoErr, update(&x[65], &x[0], steps, state));
+        ASSERT_EQ(vekStsNoErr, control(&x[0], &x[8], coefs[0].data(), coefs[1].data(), &gain, state));
+    };
     ASSERT_EQ(vekStsNoErr, veksFullbandControllerGetSize_EC_16s(8, 64, 8000, &size));
-    expectKeptWithin(size, [](unsigned char* at) {
-        auto* const state = reinterpret_cast<VeksFullbandControllerState_EC_16s*>(at);
-        std::vector<int16_t> x = ramp(256);
-        std::vector<int16_t> coefs[2] = {ramp(64), ramp(64)};
-        int16_t steps[8];
-        int16_t gain = 0;
-        ASSERT_EQ(vekStsNoErr, veksFullbandControllerInit_EC_16s(state, 8, 64, 8000));
-        ASSERT_EQ(vekStsNoErr, veksFullbandControllerUpdate_EC_16s(&x[65], &x[0], steps, state));
-        ASSERT_EQ(vekStsNoErr,
-                  veksFullbandController_EC_16s(&x[0], &x[8], coefs[0].data(), coefs[1].data(), &gain, state));
+    expectKeptWithin(size, [&](unsigned char* at) {
+        frame(reinterpret_cast<VeksFullbandControllerState_EC_16s*>(at), ramp(256), veksFullbandControllerInit_EC_16s,
+              veksFullbandControllerUpdate_EC_16s, veksFullbandController_EC_16s);
     });
     ASSERT_EQ(vekStsNoErr, veksFullbandControllerGetSize_EC_32f(8, 64, 8000, &size));
-    expectKeptWithin(size, [](unsigned char* at) {
-        auto* const state = reinterpret_cast<VeksFullbandControllerState_EC_32f*>(at);
-        std::vector<float> x(256, 0.5F);
-        std::vector<float> coefs[2] = {x, x};
-        float steps[8];
-        float gain = 0;
-        ASSERT_EQ(vekStsNoErr, veksFullbandControllerInit_EC_32f(state, 8, 64, 8000));
-        ASSERT_EQ(vekStsNoErr, veksFullbandControllerUpdate_EC_32f(&x[65], &x[0], steps, state));
-        ASSERT_EQ(vekStsNoErr,
-                  veksFullbandController_EC_32f(&x[0], &x[8], coefs[0].data(), coefs[1].data(), &gain, state));
+    expectKeptWithin(size, [&](unsigned char* at) {
+        frame(reinterpret_cast<VeksFullbandControllerState_EC_32f*>(at), std::vector<float>(256, 0.5F),
+              veksFullbandControllerInit_EC_32f, veksFullbandControllerUpdate_EC_32f, veksFullbandController_EC_32f);
     });
 }
 

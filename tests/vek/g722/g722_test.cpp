@@ -11,9 +11,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
 using Bytes = std::vector<uint8_t>;
 
 constexpr int taps[24] = {3,    -11, -11,  53,   12,  -156, 32,   362, -210, -805, 951, 3876,

@@ -7,10 +7,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::clip;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
 
 constexpr int kOrder = 10;
 

@@ -7,7 +7,6 @@
 namespace {
 
 using namespace lpref;
-using Samples = std::vector<int16_t>;
 
 // Twice the correlation of target and filtered pulses less their energy. The filtered pulses are Q13 times 2 and 4.
 double measureOf(const Samples& h, const Samples& target, const std::vector<int>& at,

@@ -8,7 +8,6 @@
 namespace {
 
 using namespace lpref;
-using Samples = std::vector<int16_t>;
 
 // A resonance that pulses of a period excite, with some noise.
 Samples voiced(std::mt19937& random, int n, int period, double loud) {

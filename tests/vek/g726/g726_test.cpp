@@ -13,7 +13,6 @@
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-using Samples = std::vector<int16_t>;
 
 Bytes memory() {
     int size = 0;

@@ -12,7 +12,6 @@
 
 namespace g728ref {
 
-using Samples = std::vector<int16_t>;
 using Reals = std::vector<double>;
 
 template <class State>
@@ -57,6 +56,15 @@ inline Samples weighting(const Samples& lpc) {
     return w;
 }
 
+/// The filter of the next order by its reflection coefficient.
+inline void stepUp(Reals& a, double k) {
+    const Reals before = a;
+    for (size_t i = 0; i < a.size(); ++i) {
+        a[i] += k * before[a.size() - 1 - i];
+    }
+    a.push_back(k);
+}
+
 /// Levinson-Durbin in double precision; the reflection coefficients come apart.
 inline Reals levinson(const Reals& r, size_t order, Reals* reflection = nullptr, double* energy = nullptr) {
     Reals a;
@@ -67,12 +75,7 @@ inline Reals levinson(const Reals& r, size_t order, Reals* reflection = nullptr,
             sum += a[i] * r[m - i];
         }
         const double k = -sum / e;
-        Reals next = a;
-        for (size_t i = 0; i < m; ++i) {
-            next[i] += k * a[m - 1 - i];
-        }
-        next.push_back(k);
-        a = next;
+        stepUp(a, k);
         e *= 1 - k * k;
         if (reflection != nullptr) {
             reflection->push_back(k);

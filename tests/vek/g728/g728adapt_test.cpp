@@ -4,8 +4,6 @@
 namespace {
 
 using namespace g728ref;
-using lpref::atEveryLevel;
-using lpref::noise;
 using Window = Memory<VeksWinHybridState_G728>;
 
 struct Kind {
@@ -375,12 +373,7 @@ Samples ofReflections(const Reals& k, size_t order) {
             next -= a[i] * r[m - i];
         }
         r.push_back(next);
-        Reals b = a;
-        for (size_t i = 0; i < m; ++i) {
-            b[i] += km * a[m - 1 - i];
-        }
-        b.push_back(km);
-        a = b;
+        stepUp(a, km);
         energy *= 1 - km * km;
     }
     Samples q;

@@ -292,7 +292,7 @@ double coded(VekSpchBitRate rate) {
 TEST(VekG728Chain, DecoderHoldsTheCodersSpeechAndSpeechIsCodedAtEachRate) {
     double at[3][3] = {};
     size_t level = 0;
-    lpref::atEveryLevel([&] {
+    atEveryLevel([&] {
         at[level][0] = coded(VEK_SPCHBR_16000);
         at[level][1] = coded(VEK_SPCHBR_12800);
         at[level][2] = coded(VEK_SPCHBR_9600);

@@ -4,8 +4,6 @@
 namespace {
 
 using namespace g728ref;
-using lpref::atEveryLevel;
-using lpref::noise;
 
 using Weighting = Memory<VeksIIRState_G728>;
 using Synthesis = Memory<VeksSynthesisFilterState_G728>;

@@ -11,8 +11,6 @@
 namespace {
 
 using namespace g728ref;
-using lpref::atEveryLevel;
-using lpref::noise;
 using vek::g728::kGain;
 using vek::g728::kShapes;
 using vek::g728::kTrellisLevels;

@@ -6,10 +6,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
 using lpref::step;
-using Samples = std::vector<int16_t>;
 
 const int sinc[31] = {29443, 25207, 14701, 3143, -4402, -5850, -2783, 1211, 3130, 2259, 0,
                       -1652, -1666, -464,  756,  1099,  550,   -245,  -634, -451, 0,    308,

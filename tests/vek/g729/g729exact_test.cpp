@@ -7,8 +7,6 @@
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 const Samples pairs = {31341, 27067, 21958, 13012, 4964, -4062, -13212, -20458, -26566, -31140};
 const Samples coefficients = {4096, -363, 614, -247, 275, -14, 100, 145, -159, -225, -162};
 
@@ -84,7 +82,7 @@ TEST(VekG729Exact, LongTermFilterOfAnnexATakesAThirdOfAGrowingSignalsPast) {
     std::mt19937 random(1);
     Samples lpc(11);
     lpc[0] = 4096;
-    Samples residual = lpref::noise(random, 194, -4000, 4000);
+    Samples residual = noise(random, 194, -4000, 4000);
     Samples speech(50);
     for (size_t i = 0; i < 40; ++i) {
         speech[10 + i] = static_cast<int16_t>(2 * residual[154 + i - 60]);
@@ -99,7 +97,7 @@ TEST(VekG729Exact, LongTermFilterOfAnnexATakesAThirdOfAGrowingSignalsPast) {
 
 TEST(VekG729Exact, LongTermFilterOfTheMainBodyMixesByItsFactor) {
     std::mt19937 random(2);
-    Samples x = lpref::noise(random, 192, -4000, 4000);
+    Samples x = noise(random, 192, -4000, 4000);
     for (size_t i = 152; i < 192; ++i) {
         x[i] = static_cast<int16_t>(x[i - 60] / 2);
     }

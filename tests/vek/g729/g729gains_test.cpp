@@ -6,10 +6,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 TEST(VekRandomNoise, IsTheSumOfTwelveNumbersOfTheGenerator) {
     atEveryLevel([] {
         for (const int start : {1000, 0, -1, 11111}) {

@@ -10,10 +10,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::clip;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
 
 Samples emphasised(int gamma, const Samples& x, int before) {
     Samples y;
@@ -449,7 +446,7 @@ TEST(VekLevinsonDurbin, InFloatingPointHasTheSameFloatsAtAllLevelsAndWritesNoMor
             }
         }
         std::vector<std::vector<float>> results;
-        lpref::atEveryLevel([&] {
+        atEveryLevel([&] {
             std::vector<float> a(size + 2, 77);
             std::vector<float> rc(size + 1, 78);
             std::vector<float> error(1);

@@ -8,8 +8,6 @@
 
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 const int16_t kStart[10] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
 const int16_t kSpeech[10] = {2963, 4560, 6471, 8523, 11936, 14431, 16601, 18394, 20338, 22179};
 
@@ -46,7 +44,7 @@ TEST(VekLsfQuantiser, FrequenciesOfAnyIndicesAreInOrder) {
     Samples history = startOfHistory();
     Samples noiseHistory = startOfHistory();
     for (int frame = 0; frame < 500; ++frame) {
-        const auto pick = [&](int n) { return lpref::noise(random, 1, 0, n - 1)[0]; };
+        const auto pick = [&](int n) { return noise(random, 1, 0, n - 1)[0]; };
         const int16_t index[4] = {pick(2), pick(128), pick(32), pick(32)};
         const int16_t noiseIndex[3] = {pick(2), pick(32), pick(16)};
         Samples lsf(10);
@@ -65,7 +63,7 @@ TEST(VekLsfQuantiser, DecoderFollowsTheEncoder) {
         Samples lsf(std::begin(kSpeech), std::end(kSpeech));
         for (int frame = 0; frame < 300; ++frame) {
             for (int16_t& f : lsf) {
-                f = static_cast<int16_t>(f + lpref::noise(random, 1, -60, 60)[0]);
+                f = static_cast<int16_t>(f + noise(random, 1, -60, 60)[0]);
             }
             std::sort(lsf.begin(), lsf.end());
             Samples coded(10);

@@ -7,7 +7,6 @@
 namespace {
 
 using namespace lpref;
-using Samples = std::vector<int16_t>;
 
 constexpr int kHistory = 143;
 
@@ -118,17 +117,22 @@ Samples voiced(std::mt19937& random, double period, int level) {
     return x;
 }
 
+void expectSearches(const Samples& x) {
+    int16_t lag = 0;
+    EXPECT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729_16s(x.data() + kHistory, &lag));
+    EXPECT_EQ(fullSearch(x), lag);
+    EXPECT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729A_16s(x.data() + kHistory, &lag));
+    EXPECT_EQ(halfSearch(x), lag);
+}
+
 TEST(VekOpenLoopPitch, EqualsTheSearchStepByStep) {
     atEveryLevel([] {
         std::mt19937 random(5);
         for (int round = 0; round < 120; ++round) {
             const int level = 8 << (round % 12);
             const Samples x = round % 3 == 0 ? noise(random, 223, -level, level) : voiced(random, 20 + round, level);
-            int16_t lag = 0;
-            ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729_16s(x.data() + kHistory, &lag));
-            ASSERT_EQ(fullSearch(x), lag) << round;
-            ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729A_16s(x.data() + kHistory, &lag));
-            ASSERT_EQ(halfSearch(x), lag) << round;
+            SCOPED_TRACE(round);
+            expectSearches(x);
         }
     });
 }
@@ -144,11 +148,8 @@ TEST(VekOpenLoopPitch, SumsThatSaturateOnTheirWayAreMadeStepByStep) {
             if (round == 0) {
                 x.assign(223, -32768);
             }
-            int16_t lag = 0;
-            ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729_16s(x.data() + kHistory, &lag));
-            ASSERT_EQ(fullSearch(x), lag) << round;
-            ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729A_16s(x.data() + kHistory, &lag));
-            ASSERT_EQ(halfSearch(x), lag) << round;
+            SCOPED_TRACE(round);
+            expectSearches(x);
         }
     });
 }

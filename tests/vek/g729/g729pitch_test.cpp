@@ -6,11 +6,8 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::clip;
 using lpref::energy;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
 
 double magnitudes(const Samples& x) {
     double sum = 0;

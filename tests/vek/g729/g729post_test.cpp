@@ -6,10 +6,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 const Samples speechLpc = {4096, -5200, 1900, 1300, -900, -500, 800, -300, -200, 200, -50};
 
 Samples weighted(const Samples& a, double factor) {

@@ -6,20 +6,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-using Floats = std::vector<float>;
-
-Floats floats(std::mt19937& random, size_t n, float magnitude) {
-    std::uniform_real_distribution<float> pick(-magnitude, magnitude);
-    Floats v(n);
-    for (float& e : v) {
-        e = pick(random);
-    }
-    return v;
-}
-
 TEST(VekG729WideFilters, EqualTheStepwiseFiltersOfBothOrders) {
     atEveryLevel([] {
         std::mt19937 random(1);

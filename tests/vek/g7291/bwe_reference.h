@@ -14,7 +14,6 @@
 
 namespace bwe {
 
-using Samples = std::vector<int16_t>;
 using Energies = std::vector<int32_t>;
 using Doubles = std::vector<double>;
 using lpref::clip;

@@ -6,8 +6,6 @@
 namespace {
 
 using namespace bwe;
-using lpref::atEveryLevel;
-using lpref::noise;
 
 // --- envelopes ---
 

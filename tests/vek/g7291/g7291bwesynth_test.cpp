@@ -4,9 +4,7 @@
 namespace {
 
 using namespace bwe;
-using lpref::atEveryLevel;
 using lpref::bessel;
-using lpref::noise;
 
 // --- excitation ---
 

@@ -7,10 +7,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 TEST(VekG7291LsfDecode, IsTheQuantiserOfG729) {
     std::mt19937 random(31);
     Samples ours(40);

@@ -6,10 +6,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 Samples unitResponse() {
     Samples h(40);
     h[0] = 4096;

@@ -6,12 +6,9 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::convolved;
 using lpref::dot;
-using lpref::noise;
 using lpref::response;
-using Samples = std::vector<int16_t>;
 using Reals = std::vector<double>;
 
 // The pulses of a codeword, ones.

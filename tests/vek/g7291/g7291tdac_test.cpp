@@ -8,7 +8,6 @@
 namespace {
 
 using namespace lpref;
-using Samples = std::vector<int16_t>;
 using Reals = std::vector<double>;
 
 constexpr double pi = 3.14159265358979323846;

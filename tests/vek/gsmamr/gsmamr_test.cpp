@@ -4,10 +4,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 constexpr VekSpchBitRate rates[] = {VEK_SPCHBR_4750,  VEK_SPCHBR_5150,  VEK_SPCHBR_5900,
                                     VEK_SPCHBR_6700,  VEK_SPCHBR_7400,  VEK_SPCHBR_7950,
                                     VEK_SPCHBR_10200, VEK_SPCHBR_12200, VEK_SPCHBR_DTX};

@@ -9,7 +9,6 @@
 namespace {
 
 using namespace lpref;
-using Samples = std::vector<int16_t>;
 
 constexpr VekSpchBitRate kRates[] = {VEK_SPCHBR_4750, VEK_SPCHBR_5150, VEK_SPCHBR_5900,  VEK_SPCHBR_6700,
                                      VEK_SPCHBR_7400, VEK_SPCHBR_7950, VEK_SPCHBR_10200, VEK_SPCHBR_12200};

@@ -9,10 +9,7 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
 using lpref::pulses;
-using Samples = std::vector<int16_t>;
 
 VeksVAD1State_GSMAMR freshVad1() {
     VeksVAD1State_GSMAMR s{};

@@ -9,10 +9,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
-using lpref::noise;
-using Samples = std::vector<int16_t>;
-
 int cut(int v) {
     return std::clamp(v, -32768, 32767);
 }

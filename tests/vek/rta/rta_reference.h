@@ -11,12 +11,11 @@
 
 namespace rtaref {
 
-using Floats = std::vector<float>;
 using Doubles = std::vector<double>;
 
 constexpr double kPi = std::numbers::pi;
 
-inline Floats noise(std::mt19937& random, size_t n, double low, double high) {
+inline Floats floatNoise(std::mt19937& random, size_t n, double low, double high) {
     std::uniform_real_distribution<double> pick(low, high);
     Floats x(n);
     for (float& v : x) {

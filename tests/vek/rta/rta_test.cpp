@@ -14,7 +14,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using namespace rtaref;
 
 constexpr VekPCMFrequency kFrequencies[] = {VEK_PCM_FREQ_8000, VEK_PCM_FREQ_11025, VEK_PCM_FREQ_16000,
@@ -87,7 +86,7 @@ TEST(VekRtaHighPass, IsTheButterworthFilterOfItsOrderAndFrequency) {
         std::mt19937 random(1);
         for (const VekPCMFrequency freq : kFrequencies) {
             for (int order = 4; order <= 5; ++order) {
-                const Floats x = noise(random, 2000, -100, 110);
+                const Floats x = floatNoise(random, 2000, -100, 110);
                 Floats y(2000);
                 Floats memory(12);
                 int at = 0;
@@ -132,7 +131,7 @@ TEST(VekRtaHighPass, LosesThreeDecibelsAt80HzAndKeepsSpeech) {
 
 TEST(VekRtaHighPass, LevelsGiveTheSameBits) {
     std::mt19937 random(2);
-    const Floats x = noise(random, 333, -32768, 32767);
+    const Floats x = floatNoise(random, 333, -32768, 32767);
     std::vector<Floats> results;
     atEveryLevel([&] {
         Floats y(333);
@@ -164,7 +163,7 @@ TEST(VekRtaBandPass, IsTheHighPassBeforeTheLowPass) {
     atEveryLevel([] {
         std::mt19937 random(3);
         for (const int n : {1, 5, 8, 80, 160, 240, 320, 331}) {
-            Floats x = noise(random, static_cast<size_t>(3 * n), -1000, 1000);
+            Floats x = floatNoise(random, static_cast<size_t>(3 * n), -1000, 1000);
             const Doubles want = filtered(bandPass(), x);
             Floats memory(3);
             for (int k = 0; k < 3; ++k) {
@@ -178,7 +177,7 @@ TEST(VekRtaBandPass, IsTheHighPassBeforeTheLowPass) {
 TEST(VekRtaBandPass, FallsSilentWithItsInput) {
     atEveryLevel([] {
         std::mt19937 random(4);
-        Floats x = noise(random, 80, -1000, 1000);
+        Floats x = floatNoise(random, 80, -1000, 1000);
         Floats memory(3);
         ASSERT_EQ(vekStsNoErr, veksBandPassFilter_RTA_32f_I(x.data(), 80, memory.data()));
         // 480 samples bring it to 1e-30, which is still an ordinary number.
@@ -303,7 +302,7 @@ TEST(VekRtaPairs, CoefficientsComeBackFromTheFrequencies) {
     for (int order = 4; order <= 16; order += 2) {
         for (int round = 0; round < 50; ++round) {
             const size_t n = static_cast<size_t>(order);
-            const Floats x = noise(random, 240, -150, 150);
+            const Floats x = floatNoise(random, 240, -150, 150);
             Floats r(n + 1);
             for (size_t k = 0; k <= n; ++k) {
                 for (size_t i = k; i < x.size(); ++i) {
@@ -413,7 +412,7 @@ TEST(VekRtaLevinson, CoefficientsSolveTheNormalEquations) {
     std::mt19937 random(8);
     for (int order = 1; order <= 32; ++order) {
         const size_t n = static_cast<size_t>(order);
-        Floats r = noise(random, n + 1, -100, 100);
+        Floats r = floatNoise(random, n + 1, -100, 100);
         double sum = 1;
         for (size_t i = 1; i <= n; ++i) {
             sum += 2 * std::abs(r[i]);
@@ -510,7 +509,7 @@ TEST(VekRtaPostFilter, IsThePoleZeroFilterTheTiltAndTheLevel) {
                     }
                 }
                 const Floats a(exact.begin(), exact.end());
-                const Floats x = noise(random, 480, -3000, 3000);
+                const Floats x = floatNoise(random, 480, -3000, 3000);
                 Floats y = x;
                 PostFilter filter;
                 int at = 0;
@@ -570,7 +569,7 @@ TEST(VekRtaPostFilter, SilenceStaysSilentWhateverTheCoefficients) {
         for (int order = 4; order <= 16; order += 2) {
             // The larger ones drive the response to an impulse out of all numbers.
             for (const double low : {10.0, 70.0}) {
-                const Floats a = noise(random, static_cast<size_t>(order) + 1, low, low + 30);
+                const Floats a = floatNoise(random, static_cast<size_t>(order) + 1, low, low + 30);
                 Floats x(160);
                 PostFilter filter;
                 for (int k = 0; k < 3; ++k) {
@@ -589,7 +588,7 @@ TEST(VekRtaPostFilter, SilenceNeitherFadesForeverNorSwallowsWhatComesAfter) {
     atEveryLevel([&] {
         std::mt19937 random(15);
         PostFilter filter;
-        Floats x = noise(random, 160, -1000, 1000);
+        Floats x = floatNoise(random, 160, -1000, 1000);
         for (int k = 0; k < 40; ++k) {
             ASSERT_EQ(vekStsNoErr,
                       veksPostFilter_RTA_32f_I(a.data(), 4, x.data(), 160, 1, filter.memory.data(), filter.state));

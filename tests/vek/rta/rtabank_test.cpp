@@ -11,7 +11,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::bessel;
 using namespace rtaref;
 
@@ -48,7 +47,7 @@ TEST(VekRtaBank, SplitIsTheFilterOfTheStatedRule) {
     const Doubles h = prototype();
     atEveryLevel([&] {
         std::mt19937 random(12);
-        const Floats x = noise(random, 1000, -32768, 32767);
+        const Floats x = floatNoise(random, 1000, -32768, 32767);
         Floats low(500);
         Floats high(500);
         Bank bank;
@@ -76,8 +75,8 @@ TEST(VekRtaBank, ReunionIsTheMirrorOfTheSplit) {
     const Doubles h = prototype();
     atEveryLevel([&] {
         std::mt19937 random(13);
-        const Floats low = noise(random, 400, -32768, 32767);
-        const Floats high = noise(random, 400, -32768, 32767);
+        const Floats low = floatNoise(random, 400, -32768, 32767);
+        const Floats high = floatNoise(random, 400, -32768, 32767);
         Floats y(800);
         Bank bank;
         int at = 0;

@@ -12,7 +12,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using namespace rtaref;
 
 // The quantiser's vectors by their rule: [stage][entry].
@@ -186,8 +185,9 @@ TEST(VekRtaLspQuant, OutputRisesFromWhateverCameIn) {
         std::mt19937 random(17);
         for (const LspCase& k : kLspCases) {
             for (int round = 0; round < 50; ++round) {
-                const Floats x = round % 2 == 0 ? noise(random, k.order, 10, 20) : noise(random, k.order, -9, 4);
-                const Floats a = noise(random, k.order + 1, 10, 20);
+                const Floats x =
+                    round % 2 == 0 ? floatNoise(random, k.order, 10, 20) : floatNoise(random, k.order, -9, 4);
+                const Floats a = floatNoise(random, k.order + 1, 10, 20);
                 Floats y(x.size());
                 int index[4];
                 ASSERT_EQ(vekStsNoErr, veksLSPQuant_RTA_32f(x.data(), a.data(), y.data(), k.order, index, k.freq, 8));

@@ -14,7 +14,6 @@
 
 namespace {
 
-using lpref::atEveryLevel;
 using lpref::convolved;
 using lpref::dot;
 using namespace rtaref;
@@ -88,9 +87,9 @@ struct AdaptiveCase {
     Floats contribution;
 
     AdaptiveCase(std::mt19937& random, int size) : n(static_cast<size_t>(size)) {
-        target = noise(random, size, -100, 100);
+        target = floatNoise(random, size, -100, 100);
         h = ring(random, size);
-        exc = noise(random, static_cast<int>(history) + size + 1, -50, 50);
+        exc = floatNoise(random, static_cast<int>(history) + size + 1, -50, 50);
         contribution.assign(n + 1, 99);
     }
     VekStatus search(int range, int flag, const float* boundary = kBoundary) {
@@ -251,7 +250,8 @@ struct PulseCase {
     std::array<int, 6> index{-7, -7, -7, -7, -7, -7};
     float gain = -1;
 
-    PulseCase(std::mt19937& random, int size) : target(noise(random, size, -150, 150)), h(ring(random, size)), n(size) {
+    PulseCase(std::mt19937& random, int size)
+        : target(floatNoise(random, size, -150, 150)), h(ring(random, size)), n(size) {
         vector.assign(static_cast<size_t>(size) + 1, 99);
     }
     VekStatus search(int pulses, int refine = 0) {
@@ -426,7 +426,7 @@ struct RandomCase {
     float gain = -1;
 
     RandomCase(std::mt19937& random, int size)
-        : target(noise(random, size, -150, 150)), h(ring(random, size)), n(size) {
+        : target(floatNoise(random, size, -150, 150)), h(ring(random, size)), n(size) {
         vector.assign(static_cast<size_t>(size) + 1, 99);
     }
     VekStatus search(int entries, int stage, int limit) {

@@ -16,15 +16,20 @@ namespace {
 using namespace vek;
 using namespace vek::fix;
 
-VekStatus residual(const Vek16s* lpc, int order, const Vek16s* src, Vek16s* dst, int len, int scale, Steps steps) {
-    if (anyNull(lpc, src, dst)) {
+template <class... P>
+VekStatus checkFilter(int order, int len, const P*... p) {
+    if (anyNull(p...)) {
         return vekStsNullPtrErr;
     }
     if (order < 1 || order > kMaxLpOrder) {
         return vekStsFilterOrderErr;
     }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    return badLength(len) ? vekStsSizeErr : vekStsNoErr;
+}
+
+VekStatus residual(const Vek16s* lpc, int order, const Vek16s* src, Vek16s* dst, int len, int scale, Steps steps) {
+    if (const VekStatus status = checkFilter(order, len, lpc, src, dst); status != vekStsNoErr) {
+        return status;
     }
     if (scale < 0 || scale > 15) {
         return vekStsScaleRangeErr;
@@ -148,14 +153,8 @@ VekStatus veksDeemphasize_AMRWBE_NR_16s_I(Vek16s gamma, int scale, Vek16s* pSrcD
 
 VekStatus veksSynthesisFilter_AMRWB_16s32s_I(const Vek16s* pSrcLpc, int order, const Vek16s* pSrcExcitation,
                                              Vek32s* pSrcDst, int len) {
-    if (anyNull(pSrcLpc, pSrcExcitation, pSrcDst)) {
-        return vekStsNullPtrErr;
-    }
-    if (order < 1 || order > kMaxLpOrder) {
-        return vekStsFilterOrderErr;
-    }
-    if (badLength(len)) {
-        return vekStsSizeErr;
+    if (const VekStatus status = checkFilter(order, len, pSrcLpc, pSrcExcitation, pSrcDst); status != vekStsNoErr) {
+        return status;
     }
     if (order == 16) {
         synthesis<16>(pSrcLpc, order, pSrcExcitation, pSrcDst, len);

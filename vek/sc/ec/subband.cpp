@@ -92,9 +92,12 @@ VekStatus init(void* pState, int order, int frameSize, int windowLen, const S* p
     return vekStsNoErr;
 }
 
-// A state that has had its start.
-template <typename T>
-VekStatus take(void* pState, int scaleFactor, Process<T>*& process) {
+// What all transforms take: a state that has had its start.
+template <typename T, typename In, typename Out>
+VekStatus take(const In* in, const Out* out, void* pState, int scaleFactor, const Vek8u* pBuf, Process<T>*& process) {
+    if (anyNull(in, out, pBuf) || pState == nullptr) {
+        return vekStsNullPtrErr;
+    }
     if (badScale(scaleFactor)) {
         return vekStsScaleRangeErr;
     }
@@ -143,11 +146,8 @@ VekStatus veksSubbandProcessInit_32f(VeksSubbandProcessState_32f* pState, int or
 
 VekStatus veksSubbandAnalysis_16s32sc_Sfs(const Vek16s* pSignal, Vek32sc* pSubbands,
                                           VeksSubbandProcessState_16s* pState, int scaleFactor, Vek8u* pBuf) {
-    if (anyNull(pSignal) || pSubbands == nullptr || pState == nullptr || pBuf == nullptr) {
-        return vekStsNullPtrErr;
-    }
     Process<double>* process = nullptr;
-    if (const VekStatus status = take(pState, scaleFactor, process); status != vekStsNoErr) {
+    if (const VekStatus status = take(pSignal, pSubbands, pState, scaleFactor, pBuf, process); status != vekStsNoErr) {
         return status;
     }
     Process<double>& p = *process;
@@ -162,11 +162,8 @@ VekStatus veksSubbandAnalysis_16s32sc_Sfs(const Vek16s* pSignal, Vek32sc* pSubba
 
 VekStatus veksSubbandAnalysis_32f32fc(const Vek32f* pSignal, Vek32fc* pSubbands, VeksSubbandProcessState_32f* pState,
                                       Vek8u* pBuf) {
-    if (anyNull(pSignal) || pSubbands == nullptr || pState == nullptr || pBuf == nullptr) {
-        return vekStsNullPtrErr;
-    }
     Process<float>* process = nullptr;
-    if (const VekStatus status = take(pState, 0, process); status != vekStsNoErr) {
+    if (const VekStatus status = take(pSignal, pSubbands, pState, 0, pBuf, process); status != vekStsNoErr) {
         return status;
     }
     Process<float>& p = *process;
@@ -178,11 +175,8 @@ VekStatus veksSubbandAnalysis_32f32fc(const Vek32f* pSignal, Vek32fc* pSubbands,
 
 VekStatus veksSubbandSynthesis_32sc16s_Sfs(const Vek32sc* pSubbands, Vek16s* pSignal,
                                            VeksSubbandProcessState_16s* pState, int scaleFactor, Vek8u* pBuf) {
-    if (anyNull(pSubbands) || pSignal == nullptr || pState == nullptr || pBuf == nullptr) {
-        return vekStsNullPtrErr;
-    }
     Process<double>* process = nullptr;
-    if (const VekStatus status = take(pState, scaleFactor, process); status != vekStsNoErr) {
+    if (const VekStatus status = take(pSubbands, pSignal, pState, scaleFactor, pBuf, process); status != vekStsNoErr) {
         return status;
     }
     Process<double>& p = *process;
@@ -200,11 +194,8 @@ VekStatus veksSubbandSynthesis_32sc16s_Sfs(const Vek32sc* pSubbands, Vek16s* pSi
 
 VekStatus veksSubbandSynthesis_32fc32f(const Vek32fc* pSubbands, Vek32f* pSignal, VeksSubbandProcessState_32f* pState,
                                        Vek8u* pBuf) {
-    if (anyNull(pSubbands) || pSignal == nullptr || pState == nullptr || pBuf == nullptr) {
-        return vekStsNullPtrErr;
-    }
     Process<float>* process = nullptr;
-    if (const VekStatus status = take(pState, 0, process); status != vekStsNoErr) {
+    if (const VekStatus status = take(pSubbands, pSignal, pState, 0, pBuf, process); status != vekStsNoErr) {
         return status;
     }
     Process<float>& p = *process;

@@ -100,15 +100,17 @@ VekStatus levinson(const Vek32s* r, int order, Vek16s* a, Vek16s* rc, Vek16s* er
     return vekStsNoErr;
 }
 
+template <class... P>
+VekStatus check(int order, const P*... p) {
+    return anyNull(p...) ? vekStsNullPtrErr : order < 1 || order > kMaxOrder ? vekStsSizeErr : vekStsNoErr;
+}
+
 } // namespace
 
 VekStatus veksLevinsonDurbin_G729_32s16s(const Vek32s* pSrc, int order, Vek16s* pDstLPC, Vek16s* pDstRC,
                                          Vek16s* pResultErr) {
-    if (anyNull(pSrc, pDstLPC, pDstRC, pResultErr)) {
-        return vekStsNullPtrErr;
-    }
-    if (order < 1 || order > kMaxOrder) {
-        return vekStsSizeErr;
+    if (const VekStatus status = check(order, pSrc, pDstLPC, pDstRC, pResultErr); status != vekStsNoErr) {
+        return status;
     }
     if (pSrc[0] < 0x40000000) {
         return vekStsRangeErr;
@@ -122,11 +124,8 @@ VekStatus veksLevinsonDurbin_G729B(const Vek32s* pSrc, Vek16s* pDstLPC, Vek16s* 
 
 VekStatus veksLevinsonDurbin_G729_32f(const Vek32f* pSrc, int order, Vek32f* pDstLPC, Vek32f* pDstRC,
                                       Vek32f* pResultErr) {
-    if (anyNull(pSrc, pDstLPC, pDstRC, pResultErr)) {
-        return vekStsNullPtrErr;
-    }
-    if (order < 1 || order > kMaxOrder) {
-        return vekStsSizeErr;
+    if (const VekStatus status = check(order, pSrc, pDstLPC, pDstRC, pResultErr); status != vekStsNoErr) {
+        return status;
     }
     if (!(pSrc[0] > 0)) {
         return vekStsRangeErr;

@@ -133,24 +133,31 @@ void deliverWords(const int* positions, int pulses, int firstTrack, const Sign* 
     }
 }
 
-// Words, vector and response of the pulses found.
-template <class Value, class Sign>
-void deliverMany(const int* positions, int pulses, int firstTrack, const Sign* sign, const Value* h, Value* code,
-                 Value* filtered, Vek16s* index) {
-    deliverWords(positions, pulses, firstTrack, sign, index);
+// Ten or twelve pulses: their words, vector and response.
+template <class Value, class Found>
+VekStatus searchMany(void (*search)(const Value*, const Value*, const Value*, int, Found&), int mode,
+                     const Value* target, const Value* residual, const Value* h, Value* code, Value* filtered,
+                     Vek16s* index) {
+    if (anyNull(target, residual, h, code, filtered, index)) {
+        return vekStsNullPtrErr;
+    }
+    if (mode < 0 || mode > 1) {
+        return vekStsModeErr;
+    }
+    const int pulses = mode == 0 ? 10 : kMostPulses;
+    Found found;
+    search(target, residual, h, pulses, found);
+    deliverWords(found.positions, pulses, found.firstTrack, found.sign, index);
     Value y[kSubframe] = {};
     std::fill_n(code, kSubframe, Value{0});
     for (int n = 0; n < pulses; ++n) {
-        const int at = positions[n];
-        addResponse(h, at, sign[at] > 0, y);
+        const int at = found.positions[n];
+        addResponse(h, at, found.sign[at] > 0, y);
         const Value one = std::is_same_v<Value, Vek32f> ? Value{1} : static_cast<Value>(8192);
-        code[at] = static_cast<Value>(sign[at] > 0 ? code[at] + one : code[at] - one);
+        code[at] = static_cast<Value>(found.sign[at] > 0 ? code[at] + one : code[at] - one);
     }
     std::copy_n(y, kSubframe, filtered);
-}
-
-constexpr int pulsesOf(int mode) {
-    return mode == 0 ? 10 : kMostPulses;
+    return vekStsNoErr;
 }
 
 // Where the pairs of two tracks, t below u, begin in the matrix of the four-pulse search; it lacks those of a track
@@ -292,31 +299,13 @@ VekStatus veksFixedCodebookSearch_G729D_32f(const Vek32f* pSrcFixed, Vek32f* pSr
 VekStatus veksFixedCodebookSearch_G729E_16s(int mode, const Vek16s* pSrcFixed, const Vek16s* pSrcLtpResidual,
                                             const Vek16s* pSrcImpulseResponse, Vek16s* pDstFixedVector,
                                             Vek16s* pDstFltFixedVector, Vek16s* pDstFixedIndex) {
-    if (anyNull(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstFixedIndex)) {
-        return vekStsNullPtrErr;
-    }
-    if (mode < 0 || mode > 1) {
-        return vekStsModeErr;
-    }
-    PulsesFound found;
-    searchPairs(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pulsesOf(mode), found);
-    deliverMany(found.positions, pulsesOf(mode), found.firstTrack, found.sign, pSrcImpulseResponse, pDstFixedVector,
-                pDstFltFixedVector, pDstFixedIndex);
-    return vekStsNoErr;
+    return searchMany(searchPairs, mode, pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector,
+                      pDstFltFixedVector, pDstFixedIndex);
 }
 
 VekStatus veksFixedCodebookSearch_G729E_32f(int mode, const Vek32f* pSrcFixed, const Vek32f* pSrcLtpResidual,
                                             const Vek32f* pSrcImpulseResponse, Vek32f* pDstFixedVector,
                                             Vek32f* pDstFltFixedVector, Vek16s* pDstFixedIndex) {
-    if (anyNull(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstFixedIndex)) {
-        return vekStsNullPtrErr;
-    }
-    if (mode < 0 || mode > 1) {
-        return vekStsModeErr;
-    }
-    floatpulses::PulsesFound found;
-    floatpulses::searchPairs(pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pulsesOf(mode), found);
-    deliverMany(found.positions, pulsesOf(mode), found.firstTrack, found.sign, pSrcImpulseResponse, pDstFixedVector,
-                pDstFltFixedVector, pDstFixedIndex);
-    return vekStsNoErr;
+    return searchMany(floatpulses::searchPairs, mode, pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector,
+                      pDstFltFixedVector, pDstFixedIndex);
 }
