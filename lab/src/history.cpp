@@ -24,9 +24,9 @@ std::string machineName(const Identity& identity) {
 }
 
 /// The passes of one machine by run, as indexes.
-using Runs = std::map<long long, std::vector<size_t>>;
+using PassesOfRuns = std::map<long long, std::vector<size_t>>;
 
-double usualReference(const FigureTable& table, const Runs& runs) {
+double usualReference(const FigureTable& table, const PassesOfRuns& runs) {
     std::vector<double> references;
     for (const auto& [run, passes] : runs) {
         for (const size_t pass : passes) {
@@ -42,7 +42,8 @@ double driftOf(const PassRecord& pass, double usual) {
     return pass.reference > 0 ? pass.reference / usual : 1.0;
 }
 
-HistoryCourse courseOf(const FigureTable& table, const Runs& runs, const std::map<long long, std::string>& labels) {
+HistoryCourse courseOf(const FigureTable& table, const PassesOfRuns& runs,
+                       const std::map<long long, std::string>& labels) {
     const double usual = usualReference(table, runs);
     HistoryCourse course;
     std::map<std::uint32_t, std::vector<double>> lines;
@@ -114,7 +115,7 @@ std::vector<HistoryCourse> readHistory(const Store& store, const HistoryRule& ru
         return courses;
     }
     const FigureTable table = store.figures(filter);
-    std::map<std::string, Runs> machines;
+    std::map<std::string, PassesOfRuns> machines;
     for (size_t i = 0; i < table.passes.size(); ++i) {
         machines[machineName(table.passes[i].identity)][table.passes[i].run].push_back(i);
     }

@@ -11,11 +11,11 @@ namespace krlab {
 
 namespace {
 
-constexpr std::string_view comment = "Comment";
+constexpr std::string_view commentTitle = "Comment";
 
 size_t commentColumn(std::string_view heading) {
     const std::vector<std::string_view> cells = split(heading, ',');
-    return static_cast<size_t>(std::find(cells.begin(), cells.end(), comment) - cells.begin());
+    return static_cast<size_t>(std::find(cells.begin(), cells.end(), commentTitle) - cells.begin());
 }
 
 /// The cells before the comment tell a row from all others of its run; so does the state of the caches in the comment.

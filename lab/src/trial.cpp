@@ -12,7 +12,7 @@ namespace krlab {
 
 namespace {
 
-constexpr double none = std::numeric_limits<double>::quiet_NaN();
+constexpr double notRead = std::numeric_limits<double>::quiet_NaN();
 
 // Under suspicion comes what is off by most of the threshold and has nine chances in ten of being off at all.
 constexpr double suspicionTail = 0.1;
@@ -49,7 +49,7 @@ void Trial::addSide(const std::vector<Figure>& figures, Side side, Round& round)
             continue;
         }
         const size_t line = indexOf(figure.line);
-        round[side].resize(std::max(round[side].size(), line + 1), none);
+        round[side].resize(std::max(round[side].size(), line + 1), notRead);
         // A line may stand twice in a grid: the smaller figure is the less disturbed one.
         const double reading = std::log(figure.clocks);
         double& kept = round[side][line];
@@ -63,7 +63,7 @@ void Trial::addRound(const std::vector<Figure>& older, const std::vector<Figure>
     addSide(older, sideOld, round);
     addSide(newer, sideNew, round);
     for (std::vector<double>& side : round) {
-        side.resize(m_lines.size(), none);
+        side.resize(m_lines.size(), notRead);
     }
 }
 
