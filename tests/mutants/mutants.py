@@ -59,6 +59,7 @@ FOLDERS = {
     "kr_tests": "api", "vk_tests": "lib", "suite_tests": "suites", "vek_tests": "vek", "oracle_tests": "oracle",
     "cli_tests": "cli",
 }
+LAST = "cli_tests"  # Whole programs, which take as long as all others: when all faults have been planted.
 LIBRARIES = ["vekcore", "veks", "veksc"]
 LEAST_LIMIT = 5  # seconds of processor time that a test may take whatever it took without a fault
 MOST_WAIT = 120  # seconds that it may take besides, waiting
@@ -271,7 +272,7 @@ class Copy:
         functions = self.functions(path) if path.startswith("vek/sc/") else None
         if functions is None or program not in ("vek_tests", "oracle_tests"):
             return None
-        return [test for test, base in names_of(self.usual[program]) if sees(program, base, path, functions)]
+        return [test for test, base, _ in names_of(self.usual[program]) if sees(program, base, path, functions)]
 
     def functions(self, path):
         """The library's functions whose code leads to a source, as the objects refer to one another; None for all."""
@@ -314,8 +315,8 @@ class Copy:
     def said(self, command, build):
         return subprocess.run(command, cwd=self.tree / build, capture_output=True, text=True, check=True).stdout
 
-    def judge(self, site):
-        """One of: no compile, died (with the test), survived."""
+    def judge(self, site, last):
+        """One of: no compile, died (with the test), survived, open: until the last program has run too."""
         target = self.tree / site.path
         before, began = target.stat(), time.time()
         whole = target.read_text()
@@ -330,7 +331,7 @@ class Copy:
             made.rename(away)
         target.write_text("\n".join(lines))
         try:
-            verdict, name, red = self.verdict(site.path)
+            verdict, name, red = self.verdict(site.path, last)
         finally:
             target.write_text(whole)
             os.utime(target, ns=(before.st_atime_ns, before.st_mtime_ns))
@@ -351,14 +352,13 @@ class Copy:
                     if of_code and not made.is_symlink() and made.stat().st_mtime >= began:
                         yield made
 
-    def verdict(self, path):
+    def verdict(self, path, last):
         programs = programs_of(path)
         # Elsewhere the levels of the kernels make no difference.
         once = not path.startswith(("vek/sc/kernels/", "vek/core/"))
-        done = {}
+        done = {name: [] for name in programs}
         for name in programs:
-            done[name] = []
-            if " " in name:
+            if " " in name or last:
                 continue
             for chosen in likely(path, name, self.usual[name], self.killers.get(path, [])):
                 if not done[name] and not self.compiles(*self.targets(path, name)):
@@ -369,6 +369,8 @@ class Copy:
                     return "died", name, red
                 done[name] += chosen
         for name in programs:
+            if (name == LAST) != last:
+                continue
             if not self.compiles(*self.targets(path, name)):
                 return "no compile", name, ""
             left = self.seeing(path, name.partition(" ")[0])
@@ -379,7 +381,7 @@ class Copy:
                 if self.stays_red(name, red):
                     return "died", name, red
                 unstable.append(red.split()[0])
-        return "survived", "", ""
+        return "open" if LAST in programs and not last else "survived", "", ""
 
 
 def build_of(program):
@@ -414,9 +416,11 @@ def words_of(path):
 
 
 def names_of(usual):
-    """Each test with its suite's and its own name as the source has them."""
+    """Each test with its suite's and its own name as the source has them, and the value that it has been given."""
     for name in usual:
-        yield name, tuple(next(p for p in reversed(part.split("/")) if not p.isdigit()) for part in name.split(".", 1))
+        suite, test = name.split(".", 1)
+        test, _, value = test.partition("/")
+        yield name, (next(p for p in reversed(suite.split("/")) if not p.isdigit()), test), value
 
 
 @functools.cache
@@ -492,8 +496,8 @@ def likely(path, program, usual, killers):
         score = sum(1 / body_uses[w] for w in body & words) + sum(0.5 / file_uses[w] for w in text & words)
         scores[names] = score + (1 if file.startswith(stem) else 0)
     ranked = []
-    for name, base in names_of(usual):
-        seconds, score = usual[name], scores.get(base, 0)
+    for name, base, value in names_of(usual):
+        seconds, score = usual[name], scores.get(base, 0) + (2 if value in words else 0)
         if score > 0 and seconds < LIKELY_SECONDS[-1]:
             ranked.append((score, seconds, name))
     ranked.sort(reverse=True)
@@ -536,7 +540,8 @@ def finished():
         result = json.loads(line)
         path = result["id"].partition(":")[0]
         now = (TOP / path).exists() and stand(path)
-        if now and result["source"] == now["source"] and (result["verdict"] != "survived" or result["tree"] == now["tree"]):
+        alive = result["verdict"] in ("survived", "open")
+        if now and result["source"] == now["source"] and (not alive or result["tree"] == now["tree"]):
             done[result["id"]] = result
     return done
 
@@ -549,7 +554,7 @@ def tell(site, result, reasons):
     verdict = result["verdict"]
     if verdict == "no compile":
         return
-    if verdict == "survived" and site.key() in reasons:
+    if verdict in ("survived", "open") and site.key() in reasons:
         verdict = "equivalent"
     line = f"{verdict:9} {site.path}:{site.line} ({site.kind})"
     if verdict == "died":
@@ -589,12 +594,12 @@ def usual_seconds(pool):
 
 
 def judges(work):
-    site, usual = work
+    site, usual, last = work
     if time.monotonic() > g_last:
         return site, None
     g_copy.usual = g_copy.usual if len(g_copy.usual) == len(usual) else usual
     before = used()
-    verdict, red = g_copy.judge(site)
+    verdict, red = g_copy.judge(site, last)
     return site, {"id": identity(site), "verdict": verdict, "by": red, "kind": site.kind, "key": site.key(),
                   "seconds": round(used() - before, 2), **stand(site.path)}
 
@@ -641,34 +646,38 @@ def main():
         planted, late = [], False
         while not late and (more := list(itertools.islice(drawn, args.count - len(planted)))):
             more.sort(key=lambda site: not site.path.endswith(".cpp"))
-            new = [site for site in more if identity(site) not in done]
             for site in more:
                 if identity(site) in done:
                     tell(site, done[identity(site)], reasons)
-            for site, result in pool.imap_unordered(judges, ((site, usual) for site in new)):
-                if result is None:
-                    late = True
-                    continue
-                done[identity(site)] = result
-                with open(WORK / "results.jsonl", "a") as out:
-                    out.write(json.dumps(result) + "\n")
-                tell(site, result, reasons)
+            for last in (False, True):
+                state = "open" if last else ""
+                new = [site for site in more if done.get(identity(site), {"verdict": ""})["verdict"] == state]
+                for site, result in pool.imap_unordered(judges, ((site, usual, last) for site in new)):
+                    if result is None:
+                        late = True
+                        continue
+                    result["seconds"] += done[identity(site)]["seconds"] if last else 0
+                    done[identity(site)] = result
+                    with open(WORK / "results.jsonl", "a") as out:
+                        out.write(json.dumps(result) + "\n")
+                    tell(site, result, reasons)
             planted += [site for site in more if identity(site) in done and done[identity(site)]["verdict"] != "no compile"]
     tally = Counter()
     seconds = 0
     for site in planted:
         result = done[identity(site)]
         seconds += result["seconds"]
-        of = "equivalent" if result["verdict"] == "survived" and site.key() in reasons else result["verdict"]
+        alive = result["verdict"] in ("survived", "open")
+        of = "equivalent" if alive and site.key() in reasons else result["verdict"]
         tally[site.path.partition("/")[0], of] += 1
     for room in ["", *ROOMS]:
         of = Counter()
         for (where, verdict), number in tally.items():
             of[verdict] += number if room in ("", where) else 0
         print(f"{room or 'together'}: {sum(of.values())} planted, {of['died']} died, {of['survived']} survived, "
-              f"{of['equivalent']} equivalent")
+              f"{of['open']} open, {of['equivalent']} equivalent")
     print(f"{(time.monotonic() - began) / 60:.1f} minutes; {seconds / max(1, len(planted)):.1f} seconds of a processor a fault")
-    return 1 if any(verdict == "survived" for _, verdict in tally) else 0
+    return 1 if any(verdict in ("survived", "open") for _, verdict in tally) else 0
 
 
 if __name__ == "__main__":

@@ -54,23 +54,38 @@ Data dataOf(krTest& test) {
     return sums;
 }
 
-TEST(EverySuitesData, AreThoseThatItsClocksWereMeasuredWith) {
-    for (krTest* test : *pTestList) {
-        const Data data = dataOf(*test);
-        char row[200];
-        std::snprintf(row, sizeof row, "{\"%s\", {%lld, %.12g, %lld, %.12g}},", test->m_name.c_str(), data.lines,
-                      data.divisors, data.elements, data.weighted);
-        const auto expected = kExpected.find(test->m_name.c_str());
-        if (expected == kExpected.end()) {
-            ADD_FAILURE() << row;
-            continue;
-        }
-        EXPECT_EQ(data.lines, expected->second.lines) << row;
-        EXPECT_EQ(data.elements, expected->second.elements) << row;
-        EXPECT_NEAR(data.divisors, expected->second.divisors, 1e-6 * data.divisors) << row;
-        EXPECT_NEAR(data.weighted, expected->second.weighted, 1e-6 * data.size) << row;
-    }
+// Of a function with or without a row.
+std::string rowOf(const std::string& name, const Data& data) {
+    char row[200];
+    std::snprintf(row, sizeof row, "{\"%s\", {%lld, %.12g, %lld, %.12g}},", name.c_str(), data.lines, data.divisors,
+                  data.elements, data.weighted);
+    return row;
 }
+
+TEST(EverySuitesData, HaveARowEach) {
+    for (krTest* test : *pTestList) {
+        const std::string name = test->m_name.c_str();
+        EXPECT_EQ(kExpected.count(name), 1U) << rowOf(name, dataOf(*test));
+    }
+    EXPECT_EQ(static_cast<int>(kExpected.size()), pTestList->size());
+}
+
+class SuitesData : public testing::TestWithParam<std::pair<const std::string, Data>> {};
+
+TEST_P(SuitesData, AreThoseThatItsClocksWereMeasuredWith) {
+    const auto& [name, expected] = GetParam();
+    krTest* const test = findTest(name.c_str());
+    ASSERT_NE(test, nullptr) << name;
+    const Data data = dataOf(*test);
+    const std::string row = rowOf(name, data);
+    EXPECT_EQ(data.lines, expected.lines) << row;
+    EXPECT_EQ(data.elements, expected.elements) << row;
+    EXPECT_NEAR(data.divisors, expected.divisors, 1e-6 * data.divisors) << row;
+    EXPECT_NEAR(data.weighted, expected.weighted, 1e-6 * data.size) << row;
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, SuitesData, testing::ValuesIn(kExpected),
+                         [](const auto& row) { return row.param.first; });
 
 long long g_bytesLeft = 0;
 
