@@ -73,9 +73,9 @@ def git(*words):
 
 
 @functools.cache
-def tested():
-    """What the tests' verdicts hold for: the committed tree but for documents and the like."""
-    kept = [line for line in git("ls-tree", "-r", "HEAD", *ROOMS, "cmake", "CMakeLists.txt", "tests").splitlines()
+def tested(tests=""):
+    """What the tests' verdicts hold for: the committed tree but for documents and the like; of all tests or a folder."""
+    kept = [line for line in git("ls-tree", "-r", "HEAD", *ROOMS, "cmake", "CMakeLists.txt", f"tests/{tests}").splitlines()
             if "\ttests/mutants/" not in line]
     return hashlib.sha1("\n".join(kept).encode()).hexdigest()
 
@@ -582,14 +582,14 @@ def measures(program):
 def usual_seconds(pool):
     """What each test takes without a fault, in seconds of a processor."""
     stamp = WORK / "usual.json"
-    if stamp.exists() and json.loads(stamp.read_text())["tree"] == tested():
-        return json.loads(stamp.read_text())["usual"]
-    found = {}
-    for program, took, red in pool.imap_unordered(measures, FOLDERS):
+    known = json.loads(stamp.read_text()) if stamp.exists() else {}
+    found = {p: known[p]["usual"] for p in FOLDERS if p in known and known[p]["tree"] == tested(FOLDERS[p])}
+    for program, took, red in pool.imap_unordered(measures, [p for p in FOLDERS if p not in found]):
         if red:
             sys.exit(f"mutants: without a fault {program}: {red}")
         found[program] = took
-    stamp.write_text(json.dumps({"tree": tested(), "usual": found}))
+        known[program] = {"tree": tested(FOLDERS[program]), "usual": took}
+        stamp.write_text(json.dumps(known))
     return found
 
 

@@ -67,7 +67,6 @@ TEST(EverySuitesData, HaveARowEach) {
         const std::string name = test->m_name.c_str();
         EXPECT_EQ(kExpected.count(name), 1U) << rowOf(name, dataOf(*test));
     }
-    EXPECT_EQ(static_cast<int>(kExpected.size()), pTestList->size());
 }
 
 class SuitesData : public testing::TestWithParam<std::pair<const std::string, Data>> {};
