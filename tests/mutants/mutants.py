@@ -213,9 +213,9 @@ class Copy:
         build = CHECKED if checked else build_of(program)
         # Programs find the library when they start: only those that include the source hang on it otherwise.
         of_library = path.startswith("vek/") and all(o.startswith("vek/") for o in self.users(path, build))
-        if of_library:
+        if checked or (of_library and (self.tree / build / "tests" / program).exists()):
             return build, LIBRARIES
-        return build, LIBRARIES if checked else [program]
+        return build, [program]
 
     def red(self, name, chosen=None, but=(), once=False):
         """How the program's tests end, all or the chosen ones, if wanted at one level only: "" or the first failure."""
@@ -263,7 +263,8 @@ class Copy:
         """Whether a test without a fault passes that nothing was known of."""
         if " " not in name or (name, test) in self.green:
             return True
-        if self.compiles(*self.targets(path, name)) and not self.red(name, [test]):
+        built = [self.compiles(*self.targets(path, each)) for each in (name.partition(" ")[0], name)]
+        if all(built) and not self.red(name, [test]):
             self.green.add((name, test))
         return (name, test) in self.green
 
