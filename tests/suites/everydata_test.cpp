@@ -27,7 +27,7 @@ const std::map<std::string, Data> kExpected = {
 
 Data dataOf(krTest& test) {
     Data sums{0, 0, 0, 0};
-    SuiteLine line(test.m_name.c_str());
+    SuiteLine line(test);
     for (; line.ready(); line.next()) {
         ++sums.lines;
         sums.divisors += test.getDivisor();
@@ -54,47 +54,66 @@ Data dataOf(krTest& test) {
     return sums;
 }
 
-// Of a function with or without a row.
-std::string rowOf(const std::string& name, const Data& data) {
+// A function has a test for each of its modes.
+std::string titleOf(const krTest& test) {
+    const std::string mode = test.m_info.m_mode.c_str();
+    return test.m_name.c_str() + (mode.empty() ? mode : ", " + mode);
+}
+
+krTest* titled(const std::string& title) {
+    for (krTest* test : *pTestList) {
+        if (titleOf(*test) == title) {
+            return test;
+        }
+    }
+    return nullptr;
+}
+
+std::string rowOf(const std::string& title, const Data& data) {
     char row[200];
-    std::snprintf(row, sizeof row, "{\"%s\", {%lld, %.12g, %lld, %.12g}},", name.c_str(), data.lines, data.divisors,
+    std::snprintf(row, sizeof row, "{\"%s\", {%lld, %.12g, %lld, %.12g}},", title.c_str(), data.lines, data.divisors,
                   data.elements, data.weighted);
     return row;
 }
 
 TEST(EverySuitesData, HaveARowEach) {
     for (krTest* test : *pTestList) {
-        const std::string name = test->m_name.c_str();
-        EXPECT_EQ(kExpected.count(name), 1U) << rowOf(name, dataOf(*test));
+        const std::string title = titleOf(*test);
+        EXPECT_EQ(kExpected.count(title), 1U) << rowOf(title, dataOf(*test));
     }
 }
 
 class SuitesData : public testing::TestWithParam<std::pair<const std::string, Data>> {};
 
 TEST_P(SuitesData, AreThoseThatItsClocksWereMeasuredWith) {
-    const auto& [name, expected] = GetParam();
-    krTest* const test = findTest(name.c_str());
-    ASSERT_NE(test, nullptr) << name;
+    const auto& [title, expected] = GetParam();
+    krTest* const test = titled(title);
+    ASSERT_NE(test, nullptr) << title;
     const Data data = dataOf(*test);
-    const std::string row = rowOf(name, data);
+    const std::string row = rowOf(title, data);
     EXPECT_EQ(data.lines, expected.lines) << row;
     EXPECT_EQ(data.elements, expected.elements) << row;
     EXPECT_NEAR(data.divisors, expected.divisors, 1e-6 * data.divisors) << row;
     EXPECT_NEAR(data.weighted, expected.weighted, 1e-6 * data.size) << row;
 }
 
-INSTANTIATE_TEST_SUITE_P(Every, SuitesData, testing::ValuesIn(kExpected),
-                         [](const auto& row) { return row.param.first; });
+INSTANTIATE_TEST_SUITE_P(Every, SuitesData, testing::ValuesIn(kExpected), [](const auto& row) {
+    std::string name = row.param.first;
+    for (char& c : name) {
+        c = c == ' ' || c == ',' ? '_' : c;
+    }
+    return name;
+});
 
 long long g_bytesLeft = 0;
 
 TEST(EverySuitesData, AreRefusedWhereMemoryEndsAtAnyOfTheirBlocks) {
     long long (*const kept)() = krMachineMemory;
-    for (const krTest* test : *pTestList) {
+    for (krTest* test : *pTestList) {
         // The sizes of the blocks in the order in which a line makes them.
         std::vector<int> sizes;
         {
-            const SuiteLine line(test->m_name.c_str());
+            const SuiteLine line(*test);
             for (const SuiteBlock& block : line.blocks()) {
                 sizes.push_back(block.bytes);
             }
@@ -105,11 +124,11 @@ TEST(EverySuitesData, AreRefusedWhereMemoryEndsAtAnyOfTheirBlocks) {
         g_bytesLeft = -1;
         for (const int size : sizes) {
             g_bytesLeft += size;
-            const SuiteLine line(test->m_name.c_str());
+            const SuiteLine line(*test);
             taken += line.ready() ? " with " + std::to_string(g_bytesLeft) + " bytes" : "";
         }
         testing::internal::GetCapturedStdout();
-        EXPECT_EQ(taken, "") << test->m_name.c_str();
+        EXPECT_EQ(taken, "") << titleOf(*test);
         krMachineMemory = kept;
     }
 }

@@ -59,8 +59,8 @@ krResult loopNothing(int calls, long long* clocks) {
 
 // A run counts a call that warns as a success: a short cut with a warning would be measured in place of the work.
 TEST(EverySuite, CallsAgainAndAgainWithoutAWarningOnEachLineOfItsGrid) {
-    for (const krTest* test : *pTestList) {
-        SuiteLine line(test->m_name.c_str());
+    for (krTest* test : *pTestList) {
+        SuiteLine line(*test);
         EXPECT_TRUE(line.ready()) << test->m_name.c_str();
         for (int index = 0; line.ready(); ++index) {
             for (int call = 0; call < 4; ++call) {
