@@ -404,6 +404,7 @@ TEST_F(KrTestRun, LevelThatALineSetsOutlastsItsMeasurement) {
         }
         void flushData() override {
             seen = g_ostrm.outLevel();
+            g_ostrm.setOutLevel(ERR | WARN | TRACE);
             Noted::flushData();
         }
         OutputLevel seen = 0;
