@@ -643,10 +643,10 @@ def main():
     last = began + 60 * args.minutes
     with multiprocessing.Pool(args.jobs, starts, (numbers, last)) as pool:
         usual = usual_seconds(pool)
-        # As many as compile. Headers come last: each of them builds much anew.
+        # As many as compile. Headers come late, as each of them builds much anew; last what is known to stay alive.
         planted, late = [], False
         while not late and (more := list(itertools.islice(drawn, args.count - len(planted)))):
-            more.sort(key=lambda site: not site.path.endswith(".cpp"))
+            more.sort(key=lambda site: (site.key() in reasons, not site.path.endswith(".cpp")))
             for site in more:
                 if identity(site) in done:
                     tell(site, done[identity(site)], reasons)
