@@ -36,6 +36,18 @@ TEST_F(KrIniFile, EmptyFileHasNoSections) {
     EXPECT_EQ(rewritten(), "\n[Kelvar Rig]\nMethod=Auto\t// Auto|Manual\n");
 }
 
+// So that a run that ends in the middle of it leaves the old one whole.
+TEST_F(KrIniFile, RewritingPutsANewFileInThePlaceOfTheOldOne) {
+    open("[s]\na=1\n", true);
+    struct stat before = {};
+    ASSERT_EQ(stat(path().c_str(), &before), 0);
+    EXPECT_EQ(rewritten(), "\n[s]\na=1\n");
+    struct stat after = {};
+    ASSERT_EQ(stat(path().c_str(), &after), 0);
+    EXPECT_NE(after.st_ino, before.st_ino);
+    EXPECT_EQ(after.st_mode, before.st_mode);
+}
+
 TEST_F(KrIniFile, EmptyValueIsAnEmptyText) {
     open("[s]\nkey=\n");
     EXPECT_EQ(read("s", "key"), "");

@@ -5,6 +5,7 @@
 #include "krbase.h"
 #include "noleakcheck.h"
 #include "streamcapture.h"
+#include "visits.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,10 @@ std::vector<short> s_seen;
 
 void count() {
     ++s_calls;
+}
+
+void stay() {
+    visit('c');
 }
 
 int status() {
@@ -117,6 +122,19 @@ TEST_F(KrOwn, StatisticCallsOnceBeforehandAndThenToItsMinima) {
     EXPECT_EQ(krOk, run());
     EXPECT_EQ(10, s_calls);
     EXPECT_EQ("nCalls=9", std::string(last().m_tool.m_comment.c_str()));
+}
+
+TEST_F(KrOwn, StatisticAddsUpTheClocksOfEachCallButTheFirst) {
+    kr::measure<stay>("stay");
+    run();
+    forgetVisits();
+    int calls = 2;
+    long long clocks = 0;
+    EXPECT_EQ(krOk, last().m_funcStat(&calls, &clocks));
+    visit('k');
+    ASSERT_EQ("ccck", visited());
+    EXPECT_GE(clocks, ticksWithin(1, 1) + ticksWithin(2, 2));
+    EXPECT_LE(clocks, ticksBetween(0, 2) + ticksBetween(1, 3));
 }
 
 TEST_F(KrOwn, ALoopOfNoCallsStillCallsOnceAndGivesNoClocks) {

@@ -396,6 +396,23 @@ TEST_F(KrTestRun, PerformanceShowsDuringMeasurementAtWarningLevel) {
     EXPECT_EQ(test.seen, ERR | WARN | TRACE);
 }
 
+TEST_F(KrTestRun, LevelThatALineSetsOutlastsItsMeasurement) {
+    struct Quieter : Noted {
+        bool initData() override {
+            g_ostrm.setOutLevel(ERR);
+            return Noted::initData();
+        }
+        void flushData() override {
+            seen = g_ostrm.outLevel();
+            g_ostrm.setOutLevel(ERR | WARN | TRACE);
+            Noted::flushData();
+        }
+        OutputLevel seen = 0;
+    } test;
+    run(test, ERR | WARN | TRACE);
+    EXPECT_EQ(test.seen, ERR);
+}
+
 TEST_F(KrTestRun, FunctionsAreTimedByWhatIsRegistered) {
     krTest none(krFuncOld(nullptr), "n", "f", "T");
     EXPECT_EQ(none.runTiming(), krUndefined);

@@ -51,6 +51,12 @@ TEST_F(KrToolRun, StatisticCallsTwiceForEachPass) {
     EXPECT_STREQ(tool.m_comment.c_str(), "nCalls=3");
 }
 
+TEST_F(KrToolRun, StatisticOfNoPassMakesTheFirstCallAlone) {
+    tool.setMethodStat(0, 0);
+    run(nullptr, nullptr, call, prepare);
+    EXPECT_EQ(s_calls, 1);
+}
+
 TEST_F(KrToolRun, StatisticLooksAtTheSecondReturn) {
     krTool::m_pCheckStatus = check;
     tool.setMethodStat(3, 0);

@@ -149,6 +149,8 @@ TEST(KrCacheIteratorSize, EstimateSpreadsTheDoublings) {
     EXPECT_EQ(updated({10, 10}, 1000, 9000, false), "40x20");
     EXPECT_EQ(updated({64, 64}, 10000, 900, false), "16x16");
     EXPECT_EQ(updated({1, 1}, 10000, 900, false), "0x0 ends");
+    EXPECT_EQ(updated({1, 100}, 10000, 900, false), "0x25 ends");
+    EXPECT_EQ(updated({100, 1}, 10000, 900, false), "25x0 ends");
     EXPECT_EQ(updated({5, 6}, 0, 900, false), "5x6");
 }
 

@@ -37,6 +37,24 @@ TEST(VkrMatrice, GivenRowStepIsTaken) {
     EXPECT_EQ(matrix.m_r16s, nullptr);
 }
 
+TEST(VkrMatrice, RowsShowInTheViewOfTheirTypeAlone) {
+    const std::vector<vkType> types = {vk8u,   vk16u,  vk32u,  vk64u,  vk8s,  vk16s, vk32s,  vk64s, vk8sc,
+                                       vk16sc, vk16uc, vk32sc, vk64sc, vk32f, vk64f, vk32fc, vk64fc};
+    for (std::size_t own = 0; own < types.size(); ++own) {
+        SCOPED_TRACE(own);
+        vkrMatrice matrix(types[own]);
+        ASSERT_TRUE(matrix.createMatrice(2, 3, -1, -1));
+        const std::vector<const void*> views = {
+            matrix.m_r8u,   matrix.m_r16u, matrix.m_r32u, matrix.m_r64u,  matrix.m_r8s,   matrix.m_r16s,
+            matrix.m_r32s,  matrix.m_r64s, matrix.m_r8sc, matrix.m_r16sc, matrix.m_r16uc, matrix.m_r32sc,
+            matrix.m_r64sc, matrix.m_r32f, matrix.m_r64f, matrix.m_r32fc, matrix.m_r64fc};
+        ASSERT_EQ(views.size(), types.size());
+        for (std::size_t i = 0; i < views.size(); ++i) {
+            EXPECT_EQ(views[i], i == own ? matrix.rowPointers() : nullptr) << i;
+        }
+    }
+}
+
 TEST(VkrMatrice, OverlappingRowsLieInsideTheBlock) {
     vkrMatrice matrix(vk16s);
     ASSERT_TRUE(matrix.createMatrice(3, 8, 2, 0));

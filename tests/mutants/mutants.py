@@ -4,13 +4,15 @@
     tests/mutants/mutants.py --count 100             a hundred, drawn with seed 1 over all rooms
     tests/mutants/mutants.py --room api --count 50
     tests/mutants/mutants.py --file vek/sc/g726/adpcm.cpp --count 20 --seed 7
+    tests/mutants/mutants.py --minutes 90            begins no fault after an hour and a half
     tests/mutants/mutants.py --list --count 20       only tells what would be planted
 
-Works on a copy of HEAD in build-mutants/, never on the work tree. A fault that does not compile is no fault: another is
-drawn. A fault dies when a test fails, crashes or takes ten times as long, and does so again by itself. Survivors are looked
-up in equivalent.txt: there a line says why no test can see it. Exit status 1 if others survive. Results are kept in
-build-mutants/results.jsonl, and a run that was cut off goes on where it stood; after a commit only faults that survived or
-whose source has changed are planted anew.
+Works on copies of HEAD in build-mutants/, one a core, never on the work tree. Faults in api/ and veksc/ are judged by the
+programs of the sanitizer build, as ./test runs them; those in vek/ by the release library, and what survives there by the
+sanitized one. A fault that does not compile is no fault: another is drawn. A fault dies when a test fails, crashes or takes
+ten times as long, and does so again by itself. Survivors are looked up in equivalent.txt: there a line says why no test can
+see it. Exit status 1 if others survive. Results are kept in build-mutants/results.jsonl, and a run that was cut off goes on
+where it stood; after a commit only faults that survived or whose source has changed are planted anew.
 """
 
 import argparse
@@ -18,6 +20,7 @@ import functools
 import hashlib
 import itertools
 import json
+import multiprocessing
 import os
 import random
 import re
@@ -42,20 +45,27 @@ KINDS = {
     "bound": 14, "comparison": 10, "operator": 16, "logic": 10, "constant": 16, "table": 3, "rounding": 8,
     "arguments": 7, "dropped": 12, "condition": 8,
 }
-# The test programs that can see a room, those first that are most likely to.
+# The two builds of a copy, with what else they are configured. What is built for one fault need not be quick.
+RELEASE, CHECKED = "build-test", "build-asan"
+PRESETS = {RELEASE: ["test", "-DVEK_KERNEL_OPTIMISATION=-O1"], CHECKED: ["asan"]}
+# The test programs that can see a room, those first that are most likely to. `checked`: with the sanitized library.
 PROGRAMS = {
-    "api/src": ["kr_tests", "vk_tests", "cli_tests", "suite_tests"],
+    "api/src": ["kr_tests", "vk_tests", "suite_tests", "cli_tests"],
     "api/lib": ["vk_tests", "suite_tests", "cli_tests"],
     "veksc": ["suite_tests", "cli_tests"],
-    "vek": ["vek_tests", "oracle_tests", "suite_tests"],
+    "vek": ["vek_tests", "oracle_tests", "vek_tests checked", "oracle_tests checked", "suite_tests"],
 }
 FOLDERS = {
     "kr_tests": "api", "vk_tests": "lib", "suite_tests": "suites", "vek_tests": "vek", "oracle_tests": "oracle",
     "cli_tests": "cli",
 }
-LEAST_LIMIT = 60  # seconds that a test may take whatever it took without a fault
-LIKELY_SECONDS = 15  # of the tests of a program that are run before all others
-MOST_BYTES = 8 << 30  # that a test may ask for: a fault may ask for all there is
+LAST = "cli_tests"  # Whole programs, which take as long as all others: when all faults have been planted.
+LIBRARIES = ["vekcore", "veks", "veksc"]
+LEAST_LIMIT = 5  # seconds of processor time that a test may take whatever it took without a fault
+MOST_WAIT = 120  # seconds that it may take besides, waiting
+LIKELY_SECONDS = (1, 8)  # of the tests of a program that are run first, and then before all others
+MOST_BYTES = 4 << 30  # that a test may take: a fault may ask for all there is
+TICK = os.sysconf("SC_CLK_TCK")
 
 
 def git(*words):
@@ -63,9 +73,9 @@ def git(*words):
 
 
 @functools.cache
-def tested():
-    """What the tests' verdicts hold for: the committed tree but for documents and the like."""
-    kept = [line for line in git("ls-tree", "-r", "HEAD", *ROOMS, "cmake", "CMakeLists.txt", "tests").splitlines()
+def tested(tests=""):
+    """What the tests' verdicts hold for: the committed tree but for documents and the like; of all tests or a folder."""
+    kept = [line for line in git("ls-tree", "-r", "HEAD", *ROOMS, "cmake", "CMakeLists.txt", f"tests/{tests}").splitlines()
             if "\ttests/mutants/" not in line]
     return hashlib.sha1("\n".join(kept).encode()).hexdigest()
 
@@ -105,26 +115,28 @@ def programs_of(path):
     return next(programs for room, programs in PROGRAMS.items() if path.startswith(room + "/"))
 
 
-class Shard:
+def spent(pid):
+    """Seconds of processor time of a process and of those that it has waited for."""
+    fields = Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()
+    return sum(int(field) for field in fields[11:15]) / TICK
+
+
+class Run:
     """A running test program, and the test that it is at."""
 
-    EVENT = re.compile(r"\[ +(RUN|OK|FAILED) +\] ([^\s,]+)")
+    EVENT = re.compile(r"\[ +(RUN|OK|FAILED|SKIPPED) +\] ([^\s,]+)|^Note: kernel level ")
 
     def __init__(self, command, cwd, environment):
-        self.process = subprocess.Popen(
-            command, cwd=cwd, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-            start_new_session=True, preexec_fn=lambda: Shard.limit("ASAN_OPTIONS" not in environment))
+        self.process = subprocess.Popen(command, cwd=cwd, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                        stderr=subprocess.DEVNULL, start_new_session=True)
         self.test = "the start"
-        self.since = time.monotonic()
+        self.begun()
         self.rest = ""
-        self.took = {}
+        self.took = {}  # Seconds of processor time, of all levels of the kernels together.
+        self.levels = 1
 
-    @staticmethod
-    def limit(memory):
-        """The address checks of a program reserve more than there is, and have a limit of their own."""
-        if memory:
-            resource.setrlimit(resource.RLIMIT_AS, (MOST_BYTES, resource.getrlimit(resource.RLIMIT_AS)[1]))
-        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    def begun(self):
+        self.since, self.spent = time.monotonic(), spent(self.process.pid)
 
     def read(self):
         """Reads on; the name of a test that has failed, if one has. None at the end."""
@@ -138,15 +150,22 @@ class Shard:
             if event is None:
                 continue
             word, name = event.groups()
-            now = time.monotonic()
-            if word == "RUN":
+            if word is None:
+                self.levels += 1
+            elif word == "RUN":
                 self.test = name
             elif name == self.test:
-                self.took[name] = max(self.took.get(name, 0), now - self.since)
+                self.took[name] = self.took.get(name, 0) + spent(self.process.pid) - self.spent
                 if word == "FAILED":
                     return name
-            self.since = now
+                self.test = "the end"  # Where leaks are told.
+            self.begun()
         return ""
+
+    def late(self, usual):
+        """Whether the test at work takes much more than it did: (by the processor, by the clock)."""
+        return (spent(self.process.pid) - self.spent > max(LEAST_LIMIT, 10 * usual),
+                time.monotonic() - self.since > MOST_WAIT + 20 * usual)
 
     def end(self):
         try:
@@ -158,109 +177,114 @@ class Shard:
 
 
 class Copy:
-    """The tree that faults are planted in, built once without any."""
+    """A tree that faults are planted in, built once without any."""
 
-    def __init__(self, jobs):
-        self.tree = WORK / "tree"
-        self.build = WORK / "tree" / "build-test"
-        self.jobs = jobs
-        self.usual = {}  # program: {test: seconds}
+    def __init__(self, number):
+        self.tree = WORK / f"tree-{number}"
+        self.log = WORK / f"build-{number}.log"
+        self.usual = {}  # program: {test: seconds of processor time}
+        self.green = set()  # (program, test) that were seen to pass without a fault
+        self.killers = {}  # source: tests that have killed faults of it, the last first
         self.defined, self.wanted, self.headers = {}, {}, {}  # Of objects: their symbols; whose symbol; their headers.
 
-    def prepare(self):
+    def prepare(self, jobs):
         head = git("rev-parse", "HEAD").strip()
         WORK.mkdir(exist_ok=True)
-        stamp = WORK / "usual.json"
         if not self.tree.exists():
             subprocess.run(["git", "clone", "-q", "--no-hardlinks", str(TOP), str(self.tree)], check=True)
         subprocess.run(["git", "fetch", "-q", str(TOP), head], cwd=self.tree, check=True)
         subprocess.run(["git", "checkout", "-qf", head], cwd=self.tree, check=True)
-        if not (self.build / "build.ninja").exists():
-            options = ["-DKR_WERROR=OFF"]
-            subprocess.run(["cmake", "--preset", "test", *options], cwd=self.tree, check=True, stdout=subprocess.DEVNULL)
-        every = sorted({p for programs in PROGRAMS.values() for p in programs})
-        if not self.compiles(every):
-            sys.exit("mutants: the tree does not build without a fault; see build-mutants/build.log")
-        if stamp.exists() and json.loads(stamp.read_text())["tree"] == tested():
-            self.usual = json.loads(stamp.read_text())["usual"]
-            return
-        for name in every:
-            self.usual[name] = {}
-            red = self.red(name)
-            if red:
-                sys.exit(f"mutants: without a fault {name}: {red}")
-        stamp.write_text(json.dumps({"tree": tested(), "usual": self.usual}))
+        for build, (preset, *options) in PRESETS.items():
+            if not (self.tree / build / "build.ninja").exists():
+                subprocess.run(["cmake", "--preset", preset, "-DKR_WERROR=OFF", *options], cwd=self.tree, check=True,
+                               stdout=subprocess.DEVNULL)
+            targets = [p for p in FOLDERS if build_of(p) == build]
+            if not self.compiles(build, targets, jobs, {}):
+                sys.exit(f"mutants: the tree does not build without a fault; see {self.log.relative_to(TOP)}")
 
-    def compiles(self, targets):
-        with open(WORK / "build.log", "w") as log:
-            command = ["cmake", "--build", str(self.build), "-j", str(self.jobs), "--target", *targets]
-            return subprocess.run(command, stdout=log, stderr=log).returncode == 0
+    def compiles(self, build, targets, jobs=1, settings={"CCACHE_DISABLE": "1"}):
+        """A fault is compiled once: it would only fill a compiler's cache."""
+        with open(self.log, "w") as log:
+            return subprocess.run(["ninja", "-C", str(self.tree / build), f"-j{jobs}", *targets], stdout=log, stderr=log,
+                                  env={**os.environ, **settings}).returncode == 0
 
-    def red(self, name, chosen=None, but=(), shards=None):
-        """How the program's tests end, all or the chosen ones, in so many processes: "" or the first failure."""
+    def targets(self, path, name):
+        """What has to be built anew after a fault before the program can be run: (build, targets)."""
+        program, _, checked = name.partition(" ")
+        build = CHECKED if checked else build_of(program)
+        # Programs find the library when they start: only those that include the source hang on it otherwise.
+        of_library = path.startswith("vek/") and all(o.startswith("vek/") for o in self.users(path, build))
+        if checked or (of_library and (self.tree / build / "tests" / program).exists()):
+            return build, LIBRARIES
+        return build, [program]
+
+    def red(self, name, chosen=None, but=(), once=False):
+        """How the program's tests end, all or the chosen ones, if wanted at one level only: "" or the first failure."""
         if chosen == []:
             return ""
-        program = next(self.build.rglob(f"tests/**/{name}"))
+        program, _, checked = name.partition(" ")
+        home = self.tree / build_of(program)
+        build = self.tree / CHECKED if checked else home
         pattern = (":".join(chosen) if chosen else "*") + ("-" + ":".join(but) if but else "")
-        environment = {**os.environ, "KR_TESTED_BUILD": str(self.build)}
-        if name in ("vek_tests", "oracle_tests"):
-            environment["LD_LIBRARY_PATH"] = str(self.build / "lib")
-            environment["ASAN_OPTIONS"] = f"malloc_context_size=4:hard_rss_limit_mb={MOST_BYTES >> 20}"
-        shards = shards or self.jobs
-        running = []
-        for shard in range(shards):
-            split = {"GTEST_TOTAL_SHARDS": str(shards), "GTEST_SHARD_INDEX": str(shard)}
-            running.append(Shard([str(program), f"--gtest_filter={pattern}"], program.parent, {**environment, **split}))
-        usual = self.usual[name]
+        environment = {**os.environ, "KR_TESTED_BUILD": str(build), "LD_LIBRARY_PATH": str(build / "lib"),
+                       "ASAN_OPTIONS": f"malloc_context_size=4:hard_rss_limit_mb={MOST_BYTES >> 20}"}
+        usual = self.usual[program]
+        run = Run([str(home / "tests" / program), f"--gtest_filter={pattern}"], home / "tests", environment)
         try:
-            while running:
-                ready = select.select([shard.process.stdout for shard in running], [], [], 1)[0]
-                for shard in list(running):
-                    if shard.process.stdout in ready:
-                        failed = shard.read()
-                        if failed:
-                            return failed
-                        if failed is None:
-                            running.remove(shard)
-                            code = shard.process.wait()
-                            shard.process.stdout.close()
-                            if code != 0:
-                                return f"{shard.test} ends with {code}"
-                            if shard.took.keys() - usual.keys():
-                                usual.update(shard.took)
-                            continue
-                    if time.monotonic() - shard.since > max(LEAST_LIMIT, 10 * usual.get(shard.test, LEAST_LIMIT)):
-                        return f"{shard.test} takes too long"
-            return ""
+            while True:
+                if select.select([run.process.stdout], [], [], 1)[0]:
+                    failed = run.read()
+                    if failed:
+                        return failed
+                    if once and run.levels > 1:
+                        usual.update({test: took for test, took in run.took.items() if test not in usual})
+                        return ""
+                    if failed is None:
+                        code = run.process.wait()
+                        if code != 0:
+                            return f"{run.test} ends with {code}"
+                        if not checked:
+                            usual.update({test: took for test, took in run.took.items() if test not in usual})
+                        return ""
+                # The checks slow the library down by what no test tells beforehand.
+                by_processor, by_clock = run.late(usual.get(run.test, 60) * (10 if checked else 1))
+                if by_processor or by_clock:
+                    return f"{run.test} takes too long" + ("" if by_processor else " waiting")
         finally:
-            for shard in running:
-                shard.end()
+            run.end()
 
     def stays_red(self, name, red):
         """Whether the test fails by itself too: one that a busy machine made fail has not seen the fault."""
         test = red.split()[0]
-        return test not in self.usual[name] or bool(self.red(name, [test], shards=1))
+        if red.endswith("takes too long"):
+            return True
+        return test not in self.usual[name.partition(" ")[0]] or bool(self.red(name, [test]))
 
-    def seeing(self, path, name):
+    def is_green(self, path, name, test):
+        """Whether a test without a fault passes that nothing was known of."""
+        if " " not in name or (name, test) in self.green:
+            return True
+        built = [self.compiles(*self.targets(path, each)) for each in (name.partition(" ")[0], name)]
+        if all(built) and not self.red(name, [test]):
+            self.green.add((name, test))
+        return (name, test) in self.green
+
+    def seeing(self, path, program):
         """The tests of the program that can see a source; None for all of them."""
         functions = self.functions(path) if path.startswith("vek/sc/") else None
-        if functions is None or name not in ("vek_tests", "oracle_tests"):
+        if functions is None or program not in ("vek_tests", "oracle_tests"):
             return None
-        return [test for test, base in names_of(self.usual[name]) if sees(name, base, path, functions)]
+        return [test for test, base, _ in names_of(self.usual[program]) if sees(program, base, path, functions)]
 
     def functions(self, path):
         """The library's functions whose code leads to a source, as the objects refer to one another; None for all."""
         if not self.defined:
-            self.read_objects()
-        if path.endswith(".cpp"):
-            new = [o for o in self.defined if o.endswith("/" + path.removeprefix("vek/") + ".o")]
-        else:
-            having = [o for o, names in self.headers.items() if str(self.tree / path) in names]
-            # Precompiled headers hide what they hold.
-            if any(o not in self.defined and o.endswith(".gch") for o in having):
-                return None
-            new = [o for o in having if o in self.defined]
-        seen = set()
+            self.read_symbols()
+        users = self.users(path, RELEASE)
+        # Precompiled headers hide what they hold.
+        if any(o.endswith(".gch") for o in users):
+            return None
+        seen, new = set(), [o for o in users if o in self.defined]
         while new:
             at = new.pop()
             if at not in seen:
@@ -268,49 +292,102 @@ class Copy:
                 new += [user for symbol in self.defined[at] for user in self.wanted.get(symbol, ())]
         return {symbol for o in seen for symbol in self.defined[o] if symbol.startswith("veks")}
 
-    def read_objects(self):
-        """What the library's objects define and want, and the headers that they include."""
-        objects = [str(o.relative_to(self.build)) for o in (self.build / "vek" / "CMakeFiles").rglob("*.o")]
+    def read_symbols(self):
+        """What the library's objects define and want."""
+        build = self.tree / RELEASE
+        objects = [str(o.relative_to(build)) for o in (build / "vek" / "CMakeFiles").rglob("*.o")]
         self.defined = {o: [] for o in objects}
-        for line in self.said(["nm", "-AP", *objects]).splitlines():
+        for line in self.said(["nm", "-AP", *objects], RELEASE).splitlines():
             place, symbol, kind = line.split()[:3]
             if kind == "U":
                 self.wanted.setdefault(symbol, []).append(place[:-1])
             elif kind.isupper():
                 self.defined[place[:-1]].append(symbol)
-        for block in self.said(["ninja", "-t", "deps"]).split("\n\n"):
-            target, *names = block.split("\n")
-            self.headers[target.partition(":")[0]] = {os.path.normpath(self.build / name.strip()) for name in names}
 
-    def said(self, command):
-        return subprocess.run(command, cwd=self.build, capture_output=True, text=True, check=True).stdout
+    def users(self, path, build):
+        """The objects and precompiled headers of a build that a source is compiled into."""
+        if build not in self.headers:
+            found = self.headers[build] = {}
+            for block in self.said(["ninja", "-t", "deps"], build).split("\n\n"):
+                target, *names = block.split("\n")
+                for name in names:
+                    found.setdefault(os.path.normpath(self.tree / build / name.strip()), []).append(target.partition(":")[0])
+        return self.headers[build].get(str(self.tree / path), [])
 
-    def judge(self, site):
-        """One of: no compile, died (with the test), survived."""
+    def said(self, command, build):
+        return subprocess.run(command, cwd=self.tree / build, capture_output=True, text=True, check=True).stdout
+
+    def judge(self, site, last):
+        """One of: no compile, died (with the test), survived, open: until the last program has run too."""
         target = self.tree / site.path
+        before, began = target.stat(), time.time()
         whole = target.read_text()
         lines = whole.split("\n")
         lines[site.line - 1] = site.new
+        # What is compiled anew need not be compiled anew once more without the fault.
+        kept = {}
+        for build in PRESETS:
+            for made in (self.tree / build / user for user in self.users(site.path, build)):
+                kept[made] = made.with_name(made.name + ".kept")
+        for made, away in kept.items():
+            made.rename(away)
         target.write_text("\n".join(lines))
         try:
-            programs = programs_of(site.path)
-            first = {p: likely(site.path, p, self.usual[p]) for p in programs}
-            for name in programs:
-                if not self.compiles([name]):
-                    return "no compile", ""
-                red = self.red(name, first[name])
-                if red and self.stays_red(name, red):
-                    return "died", f"{name}: {red}"
-            for name in programs:
-                unstable = list(first[name])
-                seeing = self.seeing(site.path, name)
-                while red := self.red(name, seeing, unstable):
-                    if self.stays_red(name, red):
-                        return "died", f"{name}: {red}"
-                    unstable.append(red.split()[0])
-            return "survived", ""
+            verdict, name, red = self.verdict(site.path, last)
         finally:
             target.write_text(whole)
+            os.utime(target, ns=(before.st_atime_ns, before.st_mtime_ns))
+            # Whatever else has the fault is made anew.
+            for made in self.made_since(began):
+                made.unlink()
+            for made, away in kept.items():
+                away.replace(made)
+        if verdict == "died" and not self.is_green(site.path, name, red.split()[0]):
+            return "survived", ""
+        return verdict, f"{name}: {red}" if red else ""
+
+    def made_since(self, began):
+        for build in PRESETS:
+            for place, _, files in os.walk(self.tree / build):
+                for made in (Path(place, name) for name in files):
+                    of_code = made.suffix in (".o", ".gch", ".a") or os.access(made, os.X_OK)
+                    if of_code and not made.is_symlink() and made.stat().st_mtime >= began:
+                        yield made
+
+    def verdict(self, path, last):
+        programs = programs_of(path)
+        # Elsewhere the levels of the kernels make no difference.
+        once = not path.startswith(("vek/sc/kernels/", "vek/core/"))
+        done = {name: [] for name in programs}
+        for name in programs:
+            if " " in name or last:
+                continue
+            for chosen in likely(path, name, self.usual[name], self.killers.get(path, [])):
+                if not done[name] and not self.compiles(*self.targets(path, name)):
+                    return "no compile", name, ""
+                red = self.red(name, chosen, once=once)
+                if red and self.stays_red(name, red):
+                    self.killers.setdefault(path, []).insert(0, red.split()[0])
+                    return "died", name, red
+                done[name] += chosen
+        for name in programs:
+            if (name == LAST) != last:
+                continue
+            if not self.compiles(*self.targets(path, name)):
+                return "no compile", name, ""
+            left = self.seeing(path, name.partition(" ")[0])
+            if left is not None:
+                left = [test for test in left if test not in done[name]]
+            unstable = list(done[name])
+            while red := self.red(name, left, unstable, once):
+                if self.stays_red(name, red):
+                    return "died", name, red
+                unstable.append(red.split()[0])
+        return "open" if LAST in programs and not last else "survived", "", ""
+
+
+def build_of(program):
+    return RELEASE if program in ("vek_tests", "oracle_tests") else CHECKED
 
 
 # The tests of each program: suite and name, with the words of the test and of its file.
@@ -341,9 +418,11 @@ def words_of(path):
 
 
 def names_of(usual):
-    """Each test with its suite's and its own name as the source has them."""
+    """Each test with its suite's and its own name as the source has them, and the value that it has been given."""
     for name in usual:
-        yield name, tuple(next(p for p in reversed(part.split("/")) if not p.isdigit()) for part in name.split(".", 1))
+        suite, test = name.split(".", 1)
+        test, _, value = test.partition("/")
+        yield name, (next(p for p in reversed(suite.split("/")) if not p.isdigit()), test), value
 
 
 @functools.cache
@@ -397,8 +476,8 @@ def sees(program, base, path, functions):
     return not named or "every function" in named or bool(named & functions) or TOP / path in files
 
 
-def likely(path, program, usual):
-    """The tests that speak most of what the source has, as many as run in some seconds."""
+def likely(path, program, usual, killers):
+    """The tests that speak most of what the source has, as many as run in a second; then as run in some more."""
     folder = FOLDERS[program]
     if program not in _tests_of:
         found = []
@@ -419,16 +498,21 @@ def likely(path, program, usual):
         score = sum(1 / body_uses[w] for w in body & words) + sum(0.5 / file_uses[w] for w in text & words)
         scores[names] = score + (1 if file.startswith(stem) else 0)
     ranked = []
-    for name, base in names_of(usual):
-        seconds, score = usual[name], scores.get(base, 0)
-        if score > 0 and seconds < LIKELY_SECONDS:
+    for name, base, value in names_of(usual):
+        seconds, score = usual[name], scores.get(base, 0) + (2 if value in words else 0)
+        if score > 0 and seconds < LIKELY_SECONDS[-1]:
             ranked.append((score, seconds, name))
-    chosen, spent = [], 0
-    for _, seconds, name in sorted(ranked, reverse=True)[:24]:
-        if spent + seconds < LIKELY_SECONDS:
-            chosen.append(name)
-            spent += seconds
-    return chosen
+    ranked.sort(reverse=True)
+    left = [name for name in killers if name in usual] + [name for _, _, name in ranked[:24]]
+    for most in LIKELY_SECONDS:
+        chosen, together = [], 0
+        for name in dict.fromkeys(left):
+            if together + usual[name] < most:
+                chosen.append(name)
+                together += usual[name]
+        left = [name for name in left if name not in chosen]
+        if chosen:
+            yield chosen
 
 
 def known_equivalents():
@@ -458,7 +542,8 @@ def finished():
         result = json.loads(line)
         path = result["id"].partition(":")[0]
         now = (TOP / path).exists() and stand(path)
-        if now and result["source"] == now["source"] and (result["verdict"] != "survived" or result["tree"] == now["tree"]):
+        alive = result["verdict"] in ("survived", "open")
+        if now and result["source"] == now["source"] and (not alive or result["tree"] == now["tree"]):
             done[result["id"]] = result
     return done
 
@@ -471,7 +556,7 @@ def tell(site, result, reasons):
     verdict = result["verdict"]
     if verdict == "no compile":
         return
-    if verdict == "survived" and site.key() in reasons:
+    if verdict in ("survived", "open") and site.key() in reasons:
         verdict = "equivalent"
     line = f"{verdict:9} {site.path}:{site.line} ({site.kind})"
     if verdict == "died":
@@ -481,13 +566,59 @@ def tell(site, result, reasons):
         print(f"{line}\n  - {site.old.strip()}\n  + {site.new.strip()}{reason}", flush=True)
 
 
+g_copy = None  # Of a process that judges.
+g_last = 0
+
+
+def starts(numbers, last):
+    global g_copy, g_last
+    g_copy, g_last = Copy(numbers.get()), last
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+def measures(program):
+    g_copy.usual[program] = {}
+    return program, g_copy.usual[program], g_copy.red(program, once=True)
+
+
+def usual_seconds(pool):
+    """What each test takes without a fault, in seconds of a processor."""
+    stamp = WORK / "usual.json"
+    known = json.loads(stamp.read_text()) if stamp.exists() else {}
+    found = {p: known[p]["usual"] for p in FOLDERS if p in known and known[p]["tree"] == tested(FOLDERS[p])}
+    for program, took, red in pool.imap_unordered(measures, [p for p in FOLDERS if p not in found]):
+        if red:
+            sys.exit(f"mutants: without a fault {program}: {red}")
+        found[program] = took
+        known[program] = {"tree": tested(FOLDERS[program]), "usual": took}
+        stamp.write_text(json.dumps(known))
+    return found
+
+
+def judges(work):
+    site, usual, last = work
+    if time.monotonic() > g_last:
+        return site, None
+    g_copy.usual = g_copy.usual if len(g_copy.usual) == len(usual) else usual
+    before = used()
+    verdict, red = g_copy.judge(site, last)
+    return site, {"id": identity(site), "verdict": verdict, "by": red, "kind": site.kind, "key": site.key(),
+                  "seconds": round(used() - before, 2), **stand(site.path)}
+
+
+def used():
+    """Seconds of processor time that this process and its children have taken."""
+    return sum(sum(resource.getrusage(who)[:2]) for who in (resource.RUSAGE_SELF, resource.RUSAGE_CHILDREN))
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--count", type=int, default=100, help="how many that compile (100)")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--room", choices=sorted(ROOMS))
     parser.add_argument("--file", help="only in this source")
-    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="faults at once, each in a copy of its own")
+    parser.add_argument("--minutes", type=float, default=1e6, help="begin no fault later than this")
     parser.add_argument("--list", action="store_true", help="tell what would be planted, build nothing")
     args = parser.parse_args()
 
@@ -502,37 +633,53 @@ def main():
 
     if git("status", "--porcelain", *ROOMS):
         sys.exit("mutants: commit your changes first; faults are planted in a copy of HEAD")
-    copy = Copy(args.jobs)
-    print("Building a copy of HEAD", flush=True)
-    copy.prepare()
+    print("Building copies of HEAD", flush=True)
+    numbers = multiprocessing.Queue()
+    for number in range(args.jobs):
+        Copy(number).prepare(os.cpu_count())
+        numbers.put(number)
     reasons = known_equivalents()
     done = finished()
     began = time.monotonic()
-    # As many as compile. Headers come last: each of them builds much anew.
-    planted = []
-    while more := list(itertools.islice(drawn, args.count - len(planted))):
-        for site in sorted(more, key=lambda s: not s.path.endswith(".cpp")):
-            if identity(site) not in done:
-                verdict, red = copy.judge(site)
-                result = {"id": identity(site), "verdict": verdict, "by": red, "kind": site.kind, "key": site.key(),
-                          **stand(site.path)}
-                done[identity(site)] = result
-                with open(WORK / "results.jsonl", "a") as out:
-                    out.write(json.dumps(result) + "\n")
-            tell(site, done[identity(site)], reasons)
-        planted += [site for site in more if done[identity(site)]["verdict"] != "no compile"]
+    last = began + 60 * args.minutes
+    with multiprocessing.Pool(args.jobs, starts, (numbers, last)) as pool:
+        usual = usual_seconds(pool)
+        # As many as compile. Headers come late, as each of them builds much anew; last what is known to stay alive.
+        planted, late = [], False
+        while not late and (more := list(itertools.islice(drawn, args.count - len(planted)))):
+            more.sort(key=lambda site: (site.key() in reasons, not site.path.endswith(".cpp")))
+            for site in more:
+                if identity(site) in done:
+                    tell(site, done[identity(site)], reasons)
+            for last in (False, True):
+                state = "open" if last else ""
+                new = [site for site in more if done.get(identity(site), {"verdict": ""})["verdict"] == state]
+                for site, result in pool.imap_unordered(judges, ((site, usual, last) for site in new)):
+                    if result is None:
+                        late = True
+                        continue
+                    result["seconds"] += done[identity(site)]["seconds"] if last else 0
+                    done[identity(site)] = result
+                    with open(WORK / "results.jsonl", "a") as out:
+                        out.write(json.dumps(result) + "\n")
+                    tell(site, result, reasons)
+            planted += [site for site in more if identity(site) in done and done[identity(site)]["verdict"] != "no compile"]
     tally = Counter()
+    seconds = 0
     for site in planted:
-        verdict = done[identity(site)]["verdict"]
-        tally[site.path.partition("/")[0], "equivalent" if verdict == "survived" and site.key() in reasons else verdict] += 1
+        result = done[identity(site)]
+        seconds += result["seconds"]
+        alive = result["verdict"] in ("survived", "open")
+        of = "equivalent" if alive and site.key() in reasons else result["verdict"]
+        tally[site.path.partition("/")[0], of] += 1
     for room in ["", *ROOMS]:
         of = Counter()
         for (where, verdict), number in tally.items():
             of[verdict] += number if room in ("", where) else 0
         print(f"{room or 'together'}: {sum(of.values())} planted, {of['died']} died, {of['survived']} survived, "
-              f"{of['equivalent']} equivalent")
-    print(f"{(time.monotonic() - began) / 60:.1f} minutes")
-    return 1 if any(verdict == "survived" for _, verdict in tally) else 0
+              f"{of['open']} open, {of['equivalent']} equivalent")
+    print(f"{(time.monotonic() - began) / 60:.1f} minutes; {seconds / max(1, len(planted)):.1f} seconds of a processor a fault")
+    return 1 if any(verdict in ("survived", "open") for _, verdict in tally) else 0
 
 
 if __name__ == "__main__":

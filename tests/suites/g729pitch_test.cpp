@@ -1,5 +1,6 @@
 // The grids of the pitch and gain suites of G.729: every test's lines, first and last, and that each call succeeds on
 // the suite's data without leaving memory behind.
+#include "suite_data.h"
 #include "suite_grid.h"
 
 namespace {
@@ -37,4 +38,11 @@ TEST(G729PitchSuiteNames, StandInTheColumnsOfTheirValues) {
 
 TEST(G729PitchSuiteNames, TheSubframeOfTheOpenLoopSearchHasNoTitleAndDoesNotShow) {
     EXPECT_EQ(nameRow("veksOpenLoopPitchSearch_G729_16s"), "lenght,maxLag,lowerLag,upperLag,-,-");
+}
+
+// The samples before the first are those of the longest lag.
+TEST(G729PitchSuiteUser, MustLetTheOpenLoopSearchHaveALag) {
+    EXPECT_TRUE(SuiteLine("veksAutoCorrLagMax_Fwd_16s", 0, {"maxLag=1"}).ready());
+    EXPECT_FALSE(SuiteLine("veksAutoCorrLagMax_Fwd_16s", 0, {"maxLag=0"}).ready());
+    EXPECT_FALSE(SuiteLine("veksOpenLoopPitchSearch_G729_16s", 0, {"maxLag=0"}).ready());
 }

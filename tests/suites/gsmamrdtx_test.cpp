@@ -1,6 +1,19 @@
 // The grids of the DTX, open-loop, line spectrum and voice activity suites of AMR: every test's lines, first and last,
 // and that each call succeeds on the suite's data without leaving memory behind.
+#include "suite_data.h"
 #include "suite_grid.h"
+
+// The suite once more, under a name of its own: its state is in the library's memory, where no list tells of it.
+namespace vad1 {
+#pragma push_macro("VK_REG")
+#undef VK_REG
+#define VK_REG(test, name, call)                                                                                       \
+    int callOnce() {                                                                                                   \
+        return call;                                                                                                   \
+    }
+#include "p_vad1.cpp" // NOLINT(bugprone-suspicious-include)
+#pragma pop_macro("VK_REG")
+} // namespace vad1
 
 namespace {
 
@@ -38,4 +51,18 @@ TEST(AmrDtxSuiteRates, FramesOfSilenceComeFirstInTheLineSpectrumSuite) {
     EXPECT_EQ(runOnce("veksLSPQuant_GSMAMR_16s").columns(3, 3),
               (std::vector<std::string>{"BR_DTX", "BR_4750", "BR_5150", "BR_5900", "BR_6700", "BR_7400", "BR_7950",
                                         "BR_10200", "BR_12200"}));
+}
+
+// Three sets of nine levels of noise, and the coefficient of a filter; all else begins at zero.
+TEST(AmrVad1Data, StateBeginsWithItsLevels) {
+    vad1::TimVAD1 suite(vad1::callOnce, nullptr, nullptr, nullptr, "veksVAD1_GSMAMR_16s", "p_vad1", "TimVAD1//VK_REG");
+    SuiteLine line(suite);
+    ASSERT_TRUE(line.ready());
+    std::vector<Vek16s> words(vad1::stateSize / 2);
+    std::memcpy(words.data(), vad1::pSrcDstVad1State, vad1::stateSize);
+    std::vector<Vek16s> expected(words.size());
+    std::fill_n(expected.begin() + 9, 27, Vek16s{150});
+    expected.at(56) = 13106;
+    EXPECT_EQ(words, expected);
+    EXPECT_EQ(line.call(), 0);
 }

@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+#include <numeric>
+
 // The suite once more, under a name of its own, so that a test can hand it a function.
 namespace unmeasured {
 #include "p_math2.cpp" // NOLINT(bugprone-suspicious-include)
@@ -57,10 +61,36 @@ krResult loopNothing(int calls, long long* clocks) {
     return krOk;
 }
 
+// What a suite restores before a call it restores to the end: the rest would go on from call to call.
+TEST(EverySuite, RestoresAVectorWholeOrNotAtAll) {
+    for (krTest* test : *pTestList) {
+        if (test->m_funcInit == nullptr) {
+            continue;
+        }
+        SuiteLine line(*test);
+        for (const SuiteBlock& block : line.blocks()) {
+            const auto* vector = dynamic_cast<vkVector*>(block.owner);
+            if (vector == nullptr || dynamic_cast<const vkrMatrice*>(vector) != nullptr) {
+                continue;
+            }
+            line.restore();
+            auto* const bytes = static_cast<unsigned char*>(vector->data());
+            const std::vector<unsigned char> before(bytes, bytes + vector->objectSize());
+            std::transform(before.begin(), before.end(), bytes, [](unsigned char byte) { return ~byte; });
+            line.restore();
+            const auto restored = std::inner_product(before.begin(), before.end(), bytes, std::size_t{0}, std::plus<>(),
+                                                     std::equal_to<>());
+            EXPECT_TRUE(restored == 0 || restored == before.size())
+                << test->m_name.c_str() << ": " << restored << " of " << before.size();
+            std::copy(before.begin(), before.end(), bytes);
+        }
+    }
+}
+
 // A run counts a call that warns as a success: a short cut with a warning would be measured in place of the work.
 TEST(EverySuite, CallsAgainAndAgainWithoutAWarningOnEachLineOfItsGrid) {
-    for (const krTest* test : *pTestList) {
-        SuiteLine line(test->m_name.c_str());
+    for (krTest* test : *pTestList) {
+        SuiteLine line(*test);
         EXPECT_TRUE(line.ready()) << test->m_name.c_str();
         for (int index = 0; line.ready(); ++index) {
             for (int call = 0; call < 4; ++call) {

@@ -24,7 +24,9 @@ struct SuiteBlock {
 class SuiteLine {
 public:
     explicit SuiteLine(const char* function, int line = 0, std::initializer_list<const char*> values = {})
-        : m_test(*findTest(function)) {
+        : SuiteLine(*findTest(function), line, values) {}
+    /// Of the tests of a function with several modes findTest knows the first.
+    explicit SuiteLine(krTest& test, int line = 0, std::initializer_list<const char*> values = {}) : m_test(test) {
         EXPECT_EQ(krMallocFirst(nullptr, nullptr), nullptr) << "another line stands";
         setVekEnvironment();
         g_ostrm.setOutLevel(ERR);

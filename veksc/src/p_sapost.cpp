@@ -26,6 +26,8 @@ public:
 
     bool makeData() override {
         dataSize = order * vkVector::item(m_func);
+        pValResultPrevResidual[0] = 0;
+        pValResultPrevScalingGain[0] = 0;
         if (!pSrcQLpc.createVector(len, setRand, 0, 2048) || !pSrcSpch.createVector(len_1, setRand, 0, 2048) ||
             !pTmp_1.createVector(order, setRand, 0, 2048) || !pTmp_2.createVector(order, setRand, 0, 2048) ||
             !pSrcDstFormantFIRState.createVector(order, setZero, 0, 0) ||

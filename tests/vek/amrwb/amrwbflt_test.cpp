@@ -553,6 +553,39 @@ TEST(VekAmrWbVad, TellsLoudFromNoiseAndHangsOver) {
     EXPECT_LE(hang, 14);
 }
 
+// The frame after `loud` ones and one of this energy, with the tone's flags: the power of two frames is twice the
+// energy.
+VekStatus silenceAfter(int loud, std::initializer_list<int16_t> samples, int16_t* tone, int16_t* flag) {
+    std::mt19937 random(9);
+    std::vector<char> state(400);
+    veksVADInit_AMRWB_16s(state.data());
+    for (int f = 0; f < loud; ++f) {
+        const Samples x = noise(random, 256, -8000, 8000);
+        veksVAD_AMRWB_16s(x.data(), state.data(), tone, flag);
+    }
+    Samples x(256);
+    std::copy(samples.begin(), samples.end(), x.begin());
+    veksVAD_AMRWB_16s(x.data(), state.data(), tone, flag);
+    *tone = 0x7fff;
+    return veksVAD_AMRWB_16s(Samples(256).data(), state.data(), tone, flag);
+}
+
+TEST(VekAmrWbVad, HangsOverFromAPowerOf30000On) {
+    int16_t flag = 9, tone = 0;
+    ASSERT_EQ(0, silenceAfter(12, {122, 10, 4}, &tone, &flag)); // 15000
+    EXPECT_EQ(1, flag);
+    ASSERT_EQ(0, silenceAfter(12, {122, 10, 3, 2, 1, 1}, &tone, &flag)); // 14999
+    EXPECT_EQ(0, flag);
+}
+
+TEST(VekAmrWbVad, FlagsOfTonesStandFromAPowerOf686080On) {
+    int16_t flag = 9, tone = 0;
+    ASSERT_EQ(0, silenceAfter(0, {585, 28, 5, 2, 1, 1}, &tone, &flag)); // 343040
+    EXPECT_EQ(0x7fff, tone);
+    ASSERT_EQ(0, silenceAfter(0, {585, 28, 5, 2, 1}, &tone, &flag)); // 343039
+    EXPECT_EQ(0x1fff, tone);
+}
+
 TEST(VekAmrWbVad, QuietFramesClearTheNewestFlagsOfTones) {
     std::vector<char> state(400);
     ASSERT_EQ(0, veksVADInit_AMRWB_16s(state.data()));

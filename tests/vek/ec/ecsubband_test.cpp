@@ -428,6 +428,16 @@ TEST(VekEcTone, IsNotHeardWithoutReversalsOrWithOthers) {
     EXPECT_EQ(0, heard(toneOf(none, 16000), 16000, 80));
 }
 
+TEST(VekEcTone, TakesReversalsOf400To500Milliseconds) {
+    const std::pair<double, int> all[] = {{0.39, 0}, {0.4, 1}, {0.5, 1}, {0.51, 0}};
+    for (const auto& [interval, expected] : all) {
+        Tone tone;
+        tone.interval = interval;
+        tone.seconds = 3;
+        EXPECT_EQ(expected, heard(toneOf(tone, 8000), 8000, 80)) << interval;
+    }
+}
+
 TEST(VekEcTone, OnceHeardHoldsUntilAQuarterSecondOfSilence) {
     StateMemory<VeksToneDetectState_EC_32f> state(veksToneDetectGetStateSize_EC_32f, 8000);
     ASSERT_EQ(vekStsNoErr, veksToneDetectInit_EC_32f(state, 8000));
