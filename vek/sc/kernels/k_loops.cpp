@@ -417,12 +417,37 @@ void moveUp32f(float* y, const float* h, float v, int n) {
     }
 }
 
+[[gnu::noinline]] VekStatus weightedFew16(const int16_t* x1, Weights weights, const int16_t* x2, Rounding rounding,
+                                          int16_t* y, int n) {
+    registers::oneByOne(n, [=](int i) {
+        y[i] = fix::sat16((x1[i] * weights.first + x2[i] * weights.second + rounding.half) >> rounding.shift);
+    });
+    return vekStsNoErr;
+}
+
+[[gnu::noinline]] VekStatus weightedFew32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
+    registers::oneByOne(n, [=](int i) { y[i] = x1[i] * v1 + x2[i] * v2; });
+    return vekStsNoErr;
+}
+
+[[gnu::noinline]] void threeTapsFew(int side, int middle, const int16_t* x, int16_t* y, int n) {
+    registers::oneByOne(
+        n, [=](int i) { y[i] = fix::sat16((side * (x[i - 1] + x[i + 1]) + middle * x[i] + 0x4000) >> 15); });
+}
+
+#if VEK_LEVEL == 0
+
+constexpr auto weighted16 = weightedFew16;
+constexpr auto weighted32f = weightedFew32f;
+constexpr auto threeTaps = threeTapsFew;
+
+#else
+
 VekStatus weighted16(const int16_t* x1, Weights weights, const int16_t* x2, Rounding rounding, int16_t* y, int n) {
-    const auto one = [=](int i) {
-        return fix::sat16((x1[i] * weights.first + x2[i] * weights.second + rounding.half) >> rounding.shift);
-    };
-#if VEK_LEVEL > 0
-    fillBy(d16, y, n, one, [=](auto d, int i) {
+    if (n < kLeastFill<int16_t>) {
+        return weightedFew16(x1, weights, x2, rounding, y, n);
+    }
+    fillBy(d16, y, n, [=](auto d, int i) {
         const auto a = hn::LoadU(d, x1 + i);
         const auto b = hn::LoadU(d, x2 + i);
         const auto both = factors(d, weights);
@@ -432,27 +457,41 @@ VekStatus weighted16(const int16_t* x1, Weights weights, const int16_t* x2, Roun
         return hn::ReorderDemote2To(d, hn::ShiftRightSame(lower, rounding.shift),
                                     hn::ShiftRightSame(upper, rounding.shift));
     });
-#else
-    for (int i = 0; i < n; ++i) {
-        y[i] = one(i);
-    }
-#endif
     return vekStsNoErr;
 }
 
 VekStatus weighted32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
-    const auto one = [=](int i) { return x1[i] * v1 + x2[i] * v2; };
-#if VEK_LEVEL > 0
-    fillBy(kFloats, y, n, one, [=](auto d, int i) {
+    if (n < kLeastFill<float>) {
+        return weightedFew32f(x1, v1, x2, v2, y, n);
+    }
+    fillBy(kFloats, y, n, [=](auto d, int i) {
         return hn::LoadU(d, x1 + i) * hn::Set(d, v1) + hn::LoadU(d, x2 + i) * hn::Set(d, v2);
     });
-#else
-    for (int i = 0; i < n; ++i) {
-        y[i] = one(i);
-    }
-#endif
     return vekStsNoErr;
 }
+
+// The products of two neighbours, and of the third one and what rounds.
+void threeTaps(int side, int middle, const int16_t* x, int16_t* y, int n) {
+    if (n < kLeastFill<int16_t>) {
+        threeTapsFew(side, middle, x, y, n);
+        return;
+    }
+    fillBy(d16, y, n, [=](auto d, int i) {
+        const auto two = factors(d, side, middle);
+        const auto third = factors(d, side, 0x4000);
+        const auto before = hn::LoadU(d, x + i - 1);
+        const auto now = hn::LoadU(d, x + i);
+        const auto after = hn::LoadU(d, x + i + 1);
+        const auto unit = hn::Set(d, int16_t{1});
+        const auto lower =
+            plusPairs(pairSums(hn::InterleaveLower(d, before, now), two), hn::InterleaveLower(d, after, unit), third);
+        const auto upper =
+            plusPairs(pairSums(hn::InterleaveUpper(d, before, now), two), hn::InterleaveUpper(d, after, unit), third);
+        return hn::ReorderDemote2To(d, hn::ShiftRight<15>(lower), hn::ShiftRight<15>(upper));
+    });
+}
+
+#endif
 
 // Registers do not overlap here: who has just copied the samples would wait for the copy to be in store.
 VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
@@ -476,30 +515,6 @@ VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n)
         y[i] = x[i] + b * d[i];
     }
     return vekStsNoErr;
-}
-
-// The products of two neighbours, and of the third one and what rounds.
-void threeTaps(int side, int middle, const int16_t* x, int16_t* y, int n) {
-    const auto one = [=](int i) { return fix::sat16((side * (x[i - 1] + x[i + 1]) + middle * x[i] + 0x4000) >> 15); };
-#if VEK_LEVEL > 0
-    fillBy(d16, y, n, one, [=](auto d, int i) {
-        const auto two = factors(d, side, middle);
-        const auto third = factors(d, side, 0x4000);
-        const auto before = hn::LoadU(d, x + i - 1);
-        const auto now = hn::LoadU(d, x + i);
-        const auto after = hn::LoadU(d, x + i + 1);
-        const auto unit = hn::Set(d, int16_t{1});
-        const auto lower =
-            plusPairs(pairSums(hn::InterleaveLower(d, before, now), two), hn::InterleaveLower(d, after, unit), third);
-        const auto upper =
-            plusPairs(pairSums(hn::InterleaveUpper(d, before, now), two), hn::InterleaveUpper(d, after, unit), third);
-        return hn::ReorderDemote2To(d, hn::ShiftRight<15>(lower), hn::ShiftRight<15>(upper));
-    });
-#else
-    for (int i = 0; i < n; ++i) {
-        y[i] = one(i);
-    }
-#endif
 }
 
 // Eight distances at a time: the farther they are, the fewer sums there are.
