@@ -145,7 +145,8 @@ template <class D, class Make>
 VEK_INLINE void fillFewBy(D d, hn::TFromD<D>* y, int n, Make make) {
     constexpr int lanes = kLanesOf<D>;
     if constexpr (lanes > kLeastFill<hn::TFromD<D>>) {
-        if (n < lanes) {
+        // The straight way is that of ten, the order of most codecs' prediction.
+        if (__builtin_expect(n < lanes, lanes > 10)) {
             fillFewBy(hn::Half<D>(), y, n, make);
             return;
         }
