@@ -240,8 +240,8 @@ struct Counting {
     }
 };
 
-// The second entries by registers, the last one over the one before. The least error is known before the first place
-// that has it is looked for, so that neither waits for a comparison at each step.
+// The second entries by registers, the last one over the one before, but not in store. The least error is known before
+// the first place that has it is looked for, so that neither waits for a comparison at each step.
 int leastGainPair(const float* terms, double predicted, GainEntries first, GainEntries second, double bound) {
     using Doubles = hn::CappedTag<double, 4>;
     constexpr int lanes = kLanesOf<Doubles>;
@@ -258,28 +258,29 @@ int leastGainPair(const float* terms, double predicted, GainEntries first, GainE
     const int end = second.count - lanes;
     const auto eachRegister = [&](auto see) {
         for (int i = 0; i < first.count; ++i) {
+            const int row = i * kGainPairRow;
             for (int j = 0; j < end; j += lanes) {
-                see(i, j);
+                see(i, j, row + j);
             }
-            see(i, end);
+            see(i, end, row + kGainPairRow - lanes);
         }
     };
     alignas(32) double errors[pairs];
     auto least = none;
-    eachRegister([&](int i, int j) {
+    eachRegister([&](int i, int j, int slot) {
         const auto a = all(first.adaptive[i]) + hn::LoadU(d, second.adaptive + j);
         const auto f = (all(first.factor[i]) + hn::LoadU(d, second.factor + j)) * all(predicted);
         const auto sum = a * (a * yy + xy) + f * (f * zz + xz + a * yz);
         const auto error = hn::IfThenElse(hn::Lt(a, all(bound)), sum, none);
-        hn::StoreU(error, d, errors + i * kGainPairRow + j);
+        hn::StoreU(error, d, errors + slot);
         least = hn::Min(error, least);
     });
     least = hn::MinOfLanes(d, least);
     auto place = all(pairs);
-    eachRegister([&](int i, int j) {
-        const int at = i * kGainPairRow + j;
-        const auto found = hn::Eq(hn::LoadU(d, errors + at), least);
-        place = hn::Min(place, hn::IfThenElse(found, hn::LoadU(d, counting.number + at), all(pairs)));
+    eachRegister([&](int i, int j, int slot) {
+        const auto found = hn::Eq(hn::LoadU(d, errors + slot), least);
+        const auto numbers = hn::LoadU(d, counting.number + i * kGainPairRow + j);
+        place = hn::Min(place, hn::IfThenElse(found, numbers, all(pairs)));
     });
     return hn::GetLane(least) < __builtin_inf() ? static_cast<int>(hn::GetLane(hn::MinOfLanes(d, place))) : 0;
 }
