@@ -502,6 +502,14 @@ VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n)
         const auto more = hn::Set(lanes, b) * hn::LoadU(lanes, d + at);
         hn::StoreU(hn::LoadU(lanes, x + at) + more, lanes, y + at);
     };
+    if (n == kSub) {
+        // A subframe straight on.
+#pragma GCC unroll 10
+        for (; i < kSub; i += kLanesOf<Floats>) {
+            fill(kFloats, i);
+        }
+        return vekStsNoErr;
+    }
 #pragma GCC unroll 2
     for (; i + kLanesOf<Floats> <= n; i += kLanesOf<Floats>) {
         fill(kFloats, i);
