@@ -494,37 +494,47 @@ void threeTaps(int side, int middle, const int16_t* x, int16_t* y, int n) {
 
 #endif
 
-// Registers do not overlap here: who has just copied the samples would wait for the copy to be in store.
+#if VEK_LEVEL == 0
+
 VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
-    int i = 0;
-#if VEK_LEVEL > 0
-    const auto fill = [=](auto lanes, int at) {
-        const auto more = hn::Set(lanes, b) * hn::LoadU(lanes, d + at);
-        hn::StoreU(hn::LoadU(lanes, x + at) + more, lanes, y + at);
-    };
-    if (n == kSub) {
-        // A subframe straight on.
-#pragma GCC unroll 10
-        for (; i < kSub; i += kLanesOf<Floats>) {
-            fill(kFloats, i);
-        }
-        return vekStsNoErr;
-    }
-#pragma GCC unroll 2
-    for (; i + kLanesOf<Floats> <= n; i += kLanesOf<Floats>) {
-        fill(kFloats, i);
-    }
-    if (kLanesOf < Floats >> 4 && i + 4 <= n) {
-        fill(hn::FixedTag<float, 4>(), i);
-        i += 4;
-    }
-#endif
-    for (; i < n; ++i) {
-        __asm__("" : "+r"(i)); // one by one: there are three at the most
+    for (int i = 0; i < n; ++i) {
         y[i] = x[i] + b * d[i];
     }
     return vekStsNoErr;
 }
+
+#else
+
+// Registers do not overlap here, and the last one ends with the samples, as blocks that copy them do: who has just done
+// so would wait for the copy to be in store.
+VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
+    constexpr int lanes = kLanesOf<Floats>;
+    const auto fill = [=](auto some, int at) {
+        const auto more = hn::Set(some, b) * hn::LoadU(some, d + at);
+        hn::StoreU(hn::LoadU(some, x + at) + more, some, y + at);
+    };
+    if (n == kSub) {
+        // A subframe straight on.
+#pragma GCC unroll 10
+        for (int i = 0; i < kSub; i += lanes) {
+            fill(kFloats, i);
+        }
+        return vekStsNoErr;
+    }
+    int i = n % 4;
+    oneByOne(i, [=](int at) { y[at] = x[at] + b * d[at]; });
+    if (lanes > 4 && (n - i) % lanes != 0) {
+        fill(hn::FixedTag<float, 4>(), i);
+        i += 4;
+    }
+#pragma GCC unroll 2
+    for (; i < n; i += lanes) {
+        fill(kFloats, i);
+    }
+    return vekStsNoErr;
+}
+
+#endif
 
 // Eight distances at a time: the farther they are, the fewer sums there are.
 void pairCorrelations(const int16_t* h, int32_t* rows) {
