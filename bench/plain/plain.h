@@ -1,20 +1,13 @@
-// What the plain loops share. The files of this folder are compiled with -O3, and with -DPEERS_MARCH=... a second time
-// with -march=..., so that a function's definition written down as it reads stands beside it in both builds.
+// What the plain loops share: functions' definitions, written down as they read. Those of loops/ are a shared object,
+// for them to be called as the library is, from the program by its table of addresses. They are compiled with -O3, and
+// with -DPEERS_MARCH=... a second time with -march=..., so that rows of this folder stand beside them in both builds.
 #pragma once
 
-#include "peers.h"
-#include "veksc.h"
+#include "vekdefs.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-
-// A call that is neither drawn into the loop that measures it nor fitted to its arguments there.
-#ifdef __clang__
-#define PLAIN __attribute__((noinline))
-#else
-#define PLAIN __attribute__((noipa))
-#endif
 
 namespace {
 

@@ -1,28 +1,12 @@
-// Searches of the real-time audio codec by their definitions: each vector of the codebook is filtered and compared.
-#include "plain.h"
+#include "peers.h"
+
+#include "plain/rta.h"
+
+#include "veksc.h"
+
+using namespace PLAIN_BUILD::rta;
 
 namespace {
-
-// Convolution of every vector of a codebook and two sums: the search without any of its short cuts.
-template <class Vector>
-float plainSearch(const float* target, const float* h, int n, int count, Vector vector) {
-    float best = -1;
-    for (int k = 0; k < count; ++k) {
-        const float* x = vector(k);
-        float correlation = 0;
-        float energy = 0;
-        for (int i = 0; i < n; ++i) {
-            float y = 0;
-            for (int j = 0; j <= i; ++j) {
-                y += x[j] * h[i - j];
-            }
-            correlation += y * target[i];
-            energy += y * y;
-        }
-        best = std::fmax(best, correlation * correlation / energy);
-    }
-    return best;
-}
 
 volatile float g_found;
 
@@ -45,9 +29,9 @@ PEER_ROWS(plainrta) {
     peerRow(
         "veksAdaptiveCodebookSearch_RTA_32f, 40x243", PEER_PLAIN,
         [] { veksAdaptiveCodebookSearch_RTA_32f(target, h, 40, boundary, past + 200, &lag, index, y, 32, 0); },
-        [] { g_found = plainSearch(target, h, 40, 243, [](int k) { return past + 155 - k / 2; }); });
+        [] { g_found = searchDelays(target, h, 40, past + 155, 243); });
     peerRow(
         "veksFixedCodebookSearchRandom_RTA_32f, 80x256", PEER_PLAIN,
         [] { veksFixedCodebookSearchRandom_RTA_32f(target, h, y, 80, index, &gain, 256, 0, 0); },
-        [] { g_found = plainSearch(target, h, 80, 256, [](int k) { return past + k; }); });
+        [] { g_found = searchVectors(target, h, 80, past, 256); });
 }

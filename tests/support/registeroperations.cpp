@@ -152,9 +152,11 @@ void multShiftedOf(const int16_t* a, const int16_t* b, int16_t* out, int n, int 
 }
 
 void filled(const int16_t* a, const int16_t* b, int16_t* out, int n) {
-    fillBy(
-        d16, out, n, [=](int i) { return static_cast<int16_t>(a[i] - b[i]); },
-        [=](auto d, int i) { return hn::LoadU(d, a + i) - hn::LoadU(d, b + i); });
+    if (n < kLeastFill<int16_t>) {
+        oneByOne(n, [=](int i) { out[i] = static_cast<int16_t>(a[i] - b[i]); });
+        return;
+    }
+    fillBy(d16, out, n, [=](auto d, int i) { return hn::LoadU(d, a + i) - hn::LoadU(d, b + i); });
 }
 
 void firstLanesOf(const int16_t* a, int16_t* out, int n) {

@@ -53,7 +53,7 @@ struct Series {
 
 // Coefficients 0..n of the product of 1 - 2 isp[2i] z^-1 + z^-2, i = 0..n-1, with 1.0 = one.
 template <class Sums>
-void pairProduct(const Vek16s* isp, int n, int64_t one, int64_t* f, Sums& sum) {
+VEK_INLINE void pairProduct(const Vek16s* isp, int n, int64_t one, int64_t* f, Sums& sum) {
     const int64_t twice = one >> 14;
     f[0] = one;
     f[1] = -twice * isp[0];
@@ -68,7 +68,7 @@ void pairProduct(const Vek16s* isp, int n, int64_t one, int64_t* f, Sums& sum) {
 }
 
 template <class Sums>
-void coefficients(const Vek16s* isp, int order, Vek16s* a, Sums& sum) {
+VEK_INLINE void coefficients(const Vek16s* isp, int order, Vek16s* a, Sums& sum) {
     const int half = order / 2;
     int64_t f1[kMostOrder / 2 + 1];
     int64_t f2[kMostOrder / 2 + 1];
@@ -169,7 +169,11 @@ VekStatus veksISPToLPC_AMRWB_16s(const Vek16s* pSrcIsp, Vek16s* pDstLpc, int len
     }
     Vek16s a[kMostOrder + 1];
     QuickSums quick;
-    coefficients(pSrcIsp, len, a, quick);
+    if (len == kOrder) {
+        coefficients(pSrcIsp, kOrder, a, quick); // with steps of a known number
+    } else {
+        coefficients(pSrcIsp, len, a, quick);
+    }
     if (!quick.within()) {
         SaturatingSums saturating;
         coefficients(pSrcIsp, len, a, saturating);

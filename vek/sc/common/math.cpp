@@ -35,21 +35,26 @@ VekStatus productC(const Vek16s* pSrc, Vek16s val, Vek16s* pDst, int len, int sc
     return filterKernels().mulC(pSrc, val, pDst, len, scaleFactor);
 }
 
-VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, Vek16s val2, Vek16s* pDst, int len,
-                        int scaleFactor, bool rounded) {
+// Of the one pair of weights for which a sum can leave 32 bits, -32768 twice.
+[[gnu::noinline]] VekStatus interpolationByLeast(const Vek16s* pSrc1, const Vek16s* pSrc2, Vek16s* pDst, int len,
+                                                 int scaleFactor, int half) {
+    for (int i = 0; i < len; i++) {
+        pDst[i] = sat16_64(((int64_t{pSrc1[i]} + pSrc2[i]) * -32768 + half) >> scaleFactor);
+    }
+    return vekStsNoErr;
+}
+
+VEK_INLINE VekStatus interpolation(const Vek16s* pSrc1, Vek16s val1, const Vek16s* pSrc2, Vek16s val2, Vek16s* pDst,
+                                   int len, int scaleFactor, bool rounded) {
     if (const VekStatus status = checkSignal(len, pSrc1, pSrc2, pDst); status != vekStsNoErr) {
         return status;
     }
     if (badScale(scaleFactor, 15)) {
         return vekStsScaleRangeErr;
     }
-    const int half = rounded && scaleFactor > 0 ? 1 << (scaleFactor - 1) : 0;
+    const int half = rounded ? (1 << scaleFactor) >> 1 : 0;
     if (val1 == -32768 && val2 == -32768) {
-        // The one pair of weights for which a sum can leave 32 bits.
-        for (int i = 0; i < len; i++) {
-            pDst[i] = sat16_64(((int64_t{pSrc1[i]} + pSrc2[i]) * -32768 + half) >> scaleFactor);
-        }
-        return vekStsNoErr;
+        return interpolationByLeast(pSrc1, pSrc2, pDst, len, scaleFactor, half);
     }
     return loopKernels().weighted16(pSrc1, {val1, val2}, pSrc2, {scaleFactor, half}, pDst, len);
 }

@@ -16,7 +16,6 @@ using namespace vek::g728;
 namespace {
 
 constexpr int kFinest = 15;
-constexpr int kCoarsest = 13;
 constexpr int kSpan = kPredictSpan;
 
 void halve(Levinson& filter) {
@@ -53,7 +52,7 @@ bool step(Levinson& now, const Vek16s* r) {
     const auto reflection = static_cast<Vek16s>(sum < 0 ? k : -k);
     Vek16s next[kSpan];
     while (!reflect(now, reflection, next)) {
-        if (--now.q < kCoarsest) {
+        if (--now.q < kG728CoarsestFormat) {
             return false;
         }
         halve(now);
@@ -149,7 +148,7 @@ VekStatus veksLevinsonDurbin_G728_16s_ISfs(const Vek16s* pSrcAutoCorr, int numSr
     }
     if (numSrcLPC < 0 || numSrcLPC >= order ||
         (numSrcLPC > 0 &&
-         (*pSrcDstResidualEnergy <= 0 || *pSrcDstScaleFactor < kCoarsest || *pSrcDstScaleFactor > kFinest))) {
+         (*pSrcDstResidualEnergy <= 0 || *pSrcDstScaleFactor < kG728CoarsestFormat || *pSrcDstScaleFactor > kFinest))) {
         return vekStsRangeErr;
     }
     const Backwards backwards(pSrcAutoCorr, order);

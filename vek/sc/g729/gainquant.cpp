@@ -72,9 +72,9 @@ struct Gains {
 struct Weights {
     std::array<int64_t, 5> w;
 
-    // No step exceeds 64 bits: weights have 32, gains 16.
-    int64_t error(int gp, int gc) const {
-        const int64_t slope = ((w[0] * gp + w[4] * gc) >> 15) + w[1];
+    // `square` is w[0] * gp. No step exceeds 64 bits: weights have 32, gains 16.
+    int64_t error(int64_t square, int gp, int gc) const {
+        const int64_t slope = ((square + w[4] * gc) >> 15) + w[1];
         return slope * gp + (((w[2] * gc) >> 15) + w[3]) * gc;
     }
 };
@@ -153,14 +153,20 @@ struct Codebook {
         const Ranked* const one = first.data() + from(a, FirstTried, first.size());
         const Ranked* const two = second.data() + from(b, SecondTried, second.size());
         const int bound = tamed ? kTamedBound : 32767;
+        // Products of sums are sums of products, of which there are fewer.
+        int64_t squares[SecondTried];
+        for (int j = 0; j < SecondTried; ++j) {
+            squares[j] = weights.w[0] * two[j].adaptive;
+        }
         int64_t least = std::numeric_limits<int64_t>::max();
         int best1 = 0;
         int best2 = 0;
         for (int i = 0; i < FirstTried; ++i) {
+            const int64_t square = weights.w[0] * one[i].adaptive;
             for (int j = 0; j < SecondTried; ++j) {
                 const int adaptive = one[i].adaptive + two[j].adaptive;
                 const int fixed = ((one[i].factor + two[j].factor) >> 1) * predicted >> 15;
-                const int64_t error = weights.error(adaptive, fixed);
+                const int64_t error = weights.error(square + squares[j], adaptive, fixed);
                 const bool better = (error < least) & (adaptive < bound);
                 least = better ? error : least;
                 best1 = better ? i : best1;

@@ -1,6 +1,7 @@
 // Line spectral frequencies: their cosines, and the interpolation between two frames.
 #include <algorithm>
 
+#include "sc/common/level_ns.h"
 #include "sc/common/signal_check.h"
 #include "sc/gsmamr/linespectrum.h"
 #include "veksc_gsmamr.h"
@@ -31,14 +32,18 @@ Vek16s pairBelowHalf(int frequency) {
     return static_cast<Vek16s>(kCos[step] + ((rise * (frequency & 0xff)) >> 8));
 }
 
+VEK_INLINE void pairsBelowHalf(const Vek16s* lsf, Vek16s* lsp) {
+#pragma GCC unroll 10
+    for (int i = 0; i < kOrder; ++i) {
+        lsp[i] = pairBelowHalf(lsf[i]);
+    }
+}
+
 } // namespace
 
 void vek::gsmamr::lsfToLsp(const Vek16s* lsf, Vek16s* lsp) {
     if (allBelowHalf(lsf)) [[likely]] {
-#pragma GCC unroll 10
-        for (int i = 0; i < kOrder; ++i) {
-            lsp[i] = pairBelowHalf(lsf[i]);
-        }
+        pairsBelowHalf(lsf, lsp);
         return;
     }
     for (int i = 0; i < kOrder; ++i) {
@@ -64,11 +69,13 @@ VekStatus veksLSFToLSP_GSMAMR_16s(const Vek16s* pLSF, Vek16s* pLSP) {
     if (anyNull(pLSF, pLSP)) {
         return vekStsNullPtrErr;
     }
-    if (!allBelowHalf(pLSF)) [[unlikely]] {
-        for (int i = 0; i < kOrder; ++i) {
-            if (pLSF[i] < 0 || pLSF[i] > kHalf) {
-                return vekStsRangeErr;
-            }
+    if (allBelowHalf(pLSF)) [[likely]] {
+        pairsBelowHalf(pLSF, pLSP);
+        return vekStsNoErr;
+    }
+    for (int i = 0; i < kOrder; ++i) {
+        if (pLSF[i] < 0 || pLSF[i] > kHalf) {
+            return vekStsRangeErr;
         }
     }
     gsmamr::lsfToLsp(pLSF, pLSP);

@@ -26,6 +26,9 @@ struct Levinson {
     int16_t first;
 };
 
+// The fewest fraction bits of a format that gives way.
+constexpr int kG728CoarsestFormat = 13;
+
 // Left shifts that a mantissa of 14 bits can have at most.
 constexpr int kG728MostShifts = 15;
 
@@ -47,9 +50,9 @@ struct G728Kernels {
     // y[k] = x[k] + sum of c[i] * x[k-1-i], i = 0..9, Q13, rounded and saturated; k = 0..4. The ten samples before
     // x[0] are in `past`, which has the newest ten afterwards; y may be x.
     void (*zeros)(const int16_t* c, int16_t* past, const int16_t* x, int16_t* y);
-    // Levinson's recursion to an order, or up to a step that finds no reflection below 1 or coefficients that need more
-    // than 16 bits. rBack[i] = r[order - i], i = 0..order-1, with as many zeros behind as registers reach; all are
-    // above -32768.
+    // Levinson's recursion to an order, or up to a step that finds no reflection below 1 or, if it leaves this to who
+    // calls, coefficients that need more than 16 bits. rBack[i] = r[order - i], i = 0..order-1, with as many zeros
+    // behind as registers reach; all are above -32768.
     void (*recurse)(Levinson& filter, const int16_t* rBack, int order);
     // Energies in Q5 of n shapes (a multiple of 8) through the impulse response h, 5 samples, Q13. A shape book holds
     // for all shapes the first two samples in turn, then the next two, then the last one and 0.

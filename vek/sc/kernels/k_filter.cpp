@@ -60,9 +60,32 @@ inline int16_t multRounded(int a, int b) {
     return static_cast<int16_t>((a * b + 0x4000) >> 15);
 }
 
+// Element by element, at the plain level and of a few elements at all levels.
+[[gnu::noinline]] VekStatus addScaledFew(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half) {
+    registers::oneByOne(n, [=](int i) { y[i] = scaledAdded(x[i], d[i], b, half); });
+    return vekStsNoErr;
+}
+
+[[gnu::noinline]] VekStatus meanFew(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
+    registers::oneByOne(n, [=](int i) { y[i] = meanOf(x1[i], x2[i]); });
+    return vekStsNoErr;
+}
+
+[[gnu::noinline]] VekStatus mulFew(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q) {
+    registers::oneByOne(n, [=](int i) { y[i] = roundTo16(prod(x1[i], x2[i]), halfOf(q), q); });
+    return vekStsNoErr;
+}
+
+[[gnu::noinline]] VekStatus mulCFew(const int16_t* x, int v, int16_t* y, int n, int q) {
+    registers::oneByOne(n, [=](int i) { y[i] = roundTo16(prod(x[i], v), halfOf(q), q); });
+    return vekStsNoErr;
+}
+
 #if VEK_LEVEL > 0
 
 using namespace registers;
+
+constexpr int kLeast = kLeastFill<int16_t>;
 
 // What codecs run over ten to sixty elements goes by 256 bits at the most.
 using Short16 = hn::CappedTag<int16_t, 16>;
@@ -122,26 +145,23 @@ enum class Cut { down, nearest, up };
 
 template <Cut cut>
 VekStatus addScaledBy(const int16_t* x, const int16_t* d, int b, int16_t* y, int n) {
-    constexpr int half = cut == Cut::down ? 0 : cut == Cut::nearest ? 0x4000 : 0x7fff;
-    fillBy(
-        Short16(), y, n, [=](int i) { return scaledAdded(x[i], d[i], b, half); },
-        [=](auto lanes, int i) {
-            const auto from = hn::LoadU(lanes, x + i);
-            const auto more = hn::LoadU(lanes, d + i);
-            const auto k = [=](int factor) { return hn::Set(lanes, static_cast<int16_t>(factor)); };
-            if constexpr (cut == Cut::down) {
-                return hn::SaturatedAdd(from, multCut(more, k(b)));
-            } else if constexpr (cut == Cut::nearest) {
-                return hn::SaturatedAdd(from, hn::MulFixedPoint15(more, k(b)));
-            } else {
-                return hn::SaturatedSub(from, multCut(more, k(-b)));
-            }
-        });
+    fillBy(Short16(), y, n, [=](auto lanes, int i) {
+        const auto from = hn::LoadU(lanes, x + i);
+        const auto more = hn::LoadU(lanes, d + i);
+        const auto k = [=](int factor) { return hn::Set(lanes, static_cast<int16_t>(factor)); };
+        if constexpr (cut == Cut::down) {
+            return hn::SaturatedAdd(from, multCut(more, k(b)));
+        } else if constexpr (cut == Cut::nearest) {
+            return hn::SaturatedAdd(from, hn::MulFixedPoint15(more, k(b)));
+        } else {
+            return hn::SaturatedSub(from, multCut(more, k(-b)));
+        }
+    });
     return vekStsNoErr;
 }
 
 VekStatus addScaled(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half) {
-    if (isShort(b) && b != -32768) {
+    if (n >= kLeast && isShort(b) && b != -32768) {
         switch (half) {
         case 0:
             return addScaledBy<Cut::down>(x, d, b, y, n);
@@ -153,48 +173,50 @@ VekStatus addScaled(const int16_t* x, const int16_t* d, int b, int16_t* y, int n
             break;
         }
     }
-    for (int i = 0; i < n; ++i) {
-        y[i] = scaledAdded(x[i], d[i], b, half);
-    }
-    return vekStsNoErr;
+    return addScaledFew(x, d, b, y, n, half);
 }
 
 VekStatus mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
-    fillBy(
-        Short16(), y, n, [=](int i) { return meanOf(x1[i], x2[i]); },
-        [=](auto d, int i) {
-            return hn::ShiftRight<1>(hn::LoadU(d, x1 + i)) + hn::ShiftRight<1>(hn::LoadU(d, x2 + i));
-        });
+    if (n < kLeast) {
+        return meanFew(x1, x2, y, n);
+    }
+    fillBy(Short16(), y, n, [=](auto d, int i) {
+        return hn::ShiftRight<1>(hn::LoadU(d, x1 + i)) + hn::ShiftRight<1>(hn::LoadU(d, x2 + i));
+    });
     return vekStsNoErr;
 }
 
 VekStatus mul(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q) {
-    const auto one = [=](int i) { return roundTo16(prod(x1[i], x2[i]), halfOf(q), q); };
+    if (n < kLeast) {
+        return mulFew(x1, x2, y, n, q);
+    }
     if (q == 15) {
         // Two of -32768 alone give -32768.
-        fillBy(Short16(), y, n, one, [=](auto d, int i) {
+        fillBy(Short16(), y, n, [=](auto d, int i) {
             const auto p = hn::MulFixedPoint15(hn::LoadU(d, x1 + i), hn::LoadU(d, x2 + i));
             return p ^ hn::VecFromMask(d, hn::Eq(p, hn::Set(d, int16_t{-32768})));
         });
     } else {
         const auto half = static_cast<int>(halfOf(q));
-        fillBy(Short16(), y, n, one,
+        fillBy(Short16(), y, n,
                [=](auto d, int i) { return multShifted(hn::LoadU(d, x1 + i), hn::LoadU(d, x2 + i), half, q); });
     }
     return vekStsNoErr;
 }
 
 VekStatus mulC(const int16_t* x, int v, int16_t* y, int n, int q) {
-    const auto one = [=](int i) { return roundTo16(prod(x[i], v), halfOf(q), q); };
+    if (n < kLeast) {
+        return mulCFew(x, v, y, n, q);
+    }
     // The same products in Q15, where none of them saturates.
     const int inQ15 = q <= 15 ? v * (1 << (15 - q)) : -32768;
     if (isShort(inQ15) && inQ15 != -32768) {
-        fillBy(Short16(), y, n, one, [=](auto d, int i) {
+        fillBy(Short16(), y, n, [=](auto d, int i) {
             return hn::MulFixedPoint15(hn::LoadU(d, x + i), hn::Set(d, static_cast<int16_t>(inQ15)));
         });
     } else {
         const auto half = static_cast<int>(halfOf(q));
-        fillBy(Short16(), y, n, one, [=](auto d, int i) {
+        fillBy(Short16(), y, n, [=](auto d, int i) {
             return multShifted(hn::LoadU(d, x + i), hn::Set(d, static_cast<int16_t>(v)), half, q);
         });
     }
@@ -452,33 +474,10 @@ int sumAbs16(const int16_t* x, int n) {
     return s;
 }
 
-VekStatus addScaled(const int16_t* x, const int16_t* d, int b, int16_t* y, int n, int half) {
-    for (int i = 0; i < n; i++) {
-        y[i] = scaledAdded(x[i], d[i], b, half);
-    }
-    return vekStsNoErr;
-}
-
-VekStatus mean(const int16_t* x1, const int16_t* x2, int16_t* y, int n) {
-    for (int i = 0; i < n; i++) {
-        y[i] = meanOf(x1[i], x2[i]);
-    }
-    return vekStsNoErr;
-}
-
-VekStatus mul(const int16_t* x1, const int16_t* x2, int16_t* y, int n, int q) {
-    for (int i = 0; i < n; i++) {
-        y[i] = roundTo16(prod(x1[i], x2[i]), halfOf(q), q);
-    }
-    return vekStsNoErr;
-}
-
-VekStatus mulC(const int16_t* x, int v, int16_t* y, int n, int q) {
-    for (int i = 0; i < n; i++) {
-        y[i] = roundTo16(prod(x[i], v), halfOf(q), q);
-    }
-    return vekStsNoErr;
-}
+constexpr auto addScaled = addScaledFew;
+constexpr auto mean = meanFew;
+constexpr auto mul = mulFew;
+constexpr auto mulC = mulCFew;
 
 VekStatus powers(const int16_t* x, int c, int16_t* y, int n) {
     y[0] = x[0];

@@ -211,14 +211,16 @@ void correlateWide(const float* x, const float* y, int n, int lags, double* out)
         return correlateFew(x, y, n, lags, out);
     }
     alignas(32) double wideX[kWideSamples];
-    alignas(32) double wideY[kWideSamples + kWideDelays] = {};
+    alignas(32) double wideY[kWideSamples + kWideDelays + kLanesOf<Wide>];
     for (int k = 0; k < lags; k += kWideDelays) {
         const int delays = lags - k < kWideDelays ? lags - k : kWideDelays;
         alignas(32) double sums[kWideDelays] = {};
         for (int i = 0; i < n; i += kWideSamples) {
             const int samples = n - i < kWideSamples ? n - i : kWideSamples;
-            widen(x + i, samples, wideX);
+            // Those of y first: registers across two that have just been stored wait for these.
             widen(y + i + k, samples + delays - 1, wideY);
+            hn::StoreU(hn::Zero(Wide()), Wide(), wideY + samples + delays - 1); // lanes without a delay
+            widen(x + i, samples, wideX);
             switch ((delays + kLanesOf<Wide> - 1) / kLanesOf<Wide>) {
             case 1:
                 addWide<1>(wideX, wideY, samples, sums);

@@ -427,9 +427,69 @@ VEK_INLINE hn::Vec<D> firstInAll(D d, hn::Vec<EightOf16> v) {
     }
 }
 
+// Coefficients in N registers, forward and backward, and what a reflection makes of them.
+template <class D, int N>
+struct Reflected {
+    hn::Vec<D> a[N], b[N];
+    hn::Vec<D> forward[N], backward[N];
+
+    // False if a coefficient needs more than 16 bits.
+    VEK_INLINE bool by(hn::Vec<D> k, const hn::Vec<D>* shares) {
+        const D d;
+        auto lost = hn::Zero(d);
+        for (int g = 0; g < N; ++g) {
+            const auto da = hn::MulFixedPoint15(shares[g], k);
+            forward[g] = hn::SaturatedAdd(a[g], da);
+            backward[g] = hn::SaturatedAdd(b[g], hn::MulFixedPoint15(a[g], k));
+            // Bits where the sum that saturates and the one that wraps differ.
+            lost = lost | (forward[g] ^ (a[g] + da));
+        }
+        return hn::AllTrue(d, hn::Eq(lost, hn::Zero(d)));
+    }
+};
+
+// Whether the newest coefficient is made with the others, a share of the reflection as they are: of one register, in
+// which it shortens the chain of steps. `only` has all bits where it goes. In the finest format it is the reflection
+// itself, of which no share has 16 bits.
+template <int N>
+constexpr bool kMadeTogether = N == 1;
+
+// What the forward coefficients get of a reflection.
+template <class D, int N>
+VEK_INLINE void sharesOf(const hn::Vec<D>* b, int q, const int16_t* only, hn::Vec<D>* shares) {
+    const D d;
+    for (int g = 0; g < N; ++g) {
+        shares[g] = b[g];
+        if constexpr (kMadeTogether<N>) {
+            shares[g] = b[g] | (hn::LoadU(d, only) & hn::Set(d, static_cast<int16_t>(q < 15 ? 1 << q : 0)));
+        }
+    }
+}
+
+// A reflection in a coarser format than q, which is returned; 0 if there is none. Apart from the steps, whose registers
+// it would take.
+template <class D, int N>
+[[gnu::noinline, gnu::cold]] int giveWay(Reflected<D, N>& now, hn::Vec<D> k, int q, const int16_t* only) {
+    const D d;
+    const auto half = hn::Set(d, 1 << 14);
+    while (--q >= kG728CoarsestFormat) {
+        for (int g = 0; g < N; ++g) {
+            now.a[g] = hn::MulFixedPoint15(now.a[g], half);
+            now.b[g] = hn::MulFixedPoint15(now.b[g], half);
+        }
+        hn::Vec<D> shares[N];
+        sharesOf<D, N>(now.b, q, only, shares);
+        if (now.by(k, shares)) {
+            return q;
+        }
+    }
+    return 0;
+}
+
 // The steps of the recursion for whose coefficients N registers suffice; false if it stopped before. Each step waits
-// for the one before from the sum of products over the quotient to the reflection; nothing else is in that chain: the
-// sum is formed modulo 2^32, and whether it is exact, below the energy and without saturation is told beside it.
+// for the one before from the sum of products over the quotient to the reflection, and no longer for the energy, which
+// stays in a register; nothing else is in that chain: the sum is formed modulo 2^32, and whether it is exact, below the
+// energy and without saturation is told beside it.
 template <class D, int N>
 bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
     using Sums = hn::RepartitionToWide<D>;
@@ -439,17 +499,16 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
     using Two = hn::FixedTag<double, 2>;
     const Two two;
     const TwoOf64 bits;
-    hn::Vec<D> a[N];
-    hn::Vec<D> b[N];
+    Reflected<D, N> now;
     auto products = hn::Zero(Sums());
     auto wide = hn::Zero(Wide());
     // What was written just before is not read as a whole: that would wait for it.
     auto past = hn::Zero(d);
     const auto multiply = [&](const int16_t* r) {
-        products = pairSums(a[0], N == 1 ? past : hn::LoadU(d, r));
+        products = pairSums(now.a[0], N == 1 ? past : hn::LoadU(d, r));
         wide = plusWide(hn::Zero(Wide()), products);
         for (int g = 1; g < N; ++g) {
-            const auto more = pairSums(a[g], hn::LoadU(d, r + g * width));
+            const auto more = pairSums(now.a[g], hn::LoadU(d, r + g * width));
             products = products + more;
             wide = plusWide(wide, more);
         }
@@ -457,73 +516,104 @@ bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
     int m = filter.order;
     const int16_t* r = rBack + order - m;
     for (int g = 0; g < N; ++g) {
-        a[g] = m == 0 ? hn::Zero(d) : hn::LoadU(d, filter.forward + g * width);
-        b[g] = m == 0 ? hn::Zero(d) : hn::LoadU(d, filter.backward + g * width);
+        now.a[g] = m == 0 ? hn::Zero(d) : hn::LoadU(d, filter.forward + g * width);
+        now.b[g] = m == 0 ? hn::Zero(d) : hn::LoadU(d, filter.backward + g * width);
     }
     if (m > 0) {
         past = hn::LoadU(d, r);
         multiply(r);
     }
-    const int q = filter.q;
-    const auto one = hn::Set(d, static_cast<int16_t>(q < 15 ? 1 << q : 0));
+    int q = filter.q;
+    const int16_t* only = kOnly.mask + kPredictSpan - m;
+    hn::Vec<D> shares[N];
+    sharesOf<D, N>(now.b, q, only, shares);
     // Rounded to the nearest: quotients are 2^-33 or more from where the rounding changes, but for those that lie on
     // it. A divisor less by 2^-51 of itself takes these beyond and no other. In the exponent of a double: 2^(q - 31).
     constexpr int64_t less = 4;
-    const auto unit = hn::Set(bits, static_cast<int64_t>(q - 31) * (int64_t{1} << 52) - less);
+    const auto scaleOf = [=](int format) {
+        return hn::Set(bits, static_cast<int64_t>(format - 31) * (int64_t{1} << 52) - less);
+    };
+    auto scale = scaleOf(q);
     // A double of this size ends with the units, and its lowest bits are those of a negative integer too.
     const auto integers = hn::Set(two, 0x1.8p52);
     const int last = order < N * width ? order : N * width;
-    int64_t energy = filter.energy;
+    // In each even lane; the others only keep the second quotient a number.
+    auto energy = hn::Set(kFourOf32, filter.energy);
+    const auto timesQ15 = [](auto x, auto y) {
+        const hn::RebindToUnsigned<FourOf32> words;
+        const auto product = hn::MulEven(hn::BitCast(words, x), hn::BitCast(words, y));
+        return hn::BitCast(kFourOf32, hn::ShiftRight<15>(product));
+    };
     bool goes = true;
     while (m < last) {
         const int32_t fresh = r[-1] * (1 << q);
         const int64_t exact = total(wide) + fresh;
-        goes = (exact < 0 ? -exact : exact) << (16 - q) < energy;
+        goes = (exact < 0 ? -exact : exact) << (16 - q) < hn::GetLane(energy);
         if (!goes) {
             break;
         }
         const auto sum = hn::SumOfLanes(kFourOf32, fourSums(products)) + hn::Set(kFourOf32, fresh);
-        const auto divisor = hn::BitCast(bits, hn::Set(two, static_cast<double>(energy))) + unit;
+        const auto divisor = hn::BitCast(bits, hn::PromoteTo(two, hn::LowerHalf(energy))) + scale;
         const auto quotient = hn::PromoteTo(two, hn::LowerHalf(sum)) / hn::BitCast(two, divisor);
         const auto reflection = integers - quotient;
         const auto k = firstInAll(d, hn::BitCast(kEightOf16, reflection));
-        hn::Vec<D> forward[N];
-        hn::Vec<D> backward[N];
-        auto lost = hn::Zero(d);
-        for (int g = 0; g < N; ++g) {
-            const auto da = hn::MulFixedPoint15(b[g], k);
-            forward[g] = hn::SaturatedAdd(a[g], da);
-            backward[g] = hn::SaturatedAdd(b[g], hn::MulFixedPoint15(a[g], k));
-            // Bits where the sum that saturates and the one that wraps differ.
-            lost = lost | (forward[g] ^ (a[g] + da));
-        }
-        const int32_t rounded = hn::GetLane(hn::BitCast(kFourOf32, reflection));
-        const int64_t magnitude = rounded < 0 ? -rounded : rounded;
-        goes = hn::AllTrue(d, hn::Eq(lost, hn::Zero(d))) && magnitude <= INT16_MAX;
+        const auto rounded = hn::BitCast(kFourOf32, reflection);
+        const auto magnitude = hn::Abs(rounded);
+        goes = hn::GetLane(magnitude) <= INT16_MAX;
         if (!goes) {
             break;
         }
-        const auto newest = q < 15 ? hn::MulFixedPoint15(k, one) : k;
-        const int16_t* only = kOnly.mask + kPredictSpan - m;
-        auto below = newest;
-        for (int g = 0; g < N; ++g) {
-            a[g] = forward[g] | (newest & hn::LoadU(d, only + g * width));
-            b[g] = shiftIn(backward[g], below);
-            below = backward[g];
+        if (!now.by(k, shares)) [[unlikely]] {
+            // Of more registers it is left to who has called: these steps would miss those that it takes.
+            goes = false;
+            if constexpr (N <= 2) {
+                Reflected<D, N> coarser;
+                for (int g = 0; g < N; ++g) {
+                    coarser.a[g] = now.a[g];
+                    coarser.b[g] = now.b[g];
+                }
+                const int format = giveWay(coarser, k, q, only);
+                goes = format > 0;
+                if (goes) {
+                    for (int g = 0; g < N; ++g) {
+                        now.forward[g] = coarser.forward[g];
+                        now.backward[g] = coarser.backward[g];
+                    }
+                    q = format;
+                    scale = scaleOf(q);
+                }
+            }
+            if (!goes) {
+                break;
+            }
         }
-        energy -= (energy * magnitude >> 15) * magnitude >> 15;
-        filter.first = m == 0 ? static_cast<int16_t>(rounded) : filter.first;
+        auto below = q < 15 ? hn::MulFixedPoint15(k, hn::Set(d, static_cast<int16_t>(1 << q))) : k;
+        if (!kMadeTogether<N> || q == 15) {
+            for (int g = 0; g < N; ++g) {
+                now.forward[g] = now.forward[g] | (below & hn::LoadU(d, only + g * width));
+            }
+        }
+        for (int g = 0; g < N; ++g) {
+            now.a[g] = now.forward[g];
+            now.b[g] = shiftIn(now.backward[g], below);
+            below = now.backward[g];
+        }
+        energy = energy - timesQ15(timesQ15(energy, magnitude), magnitude);
+        filter.first = m == 0 ? static_cast<int16_t>(hn::GetLane(rounded)) : filter.first;
         ++m;
         --r;
+        --only;
+        sharesOf<D, N>(now.b, q, only, shares);
         past = shiftIn(past, hn::Set(d, *r));
         multiply(r);
     }
     for (int g = 0; g < N; ++g) {
-        hn::StoreU(a[g], d, filter.forward + g * width);
-        hn::StoreU(b[g], d, filter.backward + g * width);
+        hn::StoreU(now.a[g], d, filter.forward + g * width);
+        hn::StoreU(now.b[g], d, filter.backward + g * width);
     }
     filter.order = m;
-    filter.energy = static_cast<int32_t>(energy);
+    filter.q = q;
+    filter.energy = hn::GetLane(energy);
     return goes;
 }
 

@@ -240,8 +240,8 @@ struct Counting {
     }
 };
 
-// The second entries by registers, the last one over the one before. The least error is known before the first place
-// that has it is looked for, so that neither waits for a comparison at each step.
+// The second entries by registers, the last one over the one before, but not in store. The least error is known before
+// the first place that has it is looked for, so that neither waits for a comparison at each step.
 int leastGainPair(const float* terms, double predicted, GainEntries first, GainEntries second, double bound) {
     using Doubles = hn::CappedTag<double, 4>;
     constexpr int lanes = kLanesOf<Doubles>;
@@ -258,28 +258,29 @@ int leastGainPair(const float* terms, double predicted, GainEntries first, GainE
     const int end = second.count - lanes;
     const auto eachRegister = [&](auto see) {
         for (int i = 0; i < first.count; ++i) {
+            const int row = i * kGainPairRow;
             for (int j = 0; j < end; j += lanes) {
-                see(i, j);
+                see(i, j, row + j);
             }
-            see(i, end);
+            see(i, end, row + kGainPairRow - lanes);
         }
     };
     alignas(32) double errors[pairs];
     auto least = none;
-    eachRegister([&](int i, int j) {
+    eachRegister([&](int i, int j, int slot) {
         const auto a = all(first.adaptive[i]) + hn::LoadU(d, second.adaptive + j);
         const auto f = (all(first.factor[i]) + hn::LoadU(d, second.factor + j)) * all(predicted);
         const auto sum = a * (a * yy + xy) + f * (f * zz + xz + a * yz);
         const auto error = hn::IfThenElse(hn::Lt(a, all(bound)), sum, none);
-        hn::StoreU(error, d, errors + i * kGainPairRow + j);
+        hn::StoreU(error, d, errors + slot);
         least = hn::Min(error, least);
     });
     least = hn::MinOfLanes(d, least);
     auto place = all(pairs);
-    eachRegister([&](int i, int j) {
-        const int at = i * kGainPairRow + j;
-        const auto found = hn::Eq(hn::LoadU(d, errors + at), least);
-        place = hn::Min(place, hn::IfThenElse(found, hn::LoadU(d, counting.number + at), all(pairs)));
+    eachRegister([&](int i, int j, int slot) {
+        const auto found = hn::Eq(hn::LoadU(d, errors + slot), least);
+        const auto numbers = hn::LoadU(d, counting.number + i * kGainPairRow + j);
+        place = hn::Min(place, hn::IfThenElse(found, numbers, all(pairs)));
     });
     return hn::GetLane(least) < __builtin_inf() ? static_cast<int>(hn::GetLane(hn::MinOfLanes(d, place))) : 0;
 }
@@ -417,12 +418,37 @@ void moveUp32f(float* y, const float* h, float v, int n) {
     }
 }
 
+[[gnu::noinline]] VekStatus weightedFew16(const int16_t* x1, Weights weights, const int16_t* x2, Rounding rounding,
+                                          int16_t* y, int n) {
+    registers::oneByOne(n, [=](int i) {
+        y[i] = fix::sat16((x1[i] * weights.first + x2[i] * weights.second + rounding.half) >> rounding.shift);
+    });
+    return vekStsNoErr;
+}
+
+[[gnu::noinline]] VekStatus weightedFew32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
+    registers::oneByOne(n, [=](int i) { y[i] = x1[i] * v1 + x2[i] * v2; });
+    return vekStsNoErr;
+}
+
+[[gnu::noinline]] void threeTapsFew(int side, int middle, const int16_t* x, int16_t* y, int n) {
+    registers::oneByOne(
+        n, [=](int i) { y[i] = fix::sat16((side * (x[i - 1] + x[i + 1]) + middle * x[i] + 0x4000) >> 15); });
+}
+
+#if VEK_LEVEL == 0
+
+constexpr auto weighted16 = weightedFew16;
+constexpr auto weighted32f = weightedFew32f;
+constexpr auto threeTaps = threeTapsFew;
+
+#else
+
 VekStatus weighted16(const int16_t* x1, Weights weights, const int16_t* x2, Rounding rounding, int16_t* y, int n) {
-    const auto one = [=](int i) {
-        return fix::sat16((x1[i] * weights.first + x2[i] * weights.second + rounding.half) >> rounding.shift);
-    };
-#if VEK_LEVEL > 0
-    fillBy(d16, y, n, one, [=](auto d, int i) {
+    if (n < kLeastFill<int16_t>) {
+        return weightedFew16(x1, weights, x2, rounding, y, n);
+    }
+    fillBy(d16, y, n, [=](auto d, int i) {
         const auto a = hn::LoadU(d, x1 + i);
         const auto b = hn::LoadU(d, x2 + i);
         const auto both = factors(d, weights);
@@ -432,57 +458,26 @@ VekStatus weighted16(const int16_t* x1, Weights weights, const int16_t* x2, Roun
         return hn::ReorderDemote2To(d, hn::ShiftRightSame(lower, rounding.shift),
                                     hn::ShiftRightSame(upper, rounding.shift));
     });
-#else
-    for (int i = 0; i < n; ++i) {
-        y[i] = one(i);
-    }
-#endif
     return vekStsNoErr;
 }
 
 VekStatus weighted32f(const float* x1, float v1, const float* x2, float v2, float* y, int n) {
-    const auto one = [=](int i) { return x1[i] * v1 + x2[i] * v2; };
-#if VEK_LEVEL > 0
-    fillBy(kFloats, y, n, one, [=](auto d, int i) {
+    if (n < kLeastFill<float>) {
+        return weightedFew32f(x1, v1, x2, v2, y, n);
+    }
+    fillBy(kFloats, y, n, [=](auto d, int i) {
         return hn::LoadU(d, x1 + i) * hn::Set(d, v1) + hn::LoadU(d, x2 + i) * hn::Set(d, v2);
     });
-#else
-    for (int i = 0; i < n; ++i) {
-        y[i] = one(i);
-    }
-#endif
-    return vekStsNoErr;
-}
-
-// Registers do not overlap here: who has just copied the samples would wait for the copy to be in store.
-VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
-    int i = 0;
-#if VEK_LEVEL > 0
-    const auto fill = [=](auto lanes, int at) {
-        const auto more = hn::Set(lanes, b) * hn::LoadU(lanes, d + at);
-        hn::StoreU(hn::LoadU(lanes, x + at) + more, lanes, y + at);
-    };
-#pragma GCC unroll 2
-    for (; i + kLanesOf<Floats> <= n; i += kLanesOf<Floats>) {
-        fill(kFloats, i);
-    }
-    if (kLanesOf < Floats >> 4 && i + 4 <= n) {
-        fill(hn::FixedTag<float, 4>(), i);
-        i += 4;
-    }
-#endif
-    for (; i < n; ++i) {
-        __asm__("" : "+r"(i)); // one by one: there are three at the most
-        y[i] = x[i] + b * d[i];
-    }
     return vekStsNoErr;
 }
 
 // The products of two neighbours, and of the third one and what rounds.
 void threeTaps(int side, int middle, const int16_t* x, int16_t* y, int n) {
-    const auto one = [=](int i) { return fix::sat16((side * (x[i - 1] + x[i + 1]) + middle * x[i] + 0x4000) >> 15); };
-#if VEK_LEVEL > 0
-    fillBy(d16, y, n, one, [=](auto d, int i) {
+    if (n < kLeastFill<int16_t>) {
+        threeTapsFew(side, middle, x, y, n);
+        return;
+    }
+    fillBy(d16, y, n, [=](auto d, int i) {
         const auto two = factors(d, side, middle);
         const auto third = factors(d, side, 0x4000);
         const auto before = hn::LoadU(d, x + i - 1);
@@ -495,12 +490,51 @@ void threeTaps(int side, int middle, const int16_t* x, int16_t* y, int n) {
             plusPairs(pairSums(hn::InterleaveUpper(d, before, now), two), hn::InterleaveUpper(d, after, unit), third);
         return hn::ReorderDemote2To(d, hn::ShiftRight<15>(lower), hn::ShiftRight<15>(upper));
     });
-#else
-    for (int i = 0; i < n; ++i) {
-        y[i] = one(i);
-    }
-#endif
 }
+
+#endif
+
+#if VEK_LEVEL == 0
+
+VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
+    for (int i = 0; i < n; ++i) {
+        y[i] = x[i] + b * d[i];
+    }
+    return vekStsNoErr;
+}
+
+#else
+
+// Registers do not overlap here, and the last one ends with the samples, as blocks that copy them do: who has just done
+// so would wait for the copy to be in store.
+VekStatus addScaled32f(const float* x, const float* d, float b, float* y, int n) {
+    constexpr int lanes = kLanesOf<Floats>;
+    const auto fill = [=](auto some, int at) {
+        const auto more = hn::Set(some, b) * hn::LoadU(some, d + at);
+        hn::StoreU(hn::LoadU(some, x + at) + more, some, y + at);
+    };
+    if (n == kSub) {
+        // A subframe straight on.
+#pragma GCC unroll 10
+        for (int i = 0; i < kSub; i += lanes) {
+            fill(kFloats, i);
+        }
+        return vekStsNoErr;
+    }
+    int i = n % 4;
+    oneByOne(i, [=](int at) { y[at] = x[at] + b * d[at]; });
+    if (lanes > 4 && (n - i) % lanes != 0) {
+        fill(hn::FixedTag<float, 4>(), i);
+        i += 4;
+    }
+#pragma GCC unroll 2
+    for (; i < n; i += lanes) {
+        fill(kFloats, i);
+    }
+    return vekStsNoErr;
+}
+
+#endif
 
 // Eight distances at a time: the farther they are, the fewer sums there are.
 void pairCorrelations(const int16_t* h, int32_t* rows) {

@@ -41,7 +41,6 @@ VekStatus inverseRoots(int32_t* x, int n) {
 using namespace registers;
 
 using Numbers = hn::CappedTag<int32_t, 8>;
-using Halves = hn::RepartitionToNarrow<Numbers>;
 
 // An entry of the table in the lower half and the step to the next one in the upper half.
 struct Lines {
@@ -55,9 +54,10 @@ struct Lines {
 };
 constexpr Lines kLines;
 
-VEK_INLINE hn::Vec<Numbers> inverseRootsOf(hn::Vec<Numbers> x) {
-    const Numbers d;
-    const hn::RebindToFloat<Numbers> floats;
+template <class D>
+VEK_INLINE hn::Vec<D> inverseRootsOf(D d, hn::Vec<D> x) {
+    const hn::RebindToFloat<D> floats;
+    const hn::RepartitionToNarrow<D> halves;
     const auto set = [d](int32_t v) { return hn::Set(d, v); };
     const auto v = hn::Max(x, set(1));
     // As a float without the bit that would be rounded: its exponent tells the top bit, and 23 bits stand below.
@@ -69,7 +69,7 @@ VEK_INLINE hn::Vec<Numbers> inverseRootsOf(hn::Vec<Numbers> x) {
     const auto line = hn::GatherIndex(d, kLines.line, hn::ShiftRight<19>(place));
     // The fraction, 15 bits, in the upper half, beside the step.
     const auto fraction = hn::ShiftLeft<12>(place) & set(0x7fff0000);
-    const auto step = pairSums(hn::BitCast(Halves(), line), hn::BitCast(Halves(), fraction));
+    const auto step = pairSums(hn::BitCast(halves, line), hn::BitCast(halves, fraction));
     const auto y = hn::ShiftLeft<16>(line) + (step + step);
     const auto shift = hn::ShiftRight<24>(bits - set(125 * (1 << 23)));
     return hn::IfThenElse(hn::Gt(x, hn::Zero(d)), y >> shift, set(kOfNone));
@@ -82,11 +82,24 @@ VekStatus inverseRoots(int32_t* x, int n) {
         oneByOne(x, n);
         return vekStsNoErr;
     }
-    // The last register overlaps the one before, and is taken while all is what it was.
-    const auto last = inverseRootsOf(hn::LoadU(d, x + n - lanes));
-    for (int i = 0; i < n - lanes; i += lanes) {
-        hn::StoreU(inverseRootsOf(hn::LoadU(d, x + i)), d, x + i);
+    const auto whole = [=](int from, int end) {
+        for (int i = from; i < end; i += lanes) {
+            hn::StoreU(inverseRootsOf(d, hn::LoadU(d, x + i)), d, x + i);
+        }
+    };
+    const int more = n % lanes;
+    if (more == 1 || more == 2) {
+        // Two before whole registers: who has just copied ten numbers has the last eight in store as one piece, and the
+        // first eight not.
+        const hn::FixedTag<int32_t, 2> two;
+        const auto first = inverseRootsOf(two, hn::LoadU(two, x));
+        whole(more, n);
+        hn::StoreU(first, two, x);
+        return vekStsNoErr;
     }
+    // The last register overlaps the one before, and is taken while all is what it was.
+    const auto last = inverseRootsOf(d, hn::LoadU(d, x + n - lanes));
+    whole(0, n - lanes);
     hn::StoreU(last, d, x + n - lanes);
     return vekStsNoErr;
 }

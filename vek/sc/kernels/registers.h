@@ -11,6 +11,22 @@
 
 #include "sc/common/level_ns.h"
 
+namespace vek::registers {
+inline namespace VEK_LEVEL_NS {
+
+// step(0) to step(n - 1) one by one: spread over registers, loops of a few elements would take longer. What has them
+// stands apart from kernels of registers, which would have to save its words' registers and to align their stack.
+template <class Step>
+VEK_INLINE void oneByOne(int n, Step step) {
+    for (int i = 0; i < n; ++i) {
+        __asm__("" : "+r"(i));
+        step(i);
+    }
+}
+
+} // namespace VEK_LEVEL_NS
+} // namespace vek::registers
+
 #if VEK_LEVEL > 0
 
 // The level's flags say which instructions there are. Highway would add some to each function that it declares: without
@@ -120,32 +136,34 @@ VEK_INLINE hn::Vec<D> reversed(D d, hn::Vec<D> v) {
     }
 }
 
+// What fillBy takes at least: 128 bits.
+template <class T>
+inline constexpr int kLeastFill = 16 / sizeof(T);
+
 // What fillBy does for less than two registers of `d`.
-template <class D, class One, class Make>
-VEK_INLINE void fillFewBy(D d, hn::TFromD<D>* y, int n, One one, Make make) {
+template <class D, class Make>
+VEK_INLINE void fillFewBy(D d, hn::TFromD<D>* y, int n, Make make) {
     constexpr int lanes = kLanesOf<D>;
-    if (n >= lanes) {
-        const hn::Vec<D> first = make(d, 0);
-        const hn::Vec<D> last = make(d, n - lanes);
-        hn::StoreU(first, d, y);
-        hn::StoreU(last, d, y + n - lanes);
-    } else if constexpr (lanes * sizeof(hn::TFromD<D>) > 16) {
-        fillFewBy(hn::Half<D>(), y, n, one, make);
-    } else {
-        for (int i = 0; i < n; ++i) {
-            __asm__("" : "+r"(i)); // one by one: spread over registers, the rest of the loop would take longer
-            y[i] = one(i);
+    if constexpr (lanes > kLeastFill<hn::TFromD<D>>) {
+        // The straight way is that of ten, the order of most codecs' prediction.
+        if (__builtin_expect(n < lanes, lanes > 10)) {
+            fillFewBy(hn::Half<D>(), y, n, make);
+            return;
         }
     }
+    const hn::Vec<D> first = make(d, 0);
+    const hn::Vec<D> last = make(d, n - lanes);
+    hn::StoreU(first, d, y);
+    hn::StoreU(last, d, y + n - lanes);
 }
 
-// y[i] = make(d, i), as many at once as `d` has lanes, or 128 bits. The last register overlaps the one before, and is
-// made first, since y may be a source. Fewer than 128 bits of them: y[i] = one(i).
-template <class D, class One, class Make>
-VEK_INLINE void fillBy(D d, hn::TFromD<D>* y, int n, One one, Make make) {
+// y[i] = make(d, i), as many at once as `d` has lanes, or 128 bits, which there are. The last register overlaps the one
+// before, and is made first, since y may be a source.
+template <class D, class Make>
+VEK_INLINE void fillBy(D d, hn::TFromD<D>* y, int n, Make make) {
     constexpr int lanes = kLanesOf<D>;
     if (n <= 2 * lanes) {
-        fillFewBy(d, y, n, one, make);
+        fillFewBy(d, y, n, make);
         return;
     }
     const int end = n - lanes;
