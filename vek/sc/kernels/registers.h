@@ -146,7 +146,8 @@ VEK_INLINE void fillFewBy(D d, hn::TFromD<D>* y, int n, Make make) {
     constexpr int lanes = kLanesOf<D>;
     if constexpr (lanes > kLeastFill<hn::TFromD<D>>) {
         // The straight way is that of ten, the order of most codecs' prediction.
-        if (__builtin_expect(n < lanes, lanes > 10)) {
+        constexpr bool tenAreFew = lanes > 10;
+        if (__builtin_expect(n < lanes, tenAreFew)) {
             fillFewBy(hn::Half<D>(), y, n, make);
             return;
         }
