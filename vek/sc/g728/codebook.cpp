@@ -6,7 +6,7 @@
 
 #include "sc/common/signal_check.h"
 #include "sc/g728/tables.h"
-#include "sc/kernels/g728.h"
+#include "sc/kernels/g728shapes.h"
 #include "veksc_g728.h"
 
 using namespace vek;
@@ -114,7 +114,7 @@ VekStatus veksImpulseResponseEnergy_G728_16s(const Vek16s* pSrcImpulse, Vek16s* 
     if (anyNull(pSrcImpulse, pEnergy)) {
         return vekStsNullPtrErr;
     }
-    g728Kernels().energies(g_book.pairs, kAllShapes, pSrcImpulse, pEnergy);
+    g728ShapeKernels().energies(g_book.pairs, kAllShapes, pSrcImpulse, pEnergy);
     return vekStsNoErr;
 }
 
@@ -128,8 +128,8 @@ VekStatus veksCodebookSearch_G728_16s(const Vek16s* pSrc, const Vek16s* pEnergy,
     int level = 0;
     bool negative = false;
     if (rate == VEK_SPCHBR_16000) {
-        const int shape = g728Kernels().nearest(g_book.pairs, kAllShapes, pSrc, kProductShift + coarser, pEnergy, gains,
-                                                kGains, &level, &negative);
+        const int shape = g728ShapeKernels().nearest(g_book.pairs, kAllShapes, pSrc, kProductShift + coarser, pEnergy,
+                                                     gains, kGains, &level, &negative);
         const int gain = level + (negative ? kGains : 0);
         *pDstShapeIdx = static_cast<Vek16s>(shape);
         *pDstGainIdx = static_cast<Vek16s>(gain);
@@ -146,8 +146,8 @@ VekStatus veksCodebookSearch_G728_16s(const Vek16s* pSrc, const Vek16s* pEnergy,
         energy[j] = pEnergy[g_rows.subset[j]];
     }
     const int place =
-        g728Kernels().nearest(small ? g_smallBook.pairs : g_subsetBook.pairs, n, pSrc, kProductShift + coarser, energy,
-                              gains + 2 * kMiddleGain, kMiddleGains, &level, &negative);
+        g728ShapeKernels().nearest(small ? g_smallBook.pairs : g_subsetBook.pairs, n, pSrc, kProductShift + coarser,
+                                   energy, gains + 2 * kMiddleGain, kMiddleGains, &level, &negative);
     *pDstShapeIdx = static_cast<Vek16s>(g_rows.subset[place]);
     *pDstGainIdx = static_cast<Vek16s>(kMiddleGain + level + (negative ? kGains : 0));
     *pDstCodebookIdx = static_cast<Vek16s>(place * 2 * kMiddleGains + level + (negative ? kMiddleGains : 0));

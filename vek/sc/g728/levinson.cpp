@@ -7,7 +7,7 @@
 #include "sc/common/signal_check.h"
 #include "sc/g728/tables.h"
 #include "sc/kernels/corr.h"
-#include "sc/kernels/g728.h"
+#include "sc/kernels/g728recursion.h"
 #include "veksc_g728.h"
 
 using namespace vek;
@@ -106,7 +106,7 @@ void begin(Levinson& filter, const Vek16s* r, int order) {
 bool recurse(Levinson& now, const Vek16s* r, const Backwards& backwards, int order) {
     while (now.order < order) {
         if (backwards.quick) {
-            g728Kernels().recurse(now, backwards.r, order);
+            g728RecursionKernels().recurse(now, backwards.r, order);
         }
         if (now.order < order && !step(now, r)) {
             return false;

@@ -1,5 +1,4 @@
-// Kernels of G.728: the prediction of a vector over 50 samples, a step of Levinson's recursion, and the search of the
-// shape codebook.
+// Kernels of G.728: the prediction of a vector over 50 samples, and filters of a vector.
 #pragma once
 
 #include <cstdint>
@@ -11,23 +10,6 @@ namespace vek {
 // Elements of the vectors of `predict`; those behind the data are zero.
 constexpr int kPredictSpan = 64;
 constexpr int kPredictCoeffs = kPredictSpan + 16;
-
-// As far as registers reach in a recursion to an order up to this; in a longer one to kPredictSpan.
-constexpr int kPredictFew = 32;
-
-// A prediction filter of an order on the way to a higher one: coefficients with q fraction bits, zeros behind them as
-// far as registers reach, the same from the last one on, the energy that they leave, and the first reflection, Q15.
-struct Levinson {
-    int16_t forward[kPredictCoeffs];
-    int16_t backward[kPredictCoeffs];
-    int order;
-    int q;
-    int32_t energy;
-    int16_t first;
-};
-
-// The fewest fraction bits of a format that gives way.
-constexpr int kG728CoarsestFormat = 13;
 
 // Left shifts that a mantissa of 14 bits can have at most.
 constexpr int kG728MostShifts = 15;
@@ -50,18 +32,6 @@ struct G728Kernels {
     // y[k] = x[k] + sum of c[i] * x[k-1-i], i = 0..9, Q13, rounded and saturated; k = 0..4. The ten samples before
     // x[0] are in `past`, which has the newest ten afterwards; y may be x.
     void (*zeros)(const int16_t* c, int16_t* past, const int16_t* x, int16_t* y);
-    // Levinson's recursion to an order, or up to a step that finds no reflection below 1 or, if it leaves this to who
-    // calls, coefficients that need more than 16 bits. rBack[i] = r[order - i], i = 0..order-1, with as many zeros
-    // behind as registers reach; all are above -32768.
-    void (*recurse)(Levinson& filter, const int16_t* rBack, int order);
-    // Energies in Q5 of n shapes (a multiple of 8) through the impulse response h, 5 samples, Q13. A shape book holds
-    // for all shapes the first two samples in turn, then the next two, then the last one and 0.
-    void (*energies)(const int16_t* book, int n, const int16_t* h, int16_t* energy);
-    // First of the n shapes with, at one of the levels, the least energy * gains[2 * level] + |p| * gains[2 * level +
-    // 1], where p = sum of pn[k] * y[k] / 2^shift, rounded and saturated; negative energies are 0. *level receives the
-    // first of the best levels, *negative whether p is negative.
-    int (*nearest)(const int16_t* book, int n, const int16_t* pn, int shift, const int16_t* energy,
-                   const int16_t* gains, int levels, int* level, bool* negative);
 };
 
 VEK_KERNEL_PICK(G728Kernels, g728Kernels)

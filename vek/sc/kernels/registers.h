@@ -75,6 +75,20 @@ VEK_INLINE auto pairSums(V16 a, V16 b) {
     return plusPairs(hn::Zero(hn::RepartitionToWide<hn::DFromV<V16>>()), a, b);
 }
 
+// The sum of 64-bit lanes and of 32-bit ones, of which there are twice as many.
+template <class V64, class V32>
+VEK_INLINE V64 plusWide(V64 sum, V32 more) {
+    const hn::DFromV<V64> d;
+    sum = sum + hn::PromoteTo(d, hn::LowerHalf(more));
+    return sum + hn::PromoteTo(d, hn::UpperHalf(hn::Half<hn::DFromV<V32>>(), more));
+}
+
+// The sum of 64-bit lanes.
+template <class V64>
+VEK_INLINE int64_t total(V64 sum) {
+    return hn::GetLane(hn::SumOfLanes(hn::DFromV<V64>(), sum));
+}
+
 // (a * b) >> 15 of 16-bit lanes; two of -32768 give -32768.
 template <class V16>
 VEK_INLINE V16 multCut(V16 a, V16 b) {
