@@ -7,7 +7,6 @@
 namespace vek {
 namespace {
 
-constexpr int kSamples = 5;
 constexpr int kRoundFiltered = 1 << 13; // Q24 to Q10
 constexpr int kFilteredShift = 14;
 constexpr int kRoundEnergy = 1 << 12; // Q18 to Q5
@@ -25,6 +24,8 @@ int32_t distance(int16_t energy, int32_t p, const int16_t* gains) {
 }
 
 #if VEK_LEVEL == 0
+
+constexpr int kSamples = 5;
 
 void energies(const int16_t* book, int n, const int16_t* h, int16_t* energy) {
     for (int j = 0; j < n; ++j) {
