@@ -76,10 +76,12 @@ if command -v ccache >/dev/null 2>&1 && [ -z "${CMAKE_CXX_COMPILER_LAUNCHER:-}" 
     export CMAKE_CXX_COMPILER_LAUNCHER=ccache
     export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
 fi
-if command -v mold >/dev/null 2>&1 && [ -z "${LDFLAGS:-}" ]; then
-    # Without the part that is read-only after loading: mold 1.10 lets it begin in a page that is not there, if sizes are
-    # unlucky, and the program does not start.
-    export LDFLAGS="-fuse-ld=mold -Wl,-z,norelro"
+# Versions of mold before 2 set some programs so that they do not start, or never come to an end.
+if [ -z "${LDFLAGS:-}" ]; then
+    case $(mold --version 2>/dev/null) in
+    '' | "mold 0."* | "mold 1."*) ;;
+    *) export LDFLAGS=-fuse-ld=mold ;;
+    esac
 fi
 
 kr_cached() { # cache name: the value, of whatever type

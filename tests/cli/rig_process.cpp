@@ -1,6 +1,8 @@
 // Running a program at pipes, at files or at a pseudo-terminal, and masking what it wrote.
 #include "rig_process.h"
 
+#include "patterns.h"
+
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -9,7 +11,6 @@
 #include <fstream>
 #include <poll.h>
 #include <pty.h>
-#include <regex>
 #include <sstream>
 #include <sys/wait.h>
 #include <termios.h>
@@ -191,26 +192,20 @@ std::string RigDirectory::read(const std::string& name) const {
 }
 
 std::string RigDirectory::mask(const std::string& text) const {
-    static const std::vector<std::pair<std::regex, std::string>> figures = {
-        {std::regex("[A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} [0-9]{4}"),
-         "Day Mon dd hh:mm:ss yyyy"},
-        {std::regex("[0-9]{2}:[0-9]{2}:[0-9]{2}"), "hh:mm:ss"},
-        {std::regex("\\| (CPU     |OS      |Computer|Library ) : [^\n]*"), "| $1 : <text>"},
-        {std::regex("(^|\n)(CPU|OS|Computer|Library),[^\n]*"), "$1$2,<text>"},
-        {std::regex(",(nLps|nCalls)=([^,]*),[0-9][-+.e0-9]*,([a-z ]*),[0-9][-+.e0-9]*,[0-9][-+.e0-9]*"),
+    static const std::vector<std::pair<std::string, std::string>> figures = {
+        {"[A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} [0-9]{4}", "Day Mon dd hh:mm:ss yyyy"},
+        {"[0-9]{2}:[0-9]{2}:[0-9]{2}", "hh:mm:ss"},
+        {"\\| (CPU     |OS      |Computer|Library ) : [^\n]*", "| $1 : <text>"},
+        {"(^|\n)(CPU|OS|Computer|Library),[^\n]*", "$1$2,<text>"},
+        {",(nLps|nCalls)=([^,]*),[0-9][-+.e0-9]*,([a-z ]*),[0-9][-+.e0-9]*,[0-9][-+.e0-9]*",
          ",$1=$2,<clocks>,$3,<usec>,<mflops>"},
-        {std::regex(",(nLps|nCalls)=([^,]*),[0-9][-+.e0-9]*,([a-z ]*),[0-9][-+.e0-9]*,-"),
-         ",$1=$2,<clocks>,$3,<usec>,-"},
-        {std::regex("perf= *[0-9][-+.e0-9]*/ *([0-9][-+.e0-9]*)= *[0-9][-+.e0-9]* clocks"),
-         "perf=<clocks>/$1=<clocks> clocks"},
-        {std::regex("([?-]),([A-Za-z0-9_]+),[0-9]+,([^,\n]+),([A-Z]+),([a-z]+)\n"), "$1,$2,<sec>,$3,$4,$5\n"},
+        {",(nLps|nCalls)=([^,]*),[0-9][-+.e0-9]*,([a-z ]*),[0-9][-+.e0-9]*,-", ",$1=$2,<clocks>,$3,<usec>,-"},
+        {"perf= *[0-9][-+.e0-9]*/ *([0-9][-+.e0-9]*)= *[0-9][-+.e0-9]* clocks", "perf=<clocks>/$1=<clocks> clocks"},
+        {"([?-]),([A-Za-z0-9_]+),[0-9]+,([^,\n]+),([A-Z]+),([a-z]+)\n", "$1,$2,<sec>,$3,$4,$5\n"},
     };
     std::string masked = text;
     replaceAll(masked, path(), "<dir>");
-    for (const auto& [pattern, word] : figures) {
-        masked = std::regex_replace(masked, pattern, word);
-    }
-    return masked;
+    return replaced(masked, figures);
 }
 
 bool waitUntil(const std::function<bool()>& condition, int seconds) {

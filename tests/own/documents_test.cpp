@@ -1,10 +1,10 @@
 // What the documents say of functions of one's own, word for word: their files are written, their commands run, and the
 // lines that they show must come, figures and dates aside.
+#include "patterns.h"
 #include "shell.h"
 
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <sstream>
 #include <vector>
 
@@ -73,34 +73,26 @@ std::vector<Block> blocksOf(const std::string& document, const std::string& sect
 
 /// The file that a block is, by the last file name of its paragraph.
 std::string fileOf(const Block& block) {
-    static const std::regex name("`([A-Za-z_]+\\.(cpp|txt))`");
-    std::string found;
-    for (std::sregex_iterator at(block.paragraph.begin(), block.paragraph.end(), name), end; at != end; ++at) {
-        found = (*at)[1];
-    }
-    return found;
+    const std::vector<std::string> names = firstGroups(block.paragraph, "`([A-Za-z_]+\\.(cpp|txt))`");
+    return names.empty() ? "" : names.back();
 }
 
 bool isAddition(const Block& block) {
-    return std::regex_search(block.paragraph, std::regex("In\\s+`[^`]+`:\\s*$"));
+    return !firstMatch(block.paragraph, "In\\s+`[^`]+`:\\s*$").empty();
 }
 
 /// A line without figures, dates and the widths that hang on them. A machine that is too busy for the wanted accuracy
 /// changes no document.
 std::string masked(const std::string& line) {
-    static const std::vector<std::pair<std::regex, std::string>> figures = {
-        {std::regex("[A-Z][a-z]{2} [A-Z][a-z]{2} +[0-9]+ [0-9:]+ [0-9]{4}"), "<date>"},
-        {std::regex("-ACCURWRN"), "-OK"},
-        {std::regex(" acc=[0-9.]+%,"), ","},
-        {std::regex(" acc=[0-9.]+% +perf="), " perf="},
-        {std::regex("[0-9][0-9.e+-]*"), "#"},
-        {std::regex(" +"), " "},
+    static const std::vector<std::pair<std::string, std::string>> figures = {
+        {"[A-Z][a-z]{2} [A-Z][a-z]{2} +[0-9]+ [0-9:]+ [0-9]{4}", "<date>"},
+        {"-ACCURWRN", "-OK"},
+        {" acc=[0-9.]+%,", ","},
+        {" acc=[0-9.]+% +perf=", " perf="},
+        {"[0-9][0-9.e+-]*", "#"},
+        {" +", " "},
     };
-    std::string text = line;
-    for (const auto& [pattern, word] : figures) {
-        text = std::regex_replace(text, pattern, word);
-    }
-    return text;
+    return replaced(line, figures);
 }
 
 /// The files and commands of a document, followed to the end in one shell.

@@ -1,10 +1,10 @@
 // The pages hold what the programs themselves tell: each key, command, option and name.
+#include "patterns.h"
 #include "rig_process.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -21,12 +21,7 @@ std::string readPage(const std::string& name) {
 
 /// A man page's source with its characters as they will show.
 std::string shown(const std::string& name) {
-    std::string text = readPage("man/man1/" + name);
-    for (const auto& [escape, character] :
-         {std::pair("\\\\-", "-"), std::pair("\\\\\\(aq", "'"), std::pair("\\\\&", ""), std::pair("\\\\e", "\\")}) {
-        text = std::regex_replace(text, std::regex(escape), character);
-    }
-    return text;
+    return replaced(readPage("man/man1/" + name), {{"\\\\-", "-"}, {"\\\\\\(aq", "'"}, {"\\\\&", ""}, {"\\\\e", "\\"}});
 }
 
 std::vector<std::string> linesOf(const std::string& text) {
@@ -47,10 +42,8 @@ std::set<std::string> listed(const std::string& name) {
     std::set<std::string> words;
     for (const std::string& line : linesOf(readPage("bash-completion/completions/kelvarrig"))) {
         if (line.rfind("_kelvarrig_" + name + "=(", 0) == 0) {
-            static const std::regex word("'([^']*)'");
-            for (std::sregex_iterator at(line.begin(), line.end(), word), end; at != end; ++at) {
-                words.insert((*at)[1]);
-            }
+            const std::vector<std::string> found = firstGroups(line, "'([^']*)'");
+            words.insert(found.begin(), found.end());
         }
     }
     return words;
@@ -101,10 +94,8 @@ TEST(PagesMan, EveryCommandAndOptionOfTheCompanionStandsInThePage) {
     const std::string help = helpOfLab({"--help"});
     std::vector<std::string> sections;
     for (const std::string& line : linesOf(help.substr(help.find("Subcommands:")))) {
-        std::smatch found;
-        if (std::regex_match(line, found, std::regex("  ([a-z]+)(  .*)?"))) {
-            sections.push_back(found[1]);
-        }
+        const std::vector<std::string> found = firstGroups(line, "^  ([a-z]+)(  .*)?$");
+        sections.insert(sections.end(), found.begin(), found.end());
     }
     ASSERT_GT(sections.size(), 5u);
     for (const std::string& command : sections) {
@@ -113,9 +104,8 @@ TEST(PagesMan, EveryCommandAndOptionOfTheCompanionStandsInThePage) {
         const std::string section = page.substr(from, page.find("\n.S", from + 1) - from);
         const std::string own = helpOfLab({command, "--help"});
         for (const std::string& line : linesOf(own.substr(own.find("Options:")))) {
-            std::smatch found;
-            if (std::regex_search(line, found, std::regex("^ +(-[^ ]*)")) && !holds(found[1], "--help")) {
-                EXPECT_TRUE(holds(section, ".B " + found[1].str())) << command << line;
+            for (const std::string& option : firstGroups(line, "^ +(-[^ ]*)")) {
+                EXPECT_TRUE(holds(option, "--help") || holds(section, ".B " + option)) << command << line;
             }
         }
     }
@@ -135,11 +125,8 @@ TEST(PagesMan, MandocReadsThemWithoutAWarning) {
 TEST(PagesCompletion, FunctionsAreThoseThatTheRigEnumerates) {
     std::set<std::string> enumerated;
     for (const std::string& line : linesOf(RigDirectory(KELVARRIG, "kelvarrig").run({"-e"}).out)) {
-        static const std::regex name("\\b(veks[A-Za-z0-9]+_[A-Za-z0-9_]+|__krOrvanCpu)\\b");
-        std::smatch found;
-        if (std::regex_search(line, found, name)) {
-            enumerated.insert(found[1]);
-        }
+        const std::vector<std::string> found = firstMatch(line, "\\b(veks[A-Za-z0-9]+_[A-Za-z0-9_]+|__krOrvanCpu)\\b");
+        enumerated.insert(found.begin(), found.begin() + (found.empty() ? 0 : 1));
     }
     EXPECT_GT(enumerated.size(), 300u);
     EXPECT_EQ(enumerated, listed("functions"));

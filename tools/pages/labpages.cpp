@@ -5,7 +5,6 @@
 #include "program.h"
 
 #include <CLI/CLI.hpp>
-#include <regex>
 
 namespace {
 
@@ -28,16 +27,10 @@ struct Command {
 };
 
 Texts choicesOf(const CLI::Option& option) {
-    static const std::regex set("\\{([^}]*)\\}");
-    std::smatch found;
     const std::string type = option.get_type_name();
-    Texts choices;
-    if (std::regex_search(type, found, set)) {
-        static const std::regex comma(",");
-        const std::string all = found[1];
-        choices.assign(std::sregex_token_iterator(all.begin(), all.end(), comma, -1), std::sregex_token_iterator());
-    }
-    return choices;
+    const size_t from = type.find('{');
+    const size_t to = type.find('}', from);
+    return to == std::string::npos ? Texts{} : split(type.substr(from + 1, to - from - 1), ',');
 }
 
 Entry entryOf(const CLI::Option& option) {

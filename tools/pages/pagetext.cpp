@@ -16,13 +16,17 @@ std::string joined(const Texts& words, std::string (*quote)(const std::string&))
 
 } // namespace
 
-Texts linesOf(const std::string& text) {
+Texts split(const std::string& text, char separator) {
     std::istringstream stream(text);
-    Texts lines;
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
+    Texts parts;
+    for (std::string part; std::getline(stream, part, separator);) {
+        parts.push_back(part);
     }
-    return lines;
+    return parts;
+}
+
+Texts linesOf(const std::string& text) {
+    return split(text, '\n');
 }
 
 std::string roff(const std::string& text) {

@@ -8,6 +8,8 @@ namespace pages {
 
 using Texts = std::vector<std::string>;
 
+/// The parts of a text that a separator ends.
+Texts split(const std::string& text, char separator);
 /// The lines of a text, without their ends.
 Texts linesOf(const std::string& text);
 

@@ -5,9 +5,9 @@
 #include "krstream.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
-#include <regex>
 #include <set>
 #include <stdexcept>
 
@@ -100,17 +100,20 @@ void readArgument(RigKey& key) {
             }
         }
     }
-    static const std::regex choice("[<\\[]([A-Za-z]+(\\|[A-Za-z]+)*)[>\\]]");
-    std::smatch found;
-    if (std::regex_search(key.forms[0].synopsis, found, choice)) {
-        key.argument = Argument::words;
-        key.words = {};
-        std::string words = found[1];
-        for (size_t bar = words.find('|'); bar != std::string::npos; bar = words.find('|')) {
-            key.words.push_back(words.substr(0, bar));
-            words.erase(0, bar + 1);
+    // <one|two>, [one|two]
+    const std::string& synopsis = key.forms[0].synopsis;
+    for (size_t from = synopsis.find_first_of("<["); from != std::string::npos;
+         from = synopsis.find_first_of("<[", from + 1)) {
+        size_t to = from + 1;
+        while (to < synopsis.size() &&
+               (std::isalpha(static_cast<unsigned char>(synopsis[to])) || synopsis[to] == '|')) {
+            ++to;
         }
-        key.words.push_back(words);
+        if (to > from + 1 && to < synopsis.size() && (synopsis[to] == '>' || synopsis[to] == ']')) {
+            key.argument = Argument::words;
+            key.words = split(synopsis.substr(from + 1, to - from - 1), '|');
+            return;
+        }
     }
 }
 
