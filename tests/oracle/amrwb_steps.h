@@ -11,7 +11,7 @@ void ACELP_4t64_fx(int16_t* dn, int16_t* cn, int16_t* h, int16_t* code, int16_t*
 int16_t Pitch_fr4(int16_t* exc, int16_t* xn, int16_t* h, int16_t first, int16_t last, int16_t* fraction,
                   int16_t subframe, int16_t halves, int16_t wholes, int16_t n);
 void voAWB_Pred_lt4(int16_t* exc, int16_t lag, int16_t fraction, int16_t n);
-void voAWB_G_pitch(int16_t* xn, int16_t* y1, int16_t* coefficients, int16_t n);
+int16_t voAWB_G_pitch(int16_t* xn, int16_t* y1, int16_t* coefficients, int16_t n);
 int16_t Q_gain2(int16_t* xn, int16_t* y1, int16_t format, int16_t* y2, int16_t* code, int16_t* coefficients, int16_t n,
                 int16_t bits, int16_t* pitch, int32_t* gain, int16_t clip, int16_t* memory);
 int16_t Pitch_med_ol(int16_t* speech, void* coder, int16_t n);

@@ -7,7 +7,7 @@ extern "C" {
 struct AmrTables {
     const void* entries[64];
 };
-void get_const_tbls(AmrTables* tables);
+void get_const_tbls(void* tables);
 void cbsearch(int16_t* target, int16_t* h, int16_t lag, int16_t sharp, int16_t gain, int16_t* residual, int16_t* vector,
               int16_t* filtered, int16_t** words, int mode, int16_t subframe, AmrTables* tables, int* overflow);
 void Dec_lag3(int16_t index, int16_t first, int16_t last, int16_t offset, int16_t former, int16_t* lag,
