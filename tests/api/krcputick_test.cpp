@@ -217,6 +217,16 @@ TEST(KrPriority, BracketPutsThePriorityBack) {
     EXPECT_EQ(getpriority(PRIO_PROCESS, 0), nice);
 }
 
+TEST(KrPriority, PolicyThatIsNotTheUsualOneIsPutBack) {
+    const int policy = sched_getscheduler(0);
+    const sched_param none = {};
+    ASSERT_EQ(sched_setscheduler(0, SCHED_BATCH, &none), 0);
+    krSetPriority(2);
+    krResetPriority();
+    EXPECT_EQ(sched_getscheduler(0), SCHED_BATCH);
+    ASSERT_EQ(sched_setscheduler(0, policy, &none), 0);
+}
+
 TEST(KrPriority, HighestModeIsRoundRobinInRealTime) {
     const int nice = getpriority(PRIO_PROCESS, 0);
     const int policy = sched_getscheduler(0);

@@ -371,6 +371,14 @@ TEST_F(KrOwn, RandomRealsStayInTheirRange) {
     EXPECT_GT(most, 0.74F);
 }
 
+TEST(KrOwnRandom, DataAreTheSameInEveryVersion) {
+    // Tables of two versions compare only if both were measured on the same data.
+    EXPECT_EQ(0.7457795094105547, kr::detail::spread(0, 0));
+    EXPECT_EQ(0.27357846347706083, kr::detail::spread(0, 1));
+    EXPECT_EQ(0.4915590192867708, kr::detail::spread(1, 0));
+    EXPECT_EQ(0.8295739015444097, kr::detail::spread(7, 1000));
+}
+
 TEST_F(KrOwn, RandomDataAreTheSameInEveryRunAndDifferFromVectorToVector) {
     static std::vector<short> second;
     kr::Vector<short> a(50, kr::random(-1000, 1000));

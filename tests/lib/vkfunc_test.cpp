@@ -301,5 +301,7 @@ TEST(VkFuncOrder, AlphaLayoutComesBehindThePlain) {
     EXPECT_EQ(vkFunc::compareDescr("AC4", "C3"), 1);
     EXPECT_EQ(vkFunc::compareDescr("C3", "AC4"), -1);
     EXPECT_LT(vkFunc::compareDescr("AC4", "P3"), 0);
+    EXPECT_GT(vkFunc::compareDescr("C3", "C1"), 0);
+    EXPECT_GT(vkFunc::compareDescr("D", "AC4"), 0);
     EXPECT_EQ(vkFunc::compareDescr("", ""), 0);
 }

@@ -165,6 +165,13 @@ TEST(VekG729FloatLagMax, FindsTheLargestSumOfEitherKind) {
     expectNullsRefused(veksCrossCorrLagMax_32f64f, v, v, 1, 1, &wide, &lag);
 }
 
+TEST(VekG729FloatOpenLoop, OfEqualDelaysTheShortestIsTaken) {
+    const std::vector<float> silence(143 + 80);
+    int lag = 0;
+    ASSERT_EQ(vekStsNoErr, veksOpenLoopPitchSearch_G729A_32f(silence.data() + 143, &lag));
+    EXPECT_EQ(20, lag);
+}
+
 TEST(VekG729FloatOpenLoop, FindsTheDelayOfTheFixedPointSearch) {
     atEveryLevel([] {
         std::mt19937 random(4);
