@@ -12,8 +12,6 @@
 #include "sc/kernels/filter.h"
 #include "veksc_amrwb.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::amrwb;
 
 namespace {

@@ -1,9 +1,12 @@
 // The rates of AMR-WB in their order, and the sizes that its functions share.
 #pragma once
 
+#include "sc/common/fixmath.h"
 #include "vekdefs.h"
 
 namespace vek::amrwb {
+
+using namespace fix;
 
 constexpr int kOrder = 16;
 constexpr int kFrame = 256;

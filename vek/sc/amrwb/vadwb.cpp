@@ -13,8 +13,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::bandvad;
 
 using amrwb::kFrame;

@@ -10,6 +10,9 @@
 #include "sc/common/level_ns.h"
 
 namespace vek::fix {
+
+using namespace vek; // who takes these names takes the library's with them
+
 inline namespace VEK_LEVEL_NS {
 
 constexpr int32_t kMax32 = INT32_MAX;

@@ -8,7 +8,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::fix;
 
 constexpr int kOrder = 10;

@@ -8,7 +8,6 @@
 #include "sc/kernels/corr.h"
 #include "veksc_filter.h"
 
-using namespace vek;
 using namespace vek::fix;
 
 namespace {

@@ -8,6 +8,8 @@
 
 namespace vek::g723 {
 
+using namespace fix;
+
 constexpr int kSubframe = 60;
 constexpr int kFrame = 240;
 constexpr int kOrder = 10;

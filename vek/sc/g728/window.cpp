@@ -15,7 +15,6 @@
 #include "sc/kernels/hybrid.h"
 #include "veksc_g728.h"
 
-using namespace vek;
 using namespace vek::g728;
 
 namespace {

@@ -8,7 +8,6 @@
 #include "sc/common/signal_check.h"
 #include "veksc_g729post.h"
 
-using namespace vek;
 using namespace vek::fix;
 
 namespace {

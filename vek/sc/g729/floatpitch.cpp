@@ -9,7 +9,6 @@
 #include "sc/kernels/floatdot.h"
 #include "veksc_g729post.h"
 
-using namespace vek;
 using namespace vek::g729;
 
 namespace {

@@ -9,7 +9,6 @@
 
 namespace vek::g729 {
 
-using namespace vek::fix;
 
 namespace {
 
@@ -72,7 +71,6 @@ void movePastLost(Vek16s* past) {
 
 namespace {
 
-using namespace vek;
 using namespace vek::g729;
 
 constexpr int kMostCode = 127;

@@ -9,7 +9,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::fix;
 
 constexpr int kMaxOrder = kMostLevinson;

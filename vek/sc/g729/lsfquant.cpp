@@ -13,8 +13,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
 constexpr int kWideGap = 10;

@@ -14,7 +14,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::g729;
 
 constexpr Vek32f kPi = 3.14159265F;

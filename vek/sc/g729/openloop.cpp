@@ -11,8 +11,6 @@
 #include "veksc_filter.h"
 #include "veksc_g729pitch.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
 namespace {

@@ -14,7 +14,6 @@
 #include "sc/kernels/transform.h"
 #include "veksc_g7291bwe.h"
 
-using namespace vek;
 using namespace vek::g7291;
 
 namespace {

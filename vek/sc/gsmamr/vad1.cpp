@@ -11,8 +11,6 @@ static_assert(sizeof(VeksVAD1State_GSMAMR) == 116);
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::bandvad;
 
 using State = VeksVAD1State_GSMAMR;

@@ -14,8 +14,6 @@ static_assert(sizeof(VeksVAD2State_GSMAMR) == 188);
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::gsmamr;
 
 using State = VeksVAD2State_GSMAMR;

@@ -10,7 +10,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::rta;
 
 constexpr int kTracks = 5;
