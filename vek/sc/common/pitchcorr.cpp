@@ -72,13 +72,7 @@ void vek::pitchCorrelations(const int16_t* exc, const int16_t* target, const int
     }
     veksInvSqrt_32s_I(energy, count);
     for (int k = 0; k < count; ++k) {
-        int16_t high = 0;
-        int16_t low = 0;
-        int16_t rootHigh = 0;
-        int16_t rootLow = 0;
-        L_Extract(cross[k], high, low);
-        L_Extract(energy[k], rootHigh, rootLow);
-        out[k] = extract_h(L_shl(Mpy_32(high, low, rootHigh, rootLow), 16));
+        out[k] = extract_h(L_shl(Mpy_32(cross[k], energy[k]), 16));
     }
 }
 
