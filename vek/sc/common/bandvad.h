@@ -111,6 +111,21 @@ inline Vek16s level(const Vek16s* data, int count, int fresh, int step, int scal
     return fix::extract_h(fix::L_shl(sum, scale));
 }
 
+// A band behind the filters: its samples stand `step` apart from `first` on, and the last `ahead` of them count for the
+// next frame.
+struct Band {
+    int ahead, step, first, scale;
+};
+
+template <int Length, int Bands>
+[[gnu::always_inline]] inline void levelsOf(const Vek16s* x, const Band (&bands)[Bands], Vek16s* kept, Vek16s* levels) {
+    for (int b = 0; b < Bands; ++b) {
+        const Band& band = bands[b];
+        const int count = Length / band.step;
+        levels[b] = level(x + band.first, count, count - band.ahead, band.step, band.scale, kept + b);
+    }
+}
+
 // Sum over the bands of the larger of level and mean over the smaller, Q6.
 template <int Bands>
 Vek16s unrest(const Vek16s (&levels)[Bands], const Vek16s (&means)[Bands]) {
