@@ -129,6 +129,7 @@ void keepApart(float* lsp, int n) {
 
 VekStatus veksLSPQuant_RTA_32f(const Vek32f* pSrcLSP, const Vek32f* pSrcLPC, Vek32f* pDstLSP, int order,
                                int* pDstLSPIndex, VekPCMFrequency freq, int complexity) {
+    constexpr int kMostSurvivors = 16;
     if (anyNull(pSrcLSP, pSrcLPC, pDstLSP, pDstLSPIndex)) {
         return vekStsNullPtrErr;
     }

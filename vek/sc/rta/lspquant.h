@@ -8,7 +8,6 @@ namespace vek::rta {
 constexpr int kMostLspOrder = 10;
 constexpr int kMostLspStages = 4;
 constexpr int kLspEntries = 64;
-constexpr int kMostSurvivors = 16;
 
 struct LspBook {
     int order;
