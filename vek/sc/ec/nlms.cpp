@@ -15,12 +15,8 @@ namespace {
 
 using namespace vek;
 
-template <typename... P>
-constexpr VekStatus check(int len, int tapLen, const P*... p) {
-    if (anyNull(p...)) {
-        return vekStsNullPtrErr;
-    }
-    return badLength(len) || tapLen < 1 || tapLen > VEK_EC_MAX_TAPS ? vekStsSizeErr : vekStsNoErr;
+constexpr bool badSizes(int len, int tapLen) {
+    return badLength(len) || tapLen < 1 || tapLen > VEK_EC_MAX_TAPS;
 }
 
 // A model of less than this mean energy for each tap teaches nothing.
@@ -56,8 +52,11 @@ Vek16s remainder(Vek16s signal, int64_t echo) {
 
 VekStatus veksFIR_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, Vek16s* pDstSpch, int len,
                          const Vek16s* pSrcCoef, int tapLen) {
-    if (const VekStatus status = check(len, tapLen, pSrcSpchRef, pSrcSpch, pSrcCoef, pDstSpch); status != vekStsNoErr) {
-        return status;
+    if (anyNull(pSrcSpchRef, pSrcSpch, pSrcCoef, pDstSpch)) {
+        return vekStsNullPtrErr;
+    }
+    if (badSizes(len, tapLen)) {
+        return vekStsSizeErr;
     }
     constexpr int block = 32;
     constexpr int room = VEK_EC_MAX_TAPS + block + kCorrPadding;
@@ -89,8 +88,11 @@ VekStatus veksFIR_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, Vek1
 
 VekStatus veksFIR_EC_32f(const Vek32f* pSrcSpchRef, const Vek32f* pSrcSpch, Vek32f* pDstSpch, int len,
                          const Vek32f* pSrcCoef, int tapLen) {
-    if (const VekStatus status = check(len, tapLen, pSrcSpchRef, pSrcSpch, pSrcCoef, pDstSpch); status != vekStsNoErr) {
-        return status;
+    if (anyNull(pSrcSpchRef, pSrcSpch, pSrcCoef, pDstSpch)) {
+        return vekStsNullPtrErr;
+    }
+    if (badSizes(len, tapLen)) {
+        return vekStsSizeErr;
     }
     const FloatCorrKernels& kernels = floatCorrKernels();
     Vek32f turned[VEK_EC_MAX_TAPS];
@@ -109,9 +111,11 @@ VekStatus veksFIR_EC_32f(const Vek32f* pSrcSpchRef, const Vek32f* pSrcSpch, Vek3
 
 VekStatus veksNLMS_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, const Vek16s* pStepSize, Vek16s* pDstSpch,
                           int len, Vek16s* pSrcDstCoef, int tapLen, Vek16s* pErr) {
-    if (const VekStatus status = check(len, tapLen, pSrcSpchRef, pSrcSpch, pStepSize, pDstSpch, pSrcDstCoef, pErr);
-        status != vekStsNoErr) {
-        return status;
+    if (anyNull(pSrcSpchRef, pSrcSpch, pStepSize, pDstSpch, pSrcDstCoef, pErr)) {
+        return vekStsNullPtrErr;
+    }
+    if (badSizes(len, tapLen)) {
+        return vekStsSizeErr;
     }
     if (std::any_of(pStepSize, pStepSize + len, [](Vek16s step) { return step < 0; })) {
         return vekStsRangeErr;
@@ -138,9 +142,11 @@ VekStatus veksNLMS_EC_16s(const Vek16s* pSrcSpchRef, const Vek16s* pSrcSpch, con
 
 VekStatus veksNLMS_EC_32f(const Vek32f* pSrcSpchRef, const Vek32f* pSrcSpch, const Vek32f* pStepSize, Vek32f* pDstSpch,
                           int len, Vek32f* pSrcDstCoef, int tapLen, Vek32f* pErr) {
-    if (const VekStatus status = check(len, tapLen, pSrcSpchRef, pSrcSpch, pStepSize, pDstSpch, pSrcDstCoef, pErr);
-        status != vekStsNoErr) {
-        return status;
+    if (anyNull(pSrcSpchRef, pSrcSpch, pStepSize, pDstSpch, pSrcDstCoef, pErr)) {
+        return vekStsNullPtrErr;
+    }
+    if (badSizes(len, tapLen)) {
+        return vekStsSizeErr;
     }
     const EcKernels& kernels = ecKernels();
     Vek32f turned[VEK_EC_MAX_TAPS];
