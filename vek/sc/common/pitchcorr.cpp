@@ -5,6 +5,7 @@
 
 #include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
+#include "sc/g729/sizes.h"
 #include "sc/kernels/corr.h"
 #include "veksc_filter.h"
 
@@ -12,7 +13,7 @@ using namespace vek::fix;
 
 namespace {
 
-constexpr int kSubframe = 40;
+using g729::kSubframe;
 
 int32_t product(const int16_t* a, const int16_t* b, int n = kSubframe) {
     return sat32(2 * corrKernels().dot16(a, b, n));
