@@ -9,7 +9,6 @@
 
 namespace vek::g729 {
 
-
 namespace {
 
 constexpr int kPast = 4;
