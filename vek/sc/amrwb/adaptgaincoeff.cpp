@@ -7,7 +7,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::fix;
 
 // Inner product with saturation at each step, normalised: 1.0 = 2^15 with the exponent *exp.

@@ -12,8 +12,6 @@
 #include "sc/kernels/filter.h"
 #include "veksc_amrwb.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::amrwb;
 
 namespace {
@@ -36,9 +34,7 @@ struct State {
 };
 
 constexpr int kShortest = 34;
-constexpr int kLongest = 231;
 constexpr int kSpan = 16;
-constexpr int kMargin = 4;
 
 struct Lag {
     int whole;
@@ -89,6 +85,7 @@ struct Law {
 };
 
 int bounded(int first) {
+    constexpr int kLongest = 231;
     return std::clamp(first, kShortest, kLongest - kSpan + 1);
 }
 
@@ -131,6 +128,7 @@ void wideSums(const Vek16s* past, const Vek16s* h, Vek16s* y, const Vek16s* targ
     }
 }
 
+constexpr int kMargin = 4;
 constexpr int kDelays = kSpan + 2 * kMargin;
 
 // Correlations over the root of the energy for kDelays delays from the first on.

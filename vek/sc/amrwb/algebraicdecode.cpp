@@ -5,7 +5,6 @@
 #include "sc/common/signal_check.h"
 #include "veksc_amrwb.h"
 
-using namespace vek;
 using namespace vek::amrwb;
 
 namespace {

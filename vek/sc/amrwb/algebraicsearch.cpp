@@ -11,12 +11,9 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::amrwb;
 
 constexpr int kLen = kSubframe;
-constexpr int kMostPulses = 24;
 constexpr int kPairTracks = 2;
 
 // The plan of a rate: starts tried, weight of the target against the residual (Q12), pulses, those that stay where the
@@ -324,6 +321,8 @@ private:
         last = {-1, 1, last.correlation, 0, 0};
         widePulseKernels().pair16(both, last);
     }
+
+    static constexpr int kMostPulses = 24;
 
     const Field& m_field;
     const Plan m_plan;

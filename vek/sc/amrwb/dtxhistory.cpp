@@ -8,8 +8,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::amrwb;
 
 // Logarithm of the frame's energy, Q7, less `lowering` beside that of its length.

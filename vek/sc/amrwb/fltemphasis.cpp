@@ -13,7 +13,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::fix;
 
 template <class... P>

@@ -8,21 +8,13 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::fix;
 
-struct Section {
-    int b0, b1;   // symmetric numerator b0, b1, b0
-    int a1, a2;   // feedback, sign turned
-    int shift;    // from the doubled sum to a sample in the upper half
-    int outShift; // amplification of the output alone
-};
-
-constexpr Section k50 = {4053, -8106, 16211, -8021, 2, 1};
-constexpr Section k400 = {915, -1830, 29280, -14160, 1, 0};
+constexpr HighPassSection k50 = {4053, -8106, 16211, -8021, 2, 1};
+constexpr HighPassSection k400 = {915, -1830, 29280, -14160, 1, 0};
 
 // The loop waits for the last output only: the rest of a sample's sum is made ahead.
-template <Section F>
+template <HighPassSection F>
 void run(HighPassMemory& m, const Vek16s* src, Vek16s* dst, int n) {
     int64_t y1 = m.y1;
     int64_t older = static_cast<int64_t>(m.y2) * F.a2;

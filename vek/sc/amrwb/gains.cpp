@@ -11,8 +11,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::amrwb;
 
 constexpr int kPast = 4;
@@ -207,10 +205,7 @@ VekStatus veksDecodeGain_AMRWB_16s(int valQIndex, Vek16s valEnergy, Vek16s* pDst
     *pDstPitchGain = pair[0];
     *pSrcDstPastCodeGain = round_s(L_shl(gain, 3));
     *pPrevCodeGain = *pSrcDstPastCodeGain;
-    Vek16s high = 0;
-    Vek16s low = 0;
-    L_Extract(gain, high, low);
-    *pDstCodeGain = L_shl(Mpy_32_16(high, low, valEnergy), 3);
+    *pDstCodeGain = L_shl(Mpy_32_16(gain, valEnergy), 3);
     pushEnergy(energyOf(pair[1]), pSrcDstPastEnergy);
     return vekStsNoErr;
 }

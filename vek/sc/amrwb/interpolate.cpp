@@ -8,7 +8,6 @@
 #include "sc/kernels/loops.h"
 #include "veksc_amrwb.h"
 
-using namespace vek;
 using namespace vek::fix;
 
 namespace {

@@ -17,8 +17,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::amrwb;
 
 constexpr int kSurvivors = 4;

@@ -11,8 +11,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::amrwb;
 
 constexpr int kHalf = kOrder / 2;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "sc/amrwb/rates.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/inverseroot.h"
 #include "sc/kernels/corr.h"

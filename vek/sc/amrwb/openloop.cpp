@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "sc/amrwb/normal.h"
+#include "sc/amrwb/rates.h"
 #include "sc/amrwb/tables.h"
 #include "sc/common/correlate.h"
 #include "sc/common/signal_check.h"
@@ -11,22 +12,10 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::amrwb;
 
-constexpr int kMinLag = 17;
-constexpr int kMaxLag = 115;
 constexpr int kMostLag = 213;
-constexpr int kMostLength = 256;
 constexpr int kPrevious = 5;
-
-int32_t times(int32_t v, Vek16s weight) {
-    Vek16s high = 0;
-    Vek16s low = 0;
-    L_Extract(v, high, low);
-    return Mpy_32_16(high, low, weight);
-}
 
 // Doubled sums of the products at the delays from the longest on, saturated once.
 void correlations(const Vek16s* x, int len, int longest, int count, int32_t* sums) {
@@ -47,9 +36,9 @@ Vek16s search(const Vek16s* x, int len, int shortest, int longest, int median, b
     int32_t most = kMin32;
     int lag = 0;
     for (int k = 0; k < count; ++k) {
-        int32_t value = times(sums[k], kDelayWeight[kDelayWeights - 1 - k]);
+        int32_t value = Mpy_32_16(sums[k], kDelayWeight[kDelayWeights - 1 - k]);
         if (near) {
-            value = times(value, kDelayWeight[std::clamp(98 + longest - k - median, 0, kDelayWeights - 1)]);
+            value = Mpy_32_16(value, kDelayWeight[std::clamp(98 + longest - k - median, 0, kDelayWeights - 1)]);
         }
         if (value >= most) {
             most = value;
@@ -94,7 +83,7 @@ VekStatus veksOpenLoopPitchSearch_AMRWBE_16s(const Vek16s* pSrcWgtSpch, const Ve
                 pDstOpenLoopGain, pSrcDstPrevPitchLag, pLagSwitcher)) {
         return vekStsNullPtrErr;
     }
-    if (len < 1 || len > kMostLength) {
+    if (len < 1 || len > kFrame) {
         return vekStsSizeErr;
     }
     if (minPitLag < 1 || maxPitLag <= minPitLag || maxPitLag > kMostLag || maxPitLag - minPitLag >= kDelayWeights ||
@@ -123,6 +112,8 @@ VekStatus veksOpenLoopPitchSearch_AMRWB_16s(const Vek16s* pSrcWgtSpch, const Vek
                                             Vek16s* pPrevMidPitchLag, Vek16s* pAdaptiveParam, Vek16s* pDstOpenLoopLag,
                                             Vek16s* pToneFlag, Vek16s* pDstOpenLoopGain, Vek16s* pSrcDstPrevPitchLag,
                                             Vek16s* pLagSwitcher, int len) {
+    constexpr int kMinLag = 17;
+    constexpr int kMaxLag = 115;
     return veksOpenLoopPitchSearch_AMRWBE_16s(pSrcWgtSpch, pSrcFltWgtSpch, pPrevMidPitchLag, pAdaptiveParam,
                                               pDstOpenLoopLag, pToneFlag, pDstOpenLoopGain, pSrcDstPrevPitchLag,
                                               pLagSwitcher, len, kMinLag, kMaxLag);

@@ -1,13 +1,16 @@
 // The rates of AMR-WB in their order, and the sizes that its functions share.
 #pragma once
 
+#include "sc/common/fixmath.h"
 #include "vekdefs.h"
 
 namespace vek::amrwb {
 
+using namespace fix;
+
 constexpr int kOrder = 16;
 constexpr int kFrame = 256;
-constexpr int kSubframe = 64;
+constexpr int kSubframe = kFrame / 4;
 
 enum class Rate { R660, R885, R1265, R1425, R1585, R1825, R1985, R2305, R2385, None };
 

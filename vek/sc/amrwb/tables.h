@@ -5,8 +5,8 @@
 
 namespace vek::amrwb {
 
-constexpr int kGainCount6 = 64;
-constexpr int kGainCount7 = 128;
+constexpr int kGainCount6 = 1 << 6;
+constexpr int kGainCount7 = 1 << 7;
 constexpr int kDelayWeights = 199;
 constexpr int kQuarterTaps = 32;
 

@@ -13,8 +13,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::bandvad;
 
 using amrwb::kFrame;
@@ -58,17 +56,10 @@ void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
     splitBand3<kFrame - 6>(x + 6, 8, s.filter3[3]);
     splitBand3<kFrame>(x, 16, s.filter3[4]);
     splitBand3<kFrame - 8>(x + 8, 16, s.filter3[5]);
-    struct Band {
-        int step, first, scale;
-    };
-    static constexpr Band bands[kBands] = {{32, 0, 17},  {32, 16, 17}, {32, 24, 17}, {32, 8, 17},
-                                           {16, 12, 16}, {16, 4, 16},  {16, 6, 16},  {16, 14, 16},
-                                           {8, 2, 15},   {8, 3, 15},   {8, 7, 15},   {4, 1, 14}};
-    for (int b = 0; b < kBands; ++b) {
-        const Band& band = bands[b];
-        const int count = kFrame / band.step;
-        levels[b] = level(x + band.first, count, count / 4, band.step, band.scale, s.subLevel + b);
-    }
+    static constexpr Band bands[kBands] = {{6, 32, 0, 17},   {6, 32, 16, 17}, {6, 32, 24, 17}, {6, 32, 8, 17},
+                                           {12, 16, 12, 16}, {12, 16, 4, 16}, {12, 16, 6, 16}, {12, 16, 14, 16},
+                                           {24, 8, 2, 15},   {24, 8, 3, 15},  {24, 8, 7, 15},  {48, 4, 1, 14}};
+    levelsOf<kFrame>(x, bands, s.subLevel, levels);
 }
 
 // A falling logarithm to the base 2, 1024 a factor of two: 31743 for 1.

@@ -1,10 +1,10 @@
 // The filters of the resamplers, see the header.
 #include "sc/amrwbe/resamplebanks.h"
 
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 
+#include "sc/common/kaiser.h"
 #include "sc/g722/qmf.h"
 
 namespace vek {
@@ -23,23 +23,6 @@ constexpr Prototype kLowBand = {0.45, 10, 4.5};
 constexpr Prototype kTwelfths = {0.45, 12, 5};
 constexpr Prototype kBlendedUp = {0.46, 24, 6};
 constexpr double kBlendedDownCut = 0.45;
-constexpr double kBlendedDownBeta = 5;
-
-// Modified Bessel function of the first kind of order 0.
-double bessel0(double x) {
-    double sum = 1;
-    double term = 1;
-    for (int k = 1; term > 1e-12 * sum; ++k) {
-        term *= x * x / (4.0 * k * k);
-        sum += term;
-    }
-    return sum;
-}
-
-// The window at the part u of half its length, -1..1.
-double kaiser(double u, double beta) {
-    return bessel0(beta * std::sqrt(std::max(0.0, 1 - u * u))) / bessel0(beta);
-}
 
 // Scales to the sum 1 and rounds.
 void quantise(const double* h, int taps, int16_t* row) {
@@ -60,12 +43,13 @@ constexpr double placeOf(int j, int taps, double part) {
 
 // Rows for `count` parts of a sample, 1 / phases apart. unit: lower rate / rate of the source.
 void fillRows(const Prototype& p, double unit, int taps, int phases, int count, int16_t* rows) {
+    const Kaiser kaiser(p.beta);
     for (int r = 0; r < count; ++r) {
         double h[kMaxTaps];
         for (int j = 0; j < taps; ++j) {
             const double u = unit * placeOf(j, taps, static_cast<double>(r) / phases);
             const double angle = 2 * std::numbers::pi * p.cut * u;
-            h[j] = (std::abs(angle) < 1e-9 ? 1 : std::sin(angle) / angle) * kaiser(u / p.half, p.beta);
+            h[j] = (std::abs(angle) < 1e-9 ? 1 : std::sin(angle) / angle) * kaiser(u / p.half);
         }
         quantise(h, taps, rows + r * taps);
     }
@@ -120,12 +104,13 @@ struct BlendedUp {
 struct BlendedDown {
     alignas(32) int16_t rows[2][kFreqScaleCount][kBlendSize];
     BlendedDown() {
+        const Kaiser kaiser(5);
         constexpr int half = kBlendTaps / 2;
         double window[kBlendPhases + 1][kBlendTaps]; // over the place
         for (int r = 0; r <= kBlendPhases; ++r) {
             for (int j = 0; j < kBlendTaps; ++j) {
                 const double u = placeOf(j, kBlendTaps, static_cast<double>(r) / kBlendPhases);
-                window[r][j] = u == 0 ? 0 : kaiser(u / half, kBlendedDownBeta) / u;
+                window[r][j] = u == 0 ? 0 : kaiser(u / half) / u;
             }
         }
         for (int rate = 0; rate < 2; ++rate) {

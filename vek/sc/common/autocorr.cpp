@@ -1,12 +1,12 @@
 // Autocorrelation in its forms: saturated sums, normalised with an exponent, the analysis of G.723.1.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <numbers>
 
 #include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/common/table.h"
 #include "veksc_signal.h"
 
 using namespace vek;
@@ -20,14 +20,8 @@ constexpr int kG723Lags = 11;
 constexpr int16_t kBinomial[kG723Lags - 1] = {32749, 32695, 32604, 32477, 32315, 32118, 31887, 31622, 31324, 30995};
 
 // Hamming window, Q15.
-const std::array<int16_t, kG723Window> g_hamming = [] {
-    std::array<int16_t, kG723Window> w{};
-    for (int n = 0; n < kG723Window; ++n) {
-        const double v = 0.54 - 0.46 * std::cos(2 * std::numbers::pi * n / (kG723Window - 1));
-        w[static_cast<size_t>(n)] = fix::sat16(static_cast<int32_t>(std::lround(32768 * v)));
-    }
-    return w;
-}();
+const auto g_hamming = tableOf<int16_t, kG723Window>(
+    15, [](int n) { return 0.54 - 0.46 * std::cos(2 * std::numbers::pi * n / (kG723Window - 1)); });
 
 // Shift that brings the sum of lag 0 to 31 bits, positive to the left.
 int exponentOf(int64_t r0) {

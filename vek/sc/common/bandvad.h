@@ -10,6 +10,8 @@
 
 namespace vek::bandvad {
 
+using namespace fix;
+
 // One step of an all-pass filter of first order.
 inline Vek16s allPass(Vek16s x, Vek16s& memory, Vek16s c) {
     const Vek16s before = memory;
@@ -109,10 +111,24 @@ inline Vek16s level(const Vek16s* data, int count, int fresh, int step, int scal
     return fix::extract_h(fix::L_shl(sum, scale));
 }
 
+// A band behind the filters: its samples stand `step` apart from `first` on, and the last `ahead` of them count for the
+// next frame.
+struct Band {
+    int ahead, step, first, scale;
+};
+
+template <int Length, int Bands>
+[[gnu::always_inline]] inline void levelsOf(const Vek16s* x, const Band (&bands)[Bands], Vek16s* kept, Vek16s* levels) {
+    for (int b = 0; b < Bands; ++b) {
+        const Band& band = bands[b];
+        const int count = Length / band.step;
+        levels[b] = level(x + band.first, count, count - band.ahead, band.step, band.scale, kept + b);
+    }
+}
+
 // Sum over the bands of the larger of level and mean over the smaller, Q6.
 template <int Bands>
 Vek16s unrest(const Vek16s (&levels)[Bands], const Vek16s (&means)[Bands]) {
-    using namespace fix;
     constexpr Vek16s kLeast = 184;
     Vek16s sum = 0;
     for (int i = 0; i < Bands; ++i) {
@@ -163,7 +179,6 @@ inline NoisePace paceOf(bool pause, bool stationary) {
 template <int Bands>
 void followNoise(const Vek16s (&levels)[Bands], const NoisePace& pace, Vek16s most, Vek16s (&oldLevels)[Bands],
                  Vek16s (&noise)[Bands]) {
-    using namespace fix;
     for (int i = 0; i < Bands; ++i) {
         const Vek16s above = sub(oldLevels[i], noise[i]);
         if (above < 0) {

@@ -4,7 +4,6 @@
 #include "sc/common/fixmath.h"
 #include "veksc_filter.h"
 
-using namespace vek;
 using namespace vek::fix;
 
 namespace {

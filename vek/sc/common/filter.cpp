@@ -7,14 +7,15 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
+#include "sc/g729/sizes.h"
 #include "sc/kernels/loops.h"
 
 namespace {
 
 using namespace vek;
 
-constexpr int kOrder = 10;
-constexpr int kSubframe = 40;
+using g729::kOrder;
+using g729::kSubframe;
 
 // Stretches of at most T samples read nothing that they write, so that each can be done at once. Apart from what is a
 // single one, which would have to save this one's registers.

@@ -10,6 +10,9 @@
 #include "sc/common/level_ns.h"
 
 namespace vek::fix {
+
+using namespace vek; // who takes these names takes the library's with them
+
 inline namespace VEK_LEVEL_NS {
 
 constexpr int32_t kMax32 = INT32_MAX;
@@ -179,6 +182,21 @@ constexpr int32_t Mpy_32(int16_t hi1, int16_t lo1, int16_t hi2, int16_t lo2) {
 }
 constexpr int32_t Mpy_32_16(int16_t hi, int16_t lo, int16_t n) {
     return L_mac(L_mult(hi, n), mult(lo, n), 1);
+}
+
+// The same products of the values themselves.
+constexpr int32_t Mpy_32(int32_t a, int32_t b) {
+    int16_t hi[2] = {};
+    int16_t lo[2] = {};
+    L_Extract(a, hi[0], lo[0]);
+    L_Extract(b, hi[1], lo[1]);
+    return Mpy_32(hi[0], lo[0], hi[1], lo[1]);
+}
+constexpr int32_t Mpy_32_16(int32_t a, int16_t n) {
+    int16_t hi = 0;
+    int16_t lo = 0;
+    L_Extract(a, hi, lo);
+    return Mpy_32_16(hi, lo, n);
 }
 
 // A wide sum times 2^-scale, cut off (a negative scale multiplies), saturated; scale -31..31.

@@ -13,6 +13,13 @@ struct HighPassMemory {
     Vek16s x1, x2;
 };
 
+struct HighPassSection {
+    Vek16s b0, b1; // symmetric numerator b0, b1, b0
+    int a1, a2;    // feedback, sign turned
+    int shift;     // from the doubled sum to a sample in the upper half
+    int outShift;  // amplification of the output alone
+};
+
 inline VekStatus initHighPass(char* pMem) {
     if (!pMem) {
         return vekStsNullPtrErr;

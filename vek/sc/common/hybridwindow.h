@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "sc/common/fixmath.h"
+#include "sc/common/table.h"
 
 namespace vek {
 
@@ -33,11 +33,7 @@ std::array<double, span> hybridWindow(int newest, double logAlpha) {
 // In Q15.
 template <size_t span>
 std::array<int16_t, span> rounded(const std::array<double, span>& window) {
-    std::array<int16_t, span> w{};
-    for (size_t n = 0; n < span; ++n) {
-        w[n] = fix::sat16(static_cast<int32_t>(std::lround(32768 * window[n])));
-    }
-    return w;
+    return tableOf<int16_t, span>(15, [&window](int n) { return window[static_cast<size_t>(n)]; });
 }
 
 } // namespace vek

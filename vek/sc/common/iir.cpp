@@ -4,16 +4,17 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/common/lpfilter.h"
+#include "sc/g723/tables.h"
+#include "sc/g729/sizes.h"
 #include "veksc_filter.h"
 
 namespace {
 
-using namespace vek;
 using namespace vek::fix;
 
-constexpr int kOrder = 10;
-constexpr int kSubframeG723 = 60;
-constexpr int kSubframeG729 = 40;
+using g729::kOrder;
+constexpr int kSubframeG723 = g723::kSubframe;
+constexpr int kSubframeG729 = g729::kSubframe;
 constexpr int kUnitQ13 = 0x2000;
 constexpr int64_t kSafe = int64_t{1} << 30;
 

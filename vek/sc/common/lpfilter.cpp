@@ -15,21 +15,13 @@ using namespace fix;
 constexpr int64_t kSafe = int64_t{1} << 30;
 constexpr int kChunk = 160;
 
-void residualStepwise(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
+// y[i] of a[0] * x[i] and, by the step, a[j] * past[i-j].
+template <auto Step>
+void filterStepwise(const int16_t* a, int order, const int16_t* x, const int16_t* past, int16_t* y, int n, int q) {
     for (int i = 0; i < n; i++) {
         int32_t s = L_mult(x[i], a[0]);
         for (int j = 1; j <= order; j++) {
-            s = L_mac(s, a[j], x[i - j]);
-        }
-        y[i] = round_s(L_shl(s, 15 - q));
-    }
-}
-
-void synthesisStepwise(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
-    for (int i = 0; i < n; i++) {
-        int32_t s = L_mult(x[i], a[0]);
-        for (int j = 1; j <= order; j++) {
-            s = L_msu(s, a[j], y[i - j]);
+            s = Step(s, a[j], past[i - j]);
         }
         y[i] = round_s(L_shl(s, 15 - q));
     }
@@ -51,7 +43,7 @@ void residualFilter(const int16_t* a, int order, const int16_t* x, int16_t* y, i
         if (gain * k.maxAbs16(x + i - order, order + c) < kSafe) {
             k.fir16(a, order, x + i, y + i, c, q);
         } else {
-            residualStepwise(a, order, x + i, y + i, c, q);
+            filterStepwise<L_mac>(a, order, x + i, x + i, y + i, c, q);
         }
     }
 }
@@ -72,7 +64,7 @@ void synthesisFilter(const int16_t* a, int order, const int16_t* x, int16_t* y, 
         // If the first wrong output existed, all before it would be right and small enough to rule it out.
         if (steps == Steps::Saturate &&
             feedback * k.maxAbs16(out - order, order + c) + input * k.maxAbs16(x, c) >= kSafe) {
-            synthesisStepwise(a, order, x, out, c, q);
+            filterStepwise<L_msu>(a, order, x, out, out, c, q);
         }
         std::memcpy(y, out, static_cast<size_t>(c) * sizeof(int16_t));
         n -= c;

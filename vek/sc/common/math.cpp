@@ -8,7 +8,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::fix;
 
 bool badScale(int scaleFactor, int largest) {

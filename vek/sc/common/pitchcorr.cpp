@@ -5,15 +5,15 @@
 
 #include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
+#include "sc/g729/sizes.h"
 #include "sc/kernels/corr.h"
 #include "veksc_filter.h"
 
-using namespace vek;
 using namespace vek::fix;
 
 namespace {
 
-constexpr int kSubframe = 40;
+using g729::kSubframe;
 
 int32_t product(const int16_t* a, const int16_t* b, int n = kSubframe) {
     return sat32(2 * corrKernels().dot16(a, b, n));
@@ -73,13 +73,7 @@ void vek::pitchCorrelations(const int16_t* exc, const int16_t* target, const int
     }
     veksInvSqrt_32s_I(energy, count);
     for (int k = 0; k < count; ++k) {
-        int16_t high = 0;
-        int16_t low = 0;
-        int16_t rootHigh = 0;
-        int16_t rootLow = 0;
-        L_Extract(cross[k], high, low);
-        L_Extract(energy[k], rootHigh, rootLow);
-        out[k] = extract_h(L_shl(Mpy_32(high, low, rootHigh, rootLow), 16));
+        out[k] = extract_h(L_shl(Mpy_32(cross[k], energy[k]), 16));
     }
 }
 

@@ -9,8 +9,6 @@
 #include "sc/common/fixmath.h"
 #include "veksc_filter.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::pulses;
 
 namespace {

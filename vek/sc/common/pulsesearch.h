@@ -2,10 +2,13 @@
 // G.729 have it: correlations, signs, matrix, and the two ways to search. Codewords are the business of each codec.
 #pragma once
 
+#include "sc/common/fixmath.h"
 #include "sc/kernels/pulses.h"
 #include "vekdefs.h"
 
 namespace vek::pulses {
+
+using namespace fix;
 
 // The pulses found, by position, and the sign of each position: 32767 or -32767.
 struct PulsesFound {

@@ -1,11 +1,8 @@
 // Lapped transform of G.722.1 and the 128-point Fourier transform of the voice activity detector.
-#include <array>
-#include <cmath>
 #include <cstring>
-#include <numbers>
 
-#include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/common/table.h"
 #include "sc/kernels/lapped.h"
 #include "sc/kernels/transform.h"
 #include "veksc_signal.h"
@@ -16,19 +13,9 @@ namespace {
 
 constexpr int kMaxBlock = 640;
 
-// sin(pi (n + 1/2) / (2 len)), Q15.
-template <int LEN>
-std::array<int16_t, LEN> sineWindow() {
-    std::array<int16_t, LEN> w{};
-    for (int n = 0; n < LEN; ++n) {
-        const double v = std::sin(std::numbers::pi * (n + 0.5) / (2 * LEN));
-        w[static_cast<size_t>(n)] = fix::sat16(static_cast<int32_t>(std::lround(32768 * v)));
-    }
-    return w;
-}
-
-const std::array<int16_t, 320> g_window320 = sineWindow<320>();
-const std::array<int16_t, 640> g_window640 = sineWindow<640>();
+// Rising halves of windows, Q15.
+const auto g_window320 = sineWindow<int16_t, 320>(15);
+const auto g_window640 = sineWindow<int16_t, 640>(15);
 
 using Fold = void (*)(const int16_t*, const int16_t*, const int16_t*, int16_t*, int);
 

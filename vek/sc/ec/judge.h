@@ -57,18 +57,18 @@ public:
     void init(int frameSize, int sampleFreq) {
         *this = Judge{};
         const double seconds = static_cast<double>(frameSize) / sampleFreq;
-        m_keep = std::exp(-seconds / 0.032);
-        m_tail = std::exp(-seconds / 0.1);
-        m_rise = std::exp(seconds / 4);
-        m_holdFrames = static_cast<int>(std::ceil(0.06 / seconds));
-        m_anewFrames = static_cast<int>(std::ceil(1 / seconds));
+        m_pace.keep = std::exp(-seconds / 0.032);
+        m_pace.tail = std::exp(-seconds / 0.1);
+        m_pace.rise = std::exp(seconds / 4);
+        m_pace.hold = static_cast<int>(std::ceil(0.06 / seconds));
+        m_pace.anew = static_cast<int>(std::ceil(1 / seconds));
     }
 
     // A frame: powers of both ends, the near end's peak against the most that the far end could make of it.
     // Gives the step, 0..kLargestStep.
     double step(double far, double near, double nearPeak, double farPeak) {
-        m_near.add(near, m_keep);
-        m_farPeak = std::fmax(farPeak, m_farPeak * m_tail);
+        m_near.add(near, m_pace.keep);
+        m_farPeak = std::fmax(farPeak, m_farPeak * m_pace.tail);
         m_silent = far < kSilence;
         bool sign = nearPeak > 0.9 * m_farPeak && near > kSilence;
         // Above the best result once reached: talk, or, when it lasts, another path.
@@ -77,16 +77,16 @@ public:
             const bool worse = m_best < 0.25 && left > 6 * m_best + 0.01;
             m_worseFrames = worse ? m_worseFrames + 1 : 0;
             sign = worse;
-            if (m_worseFrames > m_anewFrames) {
+            if (m_worseFrames > m_pace.anew) {
                 m_best = 1;
                 m_worseFrames = 0;
                 m_hold = 0;
                 sign = false;
             }
         }
-        m_hold = sign ? m_holdFrames : m_hold > 0 ? m_hold - 1 : 0;
+        m_hold = sign ? m_pace.hold : m_hold > 0 ? m_hold - 1 : 0;
         if (m_hold == 0 && !m_silent && m_judged) {
-            m_best = std::fmin(left, std::fmin(m_best * m_rise, 1));
+            m_best = std::fmin(left, std::fmin(m_best * m_pace.rise, 1));
         }
         m_factor = m_hold > 0 ? std::fmax(m_factor * 0.35, 1.0 / 64) : std::fmin(m_factor * 1.5, 1);
         return m_silent ? 0 : kLargestStep * m_factor;
@@ -94,7 +94,7 @@ public:
 
     // What the fixed filter has left of the frame.
     void leave(double fixedError) {
-        m_fixed.add(fixedError, m_keep);
+        m_fixed.add(fixedError, m_pace.keep);
         m_judged = true;
     }
 
@@ -104,20 +104,23 @@ public:
         if (!doubleTalk() && !m_silent && m_near.value() > kNothing) {
             target = std::fmin(std::fmax(std::sqrt(m_fixed.value() / m_near.value()), 0.1), 1);
         }
-        m_gain = m_keep * m_gain + (1 - m_keep) * target;
+        m_gain = m_pace.keep * m_gain + (1 - m_pace.keep) * target;
         return m_gain;
     }
 
     bool doubleTalk() const { return m_hold > 0; }
     bool silent() const { return m_silent; }
-    double keep() const { return m_keep; }
+    double keep() const { return m_pace.keep; }
 
 private:
-    double m_keep = 0;
-    double m_tail = 0;
-    double m_rise = 0;
-    int m_holdFrames = 0;
-    int m_anewFrames = 0;
+    // By the length of a frame: what stays of a mean and of a peak, how fast the best result is forgotten, and for how
+    // many frames talk is held and a worse result lasts before all begins anew.
+    struct Pace {
+        double keep = 0, tail = 0, rise = 0;
+        int hold = 0, anew = 0;
+    };
+
+    Pace m_pace;
     Mean m_near;
     Mean m_fixed;
     double m_farPeak = 0;

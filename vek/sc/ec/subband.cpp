@@ -92,17 +92,22 @@ VekStatus init(void* pState, int order, int frameSize, int windowLen, const S* p
     return vekStsNoErr;
 }
 
-// What all transforms take: a state that has had its start.
-template <typename T, typename In, typename Out>
-VekStatus take(const In* in, const Out* out, void* pState, int scaleFactor, const Vek8u* pBuf, Process<T>*& process) {
+// Calls transform(process, fold) on a state that has had its start, with the room that the caller lends.
+template <typename T, typename In, typename Out, typename Transform>
+[[gnu::always_inline]] inline VekStatus run(const In* in, const Out* out, void* pState, int scaleFactor, Vek8u* pBuf,
+                                            Transform transform) {
     if (anyNull(in, out, pBuf) || pState == nullptr) {
         return vekStsNullPtrErr;
     }
     if (badScale(scaleFactor)) {
         return vekStsScaleRangeErr;
     }
-    process = ec::placeOf<Process<T>>(pState);
-    return process->mark != markOf<T>() ? vekStsStateErr : vekStsNoErr;
+    Process<T>& process = *ec::placeOf<Process<T>>(pState);
+    if (process.mark != markOf<T>()) {
+        return vekStsStateErr;
+    }
+    transform(process, ec::placeOf<Work<T>>(pBuf)->fold);
+    return vekStsNoErr;
 }
 
 double powerOfTwo(int exponent) {
@@ -146,62 +151,46 @@ VekStatus veksSubbandProcessInit_32f(VeksSubbandProcessState_32f* pState, int or
 
 VekStatus veksSubbandAnalysis_16s32sc_Sfs(const Vek16s* pSignal, Vek32sc* pSubbands,
                                           VeksSubbandProcessState_16s* pState, int scaleFactor, Vek8u* pBuf) {
-    Process<double>* process = nullptr;
-    if (const VekStatus status = take(pSignal, pSubbands, pState, scaleFactor, pBuf, process); status != vekStsNoErr) {
-        return status;
-    }
-    Process<double>& p = *process;
-    Vek64fc spectrum[kMaxFoldPoints / 2 + 1];
-    const FoldKernels& kernels = foldKernels();
-    kernels.widen16(pSignal, dropOldest(p), p.frameSize);
-    kernels.analyse64f(p.order, p.history(), p.analysisWindow(), p.windowLen, ec::placeOf<Work<double>>(pBuf)->fold,
-                       spectrum);
-    kernels.round32(&spectrum[0].re, powerOfTwo(-scaleFactor), &pSubbands[0].re, (1 << p.order) + 2);
-    return vekStsNoErr;
+    return run<double>(
+        pSignal, pSubbands, pState, scaleFactor,
+        pBuf, [&](Process<double> & p, double* fold) __attribute__((always_inline)) {
+            Vek64fc spectrum[kMaxFoldPoints / 2 + 1];
+            const FoldKernels& kernels = foldKernels();
+            kernels.widen16(pSignal, dropOldest(p), p.frameSize);
+            kernels.analyse64f(p.order, p.history(), p.analysisWindow(), p.windowLen, fold, spectrum);
+            kernels.round32(&spectrum[0].re, powerOfTwo(-scaleFactor), &pSubbands[0].re, (1 << p.order) + 2);
+        });
 }
 
 VekStatus veksSubbandAnalysis_32f32fc(const Vek32f* pSignal, Vek32fc* pSubbands, VeksSubbandProcessState_32f* pState,
                                       Vek8u* pBuf) {
-    Process<float>* process = nullptr;
-    if (const VekStatus status = take(pSignal, pSubbands, pState, 0, pBuf, process); status != vekStsNoErr) {
-        return status;
-    }
-    Process<float>& p = *process;
-    std::memmove(dropOldest(p), pSignal, static_cast<size_t>(p.frameSize) * sizeof(Vek32f));
-    foldKernels().analyse32f(p.order, p.history(), p.analysisWindow(), p.windowLen,
-                             ec::placeOf<Work<float>>(pBuf)->fold, pSubbands);
-    return vekStsNoErr;
+    return run<float>(pSignal, pSubbands, pState, 0, pBuf, [&](Process<float>& p, float* fold) {
+        std::memmove(dropOldest(p), pSignal, static_cast<size_t>(p.frameSize) * sizeof(Vek32f));
+        foldKernels().analyse32f(p.order, p.history(), p.analysisWindow(), p.windowLen, fold, pSubbands);
+    });
 }
 
 VekStatus veksSubbandSynthesis_32sc16s_Sfs(const Vek32sc* pSubbands, Vek16s* pSignal,
                                            VeksSubbandProcessState_16s* pState, int scaleFactor, Vek8u* pBuf) {
-    Process<double>* process = nullptr;
-    if (const VekStatus status = take(pSubbands, pSignal, pState, scaleFactor, pBuf, process); status != vekStsNoErr) {
-        return status;
-    }
-    Process<double>& p = *process;
-    // Scaled on the way in: frames of different scale factors overlap in the sums.
-    const double factor = powerOfTwo(-scaleFactor);
-    Vek64fc spectrum[kMaxFoldPoints / 2 + 1];
-    const FoldKernels& kernels = foldKernels();
-    kernels.widen32(&pSubbands[0].re, factor, &spectrum[0].re, (1 << p.order) + 2);
-    kernels.synthesise64f(p.order, spectrum, p.synthesisWindow(), p.windowLen, ec::placeOf<Work<double>>(pBuf)->fold,
-                          p.sums());
-    kernels.round16(p.sums(), 1, pSignal, p.frameSize);
-    dropFrame(p);
-    return vekStsNoErr;
+    return run<double>(
+        pSubbands, pSignal, pState, scaleFactor,
+        pBuf, [&](Process<double> & p, double* fold) __attribute__((always_inline)) {
+            // Scaled on the way in: frames of different scale factors overlap in the sums.
+            const double factor = powerOfTwo(-scaleFactor);
+            Vek64fc spectrum[kMaxFoldPoints / 2 + 1];
+            const FoldKernels& kernels = foldKernels();
+            kernels.widen32(&pSubbands[0].re, factor, &spectrum[0].re, (1 << p.order) + 2);
+            kernels.synthesise64f(p.order, spectrum, p.synthesisWindow(), p.windowLen, fold, p.sums());
+            kernels.round16(p.sums(), 1, pSignal, p.frameSize);
+            dropFrame(p);
+        });
 }
 
 VekStatus veksSubbandSynthesis_32fc32f(const Vek32fc* pSubbands, Vek32f* pSignal, VeksSubbandProcessState_32f* pState,
                                        Vek8u* pBuf) {
-    Process<float>* process = nullptr;
-    if (const VekStatus status = take(pSubbands, pSignal, pState, 0, pBuf, process); status != vekStsNoErr) {
-        return status;
-    }
-    Process<float>& p = *process;
-    foldKernels().synthesise32f(p.order, pSubbands, p.synthesisWindow(), p.windowLen,
-                                ec::placeOf<Work<float>>(pBuf)->fold, p.sums());
-    std::memcpy(pSignal, p.sums(), static_cast<size_t>(p.frameSize) * sizeof(Vek32f));
-    dropFrame(p);
-    return vekStsNoErr;
+    return run<float>(pSubbands, pSignal, pState, 0, pBuf, [&](Process<float>& p, float* fold) {
+        foldKernels().synthesise32f(p.order, pSubbands, p.synthesisWindow(), p.windowLen, fold, p.sums());
+        std::memcpy(pSignal, p.sums(), static_cast<size_t>(p.frameSize) * sizeof(Vek32f));
+        dropFrame(p);
+    });
 }

@@ -116,27 +116,28 @@ struct ToneForm<Vek32f> {
     static constexpr double scale = 1;
 };
 
-VekStatus sizeOf(int freq, int* pSize) {
-    if (anyNull(pSize)) {
+VekStatus check(const void* p, int freq) {
+    if (anyNull(p)) {
         return vekStsNullPtrErr;
     }
-    if (!ec::knownRate(freq)) {
-        return vekStsBadArgErr;
+    return ec::knownRate(freq) ? vekStsNoErr : vekStsBadArgErr;
+}
+
+VekStatus sizeOf(int freq, int* pSize) {
+    const VekStatus status = check(pSize, freq);
+    if (status == vekStsNoErr) {
+        *pSize = ec::bytesOf<Detector>(0);
     }
-    *pSize = ec::bytesOf<Detector>(0);
-    return vekStsNoErr;
+    return status;
 }
 
 template <typename T>
 VekStatus init(void* pState, int freq) {
-    if (anyNull(pState)) {
-        return vekStsNullPtrErr;
+    const VekStatus status = check(pState, freq);
+    if (status == vekStsNoErr) {
+        *ec::placeOf<Detector>(pState) = {ToneForm<T>::mark, freq / 100, 0, kGap + 1, -1, 0, 0, 0, 0, 0, 1, 1};
     }
-    if (!ec::knownRate(freq)) {
-        return vekStsBadArgErr;
-    }
-    *ec::placeOf<Detector>(pState) = {ToneForm<T>::mark, freq / 100, 0, kGap + 1, -1, 0, 0, 0, 0, 0, 1, 1};
-    return vekStsNoErr;
+    return status;
 }
 
 template <typename T>

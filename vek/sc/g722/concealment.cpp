@@ -10,7 +10,6 @@
 #include "sc/g722/subband.h"
 #include "veksc_g722.h"
 
-using namespace vek;
 using namespace vek::fix;
 
 namespace {

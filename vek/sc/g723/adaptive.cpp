@@ -6,8 +6,6 @@
 #include "sc/kernels/corr.h"
 #include "veksc_g723.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g723;
 
 namespace {

@@ -4,8 +4,6 @@
 #include "sc/kernels/corr.h"
 #include "veksc_g723.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g723;
 
 VekStatus veksHighPassFilter_G723_16s(const Vek16s* pSrc, Vek16s* pDst, Vek32s* pMem) {

@@ -4,8 +4,6 @@
 #include "sc/g723/tables.h"
 #include "veksc_g723.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g723;
 
 VekStatus veksLevinsonDurbin_G723_16s(const Vek16s* pSrc, Vek16s* pResultPk2, Vek16s* pSrcDstErr, Vek16s* pLPC) {

@@ -5,8 +5,6 @@
 #include "sc/g723/tables.h"
 #include "veksc_g723.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g723;
 
 namespace {

@@ -8,8 +8,10 @@
 
 namespace vek::g723 {
 
+using namespace fix;
+
 constexpr int kSubframe = 60;
-constexpr int kFrame = 240;
+constexpr int kFrame = 4 * kSubframe;
 constexpr int kOrder = 10;
 constexpr int kHistory = 148;
 constexpr int kLeastDelay = 18;

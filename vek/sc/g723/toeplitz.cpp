@@ -7,8 +7,6 @@
 #include "sc/kernels/loops.h"
 #include "veksc_g723.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g723;
 
 namespace {

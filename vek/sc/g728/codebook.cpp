@@ -9,7 +9,6 @@
 #include "sc/kernels/g728shapes.h"
 #include "veksc_g728.h"
 
-using namespace vek;
 using namespace vek::g728;
 
 namespace {

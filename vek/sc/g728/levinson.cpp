@@ -10,7 +10,6 @@
 #include "sc/kernels/g728recursion.h"
 #include "veksc_g728.h"
 
-using namespace vek;
 using namespace vek::g728;
 
 namespace {

@@ -11,7 +11,6 @@
 #include "sc/kernels/corr.h"
 #include "veksc_g728.h"
 
-using namespace vek;
 using namespace vek::g728;
 
 namespace {
@@ -19,10 +18,6 @@ namespace {
 constexpr int kFrame = 20;
 constexpr int kWindow = 100;
 constexpr int kDecimation = 4;
-constexpr int kFine = 3;
-constexpr int kAround = 6;
-// The period before is kept from 0.4 of the new one's gain on.
-constexpr int64_t kKeptGain = 13107; // Q15
 
 // Elliptic filter of order 3, cut off at 1 kHz: zeros in Q19, poles in Q13; the output has 8 fraction bits.
 constexpr int64_t kZeros[4] = {18721, -3668, -3668, 18721};
@@ -86,6 +81,10 @@ VekStatus veksPostFilterAdapterInit_G728(VeksPostFilterAdapterState_G728* pMem) 
 
 VekStatus veksPitchPeriodExtraction_G728_16s(const Vek16s* pSrc, int* pSrcDstPitch,
                                              VeksPostFilterAdapterState_G728* pMem) {
+    constexpr int kFine = 3;
+    constexpr int kAround = 6;
+    // The period before is kept from 0.4 of the new one's gain on.
+    constexpr int64_t kKeptGain = 13107; // Q15
     if (anyNull(pSrc, pSrcDstPitch, pMem)) {
         return vekStsNullPtrErr;
     }

@@ -11,7 +11,6 @@
 #include "sc/kernels/g728.h"
 #include "veksc_g728.h"
 
-using namespace vek;
 using namespace vek::g728;
 
 namespace {

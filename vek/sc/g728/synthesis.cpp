@@ -6,7 +6,6 @@
 #include "sc/kernels/g728.h"
 #include "veksc_g728.h"
 
-using namespace vek;
 using namespace vek::g728;
 
 namespace {
@@ -82,8 +81,12 @@ void addExcited(Speech& memory, const int64_t* response, int excSfs, Vek16s* exc
     *sfs = static_cast<Vek16s>(memory.newest(speech));
 }
 
-bool badShifts(int excSfs) {
-    return excSfs < 0 || excSfs > kMostExcShifts;
+template <typename... P>
+VekStatus checkExcited(int excSfs, const P*... p) {
+    if (anyNull(p...)) {
+        return vekStsNullPtrErr;
+    }
+    return excSfs < 0 || excSfs > kMostExcShifts ? vekStsScaleRangeErr : vekStsNoErr;
 }
 
 } // namespace
@@ -99,11 +102,9 @@ VekStatus veksSynthesisFilterInit_G728_16s(VeksSynthesisFilterState_G728* pMem) 
 VekStatus veksSyntesisFilterZeroInput_G728_16s(const Vek16s* pSrcLPC, Vek16s* pSrcDstExc, int excSfs,
                                                Vek16s* pDstSpeech, Vek16s* pSpeechSfs,
                                                VeksSynthesisFilterState_G728* pMem) {
-    if (anyNull(pSrcLPC, pSrcDstExc, pDstSpeech, pSpeechSfs, pMem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badShifts(excSfs)) {
-        return vekStsScaleRangeErr;
+    if (const VekStatus status = checkExcited(excSfs, pSrcLPC, pSrcDstExc, pDstSpeech, pSpeechSfs, pMem);
+        status != vekStsNoErr) {
+        return status;
     }
     return SynthesisState::with(pMem, [&](Speech& memory) {
         int16_t aligned[kPredictSpan];
@@ -153,11 +154,9 @@ VekStatus veksCombinedFilterZeroInput_G728_16s(const Vek16s* pSrcLPC, const Vek1
 VekStatus veksCombinedFilterZeroState_G728_16s(const Vek16s* pSrcLPC, const Vek16s* pCoeffs, Vek16s* pSrcDstExc,
                                                int excSfs, Vek16s* pDstSpeech, Vek16s* pSpeechSfs,
                                                VeksCombinedFilterState_G728* pMem) {
-    if (anyNull(pSrcLPC, pCoeffs, pSrcDstExc, pDstSpeech, pSpeechSfs, pMem)) {
-        return vekStsNullPtrErr;
-    }
-    if (badShifts(excSfs)) {
-        return vekStsScaleRangeErr;
+    if (const VekStatus status = checkExcited(excSfs, pSrcLPC, pCoeffs, pSrcDstExc, pDstSpeech, pSpeechSfs, pMem);
+        status != vekStsNoErr) {
+        return status;
     }
     return CombinedState::with(pMem, [&](auto& content) {
         int64_t response[kVector];

@@ -5,6 +5,8 @@
 
 namespace vek::g728 {
 
+using namespace vek;
+
 constexpr int kVector = 5;
 constexpr int kOrder = 50;
 constexpr int kShortOrder = 10;

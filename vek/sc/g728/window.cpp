@@ -12,20 +12,15 @@
 #include "sc/common/signal_check.h"
 #include "sc/g728/tables.h"
 #include "sc/kernels/corr.h"
+#include "sc/kernels/g728.h"
 #include "sc/kernels/hybrid.h"
 #include "veksc_g728.h"
 
-using namespace vek;
 using namespace vek::g728;
 
 namespace {
 
 constexpr int kLongest = kOrder + 20 + 35;
-constexpr int kBlocks = kLongest / kVector;
-constexpr int kMostShifts = 15;
-// Bits that the kept sums may have, and by how many more they may grow for a finer scale.
-constexpr int kKeptBits = 38;
-constexpr int kRoom = 20;
 
 struct Shape {
     int order;
@@ -54,7 +49,7 @@ struct History {
     int32_t scale = 0;
     int64_t kept[kOrder + 1] = {};
     Vek16s samples[kLongest] = {};
-    Vek16s shifts[kBlocks] = {};
+    Vek16s shifts[kLongest / kVector] = {};
 };
 using WindowState = Marked<History, 0x57484b38>;
 
@@ -70,6 +65,9 @@ void take(History& history, const Shape& shape, const Vek16s* src) {
 
 // The samples have `shifts` fraction bits; pDst may be null.
 void correlate(History& history, const Shape& shape, const Vek16s* samples, int shifts, Vek16s* pDst) {
+    // Bits that the kept sums may have, and by how many more they may grow for a finer scale.
+    static constexpr int kKeptBits = 38;
+    static constexpr int kRoom = 20;
     const int count = shape.order + 1;
     int64_t frame[kOrder + 1];
     int64_t newest[kOrder + 1];
@@ -163,7 +161,7 @@ VekStatus veksWinHybridBlock_G728_16s(int bfi, const Vek16s* pSrc, const Vek16s*
     }
     constexpr int fresh = 4;
     for (int b = 0; b < fresh; ++b) {
-        if (pSrcSfs[b] < 0 || pSrcSfs[b] > kMostShifts) {
+        if (pSrcSfs[b] < 0 || pSrcSfs[b] > kG728MostShifts) {
             return vekStsScaleRangeErr;
         }
     }

@@ -12,8 +12,6 @@
 #include "veksc_g729pitch.h"
 #include "veksc_g729post.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
 namespace {

@@ -13,8 +13,6 @@
 #include "sc/kernels/loops.h"
 #include "veksc_g729pitch.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
 namespace {

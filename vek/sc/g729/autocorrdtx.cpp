@@ -1,32 +1,25 @@
 // Autocorrelation of the speech analysis of G.729 with the lags that voice activity detection asks for.
-#include <array>
 #include <cmath>
 #include <numbers>
 
 #include "sc/common/correlate.h"
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/common/table.h"
 #include "veksc_g729post.h"
 
-using namespace vek;
 using namespace vek::fix;
 
 namespace {
 
 constexpr int kSpan = 240;
 constexpr int kRise = 200;
-constexpr int kLags = 13;
 
 // Half a Hamming window and a quarter of a cosine, Q15.
-const std::array<Vek16s, kSpan> g_window = [] {
-    std::array<Vek16s, kSpan> w{};
-    for (int n = 0; n < kSpan; ++n) {
-        const double v = n < kRise ? 0.54 - 0.46 * std::cos(2 * std::numbers::pi * n / (2 * kRise - 1))
-                                   : std::cos(2 * std::numbers::pi * (n - kRise) / (4 * (kSpan - kRise) - 1));
-        w[static_cast<size_t>(n)] = sat16(static_cast<int32_t>(std::lround(32768 * v)));
-    }
-    return w;
-}();
+const auto g_window = tableOf<Vek16s, kSpan>(15, [](int n) {
+    return n < kRise ? 0.54 - 0.46 * std::cos(2 * std::numbers::pi * n / (2 * kRise - 1))
+                     : std::cos(2 * std::numbers::pi * (n - kRise) / (4 * (kSpan - kRise) - 1));
+});
 
 } // namespace
 
@@ -34,6 +27,7 @@ VekStatus veksAutoCorr_G729B(const Vek16s* pSrcSpch, Vek16s* pResultAutoCorrExp,
     if (anyNull(pSrcSpch, pResultAutoCorrExp, pDstAutoCorr)) {
         return vekStsNullPtrErr;
     }
+    constexpr int kLags = 13;
     const CorrKernels& kernels = corrKernels();
     alignas(32) Vek16s x[kSpan + kCorrPadding] = {};
     kernels.window16(pSrcSpch, g_window.data(), x, kSpan);

@@ -10,6 +10,25 @@ namespace vek::g729 {
 // Samples of even, and of odd, index before the frame.
 constexpr int kHalfHistory = (kLongestDelay + 1) / 2;
 
+/// A frame's samples of even and of odd index, with the history before them: x[2k] and x[2k+1], k = -72..39.
+template <class T>
+struct Phases {
+    T even[kHalfHistory + kHalfFrame];
+    T odd[kHalfHistory + kHalfFrame];
+
+    explicit Phases(const T* x) {
+        even[0] = 0; // x[-144] is not there, and no delay reaches it
+        odd[0] = x[-kLongestDelay];
+        for (int k = 1; k < kHalfHistory + kHalfFrame; ++k) {
+            even[k] = x[2 * (k - kHalfHistory)];
+            odd[k] = x[2 * (k - kHalfHistory) + 1];
+        }
+    }
+
+    const T* now() const { return even + kHalfHistory; }
+    const T* past(int lag) const { return (lag % 2 == 0 ? even : odd) + kHalfHistory - (lag + 1) / 2; }
+};
+
 /// The delay of the largest of three peaks; a peak about twice or three times as far as a shorter one first gives that
 /// a share of itself (clause A.3.4). `search` finds the peak of a range, takes a delay where it is better, and
 /// normalises a peak; the last two add a quarter and a fifth of a peak's value to that of another.

@@ -9,7 +9,6 @@
 #include "sc/kernels/floatdot.h"
 #include "veksc_g729post.h"
 
-using namespace vek;
 using namespace vek::g729;
 
 namespace {
@@ -24,22 +23,16 @@ struct Peak {
 // Correlations of every second sample with those of each delay.
 class HalfSearch {
 public:
-    explicit HalfSearch(const Vek32f* x) {
-        m_even[0] = 0; // x[-144] is not there, and no delay reaches it
-        m_odd[0] = x[-kLongestDelay];
-        for (int k = 1; k < kHalfHistory + kHalfFrame; ++k) {
-            m_even[k] = x[2 * (k - kHalfHistory)];
-            m_odd[k] = x[2 * (k - kHalfHistory) + 1];
-        }
+    explicit HalfSearch(const Vek32f* x) : m_phases(x) {
         // Delays 2m go over even samples, 2m - 1 over odd ones, both m down from kHalfHistory - 1.
         const FloatCorrKernels& kernels = floatCorrKernels();
         Vek32f sums[kHalfHistory];
-        kernels.corr32f(now(), m_even + 1, kHalfFrame, kHalfHistory - 10, sums);
+        kernels.corr32f(m_phases.now(), m_phases.even + 1, kHalfFrame, kHalfHistory - 10, sums);
         for (int m = 10; m < kHalfHistory; ++m) {
             m_sums[2 * m] = sums[kHalfHistory - 1 - m];
         }
         // Above 80 the odd delays are tried beside the best one only, which is cheaper alone.
-        kernels.corr32f(now(), m_odd + kHalfHistory - 40, kHalfFrame, 30, sums);
+        kernels.corr32f(m_phases.now(), m_phases.odd + kHalfHistory - 40, kHalfFrame, 30, sums);
         for (int m = 11; m <= 40; ++m) {
             m_sums[2 * m - 1] = sums[40 - m];
         }
@@ -55,23 +48,19 @@ public:
         return best;
     }
     void take(Peak& best, int lag) const {
-        const Vek32f sum = floatDotKernels().dot32f(now(), past(lag), kHalfFrame);
+        const Vek32f sum = floatDotKernels().dot32f(m_phases.now(), m_phases.past(lag), kHalfFrame);
         if (sum > best.value) {
             best = {lag, sum};
         }
     }
     void normalise(Peak& best) const {
         constexpr Vek32f silence = 0.01F;
-        const Vek32f* from = past(best.lag);
+        const Vek32f* from = m_phases.past(best.lag);
         best.value /= std::sqrt(floatDotKernels().dot32f(from, from, kHalfFrame) + silence);
     }
 
 private:
-    const Vek32f* now() const { return m_even + kHalfHistory; }
-    const Vek32f* past(int lag) const { return (lag % 2 == 0 ? m_even : m_odd) + kHalfHistory - (lag + 1) / 2; }
-
-    Vek32f m_even[kHalfHistory + kHalfFrame];
-    Vek32f m_odd[kHalfHistory + kHalfFrame];
+    Phases<Vek32f> m_phases;
     Vek32f m_sums[kLongestDelay + 1];
 };
 

@@ -6,7 +6,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::fourpulses;
 
 constexpr int kEntries = 75;

@@ -4,11 +4,14 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "sc/common/fixmath.h"
 #include "sc/g729/sizes.h"
 #include "sc/kernels/fourpulses.h"
 #include "vekdefs.h"
 
 namespace vek::fourpulses {
+
+using namespace fix;
 
 using g729::kSubframe;
 using g729::kTracks;

@@ -9,8 +9,6 @@
 
 namespace vek::g729 {
 
-using namespace vek::fix;
-
 namespace {
 
 constexpr int kPast = 4;
@@ -72,7 +70,6 @@ void movePastLost(Vek16s* past) {
 
 namespace {
 
-using namespace vek;
 using namespace vek::g729;
 
 constexpr int kMostCode = 127;

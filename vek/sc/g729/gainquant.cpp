@@ -14,8 +14,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
 constexpr int kGainBits = 14; // of the adaptive gain

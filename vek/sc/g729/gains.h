@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "sc/g729/sizes.h"
 #include "vekdefs.h"
 
 namespace vek::g729 {

@@ -13,7 +13,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::g729;
 
 // With a tamed filter: the bound of the adaptive gain.

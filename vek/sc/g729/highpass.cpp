@@ -8,19 +8,14 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::fix;
 
-struct Section {
-    Vek16s b0, b1; // symmetric numerator b0, b1, b0
-    int a1, a2;    // feedback, sign turned
-    int shift;     // from the doubled sum to a sample in the upper half
-    int outShift;  // amplification of the output alone
-    int loud;      // with inputs up to here no step of the sum saturates
+struct Section : HighPassSection {
+    int loud; // with inputs up to here no step of the sum saturates
 };
 
-constexpr Section kPre = {1899, -3798, 7807, -3733, 3, 0, 32768};
-constexpr Section kPost = {7699, -15398, 15836, -7667, 2, 1, 9800};
+constexpr Section kPre = {{1899, -3798, 7807, -3733, 3, 0}, 32768};
+constexpr Section kPost = {{7699, -15398, 15836, -7667, 2, 1}, 9800};
 
 template <Section F>
 int64_t feedback(const HighPassMemory& m) {

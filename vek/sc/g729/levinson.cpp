@@ -9,11 +9,8 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::fix;
 
-constexpr int kMaxOrder = kMostLevinson;
-constexpr int kOrderB = 10;
 constexpr int kStable = 32750;
 
 // A 32-bit value as upper half and the 15 bits below.
@@ -55,12 +52,12 @@ Split remaining(Split error, Split k, int& exp) {
 }
 
 VekStatus levinson(const Vek32s* r, int order, Vek16s* a, Vek16s* rc, Vek16s* err) {
-    Split lag[kMaxOrder + 1];
+    Split lag[kMostLevinson + 1];
     for (int i = 0; i <= order; ++i) {
         lag[i] = split(r[i]);
     }
-    Vek16s reflection[kMaxOrder];
-    Split buffers[2][kMaxOrder + 1];
+    Vek16s reflection[kMostLevinson];
+    Split buffers[2][kMostLevinson + 1];
     Split* now = buffers[0];
     Split* next = buffers[1];
     int32_t k = negativeQuotient(sat32(int64_t{lag[1].hi} * 65536 + lag[1].lo * 2), lag[0]);
@@ -102,7 +99,7 @@ VekStatus levinson(const Vek32s* r, int order, Vek16s* a, Vek16s* rc, Vek16s* er
 
 template <class... P>
 VekStatus check(int order, const P*... p) {
-    return anyNull(p...) ? vekStsNullPtrErr : order < 1 || order > kMaxOrder ? vekStsSizeErr : vekStsNoErr;
+    return anyNull(p...) ? vekStsNullPtrErr : order < 1 || order > kMostLevinson ? vekStsSizeErr : vekStsNoErr;
 }
 
 } // namespace
@@ -119,6 +116,7 @@ VekStatus veksLevinsonDurbin_G729_32s16s(const Vek32s* pSrc, int order, Vek16s* 
 }
 
 VekStatus veksLevinsonDurbin_G729B(const Vek32s* pSrc, Vek16s* pDstLPC, Vek16s* pDstRC, Vek16s* pResultErr) {
+    constexpr int kOrderB = 10;
     return veksLevinsonDurbin_G729_32s16s(pSrc, kOrderB, pDstLPC, pDstRC, pResultErr);
 }
 

@@ -13,15 +13,9 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
-constexpr int kWideGap = 10;
-constexpr int kNarrowGap = 5;
-constexpr int kLowest = 40;
-constexpr int kHighest = 25681;
-constexpr int kLeastDistance = 321;
+constexpr LsfBounds<int> kBounds = {10, 5, 40, 25681, 321};
 
 // Rows of the codebooks that a choice of indices stands for.
 struct Rows {
@@ -56,11 +50,11 @@ void codeVector(const Rows& rows, Vek16s* code) {
     int lack = 0;
 #pragma GCC unroll 10
     for (int i = 1; i < kOrder; ++i) {
-        lack |= code[i] - code[i - 1] - kWideGap + 1;
+        lack |= code[i] - code[i - 1] - kBounds.wideGap + 1;
     }
     if (lack < 0) {
-        spread(code, kWideGap);
-        spread(code, kNarrowGap);
+        spread(code, kBounds.wideGap);
+        spread(code, kBounds.narrowGap);
     }
 }
 
@@ -80,10 +74,10 @@ void push(Vek16s* previous, const Vek16s* code) {
 
 void stabilise(Vek16s* lsf) {
     // They stand in order and apart as a rule.
-    int lack = (lsf[0] - kLowest) | (kHighest - lsf[kOrder - 1]);
+    int lack = (lsf[0] - kBounds.lowest) | (kBounds.highest - lsf[kOrder - 1]);
 #pragma GCC unroll 10
     for (int i = 1; i < kOrder; ++i) {
-        lack |= lsf[i] - lsf[i - 1] - kLeastDistance;
+        lack |= lsf[i] - lsf[i - 1] - kBounds.leastDistance;
     }
     if (lack >= 0) {
         return;
@@ -94,13 +88,13 @@ void stabilise(Vek16s* lsf) {
             break;
         }
     }
-    int last = std::max<int>(lsf[0], kLowest);
+    int last = std::max<int>(lsf[0], kBounds.lowest);
     lsf[0] = static_cast<Vek16s>(last);
     for (int i = 1; i < kOrder; ++i) {
-        last = std::min(std::max<int>(lsf[i], last + kLeastDistance), 32767);
+        last = std::min(std::max<int>(lsf[i], last + kBounds.leastDistance), 32767);
         lsf[i] = static_cast<Vek16s>(last);
     }
-    lsf[kOrder - 1] = static_cast<Vek16s>(std::min(last, kHighest));
+    lsf[kOrder - 1] = static_cast<Vek16s>(std::min(last, kBounds.highest));
 }
 
 void reconstruct(const LsfPredictor& predictor, const Rows& rows, Vek16s* previous, Vek16s* lsf) {

@@ -7,6 +7,16 @@ namespace vek::g729 {
 
 constexpr int kHistory = 4;
 
+// How far apart a code vector's elements are brought, twice; where frequencies begin and end; their least distance.
+template <class T>
+struct LsfBounds {
+    T wideGap;
+    T narrowGap;
+    T lowest;
+    T highest;
+    T leastDistance;
+};
+
 // One moving-average predictor over the last four code vectors: weights Q15, newest first; what they leave of 1.0, Q15;
 // the inverse of that, Q12.
 struct LsfPredictor {

@@ -14,15 +14,10 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::g729;
 
 constexpr Vek32f kPi = 3.14159265F;
-constexpr Vek32f kWideGap = 0.0012F;
-constexpr Vek32f kNarrowGap = 0.0006F;
-constexpr Vek32f kLowest = 0.005F;
-constexpr Vek32f kHighest = 3.135F;
-constexpr Vek32f kLeastDistance = 0.0392F;
+constexpr LsfBounds<Vek32f> kBounds = {0.0012F, 0.0006F, 0.005F, 3.135F, 0.0392F};
 
 // Column by column, as the kernel takes them.
 template <size_t Rows>
@@ -81,8 +76,8 @@ void codeVector(const Choice& choice, Vek32f* code) {
         const int row = choice.half[i < kHalf ? 0 : 1];
         code[i] = g_first[i][static_cast<size_t>(choice.first)] + g_second[i][static_cast<size_t>(row)];
     }
-    spread(code, kWideGap);
-    spread(code, kNarrowGap);
+    spread(code, kBounds.wideGap);
+    spread(code, kBounds.narrowGap);
 }
 
 // Close neighbours make an element weigh more.
@@ -142,11 +137,11 @@ Vek32f choose(const Predictor& predictor, const Vek32f* lsf, const Vek32f* previ
 
 void stabilise(Vek32f* lsf) {
     std::sort(lsf, lsf + kOrder);
-    lsf[0] = std::max(lsf[0], kLowest);
+    lsf[0] = std::max(lsf[0], kBounds.lowest);
     for (int i = 1; i < kOrder; ++i) {
-        lsf[i] = std::max(lsf[i], lsf[i - 1] + kLeastDistance);
+        lsf[i] = std::max(lsf[i], lsf[i - 1] + kBounds.leastDistance);
     }
-    lsf[kOrder - 1] = std::min(lsf[kOrder - 1], kHighest);
+    lsf[kOrder - 1] = std::min(lsf[kOrder - 1], kBounds.highest);
 }
 
 int firstWord(int predictor, int first) {

@@ -14,8 +14,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
 // Chebyshev series of f (Q10, f[0] = 1.0) at x, Q10 with saturation. The products are those of split words: of the

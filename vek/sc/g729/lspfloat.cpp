@@ -8,7 +8,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::g729;
 
 float chebyshev(float x, const float* f) {

@@ -11,8 +11,6 @@
 #include "veksc_filter.h"
 #include "veksc_g729pitch.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
 namespace {
@@ -57,13 +55,7 @@ Products scaleFrame(const Vek16s* pSrc, int64_t energy, Vek16s* scaled) {
 int32_t normalised(int32_t max, int32_t energy) {
     Vek32s root = energy;
     veksInvSqrt_32s_I(&root, 1);
-    int16_t maxHigh = 0;
-    int16_t maxLow = 0;
-    int16_t rootHigh = 0;
-    int16_t rootLow = 0;
-    L_Extract(max, maxHigh, maxLow);
-    L_Extract(root, rootHigh, rootLow);
-    return Mpy_32(maxHigh, maxLow, rootHigh, rootLow);
+    return Mpy_32(max, root);
 }
 
 struct Peak {
@@ -88,24 +80,6 @@ Peak fullPeak(const Products& products, const Vek16s* x, int longest, int shorte
     best.value = extract_l(normalised(best.value, products(past, past, kFrame)));
     return best;
 }
-
-// The frame's samples of even and of odd index, history included: x[2k] and x[2k+1], k = -72..39.
-struct Phases {
-    Vek16s even[kHalfHistory + kHalfFrame];
-    Vek16s odd[kHalfHistory + kHalfFrame];
-
-    explicit Phases(const Vek16s* x) {
-        even[0] = 0; // x[-144] is not there, and no delay reaches it
-        odd[0] = x[-kLongestDelay];
-        for (int k = 1; k < kHalfHistory + kHalfFrame; ++k) {
-            even[k] = x[2 * (k - kHalfHistory)];
-            odd[k] = x[2 * (k - kHalfHistory) + 1];
-        }
-    }
-
-    const Vek16s* now() const { return even + kHalfHistory; }
-    const Vek16s* past(int lag) const { return (lag % 2 == 0 ? even : odd) + kHalfHistory - (lag + 1) / 2; }
-};
 
 class HalfSearch {
 public:
@@ -143,14 +117,11 @@ public:
 
 private:
     Products m_products;
-    Phases m_phases;
+    Phases<Vek16s> m_phases;
 };
 
 int32_t fifth(int32_t v) {
-    int16_t high = 0;
-    int16_t low = 0;
-    L_Extract(v, high, low);
-    return Mpy_32_16(high, low, 6554);
+    return Mpy_32_16(v, 6554);
 }
 
 VekStatus lagMax(const Vek16s* pSrc, int len, int lowerLag, int upperLag, int direction, Vek32s* pMax, int* pMaxLag) {

@@ -11,8 +11,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
 constexpr int kGains = 6;

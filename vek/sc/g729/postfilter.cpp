@@ -15,8 +15,6 @@
 #include "veksc_g729lp.h"
 #include "veksc_g729post.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
 namespace {

@@ -5,7 +5,6 @@
 #include "sc/kernels/loops.h"
 #include "veksc_g729lp.h"
 
-using namespace vek;
 using namespace vek::fix;
 
 namespace {

@@ -14,7 +14,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::pulses;
 using g729::kSubframe;
 using g729::kTracks;

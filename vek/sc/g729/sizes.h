@@ -1,7 +1,11 @@
 // Sizes that the functions of G.729 share.
 #pragma once
 
+#include "sc/common/fixmath.h"
+
 namespace vek::g729 {
+
+using namespace fix;
 
 constexpr int kOrder = 10;
 // Line spectral frequencies of one of the two symmetric polynomials.

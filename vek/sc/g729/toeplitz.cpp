@@ -10,8 +10,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g729;
 
 constexpr int kPositions = 8;

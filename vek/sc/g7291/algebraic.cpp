@@ -13,8 +13,6 @@
 #include "veksc_g729lp.h"
 #include "veksc_signal.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::fourpulses;
 
 namespace {

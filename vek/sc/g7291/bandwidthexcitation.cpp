@@ -10,11 +10,10 @@
 #include "sc/common/lpfilter.h"
 #include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
+#include "sc/common/table.h"
 #include "sc/g7291/envelope.h"
 #include "veksc_g7291bwe.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g7291;
 
 namespace {
@@ -33,17 +32,16 @@ using Shapes = std::array<std::array<int16_t, kTaps>, kPhases>;
 
 // Low pass of 3 kHz, a sine quotient under a raised cosine, later by sixths of a sample; Q15.
 const Shapes g_shapes = [] {
-    constexpr double pi = std::numbers::pi;
+    using std::numbers::pi;
     constexpr double cutoff = 0.75;
     constexpr int middle = kTaps / 2;
     Shapes shapes{};
     for (size_t phase = 0; phase < kPhases; ++phase) {
-        for (size_t n = 0; n < kTaps; ++n) {
-            const double x = static_cast<double>(n) - middle - static_cast<double>(phase) / kPhases;
+        shapes[phase] = tableOf<int16_t, kTaps>(15, [later = static_cast<double>(phase) / kPhases](int n) {
+            const double x = n - middle - later;
             const double quotient = x == 0 ? cutoff : std::sin(pi * cutoff * x) / (pi * x);
-            shapes[phase][n] =
-                static_cast<int16_t>(std::lround(32768 * quotient * (1 + std::cos(pi * x / (middle + 1))) / 2));
-        }
+            return quotient * (1 + std::cos(pi * x / (middle + 1))) / 2;
+        });
     }
     return shapes;
 }();

@@ -8,13 +8,13 @@
 #include <numbers>
 
 #include "sc/common/fixmath.h"
+#include "sc/common/kaiser.h"
 #include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
+#include "sc/common/table.h"
 #include "sc/g7291/envelope.h"
 #include "veksc_g7291bwe.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g7291;
 
 namespace {
@@ -55,32 +55,20 @@ constexpr int kMostGain = 3 * kEnvelopeOne; // 18 dB
 
 using Bank = std::array<std::array<int16_t, kTaps>, kBands>;
 
-// Modified Bessel function of the first kind, order 0.
-double bessel(double x) {
-    double sum = 1;
-    double term = 1;
-    for (int k = 1; k < 30; ++k) {
-        term *= x * x / (4.0 * k * k);
-        sum += term;
-    }
-    return sum;
-}
-
 // Bands of 250 Hz from 0 to 3 kHz: their ideal responses under a Kaiser window with beta = 4, Q17.
 const Bank g_bank = [] {
-    constexpr double pi = std::numbers::pi;
-    constexpr double beta = 4;
+    using std::numbers::pi;
+    const Kaiser kaiser(4);
     constexpr int middle = kTaps / 2;
     Bank bank{};
     for (size_t band = 0; band < kBands; ++band) {
         const double low = pi * static_cast<double>(band) / 16;
         const double high = low + pi / 16;
-        for (size_t n = 0; n < kTaps; ++n) {
-            const double x = static_cast<double>(n) - middle;
+        bank[band] = tableOf<int16_t, kTaps>(17, [&kaiser, low, high](int n) {
+            const int x = n - middle;
             const double ideal = x == 0 ? 1.0 / 16 : (std::sin(high * x) - std::sin(low * x)) / (pi * x);
-            const double window = bessel(beta * std::sqrt(1 - x * x / (middle * middle))) / bessel(beta);
-            bank[band][n] = static_cast<int16_t>(std::lround(131072 * ideal * window));
-        }
+            return ideal * kaiser(static_cast<double>(x) / middle);
+        });
     }
     return bank;
 }();

@@ -13,9 +13,6 @@ namespace {
 constexpr int kPoint = 26;
 constexpr int kFraction = 12;
 constexpr int kMostSections = 2;
-constexpr int kMostScale = 8;
-constexpr uint32_t kHighMark = 0x454c4831;
-constexpr uint32_t kLowMark = 0x454c4c31;
 
 // Numerator b0, b1, b0; denominator 1, a1, a2.
 struct Section {
@@ -37,8 +34,8 @@ struct Memory {
 struct Memories {
     Memory memory[kMostSections] = {};
 };
-using HighState = Marked<Memories, kHighMark>;
-using LowState = Marked<Memories, kLowMark>;
+using HighState = Marked<Memories, 0x454c4831>;
+using LowState = Marked<Memories, 0x454c4c31>;
 
 // The loop waits for the last output only: the rest of the sum is made ahead.
 inline int64_t step(const Section& s, Memory& m, int64_t x) {
@@ -63,6 +60,7 @@ VekStatus veksFilterHighpassInit_G7291_16s(void* pState) {
 }
 
 VekStatus veksFilterHighpass_G7291_16s_ISfs(Vek16s* pSrcDst, int len, void* pStateHi, int scaleFactor) {
+    constexpr int kMostScale = 8;
     if (const VekStatus status = checkSignal(len, pSrcDst, pStateHi); status != vekStsNoErr) {
         return status;
     }

@@ -2,34 +2,27 @@
 #include "sc/g7291/envelope.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
 #include <iterator>
 #include <numbers>
 
 #include "sc/common/signal_check.h"
+#include "sc/common/table.h"
 #include "sc/kernels/bandlevels.h"
 #include "sc/kernels/corr.h"
 #include "sc/kernels/transform.h"
 #include "veksc_g7291bwe.h"
 
-using namespace vek;
 using namespace vek::g7291;
 
 namespace {
 
 // The rising half of a raised cosine of 144 and the falling half of one of 112, Q15.
-const std::array<int16_t, kAnalysis> g_window = [] {
-    constexpr int rise = 72;
-    std::array<int16_t, kAnalysis> w{};
-    for (int n = 0; n < kAnalysis; ++n) {
-        const double turn = n < rise ? n / 143.0 : (n - 16) / 111.0;
-        const double v = (1 - std::cos(2 * std::numbers::pi * turn)) / 2;
-        w[static_cast<size_t>(n)] = fix::sat16(static_cast<int32_t>(std::lround(32768 * v)));
-    }
-    return w;
-}();
+const auto g_window = tableOf<int16_t, kAnalysis>(15, [](int n) {
+    const double turn = n < 72 ? n / 143.0 : (n - 16) / 111.0;
+    return (1 - std::cos(2 * std::numbers::pi * turn)) / 2;
+});
 
 } // namespace
 

@@ -8,6 +8,8 @@
 
 namespace vek::g7291 {
 
+using namespace fix;
+
 constexpr int kFrame = 160;
 constexpr int kSegment = 10;
 constexpr int kSegments = kFrame / kSegment;

@@ -10,8 +10,6 @@
 #include "sc/g7291/envelope.h"
 #include "veksc_g7291bwe.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::g7291;
 
 namespace {

@@ -2,13 +2,12 @@
 // coefficients. The transform is a fold and a cosine transform of type IV of 26 bits: forward, as many of them stand
 // behind the point as the frame allows; backward 11.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
-#include <numbers>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/signal_check.h"
+#include "sc/common/table.h"
 #include "sc/kernels/transform.h"
 #include "veksc_g7291.h"
 
@@ -17,24 +16,11 @@ using namespace vek;
 namespace {
 
 constexpr int kSize = 160;
-constexpr int kFraction = 11;
-constexpr int kMostForwardNorm = 11;
-constexpr int kMostHeadroom = 8;
-constexpr int kMostNorm = 15;
-constexpr int kRates = 12;
-constexpr int kReach = 7;
 
 // The rising half of the window; the falling one is the same backwards. Of many bits: where it is small it may stand
 // over the only loud samples of a frame.
 constexpr int kWindowBits = 30;
-const std::array<int32_t, kSize> g_window = [] {
-    std::array<int32_t, kSize> w{};
-    for (int n = 0; n < kSize; ++n) {
-        const double value = std::sin((n + 0.5) * std::numbers::pi / (2 * kSize));
-        w[static_cast<size_t>(n)] = static_cast<int32_t>(std::lround(std::ldexp(value, kWindowBits)));
-    }
-    return w;
-}();
+const auto g_window = sineWindow<int32_t, kSize>(kWindowBits);
 
 int64_t rounded(int64_t v, int shift) {
     return (v + (int64_t{1} << (shift - 1))) >> shift;
@@ -42,6 +28,8 @@ int64_t rounded(int64_t v, int shift) {
 
 // A coefficient's weight, Q14: 1 + strength * (its magnitude over the mean around it - 1), the ratio at most 2.
 struct Weights {
+    static constexpr int kReach = 7; // coefficients on either side
+
     const Vek16s* y;
     int32_t strength; // Q15
     int64_t sum = 0;
@@ -68,6 +56,8 @@ struct Weights {
 
 VekStatus veksMDCTFwd_G7291_16s(const Vek16s* pSrc, Vek16s* pSrcDst, int* pNormFactor, Vek16s* pMDCTCoeffs,
                                 int headroom) {
+    constexpr int kMostNorm = 11;
+    constexpr int kMostHeadroom = 8;
     if (anyNull(pSrc, pSrcDst, pMDCTCoeffs, pNormFactor)) {
         return vekStsNullPtrErr;
     }
@@ -82,13 +72,15 @@ VekStatus veksMDCTFwd_G7291_16s(const Vek16s* pSrc, Vek16s* pSrcDst, int* pNormF
     // A sample of 26 bits has a coefficient of 22 or more: there is something to shift away.
     const int fraction = kWindowBits - excess;
     const int room = fix::norm_l(largest);
-    const int norm = largest == 0 ? 0 : std::min(room - (16 - fraction) - headroom, kMostForwardNorm);
+    const int norm = largest == 0 ? 0 : std::min(room - (16 - fraction) - headroom, kMostNorm);
     kernels.narrow(u, kSize, fraction - norm, pMDCTCoeffs);
     *pNormFactor = norm;
     return vekStsNoErr;
 }
 
 VekStatus veksMDCTInv_G7291_16s(const Vek16s* pMDCTCoeffs, Vek16s* pMDCTPrevCoeffs, Vek16s* pDst, int normFactor) {
+    constexpr int kFraction = 11;
+    constexpr int kMostNorm = 15;
     if (anyNull(pMDCTCoeffs, pMDCTPrevCoeffs, pDst)) {
         return vekStsNullPtrErr;
     }
@@ -104,6 +96,7 @@ VekStatus veksMDCTInv_G7291_16s(const Vek16s* pMDCTCoeffs, Vek16s* pMDCTPrevCoef
 }
 
 VekStatus veksMDCTPostProcess_G7291_16s(Vek16s* pMDCTCoeffs, int rate) {
+    constexpr int kRates = 12;
     if (anyNull(pMDCTCoeffs)) {
         return vekStsNullPtrErr;
     }

@@ -5,7 +5,6 @@
 #include "veksc_g7291.h"
 #include "veksc_g729pitch.h"
 
-using namespace vek;
 using namespace vek::g729;
 
 VekStatus veksAdaptiveCodebookSearch_G7291_16s(const Vek16s* pSrcAdptTarget, const Vek16s* pSrcImpulseResponse,

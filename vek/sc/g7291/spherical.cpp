@@ -18,15 +18,9 @@ using namespace vek;
 namespace {
 
 constexpr int kBands = 18;
-constexpr int kCoefficients = 320;
-constexpr int kCoded = 280;
 constexpr int kWide = 16;
 constexpr int kMostBits = 16;
-constexpr int kWords = 11;
-constexpr int kLargestNorm = 40;
 constexpr int kMostLeaders = 32;
-constexpr int kLeastEnvelope = -11;
-constexpr int kMostEnvelope = 20;
 
 constexpr int bandSize(int band) {
     return band == kBands - 1 ? kWide / 2 : kWide;
@@ -91,6 +85,7 @@ struct Builder {
 };
 
 Codebook build(int dim, int bits) {
+    constexpr int kLargestNorm = 40;
     Builder builder{.dim = dim, .room = 1 << bits};
     for (int norm = 1; norm <= kLargestNorm; ++norm) {
         std::array<int8_t, kWide> element{};
@@ -195,6 +190,7 @@ bool badBits(const Vek16s* bits) {
 } // namespace
 
 VekStatus veksMDCTQuantFwd_G7291_16s32u(const Vek16s* pMDCTCoeffs, const Vek16s* pBitsNumber, Vek32u* pDst) {
+    constexpr int kWords = 11;
     if (anyNull(pMDCTCoeffs, pBitsNumber, pDst)) {
         return vekStsNullPtrErr;
     }
@@ -215,6 +211,10 @@ VekStatus veksMDCTQuantFwd_G7291_16s32u(const Vek16s* pMDCTCoeffs, const Vek16s*
 
 VekStatus veksMDCTQuantInv_G7291_32u16s(const Vek32u* pSrc, const Vek16s* pBitsNumber, const Vek16s* pQuantSpecEnv,
                                         Vek16s* pMDCTCoeffs) {
+    constexpr int kCoefficients = 320;
+    constexpr int kCoded = 280;
+    constexpr int kLeastEnvelope = -11;
+    constexpr int kMostEnvelope = 20;
     if (anyNull(pSrc, pBitsNumber, pQuantSpecEnv, pMDCTCoeffs)) {
         return vekStsNullPtrErr;
     }

@@ -7,7 +7,6 @@
 #include "sc/gsmamr/speechrates.h"
 #include "veksc_gsmamr.h"
 
-using namespace vek;
 using namespace vek::gsmamr;
 using vek::g729::adaptiveVectorSixths;
 using vek::g729::kPastExcitation;

@@ -11,8 +11,6 @@
 #include "sc/gsmamr/speechrates.h"
 #include "veksc_gsmamr.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::gsmamr;
 using namespace vek::pulses;
 

@@ -7,8 +7,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::gsmamr;
 
 constexpr int kWindow = 240;

@@ -9,8 +9,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::gsmamr;
 
 constexpr Vek16s kHangoverFrames = 7;

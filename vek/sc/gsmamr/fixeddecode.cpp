@@ -6,7 +6,6 @@
 #include "sc/gsmamr/speechrates.h"
 #include "veksc_gsmamr.h"
 
-using namespace vek;
 using namespace vek::gsmamr;
 
 namespace {

@@ -6,7 +6,6 @@
 #include "sc/gsmamr/linespectrum.h"
 #include "veksc_gsmamr.h"
 
-using namespace vek;
 using namespace vek::gsmamr;
 using vek::g729::kCos;
 

@@ -7,8 +7,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::gsmamr;
 
 constexpr int kMostParts = 5;

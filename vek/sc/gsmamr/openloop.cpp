@@ -13,8 +13,6 @@
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::gsmamr;
 
 constexpr int kHalf = kFrame / 2;
@@ -128,13 +126,7 @@ Vek16s normalised(const Stretch& stretch, const Peak& peak, bool fine) {
     Vek32s root = peak.energy;
     veksInvSqrt_32s_I(&root, 1);
     root = fine ? L_shl(root, 1) : root;
-    Vek16s maxHigh = 0;
-    Vek16s maxLow = 0;
-    Vek16s rootHigh = 0;
-    Vek16s rootLow = 0;
-    L_Extract(peak.correlation, maxHigh, maxLow);
-    L_Extract(root, rootHigh, rootLow);
-    const int32_t ratio = Mpy_32(maxHigh, maxLow, rootHigh, rootLow);
+    const int32_t ratio = Mpy_32(peak.correlation, root);
     return fine ? extract_h(L_shl(L_shr(ratio, stretch.down()), 15)) : extract_l(ratio);
 }
 
@@ -174,13 +166,6 @@ int searchRanges(const Stretch& stretch, int shortest, bool fine, Detectors& det
     return best.lag;
 }
 
-int32_t times(int32_t v, Vek16s weight) {
-    Vek16s high = 0;
-    Vek16s low = 0;
-    L_Extract(v, high, low);
-    return Mpy_32_16(high, low, weight);
-}
-
 // The one of five that two others at most are below, and two at most above.
 Vek16s median(const Vek16s* lags) {
     for (int i = 0; i < kPrevious - 1; ++i) {
@@ -204,9 +189,9 @@ int searchWeighted(const Stretch& stretch, const Memory& memory, Vek16s* gain, D
     int best = kLongestDelay;
     int32_t max = kMin32;
     for (int lag = kLongestDelay; lag >= kShortestDelay; --lag) {
-        int32_t value = times(stretch.correlation(lag), lagWeight[lag]);
+        int32_t value = Mpy_32_16(stretch.correlation(lag), lagWeight[lag]);
         if (near) {
-            value = times(value, nearWeight[lag]);
+            value = Mpy_32_16(value, nearWeight[lag]);
         }
         if (value >= max) {
             max = value;

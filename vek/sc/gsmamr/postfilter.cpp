@@ -10,8 +10,6 @@
 #include "sc/kernels/corr.h"
 #include "veksc_gsmamr.h"
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::gsmamr;
 
 namespace {

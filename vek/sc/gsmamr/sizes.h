@@ -1,9 +1,12 @@
 // Sizes that the functions of AMR share; many are those of G.729.
 #pragma once
 
+#include "sc/common/fixmath.h"
 #include "sc/g729/sizes.h"
 
 namespace vek::gsmamr {
+
+using namespace fix;
 
 using g729::kLongestDelay;
 using g729::kOrder;

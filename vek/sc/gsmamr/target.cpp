@@ -6,7 +6,6 @@
 #include "sc/gsmamr/sizes.h"
 #include "veksc_gsmamrdtx.h"
 
-using namespace vek;
 using namespace vek::gsmamr;
 
 constexpr int kFormat = 12;

@@ -11,8 +11,6 @@ static_assert(sizeof(VeksVAD1State_GSMAMR) == 116);
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::bandvad;
 
 using State = VeksVAD1State_GSMAMR;
@@ -36,17 +34,10 @@ void filterBank(State& s, const Vek16s* in, Vek16s* levels) {
     splitBand3<kFrame - 3>(x + 3, 4, s.filter3[4]);
     splitBand3<kFrame>(x, 8, s.filter3[2]);
     splitBand3<kFrame - 4>(x + 4, 8, s.filter3[3]);
-    struct Band {
-        int ahead, step, first, scale;
-    };
     static constexpr Band bands[kBands] = {{2, 16, 0, 16}, {2, 16, 8, 16}, {2, 16, 12, 16},
                                            {2, 16, 4, 16}, {4, 8, 6, 16},  {4, 8, 2, 16},
                                            {4, 8, 3, 16},  {4, 8, 7, 16},  {8, 4, 1, 15}};
-    for (int b = 0; b < kBands; ++b) {
-        const Band& band = bands[b];
-        const int count = kFrame / band.step;
-        levels[b] = level(x + band.first, count, count - band.ahead, band.step, band.scale, s.subLevel + b);
-    }
+    levelsOf<kFrame>(x, bands, s.subLevel, levels);
 }
 
 // Whether the signal has been complex for long; smooths the correlation first.

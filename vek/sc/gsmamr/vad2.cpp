@@ -14,13 +14,11 @@ static_assert(sizeof(VeksVAD2State_GSMAMR) == 188);
 
 namespace {
 
-using namespace vek;
-using namespace vek::fix;
 using namespace vek::gsmamr;
 
 using State = VeksVAD2State_GSMAMR;
 
-constexpr int kHalf = 80;
+constexpr int kHalf = kFrame / 2;
 constexpr int kDelay = 24;
 constexpr int kTransform = 128;
 constexpr int kChannels = 16;
@@ -44,13 +42,6 @@ constexpr int kFirstLine[kChannels + 1] = {2, 4, 6, 8, 10, 12, 14, 17, 20, 23, 2
 // One over the number of lines, Q15.
 constexpr Vek16s kShare[kChannels] = {16384, 16384, 16384, 16384, 16384, 16384, 10923, 10923,
                                       10923, 8192,  8192,  6554,  5461,  4681,  4681,  4096};
-
-int32_t times(int32_t v, Vek16s by) {
-    Vek16s high = 0;
-    Vek16s low = 0;
-    L_Extract(v, high, low);
-    return Mpy_32_16(high, low, by);
-}
 
 // Ten times the decimal logarithm, Q8, of a number with `format` bits behind the point.
 Vek16s decibel(int32_t v, int format) {
@@ -103,7 +94,7 @@ void channelEnergies(State& s, const Vek16s* lines, int shift) {
             sum = L_mac(sum, lines[i], lines[i]);
         }
         sum = L_shr_r(sum, 2 * shift - (kFormat[s.loud] + 1));
-        const int32_t energy = L_add(times(sum, mult(fresh, kShare[c])), times(s.energy[c], kept));
+        const int32_t energy = L_add(Mpy_32_16(sum, mult(fresh, kShare[c])), Mpy_32_16(s.energy[c], kept));
         s.energy[c] = std::max(energy, kLeastEnergy[s.loud]);
     }
 }
@@ -127,7 +118,7 @@ void measure(State& s, Spectrum& m) {
         m.total = L_add(m.total, s.energy[c]);
         peak = c < 2 ? 0 : std::max(peak, s.energy[c]); // sines of low frequency do not count
     }
-    m.peaked = peak > times(m.total, 20480); // 10 dB above the mean of the channels
+    m.peaked = peak > Mpy_32_16(m.total, 20480); // 10 dB above the mean of the channels
     if (s.frameCount <= 4) {
         startNoise(s, m.peaked);
     }
@@ -273,7 +264,7 @@ bool halfFrame(State& s, const Vek16s* speech, bool longTerm) {
     const Vek16s deviated = deviation(s, m, now);
     if (updateDue(s, m, deviated, longTerm)) {
         for (int c = 0; c < kChannels; ++c) {
-            const int32_t next = L_add(times(s.noise[c], 29491), times(inNoiseFormat(s, c), 3277));
+            const int32_t next = L_add(Mpy_32_16(s.noise[c], 29491), Mpy_32_16(inNoiseFormat(s, c), 3277));
             s.noise[c] = std::max(next, kLeastEnergy[0]);
         }
     }

@@ -6,7 +6,6 @@
 #include "sc/kernels/filter.h"
 #include "veksc_gsmfr.h"
 
-using namespace vek;
 using namespace vek::fix;
 
 namespace {

@@ -7,7 +7,6 @@
 #include "sc/kernels/lattice.h"
 #include "veksc_gsmfr.h"
 
-using namespace vek;
 using namespace vek::fix;
 
 namespace {

@@ -9,7 +9,7 @@
 namespace vek {
 
 constexpr int kMostPulses = 12;
-constexpr int kPulsePositions = 40;
+constexpr int kPulsePositions = 5 * 8; // or 4 * 10, tracks by positions
 
 struct Pulse {
     int8_t track;

@@ -17,7 +17,7 @@ using Complex = std::complex<double>;
 constexpr double kCorner = 80;
 constexpr VekPCMFrequency kFrequencies[] = {VEK_PCM_FREQ_8000, VEK_PCM_FREQ_11025, VEK_PCM_FREQ_16000,
                                             VEK_PCM_FREQ_22050, VEK_PCM_FREQ_32000};
-constexpr int kFrequencyCount = 5;
+constexpr auto kFrequencyCount = static_cast<int>(std::size(kFrequencies));
 constexpr int kLeastOrder = 4;
 
 // Zeros and poles of up to kMostStates. Poles that are not real stand with a positive imaginary part, behind them

@@ -1,6 +1,5 @@
-// Multi-stage vector quantiser of line spectral pairs of the real-time audio codec.
-#include "sc/rta/lspquant.h"
-
+// Multi-stage vector quantiser of line spectral pairs of the real-time audio codec; the rule that makes its codebooks
+// is in the public header.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -18,6 +17,18 @@ namespace {
 using namespace vek;
 using namespace vek::rta;
 
+struct LspBook {
+    static constexpr int kMostOrder = 10;
+    static constexpr int kMostStages = 4;
+    static constexpr int kEntries = 64;
+
+    int order;
+    VekPCMFrequency freq;
+    int stages;
+    // Entries side by side, so that a kernel measures eight at a time.
+    alignas(32) float rows[kMostStages][kMostOrder][kEntries];
+};
+
 LspBook makeBook(int order, VekPCMFrequency freq, int stages) {
     constexpr double pi = std::numbers::pi;
     LspBook book{};
@@ -25,7 +36,7 @@ LspBook makeBook(int order, VekPCMFrequency freq, int stages) {
     book.freq = freq;
     book.stages = stages;
     // Deviations of the cosines' weights, of a mean square of 1 in each element.
-    double weight[kMostLspOrder];
+    double weight[LspBook::kMostOrder];
     double sum = 0;
     for (int m = 0; m < order; ++m) {
         sum += 1.0 / (m + 1);
@@ -36,8 +47,8 @@ LspBook makeBook(int order, VekPCMFrequency freq, int stages) {
     Gauss gauss(static_cast<uint32_t>(order));
     double deviation = 0.5 * pi / (order + 1);
     for (int s = 0; s < stages; ++s) {
-        for (int e = 0; e < kLspEntries; ++e) {
-            double v[kMostLspOrder] = {};
+        for (int e = 0; e < LspBook::kEntries; ++e) {
+            double v[LspBook::kMostOrder] = {};
             for (int m = 0; m < order; ++m) {
                 const double g = weight[m] * gauss.next() * std::sqrt((m == 0 ? 1.0 : 2.0) / order);
                 for (int i = 0; i < order; ++i) {
@@ -67,8 +78,8 @@ constexpr float kApart = 0.02F;
 
 // What the stages so far have left of the target, and by which vectors.
 struct Survivor {
-    float rest[kMostLspOrder];
-    int index[kMostLspStages];
+    float rest[LspBook::kMostOrder];
+    int index[LspBook::kMostStages];
 };
 
 // 1 / |A| at the frequencies.
@@ -95,9 +106,9 @@ struct Choice {
 int choose(const LspBook& book, int stage, const Survivor* from, int count, const float* w, int most, Choice* best) {
     int found = 0;
     for (int k = 0; k < count; ++k) {
-        alignas(32) float errors[kLspEntries];
-        rtaKernels().distances(book.rows[stage][0], kLspEntries, book.order, from[k].rest, w, errors);
-        for (int e = 0; e < kLspEntries; ++e) {
+        alignas(32) float errors[LspBook::kEntries];
+        rtaKernels().distances(book.rows[stage][0], LspBook::kEntries, book.order, from[k].rest, w, errors);
+        for (int e = 0; e < LspBook::kEntries; ++e) {
             if (found == most && !(errors[e] < best[most - 1].error)) {
                 continue;
             }
@@ -129,6 +140,7 @@ void keepApart(float* lsp, int n) {
 
 VekStatus veksLSPQuant_RTA_32f(const Vek32f* pSrcLSP, const Vek32f* pSrcLPC, Vek32f* pDstLSP, int order,
                                int* pDstLSPIndex, VekPCMFrequency freq, int complexity) {
+    constexpr int kMostSurvivors = 16;
     if (anyNull(pSrcLSP, pSrcLPC, pDstLSP, pDstLSPIndex)) {
         return vekStsNullPtrErr;
     }
@@ -136,7 +148,7 @@ VekStatus veksLSPQuant_RTA_32f(const Vek32f* pSrcLSP, const Vek32f* pSrcLPC, Vek
     if (book == nullptr || complexity < 1 || complexity > kMostSurvivors) {
         return vekStsRangeErr;
     }
-    float w[kMostLspOrder];
+    float w[LspBook::kMostOrder];
     weights(pSrcLPC, pSrcLSP, order, w);
     Survivor buffers[2][kMostSurvivors];
     Survivor* now = buffers[0];

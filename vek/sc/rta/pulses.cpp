@@ -10,16 +10,11 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::rta;
 
 constexpr int kTracks = 5;
 constexpr int kMostPulses = 10;
-constexpr int kMostRefinements = 8;
-constexpr int kLeast = 10;
 constexpr int kMost = 80;
-constexpr int kWordBits = 5;
-constexpr int kNegative = 16;
 
 // Correlations of the target and of the response with the response from each place on.
 struct Field {
@@ -123,6 +118,10 @@ Pulses search(const Field& field, int numPulses, int refine) {
 VekStatus veksFixedCodebookSearch_RTA_32f(const Vek32f* pSrcFixedTarget, const Vek32f* pSrcImpulseResponse,
                                           Vek32f* pDstFixedVector, int subFrameSize, int* pDstFixedIndex,
                                           Vek32f* pDstGain, int numPulses, int refine) {
+    constexpr int kLeast = 10;
+    constexpr int kMostRefinements = 8;
+    constexpr int kWordBits = 5;
+    constexpr int kNegative = 1 << (kWordBits - 1);
     if (anyNull(pSrcFixedTarget, pSrcImpulseResponse, pDstFixedVector, pDstGain, pDstFixedIndex)) {
         return vekStsNullPtrErr;
     }

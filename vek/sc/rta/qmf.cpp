@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "sc/common/kaiser.h"
 #include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
 #include "sc/kernels/floatcorr.h"
@@ -17,7 +18,6 @@ constexpr int kTaps = 64;
 constexpr int kHalf = kTaps / 2;
 constexpr int kPast = kHalf - 1;
 constexpr int kChunk = 160;
-constexpr double kWindow = 9; // of Kaiser's windows
 
 // Of odd and even samples, or of sums and differences.
 struct Past {
@@ -30,16 +30,6 @@ struct Taps {
     float split[2][kHalf];
     float join[2][kHalf];
 };
-
-double bessel(double x) {
-    double sum = 1;
-    double term = 1;
-    for (int k = 1; k < 60; ++k) {
-        term *= x / 2 / k;
-        sum += term * term;
-    }
-    return sum;
-}
 
 // Low-pass filter of sum 1 with its edge at `edge`.
 void lowPass(const double* window, double edge, double* h) {
@@ -63,10 +53,10 @@ double gainAtQuarter(const double* h) {
 }
 
 Taps makeTaps() {
+    const Kaiser kaiser(9);
     double window[kTaps];
     for (int i = 0; i < kTaps; ++i) {
-        const double place = 2.0 * i / (kTaps - 1) - 1;
-        window[i] = bessel(kWindow * std::sqrt(1 - place * place));
+        window[i] = kaiser(2.0 * i / (kTaps - 1) - 1);
     }
     double h[kTaps];
     double low = 0.4 * std::numbers::pi;

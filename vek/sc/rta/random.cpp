@@ -11,7 +11,6 @@
 
 namespace {
 
-using namespace vek;
 using namespace vek::rta;
 
 constexpr int kStages = 3;

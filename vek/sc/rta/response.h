@@ -10,6 +10,8 @@
 
 namespace vek::rta {
 
+using namespace vek;
+
 constexpr int kMostSubframe = 160;
 
 // The impulse response of a subframe of n samples.
