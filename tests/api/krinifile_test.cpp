@@ -242,6 +242,9 @@ TEST(KrIniLine, ValueIsSplitAtTheFirstEqualsSign) {
     EXPECT_STREQ(value.c_str(), "b = c");
     EXPECT_TRUE(krIniFile::getValue("bare", key, value));
     EXPECT_STREQ(value.c_str(), "~~~");
+    EXPECT_TRUE(krIniFile::getValue("=5", key, value));
+    EXPECT_STREQ(key.c_str(), "");
+    EXPECT_STREQ(value.c_str(), "5");
 }
 
 // Seconds of the processor that `work` takes.
