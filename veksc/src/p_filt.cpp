@@ -39,7 +39,7 @@ public:
             lenght.set(40, 60, 10, '+');
             return walk({&lenght});
         }
-        if (m_impulse) {
+        if (m_func.contains("ZeroStateResponse")) {
             lenght.set(40, 60, 10, '+');
             vkcRebuild(scale, "scaleFactor").set(12, 13, 1, '+');
             return walk({&lenght, &scale});
@@ -85,7 +85,6 @@ public:
 private:
     const bool m_harmonic = m_func.contains("Harmonic");
     const bool m_residual = m_func.contains("Residual");
-    const bool m_impulse = m_func.contains("ZeroStateResponse");
     const bool m_highPass = m_func.contains("HighPass");
 };
 
