@@ -7,6 +7,7 @@
 #include "vekdefs.h"
 
 #include <string>
+#include <vector>
 
 /// What a block fills its inputs with. A block is run once with each kind.
 class PeerData {
@@ -22,10 +23,25 @@ public:
     void fill(Vek16s* x, int n, int peak, int stretch = 0) const;
     void fill(Vek32s* x, int n, int peak, int stretch = 0) const;
     void fill(Vek32f* x, int n, float peak, int stretch = 0) const;
+    /// The same stretch as samples and as numbers up to 1.
+    void fill(Vek16s* x, Vek32f* numbers, int n, int peak, int stretch = 0) const {
+        fill(x, n, peak, stretch);
+        fill(numbers, n, 1, stretch);
+    }
 
 private:
     Kind m_kind;
 };
+
+/// Memory for a state of ours, of the size that `getSize` tells; it stays.
+template <class State>
+State* peerState(VekStatus (*getSize)(int*)) {
+    static std::vector<char> memory;
+    int size = 0;
+    getSize(&size);
+    memory.resize(static_cast<std::size_t>(size));
+    return reinterpret_cast<State*>(memory.data());
+}
 
 using PeerBlock = void (*)(const PeerData& data);
 

@@ -98,12 +98,18 @@ krString vkFunc::channelsName(int index) const {
     return index == 1 ? src : index == 2 ? dst : krString();
 }
 
-void vkFunc::getChannels(int& src, int& dst) const {
+// What the channel words of both sides tell.
+template <class T>
+static void readSides(const vkFunc& func, T (*read)(const krString&), T& src, T& dst) {
     krString srcWord;
     krString dstWord;
-    getChannelsName(srcWord, dstWord);
-    src = numChannels(srcWord);
-    dst = numChannels(dstWord);
+    func.getChannelsName(srcWord, dstWord);
+    src = read(srcWord);
+    dst = read(dstWord);
+}
+
+void vkFunc::getChannels(int& src, int& dst) const {
+    readSides(*this, numChannels, src, dst);
     updateChannels(src, dst);
 }
 
@@ -115,11 +121,7 @@ int vkFunc::channels(int index) const {
 }
 
 void vkFunc::getPlanes(bool& src, bool& dst) const {
-    krString srcWord;
-    krString dstWord;
-    getChannelsName(srcWord, dstWord);
-    src = planeChannel(srcWord);
-    dst = planeChannel(dstWord);
+    readSides(*this, planeChannel, src, dst);
     updatePlanes(src, dst);
 }
 
@@ -131,11 +133,7 @@ bool vkFunc::plane(int index) const {
 }
 
 void vkFunc::getAlpha(bool& src, bool& dst) const {
-    krString srcWord;
-    krString dstWord;
-    getChannelsName(srcWord, dstWord);
-    src = alphaChannel(srcWord);
-    dst = alphaChannel(dstWord);
+    readSides(*this, alphaChannel, src, dst);
 }
 
 bool vkFunc::alpha(int index) const {

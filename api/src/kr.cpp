@@ -19,19 +19,11 @@ const char* KR_buildDate = "Mar 16 2010";
 int krSession::m_exitLevel = 0;
 
 int krRegTest(krTest* test) {
-    if (pTestList == nullptr) {
-        pTestList = new krTestList;
-    }
-    pTestList->append(test);
-    return 1;
+    return krRegister(pTestList, test);
 }
 
 int krRegParm(krParameter& parm) {
-    if (g_pParmList == nullptr) {
-        g_pParmList = new krList<krParameter*>;
-    }
-    g_pParmList->append(&parm);
-    return 1;
+    return krRegister(g_pParmList, &parm);
 }
 
 int krRegParmFunc(void (*func)()) {
@@ -58,11 +50,7 @@ int krRegQKeys() {
 }
 
 int krRegHotFunction(const krString& name) {
-    if (g_pHotList == nullptr) {
-        g_pHotList = new krStringList;
-    }
-    g_pHotList->append(name);
-    return 1;
+    return krRegister(g_pHotList, name);
 }
 
 int krRegSession(krSession* session) {

@@ -60,6 +60,15 @@ bool krParameter::firstValue() {
     return nextValue();
 }
 
+bool krFirstValues(const krList<krParameter*>& parms) {
+    for (krParameter* parm : parms) {
+        if (!parm->firstValue()) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool krParameter::nextValue() {
     m_hasValue = !m_hasValue;
     return m_hasValue;

@@ -74,6 +74,9 @@ private:
     void askGuarded(krIStream& stream, Dialogue& dialogue);
 };
 
+/// Goes to the first value of each parameter; false at the first one that has none.
+bool krFirstValues(const krList<krParameter*>& parms);
+
 /// A parameter with a value of type T, without text conversion.
 template <class T>
 class krDefault_NSC : public krParameter {

@@ -26,33 +26,16 @@ int krRegVekEnvironment(void (*bind)()) {
 }
 
 int krRegVekVersion(const krVekVersion& version) {
-    if (vekVersionList == nullptr) {
-        vekVersionList = new krVekVersionList;
-    }
-    vekVersionList->append(version);
-    return 1;
+    return krRegister(vekVersionList, version);
 }
 
 int krRegLibInfo(const krString& info) {
-    if (g_pLibInfoList == nullptr) {
-        g_pLibInfoList = new krStringList;
-    }
-    if (g_pLibInfoList->has(info)) {
-        return 0;
-    }
-    g_pLibInfoList->append(info);
-    return 1;
+    const bool known = g_pLibInfoList != nullptr && g_pLibInfoList->has(info);
+    return known ? 0 : krRegister(g_pLibInfoList, info);
 }
 
 int krRegLibFunc(const krString& name) {
-    if (name.empty()) {
-        return 0;
-    }
-    if (g_pLibFuncList == nullptr) {
-        g_pLibFuncList = new krStringList;
-    }
-    g_pLibFuncList->append(name);
-    return 1;
+    return name.empty() ? 0 : krRegister(g_pLibFuncList, name);
 }
 
 void setCpuType(int cpuType) {

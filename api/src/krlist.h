@@ -134,3 +134,13 @@ private:
 
     Node* m_end;
 };
+
+/// Appends to a list that the first registration before `main` makes. Gives 1, for an initialiser that registers.
+template <class List, class Item>
+int krRegister(List*& list, const Item& item) {
+    if (list == nullptr) {
+        list = new List;
+    }
+    list->append(item);
+    return 1;
+}

@@ -6,6 +6,8 @@
 #include "krinifile.h"
 #include "krio.h"
 
+#include <type_traits>
+
 /// Cells of a table line.
 constexpr int krMaxColm = 32;
 
@@ -156,6 +158,19 @@ class krTrace : public krStringList {
 public:
     void traceIn(const krString& name);
     void traceOut(const krString& name);
+    /// Does `work` as an entered function and gives what it gives. Holds nothing that a jump out of it would lose.
+    template <class Work>
+    auto trace(const char* name, Work work) {
+        traceIn(name);
+        if constexpr (std::is_void_v<decltype(work())>) {
+            work();
+            traceOut(name);
+        } else {
+            const auto result = work();
+            traceOut(name);
+            return result;
+        }
+    }
     /// Flushes the console if the present message passes.
     void flush() const;
     /// Forgets the functions entered since there were `depth` of them.

@@ -176,9 +176,7 @@ bool krTest::runInSection() {
     }
     g_trace.m_log = "";
     g_trace.m_indent = "";
-    g_trace.traceIn("setIniSection");
-    const bool wanted = setIniSection(m_name);
-    g_trace.traceOut("setIniSection");
+    const bool wanted = g_trace.trace("setIniSection", [&] { return setIniSection(m_name); });
     if (wanted) {
         runPhases();
     }
@@ -198,16 +196,12 @@ bool krTest::reportResult() {
 }
 
 bool krTest::runEnd() {
-    g_trace.traceIn("endTest");
-    endTest();
-    g_trace.traceOut("endTest");
+    g_trace.trace("endTest", [&] { endTest(); });
     return true;
 }
 
 void krTest::runPhases() {
-    g_trace.traceIn("beginTest");
-    beginTest();
-    g_trace.traceOut("beginTest");
+    g_trace.trace("beginTest", [&] { beginTest(); });
     OldOutLevel = g_ostrm.outLevel();
     m_startTime = krTime();
 
@@ -218,36 +212,26 @@ void krTest::runPhases() {
     g_ostrm << title;
     g_ostrm << msgEnd;
     g_trace.traceOut("g_ostrm<<testTitle");
-    g_trace.traceIn("g_ustrm<<testTitle");
-    g_ustrm << title;
-    g_trace.traceOut("g_ustrm<<testTitle");
+    g_trace.trace("g_ustrm<<testTitle", [&] { g_ustrm << title; });
     g_trace.traceOut("testTitle");
 
-    g_trace.traceIn("canStart");
-    const bool started = canStart();
-    g_trace.traceOut("canStart");
+    const bool started = g_trace.trace("canStart", [&] { return canStart(); });
     if (!started) {
         g_ostrm << ERR << "-- Can't start timing\n" << msgEnd;
         m_currentResult = krDataFail;
     } else if (m_cache && m_cacheIter == nullptr) {
         printNotSupportTiming("In-Outof-Cache", m_name);
     } else {
-        g_trace.traceIn("parmsFromIstrm");
-        parmsFromIstrm();
-        g_trace.traceOut("parmsFromIstrm");
+        g_trace.trace("parmsFromIstrm", [&] { parmsFromIstrm(); });
         putTableName();
         if (namesOnly()) {
             m_currentResult = krOk;
         } else {
             outputRegInfo();
-            g_trace.traceIn("loopData");
-            loopData();
-            g_trace.traceOut("loopData");
+            g_trace.trace("loopData", [&] { loopData(); });
         }
     }
-    g_trace.traceIn("flushStart");
-    flushStart();
-    g_trace.traceOut("flushStart");
+    g_trace.trace("flushStart", [&] { flushStart(); });
 }
 
 void krTest::loopData() {
@@ -259,9 +243,7 @@ void krTest::loopData() {
         g_trace.m_log = keptLog;
         m_vectorNum = 0;
         m_vectorShift = 0;
-        g_trace.traceIn("canContinue");
-        const bool more = canContinue();
-        g_trace.traceOut("canContinue");
+        const bool more = g_trace.trace("canContinue", [&] { return canContinue(); });
         if (!more) {
             if (m_isFirst) {
                 g_ostrm << ERR << "-- One of argument list for timing is empty\n" << msgEnd;
@@ -271,9 +253,7 @@ void krTest::loopData() {
         }
         m_isFirst = false;
         runLine(prepared);
-        g_trace.traceIn("flushData");
-        flushData();
-        g_trace.traceOut("flushData");
+        g_trace.trace("flushData", [&] { flushData(); });
     } while (!krIsFailure(m_currentResult));
 
     if (m_currentResult == krUndefined) {
@@ -289,9 +269,7 @@ void krTest::loopData() {
 
 // One line of the grid, from its data to its written result.
 void krTest::runLine(bool& prepared) {
-    g_trace.traceIn("initData");
-    const bool initialised = initData();
-    g_trace.traceOut("initData");
+    const bool initialised = g_trace.trace("initData", [&] { return initData(); });
     if (!initialised) {
         return;
     }
@@ -305,9 +283,7 @@ void krTest::runLine(bool& prepared) {
     }
     putTextParms(PERF);
     if (m_tool.m_setUse) {
-        g_trace.traceIn("reserveAllVectors");
-        reserveAllVectors();
-        g_trace.traceOut("reserveAllVectors");
+        g_trace.trace("reserveAllVectors", [&] { reserveAllVectors(); });
     }
     if (m_hot == 2 && !isHotLine()) {
         g_ostrm << "  measuring is omitted: not hot line\n";
@@ -323,9 +299,7 @@ void krTest::measureLine() {
     if (OldOutLevel == (ERR | WARN)) {
         g_ostrm.setOutLevel(ERR | WARN | PERF);
     }
-    g_trace.traceIn("runTiming");
-    const krResult timed = runTiming();
-    g_trace.traceOut("runTiming");
+    const krResult timed = g_trace.trace("runTiming", [&] { return runTiming(); });
     krEndForkedChild();
     g_ostrm.setOutLevel(OldOutLevel);
     if (timed != krUndefined) {
@@ -348,12 +322,7 @@ bool krTest::canContinue() {
         return repeatCacheLine();
     }
     if (m_isFirst) {
-        for (krParameter* parm : m_parms) {
-            if (!parm->firstValue()) {
-                return false;
-            }
-        }
-        return true;
+        return krFirstValues(m_parms);
     }
     auto parm = m_parms.end();
     while (!(parm == m_parms.begin())) {

@@ -80,29 +80,21 @@ void krTest::resultToCstrm(krResult /*result*/) {
 }
 
 void krTest::putTableParms() {
-    g_trace.traceIn("funcToCstrm");
-    funcToCstrm();
-    g_trace.traceOut("funcToCstrm");
-    g_trace.traceIn("parmsToCstrm");
-    parmsToCstrm();
-    g_trace.traceOut("parmsToCstrm");
+    g_trace.trace("funcToCstrm", [&] { funcToCstrm(); });
+    g_trace.trace("parmsToCstrm", [&] { parmsToCstrm(); });
     g_cstrm.setColmCount(m_numParmsColm);
 }
 
 void krTest::putTableResult(krResult result) {
     putTableParms();
-    g_trace.traceIn("resultToCstrm");
-    resultToCstrm(result);
-    g_trace.traceOut("resultToCstrm");
+    g_trace.trace("resultToCstrm", [&] { resultToCstrm(result); });
     g_cstrm.lineOut(m_numResultColm + m_numParmsColm);
 }
 
 void krTest::putTableResult_Deprecated(krResult result) {
     if (setDeprecatedFlag(true)) {
         putTableParms();
-        g_trace.traceIn("resultToCstrm");
-        resultToCstrm(result);
-        g_trace.traceOut("resultToCstrm");
+        g_trace.trace("resultToCstrm", [&] { resultToCstrm(result); });
         g_cstrm.linePostpone();
     }
     setDeprecatedFlag(false);
@@ -154,12 +146,8 @@ void krTest::dropTableLine() {
 }
 
 void krTest::putTableNameLine() {
-    g_trace.traceIn("funcToCstrm");
-    funcToCstrm();
-    g_trace.traceOut("funcToCstrm");
-    g_trace.traceIn("parmsNameToCstrm");
-    parmsNameToCstrm();
-    g_trace.traceOut("parmsNameToCstrm");
+    g_trace.trace("funcToCstrm", [&] { funcToCstrm(); });
+    g_trace.trace("parmsNameToCstrm", [&] { parmsNameToCstrm(); });
     g_cstrm.setColmCount(m_numParmsColm);
     g_cstrm << "parmNames";
     g_cstrm.lineOut(m_numResultColm + m_numParmsColm);
@@ -231,17 +219,13 @@ void krTest::putTextParms(MessageLevel level) {
     if (m_cacheIter != nullptr) {
         g_ostrm << m_cacheIter->getComment() << ":";
     }
-    g_trace.traceIn("parmsToOstrm");
-    parmsToOstrm();
-    g_trace.traceOut("parmsToOstrm");
+    g_trace.trace("parmsToOstrm", [&] { parmsToOstrm(); });
     g_ostrm << "\n";
     g_ostrm.endMessage();
 }
 
 void krTest::outputConst() {
-    g_trace.traceIn("constToOstrm");
-    constToOstrm();
-    g_trace.traceOut("constToOstrm");
+    g_trace.trace("constToOstrm", [&] { constToOstrm(); });
 }
 
 void krTest::outputRegInfo() {

@@ -150,9 +150,7 @@ krResult krTool::timing(krFuncLoop funcLoop, krFuncStat funcStat, krFuncCall fun
     krWakeCore();
     switch (m_method) {
     case Auto:
-        g_trace.traceIn("autoTiming");
-        autoLoopTiming();
-        g_trace.traceOut("autoTiming");
+        g_trace.trace("autoTiming", [&] { autoLoopTiming(); });
         break;
     case Manual:
         if (funcLoop == nullptr && funcCall == nullptr) {
@@ -163,9 +161,7 @@ krResult krTool::timing(krFuncLoop funcLoop, krFuncStat funcStat, krFuncCall fun
             setMethodStat(m_loops, 0);
             return timing(nullptr, funcStat, nullptr, funcInit);
         }
-        g_trace.traceIn("customLoopTiming");
-        customLoopTiming();
-        g_trace.traceOut("customLoopTiming");
+        g_trace.trace("customLoopTiming", [&] { customLoopTiming(); });
         break;
     case Statistic:
         if (funcStat == nullptr && funcCall == nullptr) {
@@ -176,14 +172,10 @@ krResult krTool::timing(krFuncLoop funcLoop, krFuncStat funcStat, krFuncCall fun
             setMethodLoop(m_minCalls);
             return timing(funcLoop, nullptr, nullptr, funcInit);
         }
-        g_trace.traceIn("statisticTiming");
-        statisticTiming();
-        g_trace.traceOut("statisticTiming");
+        g_trace.trace("statisticTiming", [&] { statisticTiming(); });
         break;
     case Iterative:
-        g_trace.traceIn("iterativeTiming");
-        bestTiming(m_startLoops, m_stopLoops, m_minClocks);
-        g_trace.traceOut("iterativeTiming");
+        g_trace.trace("iterativeTiming", [&] { bestTiming(m_startLoops, m_stopLoops, m_minClocks); });
         break;
     default:
         m_result = internalError(__LINE__);
@@ -226,9 +218,7 @@ void krTool::customLoopTiming() {
     g_ostrm << INFO << "    Manual method: \n"
             << "        numLoops   = " << m_loops << "\n"
             << msgEnd;
-    g_trace.traceIn("runTimFunc");
-    runTimFunc(m_loops, &m_funcClocks, true);
-    g_trace.traceOut("runTimFunc");
+    g_trace.trace("runTimFunc", [&] { runTimFunc(m_loops, &m_funcClocks, true); });
     m_actualAccuracy = 0;
     m_comment << "nLps=" << m_loops;
     g_ostrm << INFO << "        funcClocks = " << m_funcClocks << "\n"
@@ -242,9 +232,7 @@ void krTool::statisticTiming() {
             << "        maxClocks  = " << clockStr(m_maxClocks) << "\n"
             << msgEnd;
     int calls = m_minCalls;
-    g_trace.traceIn("runTimFuncStat");
-    runTimFuncStat(m_maxClocks, &calls, &m_funcClocks);
-    g_trace.traceOut("runTimFuncStat");
+    g_trace.trace("runTimFuncStat", [&] { runTimFuncStat(m_maxClocks, &calls, &m_funcClocks); });
     m_actualAccuracy = 0;
     m_comment << "nCalls=" << calls;
     g_ostrm << INFO << "        numCalls   = " << calls << "\n"

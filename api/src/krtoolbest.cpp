@@ -87,9 +87,7 @@ double krTool::computeBest(const double* values, int n) {
 
 krResult krTool::startIterations(int loops, long long minClocks) {
     m_numLoops = loops;
-    g_trace.traceIn("runTimFunc");
-    runTimFunc(m_numLoops, &m_funcClocks, false);
-    g_trace.traceOut("runTimFunc");
+    g_trace.trace("runTimFunc", [&] { runTimFunc(m_numLoops, &m_funcClocks, false); });
     if (krIsFailure(m_result)) {
         return m_result;
     }
@@ -100,9 +98,7 @@ krResult krTool::continueIterations(int startLoops, int maxLoops) {
     double prev = m_funcClocks;
     m_numLoops = startLoops < maxLoops ? startLoops : maxLoops;
     for (;;) {
-        g_trace.traceIn("runTimFunc");
-        runTimFunc(m_numLoops, &m_funcClocks, false);
-        g_trace.traceOut("runTimFunc");
+        g_trace.trace("runTimFunc", [&] { runTimFunc(m_numLoops, &m_funcClocks, false); });
         if (m_funcClocks <= 0) {
             return krAccurFail;
         }
@@ -132,9 +128,7 @@ krResult krTool::repeatTiming(int loops, int n) {
     }
     m_numLoops = loops;
     for (; done < values.size(); ++done) {
-        g_trace.traceIn("runTimFunc");
-        runTimFunc(m_numLoops, &values[done], false);
-        g_trace.traceOut("runTimFunc");
+        g_trace.trace("runTimFunc", [&] { runTimFunc(m_numLoops, &values[done], false); });
         g_ostrm << INFO << "        " << loopWord() << "   = " << loops << "\n"
                 << "        numClocks  = " << m_numClocks << "\n"
                 << "        funcClocks = " << values[done] << "\n"

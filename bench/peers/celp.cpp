@@ -51,10 +51,8 @@ int shift;
 } // namespace
 
 PEER_ROWS(celp) {
-    data.fill(x, 400, 1000);
-    data.fill(z, 400, 900, 1);
-    data.fill(xF, 400, 1);
-    data.fill(zF, 400, 1, 1);
+    data.fill(x, xF, 400, 1000);
+    data.fill(z, zF, 400, 900, 1);
     a30[0] = 4096;
     for (int i = 1; i <= 30; ++i) {
         a30[i] = static_cast<Vek16s>(1500 * std::pow(-0.8, i));

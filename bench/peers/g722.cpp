@@ -3,8 +3,6 @@
 
 #include "veksc.h"
 
-#include <vector>
-
 #if __has_include(<spandsp.h>)
 #include <spandsp.h>
 
@@ -14,13 +12,8 @@ PEER_ROWS(g722) {
     static Vek16s codes[160];
     static Vek16s delay[22];
     static uint8_t bytes[320];
-    static std::vector<Vek8u> memory;
-    static auto* ours = static_cast<VeksCodecState_G722*>(nullptr);
+    static auto* ours = peerState<VeksCodecState_G722>(veksSBADPCMEncodeStateSize_G722_16s);
     data.fill(x, 320, 4000);
-    int size = 0;
-    veksSBADPCMEncodeStateSize_G722_16s(&size);
-    memory.resize(static_cast<size_t>(size));
-    ours = reinterpret_cast<VeksCodecState_G722*>(memory.data());
     static g722_encode_state_t* coder = g722_encode_init(nullptr, 64000, 0);
     static g722_decode_state_t* decoder = g722_decode_init(nullptr, 64000, 0);
     for (const int n : {80, 160, 320}) {

@@ -3,8 +3,6 @@
 
 #include "veksc.h"
 
-#include <vector>
-
 #if __has_include(<spandsp.h>)
 extern "C" {
 struct g726_state_s;
@@ -16,14 +14,9 @@ int g726_encode(g726_state_s* state, uint8_t* codes, const int16_t* samples, int
 PEER_ROWS(g726) {
     static Vek16s x[160];
     static Vek8u codes[160];
-    static std::vector<Vek8u> memory;
     static g726_state_s* theirs;
-    static auto* ours = static_cast<VeksCodecState_G726*>(nullptr);
+    static auto* ours = peerState<VeksCodecState_G726>(veksEncodeGetStateSize_G726_16s8u);
     data.fill(x, 160, 4000);
-    int size = 0;
-    veksEncodeGetStateSize_G726_16s8u(&size);
-    memory.resize(static_cast<size_t>(size));
-    ours = reinterpret_cast<VeksCodecState_G726*>(memory.data());
     const struct {
         int bits;
         VekSpchBitRate rate;

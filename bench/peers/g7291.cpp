@@ -135,6 +135,10 @@ PEER_ROWS(g7291filters) {
             [n] { veksQMFDecode_G7291_16s(low, high, 16384, n, y, state); },
             [n] { qmf_synth(fLow, fHigh, taps, fy, 2 * n, 64, memory, other, stack); });
     }
+    const auto theirHighPass = [] {
+        static int16_t frame[80];
+        preProcessing(encoder, x, frame);
+    };
     veksFilterHighpassInit_G7291_16s(filter);
     peerRow(
         "veksFilterHighpass_G7291_16s_ISfs, 80", "bcg729 preProcessing",
@@ -143,10 +147,7 @@ PEER_ROWS(g7291filters) {
             std::copy(x, x + 80, frame);
             veksFilterHighpass_G7291_16s_ISfs(frame, 80, filter, 1);
         },
-        [] {
-            static int16_t frame[80];
-            preProcessing(encoder, x, frame);
-        });
+        theirHighPass);
     static Vek8u lowFilter[1024];
     veksFilterLowpassInit_G7291_16s(lowFilter);
     peerRow(
@@ -156,10 +157,7 @@ PEER_ROWS(g7291filters) {
             std::copy(x, x + 80, frame);
             veksFilterLowpass_G7291_16s_I(frame, 80, lowFilter, 1);
         },
-        [] {
-            static int16_t frame[80];
-            preProcessing(encoder, x, frame);
-        });
+        theirHighPass);
 }
 #endif
 

@@ -54,24 +54,23 @@ PEER_ROWS(g729code) {
         int overflow = 0;
         code_2i40_11bits(x, h, 40, 0, code, y, words, &overflow);
     };
-    peerRow(
-        "veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s32s + veksFixedCodebookSearch_G729A_32s16s",
-        "bcg729 fixedCodebookSearch",
-        [] {
-            veksCrossCorr_NormM_16s(x, h, 40, d);
-            veksToeplizMatrix_G729_16s32s(h, wide);
-            veksFixedCodebookSearch_G729A_32s16s(d, wide, code, words);
-        },
-        theirSearch);
-    peerRow(
-        "veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s + veksFixedCodebookSearch_G729A_16s",
-        "bcg729 fixedCodebookSearch",
-        [] {
-            veksCrossCorr_NormM_16s(x, h, 40, d);
-            veksToeplizMatrix_G729_16s(h, narrow);
-            veksFixedCodebookSearch_G729A_16s(d, narrow, code, words);
-        },
-        theirSearch);
+    const auto searchRow = [&](const char* functions, auto search) {
+        peerRow(
+            functions, "bcg729 fixedCodebookSearch",
+            [search] {
+                veksCrossCorr_NormM_16s(x, h, 40, d);
+                search();
+            },
+            theirSearch);
+    };
+    searchRow("veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s32s + veksFixedCodebookSearch_G729A_32s16s", [] {
+        veksToeplizMatrix_G729_16s32s(h, wide);
+        veksFixedCodebookSearch_G729A_32s16s(d, wide, code, words);
+    });
+    searchRow("veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s + veksFixedCodebookSearch_G729A_16s", [] {
+        veksToeplizMatrix_G729_16s(h, narrow);
+        veksFixedCodebookSearch_G729A_16s(d, narrow, code, words);
+    });
     peerRow(
         "veksFixedCodebookSearch_G729E_16s", "opencore-amrnb search of ten pulses",
         [] { veksFixedCodebookSearch_G729E_16s(0, x, residual, h, code, y, words); }, theirTenPulses);
@@ -91,26 +90,16 @@ PEER_ROWS(g729code) {
     }
     // The search of the main body tries more than theirs, which is that of Annex A.
     static Vek16s times = 75;
-    peerRow(
-        "veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s + veksFixedCodebookSearch_G729_16s",
-        "bcg729 fixedCodebookSearch",
-        [] {
-            times = 75;
-            veksCrossCorr_NormM_16s(x, h, 40, d);
-            veksToeplizMatrix_G729_16s(h, narrow);
-            veksFixedCodebookSearch_G729_16s(d, narrow, code, words, &times, 0);
-        },
-        theirSearch);
-    peerRow(
-        "veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s32s + veksFixedCodebookSearch_G729_32s16s",
-        "bcg729 fixedCodebookSearch",
-        [] {
-            times = 75;
-            veksCrossCorr_NormM_16s(x, h, 40, d);
-            veksToeplizMatrix_G729_16s32s(h, wide);
-            veksFixedCodebookSearch_G729_32s16s(d, wide, code, words, &times, 0);
-        },
-        theirSearch);
+    searchRow("veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s + veksFixedCodebookSearch_G729_16s", [] {
+        times = 75;
+        veksToeplizMatrix_G729_16s(h, narrow);
+        veksFixedCodebookSearch_G729_16s(d, narrow, code, words, &times, 0);
+    });
+    searchRow("veksCrossCorr_NormM_16s + veksToeplizMatrix_G729_16s32s + veksFixedCodebookSearch_G729_32s16s", [] {
+        times = 75;
+        veksToeplizMatrix_G729_16s32s(h, wide);
+        veksFixedCodebookSearch_G729_32s16s(d, wide, code, words, &times, 0);
+    });
     peerRow(
         "veksToeplizMatrix_G729_32f + veksFixedCodebookSearch_G729_32f",
         "bcg729 fixedCodebookSearch (correlations too)",

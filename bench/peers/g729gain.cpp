@@ -46,14 +46,14 @@ PEER_ROWS(g729gain) {
     }
     h[0] = 4096;
     data.fill(excitation, 194, 1000, 2);
+    const auto theirQuantiser = [] {
+        static uint16_t first;
+        static uint16_t second;
+        gainQuantization(encoder, target, adaptive, filtered, code, xy, yy, gains, gains + 1, &first, &second);
+    };
     peerRow(
         "veksGainQuant_G729_16s", "bcg729 gainQuantization (two sums given)",
-        [] { veksGainQuant_G729_16s(target, adaptive, code, filtered, past, gains, codes, 0); },
-        [] {
-            static uint16_t first;
-            static uint16_t second;
-            gainQuantization(encoder, target, adaptive, filtered, code, xy, yy, gains, gains + 1, &first, &second);
-        });
+        [] { veksGainQuant_G729_16s(target, adaptive, code, filtered, past, gains, codes, 0); }, theirQuantiser);
     peerRow(
         "veksDotProd_G729A_16s32s + veksDecodeGain_G729_16s", "bcg729 decodeGains",
         [] {
@@ -65,12 +65,7 @@ PEER_ROWS(g729gain) {
         [] { decodeGains(decoder, 3, 9, code, 0, gains, gains + 1); });
     peerRow(
         "veksGainQuant_G729D_16s", "bcg729 gainQuantization (two sums given, 3 and 4 bits)",
-        [] { veksGainQuant_G729D_16s(target, adaptive, code, filtered, past, gains, codes, 0); },
-        [] {
-            static uint16_t first;
-            static uint16_t second;
-            gainQuantization(encoder, target, adaptive, filtered, code, xy, yy, gains, gains + 1, &first, &second);
-        });
+        [] { veksGainQuant_G729D_16s(target, adaptive, code, filtered, past, gains, codes, 0); }, theirQuantiser);
     peerRow(
         "veksDotProd_G729A_16s32s + veksDecodeGain_G729I_16s", "bcg729 decodeGains",
         [] {

@@ -20,10 +20,8 @@ float sumF;
 int shift;
 
 [[maybe_unused]] void fill(const PeerData& data) {
-    data.fill(x, 700, 1000);
-    data.fill(z, 700, 1000, 1);
-    data.fill(xF, 700, 1);
-    data.fill(zF, 700, 1, 1);
+    data.fill(x, xF, 700, 1000);
+    data.fill(z, zF, 700, 1000, 1);
     for (int i = 0; i < 100; ++i) {
         h[i] = static_cast<Vek16s>(4096 * std::pow(0.85, i) * std::cos(0.6 * i));
     }

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 #if __has_include(<speex/speex.h>)
 #include "rta_steps.h"
@@ -26,8 +25,6 @@ PEER_ROWS(rta) {
     static Vek32f memory[64];
     static Vek32f memory2[64];
     static Vek32f taps[64];
-    static std::vector<Vek8u> bank;
-    static std::vector<Vek8u> post;
     static Vek32f small[3][10];
     data.fill(x, 320, 4000);
     std::fill_n(r, 17, 0.0F);
@@ -65,10 +62,7 @@ PEER_ROWS(rta) {
     for (int i = 0; i < 64; ++i) {
         taps[i] = static_cast<float>(std::sin(1.6 * (i - 31.5)) / (i - 31.5) / 3);
     }
-    int size = 0;
-    veksQMFGetStateSize_RTA_32f(&size);
-    bank.resize(static_cast<size_t>(size));
-    static auto* state = reinterpret_cast<VeksQMFState_RTA_32f*>(bank.data());
+    static auto* state = peerState<VeksQMFState_RTA_32f>(veksQMFGetStateSize_RTA_32f);
     veksQMFInit_RTA_32f(state);
     for (const int n : {20, 40, 80}) {
         peerRow(
@@ -101,9 +95,7 @@ PEER_ROWS(rta) {
                 filter_mem16(speech, small[0], small[1], speech, n, 8, small[2], stack);
             });
     }
-    veksPostFilterGetStateSize_RTA_32f(&size);
-    post.resize(static_cast<size_t>(size));
-    static auto* postState = reinterpret_cast<VeksPostFilterState_RTA_32f*>(post.data());
+    static auto* postState = peerState<VeksPostFilterState_RTA_32f>(veksPostFilterGetStateSize_RTA_32f);
     veksPostFilterInit_RTA_32f(postState);
     static Vek32f shortTerm[51];
     // Theirs is the pole-zero filter; response, tilt and level by plain loops.

@@ -20,10 +20,8 @@ int shift;
 } // namespace
 
 PEER_ROWS(plainsignal) {
-    data.fill(x, 400, 1000);
-    data.fill(z, 400, 1000, 1);
-    data.fill(xF, 400, 1);
-    data.fill(zF, 400, 1, 1);
+    data.fill(x, xF, 400, 1000);
+    data.fill(z, zF, 400, 1000, 1);
     for (int i = 0; i < 100; ++i) {
         h[i] = static_cast<Vek16s>(4096 * std::pow(0.85, i) * std::cos(0.6 * i));
     }

@@ -13,25 +13,12 @@ namespace krlab {
 
 namespace {
 
-struct AbArguments {
-    std::string older;
-    std::string newer;
-    std::string threshold = "3%";
+struct AbArguments : VerdictArguments {
     std::string time = "2m";
-    std::string confidence = "99%";
     std::string timeLimit = "2m";
-    std::string store = "krlab.db";
     std::string label;
     std::string fleet;
-    bool strict = false;
 };
-
-void writeVerdicts(const VerdictReport& report, Context& context) {
-    context.writeJson(toJson(report));
-    if (context.reportWanted()) {
-        writeOutput("-", describe(report));
-    }
-}
 
 // Nothing is measured here: the tasks of the fleet have done that.
 int decideFleet(const AbArguments& options, Context& context) {
@@ -102,14 +89,14 @@ void addAb(Program& program) {
     command.add_option("--fleet", options->fleet,
                        "a job folder of krlab fleet or a store with its passes: nothing is measured; OLD and NEW, if "
                        "given, are names of its subjects, and --label is its name");
-    command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
+    addThreshold(command, options->threshold);
     command.add_option("--time", options->time, "time for all rounds")->capture_default_str();
-    command.add_option("--confidence", options->confidence, "that no line is accused wrongly")->capture_default_str();
+    addConfidence(command, options->confidence);
     command.add_option("--limit", options->timeLimit, "time after which a pass is ended")->capture_default_str();
     command.add_option("--store", options->store, "file that keeps the passes, none for no file")
         ->capture_default_str();
     command.add_option("--label", options->label, "commit or other name under which the passes are kept");
-    command.add_flag("--strict", options->strict, "status 3 if lines stay undecided");
+    addStrict(command, options->strict);
 }
 
 } // namespace krlab

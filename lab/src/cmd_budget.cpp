@@ -200,9 +200,7 @@ void addBudget(Program& program) {
     addSubject(command, options->subject);
     command.add_option("--codec", options->codecs, "only codecs with this in their name");
     command.add_option("--rate", options->rate, "clock rate of the core, as 2.5GHz; that of the counter without it");
-    command.add_option("--passes", options->passes, "passes over the lines")
-        ->check(CLI::Range(1, 1000))
-        ->capture_default_str();
+    addPasses(command, options->passes, "passes over the lines");
     addLimit(command, options->timeLimit);
     command.add_flag("--calls", options->allCalls, "all calls of a frame, not the dearest alone");
 }

@@ -9,14 +9,8 @@ namespace krlab {
 
 namespace {
 
-struct CompareArguments {
-    std::string older;
-    std::string newer;
-    std::string threshold = "3%";
-    std::string confidence = "99%";
+struct CompareArguments : VerdictArguments {
     std::string countThreshold = "0.1%";
-    std::string store = "krlab.db";
-    bool strict = false;
 };
 
 // A share, or none at all: counts may be asked to be equal.
@@ -33,10 +27,7 @@ int judgeSides(const CompareArguments& options, Context& context) {
     newer.add(options.newer, options.store);
     const VerdictReport report =
         comparePasses(older, newer, threshold, confidence, parseThreshold(options.countThreshold));
-    context.writeJson(toJson(report));
-    if (context.reportWanted()) {
-        writeOutput("-", describe(report));
-    }
+    writeVerdicts(report, context);
     return exitStatus(report, options.strict);
 }
 
@@ -47,14 +38,14 @@ void addCompare(Program& program) {
         "compare", "tell which lines changed between tables or stored passes", judgeSides);
     command.add_option("OLD", options->older, passesText)->required();
     command.add_option("NEW", options->newer, "the same for the new one")->required();
-    command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
+    addThreshold(command, options->threshold);
     command
         .add_option("--count-threshold", options->countThreshold,
                     "the same where both sides are counts of instructions (krlab count); 0 for equal ones")
         ->capture_default_str();
-    command.add_option("--confidence", options->confidence, "that no line is accused wrongly")->capture_default_str();
+    addConfidence(command, options->confidence);
     command.add_option("--store", options->store, "file that keeps the passes")->capture_default_str();
-    command.add_flag("--strict", options->strict, "status 3 if lines stay undecided");
+    addStrict(command, options->strict);
 }
 
 } // namespace krlab

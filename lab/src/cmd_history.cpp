@@ -292,9 +292,7 @@ void addHistory(Program& program) {
     CLI::App* add = sub("add", "measure and keep a point", addToHistory);
     addSubject(*add, options->subject);
     add->add_option("--label", options->label, "name of the point; the commit of the working directory without it");
-    add->add_option("--passes", options->passes, "passes of the point")
-        ->check(CLI::Range(1, 1000))
-        ->capture_default_str();
+    addPasses(*add, options->passes, "passes of the point");
     addLimit(*add, options->timeLimit);
     CLI::App* show = sub("show", "points and steps", showHistory);
     show->add_option("LINE", options->lines, "the course of these lines alone");

@@ -77,7 +77,7 @@ void addReplay(Program& program) {
                     "TABLE:ROW with the row's line number in the file, or FUNCTION NAME=VALUE ...")
         ->required();
     command.add_option("--subject", options->subject, "library directory or rig program");
-    command.add_option("--passes", options->passes, "how often")->check(CLI::Range(1, 1000))->capture_default_str();
+    addPasses(command, options->passes, "how often");
     command.add_option("--limit", options->timeLimit, "time limit of each process")->capture_default_str();
 }
 

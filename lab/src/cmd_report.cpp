@@ -205,8 +205,8 @@ void addReport(Program& program) {
                        "--new are names of its subjects");
     command.add_option("-o,--output", options->output, "the page to write, - for standard output");
     command.add_option("--title", options->title, "heading of the page, if not the subjects' names");
-    command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
-    command.add_option("--confidence", options->confidence, "that no line is accused wrongly")->capture_default_str();
+    addThreshold(command, options->threshold);
+    addConfidence(command, options->confidence);
     command.add_option("--store", options->store, "file that keeps the passes")->capture_default_str();
 }
 

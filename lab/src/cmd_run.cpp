@@ -236,9 +236,7 @@ void addRun(Program& program) {
         "run", "several passes: smallest and median of each line, restless lines again until they agree",
         [](const RunOptions& chosen, Context& context) { return Run(chosen, context).run(); });
     addSubject(command, options->subject);
-    command.add_option("--passes", options->passes, "passes over all lines")
-        ->check(CLI::Range(1, 100000))
-        ->capture_default_str();
+    addPasses(command, options->passes, "passes over all lines", {1, 100000});
     command.add_option("--time", options->time,
                        "spread the passes over this time, and use it up while lines do not agree");
     command

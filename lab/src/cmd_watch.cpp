@@ -148,10 +148,8 @@ void addWatch(Program& program) {
         "watch", "measure a selection again after each build and show what it did to each line",
         [](const WatchArguments& chosen, Context& context) { return Watching(chosen, context).run(); });
     addSubject(command, options->subject);
-    command.add_option("--passes", options->passes, "passes of each build")
-        ->check(CLI::Range(2, 1000))
-        ->capture_default_str();
-    command.add_option("--threshold", options->threshold, "changes up to this do not matter")->capture_default_str();
+    addPasses(command, options->passes, "passes of each build", {2, 1000});
+    addThreshold(command, options->threshold);
     addLimit(command, options->timeLimit);
 }
 

@@ -2,6 +2,7 @@
 
 #include "interrupt.h"
 #include "subject.h"
+#include "verdict.h"
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
@@ -113,6 +114,29 @@ int Program::main(int argc, char** argv) {
 
 void addSubject(CLI::App& command, std::string& subject) {
     command.add_option("SUBJECT", subject, "library directory or rig program; the rig beside krlab without it");
+}
+
+void addThreshold(CLI::App& command, std::string& threshold) {
+    command.add_option("--threshold", threshold, "changes up to this do not matter")->capture_default_str();
+}
+
+void addConfidence(CLI::App& command, std::string& confidence) {
+    command.add_option("--confidence", confidence, "that no line is accused wrongly")->capture_default_str();
+}
+
+void addStrict(CLI::App& command, bool& strict) {
+    command.add_flag("--strict", strict, "status 3 if lines stay undecided");
+}
+
+void writeVerdicts(const VerdictReport& report, Context& context) {
+    context.writeJson(toJson(report));
+    if (context.reportWanted()) {
+        writeOutput("-", describe(report));
+    }
+}
+
+void addPasses(CLI::App& command, int& passes, const std::string& text, std::pair<int, int> range) {
+    command.add_option("--passes", passes, text)->check(CLI::Range(range.first, range.second))->capture_default_str();
 }
 
 void addLimit(CLI::App& command, std::string& limit) {

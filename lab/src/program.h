@@ -9,6 +9,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace CLI {
@@ -18,6 +19,7 @@ class App;
 namespace krlab {
 
 struct Subject;
+struct VerdictReport;
 
 /// What every command takes.
 struct CommonOptions {
@@ -125,6 +127,23 @@ inline constexpr const char* passesText =
     "a table (several: A.csv,B.csv), a store, or passes of one: [STORE:]RUN, RUN/SUBJECT, LABEL";
 /// The argument SUBJECT of a command, which may be left out.
 void addSubject(CLI::App& command, std::string& subject);
+/// What the commands that judge lines of two sides take.
+struct VerdictArguments {
+    std::string older;
+    std::string newer;
+    std::string threshold = "3%";
+    std::string confidence = "99%";
+    std::string store = "krlab.db";
+    bool strict = false;
+};
+
+void addThreshold(CLI::App& command, std::string& threshold);
+void addConfidence(CLI::App& command, std::string& confidence);
+void addStrict(CLI::App& command, bool& strict);
+void writeVerdicts(const VerdictReport& report, Context& context);
+
+/// How often something is measured; what stands in `passes` is the default.
+void addPasses(CLI::App& command, int& passes, const std::string& text, std::pair<int, int> range = {1, 1000});
 /// The time after which a process of the rig is ended; what stands in `limit` is the default.
 void addLimit(CLI::App& command, std::string& limit);
 

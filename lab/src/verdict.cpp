@@ -42,17 +42,8 @@ nlohmann::json summaryJson(const std::vector<LineVerdict>& lines) {
 } // namespace
 
 const char* verdictText(Verdict verdict) {
-    switch (verdict) {
-    case Verdict::slower:
-        return "slower";
-    case Verdict::faster:
-        return "faster";
-    case Verdict::same:
-        return "same";
-    case Verdict::undecided:
-        break;
-    }
-    return "undecided";
+    static constexpr const char* words[] = {"slower", "faster", "same", "undecided"};
+    return words[static_cast<size_t>(verdict)];
 }
 
 Verdict judge(double ratio, double low, double high, double threshold) {

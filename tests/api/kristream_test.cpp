@@ -7,6 +7,18 @@
 
 namespace {
 
+// Text typed at the console, which answers take while it is there.
+class ConsoleAnswers : public TypedAnswers {
+public:
+    ConsoleAnswers(krIStream& answers, const std::string& typed) : TypedAnswers(typed), m_answers(answers) {
+        m_answers.setIStream(&c_in);
+    }
+    ~ConsoleAnswers() { m_answers.setIStream(nullptr); }
+
+private:
+    krIStream& m_answers;
+};
+
 class KrIStream : public ::testing::Test {
 protected:
     std::string value(const char* item, const char* defaultValue = "dflt", const char* prompt = "",
@@ -49,13 +61,11 @@ TEST_F(KrIStream, BareNameOfAnIniFileGoesThroughTheInputDirectory) {
 }
 
 TEST_F(KrIStream, IniFileBeatsTheConsole) {
-    TypedAnswers typed("typed\n");
-    m_answers.setIStream(&c_in);
+    ConsoleAnswers typed(m_answers, "typed\n");
     openIni("[Kelvar Rig]\nLen=512\n");
     EXPECT_EQ(value("Len"), "512");
     EXPECT_EQ(m_answers.source(), 2);
     EXPECT_EQ(typed.prompts(), "");
-    m_answers.setIStream(nullptr);
 }
 
 TEST_F(KrIStream, ForcedValueBeatsTheIniFile) {
@@ -72,39 +82,31 @@ TEST_F(KrIStream, ForcedEmptyValueIsAValue) {
 }
 
 TEST_F(KrIStream, ConsoleIsAskedWithPromptAndDefault) {
-    TypedAnswers typed("manual\n");
-    m_answers.setIStream(&c_in);
+    ConsoleAnswers typed(m_answers, "manual\n");
     EXPECT_TRUE(m_answers.interactive());
     EXPECT_EQ(value("Method", "Auto", "Method {Auto|Manual}"), "manual");
     EXPECT_EQ(m_answers.source(), 1);
     EXPECT_EQ(typed.prompts(), "\n Method {Auto|Manual} [Auto] = ");
-    m_answers.setIStream(nullptr);
 }
 
 TEST_F(KrIStream, ItemIsThePromptWhereNoneIsGiven) {
-    TypedAnswers typed("7\n");
-    m_answers.setIStream(&c_in);
+    ConsoleAnswers typed(m_answers, "7\n");
     EXPECT_EQ(value("NumLoops", "10"), "7");
     EXPECT_EQ(typed.prompts(), "\n NumLoops [10] = ");
-    m_answers.setIStream(nullptr);
 }
 
 TEST_F(KrIStream, EmptyAnswerIsTheDefaultAndItsSourceTheDefault) {
-    TypedAnswers typed("\n");
-    m_answers.setIStream(&c_in);
+    ConsoleAnswers typed(m_answers, "\n");
     EXPECT_EQ(value("NumLoops", "10"), "10");
     EXPECT_EQ(m_answers.source(), 0);
-    m_answers.setIStream(nullptr);
 }
 
 TEST_F(KrIStream, EndOfInputGivesDefaultsFromThereOn) {
-    TypedAnswers typed("1\n");
-    m_answers.setIStream(&c_in);
+    ConsoleAnswers typed(m_answers, "1\n");
     EXPECT_EQ(value("a", "A"), "1");
     EXPECT_EQ(value("b", "B"), "B");
     EXPECT_EQ(value("c", "C"), "C");
     EXPECT_EQ(m_answers.source(), 0);
-    m_answers.setIStream(nullptr);
 }
 
 TEST_F(KrIStream, EveryLookUpIsWrittenBackWhateverItsSource) {
@@ -190,28 +192,6 @@ TEST_F(KrIStream, OwnStreamIsReadAndReleased) {
     EXPECT_EQ(value("a"), "one");
     m_answers.setIStream(nullptr);
     EXPECT_FALSE(m_answers.interactive());
-}
-
-TEST(KrGetline, LineOfAThousandCharactersComesInOneCall) {
-    const TempDir dir;
-    const std::string longLine(1000, 'x');
-    dir.write("long.txt", longLine + "\n\nlast\r");
-    i_stream stream(dir.path("long.txt").c_str(), ioRead | ioRawName, true);
-    krString line;
-    EXPECT_TRUE(stream.getline(line));
-    EXPECT_EQ(line.c_str(), longLine);
-    EXPECT_TRUE(stream.getline(line));
-    EXPECT_STREQ(line.c_str(), "");
-    EXPECT_TRUE(stream.getline(line));
-    EXPECT_STREQ(line.c_str(), "last\r");
-    EXPECT_FALSE(stream.getline(line));
-}
-
-TEST(KrGetline, NullFileHasNoLine) {
-    i_stream stream(nullptr);
-    krString line = "old";
-    EXPECT_FALSE(stream.getline(line));
-    EXPECT_STREQ(line.c_str(), "");
 }
 
 } // namespace

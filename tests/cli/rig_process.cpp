@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
 #include <sstream>
@@ -225,6 +226,12 @@ int countOf(const std::string& text, const std::string& part) {
         ++count;
     }
     return count;
+}
+
+void expectOnce(const std::string& text, const std::vector<std::string>& parts) {
+    for (const std::string& part : parts) {
+        EXPECT_EQ(1, countOf(text, part)) << part;
+    }
 }
 
 std::string startFrame(bool library) {

@@ -69,6 +69,8 @@ private:
 bool waitUntil(const std::function<bool()>& condition, int seconds = 20);
 /// How often `part` stands in `text`.
 int countOf(const std::string& text, const std::string& part);
+/// Each part stands in the text, and once.
+void expectOnce(const std::string& text, const std::vector<std::string>& parts);
 
 /// What the summary of a run counts.
 struct RigCounts {

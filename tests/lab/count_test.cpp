@@ -22,9 +22,22 @@ const std::string dump = "# callgrind format\nversion: 1\nevents: Ir\nsummary: 6
                          "cfn=(3) helper\ncalls=1 0 \n0 9\n\n"
                          "ob=(2)\nfn=(4) veksB_16s\ncfn=(2)\ncalls=5 0 \n0 500\n\ntotals: 60\n";
 
-bool callgrindIsThere() {
-    return std::system("valgrind --tool=callgrind --version >/dev/null 2>&1") == 0;
-}
+class LabRealCount : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (std::system("valgrind --tool=callgrind --version >/dev/null 2>&1") != 0) {
+            GTEST_SKIP() << "valgrind is missing";
+        }
+    }
+
+    /// How many lines of the functions in a selection are counted.
+    static size_t linesCounted(const std::string& selection) {
+        const LabDirectory directory;
+        const LabResult result = directory.run({"count", "--json", "-", "--", selection});
+        EXPECT_EQ(result.status, 0) << result.err;
+        return nlohmann::json::parse(result.out)["lines"].size();
+    }
+};
 
 std::vector<std::vector<Figure>> runsOf(const std::vector<std::vector<double>>& runs) {
     std::vector<std::vector<Figure>> result;
@@ -116,10 +129,7 @@ TEST(LabCountComparison, RunsThatDisagreeLeaveALineUndecided) {
     EXPECT_EQ(exitStatus(compareCounts({runsOf({{5, 6}}), runsOf({{5}})}, 0), false), 2);
 }
 
-TEST(LabCount, SeesOneInstructionInALoopOfFortyAndNothingBetweenEqualBuilds) {
-    if (!callgrindIsThere()) {
-        GTEST_SKIP() << "valgrind is missing";
-    }
+TEST_F(LabRealCount, SeesOneInstructionInALoopOfFortyAndNothingBetweenEqualBuilds) {
     const LabDirectory directory;
     buildLibrary(directory, "old", false);
     buildLibrary(directory, "copy", false);
@@ -147,10 +157,7 @@ TEST(LabCount, SeesOneInstructionInALoopOfFortyAndNothingBetweenEqualBuilds) {
     }
 }
 
-TEST(LabCount, ARefusedMethodAndALineAreHeeded) {
-    if (!callgrindIsThere()) {
-        GTEST_SKIP() << "valgrind is missing";
-    }
+TEST_F(LabRealCount, ARefusedMethodAndALineAreHeeded) {
     const LabDirectory directory;
     EXPECT_EQ(directory.run({"count", "--", "-dMethod=Auto"}).err,
               "krlab: -dMethod has no meaning here: each line is called once and counted\n");
@@ -162,25 +169,13 @@ TEST(LabCount, ARefusedMethodAndALineAreHeeded) {
     EXPECT_GT(document["lines"][0]["instructions"], 100);
 }
 
-TEST(LabCount, SuitesWithANamespaceOfTheirOwnAreCounted) {
-    if (!callgrindIsThere()) {
-        GTEST_SKIP() << "valgrind is missing";
-    }
-    const LabDirectory directory;
-    const LabResult result = directory.run({"count", "--json", "-", "--", "-f=veksGainDecodeTCX_AMRWBE_16s"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(nlohmann::json::parse(result.out)["lines"].size(), 6u);
+TEST_F(LabRealCount, SuitesWithANamespaceOfTheirOwnAreCounted) {
+    EXPECT_EQ(linesCounted("-f=veksGainDecodeTCX_AMRWBE_16s"), 6u);
 }
 
 // One of these tests has the code of the other, and a compiler that folds them would leave one loop without its calls.
-TEST(LabCount, TestsOfEqualCodeAreCountedApart) {
-    if (!callgrindIsThere()) {
-        GTEST_SKIP() << "valgrind is missing";
-    }
-    const LabDirectory directory;
-    const LabResult result = directory.run({"count", "--json", "-", "--", "-f=veksResamplePolyphase_AMRWBE_16s"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(nlohmann::json::parse(result.out)["lines"].size(), 84u);
+TEST_F(LabRealCount, TestsOfEqualCodeAreCountedApart) {
+    EXPECT_EQ(linesCounted("-f=veksResamplePolyphase_AMRWBE_16s"), 84u);
 }
 
 TEST(LabCount, WithoutValgrindTheCauseIsTold) {

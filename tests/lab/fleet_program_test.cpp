@@ -35,6 +35,13 @@ public:
         write("bin/" + name, "#!/bin/sh\nprintf '%s\\n' \"$@\" >>'" + path(name + ".words") + "'\n" + script);
         fs::permissions(path("bin/" + name), fs::perms::owner_all);
     }
+    // A submission that ends with this line and leaves no folder.
+    void expectRefusal(const std::string& line) const {
+        const LabResult result = submit();
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.err, line);
+        EXPECT_FALSE(exists("f"));
+    }
     LabResult submit() const { return run({"fleet", "submit", "plan.json", "--folder", "f"}); }
 
 private:
@@ -45,12 +52,9 @@ private:
 
 TEST(LabFleetProgram, WithoutSlurmOneLineTellsWhatToDoAndNothingIsLeft) {
     const FleetDirectory directory;
-    const LabResult result = directory.submit();
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.err,
-              "krlab: there is no sbatch on this machine; install Slurm's commands (Debian: slurm-client) and "
-              "start again where the cluster's slurm.conf is\n");
-    EXPECT_FALSE(directory.exists("f"));
+    directory.expectRefusal(
+        "krlab: there is no sbatch on this machine; install Slurm's commands (Debian: slurm-client) and "
+        "start again where the cluster's slurm.conf is\n");
 }
 
 TEST(LabFleetProgram, ARefusalIsToldInOneLineAndNothingIsLeft) {
@@ -58,12 +62,9 @@ TEST(LabFleetProgram, ARefusalIsToldInOneLineAndNothingIsLeft) {
     directory.command("sbatch",
                       "echo 'sbatch: error: Batch job submission failed:' >&2\n"
                       "echo 'sbatch: error: Unable to contact slurm controller (connect failure)' >&2\nexit 1\n");
-    const LabResult result = directory.submit();
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.err,
-              "krlab: sbatch refuses: sbatch: error: Batch job submission failed:; sbatch: error: Unable to contact "
-              "slurm controller (connect failure); see that slurmctld runs: scontrol ping\n");
-    EXPECT_FALSE(directory.exists("f"));
+    directory.expectRefusal(
+        "krlab: sbatch refuses: sbatch: error: Batch job submission failed:; sbatch: error: Unable to contact "
+        "slurm controller (connect failure); see that slurmctld runs: scontrol ping\n");
 }
 
 TEST(LabFleetProgram, OneArrayIsAskedForWithNodesForItselfAndRequeuing) {

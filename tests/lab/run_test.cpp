@@ -32,6 +32,18 @@ bool lives(const std::string& pidText) {
     return ::kill(static_cast<pid_t>(std::stol(pidText)), 0) == 0;
 }
 
+/// A lab in the midst of its first pass, with a store.
+struct EndlessRun {
+    EndlessRun() : rig(endlessRig(directory.path("pid"))) {
+        lab = directory.start({"--rig", rig.subject().program, "run", "--store", "s.db"});
+        EXPECT_TRUE(comesTrue([&] { return directory.exists("pid"); }));
+    }
+
+    LabDirectory directory;
+    FakeRig rig;
+    pid_t lab = 0;
+};
+
 } // namespace
 
 TEST(LabCourse, SmallestMedianAndSpreadComeFromAllReadings) {
@@ -124,29 +136,21 @@ TEST(LabRun, AStoreThatIsTakenAwayCostsNoReport) {
 }
 
 TEST(LabRun, CtrlCEndsWithAReportAndWithoutTheRig) {
-    const LabDirectory directory;
-    const std::string pid = directory.path("pid");
-    const FakeRig rig(endlessRig(pid));
-    const pid_t lab = directory.start({"--rig", rig.subject().program, "run", "--store", "s.db"});
-    ASSERT_TRUE(comesTrue([&] { return directory.exists("pid"); }));
-    ::kill(lab, SIGINT);
-    const LabResult result = directory.wait(lab);
+    const EndlessRun run;
+    ::kill(run.lab, SIGINT);
+    const LabResult result = run.directory.wait(run.lab);
     EXPECT_EQ(result.status, 130);
     EXPECT_NE(result.out.find("0 lines in 1 passes"), std::string::npos) << result.out;
-    EXPECT_FALSE(lives(directory.read("pid")));
-    EXPECT_EQ(Store(directory.path("s.db")).runs()[0].status, 130);
+    EXPECT_FALSE(lives(run.directory.read("pid")));
+    EXPECT_EQ(Store(run.directory.path("s.db")).runs()[0].status, 130);
 }
 
 TEST(LabRun, AKilledLabLeavesNoRigBehind) {
-    const LabDirectory directory;
-    const std::string pid = directory.path("pid");
-    const FakeRig rig(endlessRig(pid));
-    const pid_t lab = directory.start({"--rig", rig.subject().program, "run", "--store", "s.db"});
-    ASSERT_TRUE(comesTrue([&] { return directory.exists("pid"); }));
-    ::kill(lab, SIGKILL);
-    directory.wait(lab);
-    EXPECT_TRUE(comesTrue([&] { return !lives(directory.read("pid")); }));
-    EXPECT_EQ(Store(directory.path("s.db")).runs()[0].status, -1);
+    const EndlessRun run;
+    ::kill(run.lab, SIGKILL);
+    run.directory.wait(run.lab);
+    EXPECT_TRUE(comesTrue([&] { return !lives(run.directory.read("pid")); }));
+    EXPECT_EQ(Store(run.directory.path("s.db")).runs()[0].status, -1);
 }
 
 TEST(LabRun, TwiceCtrlCEndsAtOnce) {

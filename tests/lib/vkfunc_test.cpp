@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -42,6 +44,13 @@ std::string chanStr(const char* text, std::string* rest = nullptr) {
         *rest = left.c_str();
     }
     return word.c_str();
+}
+
+// What `read` makes of the first text of each row is the second one.
+void expectEach(std::string (*read)(const char*), std::initializer_list<std::pair<const char*, const char*>> rows) {
+    for (const auto& [name, text] : rows) {
+        EXPECT_EQ(read(name), text) << name;
+    }
 }
 
 int compared(const char* a, const char* b) {
@@ -126,14 +135,11 @@ TEST(VkFuncParse, InplaceAndScaleOfOneDescriptor) {
 }
 
 TEST(VkFuncTokens, MissingTokensRepeatTheLast) {
-    const char* const rows[][2] = {{"veksFoo_16s", "16s,16s,16s"},
-                                   {"veksFoo_16s32s", "16s,32s,32s"},
-                                   {"veksFoo_16s32s64s", "16s,32s,64s"},
-                                   {"veksFoo_16s32s64s8u", "16s,32s,64s"},
-                                   {"veksFoo", ",,"}};
-    for (const auto& [name, types] : rows) {
-        EXPECT_EQ(tokens(name), types) << name;
-    }
+    expectEach(tokens, {{"veksFoo_16s", "16s,16s,16s"},
+                        {"veksFoo_16s32s", "16s,32s,32s"},
+                        {"veksFoo_16s32s64s", "16s,32s,64s"},
+                        {"veksFoo_16s32s64s8u", "16s,32s,64s"},
+                        {"veksFoo", ",,"}});
 }
 
 TEST(VkFuncTypes, IndexedTypes) {
@@ -166,34 +172,28 @@ TEST(VkFuncTypes, TokensOfTheArguments) {
 }
 
 TEST(VkFuncTypes, ExceptionsOfSignalFunctions) {
-    const char* const rows[][2] = {
-        {"veksReal_16sc", "16sc,16sc,16s,16s"},
-        {"veksMagnitude_32fc", "32fc,32fc,32f,32f"},
-        {"veksPowerSpectr_16sc", "16sc,16sc,16s,16s"},
-        {"veksPolarToCart_32fc", "32f,32f,32fc,32fc"},
-        {"veksRealToCplx_16s", "16s,16s,16sc,16sc"},
-        {"veksDotProd_32f32fc", "32f,32fc,32fc,32fc"},
-        {"veksDotProd_16s32s", "16s,16s,32s,32s"},
-        {"veksDotProd_32fc64fc", "32fc,32fc,64fc,64fc"}, // the source is complex
-        {"veksDotProd_32f16s32fc", "32f,16s,32fc,32fc"}, // the second source has a type of its own
-        {"veksMul_16u16s", "16u,16s,16s,16s"},
-        {"veksGoertz_16s", "16s,16s,16sc,16sc"},
-        {"veksRealPart_16sc", "16sc,16sc,16sc,16sc"},
-        {"Real_16sc", "16sc,16sc,16sc,16sc"},
-    };
-    for (const auto& [name, types] : rows) {
-        EXPECT_EQ(argTypes(name), types) << name;
-    }
+    expectEach(argTypes, {
+                             {"veksReal_16sc", "16sc,16sc,16s,16s"},
+                             {"veksMagnitude_32fc", "32fc,32fc,32f,32f"},
+                             {"veksPowerSpectr_16sc", "16sc,16sc,16s,16s"},
+                             {"veksPolarToCart_32fc", "32f,32f,32fc,32fc"},
+                             {"veksRealToCplx_16s", "16s,16s,16sc,16sc"},
+                             {"veksDotProd_32f32fc", "32f,32fc,32fc,32fc"},
+                             {"veksDotProd_16s32s", "16s,16s,32s,32s"},
+                             {"veksDotProd_32fc64fc", "32fc,32fc,64fc,64fc"}, // the source is complex
+                             {"veksDotProd_32f16s32fc", "32f,16s,32fc,32fc"}, // the second source has a type of its own
+                             {"veksMul_16u16s", "16u,16s,16s,16s"},
+                             {"veksGoertz_16s", "16s,16s,16sc,16sc"},
+                             {"veksRealPart_16sc", "16sc,16sc,16sc,16sc"},
+                             {"Real_16sc", "16sc,16sc,16sc,16sc"},
+                         });
 }
 
 TEST(VkFuncTypes, ExceptionsOfImageFunctions) {
-    const char* const rows[][2] = {{"vekiSum_16s_C1R", "16s,16s,64f,64f"},
-                                   {"vekiCompare_16s_C1R", "16s,16s,8u,8u"},
-                                   {"vekiCopy_16s_C1MR", "16s,8u,16s,16s"},
-                                   {"vekiCopy_16s_C1R", "16s,16s,16s,16s"}};
-    for (const auto& [name, types] : rows) {
-        EXPECT_EQ(argTypes(name), types) << name;
-    }
+    expectEach(argTypes, {{"vekiSum_16s_C1R", "16s,16s,64f,64f"},
+                          {"vekiCompare_16s_C1R", "16s,16s,8u,8u"},
+                          {"vekiCopy_16s_C1MR", "16s,8u,16s,16s"},
+                          {"vekiCopy_16s_C1R", "16s,16s,16s,16s"}});
 }
 
 TEST(VkFuncChannels, FirstWordIsTakenOffTheText) {

@@ -158,12 +158,7 @@ class ShortHearing {
 public:
     Samples heard;
 
-    ShortHearing() {
-        int size = 0;
-        GOOD(veksPhaseDispersionGetStateSize_G729D_16s(&size));
-        m_dispersion.resize(static_cast<size_t>(size));
-        GOOD(veksPhaseDispersionInit_G729D_16s(m_dispersion.data()));
-    }
+    ShortHearing() { GOOD(veksPhaseDispersionInit_G729D_16s(m_dispersion.data())); }
 
     void add(const int16_t* excitation, const int16_t* code, const int16_t* gains, const int16_t* lpc, int delay) {
         int16_t dispersed[kSub];
@@ -177,7 +172,7 @@ public:
     }
 
 private:
-    std::vector<char> m_dispersion;
+    std::vector<char> m_dispersion = stateBytes(veksPhaseDispersionGetStateSize_G729D_16s);
     Samples m_synthesis = Samples(10 + kSub);
     MainPostFilter m_post;
 };

@@ -148,6 +148,13 @@ inline double bessel(double x) {
     return std::cyl_bessel_i(0.0, x);
 }
 
+/// That y is the exact values, saturated, within a tolerance.
+inline void expectSaturated(const std::vector<double>& exact, const std::vector<int16_t>& y, double tolerance) {
+    for (size_t i = 0; i < y.size(); ++i) {
+        ASSERT_NEAR(std::min(32767.0, std::max(-32768.0, exact[i])), y[i], tolerance) << i << " of " << y.size();
+    }
+}
+
 inline double dot(const int16_t* a, const int16_t* b, int n) {
     double sum = 0;
     for (int i = 0; i < n; ++i) {

@@ -34,17 +34,15 @@ public:
     bool SetData_Cdbk(long long size, short* pIndex) {
         pIndex[0] = 0;
         pIndex[1] = 0;
-        const bool own = m_first ? pSrcDstImpulseResponse.createVector(size, setRand, -2048, 2048) &&
-                                       pSrcDstFltAdptVector.createVector(size, setRand, -2048, 2048)
-                                 : pSrcImpulseResponse.createVector(size, setRand, -2048, 2048);
+        const bool own = m_func.contains("veksAlgebraicCodebookSearchL1_G7291_16s")
+                             ? pSrcDstImpulseResponse.createVector(size, setRand, -2048, 2048) &&
+                                   pSrcDstFltAdptVector.createVector(size, setRand, -2048, 2048)
+                             : pSrcImpulseResponse.createVector(size, setRand, -2048, 2048);
         return own && pSrcFixedTarget.createVector(size, setRand, -2048, 2048) &&
                pSrcLtpResidual.createVector(size, setRand, -2048, 2048) &&
                pDstFixedVector.createVector(size, setZero, 0, 0) &&
                pDstFltFixedVector.createVector(size, setZero, 0, 0);
     }
-
-private:
-    const bool m_first = m_func.contains("veksAlgebraicCodebookSearchL1_G7291_16s");
 };
 
 } // namespace

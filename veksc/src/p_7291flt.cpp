@@ -37,7 +37,7 @@ public:
             return false;
         }
         const long long size = m_grid.room(len);
-        if (m_decode) {
+        if (m_func.contains("veksQMFDecode_G7291_16s")) {
             // Two samples for each pair of the bands.
             return pSrcLowBand.createVector(size, setRand, -2048, 2048) &&
                    pSrcHighBand.createVector(size, setRand, -2048, 2048) && pDst.createVector(2 * size, setZero, 0, 0);
@@ -55,16 +55,14 @@ public:
         if (m_high) {
             return initState(pStateHi, veksFilterHighpassGetStateSize_G7291_16s, veksFilterHighpassInit_G7291_16s);
         }
-        if (m_low) {
+        if (m_func.contains("veksFilterLowpass_G7291_16s_I")) {
             return initState(pStateLo, veksFilterLowpassGetStateSize_G7291_16s, veksFilterLowpassInit_G7291_16s);
         }
         return initState(pState, veksQMFGetStateSize_G7291_16s, veksQMFInit_G7291_16s);
     }
 
 private:
-    const bool m_decode = m_func.contains("veksQMFDecode_G7291_16s");
     const bool m_encode = m_func.contains("veksQMFEncode_G7291_16s");
-    const bool m_low = m_func.contains("veksFilterLowpass_G7291_16s_I");
     const bool m_high = m_func.contains("veksFilterHighpass_G7291_16s_ISfs");
 };
 

@@ -48,7 +48,7 @@ public:
             setData(parm.m_16s, pQuantIndex.m_16s);
             return true;
         }
-        if (m_control) {
+        if (m_func.contains("veksGainControl_G7291_16s_I")) {
             pGain = 16384;
             pSmoothLevel = 16384;
             return pSrc.createVector(size, setRand, -2048, 2048) && pSrcDst.createVector(size, setRand, -2048, 2048);
@@ -70,7 +70,6 @@ public:
 private:
     const bool m_lsf = m_func.contains("veksLSFDecode_G7291_16s");
     const bool m_quant = m_func.contains("veksGainQuant_G7291_16s");
-    const bool m_control = m_func.contains("veksGainControl_G7291_16s_I");
 };
 
 } // namespace

@@ -5,7 +5,7 @@ namespace {
 
 vkVector pSrc, pDst, pSrcDst, pTmp;
 krStepIterator<int> lenght_I, lenght;
-int dataSize, scale;
+int scale;
 const int scaleFactor = 3;
 
 class TimAutoScale : public vkcGridTest {
@@ -21,10 +21,8 @@ public:
 
     bool makeData() override {
         if (m_inPlace) {
-            const bool made = pSrcDst.createVector(lenght_I.value(), setZero, 0, 0) &&
-                              pTmp.createVector(lenght_I.value(), setValue, 10, 0);
-            dataSize = pTmp.size();
-            return made;
+            return pSrcDst.createVector(lenght_I.value(), setZero, 0, 0) &&
+                   pTmp.createVector(lenght_I.value(), setValue, 10, 0);
         }
         return pSrc.createVector(lenght.value(), setValue, 10, 0) && pDst.createVector(lenght.value(), setZero, 0, 0);
     }
@@ -38,7 +36,7 @@ private:
 } // namespace
 
 VK_REG_I(TimAutoScale, veksAutoScale_16s_I, veksAutoScale_16s_I(pSrcDst.m_16s, lenght_I.value(), &scale),
-         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize);
+         vkcRestore(pSrcDst.m_16s, pTmp);
          scale = scaleFactor)
 VK_REG_I(TimAutoScale, veksAutoScale_16s, veksAutoScale_16s(pSrc.m_16s, pDst.m_16s, lenght.value(), &scale),
          scale = scaleFactor)

@@ -17,7 +17,7 @@ public:
         vkcRebuild(lenght, "lenght");
         if (m_func.contains("veksDotProd_G729A_32f64f")) {
             lenght.setList({40, 60, 80, 100});
-        } else if (m_long) {
+        } else if (m_func.contains("veksDotProd_G729A_16s32s")) {
             lenght.setList({80, 223});
         } else {
             lenght.setList({12, 21, 22, 40, 80});
@@ -31,9 +31,6 @@ public:
     }
 
     double getDivisor() override { return lenght.value(); }
-
-private:
-    const bool m_long = m_func.contains("veksDotProd_G729A_16s32s");
 };
 
 } // namespace

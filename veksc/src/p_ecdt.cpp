@@ -40,7 +40,7 @@ public:
         numSegments = mode.value() != 0 ? 4 : 2;
         pSrcDstFilterPwr = 0;
         const SetMode fill = doubleTalk.value() != 0 ? setRand : setValue;
-        const bool made = m_update
+        const bool made = m_func.contains("Update")
                               ? ppSrcRinSubbandsHistory.createMatrice(numSegments, numSubbands, setRand, -1.0, 1.0) &&
                                     pSrcSinSubbands.createVector(numSubbands, fill, 32767, 0) &&
                                     pSrcFilterErr.createVector(numSubbands, fill, 32767, 0) &&
@@ -70,8 +70,6 @@ private:
                checkStatus(veksSubbandControllerDTInit_EC_16s(pState, numSubbands, FRAME_SIZE, numSegments, freq)) ==
                    krOk;
     }
-
-    const bool m_update = m_func.contains("Update");
 };
 
 } // namespace

@@ -5,7 +5,6 @@ namespace {
 
 vkVector pSrcDst, pTmp;
 krStepIterator<int> lenght;
-int dataSize;
 
 class TimFFT : public vkcGridTest {
 public:
@@ -18,10 +17,8 @@ public:
     }
 
     bool makeData() override {
-        const bool made = pSrcDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
-                          pTmp.createVector(m_grid.room(lenght), setOne, 0, 0);
-        dataSize = pTmp.size();
-        return made;
+        return pSrcDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+               pTmp.createVector(m_grid.room(lenght), setOne, 0, 0);
     }
 
     double getDivisor() override { return lenght.value(); }
@@ -30,4 +27,4 @@ public:
 } // namespace
 
 VK_REG_I(TimFFT, veksFFTFwd_RToPerm_GSMAMR_16s_I, veksFFTFwd_RToPerm_GSMAMR_16s_I(pSrcDst.m_16s),
-         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
+         vkcRestore(pSrcDst.m_16s, pTmp))

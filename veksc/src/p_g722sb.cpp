@@ -38,11 +38,12 @@ public:
 
     bool makeData() override {
         // The state comes last: where a vector fails nobody frees it.
-        if (m_highband || m_classify) {
+        if (m_func.contains("veksFilterHighband_G722_16s_I") || m_classify) {
             return pSrcDst.createVector(vkcSize(len) + (m_classify ? before : 0), setOne, 0, 0) &&
                    mem.createVector(2, setOne, 0, 0) && createStates();
         }
-        return pSrc.createVector(vkcSize(len) + (m_downsample ? 2 * beside : 0), setOne, 0, 0) &&
+        return pSrc.createVector(vkcSize(len) + (m_func.contains("veksDownsampleFilter_G722_16s") ? 2 * beside : 0),
+                                 setOne, 0, 0) &&
                pDst.createVector(len.value(), setZero, 0, 0) &&
                delay.createVector(std::max(len.value(), bank), setOne, 0, 0) && createStates();
     }
@@ -51,7 +52,7 @@ public:
 
 private:
     bool createStates() {
-        if (m_encode) {
+        if (m_func.contains("veksSBADPCMEncode_G722_16s")) {
             return initState(pEncMem, veksSBADPCMEncodeStateSize_G722_16s, veksSBADPCMEncodeInit_G722_16s);
         }
         if (m_decode || m_classify) {
@@ -60,13 +61,8 @@ private:
         return true;
     }
 
-    const bool m_downsample = m_func.contains("veksDownsampleFilter_G722_16s");
-    const bool m_highband = m_func.contains("veksFilterHighband_G722_16s_I");
     const bool m_classify = m_func.contains("veksClassifyFrame_G722_16s_I");
-    const bool m_qmfDecode = m_func.contains("veksQMFDecode_G722_16s");
     const bool m_decode = m_func.contains("veksSBADPCMDecode_G722_16s");
-    const bool m_qmfEncode = m_func.contains("veksQMFEncode_G722_16s");
-    const bool m_encode = m_func.contains("veksSBADPCMEncode_G722_16s");
 };
 
 } // namespace

@@ -87,7 +87,6 @@ public:
     }
 
 private:
-    const bool m_gain = m_func.contains("GainControl");
     const bool m_synthesis = m_func.contains("SynthesisFilter");
     const bool m_cross = m_func.contains("CrossCorrLagMax");
     const bool m_auto = m_func.contains("AutoCorrLagMax");

@@ -22,7 +22,7 @@ public:
     }
 
     bool initData() override {
-        const VekG728Window window = m_block ? VEK_G728_WINDOW_SYNTHESIS : VEK_G728_WINDOW_WEIGHTING;
+        const VekG728Window window = m_func.contains("Block") ? VEK_G728_WINDOW_SYNTHESIS : VEK_G728_WINDOW_WEIGHTING;
         return vkcDone(veksWinHybridInit_G728_16s(window, pMem)) && pSrc.createVector(frame, setValue, 1024, 0) &&
                pDst.createVector(order + 1, setZero, 0, 0) && pSrcSfs.createVector(blocks, setValue, 0, 0);
     }
@@ -34,9 +34,6 @@ public:
     }
 
     double getDivisor() override { return 10; }
-
-private:
-    const bool m_block = m_func.contains("Block");
 };
 
 } // namespace

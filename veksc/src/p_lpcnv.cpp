@@ -18,15 +18,12 @@ public:
 
     bool makeData() override {
         return pLSF.createVector(m_grid.room(lenght), setZero, 0, 0) &&
-               pLSP.createVector(m_grid.room(lenght), m_toLsp ? setZero : setOne, 0, 0) &&
+               pLSP.createVector(m_grid.room(lenght), m_func.contains("ToLSP") ? setZero : setOne, 0, 0) &&
                pPrevLSP.createVector(m_grid.room(lenght), setValue, 2000, 0) &&
                pLPC.createVector(m_grid.room(lenght), setZero, 0, 0);
     }
 
     double getDivisor() override { return lenght.value(); }
-
-private:
-    const bool m_toLsp = m_func.contains("ToLSP");
 };
 
 } // namespace

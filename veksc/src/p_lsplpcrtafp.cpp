@@ -19,7 +19,7 @@ public:
     bool makeData() override {
         // Of order n there are n + 1 autocorrelations and coefficients.
         const long long n = vkcSize(order);
-        if (m_toLSP) {
+        if (m_func.contains("veksLPCToLSP_RTA_32f")) {
             return pSrc.createVector(n, setRand, -150, 150) && pSrcAutoCorr.createVector(n + 1, setZero, 0, 0) &&
                    pDstRC.createVector(n, setZero, 0, 0) && pSrcLPC.createVector(n + 1, setZero, 0, 0) &&
                    pDstLSP.createVector(n, setZero, 0, 0) && setData();
@@ -46,8 +46,6 @@ private:
         }
         return vkcDone(veksLevinsonDurbin_RTA_32f(pSrcAutoCorr.m_32f, pSrcLPC.m_32f, pDstRC.m_32f, n));
     }
-
-    const bool m_toLSP = m_func.contains("veksLPCToLSP_RTA_32f");
 };
 
 } // namespace

@@ -42,7 +42,7 @@ public:
 void restore() {
     prevMidPitchLag = 40;
     lagSwitcher = static_cast<Vek16s>(itLagSwitcher.value());
-    vkcRestore(pSrcDstPrevPitchLag.m_16s, pSrcDstPrevPitchLagTst.m_16s, lags * vkVector::item("_16s"));
+    vkcRestore(pSrcDstPrevPitchLag.m_16s, pSrcDstPrevPitchLagTst);
 }
 
 } // namespace nsTimOLPSWB
@@ -97,7 +97,7 @@ public:
 void restore() {
     prevMidPitchLag = 40;
     lagSwitcher = static_cast<Vek16s>(itLagSwitcher.value());
-    vkcRestore(pSrcDstPrevPitchLag.m_16s, pSrcDstPrevPitchLagTst.m_16s, lags * vkVector::item("_16s"));
+    vkcRestore(pSrcDstPrevPitchLag.m_16s, pSrcDstPrevPitchLagTst);
 }
 
 } // namespace nsTimOLPSWBE_ld

@@ -33,10 +33,7 @@ public:
                pDstAdptVector.createVector(subframeLength, setZero, 0, 0);
     }
 
-    double getDivisor() override { return m_decode ? subframeLength : window; }
-
-private:
-    const bool m_decode = m_func.contains("Decode");
+    double getDivisor() override { return m_func.contains("Decode") ? subframeLength : window; }
 };
 
 } // namespace

@@ -28,7 +28,7 @@ public:
     }
 
     bool makeData() override {
-        if (!m_activity) {
+        if (!m_func.contains("VAD")) {
             pUpdateIndex = 0;
             return pSrcSpch.createVector(m_grid.room(len), setRand, 0, 0) &&
                    pSrcIsp.createVector(spectrum, setRand, 0, 0) &&
@@ -45,9 +45,6 @@ public:
     }
 
     double getDivisor() override { return len.value(); }
-
-private:
-    const bool m_activity = m_func.contains("VAD");
 };
 
 } // namespace

@@ -32,16 +32,13 @@ public:
         if (!pDst.createVector(lenFrame, setZero, 0, 0)) {
             return false;
         }
-        if (m_split) {
+        if (m_name == "veksBandSplit_AMRWBE_16s") {
             return pSrc1.createVector(lenSource, setRand, -1, 1) && pSrcDst.createVector(lenLow, setRand, -1, 1);
         }
         return pSrc1.createVector(lenLow, setRand, -1, 1) && pSrc2.createVector(lenSource, setRand, -1, 1);
     }
 
     double getDivisor() override { return lenFrame; }
-
-private:
-    const bool m_split = m_name == "veksBandSplit_AMRWBE_16s";
 };
 
 class krUpDownResample_wbe : public vkcTest {
@@ -93,7 +90,7 @@ public:
         if (!vkcCounts(cntFS, std::size(scaleFreq)) || !pSrcDst.createVector(72, setRand, -1, 1)) {
             return false;
         }
-        if (m_split) {
+        if (m_name == "veksBandSplitDownsample_AMRWBE_16s") {
             return pSrc1.createVector(2 * vkcSize(length), setRand, -1, 1) &&
                    pDst.createVector(lenFrame, setZero, 0, 0) && pDst2.createVector(lenFrame, setZero, 0, 0);
         }
@@ -102,9 +99,6 @@ public:
     }
 
     double getDivisor() override { return length.value() * 2.0; }
-
-private:
-    const bool m_split = m_name == "veksBandSplitDownsample_AMRWBE_16s";
 };
 
 } // namespace

@@ -73,12 +73,7 @@ long long vkcGrid::room(const krStepIterator<int>& parm) const {
 
 bool vkcGrid::next(bool first) {
     if (first) {
-        for (krParameter* parm : m_parms) {
-            if (!parm->firstValue()) {
-                return false;
-            }
-        }
-        return true;
+        return krFirstValues(m_parms);
     }
     auto place = m_parms.end();
     while (!(place == m_parms.begin())) {

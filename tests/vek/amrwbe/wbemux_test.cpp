@@ -285,6 +285,15 @@ TEST(VekWbeMux, NumbersAndIndicesStandWhereTheLayoutTellsThem) {
     EXPECT_GT(dropped, 50);
 }
 
+// Four points sent in two packets, of which some are lost.
+Samples received(const Samples& x, const int (&bits)[2], const int (&lost)[2]) {
+    Samples words(static_cast<size_t>((bits[0] + 3) / 4 + (bits[1] + 3) / 4));
+    Samples back(x.size(), 9);
+    EXPECT_EQ(vekStsNoErr, veksEncodeMux_AMRWBE_16s(x.data(), bits, 2, words.data(), 4));
+    EXPECT_EQ(vekStsNoErr, veksDecodeDemux_AMRWBE_16s(words.data(), bits, lost, 2, back.data(), 4));
+    return back;
+}
+
 TEST(VekWbeMux, WhatAPacketCannotHoldStandsInTheOthers) {
     Samples x(32, 0);
     x[0] = 4; // packet 0: two points of 10 bits do not fit in 14
@@ -292,14 +301,10 @@ TEST(VekWbeMux, WhatAPacketCannotHoldStandsInTheOthers) {
     const int bits[2] = {14, 30};
     const int good[2] = {0, 0};
     const int secondLost[2] = {0, 1};
-    Samples words(12);
-    Samples back(32, 9);
-    ASSERT_EQ(vekStsNoErr, veksEncodeMux_AMRWBE_16s(x.data(), bits, 2, words.data(), 4));
-    ASSERT_EQ(vekStsNoErr, veksDecodeDemux_AMRWBE_16s(words.data(), bits, good, 2, back.data(), 4));
-    EXPECT_EQ(x, back);
-    ASSERT_EQ(vekStsNoErr, veksDecodeDemux_AMRWBE_16s(words.data(), bits, secondLost, 2, back.data(), 4));
+    EXPECT_EQ(x, received(x, bits, good));
+    const Samples left = received(x, bits, secondLost);
     x[17] = 0;
-    EXPECT_EQ(x, back);
+    EXPECT_EQ(x, left);
 }
 
 TEST(VekWbeMux, ALostPacketTakesItsOwnPointsOnly) {
@@ -309,13 +314,10 @@ TEST(VekWbeMux, ALostPacketTakesItsOwnPointsOnly) {
     }
     const int bits[2] = {40, 40};
     const int firstLost[2] = {1, 0};
-    Samples words(20);
-    Samples back(32, 9);
-    ASSERT_EQ(vekStsNoErr, veksEncodeMux_AMRWBE_16s(x.data(), bits, 2, words.data(), 4));
-    ASSERT_EQ(vekStsNoErr, veksDecodeDemux_AMRWBE_16s(words.data(), bits, firstLost, 2, back.data(), 4));
+    const Samples left = received(x, bits, firstLost);
     x[0] = 0;
     x[16 + 2] = 0;
-    EXPECT_EQ(x, back);
+    EXPECT_EQ(x, left);
 }
 
 TEST(VekWbeMux, AnyBitsGivePointsOfTheLattice) {

@@ -196,28 +196,34 @@ TEST(VekAutoCorr, AnalysisOfG723WindowsRaisesAndTapers) {
     });
 }
 
+/// Calls `work(n, a, b)` for pairs of signals of every length.
+template <class Work>
+void forPairs(unsigned seed, Work work) {
+    for (const int n : kLengths) {
+        const auto first = signals(n, seed);
+        const auto second = signals(n, seed + 1);
+        for (size_t c = 0; c < first.size(); c++) {
+            work(n, first[c], second[(c + 1) % second.size()]);
+        }
+    }
+}
+
 TEST(VekConvPartial, EachFormAgreesWithThePlainSum) {
     atEveryLevel([] {
-        for (const int n : kLengths) {
-            const auto first = signals(n, 6);
-            const auto second = signals(n, 7);
-            for (size_t c = 0; c < first.size(); c++) {
-                const Samples& a = first[c];
-                const Samples& b = second[(c + 1) % second.size()];
-                const Wide exact = convolution(a, b);
-                Words wide(a.size());
-                Samples cut(a.size());
-                Samples rounded(a.size());
-                ASSERT_EQ(vekStsNoErr, veksConvPartial_16s32s(a.data(), b.data(), wide.data(), n));
-                ASSERT_EQ(vekStsNoErr, veksConvPartial_16s_Sfs(a.data(), b.data(), cut.data(), n, 12));
-                ASSERT_EQ(vekStsNoErr, veksConvPartial_NR_16s(a.data(), b.data(), rounded.data(), n));
-                for (size_t i = 0; i < a.size(); i++) {
-                    ASSERT_EQ(clip(exact[i], 32), wide[i]) << n << " " << i;
-                    ASSERT_EQ(scaled(exact[i], 12, 16), cut[i]);
-                    ASSERT_EQ(roundedQ15(exact[i]), rounded[i]);
-                }
+        forPairs(6, [](int n, const Samples& a, const Samples& b) {
+            const Wide exact = convolution(a, b);
+            Words wide(a.size());
+            Samples cut(a.size());
+            Samples rounded(a.size());
+            ASSERT_EQ(vekStsNoErr, veksConvPartial_16s32s(a.data(), b.data(), wide.data(), n));
+            ASSERT_EQ(vekStsNoErr, veksConvPartial_16s_Sfs(a.data(), b.data(), cut.data(), n, 12));
+            ASSERT_EQ(vekStsNoErr, veksConvPartial_NR_16s(a.data(), b.data(), rounded.data(), n));
+            for (size_t i = 0; i < a.size(); i++) {
+                ASSERT_EQ(clip(exact[i], 32), wide[i]) << n << " " << i;
+                ASSERT_EQ(scaled(exact[i], 12, 16), cut[i]);
+                ASSERT_EQ(roundedQ15(exact[i]), rounded[i]);
             }
-        }
+        });
     });
 }
 
@@ -235,28 +241,22 @@ TEST(VekConvPartial, TheFractionIsCutOffTowardsMinusInfinity) {
 
 TEST(VekCrossCorr, EachFormAgreesWithThePlainSum) {
     atEveryLevel([] {
-        for (const int n : kLengths) {
-            const auto first = signals(n, 8);
-            const auto second = signals(n, 9);
-            for (size_t c = 0; c < first.size(); c++) {
-                const Samples& a = first[c];
-                const Samples& b = second[(c + 1) % second.size()];
-                const Wide exact = correlation(a, b, n);
-                Words wide(a.size());
-                Samples rounded(static_cast<size_t>(n) + 1);
-                for (const int s : {0, 3, 31, -2}) {
-                    ASSERT_EQ(vekStsNoErr, veksCrossCorr_16s32s_Sfs(a.data(), b.data(), n, wide.data(), s));
-                    for (size_t k = 0; k < a.size(); k++) {
-                        ASSERT_EQ(scaled(exact[k], s, 32), wide[k]) << n << " " << k << " scale " << s;
-                    }
-                }
-                ASSERT_EQ(vekStsNoErr, veksCrossCorr_NR_16s(a.data(), b.data(), n, rounded.data(), n + 1));
+        forPairs(8, [](int n, const Samples& a, const Samples& b) {
+            const Wide exact = correlation(a, b, n);
+            Words wide(a.size());
+            Samples rounded(static_cast<size_t>(n) + 1);
+            for (const int s : {0, 3, 31, -2}) {
+                ASSERT_EQ(vekStsNoErr, veksCrossCorr_16s32s_Sfs(a.data(), b.data(), n, wide.data(), s));
                 for (size_t k = 0; k < a.size(); k++) {
-                    ASSERT_EQ(roundedQ15(exact[k]), rounded[k]);
+                    ASSERT_EQ(scaled(exact[k], s, 32), wide[k]) << n << " " << k << " scale " << s;
                 }
-                ASSERT_EQ(0, rounded.back());
             }
-        }
+            ASSERT_EQ(vekStsNoErr, veksCrossCorr_NR_16s(a.data(), b.data(), n, rounded.data(), n + 1));
+            for (size_t k = 0; k < a.size(); k++) {
+                ASSERT_EQ(roundedQ15(exact[k]), rounded[k]);
+            }
+            ASSERT_EQ(0, rounded.back());
+        });
     });
 }
 

@@ -12,6 +12,8 @@
 
 namespace {
 
+using Operations = vek::RegisterOperations;
+
 constexpr int kElements = 4096;
 
 /// Random ones, and all pairs of those at the edges.
@@ -46,8 +48,18 @@ void atEachWidth(Compare compare) {
     }
 }
 
+/// What `call` makes of `count` elements is the same with the operations of both levels.
+template <class T, class Call>
+void expectTheSame(const Operations& plain, const Operations& wide, size_t count, Call call) {
+    std::vector<T> want(count);
+    std::vector<T> have(count);
+    call(plain, want.data());
+    call(wide, have.data());
+    EXPECT_EQ(want, have);
+}
+
 TEST(VekRegisters, EachLevelHasItsWidth) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         EXPECT_EQ(0, plain.bytes);
         int level = 1;
         while (vek::registerOperations_all[level] != &wide) {
@@ -58,7 +70,7 @@ TEST(VekRegisters, EachLevelHasItsWidth) {
 }
 
 TEST(VekRegisters, PairsOfNeighboursAreAddedModulo32Bits) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         const Operands o;
         std::vector<int32_t> want(kElements / 2, 0x7fffffff);
         std::vector<int32_t> have = want;
@@ -72,47 +84,43 @@ TEST(VekRegisters, PairsOfNeighboursAreAddedModulo32Bits) {
 }
 
 TEST(VekRegisters, OperationsOn16BitsAreThoseOfPlainCode) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         const Operands o;
-        std::vector<int16_t> want(kElements);
-        std::vector<int16_t> have(kElements);
-        for (const auto operation : {&vek::RegisterOperations::multCut, &vek::RegisterOperations::addSaturated}) {
-            (plain.*operation)(o.a.data(), o.b.data(), want.data(), kElements);
-            (wide.*operation)(o.a.data(), o.b.data(), have.data(), kElements);
-            EXPECT_EQ(want, have);
+        for (const auto operation : {&Operations::multCut, &Operations::addSaturated}) {
+            expectTheSame<int16_t>(plain, wide, kElements, [&](const Operations& operations, int16_t* y) {
+                (operations.*operation)(o.a.data(), o.b.data(), y, kElements);
+            });
         }
     });
 }
 
 TEST(VekRegisters, WhatIsInterleavedComesBackInOrderAndSaturated) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         const Operands o;
-        std::vector<int16_t> want(kElements);
-        std::vector<int16_t> have(kElements);
         for (const int shift : {0, 1, 12, 15, 31}) {
-            plain.combined(o.a.data(), o.b.data(), want.data(), kElements, shift);
-            wide.combined(o.a.data(), o.b.data(), have.data(), kElements, shift);
-            EXPECT_EQ(want, have) << shift;
+            SCOPED_TRACE(shift);
+            expectTheSame<int16_t>(plain, wide, kElements, [&](const Operations& operations, int16_t* y) {
+                operations.combined(o.a.data(), o.b.data(), y, kElements, shift);
+            });
         }
     });
 }
 
 TEST(VekRegisters, ProductsAreRoundedShiftedAndSaturatedIn32Bits) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         const Operands o;
-        std::vector<int16_t> want(kElements);
-        std::vector<int16_t> have(kElements);
         for (const int shift : {0, 1, 8, 14, 15, 16, 30}) {
+            SCOPED_TRACE(shift);
             const int half = shift > 0 ? 1 << (shift - 1) : 0;
-            plain.multShifted(o.a.data(), o.b.data(), want.data(), kElements, half, shift);
-            wide.multShifted(o.a.data(), o.b.data(), have.data(), kElements, half, shift);
-            EXPECT_EQ(want, have) << shift;
+            expectTheSame<int16_t>(plain, wide, kElements, [&](const Operations& operations, int16_t* y) {
+                operations.multShifted(o.a.data(), o.b.data(), y, kElements, half, shift);
+            });
         }
     });
 }
 
 TEST(VekRegisters, AVectorOfAnyLengthIsFilledAndNothingBehindItAlsoInPlace) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         const Operands o;
         for (int n = 0; n <= 140; ++n) {
             std::vector<int16_t> want(160, 77);
@@ -131,7 +139,7 @@ TEST(VekRegisters, AVectorOfAnyLengthIsFilledAndNothingBehindItAlsoInPlace) {
 }
 
 TEST(VekRegisters, FirstLanesStandOneBehindTheOther) {
-    atEachWidth([](const vek::RegisterOperations&, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations&, const Operations& wide) {
         const Operands o;
         std::vector<int16_t> have(kElements);
         wide.firstLanes(o.a.data(), have.data(), kElements);
@@ -140,18 +148,16 @@ TEST(VekRegisters, FirstLanesStandOneBehindTheOther) {
 }
 
 TEST(VekRegisters, LanesKeepTheirOrderWhenTheyAreWidenedOrTakenOut) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         std::vector<float> a(kElements);
         std::vector<int32_t> x(kElements);
         for (int i = 0; i < kElements; ++i) {
             a[static_cast<size_t>(i)] = static_cast<float>(i) / 3.0F;
             x[static_cast<size_t>(i)] = i * 500009 - 1000000000;
         }
-        std::vector<double> want(kElements);
-        std::vector<double> have(kElements);
-        plain.widened(a.data(), want.data(), kElements);
-        wide.widened(a.data(), have.data(), kElements);
-        EXPECT_EQ(want, have);
+        expectTheSame<double>(plain, wide, kElements, [&](const Operations& operations, double* y) {
+            operations.widened(a.data(), y, kElements);
+        });
         std::vector<int32_t> taken(kElements);
         wide.lanes(x.data(), taken.data(), kElements);
         EXPECT_EQ(x, taken);
@@ -159,25 +165,21 @@ TEST(VekRegisters, LanesKeepTheirOrderWhenTheyAreWidenedOrTakenOut) {
 }
 
 TEST(VekRegisters, EightsAreTurnedRoundAndSummed) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         const Operands o;
-        std::vector<int16_t> want(kElements);
-        std::vector<int16_t> have(kElements);
-        plain.reversed(o.a.data(), want.data(), kElements);
-        wide.reversed(o.a.data(), have.data(), kElements);
-        EXPECT_EQ(want, have);
+        expectTheSame<int16_t>(plain, wide, kElements, [&](const Operations& operations, int16_t* y) {
+            operations.reversed(o.a.data(), y, kElements);
+        });
         std::vector<float> a(kElements);
         std::copy(o.a.begin(), o.a.end(), a.begin());
-        std::vector<float> wantSums(kElements / 8);
-        std::vector<float> haveSums(kElements / 8);
-        plain.eightSums(a.data(), wantSums.data(), kElements);
-        wide.eightSums(a.data(), haveSums.data(), kElements);
-        EXPECT_EQ(wantSums, haveSums);
+        expectTheSame<float>(plain, wide, kElements / 8, [&](const Operations& operations, float* y) {
+            operations.eightSums(a.data(), y, kElements);
+        });
     });
 }
 
 TEST(VekRegisters, OfEqualLeastOnesTheFirstIsFound) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         // -1 is the largest without a sign; each of the two stands in all lanes, first in this one.
         for (int first = 0; first < 64; ++first) {
             std::vector<int32_t> a(128, 7);
@@ -211,7 +213,7 @@ void expectEqual(void (*plain)(const X*, T*), void (*wide)(const X*, T*), const 
 }
 
 TEST(VekRegisters, EightIntegersAreThoseOfPlainCode) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         std::mt19937 random(2);
         constexpr int32_t one = 1 << 30;
         const int32_t factors[] = {one, -one, one / 2, -one / 2, 1, -1, one - 1, 0};
@@ -234,7 +236,7 @@ TEST(VekRegisters, EightIntegersAreThoseOfPlainCode) {
 }
 
 TEST(VekRegisters, EightAndFourFloatsAreThoseOfPlainCode) {
-    atEachWidth([](const vek::RegisterOperations& plain, const vek::RegisterOperations& wide) {
+    atEachWidth([](const Operations& plain, const Operations& wide) {
         std::mt19937 random(3);
         for (int round = 0; round < 200; ++round) {
             // Below 2^22; every second time halves, which go to the even integer.

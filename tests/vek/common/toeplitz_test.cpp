@@ -147,15 +147,17 @@ struct Dispersion {
         return innovation;
     }
 
-    // Six subframes with a high gain.
-    void forgetWeakGains() {
+    std::vector<int16_t> state;
+    Samples out;
+};
+
+// One that six subframes with a high gain have made forget weak ones.
+struct SettledDispersion : Dispersion {
+    SettledDispersion() {
         for (int i = 0; i < 6; i++) {
             impulseResponse(0, 16384);
         }
     }
-
-    std::vector<int16_t> state;
-    Samples out;
 };
 
 constexpr int kStrongHead = 3672; // 14690 / 4
@@ -163,8 +165,7 @@ constexpr int kMildHead = 7568;   // 30274 / 4
 constexpr int kNoneHead = 8191;
 
 TEST(VekPhaseDispersion, ChoosesTheFilterByThePitchGain) {
-    Dispersion d;
-    d.forgetWeakGains();
+    SettledDispersion d;
     EXPECT_EQ(kNoneHead, d.impulseResponse(0, 14745)[0]);
     EXPECT_EQ(kMildHead, d.impulseResponse(0, 14744)[0]);
     EXPECT_EQ(kMildHead, d.impulseResponse(0, 9830)[0]);
@@ -172,16 +173,14 @@ TEST(VekPhaseDispersion, ChoosesTheFilterByThePitchGain) {
 }
 
 TEST(VekPhaseDispersion, RisesByOneStepASubframeOnly) {
-    Dispersion d;
-    d.forgetWeakGains();
+    SettledDispersion d;
     EXPECT_EQ(kStrongHead, d.impulseResponse(0, 0)[0]);
     EXPECT_EQ(kMildHead, d.impulseResponse(0, 16384)[0]);
     EXPECT_EQ(kNoneHead, d.impulseResponse(0, 16384)[0]);
 }
 
 TEST(VekPhaseDispersion, ThreeWeakGainsAmongSixMeanStrongDispersion) {
-    Dispersion d;
-    d.forgetWeakGains();
+    SettledDispersion d;
     for (int i = 0; i < 3; i++) {
         d.impulseResponse(0, 9000);
     }

@@ -56,26 +56,20 @@ constexpr int kSegments = 4;
 template <class C>
 struct Sub;
 template <>
-struct Sub<Vek32fc> {
+struct Sub<Vek32fc>
+    : Controller<VeksSubbandControllerState_EC_32f, veksSubbandControllerGetSize_EC_32f,
+                 veksSubbandControllerInit_EC_32f, veksSubbandControllerUpdate_EC_32f, veksSubbandController_EC_32f> {
     using Real = float;
     using Step = float;
-    using State = VeksSubbandControllerState_EC_32f;
     static constexpr double scale = 1;
-    static constexpr auto size = veksSubbandControllerGetSize_EC_32f;
-    static constexpr auto init = veksSubbandControllerInit_EC_32f;
-    static constexpr auto update = veksSubbandControllerUpdate_EC_32f;
-    static constexpr auto control = veksSubbandController_EC_32f;
 };
 template <>
-struct Sub<Vek32sc> {
+struct Sub<Vek32sc>
+    : Controller<VeksSubbandControllerState_EC_16s, veksSubbandControllerGetSize_EC_16s,
+                 veksSubbandControllerInit_EC_16s, veksSubbandControllerUpdate_EC_16s, veksSubbandController_EC_16s> {
     using Real = int16_t;
     using Step = int32_t;
-    using State = VeksSubbandControllerState_EC_16s;
     static constexpr double scale = 32768;
-    static constexpr auto size = veksSubbandControllerGetSize_EC_16s;
-    static constexpr auto init = veksSubbandControllerInit_EC_16s;
-    static constexpr auto update = veksSubbandControllerUpdate_EC_16s;
-    static constexpr auto control = veksSubbandController_EC_16s;
 };
 
 template <class C>

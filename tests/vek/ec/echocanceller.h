@@ -53,27 +53,31 @@ inline Scene scene(double seconds, double from, double to, double change = 1e9) 
     return s;
 }
 
+// How one form of a controller is called.
+template <class S, auto getSize, auto initialise, auto updateState, auto call>
+struct Controller {
+    using State = S;
+    static constexpr auto size = getSize;
+    static constexpr auto init = initialise;
+    static constexpr auto update = updateState;
+    static constexpr auto control = call;
+};
+
 template <class S>
 struct Full;
 template <>
-struct Full<float> {
-    using State = VeksFullbandControllerState_EC_32f;
+struct Full<float> : Controller<VeksFullbandControllerState_EC_32f, veksFullbandControllerGetSize_EC_32f,
+                                veksFullbandControllerInit_EC_32f, veksFullbandControllerUpdate_EC_32f,
+                                veksFullbandController_EC_32f> {
     static constexpr double scale = 1;
-    static constexpr auto size = veksFullbandControllerGetSize_EC_32f;
-    static constexpr auto init = veksFullbandControllerInit_EC_32f;
-    static constexpr auto update = veksFullbandControllerUpdate_EC_32f;
-    static constexpr auto control = veksFullbandController_EC_32f;
     static constexpr auto fir = veksFIR_EC_32f;
     static constexpr auto nlms = veksNLMS_EC_32f;
 };
 template <>
-struct Full<int16_t> {
-    using State = VeksFullbandControllerState_EC_16s;
+struct Full<int16_t> : Controller<VeksFullbandControllerState_EC_16s, veksFullbandControllerGetSize_EC_16s,
+                                  veksFullbandControllerInit_EC_16s, veksFullbandControllerUpdate_EC_16s,
+                                  veksFullbandController_EC_16s> {
     static constexpr double scale = 32768;
-    static constexpr auto size = veksFullbandControllerGetSize_EC_16s;
-    static constexpr auto init = veksFullbandControllerInit_EC_16s;
-    static constexpr auto update = veksFullbandControllerUpdate_EC_16s;
-    static constexpr auto control = veksFullbandController_EC_16s;
     static constexpr auto fir = veksFIR_EC_16s;
     static constexpr auto nlms = veksNLMS_EC_16s;
 };

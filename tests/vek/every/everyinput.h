@@ -211,6 +211,17 @@ template <> constexpr Element Run::element<Vek32u>() { return Element::U32; }
 template <> constexpr Element Run::element<Vek32f>() { return Element::F32; }
 template <> constexpr Element Run::element<Vek32fc>() { return Element::F32; }
 template <> constexpr Element Run::element<Vek64f>() { return Element::F64; }
+
+/// Autocorrelation of a process with one pole, of the kind of the run; `sharp` is the nearest one to the circle.
+template <class T>
+const T* lags(Run& r, int order, double first, double sharp) {
+    const double poles[] = {sharp, -sharp, 0.5, 0, 1e-4, 0.9, -0.7};
+    std::vector<T> values;
+    for (double lag = first; static_cast<int>(values.size()) <= order; lag *= poles[static_cast<int>(r.kind())]) {
+        values.push_back(static_cast<T>(lag));
+    }
+    return r.given(values);
+}
 // clang-format on
 
 /// A number for an argument that is a sample.

@@ -26,45 +26,38 @@ constexpr int kBands = 33;
 constexpr int kSegments = 6;
 constexpr int kRate = 8000;
 
-template <class State>
-State* toneDetector(Run& r, VekStatus (*size)(int, int*), VekStatus (*init)(State*, int)) {
-    return r.state<State>([&](int* bytes) { return size(kRate, bytes); },
-                          [&](State* state) { return init(state, kRate); });
+template <class State, VekStatus (*size)(int, int*), VekStatus (*init)(State*, int)>
+State* toneDetector(Run& r) {
+    return r.state<State>([](int* bytes) { return size(kRate, bytes); },
+                          [](State* state) { return init(state, kRate); });
 }
 
-template <class State>
-State* fullband(Run& r, VekStatus (*size)(int, int, int, int*), VekStatus (*init)(State*, int, int, int)) {
-    return r.state<State>([&](int* bytes) { return size(kFrame, kTaps, kRate, bytes); },
-                          [&](State* state) { return init(state, kFrame, kTaps, kRate); });
+template <class State, VekStatus (*size)(int, int, int, int*), VekStatus (*init)(State*, int, int, int)>
+State* fullband(Run& r) {
+    return r.state<State>([](int* bytes) { return size(kFrame, kTaps, kRate, bytes); },
+                          [](State* state) { return init(state, kFrame, kTaps, kRate); });
 }
 
-template <class State>
-State* subband(Run& r, VekStatus (*size)(int, int, int, int, int*), VekStatus (*init)(State*, int, int, int, int)) {
-    return r.state<State>([&](int* bytes) { return size(kBands, kFrame, kSegments, kRate, bytes); },
-                          [&](State* state) { return init(state, kBands, kFrame, kSegments, kRate); });
+template <class State, VekStatus (*size)(int, int, int, int, int*), VekStatus (*init)(State*, int, int, int, int)>
+State* subband(Run& r) {
+    return r.state<State>([](int* bytes) { return size(kBands, kFrame, kSegments, kRate, bytes); },
+                          [](State* state) { return init(state, kBands, kFrame, kSegments, kRate); });
 }
 
-VeksToneDetectState_EC_16s* tone16(Run& r) {
-    return toneDetector(r, veksToneDetectGetStateSize_EC_16s, veksToneDetectInit_EC_16s);
-}
-VeksToneDetectState_EC_32f* tone32(Run& r) {
-    return toneDetector(r, veksToneDetectGetStateSize_EC_32f, veksToneDetectInit_EC_32f);
-}
-VeksFullbandControllerState_EC_16s* full16(Run& r) {
-    return fullband(r, veksFullbandControllerGetSize_EC_16s, veksFullbandControllerInit_EC_16s);
-}
-VeksFullbandControllerState_EC_32f* full32(Run& r) {
-    return fullband(r, veksFullbandControllerGetSize_EC_32f, veksFullbandControllerInit_EC_32f);
-}
-VeksSubbandControllerState_EC_16s* sub16(Run& r) {
-    return subband(r, veksSubbandControllerGetSize_EC_16s, veksSubbandControllerInit_EC_16s);
-}
-VeksSubbandControllerState_EC_32f* sub32(Run& r) {
-    return subband(r, veksSubbandControllerGetSize_EC_32f, veksSubbandControllerInit_EC_32f);
-}
-VeksSubbandControllerDTState_EC_16s* subDT(Run& r) {
-    return subband(r, veksSubbandControllerDTGetSize_EC_16s, veksSubbandControllerDTInit_EC_16s);
-}
+constexpr auto tone16 =
+    toneDetector<VeksToneDetectState_EC_16s, veksToneDetectGetStateSize_EC_16s, veksToneDetectInit_EC_16s>;
+constexpr auto tone32 =
+    toneDetector<VeksToneDetectState_EC_32f, veksToneDetectGetStateSize_EC_32f, veksToneDetectInit_EC_32f>;
+constexpr auto full16 = fullband<VeksFullbandControllerState_EC_16s, veksFullbandControllerGetSize_EC_16s,
+                                 veksFullbandControllerInit_EC_16s>;
+constexpr auto full32 = fullband<VeksFullbandControllerState_EC_32f, veksFullbandControllerGetSize_EC_32f,
+                                 veksFullbandControllerInit_EC_32f>;
+constexpr auto sub16 =
+    subband<VeksSubbandControllerState_EC_16s, veksSubbandControllerGetSize_EC_16s, veksSubbandControllerInit_EC_16s>;
+constexpr auto sub32 =
+    subband<VeksSubbandControllerState_EC_32f, veksSubbandControllerGetSize_EC_32f, veksSubbandControllerInit_EC_32f>;
+constexpr auto subDT = subband<VeksSubbandControllerDTState_EC_16s, veksSubbandControllerDTGetSize_EC_16s,
+                               veksSubbandControllerDTInit_EC_16s>;
 
 /// What analysis and synthesis of 2^order points need, with a sine window twice as long and frames of half the points.
 struct Sizes {

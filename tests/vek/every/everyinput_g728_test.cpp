@@ -40,16 +40,8 @@ VeksPostFilterAdapterState_G728* adapter(Run& r) {
                                                     veksPostFilterAdapterInit_G728);
 }
 
-/// Autocorrelation of a process with one pole, of the kind of the run.
 const S* lags(Run& r, int order) {
-    const double poles[] = {0.999, -0.999, 0.5, 0, 1e-4, 0.9, -0.7};
-    std::vector<S> values;
-    double lag = 32767;
-    for (int i = 0; i <= order; ++i) {
-        values.push_back(static_cast<S>(lag));
-        lag *= poles[static_cast<int>(r.kind())];
-    }
-    return r.given(values);
+    return everyinput::lags<S>(r, order, 32767, 0.999);
 }
 
 // Rates of the codebook search, and frames of the three windows.

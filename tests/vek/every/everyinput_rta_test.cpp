@@ -10,16 +10,8 @@ using F = Vek32f;
 using L = Vek32s;
 using everyinput::Run;
 
-/// Autocorrelation of a process with one pole, of the kind of the run.
 const F* lags(Run& r, int order) {
-    const double poles[] = {0.99, -0.99, 0.5, 0, 1e-4, 0.9, -0.7};
-    std::vector<F> values;
-    double lag = 1000;
-    for (int i = 0; i <= order; ++i) {
-        values.push_back(static_cast<F>(lag));
-        lag *= poles[static_cast<int>(r.kind())];
-    }
-    return r.given(values);
+    return everyinput::lags<F>(r, order, 1000, 0.99);
 }
 
 /// Coefficients of a stable filter with one pole.

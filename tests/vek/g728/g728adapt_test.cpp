@@ -272,6 +272,22 @@ Reals real(const Samples& r) {
     return {r.begin(), r.end()};
 }
 
+// What the recursion makes of an autocorrelation.
+struct Recursion {
+    VekStatus status = vekStsNoErr;
+    Samples a;
+    int16_t first = 77;
+    int32_t energy = 77;
+    int16_t q = 77;
+};
+
+Recursion recursion(const Samples& r, size_t order) {
+    Recursion made{.a = Samples(order, 77)};
+    made.status = veksLevinsonDurbin_G728_16s_Sfs(r.data(), static_cast<int>(order), made.a.data(), &made.first,
+                                                  &made.energy, &made.q);
+    return made;
+}
+
 TEST(VekG728Levinson, FollowsTheRecursionInDoublePrecision) {
     atEveryLevel([] {
         std::mt19937 random(3);
@@ -282,12 +298,8 @@ TEST(VekG728Levinson, FollowsTheRecursionInDoublePrecision) {
                 Reals k;
                 double energy = 0;
                 const Reals want = levinson(real(r), order, &k, &energy);
-                Samples a(order);
-                int16_t first = 0;
-                int32_t left = 0;
-                int16_t q = 0;
-                ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G728_16s_Sfs(r.data(), static_cast<int>(order), a.data(),
-                                                                       &first, &left, &q));
+                const auto [status, a, first, left, q] = recursion(r, order);
+                ASSERT_EQ(vekStsNoErr, status);
                 ASSERT_NEAR(first, 32768 * k[0], 0.51);
                 ASSERT_NEAR(left / 65536.0, energy, order < 20 ? 1e-3 * energy : 1e-2 * energy);
                 for (size_t i = 0; i < order; ++i) {
@@ -304,11 +316,8 @@ TEST(VekG728Levinson, GoesOnFromAnyOrderToTheSameBits) {
         std::mt19937 random(4);
         for (int round = 0; round < 20; ++round) {
             const Samples r = autocorrelation(random, 50);
-            Samples whole(50);
-            int16_t first = 0;
-            int32_t energy = 0;
-            int16_t q = 0;
-            ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G728_16s_Sfs(r.data(), 50, whole.data(), &first, &energy, &q));
+            const auto [status, whole, first, energy, q] = recursion(r, 50);
+            ASSERT_EQ(vekStsNoErr, status);
             for (int split = 0; split < 50; split += 7) {
                 Samples a(50, 99);
                 int32_t left = 0;
@@ -340,11 +349,8 @@ TEST(VekG728Levinson, NothingHangsOnWhatLiesBehindTheCoefficients) {
         std::mt19937 random(5);
         for (const int order : {7, 10, 16, 17, 31, 32, 33, 49}) {
             const Samples r = autocorrelation(random, order);
-            Samples whole(static_cast<size_t>(order));
-            int16_t first = 0;
-            int32_t energy = 0;
-            int16_t q = 0;
-            ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G728_16s_Sfs(r.data(), order, whole.data(), &first, &energy, &q));
+            const auto [status, whole, first, energy, q] = recursion(r, static_cast<size_t>(order));
+            ASSERT_EQ(vekStsNoErr, status);
             for (const int split : {1, order / 2, order - 1}) {
                 Samples a(whole.size());
                 int32_t left = 0;
@@ -391,11 +397,8 @@ TEST(VekG728Levinson, FormatGivesWayToLargeCoefficients) {
         };
         for (const auto& [k, q] : {Case{{-0.6, 0.3}, 15}, Case{{-0.8, 0.6}, 14}, Case{{-0.92, 0.9, -0.7, 0.3}, 13}}) {
             const Samples r = ofReflections(k, 10);
-            Samples a(10);
-            int16_t first = 0;
-            int32_t left = 0;
-            int16_t scale = 0;
-            ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G728_16s_Sfs(r.data(), 10, a.data(), &first, &left, &scale));
+            const auto [status, a, first, left, scale] = recursion(r, 10);
+            ASSERT_EQ(vekStsNoErr, status);
             EXPECT_EQ(scale, q);
             // What the filter leaves of the signal is what the best one leaves, nearly.
             double least = 0;
@@ -508,12 +511,7 @@ TEST(VekG728Levinson, HasTheBitsOfTheRecursionWrittenOut) {
             }
             const size_t order = static_cast<size_t>(1 + round * 7 % 50);
             const WrittenOut want(r, order);
-            Samples a(order);
-            int16_t first = 0;
-            int32_t energy = 0;
-            int16_t q = 0;
-            const VekStatus status =
-                veksLevinsonDurbin_G728_16s_Sfs(r.data(), static_cast<int>(order), a.data(), &first, &energy, &q);
+            const auto [status, a, first, energy, q] = recursion(r, order);
             ASSERT_EQ(want.stable ? vekStsNoErr : vekStsUnstableFilter, status) << round;
             if (want.stable) {
                 ++stable;
@@ -535,12 +533,7 @@ TEST(VekG728Levinson, QuotientsHalfWayAreRoundedAwayFromZero) {
     atEveryLevel([&] {
         for (const Samples& r : all) {
             const WrittenOut want(r, 2);
-            Samples a(2);
-            int16_t first = 0;
-            int32_t energy = 0;
-            int16_t q = 0;
-            ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G728_16s_Sfs(r.data(), 2, a.data(), &first, &energy, &q));
-            ASSERT_EQ(want.a, a) << r[0] << ' ' << r[1] << ' ' << r[2];
+            ASSERT_EQ(want.a, recursion(r, 2).a) << r[0] << ' ' << r[1] << ' ' << r[2];
         }
     });
 }
@@ -585,11 +578,8 @@ TEST(VekG728Levinson, CoefficientsBeyondFourAreRefused) {
 TEST(VekG728Levinson, WhiteNoiseNeedsNoFilter) {
     Samples r(51);
     r[0] = 16384;
-    Samples a(50, 1);
-    int16_t first = 1;
-    int32_t left = 0;
-    int16_t scale = 0;
-    ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G728_16s_Sfs(r.data(), 50, a.data(), &first, &left, &scale));
+    const auto [status, a, first, left, scale] = recursion(r, 50);
+    ASSERT_EQ(vekStsNoErr, status);
     EXPECT_EQ(a, Samples(50));
     EXPECT_EQ(first, 0);
     EXPECT_EQ(left, 16384 * 65536);

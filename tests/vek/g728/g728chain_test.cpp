@@ -16,6 +16,22 @@ struct Block {
     int16_t shifts = 15;
 };
 
+// The filter of a window's correlations, if the recursion finds one.
+template <int order>
+struct Predictor {
+    explicit Predictor(const int16_t* r) {
+        int16_t first = 0;
+        int32_t energy = 0;
+        found = veksLevinsonDurbin_G728_16s_Sfs(r, order, a, &first, &energy, &q) == vekStsNoErr;
+    }
+    /// A coefficient times 2^bits.
+    double at(size_t i, int bits) const { return std::ldexp(a[i], bits - q); }
+
+    bool found = false;
+    int16_t a[order];
+    int16_t q = 0;
+};
+
 // The filter of order 50 and the gain, from what has been decoded.
 class Adaptation {
 public:
@@ -55,16 +71,13 @@ public:
 private:
     void adaptFilter() {
         int16_t r[51];
-        int16_t a[50];
-        int16_t first = 0;
-        int32_t energy = 0;
-        int16_t q = 0;
         ASSERT_EQ(vekStsNoErr, veksWinHybridBlock_G728_16s(0, m_frame, m_shifts, r, m_speech));
-        if (veksLevinsonDurbin_G728_16s_Sfs(r, 50, a, &first, &energy, &q) != vekStsNoErr) {
+        const Predictor<50> predictor(r);
+        if (!predictor.found) {
             return;
         }
         for (size_t i = 0; i < 50; ++i) {
-            const double v = std::ldexp(a[i], 14 - q) * std::pow(253.0 / 256, static_cast<double>(i + 1));
+            const double v = predictor.at(i, 14) * std::pow(253.0 / 256, static_cast<double>(i + 1));
             if (std::abs(v) > 32767) {
                 return;
             }
@@ -79,14 +92,11 @@ private:
             levels[i] = static_cast<int16_t>(512 * m_levels[m_levels.size() - 4 + i]);
         }
         int16_t r[11];
-        int16_t a[10];
-        int16_t first = 0;
-        int32_t energy = 0;
-        int16_t q = 0;
         ASSERT_EQ(vekStsNoErr, veksWinHybrid_G728_16s(0, levels, r, m_gain));
-        if (veksLevinsonDurbin_G728_16s_Sfs(r, 10, a, &first, &energy, &q) == vekStsNoErr) {
+        const Predictor<10> predictor(r);
+        if (predictor.found) {
             for (size_t i = 0; i < 10; ++i) {
-                m_gainPredictor[i] = std::ldexp(a[i], -q) * std::pow(29.0 / 32, static_cast<double>(i + 1));
+                m_gainPredictor[i] = predictor.at(i, 0) * std::pow(29.0 / 32, static_cast<double>(i + 1));
             }
         }
     }
@@ -193,17 +203,14 @@ private:
 
     void adaptWeights() {
         int16_t r[11];
-        int16_t a[10];
-        int16_t first = 0;
-        int32_t energy = 0;
-        int16_t q = 0;
         ASSERT_EQ(vekStsNoErr, veksWinHybrid_G728_16s(0, m_frame, r, m_window));
-        if (veksLevinsonDurbin_G728_16s_Sfs(r, 10, a, &first, &energy, &q) != vekStsNoErr) {
+        const Predictor<10> predictor(r);
+        if (!predictor.found) {
             return;
         }
         Samples next(20);
         for (size_t i = 0; i < 10; ++i) {
-            const double v = std::ldexp(a[i], 14 - q);
+            const double v = predictor.at(i, 14);
             const double zero = v * std::pow(0.9, static_cast<double>(i + 1));
             if (std::abs(zero) > 32767) {
                 return;
