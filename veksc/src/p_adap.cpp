@@ -7,6 +7,7 @@ vkVector pSrcAdptTarget, pSrcAdptVector, pDstAdptVector, pSrcDstPrevExcitation, 
     pSrcImpulseResponse;
 krStepIterator<int> subFrame;
 Vek16s pResultAdptGain;
+int dataSize;
 
 constexpr int subframeLength = 40;
 constexpr int excitation = 194;
@@ -25,6 +26,7 @@ public:
     }
 
     bool makeData() override {
+        dataSize = excitation * vkVector::item(m_func);
         if (!pSrcAdptTarget.createVector(subframeLength, setOne, 0, 0) ||
             !pSrcAdptVector.createVector(subframeLength, setOne, 0, 0) ||
             !pDstAdptVector.createVector(subframeLength, setZero, 0, 0) ||
@@ -55,12 +57,12 @@ VK_REG_I(TimAdap, veksAdaptiveCodebookSearch_G729A_16s,
          veksAdaptiveCodebookSearch_G729A_16s(valOpenDelay, pSrcAdptTarget.m_16s, pSrcImpulseResponse.m_16s,
                                               pSrcDstPrevExcitation.m_16s, pDstDelay.m_16s, pDstAdptVector.m_16s,
                                               static_cast<Vek16s>(subFrame.value())),
-         vkcRestore(pSrcDstPrevExcitation.m_16s, pTmp))
+         vkcRestore(pSrcDstPrevExcitation.m_16s, pTmp.m_16s, dataSize))
 VK_REG_I(TimAdap, veksAdaptiveCodebookSearch_G729_16s,
          veksAdaptiveCodebookSearch_G729_16s(valOpenDelay, pSrcAdptTarget.m_16s, pSrcImpulseResponse.m_16s,
                                              pSrcDstPrevExcitation.m_16s, pDstDelay.m_16s, pDstAdptVector.m_16s,
                                              static_cast<Vek16s>(subFrame.value())),
-         vkcRestore(pSrcDstPrevExcitation.m_16s, pTmp))
+         vkcRestore(pSrcDstPrevExcitation.m_16s, pTmp.m_16s, dataSize))
 VK_REG(TimAdap, veksAdaptiveCodebookGain_G729A_16s,
        veksAdaptiveCodebookGain_G729A_16s(pSrcAdptTarget.m_16s, pSrcLpc.m_16s, pSrcAdptVector.m_16s,
                                           pDstAdptVector.m_16s, &pResultAdptGain))

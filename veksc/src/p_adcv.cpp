@@ -8,6 +8,7 @@ krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
 krStepIterator<int> bfi;
 Vek16s pValResultPrevIntPitchLag, pResultIntPitchLag, pResultFracPitchLag, pResultAdptIndex;
+int dataSize;
 
 constexpr int subframeLength = 40;
 constexpr int excitation = 194;
@@ -31,6 +32,7 @@ public:
     }
 
     bool makeData() override {
+        dataSize = excitation * vkVector::item(m_func);
         return pSrcAdptTarget.createVector(subframeLength, setRand, -2048, 2048) &&
                pSrcImpulseResponse.createVector(subframeLength, setRand, -2048, 2048) &&
                pSrcOpenLoopLag.createVector(2, setRand, -2048, 2048) &&
@@ -44,7 +46,7 @@ public:
 
 // The lag of the subframe before is rewritten with the excitation.
 void restore() {
-    vkcRestore(pSrcDstExcitation.m_16s, pTmp);
+    vkcRestore(pSrcDstExcitation.m_16s, pTmp.m_16s, dataSize);
     pValResultPrevIntPitchLag = formerLag;
 }
 

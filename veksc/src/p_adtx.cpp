@@ -10,6 +10,7 @@ Vek16s pValResultUpdateIndex, pValResultLogEnergyIndex, pValResultDtxLsfRefIndex
     pValResultDtxElapseCount;
 VekSpchBitRate pValResultUsedMode;
 Vek16s pResultSidFlag;
+int dataSize_1, dataSize_2, dataSize_3;
 
 constexpr int len = 160;
 constexpr int spectrum = 10;
@@ -41,6 +42,8 @@ public:
 
 private:
     bool createBufferData() {
+        dataSize_1 = history * vkVector::item(m_func);
+        dataSize_2 = history * vkVector::item(m_func);
         return pSrcSpch.createVector(len, setRand, -2048, 2048) && pSrc.createVector(spectrum, setOne, 0, 0) &&
                pSrcDstBuffer.createVector(history, setZero, 0, 0) &&
                pSrcDstLogEnergyBuffer.createVector(history, setZero, 0, 0) &&
@@ -48,6 +51,9 @@ private:
     }
 
     bool createSidData() {
+        dataSize_1 = 3 * vkVector::item(m_func);
+        dataSize_2 = 4 * vkVector::item(m_func);
+        dataSize_3 = 4 * vkVector::item(m_func);
         return pSrcLspBuffer.createVector(history, setZero, 0, 0) &&
                pSrcLogEnergyBuffer.createVector(8, setRand, -2048, 2048) &&
                pSrcDstDtxQLsfIndex.createVector(3, setZero, 0, 0) && pSrcDstPredQErr.createVector(4, setZero, 0, 0) &&
@@ -60,14 +66,14 @@ private:
 };
 
 void restoreBuffers() {
-    vkcRestore(pSrcDstBuffer.m_16s, pTmp_1);
-    vkcRestore(pSrcDstLogEnergyBuffer.m_16s, pTmp_2);
+    vkcRestore(pSrcDstBuffer.m_16s, pTmp_1.m_16s, dataSize_1);
+    vkcRestore(pSrcDstLogEnergyBuffer.m_16s, pTmp_2.m_16s, dataSize_2);
 }
 
 void restoreSid() {
-    vkcRestore(pSrcDstDtxQLsfIndex.m_16s, pTmp_1);
-    vkcRestore(pSrcDstPredQErr.m_16s, pTmp_2);
-    vkcRestore(pSrcDstPredQErrMR122.m_16s, pTmp_3);
+    vkcRestore(pSrcDstDtxQLsfIndex.m_16s, pTmp_1.m_16s, dataSize_1);
+    vkcRestore(pSrcDstPredQErr.m_16s, pTmp_2.m_16s, dataSize_2);
+    vkcRestore(pSrcDstPredQErrMR122.m_16s, pTmp_3.m_16s, dataSize_3);
 }
 
 } // namespace

@@ -7,6 +7,7 @@ vkVector pSrcFixedTarget, pSrcLtpResidual, pSrcDstImpulseResponse, pDstFixedVect
     pTmp;
 krStepIterator<int> subFrame;
 krEnumIterator<VekSpchBitRate> mode;
+int dataSize;
 
 constexpr int subframeLength = 40;
 constexpr int responseLength = 80;
@@ -29,6 +30,7 @@ public:
     }
 
     bool makeData() override {
+        dataSize = responseLength * vkVector::item(m_func);
         if (!pSrcFixedTarget.createVector(subframeLength, setRand, -2048, 2048) ||
             !pSrcLtpResidual.createVector(subframeLength, setRand, -2048, 2048) ||
             !pSrcDstImpulseResponse.createVector(responseLength, setZero, 0, 0) ||
@@ -59,4 +61,4 @@ VK_REG_I(TimAfc, veksAlgebraicCodebookSearch_GSMAMR_16s,
                                                 pSrcLtpResidual.m_16s, pSrcDstImpulseResponse.m_16s + before,
                                                 pDstFixedVector.m_16s, pDstFltFixedVector.m_16s, pDstEncPosSign.m_16s,
                                                 static_cast<Vek16s>(subFrame.value()), mode.value()),
-         vkcRestore(pSrcDstImpulseResponse.m_16s, pTmp))
+         vkcRestore(pSrcDstImpulseResponse.m_16s, pTmp.m_16s, dataSize))

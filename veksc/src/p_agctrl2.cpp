@@ -6,6 +6,7 @@ namespace {
 vkVector pSrcDst, pTmp;
 krStepIterator<int> lenght;
 Vek16s gain;
+int dataSize;
 
 constexpr Vek32s energy = 1 << 24;
 
@@ -21,8 +22,10 @@ public:
 
     bool makeData() override {
         gain = 1 << 12;
-        return pSrcDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
-               pTmp.createVector(m_grid.room(lenght), setRand, 0, 0);
+        const bool made = pSrcDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+                          pTmp.createVector(m_grid.room(lenght), setRand, 0, 0);
+        dataSize = pTmp.size();
+        return made;
     }
 
     double getDivisor() override { return lenght.value(); }
@@ -31,4 +34,4 @@ public:
 } // namespace
 
 VK_REG_I(TimAgctrl2, veksGainControl_G723_16s_I, veksGainControl_G723_16s_I(energy, pSrcDst.m_16s, &gain),
-         vkcRestore(pSrcDst.m_16s, pTmp))
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))

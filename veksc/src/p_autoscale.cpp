@@ -5,7 +5,7 @@ namespace {
 
 vkVector pSrc, pDst, pSrcDst, pTmp;
 krStepIterator<int> lenght_I, lenght;
-int scale;
+int dataSize, scale;
 const int scaleFactor = 3;
 
 class TimAutoScale : public vkcGridTest {
@@ -21,8 +21,10 @@ public:
 
     bool makeData() override {
         if (m_inPlace) {
-            return pSrcDst.createVector(lenght_I.value(), setZero, 0, 0) &&
-                   pTmp.createVector(lenght_I.value(), setValue, 10, 0);
+            const bool made = pSrcDst.createVector(lenght_I.value(), setZero, 0, 0) &&
+                              pTmp.createVector(lenght_I.value(), setValue, 10, 0);
+            dataSize = pTmp.size();
+            return made;
         }
         return pSrc.createVector(lenght.value(), setValue, 10, 0) && pDst.createVector(lenght.value(), setZero, 0, 0);
     }
@@ -36,7 +38,7 @@ private:
 } // namespace
 
 VK_REG_I(TimAutoScale, veksAutoScale_16s_I, veksAutoScale_16s_I(pSrcDst.m_16s, lenght_I.value(), &scale),
-         vkcRestore(pSrcDst.m_16s, pTmp);
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize);
          scale = scaleFactor)
 VK_REG_I(TimAutoScale, veksAutoScale_16s, veksAutoScale_16s(pSrc.m_16s, pDst.m_16s, lenght.value(), &scale),
          scale = scaleFactor)

@@ -6,6 +6,7 @@ namespace {
 vkVector pSrc1, pTmp, pSrcDst, pDst, ind;
 krStepIterator<int> lenght, lenght_srcdst, subFrame;
 Vek16s pSearchTimes;
+int dataSize;
 
 constexpr int matrixSize = 616;
 
@@ -34,6 +35,7 @@ public:
             !pDst.createVector(m_grid.room(lenght), setZero, 0, 0) || !ind.createVector(2, setZero, 0, 0)) {
             return false;
         }
+        dataSize = pTmp.size();
         pSearchTimes = 0;
         return setData();
     }
@@ -64,21 +66,21 @@ public:
 VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729_32f,
          veksFixedCodebookSearch_G729_32f(pSrc1.m_32f, pSrcDst.m_32f, pDst.m_32f, ind.m_16s, &pSearchTimes,
                                           static_cast<Vek16s>(subFrame.value())),
-         vkcRestore(pSrcDst.m_32f, pTmp))
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
 VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729A_32f,
          veksFixedCodebookSearch_G729A_32f(pSrc1.m_32f, pSrcDst.m_32f, pDst.m_32f, ind.m_16s),
-         vkcRestore(pSrcDst.m_32f, pTmp))
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
 VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729A_16s,
          veksFixedCodebookSearch_G729A_16s(pSrc1.m_16s, pSrcDst.m_16s, pDst.m_16s, ind.m_16s),
-         vkcRestore(pSrcDst.m_16s, pTmp))
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
 VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729_16s,
          veksFixedCodebookSearch_G729_16s(pSrc1.m_16s, pSrcDst.m_16s, pDst.m_16s, ind.m_16s, &pSearchTimes,
                                           static_cast<Vek16s>(subFrame.value())),
-         vkcRestore(pSrcDst.m_16s, pTmp))
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
 VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729A_32s16s,
          veksFixedCodebookSearch_G729A_32s16s(pSrc1.m_16s, pSrcDst.m_32s, pDst.m_16s, ind.m_16s),
-         vkcRestore(pSrcDst.m_32s, pTmp))
+         vkcRestore(pSrcDst.m_32s, pTmp.m_32s, dataSize))
 VK_REG_I(TimCdbk, veksFixedCodebookSearch_G729_32s16s,
          veksFixedCodebookSearch_G729_32s16s(pSrc1.m_16s, pSrcDst.m_32s, pDst.m_16s, ind.m_16s, &pSearchTimes,
                                              static_cast<Vek16s>(subFrame.value())),
-         vkcRestore(pSrcDst.m_32s, pTmp))
+         vkcRestore(pSrcDst.m_32s, pTmp.m_32s, dataSize))

@@ -10,6 +10,7 @@ krStepIterator<int> len, bfi, unusableFrame, Subframe;
 krEnumIterator<VekSpchBitRate> mode;
 Vek16s pFracPitchLag, pResultIntPitchLag;
 VekAdaptiveCodebookState_AMRWB* pState;
+int dataSize;
 
 constexpr int words = 8;
 constexpr int excitation = 505;
@@ -40,6 +41,7 @@ public:
             !pDstIndex.createVector(4, setZero, 0, 0)) {
             return false;
         }
+        dataSize = pTmp.size();
         setData();
         return true;
     }
@@ -110,7 +112,7 @@ VK_REG_I(TimACSWB, veksAlgebraicCodebookSearch_AMRWB_16s,
                                                pSrcDstImpulseResponse.m_16s, pDstFixedVector.m_16s,
                                                pDstFltFixedVector.m_16s, mode.value(),
                                                reinterpret_cast<Vek16s*>(pDstIndex.m_32s)),
-         vkcRestore(pSrcDstImpulseResponse.m_16s, pTmp))
+         vkcRestore(pSrcDstImpulseResponse.m_16s, pTmp.m_16s, dataSize))
 VK_REG(TimADCSWB, veksAdaptiveCodebookDecode_AMRWB_16s,
        veksAdaptiveCodebookDecode_AMRWB_16s(valAdptIndex, &pFracPitchLag, pSrcDstExcitation.m_16s + past,
                                             &pResultIntPitchLag, pResultPrevIntPitchLagBounds.m_16s, Subframe.value(),

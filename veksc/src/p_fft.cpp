@@ -5,6 +5,7 @@ namespace {
 
 vkVector pSrcDst, pTmp;
 krStepIterator<int> lenght;
+int dataSize;
 
 class TimFFT : public vkcGridTest {
 public:
@@ -17,8 +18,10 @@ public:
     }
 
     bool makeData() override {
-        return pSrcDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
-               pTmp.createVector(m_grid.room(lenght), setOne, 0, 0);
+        const bool made = pSrcDst.createVector(m_grid.room(lenght), setZero, 0, 0) &&
+                          pTmp.createVector(m_grid.room(lenght), setOne, 0, 0);
+        dataSize = pTmp.size();
+        return made;
     }
 
     double getDivisor() override { return lenght.value(); }
@@ -27,4 +30,4 @@ public:
 } // namespace
 
 VK_REG_I(TimFFT, veksFFTFwd_RToPerm_GSMAMR_16s_I, veksFFTFwd_RToPerm_GSMAMR_16s_I(pSrcDst.m_16s),
-         vkcRestore(pSrcDst.m_16s, pTmp))
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))

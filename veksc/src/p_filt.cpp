@@ -8,6 +8,7 @@ namespace {
 vkVector pLPC, pSrc, pDst, pMem, pTmp, pSrcDst;
 vkcScaleIterator scaleFactor;
 krStepIterator<int> scale, lenght, lenght_lpc, i_mem;
+int dataSize;
 long long past;
 char* pMemUpdated;
 int fltSize;
@@ -60,10 +61,13 @@ public:
         past = m_harmonic ? T : m_residual ? std::max<long long>(lenght.value(), order) : 0;
         const long long size = past + length;
         // The memory of a synthesis filter is as long as its order.
-        return pLPC.createVector(lenght_lpc.value(), setZero, 0, 0) && pSrc.createVector(size, setZero, 0, 0) &&
-               pDst.createVector(length, setZero, 0, 0) &&
-               pMem.createVector(std::max(length, vkcSize(lenght_lpc)), setZero, 0, 0) &&
-               pTmp.createVector(size, setZero, 0, 0) && pSrcDst.createVector(size, setZero, 0, 0) && setData();
+        const bool made = pLPC.createVector(lenght_lpc.value(), setZero, 0, 0) &&
+                          pSrc.createVector(size, setZero, 0, 0) && pDst.createVector(length, setZero, 0, 0) &&
+                          pMem.createVector(std::max(length, vkcSize(lenght_lpc)), setZero, 0, 0) &&
+                          pTmp.createVector(size, setZero, 0, 0) && pSrcDst.createVector(size, setZero, 0, 0) &&
+                          setData();
+        dataSize = pTmp.size();
+        return made;
     }
 
     double getDivisor() override { return lenght.value(); }
@@ -93,9 +97,9 @@ private:
 VK_REG(TimFilt, veksHarmonicFilter_NR_16s,
        veksHarmonicFilter_NR_16s(beta, T, pSrc.m_16s + T, pDst.m_16s, lenght.value()))
 VK_REG_I(TimFilt, veksHarmonicFilter_32f_I, veksHarmonicFilter_32f_I(T, pSrcDst.m_32f + T, lenght.value(), betaFloat),
-         vkcRestore(pSrcDst.m_32f, pTmp))
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
 VK_REG_I(TimFilt, veksHarmonicFilter_16s_I, veksHarmonicFilter_16s_I(beta, T, pSrcDst.m_16s + T, lenght.value()),
-         vkcRestore(pSrcDst.m_16s, pTmp))
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
 VK_REG(TimFilt, veksResidualFilter_G729_16s, veksResidualFilter_G729_16s(pSrc.m_16s + past, pLPC.m_16s, pDst.m_16s))
 VK_REG(TimFilt, veksSynthesisFilter_NR_16s_ISfs,
        veksSynthesisFilter_NR_16s_ISfs(pLPC.m_16s, pSrcDst.m_16s, lenght.value(), scaleFactor.value(), pMem.m_16s))
@@ -108,4 +112,4 @@ VK_REG(TimFilt, veksSynthesisFilterLow_NR_16s_ISfs,
        veksSynthesisFilterLow_NR_16s_ISfs(pLPC.m_16s, pSrcDst.m_16s, lenght.value(), scaleFactor.value(), pMem.m_16s))
 VK_REG_I(TimFilt, veksHighPassFilter_G729_16s_ISfs,
          veksHighPassFilter_G729_16s_ISfs(pSrcDst.m_16s, lenght.value(), scaleFactor.value(), pMemUpdated),
-         vkcRestore(pSrcDst.m_16s, pTmp))
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))

@@ -7,6 +7,7 @@ vkVector pTmp, pSrcDst, pSrcArray, pSrc, pDst;
 krStepIterator<int> lenght;
 const Vek16s* pSrc_H;
 Vek32s mem[2];
+int dataSize;
 
 constexpr int frame = 385;
 constexpr int history = 144;
@@ -47,6 +48,7 @@ private:
             !pSrcArray.createVector(204, setRand, -8192, 8192)) {
             return false;
         }
+        dataSize = frame * vkVector::item(m_func);
         pSrc_H = pSrcArray.m_16s + history;
         return true;
     }
@@ -59,4 +61,5 @@ private:
 VK_REG(TimFilt2, veksTiltCompensation_G723_32s16s, veksTiltCompensation_G723_32s16s(val, pSrc.m_32s, pDst.m_16s))
 VK_REG(TimFilt2, veksHighPassFilter_G723_16s, veksHighPassFilter_G723_16s(pSrc.m_16s, pDst.m_16s, mem))
 VK_REG_I(TimFilt2, veksHarmonicNoiseSubtract_G723_16s_I,
-         veksHarmonicNoiseSubtract_G723_16s_I(val, T, pSrc_H, pSrcDst.m_16s), vkcRestore(pSrcDst.m_16s, pTmp))
+         veksHarmonicNoiseSubtract_G723_16s_I(val, T, pSrc_H, pSrcDst.m_16s),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))

@@ -7,6 +7,7 @@ vkVector pSrcFixed, pSrcLtpResidual, pSrcImpulseResponse, pDstFixedVector, pDstF
     pSrcDst;
 krStepIterator<int> mode;
 Vek16s pDstSign, dstIndex;
+int dataSize;
 
 constexpr int subframe = 40;
 constexpr int matrixSize = 616;
@@ -35,6 +36,7 @@ public:
             !pSrcDst.createVector(matrixSize, setZero, 0, 0)) {
             return false;
         }
+        dataSize = matrixSize * static_cast<int>(m_func.contains("_32f") ? sizeof(Vek32f) : sizeof(Vek16s));
         return setData();
     }
 
@@ -53,11 +55,11 @@ VK_REG_I(TimICdbk, veksFixedCodebookSearch_G729E_32f,
          veksFixedCodebookSearch_G729E_32f(mode.value(), pSrcFixed.m_32f, pSrcLtpResidual.m_32f,
                                            pSrcImpulseResponse.m_32f, pDstFixedVector.m_32f, pDstFltFixedVector.m_32f,
                                            pDstFixedIndex.m_16s),
-         vkcRestore(pSrcDst.m_32f, pTmp))
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
 VK_REG_I(TimICdbk, veksFixedCodebookSearch_G729D_32f,
          veksFixedCodebookSearch_G729D_32f(pSrcFixed.m_32f, pSrcDst.m_32f, pSrcImpulseResponse.m_32f,
                                            pDstFixedVector.m_32f, pDstFltFixedVector.m_32f, pDstFixedIndex.m_16s),
-         vkcRestore(pSrcDst.m_32f, pTmp))
+         vkcRestore(pSrcDst.m_32f, pTmp.m_32f, dataSize))
 VK_REG(TimICdbk, veksFixedCodebookSearch_G729E_16s,
        veksFixedCodebookSearch_G729E_16s(mode.value(), pSrcFixed.m_16s, pSrcLtpResidual.m_16s,
                                          pSrcImpulseResponse.m_16s, pDstFixedVector.m_16s, pDstFltFixedVector.m_16s,

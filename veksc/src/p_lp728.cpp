@@ -5,6 +5,7 @@ namespace {
 
 vkVector pSrcAutoCorr, pSrcDstLPC, pTmp, pDstLPC;
 krStepIterator<int> order, numSrcLPC;
+int dataSize;
 Vek32s pSrcDstResidualEnergy;
 Vek16s pSrcDstScaleFactor, rc1;
 Vek32s residualEnergy;
@@ -39,6 +40,7 @@ public:
     bool canStart() override {
         vkcRebuild(order, "order").set(10, 50, 40, '+');
         initVectors({&pSrcAutoCorr, &pSrcDstLPC, &pTmp, &pDstLPC}, vkArg::src);
+        dataSize = pTmp.item(m_func) * longest;
         if (m_inPlace) {
             vkcRebuild(numSrcLPC, "numSrcLPC").set(0, 5, 5, '+');
             return walk({&order, &numSrcLPC});
@@ -79,7 +81,7 @@ private:
 VK_REG_I(TimLp728, veksLevinsonDurbin_G728_16s_ISfs,
          veksLevinsonDurbin_G728_16s_ISfs(pSrcAutoCorr.m_16s, numSrcLPC.value(), order.value(), pSrcDstLPC.m_16s,
                                           &pSrcDstResidualEnergy, &pSrcDstScaleFactor),
-         vkcRestore(pSrcDstLPC.m_16s, pTmp);
+         vkcRestore(pSrcDstLPC.m_16s, pTmp.m_16s, dataSize);
          pSrcDstResidualEnergy = startEnergy; pSrcDstScaleFactor = startScale)
 VK_REG(TimLp728, veksLevinsonDurbin_G728_16s_Sfs,
        veksLevinsonDurbin_G728_16s_Sfs(pSrcAutoCorr.m_16s, order.value(), pDstLPC.m_16s, pDstRC1, pDstResidualEnergy,

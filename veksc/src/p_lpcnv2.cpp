@@ -5,6 +5,7 @@ namespace {
 
 vkVector prevLSP, pTmp, pSrcDst, pLPC, pDst, pPrevLSF, pQuantLSF, quantIndex;
 krStepIterator<int> erase;
+int dataSize;
 
 constexpr int order = 12;
 constexpr int memory = 20;
@@ -25,6 +26,7 @@ public:
             !pQuantLSF.createVector(memory, setZero, 0, 0) || !quantIndex.createVector(3, setZero, 0, 0)) {
             return false;
         }
+        dataSize = order * vkVector::item(m_func);
         SetData_LSF();
         SetData_LPC();
         return true;
@@ -46,6 +48,7 @@ public:
 
 } // namespace
 
-VK_REG_I(TimLpCnv2, veksLSFToLPC_G723_16s_I, veksLSFToLPC_G723_16s_I(pSrcDst.m_16s), vkcRestore(pSrcDst.m_16s, pTmp))
+VK_REG_I(TimLpCnv2, veksLSFToLPC_G723_16s_I, veksLSFToLPC_G723_16s_I(pSrcDst.m_16s),
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
 VK_REG(TimLpCnv2, veksLSFDecode_G723_16s,
        veksLSFDecode_G723_16s(quantIndex.m_16s, pPrevLSF.m_16s, erase.value(), pQuantLSF.m_16s))

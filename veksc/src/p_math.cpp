@@ -7,6 +7,7 @@ vkVector pSrc1, pSrc2, pDst, pSrcDst, pTmp;
 vkcScaleIterator scaleFactor;
 krEnumIterator<int> lenght_1;
 krStepIterator<int> lenght;
+int dataSize;
 
 constexpr Vek16s val = 16384;
 constexpr Vek32f valFloat = 0.5F;
@@ -48,6 +49,7 @@ public:
             pSrc1.createVector(elements(), setZero, 0, 0) && pSrc2.createVector(elements(), setRand, -4092, 4092) &&
             pDst.createVector(elements(), setZero, 0, 0) && pSrcDst.createVector(elements(), setZero, 0, 0) &&
             pTmp.createVector(elements(), setValue, 10, 0);
+        dataSize = pTmp.size();
         return made;
     }
 
@@ -81,7 +83,8 @@ public:
 
 } // namespace
 
-VK_REG_I(TimMath, veksInvSqrt_32s_I, veksInvSqrt_32s_I(pSrcDst.m_32s, lenght.value()), vkcRestore(pSrcDst.m_32s, pTmp))
+VK_REG_I(TimMath, veksInvSqrt_32s_I, veksInvSqrt_32s_I(pSrcDst.m_32s, lenght.value()),
+         vkcRestore(pSrcDst.m_32s, pTmp.m_32s, dataSize))
 VK_REG(TimMath, veksInterpolateC_NR_G729_16s_Sfs,
        veksInterpolateC_NR_G729_16s_Sfs(pSrc1.m_16s, val, pSrc2.m_16s, val, pDst.m_16s, lenght_1.value(),
                                         scaleFactor.value()))
@@ -93,12 +96,12 @@ VK_REG(TimMath, veksInterpolateC_G729_16s_Sfs,
 VK_REG(TimMath, veksInterpolate_G729_16s,
        veksInterpolate_G729_16s(pSrc1.m_16s, pSrc2.m_16s, pDst.m_16s, lenght_1.value()))
 VK_REG_I(TimMath, veksLagWindow_G729_32s_I, veksLagWindow_G729_32s_I(pSrcDst.m_32s, lenght.value()),
-         vkcRestore(pSrcDst.m_32s, pTmp))
+         vkcRestore(pSrcDst.m_32s, pTmp.m_32s, dataSize))
 VK_REG_I(TimMath, veksMulC_NR_16s_ISfs, veksMulC_NR_16s_ISfs(val, pSrcDst.m_16s, lenght.value(), scaleFactor.value()),
-         vkcRestore(pSrcDst.m_16s, pTmp))
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
 VK_REG_I(TimMath, veksMul_NR_16s_ISfs,
          veksMul_NR_16s_ISfs(pSrc1.m_16s, pSrcDst.m_16s, lenght.value(), scaleFactor.value()),
-         vkcRestore(pSrcDst.m_16s, pTmp))
+         vkcRestore(pSrcDst.m_16s, pTmp.m_16s, dataSize))
 VK_REG(TimMath, veksMulC_NR_16s_Sfs,
        veksMulC_NR_16s_Sfs(pSrc1.m_16s, val, pDst.m_16s, lenght.value(), scaleFactor.value()))
 VK_REG(TimMath, veksMul_NR_16s_Sfs,

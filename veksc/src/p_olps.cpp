@@ -9,6 +9,7 @@ vkVector pSrcSpch, pSrcWgtLpc1, pSrcWgtLpc2, pSrcQLpc, pSrcSynFltState, pSrcWgtF
 krEnumIterator<VekSpchBitRate> mode;
 Vek16s pValResultPrevMidPitchLag, pValResultVvalue, pValResultToneFlag, pResultMaxHpCorr;
 Vek32s pResultMaxCorr, pResultWgtEnergy;
+int dataSize_1, dataSize_2;
 
 constexpr int history = 10;
 constexpr int lpc = 44;
@@ -29,6 +30,8 @@ public:
     }
 
     bool makeData() override {
+        dataSize_1 = 5 * vkVector::item(m_func);
+        dataSize_2 = weighted * vkVector::item(m_func);
         pValResultPrevMidPitchLag = 40;
         pValResultVvalue = 0;
         pValResultToneFlag = 0;
@@ -78,8 +81,8 @@ public:
 };
 
 void restore() {
-    vkcRestore(pSrcDstPrevPitchLag.m_16s, pTmp_1);
-    vkcRestore(pSrcDstPrevWgtSpch.m_16s, pTmp_2);
+    vkcRestore(pSrcDstPrevPitchLag.m_16s, pTmp_1.m_16s, dataSize_1);
+    vkcRestore(pSrcDstPrevWgtSpch.m_16s, pTmp_2.m_16s, dataSize_2);
 }
 
 } // namespace

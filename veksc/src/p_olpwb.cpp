@@ -42,7 +42,7 @@ public:
 void restore() {
     prevMidPitchLag = 40;
     lagSwitcher = static_cast<Vek16s>(itLagSwitcher.value());
-    vkcRestore(pSrcDstPrevPitchLag.m_16s, pSrcDstPrevPitchLagTst);
+    vkcRestore(pSrcDstPrevPitchLag.m_16s, pSrcDstPrevPitchLagTst.m_16s, lags * vkVector::item("_16s"));
 }
 
 } // namespace nsTimOLPSWB
@@ -97,7 +97,7 @@ public:
 void restore() {
     prevMidPitchLag = 40;
     lagSwitcher = static_cast<Vek16s>(itLagSwitcher.value());
-    vkcRestore(pSrcDstPrevPitchLag.m_16s, pSrcDstPrevPitchLagTst);
+    vkcRestore(pSrcDstPrevPitchLag.m_16s, pSrcDstPrevPitchLagTst.m_16s, lags * vkVector::item("_16s"));
 }
 
 } // namespace nsTimOLPSWBE_ld

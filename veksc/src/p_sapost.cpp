@@ -6,6 +6,7 @@ namespace {
 vkVector pSrcQLpc, pSrcSpch, pTmp_1, pTmp_2, pSrcDstFormantFIRState, pSrcDstFormantIIRState, pDstFltSpch;
 krEnumIterator<VekSpchBitRate> mode;
 Vek16s pValResultPrevResidual[1], pValResultPrevScalingGain[1];
+int dataSize;
 
 constexpr int len = 44;
 constexpr int len_1 = 160;
@@ -24,6 +25,7 @@ public:
     }
 
     bool makeData() override {
+        dataSize = order * vkVector::item(m_func);
         pValResultPrevResidual[0] = 0;
         pValResultPrevScalingGain[0] = 0;
         if (!pSrcQLpc.createVector(len, setRand, 0, 2048) || !pSrcSpch.createVector(len_1, setRand, 0, 2048) ||
@@ -47,8 +49,8 @@ public:
 };
 
 void restore() {
-    vkcRestore(pSrcDstFormantFIRState.m_16s, pTmp_1);
-    vkcRestore(pSrcDstFormantIIRState.m_16s, pTmp_2);
+    vkcRestore(pSrcDstFormantFIRState.m_16s, pTmp_1.m_16s, dataSize);
+    vkcRestore(pSrcDstFormantIIRState.m_16s, pTmp_2.m_16s, dataSize);
 }
 
 } // namespace

@@ -31,7 +31,7 @@ public:
             !pDst.createVector(m_grid.room(lenght), setZero, 0, 0)) {
             return false;
         }
-        vkcRestore(pSrcDst.m_16s, pTmp);
+        vkcRestore(pSrcDst.m_16s, pTmp.m_16s, pTmp.size());
         SetData_LPC();
         return true;
     }

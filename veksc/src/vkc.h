@@ -257,9 +257,3 @@ protected:
 inline void vkcRestore(void* data, const void* saved, int bytes) {
     std::memcpy(data, saved, static_cast<std::size_t>(bytes));
 }
-
-/// The same with all of a vector; the length of a vector is at hand where its size would have to be worked out.
-template <class T>
-void vkcRestore(T* data, const vkVector& saved) {
-    vkcRestore(data, saved.data(), saved.length() * static_cast<int>(sizeof(T)));
-}
