@@ -116,14 +116,21 @@ VEK_INLINE_WIDE void apart(const T* pairs, T* re, T* im) {
     }
 }
 
-template <int Rows, typename T>
-VEK_INLINE_WIDE void forward(const FoldTable<T>& t, const T* fold, typename Kind<T>::Complex* spectrum) {
-    using V = typename Kind<T>::Vector;
-    constexpr int half = 4 * Rows;
+// The transform of half as many complex numbers and what it is made from.
+template <int half, typename T>
+struct Halves {
     alignas(32) T re[half];
     alignas(32) T im[half];
     alignas(32) T zRe[half];
     alignas(32) T zIm[half];
+};
+
+template <int Rows, typename T>
+VEK_INLINE_WIDE void forward(const FoldTable<T>& t, const T* fold, typename Kind<T>::Complex* spectrum) {
+    using V = typename Kind<T>::Vector;
+    constexpr int half = 4 * Rows;
+    Halves<half, T> halves;
+    auto& [re, im, zRe, zIm] = halves;
     apart<half, V>(fold, re, im);
     transform<Rows>(t, re, im, zRe, zIm);
     Complex<V> first = {load<4>(zRe), load<4>(zIm)};
@@ -137,10 +144,8 @@ template <int Rows, typename T>
 VEK_INLINE_WIDE void backward(const FoldTable<T>& t, const typename Kind<T>::Complex* spectrum, T* fold) {
     using V = typename Kind<T>::Vector;
     constexpr int half = 4 * Rows;
-    alignas(32) T re[half];
-    alignas(32) T im[half];
-    alignas(32) T zRe[half];
-    alignas(32) T zIm[half];
+    Halves<half, T> halves;
+    auto& [re, im, zRe, zIm] = halves;
     apart<half, V>(&spectrum->re, re, im);
     im[0] = 0;
     const V two = set1<4>(static_cast<T>(2));
