@@ -1,7 +1,8 @@
 // Pitch steps of the narrow-band AMR codec's package, which stand in none of its public headers.
 #pragma once
 
-#include "noise.h"
+#include <cstdint>
+#include <vector>
 
 #if __has_include(<opencore-amrnb/interf_enc.h>)
 #define ORACLE_AMRNB 1
@@ -11,9 +12,6 @@ int16_t Pitch_fr(int16_t* lastDelay, int mode, int16_t* open, int16_t* excitatio
                  int16_t n, int16_t offset, int16_t* fraction, int16_t* thirds, int16_t* index, int* overflow);
 void Pred_lt_3or6(int16_t* excitation, int16_t delay, int16_t fraction, int16_t n, int16_t thirds, int* overflow);
 }
-
-/// The codec's steps tell by it that they have saturated; nobody asks.
-inline int overflow = 0;
 
 /// A lag in whole samples and thirds.
 struct AmrLag {
@@ -29,30 +27,16 @@ inline AmrLag amrLag(int mode, int16_t open, std::vector<int16_t>& excitation, s
     int16_t opens[2] = {open, open};
     int16_t thirds = 0;
     int16_t index = 0;
+    int overflow = 0;
     lag.whole = Pitch_fr(&last, mode, opens, excitation.data() + 154, target.data(), h.data(), 40,
                          static_cast<int16_t>(second ? 40 : 0), &lag.fraction, &thirds, &index, &overflow);
     return lag;
 }
 
-/// What a gain of the adaptive vector is made of, at one level, with a response of so much noise.
-struct GainCase {
-    GainCase(std::mt19937& random, int level, int noisiness)
-        : h(decayingResponse(random, noisiness)), vector(noise(random, 40, -level, level)),
-          target(noise(random, 40, -level, level)) {}
-
-    /// The library's gain; `filtered` becomes the vector through the response.
-    template <class Gain>
-    auto with(Gain call, int16_t& gain) {
-        return call(target.data(), h.data(), vector.data(), filtered.data(), &gain);
-    }
-
-    Samples h, vector, target;
-    Samples filtered = Samples(40);
-};
-
 /// The gain of the adaptive vector in a mode with thirds.
-inline int16_t amrPitchGain(Samples& target, Samples& filtered) {
+inline int16_t amrPitchGain(std::vector<int16_t>& target, std::vector<int16_t>& filtered) {
     int16_t products[4] = {};
+    int overflow = 0;
     return G_pitch(4, target.data(), filtered.data(), products, 40, &overflow);
 }
 #endif

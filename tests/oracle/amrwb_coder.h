@@ -115,7 +115,12 @@ public:
     Counts counts;
 
     Coder() {
+        int size = 0;
+        GOOD(veksHighPassFilterGetSize_AMRWB_16s(&size));
+        m_highPass.resize(static_cast<size_t>(size));
         GOOD(veksHighPassFilterInit_AMRWB_16s(m_highPass.data()));
+        GOOD(veksVADGetSize_AMRWB_16s(&size));
+        m_activity.resize(static_cast<size_t>(size));
         GOOD(veksVADInit_AMRWB_16s(m_activity.data()));
         Init_Decim_12k8(m_decimation.data());
         Init_Hp_wsp(m_wspHighPass);
@@ -150,8 +155,8 @@ private:
     int m_mode = 0;
     Bits m_bits;
     Samples m_decimation = Samples(30);
-    std::vector<char> m_highPass = stateBytes(veksHighPassFilterGetSize_AMRWB_16s);
-    std::vector<char> m_activity = stateBytes(veksVADGetSize_AMRWB_16s);
+    std::vector<char> m_highPass;
+    std::vector<char> m_activity;
     int16_t m_tone = 0;
     int m_scale = 15;
     int m_scales[2] = {15, 15};

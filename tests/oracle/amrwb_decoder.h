@@ -144,7 +144,12 @@ private:
 // Noise from 6.4 to 7 kHz in the shape of the speech below: TS 26.190 6.3.
 class HighBand {
 public:
-    HighBand() { GOOD(veksHighPassFilterInit_AMRWB_16s(m_highPass.data())); }
+    HighBand() {
+        int size = 0;
+        GOOD(veksHighPassFilterGetSize_AMRWB_16s(&size));
+        m_highPass.resize(static_cast<size_t>(size));
+        GOOD(veksHighPassFilterInit_AMRWB_16s(m_highPass.data()));
+    }
 
     // The excitation is in the scale q; the spectrum, with room for 20 frequencies, is looked at for 6.6 only.
     Samples subframe(int mode, bool pause, int gainIndex, int16_t* excitation, int q, int16_t* speech,
@@ -191,7 +196,7 @@ public:
     }
 
 private:
-    std::vector<char> m_highPass = stateBytes(veksHighPassFilterGetSize_AMRWB_16s);
+    std::vector<char> m_highPass;
     int16_t m_seed = 21845;
     Samples m_past = Samples(kHighOrder);
     Fir m_band;
@@ -232,7 +237,12 @@ private:
 class Decoder {
 public:
     Decoder() {
+        int size = 0;
+        GOOD(veksAdaptiveCodebookDecodeGetSize_AMRWB_16s(&size));
+        m_adaptive.resize(static_cast<size_t>(size));
         GOOD(veksAdaptiveCodebookDecodeInit_AMRWB_16s(adaptive()));
+        GOOD(veksHighPassFilterGetSize_AMRWB_16s(&size));
+        m_highPass.resize(static_cast<size_t>(size));
         GOOD(veksHighPassFilterInit_AMRWB_16s(m_highPass.data()));
         for (int i = 0; i < 3; ++i) {
             std::copy(m_isf.begin(), m_isf.end(), m_isfHistory.begin() + i * kOrder);
@@ -295,8 +305,8 @@ public:
     bool clipped = false;
 
 private:
-    std::vector<char> m_adaptive = stateBytes(veksAdaptiveCodebookDecodeGetSize_AMRWB_16s);
-    std::vector<char> m_highPass = stateBytes(veksHighPassFilterGetSize_AMRWB_16s);
+    std::vector<char> m_adaptive;
+    std::vector<char> m_highPass;
     Samples m_isf = {1024, 2048,  3072,  4096,  5120,  6144,  7168,  8192,
                      9216, 10240, 11264, 12288, 13312, 14336, 15360, 3840};
     Samples m_isfHistory = Samples(3 * kOrder);

@@ -29,9 +29,8 @@
 
 namespace {
 
-#ifdef ORACLE_TELEPHONY
-
 TEST(EcOracle, FilterIsTheTelephonyPackagesInnerProduct) {
+#ifdef ORACLE_TELEPHONY
     for (const int taps : {8, 128, 256}) {
         const Samples ref = noise(1, taps + 8, 500);
         const Samples coef = noise(2, taps, 2000);
@@ -51,9 +50,13 @@ TEST(EcOracle, FilterIsTheTelephonyPackagesInnerProduct) {
             EXPECT_NEAR(-vec_dot_prodf(turnedF.data(), refF.data() + i + 1, taps), outF[i], taps);
         }
     }
+#else
+    GTEST_SKIP() << "libspandsp-dev is not installed";
+#endif
 }
 
 TEST(EcOracle, NlmsLearnsAsTheTelephonyPackagesLmsWithTheSameFactor) {
+#ifdef ORACLE_TELEPHONY
     constexpr int taps = 128;
     std::mt19937 random(3);
     std::normal_distribution<float> normal(0, 0.1F);
@@ -87,74 +90,13 @@ TEST(EcOracle, NlmsLearnsAsTheTelephonyPackagesLmsWithTheSameFactor) {
         theirErr = speech[i] - vec_dot_prodf(theirs.data(), now + i - taps + 1, taps);
         ASSERT_NEAR(theirErr, out[i], 2e-4) << i;
     }
-}
-
-// Whether the tone is heard in any frame, by the integer form, and by the other one with full scale at 1.0.
-int ours(const Samples& x) {
-    int size = 0;
-    int realSize = 0;
-    EXPECT_EQ(vekStsNoErr, veksToneDetectGetStateSize_EC_16s(8000, &size));
-    EXPECT_EQ(vekStsNoErr, veksToneDetectGetStateSize_EC_32f(8000, &realSize));
-    std::vector<Vek8u> memory(static_cast<size_t>(size));
-    std::vector<Vek8u> realMemory(static_cast<size_t>(realSize));
-    auto* state = reinterpret_cast<VeksToneDetectState_EC_16s*>(memory.data());
-    auto* realState = reinterpret_cast<VeksToneDetectState_EC_32f*>(realMemory.data());
-    EXPECT_EQ(vekStsNoErr, veksToneDetectInit_EC_16s(state, 8000));
-    EXPECT_EQ(vekStsNoErr, veksToneDetectInit_EC_32f(realState, 8000));
-    int any = 0;
-    int anyOfReals = 0;
-    for (size_t i = 0; i + 80 <= x.size(); i += 80) {
-        int result = 0;
-        EXPECT_EQ(vekStsNoErr, veksToneDetect_EC_16s(&x[i], 80, &result, state));
-        any |= result;
-        std::vector<Vek32f> reals(x.begin() + static_cast<std::ptrdiff_t>(i),
-                                  x.begin() + static_cast<std::ptrdiff_t>(i + 80));
-        for (Vek32f& v : reals) {
-            v /= 32768;
-        }
-        EXPECT_EQ(vekStsNoErr, veksToneDetect_EC_32f(reals.data(), 80, &result, realState));
-        anyOfReals |= result;
-    }
-    EXPECT_EQ(any, anyOfReals);
-    return any;
-}
-
-int theirs(const Samples& x) {
-    modem_connect_tones_rx_state_t* rx =
-        modem_connect_tones_rx_init(nullptr, MODEM_CONNECT_TONES_ANS_PR, nullptr, nullptr);
-    modem_connect_tones_rx(rx, x.data(), static_cast<int>(x.size()));
-    const int tone = modem_connect_tones_rx_get(rx);
-    modem_connect_tones_rx_free(rx);
-    return tone == MODEM_CONNECT_TONES_ANS_PR || tone == MODEM_CONNECT_TONES_ANSAM_PR;
-}
-
-TEST(EcOracle, ToneDecisionsAreTheTelephonyPackages) {
-    for (const int kind : {MODEM_CONNECT_TONES_ANS_PR, MODEM_CONNECT_TONES_ANS}) {
-        Samples x(8000 * 3);
-        modem_connect_tones_tx_state_t* tx = modem_connect_tones_tx_init(nullptr, kind);
-        const int made = modem_connect_tones_tx(tx, x.data(), static_cast<int>(x.size()));
-        modem_connect_tones_tx_free(tx);
-        x.resize(static_cast<size_t>(made));
-        EXPECT_EQ(theirs(x), ours(x)) << kind;
-        EXPECT_EQ(kind == MODEM_CONNECT_TONES_ANS_PR ? 1 : 0, ours(x)) << kind;
-    }
-    for (unsigned seed = 0; seed < 20; seed++) {
-        const Samples x = noise(seed, 16000, 8000);
-        EXPECT_EQ(theirs(x), ours(x)) << seed;
-    }
-}
-
 #else
-
-TEST(EcOracle, NeedsATelephonyPackage) {
     GTEST_SKIP() << "libspandsp-dev is not installed";
-}
-
 #endif
-
-#ifdef ORACLE_FFTW
+}
 
 TEST(EcOracle, SubbandsAreTheTransformPackagesOfTheFold) {
+#ifdef ORACLE_FFTW
     for (const int order : {5, 6}) {
         const int n = 1 << order;
         const int len = 4 * n;
@@ -204,18 +146,12 @@ TEST(EcOracle, SubbandsAreTheTransformPackagesOfTheFold) {
         fftw_free(in);
         fftw_free(out);
     }
-}
-
 #else
-
-TEST(EcOracle, NeedsATransformPackage) {
     GTEST_SKIP() << "libfftw3-dev is not installed";
-}
-
 #endif
+}
 
 #ifdef ORACLE_SPEEXDSP
-
 // What an open canceller of 256 taps leaves of a scene's echo while the near end is silent, in frames of 10 ms.
 echocanceller::Track theirTrack(const echocanceller::Scene& s) {
     constexpr int frame = 80;
@@ -244,8 +180,10 @@ echocanceller::Track theirTrack(const echocanceller::Scene& s) {
     speex_echo_state_destroy(state);
     return track;
 }
+#endif
 
 TEST(EcOracle, CancellersReturnLossIsNotBelowThatOfAnOpenOne) {
+#ifdef ORACLE_SPEEXDSP
     // Double talk from 2 to 3 s; a path that changes at 2 s.
     for (const auto& scene : {echocanceller::scene(5, 2, 3), echocanceller::scene(6, 9, 9, 2)}) {
         const echocanceller::Track theirs = theirTrack(scene);
@@ -261,14 +199,70 @@ TEST(EcOracle, CancellersReturnLossIsNotBelowThatOfAnOpenOne) {
             EXPECT_GE(floating.lossOf(from, to), other);
         }
     }
-}
-
 #else
-
-TEST(EcOracle, NeedsAnOpenCanceller) {
     GTEST_SKIP() << "libspeexdsp-dev is not installed";
+#endif
 }
 
+#ifdef ORACLE_TELEPHONY
+// Whether the tone is heard in any frame, by the integer form, and by the other one with full scale at 1.0.
+int ours(const Samples& x) {
+    int size = 0;
+    int realSize = 0;
+    EXPECT_EQ(vekStsNoErr, veksToneDetectGetStateSize_EC_16s(8000, &size));
+    EXPECT_EQ(vekStsNoErr, veksToneDetectGetStateSize_EC_32f(8000, &realSize));
+    std::vector<Vek8u> memory(static_cast<size_t>(size));
+    std::vector<Vek8u> realMemory(static_cast<size_t>(realSize));
+    auto* state = reinterpret_cast<VeksToneDetectState_EC_16s*>(memory.data());
+    auto* realState = reinterpret_cast<VeksToneDetectState_EC_32f*>(realMemory.data());
+    EXPECT_EQ(vekStsNoErr, veksToneDetectInit_EC_16s(state, 8000));
+    EXPECT_EQ(vekStsNoErr, veksToneDetectInit_EC_32f(realState, 8000));
+    int any = 0;
+    int anyOfReals = 0;
+    for (size_t i = 0; i + 80 <= x.size(); i += 80) {
+        int result = 0;
+        EXPECT_EQ(vekStsNoErr, veksToneDetect_EC_16s(&x[i], 80, &result, state));
+        any |= result;
+        std::vector<Vek32f> reals(x.begin() + static_cast<std::ptrdiff_t>(i),
+                                  x.begin() + static_cast<std::ptrdiff_t>(i + 80));
+        for (Vek32f& v : reals) {
+            v /= 32768;
+        }
+        EXPECT_EQ(vekStsNoErr, veksToneDetect_EC_32f(reals.data(), 80, &result, realState));
+        anyOfReals |= result;
+    }
+    EXPECT_EQ(any, anyOfReals);
+    return any;
+}
+
+int theirs(const Samples& x) {
+    modem_connect_tones_rx_state_t* rx =
+        modem_connect_tones_rx_init(nullptr, MODEM_CONNECT_TONES_ANS_PR, nullptr, nullptr);
+    modem_connect_tones_rx(rx, x.data(), static_cast<int>(x.size()));
+    const int tone = modem_connect_tones_rx_get(rx);
+    modem_connect_tones_rx_free(rx);
+    return tone == MODEM_CONNECT_TONES_ANS_PR || tone == MODEM_CONNECT_TONES_ANSAM_PR;
+}
 #endif
+
+TEST(EcOracle, ToneDecisionsAreTheTelephonyPackages) {
+#ifdef ORACLE_TELEPHONY
+    for (const int kind : {MODEM_CONNECT_TONES_ANS_PR, MODEM_CONNECT_TONES_ANS}) {
+        Samples x(8000 * 3);
+        modem_connect_tones_tx_state_t* tx = modem_connect_tones_tx_init(nullptr, kind);
+        const int made = modem_connect_tones_tx(tx, x.data(), static_cast<int>(x.size()));
+        modem_connect_tones_tx_free(tx);
+        x.resize(static_cast<size_t>(made));
+        EXPECT_EQ(theirs(x), ours(x)) << kind;
+        EXPECT_EQ(kind == MODEM_CONNECT_TONES_ANS_PR ? 1 : 0, ours(x)) << kind;
+    }
+    for (unsigned seed = 0; seed < 20; seed++) {
+        const Samples x = noise(seed, 16000, 8000);
+        EXPECT_EQ(theirs(x), ours(x)) << seed;
+    }
+#else
+    GTEST_SKIP() << "libspandsp-dev is not installed";
+#endif
+}
 
 } // namespace

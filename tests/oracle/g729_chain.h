@@ -158,7 +158,12 @@ class ShortHearing {
 public:
     Samples heard;
 
-    ShortHearing() { GOOD(veksPhaseDispersionInit_G729D_16s(m_dispersion.data())); }
+    ShortHearing() {
+        int size = 0;
+        GOOD(veksPhaseDispersionGetStateSize_G729D_16s(&size));
+        m_dispersion.resize(static_cast<size_t>(size));
+        GOOD(veksPhaseDispersionInit_G729D_16s(m_dispersion.data()));
+    }
 
     void add(const int16_t* excitation, const int16_t* code, const int16_t* gains, const int16_t* lpc, int delay) {
         int16_t dispersed[kSub];
@@ -172,7 +177,7 @@ public:
     }
 
 private:
-    std::vector<char> m_dispersion = stateBytes(veksPhaseDispersionGetStateSize_G729D_16s);
+    std::vector<char> m_dispersion;
     Samples m_synthesis = Samples(10 + kSub);
     MainPostFilter m_post;
 };

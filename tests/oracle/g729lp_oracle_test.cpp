@@ -7,11 +7,11 @@
 #include <random>
 #include <vector>
 
-#include "amrnb_pitch.h"
 #include "noise.h"
 #include "veksc.h"
 
-#ifdef ORACLE_AMRNB
+#if __has_include(<opencore-amrnb/interf_enc.h>)
+#define ORACLE_AMRNB 1
 extern "C" {
 void preemphasis(int16_t* state, int16_t* signal, int16_t g, int16_t n, int* overflow);
 void Az_lsp(int16_t* a, int16_t* lsp, int16_t* previous, int* overflow);
@@ -23,12 +23,12 @@ int16_t Levinson(int16_t* state, int16_t* high, int16_t* low, int16_t* a, int16_
 
 namespace {
 
-#ifdef ORACLE_AMRNB
-
 TEST(PreemphasisOracle, EqualsTheAmrCodec) {
+#ifdef ORACLE_AMRNB
     std::mt19937 random(1);
     int16_t ours = 0;
     int16_t theirs = 0;
+    int overflow = 0;
     for (int round = 0; round < 100; ++round) {
         Samples x = noise(random, 40, -32768, 32767);
         Samples want = x;
@@ -38,10 +38,13 @@ TEST(PreemphasisOracle, EqualsTheAmrCodec) {
         ASSERT_EQ(want, x) << round;
         ASSERT_EQ(theirs, ours);
     }
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
+#endif
 }
 
 // Falling cosines with a distance of at least a few degrees of speech spectra.
-Samples pairs(std::mt19937& random) {
+[[maybe_unused]] Samples pairs(std::mt19937& random) {
     std::uniform_real_distribution<double> step(0.05, 0.45);
     std::vector<double> angle(11);
     std::generate(angle.begin(), angle.end(), [&] { return step(random); });
@@ -49,7 +52,7 @@ Samples pairs(std::mt19937& random) {
 }
 
 // Autocorrelations of noise coloured by the pairs' synthesis filter, normalised.
-std::vector<int32_t> correlations(std::mt19937& random, int order) {
+[[maybe_unused]] std::vector<int32_t> correlations(std::mt19937& random, int order) {
     const Samples lsp = pairs(random);
     Samples a(11);
     veksLSPToLPC_G729_16s(lsp.data(), a.data());
@@ -75,7 +78,9 @@ std::vector<int32_t> correlations(std::mt19937& random, int order) {
 }
 
 TEST(SpectralPairsOracle, PairsOfCoefficientsEqualTheAmrCodec) {
+#ifdef ORACLE_AMRNB
     std::mt19937 random(2);
+    int overflow = 0;
     for (int round = 0; round < 3000; ++round) {
         Samples lsp = pairs(random);
         Samples a(11);
@@ -92,10 +97,15 @@ TEST(SpectralPairsOracle, PairsOfCoefficientsEqualTheAmrCodec) {
         veksLPCToLSP_GSMAMR_16s(a.data(), previous.data(), found.data());
         ASSERT_EQ(wanted, found) << round;
     }
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
+#endif
 }
 
 TEST(SpectralPairsOracle, CoarseGridComesCloseToTheFineOne) {
+#ifdef ORACLE_AMRNB
     std::mt19937 random(3);
+    int overflow = 0;
     for (int round = 0; round < 1000; ++round) {
         Samples lsp = pairs(random);
         Samples a(11);
@@ -111,27 +121,40 @@ TEST(SpectralPairsOracle, CoarseGridComesCloseToTheFineOne) {
             ASSERT_NEAR(wanted[i], found[i], 60) << round;
         }
     }
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
+#endif
 }
 
 TEST(SpectralPairsOracle, NormalisedFrequenciesEqualTheAmrCodec) {
+#ifdef ORACLE_AMRNB
     std::mt19937 random(4);
-    const auto expectTheSame = [](Samples lsp) {
+    int overflow = 0;
+    for (int x = -32768; x <= 32767; ++x) {
+        Samples lsp(10, static_cast<int16_t>(x));
         Samples lsf(10);
         Samples want(10);
         ASSERT_EQ(vekStsNoErr, veksLSPToLSF_Norm_G729_16s(lsp.data(), lsf.data()));
         Lsp_lsf(lsp.data(), want.data(), 10, &overflow);
-        ASSERT_EQ(want, lsf);
-    };
-    for (int x = -32768; x <= 32767; ++x) {
-        expectTheSame(Samples(10, static_cast<int16_t>(x)));
+        ASSERT_EQ(want, lsf) << x;
     }
     for (int round = 0; round < 3000; ++round) {
-        expectTheSame(pairs(random));
+        Samples lsp = pairs(random);
+        Samples lsf(10);
+        Samples want(10);
+        ASSERT_EQ(vekStsNoErr, veksLSPToLSF_Norm_G729_16s(lsp.data(), lsf.data()));
+        Lsp_lsf(lsp.data(), want.data(), 10, &overflow);
+        ASSERT_EQ(want, lsf) << round;
     }
+#else
+    GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
+#endif
 }
 
 TEST(LevinsonOracle, OrderTenEqualsTheAmrCodec) {
+#ifdef ORACLE_AMRNB
     std::mt19937 random(5);
+    int overflow = 0;
     for (int round = 0; round < 1000; ++round) {
         const std::vector<int32_t> r = correlations(random, 10);
         Samples high;
@@ -153,14 +176,9 @@ TEST(LevinsonOracle, OrderTenEqualsTheAmrCodec) {
         ASSERT_EQ(vekStsNoErr, veksLevinsonDurbin_G729_32s16s(r.data(), 10, a.data(), rc.data(), &err));
         ASSERT_EQ(want, a) << round;
     }
-}
-
 #else
-
-TEST(G729LpOracle, NeedsAnAmrCodec) {
     GTEST_SKIP() << "libopencore-amrnb-dev is not installed";
-}
-
 #endif
+}
 
 } // namespace

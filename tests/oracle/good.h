@@ -2,9 +2,6 @@
 // for another purpose defines these three before it includes them.
 #pragma once
 
-#include <cstddef>
-#include <vector>
-
 #ifndef GOOD
 #include <gtest/gtest.h>
 
@@ -13,13 +10,3 @@
 #define DONE(call) static_cast<void>(call)
 #define SAME(one, other) EXPECT_EQ(one, other)
 #endif
-
-#include "vekdefs.h"
-
-/// Memory of the size that `getSize` tells, for a state.
-template <class GetSize>
-std::vector<char> stateBytes(GetSize getSize) {
-    int size = 0;
-    SAME(vekStsNoErr, getSize(&size));
-    return std::vector<char>(static_cast<std::size_t>(size));
-}

@@ -63,6 +63,7 @@ Search theirs(Search s) {
     AmrTables tables = {};
     get_const_tbls(&tables);
     int16_t* words = s.words.data();
+    int overflow = 0;
     cbsearch(s.x.data(), s.h.data() + 40, s.lag, s.gain, s.gain, s.residual.data(), s.vector.data(), s.filtered.data(),
              &words, s.mode, s.subframe, &tables, &overflow);
     return s;
@@ -144,6 +145,7 @@ TEST(AmrFixedDecodeOracle, HasTheSameBitsAtAllRates) {
                 }
                 Samples theirs = words;
                 Samples want(40);
+                int overflow = 0;
                 switch (mode) {
                 case 0:
                 case 1:
@@ -193,6 +195,7 @@ TEST(AmrAdaptiveSearchOracle, FindsTheSameLagsAndVectorsAtAllRates) {
                 int16_t theirFraction = 0;
                 int16_t thirds = 0;
                 int16_t theirIndex = 0;
+                int overflow = 0;
                 const int16_t lag =
                     Pitch_fr(&theirFormer, mode, open.data(), theirs.data() + 154, target.data(), h.data() + 40, 40,
                              static_cast<int16_t>(40 * subframe), &theirFraction, &thirds, &theirIndex, &overflow);
@@ -236,6 +239,7 @@ TEST(AmrAdaptiveDecodeOracle, TellsTheSameLagsAndVectorsForAllIndices) {
                 const auto first = static_cast<int16_t>(std::clamp(former - (mode == 5 ? 10 : 5), 20, 143 - wide));
                 int16_t lag = former;
                 int16_t fraction = 0;
+                int overflow = 0;
                 if (mode == kMode122) {
                     Dec_lag6(index, 18, 143, relative ? 40 : 0, &lag, &fraction, &overflow);
                 } else {
@@ -271,6 +275,7 @@ TEST(AmrAdaptiveGainOracle, HasTheSameBits) {
             }
         }
         Samples want(4);
+        int overflow = 0;
         const int16_t gain = G_pitch(0, target.data(), y.data(), want.data(), 40, &overflow);
         int16_t got = -1;
         int16_t again = -1;
@@ -297,6 +302,7 @@ TEST(AmrPreemphasisOracle, HasTheSameBits) {
         const auto gamma = static_cast<int16_t>(pick(random, 0, 32767));
         const Samples x = noise(random, n, -20000, 20000);
         Samples want = x;
+        int overflow = 0;
         preemphasis(&theirs, want.data(), gamma, static_cast<int16_t>(n), &overflow);
         Samples y(static_cast<size_t>(n));
         ASSERT_EQ(vekStsNoErr, veksPreemphasize_GSMAMR_16s(gamma, x.data(), y.data(), n, &ours));
@@ -312,6 +318,7 @@ TEST(AmrInterpolateOracle, GivesTheOuterSubframes) {
         Samples now = noise(random, 10, -16384, 16384);
         Samples want(10);
         Samples got(10);
+        int overflow = 0;
         Int_lsf(before.data(), now.data(), 0, want.data(), &overflow);
         ASSERT_EQ(vekStsNoErr, veksInterpolate_GSMAMR_16s(now.data(), before.data(), got.data(), 10));
         ASSERT_EQ(want, got);
@@ -329,6 +336,7 @@ TEST(AmrLsfToLspOracle, HasTheSameBitsForAllFrequencies) {
         }
         Samples want(10);
         Samples got(10);
+        int overflow = 0;
         Lsf_lsp(lsf.data(), want.data(), 10, &overflow);
         ASSERT_EQ(vekStsNoErr, veksLSFToLSP_GSMAMR_16s(lsf.data(), got.data()));
         ASSERT_EQ(want, got) << from;
@@ -362,6 +370,7 @@ TEST(AmrPostFilterOracle, HasTheSameBitsOverARunOfFrames) {
             }
             Samples want = speech;
             Samples theirLpc = lpc;
+            int overflow = 0;
             Post_Filter(state.data(), mode, want.data(), theirLpc.data(), &overflow);
             Samples got(160);
             ASSERT_EQ(vekStsNoErr, veksPostFilter_GSMAMR_16s(lpc.data(), speech.data(), &before, &gain, fir.data(),

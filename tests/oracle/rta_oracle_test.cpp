@@ -104,14 +104,11 @@ TEST(RtaOracle, TheCoefficientsOfAnotherCodec) {
     }
 }
 
-struct FilterBank : StateMemory<VeksQMFState_RTA_32f> {
-    FilterBank() : StateMemory(veksQMFGetStateSize_RTA_32f) { EXPECT_EQ(vekStsNoErr, veksQMFInit_RTA_32f(*this)); }
-};
-
 TEST(RtaOracle, TheSplitOfAnotherCodecWithOurTaps) {
     const Floats h = taps();
     std::mt19937 random(3);
-    FilterBank state;
+    StateMemory<VeksQMFState_RTA_32f> state(veksQMFGetStateSize_RTA_32f);
+    ASSERT_EQ(vekStsNoErr, veksQMFInit_RTA_32f(state));
     Floats memory(64);
     // Their newest sample of a pair is our older one.
     Floats x = floats(random, 20 * 80 + 1, 32768);
@@ -134,7 +131,8 @@ TEST(RtaOracle, TheSplitOfAnotherCodecWithOurTaps) {
 TEST(RtaOracle, TheReunionOfAnotherCodecWithOurTaps) {
     const Floats h = taps();
     std::mt19937 random(4);
-    FilterBank state;
+    StateMemory<VeksQMFState_RTA_32f> state(veksQMFGetStateSize_RTA_32f);
+    ASSERT_EQ(vekStsNoErr, veksQMFInit_RTA_32f(state));
     Floats memory1(64);
     Floats memory2(64);
     for (int frame = 0; frame < 20; ++frame) {
