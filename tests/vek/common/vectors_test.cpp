@@ -30,6 +30,9 @@ void expectAlignedMemory(T* (*allocate)(int len)) {
     EXPECT_EQ(0U, reinterpret_cast<uintptr_t>(p) % 64);
     p[2] = filled<T>(7);
     veksFree(p);
+    T* const one = allocate(1);
+    ASSERT_NE(nullptr, one);
+    veksFree(one);
     EXPECT_EQ(nullptr, allocate(0));
     EXPECT_EQ(nullptr, allocate(-1));
 }

@@ -351,6 +351,22 @@ TEST(VekAmrAdaptiveSearch, RefusesWhatIsNoneOfTheCodecs) {
     }
 }
 
+// The energy leaves 32 bits, the product does not.
+TEST(VekAmrAdaptiveGain, AFaintTargetOfALoudVectorKeepsItsProduct) {
+    std::mt19937 random(9);
+    const Samples y = noise(random, 40, -30000, 30000);
+    Samples target = y;
+    double product = 0;
+    for (size_t i = 0; i < y.size(); ++i) {
+        target[i] = static_cast<int16_t>(y[i] / 512);
+        product += 2.0 * target[i] * y[i];
+    }
+    int16_t gain = 0;
+    int16_t coeffs[4];
+    ASSERT_EQ(vekStsNoErr, veksAdaptiveCodebookGainCoeffs_GSMAMR_16s(target.data(), y.data(), &gain, coeffs));
+    EXPECT_NEAR(1, std::ldexp(coeffs[2], coeffs[3] + 1) / product, 0.001);
+}
+
 TEST(VekAmrAdaptiveGain, IsTheQuotientOfTheProducts) {
     std::mt19937 random(8);
     for (const int level : {10, 1000, 20000}) {
