@@ -260,6 +260,28 @@ TEST(VekCrossCorr, EachFormAgreesWithThePlainSum) {
     });
 }
 
+// Sums of which the faint vector alone would tell that they fit 32 bits.
+TEST(VekCrossCorr, AFaintVectorBesideALoudOneIsExact) {
+    const int n = 240;
+    const Samples faint(n, 1000);
+    const Samples loud(n, 32767);
+    atEveryLevel([&] {
+        for (const auto& [a, b] : {std::pair(faint, loud), std::pair(loud, faint)}) {
+            const Wide exact = correlation(a, b, n);
+            Words got(n);
+            ASSERT_EQ(vekStsNoErr, veksCrossCorr_16s32s_Sfs(a.data(), b.data(), n, got.data(), 3));
+            for (size_t k = 0; k < got.size(); k++) {
+                ASSERT_EQ(scaled(exact[k], 3, 32), got[k]) << k;
+            }
+            const Wide folded = convolution(a, b);
+            ASSERT_EQ(vekStsNoErr, veksConvPartial_16s32s(a.data(), b.data(), got.data(), n));
+            for (size_t k = 0; k < got.size(); k++) {
+                ASSERT_EQ(clip(folded[k], 32), got[k]) << k;
+            }
+        }
+    });
+}
+
 TEST(VekCrossCorr, NormalisedFormLeavesThirteenBits) {
     atEveryLevel([] {
         for (const int n : kLengths) {
