@@ -50,7 +50,9 @@ TEST(VkLimits, TableByTheRealComponent) {
     EXPECT_EQ(vkVector::getMaxValue(vk32s), 2147483647.0);
     EXPECT_DOUBLE_EQ(vkVector::getMaxValue(vk32f), 9.223371761976865e+18);
     EXPECT_DOUBLE_EQ(vkVector::getMinValue(vk64fc), -6.703903964971298e+153);
-    EXPECT_EQ(vkVector::getMinAbsValue(vk16s), 1.0);
+    for (const vkType type : {vk8u, vk16u, vk32u, vk64u, vk8s, vk16s, vk32s, vk64s}) {
+        EXPECT_EQ(vkVector::getMinAbsValue(type), 1.0) << type;
+    }
     EXPECT_EQ(vkVector::getMinAbsValue(vk32fc), 1.1754943508222875e-38);
     EXPECT_EQ(vkVector::getMinAbsValue(vk64f), 2.2250738585072014e-308);
 }
