@@ -64,6 +64,8 @@ private:
         add(predictor.rest);
         add(predictor.inverse);
     }
+
+    CheckSum m_sum;
 };
 
 // Where a table is to have other figures, the failing test tells their sum.
