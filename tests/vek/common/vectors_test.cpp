@@ -20,7 +20,8 @@ T filled(unsigned char byte) {
 
 template <class T>
 bool same(const T& a, const T& b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    const void* const bytes[] = {&a, &b}; // also of what has several forms of one value
+    return std::memcmp(bytes[0], bytes[1], sizeof a) == 0;
 }
 
 template <class T>

@@ -39,6 +39,7 @@ void filterTaps(const int16_t* delayed, const Vek16s* h, int16_t (*rows)[kSubfra
     for (int t = kTaps - 2; t >= 0; --t) {
         rows[t][0] = static_cast<int16_t>((delayed[t] * 8192 + 0x4000) >> 15);
         for (int i = 1; i < kSubframe; ++i) {
+            // The row below has been filled. NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult)
             const int64_t sum = int64_t{rows[t + 1][i - 1]} * 32768 + delayed[t] * h[i];
             rows[t][i] = sat16_64((sum * 2 + 0x8000) >> 16);
         }

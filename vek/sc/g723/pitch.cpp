@@ -93,6 +93,7 @@ Share mostAlike(const Vek16s* x, int delay, int last, int direction) {
     int64_t sums[kDelays];
     correlations(x, x + direction * first, kSubframe, direction, last - first + 1, sums);
     for (int d = first; d <= last; ++d) {
+        // All have been filled. NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult)
         const int32_t correlation = sat32(2 * sums[d - first]);
         if (correlation > best.correlation) {
             best.correlation = correlation;
