@@ -39,7 +39,8 @@ Places highPass(int order, double corner) {
     const double edge = std::tan(std::numbers::pi * corner);
     for (int k = 0; k < order; ++k) {
         // From the imaginary axis inwards, a pole and its conjugate in turn.
-        const double angle = std::numbers::pi * (order + 1 + 2 * (k / 2)) / (2 * order);
+        const int even = k - k % 2;
+        const double angle = std::numbers::pi * (order + 1 + even) / (2 * order);
         const bool real = order % 2 != 0 && k == order - 1;
         const Complex s = real ? Complex(-edge) : std::conj(edge / std::polar(1.0, angle));
         p.zeros[k] = 1;
