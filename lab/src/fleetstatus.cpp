@@ -20,8 +20,17 @@ using State = FleetTaskState::State;
 constexpr size_t mostTold = 20;
 
 const char* stateText(State state) {
-    static constexpr const char* words[] = {"whole", "running", "waiting", "ended"};
-    return words[static_cast<size_t>(state)];
+    switch (state) {
+    case State::whole:
+        return "whole";
+    case State::running:
+        return "running";
+    case State::waiting:
+        return "waiting";
+    case State::ended:
+        break;
+    }
+    return "ended";
 }
 
 } // namespace

@@ -42,8 +42,17 @@ nlohmann::json summaryJson(const std::vector<LineVerdict>& lines) {
 } // namespace
 
 const char* verdictText(Verdict verdict) {
-    static constexpr const char* words[] = {"slower", "faster", "same", "undecided"};
-    return words[static_cast<size_t>(verdict)];
+    switch (verdict) {
+    case Verdict::slower:
+        return "slower";
+    case Verdict::faster:
+        return "faster";
+    case Verdict::same:
+        return "same";
+    case Verdict::undecided:
+        break;
+    }
+    return "undecided";
 }
 
 Verdict judge(double ratio, double low, double high, double threshold) {

@@ -27,9 +27,24 @@ std::string manNames(const Texts& names) {
 
 // Lists that shells hold by the same names.
 const char* listName(Argument argument) {
-    static constexpr const char* names[] = {"",     "",          "file",      "directory", "function",
-                                            "test", "parameter", "processor", "key"};
-    return names[static_cast<size_t>(argument)];
+    switch (argument) {
+    case Argument::file:
+        return "file";
+    case Argument::directory:
+        return "directory";
+    case Argument::function:
+        return "function";
+    case Argument::test:
+        return "test";
+    case Argument::parameter:
+        return "parameter";
+    case Argument::processor:
+        return "processor";
+    case Argument::key:
+        return "key";
+    default:
+        return "";
+    }
 }
 
 // What follows a letter: the name of a list, or words with a leading "=".

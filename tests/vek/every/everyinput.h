@@ -211,6 +211,7 @@ template <> constexpr Element Run::element<Vek32u>() { return Element::U32; }
 template <> constexpr Element Run::element<Vek32f>() { return Element::F32; }
 template <> constexpr Element Run::element<Vek32fc>() { return Element::F32; }
 template <> constexpr Element Run::element<Vek64f>() { return Element::F64; }
+// clang-format on
 
 /// Autocorrelation of a process with one pole, of the kind of the run; `sharp` is the nearest one to the circle.
 template <class T>
@@ -222,7 +223,6 @@ const T* lags(Run& r, int order, double first, double sharp) {
     }
     return r.given(values);
 }
-// clang-format on
 
 /// A number for an argument that is a sample.
 inline Vek16s sample(Run& r, int least = -32768, int most = 32767) {
