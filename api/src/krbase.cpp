@@ -40,7 +40,6 @@ AddressList* pForgotten = nullptr;
 AddressList* volatile pLeftToExit = nullptr;
 AddressList* volatile pForgottenToExit = nullptr;
 
-constexpr int lineSize = 64;
 constexpr int rawSlack = 256;
 constexpr int rawLead = 192;
 constexpr int rawPlace = 128;
@@ -163,9 +162,9 @@ void* AddressList::remove(void* pointer) {
 }
 
 void* getAlignedPtr(void* ptr, int align) {
-    const std::intptr_t mask = align - lineSize;
+    const std::intptr_t mask = align - krCacheLine;
     const std::intptr_t value = reinterpret_cast<std::intptr_t>(ptr);
-    return reinterpret_cast<void*>((value + lineSize - 1) & mask);
+    return reinterpret_cast<void*>((value + krCacheLine - 1) & mask);
 }
 
 void* kr_malloc(int size) {
@@ -177,15 +176,15 @@ void* kr_malloc(int size) {
     if (!raw) {
         return nullptr;
     }
-    const std::uintptr_t lead = reinterpret_cast<std::uintptr_t>(raw + rawLead) % lineSize;
+    const std::uintptr_t lead = reinterpret_cast<std::uintptr_t>(raw + rawLead) % krCacheLine;
     void* const base = raw + rawLead - lead;
     rawOf(base) = raw;
     return base;
 }
 
 void* kr_malloc(void*& base, int size, int align, int shift) {
-    const int a = align % lineSize;
-    const long long total = static_cast<long long>(a) + size + shift + lineSize;
+    const int a = align % krCacheLine;
+    const long long total = static_cast<long long>(a) + size + shift + krCacheLine;
     base = total > INT_MAX ? nullptr : kr_malloc(total > 0 ? static_cast<int>(total) : 0);
     if (!base) {
         return nullptr;
@@ -300,7 +299,7 @@ int krGetVectorAlign() {
 }
 
 void krSetVectorAlign(int align) {
-    VectorAlign = align % lineSize;
+    VectorAlign = align % krCacheLine;
 }
 
 bool krGetAlignSrc() {

@@ -94,6 +94,9 @@ public:
     static void resetAllVectors();
 };
 
+/// Bytes of a line of the caches, within which data are aligned.
+constexpr int krCacheLine = 64;
+
 /// Bytes between the shifts of successive blocks.
 int krGetVectorShift();
 void krSetVectorShift(int shift);

@@ -28,7 +28,6 @@ int krTest::m_vectorShift = 0;
 static OutputLevel OldOutLevel = ERR;
 
 static constexpr int vectorShiftLimit = 32768;
-static constexpr int lineSize = 64;
 
 krTestInfo::krTestInfo(const krString& text) {
     const int first = text.find('/');
@@ -408,7 +407,7 @@ void* krTest::allocate(int size, int align, void* owner) {
     int bytes = align;
     if (align < 0) {
         // Only the place within a line counts, and the product of any two settings fits 64 bits.
-        bytes = static_cast<int>(-static_cast<long long>(align) * krGetVectorAlign() % lineSize);
+        bytes = static_cast<int>(-static_cast<long long>(align) * krGetVectorAlign() % krCacheLine);
         if (krGetAlignSrc() && m_vectorNum != 0) {
             bytes = 0;
         }
