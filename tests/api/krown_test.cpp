@@ -268,6 +268,15 @@ TEST_F(KrOwn, SizesBringTheirParameters) {
     EXPECT_TRUE(told("/        3=")) << text;
 }
 
+TEST_F(KrOwn, ASizeOfAVectorThatIsNoArgumentIsWalkedToo) {
+    kr::Param len("len", {2, 3});
+    kr::Vector<short> table(len);
+    kr::measure<count>("count").with(table);
+    EXPECT_EQ(krOk, run(ERR | WARN | PERF));
+    EXPECT_TRUE(told("len=2 \n")) << text;
+    EXPECT_TRUE(told("len=3 \n")) << text;
+}
+
 TEST_F(KrOwn, SizeExpressionsAreComputedForEachLineWithinInt) {
     kr::Param len("len", {100});
     len.define();

@@ -138,6 +138,14 @@ TEST_F(KrTestRun, RowsHeldBackTakePartInTheSearchForDuplicates) {
     EXPECT_TRUE(told("-- Warning: duplicate lines in performance table (csv-file)\n"));
 }
 
+TEST_F(KrTestRun, DuplicatesAreAWarningIfWarningsAreShown) {
+    Noted test;
+    test.a.addDeprecated(1, "old");
+    test.a.addDeprecated(2, "old");
+    EXPECT_EQ(run(test, WARN), krDataWrn);
+    EXPECT_EQ(run(test, ERR), krOk);
+}
+
 TEST_F(KrTestRun, RowsThatDifferInOneParameterAreNoDuplicates) {
     struct LastColumn : Noted {
         void beginTest() override {

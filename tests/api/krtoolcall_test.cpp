@@ -97,6 +97,11 @@ TEST_F(KrToolRun, SetAndUseResetsTheVectorsBeforeEachTimedCall) {
     tool.setMethodStat(2, 0);
     EXPECT_EQ(run(nullptr, stat, call), krOk);
     EXPECT_EQ(owner.resets, 7);
+    tool.m_setUse = false;
+    EXPECT_EQ(run(nullptr, nullptr, call), krOk);
+    tool.setMethodLoop(5);
+    EXPECT_EQ(run(nullptr, nullptr, call), krOk);
+    EXPECT_EQ(owner.resets, 7) << "only where it is asked for";
     krFree(block);
 }
 

@@ -193,6 +193,8 @@ TEST(VkFuncTypes, ExceptionsOfImageFunctions) {
     expectEach(argTypes, {{"vekiSum_16s_C1R", "16s,16s,64f,64f"},
                           {"vekiCompare_16s_C1R", "16s,16s,8u,8u"},
                           {"vekiCopy_16s_C1MR", "16s,8u,16s,16s"},
+                          {"vekiSet_16s_C1MR", "16s,8u,16s,16s"},
+                          {"vekiMin_16s_C1MR", "16s,16s,16s,16s"},
                           {"vekiCopy_16s_C1R", "16s,16s,16s,16s"}});
 }
 

@@ -80,6 +80,11 @@ TEST_F(VkStatusRule, WarningIsToldAndRaises) {
     EXPECT_EQ(krTest::m_currentResult, krFuncWrn);
 }
 
+TEST_F(VkStatusRule, WarningRaisesWhereWarningsAloneAreShown) {
+    EXPECT_EQ(check(3, "veksFoo", WARN), krFuncWrn);
+    EXPECT_EQ(krTest::m_currentResult, krFuncWrn);
+}
+
 TEST_F(VkStatusRule, HiddenWarningCountsAsOk) {
     EXPECT_EQ(check(1, "veksFoo", ERR), krFuncWrn);
     EXPECT_EQ(text, "");
