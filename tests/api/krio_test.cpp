@@ -1,4 +1,5 @@
 // Files and console messages: opening modes, level masks, the stack of message levels and the routing of text.
+#include "filelimit.h"
 #include "kr.h"
 #include "krio.h"
 #include "streamcapture.h"
@@ -153,6 +154,31 @@ TEST(KrOStreamFiles, CreateEmptiesAndAppendAdds) {
         EXPECT_TRUE(stream.empty());
     }
     EXPECT_EQ(dir.read("a.txt"), "new\nnew\n");
+}
+
+TEST(KrOStreamFiles, ALineOfOneByteIsWrittenOnce) {
+    const TempDir dir;
+    {
+        o_stream stream(std::fopen(dir.path("a.txt").c_str(), "w"));
+        stream.putLine("\n");
+        stream.putLine("a\n");
+    }
+    EXPECT_EQ(dir.read("a.txt"), "\na\n");
+}
+
+// What does not fit its buffer goes to the file at once: the failure is known before the rest is flushed.
+TEST(KrFiles, AFileWithALongLineThatDoesNotFitStaysAsItWas) {
+    const TempDir dir;
+    dir.write("a.ini", "old\n");
+    ConsoleCapture console(ERR);
+    krStringList lines;
+    lines.append(krString(std::string(100000, 'x').c_str()));
+    {
+        const FileSizeLimit limit(4096);
+        krReplaceFile(dir.path("a.ini").c_str(), lines);
+    }
+    EXPECT_EQ(dir.read("a.ini"), "old\n");
+    EXPECT_NE(console.text().find("a.ini: it stays as it was\n"), std::string::npos) << console.text();
 }
 
 TEST(KrOStreamFiles, UnopenableFileIsToldAtErrorLevel) {

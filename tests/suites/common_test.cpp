@@ -2,6 +2,7 @@
 // suite's data without leaving memory behind.
 #include "suite_data.h"
 #include "suite_grid.h"
+#include "vkc.h"
 
 namespace {
 
@@ -151,6 +152,14 @@ TEST(CommonSuiteUser, SizeThatTheLibraryRefusesEndsTheTestAsFunctionError) {
     const SuiteRun run = runOnce("veksLagWindow_G729_32s_I", {"lenght=11"});
     EXPECT_EQ(run.result, krFuncFail);
     EXPECT_TRUE(run.lines.empty());
+}
+
+TEST(CommonSuiteRows, FitIfTheMachinesMemoryHoldsTheirProduct) {
+    auto* const machine = krMachineMemory;
+    krMachineMemory = [] { return 1000LL; };
+    EXPECT_TRUE(vkcFits(20, 20));
+    EXPECT_FALSE(vkcFits(40, 40));
+    krMachineMemory = machine;
 }
 
 TEST(CommonSuiteUser, StepBeyondItsLimitIsAnEmptyGrid) {

@@ -58,6 +58,12 @@ TEST(EcSuiteNames, StandInTheColumnsOfTheirValues) {
     });
 }
 
+TEST(EcSuiteUser, AnUpdateOfNoTapsIsADataError) {
+    for (const char* function : {"veksFullbandControllerUpdate_EC_16s", "veksFullbandControllerUpdate_EC_32f"}) {
+        EXPECT_EQ(runOnce(function, {"tapLen=0"}).result, krDataFail) << function;
+    }
+}
+
 // Scale factors are walked outside the start of the subbands.
 TEST(EcSuiteScales, OfTheLowFilterAre0And16And20) {
     expectScales("veksFIRSubbandLow_EC_32sc_Sfs", 180, 3, {"0", "16", "20"});
