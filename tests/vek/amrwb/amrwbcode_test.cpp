@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 
+#include "checksum.h"
 #include "lp_reference.h"
 #include "veksc.h"
 
@@ -82,6 +83,26 @@ TEST(VekWideAlgebraicSearch, LevelsAgree) {
     for (const Samples& one : seen) {
         EXPECT_EQ(seen.front(), one);
     }
+}
+
+// Where sums saturate no property tells one vector from another.
+TEST(VekWideAlgebraicSearch, PulsesForResponsesOfFullScaleAreWhatTheyWere) {
+    atEveryLevel([] {
+        std::mt19937 random(9);
+        CheckSum sum;
+        for (size_t round = 0; round < 60; ++round) {
+            for (const VekSpchBitRate mode : rates) {
+                Search search(random);
+                for (size_t i = 0; i < 64; ++i) {
+                    const bool high = round % 2 == 0 ? i % 2 == 0 : (i * 4999 + round * 31) % 7 < 3;
+                    search.h[i] = i >= 4 + round ? int16_t{0} : high ? int16_t{32767} : int16_t{-32768};
+                }
+                ASSERT_EQ(vekStsNoErr, search.run(mode));
+                sum.add(search.words.data(), search.words.size() * sizeof(int16_t));
+            }
+        }
+        EXPECT_EQ(0x9f1040550a4e6315U, sum.value());
+    });
 }
 
 TEST(VekWideAlgebraicSearch, HasThePulsesOfTheRateOnEachTrack) {

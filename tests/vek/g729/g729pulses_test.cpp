@@ -328,6 +328,23 @@ TEST(VekManyPulses, LoudTargetsAndResponsesSaturateWithoutHarm) {
     }
 }
 
+TEST(VekManyPulses, OfEqualOrdersOfTheTracksTheFirstIsTaken) {
+    // Without a target all are equal; the residual says where the first two pulses stand.
+    const Samples wanted[] = {{64, 64, 64, 80, 120}, {3712, 960, 64, 64, 64}};
+    for (int mode = 0; mode < 2; ++mode) {
+        const std::vector<float> none(40);
+        std::vector<float> residual(40), h(40), code(40), y(40);
+        for (size_t i = 0; i < 40; ++i) {
+            residual[i] = static_cast<float>(i * 4999 % 97);
+        }
+        h[0] = 1;
+        Samples words(5);
+        ASSERT_EQ(vekStsNoErr, veksFixedCodebookSearch_G729E_32f(mode, none.data(), residual.data(), h.data(),
+                                                                 code.data(), y.data(), words.data()));
+        EXPECT_EQ(wanted[mode], words) << mode;
+    }
+}
+
 TEST(VekManyPulses, RefuseNullAndOtherModes) {
     Samples x(40, 3), code(40, 5), y(40, 6), words(5, 7);
     Reals f(40, 1);

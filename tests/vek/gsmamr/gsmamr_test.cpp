@@ -1,4 +1,5 @@
 // Codebooks, gains, conversions and post filter of GSM AMR: literal cases, what must hold of them, and refusals.
+#include "checksum.h"
 #include "lp_reference.h"
 #include "veksc.h"
 
@@ -152,6 +153,10 @@ TEST(VekAmrAlgebraicSearch, LevelsFindTheSamePulsesAtAnyLoudness) {
         found.push_back(all);
         EXPECT_EQ(found.front(), found.back());
     });
+    // Where sums saturate no property tells one vector from another.
+    CheckSum sum;
+    sum.add(found.front().data(), found.front().size() * sizeof(int16_t));
+    EXPECT_EQ(0x38c3417d32e2c720U, sum.value());
 }
 
 TEST(VekAmrAlgebraicSearch, RefusesWhatIsNoneOfTheCodecs) {
