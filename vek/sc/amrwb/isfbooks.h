@@ -12,6 +12,20 @@ struct IsfBook {
     int columns;
 };
 
+/// A book that the search may read: an odd last column stands beside zeros, which its distances count.
+template <int size>
+consteval IsfBook isfBook(const Vek16s (&pairs)[size], int rows, int columns) {
+    if (size != (columns + 1) / 2 * 2 * rows) {
+        throw "a figure is missing";
+    }
+    for (int row = 0; columns % 2 != 0 && row < rows; ++row) {
+        if (pairs[(columns / 2 * rows + row) * 2 + 1] != 0) {
+            throw "beside the last column stands no zero";
+        }
+    }
+    return {pairs, rows, columns};
+}
+
 inline Vek16s element(const IsfBook& book, int row, int column) {
     return book.pairs[(column / 2 * book.rows + row) * 2 + column % 2];
 }

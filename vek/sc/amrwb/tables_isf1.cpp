@@ -293,8 +293,8 @@ alignas(32) constexpr Vek16s high[2048] = {
 
 } // namespace
 
-const IsfBook kIsfLow = {low, 256, 9};
-const IsfBook kIsfHigh = {high, 256, 7};
+const IsfBook kIsfLow = isfBook(low, 256, 9);
+const IsfBook kIsfHigh = isfBook(high, 256, 7);
 
 const Vek16s kIsfMean[16] = {
     738, 1326, 2336, 3578, 4596, 5662, 6711, 7730, 8750, 9753, 10705, 11728, 12833, 13971, 15043, 4037,

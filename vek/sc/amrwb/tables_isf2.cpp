@@ -209,13 +209,13 @@ alignas(32) constexpr Vek16s high36[512] = {
 
 } // namespace
 
-const IsfBook kIsfLow46a = {low46a, 64, 3};
-const IsfBook kIsfLow46b = {low46b, 128, 3};
-const IsfBook kIsfLow46c = {low46c, 128, 3};
-const IsfBook kIsfHigh46a = {high46a, 32, 3};
-const IsfBook kIsfHigh46b = {high46b, 32, 4};
-const IsfBook kIsfLow36a = {low36a, 128, 5};
-const IsfBook kIsfLow36b = {low36b, 128, 4};
-const IsfBook kIsfHigh36 = {high36, 64, 7};
+const IsfBook kIsfLow46a = isfBook(low46a, 64, 3);
+const IsfBook kIsfLow46b = isfBook(low46b, 128, 3);
+const IsfBook kIsfLow46c = isfBook(low46c, 128, 3);
+const IsfBook kIsfHigh46a = isfBook(high46a, 32, 3);
+const IsfBook kIsfHigh46b = isfBook(high46b, 32, 4);
+const IsfBook kIsfLow36a = isfBook(low36a, 128, 5);
+const IsfBook kIsfLow36b = isfBook(low36b, 128, 4);
+const IsfBook kIsfHigh36 = isfBook(high36, 64, 7);
 
 } // namespace vek::amrwb

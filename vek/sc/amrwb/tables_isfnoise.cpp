@@ -72,11 +72,11 @@ alignas(32) constexpr Vek16s noise5[128] = {
 
 } // namespace
 
-const IsfBook kIsfNoise1 = {noise1, 64, 2};
-const IsfBook kIsfNoise2 = {noise2, 64, 3};
-const IsfBook kIsfNoise3 = {noise3, 64, 3};
-const IsfBook kIsfNoise4 = {noise4, 32, 4};
-const IsfBook kIsfNoise5 = {noise5, 32, 4};
+const IsfBook kIsfNoise1 = isfBook(noise1, 64, 2);
+const IsfBook kIsfNoise2 = isfBook(noise2, 64, 3);
+const IsfBook kIsfNoise3 = isfBook(noise3, 64, 3);
+const IsfBook kIsfNoise4 = isfBook(noise4, 32, 4);
+const IsfBook kIsfNoise5 = isfBook(noise5, 32, 4);
 
 const Vek16s kIsfNoiseMean[16] = {
     478, 1100, 2213, 3267, 4219, 5222, 6198, 7240, 8229, 9153, 10098, 11108, 12144, 13184, 14165, 3803,
