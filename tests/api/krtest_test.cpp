@@ -23,6 +23,12 @@ TEST(KrTestInfoText, IsSplitAtTwoSlashes) {
     }
 }
 
+TEST(KrTestStart, ATestThatIsMadeHasNoResult) {
+    krTest::m_currentResult = krDataWrn;
+    const Noted test;
+    EXPECT_EQ(krTest::m_currentResult, krUndefined);
+}
+
 TEST(KrResultScale, NamesAndTexts) {
     enum Kind { plain, warning, failure };
     static constexpr struct {

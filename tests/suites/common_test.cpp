@@ -1,8 +1,11 @@
 // The grids of the general signal kernels: every test's lines, first and last, and that each call succeeds on the
 // suite's data without leaving memory behind.
+#include "krlib.h"
 #include "suite_data.h"
 #include "suite_grid.h"
 #include "vkc.h"
+
+#include <tuple>
 
 namespace {
 
@@ -160,6 +163,24 @@ TEST(CommonSuiteRows, FitIfTheMachinesMemoryHoldsTheirProduct) {
     EXPECT_TRUE(vkcFits(20, 20));
     EXPECT_FALSE(vkcFits(40, 40));
     krMachineMemory = machine;
+}
+
+TEST(CommonSuiteEnvironment, IsTheLibrarys) {
+    const auto former = std::tuple(vek_GetCpuType, vek_GetNumCoresOnDie, vek_GetMaxCacheSizeB, vek_GetStatusString,
+                                   vek_Init, vek_InitCpu, vek_SetNumThreads);
+    auto now = std::tie(vek_GetCpuType, vek_GetNumCoresOnDie, vek_GetMaxCacheSizeB, vek_GetStatusString, vek_Init,
+                        vek_InitCpu, vek_SetNumThreads);
+    now = decltype(former)();
+    vkSetVekEnvironment();
+    std::apply([](auto*... function) { EXPECT_TRUE((function && ...)); }, now);
+    int size = 0;
+    int sizeOfLibrary = 0;
+    EXPECT_EQ(vekGetMaxCacheSizeB(&sizeOfLibrary), vek_GetMaxCacheSizeB(&size));
+    EXPECT_EQ(sizeOfLibrary, size);
+    EXPECT_EQ(vekGetCpuType(), vek_GetCpuType());
+    EXPECT_EQ(vekGetNumCoresOnDie(), vek_GetNumCoresOnDie());
+    EXPECT_STREQ(vekGetStatusString(vekStsSizeErr), vek_GetStatusString(vekStsSizeErr));
+    now = former;
 }
 
 TEST(CommonSuiteUser, StepBeyondItsLimitIsAnEmptyGrid) {
