@@ -98,9 +98,11 @@ TEST_F(KrToolRun, SetAndUseResetsTheVectorsBeforeEachTimedCall) {
     EXPECT_EQ(run(nullptr, stat, call), krOk);
     EXPECT_EQ(owner.resets, 7);
     tool.m_setUse = false;
-    EXPECT_EQ(run(nullptr, nullptr, call), krOk);
     tool.setMethodLoop(5);
     EXPECT_EQ(run(nullptr, nullptr, call), krOk);
+    tool.setMethodAuto();
+    tool.m_autoStat = true;
+    run(nullptr, nullptr, call);
     EXPECT_EQ(owner.resets, 7) << "only where it is asked for";
     krFree(block);
 }

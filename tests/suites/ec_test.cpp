@@ -64,6 +64,13 @@ TEST(EcSuiteUser, AnUpdateOfNoTapsIsADataError) {
     }
 }
 
+TEST(EcSuiteRows, ThatNoMemoryHoldsAreADataError) {
+    auto* const machine = krMachineMemory;
+    krMachineMemory = [] { return 1000LL; };
+    EXPECT_EQ(runOnce("veksFIRSubbandAPCoeffUpdate_EC_32fc_I").result, krDataFail);
+    krMachineMemory = machine;
+}
+
 // Scale factors are walked outside the start of the subbands.
 TEST(EcSuiteScales, OfTheLowFilterAre0And16And20) {
     expectScales("veksFIRSubbandLow_EC_32sc_Sfs", 180, 3, {"0", "16", "20"});

@@ -36,3 +36,7 @@ TEST(RtaSuiteNames, StandInTheColumnsOfTheirValues) {
         {"veksQMFDecode_RTA_32f", "Lenght,-,-,-,-,-"},
     });
 }
+
+TEST(RtaSuiteUser, AStageThatTheHighPassFilterHasNotIsADataError) {
+    EXPECT_EQ(runOnce("veksHighPassFilter_RTA_32f", {"stage=9"}).result, krDataFail);
+}
