@@ -1,5 +1,5 @@
 // Blocks that are larger than the machine's memory.
-#include "krbase.h"
+#include "machinememory.h"
 #include "streamcapture.h"
 
 #include <gtest/gtest.h>
@@ -7,14 +7,7 @@
 namespace {
 
 class KrMemory : public testing::Test {
-protected:
-    KrMemory() {
-        krMachineMemory = []() -> long long { return 1000; };
-    }
-    ~KrMemory() override { krMachineMemory = m_kept; }
-
-private:
-    long long (*m_kept)() = krMachineMemory;
+    const MachineMemory m_machine{[] { return 1000LL; }};
 };
 
 TEST_F(KrMemory, HoldsABlockOfItsSizeAndNoneThatIsLarger) {

@@ -1,6 +1,7 @@
 // The grids of the general signal kernels: every test's lines, first and last, and that each call succeeds on the
 // suite's data without leaving memory behind.
 #include "krlib.h"
+#include "machinememory.h"
 #include "suite_data.h"
 #include "suite_grid.h"
 #include "vkc.h"
@@ -158,11 +159,9 @@ TEST(CommonSuiteUser, SizeThatTheLibraryRefusesEndsTheTestAsFunctionError) {
 }
 
 TEST(CommonSuiteRows, FitIfTheMachinesMemoryHoldsTheirProduct) {
-    auto* const machine = krMachineMemory;
-    krMachineMemory = [] { return 1000LL; };
+    const MachineMemory machine([] { return 1000LL; });
     EXPECT_TRUE(vkcFits(20, 20));
     EXPECT_FALSE(vkcFits(40, 40));
-    krMachineMemory = machine;
 }
 
 TEST(CommonSuiteEnvironment, IsTheLibrarys) {

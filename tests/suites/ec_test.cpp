@@ -1,5 +1,6 @@
 // The grids of the echo cancellation suites: every test's lines, first and last, and that each call succeeds on the
 // suite's data without leaving memory behind.
+#include "machinememory.h"
 #include "suite_grid.h"
 
 namespace {
@@ -65,10 +66,8 @@ TEST(EcSuiteUser, AnUpdateOfNoTapsIsADataError) {
 }
 
 TEST(EcSuiteRows, ThatNoMemoryHoldsAreADataError) {
-    auto* const machine = krMachineMemory;
-    krMachineMemory = [] { return 1000LL; };
+    const MachineMemory machine([] { return 1000LL; });
     EXPECT_EQ(runOnce("veksFIRSubbandAPCoeffUpdate_EC_32fc_I").result, krDataFail);
-    krMachineMemory = machine;
 }
 
 // Scale factors are walked outside the start of the subbands.

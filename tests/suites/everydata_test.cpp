@@ -1,6 +1,7 @@
 // The data that all suites hand to their calls, and what the calls make of them, as a whole. A figure of clocks says
 // something about the data it was measured with: where these change, the clocks of two versions of the program are no
 // longer those of the same work.
+#include "machinememory.h"
 #include "suite_data.h"
 
 #include <gtest/gtest.h>
@@ -126,7 +127,6 @@ INSTANTIATE_TEST_SUITE_P(Every, SuitesData, testing::ValuesIn(kExpected), [](con
 long long g_bytesLeft = 0;
 
 TEST(EverySuitesData, AreRefusedWhereMemoryEndsAtAnyOfTheirBlocks) {
-    long long (*const kept)() = krMachineMemory;
     for (krTest* test : *pTestList) {
         // The sizes of the blocks in the order in which a line makes them.
         std::vector<int> sizes;
@@ -136,7 +136,7 @@ TEST(EverySuitesData, AreRefusedWhereMemoryEndsAtAnyOfTheirBlocks) {
                 sizes.push_back(block.bytes);
             }
         }
-        krMachineMemory = [] { return g_bytesLeft; };
+        const MachineMemory machine([] { return g_bytesLeft; });
         testing::internal::CaptureStdout(); // A message for each of them.
         std::string taken;
         g_bytesLeft = -1;
@@ -147,7 +147,6 @@ TEST(EverySuitesData, AreRefusedWhereMemoryEndsAtAnyOfTheirBlocks) {
         }
         testing::internal::GetCapturedStdout();
         EXPECT_EQ(taken, "") << titleOf(*test);
-        krMachineMemory = kept;
     }
 }
 
