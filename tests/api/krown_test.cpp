@@ -563,7 +563,11 @@ TEST_F(KrOwn, OpaqueAndKeepLeaveTheValueAsItIs) {
     kr::keep(both);
     kr::keep(1.5F);
     kr::keep(7L);
+    kr::keep(2.5L);
+    const std::pair<short, short> small(1, 2);
+    kr::keep(small);
     EXPECT_EQ(3, both.first);
+    EXPECT_EQ(2, small.second);
 }
 
 // ------------------------------------------------------------------------------------------------ what shows
