@@ -1,10 +1,11 @@
 #include "krheaplot.h"
 
+#include "krbase.h"
+
 #include <cstdlib>
 
-// Blocks lie at lines of 64 bytes; a page has 64 of them.
-static constexpr size_t lineBytes = 64;
-static constexpr size_t lines = 64;
+// Blocks lie at lines of the caches; a page has so many of them.
+static constexpr size_t lines = 4096 / krCacheLine;
 
 krHeapLot::krHeapLot(const char* number)
     : m_wanted(number != nullptr),
@@ -14,7 +15,7 @@ krHeapLot::krHeapLot(const char* number)
 size_t krHeapLot::draw() {
     if (m_wanted) {
         // The old one goes when the new one stands: else that would take its place.
-        m_block = std::vector<char>(lineBytes * (1 + m_random() % lines));
+        m_block = std::vector<char>(krCacheLine * (1 + m_random() % lines));
     }
     return m_block.size();
 }

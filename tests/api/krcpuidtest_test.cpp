@@ -29,7 +29,7 @@ void play(PlayedCpu& cpu, const char* vendor = "GenuineOrvan") {
     cpu.cache(1, 3, 2, 16, 4096);
     cpu.set(0x80000000U, 0, {0x80000006U, 0, 0, 0});
     cpu.set(0x80000001U, 0, {0, 0, 0, 1U << 29});
-    cpu.set(0x80000002U, 0, {0x6D6F4E20U, 0x206C6564U, 0x00000037U, 0x42412D}); // " Nom" "del " "7" "-AB"
+    cpu.set(0x80000002U, 0, {0x6D6F4E20U, 0x206C6564U, 0x00000037U, 0x42412DU}); // " Nom" "del " "7" "-AB"
     cpu.set(0x80000006U, 0, {0, 0, 4096U << 16 | 8U << 12 | 64, 0});
 }
 

@@ -85,3 +85,9 @@ TEST(AmrWbePolyphaseSuites, NameTheirParametersAlone) {
         EXPECT_EQ(nameRow(*test), names);
     }
 }
+
+TEST(AmrWbeSuiteUser, AModeThatTheExtensionHasNotIsADataError) {
+    for (const char* function : {"veksQuantTCX_AMRWBE_16s", "veksDecodeDemux_AMRWBE_16s"}) {
+        EXPECT_EQ(runOnce(function, {"ModeCounter=18"}).result, krDataFail) << function;
+    }
+}

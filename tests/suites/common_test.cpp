@@ -171,15 +171,17 @@ TEST(CommonSuiteEnvironment, IsTheLibrarys) {
                         vek_InitCpu, vek_SetNumThreads);
     now = decltype(former)();
     vkSetVekEnvironment();
-    std::apply([](auto*... function) { EXPECT_TRUE((function && ...)); }, now);
+    const auto given = decltype(former)(now);
+    now = former;
+    ASSERT_TRUE(std::apply([](auto*... function) { return (function && ...); }, given));
+    const auto& [cpuType, cores, cacheSize, statusString, start, startFor, setThreads] = given;
     int size = 0;
     int sizeOfLibrary = 0;
-    EXPECT_EQ(vekGetMaxCacheSizeB(&sizeOfLibrary), vek_GetMaxCacheSizeB(&size));
+    EXPECT_EQ(vekGetMaxCacheSizeB(&sizeOfLibrary), cacheSize(&size));
     EXPECT_EQ(sizeOfLibrary, size);
-    EXPECT_EQ(vekGetCpuType(), vek_GetCpuType());
-    EXPECT_EQ(vekGetNumCoresOnDie(), vek_GetNumCoresOnDie());
-    EXPECT_STREQ(vekGetStatusString(vekStsSizeErr), vek_GetStatusString(vekStsSizeErr));
-    now = former;
+    EXPECT_EQ(vekGetCpuType(), cpuType());
+    EXPECT_EQ(vekGetNumCoresOnDie(), cores());
+    EXPECT_STREQ(vekGetStatusString(vekStsSizeErr), statusString(vekStsSizeErr));
 }
 
 TEST(CommonSuiteUser, StepBeyondItsLimitIsAnEmptyGrid) {

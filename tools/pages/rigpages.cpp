@@ -42,9 +42,11 @@ const char* listName(Argument argument) {
         return "processor";
     case Argument::key:
         return "key";
-    default:
-        return "";
+    case Argument::none:
+    case Argument::words:
+        break;
     }
+    return "";
 }
 
 // What follows a letter: the name of a list, or words with a leading "=".

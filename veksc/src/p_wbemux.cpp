@@ -36,6 +36,7 @@ static constexpr int bfi[4] = {0, 0, 0, 0};
 
 // The elements of a row are those of its packets, the packets' bits those of the mode.
 static constexpr bool muxerFollowsModes() {
+    bool follows = true;
     for (int mode = 0; mode < 18; ++mode) {
         int bits = 0;
         int elements = 0;
@@ -43,11 +44,9 @@ static constexpr bool muxerFollowsModes() {
             bits += paramsMuxer[mode][2 + p];
             elements += (paramsMuxer[mode][2 + p] + 3) / 4;
         }
-        if (bits != paramsTCX[mode].bits || elements != paramsMuxer[mode][0]) {
-            return false;
-        }
+        follows = follows && bits == paramsTCX[mode].bits && elements == paramsMuxer[mode][0];
     }
-    return true;
+    return follows;
 }
 static_assert(muxerFollowsModes());
 
