@@ -32,6 +32,9 @@ struct TestEnd {
     std::vector<std::string> messages; ///< what the rig said about errors and warnings, a line each
     /// True for the results that make the rig's exit status 1, and for the rig's "error" and for no measurement at all.
     bool failed() const;
+    /// The message that says why it failed: the first that neither warns nor names a result once more, else the last.
+    /// Empty without messages.
+    std::string reason() const;
 };
 
 } // namespace krlab

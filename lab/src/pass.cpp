@@ -309,6 +309,14 @@ bool TestEnd::failed() const {
     return failures.count(result) != 0;
 }
 
+std::string TestEnd::reason() const {
+    const auto found = std::find_if(messages.begin(), messages.end(), [](const std::string& message) {
+        return message.find(" on test parameters:") == std::string::npos && !message.starts_with("--VEK WARNING") &&
+               !message.starts_with("-- Warning");
+    });
+    return found != messages.end() ? *found : messages.empty() ? "" : messages.back();
+}
+
 bool Pass::complete() const {
     return std::all_of(ends.begin(), ends.end(),
                        [](const ProcessEnd& end) { return end.how == ProcessEnd::How::complete; });

@@ -166,7 +166,7 @@ std::string replayFailure(const Line& line, const Pass& pass) {
     }
     for (const TestEnd& test : pass.tests) {
         if (!test.messages.empty()) {
-            return fmt::format("{} was not measured: {}", line.text(), test.messages.front());
+            return fmt::format("{} was not measured: {}", line.text(), test.reason());
         }
     }
     return fmt::format("{} was not measured: the rig has no such line", line.text());

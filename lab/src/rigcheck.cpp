@@ -95,7 +95,7 @@ void addTestFaults(const InfoTest& test, std::vector<std::string>& faults) {
     }
     if (test.end.failed()) {
         faults.push_back(fmt::format("{} failed: {}{}", test.end.function, test.end.result,
-                                     test.end.messages.empty() ? "" : ", " + test.end.messages.front()));
+                                     test.end.messages.empty() ? "" : ", " + test.end.reason()));
         return;
     }
     // A refused value leaves the test's own in force, and the test goes well with the wrong ones.

@@ -101,6 +101,25 @@ TEST(LabCheck, ATestThatFailedIsAFault) {
         "size out of range\n");
 }
 
+// What a line before was warned of, as on a busy machine, is not why a test failed.
+TEST(LabCheck, TheErrorIsTheReasonAndNoWarningBeforeIt) {
+    const std::string warned =
+        "-- wrong measure accuracy on test parameters:\n--VEK WARNING. status = 3 in veksX: odd\n";
+    const auto faults = [](const std::string& messages, const std::string& result) {
+        InfoParser info;
+        info.feed(consoleTest("veksX", false) + messages + "| -" + result + "   veksX     Sun Nov 22 02:25:49 2026|\n" +
+                  consoleEnd);
+        RigExit exit;
+        exit.status = 1;
+        return faultsOfRun(info, exit, 60);
+    };
+    EXPECT_EQ(faults(warned + "--VEK ERROR. status = -11 in veksX: size\n-- lib function error on test parameters:\n",
+                     "FUNCFAIL"),
+              std::vector<std::string>{"veksX failed: FUNCFAIL, --VEK ERROR. status = -11 in veksX: size"});
+    EXPECT_EQ(faults(warned + "-- accuracy error on test parameters:\n", "ACCURFAIL"),
+              std::vector<std::string>{"veksX failed: ACCURFAIL, -- accuracy error on test parameters:"});
+}
+
 TEST(LabCheck, ARefusedValueIsAFault) {
     EXPECT_EQ(told({"-f=veksAutoCorr_16s32s", "-dlenght=x", "-dAccuracy=50"}),
               "krlab: veksAutoCorr_16s32s refused a value: Invalid value of lenght = x\n");
