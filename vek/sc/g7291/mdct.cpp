@@ -22,6 +22,24 @@ constexpr int kSize = 160;
 constexpr int kWindowBits = 30;
 const auto g_window = sineWindow<int32_t, kSize>(kWindowBits);
 
+// The first half of the sums takes the newer frame from its middle outwards, the second half the older one from its
+// ends inwards.
+const FoldWeights g_foldWeights = [] {
+    FoldWeights weights;
+    const auto put = [&weights](int at, int n, int sign) {
+        weights.upper[at] = static_cast<int16_t>(sign * (g_window[n] >> kFoldBits));
+        weights.lower[at] = static_cast<int16_t>(sign * (g_window[n] & ((1 << kFoldBits) - 1)));
+    };
+    constexpr int half = kSize / 2;
+    for (int n = 0; n < half; ++n) {
+        put(2 * n, half + n, -1);
+        put(2 * n + 1, half - 1 - n, -1);
+        put(kSize + 2 * n, n, 1);
+        put(kSize + 2 * n + 1, kSize - 1 - n, -1);
+    }
+    return weights;
+}();
+
 int64_t rounded(int64_t v, int shift) {
     return (v + (int64_t{1} << (shift - 1))) >> shift;
 }
@@ -66,7 +84,7 @@ VekStatus veksMDCTFwd_G7291_16s(const Vek16s* pSrc, Vek16s* pSrcDst, int* pNormF
     }
     const TransformKernels& kernels = transformKernels();
     alignas(32) int32_t u[kSize];
-    const int excess = kernels.mdct160(pSrc, pSrcDst, g_window.data(), u);
+    const int excess = kernels.mdct160(pSrc, pSrcDst, g_foldWeights, u);
     std::copy_n(pSrc, kSize, pSrcDst);
     const int32_t largest = kernels.largest(u, kSize);
     // A sample of 26 bits has a coefficient of 22 or more: there is something to shift away.

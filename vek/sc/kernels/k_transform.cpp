@@ -215,38 +215,59 @@ void dct160(int32_t* u) {
 constexpr int kFrame = 160;
 constexpr int kHalfFrame = kFrame / 2;
 
-// The fold in doubles, which hold the sums of 47 bits exactly, then in as many of 26 bits as they need.
-int mdct160(const int16_t* fresh, const int16_t* old, const int32_t* w, int32_t* u) {
+// The fold: sums of two products of 47 bits, the lowest kFoldBits apart, then in as many of 26 bits as they need.
+int mdct160(const int16_t* fresh, const int16_t* old, const FoldWeights& w, int32_t* u) {
     constexpr int bits = 26;
-    constexpr int below = 16;
-    int32_t parts[4][kHalfFrame];
+    constexpr int32_t lowest = (1 << kFoldBits) - 1;
+    alignas(32) int16_t pairs[2 * kFrame];
     for (int n = 0; n < kHalfFrame; ++n) {
-        parts[0][n] = fresh[kHalfFrame - 1 - n];
-        parts[1][n] = fresh[kHalfFrame + n];
-        parts[2][n] = old[n];
-        parts[3][n] = old[kFrame - 1 - n];
-    }
-    double folded[kFrame];
-    for (int n = 0; n < kHalfFrame; ++n) {
-        folded[n] = -(static_cast<double>(parts[0][n]) * static_cast<double>(w[kHalfFrame + n])) -
-                    static_cast<double>(parts[1][n]) * static_cast<double>(w[kHalfFrame - 1 - n]);
+        pairs[2 * n] = fresh[kHalfFrame - 1 - n];
+        pairs[2 * n + 1] = fresh[kHalfFrame + n];
     }
     for (int n = 0; n < kHalfFrame; ++n) {
-        folded[kHalfFrame + n] = static_cast<double>(parts[2][n]) * static_cast<double>(w[n]) -
-                                 static_cast<double>(parts[3][n]) * static_cast<double>(w[kFrame - 1 - n]);
+        pairs[kFrame + 2 * n] = old[n];
+        pairs[kFrame + 2 * n + 1] = old[kFrame - 1 - n];
     }
+    alignas(32) int32_t upper[kFrame];
+    alignas(32) int32_t lower[kFrame];
     int32_t used = 0;
+#if VEK_LEVEL == 0
     for (int n = 0; n < kFrame; ++n) {
-        const auto upper = static_cast<int32_t>(folded[n] * (1.0 / (1 << below)));
-        used |= upper < 0 ? -upper : upper;
+        const int32_t below = pairs[2 * n] * w.lower[2 * n] + pairs[2 * n + 1] * w.lower[2 * n + 1];
+        upper[n] = pairs[2 * n] * w.upper[2 * n] + pairs[2 * n + 1] * w.upper[2 * n + 1] + (below >> kFoldBits);
+        lower[n] = below & lowest;
+        used |= upper[n] ^ (upper[n] >> 31);
     }
-    const int most = used != 0 ? below + 31 - fix::norm_l(used) : 0;
+#else
+    using namespace registers;
+    constexpr hn::RepartitionToWide<D16> wide;
+    auto seen = hn::Zero(wide);
+    for (int n = 0; n < kFrame; n += kLanesOf<decltype(wide)>) {
+        const auto x = hn::LoadU(d16, pairs + 2 * n);
+        const auto below = pairSums(x, hn::LoadU(d16, w.lower + 2 * n));
+        const auto sum = pairSums(x, hn::LoadU(d16, w.upper + 2 * n)) + hn::ShiftRight<kFoldBits>(below);
+        seen = seen | (sum ^ hn::ShiftRight<31>(sum));
+        hn::StoreU(sum, wide, upper + n);
+        hn::StoreU(below & hn::Set(wide, lowest), wide, lower + n);
+    }
+    int32_t all[kLanesOf<decltype(wide)>];
+    hn::StoreU(seen, wide, all);
+    for (const int32_t v : all) {
+        used |= v;
+    }
+#endif
+    const int most = used != 0 ? kFoldBits + 31 - fix::norm_l(used) : 0;
     const int excess = most > bits ? most - bits : 0;
-    // Rounded upwards at the half: what is above zero is cut off.
-    constexpr int above = 1 << (bits + 1);
-    const double unit = 1.0 / static_cast<double>(int64_t{1} << excess);
-    for (int n = 0; n < kFrame; ++n) {
-        u[n] = static_cast<int32_t>(folded[n] * unit + (above + 0.5)) - above;
+    // Rounded upwards at the half.
+    const int32_t half = excess > 0 ? 1 << ((excess - 1) % kFoldBits) : 0;
+    if (excess > kFoldBits) {
+        for (int n = 0; n < kFrame; ++n) {
+            u[n] = (upper[n] + half) >> (excess - kFoldBits);
+        }
+    } else {
+        for (int n = 0; n < kFrame; ++n) {
+            u[n] = upper[n] * (1 << (kFoldBits - excess)) + ((lower[n] + half) >> excess);
+        }
     }
     dct160(u);
     return excess;
