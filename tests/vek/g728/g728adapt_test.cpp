@@ -575,6 +575,35 @@ TEST(VekG728Levinson, CoefficientsBeyondFourAreRefused) {
     EXPECT_EQ(scale, 13);
 }
 
+TEST(VekG728Levinson, NoReflectionIsBelowOneWhereSumAndQuotientAreNearMultiplesOfTwoToTheThirtyTwo) {
+    struct Case {
+        int16_t a, r;
+        int32_t energy;
+    };
+    constexpr Case cases[] = {{32767, 32767, INT32_MAX}, {32767, -32767, INT32_MAX}, {16384, 16384, 1}};
+    atEveryLevel([&] {
+        for (const Case& c : cases) {
+            for (const size_t from : {4U, 12U, 20U, 40U}) {
+                Samples a(from + 1);
+                Samples r(from + 2);
+                std::fill_n(a.begin(), 4, c.a);
+                std::fill_n(r.end() - 5, 4, c.r);
+                r[0] = 32767;
+                const Samples before = a;
+                int32_t left = c.energy;
+                int16_t scale = 15;
+                const auto order = static_cast<int>(from);
+                EXPECT_EQ(vekStsUnstableFilter,
+                          veksLevinsonDurbin_G728_16s_ISfs(r.data(), order, order + 1, a.data(), &left, &scale))
+                    << order << ' ' << c.r;
+                EXPECT_EQ(before, a);
+                EXPECT_EQ(c.energy, left);
+                EXPECT_EQ(15, scale);
+            }
+        }
+    });
+}
+
 TEST(VekG728Levinson, WhiteNoiseNeedsNoFilter) {
     Samples r(51);
     r[0] = 16384;

@@ -1,6 +1,8 @@
 // Levinson's recursion of G.728: a step in integers, or as registers of coefficients.
 #include "sc/kernels/g728recursion.h"
 
+#include <bit>
+
 #include "sc/common/fixmath.h"
 #include "sc/kernels/registers.h"
 
@@ -139,157 +141,227 @@ template <class D, int N>
     return 0;
 }
 
-// The steps of the recursion for whose coefficients N registers suffice; false if it stopped before. Each step waits
-// for the one before from the sum of products over the quotient to the reflection. Nothing else is in that chain: the
-// energy stays in a register, the sum is formed modulo 2^32, and whether it is exact, below the energy and without
-// saturation is found beside it.
+// The sum of four lanes with little work for vector units.
+VEK_INLINE int scalarSum(hn::Vec<FourOf32> v) {
+    const auto pairs = hn::BitCast(TwoOf64(), v);
+    const int64_t lower = hn::GetLane(pairs);
+    const int64_t upper = hn::ExtractLane(pairs, 1);
+    return static_cast<int>(lower) + static_cast<int>(lower >> 32) + static_cast<int>(upper) +
+           static_cast<int>(upper >> 32);
+}
+
+// What each step leaves to the next beside the coefficients.
+struct Course {
+    const int16_t* r; // that of the next order but one
+    int m;
+    int q;
+    hn::Vec<FourOf32> energy; // in each even lane; the others only keep the second quotient a number
+    int first;
+};
+
+// Coefficients in N registers and the sum of products that the next step begins with.
 template <class D, int N>
-bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
+struct Coefficients {
     using Sums = hn::RepartitionToWide<D>;
-    using Wide = hn::RepartitionToWide<Sums>;
-    constexpr int width = kLanesOf<D>;
-    const D d;
-    using Two = hn::FixedTag<double, 2>;
-    const Two two;
-    const TwoOf64 bits;
-    Reflected<D, N> now;
-    auto products = hn::Zero(Sums());
-    auto wide = hn::Zero(Wide());
-    // What was written just before is not read as a whole: that would wait for it.
-    auto past = hn::Zero(d);
-    const auto multiply = [&](const int16_t* r) {
-        products = pairSums(now.a[0], N == 1 ? past : hn::LoadU(d, r));
-        wide = plusWide(hn::Zero(Wide()), products);
-        for (int g = 1; g < N; ++g) {
-            const auto more = pairSums(now.a[g], hn::LoadU(d, r + g * width));
-            products = products + more;
-            wide = plusWide(wide, more);
+
+    hn::Vec<D> a[N], b[N];
+    hn::Vec<D> past; // of one register: what was written just before is not read as a whole, that would wait for it
+    hn::Vec<Sums> products;
+    hn::Vec<Sums> upper; // the sum of their upper halves
+
+    VEK_INLINE void load(const Levinson& filter, const int16_t* r) {
+        const D d;
+        const bool none = filter.order == 0;
+        for (int g = 0; g < N; ++g) {
+            a[g] = none ? hn::Zero(d) : hn::LoadU(d, filter.forward + g * kLanesOf<D>);
+            b[g] = none ? hn::Zero(d) : hn::LoadU(d, filter.backward + g * kLanesOf<D>);
         }
-    };
-    int m = filter.order;
-    const int16_t* r = rBack + order - m;
-    for (int g = 0; g < N; ++g) {
-        now.a[g] = m == 0 ? hn::Zero(d) : hn::LoadU(d, filter.forward + g * width);
-        now.b[g] = m == 0 ? hn::Zero(d) : hn::LoadU(d, filter.backward + g * width);
-    }
-    if (m > 0) {
-        past = hn::LoadU(d, r);
+        past = none ? hn::Zero(d) : hn::LoadU(d, r);
         multiply(r);
     }
-    int q = filter.q;
-    const int16_t* only = kOnly.mask + kPredictSpan - m;
+    VEK_INLINE void multiply(const int16_t* r) {
+        const D d;
+        products = pairSums(a[0], N == 1 ? past : hn::LoadU(d, r));
+        upper = hn::ShiftRight<16>(products);
+        for (int g = 1; g < N; ++g) {
+            const auto more = pairSums(a[g], hn::LoadU(d, r + g * kLanesOf<D>));
+            products = products + more;
+            upper = upper + hn::ShiftRight<16>(more);
+        }
+    }
+    VEK_INLINE void leave(const Course& course, Levinson& filter) const {
+        const D d;
+        for (int g = 0; g < N; ++g) {
+            hn::StoreU(a[g], d, filter.forward + g * kLanesOf<D>);
+            hn::StoreU(b[g], d, filter.backward + g * kLanesOf<D>);
+        }
+        filter.order = course.m;
+        filter.q = course.q;
+        filter.energy = hn::GetLane(course.energy);
+        filter.first = static_cast<int16_t>(course.first);
+    }
+};
+
+// Steps up to an order for which the registers suffice; false if they stopped before. Each step waits for the one
+// before from the sum of products over the quotient to the reflection. Nothing else is in that chain: the energy stays
+// in a register, the sum is formed modulo 2^32, and whether it is exact, below the energy and without saturation is
+// found beside it.
+template <class D, int N>
+VEK_INLINE bool steps(Coefficients<D, N>& own, Course& course, int last) {
+    using Two = hn::FixedTag<double, 2>;
+    constexpr int width = kLanesOf<D>;
+    const D d;
+    const Two two;
+    const TwoOf64 bits;
+    const int16_t* only = kOnly.mask + kPredictSpan - course.m;
     hn::Vec<D> shares[N];
-    sharesOf<D, N>(now.b, q, only, shares);
+    sharesOf<D, N>(own.b, course.q, only, shares);
     // Rounded to the nearest: quotients are 2^-33 or more from where the rounding changes, but for those that lie on
     // it. A divisor less by 2^-51 of itself takes these beyond and no other. In the exponent of a double: 2^(q - 31).
     constexpr int64_t less = 4;
     const auto scaleOf = [=](int format) {
         return hn::Set(bits, static_cast<int64_t>(format - 31) * (int64_t{1} << 52) - less);
     };
-    auto scale = scaleOf(q);
+    auto scale = scaleOf(course.q);
     // A double of this size ends with the units, and its lowest bits are those of a negative integer too.
-    const auto integers = hn::Set(two, 0x1.8p52);
-    const int last = order < N * width ? order : N * width;
-    // In each even lane; the others only keep the second quotient a number.
-    auto energy = hn::Set(kFourOf32, filter.energy);
+    constexpr double one = 0x1.8p52;
+    const auto integers = hn::Set(two, one);
+    constexpr auto kIntegersBits = std::bit_cast<int64_t>(one);
+    constexpr unsigned kMostUpper = 1 << 15;
     const auto timesQ15 = [](auto x, auto y) {
         const hn::RebindToUnsigned<FourOf32> words;
         const auto product = hn::MulEven(hn::BitCast(words, x), hn::BitCast(words, y));
         return hn::BitCast(kFourOf32, hn::ShiftRight<15>(product));
     };
-    bool goes = true;
-    while (m < last) {
-        const int32_t fresh = r[-1] * (1 << q);
-        const int64_t exact = total(wide) + fresh;
-        goes = (exact < 0 ? -exact : exact) << (16 - q) < hn::GetLane(energy);
-        if (!goes) {
-            break;
-        }
-        const auto sum = hn::SumOfLanes(kFourOf32, fourSums(products)) + hn::Set(kFourOf32, fresh);
+    while (course.m < last) {
+        const auto energy = course.energy;
+        const int32_t fresh = course.r[-1] * (1 << course.q);
+        const auto sum = hn::SumOfLanes(kFourOf32, fourSums(own.products)) + hn::Set(kFourOf32, fresh);
         const auto divisor = hn::BitCast(bits, hn::PromoteTo(two, hn::LowerHalf(energy))) + scale;
         const auto quotient = hn::PromoteTo(two, hn::LowerHalf(sum)) / hn::BitCast(two, divisor);
         const auto reflection = integers - quotient;
         const auto k = firstInAll(d, hn::BitCast(kEightOf16, reflection));
         const auto rounded = hn::BitCast(kFourOf32, reflection);
         const auto magnitude = hn::Abs(rounded);
-        goes = hn::GetLane(magnitude) <= INT16_MAX;
-        if (!goes) {
-            break;
+        const auto left = energy - timesQ15(timesQ15(energy, magnitude), magnitude);
+        // No reflection is below 1 of sums from 2^30 on, nor of what is left of them modulo 2^32 up to 3 * 2^30. That
+        // they are not beyond is seen in the upper halves; quotients have up to 47 bits.
+        const int upper = scalarSum(fourSums(own.upper)) + (fresh >> 16);
+        const int64_t reach = hn::GetLane(hn::BitCast(bits, reflection)) - (kIntegersBits - INT16_MAX);
+        if (static_cast<unsigned>(upper + kMostUpper) > 2 * kMostUpper ||
+            static_cast<uint64_t>(reach) > 2 * INT16_MAX) {
+            return false;
+        }
+        Reflected<D, N> now;
+        for (int g = 0; g < N; ++g) {
+            now.a[g] = own.a[g];
+            now.b[g] = own.b[g];
         }
         if (!now.by(k, shares)) [[unlikely]] {
             // Of more registers it is left to who has called: these steps would miss those that it takes.
-            goes = false;
             if constexpr (N <= 2) {
                 Reflected<D, N> coarser;
                 for (int g = 0; g < N; ++g) {
-                    coarser.a[g] = now.a[g];
-                    coarser.b[g] = now.b[g];
+                    coarser.a[g] = own.a[g];
+                    coarser.b[g] = own.b[g];
                 }
-                const int format = giveWay(coarser, k, q, only);
-                goes = format > 0;
-                if (goes) {
-                    for (int g = 0; g < N; ++g) {
-                        now.forward[g] = coarser.forward[g];
-                        now.backward[g] = coarser.backward[g];
-                    }
-                    q = format;
-                    scale = scaleOf(q);
+                const int format = giveWay(coarser, k, course.q, only);
+                if (format == 0) {
+                    return false;
                 }
-            }
-            if (!goes) {
-                break;
+                for (int g = 0; g < N; ++g) {
+                    now.forward[g] = coarser.forward[g];
+                    now.backward[g] = coarser.backward[g];
+                }
+                course.q = format;
+                scale = scaleOf(format);
+            } else {
+                return false;
             }
         }
-        auto below = q < 15 ? hn::MulFixedPoint15(k, hn::Set(d, static_cast<int16_t>(1 << q))) : k;
-        if (!kMadeTogether<N> || q == 15) {
+        auto below = course.q < 15 ? hn::MulFixedPoint15(k, hn::Set(d, static_cast<int16_t>(1 << course.q))) : k;
+        if (!kMadeTogether<N> || course.q == 15) {
             for (int g = 0; g < N; ++g) {
                 now.forward[g] = now.forward[g] | (below & hn::LoadU(d, only + g * width));
             }
         }
         for (int g = 0; g < N; ++g) {
-            now.a[g] = now.forward[g];
-            now.b[g] = shiftIn(now.backward[g], below);
+            own.a[g] = now.forward[g];
+            own.b[g] = shiftIn(now.backward[g], below);
             below = now.backward[g];
         }
-        energy = energy - timesQ15(timesQ15(energy, magnitude), magnitude);
-        filter.first = m == 0 ? static_cast<int16_t>(hn::GetLane(rounded)) : filter.first;
-        ++m;
-        --r;
+        course.energy = left;
+        course.first = course.m == 0 ? hn::GetLane(rounded) : course.first;
+        ++course.m;
+        --course.r;
         --only;
-        sharesOf<D, N>(now.b, q, only, shares);
-        past = shiftIn(past, hn::Set(d, *r));
-        multiply(r);
+        sharesOf<D, N>(own.b, course.q, only, shares);
+        if constexpr (N == 1) {
+            own.past = shiftIn(own.past, hn::Set(d, *course.r));
+        }
+        own.multiply(course.r);
     }
-    for (int g = 0; g < N; ++g) {
-        hn::StoreU(now.a[g], d, filter.forward + g * width);
-        hn::StoreU(now.b[g], d, filter.backward + g * width);
+    return true;
+}
+
+VEK_INLINE Course courseOf(const Levinson& filter, const int16_t* rBack, int order) {
+    return {rBack + order - filter.order, filter.order, filter.q, hn::Set(kFourOf32, filter.energy), filter.first};
+}
+
+// The steps of N registers; false if they stopped before the order and before those registers were full.
+template <class D, int N>
+bool recurseWithin(Levinson& filter, const int16_t* rBack, int order) {
+    constexpr int reach = N * kLanesOf<D>;
+    if (filter.order >= reach) {
+        return true;
     }
-    filter.order = m;
-    filter.q = q;
-    filter.energy = hn::GetLane(energy);
+    Course course = courseOf(filter, rBack, order);
+    Coefficients<D, N> own;
+    own.load(filter, course.r);
+    const bool goes = steps(own, course, order < reach ? order : reach);
+    own.leave(course, filter);
     return goes;
 }
 
-// Two registers of 128 bits before longer ones: the ways through these, from lane to lane, are shorter.
+// Two registers of 128 bits before longer ones: the ways through these, from lane to lane, are shorter. The first one
+// hands over without a way through memory.
+bool recurseShort(Levinson& filter, const int16_t* rBack, int order) {
+    constexpr int reach = kLanesOf<EightOf16>;
+    if (filter.order >= reach) {
+        return recurseWithin<EightOf16, 2>(filter, rBack, order);
+    }
+    Course course = courseOf(filter, rBack, order);
+    Coefficients<EightOf16, 1> few;
+    few.load(filter, course.r);
+    if (!steps(few, course, order < reach ? order : reach) || course.m == order) {
+        few.leave(course, filter);
+        return course.m == order;
+    }
+    Coefficients<EightOf16, 2> own;
+    own.a[0] = few.a[0];
+    own.b[0] = few.b[0];
+    own.a[1] = own.b[1] = hn::Zero(kEightOf16);
+    own.products = few.products;
+    own.upper = few.upper;
+    const bool goes = steps(own, course, order < 2 * reach ? order : 2 * reach);
+    own.leave(course, filter);
+    return goes;
+}
+
 template <class D, int N>
 void recurseFrom(Levinson& filter, const int16_t* rBack, int order) {
-    constexpr int reach = N * kLanesOf<D>;
-    if (filter.order < reach && !recurseWithin<D, N>(filter, rBack, order)) {
-        return;
-    }
-    if constexpr (reach < kPredictSpan) {
-        if (filter.order < order) {
-            if constexpr (N == 2 && kLanesOf<D> < kLanesOf<D16>) {
-                recurseFrom<D16, 2>(filter, rBack, order);
-            } else {
-                recurseFrom<D, N + 1>(filter, rBack, order);
-            }
+    if (filter.order < order && recurseWithin<D, N>(filter, rBack, order)) {
+        if constexpr (N * kLanesOf<D> < kPredictSpan) {
+            recurseFrom<D, N + 1>(filter, rBack, order);
         }
     }
 }
 
 void recurse(Levinson& filter, const int16_t* rBack, int order) {
-    recurseFrom<EightOf16, 1>(filter, rBack, order);
+    // Reflections below 1 leave some of what energy there is.
+    if (filter.energy > 0 && recurseShort(filter, rBack, order)) {
+        recurseFrom<D16, 2>(filter, rBack, order);
+    }
 }
 
 #endif
