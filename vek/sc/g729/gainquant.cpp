@@ -2,6 +2,7 @@
 // error of all their pairs. Codebooks and prediction are in gains.h.
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <limits>
 
@@ -66,16 +67,19 @@ struct Gains {
     int16_t fixed;
 };
 
-// The error in the gains: yy, -2xy, zz, -2xz, 2yz for products of Q15, with one common exponent.
+// The weights of the error in the gains: yy, -2xy, zz, -2xz, 2yz for products of Q15, with one common exponent, 32 bits
+// each. Gains have 16: doubles hold all that is made of them exactly.
 struct Weights {
-    std::array<int64_t, 5> w;
-
-    // `square` is w[0] * gp. No step exceeds 64 bits: weights have 32, gains 16.
-    int64_t error(int64_t square, int gp, int gc) const {
-        const int64_t slope = ((square + w[4] * gc) >> 15) + w[1];
-        return slope * gp + (((w[2] * gc) >> 15) + w[3]) * gc;
-    }
+    std::array<double, 5> w;
 };
+
+// The largest multiple of 2^15 up to an integer, from which kBelow was taken.
+constexpr double kOne = 32768;
+constexpr double kBelow = (kOne - 1) / 2;
+inline double cut(double x) {
+    constexpr double multiples = 0x1.8p52 * kOne; // numbers of this size end with 2^15
+    return x + multiples - multiples;
+}
 
 struct Correlations {
     int64_t yy, xy, zz, xz, yz;
@@ -90,7 +94,7 @@ struct Correlations {
         }
         Weights weights{};
         for (std::size_t i = 0; i < weights.w.size(); ++i) {
-            weights.w[i] = L_shr(terms[i].mantissa, std::min(terms[i].exponent - least, 31));
+            weights.w[i] = static_cast<double>(L_shr(terms[i].mantissa, std::min(terms[i].exponent - least, 31)));
         }
         return weights;
     }
@@ -111,11 +115,14 @@ struct Correlations {
     }
 };
 
-// The first codebook in order of the factors, the second in order of the adaptive gains.
+// The first codebook in order of the factors, the second in order of the adaptive gains; also as the search calculates
+// with them.
 template <std::size_t Seconds, int FirstTried, int SecondTried>
 struct Codebook {
     std::array<Ranked, kFirstEntries> first{};
     std::array<Ranked, Seconds> second{};
+    std::array<double, Seconds> secondAdaptive{};
+    std::array<std::array<double, Seconds>, kFirstEntries> halfFactors{}; // of both together
     int factorBits;
 
     Codebook(const std::array<GainEntry, kFirstEntries>& firsts, const std::array<GainEntry, Seconds>& seconds,
@@ -133,6 +140,12 @@ struct Codebook {
         std::sort(first.begin(), first.end(), [](const Ranked& a, const Ranked& b) { return a.factor < b.factor; });
         std::sort(second.begin(), second.end(),
                   [](const Ranked& a, const Ranked& b) { return a.adaptive < b.adaptive; });
+        for (std::size_t j = 0; j < Seconds; ++j) {
+            secondAdaptive[j] = second[j].adaptive;
+            for (std::size_t i = 0; i < first.size(); ++i) {
+                halfFactors[i][j] = (first[i].factor + second[j].factor) >> 1;
+            }
+        }
     }
 
     // The pair of least error of the entries around the best gains; the tables are left to the caller.
@@ -146,32 +159,47 @@ struct Codebook {
         const auto b =
             std::count_if(second.begin(), second.end(), [&](const Ranked& e) { return best.adaptive > e.adaptive; });
         const auto from = [](auto at, int tried, std::size_t entries) {
-            return std::clamp(static_cast<int>(at) - tried / 2, 0, static_cast<int>(entries) - tried);
+            return static_cast<std::size_t>(
+                std::clamp(static_cast<int>(at) - tried / 2, 0, static_cast<int>(entries) - tried));
         };
-        const Ranked* const one = first.data() + from(a, FirstTried, first.size());
-        const Ranked* const two = second.data() + from(b, SecondTried, second.size());
-        const int bound = tamed ? kTamedBound : 32767;
+        const std::size_t one = from(a, FirstTried, first.size());
+        const std::size_t two = from(b, SecondTried, Seconds);
+        const double bound = tamed ? kTamedBound : 32767;
+        const double prediction = predicted;
+        const auto& w = weights.w;
         // Products of sums are sums of products, of which there are fewer.
-        int64_t squares[SecondTried];
+        double squares[SecondTried];
         for (int j = 0; j < SecondTried; ++j) {
-            squares[j] = weights.w[0] * two[j].adaptive;
+            squares[j] = w[0] * secondAdaptive[two + j];
         }
+        // Slopes and errors are times 2^15, errors of 50 bits in units of it. Keys are in the order of the errors, then
+        // in that of the pairs.
+        constexpr double ones = 0x1.8p52 * kOne;
+        constexpr double most = ones + 0x1p50 * kOne;
+        constexpr int order = 64;
+        static_assert(FirstTried * SecondTried <= order);
         int64_t least = std::numeric_limits<int64_t>::max();
-        int best1 = 0;
-        int best2 = 0;
         for (int i = 0; i < FirstTried; ++i) {
-            const int64_t square = weights.w[0] * one[i].adaptive;
+            const double* const halves = halfFactors[one + i].data() + two;
+            const double adaptive = first[one + i].adaptive;
+            const double square = w[0] * adaptive - kBelow;
+            double errors[SecondTried];
+#pragma GCC unroll 1
             for (int j = 0; j < SecondTried; ++j) {
-                const int adaptive = one[i].adaptive + two[j].adaptive;
-                const int fixed = ((one[i].factor + two[j].factor) >> 1) * predicted >> 15;
-                const int64_t error = weights.error(square + squares[j], adaptive, fixed);
-                const bool better = (error < least) & (adaptive < bound);
-                least = better ? error : least;
-                best1 = better ? i : best1;
-                best2 = better ? j : best2;
+                const double gp = adaptive + secondAdaptive[two + j];
+                const double gc = cut(halves[j] * prediction - kBelow);
+                const double slope = cut(squares[j] + square + w[4] / kOne * gc) + w[1] * kOne;
+                const double other = cut(w[2] / kOne * gc - kBelow) + w[3] * kOne;
+                errors[j] = slope * gp + other * (gc / kOne) + ones;
+            }
+            for (int j = 0; j < SecondTried; ++j) {
+                const bool taken = adaptive + secondAdaptive[two + j] < bound;
+                const int64_t error = std::bit_cast<int64_t>(taken ? errors[j] : most) - std::bit_cast<int64_t>(ones);
+                least = std::min(least, error * order + i * SecondTried + j);
             }
         }
-        return {one[best1], two[best2]};
+        const auto found = static_cast<std::size_t>(least & (order - 1));
+        return {first[one + found / SecondTried], second[two + found % SecondTried]};
     }
 };
 
