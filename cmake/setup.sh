@@ -169,6 +169,9 @@ kr_build() { # top preset targets
     log=$1/$dir/build.log
     kr_configure "$1" "$2"
     echo "Building $dir"
-    (set -o pipefail; NINJA_STATUS='[%f/%t] ' cmake --build "$1/$dir" --target $3 2>&1 | kr_progress "$log") ||
+    # The compiler takes up to 2 GB for a unit: in large pages, which kernels mostly give only to who asks for them, the
+    # companion is compiled in a tenth less time.
+    (set -o pipefail; export NINJA_STATUS='[%f/%t] ' GLIBC_TUNABLES=${GLIBC_TUNABLES:-glibc.malloc.hugetlb=1}
+        cmake --build "$1/$dir" --target $3 2>&1 | kr_progress "$log") ||
         { cat "$log" >&2; kr_fail "the build failed"; }
 }
