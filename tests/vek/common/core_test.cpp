@@ -87,11 +87,15 @@ TEST(VekCpuRules, EachFeatureBitGivesItsLevel) {
         {68, {0, 0, 1U << 19, 0}}, {69, {0, 0, 1U << 20, 0}}, {70, {0, 0, 3U << 27, 0}},
     };
     for (const auto& [code, features] : levels) {
-        play({{{0, 0}, {7, 0, 0, 0}}, {{1, 0}, features}}, 6);
-        EXPECT_EQ(code, cpuType(kPlayed));
+        for (const uint32_t top : {0U, 1U, 7U}) {
+            play({{{0, 0}, {top, 0, 0, 0}}, {{1, 0}, features}}, 6);
+            EXPECT_EQ(top < 1 ? 0 : code, cpuType(kPlayed)) << top;
+        }
     }
-    play({{{0, 0}, {7, 0, 0, 0}}, {{1, 0}, {0, 0, 3U << 27, 0}}, {{7, 0}, {0, 1U << 5, 0, 0}}}, 6);
-    EXPECT_EQ(71, cpuType(kPlayed));
+    for (const uint32_t top : {6U, 7U, 8U}) {
+        play({{{0, 0}, {top, 0, 0, 0}}, {{1, 0}, {0, 0, 3U << 27, 0}}, {{7, 0}, {0, 1U << 5, 0, 0}}}, 6);
+        EXPECT_EQ(top < 7 ? 70 : 71, cpuType(kPlayed)) << top;
+    }
     play({{{0x80000000U, 0}, {0x80000001U, 0, 0, 0}}, {{0x80000001U, 0}, {0, 0, 0, 1U << 29}}});
     EXPECT_EQ(96, cpuType(kPlayed));
 }
