@@ -227,6 +227,22 @@ TEST(VekConvPartial, EachFormAgreesWithThePlainSum) {
     });
 }
 
+// Copies of more than 1024 elements are on the heap.
+TEST(VekConvPartial, LongVectorsGoBeyondTheStack) {
+    std::mt19937 random(7);
+    const Samples a = noise(random, 1500, -200, 200);
+    const Samples b = noise(random, 1500, -200, 200);
+    const Wide sums = convolution(a, b);
+    const Wide products = correlation(a, b, 1500);
+    atEveryLevel([&] {
+        Words y(1500);
+        ASSERT_EQ(vekStsNoErr, veksConvPartial_16s32s(a.data(), b.data(), y.data(), 1500));
+        EXPECT_TRUE(std::equal(sums.begin(), sums.end(), y.begin()));
+        ASSERT_EQ(vekStsNoErr, veksCrossCorr_16s32s_Sfs(a.data(), b.data(), 1500, y.data(), 0));
+        EXPECT_TRUE(std::equal(products.begin(), products.end(), y.begin()));
+    });
+}
+
 TEST(VekConvPartial, TheFractionIsCutOffTowardsMinusInfinity) {
     const Samples a = {-1};
     const Samples b = {1};

@@ -40,15 +40,20 @@ inline int level() {
         return *name##_all[::vek::level()];                                                                            \
     }
 
-// The list of the tables is defined with the plain one. Without a table for 512 bits that for 256 takes its place.
+// The list of the tables is defined with the plain one. Without a table for 512 bits that for 256 takes its place, as
+// it does in a build that leaves those out.
 #if defined(VEK_LEVEL)
 #if VEK_LEVEL == 0
 #define VEK_KERNEL_TABLE(Type, name)                                                                                   \
     const Type* const name##_all[4] = {&name##_L0, &name##_L1, &name##_L2, &name##_L2};                                \
     const Type name##_L0
+#if defined(VEK_WITHOUT_512)
+#define VEK_KERNEL_TABLE_512 VEK_KERNEL_TABLE
+#else
 #define VEK_KERNEL_TABLE_512(Type, name)                                                                               \
     const Type* const name##_all[4] = {&name##_L0, &name##_L1, &name##_L2, &name##_L3};                                \
     const Type name##_L0
+#endif
 #elif VEK_LEVEL == 1
 #define VEK_KERNEL_TABLE(Type, name) const Type name##_L1
 #define VEK_KERNEL_TABLE_512(Type, name) const Type name##_L1
