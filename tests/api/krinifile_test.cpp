@@ -29,6 +29,12 @@ protected:
     krIniFile m_ini;
 };
 
+TEST_F(KrIniFile, OneThatWasNeverOpenedSaysNothingWhenItCloses) {
+    ConsoleCapture console(ERR | WARN);
+    m_ini.close();
+    EXPECT_EQ("", console.text());
+}
+
 TEST_F(KrIniFile, EmptyFileHasNoSections) {
     open("", true);
     EXPECT_FALSE(m_ini.sectionExist(""));

@@ -311,4 +311,7 @@ TEST(KrEnumIterator, AdmittingStartsFromThePresentValuesWithoutDoubles) {
     EXPECT_STREQ(parm.validString().c_str(), "1|2|3|9");
     parm.resetValidation();
     EXPECT_STREQ(parm.validString().c_str(), "");
+    krString any = "77";
+    EXPECT_EQ(parm.stringToValue(any), 77);
+    EXPECT_FALSE(any.m_failed);
 }

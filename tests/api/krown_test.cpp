@@ -137,6 +137,18 @@ TEST_F(KrOwn, StatisticAddsUpTheClocksOfEachCallButTheFirst) {
     EXPECT_LE(clocks, ticksBetween(0, 2) + ticksBetween(1, 3));
 }
 
+TEST_F(KrOwn, LoopTakesTheClocksOfAllItsCallsButTheFirst) {
+    kr::measure<stay>("stay");
+    run();
+    forgetVisits();
+    long long clocks = 0;
+    EXPECT_EQ(krOk, last().m_funcLoop(2, &clocks));
+    visit('k');
+    ASSERT_EQ("ccck", visited());
+    EXPECT_GE(clocks, ticksWithin(1, 2));
+    EXPECT_LE(clocks, ticksBetween(0, 3));
+}
+
 TEST_F(KrOwn, ALoopOfNoCallsStillCallsOnceAndGivesNoClocks) {
     kr::measure<count>("count");
     run();
