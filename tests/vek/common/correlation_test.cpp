@@ -228,7 +228,7 @@ TEST(VekConvPartial, EachFormAgreesWithThePlainSum) {
 }
 
 // Copies of more than 1024 elements are on the heap.
-TEST(VekConvPartial, LongVectorsGoBeyondTheStack) {
+TEST(VekConvPartial, LongVectorsGoBeyondTheStackHereAndInCrossCorrelations) {
     std::mt19937 random(7);
     const Samples a = noise(random, 1500, -200, 200);
     const Samples b = noise(random, 1500, -200, 200);

@@ -69,14 +69,12 @@ struct Gains {
 
 // The weights of the error in the gains: yy, -2xy, zz, -2xz, 2yz for products of Q15, with one common exponent, 32 bits
 // each. Gains have 16: doubles hold all that is made of them exactly.
-struct Weights {
-    std::array<double, 5> w;
-};
+using Weights = std::array<double, 5>;
 
 // The largest multiple of 2^15 up to an integer, from which kBelow was taken.
 constexpr double kOne = 32768;
 constexpr double kBelow = (kOne - 1) / 2;
-inline double cut(double x) {
+double cut(double x) {
     constexpr double multiples = 0x1.8p52 * kOne; // numbers of this size end with 2^15
     return x + multiples - multiples;
 }
@@ -93,8 +91,8 @@ struct Correlations {
             least = t.mantissa == 0 ? least : std::min(least, t.exponent);
         }
         Weights weights{};
-        for (std::size_t i = 0; i < weights.w.size(); ++i) {
-            weights.w[i] = static_cast<double>(L_shr(terms[i].mantissa, std::min(terms[i].exponent - least, 31)));
+        for (std::size_t i = 0; i < weights.size(); ++i) {
+            weights[i] = static_cast<double>(L_shr(terms[i].mantissa, std::min(terms[i].exponent - least, 31)));
         }
         return weights;
     }
@@ -149,7 +147,7 @@ struct Codebook {
     }
 
     // The pair of least error of the entries around the best gains; the tables are left to the caller.
-    std::array<Ranked, 2> search(const Weights& weights, Gains best, int predicted, bool tamed) const {
+    std::array<Ranked, 2> search(const Weights& w, Gains best, int predicted, bool tamed) const {
         if (tamed) {
             best.adaptive = std::min(best.adaptive, kTamedAim);
         }
@@ -166,7 +164,6 @@ struct Codebook {
         const std::size_t two = from(b, SecondTried, Seconds);
         const double bound = tamed ? kTamedBound : 32767;
         const double prediction = predicted;
-        const auto& w = weights.w;
         // Products of sums are sums of products, of which there are fewer.
         double squares[SecondTried];
         for (int j = 0; j < SecondTried; ++j) {

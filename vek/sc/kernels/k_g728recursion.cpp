@@ -152,7 +152,7 @@ VEK_INLINE int scalarSum(hn::Vec<FourOf32> v) {
 
 // What each step leaves to the next beside the coefficients.
 struct Course {
-    const int16_t* r; // that of the next order but one
+    const int16_t* r; // the autocorrelation backwards from lag m; before it stands that of the next step
     int m;
     int q;
     hn::Vec<FourOf32> energy; // in each even lane; the others only keep the second quotient a number
@@ -204,8 +204,8 @@ struct Coefficients {
 
 // Steps up to an order for which the registers suffice; false if they stopped before. Each step waits for the one
 // before from the sum of products over the quotient to the reflection. Nothing else is in that chain: the energy stays
-// in a register, the sum is formed modulo 2^32, and whether it is exact, below the energy and without saturation is
-// found beside it.
+// in a register, the sum is formed modulo 2^32, and whether it is exact, the reflection below 1 and no coefficient
+// saturated is found beside it.
 template <class D, int N>
 VEK_INLINE bool steps(Coefficients<D, N>& own, Course& course, int last) {
     using Two = hn::FixedTag<double, 2>;
@@ -224,10 +224,9 @@ VEK_INLINE bool steps(Coefficients<D, N>& own, Course& course, int last) {
     };
     auto scale = scaleOf(course.q);
     // A double of this size ends with the units, and its lowest bits are those of a negative integer too.
-    constexpr double one = 0x1.8p52;
-    const auto integers = hn::Set(two, one);
-    constexpr auto kIntegersBits = std::bit_cast<int64_t>(one);
-    constexpr unsigned kMostUpper = 1 << 15;
+    constexpr double units = 0x1.8p52;
+    const auto integers = hn::Set(two, units);
+    constexpr unsigned mostUpper = 1 << 15;
     const auto timesQ15 = [](auto x, auto y) {
         const hn::RebindToUnsigned<FourOf32> words;
         const auto product = hn::MulEven(hn::BitCast(words, x), hn::BitCast(words, y));
@@ -247,9 +246,8 @@ VEK_INLINE bool steps(Coefficients<D, N>& own, Course& course, int last) {
         // No reflection is below 1 of sums from 2^30 on, nor of what is left of them modulo 2^32 up to 3 * 2^30. That
         // they are not beyond is seen in the upper halves; quotients have up to 47 bits.
         const int upper = scalarSum(fourSums(own.upper)) + (fresh >> 16);
-        const int64_t reach = hn::GetLane(hn::BitCast(bits, reflection)) - (kIntegersBits - INT16_MAX);
-        if (static_cast<unsigned>(upper + kMostUpper) > 2 * kMostUpper ||
-            static_cast<uint64_t>(reach) > 2 * INT16_MAX) {
+        const int64_t reach = hn::GetLane(hn::BitCast(bits, reflection)) - (std::bit_cast<int64_t>(units) - INT16_MAX);
+        if (static_cast<unsigned>(upper + mostUpper) > 2 * mostUpper || static_cast<uint64_t>(reach) > 2 * INT16_MAX) {
             return false;
         }
         Reflected<D, N> now;
