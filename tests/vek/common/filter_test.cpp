@@ -278,6 +278,17 @@ TEST(VekFilteredExcitation, MovesUpByOneAndAddsTheIncomingSample) {
     });
 }
 
+TEST(VekFilteredExcitation, FirstIsTheBareProductAlsoANegativeZero) {
+    atEveryLevel([] {
+        for (const int len : {1, 3, 4, 8, 40}) {
+            std::vector<float> h(len, -0.0F);
+            std::vector<float> y(len, 1.0F);
+            ASSERT_EQ(vekStsNoErr, veksFilteredExcitation_G729_32f(h.data(), y.data(), len, 2.0F));
+            EXPECT_TRUE(y[0] == 0 && std::signbit(y[0])) << len;
+        }
+    });
+}
+
 TEST(VekFilteredExcitation, RefusesNullAndEmpty) {
     float x[2] = {};
     expectNullsRefused(veksFilteredExcitation_G729_32f, x, x, 2, 1.0f);

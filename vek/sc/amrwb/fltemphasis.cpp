@@ -8,7 +8,7 @@
 #include "sc/common/fixmath.h"
 #include "sc/common/lpfilter.h"
 #include "sc/common/signal_check.h"
-#include "sc/kernels/filter.h"
+#include "sc/kernels/loops.h"
 #include "veksc_amrwbflt.h"
 
 namespace {
@@ -112,18 +112,8 @@ VekStatus veksPreemphasize_AMRWB_16s_ISfs(Vek16s gamma, Vek16s* pSrcDst, int len
     if (scaleFactor < 0 || scaleFactor > 15) {
         return vekStsScaleRangeErr;
     }
-    // Two products of 16 bits and the half fit in 32 bits.
-    constexpr int kBlock = 256;
     const int half = scaleFactor > 0 ? 1 << (scaleFactor - 1) : 0;
-    Vek16s block[1 + kBlock];
-    block[0] = *pMem;
-    for (int done = 0; done < len; done += kBlock) {
-        const int n = std::min(kBlock, len - done);
-        std::copy_n(pSrcDst + done, n, block + 1);
-        filterKernels().weighted(block + 1, 32768, block, -gamma, pSrcDst + done, n, scaleFactor, half);
-        block[0] = block[n];
-    }
-    *pMem = block[0];
+    *pMem = loopKernels().lessWeighted16(pSrcDst, *pMem, gamma, {.shift = scaleFactor, .half = half}, len);
     return vekStsNoErr;
 }
 

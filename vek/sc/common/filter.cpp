@@ -149,7 +149,5 @@ VekStatus veksFilteredExcitation_G729_32f(const Vek32f* pSrc, Vek32f* pSrcDst, i
     if (badLength(len)) {
         return vekStsSizeErr;
     }
-    loopKernels().moveUp32f(pSrcDst, pSrc, val, len);
-    pSrcDst[0] = val * pSrc[0];
-    return vekStsNoErr;
+    return loopKernels().moveUp32f(pSrcDst, pSrc, val, len);
 }

@@ -41,17 +41,15 @@ VekStatus veksPreemphasize_G729A_16s_I(Vek16s gamma, Vek16s* pSrcDst, int len, V
     if (badLength(len)) {
         return vekStsSizeErr;
     }
-    const Vek16s last = pSrcDst[len - 1];
     if (gamma > kLeast) {
-        loopKernels().lessPrevious16(pSrcDst, gamma, len);
-    } else {
-        // From the end, so that each sample meets its unchanged predecessor.
-        for (int i = len - 1; i > 0; --i) {
-            pSrcDst[i] = sub(pSrcDst[i], mult(gamma, pSrcDst[i - 1]));
-        }
+        *pMem = loopKernels().lessPrevious16(pSrcDst, *pMem, gamma, len);
+        return vekStsNoErr;
     }
-    pSrcDst[0] = sub(pSrcDst[0], mult(gamma, *pMem));
-    *pMem = last;
+    for (int i = 0; i < len; ++i) {
+        const Vek16s now = pSrcDst[i];
+        pSrcDst[i] = sub(now, mult(gamma, *pMem));
+        *pMem = now;
+    }
     return vekStsNoErr;
 }
 
@@ -62,9 +60,6 @@ VekStatus veksPreemphasize_32f_I(Vek32f* pSrcDst, int len, Vek32f* pMem, Vek32f 
     if (badLength(len)) {
         return vekStsSizeErr;
     }
-    const Vek32f last = pSrcDst[len - 1];
-    loopKernels().lessPrevious32f(pSrcDst, gamma, len);
-    pSrcDst[0] -= gamma * *pMem;
-    *pMem = last;
+    *pMem = loopKernels().lessPrevious32f(pSrcDst, *pMem, gamma, len);
     return vekStsNoErr;
 }

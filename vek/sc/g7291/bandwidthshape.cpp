@@ -124,14 +124,15 @@ VekStatus veksShapeEnvelopTime_G7291_16s(const Vek16s* pSrc, const Vek16s* pSrcT
     if (*pGain < 0 || *pNorm < kLeastNorm || *pNorm > kMostNorm) {
         return vekStsRangeErr;
     }
+    Vek16s levels[kHalfSegments];
+    bandLevelKernels().segmentLevels(pSrc, kHalfSegments, 0, levels);
     Gain last{*pGain, *pNorm};
     for (int i = 0; i < kHalfSegments; ++i) {
         const Vek16s* x = pSrc + kSegment * i;
         Vek16s* y = pDst + kSegment * i;
         Gain own = last;
-        const int32_t level = timeEnvelope(x);
         if (std::any_of(x, x + kSegment, [](Vek16s v) { return v != 0; })) {
-            const int32_t change = pSrcTimeEnvelope[i] - level;
+            const int32_t change = pSrcTimeEnvelope[i] - levels[i];
             const int whole = change >> kEnvelopeBits;
             own = {power(change - whole * kEnvelopeOne, kGainBits), kGainBits - whole};
         }

@@ -10,7 +10,6 @@
 #include "sc/common/signal_check.h"
 #include "sc/common/table.h"
 #include "sc/kernels/bandlevels.h"
-#include "sc/kernels/corr.h"
 #include "sc/kernels/transform.h"
 #include "veksc_g7291bwe.h"
 
@@ -25,11 +24,6 @@ const auto g_window = tableOf<int16_t, kAnalysis>(15, [](int n) {
 });
 
 } // namespace
-
-int32_t vek::g7291::timeEnvelope(const int16_t* x) {
-    const int64_t energy = corrKernels().dot16(x, x, kSegment);
-    return energy > 0 ? halfLog(energy) : 0;
-}
 
 void vek::g7291::frequencyEnvelope(const int16_t* x, int16_t* envelope) {
     constexpr int lines = 32;
@@ -56,9 +50,7 @@ VekStatus veksEnvelopTime_G7291_16s(const Vek16s* pSrc, int nls, Vek16s* pDstTim
     if (nls < 0 || nls > 15) {
         return vekStsRangeErr;
     }
-    for (int i = 0; i < len; ++i) {
-        pDstTimeEnvelope[i] = static_cast<Vek16s>(timeEnvelope(pSrc + kSegment * i) - nls * kEnvelopeOne);
-    }
+    bandLevelKernels().segmentLevels(pSrc, len, nls * kEnvelopeOne, pDstTimeEnvelope);
     return vekStsNoErr;
 }
 

@@ -5,24 +5,20 @@
 
 #include "sc/common/fixmath.h"
 #include "sc/common/logarithm.h"
+#include "sc/kernels/bandlevels.h"
 
 namespace vek::g7291 {
 
 using namespace fix;
 
 constexpr int kFrame = 160;
-constexpr int kSegment = 10;
+constexpr int kSegment = kLevelSegment;
 constexpr int kSegments = kFrame / kSegment;
 constexpr int kHalfSegments = kSegments / 2;
 constexpr int kBands = 12;
 constexpr int kAnalysis = 128; // samples of a frequency envelope
 constexpr int kEnvelopeOne = 1024;
 constexpr int kEnvelopeBits = 10;
-
-// 1/2 log2(energy), Q10, for energy > 0.
-inline int32_t halfLog(int64_t energy) {
-    return (fix::log2Q15(energy) + 32) >> 6;
-}
 
 // 2^(x + bits), rounded, for an x in Q10 that keeps it within 2^30.
 inline int32_t power(int32_t x, int bits) {
@@ -37,9 +33,6 @@ inline int32_t root(int32_t x) {
     const int32_t half = fix::log2Q15(x) >> 1;
     return fix::Pow2(half >> 15, static_cast<int16_t>(half & 0x7fff));
 }
-
-// Time envelope value of a segment; 0 for one of zeros.
-int32_t timeEnvelope(const int16_t* x);
 
 // Frequency envelope of kAnalysis samples, kBands values, not below 0.
 void frequencyEnvelope(const int16_t* x, int16_t* envelope);

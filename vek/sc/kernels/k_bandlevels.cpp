@@ -1,5 +1,8 @@
-// Levels of bands of a spectrum: powers in 64 bits, logarithms by a table that stands in registers.
+// Levels of bands of a spectrum and of segments of a signal: energies in 64 bits, logarithms by a table that stands in
+// registers.
 #include "sc/kernels/bandlevels.h"
+
+#include <algorithm>
 
 #include "sc/common/fixmath.h"
 #include "sc/common/logarithm.h"
@@ -10,12 +13,26 @@ namespace {
 
 #if VEK_LEVEL == 0
 
+// 1/2 log2(energy), Q10, + offset, not below 0; 0 for no energy.
+int16_t halfLog(int64_t energy, int offset) {
+    const int32_t value = energy > 0 ? ((fix::log2Q15(energy) + 32) >> 6) + offset : 0;
+    return static_cast<int16_t>(value > 0 ? value : 0);
+}
+
 void bandLevels(const int32_t* re, const int32_t* im, int offset, int16_t* level) {
     const auto power = [=](int line) { return int64_t{re[line]} * re[line] + int64_t{im[line]} * im[line]; };
     for (int j = 0; j < kBandLevels; ++j) {
-        const int64_t sum = power(2 * j) + 2 * power(2 * j + 1) + power(2 * j + 2);
-        const int32_t value = sum > 0 ? ((fix::log2Q15(sum) + 32) >> 6) + offset : 0;
-        level[j] = static_cast<int16_t>(value > 0 ? value : 0);
+        level[j] = halfLog(power(2 * j) + 2 * power(2 * j + 1) + power(2 * j + 2), offset);
+    }
+}
+
+void segmentLevels(const int16_t* x, int count, int less, int16_t* level) {
+    for (int j = 0; j < count; ++j) {
+        int64_t energy = 0;
+        for (int i = kLevelSegment * j; i < kLevelSegment * (j + 1); ++i) {
+            energy += x[i] * x[i];
+        }
+        level[j] = static_cast<int16_t>(halfLog(energy, 0) - less);
     }
 }
 
@@ -44,13 +61,14 @@ constexpr LogBytes kLogBytes;
 // As many bands as Powers has lanes, of 64 bits.
 using Powers = hn::CappedTag<int64_t, 4>;
 using Lines = hn::RepartitionToNarrow<Powers>;
+using Bits = hn::RebindToUnsigned<Powers>;
 constexpr Lines kLines;
 
 VEK_INLINE hn::Vec<Powers> powers(hn::Vec<Lines> re, hn::Vec<Lines> im) {
     return hn::MulEven(re, re) + hn::MulEven(im, im);
 }
 VEK_INLINE hn::Vec<Lines> oddLines(hn::Vec<Lines> v) {
-    return hn::BitCast(kLines, hn::ShiftRight<32>(hn::BitCast(hn::RebindToUnsigned<Powers>(), v)));
+    return hn::BitCast(kLines, hn::ShiftRight<32>(hn::BitCast(Bits(), v)));
 }
 
 // Without the first lane of v, and with that of the next one.
@@ -66,7 +84,7 @@ VEK_INLINE hn::Vec<Powers> oneOn(hn::Vec<Powers> v, hn::Vec<Powers> next) {
 // The double with at least the 30 leading bits of each number, none negative: bits far below the first one are cleared,
 // so that rounding reaches no further than there. Both halves stand below a power of two that is taken off again.
 VEK_INLINE hn::Vec<Lines> asDoubles(hn::Vec<Powers> v) {
-    constexpr hn::RebindToUnsigned<Powers> bits;
+    constexpr Bits bits;
     constexpr hn::RebindToFloat<Powers> doubles;
     const auto u = hn::BitCast(bits, v);
     const auto leading = hn::AndNot(hn::ShiftRight<30>(u), u);
@@ -124,10 +142,63 @@ void bandLevels(const int32_t* re, const int32_t* im, int offset, int16_t* level
     }
 }
 
+// Eight samples of a segment in each 128 bits: of two segments that are not neighbours, where there is room for two.
+template <class D>
+VEK_INLINE hn::Vec<D> ofSegments(D d, const int16_t* x) {
+    if constexpr (kLanesOf<D> == 8) {
+        return hn::LoadU(d, x);
+    } else {
+        return hn::Combine(d, hn::LoadU(kEightOf16, x + 2 * kLevelSegment), hn::LoadU(kEightOf16, x));
+    }
+}
+
+// The sums of two neighbouring squares each, as numbers without a sign.
+VEK_INLINE hn::Vec<Bits> pairEnergies(const int16_t* x) {
+    const auto v = ofSegments(hn::Repartition<int16_t, Powers>(), x);
+    return hn::BitCast(Bits(), pairSums(v, v));
+}
+
+// The energies of as many segments as there are lanes, as doubles: each the sum of five sums of pairs.
+VEK_INLINE hn::Vec<Lines> segmentEnergies(const int16_t* x) {
+    constexpr hn::RebindToFloat<Powers> doubles;
+    const auto four = [](hn::Vec<Bits> pairs) {
+        return (pairs & hn::Set(Bits(), 0xffffffff)) + hn::ShiftRight<32>(pairs);
+    };
+    const auto even = four(pairEnergies(x));
+    const auto odd = four(pairEnergies(x + kLevelSegment));
+    const auto last = hn::InterleaveUpper(Bits(), pairEnergies(x + 2), pairEnergies(x + kLevelSegment + 2));
+    const auto sums =
+        hn::InterleaveLower(Bits(), even, odd) + hn::InterleaveUpper(Bits(), even, odd) + hn::ShiftRight<32>(last);
+    const auto above = hn::BitCast(doubles, sums | hn::Set(Bits(), 0x4330000000000000)); // 2^52
+    return hn::BitCast(kLines, above - hn::Set(doubles, 0x1p52));
+}
+
+void segmentLevels(const int16_t* x, int count, int less, int16_t* level) {
+    constexpr int lanes = kLanesOf<Powers>;
+    constexpr int group = 2 * lanes;
+    using Narrow = hn::Rebind<int16_t, Lines>;
+    const auto fill = [less](const int16_t* from, int16_t* to) {
+        const auto logs =
+            halfLogs(hn::ConcatOdd(kLines, segmentEnergies(from + kLevelSegment * lanes), segmentEnergies(from)), 0);
+        hn::StoreU(hn::DemoteTo(Narrow(), logs) - hn::Set(Narrow(), static_cast<int16_t>(less)), Narrow(), to);
+    };
+    int j = 0;
+    for (; j + group <= count; j += group) {
+        fill(x + kLevelSegment * j, level + j);
+    }
+    if (j < count) {
+        int16_t rest[kLevelSegment * group] = {};
+        int16_t levels[group];
+        std::copy(x + kLevelSegment * j, x + kLevelSegment * count, rest);
+        fill(rest, levels);
+        std::copy_n(levels, count - j, level + j);
+    }
+}
+
 #endif
 
 } // namespace
 
-VEK_KERNEL_TABLE(BandLevelKernels, bandLevelKernels) = {bandLevels};
+VEK_KERNEL_TABLE(BandLevelKernels, bandLevelKernels) = {bandLevels, segmentLevels};
 
 } // namespace vek

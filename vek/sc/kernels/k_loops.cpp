@@ -110,6 +110,7 @@ int leastGainPair(const float* terms, double predicted, GainEntries first, GainE
 using namespace registers;
 
 using Floats = hn::CappedTag<float, 8>;
+using Upto16 = hn::CappedTag<int16_t, 16>;
 constexpr Floats kFloats;
 
 // A subframe of what `made` gives from an element on, the last register over the one before. All are made before any is
@@ -324,38 +325,49 @@ void tilt(const int16_t* x, int mu, int gain, int16_t* y) {
     });
 }
 
-// From the end on, where each register meets what was there, all that fill one; gives how many samples are left.
+// The lanes of `now` one place up, the last one of `before` in front.
 template <class D>
-VEK_INLINE int lessPreviousBy(D d, int16_t* x, int g, int n) {
-    const auto factor = hn::Set(d, static_cast<int16_t>(g));
-    for (; n > kLanesOf<D>; n -= kLanesOf<D>) {
-        int16_t* const at = x + n - kLanesOf<D>;
-        hn::StoreU(hn::SaturatedSub(hn::LoadU(d, at), multCut(hn::LoadU(d, at - 1), factor)), d, at);
+VEK_INLINE hn::Vec<D> oneUp(D d, hn::Vec<D> before, hn::Vec<D> now) {
+    constexpr int block = kLeastFill<hn::TFromD<D>>;
+    if constexpr (kLanesOf < D >> block) {
+        // Each block of 128 bits moves within itself.
+        before = hn::ConcatLowerUpper(d, now, before);
     }
-    if constexpr (kLanesOf < D >> kLanesOf<EightOf16>) {
-        return lessPreviousBy(hn::Half<D>(), x, g, n);
-    } else {
-        return n;
-    }
+    return hn::CombineShiftRightLanes<block - 1>(d, now, before);
 }
 
-VEK_INLINE int lessPrevious32By(float* x, float g, int n) {
-    const auto factor = hn::Set(kFloats, g);
+// y[i] = make(tag, y[i-1], y[i], i) of what y held before, first(y, n) having done so with its first n and giving the
+// last of what they held; gives that of all. Registers do not overlap, the last one ends with the samples, as blocks
+// that copy them do, and the neighbours come from the register before: who has just copied the samples would wait for
+// one across two such blocks.
+template <class D, class First, class Make>
+VEK_INLINE auto fromPrevious(D d, hn::TFromD<D>* y, int n, First first, Make make) {
+    constexpr int lanes = kLanesOf<D>;
+    constexpr int block = kLeastFill<hn::TFromD<D>>;
+    static_assert(lanes <= 2 * block);
+    int i = n % block;
+    auto last = first(y, i);
+    const auto step = [&](auto some, auto before) {
+        const auto now = hn::LoadU(some, y + i);
+        hn::StoreU(make(some, oneUp(some, before, now), now, i), some, y + i);
+        i += kLanesOf<decltype(some)>;
+        return now;
+    };
+    if ((n - i) % lanes != 0) {
+        const hn::FixedTag<hn::TFromD<D>, block> small;
+        const auto next = y[i + block - 1];
+        step(small, hn::Set(small, last));
+        last = next;
+    }
+    if (i < n) {
+        auto before = hn::Set(d, last);
+        last = y[n - 1];
 #pragma GCC unroll 2
-    for (; n > kLanesOf<Floats>; n -= kLanesOf<Floats>) {
-        float* const at = x + n - kLanesOf<Floats>;
-        hn::StoreU(hn::LoadU(kFloats, at) - factor * hn::LoadU(kFloats, at - 1), kFloats, at);
+        while (i < n) {
+            before = step(d, before);
+        }
     }
-    return n;
-}
-
-VEK_INLINE int moveUpBy(float* y, const float* h, float v, int n) {
-    const auto factor = hn::Set(kFloats, v);
-    for (; n > kLanesOf<Floats>; n -= kLanesOf<Floats>) {
-        const int first = n - kLanesOf<Floats>;
-        hn::StoreU(hn::LoadU(kFloats, y + first - 1) + factor * hn::LoadU(kFloats, h + first), kFloats, y + first);
-    }
-    return n;
+    return last;
 }
 
 #endif
@@ -391,32 +403,86 @@ int moveGain16(int16_t* x, int g, int keep, int fresh) {
     return g;
 }
 
-void lessPrevious16(int16_t* x, int g, int n) {
-#if VEK_LEVEL > 0
-    n = lessPreviousBy(d16, x, g, n);
-#endif
-    for (int i = n - 1; i > 0; --i) {
-        x[i] = fix::sat16(x[i] - ((x[i - 1] * g) >> 15));
-    }
+// y[i] = make(y[i-1], y[i], i) of what y held before, `before` being that in front; gives the last of what it held.
+template <class T, class Make>
+VEK_INLINE T fewFromPrevious(T* y, T before, int n, Make make) {
+    registers::oneByOne(n, [&](int i) {
+        const T now = y[i];
+        y[i] = make(before, now, i);
+        before = now;
+    });
+    return before;
 }
 
-void lessPrevious32f(float* x, float g, int n) {
-#if VEK_LEVEL > 0
-    n = lessPrevious32By(x, g, n);
-#endif
-    for (int i = n - 1; i > 0; --i) {
-        x[i] -= g * x[i - 1];
-    }
+VEK_INLINE int16_t lessPreviousFew16(int16_t* x, int16_t before, int g, int n) {
+    return fewFromPrevious(x, before, n,
+                           [g](int previous, int now, int) { return fix::sat16(now - ((previous * g) >> 15)); });
 }
 
-void moveUp32f(float* y, const float* h, float v, int n) {
-#if VEK_LEVEL > 0
-    n = moveUpBy(y, h, v, n);
-#endif
-    for (int i = n - 1; i > 0; --i) {
-        y[i] = y[i - 1] + v * h[i];
-    }
+VEK_INLINE float lessPreviousFew32f(float* x, float before, float g, int n) {
+    return fewFromPrevious(x, before, n, [g](float previous, float now, int) { return now - g * previous; });
 }
+
+VEK_INLINE int16_t lessWeightedFew16(int16_t* x, int16_t before, int g, Rounding rounding, int n) {
+    return fewFromPrevious(x, before, n, [=](int previous, int now, int) {
+        return fix::sat16((now * 32768 - previous * g + rounding.half) >> rounding.shift);
+    });
+}
+
+// Nothing comes up to the first: the negative zero leaves each sum as it is.
+VEK_INLINE float moveUpFew32f(float* y, const float* h, float v, int n) {
+    return fewFromPrevious(y, -0.0F, n, [=](float previous, float, int i) { return previous + v * h[i]; });
+}
+
+#if VEK_LEVEL == 0
+
+constexpr auto lessPrevious16 = lessPreviousFew16;
+constexpr auto lessPrevious32f = lessPreviousFew32f;
+constexpr auto lessWeighted16 = lessWeightedFew16;
+
+VekStatus moveUp32f(float* y, const float* h, float v, int n) {
+    moveUpFew32f(y, h, v, n);
+    return vekStsNoErr;
+}
+
+#else
+
+int16_t lessPrevious16(int16_t* x, int16_t before, int g, int n) {
+    return fromPrevious(
+        Upto16(), x, n, [=](int16_t* first, int few) { return lessPreviousFew16(first, before, g, few); },
+        [g](auto d, auto previous, auto now, int) {
+            return hn::SaturatedSub(now, multCut(previous, hn::Set(d, static_cast<int16_t>(g))));
+        });
+}
+
+float lessPrevious32f(float* x, float before, float g, int n) {
+    return fromPrevious(
+        kFloats, x, n, [=](float* first, int few) { return lessPreviousFew32f(first, before, g, few); },
+        [g](auto d, auto previous, auto now, int) { return now - hn::Set(d, g) * previous; });
+}
+
+// 2^15 has no 16 bits, its negative has: the sums of pairs are the negatives of the wanted ones.
+int16_t lessWeighted16(int16_t* x, int16_t before, int g, Rounding rounding, int n) {
+    return fromPrevious(
+        Upto16(), x, n, [=](int16_t* first, int few) { return lessWeightedFew16(first, before, g, rounding, few); },
+        [g, rounding](auto d, auto previous, auto now, int) {
+            const auto two = factors(d, g, -32768);
+            const auto half = hn::Set(hn::RepartitionToWide<decltype(d)>(), rounding.half);
+            const auto lower = half - pairSums(hn::InterleaveLower(d, previous, now), two);
+            const auto upper = half - pairSums(hn::InterleaveUpper(d, previous, now), two);
+            return hn::ReorderDemote2To(d, hn::ShiftRightSame(lower, rounding.shift),
+                                        hn::ShiftRightSame(upper, rounding.shift));
+        });
+}
+
+VekStatus moveUp32f(float* y, const float* h, float v, int n) {
+    fromPrevious(
+        kFloats, y, n, [=](float* first, int few) { return moveUpFew32f(first, h, v, few); },
+        [h, v](auto d, auto previous, auto, int i) { return previous + hn::Set(d, v) * hn::LoadU(d, h + i); });
+    return vekStsNoErr;
+}
+
+#endif
 
 [[gnu::noinline]] VekStatus weightedFew16(const int16_t* x1, Weights weights, const int16_t* x2, Rounding rounding,
                                           int16_t* y, int n) {
@@ -569,9 +635,9 @@ int64_t squaredDistance16(const int16_t* x, const int16_t* y, int n) {
 } // namespace
 
 VEK_KERNEL_TABLE(LoopKernels, loopKernels) = {
-    lessScaled16, lessScaled32f,    magnitudes16,      moveGain16,   lessPrevious16, lessPrevious32f,
-    moveUp32f,    weighted16,       weighted32f,       addScaled32f, threeTaps,      tilt,
-    taps32f,      pairCorrelations, squaredDistance16, cosines,      leastGainPair,
+    lessScaled16,   lessScaled32f, magnitudes16,     moveGain16,        lessPrevious16, lessPrevious32f,
+    lessWeighted16, moveUp32f,     weighted16,       weighted32f,       addScaled32f,   threeTaps,
+    tilt,           taps32f,       pairCorrelations, squaredDistance16, cosines,        leastGainPair,
 };
 
 } // namespace vek

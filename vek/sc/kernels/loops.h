@@ -47,12 +47,14 @@ struct LoopKernels {
     // g = ((g * keep) >> 15) + fresh, x[i] = sat16((x[i] * g + 2^13) >> 14), kLoopSubframe samples; returns the last g.
     // keep is 0..32768, and from a g of 0..32767 on all are.
     int (*moveGain16)(int16_t* x, int g, int keep, int fresh);
-    // x[i] = x[i] - g * x[i-1], i = 1..n-1, of what x held before. Integers: the product in Q15 and cut off, the
-    // difference saturated, g above -32768.
-    void (*lessPrevious16)(int16_t* x, int g, int n);
-    void (*lessPrevious32f)(float* x, float g, int n);
-    // y[i] = y[i-1] + v * h[i], i = 1..n-1, of what y held before.
-    void (*moveUp32f)(float* y, const float* h, float v, int n);
+    // x[i] = x[i] - g * x[i-1] of what x held before, x[-1] being `before`; gives the last of what it held. Integers:
+    // the product in Q15 and cut off, the difference saturated, g above -32768.
+    int16_t (*lessPrevious16)(int16_t* x, int16_t before, int g, int n);
+    float (*lessPrevious32f)(float* x, float before, float g, int n);
+    // Likewise x[i] = sat16((x[i] * 2^15 - g * x[i-1] + half) >> shift), half at most 2^14, g of 16 bits.
+    int16_t (*lessWeighted16)(int16_t* x, int16_t before, int g, Rounding rounding, int n);
+    // y[i] = y[i-1] + v * h[i], i = 1..n-1, of what y held before, y[0] = v * h[0]. Gives vekStsNoErr.
+    VekStatus (*moveUp32f)(float* y, const float* h, float v, int n);
     // y[i] = sat16((x1[i] * first + x2[i] * second + half) >> shift), y may be x1 or x2; no sum leaves 32 bits. Gives
     // vekStsNoErr.
     VekStatus (*weighted16)(const int16_t* x1, Weights weights, const int16_t* x2, Rounding rounding, int16_t* y,
