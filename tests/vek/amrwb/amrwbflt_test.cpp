@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace {
@@ -221,6 +222,50 @@ TEST(VekAmrWbHighPass, PassesItsBandAndStopsWhatIsBelow) {
         const double gain = std::sqrt(power / (20 * 256)) / (8000 * (c.hertz > 0 ? std::sqrt(0.5) : 1));
         EXPECT_GE(gain, c.least) << c.scale << " " << c.hertz;
         EXPECT_LE(gain, c.most) << c.scale << " " << c.hertz;
+    }
+}
+
+// From memories around the edges where an output and then the sum itself saturates, and on through loud noise.
+TEST(VekAmrWbHighPass, EqualsTheRecursionQuietLoudAndAtTheEdges) {
+    struct Filter {
+        int scale;
+        int64_t b0, b1, a1, a2;
+        int shift, up;
+    };
+    struct Memory {
+        int32_t y1, y2;
+        int16_t x1, x2;
+    };
+    const auto floored = [](int64_t v, int64_t divisor) { return (v - (v % divisor + divisor) % divisor) / divisor; };
+    const auto clipped = [](int64_t v, int bits) {
+        return std::clamp(v, -(int64_t{1} << (bits - 1)), (int64_t{1} << (bits - 1)) - 1);
+    };
+    std::mt19937 random(6);
+    for (const Filter& f : {Filter{14, 4053, -8106, 16211, -8021, 4, 2}, Filter{12, 915, -1830, 29280, -14160, 2, 1}}) {
+        // Sums whose output is half of one, -32768 or half of one beyond 32767, and those that leave 32 bits.
+        const int64_t sample = 65536 / (f.shift * f.up);
+        const int64_t room = (int64_t{1} << 31) / f.shift;
+        for (const int64_t edge : {sample / 2, -32768 * sample, 32768 * sample - sample / 2, -room, room}) {
+            for (int test = 0; test < 36; ++test) {
+                Memory m = {0, test / 9 - 1, 0, 0};
+                m.y1 = static_cast<int32_t>(clipped(floored(edge * 16384, f.a1) + test % 9 - 4, 31));
+                char memory[33];
+                ASSERT_EQ(0, veksHighPassFilterInit_AMRWB_16s(memory + 1));
+                std::memcpy(memory + 1, &m, sizeof m);
+                Samples x = noise(random, 40, -32768, 32767), y(40);
+                std::fill_n(x.begin(), 3, int16_t{0});
+                ASSERT_EQ(0, veksHighPassFilter_AMRWB_16s_Sfs(x.data(), y.data(), 40, memory + 1, f.scale));
+                for (size_t i = 0; i < 40; ++i) {
+                    const int64_t inputs = f.b0 * (x[i] + m.x2) + f.b1 * m.x1;
+                    const int64_t sum = floored(inputs * 32768 + m.y1 * f.a1 + m.y2 * f.a2 + 0x2000, 16384);
+                    const int64_t v = clipped(sum * f.shift, 32);
+                    ASSERT_EQ(clipped(floored(v * f.up + 0x8000, 65536), 16), y[i])
+                        << f.scale << " " << test << " " << i;
+                    m = {static_cast<int32_t>(floored(v, 2)), m.y1, x[i], m.x1};
+                }
+                EXPECT_EQ(0, std::memcmp(&m, memory + 1, sizeof m)) << f.scale << " " << test;
+            }
+        }
     }
 }
 

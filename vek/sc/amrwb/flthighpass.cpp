@@ -1,8 +1,11 @@
 // The two recursive high-pass filters of AMR-WB, of 50 and 400 Hz, and the symmetric filter of three taps.
+#include <algorithm>
+
 #include "sc/common/fixmath.h"
 #include "sc/common/highpass.h"
 #include "sc/common/markedstate.h"
 #include "sc/common/signal_check.h"
+#include "sc/kernels/filter.h"
 #include "sc/kernels/loops.h"
 #include "veksc_amrwbflt.h"
 
@@ -13,31 +16,77 @@ using namespace vek::fix;
 constexpr HighPassSection k50 = {4053, -8106, 16211, -8021, 2, 1};
 constexpr HighPassSection k400 = {915, -1830, 29280, -14160, 1, 0};
 
-// The loop waits for the last output only: the rest of a sample's sum is made ahead.
+// A sample's sum, of which the inputs' share is known.
+template <HighPassSection F>
+int64_t sumOf(Vek32s inputs, int64_t y1, int64_t y2, int64_t scale) {
+    return ((static_cast<int64_t>(inputs) << 15) + y2 * (F.a2 * scale) + 0x2000 + y1 * (F.a1 * scale)) >> 14;
+}
+
+// The loop waits for the last output only, and this one is without the zeros that the shift gives it. Ends with the
+// inputs or before the first output that saturates, and tells how many were filtered: none, where the memory does not
+// end in zeros.
+template <HighPassSection F>
+int runQuiet(HighPassMemory& m, const Vek32s* inputs, Vek16s* dst, int n) {
+    constexpr int kScale = 1 << (F.shift - 1);
+    constexpr int kToSample = 16 - F.shift - F.outShift;
+    constexpr int kHalf = 1 << (kToSample - 1);
+    // Neither a sample nor the doubled output leaves its bits.
+    constexpr int64_t kLeast = -(int64_t{1} << (15 + kToSample));
+    constexpr auto kRoom = static_cast<uint64_t>(-2 * kLeast - kHalf);
+    static_assert(F.outShift >= 0);
+    if ((m.y1 | m.y2) % kScale != 0) {
+        return 0;
+    }
+    int64_t w1 = m.y1 / kScale;
+    int64_t w2 = m.y2 / kScale;
+    int i = 0;
+    for (; i < n; ++i) {
+        const int64_t w = sumOf<F>(inputs[i], w1, w2, kScale);
+        if (static_cast<uint64_t>(w - kLeast) >= kRoom) [[unlikely]] {
+            break;
+        }
+        dst[i] = static_cast<Vek16s>((w + kHalf) >> kToSample);
+        w2 = w1;
+        w1 = w;
+    }
+    m.y1 = static_cast<Vek32s>(w1 * kScale);
+    m.y2 = static_cast<Vek32s>(w2 * kScale);
+    return i;
+}
+
+template <HighPassSection F>
+Vek16s runLoud(HighPassMemory& m, Vek32s input) {
+    const int64_t sum = sumOf<F>(input, m.y1, m.y2, 1);
+    const Vek32s v = sat32(sum * (1 << F.shift));
+    m.y2 = m.y1;
+    m.y1 = v >> 1;
+    return sat16_64((static_cast<int64_t>(v) * (1 << F.outShift) + 0x8000) >> 16);
+}
+
+// What a chunk's inputs give is summed ahead.
 template <HighPassSection F>
 void run(HighPassMemory& m, const Vek16s* src, Vek16s* dst, int n) {
-    int64_t y1 = m.y1;
-    int64_t older = static_cast<int64_t>(m.y2) * F.a2;
-    int x1 = m.x1;
-    int x2 = m.x2;
-    for (int i = 0; i < n; ++i) {
-        const int x0 = src[i];
-        const int64_t known = (static_cast<int64_t>(F.b0 * (x0 + x2) + F.b1 * x1) << 15) + older + 0x2000;
-        x2 = x1;
-        x1 = x0;
-        older = y1 * F.a2;
-        m.y2 = static_cast<Vek32s>(y1);
-        y1 = ((y1 * F.a1 + known) >> 14) * (1 << (F.shift - 1));
-        int64_t v = 2 * y1;
-        if (v != static_cast<int32_t>(v)) [[unlikely]] {
-            v = v < 0 ? kMin32 : kMax32;
-            y1 = v >> 1;
+    static constexpr Vek16s kTaps[] = {F.b0, F.b1, F.b0};
+    constexpr int kOrder = 2;
+    constexpr int kChunk = 128;
+    for (int done = 0; done < n; done += kChunk) {
+        const int count = std::min(kChunk, n - done);
+        Vek16s x[kOrder + kChunk];
+        x[0] = m.x2;
+        x[1] = m.x1;
+        std::copy_n(src + done, count, x + kOrder);
+        Vek32s inputs[kChunk];
+        filterKernels().fir32(kTaps, kOrder, x + kOrder, inputs, count);
+        Vek16s* y = dst + done;
+        for (int i = 0; i < count; ++i) {
+            i += runQuiet<F>(m, inputs + i, y + i, count - i);
+            if (i < count) {
+                y[i] = runLoud<F>(m, inputs[i]);
+            }
         }
-        dst[i] = sat16_64((v * (1 << F.outShift) + 0x8000) >> 16);
+        m.x2 = x[count];
+        m.x1 = x[count + 1];
     }
-    m.y1 = static_cast<Vek32s>(y1);
-    m.x1 = static_cast<Vek16s>(x1);
-    m.x2 = static_cast<Vek16s>(x2);
 }
 
 } // namespace

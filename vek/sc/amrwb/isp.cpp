@@ -105,10 +105,8 @@ Vek16s ispOf(int frequency) {
     if (static_cast<unsigned>(frequency) > kSteps * 128) [[unlikely]] {
         frequency = frequency < 0 ? 0 : kSteps * 128;
     }
-    const int place = frequency >> 7;
-    // The last step has no next one, and nothing lies within it.
-    const int rise = kIspCos[place + 1 - (place >> 7)] - kIspCos[place];
-    return static_cast<Vek16s>(kIspCos[place] + ((rise * (frequency & 127)) >> 7));
+    const IspStep step = kIspSteps[static_cast<size_t>(frequency >> 7)];
+    return static_cast<Vek16s>(step.begin + ((step.rise * (frequency & 127)) >> 7));
 }
 
 // The last of the falling cosines, up to kSteps - 1, that is not below x.

@@ -1,6 +1,7 @@
 // Cosine tables of the ISP conversions of TS 26.190 5.2.3 and 5.2.4: figures of the published ones.
 #include "sc/amrwb/isptables.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace vek::amrwb {
@@ -42,6 +43,15 @@ const Vek16s kIspAcosSlope[128] = {
 
 namespace {
 
+constexpr std::array<IspStep, 129> steps() {
+    std::array<IspStep, 129> all{};
+    for (std::size_t n = 0; n < all.size(); ++n) {
+        const int next = kIspCos[std::min(n + 1, all.size() - 1)];
+        all[n] = {kIspCos[n], static_cast<Vek16s>(next - kIspCos[n])};
+    }
+    return all;
+}
+
 constexpr std::array<Vek8u, 256> places() {
     std::array<Vek8u, 256> at{};
     for (int k = 0; k < 256; ++k) {
@@ -56,6 +66,7 @@ constexpr std::array<Vek8u, 256> places() {
 
 } // namespace
 
+const std::array<IspStep, 129> kIspSteps = steps();
 const std::array<Vek8u, 256> kIspPlace = places();
 
 } // namespace vek::amrwb

@@ -2,6 +2,7 @@
 #include "sc/common/energylevel.h"
 
 #include "sc/common/fixmath.h"
+#include "sc/kernels/loops.h"
 #include "veksc_filter.h"
 
 using namespace vek::fix;
@@ -26,17 +27,11 @@ int16_t share(int32_t in, int32_t out) {
 
 } // namespace
 
-void vek::levelByEnergy(int32_t in, int32_t out, int16_t* x, int n, int16_t& gain) {
+void vek::levelByEnergy(int32_t in, int32_t out, int16_t* x, int16_t& gain) {
     if (out == 0) {
         gain = 0;
         return;
     }
     // A share is 0..3276: the moving gain stays within 16 bits by itself.
-    const int fresh = share(in, out);
-    int now = gain;
-    for (int i = 0; i < n; ++i) {
-        now = ((now * kStay) >> 15) + fresh;
-        x[i] = sat16((x[i] * now) >> 12);
-    }
-    gain = static_cast<int16_t>(now);
+    gain = static_cast<int16_t>(loopKernels().moveGain16(x, gain, kStay, share(in, out), {.shift = 12, .half = 0}));
 }

@@ -6,7 +6,8 @@
 
 namespace vek {
 
-// x[n] *= gain, gain = 0.9 * gain + 0.1 * sqrt(in / out) in Q12; an output of no energy makes the gain 0.
-void levelByEnergy(int32_t in, int32_t out, int16_t* x, int n, int16_t& gain);
+// Of a subframe of 40 x[n] *= gain, gain = 0.9 * gain + 0.1 * sqrt(in / out) in Q12; an output of no energy makes the
+// gain 0.
+void levelByEnergy(int32_t in, int32_t out, int16_t* x, int16_t& gain);
 
 } // namespace vek

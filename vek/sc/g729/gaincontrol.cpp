@@ -13,6 +13,9 @@ using namespace vek::g729;
 
 namespace {
 
+// Gains in Q14.
+constexpr vek::Rounding kRoundedQ14 = {.shift = 14, .half = 0x2000};
+
 // Doubled energy of quarters of the samples.
 int32_t quarteredEnergy(const Vek16s* x) {
     Vek16s quarters[kSubframe];
@@ -49,14 +52,14 @@ int32_t vek::g729::sumOfMagnitudes(const int16_t* x) {
 }
 
 void vek::g729::moveGain(int16_t* x, int16_t ratio, int16_t share, int16_t& gain) {
-    gain = static_cast<int16_t>(loopKernels().moveGain16(x, gain, 32768 - share, mult(ratio, share)));
+    gain = static_cast<int16_t>(loopKernels().moveGain16(x, gain, 32768 - share, mult(ratio, share), kRoundedQ14));
 }
 
 VekStatus veksGainControl_G729A_16s_I(const Vek16s* pSrc, Vek16s* pSrcDst, Vek16s* pGain) {
     if (anyNull(pSrc, pSrcDst, pGain)) {
         return vekStsNullPtrErr;
     }
-    levelByEnergy(quarteredEnergy(pSrc), quarteredEnergy(pSrcDst), pSrcDst, kSubframe, *pGain);
+    levelByEnergy(quarteredEnergy(pSrc), quarteredEnergy(pSrcDst), pSrcDst, *pGain);
     return vekStsNoErr;
 }
 

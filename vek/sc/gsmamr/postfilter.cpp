@@ -86,7 +86,7 @@ VekStatus veksPostFilter_GSMAMR_16s(const Vek16s* pSrcQLpc, const Vek16s* pSrcSp
         veksPreemphasize_GSMAMR_16s(tilt(fir, iir), residual, level, kSubframe, pValResultPrevResidual);
         synthesisFilter(iir, kOrder, level, out, kSubframe, 12, pSrcDstFormantIIRState);
         std::copy_n(out + kSubframe - kOrder, kOrder, pSrcDstFormantIIRState);
-        levelByEnergy(energyOf(in), energyOf(out), out, kSubframe, *pValResultPrevScalingGain);
+        levelByEnergy(energyOf(in), energyOf(out), out, *pValResultPrevScalingGain);
     }
     std::copy_n(speech + kFrame, kOrder, pSrcDstFormantFIRState);
     return vekStsNoErr;

@@ -273,20 +273,31 @@ VEK_INLINE void firSums(D d, const int32_t* c, int order, const int16_t* x, Sums
     }
 }
 
-// From output i on what fills registers, then shorter ones; gives the first output that is left.
+// As many outputs as `d` has lanes.
+template <int Fixed, class D>
+VEK_INLINE void firRegister(D d, const int32_t* c, int order, const int16_t* x, int16_t* y, int q) {
+    auto lower = hn::Set(hn::RepartitionToWide<D>(), static_cast<int>(halfOf(q)));
+    auto upper = lower;
+    firSums<Fixed>(d, c, order, x, lower, upper);
+    storeSaturated(d, y, hn::ShiftRightSame(lower, q), hn::ShiftRightSame(upper, q));
+}
+
+// From output i on what fills registers, then shorter ones, of which the last one overlaps; gives the first output that
+// is left.
 template <int Fixed, class D>
 VEK_INLINE int fir16By(D d, const int32_t* c, int order, const int16_t* x, int16_t* y, int i, int n, int q) {
-    for (; i + kLanesOf<D> <= n; i += kLanesOf<D>) {
-        auto lower = hn::Set(hn::RepartitionToWide<D>(), static_cast<int>(halfOf(q)));
-        auto upper = lower;
-        firSums<Fixed>(d, c, order, x + i, lower, upper);
-        storeSaturated(d, y + i, hn::ShiftRightSame(lower, q), hn::ShiftRightSame(upper, q));
+    constexpr int lanes = kLanesOf<D>;
+    for (; i + lanes <= n; i += lanes) {
+        firRegister<Fixed>(d, c, order, x + i, y + i, q);
     }
-    if constexpr (kLanesOf < D >> kLanesOf<EightOf16>) {
+    if constexpr (lanes > kLeast) {
         return fir16By<Fixed>(hn::Half<D>(), c, order, x, y, i, n, q);
-    } else {
+    }
+    if (i == n || n < lanes) {
         return i;
     }
+    firRegister<Fixed>(d, c, order, x + n - lanes, y + n - lanes, q);
+    return n;
 }
 
 template <int Fixed>

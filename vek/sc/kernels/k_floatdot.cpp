@@ -7,6 +7,7 @@ namespace vek {
 namespace {
 
 constexpr int kShortSum = 16;
+constexpr int kSubframe = 40;
 
 #if VEK_LEVEL == 0
 
@@ -143,6 +144,10 @@ float dot32f(const float* a, const float* b, int n) {
 }
 
 VekStatus dotTo32f(const float* a, const float* b, int n, float* sum) {
+    if (n == kSubframe) {
+        *sum = dotOfBlock(a, b, kSubframe);
+        return vekStsNoErr;
+    }
     if (n >= kShortSum) {
         return longDotTo32f(a, b, n, sum);
     }

@@ -374,7 +374,7 @@ VEK_INLINE auto fromPrevious(D d, hn::TFromD<D>* y, int n, First first, Make mak
 
 // Only the gain waits for the one before. Above the plain level it does so in all lanes of a register, by one product's
 // upper half and one sum.
-int moveGain16(int16_t* x, int g, int keep, int fresh) {
+int moveGain16(int16_t* x, int g, int keep, int fresh, Rounding rounding) {
 #if VEK_LEVEL > 0
     if (g >= 0 && keep < 32768) {
         const hn::RebindToUnsigned<EightOf16> bits;
@@ -387,7 +387,8 @@ int moveGain16(int16_t* x, int g, int keep, int fresh) {
         };
         for (int i = 0; i < kSub; i += 8) {
             const auto gains = firstLanes(next);
-            hn::StoreU(multShifted(hn::LoadU(kEightOf16, x + i), gains, 0x2000, 14), kEightOf16, x + i);
+            hn::StoreU(multShifted(hn::LoadU(kEightOf16, x + i), gains, rounding.half, rounding.shift), kEightOf16,
+                       x + i);
         }
         return hn::GetLane(gain);
     }
@@ -398,7 +399,7 @@ int moveGain16(int16_t* x, int g, int keep, int fresh) {
         now = g;
     }
     for (int i = 0; i < kSub; ++i) {
-        x[i] = fix::sat16((x[i] * gains[i] + 0x2000) >> 14);
+        x[i] = fix::sat16((x[i] * gains[i] + rounding.half) >> rounding.shift);
     }
     return g;
 }
@@ -623,6 +624,8 @@ void pairCorrelations(const int16_t* h, int32_t* rows) {
     }
 }
 
+#if VEK_LEVEL == 0
+
 int64_t squaredDistance16(const int16_t* x, const int16_t* y, int n) {
     uint64_t sum = 0;
     for (int i = 0; i < n; ++i) {
@@ -631,6 +634,37 @@ int64_t squaredDistance16(const int16_t* x, const int16_t* y, int n) {
     }
     return static_cast<int64_t>(sum);
 }
+
+#else
+
+int64_t squaredDistance16(const int16_t* x, const int16_t* y, int n) {
+    const hn::RepartitionToWide<D16> differences;
+    const hn::RebindToUnsigned<hn::RepartitionToWide<decltype(differences)>> wide;
+    const auto minus = factors(d16, 1, -1);
+    auto all = hn::Zero(wide);
+    auto upper = all;
+    // Squares are numbers without a sign: two in 64 bits, and those in the upper halves once more.
+    const auto add = [&](auto a, auto b) {
+        for (const auto both : {hn::InterleaveLower(d16, a, b), hn::InterleaveUpper(d16, a, b)}) {
+            const auto d = pairSums(both, minus);
+            const auto two = hn::BitCast(wide, d * d);
+            all = all + two;
+            upper = upper + hn::ShiftRight<32>(two);
+        }
+    };
+    int i = 0;
+    for (; i + kLanesOf<D16> <= n; i += kLanesOf<D16>) {
+        add(hn::LoadU(d16, x + i), hn::LoadU(d16, y + i));
+    }
+    uint64_t sum = 0;
+    oneByOne(n - i, [=, &sum](int k) {
+        const auto d = static_cast<uint32_t>(x[i + k] - y[i + k]);
+        sum += d * d;
+    });
+    return static_cast<int64_t>(sum + hn::GetLane(hn::SumOfLanes(wide, all - hn::ShiftLeft<32>(upper) + upper)));
+}
+
+#endif
 
 } // namespace
 

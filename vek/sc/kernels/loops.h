@@ -44,9 +44,9 @@ struct LoopKernels {
     VekStatus (*lessScaled32f)(float g, const float* d, const float* x, float* y);
     // Sum of |x[i]|, kLoopSubframe samples.
     int32_t (*magnitudes16)(const int16_t* x);
-    // g = ((g * keep) >> 15) + fresh, x[i] = sat16((x[i] * g + 2^13) >> 14), kLoopSubframe samples; returns the last g.
-    // keep is 0..32768, and from a g of 0..32767 on all are.
-    int (*moveGain16)(int16_t* x, int g, int keep, int fresh);
+    // g = ((g * keep) >> 15) + fresh, x[i] = sat16((x[i] * g + half) >> shift), kLoopSubframe samples; returns the last
+    // g. keep is 0..32768, and from a g of 0..32767 on all are.
+    int (*moveGain16)(int16_t* x, int g, int keep, int fresh, Rounding rounding);
     // x[i] = x[i] - g * x[i-1] of what x held before, x[-1] being `before`; gives the last of what it held. Integers:
     // the product in Q15 and cut off, the difference saturated, g above -32768.
     int16_t (*lessPrevious16)(int16_t* x, int16_t before, int g, int n);
