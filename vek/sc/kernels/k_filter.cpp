@@ -273,31 +273,20 @@ VEK_INLINE void firSums(D d, const int32_t* c, int order, const int16_t* x, Sums
     }
 }
 
-// As many outputs as `d` has lanes.
-template <int Fixed, class D>
-VEK_INLINE void firRegister(D d, const int32_t* c, int order, const int16_t* x, int16_t* y, int q) {
-    auto lower = hn::Set(hn::RepartitionToWide<D>(), static_cast<int>(halfOf(q)));
-    auto upper = lower;
-    firSums<Fixed>(d, c, order, x, lower, upper);
-    storeSaturated(d, y, hn::ShiftRightSame(lower, q), hn::ShiftRightSame(upper, q));
-}
-
-// From output i on what fills registers, then shorter ones, of which the last one overlaps; gives the first output that
-// is left.
+// From output i on what fills registers, then shorter ones; gives the first output that is left.
 template <int Fixed, class D>
 VEK_INLINE int fir16By(D d, const int32_t* c, int order, const int16_t* x, int16_t* y, int i, int n, int q) {
-    constexpr int lanes = kLanesOf<D>;
-    for (; i + lanes <= n; i += lanes) {
-        firRegister<Fixed>(d, c, order, x + i, y + i, q);
+    for (; i + kLanesOf<D> <= n; i += kLanesOf<D>) {
+        auto lower = hn::Set(hn::RepartitionToWide<D>(), static_cast<int>(halfOf(q)));
+        auto upper = lower;
+        firSums<Fixed>(d, c, order, x + i, lower, upper);
+        storeSaturated(d, y + i, hn::ShiftRightSame(lower, q), hn::ShiftRightSame(upper, q));
     }
-    if constexpr (lanes > kLeast) {
+    if constexpr (kLanesOf < D >> kLanesOf<EightOf16>) {
         return fir16By<Fixed>(hn::Half<D>(), c, order, x, y, i, n, q);
-    }
-    if (i == n || n < lanes) {
+    } else {
         return i;
     }
-    firRegister<Fixed>(d, c, order, x + n - lanes, y + n - lanes, q);
-    return n;
 }
 
 template <int Fixed>
@@ -553,7 +542,7 @@ void corrRows16(const int16_t* h, int32_t* rows) {
 
 #endif
 
-void fir16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
+void firWhole16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
     switch (order) {
     case 10:
         return fir16Of<10>(a, order, x, y, n, q);
@@ -564,6 +553,17 @@ void fir16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int
     default:
         return fir16Of<0>(a, order, x, y, n, q);
     }
+}
+
+// What fills no register of 128 bits goes by one with outputs before it.
+void fir16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
+    constexpr int lanes = 8;
+    const int over = n % lanes;
+    if (VEK_LEVEL > 0 && over != 0 && n > lanes) {
+        firWhole16(a, order, x + n - lanes, y + n - lanes, lanes, q);
+        n -= over;
+    }
+    firWhole16(a, order, x, y, n, q);
 }
 
 void scale32(int a, const int16_t* x, int32_t* f, int n) {

@@ -515,7 +515,7 @@ VekStatus weighted16(const int16_t* x1, Weights weights, const int16_t* x2, Roun
     if (n < kLeastFill<int16_t>) {
         return weightedFew16(x1, weights, x2, rounding, y, n);
     }
-    fillBy(d16, y, n, [=](auto d, int i) {
+    const auto made = [=](auto d, int i) {
         const auto a = hn::LoadU(d, x1 + i);
         const auto b = hn::LoadU(d, x2 + i);
         const auto both = factors(d, weights);
@@ -524,7 +524,12 @@ VekStatus weighted16(const int16_t* x1, Weights weights, const int16_t* x2, Roun
         const auto upper = plusPairs(half, hn::InterleaveUpper(d, a, b), both);
         return hn::ReorderDemote2To(d, hn::ShiftRightSame(lower, rounding.shift),
                                     hn::ShiftRightSame(upper, rounding.shift));
-    });
+    };
+    if (n == kLanesOf<Upto16>) [[unlikely]] {
+        hn::StoreU(made(Upto16(), 0), Upto16(), y);
+        return vekStsNoErr;
+    }
+    fillBy(d16, y, n, made);
     return vekStsNoErr;
 }
 

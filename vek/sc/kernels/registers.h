@@ -167,11 +167,9 @@ VEK_INLINE void fillFewBy(D d, hn::TFromD<D>* y, int n, Make make) {
         }
     }
     const hn::Vec<D> first = make(d, 0);
-    if (n > lanes) {
-        const hn::Vec<D> last = make(d, n - lanes);
-        hn::StoreU(last, d, y + n - lanes);
-    }
+    const hn::Vec<D> last = make(d, n - lanes);
     hn::StoreU(first, d, y);
+    hn::StoreU(last, d, y + n - lanes);
 }
 
 // y[i] = make(d, i), as many at once as `d` has lanes, or 128 bits, which there are. The last register overlaps the one
