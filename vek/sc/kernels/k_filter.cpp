@@ -87,9 +87,6 @@ using namespace registers;
 
 constexpr int kLeast = kLeastFill<int16_t>;
 
-// What codecs run over ten to sixty elements goes by 256 bits at the most.
-using Short16 = hn::CappedTag<int16_t, 16>;
-
 // Largest magnitude of at least as many as `d` has lanes: as numbers without a sign magnitudes have room for 32768.
 template <class D>
 VEK_INLINE int maxAbsBy(D d, const int16_t* x, int n) {
@@ -558,8 +555,8 @@ void firWhole16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n
 // What fills no register of 128 bits goes by one with outputs before it.
 void fir16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
     constexpr int lanes = 8;
-    const int over = n % lanes;
-    if (VEK_LEVEL > 0 && over != 0 && n > lanes) {
+    const int over = VEK_LEVEL > 0 && n > lanes ? n % lanes : 0;
+    if (over != 0) {
         firWhole16(a, order, x + n - lanes, y + n - lanes, lanes, q);
         n -= over;
     }

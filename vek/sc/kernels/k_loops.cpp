@@ -110,7 +110,6 @@ int leastGainPair(const float* terms, double predicted, GainEntries first, GainE
 using namespace registers;
 
 using Floats = hn::CappedTag<float, 8>;
-using Upto16 = hn::CappedTag<int16_t, 16>;
 constexpr Floats kFloats;
 
 // A subframe of what `made` gives from an element on, the last register over the one before. All are made before any is
@@ -347,24 +346,24 @@ VEK_INLINE auto fromPrevious(D d, hn::TFromD<D>* y, int n, First first, Make mak
     static_assert(lanes <= 2 * block);
     int i = n % block;
     auto last = first(y, i);
-    const auto step = [&](auto some, auto before) {
-        const auto now = hn::LoadU(some, y + i);
-        hn::StoreU(make(some, oneUp(some, before, now), now, i), some, y + i);
-        i += kLanesOf<decltype(some)>;
+    const auto step = [=](auto some, auto before, int at) {
+        const auto now = hn::LoadU(some, y + at);
+        hn::StoreU(make(some, oneUp(some, before, now), now, at), some, y + at);
         return now;
     };
     if ((n - i) % lanes != 0) {
         const hn::FixedTag<hn::TFromD<D>, block> small;
         const auto next = y[i + block - 1];
-        step(small, hn::Set(small, last));
+        step(small, hn::Set(small, last), i);
         last = next;
+        i += block;
     }
     if (i < n) {
         auto before = hn::Set(d, last);
         last = y[n - 1];
 #pragma GCC unroll 2
-        while (i < n) {
-            before = step(d, before);
+        for (; i < n; i += lanes) {
+            before = step(d, before, i);
         }
     }
     return last;
@@ -450,7 +449,7 @@ VekStatus moveUp32f(float* y, const float* h, float v, int n) {
 
 int16_t lessPrevious16(int16_t* x, int16_t before, int g, int n) {
     return fromPrevious(
-        Upto16(), x, n, [=](int16_t* first, int few) { return lessPreviousFew16(first, before, g, few); },
+        Short16(), x, n, [=](int16_t* first, int few) { return lessPreviousFew16(first, before, g, few); },
         [g](auto d, auto previous, auto now, int) {
             return hn::SaturatedSub(now, multCut(previous, hn::Set(d, static_cast<int16_t>(g))));
         });
@@ -465,7 +464,7 @@ float lessPrevious32f(float* x, float before, float g, int n) {
 // 2^15 has no 16 bits, its negative has: the sums of pairs are the negatives of the wanted ones.
 int16_t lessWeighted16(int16_t* x, int16_t before, int g, Rounding rounding, int n) {
     return fromPrevious(
-        Upto16(), x, n, [=](int16_t* first, int few) { return lessWeightedFew16(first, before, g, rounding, few); },
+        Short16(), x, n, [=](int16_t* first, int few) { return lessWeightedFew16(first, before, g, rounding, few); },
         [g, rounding](auto d, auto previous, auto now, int) {
             const auto two = factors(d, g, -32768);
             const auto half = hn::Set(hn::RepartitionToWide<decltype(d)>(), rounding.half);
@@ -525,8 +524,8 @@ VekStatus weighted16(const int16_t* x1, Weights weights, const int16_t* x2, Roun
         return hn::ReorderDemote2To(d, hn::ShiftRightSame(lower, rounding.shift),
                                     hn::ShiftRightSame(upper, rounding.shift));
     };
-    if (n == kLanesOf<Upto16>) [[unlikely]] {
-        hn::StoreU(made(Upto16(), 0), Upto16(), y);
+    if (n == kLanesOf<Short16>) [[unlikely]] {
+        hn::StoreU(made(Short16(), 0), Short16(), y);
         return vekStsNoErr;
     }
     fillBy(d16, y, n, made);

@@ -57,6 +57,8 @@ inline constexpr int kLanesOf = static_cast<int>(hn::MaxLanes(D()));
 
 using D16 = hn::ScalableTag<int16_t>;
 using EightOf16 = hn::FixedTag<int16_t, 8>;
+// What codecs run over ten to sixty elements goes by 256 bits at the most.
+using Short16 = hn::CappedTag<int16_t, 16>;
 using FourOf32 = hn::FixedTag<int32_t, 4>;
 
 inline constexpr D16 d16;
