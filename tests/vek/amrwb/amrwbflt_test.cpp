@@ -69,7 +69,7 @@ TEST(VekAmrWbEmphasis, IsFirstOrderInEveryScaleAndSaturates) {
         for (int test = 0; test < 16 * 4; ++test) {
             const int scale = test / 4;
             const int16_t factor = std::array<int16_t, 4>{22282, 1, 32767, -32768}[test % 4];
-            // With a factor of one also what is too quiet to saturate in the small scales.
+            // Zeros among the samples: with a factor of one what they become does not saturate in small scales either.
             Samples x = noise(random, 600, -32768, 32767), y;
             std::replace_if(
                 x.begin(), x.begin() + 300, [](int16_t v) { return v % 2 != 0; }, 0);

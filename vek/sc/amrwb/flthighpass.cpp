@@ -16,7 +16,7 @@ using namespace vek::fix;
 constexpr HighPassSection k50 = {4053, -8106, 16211, -8021, 2, 1};
 constexpr HighPassSection k400 = {915, -1830, 29280, -14160, 1, 0};
 
-// A sample's sum, of which the inputs' share is known.
+// A sample's sum of the inputs' share and of outputs that stand in units of `scale`.
 template <HighPassSection F>
 int64_t sumOf(Vek32s inputs, int64_t y1, int64_t y2, int64_t scale) {
     return ((static_cast<int64_t>(inputs) << 15) + y2 * (F.a2 * scale) + 0x2000 + y1 * (F.a1 * scale)) >> 14;
@@ -54,6 +54,7 @@ int runQuiet(HighPassMemory& m, const Vek32s* inputs, Vek16s* dst, int n) {
     return i;
 }
 
+// One sample from any memory, with both saturations.
 template <HighPassSection F>
 Vek16s runLoud(HighPassMemory& m, Vek32s input) {
     const int64_t sum = sumOf<F>(input, m.y1, m.y2, 1);

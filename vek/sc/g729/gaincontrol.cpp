@@ -13,7 +13,7 @@ using namespace vek::g729;
 
 namespace {
 
-// Gains in Q14.
+// Of products with gains in Q14.
 constexpr vek::Rounding kRoundedQ14 = {.shift = 14, .half = 0x2000};
 
 // Doubled energy of quarters of the samples.

@@ -539,7 +539,7 @@ void corrRows16(const int16_t* h, int32_t* rows) {
 
 #endif
 
-void firWhole16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
+void firByOrder16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
     switch (order) {
     case 10:
         return fir16Of<10>(a, order, x, y, n, q);
@@ -552,15 +552,15 @@ void firWhole16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n
     }
 }
 
-// What fills no register of 128 bits goes by one with outputs before it.
+// The last outputs, too few for a register of 128 bits, go by one with some before them.
 void fir16(const int16_t* a, int order, const int16_t* x, int16_t* y, int n, int q) {
     constexpr int lanes = 8;
     const int over = VEK_LEVEL > 0 && n > lanes ? n % lanes : 0;
     if (over != 0) {
-        firWhole16(a, order, x + n - lanes, y + n - lanes, lanes, q);
+        firByOrder16(a, order, x + n - lanes, y + n - lanes, lanes, q);
         n -= over;
     }
-    firWhole16(a, order, x, y, n, q);
+    firByOrder16(a, order, x, y, n, q);
 }
 
 void scale32(int a, const int16_t* x, int32_t* f, int n) {

@@ -144,6 +144,7 @@ float dot32f(const float* a, const float* b, int n) {
 }
 
 VekStatus dotTo32f(const float* a, const float* b, int n, float* sum) {
+    static_assert(kSubframe <= kBlock);
     // The straight way is that of the short sums, whose clocks are mostly those of the call.
     if (n == kSubframe) [[unlikely]] {
         *sum = dotOfBlock(a, b, kSubframe);
