@@ -155,7 +155,9 @@ TEST(ProgramRun, MeasuresOneFunctionFromTheFirstLineOfItsCfgFile) {
     const RigDirectory rig(KELVARRIG, "kelvarrig");
     rig.write("kelvarrig.cfg", "-B -LPERF -r -u -o -q -g -f=veksDotProd_G729A_16s32s; -dMethod=Manual -dNumLoops=3\n"
                                "-h\n");
-    const RigResult run = rig.run({});
+    RigConsole console;
+    console.trueCalendar = true;
+    const RigResult run = rig.run({}, console);
     EXPECT_EQ(0, run.exitCode);
     const std::string expected = R"(Command line options: read from kelvarrig.cfg file
 -B: batch mode

@@ -88,12 +88,15 @@ RigDirectory::RigDirectory(const char* program, const char* name) : m_program(pr
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-void RigDirectory::become(const std::vector<std::string>& keys, bool relativeName) const {
+void RigDirectory::become(const std::vector<std::string>& keys, const RigConsole& console) const {
     std::signal(SIGPIPE, SIG_DFL);
     // A test that crashed leaves its memory behind, which is no leak of the harness.
     const char* const given = std::getenv("ASAN_OPTIONS");
     setenv("ASAN_OPTIONS", ((given != nullptr ? std::string(given) + ":" : "") + "detect_leaks=0").c_str(), 1);
-    const std::string self = relativeName ? "./" + m_name : file(m_name);
+    if (console.trueCalendar) {
+        unsetenv("LD_PRELOAD");
+    }
+    const std::string self = console.relativeName ? "./" + m_name : file(m_name);
     std::vector<char*> words{const_cast<char*>(self.c_str())};
     for (const std::string& key : keys) {
         words.push_back(const_cast<char*>(key.c_str()));
@@ -118,7 +121,7 @@ RigResult RigDirectory::run(const std::vector<std::string>& keys, const RigConso
         int master = -1;
         const pid_t process = forkpty(&master, nullptr, &mode, nullptr);
         if (process == 0) {
-            become(keys);
+            become(keys, console);
         }
         const bool hung = converse(dup(master), master, console.input, true, console.seconds, output);
         close(master);
@@ -152,7 +155,7 @@ RigResult RigDirectory::run(const std::vector<std::string>& keys, const RigConso
         if (console.outputHangsUp) {
             close(out[0]);
         }
-        become(keys, console.relativeName);
+        become(keys, console);
     }
     close(in[0]);
     close(out[1]);

@@ -29,6 +29,7 @@ struct RigConsole {
     std::string outputFile;     ///< in place of a pipe
     bool terminal = false;      ///< a pseudo-terminal without echo in place of pipes
     bool rawTerminal = false;   ///< a terminal that does not limit lines to 4095 characters
+    bool trueCalendar = false;  ///< the seconds are whole ones, also where the tests have a quicker calendar
     int seconds = 30;           ///< the time limit
 };
 
@@ -58,7 +59,7 @@ public:
     std::string mask(const std::string& text) const;
 
 private:
-    [[noreturn]] void become(const std::vector<std::string>& keys, bool relativeName = false) const;
+    [[noreturn]] void become(const std::vector<std::string>& keys, const RigConsole& console = RigConsole()) const;
 
     std::string m_program;
     std::string m_name;

@@ -459,15 +459,15 @@ std::string firstFault(const Entry& entry, int size, Kind kind) {
     };
     bool first = true;
     atEveryLevel([&] {
-        Manner manner;
-        manner.kind = kind;
+        const Manner plain{kind, 0, false};
         if (told.empty() && (first || entry.levelsApart)) {
-            first = false;
-            want = perform(entry, size, manner);
-            tell(manner, fault(entry, want));
+            want = perform(entry, size, plain);
+            tell(plain, fault(entry, want));
+        } else if (told.empty()) {
+            tell(plain, difference(want, perform(entry, size, plain), entry));
         }
-        for (const Manner& other : {Manner{kind, 0, false}, Manner{kind, 1, false}, Manner{kind, 3, false},
-                                    Manner{kind, 0, true}, Manner{kind, 3, true}}) {
+        first = false;
+        for (const Manner& other : {Manner{kind, 3, false}, Manner{kind, 0, true}, Manner{kind, 3, true}}) {
             if (told.empty() && (want.paired || !other.inPlace)) {
                 tell(other, difference(want, perform(entry, size, other), entry));
             }

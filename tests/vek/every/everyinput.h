@@ -255,7 +255,7 @@ struct Entry {
 };
 
 /// What the function does wrong with inputs of one kind: the first fault, told with the run in which it showed; empty
-/// for none. The call is made twice in each of the runs: at each level of the kernels, at three addresses, in place.
+/// for none. The call is made twice in each of the runs: at each level of the kernels, at two addresses, in place.
 std::string firstFault(const Entry& entry, int size, Kind kind);
 
 /// The list of a family; all lists together are looked through for missing functions.
