@@ -16,24 +16,24 @@ namespace krlab {
 
 namespace {
 
-constexpr size_t sides = 2;
+constexpr size_t sideCount = 2;
 // The tables' three digits: figures that are alike by a thousandth are as near as they can tell.
 constexpr double leastVariance = 1e-6;
 
 using Runs = std::vector<std::vector<Figure>>;
 
 // What is known of a line, in logarithms.
-struct Course {
+struct ComparedLine {
     Line line;
-    std::vector<double> readings[sides];
-    std::vector<double> clocks[sides];
+    std::vector<double> readings[sideCount];
+    std::vector<double> clocks[sideCount];
     double difference = 0; // new - old, without what moved all alike
     LineVariance variance; // of one reading
     double share = 0;      // variance of the difference in variances of a reading
 };
 
 // Tables state clocks per element in their own digits; whole counts of calls are better where both sides have them.
-bool countedByCall(const std::array<Runs, sides>& runs) {
+bool countedByCall(const std::array<Runs, sideCount>& runs) {
     for (const Runs& side : runs) {
         for (const std::vector<Figure>& run : side) {
             if (std::any_of(run.begin(), run.end(), [](const Figure& figure) { return figure.exact; })) {
@@ -75,11 +75,11 @@ private:
     void collect();
     void steady();
     void findNoise();
-    LineVerdict result(const Course& course, double tail) const;
+    LineVerdict result(const ComparedLine& compared, double tail) const;
 
     const Comparison& m_comparison;
-    std::vector<Course> m_courses; // lines of both sides
-    std::vector<Line> m_only[sides];
+    std::vector<ComparedLine> m_lines; // lines of both sides
+    std::vector<Line> m_only[sideCount];
     double m_common = 0;
     CommonNoise m_noise;
     bool m_single = false; // no line has a second run
@@ -89,8 +89,8 @@ private:
 // runs of their side. As both sides' levels are set apart, the shift between the sides is still in the readings.
 void Compared::collect() {
     const bool byCall = countedByCall(m_comparison.runs);
-    std::map<Line, Course> courses;
-    for (size_t side = 0; side < sides; ++side) {
+    std::map<Line, ComparedLine> lines;
+    for (size_t side = 0; side < sideCount; ++side) {
         std::vector<std::map<Line, Figure>> runs;
         std::map<Line, std::vector<double>> all;
         for (const std::vector<Figure>& run : m_comparison.runs[side]) {
@@ -110,70 +110,71 @@ void Compared::collect() {
             }
             const double level = away.empty() ? 0.0 : medianOf(std::move(away));
             for (const auto& [line, figure] : run) {
-                Course& course = courses[line];
-                course.line = line;
-                course.readings[side].push_back(std::log(figure.perElement) - level);
-                course.clocks[side].push_back(figure.clocks);
+                ComparedLine& compared = lines[line];
+                compared.line = line;
+                compared.readings[side].push_back(std::log(figure.perElement) - level);
+                compared.clocks[side].push_back(figure.clocks);
             }
         }
     }
-    for (auto& [line, course] : courses) {
-        if (course.readings[0].empty() || course.readings[1].empty()) {
-            m_only[course.readings[0].empty() ? 1 : 0].push_back(line);
+    for (auto& [line, compared] : lines) {
+        if (compared.readings[0].empty() || compared.readings[1].empty()) {
+            m_only[compared.readings[0].empty() ? 1 : 0].push_back(line);
         } else {
-            m_courses.push_back(std::move(course));
+            m_lines.push_back(std::move(compared));
         }
     }
 }
 
 void Compared::steady() {
     std::vector<double> differences;
-    for (Course& course : m_courses) {
-        course.difference = meanOf(course.readings[1]) - meanOf(course.readings[0]);
-        differences.push_back(course.difference);
+    for (ComparedLine& compared : m_lines) {
+        compared.difference = meanOf(compared.readings[1]) - meanOf(compared.readings[0]);
+        differences.push_back(compared.difference);
     }
     m_common = differences.empty() ? 0.0 : medianOf(std::move(differences));
-    for (Course& course : m_courses) {
-        course.difference -= m_common;
+    for (ComparedLine& compared : m_lines) {
+        compared.difference -= m_common;
     }
 }
 
 void Compared::findNoise() {
     std::vector<LineVariance> variances;
     std::vector<double> differences;
-    for (Course& course : m_courses) {
+    for (ComparedLine& compared : m_lines) {
         double squares = 0;
-        for (const std::vector<double>& readings : course.readings) {
+        for (const std::vector<double>& readings : compared.readings) {
             const double mean = meanOf(readings);
             for (const double reading : readings) {
                 squares += (reading - mean) * (reading - mean);
             }
-            course.share += 1.0 / static_cast<double>(readings.size());
+            compared.share += 1.0 / static_cast<double>(readings.size());
         }
-        course.variance.freedom = static_cast<double>(course.readings[0].size() + course.readings[1].size() - sides);
-        course.variance.variance = course.variance.freedom > 0 ? squares / course.variance.freedom : 0.0;
-        variances.push_back(course.variance);
-        differences.push_back(course.difference / std::sqrt(course.share));
+        compared.variance.freedom =
+            static_cast<double>(compared.readings[0].size() + compared.readings[1].size() - sideCount);
+        compared.variance.variance = compared.variance.freedom > 0 ? squares / compared.variance.freedom : 0.0;
+        variances.push_back(compared.variance);
+        differences.push_back(compared.difference / std::sqrt(compared.share));
     }
     m_noise = commonNoise(variances, leastVariance);
     m_single = m_noise.freedom == 0;
     if (m_single) {
         m_noise = noiseOfDifferences(differences, leastVariance);
     }
-    for (Course& course : m_courses) {
-        course.variance = m_noise.moderate(course.variance);
+    for (ComparedLine& compared : m_lines) {
+        compared.variance = m_noise.moderate(compared.variance);
     }
 }
 
-LineVerdict Compared::result(const Course& course, double tail) const {
+LineVerdict Compared::result(const ComparedLine& compared, double tail) const {
     LineVerdict result;
-    result.line = course.line;
-    const double half = halfWidth({course.variance.variance * course.share, course.variance.freedom}, tail);
-    result.ratio = std::exp(course.difference);
-    result.low = std::exp(course.difference - half);
-    result.high = std::exp(course.difference + half);
-    result.passes = static_cast<int>(std::min(course.readings[0].size(), course.readings[1].size()));
-    const double middle = std::sqrt(medianOf(course.clocks[0]) * medianOf(course.clocks[1]));
+    result.line = compared.line;
+    const double half = halfWidth({compared.variance.variance * compared.share, compared.variance.freedom}, tail);
+    result.ratio = std::exp(compared.difference);
+    result.low = std::exp(compared.difference - half);
+    result.high = std::exp(compared.difference + half);
+    result.passes = static_cast<int>(std::min(compared.readings[0].size(), compared.readings[1].size()));
+    const double middle = std::sqrt(medianOf(compared.clocks[0]) * medianOf(compared.clocks[1]));
     result.older = middle / std::sqrt(result.ratio);
     result.newer = middle * std::sqrt(result.ratio);
     result.verdict = judge(result.ratio, result.low, result.high, m_comparison.threshold);
@@ -188,9 +189,9 @@ VerdictReport Compared::report() {
     report.onlyNew = m_only[1];
     report.commonRatio = std::exp(m_common);
     report.commonRemoved = true;
-    report.lines = judgeTogether(m_courses.size(), m_comparison.confidence,
-                                 [this](size_t i, double tail) { return result(m_courses[i], tail); });
-    if (m_courses.empty()) {
+    report.lines = judgeTogether(m_lines.size(), m_comparison.confidence,
+                                 [this](size_t i, double tail) { return result(m_lines[i], tail); });
+    if (m_lines.empty()) {
         report.incomplete = true;
         report.remarks.push_back("the two sides have no line in common");
         return report;
@@ -199,7 +200,7 @@ VerdictReport Compared::report() {
         report.remarks.push_back(fmt::format(
             "One run of each side: the noise of single lines is unknown. It was estimated from all {} ratios "
             "together, at {:.1f} % a line; several runs of each side tell more.",
-            m_courses.size(), std::sqrt(2 * m_noise.variance) * 100));
+            m_lines.size(), std::sqrt(2 * m_noise.variance) * 100));
     }
     return report;
 }

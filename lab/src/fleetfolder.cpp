@@ -28,7 +28,7 @@ constexpr std::string_view roundMark = "rounds done: ";
 constexpr std::string_view awkward = "%\\\"'`$\n\r\t";
 
 // Starts again what a signal killed: the task goes on behind its last finished round.
-constexpr const char* scriptText = R"(#!/bin/bash
+constexpr const char* submitScript = R"(#!/bin/bash
 # A task of the fleet in this folder, the one of SLURM_ARRAY_TASK_ID. It may run any number of times.
 cd {folder} || exit 2
 for attempt in 1 2 3; do
@@ -157,7 +157,7 @@ FleetFolder FleetFolder::create(const std::string& path, const FleetPlan& plan, 
         }
         folder.write();
         writeWhole(folder.script(),
-                   fmt::format(fmt::runtime(scriptText), fmt::arg("folder", shellWord(wanted.string()))));
+                   fmt::format(fmt::runtime(submitScript), fmt::arg("folder", shellWord(wanted.string()))));
         fs::rename(folder.m_path, wanted);
     } catch (...) {
         fs::remove_all(folder.m_path, error);
