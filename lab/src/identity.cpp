@@ -144,13 +144,13 @@ nlohmann::json fileJson(const FileIdentity& file) {
             {"version", file.version}};
 }
 
-FileIdentity fileFromJson(const nlohmann::json& json) {
+FileIdentity fileFromJson(const nlohmann::json& entry) {
     FileIdentity file;
-    file.name = json.value("name", "");
-    file.path = json.value("path", "");
-    file.buildId = json.value("build_id", "");
-    file.sha256 = json.value("sha256", "");
-    file.version = json.value("version", "");
+    file.name = entry.value("name", "");
+    file.path = entry.value("path", "");
+    file.buildId = entry.value("build_id", "");
+    file.sha256 = entry.value("sha256", "");
+    file.version = entry.value("version", "");
     return file;
 }
 
